@@ -1,0 +1,61 @@
+# Compiler settings shared by every target, and kestrant_library(), which gives each folder of src/ its own static
+# library and its own include root: a folder sees only the headers of the libraries it links.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+find_program(KESTRANT_CCACHE ccache)
+if(KESTRANT_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${KESTRANT_CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${KESTRANT_CCACHE})
+endif()
+find_program(KESTRANT_MOLD mold)
+if(KESTRANT_MOLD)
+  add_link_options(-fuse-ld=mold)
+endif()
+
+add_compile_definitions(QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wno-missing-field-initializers)
+if(KESTRANT_WARNINGS_AS_ERRORS)
+  add_compile_options(-Werror)
+endif()
+if(KESTRANT_SANITIZE)
+  add_compile_options(-fsanitize=${KESTRANT_SANITIZE} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${KESTRANT_SANITIZE})
+endif()
+
+# The include roots hold one link each, to the folder they stand for. They are shared by all build trees, so that a
+# compiler cache recognises the same file in each of them.
+set(KESTRANT_INCLUDE_ROOT ${PROJECT_SOURCE_DIR}/build/include)
+
+# kestrant_library(<folder> [SOURCES ...] [LINK ...])
+# Static library kestrant_<name> for src/<folder> (slashes become underscores). Headers are included as
+# "<folder>/Name.h" by whoever links the library.
+function(kestrant_library folder)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
+  string(REPLACE "/" "_" name ${folder})
+  set(target kestrant_${name})
+  add_library(${target} STATIC ${ARG_SOURCES})
+  set(root ${KESTRANT_INCLUDE_ROOT}/${name})
+  get_filename_component(parent ${root}/${folder} DIRECTORY)
+  file(MAKE_DIRECTORY ${parent})
+  if(NOT EXISTS ${root}/${folder})
+    file(CREATE_LINK ${PROJECT_SOURCE_DIR}/src/${folder} ${root}/${folder} SYMBOLIC)
+  endif()
+  target_include_directories(${target} PUBLIC ${root})
+  target_link_libraries(${target} PUBLIC ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
+endfunction()
+
+# kestrant_test(<name> SOURCES ... LINK ...)
+# GoogleTest program <name>, registered with CTest as one test.
+function(kestrant_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LINK} kestrant_test_support GTest::gmock)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT 300
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;TZ=Europe/Paris;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1")
+endfunction()

@@ -1,0 +1,134 @@
+#pragma once
+
+#include "foundation/Instant.h"
+#include "foundation/Text.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace kestrant {
+
+enum class EKEntityType { event, reminder };
+
+enum class EKAuthorizationStatus { notDetermined, restricted, denied, fullAccess };
+
+/// A colour in sRGB, 8 bits a channel.
+struct Color {
+    std::uint8_t red = 0;
+    std::uint8_t green = 0;
+    std::uint8_t blue = 0;
+
+    /// Reads "#RRGGBB" or "#RRGGBBAA" (alpha dropped) in either letter case; absent for anything else.
+    [[nodiscard]] static std::optional<Color> parse(QStringView text);
+    /// "#RRGGBB".
+    [[nodiscard]] QString toString() const;
+    bool operator==(const Color&) const = default;
+};
+
+/// Why the database refused.
+struct EKError {
+    enum class Code {
+        /// The item is not in the database (any more).
+        itemNotFound,
+        /// The list is not in the database (any more).
+        calendarNotFound,
+        /// The list or the item's file may not be changed.
+        readOnly,
+        /// The item was changed elsewhere in the same property since it was read; nothing was written.
+        conflict,
+        /// The item breaks a rule of the database; nothing was written.
+        invalidItem,
+        /// The disk, the folder or the service failed; nothing was written.
+        storage,
+        /// The person (or the machine) does not allow access.
+        accessDenied,
+    };
+
+    Code code = Code::storage;
+    /// The database's own sentence for the person, in both languages, detail included.
+    TextPair message;
+};
+
+struct EKStructuredLocation {
+    QString title;
+    std::optional<double> latitude;
+    std::optional<double> longitude;
+    /// Metres; absent when none was given.
+    std::optional<double> radius;
+    bool operator==(const EKStructuredLocation&) const = default;
+};
+
+enum class EKAlarmProximity { none, enter, leave };
+
+/// One alarm of an item. An alarm that was read keeps its source text, so that copying it to another item or leaving it
+/// alone loses nothing; a new one is built from its absolute date.
+struct EKAlarm {
+    /// When it rings, if it is bound to an instant. Absent for relative and for location alarms.
+    std::optional<Instant> absoluteDate;
+    /// Offset to the start (or due) date, if it is bound to that.
+    std::optional<Duration> relativeOffset;
+    std::optional<EKStructuredLocation> structuredLocation;
+    EKAlarmProximity proximity = EKAlarmProximity::none;
+    /// The alarm as it stands in its file (iCalendar lines from BEGIN:VALARM to END:VALARM); empty for a new one.
+    QByteArray sourceText;
+
+    [[nodiscard]] static EKAlarm at(Instant absoluteDate) { return EKAlarm{.absoluteDate = absoluteDate}; }
+    bool operator==(const EKAlarm&) const = default;
+};
+
+enum class EKRecurrenceFrequency { daily, weekly, monthly, yearly, other };
+
+/// A recurrence rule. The text is the value of an RRULE (RFC 5545, 3.3.10) and is what is kept and written; the other
+/// fields are read from it.
+struct EKRecurrenceRule {
+    QString text;
+    EKRecurrenceFrequency frequency = EKRecurrenceFrequency::other;
+    int interval = 1;
+    /// True when frequency and interval say all there is to the rule.
+    bool isSimple = false;
+
+    /// Reads a rule for display; a text that is no valid rule gives frequency `other`.
+    [[nodiscard]] static EKRecurrenceRule parse(const QString& text);
+    /// "FREQ=WEEKLY" or "FREQ=DAILY;INTERVAL=2".
+    [[nodiscard]] static EKRecurrenceRule every(EKRecurrenceFrequency frequency, int interval = 1);
+    bool operator==(const EKRecurrenceRule&) const = default;
+};
+
+/// A list of reminders or a calendar of events (or both), as a value.
+struct EKCalendar {
+    QString calendarIdentifier;
+    QString title;
+    std::optional<Color> color;
+    bool allowsContentModifications = true;
+    bool allowsReminders = true;
+    bool allowsEvents = false;
+    bool operator==(const EKCalendar&) const = default;
+};
+
+/// Everything this program sees of one reminder, as a value.
+struct EKReminderData {
+    QString calendarItemIdentifier;
+    QString calendarIdentifier;
+    QString title;
+    std::optional<QString> notes;
+    std::optional<QString> location;
+    std::optional<QString> url;
+    /// 0 none, 1 highest to 9 lowest.
+    int priority = 0;
+    std::optional<DateComponents> dueDateComponents;
+    std::optional<DateComponents> startDateComponents;
+    bool isCompleted = false;
+    std::optional<Instant> completionDate;
+    std::optional<Instant> creationDate;
+    std::optional<Instant> lastModifiedDate;
+    std::vector<EKAlarm> alarms;
+    std::vector<EKRecurrenceRule> recurrenceRules;
+    bool operator==(const EKReminderData&) const = default;
+};
+
+}  // namespace kestrant

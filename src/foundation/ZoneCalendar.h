@@ -1,0 +1,100 @@
+#pragma once
+
+#include "foundation/Instant.h"
+#include "foundation/Subscription.h"
+
+#include <QByteArray>
+#include <QDate>
+#include <QTime>
+#include <QTimeZone>
+
+#include <functional>
+#include <optional>
+
+namespace kestrant {
+
+/// Parts of a date as a person or a file gives them; absent parts are unknown. A due date without an hour is a whole
+/// day. `timeZone` is an IANA identifier or "UTC"; absent means floating: read in the reader's own zone.
+struct DateComponents {
+    std::optional<int> year;
+    std::optional<int> month;
+    std::optional<int> day;
+    std::optional<int> hour;
+    std::optional<int> minute;
+    std::optional<int> second;
+    std::optional<QByteArray> timeZone;
+
+    [[nodiscard]] bool includesTime() const { return hour.has_value(); }
+    /// The day; invalid when year, month or day is absent or they name no day of the proleptic Gregorian calendar.
+    [[nodiscard]] QDate date() const;
+    /// The time of day with absent minutes and seconds as 0; invalid when the hour is absent or out of range.
+    [[nodiscard]] QTime time() const;
+
+    [[nodiscard]] static DateComponents fromDate(QDate date);
+    [[nodiscard]] static DateComponents fromDateTime(QDate date, QTime time, std::optional<QByteArray> zone = {});
+
+    bool operator==(const DateComponents&) const = default;
+};
+
+/// A half-open span of time: start included, end excluded.
+struct DateInterval {
+    Instant start;
+    Instant end;
+    bool operator==(const DateInterval&) const = default;
+};
+
+/// What becomes of a local time that the clock skips. A repeated local time is always its first occurrence.
+enum class GapPolicy {
+    /// The offset before the gap is applied, so 02:30 in a gap of one hour is 03:30 (RFC 5545, 3.3.5).
+    keepOffset,
+    /// The first existing time after the gap: 03:00.
+    nextExisting,
+};
+
+/// The Gregorian calendar in one time zone: every question about days, local times and instants goes through here.
+/// A value; cheap to copy. Thread: any. Answers for all years from 0001 to 9999; where a zone is unknown the caller
+/// decides, this class is always given a valid one (an invalid QTimeZone is taken for UTC).
+class ZoneCalendar {
+  public:
+    explicit ZoneCalendar(const QTimeZone& zone);
+
+    [[nodiscard]] const QTimeZone& zone() const { return zone_; }
+
+    [[nodiscard]] QDate dayOf(Instant instant) const;
+    [[nodiscard]] QTime timeOf(Instant instant) const;
+
+    /// The first instant of a day; where midnight is skipped, the first that exists.
+    [[nodiscard]] Instant startOfDay(QDate day) const;
+    [[nodiscard]] Instant startOfDay(Instant instant) const { return startOfDay(dayOf(instant)); }
+
+    [[nodiscard]] Instant instantAt(QDate day, QTime time, GapPolicy policy = GapPolicy::keepOffset) const;
+
+    [[nodiscard]] bool isSameDay(Instant a, Instant b) const { return dayOf(a) == dayOf(b); }
+
+    /// The calendar year that contains the instant.
+    [[nodiscard]] DateInterval yearContaining(Instant instant) const;
+
+    /// The instant the components denote: a whole day is its start; a time is read in the components' own zone, or in
+    /// this calendar's zone when they name none or an unknown one. Absent when they name no day or no valid time.
+    [[nodiscard]] std::optional<Instant> instantFrom(const DateComponents& components) const;
+
+    /// Components of an instant in this zone, with this zone's identifier.
+    [[nodiscard]] DateComponents componentsOf(Instant instant) const;
+
+    bool operator==(const ZoneCalendar& other) const { return zone_ == other.zone_; }
+
+  private:
+    QTimeZone zone_;
+    bool isUtc_ = false;
+};
+
+/// The person's own calendar: follows the machine's time zone while the program runs. Thread: main.
+class CurrentCalendar {
+  public:
+    virtual ~CurrentCalendar() = default;
+    [[nodiscard]] virtual ZoneCalendar calendar() const = 0;
+    /// Told after the zone has changed.
+    [[nodiscard]] virtual Subscription observeChanges(std::function<void()> observer) = 0;
+};
+
+}  // namespace kestrant
