@@ -1,0 +1,80 @@
+#pragma once
+
+#include "foundation/NotificationCenter.h"
+#include "foundation/Scheduler.h"
+#include "foundation/Subscription.h"
+#include "notch/NotchGeometry.h"
+#include "notch/NotchInteractionModel.h"
+#include "notch/NotchPanel.h"
+#include "notch/PointerProvider.h"
+
+#include <QObject>
+
+#include <vector>
+
+namespace kestrant {
+
+/// Names of the application-wide events that the panel's keyboard commands post.
+namespace notifications {
+inline const QString newReminder = QStringLiteral("kestrant.newReminder");
+inline const QString findReminder = QStringLiteral("kestrant.findReminder");
+inline const QString undoReminderAction = QStringLiteral("kestrant.undoReminderAction");
+inline const QString redoReminderAction = QStringLiteral("kestrant.redoReminderAction");
+}  // namespace notifications
+
+/// Keeps the panel's window at the top centre of the screen, polls the pointer sixty times a second for the
+/// model, and makes the window follow the model's phase. Creating it shows nothing. Thread: main.
+class NotchPanelController {
+  public:
+    /// What the panel stands on; everything must outlive the controller.
+    struct Environment {
+        PanelWindow& window;
+        ScreenProvider& screens;
+        PointerProvider& pointer;
+        Scheduler& scheduler;
+        NotificationCenter& notifications;
+    };
+
+    NotchPanelController(const Environment& environment, NotchInteractionModel& model,
+                         NotchGeometry& geometry);
+    ~NotchPanelController();
+    NotchPanelController(const NotchPanelController&) = delete;
+    NotchPanelController& operator=(const NotchPanelController&) = delete;
+
+    /// Shows the panel and starts polling the pointer; harmless when it is shown already.
+    void present();
+    [[nodiscard]] bool isPresented() const { return isPresented_; }
+
+    /// Opens the panel by keyboard or command and keeps it open until the pointer has visited it or the
+    /// application resigns; closes it when it is open.
+    void toggle();
+
+    /// The keyboard focus has left every surface of the application.
+    void applicationResignedActive();
+    /// A popover of the panel closed, for whatever reason.
+    void popoverClosed();
+
+    [[nodiscard]] NotchPanel& panel() { return panel_; }
+
+  private:
+    void placePanel();
+    void evaluatePointer();
+    void updateIgnoresMouseEvents(bool pointerInside);
+    void phaseChanged();
+    void screenParametersChanged();
+    [[nodiscard]] bool pointerIsInside() const;
+    [[nodiscard]] bool primaryClick(QPointF locationInWindow, const QRectF& frame);
+    [[nodiscard]] bool keyboardCommand(const QString& command);
+
+    Environment environment_;
+    NotchInteractionModel& model_;
+    NotchGeometry& geometry_;
+    NotchPanel panel_;
+    std::vector<Subscription> cancellables_;
+    ScheduledTask pointerTimer_;
+    bool isPresented_ = false;
+    /// Ends the connections to the model's signals and marks posted work as orphaned.
+    QObject lifetime_;
+};
+
+}  // namespace kestrant
