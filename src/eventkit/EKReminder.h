@@ -8,18 +8,19 @@ namespace kestrant {
 
 class EKEventStore;
 
-/// One reminder in hand: the values it was read with and the values as edited. Nothing reaches the database before
-/// EKEventStore::save(). Always held by std::shared_ptr. Thread: the one that received it from a fetch (or made it).
+/// One reminder in hand: the values it was read with and the values as edited. Nothing reaches the database
+/// before EKEventStore::save(). Always held by std::shared_ptr. Thread: the one that received it from a fetch
+/// (or made it).
 class EKReminder {
   public:
     /// A new reminder that no list holds yet.
     explicit EKReminder(EKEventStore& store);
-    /// A reminder as read; for event stores only. `version` stands for what was read: the store gives it and gets it
-    /// back when the reminder is saved, so as to notice changes made meanwhile.
+    /// A reminder as read; for event stores only. `version` stands for what was read: the store gives it and
+    /// gets it back when the reminder is saved, so as to notice changes made meanwhile.
     EKReminder(EKEventStore& store, std::shared_ptr<const EKReminderData> stored, QByteArray version);
 
-    /// The edited values; change them freely. calendarItemIdentifier is the store's to set; it is empty until the first
-    /// save. Setting isCompleted also sets or clears completionDate when it is saved.
+    /// The edited values; change them freely. calendarItemIdentifier is the store's to set; it is empty until
+    /// the first save. Setting isCompleted also sets or clears completionDate when it is saved.
     EKReminderData data;
 
     [[nodiscard]] const QString& calendarItemIdentifier() const { return data.calendarItemIdentifier; }
@@ -31,8 +32,8 @@ class EKReminder {
     /// Removes the first alarm that equals this one.
     void removeAlarm(const EKAlarm& alarm);
 
-    /// Takes the database's present values for every property that was not edited. False when the reminder is not in
-    /// the database any more; the values in hand then stay. Reads memory only.
+    /// Takes the database's present values for every property that was not edited. False when the reminder is
+    /// not in the database any more; the values in hand then stay. Reads memory only.
     [[nodiscard]] bool refresh();
     /// Drops every edit: the values are again those of the last read or save.
     void reset();

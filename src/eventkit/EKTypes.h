@@ -65,8 +65,8 @@ struct EKStructuredLocation {
 
 enum class EKAlarmProximity { none, enter, leave };
 
-/// One alarm of an item. An alarm that was read keeps its source text, so that copying it to another item or leaving it
-/// alone loses nothing; a new one is built from its absolute date.
+/// One alarm of an item. An alarm that was read keeps its source text, so that copying it to another item or
+/// leaving it alone loses nothing; a new one is built from its absolute date.
 struct EKAlarm {
     /// When it rings, if it is bound to an instant. Absent for relative and for location alarms.
     std::optional<Instant> absoluteDate;
@@ -74,7 +74,8 @@ struct EKAlarm {
     std::optional<Duration> relativeOffset;
     std::optional<EKStructuredLocation> structuredLocation;
     EKAlarmProximity proximity = EKAlarmProximity::none;
-    /// The alarm as it stands in its file (iCalendar lines from BEGIN:VALARM to END:VALARM); empty for a new one.
+    /// The alarm as it stands in its file (iCalendar lines from BEGIN:VALARM to END:VALARM); empty for a new
+    /// one.
     QByteArray sourceText;
 
     [[nodiscard]] static EKAlarm at(Instant absoluteDate) { return EKAlarm{.absoluteDate = absoluteDate}; }
@@ -83,8 +84,8 @@ struct EKAlarm {
 
 enum class EKRecurrenceFrequency { daily, weekly, monthly, yearly, other };
 
-/// A recurrence rule. The text is the value of an RRULE (RFC 5545, 3.3.10) and is what is kept and written; the other
-/// fields are read from it.
+/// A recurrence rule. The text is the value of an RRULE (RFC 5545, 3.3.10) and is what is kept and written;
+/// the other fields are read from it.
 struct EKRecurrenceRule {
     QString text;
     EKRecurrenceFrequency frequency = EKRecurrenceFrequency::other;

@@ -1,0 +1,48 @@
+#include "eventkit/EKErrors.h"
+
+namespace kestrant {
+namespace {
+
+TextPair withArgument(TextPair pair, const QString& argument) {
+    return {pair.english.arg(argument), pair.french.arg(argument)};
+}
+
+}  // namespace
+
+EKError itemNotFoundError() {
+    return {EKError::Code::itemNotFound, text("This item is no longer in the database.",
+                                              "Cet élément n’est plus dans la base de données.")};
+}
+
+EKError calendarNotFoundError() {
+    return {EKError::Code::calendarNotFound, text("This list is no longer in the database.",
+                                                  "Cette liste n’est plus dans la base de données.")};
+}
+
+EKError accessDeniedError() {
+    return {EKError::Code::accessDenied, text("Kestrant has no access to the reminders and calendars.",
+                                              "Kestrant n’a pas accès aux rappels et aux calendriers.")};
+}
+
+EKError readOnlyError(const QString& name) {
+    return {EKError::Code::readOnly,
+            withArgument(text("“%1” is read-only.", "« %1 » est en lecture seule."), name)};
+}
+
+EKError conflictError(const QString& title) {
+    return {EKError::Code::conflict,
+            withArgument(text("“%1” was changed elsewhere meanwhile. Nothing was written.",
+                              "« %1 » a été modifié ailleurs entre-temps. Rien n’a été enregistré."),
+                         title)};
+}
+
+EKError invalidItemError(const TextPair& reason) {
+    return {EKError::Code::invalidItem, reason};
+}
+
+EKError storageError(const QString& path, const QString& detail) {
+    const TextPair pair = text("“%1” could not be written: %2", "« %1 » n’a pas pu être enregistré : %2");
+    return {EKError::Code::storage, {pair.english.arg(path, detail), pair.french.arg(path, detail)}};
+}
+
+}  // namespace kestrant

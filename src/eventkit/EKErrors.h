@@ -1,0 +1,19 @@
+#pragma once
+
+#include "eventkit/EKTypes.h"
+
+namespace kestrant {
+
+// The sentences with which every implementation of the database refuses.
+
+[[nodiscard]] EKError itemNotFoundError();
+[[nodiscard]] EKError calendarNotFoundError();
+[[nodiscard]] EKError accessDeniedError();
+/// `name` is the list's title or the file's name.
+[[nodiscard]] EKError readOnlyError(const QString& name);
+[[nodiscard]] EKError conflictError(const QString& title);
+[[nodiscard]] EKError invalidItemError(const TextPair& reason);
+/// `detail` is the system's own description.
+[[nodiscard]] EKError storageError(const QString& path, const QString& detail);
+
+}  // namespace kestrant

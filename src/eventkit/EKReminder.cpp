@@ -1,0 +1,51 @@
+#include "eventkit/EKReminder.h"
+
+#include "eventkit/EKEventStore.h"
+#include "eventkit/ReminderChanges.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant {
+
+EKReminder::EKReminder(EKEventStore& store) : store_(store) {}
+
+EKReminder::EKReminder(EKEventStore& store, std::shared_ptr<const EKReminderData> stored, QByteArray version)
+    : data(*stored)
+    , store_(store)
+    , stored_(std::move(stored))
+    , version_(std::move(version)) {}
+
+void EKReminder::addAlarm(const EKAlarm& alarm) {
+    data.alarms.push_back(alarm);
+}
+
+void EKReminder::removeAlarm(const EKAlarm& alarm) {
+    const auto found = std::find(data.alarms.begin(), data.alarms.end(), alarm);
+    if (found != data.alarms.end())
+        data.alarms.erase(found);
+}
+
+bool EKReminder::refresh() {
+    if (!stored_)
+        return false;
+    auto present = store_.storedReminder(stored_->calendarItemIdentifier);
+    if (!present)
+        return false;
+    data = mergeEdits(*stored_, data, *present->data).merged;
+    stored_ = std::move(present->data);
+    version_ = std::move(present->version);
+    return true;
+}
+
+void EKReminder::reset() {
+    data = stored_ ? *stored_ : EKReminderData{};
+}
+
+void EKReminder::setStored(std::shared_ptr<const EKReminderData> stored, QByteArray version) {
+    stored_ = std::move(stored);
+    version_ = std::move(version);
+    data = *stored_;
+}
+
+}  // namespace kestrant

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "eventkit/EKEventStore.h"
+#include "foundation/ObserverList.h"
+
+#include <map>
+#include <memory>
+
+namespace kestrant {
+
+/// A database that lives in memory, with everything the real ones do: for pictures, for demonstrations and
+/// for tests. Every result arrives on a later turn of the scheduler. Besides the database's own operations it
+/// can be changed "by another program" and told to fail. Thread: main only.
+class InMemoryEventStore final : public EKEventStore {
+  public:
+    enum class Operation { requestAccess, save, remove, saveCalendar };
+
+    /// Full access is granted from the start.
+    InMemoryEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar);
+    ~InMemoryEventStore() override;
+
+    [[nodiscard]] EKAuthorizationStatus authorizationStatus(EKEntityType type) const override;
+    void requestFullAccessToReminders(AccessCompletion completion) override;
+    void requestFullAccessToEvents(AccessCompletion completion) override;
+    [[nodiscard]] std::vector<EKCalendar> calendars(EKEntityType type) const override;
+    [[nodiscard]] std::optional<EKCalendar> calendarWithIdentifier(const QString& identifier) const override;
+    [[nodiscard]] std::optional<EKCalendar> defaultCalendarForNewReminders() const override;
+    void fetchReminders(const EKPredicate& matching, FetchCompletion completion) override;
+    [[nodiscard]] EKReminderRef calendarItem(const QString& withIdentifier) override;
+    void save(const EKReminderRef& reminder, SaveCompletion completion) override;
+    void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
+    void saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) override;
+    [[nodiscard]] Subscription observeChanges(std::function<void()> observer) override;
+    [[nodiscard]] std::vector<TextPair> problems() const override { return problems_; }
+
+    // What the person or another program does. Each change of the contents is announced like any other.
+
+    /// Sets the status of both entity types; a request then answers with it (notDetermined is granted on
+    /// request).
+    void setAuthorizationStatus(EKAuthorizationStatus status);
+    /// Every later operation of this kind fails with the error, until it is set to nothing.
+    void setFailure(Operation operation, std::optional<EKError> error);
+    void setProblems(std::vector<TextPair> problems) { problems_ = std::move(problems); }
+    /// Adds or replaces a list; an empty identifier is filled in. Returns the identifier. Lists keep the
+    /// order in which they were added; the default list is the first one that may be changed.
+    QString putCalendar(EKCalendar calendar);
+    /// Removes a list with everything in it.
+    void dropCalendar(const QString& identifier);
+    /// Adds or replaces a reminder as it is given; an empty identifier is filled in. Returns the identifier.
+    QString putReminder(EKReminderData data);
+    void dropReminder(const QString& identifier);
+
+    /// The present values; null when there is no such reminder.
+    [[nodiscard]] std::shared_ptr<const EKReminderData> reminder(const QString& identifier) const;
+    [[nodiscard]] std::vector<EKReminderData> reminders() const;
+
+  private:
+    struct Entry {
+        std::shared_ptr<const EKReminderData> data;
+        int version = 0;
+    };
+    struct SaveRequest;
+
+    [[nodiscard]] std::optional<Stored> storedReminder(const QString& identifier) const override;
+    [[nodiscard]] bool hasAccess() const;
+    [[nodiscard]] std::optional<EKError> failure(Operation operation) const;
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> carryOut(const SaveRequest& request);
+    [[nodiscard]] std::optional<EKError> reasonNotToChange(const QString& calendarIdentifier) const;
+    void requestAccess(AccessCompletion completion);
+    void store(const QString& identifier, EKReminderData data);
+    void announceChange();
+    /// Runs work on a later turn, unless the store is gone by then.
+    void later(std::function<void()> work);
+
+    Scheduler& scheduler_;
+    const Clock& clock_;
+    const CurrentCalendar& calendar_;
+    EKAuthorizationStatus status_ = EKAuthorizationStatus::fullAccess;
+    std::map<Operation, EKError> failures_;
+    std::vector<EKCalendar> calendars_;
+    std::map<QString, Entry> entries_;
+    std::vector<TextPair> problems_;
+    ObserverList<> observers_;
+    bool changeAnnounced_ = false;
+    int nextIdentifier_ = 1;
+    int nextVersion_ = 1;
+    std::shared_ptr<InMemoryEventStore*> self_ = std::make_shared<InMemoryEventStore*>(this);
+};
+
+}  // namespace kestrant

@@ -1,0 +1,137 @@
+#include "eventkit/ReminderChanges.h"
+
+#include "eventkit/EKErrors.h"
+#include "eventkit/EKEventStore.h"
+#include "eventkit/icalendar/RecurrenceRule.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace kestrant {
+namespace {
+
+Instant wholeSeconds(Instant instant) {
+    return std::chrono::floor<std::chrono::seconds>(instant);
+}
+
+bool namesADay(const DateComponents& components) {
+    return components.date().isValid() && (!components.includesTime() || components.time().isValid());
+}
+
+/// Whether `start` is a valid start for something due at `due`. Times in different zones are left alone.
+bool fits(const DateComponents& start, const DateComponents& due) {
+    if (start.includesTime() != due.includesTime())
+        return false;
+    if (start.timeZone != due.timeZone)
+        return true;
+    if (start.date() != due.date())
+        return start.date() < due.date();
+    return !start.includesTime() || start.time() <= due.time();
+}
+
+}  // namespace
+
+MergedEdits mergeEdits(const EKReminderData& base, const EKReminderData& edited,
+                       const EKReminderData& current) {
+    MergedEdits result{.merged = current};
+    const auto apply = [&](auto EKReminderData::*property) {
+        if (edited.*property == base.*property)
+            return;
+        if (current.*property != base.*property && current.*property != edited.*property)
+            result.conflict = true;
+        result.merged.*property = edited.*property;
+    };
+    apply(&EKReminderData::calendarIdentifier);
+    apply(&EKReminderData::title);
+    apply(&EKReminderData::notes);
+    apply(&EKReminderData::location);
+    apply(&EKReminderData::url);
+    apply(&EKReminderData::priority);
+    apply(&EKReminderData::dueDateComponents);
+    apply(&EKReminderData::startDateComponents);
+    apply(&EKReminderData::isCompleted);
+    apply(&EKReminderData::completionDate);
+    apply(&EKReminderData::creationDate);
+    apply(&EKReminderData::alarms);
+    apply(&EKReminderData::recurrenceRules);
+    const bool completes = edited.isCompleted && !base.isCompleted;
+    if (completes && !base.recurrenceRules.empty() && !current.isCompleted &&
+        (current.dueDateComponents != base.dueDateComponents ||
+         current.startDateComponents != base.startDateComponents))
+        result.conflict = true;
+    return result;
+}
+
+std::optional<EKError> invalidReason(const std::optional<EKReminderData>& before,
+                                     const EKReminderData& edited) {
+    if ((edited.priority < 0 || edited.priority > 9) && (!before || before->priority != edited.priority))
+        return invalidItemError(
+            text("A priority is a number from 0 to 9.", "Une priorité est un nombre de 0 à 9."));
+    for (const auto property : {&EKReminderData::dueDateComponents, &EKReminderData::startDateComponents}) {
+        const auto& date = edited.*property;
+        if (date && !namesADay(*date) && (!before || (*before).*property != date))
+            return invalidItemError(text("This date does not exist.", "Cette date n’existe pas."));
+    }
+    if (!before || before->recurrenceRules != edited.recurrenceRules) {
+        for (const EKRecurrenceRule& rule : edited.recurrenceRules) {
+            const bool known =
+                before && std::find(before->recurrenceRules.begin(), before->recurrenceRules.end(), rule) !=
+                              before->recurrenceRules.end();
+            if (!known && !icalendar::RecurrenceRule::parse(rule.text.toUtf8()))
+                return invalidItemError(text("The repetition of this reminder is not valid.",
+                                             "La répétition de ce rappel n’est pas valide."));
+        }
+    }
+    return std::nullopt;
+}
+
+EKReminderData preparedForSave(const std::optional<EKReminderData>& before, EKReminderData edited,
+                               Instant now) {
+    now = wholeSeconds(now);
+    if (!edited.isCompleted)
+        edited.completionDate.reset();
+    else if (!edited.completionDate)
+        edited.completionDate = now;
+    if (!before && !edited.creationDate)
+        edited.creationDate = now;
+    for (const auto property : {&EKReminderData::completionDate, &EKReminderData::creationDate}) {
+        if (edited.*property)
+            edited.*property = wholeSeconds(*(edited.*property));
+    }
+    for (EKAlarm& alarm : edited.alarms) {
+        if (alarm.absoluteDate)
+            alarm.absoluteDate = wholeSeconds(*alarm.absoluteDate);
+    }
+    edited.lastModifiedDate = now;
+
+    const auto& due = edited.dueDateComponents;
+    auto& start = edited.startDateComponents;
+    const bool dueMoved = before && before->dueDateComponents != due;
+    const bool startEdited = before && before->startDateComponents != start;
+    if (due && start && (!before || dueMoved || startEdited)) {
+        const bool follows = dueMoved && !startEdited && before->dueDateComponents == start;
+        if (follows || !fits(*start, *due))
+            start = due;
+    }
+    return edited;
+}
+
+bool matches(const EKPredicate& predicate, const EKReminderData& data, const ZoneCalendar& local) {
+    const bool wantsCompleted = predicate.kind == EKPredicate::Kind::completedReminders;
+    if (data.isCompleted != wantsCompleted)
+        return false;
+    if (predicate.calendars && std::find(predicate.calendars->begin(), predicate.calendars->end(),
+                                         data.calendarIdentifier) == predicate.calendars->end())
+        return false;
+    if (!predicate.start && !predicate.end)
+        return true;
+    std::optional<Instant> date;
+    if (wantsCompleted)
+        date = data.completionDate;
+    else if (data.dueDateComponents)
+        date = local.instantFrom(*data.dueDateComponents);
+    return date && (!predicate.start || *date >= *predicate.start) &&
+           (!predicate.end || *date < *predicate.end);
+}
+
+}  // namespace kestrant
