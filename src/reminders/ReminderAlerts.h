@@ -1,0 +1,68 @@
+#pragma once
+
+#include "eventkit/EKReminder.h"
+#include "foundation/Text.h"
+#include "foundation/ZoneCalendar.h"
+#include "reminders/ReminderAlertSchedule.h"
+
+#include <array>
+#include <optional>
+
+namespace kestrant {
+
+/// The choices of an alert for a reminder with a due time, in the order of the picker.
+enum class ReminderAlertTiming {
+    atDueTime,
+    fiveMinutesBefore,
+    fifteenMinutesBefore,
+    oneHourBefore,
+    oneDayBefore
+};
+
+inline constexpr std::array allReminderAlertTimings{
+    ReminderAlertTiming::atDueTime, ReminderAlertTiming::fiveMinutesBefore,
+    ReminderAlertTiming::fifteenMinutesBefore, ReminderAlertTiming::oneHourBefore,
+    ReminderAlertTiming::oneDayBefore};
+
+/// Seconds from the due instant: 0, -300, -900, -3600 or -86400.
+[[nodiscard]] double rawValue(ReminderAlertTiming timing);
+[[nodiscard]] std::optional<ReminderAlertTiming> reminderAlertTiming(double rawValue);
+/// For use inside a sentence.
+[[nodiscard]] TextPair label(ReminderAlertTiming timing);
+/// For the compact picker.
+[[nodiscard]] TextPair shortLabel(ReminderAlertTiming timing);
+
+/// The choices of an alert's day for a date-only reminder.
+enum class ReminderDateOnlyAlertDay { sameDay, dayBefore };
+
+inline constexpr std::array allReminderDateOnlyAlertDays{ReminderDateOnlyAlertDay::sameDay,
+                                                         ReminderDateOnlyAlertDay::dayBefore};
+
+/// Days from the due day: 0 or -1.
+[[nodiscard]] int rawValue(ReminderDateOnlyAlertDay day);
+[[nodiscard]] std::optional<ReminderDateOnlyAlertDay> reminderDateOnlyAlertDay(int rawValue);
+[[nodiscard]] TextPair label(ReminderDateOnlyAlertDay day);
+
+/// A reminder's due date together with its alert.
+struct ReminderDueAlert {
+    std::optional<DateComponents> dueComponents;
+    std::optional<ReminderAlertSchedule> schedule;
+};
+
+/// When the alert rings; absent when there is none, or when the schedule does not fit the due date. A time
+/// that the clock skips moves to the next existing one; of a repeated time the first occurrence is taken.
+[[nodiscard]] std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert,
+                                                  const ZoneCalendar& calendar);
+
+/// Moves the one alarm that belongs to `before` to where `after` wants it, within a second's tolerance.
+/// Alarms at other times, at places, or relative to a date stay as they are; so does the alarm itself when
+/// its instant does not change.
+void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
+                  const ZoneCalendar& calendar);
+
+/// The schedule that the first alarm with an absolute date and without a place stands for; absent when there
+/// is none or the reminder has no due date.
+[[nodiscard]] std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder,
+                                                                 const ZoneCalendar& calendar);
+
+}  // namespace kestrant

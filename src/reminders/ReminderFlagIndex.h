@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QHash>
+#include <QSet>
+#include <QString>
+
+namespace kestrant {
+
+/// Which reminders are flagged. A flag set here wins over one that was read from elsewhere.
+struct ReminderFlagIndex {
+    /// Flag keys of reminders that were reported as flagged.
+    QSet<QString> nativeIDs;
+    /// Flags set by this program, by flag key.
+    QHash<QString, bool> localOverrides;
+
+    /// What identifies a reminder in the index: the last "/" component of its identifier, in lower case.
+    [[nodiscard]] static QString flagKey(const QString& reminderID);
+    [[nodiscard]] bool isFlagged(const QString& reminderID) const;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,36 @@
+#include "reminders/ReminderStoreError.h"
+
+namespace kestrant {
+namespace {
+
+QString withDetail(const QString& sentence, const QString& detail) {
+    return detail.isEmpty() ? sentence : sentence + QLatin1Char(' ') + detail;
+}
+
+}  // namespace
+
+TextPair ReminderStoreError::message() const {
+    const TextPair detail = underlying.value_or(TextPair{});
+    switch (code) {
+    case Code::unableToCreateInitialList: {
+        const TextPair sentence = text("Kestrant couldn’t create the first list in Apple Reminders.",
+                                       "Kestrant n’a pas pu créer la première liste dans Apple Rappels.");
+        return {withDetail(sentence.english, detail.english), withDetail(sentence.french, detail.french)};
+    }
+    case Code::reminderNotFound:
+        return text("This reminder is no longer available.", "Ce rappel n’est plus disponible.");
+    case Code::emptyTitle:
+        return text("The reminder title cannot be empty.", "Le titre du rappel ne peut pas être vide.");
+    case Code::dueDateRequired:
+        return text("Choose a due date for the time or notification.",
+                    "Choisissez une échéance pour l’heure ou la notification.");
+    case Code::listUnavailable:
+        return text("This Reminders list is no longer available.",
+                    "Cette liste Rappels n’est plus disponible.");
+    case Code::database:
+        return detail;
+    }
+    return detail;
+}
+
+}  // namespace kestrant

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "eventkit/EKTypes.h"
+#include "foundation/Text.h"
+
+#include <optional>
+
+namespace kestrant {
+
+/// Why a change to the reminders did not happen. Nothing was written.
+struct ReminderStoreError {
+    enum class Code {
+        /// There is no list to put the reminder into and none could be made; `underlying` says why.
+        unableToCreateInitialList,
+        /// The reminder was deleted, here or elsewhere.
+        reminderNotFound,
+        /// A title of nothing but blanks.
+        emptyTitle,
+        /// A time of day or an alert was given without a due date.
+        dueDateRequired,
+        /// The list to move to was deleted, here or elsewhere.
+        listUnavailable,
+        /// The database refused; `underlying` is its own text.
+        database,
+    };
+
+    Code code = Code::database;
+    std::optional<TextPair> underlying;
+
+    [[nodiscard]] static ReminderStoreError from(const EKError& error) {
+        return {Code::database, error.message};
+    }
+
+    /// The sentence for the person.
+    [[nodiscard]] TextPair message() const;
+
+    bool operator==(const ReminderStoreError&) const = default;
+};
+
+}  // namespace kestrant
