@@ -8,7 +8,8 @@
 
 namespace kestrant {
 
-/// Everything this program sees of one occurrence of an event, as a value. An event that does not recur has one.
+/// Everything this program sees of one occurrence of an event, as a value. An event that does not recur has
+/// one.
 struct EKEventData {
     /// The same for every occurrence of a series.
     QString calendarItemIdentifier;
@@ -26,7 +27,8 @@ struct EKEventData {
     Instant endDate;
     /// The zone the event is written in; absent for all-day and floating events.
     std::optional<QByteArray> timeZone;
-    /// For an occurrence of a series, the start that the rule gives it; it stays when the occurrence is moved.
+    /// For an occurrence of a series, the start that the rule gives it; it stays when the occurrence is
+    /// moved.
     std::optional<Instant> occurrenceDate;
     /// This occurrence was changed by itself.
     bool isDetached = false;
@@ -39,15 +41,18 @@ struct EKEventData {
     bool operator==(const EKEventData&) const = default;
 };
 
-/// One occurrence of an event in hand: the values it was read with and the values as edited. Nothing reaches the
-/// database before EKEventStore::save(). Always held by std::shared_ptr. Thread: the one that received or made it.
+/// One occurrence of an event in hand: the values it was read with and the values as edited. Nothing reaches
+/// the database before EKEventStore::save(). Always held by std::shared_ptr. Thread: the one that received or
+/// made it.
 class EKEvent {
   public:
     /// A new event that no calendar holds yet.
     EKEvent() = default;
     /// An occurrence as read; for event stores only. `version` stands for what was read.
     EKEvent(std::shared_ptr<const EKEventData> stored, QByteArray version)
-        : data(*stored), stored_(std::move(stored)), version_(std::move(version)) {}
+        : data(*stored)
+        , stored_(std::move(stored))
+        , version_(std::move(version)) {}
 
     /// The edited values; change them freely. The identifiers are the store's to set.
     EKEventData data;

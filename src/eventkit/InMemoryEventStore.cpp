@@ -2,6 +2,7 @@
 
 #include "eventkit/EKErrors.h"
 #include "eventkit/ReminderChanges.h"
+#include "eventkit/ReminderSeries.h"
 
 #include <algorithm>
 #include <utility>
@@ -173,9 +174,19 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::carryOut(const SaveReque
     if (auto error = invalidReason(before, wanted))
         return tl::unexpected(std::move(*error));
     if (identifier.isEmpty())
-        identifier = QStringLiteral("memory-%1").arg(nextIdentifier_++);
-    store(identifier, preparedForSave(before, std::move(wanted), clock_.now()));
-    return EKSaveResult{identifier, std::nullopt};
+        identifier = newIdentifier();
+    EKReminderData prepared = preparedForSave(before, std::move(wanted), clock_.now());
+    EKSaveResult result{identifier, std::nullopt};
+    if (before && !before->isCompleted && prepared.isCompleted) {
+        CompletedOccurrence step = completeOccurrence(std::move(prepared), {}, calendar_.calendar());
+        if (step.copy) {
+            result.completedCopyIdentifier = newIdentifier();
+            store(*result.completedCopyIdentifier, std::move(*step.copy));
+        }
+        prepared = std::move(step.series);
+    }
+    store(identifier, std::move(prepared));
+    return result;
 }
 
 void InMemoryEventStore::save(const EKReminderRef& reminder, SaveCompletion completion) {
@@ -274,10 +285,14 @@ void InMemoryEventStore::dropCalendar(const QString& identifier) {
     announceChange();
 }
 
+QString InMemoryEventStore::newIdentifier() {
+    return QStringLiteral("memory-%1").arg(nextIdentifier_++);
+}
+
 QString InMemoryEventStore::putReminder(EKReminderData data) {
     QString identifier = data.calendarItemIdentifier;
     if (identifier.isEmpty())
-        identifier = QStringLiteral("memory-%1").arg(nextIdentifier_++);
+        identifier = newIdentifier();
     store(identifier, std::move(data));
     return identifier;
 }

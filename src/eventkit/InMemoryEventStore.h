@@ -67,6 +67,7 @@ class InMemoryEventStore final : public EKEventStore {
     [[nodiscard]] tl::expected<EKSaveResult, EKError> carryOut(const SaveRequest& request);
     [[nodiscard]] std::optional<EKError> reasonNotToChange(const QString& calendarIdentifier) const;
     void requestAccess(AccessCompletion completion);
+    [[nodiscard]] QString newIdentifier();
     void store(const QString& identifier, EKReminderData data);
     void announceChange();
     /// Runs work on a later turn, unless the store is gone by then.
