@@ -22,12 +22,12 @@ enum class FileMode {
     createNew,
 };
 
-/// Writes a whole file so that a reader sees the old content or the new, never part of it, and so that the new content
-/// is on the disk when this returns: hidden temporary file beside it, fsync, rename (or link), fsync of the folder.
-/// An existing file keeps its permissions. The folder must exist. On failure the old file is untouched and nothing is
-/// left behind. Thread: any; blocks for the disk.
-[[nodiscard]] tl::expected<void, FileError> writeFileAtomically(const QString& path, const QByteArray& content,
-                                                                FileMode mode = FileMode::replace);
+/// Writes a whole file so that a reader sees the old content or the new, never part of it, and so that the
+/// new content is on the disk when this returns: hidden temporary file beside it, fsync, rename (or link),
+/// fsync of the folder. An existing file keeps its permissions. The folder must exist. On failure the old
+/// file is untouched and nothing is left behind. Thread: any; blocks for the disk.
+[[nodiscard]] tl::expected<void, FileError>
+writeFileAtomically(const QString& path, const QByteArray& content, FileMode mode = FileMode::replace);
 
 /// Reads a whole file. Fails with EFBIG above `sizeLimit` bytes. Thread: any; blocks for the disk.
 [[nodiscard]] tl::expected<QByteArray, FileError> readFile(const QString& path,

@@ -7,7 +7,8 @@
 
 namespace kestrant {
 
-/// Locale-aware, case-insensitive comparison and containment of texts. Not thread-safe; make one where it is needed.
+/// Locale-aware, case-insensitive comparison and containment of texts. Not thread-safe; make one where it is
+/// needed.
 class TextCollation {
   public:
     explicit TextCollation(const QLocale& locale);

@@ -11,9 +11,10 @@
 
 namespace kestrant {
 
-/// A per-user key/value store with typed reads that tell absent from present. A value of another type than the one
-/// asked for is absent: a JSON boolean is a Bool, an integral number an Int, any number a Double.
-/// Reads and writes are safe from any thread; observers are registered and told on the thread that created the store.
+/// A per-user key/value store with typed reads that tell absent from present. A value of another type than
+/// the one asked for is absent: a JSON boolean is a Bool, an integral number an Int, any number a Double.
+/// Reads and writes are safe from any thread; observers are registered and told on the thread that created
+/// the store.
 class UserDefaults {
   public:
     virtual ~UserDefaults() = default;

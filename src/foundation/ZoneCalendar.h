@@ -9,12 +9,16 @@
 #include <QTimeZone>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace kestrant {
 
-/// Parts of a date as a person or a file gives them; absent parts are unknown. A due date without an hour is a whole
-/// day. `timeZone` is an IANA identifier or "UTC"; absent means floating: read in the reader's own zone.
+struct ZoneOffsets;
+
+/// Parts of a date as a person or a file gives them; absent parts are unknown. A due date without an hour is
+/// a whole day. `timeZone` is an IANA identifier or "UTC"; absent means floating: read in the reader's own
+/// zone.
 struct DateComponents {
     std::optional<int> year;
     std::optional<int> month;
@@ -25,16 +29,22 @@ struct DateComponents {
     std::optional<QByteArray> timeZone;
 
     [[nodiscard]] bool includesTime() const { return hour.has_value(); }
-    /// The day; invalid when year, month or day is absent or they name no day of the proleptic Gregorian calendar.
+    /// The day; invalid when year, month or day is absent or they name no day of the proleptic Gregorian
+    /// calendar.
     [[nodiscard]] QDate date() const;
     /// The time of day with absent minutes and seconds as 0; invalid when the hour is absent or out of range.
     [[nodiscard]] QTime time() const;
 
     [[nodiscard]] static DateComponents fromDate(QDate date);
-    [[nodiscard]] static DateComponents fromDateTime(QDate date, QTime time, std::optional<QByteArray> zone = {});
+    [[nodiscard]] static DateComponents fromDateTime(QDate date, QTime time,
+                                                     std::optional<QByteArray> zone = {});
 
     bool operator==(const DateComponents&) const = default;
 };
+
+/// The zone of an IANA identifier, of "UTC", or of a Windows zone name ("Romance Standard Time"); absent when
+/// unknown.
+[[nodiscard]] std::optional<QTimeZone> timeZoneFromIdentifier(const QByteArray& identifier);
 
 /// A half-open span of time: start included, end excluded.
 struct DateInterval {
@@ -51,9 +61,10 @@ enum class GapPolicy {
     nextExisting,
 };
 
-/// The Gregorian calendar in one time zone: every question about days, local times and instants goes through here.
-/// A value; cheap to copy. Thread: any. Answers for all years from 0001 to 9999; where a zone is unknown the caller
-/// decides, this class is always given a valid one (an invalid QTimeZone is taken for UTC).
+/// The Gregorian calendar in one time zone: every question about days, local times and instants goes through
+/// here. A value; cheap to copy. Thread: any. Answers for all years from 0001 to 9999; where a zone is
+/// unknown the caller decides, this class is always given a valid one (an invalid QTimeZone is taken for
+/// UTC).
 class ZoneCalendar {
   public:
     explicit ZoneCalendar(const QTimeZone& zone);
@@ -74,8 +85,9 @@ class ZoneCalendar {
     /// The calendar year that contains the instant.
     [[nodiscard]] DateInterval yearContaining(Instant instant) const;
 
-    /// The instant the components denote: a whole day is its start; a time is read in the components' own zone, or in
-    /// this calendar's zone when they name none or an unknown one. Absent when they name no day or no valid time.
+    /// The instant the components denote: a whole day is its start; a time is read in the components' own
+    /// zone, or in this calendar's zone when they name none or an unknown one. Absent when they name no day
+    /// or no valid time.
     [[nodiscard]] std::optional<Instant> instantFrom(const DateComponents& components) const;
 
     /// Components of an instant in this zone, with this zone's identifier.
@@ -85,7 +97,7 @@ class ZoneCalendar {
 
   private:
     QTimeZone zone_;
-    bool isUtc_ = false;
+    std::shared_ptr<const ZoneOffsets> offsets_;
 };
 
 /// The person's own calendar: follows the machine's time zone while the program runs. Thread: main.
