@@ -16,4 +16,9 @@ EKPredicate EKEventStore::predicateForCompletedReminders(std::optional<Instant> 
     return {EKPredicate::Kind::completedReminders, completionDateStarting, ending, std::move(calendars)};
 }
 
+EKEventPredicate EKEventStore::predicateForEvents(Instant start, Instant end,
+                                                  std::optional<std::vector<QString>> calendars) {
+    return {start, end, std::move(calendars)};
+}
+
 }  // namespace kestrant

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "eventkit/EKEvent.h"
 #include "eventkit/EKReminder.h"
 #include "eventkit/EKTypes.h"
 #include "foundation/Scheduler.h"
@@ -27,6 +28,16 @@ struct EKPredicate {
     std::optional<std::vector<QString>> calendars;
 };
 
+/// Which events a fetch returns. Made by EKEventStore::predicateForEvents().
+struct EKEventPredicate {
+    /// Events that touch this span match: they start before `end` and end after `start`. One without length
+    /// matches where it lies from `start` (included) to `end` (excluded).
+    Instant start;
+    Instant end;
+    /// Identifiers of the calendars to search; absent means all of them.
+    std::optional<std::vector<QString>> calendars;
+};
+
 /// What a save or removal did.
 struct EKSaveResult {
     /// The item's identifier in the database.
@@ -50,6 +61,7 @@ class EKEventStore {
   public:
     using AccessCompletion = std::function<void(bool granted, std::optional<EKError> error)>;
     using FetchCompletion = std::function<void(std::vector<EKReminderRef> reminders)>;
+    using EventsCompletion = std::function<void(std::vector<EKEventRef> events)>;
     using SaveCompletion = std::function<void(tl::expected<EKSaveResult, EKError> result)>;
     using CalendarCompletion = std::function<void(tl::expected<EKCalendar, EKError> result)>;
 
@@ -66,6 +78,7 @@ class EKEventStore {
     [[nodiscard]] virtual std::optional<EKCalendar>
     calendarWithIdentifier(const QString& identifier) const = 0;
     [[nodiscard]] virtual std::optional<EKCalendar> defaultCalendarForNewReminders() const = 0;
+    [[nodiscard]] virtual std::optional<EKCalendar> defaultCalendarForNewEvents() const = 0;
 
     [[nodiscard]] static EKPredicate
     predicateForIncompleteReminders(std::optional<Instant> dueDateStarting, std::optional<Instant> ending,
@@ -89,6 +102,27 @@ class EKEventStore {
     virtual void save(const EKReminderRef& reminder, SaveCompletion completion) = 0;
     /// Removes a reminder. Fails with itemNotFound when it is gone already.
     virtual void remove(const EKReminderRef& reminder, SaveCompletion completion) = 0;
+
+    [[nodiscard]] static EKEventPredicate predicateForEvents(Instant start, Instant end,
+                                                             std::optional<std::vector<QString>> calendars);
+
+    /// The occurrences that match, each of a series by itself. Waits for a load that is under way; series are
+    /// expanded away from the main thread, at a cost in proportion to what the span holds. No order is
+    /// promised. The events belong to whoever receives them, who may pass them on to another thread as a
+    /// whole.
+    virtual void events(const EKEventPredicate& matching, EventsCompletion completion) = 0;
+
+    /// The event with this event identifier as it is in memory now, of a series the first occurrence; null
+    /// when there is none.
+    [[nodiscard]] virtual EKEventRef event(const QString& withIdentifier) = 0;
+
+    /// Writes a new or edited event and commits it; with EKSpan::thisEvent only the occurrence in hand of a
+    /// series. Otherwise as for reminders. A new event whose calendarIdentifier is empty goes into the
+    /// default calendar.
+    virtual void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) = 0;
+    /// Removes an event; with EKSpan::thisEvent only the occurrence in hand of a series. Fails with
+    /// itemNotFound when it is gone already.
+    virtual void remove(const EKEventRef& event, EKSpan span, SaveCompletion completion) = 0;
 
     /// Creates a list (empty calendarIdentifier) or changes title and colour of one; gives it back with its
     /// identifier.

@@ -282,6 +282,9 @@ void InMemoryEventStore::dropCalendar(const QString& identifier) {
                   [&](const EKCalendar& calendar) { return calendar.calendarIdentifier == identifier; });
     std::erase_if(entries_,
                   [&](const auto& entry) { return entry.second.data->calendarIdentifier == identifier; });
+    std::erase_if(series_, [&](const auto& entry) {
+        return entry.second.occurrences.front()->calendarIdentifier == identifier;
+    });
     announceChange();
 }
 

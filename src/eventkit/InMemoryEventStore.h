@@ -25,10 +25,15 @@ class InMemoryEventStore final : public EKEventStore {
     [[nodiscard]] std::vector<EKCalendar> calendars(EKEntityType type) const override;
     [[nodiscard]] std::optional<EKCalendar> calendarWithIdentifier(const QString& identifier) const override;
     [[nodiscard]] std::optional<EKCalendar> defaultCalendarForNewReminders() const override;
+    [[nodiscard]] std::optional<EKCalendar> defaultCalendarForNewEvents() const override;
     void fetchReminders(const EKPredicate& matching, FetchCompletion completion) override;
     [[nodiscard]] EKReminderRef calendarItem(const QString& withIdentifier) override;
     void save(const EKReminderRef& reminder, SaveCompletion completion) override;
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
+    void events(const EKEventPredicate& matching, EventsCompletion completion) override;
+    [[nodiscard]] EKEventRef event(const QString& withIdentifier) override;
+    void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) override;
+    void remove(const EKEventRef& event, EKSpan span, SaveCompletion completion) override;
     void saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) override;
     [[nodiscard]] Subscription observeChanges(std::function<void()> observer) override;
     [[nodiscard]] std::vector<TextPair> problems() const override { return problems_; }
@@ -49,10 +54,18 @@ class InMemoryEventStore final : public EKEventStore {
     /// Adds or replaces a reminder as it is given; an empty identifier is filled in. Returns the identifier.
     QString putReminder(EKReminderData data);
     void dropReminder(const QString& identifier);
+    /// Adds or replaces an event that does not recur; empty identifiers are filled in. Returns the identifier.
+    QString putEvent(EKEventData data);
+    /// Adds or replaces a series, given by its occurrences: rules are kept, not followed. The occurrences get the
+    /// first one's identifiers and rules; an absent occurrenceDate is the start. Returns the identifier.
+    QString putSeries(std::vector<EKEventData> occurrences);
+    void dropEvent(const QString& identifier);
 
     /// The present values; null when there is no such reminder.
     [[nodiscard]] std::shared_ptr<const EKReminderData> reminder(const QString& identifier) const;
     [[nodiscard]] std::vector<EKReminderData> reminders() const;
+    /// Every occurrence, the series in the order of their identifiers.
+    [[nodiscard]] std::vector<EKEventData> allEvents() const;
 
   private:
     struct Entry {
@@ -60,11 +73,21 @@ class InMemoryEventStore final : public EKEventStore {
         int version = 0;
     };
     struct SaveRequest;
+    struct Series {
+        std::vector<std::shared_ptr<const EKEventData>> occurrences;
+        int version = 0;
+    };
 
     [[nodiscard]] std::optional<Stored> storedReminder(const QString& identifier) const override;
     [[nodiscard]] bool hasAccess() const;
     [[nodiscard]] std::optional<EKError> failure(Operation operation) const;
     [[nodiscard]] tl::expected<EKSaveResult, EKError> carryOut(const SaveRequest& request);
+    QString putOccurrences(std::vector<EKEventData> occurrences);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError>
+    carryOut(const EKEventRef& event, EKEventData edited, const std::shared_ptr<const EKEventData>& base);
+    [[nodiscard]] std::optional<EKError> reasonNotToRemove(const std::shared_ptr<const EKEventData>& base) const;
+    /// The position of the occurrence that was read as `base`; absent when it is gone.
+    [[nodiscard]] std::optional<std::size_t> positionOf(const EKEventData& base) const;
     [[nodiscard]] std::optional<EKError> reasonNotToChange(const QString& calendarIdentifier) const;
     void requestAccess(AccessCompletion completion);
     [[nodiscard]] QString newIdentifier();
@@ -80,6 +103,7 @@ class InMemoryEventStore final : public EKEventStore {
     std::map<Operation, EKError> failures_;
     std::vector<EKCalendar> calendars_;
     std::map<QString, Entry> entries_;
+    std::map<QString, Series> series_;
     std::vector<TextPair> problems_;
     ObserverList<> observers_;
     bool changeAnnounced_ = false;

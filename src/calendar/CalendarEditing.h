@@ -1,0 +1,72 @@
+#pragma once
+
+#include "calendar/CalendarError.h"
+#include "calendar/CalendarItems.h"
+#include "eventkit/EKEvent.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <QString>
+
+#include <tl/expected.hpp>
+
+#include <optional>
+
+namespace kestrant {
+
+/// What a creation form hands over.
+struct NewCalendarEvent {
+    QString title;
+    Instant startDate;
+    Instant endDate;
+    bool isAllDay = false;
+    /// The calendar chosen in the form; absent leaves the choice to the database.
+    std::optional<QString> calendarID;
+};
+
+/// What an edit form shows and hands back.
+struct CalendarEventEditDetails {
+    QString title;
+    Instant startDate;
+    /// Excluded. All-day: the start of the day after the last one when loaded.
+    Instant endDate;
+    bool isAllDay = false;
+    QString calendarID;
+    /// Empty when there is none.
+    QString location;
+    QString notes;
+
+    bool operator==(const CalendarEventEditDetails&) const = default;
+};
+
+// What creating and editing mean, as decisions over values.
+
+/// The values of a new event, without its calendar: the title trimmed, a timed event at least half an hour
+/// long and written in the calendar's zone, an all-day one at least to the start of the day after its first.
+/// Fails with `emptyTitle`.
+[[nodiscard]] tl::expected<EKEventData, CalendarError> newEventData(const NewCalendarEvent& event,
+                                                                    const ZoneCalendar& calendar);
+
+[[nodiscard]] CalendarEventEditDetails editDetails(const EKEventData& event);
+
+/// The details as they will be saved: texts trimmed; for an all-day event the start at the start of its day
+/// and the end at the start of its own day, or of the day after where that is the start's day. Fails with
+/// `emptyTitle` or `invalidDateRange`.
+[[nodiscard]] tl::expected<CalendarEventEditDetails, CalendarError>
+validated(const CalendarEventEditDetails& details, const ZoneCalendar& calendar);
+
+/// Puts validated details into an event. Empty location and notes become absent. An event that gets a time of
+/// day is written in the calendar's zone; one that has one keeps its own.
+void apply(const CalendarEventEditDetails& details, const ZoneCalendar& calendar, EKEventData& event);
+
+/// Whether an event that was looked up by the row's identifier is the one the row shows: it starts within
+/// five minutes of it, or it does not recur.
+[[nodiscard]] bool isEventBehind(const CalendarEventItem& row, const EKEventData& lookedUp);
+
+/// Where to search for the event otherwise: two minutes around the row.
+[[nodiscard]] DateInterval searchIntervalFor(const CalendarEventItem& row);
+
+/// Whether an event that was found there is the one the row shows: same identifier, start within five
+/// minutes.
+[[nodiscard]] bool isOccurrenceBehind(const CalendarEventItem& row, const EKEventData& found);
+
+}  // namespace kestrant

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "calendar/CalendarRows.h"
+#include "eventkit/EKEventStore.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <QHash>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace kestrant {
+
+/// What the database holds for an interval. A value; thread: any.
+struct CalendarItems {
+    std::vector<std::shared_ptr<const EKEventData>> events;
+    std::vector<std::shared_ptr<const EKReminderData>> reminders;
+    /// By calendar identifier.
+    QHash<QString, CalendarAppearance> calendars;
+};
+
+/// Reads every event that touches the interval and, when `showReminders`, every incomplete reminder that is
+/// due in it or within a day of it. Completes once, on a later turn. Thread: main.
+void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool showReminders,
+                        const ZoneCalendar& calendar, std::function<void(CalendarItems)> completion);
+
+}  // namespace kestrant

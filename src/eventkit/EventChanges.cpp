@@ -1,0 +1,68 @@
+#include "eventkit/EventChanges.h"
+
+#include "eventkit/EKErrors.h"
+#include "eventkit/EKEventStore.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace kestrant {
+
+MergedEventEdits mergeEdits(const EKEventData& base, const EKEventData& edited, const EKEventData& current) {
+    MergedEventEdits result{.merged = current};
+    const auto apply = [&](auto... properties) {
+        const auto equal = [&](const EKEventData& a, const EKEventData& b) {
+            return ((a.*properties == b.*properties) && ...);
+        };
+        if (equal(edited, base))
+            return;
+        if (!equal(current, base) && !equal(current, edited))
+            result.conflict = true;
+        ((result.merged.*properties = edited.*properties), ...);
+    };
+    apply(&EKEventData::calendarIdentifier);
+    apply(&EKEventData::title);
+    apply(&EKEventData::notes);
+    apply(&EKEventData::location);
+    apply(&EKEventData::url);
+    apply(&EKEventData::isAllDay, &EKEventData::startDate, &EKEventData::endDate, &EKEventData::timeZone);
+    apply(&EKEventData::recurrenceRules);
+    apply(&EKEventData::alarms);
+    apply(&EKEventData::creationDate);
+    return result;
+}
+
+std::optional<EKError> invalidReason(const EKEventData& edited) {
+    if (edited.endDate < edited.startDate)
+        return invalidItemError(text("An event cannot end before it starts.",
+                                     "Un événement ne peut pas finir avant de commencer."));
+    return std::nullopt;
+}
+
+EKEventData preparedForSave(const std::optional<EKEventData>& before, EKEventData edited, Instant now) {
+    const auto wholeSeconds = [](Instant instant) -> Instant {
+        return std::chrono::floor<std::chrono::seconds>(instant);
+    };
+    if (!before && !edited.creationDate)
+        edited.creationDate = now;
+    edited.lastModifiedDate = now;
+    for (const auto property : {&EKEventData::startDate, &EKEventData::endDate})
+        edited.*property = wholeSeconds(edited.*property);
+    for (const auto property : {&EKEventData::creationDate, &EKEventData::lastModifiedDate}) {
+        if (edited.*property)
+            edited.*property = wholeSeconds(*(edited.*property));
+    }
+    edited.isDetached = edited.occurrenceDate.has_value();
+    return edited;
+}
+
+bool matches(const EKEventPredicate& predicate, const EKEventData& data) {
+    if (predicate.calendars && std::find(predicate.calendars->begin(), predicate.calendars->end(),
+                                         data.calendarIdentifier) == predicate.calendars->end())
+        return false;
+    if (data.startDate == data.endDate)
+        return data.startDate >= predicate.start && data.startDate < predicate.end;
+    return data.startDate < predicate.end && data.endDate > predicate.start;
+}
+
+}  // namespace kestrant

@@ -1,0 +1,186 @@
+#include "eventkit/EKErrors.h"
+#include "eventkit/EventChanges.h"
+#include "eventkit/InMemoryEventStore.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant {
+
+std::optional<EKCalendar> InMemoryEventStore::defaultCalendarForNewEvents() const {
+    const auto found = calendars(EKEntityType::event);
+    const auto first = std::find_if(found.begin(), found.end(),
+                                    [](const EKCalendar& list) { return list.allowsContentModifications; });
+    return first == found.end() ? std::nullopt : std::optional(*first);
+}
+
+void InMemoryEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
+    std::vector<EKEventRef> result;
+    if (hasAccess()) {
+        for (const auto& [identifier, series] : series_) {
+            for (const auto& occurrence : series.occurrences) {
+                if (matches(matching, *occurrence))
+                    result.push_back(
+                        std::make_shared<EKEvent>(occurrence, QByteArray::number(series.version)));
+            }
+        }
+    }
+    later([completion = std::move(completion), result = std::move(result)]() mutable {
+        completion(std::move(result));
+    });
+}
+
+EKEventRef InMemoryEventStore::event(const QString& withIdentifier) {
+    if (!hasAccess())
+        return nullptr;
+    const auto found = std::find_if(series_.begin(), series_.end(), [&](const auto& entry) {
+        return entry.second.occurrences.front()->eventIdentifier == withIdentifier;
+    });
+    if (found == series_.end())
+        return nullptr;
+    return std::make_shared<EKEvent>(found->second.occurrences.front(),
+                                     QByteArray::number(found->second.version));
+}
+
+std::optional<std::size_t> InMemoryEventStore::positionOf(const EKEventData& base) const {
+    const auto found = series_.find(base.calendarItemIdentifier);
+    if (found == series_.end())
+        return std::nullopt;
+    const auto& occurrences = found->second.occurrences;
+    const auto position = std::find_if(occurrences.begin(), occurrences.end(), [&](const auto& occurrence) {
+        return occurrence->occurrenceDate == base.occurrenceDate;
+    });
+    if (position == occurrences.end())
+        return std::nullopt;
+    return static_cast<std::size_t>(position - occurrences.begin());
+}
+
+tl::expected<EKSaveResult, EKError>
+InMemoryEventStore::carryOut(const EKEventRef& event, EKEventData edited,
+                             const std::shared_ptr<const EKEventData>& base) {
+    if (auto error = failure(Operation::save))
+        return tl::unexpected(std::move(*error));
+    if (!hasAccess())
+        return tl::unexpected(accessDeniedError());
+    if (!base) {
+        const auto standard = defaultCalendarForNewEvents();
+        if (edited.calendarIdentifier.isEmpty() && standard)
+            edited.calendarIdentifier = standard->calendarIdentifier;
+        if (auto error = reasonNotToChange(edited.calendarIdentifier))
+            return tl::unexpected(std::move(*error));
+        if (auto error = invalidReason(edited))
+            return tl::unexpected(std::move(*error));
+        edited.calendarItemIdentifier.clear();
+        edited.eventIdentifier.clear();
+        const QString identifier = putEvent(preparedForSave(std::nullopt, std::move(edited), clock_.now()));
+        const Series& series = series_.at(identifier);
+        event->setStored(series.occurrences.front(), QByteArray::number(series.version));
+        return EKSaveResult{identifier, std::nullopt};
+    }
+    const auto position = positionOf(*base);
+    if (!position)
+        return tl::unexpected(itemNotFoundError());
+    Series& series = series_.at(base->calendarItemIdentifier);
+    auto& stored = series.occurrences[*position];
+    MergedEventEdits merge = mergeEdits(*base, edited, *stored);
+    if (merge.conflict)
+        return tl::unexpected(conflictError(stored->title));
+    if (merge.merged != *stored) {
+        for (const QString& calendar : {stored->calendarIdentifier, merge.merged.calendarIdentifier}) {
+            if (auto error = reasonNotToChange(calendar))
+                return tl::unexpected(std::move(*error));
+        }
+        if (auto error = invalidReason(merge.merged))
+            return tl::unexpected(std::move(*error));
+        stored = std::make_shared<const EKEventData>(
+            preparedForSave(*stored, std::move(merge.merged), clock_.now()));
+        series.version = nextVersion_++;
+        announceChange();
+    }
+    event->setStored(stored, QByteArray::number(series.version));
+    return EKSaveResult{base->calendarItemIdentifier, std::nullopt};
+}
+
+void InMemoryEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion completion) {
+    later([this, event, edited = event->data, base = event->stored(), completion = std::move(completion)] {
+        completion(carryOut(event, edited, base));
+    });
+}
+
+std::optional<EKError>
+InMemoryEventStore::reasonNotToRemove(const std::shared_ptr<const EKEventData>& base) const {
+    if (auto error = failure(Operation::remove))
+        return error;
+    if (!hasAccess())
+        return accessDeniedError();
+    const auto position = base ? positionOf(*base) : std::nullopt;
+    if (!position)
+        return itemNotFoundError();
+    return reasonNotToChange(
+        series_.at(base->calendarItemIdentifier).occurrences[*position]->calendarIdentifier);
+}
+
+void InMemoryEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion completion) {
+    later([this, base = event->stored(), completion = std::move(completion)] {
+        if (auto error = reasonNotToRemove(base)) {
+            completion(tl::unexpected(std::move(*error)));
+            return;
+        }
+        const auto entry = series_.find(base->calendarItemIdentifier);
+        auto& occurrences = entry->second.occurrences;
+        occurrences.erase(occurrences.begin() + static_cast<std::ptrdiff_t>(*positionOf(*base)));
+        entry->second.version = nextVersion_++;
+        if (occurrences.empty())
+            series_.erase(entry);
+        announceChange();
+        completion(EKSaveResult{base->calendarItemIdentifier, std::nullopt});
+    });
+}
+
+QString InMemoryEventStore::putEvent(EKEventData data) {
+    data.occurrenceDate.reset();
+    return putOccurrences({std::move(data)});
+}
+
+QString InMemoryEventStore::putSeries(std::vector<EKEventData> occurrences) {
+    for (EKEventData& occurrence : occurrences) {
+        if (!occurrence.occurrenceDate)
+            occurrence.occurrenceDate = occurrence.startDate;
+        occurrence.recurrenceRules = occurrences.front().recurrenceRules;
+    }
+    return putOccurrences(std::move(occurrences));
+}
+
+QString InMemoryEventStore::putOccurrences(std::vector<EKEventData> occurrences) {
+    QString identifier = occurrences.front().calendarItemIdentifier;
+    if (identifier.isEmpty())
+        identifier = QStringLiteral("memory-%1").arg(nextIdentifier_++);
+    QString eventIdentifier = occurrences.front().eventIdentifier;
+    if (eventIdentifier.isEmpty())
+        eventIdentifier = identifier;
+    Series series{.version = nextVersion_++};
+    for (EKEventData& occurrence : occurrences) {
+        occurrence.calendarItemIdentifier = identifier;
+        occurrence.eventIdentifier = eventIdentifier;
+        series.occurrences.push_back(std::make_shared<const EKEventData>(std::move(occurrence)));
+    }
+    series_[identifier] = std::move(series);
+    announceChange();
+    return identifier;
+}
+
+void InMemoryEventStore::dropEvent(const QString& identifier) {
+    if (series_.erase(identifier) > 0)
+        announceChange();
+}
+
+std::vector<EKEventData> InMemoryEventStore::allEvents() const {
+    std::vector<EKEventData> result;
+    for (const auto& [identifier, series] : series_) {
+        for (const auto& occurrence : series.occurrences)
+            result.push_back(*occurrence);
+    }
+    return result;
+}
+
+}  // namespace kestrant
