@@ -1,0 +1,175 @@
+"""The real program in a real window: a home folder, a folder of reminders and a desktop of its own, and the means to
+act on the panel and to see what became of it.
+"""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import unittest
+
+SOURCES = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(SOURCES / "scripts"))
+
+from virtual_desktop import EventWindow, VirtualDesktop, bounds, stop, wait_until  # noqa: E402
+
+__all__ = ["DesktopTest", "EventWindow", "bounds", "stop", "wait_until"]
+
+PROGRAM = os.environ.get("KESTRANT", str(SOURCES / "build/dev/src/app/kestrant"))
+IDENTIFIER = "com.Kestrant.notchapp"
+
+IDLE_WIDTH, HOVERING_WIDTH, RESTING_HEIGHT = 205, 257, 33
+EXPANDED = (940, 292)
+
+# The colour of the list that the tests make: nothing else on the panel has it, so what has it belongs to that list.
+LIST_COLOUR = (0xFF, 0x00, 0xAA)
+
+
+class DesktopTest(unittest.TestCase):
+    """One desktop for all tests of a class, with another program's window across it; a new home and a new Kestrant for
+    each test."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = cls.enterClassContext(VirtualDesktop())
+        cls.other = EventWindow(cls.desktop)
+        cls.middle = cls.desktop.width // 2
+
+    def setUp(self):
+        home = pathlib.Path(self.desktop.environment["HOME"])
+        shutil.rmtree(home)
+        self.data = pathlib.Path(self.desktop.environment["XDG_DATA_HOME"]) / IDENTIFIER
+        self.configuration = pathlib.Path(self.desktop.environment["XDG_CONFIG_HOME"]) / IDENTIFIER
+        self.list = self.data / "calendars/errands"
+        self.list.mkdir(parents=True)
+        (self.list / "displayname").write_text("Errands")
+        (self.list / "color").write_text("#%02X%02X%02X" % LIST_COLOUR)
+        self.other_colour = self.desktop.picture().pixel(self.middle, 1)
+        self.point_away()
+
+    # The files
+
+    def add_reminder(self, title, uid=None, more=""):
+        """Writes a reminder as another program would and returns the path of its file."""
+        uid = uid or title.lower().replace(" ", "-")
+        path = self.list / f"{uid}.ics"
+        path.write_bytes(
+            (
+                "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Somebody//Else//EN\r\nBEGIN:VTODO\r\n"
+                f"UID:{uid}\r\nDTSTAMP:20260301T080000Z\r\nCREATED:20260301T080000Z\r\nSUMMARY:{title}\r\n"
+                f"{more}X-SOMEBODY-ELSE:keep this\r\nEND:VTODO\r\nEND:VCALENDAR\r\n"
+            ).encode()
+        )
+        return path
+
+    def set_preferences(self, **preferences):
+        self.configuration.mkdir(parents=True, exist_ok=True)
+        settled = {"kestrantCompletedInitialOnboarding": True, "kestrantCompletedInitialYearReveal": True,
+                   "kestrantStartedInitialYearReveal": True, "kestrantLanguage": "en"}
+        (self.configuration / "preferences.json").write_text(json.dumps({**settled, **preferences}))
+
+    def ledger(self):
+        """The records of completed reminders, by identifier; none while there is no ledger."""
+        path = self.data / "completion-ledger-v1.json"
+        return json.loads(path.read_text())["records"] if path.exists() else {}
+
+    # The program
+
+    def start(self, *arguments, **preferences):
+        """Starts Kestrant and waits until its panel rests at the top of the screen."""
+        self.set_preferences(**preferences)
+        self.program = self.desktop.spawn([PROGRAM, *arguments])
+        self.addCleanup(stop, self.program)
+        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+
+    def kestrant(self, *arguments):
+        """Runs the command line beside the running panel."""
+        return subprocess.run([PROGRAM, *arguments], env=self.desktop.environment, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, timeout=60)
+
+    # The panel
+
+    def panel_size(self):
+        """(width, height) of what the panel covers: its width halfway down, away from the ears at the top edge."""
+        picture = self.desktop.picture()
+        outside = self.other_colour
+        height = 0
+        while height < picture.height and picture.pixel(self.middle, height) != outside:
+            height += 1
+        row = height // 2
+        left = right = self.middle
+        if not height:
+            return 0, 0
+        while left > 0 and picture.pixel(left - 1, row) != outside:
+            left -= 1
+        while right < picture.width and picture.pixel(right, row) != outside:
+            right += 1
+        return right - left, height
+
+    def wait_for_panel(self, width, height):
+        """Waits for the panel to have this size, give or take the pixel that a half point at each side makes."""
+        seen = []
+
+        def has_the_size():
+            if self.program.poll() is not None:
+                self.fail(f"Kestrant ended with status {self.program.returncode}")
+            seen.append(self.panel_size())
+            return abs(seen[-1][0] - width) <= 1 and seen[-1][1] == height
+
+        try:
+            wait_until(has_the_size, f"the panel is {width} x {height}")
+        except AssertionError as problem:
+            self.keep_picture()
+            raise AssertionError(f"{problem}; it was {seen[-1]}") from None
+
+    def keep_picture(self):
+        path = pathlib.Path(PROGRAM).parent / f"{self.id()}.png"
+        self.desktop.save_picture(path)
+        print(f"the display as it was: {path}", file=sys.stderr)
+
+    def point_away(self):
+        self.desktop.move(self.middle, self.desktop.height - 100)
+
+    def expand(self):
+        self.desktop.move(self.middle, 10)
+        self.wait_for_panel(*EXPANDED)
+
+    def collapse(self):
+        self.point_away()
+        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+
+    def circles(self):
+        """The middles of the circles on the cards, in reading order: the patches of the list's colour that are as
+        large as a circle is."""
+        left = self.middle - EXPANDED[0] // 2
+        points = set(self.desktop.steady_picture().near(LIST_COLOUR, (left, RESTING_HEIGHT, left + EXPANDED[0], EXPANDED[1])))
+        found = []
+        while points:
+            patch, edge = set(), [points.pop()]
+            while edge:
+                x, y = edge.pop()
+                patch.add((x, y))
+                for neighbour in ((x + a, y + b) for a in (-1, 0, 1) for b in (-1, 0, 1)):
+                    if neighbour in points:
+                        points.remove(neighbour)
+                        edge.append(neighbour)
+            x0, y0, x1, y1 = bounds(patch)
+            if 12 <= x1 - x0 <= 24 and 12 <= y1 - y0 <= 24:
+                found.append(((x0 + x1) // 2, (y0 + y1) // 2))
+        return sorted(found, key=lambda point: (point[1], point[0]))
+
+    def wait_for_circles(self, count):
+        found = []
+
+        def are_shown():
+            found[:] = self.circles()
+            return len(found) == count
+
+        try:
+            wait_until(are_shown, f"{count} cards are shown")
+        except AssertionError as problem:
+            self.keep_picture()
+            raise AssertionError(f"{problem}; there were {len(found)}") from None
+        return found

@@ -1,0 +1,113 @@
+"""The panel's phases under the pointer, and how it shares the screen with other programs."""
+
+import signal
+import unittest
+
+from harness import EXPANDED, HOVERING_WIDTH, IDLE_WIDTH, RESTING_HEIGHT, DesktopTest, stop, wait_until
+
+
+class PanelTest(DesktopTest):
+    def test_grows_under_the_pointer_and_folds_back_when_it_leaves(self):
+        self.start()
+        window = self.desktop.window_of(self.program)
+        self.assertEqual(self.desktop.geometry(window), (self.middle - 470, 0, *EXPANDED))
+        self.expand()
+        self.collapse()
+        self.assertEqual(self.desktop.geometry(window), (self.middle - 470, 0, *EXPANDED))
+
+    def test_hovering_only_widens_it_when_a_click_is_asked_for(self):
+        self.start(requiresClickOrSwipeToExpand=True)
+        self.desktop.move(self.middle, 10)
+        self.wait_for_panel(HOVERING_WIDTH, RESTING_HEIGHT)
+        self.desktop.click(self.middle, 10)
+        self.wait_for_panel(*EXPANDED)
+        self.desktop.click(self.middle, 10)
+        self.wait_for_panel(HOVERING_WIDTH, RESTING_HEIGHT)
+        self.collapse()
+
+    def test_clicks_beside_the_resting_notch_reach_the_program_below(self):
+        self.start()
+        # Inside the window, which is as large as the open panel, and outside the notch.
+        places = [(self.middle - 300, 10), (self.middle + 120, 5), (self.middle, 60), (self.middle + 400, 280)]
+        before = len(self.other.clicks())
+        for x, y in places:
+            self.desktop.click(x, y)
+        wait_until(lambda: len(self.other.clicks()) == before + len(places), "the clicks arrive below")
+        self.assertEqual(self.other.clicks()[before:], places)
+        # The open panel takes them, and gives them free again when it has folded back.
+        self.expand()
+        self.desktop.click(self.middle + 400, 280)
+        self.collapse()
+        self.desktop.click(self.middle - 300, 10)
+        wait_until(lambda: len(self.other.clicks()) > before + len(places), "the click arrives below")
+        self.assertEqual(self.other.clicks()[before + len(places) :], [(self.middle - 300, 10)])
+
+    def test_stays_above_a_window_that_is_raised_and_keeps_out_of_the_task_switcher(self):
+        self.start()
+        window = self.desktop.window_of(self.program)
+        self.desktop.output("xdotool", "windowraise", str(self.other.window))
+        self.desktop.click(200, 500)
+        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+        state = self.desktop.window_property(window, "_NET_WM_STATE")
+        for flag in ("SKIP_TASKBAR", "SKIP_PAGER"):
+            self.assertIn(flag, state)
+        self.desktop.key("super+2")
+        self.addCleanup(self.desktop.output, "xdotool", "set_desktop", "0")
+        wait_until(lambda: "= 1" in self.desktop.root_property("_NET_CURRENT_DESKTOP"), "the second desktop is shown")
+        self.other_colour = self.desktop.background
+        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+
+    def test_takes_the_keyboard_while_open_and_gives_it_back(self):
+        self.desktop.click(200, 500)
+        self.start()
+        self.assertEqual(self.desktop.active_window(), self.other.window, "showing the panel leaves the focus alone")
+        self.expand()
+        wait_until(lambda: self.desktop.active_window() != self.other.window, "the open panel has the keyboard")
+        before = len(self.other.keys())
+        self.desktop.key("a")
+        self.collapse()
+        wait_until(lambda: self.desktop.active_window() == self.other.window, "the other window has the keyboard again")
+        self.desktop.key("b")
+        wait_until(lambda: len(self.other.keys()) > before, "the key arrives")
+        self.assertEqual(self.other.keys()[before:], ["b"])
+
+
+class SessionTest(DesktopTest):
+    def test_toggle_opens_the_panel_and_closes_it(self):
+        self.start()
+        self.assertEqual(self.kestrant("--toggle").returncode, 0)
+        self.wait_for_panel(*EXPANDED)
+        self.assertEqual(self.kestrant("--toggle").returncode, 0)
+        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+
+    def test_toggle_says_so_when_nothing_is_running(self):
+        done = self.kestrant("--toggle")
+        self.assertEqual(done.returncode, 1)
+        self.assertNotEqual(done.stderr, "")
+
+    def test_a_second_start_leaves_the_first_running_and_ends(self):
+        self.start()
+        windows = self.desktop.output("xwininfo", "-root", "-tree").decode().count("940x292")
+        self.assertEqual(self.kestrant().returncode, 0)
+        self.assertIsNone(self.program.poll())
+        self.assertEqual(self.desktop.output("xwininfo", "-root", "-tree").decode().count("940x292"), windows)
+        self.expand()
+
+    def test_the_termination_signal_ends_it_cleanly(self):
+        self.start()
+        self.expand()
+        self.program.send_signal(signal.SIGTERM)
+        self.assertEqual(self.program.wait(10), 0)
+        wait_until(lambda: self.panel_size() == (0, 0), "the panel is gone")
+
+    def test_a_start_after_a_crash_works(self):
+        self.start()
+        self.program.kill()
+        stop(self.program)
+        self.start()
+        self.assertEqual(self.kestrant("--toggle").returncode, 0)
+        self.wait_for_panel(*EXPANDED)
+
+
+if __name__ == "__main__":
+    unittest.main()
