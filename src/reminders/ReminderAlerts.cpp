@@ -1,0 +1,150 @@
+#include "reminders/ReminderAlerts.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+namespace kestrant {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Farther from the due date than any calendar reaches; more would not fit an instant.
+constexpr double longestOffset = 1e11;
+
+bool ringsAt(const EKAlarm& alarm, Instant instant) {
+    return alarm.absoluteDate && !alarm.structuredLocation &&
+           std::chrono::abs(*alarm.absoluteDate - instant) <= 1s;
+}
+
+std::optional<Instant> instantOf(const RelativeToDueTime& schedule, const DateComponents& due,
+                                 const ZoneCalendar& calendar) {
+    const auto dueInstant = calendar.instantFrom(due);
+    if (!due.includesTime() || !dueInstant || !(std::abs(schedule.seconds) <= longestOffset))
+        return std::nullopt;
+    return *dueInstant + seconds(schedule.seconds);
+}
+
+std::optional<Instant> instantOf(const DayRelativeToDueDate& schedule, const DateComponents& due,
+                                 const ZoneCalendar& calendar) {
+    const QTime time(schedule.hour, schedule.minute);
+    if (due.includesTime() || !due.date().isValid() || !time.isValid() ||
+        !reminderDateOnlyAlertDay(schedule.dayOffset))
+        return std::nullopt;
+    return calendar.instantAt(due.date().addDays(schedule.dayOffset), time, GapPolicy::nextExisting);
+}
+
+}  // namespace
+
+double rawValue(ReminderAlertTiming timing) {
+    switch (timing) {
+    case ReminderAlertTiming::atDueTime:
+        return 0;
+    case ReminderAlertTiming::fiveMinutesBefore:
+        return -300;
+    case ReminderAlertTiming::fifteenMinutesBefore:
+        return -900;
+    case ReminderAlertTiming::oneHourBefore:
+        return -3600;
+    case ReminderAlertTiming::oneDayBefore:
+        return -86400;
+    }
+    return 0;
+}
+
+std::optional<ReminderAlertTiming> reminderAlertTiming(double raw) {
+    for (const ReminderAlertTiming timing : allReminderAlertTimings) {
+        if (rawValue(timing) == raw)
+            return timing;
+    }
+    return std::nullopt;
+}
+
+TextPair label(ReminderAlertTiming timing) {
+    switch (timing) {
+    case ReminderAlertTiming::atDueTime:
+        return text("at due time", "à l’heure choisie");
+    case ReminderAlertTiming::fiveMinutesBefore:
+        return text("5 minutes before", "5 minutes avant");
+    case ReminderAlertTiming::fifteenMinutesBefore:
+        return text("15 minutes before", "15 minutes avant");
+    case ReminderAlertTiming::oneHourBefore:
+        return text("1 hour before", "1 heure avant");
+    case ReminderAlertTiming::oneDayBefore:
+        return text("1 day before", "1 jour avant");
+    }
+    return {};
+}
+
+TextPair shortLabel(ReminderAlertTiming timing) {
+    switch (timing) {
+    case ReminderAlertTiming::atDueTime:
+        return text("At due time", "À l’heure");
+    case ReminderAlertTiming::fiveMinutesBefore:
+        return text("5 min before", "5 min avant");
+    case ReminderAlertTiming::fifteenMinutesBefore:
+        return text("15 min before", "15 min avant");
+    case ReminderAlertTiming::oneHourBefore:
+        return text("1 hr before", "1 h avant");
+    case ReminderAlertTiming::oneDayBefore:
+        return text("1 day before", "1 jour avant");
+    }
+    return {};
+}
+
+int rawValue(ReminderDateOnlyAlertDay day) {
+    return day == ReminderDateOnlyAlertDay::dayBefore ? -1 : 0;
+}
+
+std::optional<ReminderDateOnlyAlertDay> reminderDateOnlyAlertDay(int raw) {
+    for (const ReminderDateOnlyAlertDay day : allReminderDateOnlyAlertDays) {
+        if (rawValue(day) == raw)
+            return day;
+    }
+    return std::nullopt;
+}
+
+TextPair label(ReminderDateOnlyAlertDay day) {
+    return day == ReminderDateOnlyAlertDay::dayBefore ? text("Day before", "La veille")
+                                                      : text("On day of event", "Le jour même");
+}
+
+std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert, const ZoneCalendar& calendar) {
+    if (!dueAlert.dueComponents || !dueAlert.schedule)
+        return std::nullopt;
+    return std::visit(
+        [&](const auto& schedule) { return instantOf(schedule, *dueAlert.dueComponents, calendar); },
+        *dueAlert.schedule);
+}
+
+void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
+                  const ZoneCalendar& calendar) {
+    const auto oldInstant = alarmInstant(before, calendar);
+    const auto newInstant = alarmInstant(after, calendar);
+    if (oldInstant && oldInstant != newInstant)
+        std::erase_if(reminder.alarms, [&](const EKAlarm& alarm) { return ringsAt(alarm, *oldInstant); });
+    if (newInstant && std::none_of(reminder.alarms.begin(), reminder.alarms.end(),
+                                   [&](const EKAlarm& alarm) { return ringsAt(alarm, *newInstant); }))
+        reminder.alarms.push_back(EKAlarm::at(*newInstant));
+}
+
+std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder,
+                                                   const ZoneCalendar& calendar) {
+    const auto alarm =
+        std::find_if(reminder.alarms.begin(), reminder.alarms.end(), [](const EKAlarm& candidate) {
+            return candidate.absoluteDate && !candidate.structuredLocation;
+        });
+    if (alarm == reminder.alarms.end() || !reminder.dueDateComponents)
+        return std::nullopt;
+    const auto due = calendar.instantFrom(*reminder.dueDateComponents);
+    if (!due)
+        return std::nullopt;
+    const Instant rings = *alarm->absoluteDate;
+    if (reminder.dueDateComponents->includesTime())
+        return RelativeToDueTime{std::chrono::duration<double>(rings - *due).count()};
+    const QTime time = calendar.timeOf(rings);
+    const qint64 days = reminder.dueDateComponents->date().daysTo(calendar.dayOf(rings));
+    return DayRelativeToDueDate{static_cast<int>(days), time.hour(), time.minute()};
+}
+
+}  // namespace kestrant

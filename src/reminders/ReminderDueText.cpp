@@ -1,0 +1,34 @@
+#include "reminders/ReminderDueText.h"
+
+#include <QLocale>
+
+namespace kestrant {
+namespace {
+
+QString dayInWords(QDate day, QDate today, bool includesTime, Language language) {
+    const qint64 days = today.daysTo(day);
+    if (days == 0)
+        return text("Today", "Aujourd’hui").in(language);
+    if (days == 1)
+        return text("Tomorrow", "Demain").in(language);
+    if (days == -1)
+        return text("Yesterday", "Hier").in(language);
+    if (!includesTime && (days == 14 || days == 21 || days == 28))
+        return text("In %1 weeks", "Dans %1 semaines").in(language).arg(days / 7);
+    const QLocale locale = language == Language::french ? QLocale(QLocale::French, QLocale::France)
+                                                        : QLocale(QLocale::English, QLocale::UnitedStates);
+    const bool thisYear = day.year() == today.year();
+    return locale.toString(day, thisYear ? QStringLiteral("ddd d MMM") : QStringLiteral("ddd d MMM yyyy"));
+}
+
+}  // namespace
+
+QString reminderDueText(Instant dueDate, bool includesTime, Instant now, const ZoneCalendar& calendar,
+                        Language language) {
+    const QString day = dayInWords(calendar.dayOf(dueDate), calendar.dayOf(now), includesTime, language);
+    if (!includesTime)
+        return day;
+    return day + QLatin1Char(' ') + calendar.timeOf(dueDate).toString(QStringLiteral("HH:mm"));
+}
+
+}  // namespace kestrant

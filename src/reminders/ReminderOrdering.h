@@ -1,0 +1,65 @@
+#pragma once
+
+#include "foundation/TextCollation.h"
+#include "reminders/ReminderTask.h"
+
+#include <QHash>
+#include <QStringList>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace kestrant {
+
+/// The orders of a set of tasks. The texts are compared once, when it is made; each ordering then compares
+/// numbers.
+///
+/// Every order is total; in each, ties fall to the title (in the locale's order, letter case aside) and then
+/// to the id.
+/// - dueDate: by due date; on the same day date-only before timed; at the same instant by priority; tasks
+/// without a due
+///   date last, by priority. Priority 0 (none) counts as 10.
+/// - priority: 1 first, none last; then as dueDate.
+/// - title.
+/// - creationOldestFirst, creationNewestFirst: by creation date; tasks without one last.
+/// - manual: by place in the manual order; tasks without a place last, as dueDate.
+class ReminderOrdering {
+  public:
+    /// An empty set.
+    ReminderOrdering() = default;
+    /// `previous`, an ordering of an earlier state of the same tasks, lends what it knows of titles that are
+    /// the same.
+    ReminderOrdering(const std::vector<ReminderTask>& tasks, const TextCollation& collation,
+                     const ReminderOrdering& previous = {});
+
+    /// Indices into the tasks, in order, of those for which `included` holds. `manualOrderIDs` matters to
+    /// `manual` only; where it names an id twice, the first place counts.
+    [[nodiscard]] std::vector<std::uint32_t>
+    ordered(ReminderSortMode mode, const QStringList& manualOrderIDs,
+            const std::function<bool(std::uint32_t index)>& included) const;
+
+  private:
+    /// Three numbers compared one after the other; the lower half of the last is the task's place in the
+    /// title order.
+    using Key = std::array<std::int64_t, 3>;
+    struct Facts {
+        std::int64_t due = 0;
+        std::int64_t created = 0;
+        std::int64_t priority = 0;
+        bool timed = false;
+        bool hasCreationDate = false;
+    };
+
+    [[nodiscard]] Key key(ReminderSortMode mode, std::uint32_t index, std::int64_t place) const;
+
+    std::vector<Facts> facts_;
+    std::vector<QString> ids_;
+    std::vector<std::uint32_t> titleRanks_;
+    std::vector<std::uint32_t> byTitle_;
+    QHash<QString, QCollatorSortKey> sortKeys_;
+    QLocale locale_;
+};
+
+}  // namespace kestrant
