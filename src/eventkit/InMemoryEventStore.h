@@ -54,10 +54,11 @@ class InMemoryEventStore final : public EKEventStore {
     /// Adds or replaces a reminder as it is given; an empty identifier is filled in. Returns the identifier.
     QString putReminder(EKReminderData data);
     void dropReminder(const QString& identifier);
-    /// Adds or replaces an event that does not recur; empty identifiers are filled in. Returns the identifier.
+    /// Adds or replaces an event that does not recur; empty identifiers are filled in. Returns the
+    /// identifier.
     QString putEvent(EKEventData data);
-    /// Adds or replaces a series, given by its occurrences: rules are kept, not followed. The occurrences get the
-    /// first one's identifiers and rules; an absent occurrenceDate is the start. Returns the identifier.
+    /// Adds or replaces a series, given by its occurrences: rules are kept, not followed. The occurrences get
+    /// the first one's identifiers and rules; an absent occurrenceDate is the start. Returns the identifier.
     QString putSeries(std::vector<EKEventData> occurrences);
     void dropEvent(const QString& identifier);
 
@@ -85,7 +86,8 @@ class InMemoryEventStore final : public EKEventStore {
     QString putOccurrences(std::vector<EKEventData> occurrences);
     [[nodiscard]] tl::expected<EKSaveResult, EKError>
     carryOut(const EKEventRef& event, EKEventData edited, const std::shared_ptr<const EKEventData>& base);
-    [[nodiscard]] std::optional<EKError> reasonNotToRemove(const std::shared_ptr<const EKEventData>& base) const;
+    [[nodiscard]] std::optional<EKError>
+    reasonNotToRemove(const std::shared_ptr<const EKEventData>& base) const;
     /// The position of the occurrence that was read as `base`; absent when it is gone.
     [[nodiscard]] std::optional<std::size_t> positionOf(const EKEventData& base) const;
     [[nodiscard]] std::optional<EKError> reasonNotToChange(const QString& calendarIdentifier) const;

@@ -90,7 +90,7 @@ EKReminderData preparedForSave(const std::optional<EKReminderData>& before, EKRe
     now = wholeSeconds(now);
     if (!edited.isCompleted)
         edited.completionDate.reset();
-    else if (!edited.completionDate)
+    else if (!edited.completionDate && (!before || !before->isCompleted))
         edited.completionDate = now;
     if (!before && !edited.creationDate)
         edited.creationDate = now;

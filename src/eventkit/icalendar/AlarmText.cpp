@@ -1,0 +1,173 @@
+#include "eventkit/icalendar/AlarmText.h"
+
+#include "eventkit/icalendar/DateValue.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kestrant::icalendar {
+namespace {
+
+/// Stands for "no date" in the alarms of several programs.
+constexpr QByteArrayView placeholderTrigger("19760401T005545Z");
+
+EKAlarmProximity readProximity(ComponentView alarm) {
+    for (const QByteArrayView name : {QByteArrayView("X-APPLE-PROXIMITY"), QByteArrayView("PROXIMITY")}) {
+        if (const auto property = alarm.property(name)) {
+            const QByteArray value = property->value.trimmed().toUpper();
+            return value == "DEPART" || value == "DISCONNECT" ? EKAlarmProximity::leave
+                                                              : EKAlarmProximity::enter;
+        }
+    }
+    return EKAlarmProximity::none;
+}
+
+std::optional<double> number(QByteArrayView text) {
+    bool ok = false;
+    const double value = text.trimmed().toByteArray().toDouble(&ok);
+    return ok ? std::optional(value) : std::nullopt;
+}
+
+/// Reads "geo:48.85,2.35;u=100" (RFC 5870).
+void readGeoUri(QByteArrayView uri, EKStructuredLocation& location) {
+    if (uri.size() < 4 || uri.first(4).compare("geo:", Qt::CaseInsensitive) != 0)
+        return;
+    const QByteArrayList parts = uri.sliced(4).toByteArray().split(';');
+    const QByteArrayList coordinates = parts.front().split(',');
+    if (coordinates.size() >= 2) {
+        location.latitude = number(coordinates[0]);
+        location.longitude = number(coordinates[1]);
+    }
+    for (const QByteArray& part : parts) {
+        if (part.startsWith("u=") && !location.radius)
+            location.radius = number(part.sliced(2));
+    }
+}
+
+std::optional<EKStructuredLocation> readLocation(ComponentView alarm) {
+    if (const auto property = alarm.property("X-APPLE-STRUCTURED-LOCATION")) {
+        EKStructuredLocation location;
+        location.title = unescapedText(property->parameter("X-TITLE").value_or(QByteArray()));
+        if (const auto radius = property->parameter("X-APPLE-RADIUS"))
+            location.radius = number(*radius);
+        readGeoUri(property->value, location);
+        return location;
+    }
+    const auto places = alarm.components("VLOCATION");
+    if (places.empty())
+        return std::nullopt;
+    EKStructuredLocation location;
+    if (const auto name = places.front().property("NAME"))
+        location.title = unescapedText(name->value);
+    if (const auto url = places.front().property("URL"))
+        readGeoUri(url->value, location);
+    return location;
+}
+
+/// From the due date to the start, where both are known.
+Duration startAfterDue(const EKReminderData& item, const ZoneCalendar& local) {
+    if (!item.startDateComponents || !item.dueDateComponents)
+        return Duration::zero();
+    const auto start = local.instantFrom(*item.startDateComponents);
+    const auto due = local.instantFrom(*item.dueDateComponents);
+    return start && due ? *start - *due : Duration::zero();
+}
+
+Component newAlarm(const EKAlarm& alarm, const EKReminderData& data, QByteArrayView lineEnd) {
+    Component component("VALARM", lineEnd.toByteArray());
+    component.append(Property{"ACTION", {}, "DISPLAY"}, lineEnd);
+    component.append(Property{"DESCRIPTION", {}, escapedText(data.title)}, lineEnd);
+    if (alarm.absoluteDate) {
+        component.append(Property{"TRIGGER", {{"VALUE", "DATE-TIME"}}, utcText(*alarm.absoluteDate)},
+                         lineEnd);
+    } else if (alarm.structuredLocation || !alarm.relativeOffset) {
+        component.append(Property{"TRIGGER", {{"VALUE", "DATE-TIME"}}, placeholderTrigger.toByteArray()},
+                         lineEnd);
+    } else {
+        const auto offset = std::chrono::floor<std::chrono::seconds>(*alarm.relativeOffset).count();
+        component.append(Property{"TRIGGER",
+                                  {{"RELATED", data.dueDateComponents ? "END" : "START"}},
+                                  durationText(offset)},
+                         lineEnd);
+    }
+    if (const auto& place = alarm.structuredLocation) {
+        const bool leaves = alarm.proximity == EKAlarmProximity::leave;
+        component.append(Property{"X-APPLE-PROXIMITY", {}, leaves ? "DEPART" : "ARRIVE"}, lineEnd);
+        Property location{"X-APPLE-STRUCTURED-LOCATION", {{"VALUE", "URI"}}, "geo:"};
+        if (place->radius)
+            location.parameters.push_back({"X-APPLE-RADIUS", QByteArray::number(*place->radius, 'g', 10)});
+        QString title = place->title;
+        title.remove(QLatin1Char('"')).replace(QLatin1Char('\n'), QLatin1Char(' '));
+        location.parameters.push_back({"X-TITLE", title.toUtf8()});
+        if (place->latitude && place->longitude)
+            location.value += QByteArray::number(*place->latitude, 'f', 6) + ',' +
+                              QByteArray::number(*place->longitude, 'f', 6);
+        component.append(location, lineEnd);
+    }
+    return component;
+}
+
+}  // namespace
+
+EKAlarm readAlarm(ComponentView alarm, const EKReminderData& item, const Document& document,
+                  const ZoneCalendar& local) {
+    EKAlarm result;
+    result.sourceText = alarm.text();
+    result.proximity = readProximity(alarm);
+    result.structuredLocation = readLocation(alarm);
+    if (result.proximity != EKAlarmProximity::none && !result.structuredLocation)
+        result.structuredLocation.emplace();
+    const auto trigger = alarm.property("TRIGGER");
+    if (!trigger || result.structuredLocation || trigger->value.trimmed() == placeholderTrigger)
+        return result;
+    if (const auto duration = readDuration(trigger->value)) {
+        result.relativeOffset = std::chrono::days(duration->days) + std::chrono::seconds(duration->seconds);
+        if (trigger->parameter("RELATED") != QByteArray("END"))
+            *result.relativeOffset += startAfterDue(item, local);
+    } else {
+        result.absoluteDate = readInstant(trigger, document, local);
+    }
+    return result;
+}
+
+void writeAlarms(Component& item, const std::vector<EKAlarm>& alarms, const EKReminderData& data,
+                 const Document& document, const ZoneCalendar& local) {
+    const QByteArrayView lineEnd = document.lineEnd();
+    std::vector<QByteArray> kept;
+    std::vector<Component> added;
+    std::vector<QByteArray> present;
+    for (const ComponentView& alarm : item.view().components("VALARM"))
+        present.push_back(alarm.text());
+    for (const EKAlarm& alarm : alarms) {
+        auto component = Component::parse(alarm.sourceText, lineEnd);
+        if (!component) {
+            added.push_back(newAlarm(alarm, data, lineEnd));
+            continue;
+        }
+        if (readAlarm(component->view(), data, document, local).absoluteDate != alarm.absoluteDate &&
+            alarm.absoluteDate) {
+            component->set(Property{"TRIGGER", {{"VALUE", "DATE-TIME"}}, utcText(*alarm.absoluteDate)},
+                           lineEnd);
+            added.push_back(std::move(*component));
+            continue;
+        }
+        const auto found = std::find(present.begin(), present.end(), alarm.sourceText);
+        if (found == present.end()) {
+            added.push_back(std::move(*component));
+        } else {
+            kept.push_back(*found);
+            present.erase(found);
+        }
+    }
+    item.removeComponents("VALARM", [&](const ComponentView& alarm) {
+        const auto found = std::find(kept.begin(), kept.end(), alarm.text());
+        if (found == kept.end())
+            return true;
+        kept.erase(found);
+        return false;
+    });
+    for (const Component& component : added)
+        item.append(component);
+}
+
+}  // namespace kestrant::icalendar

@@ -1,0 +1,194 @@
+#include "eventkit/icalendar/DateValue.h"
+
+#include <QHash>
+#include <QTimeZone>
+
+#include <algorithm>
+#include <chrono>
+
+namespace kestrant::icalendar {
+namespace {
+
+/// An IANA name at the end of a text such as "/vendor.example/20260101/Europe/Paris".
+std::optional<QByteArray> ianaNameIn(const QByteArray& text) {
+    if (text == "UTC" || text == "Z")
+        return "UTC";
+    qsizetype start = 0;
+    while (start >= 0 && start < text.size()) {
+        const QByteArray candidate = text.sliced(start);
+        if (QTimeZone::isTimeZoneIdAvailable(candidate))
+            return candidate;
+        const qsizetype slash = text.indexOf('/', start);
+        start = slash < 0 ? -1 : slash + 1;
+    }
+    return std::nullopt;
+}
+
+std::optional<QByteArray> standardZoneNamed(const QByteArray& identifier) {
+    static thread_local QHash<QByteArray, QByteArray> known;  // empty: none
+    const auto found = known.constFind(identifier);
+    if (found != known.cend())
+        return found->isEmpty() ? std::nullopt : std::optional(*found);
+    auto zone = ianaNameIn(identifier);
+    if (!zone) {
+        const QByteArray windows = QTimeZone::windowsIdToDefaultIanaId(identifier);
+        if (!windows.isEmpty())
+            zone = windows;
+    }
+    known.insert(identifier, zone.value_or(QByteArray()));
+    return zone;
+}
+
+std::optional<int> digits(QByteArrayView text, qsizetype from, qsizetype length) {
+    int value = 0;
+    for (const char c : text.sliced(from, length)) {
+        if (c < '0' || c > '9')
+            return std::nullopt;
+        value = value * 10 + (c - '0');
+    }
+    return value;
+}
+
+QByteArray dayText(QDate day) {
+    return day.toString(QStringLiteral("yyyyMMdd")).toLatin1();
+}
+
+}  // namespace
+
+std::optional<QByteArray> zoneNamed(const QByteArray& zoneIdentifier, const Document& document) {
+    if (auto zone = standardZoneNamed(zoneIdentifier))
+        return zone;
+    for (const ComponentView& definition : document.components("VTIMEZONE")) {
+        const auto identifier = definition.property("TZID");
+        const auto location = definition.property("X-LIC-LOCATION");
+        if (identifier && location && identifier->value == zoneIdentifier)
+            return standardZoneNamed(location->value);
+    }
+    return std::nullopt;
+}
+
+std::optional<DateComponents> readDate(const Property& property, const Document& document) {
+    return readDate(property.value, property, document);
+}
+
+std::optional<DateComponents> readDate(QByteArrayView value, const Property& property,
+                                       const Document& document) {
+    QByteArray text = value.trimmed().toByteArray().toUpper();
+    text.replace("-", "").replace(":", "");
+    const bool utc = text.endsWith('Z');
+    if (utc)
+        text.chop(1);
+    const bool timed = text.size() == 15 && text[8] == 'T';
+    if (text.size() != 8 && !timed)
+        return std::nullopt;
+    const auto year = digits(text, 0, 4);
+    const auto month = digits(text, 4, 2);
+    const auto day = digits(text, 6, 2);
+    if (!year || !month || !day || !QDate::isValid(*year, *month, *day))
+        return std::nullopt;
+    const QDate date(*year, *month, *day);
+    if (!timed || property.parameter("VALUE") == QByteArray("DATE"))
+        return DateComponents::fromDate(date);
+    const auto hour = digits(text, 9, 2);
+    const auto minute = digits(text, 11, 2);
+    const auto second = digits(text, 13, 2);
+    if (!hour || !minute || !second || !QTime::isValid(*hour, *minute, std::min(*second, 59)) || *second > 60)
+        return std::nullopt;
+    std::optional<QByteArray> zone;
+    if (utc)
+        zone = "UTC";
+    else if (const auto identifier = property.parameter("TZID"))
+        zone = zoneNamed(*identifier, document);
+    return DateComponents::fromDateTime(date, QTime(*hour, *minute, std::min(*second, 59)), zone);
+}
+
+std::optional<Instant> readInstant(const std::optional<Property>& property, const Document& document,
+                                   const ZoneCalendar& local) {
+    const auto components = property ? readDate(*property, document) : std::nullopt;
+    return components ? local.instantFrom(*components) : std::nullopt;
+}
+
+void writeDate(Property& property, const DateComponents& date, const Document& document) {
+    const auto oldZone = property.parameter("TZID");
+    property.removeParameter("VALUE");
+    property.removeParameter("TZID");
+    property.value = dayText(date.date());
+    if (!date.includesTime()) {
+        property.parameters.push_back({"VALUE", "DATE"});
+        return;
+    }
+    property.value += date.time().toString(QStringLiteral("'T'HHmmss")).toLatin1();
+    if (date.timeZone == QByteArray("UTC")) {
+        property.value += 'Z';
+    } else if (date.timeZone) {
+        const bool same = oldZone && zoneNamed(*oldZone, document) == date.timeZone;
+        property.parameters.push_back({"TZID", same ? *oldZone : *date.timeZone});
+    }
+}
+
+QByteArray utcText(Instant instant) {
+    const auto second = std::chrono::floor<std::chrono::seconds>(instant);
+    const auto day = std::chrono::floor<std::chrono::days>(second);
+    const QDate date = QDate(1970, 1, 1).addDays(day.time_since_epoch().count());
+    const QTime time = QTime(0, 0).addSecs(static_cast<int>((second - day).count()));
+    return dayText(date) + time.toString(QStringLiteral("'T'HHmmss'Z'")).toLatin1();
+}
+
+std::optional<DurationValue> readDuration(QByteArrayView text) {
+    text = text.trimmed();
+    int sign = 1;
+    if (text.startsWith('-') || text.startsWith('+')) {
+        sign = text.front() == '-' ? -1 : 1;
+        text = text.sliced(1);
+    }
+    if (!text.startsWith('P') || text.size() < 3)
+        return std::nullopt;
+    DurationValue result;
+    bool inTime = false;
+    qint64 number = -1;
+    for (const char c : text.sliced(1)) {
+        if (c >= '0' && c <= '9') {
+            number = std::max<qint64>(number, 0) * 10 + (c - '0');
+            if (number > 1'000'000'000)
+                return std::nullopt;
+        } else if (c == 'T' && !inTime && number < 0) {
+            inTime = true;
+        } else {
+            if (number < 0)
+                return std::nullopt;
+            if (c == 'W' && !inTime)
+                result.days += static_cast<int>(std::min<qint64>(number, 1'000'000) * 7);
+            else if (c == 'D' && !inTime)
+                result.days += static_cast<int>(std::min<qint64>(number, 10'000'000));
+            else if (c == 'H' && inTime)
+                result.seconds += number * 3600;
+            else if (c == 'M' && inTime)
+                result.seconds += number * 60;
+            else if (c == 'S' && inTime)
+                result.seconds += number;
+            else
+                return std::nullopt;
+            number = -1;
+        }
+    }
+    if (number >= 0)
+        return std::nullopt;
+    result.days *= sign;
+    result.seconds *= sign;
+    return result;
+}
+
+QByteArray durationText(qint64 seconds) {
+    QByteArray result = seconds < 0 ? "-P" : "P";
+    seconds = std::abs(seconds);
+    if (seconds != 0 && seconds % 86'400 == 0)
+        return result + QByteArray::number(seconds / 86'400) + 'D';
+    result += 'T';
+    if (seconds != 0 && seconds % 3600 == 0)
+        return result + QByteArray::number(seconds / 3600) + 'H';
+    if (seconds != 0 && seconds % 60 == 0)
+        return result + QByteArray::number(seconds / 60) + 'M';
+    return result + QByteArray::number(seconds) + 'S';
+}
+
+}  // namespace kestrant::icalendar

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "eventkit/icalendar/Document.h"
+#include "eventkit/icalendar/RecurrenceRule.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <optional>
+
+namespace kestrant::icalendar {
+
+/// The IANA zone that a TZID names: an IANA name with or without a vendor's prefix, a Windows name, or the
+/// location that the file's own definition of the zone gives. Absent for any other; such times are read in
+/// the person's own zone.
+[[nodiscard]] std::optional<QByteArray> zoneNamed(const QByteArray& zoneIdentifier, const Document& document);
+
+/// Reads DATE and DATE-TIME values, also a date that does not say that it is one, and dates written with
+/// hyphens and colons. Zones are IANA names or "UTC". Absent for anything else.
+[[nodiscard]] std::optional<DateComponents> readDate(const Property& property, const Document& document);
+/// Reads one value of a list that stands in this property.
+[[nodiscard]] std::optional<DateComponents> readDate(QByteArrayView value, const Property& property,
+                                                     const Document& document);
+/// Reads a date as an instant; floating times and whole days are taken in `local`.
+[[nodiscard]] std::optional<Instant> readInstant(const std::optional<Property>& property,
+                                                 const Document& document, const ZoneCalendar& local);
+
+/// Sets value and parameters for this date; other parameters stay, and so does the name of a zone that did
+/// not change.
+void writeDate(Property& property, const DateComponents& date, const Document& document);
+/// "20260327T133000Z".
+[[nodiscard]] QByteArray utcText(Instant instant);
+
+/// A duration: days as the calendar counts them, and a part in seconds. Weeks are days.
+struct DurationValue {
+    int days = 0;
+    qint64 seconds = 0;
+};
+/// Absent for a text that is no duration.
+[[nodiscard]] std::optional<DurationValue> readDuration(QByteArrayView text);
+/// "PT15M", "-P1D", in the largest units that fit.
+[[nodiscard]] QByteArray durationText(qint64 seconds);
+
+}  // namespace kestrant::icalendar

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "eventkit/EKTypes.h"
+#include "eventkit/ReminderSeries.h"
+#include "eventkit/icalendar/Document.h"
+
+#include <vector>
+
+namespace kestrant::icalendar {
+
+/// One reminder as a file holds it. The identifiers in `data` are left to the caller.
+struct TodoItem {
+    /// UID as it stands; empty when there is none. With a RECURRENCE-ID, and no series beside it in the file,
+    /// the two joined by a slash.
+    QByteArray key;
+    /// Which of the file's VTODO components it is; those that change single dates of its series are not
+    /// counted here.
+    qsizetype index = 0;
+    EKReminderData data;
+    SeriesDates dates;
+};
+
+/// Reads the reminders of a file. A series shows its first date that is neither left out nor dealt with; one
+/// with none left is completed. What a value does not say properly is absent. `local` is the person's
+/// calendar.
+[[nodiscard]] std::vector<TodoItem> readTodos(const Document& document, const ZoneCalendar& local);
+
+/// Writes into a VTODO what leads from `item` to `after`; nothing else but the marks of a revision.
+/// `document` is the file that holds it, `now` the time of the change.
+void writeTodo(Component& todo, const TodoItem& item, const EKReminderData& after, const Document& document,
+               const ZoneCalendar& local, Instant now);
+
+/// Writes a series that went on to its next date.
+void writeAdvancedTodo(Component& todo, const TodoItem& item, const CompletedOccurrence& step,
+                       const Document& document, const ZoneCalendar& local, Instant now);
+
+/// A new file for a new reminder.
+[[nodiscard]] Document makeTodo(const QByteArray& uid, const EKReminderData& data, const ZoneCalendar& local,
+                                Instant now);
+
+/// The file of a completed occurrence: the series' own file without its repetition, its alarms and everything
+/// else in it, under a new UID and related to the series.
+[[nodiscard]] Document makeCompletedCopy(const QByteArray& uid, const Document& series, const TodoItem& item,
+                                         const EKReminderData& copy, const ZoneCalendar& local, Instant now);
+
+/// Adds definitions, good from `year` on, of the zones that the file uses and does not define.
+void addMissingTimeZones(Document& document, int year);
+
+}  // namespace kestrant::icalendar
