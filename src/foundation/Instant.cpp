@@ -1,142 +1,170 @@
 #include "foundation/Instant.h"
 
 #include <QDate>
-#include <QTime>
 
-#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace kestrant {
 
-double secondsSince1970(Instant instant) {
-    return static_cast<double>(instant.time_since_epoch().count()) / 1e6;
-}
-
-Instant instantFromSecondsSince1970(double value) {
-    return Instant(seconds(value));
-}
-
-double secondsSinceReferenceDate(Instant instant) {
-    return secondsSince1970(instant) - referenceDateOffset;
-}
-
-Instant instantFromSecondsSinceReferenceDate(double value) {
-    return instantFromSecondsSince1970(value + referenceDateOffset);
-}
-
-Duration seconds(double value) {
-    constexpr double limit = 9.2e12;  // microseconds must fit a signed 64-bit number
-    if (std::isnan(value))
-        return Duration::zero();
-    return Duration(std::llround(std::clamp(value, -limit, limit) * 1e6));
-}
-
-QString toIso8601(Instant instant) {
-    const auto whole = std::chrono::floor<std::chrono::seconds>(instant);
-    const auto days = std::chrono::floor<std::chrono::days>(whole);
-    const QDate date = QDate(1970, 1, 1).addDays(days.time_since_epoch().count());
-    const auto second = static_cast<int>((whole - days).count());
-    const int year = date.year() > 0 ? date.year() : date.year() + 1;  // QDate has no year zero, ISO 8601 has
-    QString yearText = QString::number(std::abs(year)).rightJustified(4, QLatin1Char('0'));
-    if (year < 0)
-        yearText.prepend(QLatin1Char('-'));
-    else if (year > 9999)
-        yearText.prepend(QLatin1Char('+'));
-    const auto two = [](int value) { return QString::number(value).rightJustified(2, QLatin1Char('0')); };
-    return yearText + QLatin1Char('-') + two(date.month()) + QLatin1Char('-') + two(date.day()) +
-           QLatin1Char('T') + two(second / 3600) + QLatin1Char(':') + two(second / 60 % 60) +
-           QLatin1Char(':') + two(second % 60) + QLatin1Char('Z');
-}
-
 namespace {
 
-/// Reads digits and separators from the left of a text.
-class Reader {
-  public:
-    explicit Reader(QStringView text) : text_(text) {}
+constexpr double microsecondsPerSecond = 1'000'000.0;
+constexpr qint64 referenceOffsetMicroseconds = static_cast<qint64>(referenceDateOffset) * 1'000'000;
+constexpr qint64 unixEpochJulianDay = 2440588;
 
-    [[nodiscard]] bool take(char16_t character) {
-        if (text_.isEmpty() || text_.front() != QChar(character))
+/// Rounds to whole microseconds; what no Instant can hold becomes the nearest one that can, and not-a-number
+/// 0.
+qint64 toMicroseconds(double seconds) {
+    const double microseconds = std::round(seconds * microsecondsPerSecond);
+    // Headroom for sums with offsets and delays.
+    constexpr qint64 limit = std::numeric_limits<qint64>::max() / 4;
+    if (std::isnan(microseconds))
+        return 0;
+    if (microseconds >= static_cast<double>(limit))
+        return limit;
+    if (microseconds <= -static_cast<double>(limit))
+        return -limit;
+    return static_cast<qint64>(microseconds);
+}
+
+/// Consumes a date-time from its left end, as far as it is well formed.
+class Iso8601Reader {
+  public:
+    explicit Iso8601Reader(QStringView text) : text_(text) {}
+
+    bool accept(char character) {
+        if (position_ >= text_.size() || text_[position_] != QLatin1Char(character))
             return false;
-        text_ = text_.sliced(1);
+        ++position_;
         return true;
     }
-    [[nodiscard]] std::optional<int> digits(qsizetype count) {
-        if (text_.size() < count)
-            return {};
+
+    [[nodiscard]] bool nextIsDigit() const {
+        return position_ < text_.size() && text_[position_] >= u'0' && text_[position_] <= u'9';
+    }
+
+    /// The value of exactly `count` digits, or -1.
+    int digits(int count) {
         int value = 0;
-        for (const QChar character : text_.first(count)) {
-            if (character < u'0' || character > u'9')
-                return {};
-            value = value * 10 + (character.unicode() - u'0');
+        for (int i = 0; i < count; ++i) {
+            if (!nextIsDigit())
+                return -1;
+            value = value * 10 + (text_[position_++].unicode() - u'0');
         }
-        text_ = text_.sliced(count);
         return value;
     }
-    [[nodiscard]] bool isAtEnd() const { return text_.isEmpty(); }
+
+    /// Any number of digits behind a decimal point, as microseconds; -1 when there is none.
+    int fraction() {
+        if (!nextIsDigit())
+            return -1;
+        int value = 0;
+        int scale = 1'000'000;
+        for (; nextIsDigit(); ++position_) {
+            scale /= 10;
+            value += scale * (text_[position_].unicode() - u'0');
+        }
+        return value;
+    }
+
+    [[nodiscard]] bool isAtEnd() const { return position_ == text_.size(); }
 
   private:
     QStringView text_;
+    qsizetype position_ = 0;
 };
+
+/// Seconds east of UTC: "Z", "+01:00", "+0100" or "+01".
+std::optional<int> readOffset(Iso8601Reader& reader) {
+    if (reader.accept('Z') || reader.accept('z'))
+        return 0;
+    int sign = 1;
+    if (reader.accept('-'))
+        sign = -1;
+    else if (!reader.accept('+'))
+        return std::nullopt;
+    const int hours = reader.digits(2);
+    int minutes = 0;
+    if (reader.accept(':') || reader.nextIsDigit())
+        minutes = reader.digits(2);
+    if (hours < 0 || hours > 23 || minutes < 0 || minutes > 59)
+        return std::nullopt;
+    return sign * (hours * 3600 + minutes * 60);
+}
 
 }  // namespace
 
+double secondsSince1970(Instant instant) {
+    return static_cast<double>(instant.time_since_epoch().count()) / microsecondsPerSecond;
+}
+
+Instant instantFromSecondsSince1970(double seconds) {
+    return Instant(Duration(toMicroseconds(seconds)));
+}
+
+double secondsSinceReferenceDate(Instant instant) {
+    return static_cast<double>(instant.time_since_epoch().count() - referenceOffsetMicroseconds) /
+           microsecondsPerSecond;
+}
+
+Instant instantFromSecondsSinceReferenceDate(double seconds) {
+    return Instant(Duration(toMicroseconds(seconds) + referenceOffsetMicroseconds));
+}
+
+Duration seconds(double value) {
+    return Duration(toMicroseconds(value));
+}
+
+QString toIso8601(Instant instant) {
+    const auto day = std::chrono::floor<std::chrono::days>(instant);
+    const QDate date = QDate::fromJulianDay(unixEpochJulianDay + day.time_since_epoch().count());
+    const auto second = std::chrono::floor<std::chrono::seconds>(instant - day).count();
+
+    // QDate counts no year 0: the year before 1 is -1 there and 0000 in ISO 8601.
+    const int year = date.year() < 0 ? date.year() + 1 : date.year();
+    QString yearText = QString::number(std::abs(year)).rightJustified(4, u'0');
+    if (year < 0)
+        yearText.prepend(u'-');
+    else if (year > 9999)
+        yearText.prepend(u'+');
+    return yearText + QString::asprintf("-%02d-%02dT%02d:%02d:%02dZ", date.month(), date.day(),
+                                        static_cast<int>(second / 3600), static_cast<int>(second / 60 % 60),
+                                        static_cast<int>(second % 60));
+}
+
 std::optional<Instant> parseIso8601(QStringView text) {
-    Reader reader(text);
-    const auto year = reader.digits(4);
-    if (!year || !reader.take(u'-'))
-        return {};
-    const auto month = reader.digits(2);
-    if (!month || !reader.take(u'-'))
-        return {};
-    const auto day = reader.digits(2);
-    if (!day || !reader.take(u'T'))
-        return {};
-    const auto hour = reader.digits(2);
-    if (!hour || !reader.take(u':'))
-        return {};
-    const auto minute = reader.digits(2);
-    if (!minute)
-        return {};
+    Iso8601Reader reader(text);
+    const int year = reader.digits(4);
+    if (!reader.accept('-'))
+        return std::nullopt;
+    const int month = reader.digits(2);
+    if (!reader.accept('-'))
+        return std::nullopt;
+    const int day = reader.digits(2);
+    if (!reader.accept('T') && !reader.accept('t'))
+        return std::nullopt;
+    const int hour = reader.digits(2);
+    if (!reader.accept(':'))
+        return std::nullopt;
+    const int minute = reader.digits(2);
     int second = 0;
-    qint64 microseconds = 0;
-    if (reader.take(u':')) {
-        const auto value = reader.digits(2);
-        if (!value)
-            return {};
-        second = *value;
-        if (reader.take(u'.') || reader.take(u',')) {
-            qint64 unit = 100000;
-            bool any = false;
-            while (const auto digit = reader.digits(1)) {
-                microseconds += *digit * unit;
-                unit /= 10;
-                any = true;
-            }
-            if (!any)
-                return {};
-        }
+    int microseconds = 0;
+    if (reader.accept(':')) {
+        second = reader.digits(2);
+        if (reader.accept('.') || reader.accept(','))
+            microseconds = reader.fraction();
     }
-    int offsetMinutes = 0;
-    if (!reader.take(u'Z')) {
-        const bool ahead = reader.take(u'+');
-        if (!ahead && !reader.take(u'-'))
-            return {};
-        const auto offsetHour = reader.digits(2);
-        if (!offsetHour)
-            return {};
-        const bool hasColon = reader.take(u':');
-        const auto offsetMinute = reader.digits(2);
-        if ((hasColon && !offsetMinute) || *offsetHour > 23 || offsetMinute.value_or(0) > 59)
-            return {};
-        offsetMinutes = (*offsetHour * 60 + offsetMinute.value_or(0)) * (ahead ? 1 : -1);
-    }
-    const QDate date(*year == 0 ? -1 : *year, *month, *day);
-    if (!reader.isAtEnd() || !date.isValid() || !QTime::isValid(*hour, *minute, second))
-        return {};
-    const auto days = std::chrono::days(QDate(1970, 1, 1).daysTo(date));
-    return Instant(days + std::chrono::hours(*hour) + std::chrono::minutes(*minute - offsetMinutes) +
-                   std::chrono::seconds(second) + Duration(microseconds));
+    const std::optional<int> offset = readOffset(reader);
+    const QDate date(year, month, day);
+    // A leap second is the next second.
+    const bool isTime = hour >= 0 && hour <= 23 && minute >= 0 && minute <= 59 && second >= 0 && second <= 60;
+    if (!offset || !reader.isAtEnd() || !date.isValid() || !isTime || microseconds < 0)
+        return std::nullopt;
+
+    const qint64 days = date.toJulianDay() - unixEpochJulianDay;
+    const qint64 wholeSeconds = days * 86'400 + hour * 3600 + minute * 60 + second - *offset;
+    return Instant(Duration(wholeSeconds * 1'000'000 + microseconds));
 }
 
 }  // namespace kestrant

@@ -10,8 +10,8 @@
 
 namespace kestrant {
 
-/// Application-wide events with fixed names and no payload. Observers run at once, in the order they registered.
-/// Thread: main only.
+/// Application-wide events with fixed names and no payload. Observers run at once, in the order they
+/// registered. Thread: main only.
 class NotificationCenter {
   public:
     void post(const QString& name);

@@ -8,8 +8,9 @@
 
 namespace kestrant {
 
-/// A list of callbacks with one argument list. An observer may subscribe, unsubscribe or destroy the list's owner while
-/// it is being told; one added meanwhile is told from the next time on. Thread: one, that of its owner.
+/// A list of callbacks with one argument list. An observer may subscribe, unsubscribe or destroy the list's
+/// owner while it is being told; one added meanwhile is told from the next time on. Thread: one, that of its
+/// owner.
 template <typename... Arguments>
 class ObserverList {
   public:

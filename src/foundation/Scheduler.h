@@ -15,8 +15,9 @@ class Clock {
     [[nodiscard]] virtual Instant now() const = 0;
 };
 
-/// Owns one piece of delayed work. Destroying or overwriting it, or calling cancel(), means the work never runs.
-/// Once the work has started running the task is no longer pending. Move-only. Thread: that of its scheduler.
+/// Owns one piece of delayed work. Destroying or overwriting it, or calling cancel(), means the work never
+/// runs. Once the work has started running the task is no longer pending. Move-only. Thread: that of its
+/// scheduler.
 class ScheduledTask {
   public:
     /// What a scheduler keeps of a task; shared between the scheduler and the handle.
@@ -42,8 +43,8 @@ class ScheduledTask {
     std::shared_ptr<State> state_;
 };
 
-/// Delayed work on one thread, the one the scheduler was created on (the "main thread" of the models that use it).
-/// Work is never run from within the call that schedules it.
+/// Delayed work on one thread, the one the scheduler was created on (the "main thread" of the models that use
+/// it). Work is never run from within the call that schedules it.
 class Scheduler {
   public:
     virtual ~Scheduler() = default;
@@ -51,11 +52,12 @@ class Scheduler {
     /// Runs `work` once, after `delay` (at least one turn later, also for 0). Thread: the scheduler's.
     [[nodiscard]] virtual ScheduledTask after(Duration delay, std::function<void()> work) = 0;
 
-    /// Runs `work` every `interval` until the handle is cancelled; missed ticks are skipped. Thread: the scheduler's.
+    /// Runs `work` every `interval` until the handle is cancelled; missed ticks are skipped. Thread: the
+    /// scheduler's.
     [[nodiscard]] virtual ScheduledTask every(Duration interval, std::function<void()> work) = 0;
 
-    /// Runs `work` on the scheduler's thread on a later turn; calls from one thread keep their order. Cannot be
-    /// cancelled: `work` must check for itself whether its owner still exists. Thread: any.
+    /// Runs `work` on the scheduler's thread on a later turn; calls from one thread keep their order. Cannot
+    /// be cancelled: `work` must check for itself whether its owner still exists. Thread: any.
     virtual void post(std::function<void()> work) = 0;
 };
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QCollator>
 #include <QLocale>
 #include <QString>
@@ -18,12 +17,19 @@ class TextCollation {
     [[nodiscard]] int compare(const QString& a, const QString& b) const;
     /// A key whose order under compare() is that of the texts; prepare once to sort often.
     [[nodiscard]] QCollatorSortKey sortKey(const QString& text) const;
-    /// Whether `haystack` contains `needle`, letter case aside. An empty needle is contained in every text.
+    /// Whether `haystack` contains `needle`, letter case aside, as the locale counts it; accents matter,
+    /// however they are encoded. An empty needle is contained in every text. Asking for one needle in many
+    /// texts is fast.
     [[nodiscard]] bool contains(const QString& haystack, const QString& needle) const;
 
   private:
+    [[nodiscard]] QString fold(const QString& text) const;
+
     QLocale locale_;
     QCollator collator_;
+    bool hasDottedI_;
+    mutable QString needle_;
+    mutable QString foldedNeedle_;
 };
 
 }  // namespace kestrant

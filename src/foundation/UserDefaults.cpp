@@ -8,39 +8,46 @@ namespace kestrant {
 
 std::optional<bool> UserDefaults::boolean(const QString& key) const {
     const QJsonValue value = object(key);
-    return value.isBool() ? std::optional(value.toBool()) : std::nullopt;
+    if (!value.isBool())
+        return std::nullopt;
+    return value.toBool();
 }
 
 std::optional<qint64> UserDefaults::integer(const QString& key) const {
-    const std::optional<double> value = number(key);
-    constexpr double exactLimit =
-        9007199254740992.0;  // 2^53: above it a double no longer tells integers apart
-    if (!value || std::trunc(*value) != *value || std::abs(*value) > exactLimit)
-        return {};
-    return static_cast<qint64>(*value);
+    const QJsonValue value = object(key);
+    // toInteger() gives its default for a number that is no integer, so two defaults tell whether it is one.
+    if (!value.isDouble() || value.toInteger(0) != value.toInteger(1))
+        return std::nullopt;
+    return value.toInteger();
 }
 
 std::optional<double> UserDefaults::number(const QString& key) const {
     const QJsonValue value = object(key);
-    return value.isDouble() ? std::optional(value.toDouble()) : std::nullopt;
+    if (!value.isDouble() || !std::isfinite(value.toDouble()))
+        return std::nullopt;
+    return value.toDouble();
 }
 
 std::optional<QString> UserDefaults::string(const QString& key) const {
     const QJsonValue value = object(key);
-    return value.isString() ? std::optional(value.toString()) : std::nullopt;
+    if (!value.isString())
+        return std::nullopt;
+    return value.toString();
 }
 
 std::optional<QStringList> UserDefaults::stringList(const QString& key) const {
     const QJsonValue value = object(key);
     if (!value.isArray())
-        return {};
-    QStringList list;
-    for (const QJsonValue& element : value.toArray()) {
+        return std::nullopt;
+    QStringList texts;
+    const QJsonArray array = value.toArray();
+    texts.reserve(array.size());
+    for (const QJsonValue element : array) {
         if (!element.isString())
-            return {};
-        list.append(element.toString());
+            return std::nullopt;
+        texts.append(element.toString());
     }
-    return list;
+    return texts;
 }
 
 void UserDefaults::setStringList(const QString& key, const QStringList& value) {

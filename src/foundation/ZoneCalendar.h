@@ -14,11 +14,11 @@
 
 namespace kestrant {
 
-struct ZoneOffsets;
+class ZoneOffsets;
 
 /// Parts of a date as a person or a file gives them; absent parts are unknown. A due date without an hour is
-/// a whole day. `timeZone` is an IANA identifier or "UTC"; absent means floating: read in the reader's own
-/// zone.
+/// a whole day. `timeZone` is an IANA identifier, "UTC" or a Windows zone name; absent means floating: read
+/// in the reader's own zone.
 struct DateComponents {
     std::optional<int> year;
     std::optional<int> month;
@@ -78,6 +78,7 @@ class ZoneCalendar {
     [[nodiscard]] Instant startOfDay(QDate day) const;
     [[nodiscard]] Instant startOfDay(Instant instant) const { return startOfDay(dayOf(instant)); }
 
+    /// An invalid day or time gives 1970-01-01.
     [[nodiscard]] Instant instantAt(QDate day, QTime time, GapPolicy policy = GapPolicy::keepOffset) const;
 
     [[nodiscard]] bool isSameDay(Instant a, Instant b) const { return dayOf(a) == dayOf(b); }
@@ -96,6 +97,8 @@ class ZoneCalendar {
     bool operator==(const ZoneCalendar& other) const { return zone_ == other.zone_; }
 
   private:
+    [[nodiscard]] qint64 localMicroseconds(Instant instant) const;
+
     QTimeZone zone_;
     std::shared_ptr<const ZoneOffsets> offsets_;
 };
