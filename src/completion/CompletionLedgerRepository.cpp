@@ -13,7 +13,9 @@ tl::expected<void, FileError> writeLedgerFile(const QString& path, const QByteAr
     if (const auto folder = createFolder(QFileInfo(path).path()); !folder)
         return folder;
     const auto present = readFile(path);
-    const bool isUnusable = present ? !decodeLedger(*present) : present.error().errorNumber != ENOENT;
+    const bool isUnusable =
+        present ? !decodeLedger(*present)
+                : present.error().errorNumber == EACCES || present.error().errorNumber == EFBIG;
     if (isUnusable) {
         if (const auto aside = setFileAside(path); !aside)
             return tl::unexpected(aside.error());
@@ -67,10 +69,12 @@ CompletionLedgerRepository::reconcile(const std::map<QString, ReminderCompletion
     return true;
 }
 
-void CompletionLedgerRepository::setDidBackfill() {
-    if (std::exchange(ledger_.didBackfill, true))
-        return;
-    needsPersistenceRetry_ = true;
+tl::expected<void, FileError> CompletionLedgerRepository::finishBackfill() {
+    if (!std::exchange(ledger_.didBackfill, true))
+        needsPersistenceRetry_ = true;
+    if (!needsPersistenceRetry_)
+        return {};
+    return save();
 }
 
 tl::expected<void, FileError> CompletionLedgerRepository::save() {

@@ -57,8 +57,10 @@ class CompletionLedgerRepository {
     reconcile(const std::map<QString, ReminderCompletionState>& states,
               const std::vector<CompletionObservation>& observations, Instant now);
 
-    /// Notes that older completions have been taken over; to be saved afterwards.
-    void setDidBackfill();
+    [[nodiscard]] bool didBackfill() const { return ledger_.didBackfill; }
+    /// Notes that older completions have been taken over, and saves if that is news; the failure when it is
+    /// known at once.
+    [[nodiscard]] tl::expected<void, FileError> finishBackfill();
 
     /// Writes the whole ledger, or begins to; the failure when it is known at once.
     [[nodiscard]] tl::expected<void, FileError> save();
