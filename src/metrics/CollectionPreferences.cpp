@@ -1,0 +1,103 @@
+#include "metrics/CollectionPreferences.h"
+
+#include "foundation/UserDefaults.h"
+#include "metrics/MetricsStore.h"
+#include "network/ServiceUrl.h"
+#include "preferences/PreferenceKeys.h"
+
+#include <utility>
+
+namespace kestrant::metrics {
+
+Configuration Configuration::from(const InformationDictionary& information, const UserDefaults& defaults) {
+    Configuration configuration;
+    if (const auto url = information.string(InformationDictionary::aggregateMetricsBaseUrlKey))
+        configuration.baseURL = serviceBaseUrl(*url);
+    configuration.isAvailable =
+        information.boolean(InformationDictionary::aggregateMetricsPrivacyReadyKey) == true &&
+        information.boolean(InformationDictionary::aggregateMetricsUploadEnabledKey) == true &&
+        configuration.baseURL;
+    configuration.isEnabled =
+        configuration.isAvailable && defaults.boolean(preferenceKeys::aggregateMetricsEnabled).value_or(true);
+    return configuration;
+}
+
+CollectionPreferences::CollectionPreferences(InformationDictionary information, UserDefaults& defaults,
+                                             std::function<QUuid()> freshUuid)
+    : information_(std::move(information))
+    , defaults_(defaults)
+    , freshUuid_(std::move(freshUuid)) {}
+
+Configuration CollectionPreferences::configuration() const {
+    return Configuration::from(information_, defaults_);
+}
+
+void CollectionPreferences::setEnabled(bool enabled) {
+    const std::lock_guard guard(state_.lock);
+    const bool before = defaults_.boolean(preferenceKeys::aggregateMetricsEnabled).value_or(true);
+    if (before != enabled)
+        beginEpoch(freshUuid_());
+    defaults_.set(preferenceKeys::aggregateMetricsEnabled, enabled);
+    if (enabled)
+        return;
+    defaults_.set(preferenceKeys::aggregateMetricsDiscardPending, true);
+    if (const auto upload = std::exchange(state_.upload, std::nullopt))
+        upload->cancel();
+}
+
+std::optional<CollectionTicket> CollectionPreferences::ticket() {
+    const std::lock_guard guard(state_.lock);
+    return currentTicket();
+}
+
+std::optional<CollectionTicket> CollectionPreferences::ticketWithEpoch(const QUuid& known) {
+    const std::lock_guard guard(state_.lock);
+    auto ticket = currentTicket();
+    if (ticket && ticket->epoch.isNull()) {
+        ticket->epoch = known.isNull() ? freshUuid_() : known;
+        beginEpoch(ticket->epoch);
+    }
+    return ticket;
+}
+
+std::optional<CollectionTicket> CollectionPreferences::currentTicket() const {
+    if (!configuration().isEnabled)
+        return std::nullopt;
+    return CollectionTicket{
+        epochFrom(defaults_.string(preferenceKeys::aggregateMetricsCollectionEpoch).value_or(QString()))};
+}
+
+void CollectionPreferences::beginEpoch(const QUuid& epoch) {
+    defaults_.set(preferenceKeys::aggregateMetricsCollectionEpoch, epochText(epoch));
+}
+
+bool CollectionPreferences::isDiscardPending() const {
+    return defaults_.boolean(preferenceKeys::aggregateMetricsDiscardPending).value_or(false);
+}
+
+void CollectionPreferences::discardDone() {
+    defaults_.remove(preferenceKeys::aggregateMetricsDiscardPending);
+}
+
+bool CollectionPreferences::beginUpload(PreferenceState::Upload upload) {
+    const std::lock_guard guard(state_.lock);
+    if (currentTicket() != upload.ticket)
+        return false;
+    state_.upload = std::move(upload);
+    return true;
+}
+
+bool CollectionPreferences::endUpload(int number) {
+    const std::lock_guard guard(state_.lock);
+    if (!state_.upload || state_.upload->number != number)
+        return false;
+    state_.upload.reset();
+    return true;
+}
+
+bool CollectionPreferences::isUploading() const {
+    const std::lock_guard guard(state_.lock);
+    return state_.upload.has_value();
+}
+
+}  // namespace kestrant::metrics

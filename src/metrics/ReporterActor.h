@@ -1,0 +1,72 @@
+#pragma once
+
+#include "metrics/AggregateCompletionReporter.h"
+#include "metrics/MetricsStore.h"
+#include "network/HttpSession.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace kestrant::metrics {
+
+/// The reporter's inside. Thread: the context's, except for `preferences` and latestDiagnostic().
+class ReporterActor : public std::enable_shared_from_this<ReporterActor> {
+  public:
+    explicit ReporterActor(AggregateCompletionReporter::Services services);
+
+    CollectionPreferences preferences;
+
+    void record(qint64 count, const CollectionTicket& ticket);
+    void check(std::function<void()> finished);
+    /// Thread: any.
+    [[nodiscard]] std::optional<LocalDiagnostic> latestDiagnostic() const { return latestDiagnostic_; }
+
+  private:
+    using CurrentTicket = StoreResult<std::optional<CollectionTicket>>;
+
+    /// Brings the store into line with the person's switch: discards, adopts the present epoch, stores what
+    /// was kept in memory. The ticket to work under is absent while counting is off.
+    [[nodiscard]] CurrentTicket reconcile();
+    [[nodiscard]] StoreResult<> discard();
+    /// A ticket from before the first epoch was chosen stands for that epoch.
+    [[nodiscard]] CollectionTicket resolved(const CollectionTicket& ticket) const;
+    void keepInMemory(qint64 count, const CollectionTicket& ticket);
+
+    [[nodiscard]] StoreResult<> work(const CollectionTicket& ticket);
+    [[nodiscard]] StoreResult<std::optional<Report>> cutIfDue();
+    void upload(const Report& report, const CollectionTicket& ticket);
+    void abandonUpload(int number);
+    void finishUpload(const Report& report, int number,
+                      const tl::expected<HttpReply, TransportError>& result);
+    [[nodiscard]] StoreResult<> settle(const Report& report,
+                                       const tl::expected<HttpReply, TransportError>& result);
+    [[nodiscard]] StoreResult<> confirm(const Report& report, const HttpReply& reply);
+    [[nodiscard]] StoreResult<> retryLater(const Report& report, const QByteArray& retryAfter);
+
+    [[nodiscard]] bool storageMayBeTried() const;
+    void storageFailed();
+    [[nodiscard]] StoreResult<> scheduleNext();
+    void scheduleAt(double secondsSince1970);
+    void diagnose(LocalDiagnostic diagnostic);
+    void tellWaiting();
+
+    AggregateCompletionReporter::Services services_;
+    MetricsStore store_;
+    std::atomic<std::optional<LocalDiagnostic>> latestDiagnostic_;
+    ScheduledTask scheduledCheck_;
+    std::optional<HttpSession> session_;
+    std::unique_ptr<HttpExchange> exchange_;
+    bool isSending_ = false;
+    int uploadNumber_ = 0;
+    qint64 unpersistedCount_ = 0;
+    QUuid unpersistedEpoch_;
+    /// The epoch chosen here because there was none.
+    QUuid firstEpoch_;
+    std::optional<Instant> storageRetryAt_;
+    std::vector<std::function<void()>> waiting_;
+};
+
+}  // namespace kestrant::metrics
