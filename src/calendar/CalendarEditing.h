@@ -40,9 +40,9 @@ struct CalendarEventEditDetails {
 
 // What creating and editing mean, as decisions over values.
 
-/// The values of a new event, without its calendar: the title trimmed, a timed event at least half an hour
-/// long and written in the calendar's zone, an all-day one at least to the start of the day after its first.
-/// Fails with `emptyTitle`.
+/// The values of a new event, without its calendar: the title trimmed; a timed event at least half an hour
+/// long and written in the calendar's zone; an all-day one from the start of its first day to the start of
+/// the end's day, at least one day. Fails with `emptyTitle`.
 [[nodiscard]] tl::expected<EKEventData, CalendarError> newEventData(const NewCalendarEvent& event,
                                                                     const ZoneCalendar& calendar);
 

@@ -61,9 +61,8 @@ struct CalendarPresent {
 [[nodiscard]] QList<CalendarDayGroup> atMoment(QList<CalendarDayGroup> groups, Instant now,
                                                CalendarMode mode);
 
-/// When atMoment() next gives something else; absent when it does not before the day ends.
-[[nodiscard]] std::optional<Instant> nextMomentOfChange(const QList<CalendarDayGroup>& groups, Instant now,
-                                                        CalendarMode mode);
+/// When atMoment() may next give something else; absent when nothing of today is left to begin or end.
+[[nodiscard]] std::optional<Instant> nextMomentOfChange(const QList<CalendarDayGroup>& groups, Instant now);
 
 /// The first timed event that starts after `now`.
 [[nodiscard]] std::optional<CalendarEventItem> nextEvent(const QList<CalendarDayGroup>& groups, Instant now);

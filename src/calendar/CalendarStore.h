@@ -24,7 +24,7 @@ namespace kestrant {
 class BackgroundExecutor;
 class EKEventStore;
 class NotificationCenter;
-class UserDefaults;
+class Preferences;
 
 /// What a CalendarStore works with. Everything here outlives the store.
 struct CalendarStoreServices {
@@ -32,7 +32,7 @@ struct CalendarStoreServices {
     Scheduler& scheduler;
     const Clock& clock;
     CurrentCalendar& calendar;
-    UserDefaults& defaults;
+    const Preferences& preferences;
     NotificationCenter& notifications;
     /// Where rows are made and grouped.
     BackgroundExecutor& executor;
@@ -142,7 +142,7 @@ class CalendarStore : public QObject {
 
   private:
     class Private;
-    std::unique_ptr<Private> d_;
+    std::shared_ptr<Private> d_;
 };
 
 }  // namespace kestrant

@@ -1,0 +1,68 @@
+#include "calendar/CalendarFetch.h"
+
+#include <utility>
+
+namespace kestrant {
+namespace {
+
+/// A number of days earlier or later at the same local time; the instant itself where no such day exists.
+Instant movedByDays(Instant instant, int days, const ZoneCalendar& calendar) {
+    const QDate day = calendar.dayOf(instant).addDays(days);
+    if (day.year() < 1 || day.year() > 9999)
+        return instant;
+    return calendar.instantAt(day, calendar.timeOf(instant));
+}
+
+QHash<QString, CalendarAppearance> appearances(const EKEventStore& store) {
+    QHash<QString, CalendarAppearance> result;
+    for (const EKEntityType type : {EKEntityType::reminder, EKEntityType::event}) {
+        for (const EKCalendar& calendar : store.calendars(type))
+            result.insert(calendar.calendarIdentifier, {calendar.title, calendar.color});
+    }
+    return result;
+}
+
+template <typename Value, typename Ref>
+std::vector<std::shared_ptr<const Value>> storedValues(const std::vector<Ref>& items) {
+    std::vector<std::shared_ptr<const Value>> result;
+    result.reserve(items.size());
+    for (const Ref& item : items)
+        result.push_back(item->stored());
+    return result;
+}
+
+}  // namespace
+
+void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool showReminders,
+                        const ZoneCalendar& calendar, std::function<void(CalendarItems)> completion) {
+    struct Pending {
+        CalendarItems items;
+        int parts = 0;
+        std::function<void(CalendarItems)> completion;
+
+        void end(const EKEventStore& eventStore) {
+            if (--parts > 0)
+                return;
+            items.calendars = appearances(eventStore);
+            completion(std::move(items));
+        }
+    };
+    const auto pending = std::make_shared<Pending>();
+    pending->parts = showReminders ? 2 : 1;
+    pending->completion = std::move(completion);
+    store.events(EKEventStore::predicateForEvents(from, to, std::nullopt),
+                 [pending, &store](std::vector<EKEventRef> events) {
+                     pending->items.events = storedValues<EKEventData>(events);
+                     pending->end(store);
+                 });
+    if (!showReminders)
+        return;
+    store.fetchReminders(EKEventStore::predicateForIncompleteReminders(
+                             movedByDays(from, -1, calendar), movedByDays(to, 1, calendar), std::nullopt),
+                         [pending, &store](std::vector<EKReminderRef> reminders) {
+                             pending->items.reminders = storedValues<EKReminderData>(reminders);
+                             pending->end(store);
+                         });
+}
+
+}  // namespace kestrant

@@ -1,0 +1,176 @@
+#include "calendar/CalendarRows.h"
+#include "calendar/CalendarStorePrivate.h"
+#include "foundation/NotificationCenter.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant {
+namespace {
+
+using ErrorCode = CalendarError::Code;
+
+std::optional<EKCalendar> eventCalendar(const EKEventStore& store, const QString& identifier) {
+    auto calendar = store.calendarWithIdentifier(identifier);
+    return calendar && calendar->allowsEvents ? calendar : std::nullopt;
+}
+
+}  // namespace
+
+void CalendarStore::Private::findEvent(const CalendarEventItem& row,
+                                       std::function<void(Private&, const EKEventRef&)> done) {
+    EKEventRef event = row.isReminder ? nullptr : services.eventStore.event(row.itemIdentifier);
+    if (row.isReminder || (event && isEventBehind(row, event->data))) {
+        services.scheduler.post(
+            whileAlive([done = std::move(done), event](Private& self) { done(self, event); }));
+        return;
+    }
+    const auto [start, end] = searchIntervalFor(row);
+    services.eventStore.events(
+        EKEventStore::predicateForEvents(start, end, std::nullopt),
+        whileAlive([row, done = std::move(done)](Private& self, const std::vector<EKEventRef>& events) {
+            const auto found = std::find_if(events.begin(), events.end(), [&](const EKEventRef& candidate) {
+                return isOccurrenceBehind(row, candidate->data);
+            });
+            done(self, found == events.end() ? nullptr : *found);
+        }));
+}
+
+void CalendarStore::Private::save(const EKEventRef& event, const char* notification,
+                                  const Completion& completion) {
+    services.eventStore.save(
+        event, EKSpan::thisEvent,
+        whileAlive(
+            [notification, completion](Private& self, const tl::expected<EKSaveResult, EKError>& result) {
+                if (result)
+                    self.changed(notification, completion);
+                else if (completion)
+                    completion(tl::unexpected(CalendarError::from(result.error())));
+            }));
+}
+
+void CalendarStore::Private::changed(const char* notification, const Completion& completion) {
+    services.notifications.post(QString::fromLatin1(notification));
+    reload();
+    if (completion)
+        completion({});
+}
+
+void CalendarStore::Private::removed(const CalendarEventItem& row, const Completion& completion) {
+    const QList<CalendarDayGroup> groups = withoutRow(dayGroups, row.id, shownMode);
+    if (groups != dayGroups)
+        show(groups);
+    changed(eventChangedNotification, completion);
+}
+
+EKEventStore::SaveCompletion CalendarStore::Private::removalEnd(const CalendarEventItem& row,
+                                                                const Completion& completion) {
+    return whileAlive([row, completion](Private& self, const tl::expected<EKSaveResult, EKError>& result) {
+        if (result || result.error().code == EKError::Code::itemNotFound)
+            self.removed(row, completion);
+        else if (completion)
+            completion(tl::unexpected(CalendarError::from(result.error())));
+    });
+}
+
+std::vector<EKCalendar> CalendarStore::writableCalendars() const {
+    std::vector<EKCalendar> calendars = d_->services.eventStore.calendars(EKEntityType::event);
+    std::erase_if(calendars, [](const EKCalendar& calendar) { return !calendar.allowsContentModifications; });
+    return calendars;
+}
+
+void CalendarStore::createEvent(const NewCalendarEvent& event, Completion completion) {
+    if (!d_->isAuthorized()) {
+        d_->fail(completion, {ErrorCode::notAuthorized});
+        return;
+    }
+    auto data = newEventData(event, d_->services.calendar.calendar());
+    if (!data) {
+        d_->fail(completion, data.error());
+        return;
+    }
+    const EKEventStore& eventStore = d_->services.eventStore;
+    auto calendar = event.calendarID ? eventCalendar(eventStore, *event.calendarID) : std::nullopt;
+    if (!calendar)
+        calendar = eventStore.defaultCalendarForNewEvents();
+    if (calendar)
+        data->calendarIdentifier = calendar->calendarIdentifier;
+    const auto created = std::make_shared<EKEvent>();
+    created->data = std::move(*data);
+    d_->save(created, eventCreatedNotification, completion);
+}
+
+void CalendarStore::loadEditDetails(const CalendarEventItem& row, DetailsCompletion completion) {
+    d_->findEvent(row, [completion = std::move(completion)](Private&, const EKEventRef& event) {
+        if (event)
+            completion(editDetails(event->data));
+        else
+            completion(tl::unexpected(CalendarError{ErrorCode::itemNotFound}));
+    });
+}
+
+void CalendarStore::updateEvent(const CalendarEventItem& row, const CalendarEventEditDetails& details,
+                                Completion completion) {
+    if (!d_->isAuthorized()) {
+        d_->fail(completion, {ErrorCode::notAuthorized});
+        return;
+    }
+    const ZoneCalendar calendar = d_->services.calendar.calendar();
+    auto valid = validated(details, calendar);
+    if (valid && !eventCalendar(d_->services.eventStore, valid->calendarID))
+        valid = tl::unexpected(CalendarError{ErrorCode::calendarUnavailable});
+    if (!valid) {
+        d_->fail(completion, valid.error());
+        return;
+    }
+    d_->findEvent(row,
+                  [calendar, valid = std::move(*valid), completion](Private& self, const EKEventRef& event) {
+                      if (!event) {
+                          self.fail(completion, {ErrorCode::itemNotFound});
+                          return;
+                      }
+                      apply(valid, calendar, event->data);
+                      self.save(event, eventChangedNotification, completion);
+                  });
+}
+
+void CalendarStore::deleteItem(const CalendarEventItem& row, Completion completion) {
+    if (!d_->isAuthorized()) {
+        d_->fail(completion, {ErrorCode::notAuthorized});
+        return;
+    }
+    if (row.isReminder) {
+        const auto reminder =
+            d_->services.eventStore.calendarItem(reminderIdentifier(row.id).value_or(QString()));
+        const auto end = d_->removalEnd(row, completion);
+        if (reminder)
+            d_->services.eventStore.remove(reminder, end);
+        else
+            d_->services.scheduler.post(
+                d_->whileAlive([row, completion](Private& self) { self.removed(row, completion); }));
+        return;
+    }
+    d_->findEvent(row, [row, completion](Private& self, const EKEventRef& event) {
+        if (event)
+            self.services.eventStore.remove(event, EKSpan::thisEvent, self.removalEnd(row, completion));
+        else
+            self.removed(row, completion);
+    });
+}
+
+void CalendarStore::removeReminderFromCalendar(const CalendarEventItem& row, Completion completion) {
+    if (!row.isReminder) {
+        d_->fail(completion, {ErrorCode::itemNotFound});
+        return;
+    }
+    d_->services.clearReminderDueDate(
+        row.itemIdentifier,
+        d_->whileAlive([row, completion](Private& self, const tl::expected<void, TextPair>& result) {
+            if (result)
+                self.removed(row, completion);
+            else if (completion)
+                completion(tl::unexpected(CalendarError{ErrorCode::database, result.error()}));
+        }));
+}
+
+}  // namespace kestrant
