@@ -43,6 +43,11 @@ void writeAdvancedTodo(Component& todo, const TodoItem& item, const CompletedOcc
 [[nodiscard]] Document makeCompletedCopy(const QByteArray& uid, const Document& series, const TodoItem& item,
                                          const EKReminderData& copy, const ZoneCalendar& local, Instant now);
 
+/// Takes a reminder out of a file, with everything that changes single dates of its series.
+void removeTodo(Document& document, const TodoItem& item);
+/// Takes every other reminder and event out.
+void keepOnlyTodo(Document& document, const TodoItem& item);
+
 /// Adds definitions, good from `year` on, of the zones that the file uses and does not define.
 void addMissingTimeZones(Document& document, int year);
 

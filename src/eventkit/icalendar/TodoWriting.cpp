@@ -144,6 +144,25 @@ void removePassedDates(Component& todo, const EKReminderData& after, const Docum
     }
 }
 
+void removeAll(Document& document, QByteArrayView kind) {
+    for (auto count = static_cast<qsizetype>(document.components(kind).size()); count > 0; --count)
+        document.remove(kind, count - 1);
+}
+
+/// The positions of a reminder and of what changes single dates of its series.
+std::set<qsizetype> partsOf(const Document& document, const TodoItem& item) {
+    std::set<qsizetype> result{item.index};
+    const auto todos = document.components("VTODO");
+    if (todos[static_cast<std::size_t>(item.index)].property("RECURRENCE-ID"))
+        return result;
+    for (std::size_t i = 0; i < todos.size(); ++i) {
+        const auto uid = todos[i].property("UID");
+        if (uid && uid->value.trimmed() == item.key && todos[i].property("RECURRENCE-ID"))
+            result.insert(static_cast<qsizetype>(i));
+    }
+    return result;
+}
+
 }  // namespace
 
 void writeTodo(Component& todo, const TodoItem& item, const EKReminderData& after, const Document& document,
@@ -215,10 +234,8 @@ Document makeCompletedCopy(const QByteArray& uid, const Document& series, const 
                            const EKReminderData& copy, const ZoneCalendar& local, Instant now) {
     Document document = series;
     Component todo(series.components("VTODO")[static_cast<std::size_t>(item.index)].lines());
-    for (const char* kind : {"VTODO", "VEVENT", "VJOURNAL"}) {
-        for (auto count = static_cast<qsizetype>(document.components(kind).size()); count > 0; --count)
-            document.remove(kind, count - 1);
-    }
+    for (const char* kind : {"VTODO", "VEVENT", "VJOURNAL"})
+        removeAll(document, kind);
     writeTodo(todo, item, copy, series, local, now);
     Editor editor(todo, series);
     for (const char* name : {"RRULE", "RDATE", "EXDATE", "RECURRENCE-ID", "SEQUENCE"})
@@ -228,6 +245,22 @@ Document makeCompletedCopy(const QByteArray& uid, const Document& series, const 
     editor.append(Property{"RELATED-TO", {{"RELTYPE", "SIBLING"}}, item.key});
     document.add(todo);
     return document;
+}
+
+void removeTodo(Document& document, const TodoItem& item) {
+    const auto parts = partsOf(document, item);
+    for (auto index = parts.rbegin(); index != parts.rend(); ++index)
+        document.remove("VTODO", *index);
+}
+
+void keepOnlyTodo(Document& document, const TodoItem& item) {
+    const std::set<qsizetype> parts = partsOf(document, item);
+    for (auto index = static_cast<qsizetype>(document.components("VTODO").size()) - 1; index >= 0; --index) {
+        if (!parts.contains(index))
+            document.remove("VTODO", index);
+    }
+    for (const char* kind : {"VEVENT", "VJOURNAL"})
+        removeAll(document, kind);
 }
 
 void addMissingTimeZones(Document& document, int year) {

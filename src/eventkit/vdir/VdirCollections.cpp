@@ -1,0 +1,120 @@
+#include "eventkit/EKErrors.h"
+#include "eventkit/vdir/VdirDatabase.h"
+#include "foundation/AtomicFile.h"
+
+#include <QFile>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+namespace kestrant::vdir {
+namespace {
+
+/// Calm colours that stay apart on a dark ground.
+constexpr std::array<Color, 10> palette{{{0x4C, 0x9F, 0xFF},
+                                         {0xFF, 0x9F, 0x43},
+                                         {0x5C, 0xC8, 0x7A},
+                                         {0xF2, 0x6D, 0x78},
+                                         {0xB0, 0x8C, 0xF5},
+                                         {0xF4, 0xC9, 0x4E},
+                                         {0x4F, 0xC7, 0xC7},
+                                         {0xEC, 0x84, 0xC0},
+                                         {0xA3, 0xB8, 0x6C},
+                                         {0xC2, 0x9B, 0x79}}};
+
+Color unusedColor(const Library& library) {
+    const auto isUsed = [&](const Color& color) {
+        return std::any_of(library.collections.begin(), library.collections.end(),
+                           [&](const auto& collection) { return collection.second.color == color; });
+    };
+    const auto found = std::find_if_not(palette.begin(), palette.end(), isUsed);
+    return found != palette.end() ? *found : palette[library.collections.size() % palette.size()];
+}
+
+/// Letters and digits of a title that every file system takes, other characters as hyphens.
+QByteArray folderNameFrom(const QString& title) {
+    QByteArray name;
+    for (const QChar character : title.normalized(QString::NormalizationForm_KD).toLower()) {
+        const char16_t unit = character.unicode();
+        const bool isPlain = (unit >= u'a' && unit <= u'z') || (unit >= u'0' && unit <= u'9');
+        if (isPlain)
+            name.append(static_cast<char>(unit));
+        else if (!character.isMark() && !name.isEmpty() && !name.endsWith('-'))
+            name.append('-');
+        if (name.size() == 40)
+            break;
+    }
+    while (name.endsWith('-'))
+        name.chop(1);
+    return name.isEmpty() ? "list" : name;
+}
+
+std::optional<EKError> writeMetadata(const QByteArray& folder, const char* name, const QString& value) {
+    const auto written = writeFileAtomically(QFile::decodeName(folder + '/' + name), value.toUtf8());
+    if (written)
+        return std::nullopt;
+    return storageError(written.error().path, written.error().description);
+}
+
+}  // namespace
+
+tl::expected<EKCalendar, EKError> VdirDatabase::saveCalendar(const EKCalendar& calendar,
+                                                             const ZoneCalendar& local) {
+    if (!isOpen_)
+        return tl::unexpected(accessDeniedError());
+    const QString title = calendar.title.simplified();
+    if (title.isEmpty())
+        return tl::unexpected(invalidItemError(text("A list needs a name.", "Une liste doit avoir un nom.")));
+    Color color = calendar.color.value_or(unusedColor(library_));
+    QByteArray name;
+    const bool isNew = calendar.calendarIdentifier.isEmpty();
+    if (isNew) {
+        if (const auto created = createFolder(QFile::decodeName(root_)); !created)
+            return tl::unexpected(storageError(created.error().path, created.error().description));
+        const QByteArray wanted = folderNameFrom(title);
+        name = wanted;
+        int number = 1;
+        while (::mkdir((root_ + '/' + name).constData(), 0777) != 0) {
+            const int error = errno;
+            if (error != EEXIST)
+                return tl::unexpected(
+                    storageError(QFile::decodeName(root_ + '/' + name),
+                                 QString::fromStdString(std::generic_category().message(error))));
+            name = wanted + '-' + QByteArray::number(++number);
+        }
+    } else {
+        const auto found = writableCollection(calendar.calendarIdentifier);
+        if (!found)
+            return tl::unexpected(found.error());
+        name = *found;
+    }
+    const QByteArray folder = root_ + '/' + name;
+    const auto present = library_.collections.find(name);
+    std::optional<EKError> error;
+    if (isNew || present->second.title != title)
+        error = writeMetadata(folder, "displayname", title);
+    const bool hasColor = !isNew && (!calendar.color || present->second.color == calendar.color);
+    if (!error && !hasColor)
+        error = writeMetadata(folder, "color", color.toString());
+    if (error) {
+        if (isNew) {
+            ::unlink((folder + "/displayname").constData());
+            ::rmdir(folder.constData());
+        }
+        return tl::unexpected(std::move(*error));
+    }
+    refresh({.files = {{name, {}}}}, local);
+    const auto saved =
+        std::find_if(snapshot_->calendars.begin(), snapshot_->calendars.end(),
+                     [&](const EKCalendar& c) { return c.calendarIdentifier == QFile::decodeName(name); });
+    if (saved == snapshot_->calendars.end())
+        return tl::unexpected(calendarNotFoundError());
+    return *saved;
+}
+
+}  // namespace kestrant::vdir

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "eventkit/EKEventStore.h"
+#include "eventkit/icalendar/Todo.h"
+#include "eventkit/vdir/VdirLibrary.h"
+
+#include <QHash>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <variant>
+#include <vector>
+
+namespace kestrant::vdir {
+
+/// One reminder and where it is.
+struct Entry {
+    std::shared_ptr<const EKReminderData> data;
+    QByteArray version;
+    QByteArray collection;
+    QByteArray file;
+    QByteArray key;
+    int ordinal = 0;
+};
+
+/// The whole database at one moment. Never changes, so any thread may read it.
+struct Snapshot {
+    /// In their stable order.
+    std::vector<EKCalendar> calendars;
+    /// By calendarItemIdentifier: the UID; where several files claim one, all but the first (by folder and
+    /// file name) get an identifier with their place in it, and so does a reminder without UID.
+    QHash<QString, Entry> reminders;
+    std::vector<TextPair> problems;
+};
+
+/// A folder of iCalendar files, read and written at once. Every write is atomic and durable, and begins with
+/// a look at the file: what was changed there meanwhile is kept, or the write is refused where both sides
+/// changed the same. Thread: any one at a time; blocks for the disk.
+class VdirDatabase {
+  public:
+    /// `aboutToRead` is told the names of the collections before their files are read.
+    VdirDatabase(QByteArray root, std::function<void(const std::vector<QByteArray>&)> aboutToRead);
+
+    /// Creates the folder where it is missing and reads everything.
+    [[nodiscard]] std::optional<EKError> open(const ZoneCalendar& local);
+    [[nodiscard]] bool isOpen() const { return isOpen_; }
+
+    /// Reads what changed; true when anything came out differently.
+    bool refresh(const Changes& changes, const ZoneCalendar& local);
+
+    [[nodiscard]] const std::shared_ptr<const Snapshot>& snapshot() const { return snapshot_; }
+
+    /// `base` is null for a new reminder; `now` the time of the change.
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> save(const std::shared_ptr<const EKReminderData>& base,
+                                                           const EKReminderData& edited, Instant now,
+                                                           const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> remove(const QString& identifier,
+                                                             const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKCalendar, EKError> saveCalendar(const EKCalendar& calendar,
+                                                                 const ZoneCalendar& local);
+
+  private:
+    struct OpenItem;
+    struct Place {
+        QByteArray collection;
+        QByteArray file;
+    };
+
+    void rebuildSnapshot();
+    [[nodiscard]] QByteArray pathOf(const Place& place) const;
+    [[nodiscard]] QString identifierAt(const Place& place, const QByteArray& key, int ordinal) const;
+
+    [[nodiscard]] tl::expected<OpenItem, EKError> openItem(const QString& identifier,
+                                                           const ZoneCalendar& local);
+    [[nodiscard]] std::optional<EKError> reasonNotToChange(const Place& place) const;
+    [[nodiscard]] tl::expected<QByteArray, EKError> writableCollection(const QString& identifier) const;
+
+    /// Nothing was written because the file is not what it was when it was read.
+    struct ChangedMeanwhile {};
+    using WriteError = std::variant<ChangedMeanwhile, EKError>;
+    [[nodiscard]] tl::expected<EKSaveResult, WriteError>
+    trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> saveNew(const EKReminderData& edited, Instant now,
+                                                              const ZoneCalendar& local);
+    [[nodiscard]] std::optional<WriteError> replaceFile(const Place& place,
+                                                        const icalendar::Document& document,
+                                                        const FileStamp& expected, const ZoneCalendar& local);
+    [[nodiscard]] std::optional<WriteError> removeFile(const Place& place, const FileStamp& expected);
+    [[nodiscard]] std::optional<WriteError> takeOut(const OpenItem& item, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<Place, EKError> createFile(const QByteArray& collection,
+                                                          const QByteArray& preferredName,
+                                                          const icalendar::Document& document,
+                                                          const ZoneCalendar& local);
+    void takeBack(const Place& place);
+    void noteWritten(const Place& place, const QByteArray& text, const ZoneCalendar& local);
+
+    QByteArray root_;
+    std::function<void(const std::vector<QByteArray>&)> aboutToRead_;
+    bool isOpen_ = false;
+    Library library_;
+    std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
+};
+
+}  // namespace kestrant::vdir
