@@ -1,0 +1,304 @@
+#include "foundation/JsonFileUserDefaults.h"
+
+#include "foundation/AtomicFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/file.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <utility>
+
+namespace kestrant {
+
+namespace {
+
+/// How long changes are gathered before they are written together.
+constexpr int gatheringMilliseconds = 100;
+
+std::optional<QJsonObject> parse(const QByteArray& document) {
+    const QJsonDocument json = QJsonDocument::fromJson(document);
+    if (!json.isObject())
+        return std::nullopt;
+    return json.object();
+}
+
+void warn(const char* what, const FileError& error) {
+    qWarning("%s: %s: %s", what, qUtf8Printable(error.path), qUtf8Printable(error.description));
+}
+
+/// Keeps other processes from changing the file between its being read and its being replaced.
+class FileLock {
+  public:
+    explicit FileLock(const QString& path)
+        : descriptor_(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+        if (descriptor_ >= 0)
+            (void)::flock(descriptor_, LOCK_EX);
+    }
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+    ~FileLock() {
+        if (descriptor_ >= 0)
+            ::close(descriptor_);
+    }
+
+  private:
+    int descriptor_;
+};
+
+/// Notices when a file in a folder is written, replaced or removed.
+class FileWatch {
+  public:
+    explicit FileWatch(const QString& path)
+        : name_(QFile::encodeName(QFileInfo(path).fileName()))
+        , descriptor_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
+        if (descriptor_ >= 0)
+            (void)::inotify_add_watch(descriptor_, QFile::encodeName(QFileInfo(path).path()).constData(),
+                                      IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE);
+    }
+    FileWatch(const FileWatch&) = delete;
+    FileWatch& operator=(const FileWatch&) = delete;
+    ~FileWatch() {
+        if (descriptor_ >= 0)
+            ::close(descriptor_);
+    }
+
+    /// Becomes readable when something in the folder has happened; -1 where watching is impossible.
+    [[nodiscard]] int descriptor() const { return descriptor_; }
+
+    /// Whether any of what has happened concerns the file.
+    bool takeChanges() {
+        bool concernsFile = false;
+        alignas(inotify_event) std::array<char, 16 * (sizeof(inotify_event) + NAME_MAX + 1)> buffer;
+        ssize_t length = 0;
+        while ((length = ::read(descriptor_, buffer.data(), buffer.size())) > 0) {
+            for (ssize_t at = 0; at < length;) {
+                inotify_event event;
+                std::memcpy(&event, buffer.data() + at, sizeof event);
+                const char* name = buffer.data() + at + sizeof event;
+                concernsFile |= (event.mask & IN_Q_OVERFLOW) != 0 || (event.len > 0 && name_ == name);
+                at += static_cast<ssize_t>(sizeof event + event.len);
+            }
+        }
+        return concernsFile;
+    }
+
+  private:
+    QByteArray name_;
+    int descriptor_;
+};
+
+}  // namespace
+
+/// A flag one thread raises and another waits for.
+class JsonFileUserDefaults::Event {
+  public:
+    Event() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+    Event(const Event&) = delete;
+    Event& operator=(const Event&) = delete;
+    ~Event() { ::close(descriptor_); }
+
+    [[nodiscard]] int descriptor() const { return descriptor_; }
+    void raise() { (void)::eventfd_write(descriptor_, 1); }
+    void lower() {
+        eventfd_t value = 0;
+        (void)::eventfd_read(descriptor_, &value);
+    }
+
+  private:
+    int descriptor_;
+};
+
+JsonFileUserDefaults::JsonFileUserDefaults(QString path, Scheduler& scheduler)
+    : path_(std::move(path))
+    , scheduler_(scheduler)
+    , ownThread_(std::this_thread::get_id())
+    , changed_(std::make_unique<Event>())
+    , stopped_(std::make_unique<Event>()) {
+    if (const auto document = readFile(path_)) {
+        if (const auto values = parse(*document))
+            values_ = *values;
+        else
+            qWarning("The settings cannot be read and will be set aside: %s", qUtf8Printable(path_));
+    } else if (document.error().errorNumber != ENOENT) {
+        warn("The settings cannot be read", document.error());
+    }
+    thread_ = std::thread([this] { run(); });
+}
+
+JsonFileUserDefaults::~JsonFileUserDefaults() {
+    stopped_->raise();
+    thread_.join();
+    flush();
+}
+
+QJsonValue JsonFileUserDefaults::object(const QString& key) const {
+    const std::lock_guard lock(mutex_);
+    return values_.value(key);
+}
+
+void JsonFileUserDefaults::set(const QString& key, const QJsonValue& value) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (values_.value(key) == value)
+            return;
+        if (value.isUndefined())
+            values_.remove(key);
+        else
+            values_.insert(key, value);
+        unwritten_.insert(key);
+    }
+    changed_->raise();
+    if (std::this_thread::get_id() == ownThread_)
+        observers_.notify(key);
+    else
+        tell({key});
+}
+
+Subscription JsonFileUserDefaults::observe(std::function<void(const QString&)> observer) {
+    return observers_.add(std::move(observer));
+}
+
+void JsonFileUserDefaults::tell(const QStringList& keys) {
+    if (keys.isEmpty())
+        return;
+    scheduler_.post([this, keys, alive = std::weak_ptr<bool>(isAlive_)] {
+        for (const QString& key : keys) {
+            if (!alive.expired())
+                observers_.notify(key);
+        }
+    });
+}
+
+void JsonFileUserDefaults::run() {
+    // The folder has to be there to be watched.
+    if (const auto folder = createFolder(QFileInfo(path_).path()); !folder)
+        warn("The folder of the settings cannot be made", folder.error());
+    FileWatch watch(path_);
+    // What happened between the first reading and the watch.
+    takeOverFile();
+    while (true) {
+        std::array<pollfd, 3> waitedFor{{{stopped_->descriptor(), POLLIN, 0},
+                                         {changed_->descriptor(), POLLIN, 0},
+                                         {watch.descriptor(), POLLIN, 0}}};
+        (void)::poll(waitedFor.data(), waitedFor.size(), -1);
+        if (waitedFor[0].revents != 0)
+            return;
+        if (waitedFor[2].revents != 0 && watch.takeChanges())
+            takeOverFile();
+        if (waitedFor[1].revents != 0) {
+            (void)::poll(waitedFor.data(), 1, gatheringMilliseconds);
+            if (waitedFor[0].revents != 0)
+                return;
+            changed_->lower();
+            flush();
+        }
+    }
+}
+
+void JsonFileUserDefaults::takeOverFile() {
+    const std::lock_guard fileLock(fileMutex_);
+    const auto document = readFile(path_);
+    if (document) {
+        // Something unreadable may be on its way to becoming readable: keep what is known.
+        if (const auto values = parse(*document))
+            adopt(*values);
+    } else if (document.error().errorNumber == ENOENT) {
+        adopt({});
+    }
+}
+
+bool JsonFileUserDefaults::flush() {
+    const std::lock_guard fileLock(fileMutex_);
+    QJsonObject known;
+    QSet<QString> keys;
+    {
+        const std::lock_guard lock(mutex_);
+        known = values_;
+        keys = unwritten_;
+    }
+    if (keys.isEmpty())
+        return true;
+
+    const QFileInfo file(path_);
+    if (const auto folder = createFolder(file.path()); !folder) {
+        warn("The settings cannot be written", folder.error());
+        return false;
+    }
+    const FileLock lock(file.path() + QStringLiteral("/.") + file.fileName() + QStringLiteral(".lock"));
+    const auto document = readFile(path_);
+    if (!document && document.error().errorNumber != ENOENT) {
+        warn("The settings cannot be written", document.error());
+        return false;
+    }
+    QJsonObject values;
+    if (document) {
+        if (const auto present = parse(*document)) {
+            values = *present;
+        } else {
+            const auto aside = setFileAside(path_);
+            if (!aside) {
+                warn("The damaged settings cannot be set aside", aside.error());
+                return false;
+            }
+            values = known;
+        }
+    }
+    for (const QString& key : std::as_const(keys)) {
+        const QJsonValue value = known.value(key);
+        if (value.isUndefined())
+            values.remove(key);
+        else
+            values.insert(key, value);
+    }
+    if (const auto written = writeFileAtomically(path_, QJsonDocument(values).toJson()); !written) {
+        warn("The settings cannot be written", written.error());
+        return false;
+    }
+    {
+        const std::lock_guard valuesLock(mutex_);
+        for (const QString& key : std::as_const(keys)) {
+            if (values_.value(key) == known.value(key))
+                unwritten_.remove(key);
+        }
+    }
+    adopt(values);
+    return true;
+}
+
+void JsonFileUserDefaults::adopt(const QJsonObject& values) {
+    QStringList differing;
+    {
+        const std::lock_guard lock(mutex_);
+        QJsonObject next = values;
+        for (const QString& key : std::as_const(unwritten_)) {
+            const QJsonValue value = values_.value(key);
+            if (value.isUndefined())
+                next.remove(key);
+            else
+                next.insert(key, value);
+        }
+        for (auto entry = next.constBegin(); entry != next.constEnd(); ++entry) {
+            if (values_.value(entry.key()) != entry.value())
+                differing.append(entry.key());
+        }
+        for (auto entry = values_.constBegin(); entry != values_.constEnd(); ++entry) {
+            if (!next.contains(entry.key()))
+                differing.append(entry.key());
+        }
+        values_ = next;
+    }
+    tell(differing);
+}
+
+}  // namespace kestrant
