@@ -59,10 +59,9 @@ DateComponents dueComponents(Instant dueDate, bool includesTime, const ZoneCalen
     std::optional<QByteArray> zone;
     ZoneCalendar teller = calendar;
     if (previous && previous->includesTime() && previous->timeZone) {
-        const QTimeZone previousZone(*previous->timeZone);
-        if (previousZone.isValid()) {
+        if (const auto known = timeZoneFromIdentifier(*previous->timeZone)) {
             zone = previous->timeZone;
-            teller = ZoneCalendar(previousZone);
+            teller = ZoneCalendar(*known);
         }
     }
     DateComponents components =

@@ -4,12 +4,13 @@
 #include "foundation/Scheduler.h"
 #include "foundation/Subscription.h"
 #include "foundation/ZoneCalendar.h"
+#include "reminders/CompletionReconciler.h"
 #include "reminders/ReminderFiltering.h"
 #include "reminders/ReminderFlagIndex.h"
+#include "reminders/ReminderOrdering.h"
 #include "reminders/ReminderStoreError.h"
 #include "reminders/ReminderTask.h"
 
-#include <QLocale>
 #include <QObject>
 #include <QSet>
 #include <QString>
@@ -18,17 +19,16 @@
 #include <tl/expected.hpp>
 
 #include <functional>
-#include <memory>
+#include <map>
 #include <optional>
 #include <vector>
 
 namespace kestrant {
 
-class CompletionLedgerRepository;
+class Localization;
 class NotificationCenter;
 class ReminderActionHistory;
 class UserDefaults;
-struct CompletionRecord;
 
 /// What a ReminderStore works with. Everything here outlives the store.
 struct ReminderStoreServices {
@@ -37,10 +37,10 @@ struct ReminderStoreServices {
     Clock& clock;
     CurrentCalendar& calendar;
     UserDefaults& defaults;
+    /// The language of the first list, and the locale of titles' order and of search.
+    Localization& localization;
     NotificationCenter& notifications;
     CompletionLedgerRepository& ledger;
-    /// The locale of titles' order and of search, asked anew for each recomputation.
-    std::function<QLocale()> locale;
     /// Told the number of completions that were just committed from here; may be empty.
     std::function<void(int count)> completionsCommitted;
     /// May be null: then nothing is recorded.
@@ -76,7 +76,7 @@ class ReminderStore : public QObject {
 
     // Access
 
-    [[nodiscard]] const ReminderAccessState& accessState() const;
+    [[nodiscard]] const ReminderAccessState& accessState() const { return accessState_; }
     /// Asks the database to open; on success lists and tasks are loaded.
     void requestAccess();
     /// Takes the state the database reports; loads when access has become possible. The way out of `failed`.
@@ -84,40 +84,47 @@ class ReminderStore : public QObject {
 
     // What is shown
 
-    [[nodiscard]] const std::vector<ReminderList>& lists() const;
+    [[nodiscard]] const std::vector<ReminderList>& lists() const { return lists_; }
     /// The tasks that pass the filters, in order. The search is not applied.
-    [[nodiscard]] const std::vector<ReminderTask>& tasks() const;
+    [[nodiscard]] const std::vector<ReminderTask>& tasks() const { return tasks_; }
     /// The tasks to show: those of tasks() that the search finds. Cached; reading it again costs nothing.
     [[nodiscard]] const std::vector<ReminderTask>& visibleTasks() const;
     /// Any open reminder of the last fetch, filtered out or not; null when there is none with this id. The
     /// pointer is good until control returns to the event loop.
     [[nodiscard]] const ReminderTask* task(const QString& id) const;
     /// Counts over all tasks of the last fetch.
-    [[nodiscard]] const ReminderFilterCounts& filterCounts() const;
-    [[nodiscard]] bool isLoading() const;
+    [[nodiscard]] const ReminderFilterCounts& filterCounts() const { return filterCounts_; }
+    [[nodiscard]] bool isLoading() const { return isLoading_; }
     /// True once a fetch has been applied.
-    [[nodiscard]] bool hasLoaded() const;
+    [[nodiscard]] bool hasLoaded() const { return hasLoaded_; }
     /// Completions asked for and not yet committed; their cards look completed.
-    [[nodiscard]] const QSet<QString>& pendingCompletionIDs() const;
-    [[nodiscard]] const std::optional<ReminderRevealRequest>& reminderRevealRequest() const;
-    [[nodiscard]] const std::vector<CompletionRecord>& completionRecords() const;
-    [[nodiscard]] const std::optional<TextPair>& completionLedgerError() const;
+    [[nodiscard]] const QSet<QString>& pendingCompletionIDs() const { return pendingCompletionIDs_; }
+    [[nodiscard]] const std::optional<ReminderRevealRequest>& reminderRevealRequest() const {
+        return reminderRevealRequest_;
+    }
+    [[nodiscard]] const std::vector<CompletionRecord>& completionRecords() const {
+        return reconciler_.records();
+    }
+    /// Set while the completion ledger cannot be written.
+    [[nodiscard]] const std::optional<TextPair>& completionLedgerError() const { return reconciler_.error(); }
+    /// Files or sources of the database that could not be read, one sentence each.
+    [[nodiscard]] const std::vector<TextPair>& problems() const { return problems_; }
     /// Every placed task by id, from first to last.
-    [[nodiscard]] const QStringList& manualOrderIDs() const;
+    [[nodiscard]] const QStringList& manualOrderIDs() const { return manualOrderIDs_; }
 
     // Selection and presentation
 
-    [[nodiscard]] const std::optional<QString>& selectedListID() const;
+    [[nodiscard]] const std::optional<QString>& selectedListID() const { return selectedListID_; }
     /// Absent shows all lists. Written to the preferences; loads the tasks anew.
     void setSelectedListID(const std::optional<QString>& id);
-    [[nodiscard]] ReminderSortMode sortMode() const;
+    [[nodiscard]] ReminderSortMode sortMode() const { return sortMode_; }
     /// Written to the preferences and recorded in the history.
     void setSortMode(ReminderSortMode mode);
-    [[nodiscard]] const ReminderFilters& filters() const;
+    [[nodiscard]] const ReminderFilters& filters() const { return filters_; }
     void setShowsTodayOnly(bool on);
     void setShowsOverdueOnly(bool on);
     void setShowsFlaggedOnly(bool on);
-    [[nodiscard]] const QString& searchQuery() const;
+    [[nodiscard]] const QString& searchQuery() const { return searchQuery_; }
     void setSearchQuery(const QString& query);
     /// The list that receives new reminders when none is selected or chosen.
     [[nodiscard]] std::optional<QString> defaultListID() const;
@@ -181,6 +188,7 @@ class ReminderStore : public QObject {
     void completionRecordsChanged();
     void completionLedgerErrorChanged();
     void manualOrderIDsChanged();
+    void problemsChanged();
     void selectedListIDChanged();
     void sortModeChanged();
     void filtersChanged();
@@ -190,7 +198,88 @@ class ReminderStore : public QObject {
     void presentChanged();
 
   private:
+    struct Placement {
+        QStringList ids;
+        ReminderSortMode mode = ReminderSortMode::manual;
+    };
+    using Edit = std::function<tl::expected<void, ReminderStoreError>(EKReminderData& reminder)>;
+
+    void restorePreferences();
+    void observe();
+
+    void setAccessState(ReminderAccessState state);
+    void reload();
+    void applyFetch(const std::vector<EKReminderRef>& reminders, bool isRestricted);
+    void setFetchedTasks(std::vector<ReminderTask> tasks);
+    void updateManualOrder(bool isRestricted);
+    void recompute();
+    void presentDidChange();
+    void armPresentTimer();
+    void setFilters(const ReminderFilters& filters);
+    void applySortMode(ReminderSortMode mode);
+    void applyPlacement(const Placement& placement);
+    void record(const TextPair& title, std::function<void()> undo, std::function<void()> redo);
+    [[nodiscard]] ReminderPresent present() const;
+
+    /// Looks the reminder up, edits it and saves it.
+    void change(const QString& id, const Edit& edit, Completion completion);
+    void saveNew(const NewReminder& reminder, const EKCalendar& list, CreationCompletion completion);
+    void makeInitialList(const NewReminder& reminder, CreationCompletion completion);
+    void answer(const Completion& completion, tl::expected<void, ReminderStoreError> result);
+
+    void commitCompletion(const QString& id, Completion completion);
+    void completionSaved(const QString& id, const EKReminder& reminder,
+                         const tl::expected<EKSaveResult, EKError>& result);
+    void completionCommitted(const EKReminder& reminder, const EKSaveResult& result);
+    void setPendingCompletion(const QString& id, bool pending);
+
+    void beginActivity() { ++activities_; }
+    void endActivity();
+    void callBackWhenIdle();
+
     ReminderStoreServices services_;
+
+    ReminderAccessState accessState_;
+    std::vector<ReminderList> lists_;
+    std::vector<ReminderTask> fetchedTasks_;
+    ReminderOrdering ordering_;
+    std::vector<ReminderTask> tasks_;
+    ReminderFilterCounts filterCounts_;
+    std::vector<TextPair> problems_;
+    bool isLoading_ = false;
+    bool hasLoaded_ = false;
+    int fetchGeneration_ = 0;
+    ReminderFlagIndex flagIndex_;
+
+    /// The tasks found by the search; absent when it has to be carried out again, unused while the query is
+    /// blank.
+    mutable std::optional<std::vector<ReminderTask>> visibleTasksCache_;
+
+    std::optional<QString> selectedListID_;
+    ReminderSortMode sortMode_ = ReminderSortMode::dueDate;
+    ReminderFilters filters_;
+    QString searchQuery_;
+    QStringList manualOrderIDs_;
+
+    QSet<QString> pendingCompletionIDs_;
+    std::map<QString, ScheduledTask> completionTasks_;
+    /// Completions being written, with everybody who waits for them.
+    std::map<QString, std::vector<Completion>> committing_;
+    CompletionReconciler reconciler_;
+
+    std::optional<ReminderRevealRequest> reminderRevealRequest_;
+    /// A reminder that was just created, to be revealed once it has been fetched.
+    QString revealOnceLoaded_;
+    /// Creations that wait for the first list to be made.
+    std::vector<std::function<void(const tl::expected<EKCalendar, EKError>&)>> waitingForInitialList_;
+
+    int activities_ = 0;
+    std::vector<std::function<void()>> idleWaiters_;
+
+    ScheduledTask eventStoreReloadTask_;
+    ScheduledTask presentTask_;
+    Subscription eventStoreObserver_;
+    Subscription zoneObserver_;
 };
 
 }  // namespace kestrant

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "completion/CompletionLedgerRepository.h"
+#include "eventkit/EKEventStore.h"
+#include "foundation/Scheduler.h"
+#include "foundation/Text.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <QObject>
+
+#include <optional>
+#include <vector>
+
+namespace kestrant {
+
+/// Tells the completion ledger what the database and this program know about completed reminders, and holds
+/// what the ledger answers. Thread: main.
+class CompletionReconciler : public QObject {
+    Q_OBJECT
+
+  public:
+    /// Everything given here outlives the reconciler.
+    CompletionReconciler(EKEventStore& eventStore, Scheduler& scheduler, const Clock& clock,
+                         const CurrentCalendar& calendar, CompletionLedgerRepository& ledger);
+
+    /// The ledger's records, oldest first.
+    [[nodiscard]] const std::vector<CompletionRecord>& records() const { return records_; }
+    /// Set while the ledger cannot be written.
+    [[nodiscard]] const std::optional<TextPair>& error() const { return error_; }
+
+    /// Remembers, for the next reconciliation, what this program did to a reminder.
+    void note(const QString& reminderID, ReminderCompletionState state);
+
+    /// Reconciles after `delay`, in place of one that is still waiting: the reminders completed in the
+    /// present calendar year are fetched and handed to the ledger.
+    void schedule(Duration delay);
+    /// Starts a waiting reconciliation at once. False when none is under way, its writing included.
+    bool bringForward();
+
+  Q_SIGNALS:
+    void recordsChanged();
+    void errorChanged();
+    /// Nothing is waiting or under way any more.
+    void ended();
+
+  private:
+    void start();
+    void apply(const std::vector<EKReminderRef>& completed);
+    void writeEnded(bool succeeded);
+    [[nodiscard]] bool isBusy() const;
+
+    EKEventStore& eventStore_;
+    Scheduler& scheduler_;
+    const Clock& clock_;
+    const CurrentCalendar& calendar_;
+    CompletionLedgerRepository& ledger_;
+
+    std::map<QString, ReminderCompletionState> states_;
+    std::vector<CompletionRecord> records_;
+    std::optional<TextPair> error_;
+    ScheduledTask task_;
+    int generation_ = 0;
+    int underWay_ = 0;
+    Subscription writeObserver_;
+};
+
+}  // namespace kestrant

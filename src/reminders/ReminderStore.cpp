@@ -1,0 +1,405 @@
+#include "reminders/ReminderStore.h"
+
+#include "foundation/UserDefaults.h"
+#include "preferences/Localization.h"
+#include "preferences/PreferenceKeys.h"
+#include "reminders/ReminderActionHistory.h"
+#include "reminders/ReminderConversion.h"
+#include "reminders/ReminderManualOrder.h"
+
+#include <QPointer>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace kestrant {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr Duration reloadDelay = 300ms;
+constexpr Duration reconciliationDelay = 150ms;
+
+ReminderAccessState::Kind accessKind(EKAuthorizationStatus status) {
+    switch (status) {
+    case EKAuthorizationStatus::notDetermined:
+        return ReminderAccessState::Kind::notDetermined;
+    case EKAuthorizationStatus::restricted:
+        return ReminderAccessState::Kind::restricted;
+    case EKAuthorizationStatus::denied:
+        return ReminderAccessState::Kind::denied;
+    case EKAuthorizationStatus::fullAccess:
+        return ReminderAccessState::Kind::authorized;
+    }
+    return ReminderAccessState::Kind::denied;
+}
+
+void storeText(UserDefaults& defaults, const QString& key, const std::optional<QString>& value) {
+    if (value)
+        defaults.set(key, *value);
+    else
+        defaults.remove(key);
+}
+
+}  // namespace
+
+ReminderStore::ReminderStore(ReminderStoreServices services, QObject* parent)
+    : QObject(parent)
+    , services_(std::move(services))
+    , reconciler_(services_.eventStore, services_.scheduler, services_.clock, services_.calendar,
+                  services_.ledger) {
+    restorePreferences();
+    observe();
+    armPresentTimer();
+}
+
+ReminderStore::~ReminderStore() = default;
+
+void ReminderStore::restorePreferences() {
+    selectedListID_ = services_.defaults.string(preferenceKeys::selectedReminderListID);
+    manualOrderIDs_ =
+        services_.defaults.stringList(preferenceKeys::reminderManualOrder).value_or(QStringList());
+    if (const auto stored = services_.defaults.string(preferenceKeys::reminderSortMode))
+        sortMode_ = reminderSortMode(*stored).value_or(sortMode_);
+}
+
+void ReminderStore::observe() {
+    eventStoreObserver_ = services_.eventStore.observeChanges([this] { scheduleReload(); });
+    zoneObserver_ = services_.calendar.observeChanges([this] {
+        // Date-only due dates are instants of the zone: read them anew.
+        reloadTasks();
+        presentDidChange();
+    });
+    connect(&reconciler_, &CompletionReconciler::recordsChanged, this,
+            &ReminderStore::completionRecordsChanged);
+    connect(&reconciler_, &CompletionReconciler::errorChanged, this,
+            &ReminderStore::completionLedgerErrorChanged);
+    connect(&reconciler_, &CompletionReconciler::ended, this, &ReminderStore::callBackWhenIdle);
+}
+
+void ReminderStore::setAccessState(ReminderAccessState state) {
+    if (state == accessState_)
+        return;
+    accessState_ = std::move(state);
+    Q_EMIT accessStateChanged();
+    if (accessState_.kind == ReminderAccessState::Kind::authorized) {
+        reloadLists();
+        reloadTasks();
+    }
+}
+
+void ReminderStore::requestAccess() {
+    if (accessState_.kind == ReminderAccessState::Kind::requesting)
+        return;
+    setAccessState({ReminderAccessState::Kind::requesting, {}});
+    beginActivity();
+    services_.eventStore.requestFullAccessToReminders(
+        [self = QPointer(this)](bool granted, const std::optional<EKError>& error) {
+            if (!self)
+                return;
+            const auto status = self->services_.eventStore.authorizationStatus(EKEntityType::reminder);
+            if (granted)
+                self->setAccessState({ReminderAccessState::Kind::authorized, {}});
+            else if (error && error->code != EKError::Code::accessDenied)
+                self->setAccessState(ReminderAccessState::failed(error->message));
+            else if (status == EKAuthorizationStatus::restricted)
+                self->setAccessState({ReminderAccessState::Kind::restricted, {}});
+            else
+                self->setAccessState({ReminderAccessState::Kind::denied, {}});
+            self->endActivity();
+        });
+}
+
+void ReminderStore::refreshAccessState() {
+    if (accessState_.kind == ReminderAccessState::Kind::requesting)
+        return;
+    setAccessState({accessKind(services_.eventStore.authorizationStatus(EKEntityType::reminder)), {}});
+}
+
+void ReminderStore::reload() {
+    if (accessState_.kind == ReminderAccessState::Kind::failed) {
+        refreshAccessState();
+    } else if (accessState_.kind == ReminderAccessState::Kind::authorized) {
+        reloadLists();
+        reloadTasks();
+    }
+}
+
+void ReminderStore::scheduleReload() {
+    eventStoreReloadTask_ = services_.scheduler.after(reloadDelay, [this] { reload(); });
+}
+
+void ReminderStore::reloadLists() {
+    if (accessState_.kind != ReminderAccessState::Kind::authorized)
+        return;
+    std::vector<ReminderList> lists;
+    for (const EKCalendar& calendar : services_.eventStore.calendars(EKEntityType::reminder))
+        lists.push_back({calendar.calendarIdentifier, calendar.title, calendar.color,
+                         calendar.allowsContentModifications});
+    if (lists == lists_)
+        return;
+    lists_ = std::move(lists);
+    Q_EMIT listsChanged();
+}
+
+void ReminderStore::reloadTasks() {
+    if (accessState_.kind != ReminderAccessState::Kind::authorized)
+        return;
+    const int generation = ++fetchGeneration_;
+    std::optional<std::vector<QString>> calendars;
+    if (selectedListID_ && services_.eventStore.calendarWithIdentifier(*selectedListID_))
+        calendars = {*selectedListID_};
+    const bool isRestricted = calendars.has_value();
+    beginActivity();
+    if (!std::exchange(isLoading_, true))
+        Q_EMIT isLoadingChanged();
+    services_.eventStore.fetchReminders(
+        EKEventStore::predicateForIncompleteReminders(std::nullopt, std::nullopt, std::move(calendars)),
+        [self = QPointer(this), generation, isRestricted](const std::vector<EKReminderRef>& reminders) {
+            if (!self)
+                return;
+            if (generation == self->fetchGeneration_)
+                self->applyFetch(reminders, isRestricted);
+            self->endActivity();
+        });
+}
+
+void ReminderStore::applyFetch(const std::vector<EKReminderRef>& reminders, bool isRestricted) {
+    const ZoneCalendar calendar = services_.calendar.calendar();
+    std::vector<ReminderTask> tasks;
+    tasks.reserve(reminders.size());
+    for (const EKReminderRef& reminder : reminders)
+        tasks.push_back(reminderTask(reminder->data, calendar, flagIndex_));
+    isLoading_ = false;
+    hasLoaded_ = true;
+    setFetchedTasks(std::move(tasks));
+    updateManualOrder(isRestricted);
+    Q_EMIT isLoadingChanged();
+    if (auto problems = services_.eventStore.problems(); problems != problems_) {
+        problems_ = std::move(problems);
+        Q_EMIT problemsChanged();
+    }
+    if (!revealOnceLoaded_.isEmpty())
+        reveal(std::exchange(revealOnceLoaded_, {}));
+    reconciler_.schedule(reconciliationDelay);
+}
+
+void ReminderStore::setFetchedTasks(std::vector<ReminderTask> tasks) {
+    fetchedTasks_ = std::move(tasks);
+    ordering_ =
+        ReminderOrdering(fetchedTasks_, TextCollation(services_.localization.dateLocale()), ordering_);
+    recompute();
+}
+
+void ReminderStore::updateManualOrder(bool isRestricted) {
+    QSet<QString> open;
+    for (const ReminderTask& task : fetchedTasks_)
+        open.insert(task.id);
+    QStringList previous = manualOrderIDs_;
+    if (!isRestricted)
+        previous.removeIf([&](const QString& id) { return !open.contains(id); });
+    const ReminderPresent now = present();
+    QStringList visible;
+    for (const std::uint32_t index :
+         ordering_.ordered(ReminderSortMode::manual, manualOrderIDs_,
+                           [&](std::uint32_t i) { return passes(fetchedTasks_[i], filters_, now); }))
+        visible.append(fetchedTasks_[index].id);
+    QStringList sequence = mergedManualOrder(previous, visible);
+    if (sequence == manualOrderIDs_)
+        return;
+    manualOrderIDs_ = std::move(sequence);
+    Q_EMIT manualOrderIDsChanged();
+}
+
+ReminderPresent ReminderStore::present() const {
+    return ReminderPresent::at(services_.clock.now(), services_.calendar.calendar());
+}
+
+void ReminderStore::recompute() {
+    const ReminderPresent now = present();
+    std::vector<ReminderTask> tasks;
+    const auto order = ordering_.ordered(sortMode_, manualOrderIDs_, [&](std::uint32_t index) {
+        return passes(fetchedTasks_[index], filters_, now);
+    });
+    tasks.reserve(order.size());
+    for (const std::uint32_t index : order)
+        tasks.push_back(fetchedTasks_[index]);
+    const ReminderFilterCounts counts = kestrant::filterCounts(fetchedTasks_, now);
+    const bool countsChanged = counts != filterCounts_;
+    filterCounts_ = counts;
+    armPresentTimer();
+    if (tasks != tasks_) {
+        tasks_ = std::move(tasks);
+        visibleTasksCache_.reset();
+        Q_EMIT tasksChanged();
+    }
+    if (countsChanged)
+        Q_EMIT filterCountsChanged();
+}
+
+void ReminderStore::armPresentTimer() {
+    const ReminderPresent now = present();
+    presentTask_ = services_.scheduler.after(nextFilterChange(fetchedTasks_, now) - now.now,
+                                             [this] { presentDidChange(); });
+}
+
+void ReminderStore::presentDidChange() {
+    recompute();
+    Q_EMIT presentChanged();
+}
+
+void ReminderStore::systemDidWake() {
+    presentDidChange();
+}
+
+const std::vector<ReminderTask>& ReminderStore::visibleTasks() const {
+    if (searchQuery_.trimmed().isEmpty())
+        return tasks_;
+    if (!visibleTasksCache_)
+        visibleTasksCache_ =
+            searched(tasks_, searchQuery_, TextCollation(services_.localization.dateLocale()));
+    return *visibleTasksCache_;
+}
+
+const ReminderTask* ReminderStore::task(const QString& id) const {
+    const auto found = std::find_if(fetchedTasks_.begin(), fetchedTasks_.end(),
+                                    [&](const ReminderTask& candidate) { return candidate.id == id; });
+    return found == fetchedTasks_.end() ? nullptr : &*found;
+}
+
+void ReminderStore::setSelectedListID(const std::optional<QString>& id) {
+    if (id == selectedListID_)
+        return;
+    selectedListID_ = id;
+    storeText(services_.defaults, preferenceKeys::selectedReminderListID, id);
+    Q_EMIT selectedListIDChanged();
+    reloadTasks();
+}
+
+void ReminderStore::setSortMode(ReminderSortMode mode) {
+    const ReminderSortMode before = sortMode_;
+    if (mode == before)
+        return;
+    applySortMode(mode);
+    record(
+        text("Change sort order", "Changer le tri"), [this, before] { applySortMode(before); },
+        [this, mode] { applySortMode(mode); });
+}
+
+void ReminderStore::applySortMode(ReminderSortMode mode) {
+    if (mode == sortMode_)
+        return;
+    sortMode_ = mode;
+    services_.defaults.set(preferenceKeys::reminderSortMode, rawValue(mode));
+    Q_EMIT sortModeChanged();
+    recompute();
+}
+
+void ReminderStore::commitManualOrder(const QStringList& ids) {
+    const Placement before{manualOrderIDs_, sortMode_};
+    const Placement after{mergedManualOrder(manualOrderIDs_, ids), ReminderSortMode::manual};
+    if (after.ids == before.ids && after.mode == before.mode)
+        return;
+    applyPlacement(after);
+    record(
+        text("Move reminder", "Déplacer le rappel"), [this, before] { applyPlacement(before); },
+        [this, after] { applyPlacement(after); });
+}
+
+void ReminderStore::applyPlacement(const Placement& placement) {
+    manualOrderIDs_ = placement.ids;
+    services_.defaults.setStringList(preferenceKeys::reminderManualOrder, placement.ids);
+    Q_EMIT manualOrderIDsChanged();
+    if (placement.mode == sortMode_)
+        recompute();
+    else
+        applySortMode(placement.mode);
+}
+
+void ReminderStore::record(const TextPair& title, std::function<void()> undo, std::function<void()> redo) {
+    if (!services_.history)
+        return;
+    const auto operation = [self = QPointer(this)](std::function<void()> work) {
+        return [self, work = std::move(work)](const ReminderActionHistory::Done& done) {
+            if (self)
+                work();
+            done({});
+        };
+    };
+    services_.history->record(title, operation(std::move(undo)), operation(std::move(redo)));
+}
+
+void ReminderStore::setFilters(const ReminderFilters& filters) {
+    if (filters == filters_)
+        return;
+    filters_ = filters;
+    Q_EMIT filtersChanged();
+    recompute();
+}
+
+void ReminderStore::setShowsTodayOnly(bool on) {
+    ReminderFilters filters = filters_;
+    filters.todayOnly = on;
+    setFilters(filters);
+}
+
+void ReminderStore::setShowsOverdueOnly(bool on) {
+    ReminderFilters filters = filters_;
+    filters.overdueOnly = on;
+    setFilters(filters);
+}
+
+void ReminderStore::setShowsFlaggedOnly(bool on) {
+    ReminderFilters filters = filters_;
+    filters.flaggedOnly = on;
+    setFilters(filters);
+}
+
+void ReminderStore::setSearchQuery(const QString& query) {
+    if (query == searchQuery_)
+        return;
+    searchQuery_ = query;
+    visibleTasksCache_.reset();
+    Q_EMIT searchQueryChanged();
+    Q_EMIT tasksChanged();
+}
+
+std::optional<QString> ReminderStore::defaultListID() const {
+    return services_.defaults.string(preferenceKeys::defaultReminderListID);
+}
+
+void ReminderStore::setDefaultListID(const std::optional<QString>& id) {
+    if (id == defaultListID())
+        return;
+    storeText(services_.defaults, preferenceKeys::defaultReminderListID, id);
+    Q_EMIT defaultListIDChanged();
+}
+
+void ReminderStore::reveal(const QString& id) {
+    reminderRevealRequest_ = {QUuid::createUuid(), id};
+    Q_EMIT revealRequested(*reminderRevealRequest_);
+}
+
+void ReminderStore::whenIdle(std::function<void()> done) {
+    idleWaiters_.push_back(std::move(done));
+    callBackWhenIdle();
+}
+
+void ReminderStore::endActivity() {
+    --activities_;
+    callBackWhenIdle();
+}
+
+void ReminderStore::callBackWhenIdle() {
+    if (idleWaiters_.empty() || activities_ > 0 || reconciler_.bringForward())
+        return;
+    services_.scheduler.post([self = QPointer(this)] {
+        if (!self || self->activities_ > 0)
+            return;
+        for (const auto& waiter : std::exchange(self->idleWaiters_, {}))
+            waiter();
+    });
+}
+
+}  // namespace kestrant

@@ -1,0 +1,256 @@
+#include "foundation/NotificationCenter.h"
+#include "preferences/Localization.h"
+#include "reminders/ReminderConversion.h"
+#include "reminders/ReminderStore.h"
+
+#include <QPointer>
+
+#include <utility>
+
+namespace kestrant {
+namespace {
+
+using Code = ReminderStoreError::Code;
+
+tl::unexpected<ReminderStoreError> failure(Code code) {
+    return tl::unexpected(ReminderStoreError{code, {}});
+}
+
+ReminderStoreError storeError(const EKError& error) {
+    return error.code == EKError::Code::itemNotFound ? ReminderStoreError{Code::reminderNotFound, {}}
+                                                     : ReminderStoreError::from(error);
+}
+
+tl::expected<void, ReminderStoreError> outcome(const tl::expected<EKSaveResult, EKError>& result) {
+    if (!result)
+        return tl::unexpected(storeError(result.error()));
+    return {};
+}
+
+/// What an edit writes for a title: trimmed, unless it stands there like this already.
+tl::expected<QString, ReminderStoreError> titleToWrite(const QString& wanted, const QString& present) {
+    if (wanted.trimmed().isEmpty())
+        return failure(Code::emptyTitle);
+    return wanted == present ? wanted : wanted.trimmed();
+}
+
+bool asksForMissingDueDate(const std::optional<Instant>& dueDate, bool includesTime,
+                           const std::optional<ReminderAlertSchedule>& schedule) {
+    return !dueDate && (includesTime || schedule);
+}
+
+}  // namespace
+
+void ReminderStore::create(const NewReminder& reminder, CreationCompletion completion) {
+    const auto refuse = [&](Code code) {
+        services_.scheduler.post([self = QPointer(this), completion = std::move(completion), code] {
+            if (self && completion)
+                completion(failure(code));
+        });
+    };
+    NewReminder wanted = reminder;
+    wanted.title = wanted.title.trimmed();
+    if (wanted.title.isEmpty())
+        return refuse(Code::emptyTitle);
+    if (asksForMissingDueDate(wanted.dueDate, wanted.dueDateIncludesTime, wanted.dueAlertSchedule))
+        return refuse(Code::dueDateRequired);
+    const auto preferred = selectedListID_ ? selectedListID_ : defaultListID();
+    const auto list =
+        listForNewReminder(wanted.listID, preferred, services_.eventStore.defaultCalendarForNewReminders(),
+                           services_.eventStore.calendars(EKEntityType::reminder));
+    if (list)
+        saveNew(wanted, *list, std::move(completion));
+    else
+        makeInitialList(wanted, std::move(completion));
+}
+
+void ReminderStore::makeInitialList(const NewReminder& reminder, CreationCompletion completion) {
+    waitingForInitialList_.push_back(
+        [this, reminder, completion = std::move(completion)](const tl::expected<EKCalendar, EKError>& list) {
+            if (list)
+                saveNew(reminder, *list, completion);
+            else if (completion)
+                completion(tl::unexpected(
+                    ReminderStoreError{Code::unableToCreateInitialList, list.error().message}));
+        });
+    if (waitingForInitialList_.size() > 1)
+        return;
+    EKCalendar list;
+    list.title = text("Reminders", "Rappels").in(services_.localization.language());
+    list.color = Color{0x0a, 0x84, 0xff};
+    beginActivity();
+    services_.eventStore.saveCalendar(
+        list, [self = QPointer(this)](const tl::expected<EKCalendar, EKError>& made) {
+            if (!self)
+                return;
+            for (const auto& creation : std::exchange(self->waitingForInitialList_, {})) {
+                creation(made);
+                if (!self)
+                    return;
+            }
+            self->endActivity();
+        });
+}
+
+void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
+                            CreationCompletion completion) {
+    const auto reminder = std::make_shared<EKReminder>(services_.eventStore);
+    const ZoneCalendar calendar = services_.calendar.calendar();
+    reminder->data.title = wanted.title;
+    reminder->data.priority = servicePriority(wanted.priority);
+    reminder->data.calendarIdentifier = list.calendarIdentifier;
+    if (wanted.dueDate)
+        applyDueDate(reminder->data,
+                     dueComponents(*wanted.dueDate, wanted.dueDateIncludesTime, calendar, std::nullopt),
+                     wanted.dueAlertSchedule, calendar);
+    beginActivity();
+    services_.eventStore.save(reminder, [self = QPointer(this), completion = std::move(completion)](
+                                            const tl::expected<EKSaveResult, EKError>& result) {
+        if (!self)
+            return;
+        if (result) {
+            self->revealOnceLoaded_ = result->calendarItemIdentifier;
+            self->services_.notifications.post(QLatin1String(reminderCreatedNotification));
+        }
+        self->reload();
+        if (completion) {
+            if (result)
+                completion(result->calendarItemIdentifier);
+            else
+                completion(tl::unexpected(storeError(result.error())));
+        }
+        if (self)
+            self->endActivity();
+    });
+}
+
+std::optional<ReminderEditDetails> ReminderStore::editDetails(const QString& id) const {
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    if (!reminder)
+        return std::nullopt;
+    return reminderEditDetails(reminder->data, services_.calendar.calendar());
+}
+
+void ReminderStore::answer(const Completion& completion, tl::expected<void, ReminderStoreError> result) {
+    if (!completion)
+        return;
+    services_.scheduler.post([self = QPointer(this), completion, result = std::move(result)] {
+        if (self)
+            completion(result);
+    });
+}
+
+void ReminderStore::change(const QString& id, const Edit& edit, Completion completion) {
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    if (!reminder)
+        return answer(completion, failure(Code::reminderNotFound));
+    if (auto edited = edit(reminder->data); !edited)
+        return answer(completion, std::move(edited));
+    beginActivity();
+    services_.eventStore.save(reminder, [self = QPointer(this), completion = std::move(completion)](
+                                            const tl::expected<EKSaveResult, EKError>& result) {
+        if (!self)
+            return;
+        self->reload();
+        if (completion)
+            completion(outcome(result));
+        if (self)
+            self->endActivity();
+    });
+}
+
+void ReminderStore::edit(const QString& id, const ReminderEditDetails& details, Completion completion) {
+    change(
+        id,
+        [this, &details](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            const auto title = titleToWrite(details.title, reminder.title);
+            if (!title)
+                return tl::unexpected(title.error());
+            if (asksForMissingDueDate(details.dueDate, details.dueDateIncludesTime, details.dueAlertSchedule))
+                return failure(Code::dueDateRequired);
+            if (details.listID != reminder.calendarIdentifier &&
+                !services_.eventStore.calendarWithIdentifier(details.listID))
+                return failure(Code::listUnavailable);
+            const ZoneCalendar calendar = services_.calendar.calendar();
+            reminder.title = *title;
+            reminder.priority = details.priority;
+            reminder.calendarIdentifier = details.listID;
+            if (details.notes != reminder.notes.value_or(QString()))
+                reminder.notes = details.notes.isEmpty() ? std::nullopt : std::optional(details.notes);
+            std::optional<DateComponents> due;
+            if (details.dueDate)
+                due = dueComponents(*details.dueDate, details.dueDateIncludesTime, calendar,
+                                    reminder.dueDateComponents);
+            applyDueDate(reminder, due, details.dueAlertSchedule, calendar);
+            return {};
+        },
+        std::move(completion));
+}
+
+void ReminderStore::rename(const QString& id, const QString& title, Completion completion) {
+    change(
+        id,
+        [&title](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            auto toWrite = titleToWrite(title, reminder.title);
+            if (!toWrite)
+                return tl::unexpected(toWrite.error());
+            reminder.title = *std::move(toWrite);
+            return {};
+        },
+        std::move(completion));
+}
+
+void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includesTime, Completion completion) {
+    change(
+        id,
+        [this, dueDate, includesTime](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            const ZoneCalendar calendar = services_.calendar.calendar();
+            applyDueDate(reminder, dueComponents(dueDate, includesTime, calendar, reminder.dueDateComponents),
+                         reminderEditDetails(reminder, calendar).dueAlertSchedule, calendar);
+            return {};
+        },
+        std::move(completion));
+}
+
+void ReminderStore::clearDueDate(const QString& id, Completion completion) {
+    change(
+        id,
+        [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
+            return {};
+        },
+        std::move(completion));
+}
+
+void ReminderStore::move(const QString& id, const QString& listID, Completion completion) {
+    change(
+        id,
+        [this, &listID](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            if (!services_.eventStore.calendarWithIdentifier(listID))
+                return failure(Code::listUnavailable);
+            reminder.calendarIdentifier = listID;
+            return {};
+        },
+        std::move(completion));
+}
+
+void ReminderStore::remove(const QString& id, Completion completion) {
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    if (!reminder)
+        return answer(completion, failure(Code::reminderNotFound));
+    beginActivity();
+    services_.eventStore.remove(reminder, [self = QPointer(this), id, completion = std::move(completion)](
+                                              const tl::expected<EKSaveResult, EKError>& result) {
+        if (!self)
+            return;
+        if (result)
+            self->reconciler_.note(id, ReminderCompletionState::deleted());
+        self->reload();
+        if (completion)
+            completion(outcome(result));
+        if (self)
+            self->endActivity();
+    });
+}
+
+}  // namespace kestrant
