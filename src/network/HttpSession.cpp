@@ -1,10 +1,12 @@
 #include "network/HttpSession.h"
 
+#include <QIODevice>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QObject>
 
+#include <algorithm>
 #include <utility>
 
 namespace kestrant {
@@ -32,6 +34,35 @@ QNetworkRequest networkRequest(const JsonPost& post, const QSslConfiguration& tl
     return request;
 }
 
+/// A body that is given out once. Where the connection breaks before the answer, the network access sends its
+/// request again, twice, and the server might take every one; without a body it takes none. Refusing the
+/// reset itself would turn a redirect into an error.
+class BodyReadOnce final : public QIODevice {
+  public:
+    explicit BodyReadOnce(QByteArray content) : content_(std::move(content)) { open(ReadOnly | Unbuffered); }
+
+    [[nodiscard]] qint64 size() const override { return content_.size(); }
+    bool seek(qint64 position) override { return position == pos() && QIODevice::seek(position); }
+    bool reset() override {
+        spent_ = true;
+        return true;
+    }
+
+  protected:
+    qint64 readData(char* data, qint64 limit) override {
+        if (spent_)
+            return -1;
+        const qint64 length = std::min<qint64>(limit, content_.size() - pos());
+        std::copy_n(content_.constData() + pos(), length, data);
+        return length;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+  private:
+    QByteArray content_;
+    bool spent_ = false;
+};
+
 class Exchange final : public QObject, public HttpExchange {
   public:
     Exchange(Scheduler& scheduler, QNetworkAccessManager& manager, const QNetworkRequest& request,
@@ -39,7 +70,7 @@ class Exchange final : public QObject, public HttpExchange {
         : scheduler_(scheduler)
         , idleTimeout_(post.idleTimeout)
         , completion_(std::move(completion))
-        , reply_(manager.post(request, post.body)) {
+        , reply_(start(manager, request, post.body)) {
         reply_->setReadBufferSize(HttpSession::bodyLimit);
         connect(reply_, &QNetworkReply::readyRead, this, [this] { read(); });
         connect(reply_, &QNetworkReply::uploadProgress, this, [this] { armIdleTimer(); });
@@ -53,6 +84,14 @@ class Exchange final : public QObject, public HttpExchange {
     ~Exchange() override { release(); }
 
   private:
+    static QNetworkReply* start(QNetworkAccessManager& manager, const QNetworkRequest& request,
+                                const QByteArray& content) {
+        auto* body = new BodyReadOnce(content);
+        QNetworkReply* reply = manager.post(request, body);
+        body->setParent(reply);
+        return reply;
+    }
+
     void armIdleTimer() {
         idle_ = scheduler_.after(idleTimeout_, [this] { fail(QStringLiteral("no answer in time")); });
     }
@@ -68,7 +107,8 @@ class Exchange final : public QObject, public HttpExchange {
 
     void finished() {
         const auto error = reply_->error();
-        const bool isStatus = error >= QNetworkReply::ContentAccessDenied && status() >= 400;
+        const bool isStatus = status() >= 400 && (error >= QNetworkReply::ContentAccessDenied ||
+                                                  error == QNetworkReply::ProxyAuthenticationRequiredError);
         if (error != QNetworkReply::NoError && !isStatus) {
             fail(reply_->errorString());
             return;
