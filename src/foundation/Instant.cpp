@@ -136,7 +136,7 @@ QString toIso8601(Instant instant) {
 std::optional<Instant> parseIso8601(QStringView text) {
     Iso8601Reader reader(text);
     const int year = reader.digits(4);
-    if (!reader.accept('-'))
+    if (year < 0 || !reader.accept('-'))
         return std::nullopt;
     const int month = reader.digits(2);
     if (!reader.accept('-'))

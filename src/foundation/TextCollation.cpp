@@ -49,7 +49,10 @@ QString TextCollation::fold(const QString& text) const {
     QString folded = text.normalized(QString::NormalizationForm_C);
     if (hasDottedI_)
         folded.replace(u'I', u'\u0131').replace(u'\u0130', u'i');
-    return folded.toCaseFolded().normalized(QString::NormalizationForm_C);
+    // The one letter in use whose capital is two letters, which simple folding leaves as it is.
+    return folded.toCaseFolded()
+        .replace(QChar(u'\u00DF'), QStringLiteral("ss"))
+        .normalized(QString::NormalizationForm_C);
 }
 
 }  // namespace kestrant
