@@ -295,6 +295,8 @@ class EventWindow:
             stdout=open(self._log, "wb"),
         )
         self.window = wait_until(lambda: self._find(), "the other window is there")
+        # A window manager that is still starting leaves the focus where it was.
+        desktop.output("xdotool", "windowactivate", str(self.window))
         wait_until(lambda: desktop.active_window() == self.window, "the other window has the focus")
 
     def _find(self):
