@@ -32,15 +32,12 @@ ReminderFilterCounts filterCounts(const std::vector<ReminderTask>& tasks, const 
     return counts;
 }
 
-std::vector<ReminderTask> searched(const std::vector<ReminderTask>& tasks, const QString& query,
-                                   const TextCollation& collation) {
+ReminderTaskList searched(const ReminderTaskList& tasks, const QString& query,
+                          const TextCollation& collation) {
     const QString needle = query.trimmed();
     if (needle.isEmpty())
         return tasks;
-    std::vector<ReminderTask> found;
-    std::copy_if(tasks.begin(), tasks.end(), std::back_inserter(found),
-                 [&](const ReminderTask& task) { return collation.contains(task.title, needle); });
-    return found;
+    return tasks.filtered([&](const ReminderTask& task) { return collation.contains(task.title, needle); });
 }
 
 Instant nextFilterChange(const std::vector<ReminderTask>& tasks, const ReminderPresent& present) {

@@ -3,6 +3,7 @@
 #include "foundation/TextCollation.h"
 #include "foundation/ZoneCalendar.h"
 #include "reminders/ReminderTask.h"
+#include "reminders/ReminderTaskList.h"
 
 #include <vector>
 
@@ -50,8 +51,8 @@ struct ReminderFilterCounts {
 
 /// The tasks whose title contains the trimmed query, letter case aside, in their order; all of them for an
 /// empty one.
-[[nodiscard]] std::vector<ReminderTask> searched(const std::vector<ReminderTask>& tasks, const QString& query,
-                                                 const TextCollation& collation);
+[[nodiscard]] ReminderTaskList searched(const ReminderTaskList& tasks, const QString& query,
+                                        const TextCollation& collation);
 
 /// The earliest instant after `present.now` at which a filter may answer differently: a timed task falls due
 /// or the day ends.

@@ -35,7 +35,8 @@ ReminderOrdering::ReminderOrdering(const std::vector<ReminderTask>& tasks, const
                              ? 10
                              : std::clamp<std::int64_t>(task.priority, -priorityLimit, priorityLimit - 1),
              .timed = task.dueDate && task.dueDateIncludesTime,
-             .hasCreationDate = task.creationDate.has_value()});
+             .hasCreationDate = task.creationDate.has_value(),
+             .place = last});
         ids_.push_back(task.id);
         auto known = sortKeys_.constFind(task.title);
         if (known == sortKeys_.constEnd()) {
@@ -57,13 +58,21 @@ ReminderOrdering::ReminderOrdering(const std::vector<ReminderTask>& tasks, const
         titleRanks_[byTitle_[rank]] = rank;
 }
 
-ReminderOrdering::Key ReminderOrdering::key(ReminderSortMode mode, std::uint32_t index,
-                                            std::int64_t place) const {
+void ReminderOrdering::setManualOrder(const QStringList& ids) {
+    QHash<QString, std::int64_t> places;
+    places.reserve(ids.size());
+    for (qsizetype place = ids.size() - 1; place >= 0; --place)
+        places.insert(ids[place], place);
+    for (std::uint32_t index = 0; index < facts_.size(); ++index)
+        facts_[index].place = places.value(ids_[index], last);
+}
+
+ReminderOrdering::Key ReminderOrdering::key(ReminderSortMode mode, std::uint32_t index) const {
     const Facts& facts = facts_[index];
     const std::int64_t rank = titleRanks_[index];
     switch (mode) {
     case ReminderSortMode::manual:
-        return {place, facts.due, packed(facts.timed, facts.priority, titleRanks_[index])};
+        return {facts.place, facts.due, packed(facts.timed, facts.priority, titleRanks_[index])};
     case ReminderSortMode::dueDate:
         return {facts.due, packed(facts.timed, facts.priority, titleRanks_[index]), rank};
     case ReminderSortMode::priority:
@@ -79,7 +88,7 @@ ReminderOrdering::Key ReminderOrdering::key(ReminderSortMode mode, std::uint32_t
 }
 
 std::vector<std::uint32_t>
-ReminderOrdering::ordered(ReminderSortMode mode, const QStringList& manualOrderIDs,
+ReminderOrdering::ordered(ReminderSortMode mode,
                           const std::function<bool(std::uint32_t index)>& included) const {
     std::vector<std::uint32_t> result;
     result.reserve(facts_.size());
@@ -87,17 +96,11 @@ ReminderOrdering::ordered(ReminderSortMode mode, const QStringList& manualOrderI
         std::copy_if(byTitle_.begin(), byTitle_.end(), std::back_inserter(result), included);
         return result;
     }
-    QHash<QString, std::int64_t> places;
-    if (mode == ReminderSortMode::manual) {
-        places.reserve(manualOrderIDs.size());
-        for (qsizetype place = manualOrderIDs.size() - 1; place >= 0; --place)
-            places.insert(manualOrderIDs[place], place);
-    }
     std::vector<Key> keys;
     keys.reserve(facts_.size());
     for (std::uint32_t index = 0; index < facts_.size(); ++index) {
         if (included(index))
-            keys.push_back(key(mode, index, places.value(ids_[index], last)));
+            keys.push_back(key(mode, index));
     }
     std::sort(keys.begin(), keys.end());
     for (const Key& sorted : keys)

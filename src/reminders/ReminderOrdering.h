@@ -34,11 +34,12 @@ class ReminderOrdering {
     ReminderOrdering(const std::vector<ReminderTask>& tasks, const TextCollation& collation,
                      const ReminderOrdering& previous = {});
 
-    /// Indices into the tasks, in order, of those for which `included` holds. `manualOrderIDs` matters to
-    /// `manual` only; where it names an id twice, the first place counts.
+    /// Gives the tasks their places in the manual order. Where it names an id twice, the first place counts.
+    void setManualOrder(const QStringList& ids);
+
+    /// Indices into the tasks, in order, of those for which `included` holds.
     [[nodiscard]] std::vector<std::uint32_t>
-    ordered(ReminderSortMode mode, const QStringList& manualOrderIDs,
-            const std::function<bool(std::uint32_t index)>& included) const;
+    ordered(ReminderSortMode mode, const std::function<bool(std::uint32_t index)>& included) const;
 
   private:
     /// Three numbers compared one after the other; the lower half of the last is the task's place in the
@@ -50,9 +51,10 @@ class ReminderOrdering {
         std::int64_t priority = 0;
         bool timed = false;
         bool hasCreationDate = false;
+        std::int64_t place = 0;
     };
 
-    [[nodiscard]] Key key(ReminderSortMode mode, std::uint32_t index, std::int64_t place) const;
+    [[nodiscard]] Key key(ReminderSortMode mode, std::uint32_t index) const;
 
     std::vector<Facts> facts_;
     std::vector<QString> ids_;

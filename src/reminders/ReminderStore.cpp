@@ -51,7 +51,7 @@ ReminderStore::ReminderStore(ReminderStoreServices services, QObject* parent)
                   services_.ledger) {
     restorePreferences();
     observe();
-    armPresentTimer();
+    recomputeForPresent();
 }
 
 ReminderStore::~ReminderStore() = default;
@@ -186,29 +186,28 @@ void ReminderStore::applyFetch(const std::vector<EKReminderRef>& reminders, bool
 }
 
 void ReminderStore::setFetchedTasks(std::vector<ReminderTask> tasks) {
-    fetchedTasks_ = std::move(tasks);
-    ordering_ =
-        ReminderOrdering(fetchedTasks_, TextCollation(services_.localization.dateLocale()), ordering_);
-    recompute();
+    ordering_ = ReminderOrdering(tasks, TextCollation(services_.localization.dateLocale()), ordering_);
+    ordering_.setManualOrder(manualOrderIDs_);
+    fetchedTasks_ = std::make_shared<const std::vector<ReminderTask>>(std::move(tasks));
+    recomputeForPresent();
 }
 
 void ReminderStore::updateManualOrder(bool isRestricted) {
-    QSet<QString> open;
-    for (const ReminderTask& task : fetchedTasks_)
-        open.insert(task.id);
     QStringList previous = manualOrderIDs_;
-    if (!isRestricted)
+    if (!isRestricted) {
+        QSet<QString> open;
+        for (const ReminderTask& task : *fetchedTasks_)
+            open.insert(task.id);
         previous.removeIf([&](const QString& id) { return !open.contains(id); });
-    const ReminderPresent now = present();
+    }
     QStringList visible;
-    for (const std::uint32_t index :
-         ordering_.ordered(ReminderSortMode::manual, manualOrderIDs_,
-                           [&](std::uint32_t i) { return passes(fetchedTasks_[i], filters_, now); }))
-        visible.append(fetchedTasks_[index].id);
+    for (const ReminderTask& task : filteredTasks(ReminderSortMode::manual))
+        visible.append(task.id);
     QStringList sequence = mergedManualOrder(previous, visible);
     if (sequence == manualOrderIDs_)
         return;
     manualOrderIDs_ = std::move(sequence);
+    ordering_.setManualOrder(manualOrderIDs_);
     Q_EMIT manualOrderIDsChanged();
 }
 
@@ -216,36 +215,35 @@ ReminderPresent ReminderStore::present() const {
     return ReminderPresent::at(services_.clock.now(), services_.calendar.calendar());
 }
 
-void ReminderStore::recompute() {
+ReminderTaskList ReminderStore::filteredTasks(ReminderSortMode mode) const {
     const ReminderPresent now = present();
-    std::vector<ReminderTask> tasks;
-    const auto order = ordering_.ordered(sortMode_, manualOrderIDs_, [&](std::uint32_t index) {
-        return passes(fetchedTasks_[index], filters_, now);
-    });
-    tasks.reserve(order.size());
-    for (const std::uint32_t index : order)
-        tasks.push_back(fetchedTasks_[index]);
-    const ReminderFilterCounts counts = kestrant::filterCounts(fetchedTasks_, now);
-    const bool countsChanged = counts != filterCounts_;
-    filterCounts_ = counts;
-    armPresentTimer();
-    if (tasks != tasks_) {
-        tasks_ = std::move(tasks);
-        visibleTasksCache_.reset();
-        Q_EMIT tasksChanged();
-    }
+    return {fetchedTasks_, ordering_.ordered(mode, [&](std::uint32_t index) {
+                return passes((*fetchedTasks_)[index], filters_, now);
+            })};
+}
+
+void ReminderStore::recompute() {
+    ReminderTaskList tasks = filteredTasks(sortMode_);
+    if (tasks == tasks_)
+        return;
+    tasks_ = std::move(tasks);
+    visibleTasksCache_.reset();
+    Q_EMIT tasksChanged();
+}
+
+void ReminderStore::recomputeForPresent() {
+    const ReminderPresent now = present();
+    presentTask_ = services_.scheduler.after(nextFilterChange(*fetchedTasks_, now) - now.now,
+                                             [this] { presentDidChange(); });
+    const ReminderFilterCounts counts = kestrant::filterCounts(*fetchedTasks_, now);
+    const bool countsChanged = counts != std::exchange(filterCounts_, counts);
+    recompute();
     if (countsChanged)
         Q_EMIT filterCountsChanged();
 }
 
-void ReminderStore::armPresentTimer() {
-    const ReminderPresent now = present();
-    presentTask_ = services_.scheduler.after(nextFilterChange(fetchedTasks_, now) - now.now,
-                                             [this] { presentDidChange(); });
-}
-
 void ReminderStore::presentDidChange() {
-    recompute();
+    recomputeForPresent();
     Q_EMIT presentChanged();
 }
 
@@ -253,7 +251,7 @@ void ReminderStore::systemDidWake() {
     presentDidChange();
 }
 
-const std::vector<ReminderTask>& ReminderStore::visibleTasks() const {
+const ReminderTaskList& ReminderStore::visibleTasks() const {
     if (searchQuery_.trimmed().isEmpty())
         return tasks_;
     if (!visibleTasksCache_)
@@ -263,9 +261,9 @@ const std::vector<ReminderTask>& ReminderStore::visibleTasks() const {
 }
 
 const ReminderTask* ReminderStore::task(const QString& id) const {
-    const auto found = std::find_if(fetchedTasks_.begin(), fetchedTasks_.end(),
+    const auto found = std::find_if(fetchedTasks_->begin(), fetchedTasks_->end(),
                                     [&](const ReminderTask& candidate) { return candidate.id == id; });
-    return found == fetchedTasks_.end() ? nullptr : &*found;
+    return found == fetchedTasks_->end() ? nullptr : &*found;
 }
 
 void ReminderStore::setSelectedListID(const std::optional<QString>& id) {
@@ -309,6 +307,7 @@ void ReminderStore::commitManualOrder(const QStringList& ids) {
 
 void ReminderStore::applyPlacement(const Placement& placement) {
     manualOrderIDs_ = placement.ids;
+    ordering_.setManualOrder(manualOrderIDs_);
     services_.defaults.setStringList(preferenceKeys::reminderManualOrder, placement.ids);
     Q_EMIT manualOrderIDsChanged();
     if (placement.mode == sortMode_)

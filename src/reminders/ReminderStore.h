@@ -10,6 +10,7 @@
 #include "reminders/ReminderOrdering.h"
 #include "reminders/ReminderStoreError.h"
 #include "reminders/ReminderTask.h"
+#include "reminders/ReminderTaskList.h"
 
 #include <QObject>
 #include <QSet>
@@ -86,9 +87,9 @@ class ReminderStore : public QObject {
 
     [[nodiscard]] const std::vector<ReminderList>& lists() const { return lists_; }
     /// The tasks that pass the filters, in order. The search is not applied.
-    [[nodiscard]] const std::vector<ReminderTask>& tasks() const { return tasks_; }
+    [[nodiscard]] const ReminderTaskList& tasks() const { return tasks_; }
     /// The tasks to show: those of tasks() that the search finds. Cached; reading it again costs nothing.
-    [[nodiscard]] const std::vector<ReminderTask>& visibleTasks() const;
+    [[nodiscard]] const ReminderTaskList& visibleTasks() const;
     /// Any open reminder of the last fetch, filtered out or not; null when there is none with this id. The
     /// pointer is good until control returns to the event loop.
     [[nodiscard]] const ReminderTask* task(const QString& id) const;
@@ -212,9 +213,12 @@ class ReminderStore : public QObject {
     void applyFetch(const std::vector<EKReminderRef>& reminders, bool isRestricted);
     void setFetchedTasks(std::vector<ReminderTask> tasks);
     void updateManualOrder(bool isRestricted);
+    [[nodiscard]] ReminderTaskList filteredTasks(ReminderSortMode mode) const;
+    /// Filters and orders the fetched tasks anew.
     void recompute();
+    /// Takes the present anew: counts, filters, and the moment at which to do it again.
+    void recomputeForPresent();
     void presentDidChange();
-    void armPresentTimer();
     void setFilters(const ReminderFilters& filters);
     void applySortMode(ReminderSortMode mode);
     void applyPlacement(const Placement& placement);
@@ -241,9 +245,9 @@ class ReminderStore : public QObject {
 
     ReminderAccessState accessState_;
     std::vector<ReminderList> lists_;
-    std::vector<ReminderTask> fetchedTasks_;
+    ReminderTaskList::Tasks fetchedTasks_ = std::make_shared<const std::vector<ReminderTask>>();
     ReminderOrdering ordering_;
-    std::vector<ReminderTask> tasks_;
+    ReminderTaskList tasks_;
     ReminderFilterCounts filterCounts_;
     std::vector<TextPair> problems_;
     bool isLoading_ = false;
@@ -253,7 +257,7 @@ class ReminderStore : public QObject {
 
     /// The tasks found by the search; absent when it has to be carried out again, unused while the query is
     /// blank.
-    mutable std::optional<std::vector<ReminderTask>> visibleTasksCache_;
+    mutable std::optional<ReminderTaskList> visibleTasksCache_;
 
     std::optional<QString> selectedListID_;
     ReminderSortMode sortMode_ = ReminderSortMode::dueDate;

@@ -100,7 +100,7 @@ void ReminderStore::completionSaved(const QString& id, const EKReminder& reminde
 
 void ReminderStore::completionCommitted(const EKReminder& reminder, const EKSaveResult& result) {
     const QString& id = result.calendarItemIdentifier;
-    std::vector<ReminderTask> remaining = fetchedTasks_;
+    std::vector<ReminderTask> remaining = *fetchedTasks_;
     std::erase_if(remaining, [&](const ReminderTask& task) { return task.id == id; });
     setFetchedTasks(std::move(remaining));
     setPendingCompletion(id, false);

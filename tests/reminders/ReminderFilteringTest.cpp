@@ -116,8 +116,9 @@ TEST(ReminderFiltering, SearchTrimsTheQueryAndIgnoresLetterCase) {
     tasks[0].title = QStringLiteral("Écrire à Zoé");
     tasks[1].title = QStringLiteral("lire");
     tasks[2].title = QStringLiteral("courir");
+    const ReminderTaskList list(std::make_shared<const std::vector<ReminderTask>>(tasks), {0, 1, 2});
     const auto count = [&](const char* query) {
-        return searched(tasks, QString::fromUtf8(query), collation).size();
+        return searched(list, QString::fromUtf8(query), collation).size();
     };
     EXPECT_EQ(count("  ZOÉ\n"), 1U);
     EXPECT_EQ(count("CRI"), 1U);

@@ -33,9 +33,10 @@ ReminderTask task(const char* id, const char* title, std::optional<Duration> due
 
 std::vector<std::string> idsInOrder(const std::vector<ReminderTask>& tasks, ReminderSortMode mode,
                                     const QStringList& manualOrder = {}) {
-    const ReminderOrdering ordering(tasks, TextCollation(english));
+    ReminderOrdering ordering(tasks, TextCollation(english));
+    ordering.setManualOrder(manualOrder);
     std::vector<std::string> ids;
-    for (const std::uint32_t index : ordering.ordered(mode, manualOrder, [](std::uint32_t) { return true; }))
+    for (const std::uint32_t index : ordering.ordered(mode, [](std::uint32_t) { return true; }))
         ids.push_back(tasks[index].id.toStdString());
     return ids;
 }
@@ -100,7 +101,7 @@ TEST(ReminderOrdering, LeavesOutWhatIsNotIncluded) {
     const std::vector tasks{task("a", "a"), task("b", "b"), task("c", "c")};
     const ReminderOrdering ordering(tasks, TextCollation(english));
     for (const ReminderSortMode mode : allReminderSortModes)
-        EXPECT_THAT(ordering.ordered(mode, {}, [](std::uint32_t index) { return index != 1; }),
+        EXPECT_THAT(ordering.ordered(mode, [](std::uint32_t index) { return index != 1; }),
                     ElementsAre(0U, 2U));
 }
 
@@ -109,8 +110,8 @@ TEST(ReminderOrdering, KnowledgeLentByAnEarlierOrderingIsDroppedWithItsLocale) {
     const ReminderOrdering german(tasks, TextCollation(QLocale(QLocale::German, QLocale::Germany)));
     const ReminderOrdering swedish(tasks, TextCollation(QLocale(QLocale::Swedish, QLocale::Sweden)), german);
     const auto all = [](std::uint32_t) { return true; };
-    EXPECT_THAT(german.ordered(ReminderSortMode::title, {}, all), ElementsAre(2U, 0U, 1U));
-    EXPECT_THAT(swedish.ordered(ReminderSortMode::title, {}, all), ElementsAre(2U, 1U, 0U));
+    EXPECT_THAT(german.ordered(ReminderSortMode::title, all), ElementsAre(2U, 0U, 1U));
+    EXPECT_THAT(swedish.ordered(ReminderSortMode::title, all), ElementsAre(2U, 1U, 0U));
 }
 
 // The rules once more, one pair at a time and as they are told, to hold the prepared numbers against.

@@ -108,7 +108,7 @@ class ReminderStoreTest : public testing::Test {
         return *store;
     }
 
-    static std::vector<std::string> ids(const std::vector<ReminderTask>& tasks) {
+    static std::vector<std::string> ids(const ReminderTaskList& tasks) {
         std::vector<std::string> result;
         for (const ReminderTask& task : tasks)
             result.push_back(task.id.toStdString());

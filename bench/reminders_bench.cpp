@@ -1,0 +1,195 @@
+// How long it takes to bring 100,000 reminders into order, beside the bare sorting of numbers that stand for
+// the same order, and to answer a keystroke in the search over 10,000.
+
+#include "eventkit/InMemoryEventStore.h"
+#include "foundation/NotificationCenter.h"
+#include "preferences/Localization.h"
+#include "reminders/ReminderStore.h"
+#include "support/ManualScheduler.h"
+#include "support/MemoryUserDefaults.h"
+
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <random>
+
+namespace kestrant {
+namespace {
+
+using namespace std::chrono_literals;
+
+class FixedCalendar : public CurrentCalendar {
+  public:
+    [[nodiscard]] ZoneCalendar calendar() const override { return ZoneCalendar(QTimeZone("Europe/Paris")); }
+    [[nodiscard]] Subscription observeChanges(std::function<void()>) override { return {}; }
+};
+
+/// A store that has loaded `count` reminders with the variety of a real database.
+class LoadedStore {
+  public:
+    explicit LoadedStore(int count) {
+        std::mt19937 random(7);
+        const auto pick = [&](int below) { return std::uniform_int_distribution(0, below - 1)(random); };
+        constexpr std::array verbs{"Call", "buy", "Écrire", "Review", "plan", "Pay", "ranger", "Fix"};
+        constexpr std::array things{"the plumber", "oat milk", "dossier", "slides", "holiday", "rent"};
+        EKCalendar list;
+        list.calendarIdentifier = QStringLiteral("list");
+        database.putCalendar(list);
+        QStringList placed;
+        for (int n = 0; n < count; ++n) {
+            EKReminderData reminder;
+            reminder.calendarItemIdentifier = QStringLiteral("%1").arg(n, 32, 16, QLatin1Char('0'));
+            reminder.calendarIdentifier = list.calendarIdentifier;
+            reminder.title = QStringLiteral("%1 %2 %3")
+                                 .arg(QString::fromUtf8(verbs.at(pick(verbs.size()))),
+                                      QString::fromUtf8(things.at(pick(things.size()))))
+                                 .arg(pick(count));
+            reminder.priority = pick(3) == 0 ? 1 + pick(9) : 0;
+            const QDate day = QDate(2026, 1, 1).addDays(pick(500));
+            if (const int kind = pick(3); kind == 1)
+                reminder.dueDateComponents = DateComponents::fromDate(day);
+            else if (kind == 2)
+                reminder.dueDateComponents = DateComponents::fromDateTime(day, QTime(pick(24), 5 * pick(12)));
+            reminder.creationDate = scheduler.now() - std::chrono::minutes(pick(1000000));
+            if (pick(2) == 0)
+                placed.append(reminder.calendarItemIdentifier);
+            database.putReminder(std::move(reminder));
+        }
+        std::shuffle(placed.begin(), placed.end(), random);
+        defaults.setStringList(QStringLiteral("reminderManualOrder"), placed);
+        store.emplace(ReminderStoreServices{.eventStore = database,
+                                            .scheduler = scheduler,
+                                            .clock = scheduler,
+                                            .calendar = calendar,
+                                            .defaults = defaults,
+                                            .localization = localization,
+                                            .notifications = notifications,
+                                            .ledger = ledger});
+        store->requestAccess();
+        scheduler.runPosted();
+    }
+
+    QTemporaryDir folder;
+    ManualScheduler scheduler{Instant(std::chrono::hours(24 * 20500))};
+    FixedCalendar calendar;
+    MemoryUserDefaults defaults;
+    Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedStates); }};
+    Localization localization{preferences};
+    NotificationCenter notifications;
+    CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
+    InMemoryEventStore database{scheduler, scheduler, calendar};
+    std::optional<ReminderStore> store;
+};
+
+LoadedStore& hundredThousand() {
+    static LoadedStore loaded(100000);
+    return loaded;
+}
+
+ReminderSortMode modeOf(const benchmark::State& state) {
+    return allReminderSortModes.at(static_cast<std::size_t>(state.range(0)));
+}
+
+void recomputeVisibleList(benchmark::State& state) {
+    ReminderStore& store = *hundredThousand().store;
+    const ReminderSortMode mode = modeOf(state);
+    const ReminderSortMode other =
+        mode == ReminderSortMode::title ? ReminderSortMode::priority : ReminderSortMode::title;
+    for (auto _ : state) {
+        state.PauseTiming();
+        store.setSortMode(other);
+        state.ResumeTiming();
+        store.setSortMode(mode);
+        benchmark::DoNotOptimize(store.visibleTasks().size());
+    }
+    state.SetLabel(rawValue(mode).toStdString());
+}
+
+/// The bare minimum: numbers that give this order, made ready beforehand, in the order the database has them.
+void sortPreparedKeys(benchmark::State& state) {
+    ReminderStore& store = *hundredThousand().store;
+    store.setSortMode(ReminderSortMode::title);
+    std::vector<ReminderTask> tasks = store.tasks();
+    std::vector<std::pair<QString, std::uint32_t>> byID;
+    for (std::uint32_t rank = 0; rank < tasks.size(); ++rank)
+        byID.emplace_back(tasks[rank].id, rank);
+    std::sort(byID.begin(), byID.end());
+    const QStringList order = store.manualOrderIDs();
+    QHash<QString, std::int64_t> places;
+    for (qsizetype place = 0; place < order.size(); ++place)
+        places.insert(order[place], place);
+    using Key = std::array<std::int64_t, 3>;
+    std::vector<Key> prepared;
+    const ReminderSortMode mode = modeOf(state);
+    for (const auto& [id, rank] : byID) {
+        const ReminderTask& task = tasks[rank];
+        const std::int64_t due = task.dueDate ? task.dueDate->time_since_epoch().count() : INT64_MAX;
+        const std::int64_t created =
+            task.creationDate ? task.creationDate->time_since_epoch().count() : INT64_MAX;
+        const std::int64_t priority = task.priority == 0 ? 10 : task.priority;
+        const std::int64_t rest =
+            (task.dueDateIncludesTime ? std::int64_t{1} << 62 : 0) | priority << 32 | rank;
+        switch (mode) {
+        case ReminderSortMode::manual:
+            prepared.push_back({places.value(id, INT64_MAX), due, rest});
+            break;
+        case ReminderSortMode::dueDate:
+            prepared.push_back({due, rest, 0});
+            break;
+        case ReminderSortMode::priority:
+            prepared.push_back({priority, due, rest});
+            break;
+        case ReminderSortMode::title:
+            prepared.push_back({rank, 0, 0});
+            break;
+        case ReminderSortMode::creationOldestFirst:
+            prepared.push_back({created, rank, 0});
+            break;
+        case ReminderSortMode::creationNewestFirst:
+            prepared.push_back({-created, rank, 0});
+            break;
+        }
+    }
+    std::vector<Key> keys;
+    for (auto _ : state) {
+        state.PauseTiming();
+        keys = prepared;
+        state.ResumeTiming();
+        std::sort(keys.begin(), keys.end());
+        benchmark::DoNotOptimize(keys.data());
+    }
+    state.SetLabel(rawValue(mode).toStdString());
+}
+
+void searchKeystroke(benchmark::State& state) {
+    LoadedStore loaded(10000);
+    const QString query = QStringLiteral("écrire oat mi");
+    int length = 0;
+    for (auto _ : state) {
+        length = length % static_cast<int>(query.size()) + 1;
+        loaded.store->setSearchQuery(query.left(length));
+        benchmark::DoNotOptimize(loaded.store->visibleTasks().size());
+    }
+}
+
+void applyFetch(benchmark::State& state) {
+    LoadedStore loaded(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        loaded.store->reloadTasks();
+        loaded.scheduler.runPosted();
+    }
+}
+
+BENCHMARK(sortPreparedKeys)->DenseRange(0, 5)->Unit(benchmark::kMillisecond);
+BENCHMARK(recomputeVisibleList)->DenseRange(0, 5)->Unit(benchmark::kMillisecond);
+BENCHMARK(searchKeystroke)->Unit(benchmark::kMillisecond);
+BENCHMARK(applyFetch)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace kestrant
+
+BENCHMARK_MAIN();
