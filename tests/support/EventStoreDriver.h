@@ -1,0 +1,88 @@
+#pragma once
+
+#include "eventkit/EKEventStore.h"
+#include "support/ManualScheduler.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+namespace kestrant {
+
+/// Asks a store and waits for the answer.
+class EventStoreDriver {
+  public:
+    using SaveAnswer = tl::expected<EKSaveResult, EKError>;
+
+    EventStoreDriver(EKEventStore& store, ManualScheduler& scheduler)
+        : store_(store)
+        , scheduler_(scheduler) {}
+
+    std::optional<EKError> requestAccess() {
+        std::optional<std::optional<EKError>> answer;
+        store_.requestFullAccessToReminders(
+            [&](bool, std::optional<EKError> error) { answer = std::move(error); });
+        wait(answer);
+        return answer.value_or(std::nullopt);
+    }
+    SaveAnswer save(const EKReminderRef& reminder) {
+        return ask<SaveAnswer>([&](auto done) { store_.save(reminder, done); });
+    }
+    SaveAnswer remove(const EKReminderRef& reminder) {
+        return ask<SaveAnswer>([&](auto done) { store_.remove(reminder, done); });
+    }
+    tl::expected<EKCalendar, EKError> saveCalendar(const EKCalendar& calendar) {
+        return ask<tl::expected<EKCalendar, EKError>>(
+            [&](auto done) { store_.saveCalendar(calendar, done); });
+    }
+    /// A new list; returns its identifier.
+    QString addList(const QString& title) {
+        const auto saved = saveCalendar({.title = title});
+        EXPECT_TRUE(saved.has_value());
+        return saved ? saved->calendarIdentifier : QString();
+    }
+    std::vector<EKReminderRef> fetch(const EKPredicate& predicate) {
+        return ask<std::vector<EKReminderRef>>([&](auto done) { store_.fetchReminders(predicate, done); });
+    }
+    /// Titles, sorted.
+    std::vector<QString> titles(const EKPredicate& predicate) {
+        std::vector<QString> result;
+        for (const EKReminderRef& reminder : fetch(predicate))
+            result.push_back(reminder->data.title);
+        std::sort(result.begin(), result.end());
+        return result;
+    }
+    std::vector<QString> openTitles() {
+        return titles(EKEventStore::predicateForIncompleteReminders({}, {}, {}));
+    }
+    /// Saves a new reminder with these values.
+    EKReminderRef add(const EKReminderData& data) {
+        auto reminder = std::make_shared<EKReminder>(store_);
+        reminder->data = data;
+        reminder->data.calendarItemIdentifier.clear();
+        const auto answer = save(reminder);
+        EXPECT_TRUE(answer.has_value()) << (answer ? "" : qPrintable(answer.error().message.english));
+        return reminder;
+    }
+
+  private:
+    template <typename Answer, typename Ask>
+    Answer ask(Ask question) {
+        std::optional<Answer> answer;
+        question([&](Answer given) { answer = std::move(given); });
+        EXPECT_FALSE(answer.has_value()) << "answered from within the call";
+        wait(answer);
+        return std::move(answer).value();
+    }
+    template <typename Answer>
+    void wait(const std::optional<Answer>& answer) {
+        EXPECT_TRUE(scheduler_.runUntil([&] { return answer.has_value(); }));
+    }
+
+    EKEventStore& store_;
+    ManualScheduler& scheduler_;
+};
+
+}  // namespace kestrant
