@@ -12,6 +12,8 @@ namespace kestrant {
 class Localization {
   public:
     explicit Localization(const Preferences& preferences);
+    Localization(const Localization&) = delete;
+    Localization& operator=(const Localization&) = delete;
 
     [[nodiscard]] Language language() const { return language_; }
     [[nodiscard]] bool isFrench() const { return language_ == Language::french; }

@@ -4,45 +4,98 @@
 
 namespace kestrant {
 
-/// Names of everything kept in the user defaults. A name is never reused for something else.
+/// The name under which a value is kept in the user defaults; can be used as its text.
+struct PreferenceKey {
+    QString name;
+    // NOLINTNEXTLINE(google-explicit-constructor): a key is its name
+    operator const QString&() const { return name; }
+};
+
+/// A key whose value has a type, and a default while it is absent (or of another type).
+template <typename Value>
+struct Preference : PreferenceKey {
+    Value defaultValue;
+};
+
+/// Everything kept in the user defaults, with type and default; where there is no default, absence has a
+/// meaning of its own. A name is never reused for something else.
 namespace preferenceKeys {
-inline const QString language = QStringLiteral("kestrantLanguage");
-inline const QString completedInitialOnboarding = QStringLiteral("kestrantCompletedInitialOnboarding");
-inline const QString startedInitialYearReveal = QStringLiteral("kestrantStartedInitialYearReveal");
-inline const QString completedInitialYearReveal = QStringLiteral("kestrantCompletedInitialYearReveal");
-inline const QString hoverExpandDelay = QStringLiteral("hoverExpandDelay");
-inline const QString requiresClickOrSwipeToExpand = QStringLiteral("requiresClickOrSwipeToExpand");
-inline const QString autoCloseDelay = QStringLiteral("autoCloseDelay");
-inline const QString notchMaterial = QStringLiteral("notchMaterial");
-inline const QString hapticFeedbackProfile = QStringLiteral("hapticFeedbackProfile");
-inline const QString hapticsEnabled = QStringLiteral("hapticsEnabled");
-inline const QString soundEffectsProfile = QStringLiteral("soundEffectsProfile");
-inline const QString soundEffectsEnabled = QStringLiteral("soundEffectsEnabled");
-inline const QString showReminders = QStringLiteral("showReminders");
-inline const QString showCalendar = QStringLiteral("showCalendar");
-inline const QString showRemindersInCalendar = QStringLiteral("showRemindersInCalendar");
-inline const QString moduleOrder = QStringLiteral("kestrantModuleOrder");
-inline const QString layoutRatio = QStringLiteral("kestrantLayoutRatio");
-inline const QString announcementInstallationDate = QStringLiteral("featureAnnouncement.installationDate");
-inline const QString announcementPresentedCount = QStringLiteral("featureAnnouncement.presentedCount");
-inline const QString announcementLastPresentedDate = QStringLiteral("featureAnnouncement.lastPresentedDate");
-inline const QString announcementDisabled = QStringLiteral("featureAnnouncement.disabled");
-inline const QString initialCommandNTipPending = QStringLiteral("kestrant.initialCommandNTipPending");
-inline const QString aggregateMetricsEnabled = QStringLiteral("kestrantAggregateMetricsEnabled");
-inline const QString aggregateMetricsDiscardPending =
-    QStringLiteral("kestrantAggregateMetricsDiscardPending");
-inline const QString aggregateMetricsCollectionEpoch =
-    QStringLiteral("kestrantAggregateMetricsCollectionEpoch");
-inline const QString recapShareLinks = QStringLiteral("kestrant.recap.share-links.v1");
-inline const QString reminderFlagNativeIDs = QStringLiteral("reminderFlagIndex.nativeIDs");
-inline const QString reminderFlagLocalOverrides = QStringLiteral("reminderFlagIndex.localOverrides");
-inline const QString selectedReminderListID = QStringLiteral("selectedReminderListID");
-inline const QString reminderSortMode = QStringLiteral("reminderSortMode");
-inline const QString reminderManualOrder = QStringLiteral("reminderManualOrder");
-inline const QString defaultReminderListID = QStringLiteral("defaultReminderListID");
-inline const QString launchAtLogin = QStringLiteral("launchAtLogin");
+
+/// "en" or "fr"; absent follows the system.
+inline const PreferenceKey language{QStringLiteral("kestrantLanguage")};
+inline const Preference<bool> completedInitialOnboarding{
+    {QStringLiteral("kestrantCompletedInitialOnboarding")}, false};
+inline const Preference<bool> startedInitialYearReveal{{QStringLiteral("kestrantStartedInitialYearReveal")},
+                                                       false};
+inline const Preference<bool> completedInitialYearReveal{
+    {QStringLiteral("kestrantCompletedInitialYearReveal")}, false};
+
+/// Seconds.
+inline const Preference<double> hoverExpandDelay{{QStringLiteral("hoverExpandDelay")}, 0.0};
+inline const Preference<bool> requiresClickOrSwipeToExpand{{QStringLiteral("requiresClickOrSwipeToExpand")},
+                                                           false};
+/// Seconds.
+inline const Preference<double> autoCloseDelay{{QStringLiteral("autoCloseDelay")}, 0.2};
+inline const Preference<QString> notchMaterial{{QStringLiteral("notchMaterial")}, QStringLiteral("glass")};
+
+/// 0 to 2; absent falls back to the older switch.
+inline const Preference<int> hapticFeedbackProfile{{QStringLiteral("hapticFeedbackProfile")}, 2};
+/// Bool; of an older version, only read.
+inline const PreferenceKey hapticsEnabled{QStringLiteral("hapticsEnabled")};
+/// 0 to 2; absent falls back to the older switch.
+inline const Preference<int> soundEffectsProfile{{QStringLiteral("soundEffectsProfile")}, 1};
+/// Bool; of an older version, only read.
+inline const PreferenceKey soundEffectsEnabled{QStringLiteral("soundEffectsEnabled")};
+
+inline const Preference<bool> showReminders{{QStringLiteral("showReminders")}, true};
+inline const Preference<bool> showCalendar{{QStringLiteral("showCalendar")}, true};
+inline const Preference<bool> showRemindersInCalendar{{QStringLiteral("showRemindersInCalendar")}, true};
+/// Raw value of KestrantModuleOrder.
+inline const Preference<QString> moduleOrder{{QStringLiteral("kestrantModuleOrder")},
+                                             QStringLiteral("remindersFirst")};
+/// Raw value of KestrantLayoutRatio.
+inline const Preference<QString> layoutRatio{{QStringLiteral("kestrantLayoutRatio")},
+                                             QStringLiteral("70/30")};
+
+/// Seconds since 2001-01-01 UTC.
+inline const Preference<double> announcementInstallationDate{
+    {QStringLiteral("featureAnnouncement.installationDate")}, 0.0};
+inline const Preference<int> announcementPresentedCount{
+    {QStringLiteral("featureAnnouncement.presentedCount")}, 0};
+/// Seconds since 2001-01-01 UTC.
+inline const Preference<double> announcementLastPresentedDate{
+    {QStringLiteral("featureAnnouncement.lastPresentedDate")}, 0.0};
+inline const Preference<bool> announcementDisabled{{QStringLiteral("featureAnnouncement.disabled")}, false};
+inline const Preference<bool> initialCommandNTipPending{
+    {QStringLiteral("kestrant.initialCommandNTipPending")}, false};
+
+inline const Preference<bool> aggregateMetricsEnabled{{QStringLiteral("kestrantAggregateMetricsEnabled")},
+                                                      true};
+/// Bool.
+inline const PreferenceKey aggregateMetricsDiscardPending{
+    QStringLiteral("kestrantAggregateMetricsDiscardPending")};
+/// String.
+inline const PreferenceKey aggregateMetricsCollectionEpoch{
+    QStringLiteral("kestrantAggregateMetricsCollectionEpoch")};
+
+/// Stored objects.
+inline const PreferenceKey recapShareLinks{QStringLiteral("kestrant.recap.share-links.v1")};
+inline const PreferenceKey reminderFlagNativeIDs{QStringLiteral("reminderFlagIndex.nativeIDs")};
+inline const PreferenceKey reminderFlagLocalOverrides{QStringLiteral("reminderFlagIndex.localOverrides")};
+
+/// String; absent shows all lists.
+inline const PreferenceKey selectedReminderListID{QStringLiteral("selectedReminderListID")};
+/// Raw value of ReminderSortMode.
+inline const PreferenceKey reminderSortMode{QStringLiteral("reminderSortMode")};
+/// Array of reminder identifiers.
+inline const PreferenceKey reminderManualOrder{QStringLiteral("reminderManualOrder")};
+/// String.
+inline const PreferenceKey defaultReminderListID{QStringLiteral("defaultReminderListID")};
+/// Bool; mirrors the login item.
+inline const PreferenceKey launchAtLogin{QStringLiteral("launchAtLogin")};
 /// Where reminders and events live: "vdir:PATH"; absent for the embedded default.
-inline const QString eventStore = QStringLiteral("kestrantEventStore");
+inline const PreferenceKey eventStore{QStringLiteral("kestrantEventStore")};
+
 }  // namespace preferenceKeys
 
 }  // namespace kestrant

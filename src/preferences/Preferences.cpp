@@ -10,48 +10,22 @@ namespace keys = preferenceKeys;
 
 namespace {
 
-/// A key of one type with the value it has while it is absent.
-template <typename Value>
-struct Setting {
-    const QString& key;
-    Value defaultValue;
-};
-
-const Setting<bool> completedInitialOnboardingSetting{keys::completedInitialOnboarding, false};
-const Setting<bool> startedInitialYearRevealSetting{keys::startedInitialYearReveal, false};
-const Setting<bool> completedInitialYearRevealSetting{keys::completedInitialYearReveal, false};
-const Setting<double> hoverExpandDelaySetting{keys::hoverExpandDelay, 0.0};
-const Setting<bool> requiresClickOrSwipeSetting{keys::requiresClickOrSwipeToExpand, false};
-const Setting<double> autoCloseDelaySetting{keys::autoCloseDelay, 0.2};
-const Setting<QString> notchMaterialSetting{keys::notchMaterial, QStringLiteral("glass")};
-const Setting<bool> showRemindersSetting{keys::showReminders, true};
-const Setting<bool> showCalendarSetting{keys::showCalendar, true};
-const Setting<bool> showRemindersInCalendarSetting{keys::showRemindersInCalendar, true};
-const Setting<double> installationDateSetting{keys::announcementInstallationDate, 0.0};
-const Setting<int> presentedCountSetting{keys::announcementPresentedCount, 0};
-const Setting<double> lastPresentedDateSetting{keys::announcementLastPresentedDate, 0.0};
-const Setting<bool> announcementDisabledSetting{keys::announcementDisabled, false};
-const Setting<bool> commandNTipSetting{keys::initialCommandNTipPending, false};
-const Setting<bool> aggregateMetricsSetting{keys::aggregateMetricsEnabled, true};
-constexpr KestrantModuleOrder defaultModuleOrder = KestrantModuleOrder::remindersFirst;
-constexpr KestrantLayoutRatio defaultLayoutRatio = KestrantLayoutRatio::r70_30;
-
-bool read(const UserDefaults& defaults, const Setting<bool>& setting) {
-    return defaults.boolean(setting.key).value_or(setting.defaultValue);
+bool read(const UserDefaults& defaults, const Preference<bool>& preference) {
+    return defaults.boolean(preference).value_or(preference.defaultValue);
 }
 
-double read(const UserDefaults& defaults, const Setting<double>& setting) {
-    return defaults.number(setting.key).value_or(setting.defaultValue);
+double read(const UserDefaults& defaults, const Preference<double>& preference) {
+    return defaults.number(preference).value_or(preference.defaultValue);
 }
 
-int read(const UserDefaults& defaults, const Setting<int>& setting) {
-    const auto value = defaults.integer(setting.key);
+int read(const UserDefaults& defaults, const Preference<int>& preference) {
+    const auto value = defaults.integer(preference);
     return value && *value >= 0 && *value <= std::numeric_limits<int>::max() ? static_cast<int>(*value)
-                                                                             : setting.defaultValue;
+                                                                             : preference.defaultValue;
 }
 
-QString read(const UserDefaults& defaults, const Setting<QString>& setting) {
-    return defaults.string(setting.key).value_or(setting.defaultValue);
+QString read(const UserDefaults& defaults, const Preference<QString>& preference) {
+    return defaults.string(preference).value_or(preference.defaultValue);
 }
 
 }  // namespace
@@ -81,7 +55,7 @@ void Preferences::setLanguage(Language language) {
 }
 
 bool Preferences::completedInitialOnboarding() const {
-    return read(defaults_, completedInitialOnboardingSetting);
+    return read(defaults_, keys::completedInitialOnboarding);
 }
 
 void Preferences::setCompletedInitialOnboarding(bool completed) {
@@ -89,7 +63,7 @@ void Preferences::setCompletedInitialOnboarding(bool completed) {
 }
 
 bool Preferences::startedInitialYearReveal() const {
-    return read(defaults_, startedInitialYearRevealSetting);
+    return read(defaults_, keys::startedInitialYearReveal);
 }
 
 void Preferences::setStartedInitialYearReveal(bool started) {
@@ -97,7 +71,7 @@ void Preferences::setStartedInitialYearReveal(bool started) {
 }
 
 bool Preferences::completedInitialYearReveal() const {
-    return read(defaults_, completedInitialYearRevealSetting);
+    return read(defaults_, keys::completedInitialYearReveal);
 }
 
 void Preferences::setCompletedInitialYearReveal(bool completed) {
@@ -105,7 +79,7 @@ void Preferences::setCompletedInitialYearReveal(bool completed) {
 }
 
 double Preferences::hoverExpandDelay() const {
-    return read(defaults_, hoverExpandDelaySetting);
+    return read(defaults_, keys::hoverExpandDelay);
 }
 
 void Preferences::setHoverExpandDelay(double seconds) {
@@ -113,7 +87,7 @@ void Preferences::setHoverExpandDelay(double seconds) {
 }
 
 bool Preferences::requiresClickOrSwipeToExpand() const {
-    return read(defaults_, requiresClickOrSwipeSetting);
+    return read(defaults_, keys::requiresClickOrSwipeToExpand);
 }
 
 void Preferences::setRequiresClickOrSwipeToExpand(bool required) {
@@ -121,7 +95,7 @@ void Preferences::setRequiresClickOrSwipeToExpand(bool required) {
 }
 
 double Preferences::autoCloseDelay() const {
-    return read(defaults_, autoCloseDelaySetting);
+    return read(defaults_, keys::autoCloseDelay);
 }
 
 void Preferences::setAutoCloseDelay(double seconds) {
@@ -129,7 +103,7 @@ void Preferences::setAutoCloseDelay(double seconds) {
 }
 
 QString Preferences::notchMaterial() const {
-    return read(defaults_, notchMaterialSetting);
+    return read(defaults_, keys::notchMaterial);
 }
 
 void Preferences::setNotchMaterial(const QString& material) {
@@ -158,7 +132,7 @@ void Preferences::setSoundProfile(SoundProfile profile) {
 }
 
 bool Preferences::showReminders() const {
-    return read(defaults_, showRemindersSetting);
+    return read(defaults_, keys::showReminders);
 }
 
 void Preferences::setShowReminders(bool show) {
@@ -166,7 +140,7 @@ void Preferences::setShowReminders(bool show) {
 }
 
 bool Preferences::showCalendar() const {
-    return read(defaults_, showCalendarSetting);
+    return read(defaults_, keys::showCalendar);
 }
 
 void Preferences::setShowCalendar(bool show) {
@@ -174,7 +148,7 @@ void Preferences::setShowCalendar(bool show) {
 }
 
 bool Preferences::showRemindersInCalendar() const {
-    return read(defaults_, showRemindersInCalendarSetting);
+    return read(defaults_, keys::showRemindersInCalendar);
 }
 
 void Preferences::setShowRemindersInCalendar(bool show) {
@@ -182,8 +156,8 @@ void Preferences::setShowRemindersInCalendar(bool show) {
 }
 
 KestrantModuleOrder Preferences::moduleOrder() const {
-    return moduleOrderFromRawValue(defaults_.string(keys::moduleOrder).value_or(QString()))
-        .value_or(defaultModuleOrder);
+    return moduleOrderFromRawValue(read(defaults_, keys::moduleOrder))
+        .value_or(KestrantModuleOrder::remindersFirst);
 }
 
 void Preferences::setModuleOrder(KestrantModuleOrder order) {
@@ -191,8 +165,7 @@ void Preferences::setModuleOrder(KestrantModuleOrder order) {
 }
 
 KestrantLayoutRatio Preferences::layoutRatio() const {
-    return layoutRatioFromRawValue(defaults_.string(keys::layoutRatio).value_or(QString()))
-        .value_or(defaultLayoutRatio);
+    return layoutRatioFromRawValue(read(defaults_, keys::layoutRatio)).value_or(KestrantLayoutRatio::r70_30);
 }
 
 void Preferences::setLayoutRatio(KestrantLayoutRatio ratio) {
@@ -200,7 +173,7 @@ void Preferences::setLayoutRatio(KestrantLayoutRatio ratio) {
 }
 
 double Preferences::announcementInstallationDate() const {
-    return read(defaults_, installationDateSetting);
+    return read(defaults_, keys::announcementInstallationDate);
 }
 
 void Preferences::setAnnouncementInstallationDate(double seconds) {
@@ -208,7 +181,7 @@ void Preferences::setAnnouncementInstallationDate(double seconds) {
 }
 
 int Preferences::announcementPresentedCount() const {
-    return read(defaults_, presentedCountSetting);
+    return read(defaults_, keys::announcementPresentedCount);
 }
 
 void Preferences::setAnnouncementPresentedCount(int count) {
@@ -216,7 +189,7 @@ void Preferences::setAnnouncementPresentedCount(int count) {
 }
 
 double Preferences::announcementLastPresentedDate() const {
-    return read(defaults_, lastPresentedDateSetting);
+    return read(defaults_, keys::announcementLastPresentedDate);
 }
 
 void Preferences::setAnnouncementLastPresentedDate(double seconds) {
@@ -224,7 +197,7 @@ void Preferences::setAnnouncementLastPresentedDate(double seconds) {
 }
 
 bool Preferences::announcementDisabled() const {
-    return read(defaults_, announcementDisabledSetting);
+    return read(defaults_, keys::announcementDisabled);
 }
 
 void Preferences::setAnnouncementDisabled(bool disabled) {
@@ -232,7 +205,7 @@ void Preferences::setAnnouncementDisabled(bool disabled) {
 }
 
 bool Preferences::initialCommandNTipPending() const {
-    return read(defaults_, commandNTipSetting);
+    return read(defaults_, keys::initialCommandNTipPending);
 }
 
 void Preferences::setInitialCommandNTipPending(bool pending) {
@@ -240,7 +213,7 @@ void Preferences::setInitialCommandNTipPending(bool pending) {
 }
 
 bool Preferences::aggregateMetricsEnabled() const {
-    return read(defaults_, aggregateMetricsSetting);
+    return read(defaults_, keys::aggregateMetricsEnabled);
 }
 
 void Preferences::setAggregateMetricsEnabled(bool enabled) {
