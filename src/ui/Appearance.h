@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QObject>
+#include <QQmlEngine>
+
+namespace kestrant {
+
+/// What the desktop and the person ask of every view's look; the tokens themselves are in Theme.qml. Serves
+/// one QML engine. Thread: main.
+class Appearance : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+    Q_PROPERTY(bool highContrast READ highContrast WRITE setHighContrast NOTIFY highContrastChanged)
+    Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
+    Q_PROPERTY(bool showsFocus READ showsFocus WRITE setShowsFocus NOTIFY showsFocusChanged)
+    Q_PROPERTY(bool compositing READ compositing WRITE setCompositing NOTIFY compositingChanged)
+
+  public:
+    explicit Appearance(QObject* parent = nullptr) : QObject(parent) {}
+
+    /// Makes this the `Appearance` of an engine, before any of its views is made.
+    void install(QQmlEngine& engine);
+    static Appearance* create(QQmlEngine* engine, QJSEngine*);
+
+    [[nodiscard]] bool highContrast() const { return highContrast_; }
+    void setHighContrast(bool on);
+    /// Nothing moves or fades; every change is at once.
+    [[nodiscard]] bool reducedMotion() const { return reducedMotion_; }
+    void setReducedMotion(bool on);
+    /// The keyboard was used last, not the pointer: whatever has the focus is outlined.
+    [[nodiscard]] bool showsFocus() const { return showsFocus_; }
+    void setShowsFocus(bool on);
+    /// Windows may be translucent. Without it popovers have no shadow and are cut to their outline.
+    [[nodiscard]] bool compositing() const { return compositing_; }
+    void setCompositing(bool on);
+
+  Q_SIGNALS:
+    void highContrastChanged();
+    void reducedMotionChanged();
+    void showsFocusChanged();
+    void compositingChanged();
+
+  private:
+    bool highContrast_ = false;
+    bool reducedMotion_ = false;
+    bool showsFocus_ = false;
+    bool compositing_ = true;
+};
+
+}  // namespace kestrant

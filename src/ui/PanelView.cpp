@@ -1,0 +1,121 @@
+#include "ui/PanelView.h"
+
+#include "notch/NotchInteractionModel.h"
+#include "ui/Appearance.h"
+#include "ui/Localizer.h"
+#include "ui/PanelViewModel.h"
+#include "ui/QuickAddViewModel.h"
+#include "ui/RemindersViewModel.h"
+#include "ui/SettingsViewModel.h"
+
+#include <QFont>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QQuickItem>
+
+extern void qml_register_types_Kestrant();
+
+namespace kestrant {
+namespace {
+
+/// Keys that move the focus rather than write.
+bool movesFocus(int key) {
+    switch (key) {
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Notes whether the keyboard or the pointer was used last, in any of the program's windows.
+class FocusWatch : public QObject {
+  public:
+    FocusWatch(Appearance& appearance, QObject* parent) : QObject(parent), appearance_(appearance) {
+        qGuiApp->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (!watched->isWindowType())
+            return false;
+        if (event->type() == QEvent::KeyPress && movesFocus(static_cast<QKeyEvent*>(event)->key()))
+            appearance_.setShowsFocus(true);
+        else if (event->type() == QEvent::MouseButtonPress)
+            appearance_.setShowsFocus(false);
+        return false;
+    }
+
+  private:
+    Appearance& appearance_;
+};
+
+}  // namespace
+
+void PanelView::chooseRenderer() {
+    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
+void PanelView::chooseTypeface() {
+    QFont font = QGuiApplication::font();
+    font.setFamilies(QStringList{QStringLiteral("Inter")} + font.families());
+    QGuiApplication::setFont(font);
+}
+
+PanelView::PanelView(const Models& models, Loading loading)
+    : PanelView(models, loading, std::make_unique<QQmlEngine>()) {}
+
+PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQmlEngine> engine)
+    : QQuickView(engine.get(), nullptr)
+    , engine_(std::move(engine)) {
+    qml_register_types_Kestrant();
+    engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    models.localizer.install(*engine_);
+    models.appearance.install(*engine_);
+    new FocusWatch(models.appearance, this);
+    overlays_ = std::make_unique<OverlayHost>(*this, *engine_, models.interaction, models.appearance);
+
+    setFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::NoDropShadowWindowHint);
+    setColor(Qt::transparent);
+    QSurfaceFormat transparent = format();
+    transparent.setAlphaBufferSize(8);
+    setFormat(transparent);
+    setTitle(QStringLiteral("Kestrant"));
+    setResizeMode(QQuickView::SizeRootObjectToView);
+    resize(qRound(models.panel.expandedWidth()), qRound(models.panel.expandedHeight()));
+    setInitialProperties({
+        {QStringLiteral("panel"), QVariant::fromValue(&models.panel)},
+        {QStringLiteral("reminders"), QVariant::fromValue(&models.reminders)},
+        {QStringLiteral("quickAdd"), QVariant::fromValue(&models.quickAdd)},
+        {QStringLiteral("settings"), QVariant::fromValue(&models.settings)},
+        {QStringLiteral("overlays"), QVariant::fromValue(overlays_.get())},
+        {QStringLiteral("loadInBackground"), loading == Loading::inBackground},
+    });
+    setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kestrant/qml/Panel.qml")));
+}
+
+PanelView::~PanelView() {
+    overlays_->dismissAll();
+    // The views go before what they are bound to.
+    setSource({});
+}
+
+bool PanelView::contentScrollsUp(QPointF locationInWindow) const {
+    QVariant scrolls;
+    if (rootObject())
+        QMetaObject::invokeMethod(rootObject(), "scrollsDownAt", Q_RETURN_ARG(QVariant, scrolls),
+                                  Q_ARG(QVariant, locationInWindow.x()),
+                                  Q_ARG(QVariant, height() - locationInWindow.y()));
+    return scrolls.toBool();
+}
+
+}  // namespace kestrant

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "ui/OverlayHost.h"
+
+#include <QPointF>
+#include <QQmlEngine>
+#include <QQuickView>
+
+#include <memory>
+
+namespace kestrant {
+
+class Appearance;
+class Localizer;
+class NotchInteractionModel;
+class PanelViewModel;
+class QuickAddViewModel;
+class RemindersViewModel;
+class SettingsViewModel;
+
+/// The panel's window content: the outline in every phase and, from the first expansion on, the modules.
+///
+/// It is a plain window of the expanded panel's size; placing it, giving it its native nature and deciding
+/// which of its events are clicks, swipes and commands is the platform's matter: install an event filter on
+/// it before show(). Overlays come through overlays(): connect OverlayHost::overlaySurfaceCreated likewise.
+/// Thread: main.
+class PanelView : public QQuickView {
+    Q_OBJECT
+
+  public:
+    struct Models {
+        NotchInteractionModel& interaction;
+        Localizer& localizer;
+        Appearance& appearance;
+        PanelViewModel& panel;
+        RemindersViewModel& reminders;
+        QuickAddViewModel& quickAdd;
+        SettingsViewModel& settings;
+    };
+    /// When the expanded content is loaded.
+    enum class Loading {
+        /// In small steps after the first frame, so that nothing stutters.
+        inBackground,
+        /// At once: for pictures and tests.
+        immediate,
+    };
+
+    /// To be called before the application object is made: selects the renderer that needs no GPU, unless the
+    /// environment (QT_QUICK_BACKEND) names one.
+    static void chooseRenderer();
+    /// To be called once the application object exists: the typeface of every text.
+    static void chooseTypeface();
+
+    /// Everything must outlive the view.
+    explicit PanelView(const Models& models, Loading loading = Loading::inBackground);
+    ~PanelView() override;
+
+    [[nodiscard]] OverlayHost& overlays() { return *overlays_; }
+
+    /// Whether content at a place in the window can still scroll when the fingers move up (further down its
+    /// contents). Points, origin lower left.
+    [[nodiscard]] bool contentScrollsUp(QPointF locationInWindow) const;
+
+  private:
+    PanelView(const Models& models, Loading loading, std::unique_ptr<QQmlEngine> engine);
+
+    std::unique_ptr<QQmlEngine> engine_;
+    std::unique_ptr<OverlayHost> overlays_;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,122 @@
+#include "ui/PanelViewModel.h"
+
+#include "foundation/NotificationCenter.h"
+#include "notch/NotchGeometry.h"
+#include "notch/NotchInteractionModel.h"
+#include "notch/NotchPanelController.h"
+#include "preferences/PreferenceKeys.h"
+#include "preferences/Preferences.h"
+#include "reminders/ReminderStore.h"
+
+namespace kestrant {
+
+PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry& geometry,
+                               ReminderStore& reminders, const Preferences& preferences,
+                               NotificationCenter& notifications, QObject* parent)
+    : QObject(parent)
+    , interaction_(interaction)
+    , geometry_(geometry)
+    , reminders_(reminders)
+    , preferences_(preferences) {
+    connect(&interaction, &NotchInteractionModel::phaseChanged, this, [this] {
+        Q_EMIT phaseChanged();
+        Q_EMIT shapeChanged();
+    });
+    connect(&geometry, &NotchGeometry::changed, this, &PanelViewModel::shapeChanged);
+    connect(&reminders, &ReminderStore::filterCountsChanged, this, &PanelViewModel::updateDueTodayCount);
+    subscriptions_.push_back(notifications.observe(
+        notifications::newReminder, [this] { request(&PanelViewModel::newReminderRequested); }));
+    subscriptions_.push_back(notifications.observe(
+        notifications::findReminder, [this] { request(&PanelViewModel::findReminderRequested); }));
+    subscriptions_.push_back(preferences.observeChanges([this](const QString& key) {
+        if (key == preferenceKeys::showReminders)
+            Q_EMIT showRemindersChanged();
+        else if (key == preferenceKeys::notchMaterial)
+            Q_EMIT materialChanged();
+    }));
+    updateDueTodayCount();
+}
+
+void PanelViewModel::request(void (PanelViewModel::*signal)()) {
+    interaction_.expand();
+    if (interaction_.isExpanded())
+        Q_EMIT(this->*signal)();
+}
+
+NotchContainerShape PanelViewModel::shape() const {
+    return geometry_.shape(interaction_.phase());
+}
+
+int PanelViewModel::phase() const {
+    return interaction_.phaseValue();
+}
+
+bool PanelViewModel::isExpanded() const {
+    return interaction_.isExpanded();
+}
+
+double PanelViewModel::shapeWidth() const {
+    return shape().size.width();
+}
+
+double PanelViewModel::shapeHeight() const {
+    return shape().size.height();
+}
+
+double PanelViewModel::earRadius() const {
+    return shape().topEarRadius;
+}
+
+double PanelViewModel::bottomRadius() const {
+    return shape().bottomRadius;
+}
+
+double PanelViewModel::expandedWidth() const {
+    return geometry_.expandedSize().width();
+}
+
+double PanelViewModel::expandedHeight() const {
+    return geometry_.expandedSize().height();
+}
+
+double PanelViewModel::restingHeight() const {
+    return geometry_.idleSize().height();
+}
+
+double PanelViewModel::cameraSafeWidth() const {
+    return geometry_.cameraSafeWidth();
+}
+
+void PanelViewModel::setNextEventText(const QString& text) {
+    if (text == nextEventText_)
+        return;
+    nextEventText_ = text;
+    Q_EMIT nextEventTextChanged();
+}
+
+bool PanelViewModel::showReminders() const {
+    return preferences_.showReminders();
+}
+
+QString PanelViewModel::material() const {
+    const QString black = QStringLiteral("black");
+    return preferences_.notchMaterial() == black ? black : QStringLiteral("glass");
+}
+
+void PanelViewModel::setSearchIsFocused(bool focused) {
+    interaction_.setSearchIsFocused(focused);
+}
+
+void PanelViewModel::fold() {
+    interaction_.collapse(interaction_.pointerIsInside());
+}
+
+void PanelViewModel::updateDueTodayCount() {
+    const int count = reminders_.filterCounts().today;
+    if (count == dueTodayCount_)
+        return;
+    dueTodayCount_ = count;
+    Q_EMIT dueTodayCountChanged();
+}
+
+}  // namespace kestrant

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "foundation/Subscription.h"
+#include "notch/NotchContainerShape.h"
+
+#include <QObject>
+#include <QQmlEngine>
+#include <QString>
+
+#include <vector>
+
+namespace kestrant {
+
+class NotchGeometry;
+class NotchInteractionModel;
+class NotificationCenter;
+class Preferences;
+class ReminderStore;
+
+/// What the panel's outline and its frame show: the phase, the sizes, the hints beside the camera. Thread:
+/// main.
+class PanelViewModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    /// 0 idle, 1 hovering, 2 expanded.
+    Q_PROPERTY(int phase READ phase NOTIFY phaseChanged)
+    Q_PROPERTY(bool isExpanded READ isExpanded NOTIFY phaseChanged)
+    // The outline of the present phase, in points.
+    Q_PROPERTY(double shapeWidth READ shapeWidth NOTIFY shapeChanged)
+    Q_PROPERTY(double shapeHeight READ shapeHeight NOTIFY shapeChanged)
+    Q_PROPERTY(double earRadius READ earRadius NOTIFY shapeChanged)
+    Q_PROPERTY(double bottomRadius READ bottomRadius NOTIFY shapeChanged)
+    Q_PROPERTY(double expandedWidth READ expandedWidth NOTIFY shapeChanged)
+    Q_PROPERTY(double expandedHeight READ expandedHeight NOTIFY shapeChanged)
+    Q_PROPERTY(double restingHeight READ restingHeight NOTIFY shapeChanged)
+    Q_PROPERTY(double cameraSafeWidth READ cameraSafeWidth NOTIFY shapeChanged)
+    /// Open reminders due today; shown left of the camera while hovering.
+    Q_PROPERTY(int dueTodayCount READ dueTodayCount NOTIFY dueTodayCountChanged)
+    /// Start of the next event, such as "14:00"; shown right of the camera while hovering. Empty for none.
+    Q_PROPERTY(QString nextEventText READ nextEventText NOTIFY nextEventTextChanged)
+    /// Modules that are switched on.
+    Q_PROPERTY(bool showReminders READ showReminders NOTIFY showRemindersChanged)
+    /// Background of the expanded panel: "glass" or "black"; an unknown name is "glass".
+    Q_PROPERTY(QString material READ material NOTIFY materialChanged)
+
+  public:
+    /// Everything must outlive the view model.
+    PanelViewModel(NotchInteractionModel& interaction, NotchGeometry& geometry, ReminderStore& reminders,
+                   const Preferences& preferences, NotificationCenter& notifications,
+                   QObject* parent = nullptr);
+
+    [[nodiscard]] int phase() const;
+    [[nodiscard]] bool isExpanded() const;
+    [[nodiscard]] double shapeWidth() const;
+    [[nodiscard]] double shapeHeight() const;
+    [[nodiscard]] double earRadius() const;
+    [[nodiscard]] double bottomRadius() const;
+    [[nodiscard]] double expandedWidth() const;
+    [[nodiscard]] double expandedHeight() const;
+    [[nodiscard]] double restingHeight() const;
+    [[nodiscard]] double cameraSafeWidth() const;
+    [[nodiscard]] int dueTodayCount() const { return dueTodayCount_; }
+    [[nodiscard]] const QString& nextEventText() const { return nextEventText_; }
+    void setNextEventText(const QString& text);
+    [[nodiscard]] bool showReminders() const;
+    [[nodiscard]] QString material() const;
+
+    /// The search field has gained or lost the keyboard focus; while it has it the panel stays open.
+    Q_INVOKABLE void setSearchIsFocused(bool focused);
+    /// Folds the panel, as Escape does when nothing else is left to leave.
+    Q_INVOKABLE void fold();
+
+  Q_SIGNALS:
+    void phaseChanged();
+    void shapeChanged();
+    void dueTodayCountChanged();
+    void nextEventTextChanged();
+    void showRemindersChanged();
+    void materialChanged();
+    /// Ctrl+N and Ctrl+F, or whoever posts their notifications; the panel is expanded by then, if it may be.
+    void newReminderRequested();
+    void findReminderRequested();
+
+  private:
+    void updateDueTodayCount();
+    void request(void (PanelViewModel::*signal)());
+    [[nodiscard]] NotchContainerShape shape() const;
+
+    NotchInteractionModel& interaction_;
+    NotchGeometry& geometry_;
+    ReminderStore& reminders_;
+    const Preferences& preferences_;
+    std::vector<Subscription> subscriptions_;
+    int dueTodayCount_ = 0;
+    QString nextEventText_;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,111 @@
+#include "ui/ReminderCardModel.h"
+
+#include "ui/RowChanges.h"
+
+#include <algorithm>
+
+namespace kestrant {
+namespace {
+
+/// Beyond this many rows on the move nobody can follow them with the eye.
+constexpr int largestAnimatedChange = 60;
+
+std::vector<QString> idsOf(const std::vector<ReminderTask>& tasks) {
+    std::vector<QString> ids;
+    ids.reserve(tasks.size());
+    for (const ReminderTask& task : tasks)
+        ids.push_back(task.id);
+    return ids;
+}
+
+}  // namespace
+
+ReminderCardModel::ReminderCardModel(Presenter presenter, QObject* parent)
+    : QAbstractListModel(parent)
+    , presenter_(std::move(presenter)) {}
+
+void ReminderCardModel::setTasks(const std::vector<ReminderTask>& tasks) {
+    const int previousCount = count();
+    const auto changes = rowChanges(idsOf(tasks_), idsOf(tasks), largestAnimatedChange);
+    if (!changes) {
+        beginResetModel();
+        tasks_ = tasks;
+        endResetModel();
+    } else {
+        const auto at = [this](int row) { return tasks_.begin() + row; };
+        for (const RowChange& change : *changes) {
+            switch (change.kind) {
+            case RowChange::Kind::remove:
+                beginRemoveRows({}, change.first, change.last);
+                tasks_.erase(at(change.first), at(change.last + 1));
+                endRemoveRows();
+                break;
+            case RowChange::Kind::insert:
+                beginInsertRows({}, change.first, change.last);
+                tasks_.insert(at(change.first), tasks.begin() + change.first,
+                              tasks.begin() + change.last + 1);
+                endInsertRows();
+                break;
+            case RowChange::Kind::move: {
+                const bool down = change.last > change.first;
+                beginMoveRows({}, change.first, change.first, {}, change.last + (down ? 1 : 0));
+                if (down)
+                    std::rotate(at(change.first), at(change.first + 1), at(change.last + 1));
+                else
+                    std::rotate(at(change.last), at(change.first), at(change.first + 1));
+                endMoveRows();
+                break;
+            }
+            }
+        }
+        for (int row = 0; row < count(); ++row) {
+            if (tasks_[row] == tasks[row])
+                continue;
+            tasks_[row] = tasks[row];
+            Q_EMIT dataChanged(index(row), index(row));
+        }
+    }
+    if (count() != previousCount)
+        Q_EMIT countChanged();
+}
+
+void ReminderCardModel::setPendingIDs(const QSet<QString>& ids) {
+    const QSet<QString> changed = (pendingIDs_ - ids) + (ids - pendingIDs_);
+    pendingIDs_ = ids;
+    for (const QString& id : changed) {
+        if (const int row = rowOf(id); row >= 0)
+            Q_EMIT dataChanged(index(row), index(row));
+    }
+}
+
+void ReminderCardModel::refreshTexts() {
+    if (!tasks_.empty())
+        Q_EMIT dataChanged(index(0), index(count() - 1));
+}
+
+int ReminderCardModel::rowOf(const QString& taskId) const {
+    const auto found = std::find_if(tasks_.begin(), tasks_.end(),
+                                    [&](const ReminderTask& task) { return task.id == taskId; });
+    return found == tasks_.end() ? -1 : int(found - tasks_.begin());
+}
+
+QString ReminderCardModel::taskIdAt(int row) const {
+    return row >= 0 && row < count() ? tasks_[row].id : QString();
+}
+
+int ReminderCardModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : count();
+}
+
+QVariant ReminderCardModel::data(const QModelIndex& index, int role) const {
+    if (role != cardRole || !checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const ReminderTask& task = tasks_[index.row()];
+    return QVariant::fromValue(presenter_(task, pendingIDs_.contains(task.id)));
+}
+
+QHash<int, QByteArray> ReminderCardModel::roleNames() const {
+    return {{cardRole, "card"}};
+}
+
+}  // namespace kestrant

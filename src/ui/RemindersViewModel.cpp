@@ -1,0 +1,275 @@
+#include "ui/RemindersViewModel.h"
+
+#include "reminders/ReminderAlerts.h"
+#include "reminders/ReminderDueText.h"
+#include "reminders/ReminderStore.h"
+#include "ui/ListColor.h"
+#include "ui/Localizer.h"
+
+#include <QPointer>
+
+#include <algorithm>
+
+namespace kestrant {
+namespace {
+
+const ReminderList* findList(const std::vector<ReminderList>& lists, const QString& id) {
+    const auto found =
+        std::find_if(lists.begin(), lists.end(), [&](const ReminderList& list) { return list.id == id; });
+    return found == lists.end() ? nullptr : &*found;
+}
+
+QString marksOf(int priority) {
+    if (priority <= 0 || priority > 9)
+        return {};
+    return priority < 5 ? QStringLiteral("!!!") : priority == 5 ? QStringLiteral("!!") : QStringLiteral("!");
+}
+
+TextPair priorityInWords(const QString& marks) {
+    return marks.size() == 3   ? text("high priority", "priorité haute")
+           : marks.size() == 2 ? text("medium priority", "priorité moyenne")
+                               : text("low priority", "priorité basse");
+}
+
+QString alertText(const ReminderTask& task, Language language) {
+    if (!task.dueAlertSchedule)
+        return {};
+    if (const auto* relative = std::get_if<RelativeToDueTime>(&*task.dueAlertSchedule)) {
+        const auto timing = reminderAlertTiming(relative->seconds);
+        return timing && *timing != ReminderAlertTiming::atDueTime ? shortLabel(*timing).in(language)
+                                                                   : QString();
+    }
+    const auto& day = std::get<DayRelativeToDueDate>(*task.dueAlertSchedule);
+    const QString time = QTime(day.hour, day.minute).toString(QStringLiteral("HH:mm"));
+    return day.dayOffset == 0 ? time : text("day before %1", "veille %1").in(language).arg(time);
+}
+
+}  // namespace
+
+RemindersViewModel::RemindersViewModel(ReminderStore& store, const Clock& clock,
+                                       const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
+    : QObject(parent)
+    , store_(store)
+    , clock_(clock)
+    , calendar_(calendar)
+    , localizer_(localizer)
+    , cards_([this](const ReminderTask& task, bool isPending) { return card(task, isPending); }) {
+    const auto updateCards = [this] {
+        cards_.setTasks(store_.visibleTasks());
+        updateContent();
+    };
+    connect(&store, &ReminderStore::tasksChanged, this, updateCards);
+    connect(&store, &ReminderStore::pendingCompletionIDsChanged, this,
+            [this] { cards_.setPendingIDs(store_.pendingCompletionIDs()); });
+    connect(&store, &ReminderStore::presentChanged, &cards_, &ReminderCardModel::refreshTexts);
+    connect(&store, &ReminderStore::accessStateChanged, this, &RemindersViewModel::updateContent);
+    connect(&store, &ReminderStore::isLoadingChanged, this, &RemindersViewModel::updateContent);
+    connect(&store, &ReminderStore::filtersChanged, this, [this] {
+        Q_EMIT filtersChanged();
+        updateContent();
+    });
+    connect(&store, &ReminderStore::filterCountsChanged, this, &RemindersViewModel::countsChanged);
+    connect(&store, &ReminderStore::sortModeChanged, this, &RemindersViewModel::sortModeChanged);
+    connect(&store, &ReminderStore::searchQueryChanged, this, [this] {
+        Q_EMIT searchQueryChanged();
+        updateContent();
+    });
+    connect(&store, &ReminderStore::listsChanged, this, [this] {
+        Q_EMIT listsChanged();
+        cards_.refreshTexts();
+    });
+    connect(&store, &ReminderStore::selectedListIDChanged, this, &RemindersViewModel::listsChanged);
+    connect(&store, &ReminderStore::revealRequested, this,
+            [this](const ReminderRevealRequest& request) { Q_EMIT revealRequested(request.reminderID); });
+    connect(&localizer, &Localizer::languageChanged, this, [this] {
+        cards_.refreshTexts();
+        Q_EMIT contentChanged();
+        Q_EMIT listsChanged();
+        Q_EMIT sortModesChanged();
+    });
+    updateCards();
+}
+
+ReminderCard RemindersViewModel::card(const ReminderTask& task, bool isPending) const {
+    const Language language = localizer_.language();
+    const Instant now = clock_.now();
+    const ZoneCalendar calendar = calendar_.calendar();
+    const ReminderList* list = findList(store_.lists(), task.listID);
+    ReminderCard card;
+    card.id = task.id;
+    card.title = task.title;
+    if (task.dueDate)
+        card.dueText = reminderDueText(*task.dueDate, task.dueDateIncludesTime, now, calendar, language);
+    card.isOverdue = isOverdue(task, ReminderPresent::at(now, calendar));
+    card.priorityMarks = marksOf(task.priority);
+    card.isFlagged = task.isFlagged;
+    card.isRecurring = task.isRecurring;
+    card.alertText = alertText(task, language);
+    card.listColor = listColor(list);
+    card.isPending = isPending;
+    card.isWritable = !list || list->allowsContentModifications;
+
+    QStringList words{card.title};
+    const auto say = [&](bool holds, const QString& what) {
+        if (holds && !what.isEmpty())
+            words.append(what);
+    };
+    say(card.isPending, text("completed", "terminé").in(language));
+    say(true, card.dueText);
+    say(card.isOverdue, text("overdue", "en retard").in(language));
+    say(!card.priorityMarks.isEmpty(), priorityInWords(card.priorityMarks).in(language));
+    say(card.isFlagged, text("flagged", "marqué").in(language));
+    say(card.isRecurring, text("repeats", "se répète").in(language));
+    say(true, card.alertText);
+    say(list != nullptr, list ? list->title : QString());
+    card.spokenText = words.join(QStringLiteral(", "));
+    return card;
+}
+
+QString RemindersViewModel::computedContent() const {
+    switch (store_.accessState().kind) {
+    case ReminderAccessState::Kind::denied:
+        return QStringLiteral("denied");
+    case ReminderAccessState::Kind::restricted:
+        return QStringLiteral("restricted");
+    case ReminderAccessState::Kind::failed:
+        return QStringLiteral("failed");
+    case ReminderAccessState::Kind::notDetermined:
+    case ReminderAccessState::Kind::requesting:
+        return QStringLiteral("loading");
+    case ReminderAccessState::Kind::authorized:
+        break;
+    }
+    if (!store_.visibleTasks().empty())
+        return QStringLiteral("cards");
+    if (!store_.hasLoaded())
+        return QStringLiteral("loading");
+    if (!store_.searchQuery().trimmed().isEmpty())
+        return QStringLiteral("nothingFound");
+    return store_.filters() == ReminderFilters{} ? QStringLiteral("empty") : QStringLiteral("allDone");
+}
+
+void RemindersViewModel::updateContent() {
+    const QString content = computedContent();
+    if (content == content_ && content != QLatin1String("failed"))
+        return;
+    content_ = content;
+    Q_EMIT contentChanged();
+}
+
+QString RemindersViewModel::failureText() const {
+    return localizer_(store_.accessState().message);
+}
+
+QVariantList RemindersViewModel::lists() const {
+    QVariantList lists;
+    for (const ReminderList& list : store_.lists())
+        lists.append(QVariantMap{{QStringLiteral("id"), list.id},
+                                 {QStringLiteral("title"), list.title},
+                                 {QStringLiteral("color"), listColor(&list)},
+                                 {QStringLiteral("isWritable"), list.allowsContentModifications}});
+    return lists;
+}
+
+QString RemindersViewModel::selectedListId() const {
+    const QString id = store_.selectedListID().value_or(QString());
+    return findList(store_.lists(), id) ? id : QString();
+}
+
+void RemindersViewModel::setSelectedListId(const QString& id) {
+    store_.setSelectedListID(id.isEmpty() ? std::nullopt : std::optional(id));
+}
+
+QString RemindersViewModel::selectedListTitle() const {
+    const ReminderList* list = findList(store_.lists(), selectedListId());
+    return list ? list->title : localizer_(text("All lists", "Toutes les listes"));
+}
+
+QColor RemindersViewModel::selectedListColor() const {
+    const ReminderList* list = findList(store_.lists(), selectedListId());
+    return list ? listColor(list) : allListsColor();
+}
+
+bool RemindersViewModel::showsTodayOnly() const {
+    return store_.filters().todayOnly;
+}
+
+void RemindersViewModel::setShowsTodayOnly(bool on) {
+    store_.setShowsTodayOnly(on);
+}
+
+bool RemindersViewModel::showsOverdueOnly() const {
+    return store_.filters().overdueOnly;
+}
+
+void RemindersViewModel::setShowsOverdueOnly(bool on) {
+    store_.setShowsOverdueOnly(on);
+}
+
+bool RemindersViewModel::showsFlaggedOnly() const {
+    return store_.filters().flaggedOnly;
+}
+
+void RemindersViewModel::setShowsFlaggedOnly(bool on) {
+    store_.setShowsFlaggedOnly(on);
+}
+
+int RemindersViewModel::todayCount() const {
+    return store_.filterCounts().today;
+}
+
+int RemindersViewModel::overdueCount() const {
+    return store_.filterCounts().overdue;
+}
+
+int RemindersViewModel::flaggedCount() const {
+    return store_.filterCounts().flagged;
+}
+
+QVariantList RemindersViewModel::sortModes() const {
+    QVariantList modes;
+    for (const ReminderSortMode mode : allReminderSortModes)
+        modes.append(QVariantMap{{QStringLiteral("rawValue"), rawValue(mode)},
+                                 {QStringLiteral("title"), localizer_(title(mode))}});
+    return modes;
+}
+
+QString RemindersViewModel::sortMode() const {
+    return rawValue(store_.sortMode());
+}
+
+void RemindersViewModel::setSortMode(const QString& raw) {
+    if (const auto mode = reminderSortMode(raw))
+        store_.setSortMode(*mode);
+}
+
+QString RemindersViewModel::searchQuery() const {
+    return store_.searchQuery();
+}
+
+void RemindersViewModel::setSearchQuery(const QString& query) {
+    store_.setSearchQuery(query);
+}
+
+void RemindersViewModel::toggleCompletion(const QString& taskId) {
+    store_.toggleCompletion(taskId);
+}
+
+void RemindersViewModel::remove(const QString& taskId) {
+    store_.remove(taskId, [self = QPointer(this)](const tl::expected<void, ReminderStoreError>& result) {
+        if (self && !result)
+            Q_EMIT self->changeFailed(self->localizer_(result.error().message()));
+    });
+}
+
+void RemindersViewModel::retry() {
+    store_.refreshAccessState();
+    if (store_.accessState().kind != ReminderAccessState::Kind::authorized)
+        store_.requestAccess();
+}
+
+void RemindersViewModel::openPrivacyPage() {
+    Q_EMIT privacyPageRequested();
+}
+
+}  // namespace kestrant

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "foundation/Scheduler.h"
+#include "foundation/ZoneCalendar.h"
+#include "ui/ReminderCardModel.h"
+
+#include <QColor>
+#include <QObject>
+#include <QQmlEngine>
+#include <QString>
+#include <QVariantList>
+
+namespace kestrant {
+
+class Localizer;
+class ReminderStore;
+struct ReminderTask;
+
+/// The reminders module: cards, lists, filters, order, search, and what a person can do with them. Holds no
+/// state of its own beside texts made from the store's. Thread: main.
+class RemindersViewModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+
+    Q_PROPERTY(kestrant::ReminderCardModel* cards READ cards CONSTANT)
+    /// What the module shows: "cards", "loading", "empty" (no open reminder), "allDone" (none passes the
+    /// filters), "nothingFound" (the search finds none), "denied", "restricted" or "failed".
+    Q_PROPERTY(QString content READ content NOTIFY contentChanged)
+    /// The reason, for "failed".
+    Q_PROPERTY(QString failureText READ failureText NOTIFY contentChanged)
+
+    /// {id, title, color, isWritable} each.
+    Q_PROPERTY(QVariantList lists READ lists NOTIFY listsChanged)
+    /// Empty for all lists.
+    Q_PROPERTY(QString selectedListId READ selectedListId WRITE setSelectedListId NOTIFY listsChanged)
+    Q_PROPERTY(QString selectedListTitle READ selectedListTitle NOTIFY listsChanged)
+    Q_PROPERTY(QColor selectedListColor READ selectedListColor NOTIFY listsChanged)
+
+    Q_PROPERTY(bool showsTodayOnly READ showsTodayOnly WRITE setShowsTodayOnly NOTIFY filtersChanged)
+    Q_PROPERTY(bool showsOverdueOnly READ showsOverdueOnly WRITE setShowsOverdueOnly NOTIFY filtersChanged)
+    Q_PROPERTY(bool showsFlaggedOnly READ showsFlaggedOnly WRITE setShowsFlaggedOnly NOTIFY filtersChanged)
+    Q_PROPERTY(int todayCount READ todayCount NOTIFY countsChanged)
+    Q_PROPERTY(int overdueCount READ overdueCount NOTIFY countsChanged)
+    Q_PROPERTY(int flaggedCount READ flaggedCount NOTIFY countsChanged)
+
+    /// {rawValue, title} each.
+    Q_PROPERTY(QVariantList sortModes READ sortModes NOTIFY sortModesChanged)
+    Q_PROPERTY(QString sortMode READ sortMode WRITE setSortMode NOTIFY sortModeChanged)
+    Q_PROPERTY(QString searchQuery READ searchQuery WRITE setSearchQuery NOTIFY searchQueryChanged)
+
+  public:
+    /// Everything must outlive the view model.
+    RemindersViewModel(ReminderStore& store, const Clock& clock, const CurrentCalendar& calendar,
+                       Localizer& localizer, QObject* parent = nullptr);
+
+    [[nodiscard]] ReminderCardModel* cards() { return &cards_; }
+    [[nodiscard]] const QString& content() const { return content_; }
+    [[nodiscard]] QString failureText() const;
+    [[nodiscard]] QVariantList lists() const;
+    [[nodiscard]] QString selectedListId() const;
+    void setSelectedListId(const QString& id);
+    [[nodiscard]] QString selectedListTitle() const;
+    [[nodiscard]] QColor selectedListColor() const;
+    [[nodiscard]] bool showsTodayOnly() const;
+    void setShowsTodayOnly(bool on);
+    [[nodiscard]] bool showsOverdueOnly() const;
+    void setShowsOverdueOnly(bool on);
+    [[nodiscard]] bool showsFlaggedOnly() const;
+    void setShowsFlaggedOnly(bool on);
+    [[nodiscard]] int todayCount() const;
+    [[nodiscard]] int overdueCount() const;
+    [[nodiscard]] int flaggedCount() const;
+    [[nodiscard]] QVariantList sortModes() const;
+    [[nodiscard]] QString sortMode() const;
+    void setSortMode(const QString& rawValue);
+    [[nodiscard]] QString searchQuery() const;
+    void setSearchQuery(const QString& query);
+
+    /// Asks for completion, or takes it back while that is possible.
+    Q_INVOKABLE void toggleCompletion(const QString& taskId);
+    Q_INVOKABLE void remove(const QString& taskId);
+    /// Tries again to open the database.
+    Q_INVOKABLE void retry();
+    Q_INVOKABLE void openPrivacyPage();
+
+  Q_SIGNALS:
+    void contentChanged();
+    void listsChanged();
+    void filtersChanged();
+    void countsChanged();
+    void sortModesChanged();
+    void sortModeChanged();
+    void searchQueryChanged();
+    /// A card is to be brought into view and pointed out.
+    void revealRequested(const QString& taskId);
+    /// A change did not happen; the sentence says why.
+    void changeFailed(const QString& message);
+    /// The person wants to allow access; the application opens the place where that is done.
+    void privacyPageRequested();
+
+  private:
+    void updateContent();
+    [[nodiscard]] ReminderCard card(const ReminderTask& task, bool isPending) const;
+    [[nodiscard]] QString computedContent() const;
+
+    ReminderStore& store_;
+    const Clock& clock_;
+    const CurrentCalendar& calendar_;
+    Localizer& localizer_;
+    ReminderCardModel cards_;
+    QString content_ = QStringLiteral("loading");
+};
+
+}  // namespace kestrant

@@ -1,0 +1,99 @@
+#include "ui/SettingsViewModel.h"
+
+#include "preferences/Preferences.h"
+#include "ui/Localizer.h"
+
+namespace kestrant {
+
+SettingsViewModel::SettingsViewModel(Preferences& preferences, Localizer& localizer, QObject* parent)
+    : QObject(parent)
+    , preferences_(preferences)
+    , localizer_(localizer)
+    , subscription_(preferences.observeChanges([this](const QString&) { Q_EMIT changed(); })) {
+    connect(&localizer, &Localizer::languageChanged, this, &SettingsViewModel::changed);
+}
+
+QString SettingsViewModel::language() const {
+    return preferences_.isFrench() ? QStringLiteral("fr") : QStringLiteral("en");
+}
+
+void SettingsViewModel::setLanguage(const QString& language) {
+    preferences_.setLanguage(language == QLatin1String("fr") ? Language::french : Language::english);
+}
+
+bool SettingsViewModel::requiresClick() const {
+    return preferences_.requiresClickOrSwipeToExpand();
+}
+
+void SettingsViewModel::setRequiresClick(bool required) {
+    preferences_.setRequiresClickOrSwipeToExpand(required);
+}
+
+double SettingsViewModel::hoverDelay() const {
+    return preferences_.hoverExpandDelay();
+}
+
+void SettingsViewModel::setHoverDelay(double seconds) {
+    preferences_.setHoverExpandDelay(seconds);
+}
+
+double SettingsViewModel::autoCloseDelay() const {
+    return preferences_.autoCloseDelay();
+}
+
+void SettingsViewModel::setAutoCloseDelay(double seconds) {
+    preferences_.setAutoCloseDelay(seconds);
+}
+
+QString SettingsViewModel::material() const {
+    return preferences_.notchMaterial();
+}
+
+void SettingsViewModel::setMaterial(const QString& material) {
+    preferences_.setNotchMaterial(material);
+}
+
+int SettingsViewModel::sounds() const {
+    return int(preferences_.soundProfile());
+}
+
+void SettingsViewModel::setSounds(int profile) {
+    if (profile >= int(SoundProfile::off) && profile <= int(SoundProfile::soft))
+        preferences_.setSoundProfile(SoundProfile(profile));
+}
+
+QString SettingsViewModel::moduleOrder() const {
+    return rawValue(preferences_.moduleOrder());
+}
+
+void SettingsViewModel::setModuleOrder(const QString& raw) {
+    if (const auto order = moduleOrderFromRawValue(raw))
+        preferences_.setModuleOrder(*order);
+}
+
+QString SettingsViewModel::layoutRatio() const {
+    return rawValue(preferences_.layoutRatio());
+}
+
+void SettingsViewModel::setLayoutRatio(const QString& raw) {
+    if (const auto ratio = layoutRatioFromRawValue(raw))
+        preferences_.setLayoutRatio(*ratio);
+}
+
+QVariantList SettingsViewModel::moduleOrders() const {
+    QVariantList orders;
+    for (const KestrantModuleOrder order : allModuleOrders)
+        orders.append(QVariantMap{{QStringLiteral("rawValue"), rawValue(order)},
+                                  {QStringLiteral("title"), localizer_(title(order))}});
+    return orders;
+}
+
+QVariantList SettingsViewModel::layoutRatios() const {
+    QVariantList ratios;
+    for (const KestrantLayoutRatio ratio : allLayoutRatios)
+        ratios.append(QVariantMap{{QStringLiteral("rawValue"), rawValue(ratio)},
+                                  {QStringLiteral("title"), rawValue(ratio)}});
+    return ratios;
+}
+
+}  // namespace kestrant

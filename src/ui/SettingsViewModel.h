@@ -1,0 +1,72 @@
+#pragma once
+
+#include "foundation/Subscription.h"
+
+#include <QObject>
+#include <QQmlEngine>
+#include <QString>
+#include <QVariantList>
+
+namespace kestrant {
+
+class Localizer;
+class Preferences;
+
+/// What the settings popover shows and changes; every change is stored at once and shows everywhere. Thread:
+/// main.
+class SettingsViewModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    /// "en" or "fr".
+    Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY changed)
+    Q_PROPERTY(bool requiresClick READ requiresClick WRITE setRequiresClick NOTIFY changed)
+    /// Seconds.
+    Q_PROPERTY(double hoverDelay READ hoverDelay WRITE setHoverDelay NOTIFY changed)
+    Q_PROPERTY(double autoCloseDelay READ autoCloseDelay WRITE setAutoCloseDelay NOTIFY changed)
+    Q_PROPERTY(QString material READ material WRITE setMaterial NOTIFY changed)
+    /// 0 off, 1 full, 2 soft.
+    Q_PROPERTY(int sounds READ sounds WRITE setSounds NOTIFY changed)
+    Q_PROPERTY(QString moduleOrder READ moduleOrder WRITE setModuleOrder NOTIFY changed)
+    Q_PROPERTY(QString layoutRatio READ layoutRatio WRITE setLayoutRatio NOTIFY changed)
+    /// {rawValue, title} each.
+    Q_PROPERTY(QVariantList moduleOrders READ moduleOrders NOTIFY changed)
+    Q_PROPERTY(QVariantList layoutRatios READ layoutRatios CONSTANT)
+
+  public:
+    /// Both must outlive the view model.
+    SettingsViewModel(Preferences& preferences, Localizer& localizer, QObject* parent = nullptr);
+
+    [[nodiscard]] QString language() const;
+    void setLanguage(const QString& language);
+    [[nodiscard]] bool requiresClick() const;
+    void setRequiresClick(bool required);
+    [[nodiscard]] double hoverDelay() const;
+    void setHoverDelay(double seconds);
+    [[nodiscard]] double autoCloseDelay() const;
+    void setAutoCloseDelay(double seconds);
+    [[nodiscard]] QString material() const;
+    void setMaterial(const QString& material);
+    [[nodiscard]] int sounds() const;
+    void setSounds(int profile);
+    [[nodiscard]] QString moduleOrder() const;
+    void setModuleOrder(const QString& rawValue);
+    [[nodiscard]] QString layoutRatio() const;
+    void setLayoutRatio(const QString& rawValue);
+    [[nodiscard]] QVariantList moduleOrders() const;
+    [[nodiscard]] QVariantList layoutRatios() const;
+
+    Q_INVOKABLE void quit() { Q_EMIT quitRequested(); }
+
+  Q_SIGNALS:
+    void changed();
+    /// The person wants the program to end.
+    void quitRequested();
+
+  private:
+    Preferences& preferences_;
+    Localizer& localizer_;
+    Subscription subscription_;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,57 @@
+#include "ui/items/NotchOutline.h"
+
+#include "notch/NotchContainerShape.h"
+
+#include <QLinearGradient>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace kestrant {
+
+QPainterPath outlinePath(const NotchContainerShape& shape, double areaWidth) {
+    const double width = shape.size.width();
+    const double height = shape.size.height();
+    const double ear = std::clamp(shape.topEarRadius, 0.0, std::min(width / 2, height));
+    const double bottom = std::clamp(shape.bottomRadius, 0.0, std::min(width / 2 - ear, height - ear));
+    const double left = (areaWidth - width) / 2;
+    const double right = left + width;
+
+    QPainterPath path(QPointF(left, 0));
+    path.arcTo(QRectF(left - ear, 0, 2 * ear, 2 * ear), 90, -90);
+    path.lineTo(left + ear, height - bottom);
+    path.arcTo(QRectF(left + ear, height - 2 * bottom, 2 * bottom, 2 * bottom), 180, 90);
+    path.lineTo(right - ear - bottom, height);
+    path.arcTo(QRectF(right - ear - 2 * bottom, height - 2 * bottom, 2 * bottom, 2 * bottom), 270, 90);
+    path.lineTo(right - ear, ear);
+    path.arcTo(QRectF(right - ear, 0, 2 * ear, 2 * ear), 180, -90);
+    path.closeSubpath();
+    return path;
+}
+
+NotchOutline::NotchOutline(QQuickItem* parent) : QQuickPaintedItem(parent) {
+    setAntialiasing(true);
+    connect(this, &NotchOutline::shapeChanged, this, [this] { update(); });
+}
+
+void NotchOutline::paint(QPainter* painter) {
+    const QPainterPath path = outlinePath({{shapeWidth_, shapeHeight_}, earRadius_, bottomRadius_}, width());
+    painter->setRenderHint(QPainter::Antialiasing);
+    if (graded_) {
+        QLinearGradient shade(0, 0, 0, height());
+        shade.setColorAt(0, Qt::black);
+        shade.setColorAt(34 / height(), Qt::black);
+        shade.setColorAt(60 / height(), QColor(0x0c, 0x0d, 0x11));
+        shade.setColorAt(1, QColor(0x10, 0x11, 0x16));
+        painter->fillPath(path, shade);
+    } else {
+        painter->fillPath(path, Qt::black);
+    }
+    if (borderColor_.alpha() > 0) {
+        // Twice the width, of which the clip leaves the inner half.
+        painter->setClipPath(path);
+        painter->strokePath(path, QPen(borderColor_, 2));
+    }
+}
+
+}  // namespace kestrant

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QColor>
+#include <QPainterPath>
+#include <QQuickPaintedItem>
+
+namespace kestrant {
+
+struct NotchContainerShape;
+
+/// The outline of a shape that hangs from the middle of the top edge of an area so many points wide.
+[[nodiscard]] QPainterPath outlinePath(const NotchContainerShape& shape, double areaWidth);
+
+/// The panel's black body, joined to the top edge of the item and centred in it.
+class NotchOutline : public QQuickPaintedItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(double shapeWidth MEMBER shapeWidth_ NOTIFY shapeChanged)
+    Q_PROPERTY(double shapeHeight MEMBER shapeHeight_ NOTIFY shapeChanged)
+    Q_PROPERTY(double earRadius MEMBER earRadius_ NOTIFY shapeChanged)
+    Q_PROPERTY(double bottomRadius MEMBER bottomRadius_ NOTIFY shapeChanged)
+    /// Black at the top edge, a shade lighter from the toolbar's lower edge on; else black all over.
+    Q_PROPERTY(bool graded MEMBER graded_ NOTIFY shapeChanged)
+    /// A line of one point inside the outline; transparent for none.
+    Q_PROPERTY(QColor borderColor MEMBER borderColor_ NOTIFY shapeChanged)
+
+  public:
+    explicit NotchOutline(QQuickItem* parent = nullptr);
+    void paint(QPainter* painter) override;
+
+  Q_SIGNALS:
+    void shapeChanged();
+
+  private:
+    double shapeWidth_ = 0.0;
+    double shapeHeight_ = 0.0;
+    double earRadius_ = 0.0;
+    double bottomRadius_ = 0.0;
+    bool graded_ = true;
+    QColor borderColor_ = Qt::transparent;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,98 @@
+#include "ui/items/StateArt.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace kestrant {
+namespace {
+
+constexpr QSizeF cardSize(92, 46);
+constexpr double badgeRadius = 15.0;
+
+void drawCard(QPainter& painter, double angle, int lightness, bool written) {
+    painter.save();
+    painter.rotate(angle);
+    const QRectF card(QPointF(-cardSize.width() / 2, -cardSize.height() / 2), cardSize);
+    // Opaque, so that the card behind does not shine through.
+    painter.setBrush(QColor(lightness, lightness, lightness + 4));
+    painter.setPen(QPen(QColor(255, 255, 255, 26), 1));
+    painter.drawRoundedRect(card, 11, 11);
+    if (written) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(QColor(0x5a, 0x5c, 0x66), 1.75));
+        painter.drawEllipse(QPointF(card.left() + 17, card.top() + 17), 6.5, 6.5);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(255, 255, 255, 40));
+        painter.drawRoundedRect(QRectF(card.left() + 32, card.top() + 12, 42, 5), 2.5, 2.5);
+        painter.setBrush(QColor(255, 255, 255, 22));
+        painter.drawRoundedRect(QRectF(card.left() + 32, card.top() + 23, 28, 5), 2.5, 2.5);
+    }
+    painter.restore();
+}
+
+QColor badgeColor(const QString& kind) {
+    if (kind == QLatin1String("nothingFound"))
+        return {0x0a, 0x84, 0xff};
+    if (kind == QLatin1String("denied"))
+        return {0xff, 0x9f, 0x0a};
+    if (kind == QLatin1String("failed"))
+        return {0xff, 0x69, 0x61};
+    return {0x30, 0xd1, 0x58};
+}
+
+/// The sign on the badge, around its middle.
+void drawSign(QPainter& painter, const QString& kind, const QColor& color) {
+    const QPen pen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+    painter.setPen(pen);
+    painter.setBrush(Qt::NoBrush);
+    if (kind == QLatin1String("nothingFound")) {
+        painter.drawEllipse(QPointF(-1.2, -1.2), 4.6, 4.6);
+        painter.drawLine(QPointF(2.4, 2.4), QPointF(5.6, 5.6));
+    } else if (kind == QLatin1String("denied")) {
+        QPainterPath bow(QPointF(-3.2, -0.5));
+        bow.lineTo(-3.2, -3);
+        bow.arcTo(QRectF(-3.2, -6.2, 6.4, 6.4), 180, -180);
+        bow.lineTo(3.2, -0.5);
+        painter.drawPath(bow);
+        painter.setBrush(color);
+        painter.drawRoundedRect(QRectF(-4.6, -0.5, 9.2, 6.2), 1.2, 1.2);
+    } else if (kind == QLatin1String("failed")) {
+        painter.drawLine(QPointF(0, -5.5), QPointF(0, 1.2));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(color);
+        painter.drawEllipse(QPointF(0, 5.2), 1.4, 1.4);
+    } else {
+        QPainterPath mark(QPointF(-5, 0.4));
+        mark.lineTo(-1.5, 3.9);
+        mark.lineTo(5.2, -3.8);
+        painter.drawPath(mark);
+    }
+}
+
+}  // namespace
+
+StateArt::StateArt(QQuickItem* parent) : QQuickPaintedItem(parent) {
+    setImplicitSize(132, 84);
+    setAntialiasing(true);
+    connect(this, &StateArt::kindChanged, this, [this] { update(); });
+}
+
+void StateArt::paint(QPainter* painter) {
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->translate(width() / 2, height() / 2);
+    drawCard(*painter, -7, 0x17, false);
+    painter->translate(0, 4);
+    drawCard(*painter, 3, 0x22, true);
+
+    painter->translate(cardSize.width() / 2 - 8, cardSize.height() / 2 - 6);
+    const QColor color = badgeColor(kind_);
+    painter->setPen(Qt::NoPen);
+    // A rim in the panel's own colour sets the badge off from the card.
+    painter->setBrush(QColor(0x0c, 0x0d, 0x11));
+    painter->drawEllipse(QPointF(), badgeRadius + 3, badgeRadius + 3);
+    painter->setBrush(QColor(color.red() / 5 + 8, color.green() / 5 + 8, color.blue() / 5 + 8));
+    painter->drawEllipse(QPointF(), badgeRadius, badgeRadius);
+    drawSign(*painter, kind_, color);
+}
+
+}  // namespace kestrant

@@ -1,0 +1,138 @@
+import QtQuick
+import Kestrant
+
+// A round button with any of: a colour dot, an icon, a word, a count, a chevron, a cross that takes it back.
+FocusScope {
+    id: chip
+
+    property string text
+    property string iconName
+    property color dotColor: "transparent"
+    property int count: -1
+    property color countColor: Theme.secondaryText
+    property bool showsChevron: false
+    property bool showsCross: false
+    property bool checkable: false
+    property bool checked: false
+    property string spokenName: text
+    property int maximumWidth: 1000
+    property color color: Theme.control
+    property color textColor: Theme.chipText
+    property string tip
+    signal clicked
+    signal crossClicked
+
+    readonly property bool hovered: pointer.hovered
+    readonly property int sidePadding: 10
+
+    height: 24
+    implicitWidth: Math.min(maximumWidth, Math.ceil(row.implicitWidth) + 2 * sidePadding)
+    width: implicitWidth
+    activeFocusOnTab: true
+
+    Accessible.role: checkable ? Accessible.CheckBox : Accessible.Button
+    Accessible.name: count >= 0 ? spokenName + ", " + count : spokenName
+    Accessible.checkable: checkable
+    Accessible.checked: checked
+    Accessible.focusable: true
+    Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
+
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
+            clicked()
+            event.accepted = true
+        } else if (showsCross && (event.key === Qt.Key_Delete || event.key === Qt.Key_Backspace)) {
+            crossClicked()
+            event.accepted = true
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: height / 2
+        color: chip.checked ? Theme.controlOn : chip.hovered ? Theme.controlHovered : chip.color
+        border.color: Theme.outline
+        border.width: Theme.contrast ? 1 : 0
+        Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+    }
+
+    Row {
+        id: row
+        x: chip.sidePadding
+        height: parent.height
+        spacing: 6
+
+        Rectangle {
+            id: dot
+            visible: chip.dotColor.a > 0
+            width: 8
+            height: 8
+            radius: 4
+            anchors.verticalCenter: parent.verticalCenter
+            color: chip.dotColor
+        }
+        Icon {
+            id: icon
+            visible: name !== ""
+            name: chip.iconName
+            width: 14
+            height: 14
+            strokeWidth: 1.4
+            anchors.verticalCenter: parent.verticalCenter
+            color: chip.checked ? Theme.text : chip.textColor
+        }
+        Text {
+            id: label
+            visible: text !== ""
+            // The word alone is shortened, never what stands beside it.
+            width: Math.min(implicitWidth, Math.max(0, chip.maximumWidth - 2 * chip.sidePadding - besides))
+            readonly property real besides: (dot.visible ? 14 : 0) + (icon.visible ? 20 : 0)
+                                            + (number.visible ? number.implicitWidth + 6 : 0)
+                                            + (chevron.visible ? 16 : 0) + (cross.visible ? 16 : 0)
+            height: parent.height
+            verticalAlignment: Text.AlignVCenter
+            text: chip.text
+            elide: Text.ElideRight
+            color: chip.checked ? Theme.text : chip.textColor
+            font.pixelSize: 12
+            font.weight: Font.Medium
+        }
+        Text {
+            id: number
+            visible: chip.count >= 0
+            height: parent.height
+            verticalAlignment: Text.AlignVCenter
+            text: chip.count
+            color: chip.checked ? Theme.text : chip.countColor
+            font.pixelSize: 12
+            font.weight: Font.Medium
+        }
+        Icon {
+            id: chevron
+            visible: chip.showsChevron
+            name: "chevronDown"
+            width: 10
+            height: 10
+            strokeWidth: 1.3
+            anchors.verticalCenter: parent.verticalCenter
+            color: Theme.secondaryText
+        }
+        Icon {
+            id: cross
+            visible: chip.showsCross
+            name: "close"
+            width: 10
+            height: 10
+            strokeWidth: 1.3
+            anchors.verticalCenter: parent.verticalCenter
+            color: crossPointer.hovered ? Theme.text : Theme.secondaryText
+            HoverHandler { id: crossPointer; margin: 5 }
+            TapHandler { margin: 5; onTapped: chip.crossClicked() }
+        }
+    }
+
+    HoverHandler { id: pointer; enabled: chip.enabled }
+    TapHandler { onTapped: chip.clicked() }
+    FocusRing { target: chip; radius: height / 2 }
+}

@@ -1,0 +1,86 @@
+import QtQuick
+import Kestrant
+
+// Everything on the expanded panel: the toolbar and, below it, the modules.
+FocusScope {
+    id: content
+
+    required property PanelViewModel panel
+    required property RemindersViewModel reminders
+    required property QuickAddViewModel quickAdd
+    required property SettingsViewModel settings
+    required property OverlayHost overlays
+
+    readonly property int sideMargin: panel.earRadius + Theme.margin
+    readonly property bool canScrollDown: grid.visible && grid.canScrollDown
+    readonly property rect scrollArea: Qt.rect(grid.x, grid.y, grid.width, grid.height)
+
+    function focusCards() {
+        if (grid.visible)
+            grid.forceActiveFocus(Qt.OtherFocusReason)
+        else
+            content.forceActiveFocus(Qt.OtherFocusReason)
+    }
+    function openQuickAdd() { toolbar.openQuickAdd() }
+    function openSettings() { toolbar.openSettings() }
+    function openSearch() { toolbar.openSearch() }
+    function openLists() { toolbar.openLists() }
+    function openSort() { toolbar.openSort() }
+    function openCardMenu(index, x, y) { grid.openMenu(index, x, y) }
+    function makeCurrent(index) { grid.makeCurrent(index, Qt.TabFocusReason) }
+    function showMessage(message) { toast.show(message) }
+
+    Keys.onEscapePressed: panel.fold()
+
+    Toolbar {
+        id: toolbar
+        x: content.sideMargin
+        width: parent.width - 2 * x
+        panel: content.panel
+        reminders: content.reminders
+        quickAdd: content.quickAdd
+        settings: content.settings
+        overlays: content.overlays
+        tooltip: tooltip
+        onGridWanted: content.focusCards()
+    }
+    ReminderGrid {
+        id: grid
+        visible: content.panel.showReminders && content.reminders.content === "cards"
+        focus: true
+        x: content.sideMargin
+        y: Theme.toolbarHeight
+        width: parent.width - 2 * x
+        // Down to where the panel's lower corners begin to round off what would be drawn over them.
+        height: parent.height - y - Theme.gap
+        reminders: content.reminders
+        overlays: content.overlays
+        onLeftUpwards: toolbar.nextItemInFocusChain(true).forceActiveFocus(Qt.BacktabFocusReason)
+        onEscaped: content.panel.fold()
+    }
+    Loader {
+        active: !grid.visible
+        x: content.sideMargin
+        y: Theme.toolbarHeight
+        width: parent.width - 2 * x
+        height: parent.height - y - Theme.gap
+        sourceComponent: StateView {
+            reminders: content.reminders
+            overlays: content.overlays
+            modulesOff: !content.panel.showReminders
+            onAddWanted: content.openQuickAdd()
+        }
+    }
+    Toast {
+        id: toast
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.margin
+    }
+    Tooltip { id: tooltip }
+
+    Connections {
+        target: content.reminders
+        function onChangeFailed(message) { toast.show(message) }
+    }
+}

@@ -1,0 +1,179 @@
+import QtQuick
+import Kestrant
+
+// A list to choose one entry of: {title, checked, color, iconName, shortcut, destructive, enabled} each.
+Popover {
+    id: menu
+
+    property var entries: []
+    property string title
+    property var choose: null
+    property int current: -1
+
+    padding: 6
+    contentWidth: Math.max(148, widest)
+    contentHeight: rows.height
+    spokenName: title
+    property real widest: 0
+
+    readonly property bool hasChecks: entries.some(entry => entry.checked !== undefined)
+    readonly property real leading: hasChecks ? 30 : entries.some(entry => entry.iconName) ? 34 : 12
+
+    function pick(index) {
+        if (entries[index].enabled === false)
+            return
+        const action = choose
+        close()
+        action(index)
+    }
+    function step(distance) {
+        let next = current
+        for (let tries = 0; tries < entries.length; ++tries) {
+            next = (next + distance + entries.length) % entries.length
+            if (entries[next].enabled !== false)
+                break
+        }
+        current = next
+    }
+
+    focus: true
+    Component.onCompleted: {
+        current = entries.findIndex(entry => entry.checked === true)
+        if (current < 0 && Appearance.showsFocus)
+            step(1)
+    }
+    Keys.onDownPressed: step(1)
+    Keys.onUpPressed: current < 0 ? (current = 0, step(-1)) : step(-1)
+    Keys.onPressed: event => {
+        event.accepted = true
+        if (event.key === Qt.Key_Home) {
+            current = -1
+            step(1)
+        } else if (event.key === Qt.Key_End) {
+            current = 0
+            step(-1)
+        } else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter || event.key === Qt.Key_Space) {
+            if (current >= 0)
+                pick(current)
+        } else if (event.text !== "" && event.text.trim() !== "") {
+            const wanted = event.text.toLowerCase()
+            for (let offset = 1; offset <= entries.length; ++offset) {
+                const index = (current + offset) % entries.length
+                if (entries[index].title.toLowerCase().startsWith(wanted)) {
+                    current = index
+                    break
+                }
+            }
+        } else {
+            event.accepted = false
+        }
+    }
+
+    Column {
+        id: rows
+        width: menu.contentWidth
+
+        Text {
+            visible: menu.title !== ""
+            height: visible ? 26 : 0
+            leftPadding: 10
+            verticalAlignment: Text.AlignVCenter
+            text: menu.title
+            color: Theme.secondaryText
+            font.pixelSize: 11
+            font.weight: Font.DemiBold
+        }
+        Repeater {
+            model: menu.entries
+            delegate: Item {
+                id: row
+                required property var modelData
+                required property int index
+                readonly property bool usable: modelData.enabled !== false
+                readonly property bool isCurrent: menu.current === index && usable
+                readonly property color ink: !usable ? Theme.white(0.35)
+                                           : modelData.destructive && !isCurrent ? Theme.destructiveText : Theme.text
+
+                width: menu.contentWidth
+                height: 28
+                Component.onCompleted: menu.widest = Math.max(menu.widest, Math.ceil(
+                    menu.leading + words.implicitWidth + (shortcut.visible ? shortcut.implicitWidth + 28 : 0)
+                    + (dot.visible ? 16 : 0) + 14))
+
+                Accessible.role: menu.hasChecks ? Accessible.RadioButton : Accessible.MenuItem
+                Accessible.name: modelData.title
+                Accessible.checkable: menu.hasChecks
+                Accessible.checked: modelData.checked === true
+                Accessible.focusable: usable
+                Accessible.focused: isCurrent
+                Accessible.onPressAction: menu.pick(index)
+
+                Rectangle {
+                    anchors.fill: parent
+                    radius: 10
+                    color: !row.isCurrent ? "transparent"
+                         : row.modelData.destructive ? Theme.destructiveFill : Theme.primaryFill
+                }
+                Icon {
+                    visible: row.modelData.checked === true
+                    x: 9
+                    width: 14
+                    height: 14
+                    anchors.verticalCenter: parent.verticalCenter
+                    name: "check"
+                    strokeWidth: 1.75
+                    color: row.ink
+                }
+                Icon {
+                    visible: name !== ""
+                    x: 10
+                    width: 16
+                    height: 16
+                    anchors.verticalCenter: parent.verticalCenter
+                    name: row.modelData.iconName ?? ""
+                    strokeWidth: 1.4
+                    color: row.ink
+                }
+                Rectangle {
+                    id: dot
+                    visible: row.modelData.color !== undefined
+                    x: menu.leading
+                    width: 9
+                    height: 9
+                    radius: 4.5
+                    anchors.verticalCenter: parent.verticalCenter
+                    color: row.modelData.color ?? "transparent"
+                    border.color: row.isCurrent ? Theme.white(0.7) : "transparent"
+                    border.width: row.isCurrent ? 1 : 0
+                }
+                Text {
+                    id: words
+                    x: menu.leading + (dot.visible ? 16 : 0)
+                    width: Math.min(implicitWidth, parent.width - x - 12)
+                    height: parent.height
+                    verticalAlignment: Text.AlignVCenter
+                    text: row.modelData.title
+                    textFormat: Text.PlainText
+                    elide: Text.ElideRight
+                    color: row.ink
+                    font.pixelSize: 12.5
+                }
+                Text {
+                    id: shortcut
+                    visible: text !== ""
+                    anchors.right: parent.right
+                    anchors.rightMargin: 12
+                    height: parent.height
+                    verticalAlignment: Text.AlignVCenter
+                    text: row.modelData.shortcut ?? ""
+                    color: row.isCurrent ? Theme.white(0.85) : Theme.secondaryText
+                    font.pixelSize: 11
+                }
+                HoverHandler {
+                    onHoveredChanged: if (hovered) menu.current = row.index
+                }
+                TapHandler { onTapped: menu.pick(row.index) }
+            }
+        }
+    }
+}

@@ -1,0 +1,112 @@
+import QtQuick
+import Kestrant
+
+// The window's whole content. At rest it is the black outline alone; the rest is loaded after the first frame.
+Item {
+    id: root
+
+    required property PanelViewModel panel
+    required property RemindersViewModel reminders
+    required property QuickAddViewModel quickAdd
+    required property SettingsViewModel settings
+    required property OverlayHost overlays
+    required property bool loadInBackground
+    readonly property Item content: expanded.item
+    property bool started: !loadInBackground
+
+    /// Whether the content at this place can scroll further down.
+    function scrollsDownAt(x, y) {
+        const area = content ? content.scrollArea : Qt.rect(0, 0, 0, 0)
+        return content !== null && content.canScrollDown && x >= area.x && x < area.x + area.width
+            && y >= area.y && y < area.y + area.height
+    }
+    function whenLoaded(action) {
+        expanded.active = true
+        if (expanded.item)
+            action(expanded.item)
+        else
+            expanded.pending = action
+    }
+
+    NotchOutline {
+        id: outline
+        anchors.fill: parent
+        shapeWidth: root.panel.shapeWidth
+        shapeHeight: root.panel.shapeHeight
+        earRadius: root.panel.earRadius
+        bottomRadius: root.panel.bottomRadius
+        graded: root.panel.material === "glass"
+        borderColor: Theme.outline
+        Behavior on shapeWidth { NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+        Behavior on shapeHeight { NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+        Behavior on earRadius { NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+        Behavior on bottomRadius { NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+    }
+
+    HoverHints {
+        anchors.horizontalCenter: parent.horizontalCenter
+        panel: root.panel
+    }
+
+    Item {
+        id: window
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: outline.shapeWidth
+        height: outline.shapeHeight
+        // Content comes to light inside the growing outline, never beside it.
+        clip: outline.shapeHeight < root.panel.expandedHeight
+        opacity: root.panel.isExpanded ? 1 : 0
+        visible: opacity > 0
+        enabled: root.panel.isExpanded
+        Behavior on opacity { NumberAnimation { duration: Theme.leaveDuration; easing.type: Easing.OutCubic } }
+
+        Loader {
+            id: expanded
+            property var pending: null
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: root.panel.expandedWidth
+            height: root.panel.expandedHeight
+            focus: true
+            active: root.started
+            asynchronous: root.loadInBackground
+            sourceComponent: ExpandedContent {
+                panel: root.panel
+                reminders: root.reminders
+                quickAdd: root.quickAdd
+                settings: root.settings
+                overlays: root.overlays
+            }
+            onLoaded: {
+                if (root.panel.isExpanded)
+                    item.focusCards()
+                if (pending)
+                    pending(item)
+                pending = null
+            }
+        }
+    }
+
+    // Loaded once the resting notch is on screen, so that it appears at once and still opens without a pause.
+    Timer {
+        running: root.loadInBackground
+        interval: 250
+        onTriggered: root.started = true
+    }
+
+    Connections {
+        target: root.panel
+        function onPhaseChanged() {
+            if (root.panel.isExpanded) {
+                root.started = true
+                root.whenLoaded(content => content.focusCards())
+            } else {
+                root.overlays.dismissAll()
+                root.reminders.searchQuery = ""
+                if (root.content)
+                    root.content.focusCards()
+            }
+        }
+        function onNewReminderRequested() { root.whenLoaded(content => content.openQuickAdd()) }
+        function onFindReminderRequested() { root.whenLoaded(content => content.openSearch()) }
+    }
+}

@@ -1,0 +1,53 @@
+import QtQuick
+import Kestrant
+
+FocusScope {
+    id: button
+
+    required property string text
+    property bool primary: false
+    property bool destructive: false
+    readonly property bool hovered: pointer.hovered
+    signal clicked
+
+    implicitWidth: Math.max(60, Math.ceil(label.implicitWidth) + 28)
+    width: implicitWidth
+    height: 30
+    opacity: enabled ? 1 : 0.45
+    activeFocusOnTab: enabled
+
+    Accessible.role: Accessible.Button
+    Accessible.name: text
+    Accessible.focusable: true
+    Accessible.onPressAction: clicked()
+
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
+            clicked()
+            event.accepted = true
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: 9
+        readonly property color base: button.primary ? Theme.primaryFill
+                                    : button.destructive ? Theme.destructiveFill : Theme.control
+        color: !button.hovered ? base
+             : button.primary || button.destructive ? Qt.lighter(base, 1.08) : Theme.controlHovered
+        border.color: Theme.outline
+        border.width: Theme.contrast ? 1 : 0
+        Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+    }
+    Text {
+        id: label
+        anchors.centerIn: parent
+        text: button.text
+        color: Theme.text
+        font.pixelSize: 12.5
+        font.weight: Font.DemiBold
+    }
+    HoverHandler { id: pointer; enabled: button.enabled }
+    TapHandler { onTapped: button.clicked() }
+    FocusRing { target: button; radius: 11 }
+}

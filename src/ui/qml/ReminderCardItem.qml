@@ -1,0 +1,177 @@
+import QtQuick
+import Kestrant
+
+// One reminder: its circle, its title on two lines, and below what else there is to know.
+Item {
+    id: root
+
+    required property var card
+    required property bool isCurrent
+    readonly property bool hovered: pointer.hovered
+    readonly property bool active: hovered || (isCurrent && Appearance.showsFocus)
+    property real highlight: 0
+    signal pressed
+    signal toggled
+    signal menuWanted(real x, real y)
+
+    Accessible.role: Accessible.CheckBox
+    Accessible.name: card.spokenText
+    Accessible.checkable: card.isWritable
+    Accessible.checked: card.isPending
+    Accessible.focusable: true
+    Accessible.focused: isCurrent
+    Accessible.onToggleAction: toggled()
+    Accessible.onPressAction: toggled()
+
+    Rectangle {
+        anchors.fill: parent
+        radius: Theme.cardRadius
+        color: root.active ? Theme.cardActive : Theme.card
+        border.color: Theme.outline
+        border.width: Theme.contrast ? 1 : 0
+        Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+    }
+    Rectangle {
+        anchors.fill: parent
+        visible: root.highlight > 0
+        radius: Theme.cardRadius
+        color: Qt.rgba(0.04, 0.52, 1, 0.25 * root.highlight)
+    }
+
+    HoverHandler { id: pointer }
+    TapHandler {
+        acceptedButtons: Qt.LeftButton
+        onTapped: {
+            root.pressed()
+            if (root.card.isPending)
+                root.toggled()
+        }
+    }
+    TapHandler {
+        acceptedButtons: Qt.RightButton
+        onTapped: eventPoint => {
+            root.pressed()
+            root.menuWanted(eventPoint.position.x, eventPoint.position.y)
+        }
+    }
+
+    CompletionCircle {
+        id: circle
+        x: 8
+        y: 7
+        width: 24
+        height: 24
+        color: root.card.listColor
+        opacity: root.card.isWritable ? 1 : 0.45
+        progress: root.card.isPending ? 1 : 0
+        hint: circlePointer.hovered && !root.card.isPending && root.card.isWritable ? 1 : 0
+        Behavior on progress { NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
+        Behavior on hint { NumberAnimation { duration: Theme.hoverDuration } }
+
+        HoverHandler { id: circlePointer; margin: 4 }
+        TapHandler {
+            margin: 4
+            enabled: root.card.isWritable
+            gesturePolicy: TapHandler.ReleaseWithinBounds
+            onTapped: {
+                root.pressed()
+                root.toggled()
+            }
+        }
+    }
+
+    Text {
+        id: title
+        x: 38
+        y: 10
+        width: root.width - x - 12
+        text: root.card.title
+        textFormat: Text.PlainText
+        wrapMode: Text.Wrap
+        elide: Text.ElideRight
+        maximumLineCount: 2
+        lineHeight: 17
+        lineHeightMode: Text.FixedHeight
+        color: root.card.isPending ? Theme.secondaryText : Theme.text
+        font.pixelSize: 13
+        font.weight: Font.Medium
+        font.strikeout: root.card.isPending
+        Accessible.ignored: true
+    }
+
+    Row {
+        id: facts
+        x: 38
+        y: 50
+        width: root.width - x - 12 - (flag.visible ? 20 : 0)
+        height: 14
+        spacing: 6
+        readonly property real besidesDue: (marks.visible ? marks.width + spacing : 0)
+                                           + (repeat.visible ? repeat.width + spacing : 0)
+
+        Text {
+            id: marks
+            visible: text !== ""
+            height: 14
+            text: root.card.priorityMarks
+            textFormat: Text.PlainText
+            color: Theme.flag
+            font.pixelSize: 11
+            font.weight: Font.Bold
+            Accessible.ignored: true
+        }
+        Text {
+            id: due
+            visible: text !== ""
+            width: Math.min(implicitWidth, facts.width - facts.besidesDue)
+            height: 14
+            elide: Text.ElideRight
+            text: root.card.dueText
+            textFormat: Text.PlainText
+            color: root.card.isOverdue ? Theme.overdue : Theme.secondaryText
+            font.pixelSize: 11
+            Accessible.ignored: true
+        }
+        Icon {
+            id: repeat
+            visible: root.card.isRecurring
+            y: 1
+            width: 12
+            height: 12
+            strokeWidth: 1.2
+            name: "repeat"
+            color: Theme.secondaryText
+        }
+        Text {
+            readonly property real room: facts.width - facts.besidesDue - (due.visible ? due.width + facts.spacing : 0)
+            visible: root.card.alertText !== "" && implicitWidth <= room
+            height: 14
+            text: "· " + root.card.alertText
+            textFormat: Text.PlainText
+            color: Theme.secondaryText
+            font.pixelSize: 11
+            Accessible.ignored: true
+        }
+    }
+
+    Icon {
+        id: flag
+        visible: root.card.isFlagged
+        x: root.width - width - 11
+        y: 50
+        width: 14
+        height: 14
+        name: "flag"
+        color: Theme.flag
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        anchors.margins: 0
+        radius: Theme.cardRadius
+        color: "transparent"
+        border.color: Theme.accent
+        border.width: 2
+        visible: root.isCurrent && Appearance.showsFocus
+    }
+}

@@ -1,0 +1,242 @@
+import QtQuick
+import Kestrant
+
+// The cards in columns. One of them is current; the keyboard acts on it.
+FocusScope {
+    id: root
+
+    required property RemindersViewModel reminders
+    required property OverlayHost overlays
+    signal leftUpwards
+    signal escaped
+
+    readonly property int columns: Math.max(1, Math.floor((width + Theme.gap) / 204))
+    readonly property real highestY: grid.originY - grid.topMargin
+    readonly property real lowestY: Math.max(highestY, grid.originY + grid.contentHeight - grid.height)
+    readonly property bool canScrollDown: grid.contentY < lowestY - 1
+    /// The keyboard is on the cards.
+    readonly property bool isUsed: grid.activeFocus
+
+    activeFocusOnTab: grid.count > 0
+
+    Accessible.role: Accessible.List
+    Accessible.name: Localizer.text("Reminders", "Rappels")
+
+    function toggle(index) {
+        const id = reminders.cards.taskIdAt(index)
+        if (id !== "" && grid.itemAtIndex(index)?.card.isWritable)
+            reminders.toggleCompletion(id)
+    }
+    function removeAt(index) {
+        const id = reminders.cards.taskIdAt(index)
+        if (id !== "" && grid.itemAtIndex(index)?.card.isWritable)
+            reminders.remove(id)
+    }
+    function openMenu(index, x, y) {
+        const item = grid.itemAtIndex(index)
+        if (!item)
+            return
+        const id = item.card.id
+        const pending = item.card.isPending
+        overlays.present("card", "MenuPopover.qml", item, {
+            at: Qt.point(x, y), alignment: "left", spokenName: item.card.title,
+            entries: [
+                { title: pending ? Localizer.text("Do not complete", "Ne pas terminer")
+                                 : Localizer.text("Complete", "Terminer"),
+                  iconName: "circle", shortcut: Localizer.text("Space", "Espace"), enabled: item.card.isWritable },
+                { title: Localizer.text("Delete", "Supprimer"), iconName: "trash",
+                  shortcut: Localizer.text("Del", "Suppr"), destructive: true, enabled: item.card.isWritable }
+            ],
+            choose: entry => entry === 0 ? reminders.toggleCompletion(id) : reminders.remove(id)
+        })
+    }
+    function scrollTo(contentY) {
+        scroll.stop()
+        scroll.to = Math.max(highestY, Math.min(contentY, lowestY))
+        if (Theme.still)
+            grid.contentY = scroll.to
+        else
+            scroll.start()
+    }
+    function makeCurrent(index, reason) {
+        if (index < 0 || index >= grid.count)
+            return
+        grid.currentIndex = index
+        root.focus = true
+        grid.forceActiveFocus(reason)
+    }
+    function bringIntoView() {
+        if (grid.currentIndex < 0)
+            return
+        const top = grid.originY + Math.floor(grid.currentIndex / columns) * grid.cellHeight
+        const target = scroll.running ? scroll.to : grid.contentY
+        const bottom = top + grid.cellHeight - grid.height
+        if (top - grid.topMargin < target)
+            scrollTo(top - grid.topMargin)
+        else if (bottom > target)
+            scrollTo(bottom)
+    }
+    function step(distance) {
+        const next = grid.currentIndex + distance
+        if (distance === -columns && next < 0)
+            leftUpwards()
+        else if (distance === columns && next >= grid.count
+                 && Math.floor(grid.currentIndex / columns) < Math.floor((grid.count - 1) / columns))
+            grid.currentIndex = grid.count - 1
+        else if (next >= 0 && next < grid.count)
+            grid.currentIndex = next
+        bringIntoView()
+    }
+
+    Connections {
+        target: root.reminders
+        function onRevealRequested(taskId) {
+            const row = root.reminders.cards.rowOf(taskId)
+            if (row < 0)
+                return
+            grid.currentIndex = row
+            root.bringIntoView()
+            reveal.card = taskId
+            reveal.restart()
+        }
+    }
+    SequentialAnimation {
+        id: reveal
+        property string card
+        property real strength: 0
+        NumberAnimation { target: reveal; property: "strength"; to: 1; duration: Theme.hoverDuration }
+        PauseAnimation { duration: 600 }
+        NumberAnimation { target: reveal; property: "strength"; to: 0; duration: Theme.still ? 0 : 400 }
+    }
+
+    GridView {
+        id: grid
+        anchors.fill: parent
+        anchors.rightMargin: -Theme.gap
+        focus: true
+        clip: true
+        interactive: false
+        topMargin: 11
+        cellWidth: Math.floor(width / root.columns)
+        cellHeight: Theme.cardHeight + Theme.gap
+        cacheBuffer: 160
+        keyNavigationEnabled: false
+        highlightFollowsCurrentItem: false
+        currentIndex: 0
+        model: root.reminders.cards
+
+        delegate: ReminderCardItem {
+            required property int index
+            width: grid.cellWidth - Theme.gap
+            height: Theme.cardHeight
+            isCurrent: GridView.isCurrentItem && grid.activeFocus
+            highlight: reveal.card === card.id ? reveal.strength : 0
+            onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
+            onToggled: root.toggle(index)
+            onMenuWanted: (x, y) => root.openMenu(index, x, y)
+        }
+
+        remove: Transition {
+            NumberAnimation { property: "opacity"; to: 0; duration: Theme.leaveDuration }
+            NumberAnimation { property: "scale"; to: 0.96; duration: Theme.leaveDuration }
+        }
+        add: Transition {
+            NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.leaveDuration }
+        }
+        displaced: Transition {
+            NumberAnimation { properties: "x,y"; duration: Theme.leaveDuration; easing.type: Easing.OutCubic }
+            // A card that was still fading in when another change came is shown in full.
+            NumberAnimation { properties: "opacity,scale"; to: 1; duration: Theme.leaveDuration }
+        }
+        move: Transition {
+            NumberAnimation { properties: "x,y"; duration: Theme.leaveDuration; easing.type: Easing.OutCubic }
+        }
+
+        NumberAnimation {
+            id: scroll
+            target: grid
+            property: "contentY"
+            duration: 160
+            easing.type: Easing.OutCubic
+        }
+
+        Keys.onPressed: event => {
+            if (event.modifiers & ~(Qt.ShiftModifier | Qt.KeypadModifier))
+                return
+            event.accepted = true
+            switch (event.key) {
+            case Qt.Key_Left: root.step(-1); break
+            case Qt.Key_Right: root.step(1); break
+            case Qt.Key_Up: root.step(-root.columns); break
+            case Qt.Key_Down: root.step(root.columns); break
+            case Qt.Key_Home: grid.currentIndex = 0; root.bringIntoView(); break
+            case Qt.Key_End: grid.currentIndex = grid.count - 1; root.bringIntoView(); break
+            case Qt.Key_PageUp:
+                grid.currentIndex = Math.max(grid.currentIndex % root.columns, grid.currentIndex - 3 * root.columns)
+                root.bringIntoView()
+                break
+            case Qt.Key_PageDown:
+                grid.currentIndex = Math.min(grid.count - 1, grid.currentIndex + 3 * root.columns)
+                root.bringIntoView()
+                break
+            case Qt.Key_Space: root.toggle(grid.currentIndex); break
+            case Qt.Key_Delete: root.removeAt(grid.currentIndex); break
+            case Qt.Key_Menu: root.openMenu(grid.currentIndex, 30, 30); break
+            case Qt.Key_F10:
+                if (event.modifiers & Qt.ShiftModifier)
+                    root.openMenu(grid.currentIndex, 30, 30)
+                else
+                    event.accepted = false
+                break
+            case Qt.Key_Escape: root.escaped(); break
+            default: event.accepted = false
+            }
+        }
+    }
+
+    WheelHandler {
+        target: null
+        acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+        onWheel: event => {
+            if (event.pixelDelta.y !== 0) {
+                scroll.stop()
+                grid.contentY = Math.max(root.highestY, Math.min(grid.contentY - event.pixelDelta.y, root.lowestY))
+            } else {
+                const from = scroll.running ? scroll.to : grid.contentY
+                root.scrollTo(from - event.angleDelta.y / 120 * grid.cellHeight)
+            }
+        }
+    }
+
+    // What scrolls away fades instead of being cut.
+    Rectangle {
+        visible: grid.contentY > root.highestY + 1
+        width: parent.width
+        height: 12
+        gradient: Gradient {
+            GradientStop { position: 0; color: "#ff000000" }
+            GradientStop { position: 1; color: "#00000000" }
+        }
+    }
+    Rectangle {
+        anchors.bottom: parent.bottom
+        visible: root.canScrollDown
+        width: parent.width
+        height: 12
+        gradient: Gradient {
+            GradientStop { position: 0; color: "#00101116" }
+            GradientStop { position: 1; color: "#ff101116" }
+        }
+    }
+    Rectangle {
+        readonly property real track: grid.height - grid.topMargin - 8
+        visible: root.lowestY > root.highestY + 1
+        x: parent.width + 6
+        y: grid.topMargin + (track - height) * (grid.contentY - root.highestY) / Math.max(1, root.lowestY - root.highestY)
+        width: 3
+        height: Math.max(24, track * grid.height / Math.max(1, grid.contentHeight + grid.topMargin))
+        radius: 1.5
+        color: Theme.white(scroll.running ? 0.4 : 0.16)
+        Behavior on color { ColorAnimation { duration: Theme.leaveDuration } }
+    }
+}

@@ -1,0 +1,110 @@
+import QtQuick
+import Kestrant
+
+// The magnifier that unfolds into a field. Escape empties it, then folds it.
+FocusScope {
+    id: search
+
+    property real openWidth: 160
+    property string query
+    readonly property bool isOpen: input.activeFocus || query !== "" || opening
+    property bool opening: false
+    property string tip: isOpen ? "" : button.tip
+    readonly property bool hovered: button.hovered
+    signal queryEdited(string query)
+    signal left
+
+    function open() {
+        opening = true
+        input.forceActiveFocus(Qt.ShortcutFocusReason)
+        input.selectAll()
+        opening = false
+    }
+
+    function fold() {
+        queryEdited("")
+        left()
+    }
+
+    width: isOpen ? openWidth : 26
+    height: 24
+    Behavior on width { NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
+
+    IconButton {
+        id: button
+        visible: !search.isOpen
+        iconName: "search"
+        spokenName: Localizer.text("Search", "Rechercher")
+        tip: Localizer.text("Search  Ctrl F", "Rechercher  Ctrl F")
+        onClicked: search.open()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        visible: search.isOpen
+        radius: 8
+        color: Theme.control
+        border.width: input.activeFocus ? 1.5 : Theme.contrast ? 1 : 0
+        border.color: input.activeFocus ? Theme.accent : Theme.outline
+
+        Icon {
+            x: 6
+            width: 13
+            height: 13
+            anchors.verticalCenter: parent.verticalCenter
+            name: "search"
+            color: Theme.secondaryText
+        }
+        TextInput {
+            id: input
+            x: 24
+            width: parent.width - 24 - (clear.visible ? 24 : 8)
+            height: parent.height
+            clip: true
+            verticalAlignment: TextInput.AlignVCenter
+            text: search.query
+            color: Theme.text
+            font.pixelSize: 12.5
+            selectByMouse: true
+            selectionColor: Theme.accent
+            activeFocusOnTab: search.isOpen
+            onTextEdited: search.queryEdited(text)
+
+            Accessible.role: Accessible.EditableText
+            Accessible.name: Localizer.text("Search reminders", "Rechercher dans les rappels")
+
+            Keys.onEscapePressed: text === "" ? search.left() : search.queryEdited("")
+            Keys.onReturnPressed: search.left()
+            Keys.onEnterPressed: search.left()
+            Keys.onDownPressed: search.left()
+
+            Text {
+                anchors.fill: parent
+                visible: input.text === "" && input.preeditText === ""
+                verticalAlignment: Text.AlignVCenter
+                elide: Text.ElideRight
+                text: Localizer.text("Search", "Rechercher")
+                color: Theme.secondaryText
+                font: input.font
+            }
+        }
+        Icon {
+            id: clear
+            visible: search.query !== ""
+            anchors.right: parent.right
+            anchors.rightMargin: 7
+            anchors.verticalCenter: parent.verticalCenter
+            width: 11
+            height: 11
+            name: "close"
+            color: clearPointer.hovered ? Theme.text : Theme.secondaryText
+            Accessible.role: Accessible.Button
+            Accessible.name: Localizer.text("Clear the search", "Effacer la recherche")
+            Accessible.onPressAction: search.queryEdited("")
+            HoverHandler { id: clearPointer; margin: 6 }
+            TapHandler { margin: 6; onTapped: search.queryEdited("") }
+        }
+    }
+
+    readonly property bool inputHasFocus: input.activeFocus
+}

@@ -1,0 +1,184 @@
+import QtQuick
+import Kestrant
+
+// What can be set; every change is in force at once.
+Popover {
+    id: popover
+
+    required property SettingsViewModel settings
+
+    contentWidth: 316
+    contentHeight: column.height
+    padding: 16
+    spokenName: Localizer.text("Settings", "Réglages")
+    focus: true
+
+    component Heading: Text {
+        topPadding: 14
+        bottomPadding: 4
+        color: Theme.secondaryText
+        font.pixelSize: 10.5
+        font.weight: Font.DemiBold
+        font.letterSpacing: 0.6
+        font.capitalization: Font.AllUppercase
+    }
+    component Line: Item {
+        id: line
+        property string label
+        property bool last: false
+        default property alias control: holder.data
+        width: column.width
+        height: 36
+        Text {
+            anchors.verticalCenter: parent.verticalCenter
+            text: line.label
+            color: Theme.text
+            font.pixelSize: 12.5
+            Accessible.ignored: true
+        }
+        Item {
+            id: holder
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            width: childrenRect.width
+            height: childrenRect.height
+        }
+        Rectangle {
+            visible: !line.last
+            anchors.bottom: parent.bottom
+            width: parent.width
+            height: 1
+            color: Theme.separator
+        }
+    }
+    // A value that opens the list of its choices.
+    component Choice: Chip {
+        id: choice
+        property string subject
+        property var choices: []
+        property var value
+        signal chosen(var rawValue)
+        text: (choices.find(entry => entry.rawValue === value) ?? { title: "" }).title
+        spokenName: subject + ", " + text
+        showsChevron: true
+        Accessible.role: Accessible.ButtonMenu
+        onClicked: {
+            const offered = choices
+            popover.overlays.present("settings." + subject, "MenuPopover.qml", choice, {
+                alignment: "right", spokenName: subject,
+                entries: offered.map(entry => ({ title: entry.title, checked: entry.rawValue === value })),
+                choose: index => choice.chosen(offered[index].rawValue)
+            })
+        }
+    }
+    function seconds(values) {
+        return values.map(value => ({
+            rawValue: value,
+            title: value === 0 ? Localizer.text("at once", "tout de suite")
+                 : Localizer.text("after %1 s", "après %1 s").arg(Localizer.isFrench ? String(value).replace(".", ",") : value)
+        }))
+    }
+    /// The offered values, with the present one among them also when it is none of them.
+    function withPresent(values, present) {
+        return values.includes(present) ? values : values.concat(present).sort((a, b) => a - b)
+    }
+
+    Column {
+        id: column
+        width: parent.width
+
+        Text {
+            text: Localizer.text("Settings", "Réglages")
+            color: Theme.text
+            font.pixelSize: 14
+            font.weight: Font.DemiBold
+        }
+
+        Heading { text: Localizer.text("Panel", "Panneau") }
+        Line {
+            label: Localizer.text("Language", "Langue")
+            Segmented {
+                spokenName: Localizer.text("Language", "Langue")
+                choices: [{ rawValue: "en", title: "English" }, { rawValue: "fr", title: "Français" }]
+                value: popover.settings.language
+                onChosen: rawValue => popover.settings.language = rawValue
+            }
+        }
+        Line {
+            label: Localizer.text("Click or swipe to open", "Clic ou balayage pour ouvrir")
+            Toggle {
+                spokenName: Localizer.text("Click or swipe to open", "Clic ou balayage pour ouvrir")
+                checked: popover.settings.requiresClick
+                onToggled: checked => popover.settings.requiresClick = checked
+            }
+        }
+        Line {
+            visible: !popover.settings.requiresClick
+            label: Localizer.text("Open on hover", "Ouvrir au survol")
+            Choice {
+                subject: Localizer.text("Open on hover", "Ouvrir au survol")
+                choices: popover.seconds(popover.withPresent([0, 0.15, 0.3, 0.6, 1], value))
+                value: popover.settings.hoverDelay
+                onChosen: rawValue => popover.settings.hoverDelay = rawValue
+            }
+        }
+        Line {
+            label: Localizer.text("Close", "Fermer")
+            Choice {
+                subject: Localizer.text("Close", "Fermer")
+                choices: popover.seconds(popover.withPresent([0, 0.2, 0.5, 1, 2], value))
+                value: popover.settings.autoCloseDelay
+                onChosen: rawValue => popover.settings.autoCloseDelay = rawValue
+            }
+        }
+        Line {
+            label: Localizer.text("Order", "Ordre")
+            Choice {
+                subject: Localizer.text("Order", "Ordre")
+                choices: popover.settings.moduleOrders
+                value: popover.settings.moduleOrder
+                onChosen: rawValue => popover.settings.moduleOrder = rawValue
+            }
+        }
+        Line {
+            label: Localizer.text("Share", "Partage")
+            Choice {
+                subject: Localizer.text("Share", "Partage")
+                choices: popover.settings.layoutRatios
+                value: popover.settings.layoutRatio
+                onChosen: rawValue => popover.settings.layoutRatio = rawValue
+            }
+        }
+        Line {
+            label: Localizer.text("Material", "Matière")
+            last: true
+            Segmented {
+                spokenName: Localizer.text("Material", "Matière")
+                choices: [{ rawValue: "glass", title: Localizer.text("Glass", "Verre") },
+                          { rawValue: "black", title: Localizer.text("Black", "Noir") }]
+                value: popover.settings.material
+                onChosen: rawValue => popover.settings.material = rawValue
+            }
+        }
+
+        Heading { text: Localizer.text("Feedback", "Retour") }
+        Line {
+            label: Localizer.text("Sounds", "Sons")
+            last: true
+            Segmented {
+                spokenName: Localizer.text("Sounds", "Sons")
+                choices: [{ rawValue: 0, title: Localizer.text("Off", "Aucun") },
+                          { rawValue: 2, title: Localizer.text("Soft", "Doux") },
+                          { rawValue: 1, title: Localizer.text("Full", "Complet") }]
+                value: popover.settings.sounds
+                onChosen: rawValue => popover.settings.sounds = rawValue
+            }
+        }
+        Item { width: 1; height: 12 }
+        PushButton {
+            anchors.right: parent.right
+            text: Localizer.text("Quit Kestrant", "Quitter Kestrant")
+            onClicked: popover.settings.quit()
+        }
+    }
+}

@@ -1,0 +1,147 @@
+import QtQuick
+import Kestrant
+
+// What the module shows instead of cards: a picture, a sentence, and a way on where there is one.
+Item {
+    id: state
+
+    required property RemindersViewModel reminders
+    required property OverlayHost overlays
+    property bool modulesOff: false
+    readonly property string kind: modulesOff ? "off" : reminders.content
+    signal addWanted
+
+    readonly property string heading: {
+        switch (kind) {
+        case "loading": return Localizer.text("Loading reminders…", "Chargement des rappels…")
+        case "empty": return Localizer.text("All done", "Tout est fait")
+        case "allDone": return Localizer.text("Nothing here", "Rien ici")
+        case "nothingFound": return Localizer.text("Nothing found", "Aucun résultat")
+        case "denied": return Localizer.text("No access to reminders", "Pas d’accès aux rappels")
+        case "restricted": return Localizer.text("Access is restricted", "L’accès est restreint")
+        case "failed": return Localizer.text("Reminders could not be opened", "Impossible d’ouvrir les rappels")
+        case "off": return Localizer.text("Reminders are hidden", "Les rappels sont masqués")
+        default: return ""
+        }
+    }
+    readonly property string explanation: {
+        switch (kind) {
+        case "empty": return Localizer.text("Write down what comes to mind. Ctrl N opens a new reminder from here.",
+                                            "Notez ce qui vous vient à l’esprit. Ctrl N ouvre un nouveau rappel.")
+        case "allDone": return Localizer.text("No open reminder passes these filters.",
+                                              "Aucun rappel ne correspond à ces filtres.")
+        case "nothingFound": return Localizer.text("No open reminder contains “%1”.",
+                                                   "Aucun rappel ne contient « %1 ».").arg(reminders.searchQuery.trim())
+        case "denied": return Localizer.text("Allow Kestrant to read and change your reminders, then come back.",
+                                             "Autorisez Kestrant à lire et modifier vos rappels, puis revenez.")
+        case "restricted": return Localizer.text("The rules of this computer do not let Kestrant read reminders.",
+                                                 "Les règles de cet ordinateur interdisent à Kestrant de lire les rappels.")
+        case "failed": return reminders.failureText
+        case "off": return Localizer.text("Switch a module on in the settings to see it here.",
+                                          "Activez un module dans les réglages pour le voir ici.")
+        default: return ""
+        }
+    }
+    readonly property string action: {
+        switch (kind) {
+        case "empty": return Localizer.text("New reminder", "Nouveau rappel")
+        case "allDone": return Localizer.text("Show all", "Tout afficher")
+        case "nothingFound": return Localizer.text("Clear the search", "Effacer la recherche")
+        case "denied": return Localizer.text("Open privacy settings", "Ouvrir les réglages")
+        case "failed": return Localizer.text("Try again", "Réessayer")
+        default: return ""
+        }
+    }
+
+    function act() {
+        switch (kind) {
+        case "empty": addWanted(); break
+        case "allDone":
+            reminders.showsTodayOnly = false
+            reminders.showsOverdueOnly = false
+            reminders.showsFlaggedOnly = false
+            break
+        case "nothingFound": reminders.searchQuery = ""; break
+        case "denied": reminders.openPrivacyPage(); break
+        case "failed": reminders.retry(); break
+        }
+    }
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: heading + (explanation === "" ? "" : ". " + explanation)
+
+    Row {
+        id: skeleton
+        readonly property int columns: Math.max(1, Math.floor((state.width + Theme.gap) / 204))
+        visible: state.kind === "loading"
+        y: 11
+        spacing: Theme.gap
+        Repeater {
+            model: skeleton.columns
+            Rectangle {
+                required property int index
+                width: Math.floor((state.width + Theme.gap) / skeleton.columns) - Theme.gap
+                height: Theme.cardHeight
+                radius: Theme.cardRadius
+                color: Theme.white(0.045)
+                Rectangle {
+                    x: 11; y: 10; width: 18; height: 18; radius: 9
+                    color: "transparent"
+                    border.color: Theme.white(0.12)
+                    border.width: 2
+                }
+                Rectangle { x: 38; y: 14; width: (parent.width - 52) * [0.9, 0.7, 0.8, 0.6][parent.index % 4]; height: 8; radius: 4; color: Theme.white(0.09) }
+                Rectangle { x: 38; y: 53; width: 58; height: 7; radius: 3.5; color: Theme.white(0.06) }
+            }
+        }
+        SequentialAnimation on opacity {
+            running: skeleton.visible && !Theme.still && state.visible
+            loops: Animation.Infinite
+            NumberAnimation { to: 0.5; duration: 700; easing.type: Easing.InOutSine }
+            NumberAnimation { to: 1; duration: 700; easing.type: Easing.InOutSine }
+        }
+    }
+
+    Column {
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: state.kind === "loading" ? 112 : Math.round((parent.height - height) / 2) - 2
+        spacing: 0
+
+        StateArt {
+            visible: state.kind !== "loading"
+            anchors.horizontalCenter: parent.horizontalCenter
+            kind: state.kind === "restricted" || state.kind === "off" ? "denied" : state.kind
+        }
+        Item { width: 1; height: 10 }
+        Text {
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: state.heading
+            color: Theme.text
+            font.pixelSize: 14
+            font.weight: Font.DemiBold
+            Accessible.ignored: true
+        }
+        Item { width: 1; height: 4; visible: state.explanation !== "" }
+        Text {
+            visible: text !== ""
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: Math.min(implicitWidth, state.width - 80, 520)
+            text: state.explanation
+            textFormat: Text.PlainText
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            maximumLineCount: 2
+            elide: Text.ElideRight
+            color: Theme.secondaryText
+            font.pixelSize: 12
+            Accessible.ignored: true
+        }
+        Item { width: 1; height: 14; visible: state.action !== "" }
+        PushButton {
+            visible: state.action !== ""
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: state.action
+            onClicked: state.act()
+        }
+    }
+}

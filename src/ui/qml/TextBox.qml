@@ -1,0 +1,59 @@
+import QtQuick
+import Kestrant
+
+// A line to write on.
+FocusScope {
+    id: box
+
+    property alias text: input.text
+    property string placeholder
+    property string spokenName: placeholder
+    property real pixelSize: 12.5
+    property bool isWrong: false
+    signal edited(string text)
+    signal accepted
+
+    function selectAll() {
+        input.selectAll()
+    }
+
+    height: 30
+    activeFocusOnTab: false
+
+    Rectangle {
+        anchors.fill: parent
+        radius: 9
+        color: Theme.field
+        border.color: box.isWrong ? Theme.overdue : input.activeFocus ? Theme.accent : Theme.outline
+        border.width: input.activeFocus ? 2 : box.isWrong || Theme.contrast ? 1 : 0
+    }
+    TextInput {
+        id: input
+        anchors.fill: parent
+        anchors.leftMargin: 12
+        anchors.rightMargin: 12
+        focus: true
+        activeFocusOnTab: true
+        clip: true
+        verticalAlignment: TextInput.AlignVCenter
+        color: Theme.text
+        selectByMouse: true
+        selectionColor: Theme.accent
+        font.pixelSize: box.pixelSize
+        onTextEdited: box.edited(text)
+        onAccepted: box.accepted()
+
+        Accessible.role: Accessible.EditableText
+        Accessible.name: box.spokenName
+
+        Text {
+            anchors.fill: parent
+            visible: input.text === "" && input.preeditText === ""
+            verticalAlignment: Text.AlignVCenter
+            elide: Text.ElideRight
+            text: box.placeholder
+            color: Theme.secondaryText
+            font: input.font
+        }
+    }
+}

@@ -1,0 +1,49 @@
+pragma Singleton
+import QtQuick
+import Kestrant
+
+// Sizes in points. Text colours keep 4.5 : 1 on every background they are used on.
+QtObject {
+    readonly property bool contrast: Appearance.highContrast
+    readonly property bool still: Appearance.reducedMotion
+
+    readonly property color text: "#f4f4f6"
+    readonly property color secondaryText: contrast ? "#c9cad1" : "#8e909b"
+    readonly property color chipText: contrast ? "#f4f4f6" : "#c9cad1"
+    readonly property color accent: "#0a84ff"
+    readonly property color accentText: "#5ac8fa"
+    readonly property color primaryFill: "#0869d6"
+    readonly property color destructiveFill: "#d0332b"
+    readonly property color destructiveText: "#ff6961"
+    readonly property color overdue: "#ff6961"
+    readonly property color flag: "#ff9f0a"
+    readonly property color done: "#30d158"
+
+    readonly property color card: white(contrast ? 0.14 : 0.055)
+    readonly property color cardActive: white(contrast ? 0.20 : 0.10)
+    readonly property color control: white(contrast ? 0.16 : 0.085)
+    readonly property color controlHovered: white(contrast ? 0.24 : 0.14)
+    readonly property color controlOn: Qt.rgba(0.04, 0.52, 1, contrast ? 0.5 : 0.32)
+    readonly property color field: white(contrast ? 0.12 : 0.07)
+    readonly property color border: white(contrast ? 0.30 : 0.09)
+    readonly property color outline: contrast ? white(0.30) : "transparent"
+    readonly property color separator: white(contrast ? 0.30 : 0.07)
+    readonly property color popover: "#17181d"
+    readonly property color panel: "#101116"
+
+    readonly property int gap: 8
+    readonly property int margin: 16
+    readonly property int cardHeight: 72
+    readonly property int cardRadius: 13
+    readonly property int popoverRadius: 16
+    readonly property int toolbarHeight: 33
+
+    readonly property int panelDuration: still ? 0 : 280
+    readonly property int popoverDuration: still ? 0 : 160
+    readonly property int leaveDuration: still ? 0 : 200
+    readonly property int hoverDuration: still ? 0 : 120
+
+    function white(alpha) {
+        return Qt.rgba(1, 1, 1, alpha)
+    }
+}

@@ -1,0 +1,197 @@
+import QtQuick
+import Kestrant
+
+// The strip beside the camera: what is shown on the left, what can be done on the right.
+FocusScope {
+    id: toolbar
+
+    required property PanelViewModel panel
+    required property RemindersViewModel reminders
+    required property QuickAddViewModel quickAdd
+    required property SettingsViewModel settings
+    required property OverlayHost overlays
+    /// Whatever the pointer rests on tells its name here.
+    required property Tooltip tooltip
+    signal gridWanted
+
+    readonly property real sideWidth: (width - panel.cameraSafeWidth) / 2 - Theme.gap
+    readonly property bool showsCards: panel.showReminders
+
+    height: Theme.toolbarHeight
+
+    function openQuickAdd() {
+        overlays.present("quickAdd", "QuickAddPopover.qml", addButton, { form: quickAdd })
+    }
+    function openSettings() {
+        overlays.present("settings", "SettingsPopover.qml", settingsButton, { alignment: "right", settings: settings })
+    }
+    function openSearch() {
+        search.open()
+    }
+    function openLists() {
+        const entries = [{ title: Localizer.text("All lists", "Toutes les listes"), color: Theme.accent,
+                           checked: reminders.selectedListId === "" }]
+        for (const list of reminders.lists)
+            entries.push({ title: list.title, color: list.color, checked: reminders.selectedListId === list.id })
+        const lists = reminders.lists
+        overlays.present("lists", "MenuPopover.qml", listChip, {
+            alignment: "left", entries: entries, spokenName: Localizer.text("Lists", "Listes"),
+            choose: index => { reminders.selectedListId = index === 0 ? "" : lists[index - 1].id }
+        })
+    }
+    function openSort() {
+        const modes = reminders.sortModes
+        overlays.present("sort", "MenuPopover.qml", sortButton, {
+            alignment: "right", title: Localizer.text("Sort by", "Trier par"),
+            entries: modes.map(mode => ({ title: mode.title, checked: mode.rawValue === reminders.sortMode })),
+            choose: index => { reminders.sortMode = modes[index].rawValue }
+        })
+    }
+
+    Row {
+        id: left
+        visible: toolbar.showsCards
+        height: parent.height
+        spacing: 6
+
+        // Words give way to icons, all at once, where they do not fit.
+        readonly property real wordsWidth: listChip.naturalWidth + todayWords.implicitWidth
+                                           + overdueWords.implicitWidth + flaggedWords.implicitWidth + 3 * spacing
+        readonly property bool compact: wordsWidth > toolbar.sideWidth
+        readonly property real filtersWidth: todayFilter.width + overdueFilter.width + flaggedFilter.width
+                                             + 3 * spacing
+
+        Chip {
+            id: listChip
+            readonly property real naturalWidth: Math.min(104, listMeasure.implicitWidth + 50)
+            anchors.verticalCenter: parent.verticalCenter
+            text: toolbar.reminders.selectedListTitle
+            dotColor: toolbar.reminders.selectedListColor
+            showsChevron: true
+            maximumWidth: toolbar.sideWidth - left.filtersWidth
+            spokenName: Localizer.text("List: %1", "Liste : %1").arg(text)
+            tip: Localizer.text("Choose a list", "Choisir une liste")
+            Accessible.role: Accessible.ButtonMenu
+            onClicked: toolbar.openLists()
+            onHoveredChanged: toolbar.tooltip.follow(this)
+            Keys.onDownPressed: toolbar.gridWanted()
+        }
+        Chip {
+            id: todayFilter
+            anchors.verticalCenter: parent.verticalCenter
+            text: left.compact ? "" : spokenName
+            iconName: left.compact ? "today" : ""
+            spokenName: Localizer.text("Today", "Aujourd’hui")
+            tip: left.compact ? spokenName : ""
+            count: toolbar.reminders.todayCount
+            checkable: true
+            checked: toolbar.reminders.showsTodayOnly
+            onClicked: toolbar.reminders.showsTodayOnly = !checked
+            onHoveredChanged: toolbar.tooltip.follow(this)
+            Keys.onDownPressed: toolbar.gridWanted()
+        }
+        Chip {
+            id: overdueFilter
+            anchors.verticalCenter: parent.verticalCenter
+            text: left.compact ? "" : spokenName
+            iconName: left.compact ? "overdue" : ""
+            spokenName: Localizer.text("Overdue", "En retard")
+            tip: left.compact ? spokenName : ""
+            count: toolbar.reminders.overdueCount
+            countColor: count > 0 ? Theme.overdue : Theme.secondaryText
+            checkable: true
+            checked: toolbar.reminders.showsOverdueOnly
+            onClicked: toolbar.reminders.showsOverdueOnly = !checked
+            onHoveredChanged: toolbar.tooltip.follow(this)
+            Keys.onDownPressed: toolbar.gridWanted()
+        }
+        Chip {
+            id: flaggedFilter
+            anchors.verticalCenter: parent.verticalCenter
+            text: left.compact ? "" : spokenName
+            iconName: left.compact ? "flag" : ""
+            spokenName: Localizer.text("Flagged", "Signalés")
+            tip: left.compact ? spokenName : ""
+            count: toolbar.reminders.flaggedCount
+            checkable: true
+            checked: toolbar.reminders.showsFlaggedOnly
+            onClicked: toolbar.reminders.showsFlaggedOnly = !checked
+            onHoveredChanged: toolbar.tooltip.follow(this)
+            Keys.onDownPressed: toolbar.gridWanted()
+        }
+    }
+
+    // Measures for deciding between words and icons; never shown.
+    Text {
+        id: listMeasure
+        visible: false
+        text: listChip.text
+        font.pixelSize: 12
+        font.weight: Font.Medium
+    }
+    component Words: Text {
+        required property Chip chip
+        visible: false
+        text: chip.spokenName + chip.count
+        leftPadding: 26
+        font.pixelSize: 12
+        font.weight: Font.Medium
+    }
+    Words { id: todayWords; chip: todayFilter }
+    Words { id: overdueWords; chip: overdueFilter }
+    Words { id: flaggedWords; chip: flaggedFilter }
+
+    Row {
+        id: right
+        anchors.right: parent.right
+        // The last icon's strokes, not its area, stand on the margin.
+        anchors.rightMargin: -5
+        height: parent.height
+        spacing: 4
+
+        SearchField {
+            id: search
+            visible: toolbar.showsCards
+            anchors.verticalCenter: parent.verticalCenter
+            openWidth: Math.min(170, toolbar.sideWidth - 3 * 30)
+            query: toolbar.reminders.searchQuery
+            onQueryEdited: query => toolbar.reminders.searchQuery = query
+            onLeft: toolbar.gridWanted()
+            onInputHasFocusChanged: toolbar.panel.setSearchIsFocused(inputHasFocus)
+            onHoveredChanged: toolbar.tooltip.follow(this)
+        }
+        IconButton {
+            id: sortButton
+            visible: toolbar.showsCards
+            anchors.verticalCenter: parent.verticalCenter
+            iconName: "sort"
+            spokenName: Localizer.text("Sort", "Trier")
+            checked: toolbar.overlays.topmost === "sort"
+            onClicked: toolbar.openSort()
+            onHoveredChanged: toolbar.tooltip.follow(this)
+            Keys.onDownPressed: toolbar.gridWanted()
+        }
+        IconButton {
+            id: addButton
+            visible: toolbar.showsCards
+            anchors.verticalCenter: parent.verticalCenter
+            iconName: "plus"
+            spokenName: Localizer.text("New reminder", "Nouveau rappel")
+            tip: Localizer.text("New reminder  Ctrl N", "Nouveau rappel  Ctrl N")
+            checked: toolbar.overlays.topmost === "quickAdd"
+            onClicked: toolbar.openQuickAdd()
+            onHoveredChanged: toolbar.tooltip.follow(this)
+            Keys.onDownPressed: toolbar.gridWanted()
+        }
+        IconButton {
+            id: settingsButton
+            anchors.verticalCenter: parent.verticalCenter
+            iconName: "settings"
+            spokenName: Localizer.text("Settings", "Réglages")
+            checked: toolbar.overlays.topmost === "settings"
+            onClicked: toolbar.openSettings()
+            onHoveredChanged: toolbar.tooltip.follow(this)
+            Keys.onDownPressed: toolbar.gridWanted()
+        }
+    }
+}

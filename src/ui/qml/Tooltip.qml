@@ -1,0 +1,41 @@
+import QtQuick
+import Kestrant
+
+// Tells the name of the control under the pointer, below it, after a moment.
+Rectangle {
+    id: tooltip
+
+    property Item subject: null
+
+    /// To be called whenever `item.hovered` changes; `item.tip` is told.
+    function follow(item) {
+        if (item.hovered && item.tip !== "") {
+            subject = item
+            delay.restart()
+        } else if (subject === item) {
+            subject = null
+        }
+    }
+
+    readonly property point place: subject && parent
+        ? subject.mapToItem(parent, subject.width / 2, subject.height + 5) : Qt.point(0, 0)
+
+    x: Math.round(Math.max(12, Math.min(place.x - width / 2, (parent ? parent.width : 0) - width - 12)))
+    y: Math.round(place.y)
+    z: 10
+    width: Math.ceil(words.implicitWidth) + 16
+    height: 22
+    radius: 7
+    color: "#2a2b31"
+    border.color: Theme.border
+    visible: subject !== null && !delay.running
+
+    Timer { id: delay; interval: 600 }
+    Text {
+        id: words
+        anchors.centerIn: parent
+        text: tooltip.subject ? tooltip.subject.tip : ""
+        color: Theme.text
+        font.pixelSize: 11
+    }
+}
