@@ -115,15 +115,18 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
             best = SeriesDate{extra, true, {}};
     }
 
-    std::vector<int> skipped(data.recurrenceRules.size(), 0);
     const ZoneCalendar zone = calendarOf(*present, local);
+    const RecurrenceRule startAlone{.count = 1};
     std::vector<Occurrences> rules;
+    for (const EKRecurrenceRule& rule : data.recurrenceRules)
+        rules.emplace_back(RecurrenceRule::parse(rule.text.toUtf8()).value_or(startAlone), anchor, kind,
+                           zone);
+    if (rules.empty())
+        rules.emplace_back(startAlone, anchor, kind, zone);
+    std::vector<int> skipped(rules.size(), 0);
     std::vector<std::optional<LocalTime>> heads;
-    for (const EKRecurrenceRule& rule : data.recurrenceRules) {
-        const auto parsed = RecurrenceRule::parse(rule.text.toUtf8());
-        rules.emplace_back(parsed.value_or(RecurrenceRule{.count = 1}), anchor, kind, zone);
-        heads.push_back(rules.back().next());
-    }
+    for (Occurrences& rule : rules)
+        heads.push_back(rule.next());
     // The rules are walked side by side; a date that several of them give is one date.
     while (true) {
         std::optional<LocalTime> earliest;

@@ -1,0 +1,190 @@
+#include "eventkit/ReminderSeries.h"
+#include "eventkit/icalendar/Occurrences.h"
+#include "support/ReminderBuilders.h"
+
+#include <gmock/gmock.h>
+
+namespace kestrant {
+namespace {
+
+using icalendar::DateKind;
+using icalendar::LocalTime;
+using icalendar::Occurrences;
+using icalendar::RecurrenceRule;
+
+const ZoneCalendar paris{QTimeZone("Europe/Paris")};
+
+LocalTime timeFrom(const QString& text) {
+    return {QDate::fromString(text.first(8), "yyyyMMdd"),
+            text.size() > 8 ? QTime::fromString(text.sliced(9), "HHmm") : QTime(0, 0)};
+}
+
+QString textFrom(const LocalTime& time, DateKind kind) {
+    return time.day.toString("yyyyMMdd") +
+           (kind == DateKind::time ? time.time.toString("'T'HHmm") : QString());
+}
+
+/// The first dates after the start, "20260102 20260103"; an end is shown as "|".
+QString datesOf(const char* ruleText, const QString& start, int count) {
+    const auto rule = RecurrenceRule::parse(ruleText);
+    if (!rule)
+        return "invalid";
+    const DateKind kind = start.size() > 8 ? DateKind::time : DateKind::day;
+    Occurrences occurrences(*rule, timeFrom(start), kind, paris);
+    EXPECT_EQ(occurrences.next(), timeFrom(start));
+    QStringList result;
+    for (int i = 0; i < count; ++i) {
+        const auto next = occurrences.next();
+        result.append(next ? textFrom(*next, kind) : QString("|"));
+        if (!next)
+            break;
+    }
+    return result.join(' ');
+}
+
+TEST(OccurrencesTest, FollowsEveryKindOfRule) {
+    struct Case {
+        const char* rule;
+        const char* start;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"FREQ=DAILY", "20260328T0230", "20260329T0230 20260330T0230"},
+        {"FREQ=DAILY;INTERVAL=10", "20260225", "20260307 20260317"},
+        {"FREQ=WEEKLY;BYDAY=MO,WE", "20260327T0900", "20260330T0900 20260401T0900 20260406T0900"},
+        {"FREQ=WEEKLY;INTERVAL=2;BYDAY=SU,TU;WKST=MO", "19970805", "19970810 19970819 19970824"},
+        {"FREQ=WEEKLY;INTERVAL=2;BYDAY=SU,TU;WKST=SU", "19970805", "19970817 19970819 19970831"},
+        {"FREQ=MONTHLY", "20260131", "20260331 20260531 20260731"},
+        {"FREQ=MONTHLY", "20260115", "20260215 20260315"},
+        {"FREQ=MONTHLY;BYMONTHDAY=-1", "20260131", "20260228 20260331"},
+        {"FREQ=MONTHLY;BYMONTHDAY=28,29,30,31;BYSETPOS=-1", "20260131", "20260228 20260331 20260430"},
+        {"FREQ=MONTHLY;BYDAY=2TU", "20260113", "20260210 20260310"},
+        {"FREQ=MONTHLY;BYDAY=-1FR", "20260130", "20260227 20260327"},
+        {"FREQ=MONTHLY;BYDAY=MO,TU,WE,TH,FR;BYSETPOS=-1", "20260130", "20260227 20260331"},
+        {"FREQ=MONTHLY;BYDAY=FR;BYMONTHDAY=13", "20260213", "20260313 20261113 20270813"},
+        {"FREQ=YEARLY", "20240229", "20280229 20320229"},
+        {"FREQ=YEARLY;BYMONTH=3;BYDAY=-1SU", "20260329", "20270328 20280326"},
+        {"FREQ=YEARLY;BYDAY=20MO", "19970519", "19980518 19990517"},
+        {"FREQ=YEARLY;BYWEEKNO=20;BYDAY=MO", "19970512", "19980511 19990517"},
+        {"FREQ=YEARLY;BYYEARDAY=1,-1", "20260101", "20261231 20270101"},
+        {"FREQ=YEARLY;INTERVAL=4;BYMONTH=11;BYDAY=TU;BYMONTHDAY=2,3,4,5,6,7,8", "19961105",
+         "20001107 20041102"},
+        {"FREQ=DAILY;BYHOUR=9,17;BYMINUTE=0,30;BYSETPOS=1,-1", "20260101T0900",
+         "20260101T1730 20260102T0900"},
+        {"FREQ=HOURLY;INTERVAL=6", "20260101T2100", "20260102T0300 20260102T0900"},
+        {"FREQ=MINUTELY;INTERVAL=90;BYDAY=SA", "20260101T0000", "20260103T0000 20260103T0130"},
+        // The start counts though it fits the rule in none of these.
+        {"FREQ=WEEKLY;BYDAY=MO;COUNT=3", "20260327", "20260330 20260406 |"},
+        {"FREQ=DAILY;COUNT=1", "20260327", "|"},
+        {"FREQ=DAILY;UNTIL=20260329", "20260327T0900", "20260328T0900 20260329T0900 |"},
+        {"FREQ=DAILY;UNTIL=20260329T070000Z", "20260327T0900", "20260328T0900 20260329T0900 |"},
+        {"FREQ=DAILY;UNTIL=20260329T065959Z", "20260327T0900", "20260328T0900 |"},
+        {"FREQ=DAILY;UNTIL=20260329T215959Z", "20260327", "20260328 20260329 |"},
+        {"FREQ=DAILY;UNTIL=20260329T090000", "20260327T0900", "20260328T0900 20260329T0900 |"},
+        {"FREQ=YEARLY", "99980101", "99990101 |"},
+    };
+    for (const Case& each : cases) {
+        const QString expected = each.expected;
+        EXPECT_EQ(datesOf(each.rule, each.start, static_cast<int>(expected.split(' ').size())), expected)
+            << each.rule << " from " << each.start;
+    }
+}
+
+TEST(OccurrencesTest, EndsWhereARuleHasNoDates) {
+    for (const char* rule : {"FREQ=YEARLY;BYMONTH=2;BYMONTHDAY=30", "FREQ=MONTHLY;BYMONTHDAY=31;BYMONTH=4",
+                             "FREQ=MINUTELY;INTERVAL=1440;BYHOUR=5", "FREQ=SECONDLY;INTERVAL=60;BYSECOND=30",
+                             "FREQ=HOURLY;BYMONTH=2;BYMONTHDAY=30", "FREQ=DAILY;INTERVAL=2000000000"})
+        EXPECT_EQ(datesOf(rule, "20260101T0900", 1), "|") << rule;
+}
+
+TEST(RecurrenceRuleTest, RefusesWhatIsNoRule) {
+    for (const char* rule :
+         {"", "DAILY", "FREQ=SOMETIMES", "FREQ=DAILY;COUNT=-1", "FREQ=DAILY;COUNT=x", "FREQ=DAILY;INTERVAL=0",
+          "INTERVAL=2", "FREQ=DAILY;BYDAY=XX", "FREQ=DAILY;BYDAY=0MO", "FREQ=DAILY;BYMONTH=13",
+          "FREQ=DAILY;UNTIL=20260230", "FREQ=DAILY;UNTIL=tomorrow", "FREQ=DAILY;FREQ=WEEKLY",
+          "FREQ=DAILY;NONSENSE=1", "FREQ=DAILY;=", "FREQ=DAILY;BYDAY=", "FREQ=MONTHLY;RSCALE=HEBREW",
+          "FREQ=DAILY;COUNT=99999999999"})
+        EXPECT_FALSE(RecurrenceRule::parse(rule).has_value()) << rule;
+    EXPECT_TRUE(RecurrenceRule::parse("freq=weekly;byday=mo;X-OWN=1;rscale=gregorian;").has_value());
+}
+
+TEST(RecurrenceRuleTest, SaysWhatAPersonNeedsToKnow) {
+    const EKRecurrenceRule simple = EKRecurrenceRule::parse("FREQ=WEEKLY;INTERVAL=2");
+    EXPECT_EQ(simple, EKRecurrenceRule::every(EKRecurrenceFrequency::weekly, 2));
+    EXPECT_TRUE(simple.isSimple);
+    EXPECT_FALSE(EKRecurrenceRule::parse("FREQ=DAILY;COUNT=3").isSimple);
+    EXPECT_EQ(EKRecurrenceRule::parse("FREQ=HOURLY").frequency, EKRecurrenceFrequency::other);
+    EXPECT_EQ(EKRecurrenceRule::parse("nonsense").frequency, EKRecurrenceFrequency::other);
+}
+
+EKReminderData dueDaily(QDate day) {
+    return aReminder("x").due(day, {9, 0}, "Europe/Paris").repeating("FREQ=DAILY;COUNT=10");
+}
+
+TEST(ReminderSeriesTest, PassesOverWhatIsLeftOutAndCountsIt) {
+    SeriesDates dates;
+    dates.excludedTimes = {{QDate(2026, 3, 28), QTime(9, 0)}};
+    dates.excludedDays = {QDate(2026, 3, 29)};
+    const CompletedOccurrence step = completeOccurrence(dueDaily({2026, 3, 27}), dates, paris);
+    EXPECT_EQ(step.series.dueDateComponents,
+              DateComponents::fromDateTime({2026, 3, 30}, {9, 0}, "Europe/Paris"));
+    EXPECT_EQ(step.series.recurrenceRules[0].text, "FREQ=DAILY;COUNT=7");
+}
+
+TEST(ReminderSeriesTest, TakesExtraDatesInTheirOrder) {
+    SeriesDates dates;
+    dates.extraTimes = {{QDate(2026, 3, 27), QTime(15, 0)}, {QDate(2026, 3, 27), QTime(8, 0)}};
+    const CompletedOccurrence step = completeOccurrence(dueDaily({2026, 3, 27}), dates, paris);
+    EXPECT_EQ(step.series.dueDateComponents,
+              DateComponents::fromDateTime({2026, 3, 27}, {15, 0}, "Europe/Paris"));
+    EXPECT_TRUE(step.keepsAnchor);
+    EXPECT_EQ(step.series.recurrenceRules[0].text, "FREQ=DAILY;COUNT=10");
+}
+
+TEST(ReminderSeriesTest, KeepsTheLocalTimeWhenTheClocksChange) {
+    struct Case {
+        std::optional<QByteArray> zone;
+        QTime time;
+        QDate day;
+        const char* expectedInstant;
+    };
+    const Case cases[] = {
+        {QByteArray("Europe/Paris"), {2, 30}, {2026, 3, 28}, "2026-03-29T01:30:00Z"},   // in the gap: 03:30
+        {QByteArray("Europe/Paris"), {2, 30}, {2026, 10, 24}, "2026-10-25T00:30:00Z"},  // the first of two
+        {QByteArray("UTC"), {8, 0}, {2026, 3, 28}, "2026-03-29T08:00:00Z"},
+        {std::nullopt, {9, 0}, {2026, 3, 28}, "2026-03-29T07:00:00Z"},  // floating: the person's clock
+        {QByteArray("America/Sao_Paulo"), {0, 0}, {2018, 11, 3}, "2018-11-04T03:00:00Z"},
+    };
+    for (const Case& each : cases) {
+        EKReminderData data = aReminder("x").due(each.day, each.time, each.zone).repeating("FREQ=DAILY");
+        data.isCompleted = true;
+        const CompletedOccurrence step = completeOccurrence(data, {}, paris);
+        EXPECT_EQ(step.series.dueDateComponents->time(), each.time);
+        EXPECT_EQ(toIso8601(*paris.instantFrom(*step.series.dueDateComponents)), each.expectedInstant);
+    }
+}
+
+TEST(ReminderSeriesTest, MovesDatesInDifferentZonesByTheSameLocalTime) {
+    EKReminderData data = aReminder("x").due({2026, 3, 28}, {8, 0}, "UTC").repeating("FREQ=DAILY");
+    data.startDateComponents = DateComponents::fromDateTime({2026, 3, 28}, {8, 0}, "Europe/Paris");
+    const CompletedOccurrence step = completeOccurrence(data, {}, paris);
+    // Paris has gone an hour ahead meanwhile.
+    EXPECT_EQ(step.series.dueDateComponents, DateComponents::fromDateTime({2026, 3, 29}, {7, 0}, "UTC"));
+}
+
+TEST(ReminderSeriesTest, CompletesForGoodWhatHasNoNextDate) {
+    const EKReminderData cases[] = {
+        aReminder("x").due({2026, 3, 27}).repeating("FREQ=DAILY;UNTIL=20260327"),
+        aReminder("x").due({2026, 3, 27}).repeating("not understood"),
+        aReminder("x").repeating("FREQ=DAILY"),
+    };
+    for (EKReminderData data : cases) {
+        data.isCompleted = true;
+        const CompletedOccurrence step = completeOccurrence(data, {}, paris);
+        EXPECT_EQ(step.series, data);
+        EXPECT_FALSE(step.copy.has_value());
+    }
+}
+
+}  // namespace
+}  // namespace kestrant
