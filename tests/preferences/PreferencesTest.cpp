@@ -1,0 +1,180 @@
+#include "preferences/Preferences.h"
+
+#include "preferences/PreferenceKeys.h"
+#include "support/MemoryUserDefaults.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gmock/gmock.h>
+
+#include <optional>
+
+namespace kestrant {
+namespace {
+
+/// Preferences over what a file with this content holds, on an English system.
+class Stored {
+  public:
+    explicit Stored(const char* json) : defaults(QJsonDocument::fromJson(json).object()) {}
+
+    MemoryUserDefaults defaults;
+    Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedStates); }};
+};
+
+TEST(Preferences, HaveTheirDefaultsWhileNothingUsableIsStoredAndWriteNothing) {
+    for (const char* json :
+         {"{}", R"({"hoverExpandDelay": "1", "autoCloseDelay": true, "notchMaterial": 1, "showReminders": 0,
+                    "showCalendar": "no", "showRemindersInCalendar": null, "kestrantModuleOrder": "first",
+                    "kestrantLayoutRatio": "55/45", "requiresClickOrSwipeToExpand": 1,
+                    "kestrantCompletedInitialOnboarding": 1, "featureAnnouncement.presentedCount": 1.5,
+                    "kestrantAggregateMetricsEnabled": 0, "kestrant.initialCommandNTipPending": "true"})"}) {
+        Stored stored(json);
+        const QJsonObject before = stored.defaults.values();
+        const Preferences& preferences = stored.preferences;
+        EXPECT_EQ(preferences.hoverExpandDelay(), 0.0);
+        EXPECT_EQ(preferences.autoCloseDelay(), 0.2);
+        EXPECT_EQ(preferences.notchMaterial(), "glass");
+        EXPECT_TRUE(preferences.showReminders());
+        EXPECT_TRUE(preferences.showCalendar());
+        EXPECT_TRUE(preferences.showRemindersInCalendar());
+        EXPECT_EQ(preferences.moduleOrder(), KestrantModuleOrder::remindersFirst);
+        EXPECT_EQ(preferences.layoutRatio(), KestrantLayoutRatio::r70_30);
+        EXPECT_FALSE(preferences.requiresClickOrSwipeToExpand());
+        EXPECT_FALSE(preferences.completedInitialOnboarding());
+        EXPECT_FALSE(preferences.startedInitialYearReveal());
+        EXPECT_FALSE(preferences.completedInitialYearReveal());
+        EXPECT_EQ(preferences.announcementInstallationDate(), 0.0);
+        EXPECT_EQ(preferences.announcementPresentedCount(), 0);
+        EXPECT_EQ(preferences.announcementLastPresentedDate(), 0.0);
+        EXPECT_FALSE(preferences.announcementDisabled());
+        EXPECT_FALSE(preferences.initialCommandNTipPending());
+        EXPECT_TRUE(preferences.aggregateMetricsEnabled());
+        EXPECT_EQ(stored.defaults.values(), before);
+    }
+}
+
+TEST(Preferences, AreKeptUnderTheirNames) {
+    Stored stored("{}");
+    Preferences& preferences = stored.preferences;
+    preferences.setLanguage(Language::french);
+    preferences.setCompletedInitialOnboarding(true);
+    preferences.setStartedInitialYearReveal(true);
+    preferences.setCompletedInitialYearReveal(true);
+    preferences.setHoverExpandDelay(0.5);
+    preferences.setRequiresClickOrSwipeToExpand(true);
+    preferences.setAutoCloseDelay(1);
+    preferences.setNotchMaterial(QStringLiteral("black"));
+    preferences.setHapticProfile(HapticProfile::light);
+    preferences.setSoundProfile(SoundProfile::soft);
+    preferences.setShowReminders(false);
+    preferences.setShowCalendar(false);
+    preferences.setShowRemindersInCalendar(false);
+    preferences.setModuleOrder(KestrantModuleOrder::calendarFirst);
+    preferences.setLayoutRatio(KestrantLayoutRatio::r30_70);
+    preferences.setAnnouncementInstallationDate(1.5);
+    preferences.setAnnouncementPresentedCount(3);
+    preferences.setAnnouncementLastPresentedDate(2.5);
+    preferences.setAnnouncementDisabled(true);
+    preferences.setInitialCommandNTipPending(true);
+    preferences.setAggregateMetricsEnabled(false);
+    EXPECT_EQ(stored.defaults.values(), QJsonDocument::fromJson(R"({
+        "kestrantLanguage": "fr", "kestrantCompletedInitialOnboarding": true,
+        "kestrantStartedInitialYearReveal": true, "kestrantCompletedInitialYearReveal": true,
+        "hoverExpandDelay": 0.5, "requiresClickOrSwipeToExpand": true, "autoCloseDelay": 1, "notchMaterial": "black",
+        "hapticFeedbackProfile": 1, "soundEffectsProfile": 2, "showReminders": false, "showCalendar": false,
+        "showRemindersInCalendar": false, "kestrantModuleOrder": "calendarFirst", "kestrantLayoutRatio": "30/70",
+        "featureAnnouncement.installationDate": 1.5, "featureAnnouncement.presentedCount": 3,
+        "featureAnnouncement.lastPresentedDate": 2.5, "featureAnnouncement.disabled": true,
+        "kestrant.initialCommandNTipPending": true, "kestrantAggregateMetricsEnabled": false})")
+                                            .object());
+    EXPECT_TRUE(preferences.isFrench());
+    EXPECT_EQ(preferences.hapticProfile(), HapticProfile::light);
+    EXPECT_EQ(preferences.soundProfile(), SoundProfile::soft);
+    EXPECT_EQ(preferences.layoutRatio(), KestrantLayoutRatio::r30_70);
+    EXPECT_EQ(preferences.moduleOrder(), KestrantModuleOrder::calendarFirst);
+    EXPECT_FALSE(preferences.showCalendar());
+    EXPECT_EQ(preferences.announcementPresentedCount(), 3);
+}
+
+struct MigrationCase {
+    const char* before;
+    const char* after;
+};
+
+TEST(HoverDelayMigration, TurnsOnlyTheMarkerIntoTheSettingOfItsOwn) {
+    const MigrationCase cases[] = {
+        {R"({"hoverExpandDelay": -1.0})",
+         R"({"hoverExpandDelay": 0.3, "requiresClickOrSwipeToExpand": true})"},
+        {R"({"hoverExpandDelay": -0.5})", R"({"hoverExpandDelay": -0.5})"},
+        {R"({"hoverExpandDelay": "-1"})", R"({"hoverExpandDelay": "-1"})"},
+        {R"({"hoverExpandDelay": 0.3, "requiresClickOrSwipeToExpand": false})",
+         R"({"hoverExpandDelay": 0.3, "requiresClickOrSwipeToExpand": false})"},
+        {"{}", "{}"},
+    };
+    for (const MigrationCase& testCase : cases) {
+        Stored stored(testCase.before);
+        stored.preferences.migrateHoverExpandDelay();
+        EXPECT_EQ(stored.defaults.values(), QJsonDocument::fromJson(testCase.after).object())
+            << testCase.before;
+    }
+}
+
+struct HapticCase {
+    const char* json;
+    HapticProfile profile;
+};
+
+TEST(HapticProfile, ComesFromItsOwnKeyThenFromTheOldSwitch) {
+    const HapticCase cases[] = {
+        {"{}", HapticProfile::full},
+        {R"({"hapticFeedbackProfile": 0})", HapticProfile::off},
+        {R"({"hapticFeedbackProfile": 1, "hapticsEnabled": false})", HapticProfile::light},
+        {R"({"hapticFeedbackProfile": 2, "hapticsEnabled": false})", HapticProfile::full},
+        {R"({"hapticFeedbackProfile": 5, "hapticsEnabled": false})", HapticProfile::off},
+        {R"({"hapticFeedbackProfile": 5})", HapticProfile::full},
+        {R"({"hapticFeedbackProfile": -3})", HapticProfile::off},
+        {R"({"hapticFeedbackProfile": 0.5, "hapticsEnabled": true})", HapticProfile::full},
+        {R"({"hapticsEnabled": false})", HapticProfile::off},
+        {R"({"hapticsEnabled": 0})", HapticProfile::full},
+    };
+    for (const HapticCase& testCase : cases)
+        EXPECT_EQ(Stored(testCase.json).preferences.hapticProfile(), testCase.profile) << testCase.json;
+}
+
+struct SoundCase {
+    const char* json;
+    SoundProfile profile;
+};
+
+TEST(SoundProfile, ComesFromItsOwnKeyThenFromTheOldSwitch) {
+    const SoundCase cases[] = {
+        {"{}", SoundProfile::full},
+        {R"({"soundEffectsProfile": 0, "soundEffectsEnabled": true})", SoundProfile::off},
+        {R"({"soundEffectsProfile": 1})", SoundProfile::full},
+        {R"({"soundEffectsProfile": 2})", SoundProfile::soft},
+        {R"({"soundEffectsProfile": 7, "soundEffectsEnabled": false})", SoundProfile::full},
+        {R"({"soundEffectsProfile": -1})", SoundProfile::full},
+        {R"({"soundEffectsProfile": "0", "soundEffectsEnabled": false})", SoundProfile::off},
+        {R"({"soundEffectsEnabled": true})", SoundProfile::full},
+        {R"({"soundEffectsEnabled": "no"})", SoundProfile::full},
+    };
+    for (const SoundCase& testCase : cases)
+        EXPECT_EQ(Stored(testCase.json).preferences.soundProfile(), testCase.profile) << testCase.json;
+}
+
+TEST(Layout, ValuesAreReadBackFromTheTextsThatStandForThem) {
+    QStringList ratios;
+    for (const KestrantLayoutRatio ratio : allLayoutRatios) {
+        ratios.append(rawValue(ratio));
+        EXPECT_EQ(layoutRatioFromRawValue(rawValue(ratio)), ratio);
+    }
+    EXPECT_EQ(ratios, (QStringList{"30/70", "40/60", "50/50", "60/40", "70/30"}));
+    for (const KestrantModuleOrder order : allModuleOrders)
+        EXPECT_EQ(moduleOrderFromRawValue(rawValue(order)), order);
+    EXPECT_EQ(layoutRatioFromRawValue(u"70 / 30"), std::nullopt);
+    EXPECT_EQ(moduleOrderFromRawValue(u"RemindersFirst"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace kestrant
