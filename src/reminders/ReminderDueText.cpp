@@ -18,7 +18,10 @@ QString dayInWords(QDate day, QDate today, bool includesTime, Language language)
     const QLocale locale = language == Language::french ? QLocale(QLocale::French, QLocale::France)
                                                         : QLocale(QLocale::English, QLocale::UnitedStates);
     const bool thisYear = day.year() == today.year();
-    return locale.toString(day, thisYear ? QStringLiteral("ddd d MMM") : QStringLiteral("ddd d MMM yyyy"));
+    QString words =
+        locale.toString(day, thisYear ? QStringLiteral("ddd d MMM") : QStringLiteral("ddd d MMM yyyy"));
+    words[0] = words[0].toUpper();
+    return words;
 }
 
 }  // namespace

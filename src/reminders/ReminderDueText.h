@@ -8,7 +8,7 @@
 namespace kestrant {
 
 /// A due date in words: "Today", "Tomorrow 09:00", "Mon 23 Nov", "In 2 weeks", "Mon 23 Nov 2027 09:00"; in
-/// French "Aujourd’hui", "Demain 09:00", "lun. 23 nov.", "Dans 2 semaines". Times are in 24 hours. The words
+/// French "Aujourd’hui", "Demain 09:00", "Lun. 23 nov.", "Dans 2 semaines". Times are in 24 hours. The words
 /// for whole weeks stand for a date-only day exactly two, three or four weeks ahead; the year is told when it
 /// is not the present one.
 [[nodiscard]] QString reminderDueText(Instant dueDate, bool includesTime, Instant now,

@@ -186,6 +186,8 @@ void ReminderStore::applyFetch(const std::vector<EKReminderRef>& reminders, bool
 }
 
 void ReminderStore::setFetchedTasks(std::vector<ReminderTask> tasks) {
+    if (tasks == *fetchedTasks_)
+        return;
     ordering_ = ReminderOrdering(tasks, TextCollation(services_.localization.dateLocale()), ordering_);
     ordering_.setManualOrder(manualOrderIDs_);
     fetchedTasks_ = std::make_shared<const std::vector<ReminderTask>>(std::move(tasks));

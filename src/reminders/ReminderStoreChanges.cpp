@@ -54,7 +54,9 @@ void ReminderStore::create(const NewReminder& reminder, CreationCompletion compl
         return refuse(Code::emptyTitle);
     if (asksForMissingDueDate(wanted.dueDate, wanted.dueDateIncludesTime, wanted.dueAlertSchedule))
         return refuse(Code::dueDateRequired);
-    const auto preferred = selectedListID_ ? selectedListID_ : defaultListID();
+    const bool selectedExists =
+        selectedListID_ && services_.eventStore.calendarWithIdentifier(*selectedListID_);
+    const auto preferred = selectedExists ? selectedListID_ : defaultListID();
     const auto list =
         listForNewReminder(wanted.listID, preferred, services_.eventStore.defaultCalendarForNewReminders(),
                            services_.eventStore.calendars(EKEntityType::reminder));

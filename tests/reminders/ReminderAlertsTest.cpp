@@ -121,14 +121,5 @@ TEST(ReminderAlerts, ReadsTheFirstAbsoluteAlarmWithoutAPlace) {
     EXPECT_EQ(alertSchedule(wholeDays, calendar), std::nullopt);
 }
 
-TEST(ReminderAlerts, EveryChoiceIsFoundByItsRawValueAndNothingElseIs) {
-    for (const ReminderAlertTiming timing : allReminderAlertTimings)
-        EXPECT_EQ(reminderAlertTiming(rawValue(timing)), timing);
-    for (const ReminderDateOnlyAlertDay day : allReminderDateOnlyAlertDays)
-        EXPECT_EQ(reminderDateOnlyAlertDay(rawValue(day)), day);
-    EXPECT_EQ(reminderAlertTiming(-301), std::nullopt);
-    EXPECT_EQ(reminderDateOnlyAlertDay(1), std::nullopt);
-}
-
 }  // namespace
 }  // namespace kestrant

@@ -10,6 +10,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 const QString a = QStringLiteral("a");
+constexpr std::optional<Code> done = std::nullopt;
 
 NewReminder newReminder(const char* title) {
     NewReminder reminder;
@@ -19,28 +20,45 @@ NewReminder newReminder(const char* title) {
 
 class ReminderStoreChanges : public ReminderStoreTest {
   protected:
-    EKReminderData created(const NewReminder& reminder) {
-        Outcome outcome;
-        store->create(reminder, outcome.creation());
-        scheduler.runPosted();
-        EXPECT_TRUE(outcome.succeeded());
-        return *database.reminder(outcome.id);
-    }
-    std::optional<Code> refusal(const NewReminder& reminder) {
-        Outcome outcome;
-        store->create(reminder, outcome.creation());
-        EXPECT_EQ(outcome.calls, 0) << "never from within the call";
+    /// How an operation ended, once everything that follows from it is over.
+    template <typename Change>
+    std::optional<Code> outcome(Change change) {
+        ended = {};
+        change(ended);
+        EXPECT_EQ(ended.calls, 0) << "never from within the call";
         scheduler.advance(1s);
-        EXPECT_EQ(outcome.calls, 1);
-        return outcome.error ? std::optional(outcome.error->code) : std::nullopt;
+        EXPECT_EQ(ended.calls, 1);
+        return ended.error ? std::optional(ended.error->code) : std::nullopt;
     }
-    std::optional<Code> edited(const ReminderEditDetails& details) {
-        Outcome outcome;
-        store->edit(a, details, outcome.completion());
-        scheduler.advance(1s);
-        EXPECT_EQ(outcome.calls, 1);
-        return outcome.error ? std::optional(outcome.error->code) : std::nullopt;
+    std::optional<Code> create(const NewReminder& reminder) {
+        return outcome([&](Outcome& end) { store->create(reminder, end.creation()); });
     }
+    /// The list a new reminder went to.
+    QString listOf(const NewReminder& reminder) {
+        EXPECT_EQ(create(reminder), done);
+        return database.reminder(ended.id)->calendarIdentifier;
+    }
+    std::optional<Code> edit(const ReminderEditDetails& details) {
+        return outcome([&](Outcome& end) { store->edit(a, details, end.completion()); });
+    }
+    std::optional<Code> rename(const char* title) {
+        return outcome([&](Outcome& end) { store->rename(a, QString::fromUtf8(title), end.completion()); });
+    }
+    std::optional<Code> reschedule(Instant due, bool timed) {
+        return outcome([&](Outcome& end) { store->reschedule(a, due, timed, end.completion()); });
+    }
+    std::optional<Code> move(const char* list) {
+        return outcome([&](Outcome& end) { store->move(a, QString::fromUtf8(list), end.completion()); });
+    }
+    std::optional<Code> remove() {
+        return outcome([&](Outcome& end) { store->remove(a, end.completion()); });
+    }
+    void dropLists() {
+        database.dropCalendar(QStringLiteral("list"));
+        database.dropCalendar(QStringLiteral("other"));
+    }
+
+    Outcome ended;
 };
 
 TEST_F(ReminderStoreChanges, ANewReminderIsWrittenAnnouncedAndRevealed) {
@@ -59,7 +77,8 @@ TEST_F(ReminderStoreChanges, ANewReminderIsWrittenAnnouncedAndRevealed) {
     reminder.dueDateIncludesTime = true;
     reminder.dueAlertSchedule = RelativeToDueTime{-900};
     reminder.priority = NewReminderPriority::high;
-    const EKReminderData written = created(reminder);
+    ASSERT_EQ(create(reminder), done);
+    const EKReminderData written = *database.reminder(ended.id);
     EXPECT_EQ(written.title, QStringLiteral("Call the plumber"));
     EXPECT_EQ(written.priority, 1);
     EXPECT_EQ(written.calendarIdentifier, QStringLiteral("list"));
@@ -67,32 +86,21 @@ TEST_F(ReminderStoreChanges, ANewReminderIsWrittenAnnouncedAndRevealed) {
               (DateComponents{.year = 2026, .month = 3, .day = 29, .hour = 9, .minute = 0}));
     EXPECT_THAT(written.alarms, ElementsAre(EKAlarm::at(paris({2026, 3, 29}, {8, 45}))));
     EXPECT_EQ(announced, 1);
-    EXPECT_THAT(revealed, ElementsAre(written.calendarItemIdentifier));
-    EXPECT_THAT(visibleIDs(), ElementsAre(written.calendarItemIdentifier.toStdString()));
-}
-
-TEST_F(ReminderStoreChanges, ADateOnlyReminderIsWrittenAsADay) {
-    loadedStore();
-    NewReminder reminder = newReminder("x");
-    reminder.dueDate = paris({2026, 3, 29}, {23, 30});
-    reminder.dueAlertSchedule = DayRelativeToDueDate{-1, 9, 0};
-    const EKReminderData written = created(reminder);
-    EXPECT_EQ(written.dueDateComponents, DateComponents::fromDate({2026, 3, 29}));
-    EXPECT_THAT(written.alarms, ElementsAre(EKAlarm::at(paris({2026, 3, 28}, {9, 0}))));
-    EXPECT_EQ(written.priority, 5);
+    EXPECT_THAT(revealed, ElementsAre(ended.id));
+    EXPECT_THAT(visibleIDs(), ElementsAre(ended.id.toStdString()));
 }
 
 TEST_F(ReminderStoreChanges, ACreationThatMakesNoSenseIsRefused) {
     loadedStore();
-    EXPECT_EQ(refusal(newReminder(" \n\t ")), Code::emptyTitle);
+    EXPECT_EQ(create(newReminder(" \n\t ")), Code::emptyTitle);
     NewReminder timeOnly = newReminder("x");
     timeOnly.dueDateIncludesTime = true;
-    EXPECT_EQ(refusal(timeOnly), Code::dueDateRequired);
+    EXPECT_EQ(create(timeOnly), Code::dueDateRequired);
     NewReminder alertOnly = newReminder("x");
     alertOnly.dueAlertSchedule = DayRelativeToDueDate{0, 9, 0};
-    EXPECT_EQ(refusal(alertOnly), Code::dueDateRequired);
+    EXPECT_EQ(create(alertOnly), Code::dueDateRequired);
     database.setFailure(Operation::save, diskFull());
-    EXPECT_EQ(refusal(newReminder("x")), Code::database);
+    EXPECT_EQ(create(newReminder("x")), Code::database);
     EXPECT_THAT(database.reminders(), IsEmpty());
 }
 
@@ -112,31 +120,32 @@ TEST(ListForNewReminder, TakesTheFirstCandidateThatIsFound) {
     EXPECT_EQ(listForNewReminder({}, {}, locked, lists), first);
     EXPECT_EQ(listForNewReminder({}, {}, {}, lists), first);
     EXPECT_EQ(listForNewReminder({}, {}, locked, {locked}), std::nullopt);
-    EXPECT_EQ(listForNewReminder(id("locked"), {}, first, lists), locked)
-        << "asked for by name: the database refuses";
+    EXPECT_EQ(listForNewReminder(id("locked"), {}, first, lists), locked) << "the database will say no";
 }
 
-TEST_F(ReminderStoreChanges, TheSelectedListIsPreferredToTheDefaultOne) {
+TEST_F(ReminderStoreChanges, TheSelectedListIsPreferredToTheDefaultOneWhileItExists) {
+    putList("third");
     loadedStore().setDefaultListID(QStringLiteral("other"));
-    EXPECT_EQ(created(newReminder("x")).calendarIdentifier, QStringLiteral("other"));
-    store->setSelectedListID(QStringLiteral("list"));
-    EXPECT_EQ(created(newReminder("x")).calendarIdentifier, QStringLiteral("list"));
+    EXPECT_EQ(listOf(newReminder("x")), QStringLiteral("other"));
+    store->setSelectedListID(QStringLiteral("third"));
+    EXPECT_EQ(listOf(newReminder("x")), QStringLiteral("third"));
     NewReminder chosen = newReminder("x");
-    chosen.listID = QStringLiteral("other");
-    EXPECT_EQ(created(chosen).calendarIdentifier, QStringLiteral("other"));
+    chosen.listID = QStringLiteral("list");
+    EXPECT_EQ(listOf(chosen), QStringLiteral("list"));
+    database.dropCalendar(QStringLiteral("third"));
+    EXPECT_EQ(listOf(newReminder("x")), QStringLiteral("other"));
 }
 
 TEST_F(ReminderStoreChanges, WhereThereIsNoListOneIsMadeForAllWhoNeedIt) {
-    database.dropCalendar(QStringLiteral("list"));
-    database.dropCalendar(QStringLiteral("other"));
+    dropLists();
     preferences.setLanguage(Language::french);
     loadedStore();
-    Outcome first;
     Outcome second;
-    store->create(newReminder("x"), first.creation());
-    store->create(newReminder("y"), second.creation());
-    scheduler.advance(1s);
-    EXPECT_TRUE(first.succeeded());
+    EXPECT_EQ(outcome([&](Outcome& first) {
+                  store->create(newReminder("x"), first.creation());
+                  store->create(newReminder("y"), second.creation());
+              }),
+              done);
     EXPECT_TRUE(second.succeeded());
     ASSERT_EQ(store->lists().size(), 1U);
     EXPECT_EQ(store->lists().front().title, QStringLiteral("Rappels"));
@@ -144,19 +153,13 @@ TEST_F(ReminderStoreChanges, WhereThereIsNoListOneIsMadeForAllWhoNeedIt) {
 }
 
 TEST_F(ReminderStoreChanges, AFirstListThatCannotBeMadeIsToldWithItsReason) {
-    database.dropCalendar(QStringLiteral("list"));
-    database.dropCalendar(QStringLiteral("other"));
+    dropLists();
     database.setFailure(Operation::saveCalendar, diskFull());
     loadedStore();
-    Outcome outcome;
-    store->create(newReminder("x"), outcome.creation());
-    scheduler.advance(1s);
-    ASSERT_TRUE(outcome.failedWith(Code::unableToCreateInitialList));
-    EXPECT_EQ(outcome.error->message(),
+    ASSERT_EQ(create(newReminder("x")), Code::unableToCreateInitialList);
+    EXPECT_EQ(ended.error->message(),
               text("Kestrant couldn’t create the first list in Apple Reminders. The disk is full.",
                    "Kestrant n’a pas pu créer la première liste dans Apple Rappels. Le disque est plein."));
-    EXPECT_EQ((ReminderStoreError{Code::unableToCreateInitialList, {}}.message().english),
-              QStringLiteral("Kestrant couldn’t create the first list in Apple Reminders."));
 }
 
 TEST_F(ReminderStoreChanges, AnEditThatChangesNothingWritesNothing) {
@@ -169,13 +172,11 @@ TEST_F(ReminderStoreChanges, AnEditThatChangesNothingWritesNothing) {
     before.alarms.front().sourceText = "BEGIN:VALARM";
     before.alarms.push_back(EKAlarm{.relativeOffset = -5min});
     put(before);
-    loadedStore();
-    const auto details = store->editDetails(a);
+    const auto details = loadedStore().editDetails(a);
     ASSERT_TRUE(details);
     EXPECT_EQ(details->dueAlertSchedule, ReminderAlertSchedule(RelativeToDueTime{-3600}));
-    EXPECT_EQ(edited(*details), std::nullopt);
+    EXPECT_EQ(edit(*details), done);
     EXPECT_EQ(stored("a"), before);
-    EXPECT_EQ(store->editDetails(QStringLiteral("nobody")), std::nullopt);
 }
 
 TEST_F(ReminderStoreChanges, AnEditWritesEveryDetail) {
@@ -183,16 +184,15 @@ TEST_F(ReminderStoreChanges, AnEditWritesEveryDetail) {
             .due({2026, 3, 29}, {9, 0})
             .alarmAt(paris({2026, 3, 29}, {8, 45}))
             .notes(QStringLiteral("n")));
-    loadedStore();
-    ReminderEditDetails details = *store->editDetails(a);
+    ReminderEditDetails details = *loadedStore().editDetails(a);
     details.title = QStringLiteral(" New title ");
-    details.dueDate = paris({2026, 4, 1});
+    details.dueDate = paris({2026, 4, 1}, {23, 30});
     details.dueDateIncludesTime = false;
     details.dueAlertSchedule = DayRelativeToDueDate{0, 7, 30};
     details.priority = 9;
     details.listID = QStringLiteral("other");
     details.notes.clear();
-    EXPECT_EQ(edited(details), std::nullopt);
+    EXPECT_EQ(edit(details), done);
     const EKReminderData written = stored("a");
     EXPECT_EQ(written.title, QStringLiteral("New title"));
     EXPECT_EQ(written.dueDateComponents, DateComponents::fromDate({2026, 4, 1}));
@@ -200,32 +200,46 @@ TEST_F(ReminderStoreChanges, AnEditWritesEveryDetail) {
     EXPECT_EQ(written.priority, 9);
     EXPECT_EQ(written.calendarIdentifier, QStringLiteral("other"));
     EXPECT_EQ(written.notes, std::nullopt);
-    details = *store->editDetails(a);
-    EXPECT_EQ(details.title, QStringLiteral("New title"));
 }
 
-TEST_F(ReminderStoreChanges, AnEditThatMakesNoSenseIsRefusedAndWritesNothing) {
+TEST_F(ReminderStoreChanges, ARefusedChangeWritesNothingAndLeavesTheCard) {
+    put(aReminder("a"));
+    putList("locked", false);
+    const ReminderEditDetails good = *loadedStore().editDetails(a);
+    ReminderEditDetails untitled = good;
+    untitled.title = QStringLiteral(" ");
+    ReminderEditDetails alertOnly = good;
+    alertOnly.dueAlertSchedule = RelativeToDueTime{0};
+    ReminderEditDetails nowhere = good;
+    nowhere.listID = QStringLiteral("gone");
+    EXPECT_EQ(edit(untitled), Code::emptyTitle);
+    EXPECT_EQ(rename("\t"), Code::emptyTitle);
+    EXPECT_EQ(edit(alertOnly), Code::dueDateRequired);
+    EXPECT_EQ(edit(nowhere), Code::listUnavailable);
+    EXPECT_EQ(move("gone"), Code::listUnavailable);
+    EXPECT_EQ(move("locked"), Code::database);
+    database.setFailure(Operation::save, diskFull());
+    EXPECT_EQ(rename("x"), Code::database);
+    database.setFailure(Operation::remove, diskFull());
+    EXPECT_EQ(remove(), Code::database);
+    EXPECT_EQ(stored("a"), aReminder("a"));
+    ASSERT_NE(store->task(a), nullptr);
+    EXPECT_EQ(store->task(a)->title, a);
+}
+
+TEST_F(ReminderStoreChanges, SmallChangesReachTheDatabaseAndTheScreen) {
     put(aReminder("a"));
     loadedStore();
-    const EKReminderData before = stored("a");
-    const ReminderEditDetails good = *store->editDetails(a);
-    ReminderEditDetails details = good;
-    details.title = QStringLiteral(" ");
-    EXPECT_EQ(edited(details), Code::emptyTitle);
-    details = good;
-    details.dueAlertSchedule = RelativeToDueTime{0};
-    EXPECT_EQ(edited(details), Code::dueDateRequired);
-    details = good;
-    details.listID = QStringLiteral("gone");
-    EXPECT_EQ(edited(details), Code::listUnavailable);
-    database.setFailure(Operation::save, diskFull());
-    details = good;
-    details.title = QStringLiteral("x");
-    EXPECT_EQ(edited(details), Code::database);
-    EXPECT_EQ(stored("a"), before);
-    EXPECT_EQ(store->task(a)->title, a);
-    database.dropReminder(a);
-    EXPECT_EQ(edited(good), Code::reminderNotFound);
+    EXPECT_EQ(rename(" x "), done);
+    EXPECT_EQ(move("other"), done);
+    ASSERT_NE(store->task(a), nullptr);
+    EXPECT_EQ(store->task(a)->title, QStringLiteral("x"));
+    EXPECT_EQ(store->task(a)->listID, QStringLiteral("other"));
+    EXPECT_EQ(remove(), done);
+    EXPECT_THAT(visibleIDs(), IsEmpty());
+    EXPECT_EQ(rename("y"), Code::reminderNotFound);
+    EXPECT_EQ(remove(), Code::reminderNotFound);
+    EXPECT_EQ(store->editDetails(a), std::nullopt);
 }
 
 TEST_F(ReminderStoreChanges, AnotherDueDateTakesTheAlertAlongAndKeepsItsZone) {
@@ -235,10 +249,7 @@ TEST_F(ReminderStoreChanges, AnotherDueDateTakesTheAlertAlongAndKeepsItsZone) {
             .alarmAt(at("America/New_York", {2026, 3, 28}, {8, 0}))
             .alarmAt(paris({2026, 3, 1})));
     loadedStore();
-    Outcome outcome;
-    store->reschedule(a, paris({2026, 4, 2}, {18, 0}), true, outcome.completion());
-    scheduler.advance(1s);
-    EXPECT_TRUE(outcome.succeeded());
+    EXPECT_EQ(reschedule(paris({2026, 4, 2}, {18, 0}), true), done);
     EKReminderData written = stored("a");
     EXPECT_EQ(
         written.dueDateComponents,
@@ -248,8 +259,7 @@ TEST_F(ReminderStoreChanges, AnotherDueDateTakesTheAlertAlongAndKeepsItsZone) {
                 ElementsAre(EKAlarm::at(paris({2026, 3, 1})), EKAlarm::at(paris({2026, 4, 2}, {17, 0}))));
     EXPECT_EQ(written.startDateComponents, DateComponents::fromDateTime({2026, 3, 20}, {9, 0}));
 
-    store->reschedule(a, paris({2026, 3, 10}), false, {});
-    scheduler.advance(1s);
+    EXPECT_EQ(reschedule(paris({2026, 3, 10}), false), done);
     written = stored("a");
     EXPECT_EQ(written.dueDateComponents, DateComponents::fromDate({2026, 3, 10}));
     EXPECT_EQ(written.startDateComponents, written.dueDateComponents) << "it cannot start after it is due";
@@ -263,65 +273,9 @@ TEST_F(ReminderStoreChanges, WithoutADueDateThereIsNoAlert) {
     reminder.alarms.push_back(place);
     put(reminder);
     loadedStore();
-    Outcome outcome;
-    store->clearDueDate(a, outcome.completion());
-    scheduler.advance(1s);
-    EXPECT_TRUE(outcome.succeeded());
+    EXPECT_EQ(outcome([&](Outcome& end) { store->clearDueDate(a, end.completion()); }), done);
     EXPECT_EQ(stored("a").dueDateComponents, std::nullopt);
     EXPECT_THAT(stored("a").alarms, ElementsAre(place));
-}
-
-TEST_F(ReminderStoreChanges, SmallChangesReachTheDatabaseAndTheScreen) {
-    put(aReminder("a"));
-    putList("locked", false);
-    loadedStore();
-    Outcome renamed;
-    Outcome moved;
-    Outcome movedNowhere;
-    Outcome movedIntoLocked;
-    Outcome emptied;
-    store->rename(a, QStringLiteral(" x "), renamed.completion());
-    scheduler.runPosted();
-    store->move(a, QStringLiteral("other"), moved.completion());
-    scheduler.runPosted();
-    store->move(a, QStringLiteral("gone"), movedNowhere.completion());
-    store->move(a, QStringLiteral("locked"), movedIntoLocked.completion());
-    store->rename(a, QString(), emptied.completion());
-    scheduler.runPosted();
-    EXPECT_TRUE(renamed.succeeded());
-    EXPECT_TRUE(moved.succeeded());
-    EXPECT_TRUE(movedNowhere.failedWith(Code::listUnavailable));
-    EXPECT_TRUE(movedIntoLocked.failedWith(Code::database));
-    EXPECT_TRUE(emptied.failedWith(Code::emptyTitle));
-    ASSERT_NE(store->task(a), nullptr);
-    EXPECT_EQ(store->task(a)->title, QStringLiteral("x"));
-    EXPECT_EQ(store->task(a)->listID, QStringLiteral("other"));
-}
-
-TEST_F(ReminderStoreChanges, ADeletedReminderIsGoneAndCannotBeDeletedTwice) {
-    put(aReminder("a"));
-    loadedStore();
-    Outcome removed;
-    Outcome again;
-    Outcome afterwards;
-    store->remove(a, removed.completion());
-    store->remove(a, again.completion());
-    scheduler.runPosted();
-    EXPECT_TRUE(removed.succeeded());
-    EXPECT_TRUE(again.failedWith(Code::reminderNotFound));
-    EXPECT_THAT(visibleIDs(), IsEmpty());
-    store->remove(a, afterwards.completion());
-    scheduler.runPosted();
-    EXPECT_TRUE(afterwards.failedWith(Code::reminderNotFound));
-}
-
-TEST_F(ReminderStoreChanges, TwoRequestsToRevealTheSameCardDiffer) {
-    loadedStore().reveal(a);
-    const auto first = store->reminderRevealRequest();
-    store->reveal(a);
-    ASSERT_TRUE(first);
-    EXPECT_EQ(first->reminderID, a);
-    EXPECT_NE(first, store->reminderRevealRequest());
 }
 
 }  // namespace

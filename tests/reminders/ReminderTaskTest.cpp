@@ -17,12 +17,6 @@ TEST(ReminderTask, StoredWordsStandForTheirCasesAndOthersForNone) {
     EXPECT_EQ(newReminderPriority(u"medium"), std::nullopt);
 }
 
-TEST(ReminderTask, NewPrioritiesAreOneFiveAndNine) {
-    EXPECT_EQ(servicePriority(*newReminderPriority(u"high")), 1);
-    EXPECT_EQ(servicePriority(*newReminderPriority(u"normal")), 5);
-    EXPECT_EQ(servicePriority(*newReminderPriority(u"low")), 9);
-}
-
 TEST(ReminderFlagIndex, ComparesTheLastPartOfIdentifiersAndAFlagSetHereWins) {
     ReminderFlagIndex index;
     index.nativeIDs = {QStringLiteral("abc"), QStringLiteral("def")};
