@@ -1,8 +1,8 @@
 #pragma once
 
-namespace kestrant {
+#include "preferences/Preferences.h"
 
-class Preferences;
+namespace kestrant {
 
 /// The interface sounds.
 enum class Cue { dragStart = 0, expand = 1, collapse = 2, drop = 3, snap = 4, focus = 5 };
@@ -43,11 +43,10 @@ class Feedback {
     /// All three must outlive this object.
     Feedback(const Preferences& preferences, CuePlayer& player, HapticPerformer& performer);
 
-    /// 0 is silence, 1 the full set of cues, 2 the softer ones.
-    [[nodiscard]] int soundProfile() const;
-    /// Silent in sound profile 0.
+    [[nodiscard]] SoundProfile soundProfile() const;
+    /// Silent when the sound profile is off.
     void play(Cue cue) const;
-    /// Nothing in haptic profile 0.
+    /// Nothing when the haptic profile is off.
     void performHaptic(HapticPattern pattern) const;
 
   private:

@@ -65,6 +65,7 @@ class NotchInteractionModel : public QObject {
     void setOverlayDismissalHandler(std::function<void()> handler);
 
     /// What is open, by identifiers that views choose; each may be registered or removed twice without harm.
+    /// Opening an overlay or a route, or focusing the search, stops a collapse that is under way.
     Q_INVOKABLE void presentOverlay(const QString& id);
     Q_INVOKABLE void dismissOverlay(const QString& id);
     Q_INVOKABLE void presentRoute(const QString& id);

@@ -10,6 +10,7 @@
 
 #include <QObject>
 
+#include <functional>
 #include <vector>
 
 namespace kestrant {
@@ -49,6 +50,10 @@ class NotchPanelController {
     /// application resigns; closes it when it is open.
     void toggle();
 
+    /// Asks the content whether it can still scroll when the fingers move up at a location in the window
+    /// (points, origin lower left). Where it can, a swipe up scrolls; elsewhere it folds the panel.
+    void setContentScrollsUpQuery(std::function<bool(QPointF locationInWindow)> query);
+
     /// The keyboard focus has left every surface of the application.
     void applicationResignedActive();
     /// A popover of the panel closed, for whatever reason.
@@ -64,6 +69,9 @@ class NotchPanelController {
     void screenParametersChanged();
     [[nodiscard]] bool pointerIsInside() const;
     [[nodiscard]] bool primaryClick(QPointF locationInWindow, const QRectF& frame);
+    [[nodiscard]] bool swipeDown();
+    [[nodiscard]] bool swipeUp();
+    void fold(bool pointerInside);
     [[nodiscard]] bool keyboardCommand(const QString& command);
 
     Environment environment_;
@@ -72,6 +80,7 @@ class NotchPanelController {
     NotchPanel panel_;
     std::vector<Subscription> cancellables_;
     ScheduledTask pointerTimer_;
+    std::function<bool(QPointF)> contentScrollsUp_;
     bool isPresented_ = false;
     /// Ends the connections to the model's signals and marks posted work as orphaned.
     QObject lifetime_;

@@ -1,0 +1,99 @@
+#include "platform/linux/KeyFocus.h"
+
+#include "platform/linux/OverlaySurface.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QRasterWindow>
+#include <QScreen>
+#include <QTimer>
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant {
+
+namespace {
+
+constexpr char activeWindowMessage[] = "_NET_ACTIVE_WINDOW";
+/// The source of a request that a pager would make: granted without weighing who was active last.
+constexpr uint32_t sourcePager = 2;
+
+bool isOwnWindow(xcb_window_t id) {
+    const auto windows = QGuiApplication::allWindows();
+    return std::any_of(windows.begin(), windows.end(),
+                       [id](QWindow* window) { return window->handle() && window->winId() == id; });
+}
+
+}  // namespace
+
+KeyFocus::KeyFocus() : server_(X11Connection::ofApplication()), isXWayland_(server_.isXWayland()) {}
+
+KeyFocus::~KeyFocus() = default;
+
+bool KeyFocus::isOurs() const {
+    return isOwnWindow(server_.inputFocus());
+}
+
+void KeyFocus::take(QWindow& surface) {
+    const xcb_window_t focus = server_.inputFocus();
+    if (!isOwnWindow(focus)) {
+        const bool managed = server_.windowManagerSupports(activeWindowMessage);
+        previous_ = managed ? server_.activeWindow() : focus;
+    }
+    const auto id = static_cast<xcb_window_t>(surface.winId());
+    if (surface.flags().testFlag(Qt::BypassWindowManagerHint) ||
+        !server_.windowManagerSupports(activeWindowMessage))
+        xcb_set_input_focus(server_.get(), XCB_INPUT_FOCUS_PARENT, id, XCB_CURRENT_TIME);
+    else
+        server_.tellWindowManager(id, activeWindowMessage, {sourcePager, XCB_CURRENT_TIME, XCB_WINDOW_NONE});
+    server_.flush();
+}
+
+void KeyFocus::giveBack() {
+    if (!isOurs())
+        return;
+    const xcb_window_t previous = std::exchange(previous_, static_cast<xcb_window_t>(XCB_WINDOW_NONE));
+    if (previous != XCB_WINDOW_NONE && !isOwnWindow(previous) && server_.isViewable(previous)) {
+        if (server_.windowManagerSupports(activeWindowMessage))
+            server_.tellWindowManager(previous, activeWindowMessage,
+                                      {sourcePager, XCB_CURRENT_TIME, XCB_WINDOW_NONE});
+        else
+            xcb_set_input_focus(server_.get(), XCB_INPUT_FOCUS_POINTER_ROOT, previous, XCB_CURRENT_TIME);
+    } else if (isXWayland_) {
+        handOver();
+    } else {
+        // A window manager takes over from nothing; without one the focus follows the pointer.
+        const bool managed = !server_.windowManagerName().isEmpty();
+        xcb_set_input_focus(server_.get(), XCB_INPUT_FOCUS_POINTER_ROOT,
+                            managed ? XCB_INPUT_FOCUS_NONE : XCB_INPUT_FOCUS_POINTER_ROOT, XCB_CURRENT_TIME);
+    }
+    server_.flush();
+}
+
+/// The previous holder may be a client of the compositor of which X11 knows nothing. When an ordinary window
+/// closes, compositors give the focus to whoever had it before, so one is opened for just that: a transparent
+/// point.
+void KeyFocus::handOver() {
+    handOverWindow_ = std::make_unique<QRasterWindow>();
+    QWindow& window = *handOverWindow_;
+    window.setFlags(Qt::Tool | Qt::FramelessWindowHint);
+    window.setOpacity(0.0);
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    window.setGeometry(QRect(screen ? screen->geometry().center() : QPoint(), QSize(1, 1)));
+    window.installEventFilter(this);
+    window.create();
+    server_.setAtoms(static_cast<xcb_window_t>(window.winId()), "_NET_WM_STATE",
+                     {"_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER"});
+    window.show();
+    server_.tellWindowManager(static_cast<xcb_window_t>(window.winId()), activeWindowMessage,
+                              {sourcePager, XCB_CURRENT_TIME, XCB_WINDOW_NONE});
+}
+
+bool KeyFocus::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == handOverWindow_.get() && event->type() == QEvent::FocusIn)
+        QTimer::singleShot(0, this, [this] { handOverWindow_.reset(); });
+    return false;
+}
+
+}  // namespace kestrant

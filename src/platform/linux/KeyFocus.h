@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/linux/X11Connection.h"
+
+#include <QObject>
+
+#include <memory>
+
+class QWindow;
+
+namespace kestrant {
+
+/// Takes the keyboard focus for the panel's surfaces and gives it back to whoever had it. Thread: main.
+class KeyFocus : public QObject {
+  public:
+    KeyFocus();
+    ~KeyFocus() override;
+
+    /// Gives the focus to one of our visible surfaces, remembering its holder when that was none of them.
+    void take(QWindow& surface);
+    /// Gives the focus back unless it has left our surfaces already.
+    void giveBack();
+    /// Whether one of the application's windows has the focus, as the server sees it.
+    [[nodiscard]] bool isOurs() const;
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void handOver();
+
+    X11Connection server_;
+    bool isXWayland_;
+    xcb_window_t previous_ = XCB_WINDOW_NONE;
+    std::unique_ptr<QWindow> handOverWindow_;
+};
+
+}  // namespace kestrant
