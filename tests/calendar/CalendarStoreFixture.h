@@ -48,7 +48,8 @@ class CalendarStoreTest : public testing::Test {
     }
 
     /// Makes the store as it is at the start of the program; it has not asked for access yet.
-    CalendarStore& makeStore() {
+    CalendarStore& makeStore() { return makeStore(executor); }
+    CalendarStore& makeStore(BackgroundExecutor& background) {
         store = std::make_unique<CalendarStore>(CalendarStoreServices{
             .eventStore = database,
             .scheduler = scheduler,
@@ -56,7 +57,7 @@ class CalendarStoreTest : public testing::Test {
             .calendar = calendar,
             .preferences = preferences,
             .notifications = notifications,
-            .executor = executor,
+            .executor = background,
             .locale = [] { return QLocale(QLocale::English, QLocale::UnitedStates); },
             .clearReminderDueDate =
                 [this](const QString& id, std::function<void(tl::expected<void, TextPair>)> done) {

@@ -102,6 +102,19 @@ TEST_F(CalendarStoreLoading, OnlyTheLastOfSeveralLoadsIsShown) {
     EXPECT_FALSE(store->isLoading());
 }
 
+TEST_F(CalendarStoreLoading, RowsMadeOnOtherThreadsArriveOnThisOne) {
+    for (int event = 0; event < 500; ++event)
+        database.putEvent(anEvent(qPrintable(QString::number(event))).lasting(now() + 24h, 1h));
+    ThreadPoolExecutor threads;
+    makeStore(threads).requestAccess();
+    store->reload();
+    EXPECT_TRUE(scheduler.runUntil([&] { return store->hasLoaded(); }));
+    EXPECT_EQ(store->upcomingEvents().size(), 500);
+    store->setShowsAllEvents(true);
+    scheduler.runPosted();
+    store.reset();
+}
+
 TEST_F(CalendarStoreLoading, AStoreMayGoWhileItLoads) {
     loadedStore();
     executor.hold();
