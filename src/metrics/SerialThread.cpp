@@ -2,32 +2,10 @@
 
 #include <QCoreApplication>
 #include <QEvent>
-#include <QTimer>
 
-#include <algorithm>
-#include <chrono>
-#include <limits>
 #include <utility>
 
 namespace kestrant {
-
-namespace {
-
-using Milliseconds = std::chrono::milliseconds;
-
-/// A timer that lives as long as somebody holds it, also while it is telling.
-std::shared_ptr<QTimer> makeTimer(Duration delay) {
-    std::shared_ptr<QTimer> timer(new QTimer, [](QTimer* ended) {
-        ended->stop();
-        ended->deleteLater();
-    });
-    timer->setTimerType(Qt::PreciseTimer);
-    timer->setInterval(std::clamp(std::chrono::ceil<Milliseconds>(delay), Milliseconds(0),
-                                  Milliseconds(std::numeric_limits<int>::max())));
-    return timer;
-}
-
-}  // namespace
 
 /// Where other threads leave work.
 class SerialThread::Inbox : public QObject {
@@ -65,41 +43,23 @@ SerialThread::SerialThread(const QString& name) : inbox_(std::make_unique<Inbox>
 }
 
 SerialThread::~SerialThread() {
-    inbox_->add([this] { thread_.quit(); });
+    inbox_->add([this] {
+        timers_.reset();
+        thread_.quit();
+    });
     thread_.wait();
 }
 
+QtScheduler& SerialThread::timers() {
+    return timers_ ? *timers_ : timers_.emplace();
+}
+
 ScheduledTask SerialThread::after(Duration delay, std::function<void()> work) {
-    auto state = std::make_shared<ScheduledTask::State>();
-    const auto timer = makeTimer(delay);
-    timer->setSingleShot(true);
-    QObject::connect(timer.get(), &QTimer::timeout, timer.get(), [weak = std::weak_ptr(state)] {
-        const auto due = weak.lock();
-        if (!due || !due->pending)
-            return;
-        due->pending = false;
-        const auto body = std::exchange(due->work, nullptr);
-        body();
-    });
-    // The work holds its timer, so that cancelling the one ends the other.
-    state->work = [timer, body = std::move(work)] { body(); };
-    timer->start();
-    return ScheduledTask(state);
+    return timers().after(delay, std::move(work));
 }
 
 ScheduledTask SerialThread::every(Duration interval, std::function<void()> work) {
-    auto state = std::make_shared<ScheduledTask::State>();
-    const auto timer = makeTimer(interval);
-    QObject::connect(timer.get(), &QTimer::timeout, timer.get(), [weak = std::weak_ptr(state)] {
-        const auto due = weak.lock();
-        if (!due || !due->pending)
-            return;
-        const auto body = due->work;
-        body();
-    });
-    state->work = [timer, body = std::move(work)] { body(); };
-    timer->start();
-    return ScheduledTask(state);
+    return timers().every(interval, std::move(work));
 }
 
 void SerialThread::post(std::function<void()> work) {

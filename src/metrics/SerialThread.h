@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/QtScheduler.h"
 #include "foundation/Scheduler.h"
 
 #include <QString>
@@ -8,6 +9,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace kestrant {
 
@@ -18,7 +20,7 @@ class SerialThread final : public Scheduler {
     explicit SerialThread(const QString& name);
     ~SerialThread() override;
 
-    /// Thread: this one, as for cancelling what is returned. Precise to a millisecond.
+    /// Thread: this one, as for cancelling what is returned.
     [[nodiscard]] ScheduledTask after(Duration delay, std::function<void()> work) override;
     [[nodiscard]] ScheduledTask every(Duration interval, std::function<void()> work) override;
     void post(std::function<void()> work) override;
@@ -26,8 +28,12 @@ class SerialThread final : public Scheduler {
   private:
     class Inbox;
 
+    QtScheduler& timers();
+
     QThread thread_;
     std::unique_ptr<Inbox> inbox_;
+    /// Made and ended on the thread.
+    std::optional<QtScheduler> timers_;
 };
 
 }  // namespace kestrant
