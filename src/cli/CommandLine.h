@@ -1,0 +1,35 @@
+#pragma once
+
+#include "foundation/Scheduler.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <QLocale>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+namespace kestrant {
+
+/// What the commands work with.
+struct CommandLineEnvironment {
+    QString version;
+    /// The folder of the store that is used when neither the arguments nor the preferences name one.
+    QString storeFolder;
+    QString preferencesFile;
+    QString ledgerFile;
+    /// Gives the language while the preferences choose none.
+    QLocale systemLocale;
+    ZoneCalendar calendar;
+    const Clock& clock;
+    /// Take text for the standard output and for the standard error.
+    std::function<void(const QString& text)> out;
+    std::function<void(const QString& text)> err;
+};
+
+/// Carries out one command; `arguments` are those after the program's name. Needs a QCoreApplication, whose
+/// event loop it runs until the command has ended. Preferences are read and never written. Returns the exit
+/// status: 0 done, 1 refused, 2 wrong usage; whatever is refused is explained on `err`. Thread: main.
+[[nodiscard]] int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& environment);
+
+}  // namespace kestrant

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "eventkit/EKTypes.h"
+#include "foundation/Text.h"
+#include "foundation/ZoneCalendar.h"
+#include "reminders/ReminderTask.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QString>
+
+#include <vector>
+
+namespace kestrant {
+
+/// What printed dates and words depend on.
+struct OutputContext {
+    Instant now;
+    ZoneCalendar calendar;
+    Language language = Language::english;
+};
+
+[[nodiscard]] QJsonArray tasksAsJson(const std::vector<ReminderTask>& tasks, const ZoneCalendar& calendar);
+/// One line for each task: due date in words, priority and flag, title, list, identifier, in aligned columns.
+[[nodiscard]] QString tasksAsTable(const std::vector<ReminderTask>& tasks,
+                                   const std::vector<ReminderList>& lists, const OutputContext& context);
+
+[[nodiscard]] QJsonArray listsAsJson(const std::vector<ReminderList>& lists);
+[[nodiscard]] QString listsAsTable(const std::vector<ReminderList>& lists, Language language);
+
+/// The task with what else the database holds of the reminder.
+[[nodiscard]] QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder,
+                                         const ZoneCalendar& calendar);
+[[nodiscard]] QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder,
+                                      const std::vector<ReminderList>& lists, const OutputContext& context);
+
+}  // namespace kestrant
