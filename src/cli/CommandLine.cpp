@@ -90,10 +90,14 @@ class Session {
 
     int run() {
         QObject::connect(&store_, &ReminderStore::accessStateChanged, &store_, [this] { accessChanged(); });
-        QObject::connect(&store_, &ReminderStore::isLoadingChanged, &store_, [this] {
-            if (store_.hasLoaded() && !store_.isLoading())
-                loaded();
-        });
+        // Queued, so that the store has taken in all of what it loaded.
+        QObject::connect(
+            &store_, &ReminderStore::isLoadingChanged, &store_,
+            [this] {
+                if (store_.hasLoaded() && !store_.isLoading())
+                    loaded();
+            },
+            Qt::QueuedConnection);
         store_.requestAccess();
         return QCoreApplication::exec();
     }

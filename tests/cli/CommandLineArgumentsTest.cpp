@@ -1,0 +1,127 @@
+#include "cli/CommandLineArguments.h"
+
+#include <QDir>
+
+#include <gmock/gmock.h>
+
+namespace kestrant {
+namespace {
+
+using Command = CommandLineArguments::Command;
+
+const ZoneCalendar paris(QTimeZone("Europe/Paris"));
+
+struct WrongCase {
+    QStringList arguments;
+    const char* message;
+};
+
+TEST(CommandLineArguments, ThatAreWrongAreRefusedWithTheReason) {
+    const WrongCase cases[] = {
+        {{}, "A command is missing."},
+        {{"--json"}, "A command is missing."},
+        {{"agenda"}, "There is no command agenda."},
+        {{""}, "There is no command ."},
+        {{"list", "--colour"}, "There is no option --colour."},
+        {{"list", "-x"}, "There is no option -x."},
+        {{"list", "--json=yes"}, "--json takes no value."},
+        {{"list", "--json", "--json"}, "--json is given more than once."},
+        {{"list", "--sort"}, "--sort needs a value."},
+        {{"list", "--sort", "due"},
+         "--sort must be one of: manual, dueDate, priority, title, creationOldestFirst, "
+         "creationNewestFirst."},
+        {{"list", "work"}, "“work” is one argument too many; a text of several words goes in quotes."},
+        {{"list", "--due", "2026-03-27"}, "list has no option --due."},
+        {{"lists", "--today"}, "lists has no option --today."},
+        {{"complete", "id", "--list", "a"}, "complete has no option --list."},
+        {{"add"}, "add needs a title."},
+        {{"add", "Buy", "milk"}, "“milk” is one argument too many; a text of several words goes in quotes."},
+        {{"add", "x", "--priority", "High"}, "--priority must be one of: high, normal, low."},
+        {{"complete"}, "complete needs the identifier of a reminder."},
+        {{"delete"}, "delete needs the identifier of a reminder."},
+        {{"show"}, "show needs the identifier of a reminder."},
+        {{"list", "--store", "/home"}, "--store: “/home” is no store; write vdir:PATH."},
+        {{"list", "--store", "vdir:"}, "--store: “vdir:” is no store; write vdir:PATH."},
+        {{"list", "--store=files:/home"}, "--store: “files:/home” is no store; write vdir:PATH."},
+        {{"list", "--now", "2026-03-27"},
+         "--now: “2026-03-27” is no time; write it like 2026-03-27T14:30:00Z."},
+        {{"list", "--now", "noon"}, "--now: “noon” is no time; write it like 2026-03-27T14:30:00Z."},
+    };
+    for (const WrongCase& testCase : cases) {
+        const auto parsed = parseCommandLine(testCase.arguments, paris);
+        ASSERT_FALSE(parsed.has_value()) << testCase.message;
+        EXPECT_EQ(parsed.error().english, QString::fromUtf8(testCase.message));
+        EXPECT_NE(parsed.error().french, parsed.error().english);
+        EXPECT_FALSE(parsed.error().french.contains(u'%'));
+    }
+}
+
+struct DueCase {
+    const char* typed;
+    std::optional<const char*> instant;
+    bool includesTime = false;
+};
+
+TEST(CommandLineArguments, TakeDueDatesAsDaysLocalTimesOrInstants) {
+    const DueCase cases[] = {
+        {"2026-03-27", "2026-03-26T23:00:00Z", false},
+        {"2026-03-27T14:30", "2026-03-27T13:30:00Z", true},
+        {"2026-03-27T14:30:15", "2026-03-27T13:30:15Z", true},
+        {"2026-03-27T14:30:00Z", "2026-03-27T14:30:00Z", true},
+        {"2026-03-27T14:30:00+05:30", "2026-03-27T09:00:00Z", true},
+        {"2026-03-29T02:30", "2026-03-29T01:30:00Z", true},
+        {"2024-02-29", "2024-02-28T23:00:00Z", false},
+        {"2026-02-29", {}},
+        {"2026-3-27", {}},
+        {"2026-03-27T", {}},
+        {"2026-03-27T24:00", {}},
+        {"2026-03-27T14", {}},
+        {"2026-03-27 14:30", {}},
+        {"0000-01-01", {}},
+        {"tomorrow", {}},
+        {"", {}},
+    };
+    for (const DueCase& testCase : cases) {
+        const auto parsed = parseCommandLine({"add", "x", "--due", testCase.typed}, paris);
+        ASSERT_EQ(parsed.has_value(), testCase.instant.has_value()) << testCase.typed;
+        if (!parsed) {
+            EXPECT_TRUE(parsed.error().english.startsWith("--due: ")) << testCase.typed;
+            continue;
+        }
+        EXPECT_EQ(toIso8601(parsed->due->instant), *testCase.instant);
+        EXPECT_EQ(parsed->due->includesTime, testCase.includesTime);
+    }
+}
+
+TEST(CommandLineArguments, MayStandInAnyOrder) {
+    const auto parsed =
+        parseCommandLine({"--now=2026-03-27T12:00:00Z", "--store", "vdir:some/../lists", "list", "--sort",
+                          "title", "--list=a=b", "--today", "--search", "--x", "--json"},
+                         paris);
+    ASSERT_TRUE(parsed.has_value());
+    EXPECT_EQ(parsed->command, Command::list);
+    EXPECT_EQ(parsed->now, parseIso8601(u"2026-03-27T12:00:00Z"));
+    EXPECT_EQ(parsed->storeFolder, QDir::current().absoluteFilePath("lists"));
+    EXPECT_EQ(parsed->sort, ReminderSortMode::title);
+    EXPECT_EQ(parsed->listID, "a=b");
+    EXPECT_EQ(parsed->search, "--x");
+    EXPECT_TRUE(parsed->todayOnly && parsed->json);
+    EXPECT_FALSE(parsed->overdueOnly || parsed->flaggedOnly);
+
+    EXPECT_EQ(parseCommandLine({"add", "--", "--help"}, paris)->subject, "--help");
+    EXPECT_EQ(parseCommandLine({"add", "-"}, paris)->subject, "-");
+    EXPECT_EQ(parseCommandLine({"complete", "x", "--help"}, paris)->command, Command::help);
+    EXPECT_EQ(parseCommandLine({"--version"}, paris)->command, Command::version);
+}
+
+TEST(CommandLineArguments, NameACommandWhereAWordStandsThatIsNoOptionsValue) {
+    EXPECT_TRUE(namesCommand({"list"}));
+    EXPECT_TRUE(namesCommand({"--store", "vdir:x", "--now=x", "--json", "lists"}));
+    EXPECT_TRUE(namesCommand({"typo"}));
+    EXPECT_FALSE(namesCommand({}));
+    EXPECT_FALSE(namesCommand({"--store", "vdir:x"}));
+    EXPECT_FALSE(namesCommand({"--toggle", "--help"}));
+}
+
+}  // namespace
+}  // namespace kestrant

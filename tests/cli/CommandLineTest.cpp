@@ -1,0 +1,321 @@
+#include "cli/CommandLine.h"
+
+#include "foundation/AtomicFile.h"
+#include "foundation/Clocks.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+#include <clocale>
+
+namespace kestrant {
+namespace {
+
+struct Result {
+    int status = -1;
+    QString out;
+    QString err;
+
+    [[nodiscard]] QJsonDocument json() const { return QJsonDocument::fromJson(out.toUtf8()); }
+    [[nodiscard]] QStringList ids() const {
+        QStringList result;
+        for (const QJsonValue task : json().array())
+            result.append(task[QLatin1String("id")].toString());
+        return result;
+    }
+};
+
+/// Commands on a real folder with the lists "home" and "work"; Friday 27 March 2026, noon, in Paris.
+class CommandLineTest : public testing::Test {
+  protected:
+    CommandLineTest() {
+        std::setlocale(LC_ALL, "C.UTF-8");
+        putTodo("home", "milk",
+                "SUMMARY:Buy milk\r\nDUE;TZID=Europe/Paris:20260327T143000\r\nPRIORITY:1\r\n"
+                "CREATED:20260301T080000Z\r\n");
+        putTodo("home", "taxes",
+                "SUMMARY:Fill in taxes\r\nDUE;VALUE=DATE:20260326\r\nPRIORITY:9\r\n"
+                "DESCRIPTION:Two forms\\nand a stamp\r\nCREATED:20260302T080000Z\r\n");
+        putTodo("work", "report", "SUMMARY:Ärger mit Bericht\r\nCREATED:20260303T080000Z\r\n");
+        putTodo("work", "done", "SUMMARY:Done\r\nSTATUS:COMPLETED\r\nCOMPLETED:20260301T080000Z\r\n");
+    }
+
+    [[nodiscard]] QString path(const QString& name) const { return root.filePath(name); }
+    [[nodiscard]] QString file(const QString& name) const {
+        return QString::fromUtf8(readFile(path(name)).value_or(QByteArray()));
+    }
+    void put(const QString& name, const QByteArray& content) const {
+        ASSERT_TRUE(createFolder(QFileInfo(path(name)).path()).has_value());
+        ASSERT_TRUE(writeFileAtomically(path(name), content).has_value());
+    }
+    void putTodo(const char* list, const char* uid, const QByteArray& lines) const {
+        put(QStringLiteral("store/%1/%2.ics").arg(QLatin1String(list), QLatin1String(uid)),
+            QByteArray("BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Test//EN\r\nBEGIN:VTODO\r\nUID:") + uid +
+                "\r\nDTSTAMP:20260301T080000Z\r\n" + lines + "END:VTODO\r\nEND:VCALENDAR\r\n");
+    }
+
+    Result run(const QStringList& arguments) const {
+        Result result;
+        const CommandLineEnvironment environment{
+            .version = QStringLiteral("1.2.3"),
+            .storeFolder = path(QStringLiteral("store")),
+            .preferencesFile = path(QStringLiteral("preferences.json")),
+            .ledgerFile = path(QStringLiteral("ledger.json")),
+            .systemLocale = QLocale(QLocale::English, QLocale::UnitedStates),
+            .calendar = ZoneCalendar(QTimeZone("Europe/Paris")),
+            .clock = clock,
+            .out = [&](const QString& text) { result.out += text; },
+            .err = [&](const QString& text) { result.err += text; },
+        };
+        result.status = runCommandLine(arguments, environment);
+        return result;
+    }
+
+    int argumentCount = 1;
+    char programName[5] = "test";
+    char* programArguments[2] = {programName, nullptr};
+    QCoreApplication application{argumentCount, programArguments};
+    QTemporaryDir root;
+    FixedClock clock{parseIso8601(u"2026-03-27T11:00:00Z").value()};
+};
+
+TEST_F(CommandLineTest, ListPrintsTheOpenRemindersAsJson) {
+    putTodo("home", "milk",
+            "SUMMARY:Buy "
+            "milk\r\nDUE;TZID=Europe/Paris:20260327T143000\r\nPRIORITY:1\r\nCREATED:20260301T080000Z\r\n"
+            "BEGIN:VALARM\r\nACTION:DISPLAY\r\nDESCRIPTION:x\r\nTRIGGER;VALUE=DATE-TIME:20260327T131500Z\r\n"
+            "END:VALARM\r\n");
+    putTodo("home", "taxes",
+            "SUMMARY:Fill in "
+            "taxes\r\nDUE;VALUE=DATE:20260326\r\nBEGIN:VALARM\r\nACTION:DISPLAY\r\nDESCRIPTION:x\r\n"
+            "TRIGGER;VALUE=DATE-TIME:20260325T170000Z\r\nEND:VALARM\r\n");
+    const Result result = run({"list", "--json"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.json(), QJsonDocument::fromJson(R"([
+        {"id": "taxes", "title": "Fill in taxes", "dueDate": "2026-03-26", "dueDateIncludesTime": false,
+         "dueAlertSchedule": {"dayRelativeToDueDate": [-1, 18, 0]}, "creationDate": "2026-03-01T08:00:00Z",
+         "priority": 0, "listID": "home", "isFlagged": false},
+        {"id": "milk", "title": "Buy milk", "dueDate": "2026-03-27T13:30:00Z", "dueDateIncludesTime": true,
+         "dueAlertSchedule": {"relativeToDueTime": -900}, "creationDate": "2026-03-01T08:00:00Z",
+         "priority": 1, "listID": "home", "isFlagged": false},
+        {"id": "report", "title": "Ärger mit Bericht", "dueDate": null, "dueDateIncludesTime": false,
+         "dueAlertSchedule": null, "creationDate": "2026-03-03T08:00:00Z", "priority": 0, "listID": "work",
+         "isFlagged": false}])"));
+    EXPECT_FALSE(QFile::exists(path("ledger.json"))) << "reading leaves no trace";
+}
+
+struct ListCase {
+    QStringList options;
+    QStringList ids;
+};
+
+TEST_F(CommandLineTest, ListTakesFiltersSearchAndOrder) {
+    const ListCase cases[] = {
+        {{}, {"taxes", "milk", "report"}},
+        {{"--sort", "title"}, {"report", "milk", "taxes"}},
+        {{"--sort", "creationNewestFirst"}, {"report", "taxes", "milk"}},
+        {{"--sort", "priority"}, {"milk", "taxes", "report"}},
+        {{"--today"}, {"milk"}},
+        {{"--overdue"}, {"taxes"}},
+        {{"--overdue", "--now", "2026-03-27T13:31:00Z"}, {"taxes", "milk"}},
+        {{"--flagged"}, {}},
+        {{"--list", "work"}, {"report"}},
+        {{"--search", "  MILK "}, {"milk"}},
+        {{"--search", "ärger"}, {"report"}},
+        {{"--search", "il", "--sort", "title"}, {"milk", "taxes"}},
+        {{"--list", "home", "--today", "--search", "taxes"}, {}},
+    };
+    for (const ListCase& testCase : cases) {
+        const Result result = run(QStringList{"list", "--json"} + testCase.options);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.ids(), testCase.ids) << testCase.options.join(u' ').toStdString();
+    }
+}
+
+TEST_F(CommandLineTest, ListStartsFromThePreferencesAndNeverChangesThem) {
+    const QByteArray preferences =
+        R"({"reminderSortMode": "manual", "reminderManualOrder": ["report", "milk"], "selectedReminderListID": "home"})";
+    put("preferences.json", preferences);
+    EXPECT_EQ(run({"list", "--json"}).ids(), (QStringList{"report", "milk", "taxes"}))
+        << "all lists all the same";
+    EXPECT_EQ(run({"list", "--json", "--sort", "title", "--list", "home"}).ids(),
+              (QStringList{"milk", "taxes"}));
+    EXPECT_EQ(file("preferences.json"), QString::fromUtf8(preferences));
+}
+
+TEST_F(CommandLineTest, ListPrintsAlignedColumnsInThePersonsLanguage) {
+    put("store/work/displayname", "仕事");
+    putTodo("work", "report", "SUMMARY:Tidy\\nup\x1B[2J\r\nDUE;VALUE=DATE:20260328\r\nRRULE:FREQ=WEEKLY\r\n");
+    EXPECT_EQ(run({"list"}).out, "Yesterday    !    Fill in taxes  home  taxes\n"
+                                 "Today 14:30  !!!  Buy milk       home  milk\n"
+                                 "Tomorrow     ↻    Tidy up [2J    仕事  report\n");
+    put("preferences.json", R"({"kestrantLanguage": "fr"})");
+    EXPECT_EQ(run({"list", "--today"}).out, "Aujourd’hui 14:30  !!!  Buy milk  home  milk\n");
+    EXPECT_EQ(run({"list", "--search", "nothing"}).out, "Aucun rappel.\n");
+}
+
+TEST_F(CommandLineTest, ListsPrintsTheLists) {
+    put("store/home/displayname", "Maison");
+    put("store/home/color", "#ff8800");
+    EXPECT_EQ(run({"lists"}).out, "Maison  home\n"
+                                  "work    work\n");
+    const QJsonArray lists = run({"lists", "--json"}).json().array();
+    ASSERT_EQ(lists.size(), 2);
+    EXPECT_EQ(lists[0].toObject(), (QJsonObject{{"id", "home"},
+                                                {"title", "Maison"},
+                                                {"color", "#FF8800"},
+                                                {"allowsContentModifications", true}}));
+}
+
+TEST_F(CommandLineTest, AddCreatesAReminderAndPrintsItsIdentifier) {
+    const Result added =
+        run({"add", " Call Zoé ", "--due", "2026-04-02T09:15", "--priority", "high", "--list", "work"});
+    EXPECT_EQ(added.status, 0) << added.err.toStdString();
+    const QString id = added.out.trimmed();
+    const Result listed = run({"list", "--search", "zoé", "--json"});
+    ASSERT_EQ(listed.ids(), QStringList{id});
+    const QJsonObject task = listed.json().array()[0].toObject();
+    EXPECT_EQ(task["title"], "Call Zoé");
+    EXPECT_EQ(task["dueDate"], "2026-04-02T07:15:00Z");
+    EXPECT_EQ(task["priority"], 1);
+    EXPECT_EQ(task["listID"], "work");
+    EXPECT_EQ(task["creationDate"], "2026-03-27T11:00:00Z");
+
+    const QJsonObject second = run({"add", "Rest", "--due", "2026-04-03", "--json"}).json().object();
+    EXPECT_EQ(run({"show", second["id"].toString(), "--json"}).json().object()["dueDate"], "2026-04-03");
+}
+
+TEST_F(CommandLineTest, AddMakesTheFolderAndTheFirstListOfANewStore) {
+    const QString store = "vdir:" + path("new/store");
+    EXPECT_EQ(run({"list", "--store", store}).status, 1);
+    EXPECT_FALSE(QFile::exists(path("new")));
+    EXPECT_EQ(run({"add", "First", "--store", store}).status, 0);
+    EXPECT_EQ(run({"list", "--json", "--store", store}).ids().size(), 1);
+}
+
+TEST_F(CommandLineTest, CompleteWritesTheFileAndTheLedgerBeforeItEnds) {
+    const Result result = run({"complete", "milk"});
+    EXPECT_EQ(result.status, 0) << result.err.toStdString();
+    EXPECT_TRUE(file("store/home/milk.ics").contains("\r\nSTATUS:COMPLETED\r\n"));
+    EXPECT_TRUE(file("store/home/milk.ics").contains("\r\nCOMPLETED:20260327T110000Z\r\n"));
+    EXPECT_EQ(run({"list", "--json"}).ids(), (QStringList{"taxes", "report"}));
+    const QJsonObject ledger = QJsonDocument::fromJson(file("ledger.json").toUtf8()).object();
+    EXPECT_EQ(ledger["didBackfill"], true);
+    EXPECT_EQ(ledger["records"].toObject().keys(), (QStringList{"done", "milk"}));
+    EXPECT_EQ(run({"complete", "milk"}).status, 0) << "it is";
+}
+
+TEST_F(CommandLineTest, CompleteAdvancesAReminderThatRepeats) {
+    putTodo("home", "water", "SUMMARY:Water\r\nDUE;VALUE=DATE:20260327\r\nRRULE:FREQ=DAILY\r\n");
+    EXPECT_EQ(run({"complete", "water"}).status, 0);
+    EXPECT_EQ(run({"show", "water", "--json"}).json().object()["dueDate"], "2026-03-28");
+    EXPECT_EQ(QJsonDocument::fromJson(file("ledger.json").toUtf8()).object()["records"].toObject().size(), 2);
+}
+
+TEST_F(CommandLineTest, DeleteRemovesTheFileAndKeepsTheCompletionInTheLedger) {
+    EXPECT_EQ(run({"delete", "taxes"}).status, 0);
+    EXPECT_FALSE(QFile::exists(path("store/home/taxes.ics")));
+    EXPECT_EQ(run({"delete", "done"}).status, 0);
+    EXPECT_EQ(QJsonDocument::fromJson(file("ledger.json").toUtf8()).object()["records"].toObject().keys(),
+              QStringList{"done"});
+}
+
+TEST_F(CommandLineTest, ShowPrintsEverythingAboutAReminder) {
+    EXPECT_EQ(run({"show", "taxes"}).out, "Title       Fill in taxes\n"
+                                          "List        home\n"
+                                          "Due         Yesterday\n"
+                                          "Marks       !\n"
+                                          "Created     Mon 2 Mar 09:00\n"
+                                          "Notes       Two forms\n"
+                                          "            and a stamp\n"
+                                          "Identifier  taxes\n");
+    const QJsonObject done = run({"show", "done", "--json"}).json().object();
+    EXPECT_EQ(done["isCompleted"], true);
+    EXPECT_EQ(done["completionDate"], "2026-03-01T08:00:00Z");
+}
+
+struct RefusalCase {
+    QStringList arguments;
+    int status;
+    const char* message;
+};
+
+TEST_F(CommandLineTest, WhatIsRefusedIsExplainedAndChangesNothing) {
+    const QString milk = file("store/home/milk.ics");
+    const RefusalCase cases[] = {
+        {{"complete", "nobody"}, 1, "This reminder is no longer available.\n"},
+        {{"delete", "nobody"}, 1, "This reminder is no longer available.\n"},
+        {{"show", "nobody"}, 1, "This reminder is no longer available.\n"},
+        {{"show", ""}, 1, "This reminder is no longer available.\n"},
+        {{"add", " \t "}, 1, "The reminder title cannot be empty.\n"},
+        {{"add", "x", "--list", "nowhere"}, 1, "This Reminders list is no longer available.\n"},
+        {{"list", "--list", "nowhere"}, 1, "This Reminders list is no longer available.\n"},
+        {{"list", "--store", "vdir:/no/such"}, 1, "There is no folder /no/such.\n"},
+        {{"list", "--sort"}, 2, "--sort needs a value. See kestrant --help.\n"},
+        {{"remind"}, 2, "There is no command remind. See kestrant --help.\n"},
+    };
+    for (const RefusalCase& testCase : cases) {
+        const Result result = run(testCase.arguments);
+        EXPECT_EQ(result.status, testCase.status) << testCase.message;
+        EXPECT_EQ(result.err, QString::fromUtf8(testCase.message));
+        EXPECT_EQ(result.out, "");
+    }
+    EXPECT_EQ(file("store/home/milk.ics"), milk);
+    EXPECT_EQ(QDir(path("store/home")).entryList(QDir::Files), (QStringList{"milk.ics", "taxes.ics"}));
+}
+
+TEST_F(CommandLineTest, HelpAndVersionNeedNoStore) {
+    EXPECT_EQ(run({"--version"}).out, "kestrant 1.2.3\n");
+    const Result help = run({"list", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(help.out.startsWith("Usage: kestrant COMMAND"));
+}
+
+TEST_F(CommandLineTest, ADamagedFileIsNamedAndHidesNothingElse) {
+    put("store/home/broken.ics", "BEGIN:VCALENDAR\r\nBEGIN:VTODO\r\nSUMMARY:cut");
+    const Result result = run({"list", "--json"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.ids(), (QStringList{"taxes", "milk", "report"}));
+    EXPECT_TRUE(result.err.contains("broken.ics")) << result.err.toStdString();
+    EXPECT_EQ(result.err.count(u'\n'), 1);
+}
+
+TEST_F(CommandLineTest, DamagedPreferencesAndLedgerStandInNobodysWayAndAreNotLost) {
+    put("preferences.json", "{\"kestrantLang");
+    put("ledger.json", "{\"records\":");
+    EXPECT_EQ(run({"list"}).status, 0);
+    EXPECT_EQ(file("ledger.json"), "{\"records\":");
+    EXPECT_EQ(run({"complete", "milk"}).status, 0);
+    EXPECT_EQ(file("preferences.json"), "{\"kestrantLang");
+    EXPECT_EQ(file("ledger.json.damaged-1"), "{\"records\":");
+    EXPECT_TRUE(file("ledger.json").contains("\"milk\""));
+}
+
+TEST_F(CommandLineTest, ALedgerThatCannotBeWrittenIsSaidButTheReminderIsCompleted) {
+    ASSERT_TRUE(QDir().mkpath(path("ledger.json")));
+    const Result result = run({"complete", "milk"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "Completion history could not be saved.\n");
+    EXPECT_TRUE(file("store/home/milk.ics").contains("STATUS:COMPLETED"));
+}
+
+TEST_F(CommandLineTest, AFileInTheFoldersPlaceIsRefused) {
+    put("file", "x");
+    put("preferences.json",
+        QJsonDocument(QJsonObject{{"kestrantEventStore", "vdir:" + path("file")}}).toJson());
+    const Result result = run({"list"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_FALSE(result.err.isEmpty());
+    EXPECT_EQ(file("file"), "x");
+}
+
+}  // namespace
+}  // namespace kestrant
