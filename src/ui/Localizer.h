@@ -29,7 +29,7 @@ class Localizer : public QObject {
 
     [[nodiscard]] Language language() const { return localization_.language(); }
     [[nodiscard]] bool isFrench() const { return localization_.isFrench(); }
-    [[nodiscard]] const QString& operator()(const TextPair& pair) const { return localization_(pair); }
+    [[nodiscard]] QString operator()(const TextPair& pair) const { return localization_(pair); }
     /// For dates and numbers: fr_FR or en_US.
     [[nodiscard]] QLocale locale() const { return localization_.dateLocale(); }
 

@@ -156,7 +156,7 @@ Popover {
                     textFormat: Text.PlainText
                     elide: Text.ElideRight
                     color: row.ink
-                    font.pixelSize: 12.5
+                    font.pixelSize: 13
                 }
                 Text {
                     id: shortcut

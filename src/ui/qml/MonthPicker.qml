@@ -65,7 +65,7 @@ FocusScope {
         verticalAlignment: Text.AlignVCenter
         text: picker.form.monthTitle
         color: Theme.text
-        font.pixelSize: 12.5
+        font.pixelSize: 13
         font.weight: Font.DemiBold
     }
     Row {
@@ -95,7 +95,7 @@ FocusScope {
                 verticalAlignment: Text.AlignVCenter
                 text: modelData.narrow
                 color: Theme.secondaryText
-                font.pixelSize: 10.5
+                font.pixelSize: 11
                 font.weight: Font.DemiBold
                 Accessible.role: Accessible.StaticText
                 Accessible.name: modelData.full

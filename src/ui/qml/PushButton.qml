@@ -44,7 +44,7 @@ FocusScope {
         anchors.centerIn: parent
         text: button.text
         color: Theme.text
-        font.pixelSize: 12.5
+        font.pixelSize: 13
         font.weight: Font.DemiBold
     }
     HoverHandler { id: pointer; enabled: button.enabled }

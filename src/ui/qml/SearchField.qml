@@ -12,7 +12,7 @@ FocusScope {
     property string tip: isOpen ? "" : button.tip
     readonly property bool hovered: button.hovered
     signal queryEdited(string query)
-    signal left
+    signal dismissed
 
     function open() {
         opening = true
@@ -23,7 +23,7 @@ FocusScope {
 
     function fold() {
         queryEdited("")
-        left()
+        dismissed()
     }
 
     width: isOpen ? openWidth : 26
@@ -64,7 +64,7 @@ FocusScope {
             verticalAlignment: TextInput.AlignVCenter
             text: search.query
             color: Theme.text
-            font.pixelSize: 12.5
+            font.pixelSize: 13
             selectByMouse: true
             selectionColor: Theme.accent
             activeFocusOnTab: search.isOpen
@@ -73,10 +73,10 @@ FocusScope {
             Accessible.role: Accessible.EditableText
             Accessible.name: Localizer.text("Search reminders", "Rechercher dans les rappels")
 
-            Keys.onEscapePressed: text === "" ? search.left() : search.queryEdited("")
-            Keys.onReturnPressed: search.left()
-            Keys.onEnterPressed: search.left()
-            Keys.onDownPressed: search.left()
+            Keys.onEscapePressed: text === "" ? search.dismissed() : search.queryEdited("")
+            Keys.onReturnPressed: search.dismissed()
+            Keys.onEnterPressed: search.dismissed()
+            Keys.onDownPressed: search.dismissed()
 
             Text {
                 anchors.fill: parent

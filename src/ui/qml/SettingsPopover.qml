@@ -17,7 +17,7 @@ Popover {
         topPadding: 14
         bottomPadding: 4
         color: Theme.secondaryText
-        font.pixelSize: 10.5
+        font.pixelSize: 11
         font.weight: Font.DemiBold
         font.letterSpacing: 0.6
         font.capitalization: Font.AllUppercase
@@ -33,7 +33,7 @@ Popover {
             anchors.verticalCenter: parent.verticalCenter
             text: line.label
             color: Theme.text
-            font.pixelSize: 12.5
+            font.pixelSize: 13
             Accessible.ignored: true
         }
         Item {

@@ -8,7 +8,7 @@ FocusScope {
     property alias text: input.text
     property string placeholder
     property string spokenName: placeholder
-    property real pixelSize: 12.5
+    property int pixelSize: 13
     property bool isWrong: false
     signal edited(string text)
     signal accepted

@@ -156,7 +156,7 @@ FocusScope {
             openWidth: Math.min(170, toolbar.sideWidth - 3 * 30)
             query: toolbar.reminders.searchQuery
             onQueryEdited: query => toolbar.reminders.searchQuery = query
-            onLeft: toolbar.gridWanted()
+            onDismissed: toolbar.gridWanted()
             onInputHasFocusChanged: toolbar.panel.setSearchIsFocused(inputHasFocus)
             onHoveredChanged: toolbar.tooltip.follow(this)
         }

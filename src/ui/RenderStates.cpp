@@ -1,0 +1,389 @@
+#include "ui/RenderStates.h"
+
+#include "completion/CompletionLedgerRepository.h"
+#include "eventkit/InMemoryEventStore.h"
+#include "feedback/Feedback.h"
+#include "foundation/CurrentCalendars.h"
+#include "foundation/NotificationCenter.h"
+#include "notch/NotchGeometry.h"
+#include "notch/NotchInteractionModel.h"
+#include "preferences/Localization.h"
+#include "preferences/PreferenceKeys.h"
+#include "reminders/ReminderStore.h"
+#include "ui/Appearance.h"
+#include "ui/DemoData.h"
+#include "ui/Localizer.h"
+#include "ui/PanelView.h"
+#include "ui/PanelViewModel.h"
+#include "ui/QuickAddViewModel.h"
+#include "ui/RemindersViewModel.h"
+#include "ui/SettingsViewModel.h"
+#include "ui/items/DropShadow.h"
+#include "ui/items/NotchOutline.h"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QJsonObject>
+#include <QKeyEvent>
+#include <QLinearGradient>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QQuickItem>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <deque>
+
+namespace kestrant {
+namespace {
+
+constexpr double pixelsPerPoint = 2.0;
+constexpr QSize canvas(1060, 560);
+
+/// Time that moves only when it is told to.
+class PictureTime : public Clock, public Scheduler {
+  public:
+    explicit PictureTime(Instant now) : now_(now) {}
+
+    [[nodiscard]] Instant now() const override { return now_; }
+    [[nodiscard]] ScheduledTask after(Duration delay, std::function<void()> work) override {
+        auto state = std::make_shared<ScheduledTask::State>();
+        state->work = std::move(work);
+        waiting_.push_back({now_ + delay, state});
+        return ScheduledTask(state);
+    }
+    /// Pictures show no moment of repeating work.
+    [[nodiscard]] ScheduledTask every(Duration, std::function<void()>) override { return {}; }
+    void post(std::function<void()> work) override { posted_.push_back(std::move(work)); }
+
+    /// Runs what is due by then, and what that posts.
+    void advance(Duration duration) {
+        const Instant end = now_ + duration;
+        for (;;) {
+            if (!posted_.empty()) {
+                const auto work = std::move(posted_.front());
+                posted_.pop_front();
+                work();
+                continue;
+            }
+            const auto next = std::min_element(waiting_.begin(), waiting_.end(),
+                                               [](const auto& a, const auto& b) { return a.due < b.due; });
+            if (next == waiting_.end() || next->due > end)
+                break;
+            now_ = std::max(now_, next->due);
+            const auto state = next->state;
+            waiting_.erase(next);
+            if (std::exchange(state->pending, false))
+                state->work();
+        }
+        now_ = end;
+    }
+
+  private:
+    struct Waiting {
+        Instant due;
+        std::shared_ptr<ScheduledTask::State> state;
+    };
+    Instant now_;
+    std::vector<Waiting> waiting_;
+    std::deque<std::function<void()>> posted_;
+};
+
+class PictureDefaults : public UserDefaults {
+  public:
+    [[nodiscard]] QJsonValue object(const QString& key) const override { return values_.value(key); }
+    void set(const QString& key, const QJsonValue& value) override {
+        values_.insert(key, value);
+        observers_.notify(key);
+    }
+    [[nodiscard]] Subscription observe(std::function<void(const QString&)> observer) override {
+        return observers_.add(std::move(observer));
+    }
+
+  private:
+    QJsonObject values_;
+    ObserverList<QString> observers_;
+};
+
+/// What one picture needs of the program, from the database to the window.
+struct Stage {
+    explicit Stage(Language language, double screenWidth = 1512)
+        : geometry(Screen{.name = QStringLiteral("picture"), .frame = QRectF(0, 0, screenWidth, 982)}) {
+        preferences.setLanguage(language);
+        appearance.setReducedMotion(true);
+        interaction.setExpansionEnabled(true);
+    }
+
+    /// Saturday 21 November 2026, 14:30 in Paris.
+    PictureTime time{std::chrono::sys_days{std::chrono::year(2026) / 11 / 21} +
+                     std::chrono::minutes(13 * 60 + 30)};
+    FixedCurrentCalendar calendar{ZoneCalendar(QTimeZone("Europe/Paris"))};
+    PictureDefaults defaults;
+    Preferences preferences{defaults, [] { return QLocale(); }};
+    Localization localization{preferences};
+    SilentCuePlayer cues;
+    SilentHapticPerformer haptics;
+    Feedback feedback{preferences, cues, haptics};
+    NotificationCenter notifications;
+    InMemoryEventStore database{time, time, calendar};
+    QTemporaryDir folder;
+    CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
+    ReminderStore store{ReminderStoreServices{.eventStore = database,
+                                              .scheduler = time,
+                                              .clock = time,
+                                              .calendar = calendar,
+                                              .defaults = defaults,
+                                              .localization = localization,
+                                              .notifications = notifications,
+                                              .ledger = ledger}};
+    NotchInteractionModel interaction{time, preferences, feedback};
+    NotchGeometry geometry;
+    Localizer localizer{localization};
+    Appearance appearance;
+    PanelViewModel panel{interaction, geometry, store, preferences, notifications};
+    RemindersViewModel reminders{store, time, calendar, localizer};
+    QuickAddViewModel quickAdd{store, time, calendar, localizer};
+    SettingsViewModel settings{preferences, localizer};
+    PanelView view{{interaction, localizer, appearance, panel, reminders, quickAdd, settings},
+                   PanelView::Loading::immediate};
+
+    void addReminders() {
+        addDemoReminders(database, time.now(), calendar.calendar(), localizer.language(),
+                         [](const std::optional<EKError>& error) {
+                             if (error)
+                                 qWarning("%s", qUtf8Printable(error->message.english));
+                         });
+        time.advance(Duration(0));
+    }
+    void load() {
+        store.requestAccess();
+        time.advance(Duration(0));
+    }
+    void show() {
+        view.resize(panel.expandedWidth(), panel.expandedHeight());
+        view.setPosition((canvas.width() - view.width()) / 2, 0);
+        view.show();
+    }
+    void expand() {
+        interaction.expand();
+        show();
+    }
+    /// The card with this place, from 0.
+    [[nodiscard]] QString card(int row) { return reminders.cards()->taskIdAt(row); }
+    void call(const char* function) { QMetaObject::invokeMethod(content(), function); }
+    [[nodiscard]] QQuickItem* content() {
+        return view.rootObject()->property("content").value<QQuickItem*>();
+    }
+    void moveMouseTo(QPointF place) {
+        QMouseEvent move(QEvent::MouseMove, place, view.mapToGlobal(place), Qt::NoButton, Qt::NoButton,
+                         Qt::NoModifier);
+        QCoreApplication::sendEvent(&view, &move);
+    }
+    void press(int key, const QString& text = {}) {
+        QQuickWindow* window = view.overlays().topmost().isEmpty()
+                                   ? static_cast<QQuickWindow*>(&view)
+                                   : view.overlays().surface(view.overlays().topmost());
+        QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QCoreApplication::sendEvent(window, &down);
+        QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
+        QCoreApplication::sendEvent(window, &up);
+    }
+};
+
+QImage desktop(Language language) {
+    QImage image(canvas * pixelsPerPoint, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(pixelsPerPoint);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QLinearGradient sky(0, 0, canvas.width(), canvas.height());
+    sky.setColorAt(0, QColor(0x2b, 0x35, 0x66));
+    sky.setColorAt(0.45, QColor(0x4f, 0x71, 0x89));
+    sky.setColorAt(0.75, QColor(0x62, 0x97, 0x96));
+    sky.setColorAt(1, QColor(0xb8, 0xb2, 0x7c));
+    painter.fillRect(QRect({}, canvas), sky);
+    painter.fillRect(QRect(0, 0, canvas.width(), 33), QColor(0, 0, 0, 56));
+    Q_UNUSED(language)
+    return image;
+}
+
+void drawWindow(QPainter& painter, QQuickWindow& window, QPoint origin) {
+    const QImage picture = window.grabWindow();
+    painter.drawImage(QRectF(window.position() - origin, QSizeF(window.size())), picture);
+}
+
+bool save(Stage& stage, const QString& path) {
+    QCoreApplication::sendPostedEvents();
+    QImage image = desktop(stage.localizer.language());
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    drawWindow(painter, stage.view, {});
+    for (QWindow* window : QGuiApplication::allWindows()) {
+        auto* overlay = qobject_cast<QQuickWindow*>(window);
+        if (overlay && overlay != &stage.view && overlay->isVisible())
+            drawWindow(painter, *overlay, {});
+    }
+    painter.end();
+    if (image.save(path))
+        return true;
+    qWarning("cannot write %s", qUtf8Printable(path));
+    return false;
+}
+
+struct State {
+    QString name;
+    std::function<void(Stage&)> arrange;
+    double screenWidth = 1512;
+};
+
+/// The usual beginning of a picture: the expanded panel with its reminders.
+std::function<void(Stage&)> expanded(std::function<void(Stage&)> then = [](Stage&) {}) {
+    return [then = std::move(then)](Stage& stage) {
+        stage.addReminders();
+        stage.load();
+        stage.expand();
+        then(stage);
+    };
+}
+
+std::vector<State> states() {
+    const auto named = [](const char* name) { return QString::fromUtf8(name); };
+    return {
+        {named("resting"),
+         [](Stage& stage) {
+             stage.addReminders();
+             stage.load();
+             stage.show();
+         }},
+        {named("hovering"),
+         [](Stage& stage) {
+             stage.addReminders();
+             stage.load();
+             stage.preferences.setRequiresClickOrSwipeToExpand(true);
+             stage.interaction.pointerEntered();
+             stage.panel.setNextEventText(QStringLiteral("15:00"));
+             stage.show();
+         }},
+        {named("expanded"), expanded([](Stage& stage) {
+             stage.moveMouseTo({600, 80});
+         })},
+        {named("filtered"), expanded([](Stage& stage) { stage.reminders.setShowsTodayOnly(true); })},
+        {named("one-list"), expanded([](Stage& stage) {
+             stage.reminders.setSelectedListId(stage.store.lists().at(2).id);
+             stage.time.advance(Duration(0));
+         })},
+        {named("search"), expanded([](Stage& stage) {
+             stage.call("openSearch");
+             for (const QChar letter : QStringLiteral("re"))
+                 stage.press(letter.toUpper().unicode(), letter);
+         })},
+        {named("completing"), expanded([](Stage& stage) {
+             stage.reminders.toggleCompletion(stage.card(1));
+             stage.reminders.toggleCompletion(stage.card(2));
+             stage.reminders.toggleCompletion(stage.card(4));
+         })},
+        {named("keyboard"), expanded([](Stage& stage) {
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Down);
+         })},
+        {named("scrolled"), expanded([](Stage& stage) { stage.press(Qt::Key_End); })},
+        {named("narrow"), expanded(), 700},
+        {named("black"),
+         expanded([](Stage& stage) { stage.preferences.setNotchMaterial(QStringLiteral("black")); })},
+        {named("high-contrast"), expanded([](Stage& stage) {
+             stage.appearance.setHighContrast(true);
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Left);
+         })},
+        {named("empty"),
+         [](Stage& stage) {
+             stage.database.putCalendar({.title = QStringLiteral("Home")});
+             stage.load();
+             stage.expand();
+         }},
+        {named("all-done"), expanded([](Stage& stage) { stage.reminders.setShowsFlaggedOnly(true); })},
+        {named("nothing-found"),
+         expanded([](Stage& stage) { stage.reminders.setSearchQuery(QStringLiteral("xylophone")); })},
+        {named("loading"),
+         [](Stage& stage) {
+             stage.store.requestAccess();
+             stage.expand();
+         }},
+        {named("denied"),
+         [](Stage& stage) {
+             stage.database.setAuthorizationStatus(EKAuthorizationStatus::denied);
+             stage.store.requestAccess();
+             stage.time.advance(Duration(0));
+             stage.expand();
+         }},
+        {named("failed"),
+         [](Stage& stage) {
+             stage.database.setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
+             stage.database.setFailure(
+                 InMemoryEventStore::Operation::requestAccess,
+                 EKError{EKError::Code::storage,
+                         text("The folder “Reminders” cannot be read: permission denied.",
+                              "Le dossier « Reminders » est illisible : permission refusée.")});
+             stage.store.requestAccess();
+             stage.time.advance(Duration(0));
+             stage.expand();
+         }},
+        {named("lists"), expanded([](Stage& stage) { stage.call("openLists"); })},
+        {named("sort"), expanded([](Stage& stage) { stage.call("openSort"); })},
+        {named("card-menu"), expanded([](Stage& stage) {
+             QMetaObject::invokeMethod(stage.content(), "openCardMenu", Q_ARG(QVariant, 5),
+                                       Q_ARG(QVariant, 120), Q_ARG(QVariant, 40));
+             stage.press(Qt::Key_Down);
+         })},
+        {named("quick-add"), expanded([](Stage& stage) {
+             stage.call("openQuickAdd");
+             for (const QChar letter : stage.localizer(text("Call the plumber", "Appeler le plombier")))
+                 stage.press(letter.toUpper().unicode(), letter);
+         })},
+        {named("quick-add-date"), expanded([](Stage& stage) {
+             stage.call("openQuickAdd");
+             stage.quickAdd.setTitle(stage.localizer(text("Call the plumber", "Appeler le plombier")));
+             stage.quickAdd.setDueDay(QStringLiteral("2026-11-24"));
+             stage.quickAdd.setTimeText(QStringLiteral("9:30"));
+         })},
+        {named("quick-add-failed"), expanded([](Stage& stage) {
+             stage.call("openQuickAdd");
+             stage.database.setFailure(
+                 InMemoryEventStore::Operation::save,
+                 EKError{EKError::Code::storage, text("The disk is full; nothing was written.",
+                                                      "Le disque est plein ; rien n’a été écrit.")});
+             stage.quickAdd.setTitle(stage.localizer(text("Call the plumber", "Appeler le plombier")));
+             stage.quickAdd.submit();
+             stage.time.advance(Duration(0));
+         })},
+        {named("settings"), expanded([](Stage& stage) { stage.call("openSettings"); })},
+    };
+}
+
+}  // namespace
+
+void prepareRendering() {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_SCALE_FACTOR", "2");
+    qputenv("QT_QUICK_BACKEND", "software");
+}
+
+bool renderStates(const QString& directory) {
+    if (!QDir().mkpath(directory)) {
+        qWarning("cannot create %s", qUtf8Printable(directory));
+        return false;
+    }
+    PanelView::chooseTypeface();
+    bool complete = true;
+    for (const Language language : {Language::english, Language::french}) {
+        const QString code = language == Language::french ? QStringLiteral("fr") : QStringLiteral("en");
+        for (const State& state : states()) {
+            Stage stage(language, state.screenWidth);
+            state.arrange(stage);
+            complete &= save(stage, QDir(directory).filePath(code + QLatin1Char('-') + state.name +
+                                                             QStringLiteral(".png")));
+        }
+    }
+    return complete;
+}
+
+}  // namespace kestrant
