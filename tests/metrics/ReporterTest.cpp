@@ -1,0 +1,411 @@
+#include "metrics/FaultyDisk.h"
+#include "metrics/ReportSchedule.h"
+#include "metrics/ReporterHarness.h"
+#include "network/EventLoop.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <array>
+#include <chrono>
+
+namespace kestrant {
+
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr auto enabledKey = "kestrantAggregateMetricsEnabled";
+constexpr auto discardKey = "kestrantAggregateMetricsDiscardPending";
+constexpr auto epochKey = "kestrantAggregateMetricsCollectionEpoch";
+
+class ReporterTest : public ::testing::Test, protected ReporterHarness {
+  protected:
+    void answerWith(const Answer& answer) {
+        service.mood = [answer] { return CountingService::Mood{answer}; };
+    }
+    [[nodiscard]] std::string nextAttempt() const {
+        return look("SELECT next_attempt_at FROM reports").at(0);
+    }
+    [[nodiscard]] std::string inSeconds(double delay) const {
+        return std::to_string(std::llround(now() + delay));
+    }
+};
+
+}  // namespace
+
+TEST_F(ReporterTest, TwoCompletionsAreOneReportADayLaterWithExactlyFourFields) {
+    count(1);
+    count(1);
+    EXPECT_EQ(look("SELECT next_report_at FROM aggregate_state").at(0), inSeconds(43200 * 1.5));
+    pass(18h - 10s);
+    EXPECT_THAT(service.server.requests(), IsEmpty());
+    passADay();
+
+    ASSERT_EQ(service.server.requests().size(), 1U);
+    const RecordedRequest& request = service.server.requests().front();
+    EXPECT_EQ(request.requestLine(), "POST /v1/completions HTTP/1.1");
+    EXPECT_EQ(request.headers().at("user-agent"), "Kestrant-AggregateMetrics/1");
+    EXPECT_EQ(request.headers().at("content-type"), "application/json");
+    EXPECT_EQ(request.headers().at("accept"), "application/json");
+    EXPECT_FALSE(request.headers().contains("cookie") || request.headers().contains("authorization"));
+    const QString id = service.stored.begin()->first;
+    EXPECT_EQ(QUuid::fromString(id).toString(QUuid::WithoutBraces).toUpper(), id);
+    EXPECT_EQ(
+        QJsonDocument::fromJson(request.body()).object(),
+        QJsonObject(
+            {{"schemaVersion", 1}, {"reportId", id}, {"count", 2}, {"reportCreatedDay", "2026-03-28"}}));
+    EXPECT_THAT(reports(), IsEmpty());
+    EXPECT_EQ(counted(), "0");
+    EXPECT_FALSE(reporter->latestDiagnostic());
+}
+
+TEST_F(ReporterTest, AReportHoldsTenThousandAndTheRestWaitsForTheNextTime) {
+    count(25000);
+    for (const auto& [sent, left] :
+         {std::pair(10000, "15000"), std::pair(20000, "5000"), std::pair(25000, "0")}) {
+        passADay();
+        EXPECT_EQ(service.total(), sent);
+        EXPECT_EQ(counted(), left);
+    }
+    EXPECT_EQ(service.server.requests().size(), 3U);
+}
+
+TEST_F(ReporterTest, NothingIsCountedUnlessTheProgramWasBuiltForItAndTheCountIsPositive) {
+    const InformationDictionary complete = information;
+    using Dictionary = InformationDictionary;
+    for (const QJsonObject& change :
+         {QJsonObject{{Dictionary::aggregateMetricsPrivacyReadyKey, false}},
+          QJsonObject{{Dictionary::aggregateMetricsPrivacyReadyKey, "true"}},
+          QJsonObject{{Dictionary::aggregateMetricsUploadEnabledKey, 1}},
+          QJsonObject{{Dictionary::aggregateMetricsBaseUrlKey, QJsonValue()}},
+          QJsonObject{{Dictionary::aggregateMetricsBaseUrlKey, "http://a.example"}}}) {
+        stop();
+        QDir(folder).removeRecursively();
+        information = complete.overlaidBy(change);
+        start();
+        EXPECT_FALSE(reporter->configuration().isAvailable);
+        count(1);
+        setEnabled(false);
+        setEnabled(true);
+        EXPECT_FALSE(QFileInfo::exists(folder));
+        EXPECT_EQ(defaults.object(discardKey), QJsonValue(QJsonValue::Undefined))
+            << "nothing there to discard";
+    }
+    stop();
+    information = complete;
+    start();
+    for (const qint64 none : {qint64(0), qint64(-1), std::numeric_limits<qint64>::min()})
+        count(none);
+    EXPECT_EQ(counted(), "0");
+}
+
+TEST_F(ReporterTest, EveryStatusHasItsConsequence) {
+    using D = LocalDiagnostic;
+    struct Case {
+        int status;
+        std::vector<std::string> after;
+        std::optional<D> diagnostic;
+    };
+    const std::vector<std::string> retried{"3|1|pending|NULL"};
+    const std::vector<Case> cases{{200, retried, D::invalidAcknowledgement},
+                                  {299, retried, D::invalidAcknowledgement},
+                                  {302, retried, {}},
+                                  {307, retried, {}},
+                                  {399, retried, {}},
+                                  {400, {"3|0|rejected|400"}, D::reportRejected},
+                                  {401, {"3|0|rejected|401"}, D::reportRejected},
+                                  {407, {"3|0|rejected|407"}, D::reportRejected},
+                                  {408, retried, {}},
+                                  {410, {"3|0|rejected|410"}, D::reportRejected},
+                                  {429, retried, {}},
+                                  {499, {"3|0|rejected|499"}, D::reportRejected},
+                                  {500, retried, {}},
+                                  {503, retried, {}},
+                                  {700, retried, {}}};
+    for (const Case& c : cases) {
+        ReporterHarness own;
+        own.service.mood = [&] {
+            return CountingService::Mood{
+                Answer::status(c.status, "{\"status\":\"stored\"}", "Location: /other\r\n")};
+        };
+        own.count(3);
+        own.pass(18h + 10s);
+        EXPECT_EQ(own.reports(), c.after) << c.status;
+        EXPECT_EQ(own.reporter->latestDiagnostic(), c.diagnostic) << c.status;
+        EXPECT_EQ(own.service.server.requests().size(), 1U) << c.status;
+        own.count(4);
+        own.service.mood = nullptr;
+        own.passADay();
+        EXPECT_EQ(own.service.total(), c.diagnostic == D::reportRejected ? 4 : 7) << c.status;
+    }
+}
+
+TEST_F(ReporterTest, AWrongAcknowledgementIsNotBelievedAndAConfirmedRepeatIs) {
+    count(3);
+    service.mood = [this] {
+        service.mood = nullptr;
+        return CountingService::Mood{Answer::status(200, R"({"reportId":"?","count":3,"status":"stored"})"),
+                                     CountingService::Mood::Storing::before};
+    };
+    pass(18h + 10s);
+    EXPECT_EQ(reporter->latestDiagnostic(), LocalDiagnostic::invalidAcknowledgement);
+    EXPECT_THAT(reports(), ElementsAre("3|1|pending|NULL"));
+    pass(11min);
+    EXPECT_THAT(reports(), IsEmpty());
+    EXPECT_EQ(service.server.requests().size(), 2U);
+    EXPECT_EQ(service.server.requests()[0].body(), service.server.requests()[1].body());
+    EXPECT_EQ(service.total(), 3);
+}
+
+TEST_F(ReporterTest, FailuresAreSpacedAndTheServerMayAskForMoreTime) {
+    answerWith(Answer::status(503));
+    count(1);
+    pass(18h + 10s);
+    for (const auto& [attempts, delay] : {std::pair("1", 600), std::pair("2", 1200), std::pair("3", 2400)}) {
+        EXPECT_EQ(look("SELECT attempts FROM reports").at(0), attempts);
+        EXPECT_NEAR(std::stod(nextAttempt()), now() + delay, 12);
+        if (attempts == std::string("3"))
+            answerWith(Answer::status(503, {}, "Retry-After: 7200\r\n"));
+        pass(seconds(std::stod(nextAttempt()) - now() + 5));
+    }
+    EXPECT_NEAR(std::stod(nextAttempt()), now() + 7200, 12);
+    EXPECT_EQ(service.server.requests().size(), 4U);
+    check();
+    EXPECT_EQ(service.server.requests().size(), 4U) << "not before its time";
+}
+
+TEST_F(ReporterTest, AServerThatCannotBeReachedOrTrustedIsTriedAgain) {
+    for (const Answer& answer : {Answer::cutOff(), Answer{"HTTP/1.1 200 OK\r\nContent-Length: 50\r\n\r\n{}"},
+                                 Answer{"HTTP/1.1 200 OK\r\nContent-Length: 99999999\r\n\r\n", 99999999}}) {
+        ReporterHarness own;
+        own.service.mood = [&] { return CountingService::Mood{answer}; };
+        own.count(3);
+        own.pass(18h + 10s);
+        EXPECT_THAT(own.reports(), ElementsAre("3|1|pending|NULL"));
+    }
+    service.mood = [] { return CountingService::Mood{Answer::silence()}; };
+    count(3);
+    scheduler.advance(18h + 1s);
+    ASSERT_TRUE(turnUntil([this] { return !service.server.requests().empty(); }));
+    scheduler.advance(20s);
+    EXPECT_FALSE(reporter->isUploading());
+    EXPECT_THAT(reports(), ElementsAre("3|1|pending|NULL"));
+}
+
+TEST_F(ReporterTest, ReportsAreForgottenAfterNinetyDays) {
+    for (const int status : {400, 503}) {
+        ReporterHarness own;
+        own.service.mood = [&] { return CountingService::Mood{Answer::status(status)}; };
+        own.count(1);
+        own.pass(18h + 10s);
+        // Cut at 07:30 on March 28: the 90th day after is June 26.
+        own.scheduler.jumpWall(std::chrono::days(90) + 16h);
+        own.check();
+        EXPECT_EQ(own.reports().size(), 1U) << status;
+        own.scheduler.jumpWall(31min);
+        own.check();
+        EXPECT_THAT(own.reports(), IsEmpty()) << status;
+        EXPECT_EQ(own.reporter->latestDiagnostic(),
+                  status == 400 ? LocalDiagnostic::reportRejected : LocalDiagnostic::expiredPendingReport);
+    }
+}
+
+TEST_F(ReporterTest, TheSwitchKeepsOrChangesTheEpochAsItStood) {
+    struct Case {
+        std::optional<bool> before;
+        bool set;
+        bool isNewEpoch;
+    };
+    for (const Case& c : {Case{{}, true, false}, Case{{}, false, true}, Case{true, true, false},
+                          Case{true, false, true}, Case{false, true, true}, Case{false, false, false}}) {
+        const QString old = "0F0E0D0C-0B0A-4908-8706-050403020100";
+        defaults.set(enabledKey, c.before ? QJsonValue(*c.before) : QJsonValue(QJsonValue::Undefined));
+        defaults.set(epochKey, old);
+        defaults.remove(discardKey);
+        reporter->setEnabled(c.set);
+        const QString epoch = defaults.string(epochKey).value_or("none");
+        EXPECT_EQ(epoch != old, c.isNewEpoch);
+        EXPECT_EQ(QUuid::fromString(epoch).toString(QUuid::WithoutBraces).toUpper(), epoch);
+        EXPECT_EQ(defaults.boolean(enabledKey), c.set);
+        EXPECT_EQ(defaults.boolean(discardKey), c.set ? std::optional<bool>() : true);
+        settle();
+        EXPECT_FALSE(defaults.boolean(discardKey));
+    }
+}
+
+TEST_F(ReporterTest, SwitchingOffDuringAnUploadEndsItAndDeletesEverything) {
+    service.mood = [] { return CountingService::Mood{Answer::silence()}; };
+    count(10003);
+    scheduler.advance(18h + 1s);
+    ASSERT_TRUE(turnUntil([this] { return !service.server.requests().empty(); }));
+    bool finished = false;
+    reporter->runDueCheck([&] { finished = true; });
+    scheduler.runPosted();
+    EXPECT_FALSE(finished) << "the upload has not ended";
+
+    reporter->setEnabled(false);
+    EXPECT_FALSE(reporter->isUploading());
+    scheduler.runPosted();
+    EXPECT_TRUE(finished);
+    EXPECT_THAT(reports(), IsEmpty());
+    EXPECT_THAT(look("SELECT * FROM aggregate_state"), ElementsAre("1|0|NULL|NULL"));
+    EXPECT_FALSE(reporter->latestDiagnostic());
+    count(1);
+    EXPECT_EQ(counted(), "0");
+    EXPECT_EQ(scheduler.pendingCount(), 0U) << "nothing is left to do";
+}
+
+TEST_F(ReporterTest, AnAnswerThatArrivesAfterSwitchingOffCountsForNothing) {
+    count(3);
+    scheduler.advance(18h + 1s);
+    service.mood = [this]() -> std::optional<CountingService::Mood> {
+        reporter->setEnabled(false);
+        return std::nullopt;
+    };
+    settle();
+    EXPECT_THAT(look("SELECT * FROM aggregate_state; SELECT * FROM reports"), ElementsAre("1|0|NULL|NULL"));
+}
+
+TEST_F(ReporterTest, CountsFromBeforeSwitchingOffAndOnAreDropped) {
+    count(7);
+    reporter->recordCompletions(5);
+    reporter->setEnabled(false);
+    reporter->recordCompletions(3);
+    reporter->setEnabled(true);
+    reporter->recordCompletions(2);
+    settle();
+    EXPECT_EQ(counted(), "2");
+    EXPECT_EQ(look("SELECT collection_epoch FROM aggregate_state").at(0),
+              defaults.string(epochKey)->toStdString());
+}
+
+TEST_F(ReporterTest, WhatTheSwitchAskedForIsDoneAtTheNextStart) {
+    count(7);
+    stop();
+    defaults.set(enabledKey, false);
+    defaults.set(discardKey, true);
+    start();
+    EXPECT_THAT(look("SELECT * FROM aggregate_state"), ElementsAre("1|0|NULL|NULL"));
+    EXPECT_FALSE(defaults.boolean(discardKey));
+}
+
+TEST_F(ReporterTest, LostPreferencesDoNotLoseCounts) {
+    count(7);
+    const QString epoch = *defaults.string(epochKey);
+    for (const QJsonValue& lost :
+         {QJsonValue(QJsonValue::Undefined), QJsonValue("no epoch"), QJsonValue(4)}) {
+        stop();
+        defaults.set(epochKey, lost);
+        start();
+        count(1);
+        EXPECT_EQ(defaults.string(epochKey), epoch);
+    }
+    EXPECT_EQ(counted(), "10");
+}
+
+TEST_F(ReporterTest, AStoreOfAnotherEpochBeginsAnew) {
+    count(7);
+    stop();
+    defaults.set(epochKey, "0F0E0D0C-0B0A-4908-8706-050403020100");
+    start();
+    count(1);
+    EXPECT_THAT(look("SELECT pending_count, collection_epoch FROM aggregate_state"),
+                ElementsAre("1|0F0E0D0C-0B0A-4908-8706-050403020100"));
+}
+
+TEST_F(ReporterTest, CountsWaitInMemoryWhileTheStoreIsUnavailable) {
+    stop();
+    QFile::remove(path);
+    bool isFull = true;
+    int attempts = 0;
+    const FaultyDisk disk([&] {
+        ++attempts;
+        return isFull ? SQLITE_FULL : SQLITE_OK;
+    });
+    defaults.remove(epochKey);
+    start();
+    EXPECT_EQ(reporter->latestDiagnostic(), LocalDiagnostic::storageUnavailable);
+    EXPECT_EQ(scheduler.pendingCount(), 1U);
+    const int before = attempts;
+    count(2);
+    count(3);
+    check();
+    pass(329s);
+    EXPECT_EQ(attempts, before) << "not opened before 330 seconds have passed";
+    pass(10s);
+    EXPECT_GT(attempts, before);
+    isFull = false;
+    pass(6min);
+    EXPECT_EQ(counted(), "5");
+    count(1);
+    passADay();
+    EXPECT_EQ(service.total(), 6);
+}
+
+TEST_F(ReporterTest, CountsInMemoryAreDroppedWhenSwitchedOff) {
+    bool isFull = true;
+    stop();
+    const FaultyDisk disk([&] { return isFull ? SQLITE_FULL : SQLITE_OK; });
+    start();
+    count(2);
+    setEnabled(false);
+    setEnabled(true);
+    count(4);
+    isFull = false;
+    pass(6min);
+    EXPECT_EQ(counted(), "4");
+}
+
+TEST_F(ReporterTest, ADamagedStoreIsTriedAgainAndAgainButNeverTouched) {
+    stop();
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write("no database");
+    file.close();
+    start();
+    count(2);
+    setEnabled(false);
+    pass(1h);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "no database");
+    EXPECT_EQ(defaults.boolean(discardKey), true) << "still to be done";
+    EXPECT_EQ(scheduler.pendingCount(), 1U);
+}
+
+TEST_F(ReporterTest, AClockThatIsSetBackDoesNotKeepTheStoreClosed) {
+    stop();
+    bool isFull = true;
+    const FaultyDisk disk([&] { return isFull ? SQLITE_FULL : SQLITE_OK; });
+    start();
+    count(2);
+    isFull = false;
+    scheduler.jumpWall(-std::chrono::days(365));
+    check();
+    EXPECT_EQ(counted(), "2");
+}
+
+TEST_F(ReporterTest, WhatWasRecordedBeforeTheEndIsStored) {
+    reporter->recordCompletions(3);
+    stop();
+    EXPECT_EQ(counted(), "3");
+    EXPECT_EQ(scheduler.pendingCount(), 0U);
+}
+
+TEST_F(ReporterTest, TheFolderIsNamedAfterTheApplication) {
+    using R = AggregateCompletionReporter;
+    const InformationDictionary named({{InformationDictionary::bundleIdentifierKey, "com.example.app"}});
+    EXPECT_EQ(R::folderIn("/data", named), "/data/com.example.app/AggregateMetrics");
+    EXPECT_EQ(R::folderIn("/data", InformationDictionary()), "/data/Kestrant/AggregateMetrics");
+    EXPECT_EQ(R::folderIn({}, named), std::nullopt);
+}
+
+}  // namespace kestrant
