@@ -1,0 +1,159 @@
+#include "app/AppDelegate.h"
+
+#include "app/PanelInterface.h"
+#include "platform/linux/ApplicationState.h"
+#include "platform/linux/QtScreenProvider.h"
+#include "platform/linux/X11PanelWindow.h"
+#include "platform/linux/X11PointerProvider.h"
+#include "preferences/PreferenceKeys.h"
+
+#include <QCoreApplication>
+
+#include <utility>
+
+namespace kestrant {
+
+namespace {
+
+constexpr Duration activationReloadDelay = std::chrono::milliseconds(100);
+/// Pending changes get this long to reach the disk when the program ends.
+constexpr Duration endingDeadline = std::chrono::seconds(10);
+
+}  // namespace
+
+AppDelegate::AppDelegate(Options options)
+    : defaults_(options.preferencesFile, scheduler_)
+    , preferences_(defaults_, [] { return QLocale::system(); })
+    , localization_(preferences_)
+    , feedback_(preferences_, cuePlayer_, hapticPerformer_)
+    , eventStore_(options.store.value_or(storeFromPreferences()).folder, scheduler_, clock_, calendar_)
+    , ledgerWriter_(scheduler_)
+    , ledger_(options.ledgerFile, ledgerWriter_.writer())
+    , interactionModel_(scheduler_, preferences_, feedback_) {}
+
+AppDelegate::~AppDelegate() = default;
+
+EventStoreLocation AppDelegate::storeFromPreferences() const {
+    const auto stored = defaults_.string(preferenceKeys::eventStore);
+    if (!stored)
+        return EventStoreLocation::embeddedDefault();
+    return EventStoreLocation::parse(*stored).value_or(EventStoreLocation::embeddedDefault());
+}
+
+ReminderStore& AppDelegate::reminderStore() {
+    if (!reminderStore_) {
+        reminderStore_ = std::make_unique<ReminderStore>(ReminderStoreServices{
+            .eventStore = eventStore_,
+            .scheduler = scheduler_,
+            .clock = clock_,
+            .calendar = calendar_,
+            .defaults = defaults_,
+            .localization = localization_,
+            .notifications = notifications_,
+            .ledger = ledger_,
+        });
+    }
+    return *reminderStore_;
+}
+
+tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
+    preferences_.migrateHoverExpandDelay();
+    // No introduction stands before the first use yet, so the notch may always expand.
+    interactionModel_.setExpansionEnabled(true);
+
+    screens_ = std::make_unique<QtScreenProvider>();
+    const auto screen = NotchGeometry::chooseScreen(*screens_);
+    if (!screen)
+        return tl::unexpected(
+            text("There is no screen to show the panel on.", "Il n’y a pas d’écran où afficher le panneau."));
+    geometry_ = std::make_unique<NotchGeometry>(*screen);
+    ReminderStore& reminders = reminderStore();
+
+    interface_ = std::make_unique<PanelInterface>(PanelInterface::Models{
+        .clock = clock_,
+        .calendar = calendar_,
+        .preferences = preferences_,
+        .localization = localization_,
+        .notifications = notifications_,
+        .interaction = interactionModel_,
+        .geometry = *geometry_,
+        .reminders = reminders,
+    });
+    createPanelController();
+
+    panelController_->present();
+    requestReminderAccess();
+
+    observeApplicationState(this, [this](bool isActive) {
+        if (isActive)
+            becameActive();
+        else
+            panelController_->applicationResignedActive();
+    });
+    return {};
+}
+
+void AppDelegate::createPanelController() {
+    PanelView& view = interface_->view;
+    panelWindow_ = std::make_unique<X11PanelWindow>(view, scheduler_);
+    pointer_ = std::make_unique<X11PointerProvider>();
+    panelController_ = std::make_unique<NotchPanelController>(
+        NotchPanelController::Environment{
+            .window = *panelWindow_,
+            .screens = *screens_,
+            .pointer = *pointer_,
+            .scheduler = scheduler_,
+            .notifications = notifications_,
+        },
+        interactionModel_, *geometry_);
+    panelController_->setContentScrollsUpQuery(
+        [&view](QPointF location) { return view.contentScrollsUp(location); });
+
+    const auto followCompositor = [this] {
+        interface_->appearance.setCompositing(panelWindow_->isCompositing());
+    };
+    connect(panelWindow_.get(), &X11PanelWindow::isCompositingChanged, this, followCompositor);
+    followCompositor();
+
+    OverlayHost& overlays = view.overlays();
+    connect(&overlays, &OverlayHost::overlaySurfaceCreated, this,
+            [this](QWindow* surface) { panelWindow_->adoptOverlay(*surface); });
+    connect(&overlays, &OverlayHost::overlaySurfaceShown, this,
+            [this](QWindow* surface) { panelWindow_->focusOverlay(*surface); });
+    connect(&overlays, &OverlayHost::allOverlaysClosed, this, [this] {
+        panelWindow_->focusPanel();
+        panelController_->popoverClosed();
+    });
+    connect(&interface_->settings, &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
+}
+
+void AppDelegate::requestReminderAccess() {
+    if (!std::exchange(didRequestReminderAccess_, true))
+        reminderStore().requestAccess();
+}
+
+void AppDelegate::becameActive() {
+    activationReload_ = scheduler_.after(activationReloadDelay, [this] {
+        reminderStore().reloadLists();
+        reminderStore().reloadTasks();
+    });
+}
+
+void AppDelegate::togglePanel() {
+    if (panelController_)
+        panelController_->toggle();
+}
+
+void AppDelegate::showPanel() {
+    if (panelController_ && !interactionModel_.isExpanded())
+        panelController_->toggle();
+}
+
+void AppDelegate::terminate() {
+    if (std::exchange(isTerminating_, true))
+        return;
+    endingTimeout_ = scheduler_.after(endingDeadline, [] { QCoreApplication::exit(1); });
+    reminderStore().commitPendingCompletions([] { QCoreApplication::quit(); });
+}
+
+}  // namespace kestrant

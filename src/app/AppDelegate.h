@@ -1,0 +1,102 @@
+#pragma once
+
+#include "completion/BackgroundLedgerWriter.h"
+#include "completion/CompletionLedgerRepository.h"
+#include "eventkit/EventStoreLocation.h"
+#include "eventkit/vdir/VdirEventStore.h"
+#include "feedback/Feedback.h"
+#include "foundation/Clocks.h"
+#include "foundation/CurrentCalendars.h"
+#include "foundation/JsonFileUserDefaults.h"
+#include "foundation/NotificationCenter.h"
+#include "foundation/QtScheduler.h"
+#include "notch/NotchGeometry.h"
+#include "notch/NotchInteractionModel.h"
+#include "notch/NotchPanelController.h"
+#include "preferences/Localization.h"
+#include "preferences/Preferences.h"
+#include "reminders/ReminderStore.h"
+
+#include <QObject>
+#include <QString>
+
+#include <tl/expected.hpp>
+
+#include <memory>
+#include <optional>
+
+namespace kestrant {
+
+class PanelInterface;
+class QtScreenProvider;
+class X11PanelWindow;
+class X11PointerProvider;
+
+/// Builds every long-lived object in its fixed order, owns them all for the life of the process, and answers
+/// what happens to the application as a whole. The one place that names adapters. Thread: main.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+  public:
+    struct Options {
+        /// Absent: the one the preferences name, else the embedded default.
+        std::optional<EventStoreLocation> store;
+        QString preferencesFile;
+        QString ledgerFile;
+    };
+
+    explicit AppDelegate(Options options);
+    ~AppDelegate() override;
+
+    /// The start sequence; to be called once, when the event loop is about to run. Fails, with a text for the
+    /// person, when there is nothing to show the panel on.
+    [[nodiscard]] tl::expected<void, TextPair> applicationDidFinishLaunching();
+
+    /// Opens the panel or closes it, whatever the pointer does.
+    void togglePanel();
+    /// Opens the panel.
+    void showPanel();
+
+    /// Commits what is pending and ends the event loop; at the latest after ten seconds.
+    void terminate();
+
+    [[nodiscard]] const Localization& localization() const { return localization_; }
+    /// Built on first use.
+    [[nodiscard]] ReminderStore& reminderStore();
+
+  private:
+    [[nodiscard]] EventStoreLocation storeFromPreferences() const;
+    void createPanelController();
+    void requestReminderAccess();
+    void becameActive();
+
+    QtScheduler scheduler_;
+    SystemClock clock_;
+    SystemCurrentCalendar calendar_;
+    NotificationCenter notifications_;
+    JsonFileUserDefaults defaults_;
+    Preferences preferences_;
+    Localization localization_;
+    SilentCuePlayer cuePlayer_;
+    SilentHapticPerformer hapticPerformer_;
+    Feedback feedback_;
+
+    VdirEventStore eventStore_;
+    BackgroundLedgerWriter ledgerWriter_;
+    CompletionLedgerRepository ledger_;
+    std::unique_ptr<ReminderStore> reminderStore_;
+    NotchInteractionModel interactionModel_;
+    std::unique_ptr<QtScreenProvider> screens_;
+    std::unique_ptr<NotchGeometry> geometry_;
+    std::unique_ptr<PanelInterface> interface_;
+    std::unique_ptr<X11PointerProvider> pointer_;
+    std::unique_ptr<X11PanelWindow> panelWindow_;
+    std::unique_ptr<NotchPanelController> panelController_;
+
+    ScheduledTask activationReload_;
+    ScheduledTask endingTimeout_;
+    bool didRequestReminderAccess_ = false;
+    bool isTerminating_ = false;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "foundation/Text.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <tl/expected.hpp>
+
+#include <optional>
+
+namespace kestrant {
+
+/// What the program was started for.
+struct LaunchArguments {
+    enum class Mode {
+        /// The panel at the top of the screen.
+        panel,
+        /// Tell a running panel to open or close.
+        toggle,
+        /// Write pictures of every state into a folder.
+        render,
+        /// One command without a window, or --version; the command line reads its own arguments.
+        command,
+        help,
+    };
+
+    Mode mode = Mode::panel;
+    /// The text after --store, where it was given for the panel.
+    std::optional<QString> store;
+    QString renderFolder;
+};
+
+/// Reads the arguments after the program's name. Fails with a sentence for whoever typed them.
+[[nodiscard]] tl::expected<LaunchArguments, TextPair> parseLaunchArguments(const QStringList& arguments);
+
+/// How to call the program, for --help.
+[[nodiscard]] TextPair launchUsage();
+
+}  // namespace kestrant

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "foundation/Scheduler.h"
+#include "foundation/ZoneCalendar.h"
+#include "ui/Appearance.h"
+#include "ui/Localizer.h"
+#include "ui/PanelView.h"
+#include "ui/PanelViewModel.h"
+#include "ui/QuickAddViewModel.h"
+#include "ui/RemindersViewModel.h"
+#include "ui/SettingsViewModel.h"
+
+namespace kestrant {
+
+class Localization;
+class NotchGeometry;
+class NotchInteractionModel;
+class NotificationCenter;
+class Preferences;
+class ReminderStore;
+
+/// The view models and the view they fill, built in the order in which they need each other. Thread: main.
+class PanelInterface {
+  public:
+    struct Models {
+        const Clock& clock;
+        const CurrentCalendar& calendar;
+        Preferences& preferences;
+        Localization& localization;
+        NotificationCenter& notifications;
+        NotchInteractionModel& interaction;
+        NotchGeometry& geometry;
+        ReminderStore& reminders;
+    };
+
+    explicit PanelInterface(const Models& models)
+        : localizer(models.localization)
+        , panel(models.interaction, models.geometry, models.reminders, models.preferences,
+                models.notifications)
+        , reminders(models.reminders, models.clock, models.calendar, localizer)
+        , quickAdd(models.reminders, models.clock, models.calendar, localizer)
+        , settings(models.preferences, localizer)
+        , view({models.interaction, localizer, appearance, panel, reminders, quickAdd, settings}) {}
+
+    Localizer localizer;
+    Appearance appearance{nullptr};
+    PanelViewModel panel;
+    RemindersViewModel reminders;
+    QuickAddViewModel quickAdd;
+    SettingsViewModel settings;
+    PanelView view;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,137 @@
+#include "app/SingleInstance.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDir>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QStandardPaths>
+
+#include <unistd.h>
+
+namespace kestrant {
+
+namespace {
+
+constexpr int answerTimeoutMilliseconds = 2000;
+const QString serviceName = QStringLiteral("com.Kestrant.notchapp");
+const QString objectPath = QStringLiteral("/com/Kestrant/notchapp");
+const QString interfaceName = QStringLiteral("com.Kestrant.notchapp");
+
+QString nameOf(InstanceCommand command) {
+    return command == InstanceCommand::toggle ? QStringLiteral("Toggle") : QStringLiteral("Show");
+}
+
+QString socketPath() {
+    QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (folder.isEmpty())
+        folder = QDir::tempPath();
+    return folder + QStringLiteral("/com.Kestrant.notchapp-%1.socket").arg(::getuid());
+}
+
+bool sendOverBus(InstanceCommand command) {
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return false;
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName, nameOf(command));
+    call.setAutoStartService(false);
+    return bus.call(call, QDBus::Block, answerTimeoutMilliseconds).type() == QDBusMessage::ReplyMessage;
+}
+
+bool sendOverSocket(InstanceCommand command) {
+    QLocalSocket socket;
+    socket.connectToServer(socketPath());
+    if (!socket.waitForConnected(answerTimeoutMilliseconds))
+        return false;
+    socket.write(nameOf(command).toUtf8() + '\n');
+    return socket.waitForReadyRead(answerTimeoutMilliseconds) && socket.readAll().startsWith("ok");
+}
+
+/// The object other starts call on the bus.
+class BusEndpoint : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.Kestrant.notchapp")
+
+  public:
+    explicit BusEndpoint(std::function<void(InstanceCommand)> handler) : handler_(std::move(handler)) {}
+
+  public Q_SLOTS:
+    void Show() { handler_(InstanceCommand::show); }
+    void Toggle() { handler_(InstanceCommand::toggle); }
+
+  private:
+    std::function<void(InstanceCommand)> handler_;
+};
+
+}  // namespace
+
+struct SingleInstance::Private {
+    std::unique_ptr<BusEndpoint> endpoint;
+    std::unique_ptr<QLocalServer> server;
+};
+
+SingleInstance::SingleInstance(QObject* parent) : QObject(parent), d_(std::make_unique<Private>()) {}
+
+SingleInstance::~SingleInstance() {
+    if (d_->endpoint)
+        QDBusConnection::sessionBus().unregisterService(serviceName);
+}
+
+SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)> handler) {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (bus.isConnected()) {
+        // The object is there before the name is, so that whoever sees the name gets an answer.
+        d_->endpoint = std::make_unique<BusEndpoint>(handler);
+        bus.registerObject(objectPath, d_->endpoint.get(), QDBusConnection::ExportAllSlots);
+        if (bus.registerService(serviceName))
+            return Claim::first;
+        bus.unregisterObject(objectPath);
+        d_->endpoint.reset();
+        if (bus.interface()->isServiceRegistered(serviceName))
+            return Claim::taken;
+    }
+
+    auto server = std::make_unique<QLocalServer>();
+    server->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!server->listen(socketPath())) {
+        QLocalSocket probe;
+        probe.connectToServer(socketPath());
+        if (probe.waitForConnected(answerTimeoutMilliseconds))
+            return Claim::taken;
+        // Nobody answers: the socket was left behind by a program that was killed.
+        QLocalServer::removeServer(socketPath());
+        if (!server->listen(socketPath()))
+            return Claim::unavailable;
+    }
+    QObject::connect(server.get(), &QLocalServer::newConnection, this, [this, handler = std::move(handler)] {
+        while (QLocalSocket* socket = d_->server->nextPendingConnection()) {
+            const auto answer = [socket, handler] {
+                if (!socket->canReadLine())
+                    return;
+                const QByteArray line = socket->readLine().trimmed();
+                for (const InstanceCommand command : {InstanceCommand::show, InstanceCommand::toggle}) {
+                    if (line != nameOf(command).toUtf8())
+                        continue;
+                    handler(command);
+                    socket->write("ok\n");
+                    socket->flush();
+                }
+            };
+            QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+            QObject::connect(socket, &QLocalSocket::readyRead, socket, answer);
+            answer();
+        }
+    });
+    d_->server = std::move(server);
+    return Claim::first;
+}
+
+bool SingleInstance::send(InstanceCommand command) {
+    return sendOverBus(command) || sendOverSocket(command);
+}
+
+}  // namespace kestrant
+
+#include "SingleInstance.moc"

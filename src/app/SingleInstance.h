@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace kestrant {
+
+/// What another start may ask of the running program.
+enum class InstanceCommand {
+    /// Bring the panel up (a second start).
+    show,
+    /// Open the panel, or close it when it is open.
+    toggle,
+};
+
+/// One running program per session: found by its name on the session bus, or by a local socket where there is
+/// no bus. Thread: main.
+class SingleInstance : public QObject {
+    Q_OBJECT
+
+  public:
+    enum class Claim {
+        /// This process is the one; it now answers other starts.
+        first,
+        /// Another process is running.
+        taken,
+        /// Neither bus nor socket could be used; this process runs unknown to others.
+        unavailable,
+    };
+
+    explicit SingleInstance(QObject* parent = nullptr);
+    ~SingleInstance() override;
+
+    /// Tries to become the one. `handler` is called for each command another start sends.
+    [[nodiscard]] Claim claim(std::function<void(InstanceCommand)> handler);
+
+    /// Sends a command to the running program; false when none is running or it does not answer within two
+    /// seconds. Blocks; for a process that has no window.
+    [[nodiscard]] static bool send(InstanceCommand command);
+
+  private:
+    struct Private;
+    std::unique_ptr<Private> d_;
+};
+
+}  // namespace kestrant

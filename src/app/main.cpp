@@ -1,0 +1,145 @@
+#include "app/AppDelegate.h"
+#include "app/LaunchArguments.h"
+#include "app/SingleInstance.h"
+#include "app/TerminationSignals.h"
+#include "cli/CommandLine.h"
+#include "foundation/InformationDictionary.h"
+#include "foundation/StandardFolders.h"
+#include "platform/linux/Platform.h"
+#include "ui/PanelView.h"
+#include "ui/RenderStates.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QLocale>
+
+#include <cstdio>
+
+using namespace kestrant;
+
+namespace {
+
+constexpr int done = 0;
+constexpr int refused = 1;
+constexpr int wrongUsage = 2;
+
+QString preferencesPath() {
+    return configurationFolder() + QStringLiteral("/preferences.json");
+}
+
+/// For texts before the preferences are read.
+Language systemLanguage() {
+    return QLocale::system().language() == QLocale::French ? Language::french : Language::english;
+}
+
+int fail(const TextPair& message, int status) {
+    std::fprintf(stderr, "kestrant: %s\n", qUtf8Printable(message.in(systemLanguage())));
+    return status;
+}
+
+int runCommand(int& argc, char** argv, const QStringList& arguments) {
+    const QCoreApplication application(argc, argv);
+    const SystemClock clock;
+    return runCommandLine(arguments,
+                          {
+                              .version = QCoreApplication::applicationVersion(),
+                              .storeFolder = EventStoreLocation::embeddedDefault().folder,
+                              .preferencesFile = preferencesPath(),
+                              .ledgerFile = completionLedgerPath(),
+                              .systemLocale = QLocale::system(),
+                              .calendar = SystemCurrentCalendar().calendar(),
+                              .clock = clock,
+                              .out = [](const QString& text) { std::fputs(qUtf8Printable(text), stdout); },
+                              .err = [](const QString& text) { std::fputs(qUtf8Printable(text), stderr); },
+                          });
+}
+
+int render(int& argc, char** argv, const QString& folder) {
+    prepareRendering();
+    PanelView::chooseRenderer();
+    const QGuiApplication application(argc, argv);
+    PanelView::chooseTypeface();
+    return renderStates(folder) ? done : refused;
+}
+
+int toggleRunningPanel(int& argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    if (SingleInstance::send(InstanceCommand::toggle))
+        return done;
+    return fail(text("Kestrant is not running.", "Kestrant n’est pas en cours d’exécution."), refused);
+}
+
+int runPanel(int& argc, char** argv, std::optional<EventStoreLocation> store) {
+    auto platform = preparePlatform();
+    if (!platform)
+        return fail(platform.error(), refused);
+    PanelView::chooseRenderer();
+    QGuiApplication application(argc, argv);
+    {
+        const PlatformChoice chosen = std::move(*platform);  // given back to the environment here
+    }
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setDesktopFileName(bundleIdentifier);
+    PanelView::chooseTypeface();
+
+    AppDelegate delegate({
+        .store = std::move(store),
+        .preferencesFile = preferencesPath(),
+        .ledgerFile = completionLedgerPath(),
+    });
+
+    SingleInstance instance;
+    const auto claim = instance.claim([&delegate](InstanceCommand command) {
+        if (command == InstanceCommand::toggle)
+            delegate.togglePanel();
+        else
+            delegate.showPanel();
+    });
+    if (claim == SingleInstance::Claim::taken) {
+        // Starting the program again is asking for its panel.
+        return SingleInstance::send(InstanceCommand::show) ? done : refused;
+    }
+
+    const TerminationSignals signals([&delegate] { delegate.terminate(); });
+    if (const auto started = delegate.applicationDidFinishLaunching(); !started)
+        return fail(started.error(), refused);
+    return QGuiApplication::exec();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication::setApplicationName(QStringLiteral("kestrant"));
+    QCoreApplication::setApplicationVersion(
+        InformationDictionary::builtIn().string(InformationDictionary::shortVersionKey).value_or(QString()));
+
+    QStringList arguments;
+    for (int index = 1; index < argc; ++index)
+        arguments.append(QString::fromLocal8Bit(argv[index]));
+    const auto launch = parseLaunchArguments(arguments);
+    if (!launch)
+        return fail(launch.error(), wrongUsage);
+
+    switch (launch->mode) {
+    case LaunchArguments::Mode::panel: {
+        std::optional<EventStoreLocation> store;
+        if (launch->store) {
+            const auto location = EventStoreLocation::parse(*launch->store);
+            if (!location)
+                return fail(location.error(), wrongUsage);
+            store = *location;
+        }
+        return runPanel(argc, argv, std::move(store));
+    }
+    case LaunchArguments::Mode::toggle:
+        return toggleRunningPanel(argc, argv);
+    case LaunchArguments::Mode::render:
+        return render(argc, argv, launch->renderFolder);
+    case LaunchArguments::Mode::help:
+        std::printf("%s\n", qUtf8Printable(launchUsage().in(systemLanguage())));
+        [[fallthrough]];
+    case LaunchArguments::Mode::command:
+        return runCommand(argc, argv, arguments);
+    }
+    return wrongUsage;
+}
