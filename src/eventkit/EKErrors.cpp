@@ -41,8 +41,13 @@ EKError invalidItemError(const TextPair& reason) {
 }
 
 EKError storageError(const QString& path, const QString& detail) {
+    return storageError(path, TextPair{detail, detail});
+}
+
+EKError storageError(const QString& path, const TextPair& detail) {
     const TextPair pair = text("“%1” could not be written: %2", "« %1 » n’a pas pu être enregistré : %2");
-    return {EKError::Code::storage, {pair.english.arg(path, detail), pair.french.arg(path, detail)}};
+    return {EKError::Code::storage,
+            {pair.english.arg(path, detail.english), pair.french.arg(path, detail.french)}};
 }
 
 }  // namespace kestrant

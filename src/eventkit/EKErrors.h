@@ -15,5 +15,6 @@ namespace kestrant {
 [[nodiscard]] EKError invalidItemError(const TextPair& reason);
 /// `detail` is the system's own description.
 [[nodiscard]] EKError storageError(const QString& path, const QString& detail);
+[[nodiscard]] EKError storageError(const QString& path, const TextPair& detail);
 
 }  // namespace kestrant

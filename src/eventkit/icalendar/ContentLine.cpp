@@ -48,7 +48,7 @@ Line Line::make(QByteArrayView content, QByteArrayView lineEnd) {
     qsizetype room = foldWidth;
     while (content.size() > room) {
         qsizetype cut = room;
-        while (cut > 1 && isContinuationByte(content[cut]))
+        while (cut > room - 3 && isContinuationByte(content[cut]))
             --cut;
         raw.append(content.first(cut)).append(lineEnd).append(' ');
         content = content.sliced(cut);

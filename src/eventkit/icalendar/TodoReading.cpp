@@ -3,6 +3,7 @@
 #include "eventkit/icalendar/Todo.h"
 
 #include <algorithm>
+#include <map>
 
 namespace kestrant::icalendar {
 namespace {
@@ -167,33 +168,35 @@ std::vector<TodoItem> readTodos(const Document& document, const ZoneCalendar& lo
         QByteArray uid;
         QByteArray recurrenceId;
     };
+    struct Series {
+        bool hasMaster = false;
+        std::vector<ComponentView> overrides;
+    };
     const auto todos = document.components("VTODO");
     std::vector<Header> headers;
+    std::map<QByteArray, Series> seriesByUid;
     for (const ComponentView& todo : todos) {
         Header header;
         if (const auto uid = todo.property("UID"))
             header.uid = uid->value.trimmed();
         if (const auto id = todo.property("RECURRENCE-ID"))
             header.recurrenceId = id->value.trimmed();
+        Series& series = seriesByUid[header.uid];
+        if (header.recurrenceId.isEmpty())
+            series.hasMaster = true;
+        else
+            series.overrides.push_back(todo);
         headers.push_back(std::move(header));
     }
-    const auto hasSeries = [&](const QByteArray& uid) {
-        return std::any_of(headers.begin(), headers.end(), [&](const Header& header) {
-            return header.uid == uid && header.recurrenceId.isEmpty();
-        });
-    };
     std::vector<TodoItem> items;
     for (std::size_t i = 0; i < todos.size(); ++i) {
         const Header& header = headers[i];
+        const Series& series = seriesByUid[header.uid];
         const bool isSingleDate = !header.recurrenceId.isEmpty();
-        if (isSingleDate && hasSeries(header.uid))
+        if (isSingleDate && series.hasMaster)
             continue;
-        std::vector<ComponentView> overrides;
-        for (std::size_t k = 0; k < todos.size() && !isSingleDate; ++k) {
-            if (headers[k].uid == header.uid && !headers[k].recurrenceId.isEmpty())
-                overrides.push_back(todos[k]);
-        }
-        TodoItem item = readTodo(todos[i], overrides, document, local);
+        TodoItem item = readTodo(todos[i], isSingleDate ? std::vector<ComponentView>() : series.overrides,
+                                 document, local);
         item.key = isSingleDate ? header.uid + '/' + header.recurrenceId : header.uid;
         item.index = static_cast<qsizetype>(i);
         items.push_back(std::move(item));

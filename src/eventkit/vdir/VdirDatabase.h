@@ -62,6 +62,7 @@ class VdirDatabase {
 
   private:
     struct OpenItem;
+    struct Revision;
     struct Place {
         QByteArray collection;
         QByteArray file;
@@ -81,6 +82,12 @@ class VdirDatabase {
     using WriteError = std::variant<ChangedMeanwhile, EKError>;
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>
     trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const ZoneCalendar& local);
+    [[nodiscard]] static Revision revised(const OpenItem& opened, EKReminderData wanted, Instant now,
+                                          const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<Place, WriteError> writeRevision(const OpenItem& opened,
+                                                                const QByteArray& target,
+                                                                const Revision& revision,
+                                                                const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> saveNew(const EKReminderData& edited, Instant now,
                                                               const ZoneCalendar& local);
     [[nodiscard]] std::optional<WriteError> replaceFile(const Place& place,

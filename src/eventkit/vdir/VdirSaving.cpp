@@ -34,6 +34,14 @@ struct VdirDatabase::OpenItem {
     EKReminderData current;
 };
 
+/// What a save makes of a file.
+struct VdirDatabase::Revision {
+    Document document;
+    /// The file of the occurrence that was finished, if the reminder recurs.
+    std::optional<Document> copy;
+    QByteArray copyUid;
+};
+
 namespace {
 
 /// So often a write is tried again when the file changes between reading and writing it.
@@ -86,8 +94,7 @@ tl::expected<VdirDatabase::OpenItem, EKError> VdirDatabase::openItem(const QStri
         if (opened) {
             auto document = Document::parse(opened->text);
             if (!document)
-                return tl::unexpected(
-                    storageError(QFile::decodeName(pathOf(place)), document.error().english));
+                return tl::unexpected(storageError(QFile::decodeName(pathOf(place)), document.error()));
             int ordinal = 0;
             auto items = icalendar::readTodos(*document, local);
             for (TodoItem& item : items) {
@@ -253,49 +260,64 @@ tl::expected<EKSaveResult, VdirDatabase::WriteError> VdirDatabase::trySave(const
     if (auto error = invalidReason(opened->current, merge.merged))
         return refuse(std::move(*error));
 
-    EKReminderData wanted = preparedForSave(opened->current, std::move(merge.merged), now);
-    Component todo(
-        opened->document.components("VTODO")[static_cast<std::size_t>(opened->item.index)].lines());
-    std::optional<Place> copy;
-    std::optional<QByteArray> copyUid;
-    std::optional<EKReminderData> finished;
-    if (wanted.isCompleted && !opened->current.isCompleted) {
-        CompletedOccurrence step = completeOccurrence(wanted, opened->item.dates, local);
-        if (step.copy) {
-            icalendar::writeAdvancedTodo(todo, opened->item, step, opened->document, local, now);
-            finished = std::move(step.copy);
-        }
-        wanted = std::move(step.series);
-    }
-    if (!finished)
-        icalendar::writeTodo(todo, opened->item, wanted, opened->document, local, now);
+    const Revision revision =
+        revised(*opened, preparedForSave(opened->current, std::move(merge.merged), now), now, local);
+    const auto place = writeRevision(*opened, *target, revision, local);
+    if (!place)
+        return tl::unexpected(place.error());
+    rebuildSnapshot();
+    EKSaveResult result{base.calendarItemIdentifier, std::nullopt};
+    if (place->collection != opened->place.collection)
+        result.calendarItemIdentifier = identifierAt(*place, opened->item.key, 0);
+    if (revision.copy)
+        result.completedCopyIdentifier = QString::fromUtf8(revision.copyUid);
+    return result;
+}
 
+VdirDatabase::Revision VdirDatabase::revised(const OpenItem& opened, EKReminderData wanted, Instant now,
+                                             const ZoneCalendar& local) {
+    Revision result{.document = opened.document};
+    Component todo(opened.document.components("VTODO")[static_cast<std::size_t>(opened.item.index)].lines());
+    std::optional<CompletedOccurrence> step;
+    if (wanted.isCompleted && !opened.current.isCompleted)
+        step = completeOccurrence(wanted, opened.item.dates, local);
+    if (step && step->copy) {
+        icalendar::writeAdvancedTodo(todo, opened.item, *step, opened.document, local, now);
+        result.copyUid = newUid();
+        result.copy = icalendar::makeCompletedCopy(result.copyUid, opened.document, opened.item, *step->copy,
+                                                   local, now);
+        wanted = std::move(step->series);
+    } else {
+        icalendar::writeTodo(todo, opened.item, wanted, opened.document, local, now);
+    }
+    result.document.replace(opened.item.index, todo);
+    icalendar::addMissingTimeZones(result.document, firstYearOf(wanted));
+    return result;
+}
+
+tl::expected<VdirDatabase::Place, VdirDatabase::WriteError>
+VdirDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, const Revision& revision,
+                            const ZoneCalendar& local) {
     // The finished occurrence is on the disk before the series moves on, and does not stay if that fails.
-    if (finished) {
-        copyUid = newUid();
-        const auto created = createFile(
-            *target, fileNameFor(*copyUid),
-            icalendar::makeCompletedCopy(*copyUid, opened->document, opened->item, *finished, local, now),
-            local);
+    std::optional<Place> copy;
+    if (revision.copy) {
+        const auto created = createFile(target, fileNameFor(revision.copyUid), *revision.copy, local);
         if (!created)
-            return refuse(created.error());
+            return tl::unexpected(WriteError(created.error()));
         copy = *created;
     }
-    Document document = opened->document;
-    document.replace(opened->item.index, todo);
-    icalendar::addMissingTimeZones(document, firstYearOf(wanted));
-
-    Place place = opened->place;
+    Place place = opened.place;
     std::optional<WriteError> error;
-    if (*target == opened->place.collection) {
-        error = replaceFile(opened->place, document, opened->stamp, local);
+    if (target == opened.place.collection) {
+        error = replaceFile(opened.place, revision.document, opened.stamp, local);
     } else {
-        icalendar::keepOnlyTodo(document, opened->item);
+        Document alone = revision.document;
+        icalendar::keepOnlyTodo(alone, opened.item);
         const auto moved = createFile(
-            *target, opened->isAlone ? opened->place.file : fileNameFor(opened->item.key), document, local);
+            target, opened.isAlone ? opened.place.file : fileNameFor(opened.item.key), alone, local);
         if (moved) {
             place = *moved;
-            error = takeOut(*opened, local);
+            error = takeOut(opened, local);
             if (error)
                 takeBack(place);
         } else {
@@ -307,14 +329,7 @@ tl::expected<EKSaveResult, VdirDatabase::WriteError> VdirDatabase::trySave(const
             takeBack(*copy);
         return tl::unexpected(std::move(*error));
     }
-    rebuildSnapshot();
-    EKSaveResult result;
-    const bool isSamePlace = place.collection == opened->place.collection;
-    result.calendarItemIdentifier =
-        isSamePlace ? base.calendarItemIdentifier : identifierAt(place, opened->item.key, 0);
-    if (copyUid)
-        result.completedCopyIdentifier = QString::fromUtf8(*copyUid);
-    return result;
+    return place;
 }
 
 std::optional<VdirDatabase::WriteError> VdirDatabase::takeOut(const OpenItem& item,
