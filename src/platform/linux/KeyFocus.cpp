@@ -38,8 +38,10 @@ bool KeyFocus::isOurs() const {
 void KeyFocus::take(QWindow& surface) {
     const xcb_window_t focus = server_.inputFocus();
     if (!isOwnWindow(focus)) {
-        const bool managed = server_.windowManagerSupports(activeWindowMessage);
-        previous_ = managed ? server_.activeWindow() : focus;
+        const xcb_window_t holder =
+            server_.windowManagerSupports(activeWindowMessage) ? server_.activeWindow() : focus;
+        if (!isOwnWindow(holder))
+            previous_ = holder;
     }
     const auto id = static_cast<xcb_window_t>(surface.winId());
     if (surface.flags().testFlag(Qt::BypassWindowManagerHint) ||

@@ -13,6 +13,8 @@
 
 #include <xcb/shape.h>
 
+#include <algorithm>
+
 namespace kestrant {
 
 namespace {
@@ -71,14 +73,26 @@ bool X11PanelWindow::isManaged() const {
 void X11PanelWindow::adoptOverlay(QWindow& surface) {
     configureOverlaySurface(surface, window_);
     surface.installEventFilter(this);
+    overlays_.emplace_back(&surface);
+    // Before it goes: a focus that falls back to nobody is passed on by the window manager.
+    connect(&surface, &QWindow::visibleChanged, this, [this, &surface](bool visible) {
+        if (!visible && focus_.isOurs())
+            focusTopmostExcept(&surface);
+    });
 }
 
 void X11PanelWindow::focusOverlay(QWindow& surface) {
     focus_.take(surface);
 }
 
-void X11PanelWindow::focusPanel() {
-    if (isKey_)
+void X11PanelWindow::focusTopmostExcept(const QWindow* closing) {
+    std::erase_if(overlays_, [](const QPointer<QWindow>& overlay) { return !overlay; });
+    const auto topmost = std::find_if(overlays_.rbegin(), overlays_.rend(), [closing](const auto& overlay) {
+        return overlay != closing && overlay->isVisible();
+    });
+    if (topmost != overlays_.rend())
+        focus_.take(**topmost);
+    else if (isKey_)
         focus_.take(window_);
 }
 
@@ -129,10 +143,9 @@ void X11PanelWindow::orderFrontRegardless() {
         window_.show();
     window_.raise();
     // Nothing but their order keeps popovers above the panel when no window manager looks after them.
-    const auto windows = QGuiApplication::topLevelWindows();
-    for (QWindow* surface : windows) {
-        if (surface->transientParent() == &window_ && surface->isVisible())
-            surface->raise();
+    for (const QPointer<QWindow>& overlay : overlays_) {
+        if (overlay && overlay->isVisible())
+            overlay->raise();
     }
     applyShapes();
 }

@@ -9,12 +9,12 @@
 
 #include <QAbstractNativeEventFilter>
 #include <QObject>
+#include <QPointer>
 #include <QRect>
 #include <QSizeF>
+#include <QWindow>
 
 #include <vector>
-
-class QWindow;
 
 namespace kestrant {
 
@@ -32,12 +32,13 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     ~X11PanelWindow() override;
 
     /// Makes a popover's window, not shown yet, one of the panel's surfaces: above the panel, and able to
-    /// take typing.
+    /// take typing. When it closes while the application has the keyboard focus, the focus goes to the
+    /// surface below it.
     void adoptOverlay(QWindow& surface);
     /// Moves the keyboard focus to a visible popover.
     void focusOverlay(QWindow& surface);
-    /// Moves the keyboard focus back to the panel after its last popover closed, if the panel is to have it.
-    void focusPanel();
+    /// Moves the keyboard focus to the panel, if it is to have it and none of its popovers is visible.
+    void focusPanel() { focusTopmostExcept(nullptr); }
 
     [[nodiscard]] bool isCompositing() const { return compositor_.isCompositing(); }
 
@@ -65,6 +66,7 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     [[nodiscard]] bool keyPressed(QEvent* event);
     [[nodiscard]] std::vector<QRect> pixelsOf(const NotchContainerShape& shape) const;
     void applyShapes();
+    void focusTopmostExcept(const QWindow* closing);
 
     QWindow& window_;
     X11Connection server_;
@@ -74,6 +76,8 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     ScrollGestureRecogniser gestures_;
     PanelEventHandler* handler_ = nullptr;
 
+    /// In the order in which they were adopted.
+    std::vector<QPointer<QWindow>> overlays_;
     NotchContainerShape shape_;
     QSizeF restingArea_;
     bool ignoresMouseEvents_ = false;

@@ -86,8 +86,6 @@ xcb_window_t ForeignClient::openWindow(const QRect& geometry, const std::vector<
     xcb_map_window(server_.get(), window);
     server_.flush();
     const bool shown = waitUntil([&] { return std::count(mapped_.begin(), mapped_.end(), window) > 0; });
-    server_.tellWindowManager(window, "_NET_ACTIVE_WINDOW", {2, XCB_CURRENT_TIME, XCB_WINDOW_NONE});
-    server_.flush();
     if (!shown || !waitUntil([&] { return focused == window; }))
         qFatal("the other program's window did not come up");
     return window;

@@ -19,7 +19,7 @@ class ForeignClient : public QObject {
     ForeignClient();
     ~ForeignClient() override;
 
-    /// Maps a window and waits until it is on screen, and, where the window manager gives it, has the focus.
+    /// Maps a window and waits until it is on screen and has been given the focus.
     xcb_window_t openWindow(const QRect& geometry, const std::vector<const char*>& states = {});
     void closeWindow(xcb_window_t window);
 
