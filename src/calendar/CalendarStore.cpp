@@ -25,6 +25,9 @@ FetchResult resultOf(const FetchRequest& request, const CalendarItems& items, co
     if (request.isExtension)
         result.groups = merged(onShow, result.groups, present.locale);
     result.isChange = result.groups != onShow;
+    // Without a change the new rows are let go of here and not on the main thread.
+    if (!result.isChange)
+        result.groups = onShow;
     result.moment = present.now;
     return result;
 }

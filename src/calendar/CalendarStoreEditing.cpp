@@ -49,6 +49,13 @@ void CalendarStore::Private::save(const EKEventRef& event, const char* notificat
             }));
 }
 
+void CalendarStore::Private::fail(const Completion& completion, const CalendarError& error) {
+    services.scheduler.post(whileAlive([completion, error](Private&) {
+        if (completion)
+            completion(tl::unexpected(error));
+    }));
+}
+
 void CalendarStore::Private::changed(const char* notification, const Completion& completion) {
     services.notifications.post(QString::fromLatin1(notification));
     reload();
@@ -101,6 +108,8 @@ void CalendarStore::createEvent(const NewCalendarEvent& event, Completion comple
 }
 
 void CalendarStore::loadEditDetails(const CalendarEventItem& row, DetailsCompletion completion) {
+    if (!completion)
+        return;
     d_->findEvent(row, [completion = std::move(completion)](Private&, const EKEventRef& event) {
         if (event)
             completion(editDetails(event->data));

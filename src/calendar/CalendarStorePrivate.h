@@ -88,13 +88,8 @@ class CalendarStore::Private : public std::enable_shared_from_this<Private> {
     void removed(const CalendarEventItem& row, const Completion& completion);
     [[nodiscard]] EKEventStore::SaveCompletion removalEnd(const CalendarEventItem& row,
                                                           const Completion& completion);
-    template <typename Ending>
-    void fail(const Ending& completion, const CalendarError& error) {
-        services.scheduler.post(whileAlive([completion, error](Private&) {
-            if (completion)
-                completion(tl::unexpected(error));
-        }));
-    }
+    /// Hands over a failure on a later turn.
+    void fail(const Completion& completion, const CalendarError& error);
 
     CalendarStore& q;
     CalendarStoreServices services;
