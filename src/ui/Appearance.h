@@ -17,7 +17,8 @@ class Appearance : public QObject {
     Q_PROPERTY(bool compositing READ compositing WRITE setCompositing NOTIFY compositingChanged)
 
   public:
-    explicit Appearance(QObject* parent = nullptr) : QObject(parent) {}
+    /// Without a default: QML would make an instance of its own.
+    explicit Appearance(QObject* parent) : QObject(parent) {}
 
     /// Makes this the `Appearance` of an engine, before any of its views is made.
     void install(QQmlEngine& engine);

@@ -29,6 +29,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QQuickItem>
+#include <QQuickItemGrabResult>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -139,7 +140,7 @@ struct Stage {
     NotchInteractionModel interaction{time, preferences, feedback};
     NotchGeometry geometry;
     Localizer localizer{localization};
-    Appearance appearance;
+    Appearance appearance{nullptr};
     PanelViewModel panel{interaction, geometry, store, preferences, notifications};
     RemindersViewModel reminders{store, time, calendar, localizer};
     QuickAddViewModel quickAdd{store, time, calendar, localizer};
@@ -206,21 +207,33 @@ QImage desktop(Language language) {
     return image;
 }
 
-void drawWindow(QPainter& painter, QQuickWindow& window, QPoint origin) {
-    const QImage picture = window.grabWindow();
-    painter.drawImage(QRectF(window.position() - origin, QSizeF(window.size())), picture);
+/// What an item shows, on a transparent ground; a grabbed window would have lost it.
+QImage pictureOf(QQuickItem& item) {
+    const QSharedPointer<QQuickItemGrabResult> result =
+        item.grabToImage((item.size() * pixelsPerPoint).toSize());
+    if (!result)
+        return {};
+    // The picture is taken while the window is drawn.
+    item.window()->grabWindow();
+    QCoreApplication::processEvents();
+    return result->image();
+}
+
+void drawItem(QPainter& painter, QQuickItem* item) {
+    if (item && item->window())
+        painter.drawImage(QRectF(item->window()->position(), item->size()), pictureOf(*item));
 }
 
 bool save(Stage& stage, const QString& path) {
-    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
     QImage image = desktop(stage.localizer.language());
     QPainter painter(&image);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    drawWindow(painter, stage.view, {});
+    drawItem(painter, stage.view.rootObject());
     for (QWindow* window : QGuiApplication::allWindows()) {
         auto* overlay = qobject_cast<QQuickWindow*>(window);
         if (overlay && overlay != &stage.view && overlay->isVisible())
-            drawWindow(painter, *overlay, {});
+            drawItem(painter, overlay->contentItem()->childItems().value(0));
     }
     painter.end();
     if (image.save(path))

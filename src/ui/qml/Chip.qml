@@ -54,7 +54,7 @@ FocusScope {
         color: chip.checked ? Theme.controlOn : chip.hovered ? Theme.controlHovered : chip.color
         border.color: Theme.outline
         border.width: Theme.contrast ? 1 : 0
-        Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+        Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
     }
 
     Row {

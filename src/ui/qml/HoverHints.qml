@@ -13,7 +13,7 @@ Item {
     height: panel.restingHeight
     opacity: shown ? 1 : 0
     visible: opacity > 0
-    Behavior on opacity { NumberAnimation { duration: Theme.hoverDuration } }
+    Behavior on opacity { enabled: !Theme.still; NumberAnimation { duration: Theme.hoverDuration } }
 
     Text {
         visible: hints.panel.dueTodayCount > 0

@@ -31,7 +31,7 @@ FocusScope {
         anchors.fill: parent
         radius: 7
         color: button.checked || button.hovered ? Theme.controlHovered : Theme.white(0)
-        Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+        Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
     }
     Icon {
         anchors.centerIn: parent

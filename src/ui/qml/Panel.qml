@@ -37,10 +37,10 @@ Item {
         bottomRadius: root.panel.bottomRadius
         graded: root.panel.material === "glass"
         borderColor: Theme.outline
-        Behavior on shapeWidth { NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-        Behavior on shapeHeight { NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-        Behavior on earRadius { NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-        Behavior on bottomRadius { NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+        Behavior on shapeWidth { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+        Behavior on shapeHeight { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+        Behavior on earRadius { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+        Behavior on bottomRadius { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
     }
 
     HoverHints {
@@ -58,7 +58,7 @@ Item {
         opacity: root.panel.isExpanded ? 1 : 0
         visible: opacity > 0
         enabled: root.panel.isExpanded
-        Behavior on opacity { NumberAnimation { duration: Theme.leaveDuration; easing.type: Easing.OutCubic } }
+        Behavior on opacity { enabled: !Theme.still; NumberAnimation { duration: Theme.leaveDuration; easing.type: Easing.OutCubic } }
 
         Loader {
             id: expanded

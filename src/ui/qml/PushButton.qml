@@ -37,7 +37,7 @@ FocusScope {
              : button.primary || button.destructive ? Qt.lighter(base, 1.08) : Theme.controlHovered
         border.color: Theme.outline
         border.width: Theme.contrast ? 1 : 0
-        Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+        Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
     }
     Text {
         id: label

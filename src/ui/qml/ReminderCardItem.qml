@@ -29,7 +29,7 @@ Item {
         color: root.active ? Theme.cardActive : Theme.card
         border.color: Theme.outline
         border.width: Theme.contrast ? 1 : 0
-        Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+        Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
     }
     Rectangle {
         anchors.fill: parent
@@ -65,8 +65,8 @@ Item {
         opacity: root.card.isWritable ? 1 : 0.45
         progress: root.card.isPending ? 1 : 0
         hint: circlePointer.hovered && !root.card.isPending && root.card.isWritable ? 1 : 0
-        Behavior on progress { NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
-        Behavior on hint { NumberAnimation { duration: Theme.hoverDuration } }
+        Behavior on progress { enabled: !Theme.still; NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
+        Behavior on hint { enabled: !Theme.still; NumberAnimation { duration: Theme.hoverDuration } }
 
         HoverHandler { id: circlePointer; margin: 4 }
         TapHandler {

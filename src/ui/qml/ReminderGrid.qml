@@ -137,18 +137,22 @@ FocusScope {
         }
 
         remove: Transition {
+            enabled: !Theme.still
             NumberAnimation { property: "opacity"; to: 0; duration: Theme.leaveDuration }
             NumberAnimation { property: "scale"; to: 0.96; duration: Theme.leaveDuration }
         }
         add: Transition {
+            enabled: !Theme.still
             NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.leaveDuration }
         }
         displaced: Transition {
+            enabled: !Theme.still
             NumberAnimation { properties: "x,y"; duration: Theme.leaveDuration; easing.type: Easing.OutCubic }
             // A card that was still fading in when another change came is shown in full.
             NumberAnimation { properties: "opacity,scale"; to: 1; duration: Theme.leaveDuration }
         }
         move: Transition {
+            enabled: !Theme.still
             NumberAnimation { properties: "x,y"; duration: Theme.leaveDuration; easing.type: Easing.OutCubic }
         }
 
@@ -237,6 +241,6 @@ FocusScope {
         height: Math.max(24, track * grid.height / Math.max(1, grid.contentHeight + grid.topMargin))
         radius: 1.5
         color: Theme.white(scroll.running ? 0.4 : 0.16)
-        Behavior on color { ColorAnimation { duration: Theme.leaveDuration } }
+        Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.leaveDuration } }
     }
 }

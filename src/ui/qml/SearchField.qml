@@ -28,7 +28,7 @@ FocusScope {
 
     width: isOpen ? openWidth : 26
     height: 24
-    Behavior on width { NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
+    Behavior on width { enabled: !Theme.still; NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
 
     IconButton {
         id: button

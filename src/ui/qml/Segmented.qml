@@ -41,7 +41,7 @@ FocusScope {
         height: parent.height - 4
         radius: 6.5
         color: Theme.white(Theme.contrast ? 0.3 : 0.14)
-        Behavior on x { NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
+        Behavior on x { enabled: !Theme.still; NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
     }
     Row {
         x: 2

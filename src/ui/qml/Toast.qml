@@ -17,7 +17,7 @@ Rectangle {
     border.color: Qt.rgba(1, 0.41, 0.38, 0.4)
     visible: opacity > 0
     opacity: stay.running ? 1 : 0
-    Behavior on opacity { NumberAnimation { duration: Theme.popoverDuration } }
+    Behavior on opacity { enabled: !Theme.still; NumberAnimation { duration: Theme.popoverDuration } }
 
     Accessible.role: Accessible.AlertMessage
     Accessible.name: words.text

@@ -25,7 +25,7 @@ FocusScope {
         anchors.fill: parent
         radius: 10
         color: toggle.checked ? Theme.done : Theme.white(Theme.contrast ? 0.3 : 0.18)
-        Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+        Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
     }
     Rectangle {
         x: toggle.checked ? parent.width - width - 2 : 2
@@ -34,7 +34,7 @@ FocusScope {
         height: 16
         radius: 8
         color: "white"
-        Behavior on x { NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
+        Behavior on x { enabled: !Theme.still; NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
     }
     TapHandler { onTapped: toggle.toggled(!toggle.checked) }
     FocusRing { target: toggle; radius: 12 }
