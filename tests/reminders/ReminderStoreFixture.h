@@ -6,6 +6,7 @@
 #include "reminders/ReminderStore.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
+#include "support/MovableCalendar.h"
 #include "support/ReminderBuilders.h"
 
 #include <QTemporaryDir>
@@ -21,23 +22,6 @@
 namespace kestrant {
 
 using namespace std::chrono_literals;
-
-/// A calendar whose zone a test can change.
-class MovableCalendar : public CurrentCalendar {
-  public:
-    [[nodiscard]] ZoneCalendar calendar() const override { return ZoneCalendar(zone_); }
-    [[nodiscard]] Subscription observeChanges(std::function<void()> observer) override {
-        return observers_.add(std::move(observer));
-    }
-    void moveTo(const char* zone) {
-        zone_ = QTimeZone(zone);
-        observers_.notify();
-    }
-
-  private:
-    QTimeZone zone_{"Europe/Paris"};
-    ObserverList<> observers_;
-};
 
 /// What a completion was told, and how often.
 struct Outcome {
