@@ -9,7 +9,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <utility>
 
 namespace kestrant {
 
@@ -35,11 +34,16 @@ bool KeyFocus::isOurs() const {
     return isOwnWindow(server_.inputFocus());
 }
 
+bool KeyFocus::asksWindowManager(const QWindow& surface) const {
+    const bool managed = !surface.flags().testFlag(Qt::BypassWindowManagerHint);
+    return (managed || isXWayland_) && server_.windowManagerSupports(activeWindowMessage);
+}
+
 void KeyFocus::take(QWindow& surface) {
     const xcb_window_t focus = server_.inputFocus();
     if (!isOwnWindow(focus)) {
-        const xcb_window_t holder =
-            server_.windowManagerSupports(activeWindowMessage) ? server_.activeWindow() : focus;
+        previousIsActiveWindow_ = asksWindowManager(surface);
+        const xcb_window_t holder = previousIsActiveWindow_ ? server_.activeWindow() : focus;
         if (!isOwnWindow(holder))
             previous_ = holder;
     }
@@ -55,13 +59,13 @@ void KeyFocus::take(QWindow& surface) {
 void KeyFocus::giveBack() {
     if (!isOurs())
         return;
-    const xcb_window_t previous = std::exchange(previous_, static_cast<xcb_window_t>(XCB_WINDOW_NONE));
-    if (previous != XCB_WINDOW_NONE && !isOwnWindow(previous) && server_.isViewable(previous)) {
-        if (server_.windowManagerSupports(activeWindowMessage))
-            server_.tellWindowManager(previous, activeWindowMessage,
+    // Kept: a request for the focus that is granted late needs it once more.
+    if (server_.isViewable(previous_)) {
+        if (previousIsActiveWindow_)
+            server_.tellWindowManager(previous_, activeWindowMessage,
                                       {sourcePager, XCB_CURRENT_TIME, XCB_WINDOW_NONE});
         else
-            xcb_set_input_focus(server_.get(), XCB_INPUT_FOCUS_POINTER_ROOT, previous, XCB_CURRENT_TIME);
+            xcb_set_input_focus(server_.get(), XCB_INPUT_FOCUS_POINTER_ROOT, previous_, XCB_CURRENT_TIME);
     } else if (isXWayland_) {
         handOver();
     } else {

@@ -27,11 +27,15 @@ class KeyFocus : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    [[nodiscard]] bool asksWindowManager(const QWindow& surface) const;
     void handOver();
 
     X11Connection server_;
     bool isXWayland_;
+    /// Who had the focus: the window manager's active window, or the very window that had it where the window
+    /// manager is not asked.
     xcb_window_t previous_ = XCB_WINDOW_NONE;
+    bool previousIsActiveWindow_ = false;
     std::unique_ptr<QWindow> handOverWindow_;
 };
 

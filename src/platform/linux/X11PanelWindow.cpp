@@ -14,6 +14,7 @@
 #include <xcb/shape.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace kestrant {
 
@@ -76,13 +77,19 @@ void X11PanelWindow::adoptOverlay(QWindow& surface) {
     overlays_.emplace_back(&surface);
     // Before it goes: a focus that falls back to nobody is passed on by the window manager.
     connect(&surface, &QWindow::visibleChanged, this, [this, &surface](bool visible) {
-        if (!visible && focus_.isOurs())
+        passFocusOn_ = !visible && focus_.isOurs();
+        if (passFocusOn_)
             focusTopmostExcept(&surface);
     });
 }
 
 void X11PanelWindow::focusOverlay(QWindow& surface) {
     focus_.take(surface);
+}
+
+void X11PanelWindow::focusPanel() {
+    if (focus_.isOurs())
+        focusTopmostExcept(nullptr);
 }
 
 void X11PanelWindow::focusTopmostExcept(const QWindow* closing) {
@@ -194,8 +201,12 @@ bool X11PanelWindow::keyPressed(QEvent* event) {
 
 bool X11PanelWindow::eventFilter(QObject* watched, QEvent* event) {
     if (watched != &window_) {
+        auto& overlay = *static_cast<QWindow*>(watched);
         if (event->type() == QEvent::MouseButtonPress && !focus_.isOurs())
-            focus_.take(*static_cast<QWindow*>(watched));
+            focus_.take(overlay);
+        // And once more when it has gone: a window manager that managed it has meanwhile chosen someone.
+        if (event->type() == QEvent::Hide && std::exchange(passFocusOn_, false) && isManaged())
+            focusTopmostExcept(&overlay);
         return false;
     }
     switch (event->type()) {
@@ -215,11 +226,6 @@ bool X11PanelWindow::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::Leave:
         gestures_.endAll();
         return false;
-    case QEvent::FocusIn:
-        // A request for the focus may be granted after the panel has folded.
-        if (!isKey_)
-            focus_.giveBack();
-        return false;
     case QEvent::Close:
         event->ignore();
         return true;
@@ -235,6 +241,11 @@ bool X11PanelWindow::nativeEventFilter(const QByteArray& eventType, void* messag
     if (eventType != "xcb_generic_event_t")
         return false;
     const auto& event = *static_cast<const xcb_generic_event_t*>(message);
+    // A request for the focus may be granted after the panel has folded.
+    if (!isKey_ && (event.response_type & ~0x80) == XCB_FOCUS_IN &&
+        reinterpret_cast<const xcb_focus_in_event_t&>(event).event ==
+            static_cast<xcb_window_t>(window_.winId()))
+        focus_.giveBack();
     if (scroll_.isHierarchyChange(event)) {
         scroll_.refresh();
     } else if (const auto* motion = scroll_.motionEvent(event);

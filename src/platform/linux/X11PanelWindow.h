@@ -37,8 +37,9 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     void adoptOverlay(QWindow& surface);
     /// Moves the keyboard focus to a visible popover.
     void focusOverlay(QWindow& surface);
-    /// Moves the keyboard focus to the panel, if it is to have it and none of its popovers is visible.
-    void focusPanel() { focusTopmostExcept(nullptr); }
+    /// Moves the keyboard focus to the panel, or to a popover that is still visible, unless the person has
+    /// moved it out of the application.
+    void focusPanel();
 
     [[nodiscard]] bool isCompositing() const { return compositor_.isCompositing(); }
 
@@ -83,6 +84,8 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     bool ignoresMouseEvents_ = false;
     bool isKey_ = false;
     bool pressConsumed_ = false;
+    /// An overlay with the focus is closing.
+    bool passFocusOn_ = false;
     /// The server's time of the last scrolling that was consumed; Qt's wheel event for it has the same time.
     xcb_timestamp_t consumedScroll_ = 0;
 };

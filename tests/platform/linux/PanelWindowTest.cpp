@@ -78,7 +78,8 @@ class PanelWindowTest : public ::testing::Test {
         panel->setIgnoresMouseEvents(true);
         setPhase(NotchPhase::idle);
         panel->orderFrontRegardless();
-        ASSERT_TRUE(other.waitUntil([&] { return surface.isExposed(); }));
+        ASSERT_TRUE(
+            other.waitUntil([&] { return surface.isExposed() && other.windowAt(onNotch) == id(surface); }));
     }
     void TearDown() override { other.closeWindow(maximised); }
 
