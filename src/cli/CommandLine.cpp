@@ -268,15 +268,16 @@ int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& e
     }
 
     // A folder that was named by mistake is not made, unless something is to be put there.
-    if (parsed->storeFolder && parsed->command != Command::add && !QFileInfo(*parsed->storeFolder).isDir()) {
+    if (parsed->store && parsed->command != Command::add && !QFileInfo(parsed->store->folder).isDir()) {
         environment.err(localization(text("There is no folder %1.\n", "Le dossier %1 n’existe pas.\n"))
-                            .arg(*parsed->storeFolder));
+                            .arg(parsed->store->folder));
         return refused;
     }
-    const std::optional<QString> preferred =
-        vdirFolder(defaults.string(preferenceKeys::eventStore).value_or(QString()));
-    const QString folder = parsed->storeFolder.value_or(preferred.value_or(environment.storeFolder));
-    return Session(*parsed, environment, defaults, localization, folder).run();
+    const auto preferred =
+        EventStoreLocation::parse(defaults.string(preferenceKeys::eventStore).value_or(QString()));
+    const EventStoreLocation store =
+        parsed->store.value_or(preferred.value_or(EventStoreLocation{environment.storeFolder}));
+    return Session(*parsed, environment, defaults, localization, store.folder).run();
 }
 
 }  // namespace kestrant

@@ -1,6 +1,5 @@
 #include "cli/CommandLineArguments.h"
 
-#include <QDir>
 #include <QSet>
 
 #include <algorithm>
@@ -200,12 +199,13 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const ZoneCalendar&
     case Option::list:
         arguments.listID = value;
         break;
-    case Option::store:
-        arguments.storeFolder = vdirFolder(value);
-        if (!arguments.storeFolder)
-            return failure("--store: “%1” is no store; write vdir:PATH.",
-                           "--store : « %1 » n’est pas une base ; écrivez vdir:CHEMIN.", value);
+    case Option::store: {
+        const auto location = EventStoreLocation::parse(value);
+        if (!location)
+            return Failure(location.error());
+        arguments.store = *location;
         break;
+    }
     case Option::now: {
         const std::optional<TypedDueDate> now = readDate(value, calendar);
         if (!now || !now->includesTime)
@@ -247,13 +247,6 @@ bool isAsked(const SplitArguments& given, Option option) {
 }
 
 }  // namespace
-
-std::optional<QString> vdirFolder(const QString& storeName) {
-    const QString prefix = QStringLiteral("vdir:");
-    if (!storeName.startsWith(prefix) || storeName.size() == prefix.size())
-        return std::nullopt;
-    return QDir::cleanPath(QDir::current().absoluteFilePath(storeName.mid(prefix.size())));
-}
 
 bool namesCommand(const QStringList& arguments) {
     for (qsizetype index = 0; index < arguments.size(); ++index) {

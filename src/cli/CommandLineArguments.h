@@ -1,5 +1,6 @@
 #pragma once
 
+#include "eventkit/EventStoreLocation.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
@@ -29,8 +30,8 @@ struct CommandLineArguments {
     /// The title to add, or the identifier of the reminder.
     QString subject;
     bool json = false;
-    /// The folder of the store, where one was named.
-    std::optional<QString> storeFolder;
+    /// Where one was named.
+    std::optional<EventStoreLocation> store;
     /// The time that is taken for the present.
     std::optional<Instant> now;
 
@@ -52,9 +53,6 @@ struct CommandLineArguments {
 /// Whether these arguments (without the program's name) hold a command, known or not, rather than options
 /// alone.
 [[nodiscard]] bool namesCommand(const QStringList& arguments);
-
-/// The folder that a store's name, "vdir:PATH", stands for; absent for any other text.
-[[nodiscard]] std::optional<QString> vdirFolder(const QString& storeName);
 
 /// How to call the commands, for --help.
 [[nodiscard]] TextPair commandLineUsage();

@@ -15,8 +15,8 @@ tl::expected<EventStoreLocation, TextPair> EventStoreLocation::parse(const QStri
     QString path = text.mid(scheme.size());
     if (!text.startsWith(scheme) || path.isEmpty())
         return tl::unexpected(
-            TextPair{QStringLiteral("Unknown store “%1”: write vdir:PATH.").arg(text),
-                     QStringLiteral("Base inconnue « %1 » : écrivez vdir:CHEMIN.").arg(text)});
+            TextPair{QStringLiteral("“%1” is no store; write vdir:PATH.").arg(text),
+                     QStringLiteral("« %1 » n’est pas une base ; écrivez vdir:CHEMIN.").arg(text)});
     if (path == QLatin1String("~") || path.startsWith(QLatin1String("~/")))
         path.replace(0, 1, QDir::homePath());
     return EventStoreLocation{QDir::cleanPath(QDir::current().absoluteFilePath(path))};

@@ -40,9 +40,9 @@ TEST(CommandLineArguments, ThatAreWrongAreRefusedWithTheReason) {
         {{"complete"}, "complete needs the identifier of a reminder."},
         {{"delete"}, "delete needs the identifier of a reminder."},
         {{"show"}, "show needs the identifier of a reminder."},
-        {{"list", "--store", "/home"}, "--store: “/home” is no store; write vdir:PATH."},
-        {{"list", "--store", "vdir:"}, "--store: “vdir:” is no store; write vdir:PATH."},
-        {{"list", "--store=files:/home"}, "--store: “files:/home” is no store; write vdir:PATH."},
+        {{"list", "--store", "/home"}, "“/home” is no store; write vdir:PATH."},
+        {{"list", "--store", "vdir:"}, "“vdir:” is no store; write vdir:PATH."},
+        {{"list", "--store=files:/home"}, "“files:/home” is no store; write vdir:PATH."},
         {{"list", "--now", "2026-03-27"},
          "--now: “2026-03-27” is no time; write it like 2026-03-27T14:30:00Z."},
         {{"list", "--now", "noon"}, "--now: “noon” is no time; write it like 2026-03-27T14:30:00Z."},
@@ -101,7 +101,7 @@ TEST(CommandLineArguments, MayStandInAnyOrder) {
     ASSERT_TRUE(parsed.has_value());
     EXPECT_EQ(parsed->command, Command::list);
     EXPECT_EQ(parsed->now, parseIso8601(u"2026-03-27T12:00:00Z"));
-    EXPECT_EQ(parsed->storeFolder, QDir::current().absoluteFilePath("lists"));
+    EXPECT_EQ(parsed->store->folder, QDir::current().absoluteFilePath("lists"));
     EXPECT_EQ(parsed->sort, ReminderSortMode::title);
     EXPECT_EQ(parsed->listID, "a=b");
     EXPECT_EQ(parsed->search, "--x");
