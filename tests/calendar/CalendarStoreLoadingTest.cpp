@@ -1,4 +1,5 @@
 #include "CalendarStoreFixture.h"
+#include "foundation/SerialWorker.h"
 
 namespace kestrant {
 namespace {
@@ -102,11 +103,11 @@ TEST_F(CalendarStoreLoading, OnlyTheLastOfSeveralLoadsIsShown) {
     EXPECT_FALSE(store->isLoading());
 }
 
-TEST_F(CalendarStoreLoading, RowsMadeOnOtherThreadsArriveOnThisOne) {
+TEST_F(CalendarStoreLoading, RowsMadeOnAnotherThreadArriveOnThisOne) {
     for (int event = 0; event < 500; ++event)
         database.putEvent(anEvent(qPrintable(QString::number(event))).lasting(now() + 24h, 1h));
-    ThreadPoolExecutor threads;
-    makeStore(threads).requestAccess();
+    SerialWorker thread;
+    makeStore(thread).requestAccess();
     store->reload();
     EXPECT_TRUE(scheduler.runUntil([&] { return store->hasLoaded(); }));
     EXPECT_EQ(store->upcomingEvents().size(), 500);

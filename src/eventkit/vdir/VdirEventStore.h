@@ -1,10 +1,10 @@
 #pragma once
 
 #include "eventkit/EKEventStore.h"
-#include "eventkit/SerialWorker.h"
 #include "eventkit/vdir/FolderWatcher.h"
 #include "eventkit/vdir/VdirDatabase.h"
 #include "foundation/ObserverList.h"
+#include "foundation/SerialWorker.h"
 
 #include <memory>
 

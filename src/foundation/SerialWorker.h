@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/BackgroundExecutor.h"
+
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -9,16 +11,15 @@
 namespace kestrant {
 
 /// One thread that runs what it is given, one piece after the other in the order in which it was given. Its
-/// end waits until everything has been run.
-class SerialWorker {
+/// end waits until everything has been run, so whatever work refers to must live longer.
+class SerialWorker final : public BackgroundExecutor {
   public:
     SerialWorker();
     SerialWorker(const SerialWorker&) = delete;
     SerialWorker& operator=(const SerialWorker&) = delete;
-    ~SerialWorker();
+    ~SerialWorker() override;
 
-    /// Thread: any.
-    void run(std::function<void()> work);
+    void run(std::function<void()> work) override;
 
   private:
     void loop();

@@ -1,4 +1,4 @@
-#include "eventkit/SerialWorker.h"
+#include "foundation/SerialWorker.h"
 
 #include <utility>
 
