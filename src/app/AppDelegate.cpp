@@ -153,7 +153,8 @@ void AppDelegate::terminate() {
     if (std::exchange(isTerminating_, true))
         return;
     endingTimeout_ = scheduler_.after(endingDeadline, [] { QCoreApplication::exit(1); });
-    reminderStore().commitPendingCompletions([] { QCoreApplication::quit(); });
+    // Not quit(), which asks the windows first: the panel refuses to be closed.
+    reminderStore().commitPendingCompletions([] { QCoreApplication::exit(0); });
 }
 
 }  // namespace kestrant
