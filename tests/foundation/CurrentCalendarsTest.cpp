@@ -15,6 +15,10 @@ class SystemCurrentCalendarTest : public testing::Test {
     SystemCurrentCalendarTest() { qputenv("TZ", "Europe/Paris"); }
     ~SystemCurrentCalendarTest() override { qputenv("TZ", zoneBefore); }
 
+    int argumentCount = 1;
+    char name[5] = "test";
+    char* arguments[2] = {name, nullptr};
+    QCoreApplication application{argumentCount, arguments};
     QByteArray zoneBefore = qgetenv("TZ");
     QTemporaryDir settings;
 };
@@ -36,10 +40,6 @@ TEST_F(SystemCurrentCalendarTest, TellsOnceAfterTheZoneHasChanged) {
 }
 
 TEST_F(SystemCurrentCalendarTest, LooksAgainWhenTheSettingsFilesChange) {
-    int argumentCount = 1;
-    char name[] = "test";
-    char* arguments[] = {name, nullptr};
-    const QCoreApplication application(argumentCount, arguments);
     QEventLoop loop;
     SystemCurrentCalendar current(settings.path());
     const Subscription subscription = current.observeChanges([&] { loop.quit(); });
