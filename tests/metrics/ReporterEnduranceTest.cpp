@@ -1,9 +1,9 @@
 #include "foundation/Clocks.h"
 #include "foundation/JsonFileUserDefaults.h"
 #include "foundation/QtScheduler.h"
+#include "metrics/EventLoopThread.h"
 #include "metrics/FaultyDisk.h"
 #include "metrics/ReporterHarness.h"
-#include "metrics/SerialThread.h"
 #include "network/EventLoop.h"
 
 #include <QProcess>
@@ -167,7 +167,7 @@ TEST(ReporterEndurance, OnItsOwnThreadItCountsWhatEveryThreadRecords) {
     CountingService service;
     const QString folder = root.filePath("AggregateMetrics");
     {
-        SerialThread thread("metrics");
+        EventLoopThread thread("metrics");
         AggregateCompletionReporter reporter({.context = thread,
                                               .clock = clock,
                                               .defaults = defaults,

@@ -1,4 +1,4 @@
-#include "metrics/SerialThread.h"
+#include "metrics/EventLoopThread.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -8,7 +8,7 @@
 namespace kestrant {
 
 /// Where other threads leave work.
-class SerialThread::Inbox : public QObject {
+class EventLoopThread::Inbox : public QObject {
   public:
     void add(std::function<void()> work) {
         const std::lock_guard guard(mutex_);
@@ -36,13 +36,13 @@ class SerialThread::Inbox : public QObject {
     std::deque<std::function<void()>> work_;
 };
 
-SerialThread::SerialThread(const QString& name) : inbox_(std::make_unique<Inbox>()) {
+EventLoopThread::EventLoopThread(const QString& name) : inbox_(std::make_unique<Inbox>()) {
     thread_.setObjectName(name);
     inbox_->moveToThread(&thread_);
     thread_.start();
 }
 
-SerialThread::~SerialThread() {
+EventLoopThread::~EventLoopThread() {
     inbox_->add([this] {
         timers_.reset();
         thread_.quit();
@@ -50,19 +50,19 @@ SerialThread::~SerialThread() {
     thread_.wait();
 }
 
-QtScheduler& SerialThread::timers() {
+QtScheduler& EventLoopThread::timers() {
     return timers_ ? *timers_ : timers_.emplace();
 }
 
-ScheduledTask SerialThread::after(Duration delay, std::function<void()> work) {
+ScheduledTask EventLoopThread::after(Duration delay, std::function<void()> work) {
     return timers().after(delay, std::move(work));
 }
 
-ScheduledTask SerialThread::every(Duration interval, std::function<void()> work) {
+ScheduledTask EventLoopThread::every(Duration interval, std::function<void()> work) {
     return timers().every(interval, std::move(work));
 }
 
-void SerialThread::post(std::function<void()> work) {
+void EventLoopThread::post(std::function<void()> work) {
     inbox_->add(std::move(work));
 }
 

@@ -15,10 +15,10 @@ namespace kestrant {
 
 /// A thread of its own with a Qt event loop, which does what it is given one piece after the other. Its end
 /// waits until everything posted before has run; delayed work that is not due by then never runs.
-class SerialThread final : public Scheduler {
+class EventLoopThread final : public Scheduler {
   public:
-    explicit SerialThread(const QString& name);
-    ~SerialThread() override;
+    explicit EventLoopThread(const QString& name);
+    ~EventLoopThread() override;
 
     /// Thread: this one, as for cancelling what is returned.
     [[nodiscard]] ScheduledTask after(Duration delay, std::function<void()> work) override;
