@@ -17,6 +17,8 @@ namespace {
 
 /// Points between an anchor and the surface below it, and between a surface and the edge of the screen.
 constexpr double distance = 6.0;
+/// Points between the window and the part of it that the panel's ears leave.
+constexpr double panelMargin = 16.0;
 constexpr double popoverRadius = 16.0;
 
 double number(const QQuickItem& item, const char* property) {
@@ -149,10 +151,13 @@ void OverlayHost::place(Overlay& overlay) {
     else if (overlay.alignment != QLatin1String("left"))
         x += (anchorWidth - visibleWidth) / 2;
     double y = origin.y();
-    if (const QScreen* screen = panel_.screen()) {
-        const QRectF area = screen->geometry();
-        x = std::clamp(x, area.left() + distance,
-                       std::max(area.left() + distance, area.right() - distance - visibleWidth));
+    const QRectF area = !placementArea_.isNull() ? placementArea_
+                        : panel_.screen()        ? QRectF(panel_.screen()->geometry())
+                                                 : QRectF();
+    if (!area.isNull()) {
+        // Beside the panel a surface would look lost.
+        const QRectF across = QRectF(panel_.geometry()).adjusted(panelMargin, 0, -panelMargin, 0).intersected(area);
+        x = std::clamp(x, across.left(), std::max(across.left(), across.right() - visibleWidth));
         y = std::clamp(y, area.top(), std::max(area.top(), area.bottom() - distance - visibleHeight));
     }
     window.setGeometry(QRect(QPointF(x - side, y - above).toPoint(), size.toSize()));

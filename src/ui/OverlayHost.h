@@ -6,6 +6,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QRectF>
 #include <QString>
 #include <QVariantMap>
 
@@ -44,6 +45,9 @@ class OverlayHost : public QObject {
     Q_INVOKABLE void dismissAfterSaving(const QString& id);
     Q_INVOKABLE void dismissAll();
 
+    /// Keeps surfaces within this area (in global points) instead of within the panel's screen.
+    void setPlacementArea(const QRectF& area) { placementArea_ = area; }
+
     [[nodiscard]] Q_INVOKABLE bool isPresented(const QString& id) const;
     [[nodiscard]] QString topmost() const;
     /// The window of an open overlay, else null.
@@ -74,6 +78,7 @@ class OverlayHost : public QObject {
     QQmlEngine& engine_;
     NotchInteractionModel& interaction_;
     const Appearance& appearance_;
+    QRectF placementArea_;
     std::vector<std::unique_ptr<Overlay>> overlays_;
 };
 

@@ -29,7 +29,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QQuickItem>
-#include <QQuickItemGrabResult>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -39,7 +38,7 @@ namespace kestrant {
 namespace {
 
 constexpr double pixelsPerPoint = 2.0;
-constexpr QSize canvas(1060, 560);
+constexpr QSize canvas(1060, 540);
 
 /// Time that moves only when it is told to.
 class PictureTime : public Clock, public Scheduler {
@@ -113,6 +112,7 @@ struct Stage {
         preferences.setLanguage(language);
         appearance.setReducedMotion(true);
         interaction.setExpansionEnabled(true);
+        view.overlays().setPlacementArea(QRectF(QPointF(), canvas));
     }
 
     /// Saturday 21 November 2026, 14:30 in Paris.
@@ -164,6 +164,8 @@ struct Stage {
         view.resize(panel.expandedWidth(), panel.expandedHeight());
         view.setPosition((canvas.width() - view.width()) / 2, 0);
         view.show();
+        // Lets the window be exposed and its content be laid out.
+        QCoreApplication::processEvents();
     }
     void expand() {
         interaction.expand();
@@ -171,14 +173,25 @@ struct Stage {
     }
     /// The card with this place, from 0.
     [[nodiscard]] QString card(int row) { return reminders.cards()->taskIdAt(row); }
-    void call(const char* function) { QMetaObject::invokeMethod(content(), function); }
-    [[nodiscard]] QQuickItem* content() {
+    void call(const char* function) {
+        QMetaObject::invokeMethod(content(), function);
+        // Gives a surface that opened the keyboard focus.
+        QCoreApplication::processEvents();
+    }
+    [[nodiscard]] QQuickItem* content() const {
         return view.rootObject()->property("content").value<QQuickItem*>();
+    }
+    [[nodiscard]] QQuickItem* overlayContent(const char* id) {
+        return view.overlays().surface(QString::fromUtf8(id))->contentItem()->childItems().constFirst();
     }
     void moveMouseTo(QPointF place) {
         QMouseEvent move(QEvent::MouseMove, place, view.mapToGlobal(place), Qt::NoButton, Qt::NoButton,
                          Qt::NoModifier);
         QCoreApplication::sendEvent(&view, &move);
+    }
+    void type(const QString& text) {
+        for (const QChar letter : text)
+            press(letter.toUpper().unicode(), letter);
     }
     void press(int key, const QString& text = {}) {
         QQuickWindow* window = view.overlays().topmost().isEmpty()
@@ -191,7 +204,7 @@ struct Stage {
     }
 };
 
-QImage desktop(Language language) {
+QImage desktop() {
     QImage image(canvas * pixelsPerPoint, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(pixelsPerPoint);
     QPainter painter(&image);
@@ -203,37 +216,47 @@ QImage desktop(Language language) {
     sky.setColorAt(1, QColor(0xb8, 0xb2, 0x7c));
     painter.fillRect(QRect({}, canvas), sky);
     painter.fillRect(QRect(0, 0, canvas.width(), 33), QColor(0, 0, 0, 56));
-    Q_UNUSED(language)
     return image;
 }
 
-/// What an item shows, on a transparent ground; a grabbed window would have lost it.
-QImage pictureOf(QQuickItem& item) {
-    const QSharedPointer<QQuickItemGrabResult> result =
-        item.grabToImage((item.size() * pixelsPerPoint).toSize());
-    if (!result)
-        return {};
-    // The picture is taken while the window is drawn.
-    item.window()->grabWindow();
-    QCoreApplication::processEvents();
-    return result->image();
+/// What a window shows, with its transparency. A grabbed window has none, but is seen in full from what it
+/// looks like before black and before white: a pixel's cover is what keeps the two from differing.
+QImage pictureOf(QQuickWindow& window) {
+    const auto before = [&window](Qt::GlobalColor ground) {
+        window.setColor(ground);
+        return window.grabWindow().convertToFormat(QImage::Format_RGB32);
+    };
+    const QImage onWhite = before(Qt::white);
+    const QImage onBlack = before(Qt::black);
+    window.setColor(Qt::transparent);
+    QImage picture(onBlack.size(), QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < picture.height(); ++y) {
+        const auto* white = reinterpret_cast<const QRgb*>(onWhite.constScanLine(y));
+        const auto* black = reinterpret_cast<const QRgb*>(onBlack.constScanLine(y));
+        auto* pixel = reinterpret_cast<QRgb*>(picture.scanLine(y));
+        for (int x = 0; x < picture.width(); ++x) {
+            const int cover = 255 - qBound(0, qGreen(white[x]) - qGreen(black[x]), 255);
+            pixel[x] = qRgba(qMin(qRed(black[x]), cover), qMin(qGreen(black[x]), cover),
+                             qMin(qBlue(black[x]), cover), cover);
+        }
+    }
+    return picture;
 }
 
-void drawItem(QPainter& painter, QQuickItem* item) {
-    if (item && item->window())
-        painter.drawImage(QRectF(item->window()->position(), item->size()), pictureOf(*item));
+void drawWindow(QPainter& painter, QQuickWindow& window) {
+    painter.drawImage(QRectF(window.geometry()), pictureOf(window));
 }
 
 bool save(Stage& stage, const QString& path) {
     QCoreApplication::processEvents();
-    QImage image = desktop(stage.localizer.language());
+    QImage image = desktop();
     QPainter painter(&image);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    drawItem(painter, stage.view.rootObject());
+    drawWindow(painter, stage.view);
     for (QWindow* window : QGuiApplication::allWindows()) {
         auto* overlay = qobject_cast<QQuickWindow*>(window);
         if (overlay && overlay != &stage.view && overlay->isVisible())
-            drawItem(painter, overlay->contentItem()->childItems().value(0));
+            drawWindow(painter, *overlay);
     }
     painter.end();
     if (image.save(path))
@@ -286,8 +309,7 @@ std::vector<State> states() {
          })},
         {named("search"), expanded([](Stage& stage) {
              stage.call("openSearch");
-             for (const QChar letter : QStringLiteral("re"))
-                 stage.press(letter.toUpper().unicode(), letter);
+             stage.type(QStringLiteral("re"));
          })},
         {named("completing"), expanded([](Stage& stage) {
              stage.reminders.toggleCompletion(stage.card(1));
@@ -349,14 +371,14 @@ std::vector<State> states() {
          })},
         {named("quick-add"), expanded([](Stage& stage) {
              stage.call("openQuickAdd");
-             for (const QChar letter : stage.localizer(text("Call the plumber", "Appeler le plombier")))
-                 stage.press(letter.toUpper().unicode(), letter);
+             stage.type(stage.localizer(text("Call the plumber", "Appeler le plombier")));
          })},
         {named("quick-add-date"), expanded([](Stage& stage) {
              stage.call("openQuickAdd");
              stage.quickAdd.setTitle(stage.localizer(text("Call the plumber", "Appeler le plombier")));
              stage.quickAdd.setDueDay(QStringLiteral("2026-11-24"));
              stage.quickAdd.setTimeText(QStringLiteral("9:30"));
+             stage.overlayContent("quickAdd")->setProperty("picksDate", true);
          })},
         {named("quick-add-failed"), expanded([](Stage& stage) {
              stage.call("openQuickAdd");

@@ -7,9 +7,13 @@ FocusScope {
 
     property string text
     property string iconName
+    /// The icon stands for the word.
+    property bool compact: false
     property color dotColor: "transparent"
     property int count: -1
     property color countColor: Theme.secondaryText
+    /// The icon stands beside the word.
+    property bool showsIcon: false
     property bool showsChevron: false
     property bool showsCross: false
     property bool checkable: false
@@ -23,7 +27,9 @@ FocusScope {
     signal crossClicked
 
     readonly property bool hovered: pointer.hovered
-    readonly property int sidePadding: 10
+    readonly property int sidePadding: 8
+    /// What the chip takes with its word in full.
+    readonly property real fullWidth: Math.ceil(2 * sidePadding + measure.advanceWidth + label.besides)
 
     height: 24
     implicitWidth: Math.min(maximumWidth, Math.ceil(row.implicitWidth) + 2 * sidePadding)
@@ -61,7 +67,7 @@ FocusScope {
         id: row
         x: chip.sidePadding
         height: parent.height
-        spacing: 6
+        spacing: 5
 
         Rectangle {
             id: dot
@@ -75,7 +81,7 @@ FocusScope {
         Icon {
             id: icon
             visible: name !== ""
-            name: chip.iconName
+            name: chip.compact || chip.text === "" || chip.showsIcon ? chip.iconName : ""
             width: 14
             height: 14
             strokeWidth: 1.4
@@ -84,12 +90,14 @@ FocusScope {
         }
         Text {
             id: label
-            visible: text !== ""
+            readonly property real room: chip.maximumWidth - 2 * chip.sidePadding - besides
+            // A word of which nothing could be read is left out.
+            visible: text !== "" && !chip.compact && (implicitWidth <= room || room >= 34)
             // The word alone is shortened, never what stands beside it.
-            width: Math.min(implicitWidth, Math.max(0, chip.maximumWidth - 2 * chip.sidePadding - besides))
-            readonly property real besides: (dot.visible ? 14 : 0) + (icon.visible ? 20 : 0)
-                                            + (number.visible ? number.implicitWidth + 6 : 0)
-                                            + (chevron.visible ? 16 : 0) + (cross.visible ? 16 : 0)
+            width: Math.min(implicitWidth, Math.max(0, room))
+            readonly property real besides: (dot.visible ? 13 : 0) + (chip.showsIcon ? 19 : 0)
+                                            + (number.visible ? number.implicitWidth + 5 : 0)
+                                            + (chevron.visible ? 15 : 0) + (cross.visible ? 15 : 0)
             height: parent.height
             verticalAlignment: Text.AlignVCenter
             text: chip.text
@@ -132,6 +140,11 @@ FocusScope {
         }
     }
 
+    TextMetrics {
+        id: measure
+        font: label.font
+        text: chip.text
+    }
     HoverHandler { id: pointer; enabled: chip.enabled }
     TapHandler { onTapped: chip.clicked() }
     FocusRing { target: chip; radius: height / 2 }

@@ -48,6 +48,7 @@ FocusScope {
         id: grid
         visible: content.panel.showReminders && content.reminders.content === "cards"
         focus: true
+        ground: content.panel.material === "black" ? "black" : Theme.panel
         x: content.sideMargin
         y: Theme.toolbarHeight
         width: parent.width - 2 * x

@@ -26,6 +26,14 @@ Popover {
         close()
         action(index)
     }
+    // From the entry in force, else from the first or the last.
+    function begin(distance) {
+        current = entries.findIndex(entry => entry.checked === true)
+        if (current < 0) {
+            current = distance > 0 ? -1 : 0
+            step(distance)
+        }
+    }
     function step(distance) {
         let next = current
         for (let tries = 0; tries < entries.length; ++tries) {
@@ -38,12 +46,11 @@ Popover {
 
     focus: true
     Component.onCompleted: {
-        current = entries.findIndex(entry => entry.checked === true)
-        if (current < 0 && Appearance.showsFocus)
-            step(1)
+        if (Appearance.showsFocus)
+            begin(1)
     }
-    Keys.onDownPressed: step(1)
-    Keys.onUpPressed: current < 0 ? (current = 0, step(-1)) : step(-1)
+    Keys.onDownPressed: current < 0 ? begin(1) : step(1)
+    Keys.onUpPressed: current < 0 ? begin(-1) : step(-1)
     Keys.onPressed: event => {
         event.accepted = true
         if (event.key === Qt.Key_Home) {

@@ -23,7 +23,6 @@ Popover {
     Component.onCompleted: {
         form.begin()
         picksDate = form.dueDay !== ""
-        titleBox.text = form.title
         titleBox.forceActiveFocus(Qt.PopupFocusReason)
     }
     Connections {
@@ -42,6 +41,7 @@ Popover {
             height: 42
             focus: true
             pixelSize: 15
+            text: quickAdd.form.title
             placeholder: Localizer.text("What to remember?", "Que faut-il retenir ?")
             spokenName: Localizer.text("Title", "Titre")
             onEdited: text => quickAdd.form.title = text
@@ -71,6 +71,7 @@ Popover {
             }
             Chip {
                 iconName: "calendar"
+                showsIcon: true
                 maximumWidth: 190
                 text: quickAdd.form.dueText !== "" ? quickAdd.form.dueText : Localizer.text("Due date", "Échéance")
                 spokenName: quickAdd.form.dueText !== "" ? Localizer.text("Due: %1", "Échéance : %1").arg(text) : text

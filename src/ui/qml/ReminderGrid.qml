@@ -7,6 +7,8 @@ FocusScope {
 
     required property RemindersViewModel reminders
     required property OverlayHost overlays
+    /// What lies below the cards, to fade them into.
+    property color ground: Theme.panel
     signal leftUpwards
     signal escaped
 
@@ -228,8 +230,8 @@ FocusScope {
         width: parent.width
         height: 12
         gradient: Gradient {
-            GradientStop { position: 0; color: "#00101116" }
-            GradientStop { position: 1; color: "#ff101116" }
+            GradientStop { position: 0; color: Qt.rgba(root.ground.r, root.ground.g, root.ground.b, 0) }
+            GradientStop { position: 1; color: root.ground }
         }
     }
     Rectangle {

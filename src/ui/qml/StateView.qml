@@ -3,7 +3,7 @@ import Kestrant
 
 // What the module shows instead of cards: a picture, a sentence, and a way on where there is one.
 Item {
-    id: state
+    id: view
 
     required property RemindersViewModel reminders
     required property OverlayHost overlays
@@ -72,15 +72,15 @@ Item {
 
     Row {
         id: skeleton
-        readonly property int columns: Math.max(1, Math.floor((state.width + Theme.gap) / 204))
-        visible: state.kind === "loading"
+        readonly property int columns: Math.max(1, Math.floor((view.width + Theme.gap) / 204))
+        visible: view.kind === "loading"
         y: 11
         spacing: Theme.gap
         Repeater {
             model: skeleton.columns
             Rectangle {
                 required property int index
-                width: Math.floor((state.width + Theme.gap) / skeleton.columns) - Theme.gap
+                width: Math.floor((view.width + Theme.gap) / skeleton.columns) - Theme.gap
                 height: Theme.cardHeight
                 radius: Theme.cardRadius
                 color: Theme.white(0.045)
@@ -95,7 +95,7 @@ Item {
             }
         }
         SequentialAnimation on opacity {
-            running: skeleton.visible && !Theme.still && state.visible
+            running: skeleton.visible && !Theme.still && view.visible
             loops: Animation.Infinite
             NumberAnimation { to: 0.5; duration: 700; easing.type: Easing.InOutSine }
             NumberAnimation { to: 1; duration: 700; easing.type: Easing.InOutSine }
@@ -104,29 +104,29 @@ Item {
 
     Column {
         anchors.horizontalCenter: parent.horizontalCenter
-        y: state.kind === "loading" ? 112 : Math.round((parent.height - height) / 2) - 2
+        y: view.kind === "loading" ? 112 : Math.round((parent.height - height) / 2) - 2
         spacing: 0
 
         StateArt {
-            visible: state.kind !== "loading"
+            visible: view.kind !== "loading"
             anchors.horizontalCenter: parent.horizontalCenter
-            kind: state.kind === "restricted" || state.kind === "off" ? "denied" : state.kind
+            kind: view.kind === "restricted" || view.kind === "off" ? "denied" : view.kind
         }
         Item { width: 1; height: 10 }
         Text {
             anchors.horizontalCenter: parent.horizontalCenter
-            text: state.heading
+            text: view.heading
             color: Theme.text
             font.pixelSize: 14
             font.weight: Font.DemiBold
             Accessible.ignored: true
         }
-        Item { width: 1; height: 4; visible: state.explanation !== "" }
+        Item { width: 1; height: 4; visible: view.explanation !== "" }
         Text {
             visible: text !== ""
             anchors.horizontalCenter: parent.horizontalCenter
-            width: Math.min(implicitWidth, state.width - 80, 520)
-            text: state.explanation
+            width: Math.min(implicitWidth, view.width - 80, 520)
+            text: view.explanation
             textFormat: Text.PlainText
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
@@ -136,12 +136,12 @@ Item {
             font.pixelSize: 12
             Accessible.ignored: true
         }
-        Item { width: 1; height: 14; visible: state.action !== "" }
+        Item { width: 1; height: 14; visible: view.action !== "" }
         PushButton {
-            visible: state.action !== ""
+            visible: view.action !== ""
             anchors.horizontalCenter: parent.horizontalCenter
-            text: state.action
-            onClicked: state.act()
+            text: view.action
+            onClicked: view.act()
         }
     }
 }

@@ -14,7 +14,7 @@ FocusScope {
     required property Tooltip tooltip
     signal gridWanted
 
-    readonly property real sideWidth: (width - panel.cameraSafeWidth) / 2 - Theme.gap
+    readonly property real sideWidth: (width - panel.cameraSafeWidth) / 2 - 2
     readonly property bool showsCards: panel.showReminders
 
     height: Theme.toolbarHeight
@@ -52,18 +52,17 @@ FocusScope {
         id: left
         visible: toolbar.showsCards
         height: parent.height
-        spacing: 6
+        spacing: 5
 
         // Words give way to icons, all at once, where they do not fit.
-        readonly property real wordsWidth: listChip.naturalWidth + todayWords.implicitWidth
-                                           + overdueWords.implicitWidth + flaggedWords.implicitWidth + 3 * spacing
+        readonly property real wordsWidth: Math.min(100, listChip.fullWidth) + todayFilter.fullWidth
+                                           + overdueFilter.fullWidth + flaggedFilter.fullWidth + 3 * spacing
         readonly property bool compact: wordsWidth > toolbar.sideWidth
         readonly property real filtersWidth: todayFilter.width + overdueFilter.width + flaggedFilter.width
                                              + 3 * spacing
 
         Chip {
             id: listChip
-            readonly property real naturalWidth: Math.min(104, listMeasure.implicitWidth + 50)
             anchors.verticalCenter: parent.verticalCenter
             text: toolbar.reminders.selectedListTitle
             dotColor: toolbar.reminders.selectedListColor
@@ -79,10 +78,10 @@ FocusScope {
         Chip {
             id: todayFilter
             anchors.verticalCenter: parent.verticalCenter
-            text: left.compact ? "" : spokenName
-            iconName: left.compact ? "today" : ""
-            spokenName: Localizer.text("Today", "Aujourd’hui")
-            tip: left.compact ? spokenName : ""
+            text: Localizer.text("Today", "Aujourd’hui")
+            iconName: "today"
+            compact: left.compact
+            tip: compact ? text : ""
             count: toolbar.reminders.todayCount
             checkable: true
             checked: toolbar.reminders.showsTodayOnly
@@ -93,10 +92,10 @@ FocusScope {
         Chip {
             id: overdueFilter
             anchors.verticalCenter: parent.verticalCenter
-            text: left.compact ? "" : spokenName
-            iconName: left.compact ? "overdue" : ""
-            spokenName: Localizer.text("Overdue", "En retard")
-            tip: left.compact ? spokenName : ""
+            text: Localizer.text("Overdue", "En retard")
+            iconName: "overdue"
+            compact: left.compact
+            tip: compact ? text : ""
             count: toolbar.reminders.overdueCount
             countColor: count > 0 ? Theme.overdue : Theme.secondaryText
             checkable: true
@@ -108,10 +107,10 @@ FocusScope {
         Chip {
             id: flaggedFilter
             anchors.verticalCenter: parent.verticalCenter
-            text: left.compact ? "" : spokenName
-            iconName: left.compact ? "flag" : ""
-            spokenName: Localizer.text("Flagged", "Signalés")
-            tip: left.compact ? spokenName : ""
+            text: Localizer.text("Flagged", "Signalés")
+            iconName: "flag"
+            compact: left.compact
+            tip: compact ? text : ""
             count: toolbar.reminders.flaggedCount
             checkable: true
             checked: toolbar.reminders.showsFlaggedOnly
@@ -120,26 +119,6 @@ FocusScope {
             Keys.onDownPressed: toolbar.gridWanted()
         }
     }
-
-    // Measures for deciding between words and icons; never shown.
-    Text {
-        id: listMeasure
-        visible: false
-        text: listChip.text
-        font.pixelSize: 12
-        font.weight: Font.Medium
-    }
-    component Words: Text {
-        required property Chip chip
-        visible: false
-        text: chip.spokenName + chip.count
-        leftPadding: 26
-        font.pixelSize: 12
-        font.weight: Font.Medium
-    }
-    Words { id: todayWords; chip: todayFilter }
-    Words { id: overdueWords; chip: overdueFilter }
-    Words { id: flaggedWords; chip: flaggedFilter }
 
     Row {
         id: right
