@@ -14,6 +14,7 @@ import time
 WINDOW_MANAGER_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <focus><focusNew>yes</focusNew></focus>
+  <theme><keepBorder>no</keepBorder></theme>
   <desktops><number>2</number></desktops>
   <keyboard>
     <keybind key="W-2"><action name="GoToDesktop"><to>2</to></action></keybind>
@@ -147,11 +148,12 @@ class VirtualDesktop:
     def _start_display(self):
         reader, writer = os.pipe()
         screen = f"{self.width}x{self.height}x24"
-        self.spawn(
-            ["Xvfb", "-displayfd", str(writer), "-screen", "0", screen, "-nolisten", "tcp", "-noreset"],
-            pass_fds=[writer],
-            stderr=open(self.folder / "xvfb.log", "wb"),
-        )
+        with open(self.folder / "xvfb.log", "wb") as log:
+            self.spawn(
+                ["Xvfb", "-displayfd", str(writer), "-screen", "0", screen, "-nolisten", "tcp", "-noreset"],
+                pass_fds=[writer],
+                stderr=log,
+            )
         os.close(writer)
         with os.fdopen(reader) as pipe:
             number = pipe.readline().strip()
@@ -201,9 +203,10 @@ class VirtualDesktop:
     def move(self, x, y):
         self.output("xdotool", "mousemove", "--sync", str(x), str(y))
 
-    def click(self, x, y, button=1, times=1):
+    def click(self, x, y, times=1):
+        """Clicks once, or several times a quarter of a second apart."""
         self.move(x, y)
-        self.output("xdotool", "click", "--repeat", str(times), "--delay", "60", str(button))
+        self.output("xdotool", "click", "--repeat", str(times), "--delay", "250", "1")
 
     def drag(self, start, end):
         """Presses at `start`, moves in small steps as a hand does, and lets go at `end`."""
@@ -252,6 +255,10 @@ class VirtualDesktop:
         found = re.search(r"0x[0-9a-f]+", self.root_property("_NET_ACTIVE_WINDOW"))
         return int(found[0], 16) or None if found else None
 
+    def focused_window(self):
+        """The window that the keys go to."""
+        return int(self.output("xdotool", "getwindowfocus"))
+
     def stacking(self):
         """The windows the window manager looks after, the lowest first."""
         return [int(w, 16) for w in re.findall(r"0x[0-9a-f]+", self.root_property("_NET_CLIENT_LIST_STACKING"))]
@@ -289,11 +296,12 @@ class EventWindow:
     def __init__(self, desktop):
         self._desktop = desktop
         self._log = desktop.folder / f"events-{len(desktop._processes)}.log"
-        self.process = desktop.spawn(
-            ["stdbuf", "-oL", "xev", "-geometry", f"{desktop.width}x{desktop.height}+0+0", "-bw", "0",
-             "-event", "button", "-event", "keyboard", "-event", "focus"],
-            stdout=open(self._log, "wb"),
-        )
+        with open(self._log, "wb") as log:
+            self.process = desktop.spawn(
+                ["stdbuf", "-oL", "xev", "-geometry", f"{desktop.width}x{desktop.height}+0+0", "-bw", "0",
+                 "-event", "button", "-event", "keyboard", "-event", "focus"],
+                stdout=log,
+            )
         self.window = wait_until(lambda: self._find(), "the other window is there")
         # A window manager that is still starting leaves the focus where it was.
         desktop.output("xdotool", "windowactivate", str(self.window))

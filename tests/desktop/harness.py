@@ -20,8 +20,13 @@ __all__ = ["DesktopTest", "EventWindow", "bounds", "stop", "wait_until"]
 PROGRAM = os.environ.get("KESTRANT", str(SOURCES / "build/dev/src/app/kestrant"))
 IDENTIFIER = "com.Kestrant.notchapp"
 
-IDLE_WIDTH, HOVERING_WIDTH, RESTING_HEIGHT = 205, 257, 33
-EXPANDED = (940, 292)
+# What the panel covers in each phase, in pixels: 205, 257 and 940 wide with the ears at its top corners, which are 5.5 wide
+# at rest and 10 under the pointer and when it is open.
+IDLE = (205 - 11, 33)
+HOVERING = (257 - 20, 33)
+EXPANDED = (940 - 20, 292)
+WINDOW = (940, 292)
+TOOLBAR_HEIGHT = 33
 
 # The colour of the list that the tests make: nothing else on the panel has it, so what has it belongs to that list.
 LIST_COLOUR = (0xFF, 0x00, 0xAA)
@@ -82,7 +87,7 @@ class DesktopTest(unittest.TestCase):
         self.set_preferences(**preferences)
         self.program = self.desktop.spawn([PROGRAM, *arguments])
         self.addCleanup(stop, self.program)
-        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+        self.wait_for_panel(IDLE)
 
     def kestrant(self, *arguments):
         """Runs the command line beside the running panel."""
@@ -92,7 +97,7 @@ class DesktopTest(unittest.TestCase):
     # The panel
 
     def panel_size(self):
-        """(width, height) of what the panel covers: its width halfway down, away from the ears at the top edge."""
+        """(width, height) of what the panel covers, its width taken halfway down, between the ears."""
         picture = self.desktop.picture()
         outside = self.other_colour
         height = 0
@@ -108,18 +113,17 @@ class DesktopTest(unittest.TestCase):
             right += 1
         return right - left, height
 
-    def wait_for_panel(self, width, height):
-        """Waits for the panel to have this size, give or take the pixel that a half point at each side makes."""
+    def wait_for_panel(self, size):
         seen = []
 
         def has_the_size():
             if self.program.poll() is not None:
                 self.fail(f"Kestrant ended with status {self.program.returncode}")
             seen.append(self.panel_size())
-            return abs(seen[-1][0] - width) <= 1 and seen[-1][1] == height
+            return seen[-1] == size
 
         try:
-            wait_until(has_the_size, f"the panel is {width} x {height}")
+            wait_until(has_the_size, f"the panel is {size}")
         except AssertionError as problem:
             self.keep_picture()
             raise AssertionError(f"{problem}; it was {seen[-1]}") from None
@@ -134,17 +138,19 @@ class DesktopTest(unittest.TestCase):
 
     def expand(self):
         self.desktop.move(self.middle, 10)
-        self.wait_for_panel(*EXPANDED)
+        self.wait_for_panel(EXPANDED)
+        wait_until(lambda: self.desktop.focused_window() != self.other.window, "the open panel has the keyboard")
 
     def collapse(self):
         self.point_away()
-        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+        self.wait_for_panel(IDLE)
 
     def circles(self):
         """The middles of the circles on the cards, in reading order: the patches of the list's colour that are as
         large as a circle is."""
-        left = self.middle - EXPANDED[0] // 2
-        points = set(self.desktop.steady_picture().near(LIST_COLOUR, (left, RESTING_HEIGHT, left + EXPANDED[0], EXPANDED[1])))
+        width, height = EXPANDED
+        area = (self.middle - width // 2, TOOLBAR_HEIGHT, self.middle + width // 2, height)
+        points = set(self.desktop.steady_picture().near(LIST_COLOUR, area))
         found = []
         while points:
             patch, edge = set(), [points.pop()]

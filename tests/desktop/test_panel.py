@@ -3,26 +3,26 @@
 import signal
 import unittest
 
-from harness import EXPANDED, HOVERING_WIDTH, IDLE_WIDTH, RESTING_HEIGHT, DesktopTest, stop, wait_until
+from harness import EXPANDED, HOVERING, IDLE, WINDOW, DesktopTest, stop, wait_until
 
 
 class PanelTest(DesktopTest):
     def test_grows_under_the_pointer_and_folds_back_when_it_leaves(self):
         self.start()
         window = self.desktop.window_of(self.program)
-        self.assertEqual(self.desktop.geometry(window), (self.middle - 470, 0, *EXPANDED))
+        self.assertEqual(self.desktop.geometry(window), (self.middle - 470, 0, *WINDOW))
         self.expand()
         self.collapse()
-        self.assertEqual(self.desktop.geometry(window), (self.middle - 470, 0, *EXPANDED))
+        self.assertEqual(self.desktop.geometry(window), (self.middle - 470, 0, *WINDOW))
 
     def test_hovering_only_widens_it_when_a_click_is_asked_for(self):
         self.start(requiresClickOrSwipeToExpand=True)
         self.desktop.move(self.middle, 10)
-        self.wait_for_panel(HOVERING_WIDTH, RESTING_HEIGHT)
+        self.wait_for_panel(HOVERING)
         self.desktop.click(self.middle, 10)
-        self.wait_for_panel(*EXPANDED)
+        self.wait_for_panel(EXPANDED)
         self.desktop.click(self.middle, 10)
-        self.wait_for_panel(HOVERING_WIDTH, RESTING_HEIGHT)
+        self.wait_for_panel(HOVERING)
         self.collapse()
 
     def test_clicks_beside_the_resting_notch_reach_the_program_below(self):
@@ -47,7 +47,7 @@ class PanelTest(DesktopTest):
         window = self.desktop.window_of(self.program)
         self.desktop.output("xdotool", "windowraise", str(self.other.window))
         self.desktop.click(200, 500)
-        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+        self.wait_for_panel(IDLE)
         state = self.desktop.window_property(window, "_NET_WM_STATE")
         for flag in ("SKIP_TASKBAR", "SKIP_PAGER"):
             self.assertIn(flag, state)
@@ -55,7 +55,7 @@ class PanelTest(DesktopTest):
         self.addCleanup(self.desktop.output, "xdotool", "set_desktop", "0")
         wait_until(lambda: "= 1" in self.desktop.root_property("_NET_CURRENT_DESKTOP"), "the second desktop is shown")
         self.other_colour = self.desktop.background
-        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+        self.wait_for_panel(IDLE)
 
     def test_takes_the_keyboard_while_open_and_gives_it_back(self):
         self.desktop.click(200, 500)
@@ -76,9 +76,9 @@ class SessionTest(DesktopTest):
     def test_toggle_opens_the_panel_and_closes_it(self):
         self.start()
         self.assertEqual(self.kestrant("--toggle").returncode, 0)
-        self.wait_for_panel(*EXPANDED)
+        self.wait_for_panel(EXPANDED)
         self.assertEqual(self.kestrant("--toggle").returncode, 0)
-        self.wait_for_panel(IDLE_WIDTH, RESTING_HEIGHT)
+        self.wait_for_panel(IDLE)
 
     def test_toggle_says_so_when_nothing_is_running(self):
         done = self.kestrant("--toggle")
@@ -106,7 +106,7 @@ class SessionTest(DesktopTest):
         stop(self.program)
         self.start()
         self.assertEqual(self.kestrant("--toggle").returncode, 0)
-        self.wait_for_panel(*EXPANDED)
+        self.wait_for_panel(EXPANDED)
 
 
 if __name__ == "__main__":

@@ -34,8 +34,7 @@ class RemindersTest(DesktopTest):
         self.start(reminderSortMode="priority")
         self.expand()
         first, second = self.wait_for_circles(2)
-        self.desktop.click(*first)
-        self.desktop.click(*first)
+        self.desktop.click(*first, times=2)
         # This one is committed later than the first would have been.
         self.desktop.click(*second)
         self.wait_for_completion(completed)
@@ -45,7 +44,9 @@ class RemindersTest(DesktopTest):
     def test_a_new_reminder_is_typed_in_and_becomes_a_file(self):
         self.start()
         self.expand()
+        panel = self.desktop.focused_window()
         self.desktop.key("ctrl+n")
+        wait_until(lambda: self.desktop.focused_window() != panel, "the form has the keyboard")
         self.desktop.type("Buy a lamp")
         self.desktop.key("Return")
         created = wait_until(lambda: list(self.list.glob("*.ics")), "the file is there")
