@@ -99,7 +99,7 @@ void recordingThreadWaits(benchmark::State& state) {
         first.runDueCheck();
         scheduler.runPosted();
     }
-    EventLoopThread thread(QStringLiteral("metrics"));
+    EventLoopThread thread;
     AggregateCompletionReporter reporter(servicesIn(folder.path(), thread, clock, defaults));
     for (auto _ : state)
         reporter.recordCompletions(1);

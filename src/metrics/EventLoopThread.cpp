@@ -1,14 +1,19 @@
 #include "metrics/EventLoopThread.h"
 
+#include "foundation/QtScheduler.h"
+
 #include <QCoreApplication>
 #include <QEvent>
+#include <QEventLoop>
 
+#include <deque>
+#include <future>
+#include <mutex>
 #include <utility>
 
 namespace kestrant {
 
-/// Where other threads leave work.
-class EventLoopThread::Inbox : public QObject {
+class EventLoopThread::Loop : public QObject {
   public:
     void add(std::function<void()> work) {
         const std::lock_guard guard(mutex_);
@@ -16,54 +21,57 @@ class EventLoopThread::Inbox : public QObject {
         QCoreApplication::postEvent(this, new QEvent(QEvent::User));
     }
 
-    bool event(QEvent* event) override {
-        if (event->type() != QEvent::User)
-            return QObject::event(event);
-        if (const auto work = take())
-            work();
-        return true;
+    void run() {
+        events_.exec();
+        // Nobody else deletes what was to be deleted later on this thread.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    void quit() { events_.quit(); }
+
+    QtScheduler timers;
+
+  protected:
+    void customEvent(QEvent*) override {
+        std::unique_lock lock(mutex_);
+        const auto work = std::move(work_.front());
+        work_.pop_front();
+        lock.unlock();
+        work();
     }
 
   private:
-    std::function<void()> take() {
-        const std::lock_guard guard(mutex_);
-        auto work = std::move(work_.front());
-        work_.pop_front();
-        return work;
-    }
-
+    QEventLoop events_;
     std::mutex mutex_;
     std::deque<std::function<void()>> work_;
 };
 
-EventLoopThread::EventLoopThread(const QString& name) : inbox_(std::make_unique<Inbox>()) {
-    thread_.setObjectName(name);
-    inbox_->moveToThread(&thread_);
-    thread_.start();
+EventLoopThread::EventLoopThread() {
+    std::promise<Loop*> started;
+    auto loop = started.get_future();
+    thread_ = std::thread([started = std::move(started)]() mutable {
+        Loop own;
+        started.set_value(&own);
+        own.run();
+    });
+    loop_ = loop.get();
 }
 
 EventLoopThread::~EventLoopThread() {
-    inbox_->add([this] {
-        timers_.reset();
-        thread_.quit();
-    });
-    thread_.wait();
-}
-
-QtScheduler& EventLoopThread::timers() {
-    return timers_ ? *timers_ : timers_.emplace();
+    post([this] { loop_->quit(); });
+    thread_.join();
 }
 
 ScheduledTask EventLoopThread::after(Duration delay, std::function<void()> work) {
-    return timers().after(delay, std::move(work));
+    return loop_->timers.after(delay, std::move(work));
 }
 
 ScheduledTask EventLoopThread::every(Duration interval, std::function<void()> work) {
-    return timers().every(interval, std::move(work));
+    return loop_->timers.every(interval, std::move(work));
 }
 
 void EventLoopThread::post(std::function<void()> work) {
-    inbox_->add(std::move(work));
+    loop_->add(std::move(work));
 }
 
 }  // namespace kestrant

@@ -1,15 +1,8 @@
 #pragma once
 
-#include "foundation/QtScheduler.h"
 #include "foundation/Scheduler.h"
 
-#include <QString>
-#include <QThread>
-
-#include <deque>
-#include <memory>
-#include <mutex>
-#include <optional>
+#include <thread>
 
 namespace kestrant {
 
@@ -17,7 +10,9 @@ namespace kestrant {
 /// waits until everything posted before has run; delayed work that is not due by then never runs.
 class EventLoopThread final : public Scheduler {
   public:
-    explicit EventLoopThread(const QString& name);
+    EventLoopThread();
+    EventLoopThread(const EventLoopThread&) = delete;
+    EventLoopThread& operator=(const EventLoopThread&) = delete;
     ~EventLoopThread() override;
 
     /// Thread: this one, as for cancelling what is returned.
@@ -26,14 +21,11 @@ class EventLoopThread final : public Scheduler {
     void post(std::function<void()> work) override;
 
   private:
-    class Inbox;
+    class Loop;
 
-    QtScheduler& timers();
-
-    QThread thread_;
-    std::unique_ptr<Inbox> inbox_;
-    /// Made and ended on the thread.
-    std::optional<QtScheduler> timers_;
+    /// Lives on the thread.
+    Loop* loop_ = nullptr;
+    std::thread thread_;
 };
 
 }  // namespace kestrant

@@ -6,8 +6,6 @@
 #include "metrics/ReporterHarness.h"
 #include "network/EventLoop.h"
 
-#include <QProcess>
-
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
@@ -21,18 +19,6 @@ namespace kestrant {
 namespace {
 
 using namespace std::chrono_literals;
-
-/// Everything that was counted is somewhere, and nothing of it twice: stored by the service, or in a report
-/// that it has not stored, or still waiting to be put in one.
-qint64 accountedFor(const QString& path, const CountingService& service) {
-    Sqlite look(path);
-    qint64 sum = service.total() + std::stoll(look("SELECT pending_count FROM aggregate_state").at(0));
-    for (const std::string& row : look("SELECT count, report_id FROM reports")) {
-        if (!service.stored.contains(QString::fromStdString(row.substr(row.find('|') + 1))))
-            sum += std::stoll(row);
-    }
-    return sum;
-}
 
 }  // namespace
 
@@ -91,73 +77,6 @@ TEST(ReporterEndurance, AMonthOfFailuresLosesNothingAndSendsNothingTwice) {
     EXPECT_TRUE(harness.reports().empty());
 }
 
-TEST(ReporterEndurance, BeingKilledAtAnyStepLosesNothingAndSendsNothingTwice) {
-    ensureApplication();
-    struct Run {
-        Run(QString itsFolder, const CountingService& itsService)
-            : folder(std::move(itsFolder))
-            , service(itsService) {}
-        const QString folder;
-        const CountingService& service;
-        QProcess process;
-        /// With `killAt` the process kills itself before that change to the disk.
-        void start(int killAt) {
-            process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-            process.start(QStringLiteral(KESTRANT_METRICS_PROCESS),
-                          {folder, service.server.url(), QString::number(killAt)});
-        }
-        bool wait() {
-            return turnUntil([this] { return process.state() == QProcess::NotRunning; });
-        }
-    };
-    const auto prepare = [](const QString& folder) {
-        ASSERT_TRUE(metrics::MetricsDatabase::open(folder));
-        Sqlite(metrics::MetricsDatabase::pathIn(folder))("UPDATE aggregate_state SET pending_count = 10007, "
-                                                         "next_report_at = 0, collection_epoch = "
-                                                         "'0F0E0D0C-0B0A-4908-8706-050403020100'");
-    };
-
-    int kills = 0;
-    for (int killAt = 1;; ++killAt) {
-        const QTemporaryDir root(scratchTemplate());
-        prepare(root.path());
-        CountingService service;
-        Run run(root.path(), service);
-        run.start(killAt);
-        ASSERT_TRUE(run.wait());
-        if (run.process.exitStatus() == QProcess::NormalExit) {
-            EXPECT_EQ(run.process.exitCode(), 0);
-            EXPECT_EQ(service.total(), 10000);
-            break;
-        }
-        ++kills;
-        EXPECT_EQ(accountedFor(metrics::MetricsDatabase::pathIn(root.path()), service), 10007) << killAt;
-        run.start(0);
-        ASSERT_TRUE(run.wait());
-        EXPECT_EQ(service.total(), 10000) << killAt;
-        EXPECT_EQ(accountedFor(metrics::MetricsDatabase::pathIn(root.path()), service), 10007) << killAt;
-        EXPECT_EQ(Sqlite(metrics::MetricsDatabase::pathIn(root.path()))("SELECT COUNT(*) FROM reports").at(0),
-                  "0");
-    }
-    EXPECT_GT(kills, 20);
-
-    const QTemporaryDir root(scratchTemplate());
-    prepare(root.path());
-    CountingService service;
-    Run run(root.path(), service);
-    service.mood = [&] {
-        run.process.kill();
-        return CountingService::Mood{Answer::silence(), CountingService::Mood::Storing::before};
-    };
-    run.start(0);
-    ASSERT_TRUE(run.wait());
-    service.mood = nullptr;
-    run.start(0);
-    ASSERT_TRUE(run.wait());
-    EXPECT_EQ(service.server.requests().size(), 2U);
-    EXPECT_EQ(accountedFor(metrics::MetricsDatabase::pathIn(root.path()), service), 10007);
-}
-
 TEST(ReporterEndurance, OnItsOwnThreadItCountsWhatEveryThreadRecords) {
     ensureApplication();
     const QTemporaryDir root(scratchTemplate());
@@ -167,7 +86,7 @@ TEST(ReporterEndurance, OnItsOwnThreadItCountsWhatEveryThreadRecords) {
     CountingService service;
     const QString folder = root.filePath("AggregateMetrics");
     {
-        EventLoopThread thread("metrics");
+        EventLoopThread thread;
         AggregateCompletionReporter reporter({.context = thread,
                                               .clock = clock,
                                               .defaults = defaults,
@@ -188,7 +107,7 @@ TEST(ReporterEndurance, OnItsOwnThreadItCountsWhatEveryThreadRecords) {
             std::atomic<bool> finished = false;
             reporter.runDueCheck([&] {
                 finished = true;
-                scheduler.post([] {});  // wakes the event loop below
+                wakeLoop();
             });
             return turnUntil([&] { return finished.load(); });
         };

@@ -39,6 +39,16 @@ Answer CountingService::answer(const RecordedRequest& request) {
     return Answer::status(200, QJsonDocument(payload).toJson());
 }
 
+qint64 accountedFor(const QString& path, const CountingService& service) {
+    Sqlite look(path);
+    qint64 sum = service.total() + std::stoll(look("SELECT pending_count FROM aggregate_state").at(0));
+    for (const std::string& row : look("SELECT count, report_id FROM reports")) {
+        if (!service.stored.contains(QString::fromStdString(row.substr(row.find('|') + 1))))
+            sum += std::stoll(row);
+    }
+    return sum;
+}
+
 ReporterHarness::ReporterHarness() {
     start();
 }

@@ -41,6 +41,10 @@ class CountingService {
     [[nodiscard]] Answer answer(const RecordedRequest& request);
 };
 
+/// How many completions are somewhere: stored by the service, or in a report that it has not stored, or still
+/// waiting in the database at `path` to be put in one.
+[[nodiscard]] qint64 accountedFor(const QString& path, const CountingService& service);
+
 /// A reporter on the test's own thread, with a clock that stands still until told and real files and
 /// connections.
 class ReporterHarness {

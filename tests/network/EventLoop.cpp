@@ -1,5 +1,6 @@
 #include "network/EventLoop.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QTimer>
 
@@ -25,6 +26,10 @@ bool turnUntil(const std::function<bool()>& done) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
+}
+
+void wakeLoop() {
+    QCoreApplication::eventDispatcher()->wakeUp();
 }
 
 }  // namespace kestrant

@@ -11,4 +11,7 @@ void ensureApplication();
 /// which is a failure of whoever should have.
 [[nodiscard]] bool turnUntil(const std::function<bool()>& done);
 
+/// Has turnUntil() on the main thread look again. Thread: any.
+void wakeLoop();
+
 }  // namespace kestrant
