@@ -18,7 +18,7 @@ CompletionReconciler::CompletionReconciler(EKEventStore& eventStore, Scheduler& 
     , writeObserver_(ledger.observeWrites([this](const auto& failure) { writeEnded(!failure); })) {}
 
 void CompletionReconciler::note(const QString& reminderID, ReminderCompletionState state) {
-    states_.insert_or_assign(reminderID, std::move(state));
+    states_.insert_or_assign(reminderID, state);
 }
 
 void CompletionReconciler::schedule(Duration delay) {

@@ -28,7 +28,7 @@ QString dayInWords(QDate day, QDate today, bool includesTime, Language language)
 
 QString reminderDueText(Instant dueDate, bool includesTime, Instant now, const ZoneCalendar& calendar,
                         Language language) {
-    const QString day = dayInWords(calendar.dayOf(dueDate), calendar.dayOf(now), includesTime, language);
+    QString day = dayInWords(calendar.dayOf(dueDate), calendar.dayOf(now), includesTime, language);
     if (!includesTime)
         return day;
     return day + QLatin1Char(' ') + calendar.timeOf(dueDate).toString(QStringLiteral("HH:mm"));

@@ -10,7 +10,7 @@ QString withDetail(const QString& sentence, const QString& detail) {
 }  // namespace
 
 TextPair ReminderStoreError::message() const {
-    const TextPair detail = underlying.value_or(TextPair{});
+    TextPair detail = underlying.value_or(TextPair{});
     switch (code) {
     case Code::unableToCreateInitialList: {
         const TextPair sentence = text("Kestrant couldn’t create the first list in Apple Reminders.",

@@ -163,6 +163,7 @@ TEST(ReminderOrdering, EqualsTheRulesAppliedPairByPairOnRandomTasks) {
         std::mt19937 random(seed);
         const auto pick = [&](int count) { return std::uniform_int_distribution(0, count - 1)(random); };
         std::vector<ReminderTask> tasks;
+        tasks.reserve(120);
         QStringList manualOrder;
         for (int n = 0; n < 120; ++n) {
             ReminderTask made = task(std::to_string(pick(1000000)).c_str(), titles.at(pick(titles.size())));
