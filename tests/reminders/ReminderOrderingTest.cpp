@@ -163,7 +163,6 @@ TEST(ReminderOrdering, EqualsTheRulesAppliedPairByPairOnRandomTasks) {
         std::mt19937 random(seed);
         const auto pick = [&](int count) { return std::uniform_int_distribution(0, count - 1)(random); };
         std::vector<ReminderTask> tasks;
-        tasks.reserve(120);
         QStringList manualOrder;
         for (int n = 0; n < 120; ++n) {
             ReminderTask made = task(std::to_string(pick(1000000)).c_str(), titles.at(pick(titles.size())));
@@ -183,6 +182,7 @@ TEST(ReminderOrdering, EqualsTheRulesAppliedPairByPairOnRandomTasks) {
             auto expected = tasks;
             std::sort(expected.begin(), expected.end(), PairwiseOrder(mode, manualOrder));
             std::vector<std::string> ids;
+            ids.reserve(expected.size());
             for (const ReminderTask& sorted : expected)
                 ids.push_back(sorted.id.toStdString());
             EXPECT_THAT(idsInOrder(tasks, mode, manualOrder), ElementsAreArray(ids))
