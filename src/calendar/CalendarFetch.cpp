@@ -51,7 +51,7 @@ void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool show
     pending->parts = showReminders ? 2 : 1;
     pending->completion = std::move(completion);
     store.events(EKEventStore::predicateForEvents(from, to, std::nullopt),
-                 [pending, &store](std::vector<EKEventRef> events) {
+                 [pending, &store](const std::vector<EKEventRef>& events) {
                      pending->items.events = storedValues<EKEventData>(events);
                      pending->end(store);
                  });
@@ -59,7 +59,7 @@ void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool show
         return;
     store.fetchReminders(EKEventStore::predicateForIncompleteReminders(
                              movedByDays(from, -1, calendar), movedByDays(to, 1, calendar), std::nullopt),
-                         [pending, &store](std::vector<EKReminderRef> reminders) {
+                         [pending, &store](const std::vector<EKReminderRef>& reminders) {
                              pending->items.reminders = storedValues<EKReminderData>(reminders);
                              pending->end(store);
                          });

@@ -222,7 +222,7 @@ std::optional<CalendarEventItem> nextEvent(const QList<CalendarDayGroup>& groups
 QString headerTitle(QDate day, QDate today, Language language) {
     const QLocale locale = language == Language::french ? QLocale(QLocale::French, QLocale::France)
                                                         : QLocale(QLocale::English, QLocale::UnitedStates);
-    const QString date = locale.toUpper(locale.toString(day, QStringLiteral("ddd d")));
+    QString date = locale.toUpper(locale.toString(day, QStringLiteral("ddd d")));
     if (day == today)
         return text("TODAY", "AUJOURD’HUI").in(language) + QStringLiteral(" · ") + date;
     if (day == today.addDays(1))

@@ -121,15 +121,15 @@ class CalendarStore : public QObject {
 
     /// The event calendars that take changes, for the calendar picker.
     [[nodiscard]] std::vector<EKCalendar> writableCalendars() const;
-    void createEvent(const NewCalendarEvent& event, Completion completion);
+    void createEvent(const NewCalendarEvent& event, const Completion& completion);
     /// What an edit form starts from.
-    void loadEditDetails(const CalendarEventItem& row, DetailsCompletion completion);
+    void loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion);
     void updateEvent(const CalendarEventItem& row, const CalendarEventEditDetails& details,
-                     Completion completion);
+                     const Completion& completion);
     /// Deletes the event or the reminder behind a row. One that is gone already is no failure.
-    void deleteItem(const CalendarEventItem& row, Completion completion);
+    void deleteItem(const CalendarEventItem& row, const Completion& completion);
     /// Clears the due date of the reminder behind a row; the reminder stays in its list.
-    void removeReminderFromCalendar(const CalendarEventItem& row, Completion completion);
+    void removeReminderFromCalendar(const CalendarEventItem& row, const Completion& completion);
 
   Q_SIGNALS:
     void accessStateChanged();

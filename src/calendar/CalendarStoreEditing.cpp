@@ -86,7 +86,7 @@ std::vector<EKCalendar> CalendarStore::writableCalendars() const {
     return calendars;
 }
 
-void CalendarStore::createEvent(const NewCalendarEvent& event, Completion completion) {
+void CalendarStore::createEvent(const NewCalendarEvent& event, const Completion& completion) {
     if (!d_->isAuthorized()) {
         d_->fail(completion, {ErrorCode::notAuthorized});
         return;
@@ -107,10 +107,10 @@ void CalendarStore::createEvent(const NewCalendarEvent& event, Completion comple
     d_->save(created, eventCreatedNotification, completion);
 }
 
-void CalendarStore::loadEditDetails(const CalendarEventItem& row, DetailsCompletion completion) {
+void CalendarStore::loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion) {
     if (!completion)
         return;
-    d_->findEvent(row, [completion = std::move(completion)](Private&, const EKEventRef& event) {
+    d_->findEvent(row, [completion](Private&, const EKEventRef& event) {
         if (event)
             completion(editDetails(event->data));
         else
@@ -119,7 +119,7 @@ void CalendarStore::loadEditDetails(const CalendarEventItem& row, DetailsComplet
 }
 
 void CalendarStore::updateEvent(const CalendarEventItem& row, const CalendarEventEditDetails& details,
-                                Completion completion) {
+                                const Completion& completion) {
     if (!d_->isAuthorized()) {
         d_->fail(completion, {ErrorCode::notAuthorized});
         return;
@@ -143,7 +143,7 @@ void CalendarStore::updateEvent(const CalendarEventItem& row, const CalendarEven
                   });
 }
 
-void CalendarStore::deleteItem(const CalendarEventItem& row, Completion completion) {
+void CalendarStore::deleteItem(const CalendarEventItem& row, const Completion& completion) {
     if (!d_->isAuthorized()) {
         d_->fail(completion, {ErrorCode::notAuthorized});
         return;
@@ -167,7 +167,7 @@ void CalendarStore::deleteItem(const CalendarEventItem& row, Completion completi
     });
 }
 
-void CalendarStore::removeReminderFromCalendar(const CalendarEventItem& row, Completion completion) {
+void CalendarStore::removeReminderFromCalendar(const CalendarEventItem& row, const Completion& completion) {
     if (!row.isReminder) {
         d_->fail(completion, {ErrorCode::itemNotFound});
         return;
