@@ -156,7 +156,8 @@ void OverlayHost::place(Overlay& overlay) {
                                                  : QRectF();
     if (!area.isNull()) {
         // Beside the panel a surface would look lost.
-        const QRectF across = QRectF(panel_.geometry()).adjusted(panelMargin, 0, -panelMargin, 0).intersected(area);
+        const QRectF across =
+            QRectF(panel_.geometry()).adjusted(panelMargin, 0, -panelMargin, 0).intersected(area);
         x = std::clamp(x, across.left(), std::max(across.left(), across.right() - visibleWidth));
         y = std::clamp(y, area.top(), std::max(area.top(), area.bottom() - distance - visibleHeight));
     }

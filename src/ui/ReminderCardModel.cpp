@@ -93,6 +93,10 @@ QString ReminderCardModel::taskIdAt(int row) const {
     return row >= 0 && row < count() ? tasks_[row].id : QString();
 }
 
+bool ReminderCardModel::isWritableAt(int row) const {
+    return row >= 0 && row < count() && presenter_(tasks_[row], false).isWritable;
+}
+
 int ReminderCardModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : count();
 }

@@ -75,7 +75,9 @@ class ReminderCardModel : public QAbstractListModel {
     [[nodiscard]] int count() const { return int(tasks_.size()); }
     /// -1 when there is none with this id.
     [[nodiscard]] Q_INVOKABLE int rowOf(const QString& taskId) const;
+    /// Empty, and false, for a row that does not exist.
     [[nodiscard]] Q_INVOKABLE QString taskIdAt(int row) const;
+    [[nodiscard]] Q_INVOKABLE bool isWritableAt(int row) const;
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;

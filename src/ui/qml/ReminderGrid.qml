@@ -25,14 +25,12 @@ FocusScope {
     Accessible.name: Localizer.text("Reminders", "Rappels")
 
     function toggle(index) {
-        const id = reminders.cards.taskIdAt(index)
-        if (id !== "" && grid.itemAtIndex(index)?.card.isWritable)
-            reminders.toggleCompletion(id)
+        if (reminders.cards.isWritableAt(index))
+            reminders.toggleCompletion(reminders.cards.taskIdAt(index))
     }
     function removeAt(index) {
-        const id = reminders.cards.taskIdAt(index)
-        if (id !== "" && grid.itemAtIndex(index)?.card.isWritable)
-            reminders.remove(id)
+        if (reminders.cards.isWritableAt(index))
+            reminders.remove(reminders.cards.taskIdAt(index))
     }
     function openMenu(index, x, y) {
         const item = grid.itemAtIndex(index)
@@ -125,6 +123,13 @@ FocusScope {
         keyNavigationEnabled: false
         highlightFollowsCurrentItem: false
         currentIndex: 0
+        // Whatever becomes of the current card, the keyboard has one to act on. The view itself still has its old
+        // index while it tells of a change.
+        onCountChanged: Qt.callLater(keepCurrent)
+        function keepCurrent() {
+            if (count > 0 && (currentIndex < 0 || currentIndex >= count))
+                currentIndex = currentIndex < 0 ? 0 : count - 1
+        }
         model: root.reminders.cards
 
         delegate: ReminderCardItem {

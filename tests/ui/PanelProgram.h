@@ -1,0 +1,63 @@
+#pragma once
+
+#include "ui/PanelView.h"
+#include "ui/Program.h"
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QQuickItem>
+
+namespace kestrant::test {
+
+/// The program with its window.
+struct PanelProgram : Program {
+    /// Opens the panel and lets it lay out its content.
+    void expand() {
+        load();
+        interaction.expand();
+        view.show();
+        QCoreApplication::processEvents();
+    }
+    /// Lets reloads pass and the views follow.
+    void settle() {
+        Program::settle();
+        // Drawing is what makes views lay out their items.
+        view.grabWindow();
+        QCoreApplication::processEvents();
+    }
+    /// The surface that has the keyboard: the uppermost overlay, else the panel.
+    [[nodiscard]] QQuickWindow& keyWindow() {
+        QQuickWindow* surface = view.overlays().surface(view.overlays().topmost());
+        return surface ? *surface : view;
+    }
+    void press(int key, const QString& text = {}) {
+        QQuickWindow& window = keyWindow();
+        QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QCoreApplication::sendEvent(&window, &down);
+        QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
+        QCoreApplication::sendEvent(&window, &up);
+        QCoreApplication::processEvents();
+    }
+    void click(QQuickWindow& window, QPointF at) {
+        const QPointF global = window.mapToGlobal(at);
+        QMouseEvent down(QEvent::MouseButtonPress, at, global, Qt::LeftButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QCoreApplication::sendEvent(&window, &down);
+        QMouseEvent up(QEvent::MouseButtonRelease, at, global, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&window, &up);
+        QCoreApplication::processEvents();
+    }
+    void call(const char* function) {
+        QMetaObject::invokeMethod(view.rootObject()->property("content").value<QQuickItem*>(), function);
+        QCoreApplication::processEvents();
+    }
+    [[nodiscard]] bool isOpen(const char* overlay) {
+        return view.overlays().isPresented(QString::fromUtf8(overlay));
+    }
+
+    PanelView view{{interaction, localizer, appearance, panel, reminders, quickAdd, settings},
+                   PanelView::Loading::immediate};
+};
+
+}  // namespace kestrant::test

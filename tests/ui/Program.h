@@ -1,0 +1,101 @@
+#pragma once
+
+#include "completion/CompletionLedgerRepository.h"
+#include "eventkit/InMemoryEventStore.h"
+#include "feedback/Feedback.h"
+#include "foundation/CurrentCalendars.h"
+#include "foundation/NotificationCenter.h"
+#include "notch/NotchGeometry.h"
+#include "notch/NotchInteractionModel.h"
+#include "preferences/Localization.h"
+#include "reminders/ReminderStore.h"
+#include "support/ManualScheduler.h"
+#include "support/MemoryUserDefaults.h"
+#include "ui/Appearance.h"
+#include "ui/Localizer.h"
+#include "ui/PanelViewModel.h"
+#include "ui/QuickAddViewModel.h"
+#include "ui/RemindersViewModel.h"
+#include "ui/SettingsViewModel.h"
+
+#include <QTemporaryDir>
+
+namespace kestrant::test {
+
+/// The program below its window, on a database in memory: Saturday 21 November 2026, 14:30 in Paris, in
+/// English.
+struct Program {
+    Program() {
+        preferences.setLanguage(Language::english);
+        appearance.setReducedMotion(true);
+        interaction.setExpansionEnabled(true);
+        home = database.putCalendar({.title = QStringLiteral("Home"), .color = Color{0x30, 0xd1, 0x58}});
+        work = database.putCalendar({.title = QStringLiteral("Work"), .color = Color{0xff, 0x45, 0x3a}});
+    }
+
+    /// Adds a reminder; the day counts from today.
+    QString add(const QString& title, std::optional<int> day = {}, QTime timeOfDay = {}) {
+        EKReminderData data;
+        data.title = title;
+        data.calendarIdentifier = home;
+        if (day) {
+            const QDate date = QDate(2026, 11, 21).addDays(*day);
+            data.dueDateComponents = timeOfDay.isValid() ? DateComponents::fromDateTime(date, timeOfDay)
+                                                         : DateComponents::fromDate(date);
+        }
+        return database.putReminder(data);
+    }
+    /// Opens the database, or takes its later changes in.
+    void load() {
+        if (store.accessState().kind != ReminderAccessState::Kind::authorized)
+            store.requestAccess();
+        settle();
+    }
+    /// Lets debounced reloads pass; pending completions stay pending.
+    void settle() { time.advance(std::chrono::milliseconds(400)); }
+
+    [[nodiscard]] QStringList titles() {
+        QStringList titles;
+        for (const ReminderTask& task : reminders.cards()->tasks())
+            titles.append(task.title);
+        return titles;
+    }
+    [[nodiscard]] ReminderCard card(int row) {
+        return reminders.cards()
+            ->data(reminders.cards()->index(row), ReminderCardModel::cardRole)
+            .value<ReminderCard>();
+    }
+
+    ManualScheduler time{*parseIso8601(u"2026-11-21T14:30:00+01:00")};
+    FixedCurrentCalendar calendar{ZoneCalendar(QTimeZone("Europe/Paris"))};
+    MemoryUserDefaults defaults;
+    Preferences preferences{defaults, [] { return QLocale(); }};
+    Localization localization{preferences};
+    SilentCuePlayer cues;
+    SilentHapticPerformer haptics;
+    Feedback feedback{preferences, cues, haptics};
+    NotificationCenter notifications;
+    InMemoryEventStore database{time, time, calendar};
+    QTemporaryDir folder;
+    CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
+    ReminderStore store{ReminderStoreServices{.eventStore = database,
+                                              .scheduler = time,
+                                              .clock = time,
+                                              .calendar = calendar,
+                                              .defaults = defaults,
+                                              .localization = localization,
+                                              .notifications = notifications,
+                                              .ledger = ledger}};
+    NotchInteractionModel interaction{time, preferences, feedback};
+    NotchGeometry geometry{Screen{.name = QStringLiteral("test"), .frame = QRectF(0, 0, 1512, 982)}};
+    Localizer localizer{localization};
+    Appearance appearance{nullptr};
+    PanelViewModel panel{interaction, geometry, store, preferences, notifications};
+    RemindersViewModel reminders{store, time, calendar, localizer};
+    QuickAddViewModel quickAdd{store, time, calendar, localizer};
+    SettingsViewModel settings{preferences, localizer};
+    QString home;
+    QString work;
+};
+
+}  // namespace kestrant::test

@@ -1,0 +1,118 @@
+#include "ui/ReminderCardModel.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <random>
+
+using namespace kestrant;
+using testing::ElementsAre;
+
+namespace {
+
+ReminderTask task(int id, const QString& title = QStringLiteral("title")) {
+    ReminderTask task;
+    task.id = QString::number(id);
+    task.title = title;
+    return task;
+}
+
+ReminderCard present(const ReminderTask& task, bool isPending) {
+    ReminderCard card;
+    card.id = task.id;
+    card.title = task.title;
+    card.isPending = isPending;
+    return card;
+}
+
+/// Keeps a list of its own by nothing but what the model tells.
+class Follower : public QObject {
+  public:
+    explicit Follower(ReminderCardModel& model) : model_(model) {
+        connect(&model, &QAbstractItemModel::modelReset, this, [this] {
+            cards.clear();
+            for (int row = 0; row < model_.count(); ++row)
+                cards.push_back(read(row));
+        });
+        connect(&model, &QAbstractItemModel::rowsRemoved, this,
+                [this](const QModelIndex&, int first, int last) {
+                    cards.erase(cards.begin() + first, cards.begin() + last + 1);
+                });
+        connect(&model, &QAbstractItemModel::rowsInserted, this,
+                [this](const QModelIndex&, int first, int last) {
+                    for (int row = first; row <= last; ++row)
+                        cards.insert(cards.begin() + row, read(row));
+                });
+        connect(&model, &QAbstractItemModel::rowsMoved, this,
+                [this](const QModelIndex&, int from, int, const QModelIndex&, int to) {
+                    const QString card = cards[from];
+                    cards.erase(cards.begin() + from);
+                    cards.insert(cards.begin() + (to > from ? to - 1 : to), card);
+                });
+        connect(&model, &QAbstractItemModel::dataChanged, this,
+                [this](const QModelIndex& top, const QModelIndex& bottom) {
+                    for (int row = top.row(); row <= bottom.row(); ++row)
+                        cards[row] = read(row);
+                });
+    }
+    [[nodiscard]] QString read(int row) const {
+        const auto card = model_.data(model_.index(row), ReminderCardModel::cardRole).value<ReminderCard>();
+        return card.id + QLatin1Char(' ') + card.title;
+    }
+
+    std::vector<QString> cards;
+
+  private:
+    ReminderCardModel& model_;
+};
+
+TEST(ReminderCardModel, TellsEveryChangeSoThatAFollowerHoldsTheSameCards) {
+    std::mt19937 random(11);
+    ReminderCardModel model(present);
+    const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    Follower follower(model);
+    for (int round = 0; round < 200; ++round) {
+        std::vector<ReminderTask> tasks;
+        // Some rounds are too large to be told row by row.
+        const int ids = round % 10 == 9 ? 200 : 20;
+        for (int id = 0; id < ids; ++id) {
+            if (random() % 2 != 0)
+                tasks.push_back(task(id, QString::number(random() % 3)));
+        }
+        std::shuffle(tasks.begin(), tasks.end(), random);
+        model.setTasks(tasks);
+
+        std::vector<QString> expected;
+        for (const ReminderTask& wanted : tasks)
+            expected.push_back(wanted.id + QLatin1Char(' ') + wanted.title);
+        ASSERT_EQ(follower.cards, expected) << "round " << round;
+        ASSERT_EQ(model.tasks(), tasks);
+    }
+}
+
+TEST(ReminderCardModel, TellsOfTheRowsAloneWhoseCardsLookDifferent) {
+    ReminderCardModel model(present);
+    model.setTasks({task(1), task(2), task(3)});
+    QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
+    const auto rows = [&changes] {
+        std::vector<int> told;
+        for (const QList<QVariant>& change : changes)
+            told.push_back(change.at(0).toModelIndex().row());
+        changes.clear();
+        std::sort(told.begin(), told.end());
+        return told;
+    };
+
+    model.setTasks({task(1), task(2, QStringLiteral("other")), task(3)});
+    EXPECT_THAT(rows(), ElementsAre(1));
+    model.setPendingIDs({QStringLiteral("1"), QStringLiteral("3")});
+    EXPECT_THAT(rows(), ElementsAre(0, 2));
+    model.setPendingIDs({QStringLiteral("3"), QStringLiteral("9")});
+    EXPECT_THAT(rows(), ElementsAre(0));
+    EXPECT_TRUE(model.data(model.index(2), ReminderCardModel::cardRole).value<ReminderCard>().isPending);
+}
+
+}  // namespace

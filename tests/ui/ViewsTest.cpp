@@ -1,0 +1,188 @@
+#include "notch/NotchPanelController.h"
+#include "ui/PanelProgram.h"
+
+#include <gmock/gmock.h>
+
+using namespace kestrant;
+using namespace kestrant::test;
+using testing::ElementsAre;
+
+namespace {
+
+/// The first visible text item that shows this text.
+QQuickItem* findText(QQuickItem* item, const QString& text) {
+    if (!item->isVisible())
+        return nullptr;
+    if (item->property("text").toString() == text)
+        return item;
+    for (QQuickItem* child : item->childItems()) {
+        if (QQuickItem* found = findText(child, text))
+            return found;
+    }
+    return nullptr;
+}
+
+bool shows(PanelProgram& program, const char* text) {
+    return findText(program.keyWindow().contentItem(), QString::fromUtf8(text)) != nullptr;
+}
+
+struct ThreeCards : PanelProgram {
+    ThreeCards() {
+        for (const char* title : {"a", "b", "c"})
+            ids.append(add(QString::fromUtf8(title)));
+        expand();
+    }
+    QStringList ids;
+};
+
+TEST(Views, ChangeTheirLanguageAtOnce) {
+    ThreeCards program;
+    EXPECT_TRUE(shows(program, "All lists"));
+    program.preferences.setLanguage(Language::french);
+    EXPECT_TRUE(shows(program, "Toutes les listes"));
+    program.call("openSort");
+    EXPECT_TRUE(shows(program, "Trier par"));
+}
+
+TEST(Views, CompleteAndTakeBackByTheSpaceBar) {
+    ThreeCards program;
+    program.press(Qt::Key_Right);
+    program.press(Qt::Key_Space, QStringLiteral(" "));
+    EXPECT_EQ(program.store.pendingCompletionIDs(), QSet<QString>{program.ids[1]});
+    program.press(Qt::Key_Space, QStringLiteral(" "));
+    EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
+}
+
+TEST(Views, CompleteByAClickOnTheCircleAndTakeBackByAClickOnTheCard) {
+    ThreeCards program;
+    const double left = 26.0;
+    const double top = 44.0;
+    program.click(program.view, {left + 20, top + 19});
+    EXPECT_EQ(program.store.pendingCompletionIDs(), QSet<QString>{program.ids[0]});
+    program.click(program.view, {left + 120, top + 40});
+    EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
+    program.click(program.view, {left + 120, top + 40});
+    EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
+}
+
+TEST(Views, DeleteTheCardThatTheKeyboardIsOn) {
+    ThreeCards program;
+    program.press(Qt::Key_End);
+    program.press(Qt::Key_Delete);
+    program.settle();
+    EXPECT_THAT(program.titles(), ElementsAre(QStringLiteral("a"), QStringLiteral("b")));
+    program.press(Qt::Key_Delete);
+    program.settle();
+    EXPECT_THAT(program.titles(), ElementsAre(QStringLiteral("a")));
+}
+
+TEST(Views, LeaveRemindersOfAReadOnlyListAlone) {
+    PanelProgram program;
+    program.add(QStringLiteral("fixed"));
+    program.database.putCalendar({.calendarIdentifier = program.home,
+                                  .title = QStringLiteral("Home"),
+                                  .allowsContentModifications = false});
+    program.expand();
+    program.press(Qt::Key_Space, QStringLiteral(" "));
+    program.press(Qt::Key_Delete);
+    program.settle();
+    EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
+    EXPECT_THAT(program.titles(), ElementsAre(QStringLiteral("fixed")));
+}
+
+TEST(Views, SearchWhileTypingAndLeaveTheSearchStepByStep) {
+    ThreeCards program;
+    program.notifications.post(notifications::findReminder);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(program.interaction.searchIsFocused());
+    program.press(Qt::Key_B, QStringLiteral("b"));
+    EXPECT_THAT(program.titles(), ElementsAre(QStringLiteral("b")));
+    program.press(Qt::Key_Escape);
+    EXPECT_EQ(program.titles().size(), 3);
+    EXPECT_TRUE(program.interaction.searchIsFocused());
+    program.press(Qt::Key_Escape);
+    EXPECT_FALSE(program.interaction.searchIsFocused());
+    EXPECT_TRUE(program.panel.isExpanded());
+    program.press(Qt::Key_Escape);
+    EXPECT_FALSE(program.panel.isExpanded());
+}
+
+TEST(Views, ForgetTheSearchWhenThePanelFolds) {
+    ThreeCards program;
+    program.call("openSearch");
+    program.press(Qt::Key_B, QStringLiteral("b"));
+    program.interaction.collapse(false);
+    EXPECT_EQ(program.reminders.searchQuery(), QString());
+    EXPECT_FALSE(program.interaction.searchIsFocused());
+}
+
+TEST(Views, AddAReminderByKeyboardAlone) {
+    PanelProgram program;
+    program.expand();
+    program.notifications.post(notifications::newReminder);
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(program.isOpen("quickAdd"));
+    program.press(Qt::Key_Return);
+    EXPECT_TRUE(program.isOpen("quickAdd"));
+    for (const QChar letter : QStringLiteral("tea"))
+        program.press(letter.toUpper().unicode(), letter);
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_FALSE(program.isOpen("quickAdd"));
+    EXPECT_THAT(program.titles(), ElementsAre(QStringLiteral("tea")));
+}
+
+TEST(Views, ExpandForANewReminderFromTheRestingNotch) {
+    PanelProgram program;
+    program.load();
+    program.view.show();
+    QCoreApplication::processEvents();
+    program.notifications.post(notifications::newReminder);
+    EXPECT_TRUE(program.panel.isExpanded());
+    EXPECT_TRUE(program.isOpen("quickAdd"));
+}
+
+TEST(Views, ChooseFromMenusByKeyboard) {
+    ThreeCards program;
+    program.call("openSort");
+    program.press(Qt::Key_Down);
+    program.press(Qt::Key_Down);
+    program.press(Qt::Key_Return);
+    EXPECT_EQ(program.store.sortMode(), ReminderSortMode::priority);
+    program.call("openSort");
+    program.press(Qt::Key_T, QStringLiteral("t"));
+    program.press(Qt::Key_Return);
+    EXPECT_EQ(program.store.sortMode(), ReminderSortMode::title);
+}
+
+TEST(Views, ReachEveryControlOfTheToolbarByTab) {
+    ThreeCards program;
+    QSet<QQuickItem*> visited;
+    QStringList names;
+    for (int presses = 0; presses < 20; ++presses) {
+        program.press(Qt::Key_Tab);
+        QQuickItem* focused = program.view.activeFocusItem();
+        ASSERT_NE(focused, nullptr);
+        if (visited.contains(focused))
+            break;
+        visited.insert(focused);
+        names.append(focused->property("spokenName").toString());
+    }
+    for (const char* name :
+         {"List: All lists", "Today", "Overdue", "Flagged", "Search", "Sort", "New reminder", "Settings"})
+        EXPECT_TRUE(names.contains(QString::fromUtf8(name))) << name;
+}
+
+TEST(Views, ScrollByKeyboardAndSayWhetherMoreLiesBelow) {
+    PanelProgram program;
+    for (int number = 0; number < 40; ++number)
+        program.add(QString::number(number));
+    program.expand();
+    const QPointF overCards(470, 100);
+    EXPECT_TRUE(program.view.contentScrollsUp(overCards));
+    EXPECT_FALSE(program.view.contentScrollsUp({470, 285}));
+    program.press(Qt::Key_End);
+    EXPECT_FALSE(program.view.contentScrollsUp(overCards));
+}
+
+}  // namespace
