@@ -161,7 +161,7 @@ TEST_F(ReporterTest, AWrongAcknowledgementIsNotBelievedAndAConfirmedRepeatIs) {
     EXPECT_THAT(reports(), ElementsAre("3|1|pending|NULL"));
     pass(11min);
     EXPECT_THAT(reports(), IsEmpty());
-    EXPECT_EQ(service.server.requests().size(), 2U);
+    ASSERT_EQ(service.server.requests().size(), 2U);
     EXPECT_EQ(service.server.requests()[0].body(), service.server.requests()[1].body());
     EXPECT_EQ(service.total(), 3);
 }
@@ -267,10 +267,14 @@ TEST_F(ReporterTest, SwitchingOffDuringAnUploadEndsItAndDeletesEverything) {
 TEST_F(ReporterTest, AnAnswerThatArrivesAfterSwitchingOffCountsForNothing) {
     count(3);
     scheduler.advance(18h + 1s);
-    service.mood = [this]() -> std::optional<CountingService::Mood> {
+    service.mood = [this] {
         reporter->setEnabled(false);
-        return std::nullopt;
+        return CountingService::Mood{Answer::status(400)};
     };
+    // The timeouts end with the exchange; the reporter has not yet been told to end it.
+    ASSERT_TRUE(turnUntil([this] { return scheduler.pendingCount() == 0; }));
+    EXPECT_FALSE(reporter->latestDiagnostic());
+    EXPECT_THAT(reports(), ElementsAre("3|0|pending|NULL"));
     settle();
     EXPECT_THAT(look("SELECT * FROM aggregate_state; SELECT * FROM reports"), ElementsAre("1|0|NULL|NULL"));
 }
