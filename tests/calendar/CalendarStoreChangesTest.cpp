@@ -31,11 +31,11 @@ class CalendarStoreChanges : public CalendarStoreTest {
     }
     /// Lunch every day at 12:30 for four days from today.
     void putLunches() {
-        std::vector<EKEventData> lunches;
+        std::vector<EKEventData> lunches(4);
         for (int day = 0; day < 4; ++day)
-            lunches.push_back(anEvent("lunch")
-                                  .lasting(paris(QDate(2026, 3, 27).addDays(day), {12, 30}), 1h)
-                                  .repeating("FREQ=DAILY"));
+            lunches[day] = anEvent("lunch")
+                               .lasting(paris(QDate(2026, 3, 27).addDays(day), {12, 30}), 1h)
+                               .repeating("FREQ=DAILY");
         database.putSeries(lunches);
     }
     /// Carries out one change and returns its failure.
@@ -77,7 +77,7 @@ class CalendarStoreChanges : public CalendarStoreTest {
         return {.title = QStringLiteral(" Call\n"),
                 .startDate = now() + 1h,
                 .endDate = now() + 2h,
-                .calendarID = calendarID};
+                .calendarID = std::move(calendarID)};
     }
 
     int created = 0;
