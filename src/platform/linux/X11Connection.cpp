@@ -40,6 +40,7 @@ xcb_atom_t X11Connection::atom(const char* name) const {
 void X11Connection::setAtoms(xcb_window_t window, const char* property,
                              const std::vector<const char*>& values) const {
     std::vector<uint32_t> atoms;
+    atoms.reserve(values.size());
     for (const char* value : values)
         atoms.push_back(atom(value));
     setProperty(window, property, XCB_ATOM_ATOM, atoms);

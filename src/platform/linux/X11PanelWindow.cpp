@@ -37,6 +37,7 @@ bool isEditingText() {
 
 std::vector<xcb_rectangle_t> toServer(const std::vector<QRect>& rectangles) {
     std::vector<xcb_rectangle_t> result;
+    result.reserve(rectangles.size());
     for (const QRect& rectangle : rectangles)
         result.push_back({static_cast<int16_t>(rectangle.x()), static_cast<int16_t>(rectangle.y()),
                           static_cast<uint16_t>(rectangle.width()),
