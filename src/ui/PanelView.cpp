@@ -66,8 +66,11 @@ void PanelView::chooseRenderer() {
 }
 
 void PanelView::chooseTypeface() {
+    const QString inter = QStringLiteral("Inter");
     QFont font = QGuiApplication::font();
-    font.setFamilies(QStringList{QStringLiteral("Inter")} + font.families());
+    if (font.families().value(0) == inter)
+        return;
+    font.setFamilies(QStringList{inter} + font.families());
     QGuiApplication::setFont(font);
 }
 

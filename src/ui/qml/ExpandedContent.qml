@@ -78,7 +78,10 @@ FocusScope {
         anchors.bottom: parent.bottom
         anchors.bottomMargin: Theme.margin
     }
-    Tooltip { id: tooltip }
+    Tooltip {
+        id: tooltip
+        silent: content.overlays.topmost !== ""
+    }
 
     Connections {
         target: content.reminders

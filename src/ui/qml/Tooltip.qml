@@ -5,6 +5,8 @@ import Kestrant
 Rectangle {
     id: tooltip
 
+    /// Nothing is told while this holds, as when a popover is open.
+    property bool silent: false
     property Item subject: null
 
     /// To be called whenever `item.hovered` changes; `item.tip` is told.
@@ -28,7 +30,7 @@ Rectangle {
     radius: 7
     color: "#2a2b31"
     border.color: Theme.border
-    visible: subject !== null && !delay.running
+    visible: subject !== null && !delay.running && !silent
 
     Timer { id: delay; interval: 600 }
     Text {
