@@ -10,7 +10,7 @@
 namespace kestrant {
 
 tl::expected<void, FileError> writeLedgerFile(const QString& path, const QByteArray& document) {
-    if (const auto folder = createFolder(QFileInfo(path).path()); !folder)
+    if (auto folder = createFolder(QFileInfo(path).path()); !folder)
         return folder;
     const auto present = readFile(path);
     const bool isUnusable =
