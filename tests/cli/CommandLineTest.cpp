@@ -13,8 +13,6 @@
 
 #include <gmock/gmock.h>
 
-#include <clocale>
-
 namespace kestrant {
 namespace {
 
@@ -36,7 +34,6 @@ struct Result {
 class CommandLineTest : public testing::Test {
   protected:
     CommandLineTest() {
-        std::setlocale(LC_ALL, "C.UTF-8");
         putTodo("home", "milk",
                 "SUMMARY:Buy milk\r\nDUE;TZID=Europe/Paris:20260327T143000\r\nPRIORITY:1\r\n"
                 "CREATED:20260301T080000Z\r\n");

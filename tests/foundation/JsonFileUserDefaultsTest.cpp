@@ -145,6 +145,7 @@ TEST_F(JsonFileUserDefaultsTest, MayBeChangedFromAnyThread) {
         ++told;
     });
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread)
         threads.emplace_back([this, thread] {
             for (int i = 0; i < 50; ++i) {
