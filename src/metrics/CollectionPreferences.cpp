@@ -9,7 +9,7 @@
 
 namespace kestrant::metrics {
 
-Configuration Configuration::from(const InformationDictionary& information, const UserDefaults& defaults) {
+Configuration Configuration::from(const InformationDictionary& information) {
     Configuration configuration;
     if (const auto url = information.string(InformationDictionary::aggregateMetricsBaseUrlKey))
         configuration.baseURL = serviceBaseUrl(*url);
@@ -17,25 +17,29 @@ Configuration Configuration::from(const InformationDictionary& information, cons
         information.boolean(InformationDictionary::aggregateMetricsPrivacyReadyKey) == true &&
         information.boolean(InformationDictionary::aggregateMetricsUploadEnabledKey) == true &&
         configuration.baseURL;
-    configuration.isEnabled =
-        configuration.isAvailable && defaults.boolean(preferenceKeys::aggregateMetricsEnabled).value_or(true);
+    configuration.isEnabled = configuration.isAvailable;
     return configuration;
 }
 
-CollectionPreferences::CollectionPreferences(InformationDictionary information, UserDefaults& defaults,
+CollectionPreferences::CollectionPreferences(const InformationDictionary& information, UserDefaults& defaults,
                                              std::function<QUuid()> freshUuid)
-    : information_(std::move(information))
+    : configuration_(Configuration::from(information))
     , defaults_(defaults)
     , freshUuid_(std::move(freshUuid)) {}
 
 Configuration CollectionPreferences::configuration() const {
-    return Configuration::from(information_, defaults_);
+    Configuration configuration = configuration_;
+    configuration.isEnabled = configuration.isAvailable && isSwitchedOn();
+    return configuration;
+}
+
+bool CollectionPreferences::isSwitchedOn() const {
+    return defaults_.boolean(preferenceKeys::aggregateMetricsEnabled).value_or(true);
 }
 
 void CollectionPreferences::setEnabled(bool enabled) {
     const std::lock_guard guard(state_.lock);
-    const bool before = defaults_.boolean(preferenceKeys::aggregateMetricsEnabled).value_or(true);
-    if (before != enabled)
+    if (isSwitchedOn() != enabled)
         beginEpoch(freshUuid_());
     defaults_.set(preferenceKeys::aggregateMetricsEnabled, enabled);
     if (enabled)
@@ -61,7 +65,7 @@ std::optional<CollectionTicket> CollectionPreferences::ticketWithEpoch(const QUu
 }
 
 std::optional<CollectionTicket> CollectionPreferences::currentTicket() const {
-    if (!configuration().isEnabled)
+    if (!configuration_.isAvailable || !isSwitchedOn())
         return std::nullopt;
     return CollectionTicket{
         epochFrom(defaults_.string(preferenceKeys::aggregateMetricsCollectionEpoch).value_or(QString()))};

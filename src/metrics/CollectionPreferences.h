@@ -23,8 +23,8 @@ struct Configuration {
     bool isEnabled = false;
     std::optional<QUrl> baseURL;
 
-    [[nodiscard]] static Configuration from(const InformationDictionary& information,
-                                            const UserDefaults& defaults);
+    /// As the program was built; enabled where it is available.
+    [[nodiscard]] static Configuration from(const InformationDictionary& information);
 };
 
 /// Leave to count. What is counted under it belongs to one epoch, which ends when the person switches
@@ -55,7 +55,7 @@ struct PreferenceState {
 class CollectionPreferences {
   public:
     /// `defaults` must outlive this object; `freshUuid` is called from any thread.
-    CollectionPreferences(InformationDictionary information, UserDefaults& defaults,
+    CollectionPreferences(const InformationDictionary& information, UserDefaults& defaults,
                           std::function<QUuid()> freshUuid);
 
     [[nodiscard]] Configuration configuration() const;
@@ -82,11 +82,13 @@ class CollectionPreferences {
     [[nodiscard]] bool isUploading() const;
 
   private:
+    [[nodiscard]] bool isSwitchedOn() const;
     /// Both with the lock held.
     [[nodiscard]] std::optional<CollectionTicket> currentTicket() const;
     void beginEpoch(const QUuid& epoch);
 
-    InformationDictionary information_;
+    /// As long as the person has not switched counting off.
+    const Configuration configuration_;
     UserDefaults& defaults_;
     std::function<QUuid()> freshUuid_;
     mutable PreferenceState state_;

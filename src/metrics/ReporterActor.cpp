@@ -47,6 +47,8 @@ void ReporterActor::record(qint64 count, const CollectionTicket& ticket) {
         keepInMemory(count, resolved(ticket));
         return;
     }
+    if (addAtOnce(count, resolved(ticket)))
+        return;
     const auto current = reconcile();
     if (current && *current != resolved(ticket))
         return;
@@ -126,6 +128,13 @@ StoreResult<> ReporterActor::discard() {
 
 CollectionTicket ReporterActor::resolved(const CollectionTicket& ticket) const {
     return ticket.epoch.isNull() ? CollectionTicket{firstEpoch_} : ticket;
+}
+
+bool ReporterActor::addAtOnce(qint64 count, const CollectionTicket& ticket) {
+    // The store refuses any epoch but its own, and a check is on its way.
+    return (isSending_ || scheduledCheck_.isPending()) && unpersistedCount_ == 0 &&
+           !preferences.isDiscardPending() && preferences.ticket() == ticket &&
+           store_.add(count, nextReportTime(services_.clock.now(), services_.random.unit()), ticket.epoch);
 }
 
 void ReporterActor::keepInMemory(qint64 count, const CollectionTicket& ticket) {
