@@ -43,9 +43,11 @@ Item {
         Behavior on bottomRadius { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
     }
 
-    HoverHints {
+    // The first text brings the fonts with it, which takes longer than everything else the first frame needs.
+    Loader {
         anchors.horizontalCenter: parent.horizontalCenter
-        panel: root.panel
+        active: root.started || root.panel.phase !== 0
+        sourceComponent: HoverHints { panel: root.panel }
     }
 
     Item {
