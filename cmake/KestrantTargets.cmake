@@ -24,6 +24,8 @@ endif()
 if(KESTRANT_SANITIZE)
   add_compile_options(-fsanitize=${KESTRANT_SANITIZE} -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KESTRANT_SANITIZE})
+  # The instrumentation hides from GCC that optionals inside expected values are initialised.
+  add_compile_options(-Wno-maybe-uninitialized)
 endif()
 
 # The include roots hold one link each, to the folder they stand for. They are shared by all build trees, so that a

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/PanelInterface.h"
+#include "app/WakeObserver.h"
 #include "platform/linux/ApplicationState.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "platform/linux/X11PanelWindow.h"
@@ -89,6 +90,10 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
             becameActive();
         else
             panelController_->applicationResignedActive();
+    });
+    wakeObserver_ = std::make_unique<WakeObserver>([this] {
+        calendar_.refresh();
+        reminderStore().systemDidWake();
     });
     return {};
 }

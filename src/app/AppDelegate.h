@@ -29,6 +29,7 @@ namespace kestrant {
 
 class PanelInterface;
 class QtScreenProvider;
+class WakeObserver;
 class X11PanelWindow;
 class X11PointerProvider;
 
@@ -93,6 +94,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<X11PanelWindow> panelWindow_;
     std::unique_ptr<NotchPanelController> panelController_;
 
+    std::unique_ptr<WakeObserver> wakeObserver_;
     ScheduledTask activationReload_;
     ScheduledTask endingTimeout_;
     bool didRequestReminderAccess_ = false;
