@@ -303,7 +303,9 @@ class EventWindow:
                 stdout=log,
             )
         self.window = wait_until(lambda: self._find(), "the other window is there")
-        # A window manager that is still starting leaves the focus where it was.
+        # A window manager that is still starting leaves the focus where it was, and hears no wish before it has taken
+        # the window over.
+        wait_until(lambda: self.window in desktop.stacking(), "the window manager knows the other window")
         desktop.output("xdotool", "windowactivate", str(self.window))
         wait_until(lambda: desktop.active_window() == self.window, "the other window has the focus")
 
