@@ -177,11 +177,12 @@ class VirtualDesktop:
         settings.write_text(WINDOW_MANAGER_SETTINGS)
         self.output("xsetroot", "-solid", "#%02x%02x%02x" % self.background)
         self.spawn(
-            ["openbox", "--sm-disable", "--config-file", str(settings)],
+            ["openbox", "--sm-disable", "--config-file", str(settings), "--startup", "xsetroot -name started"],
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
         )
-        wait_until(lambda: "window id" in self.root_property("_NET_SUPPORTING_WM_CHECK"), "the window manager is there")
+        # Before it says so it may overlook a window that appears.
+        wait_until(lambda: "started" in self.root_property("WM_NAME"), "the window manager has started")
 
     def spawn(self, arguments, **options):
         """Starts a program on this desktop; it ends with the desktop."""
@@ -303,10 +304,6 @@ class EventWindow:
                 stdout=log,
             )
         self.window = wait_until(lambda: self._find(), "the other window is there")
-        # A window manager that is still starting leaves the focus where it was, and hears no wish before it has taken
-        # the window over.
-        wait_until(lambda: self.window in desktop.stacking(), "the window manager knows the other window")
-        desktop.output("xdotool", "windowactivate", str(self.window))
         wait_until(lambda: desktop.active_window() == self.window, "the other window has the focus")
 
     def _find(self):
