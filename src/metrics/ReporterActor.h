@@ -33,7 +33,8 @@ class ReporterActor : public std::enable_shared_from_this<ReporterActor> {
     [[nodiscard]] StoreResult<> discard();
     /// A ticket from before the first epoch was chosen stands for that epoch.
     [[nodiscard]] CollectionTicket resolved(const CollectionTicket& ticket) const;
-    /// The short way, where the store is in line and the next check arranged for. False when nothing was counted.
+    /// The short way, where the store is in line and the next check arranged for. False when nothing was
+    /// counted.
     [[nodiscard]] bool addAtOnce(qint64 count, const CollectionTicket& ticket);
     void keepInMemory(qint64 count, const CollectionTicket& ticket);
 

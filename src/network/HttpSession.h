@@ -36,8 +36,8 @@ struct HttpReply {
     std::optional<QByteArray> body;
 };
 
-/// No complete answer came: no connection, no trust in the server's certificate, silence, or an answer shorter
-/// than announced. One in chunks may end early without this; its JSON tells.
+/// No complete answer came: no connection, no trust in the server's certificate, silence, or an answer
+/// shorter than announced. One in chunks may end early without this; its JSON tells.
 struct TransportError {
     /// For logs.
     QString description;

@@ -11,8 +11,8 @@
 
 namespace kestrant {
 
-/// Clock and scheduler that stand still until told. Wall time and the timers' time move together in advance() and
-/// apart in jumpWall(), as they do when a machine sleeps or its clock is set.
+/// Clock and scheduler that stand still until told. Wall time and the timers' time move together in advance()
+/// and apart in jumpWall(), as they do when a machine sleeps or its clock is set.
 class ManualScheduler : public Scheduler, public Clock {
   public:
     explicit ManualScheduler(Instant start);
@@ -22,14 +22,15 @@ class ManualScheduler : public Scheduler, public Clock {
     [[nodiscard]] ScheduledTask every(Duration interval, std::function<void()> work) override;
     void post(std::function<void()> work) override;
 
-    /// Moves time on, running what falls due in order, each at its own instant, and everything posted meanwhile.
+    /// Moves time on, running what falls due in order, each at its own instant, and everything posted
+    /// meanwhile.
     void advance(Duration duration);
     /// Moves the wall clock alone; timers keep the time they have left.
     void jumpWall(Duration duration);
     /// Runs what was posted (and what that posts) without moving time.
     void runPosted();
-    /// Runs posted work until `done` holds, waiting for other threads to post. False when nothing was posted for ten
-    /// seconds, which is a failure of whoever should have.
+    /// Runs posted work until `done` holds, waiting for other threads to post. False when nothing was posted
+    /// for ten seconds, which is a failure of whoever should have.
     [[nodiscard]] bool runUntil(const std::function<bool()>& done);
 
     /// Timers that have not run or been cancelled.
