@@ -9,6 +9,8 @@
 #include "preferences/PreferenceKeys.h"
 
 #include <QCoreApplication>
+#include <QDesktopServices>
+#include <QUrl>
 
 #include <utility>
 
@@ -129,6 +131,8 @@ void AppDelegate::createPanelController() {
         panelWindow_->focusPanel();
         panelController_->popoverClosed();
     });
+    connect(&interface_->reminders, &RemindersViewModel::privacyPageRequested, this,
+            [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(ReminderStore::privacyPage))); });
     connect(&interface_->settings, &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
 }
 
