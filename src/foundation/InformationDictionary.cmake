@@ -1,6 +1,5 @@
 # Deployment values: what kestrant::InformationDictionary::builtIn() answers.
 
-set(KESTRANT_BUNDLE_IDENTIFIER "com.Kestrant.notchapp" CACHE STRING "Identifier of the application")
 set(KESTRANT_AGGREGATE_METRICS_BASE_URL "" CACHE STRING "Base URL of the aggregate completion counter; empty: no counting")
 option(KESTRANT_AGGREGATE_METRICS_PRIVACY_READY "The aggregate counter's privacy statement is published" OFF)
 option(KESTRANT_AGGREGATE_METRICS_UPLOAD_ENABLED "Count completions and send the totals" OFF)

@@ -31,7 +31,6 @@ tl::expected<QJsonObject, QString> parse(const QString& path, const QByteArray& 
 
 InformationDictionary InformationDictionary::builtIn() {
     QJsonObject values;
-    insertText(values, bundleIdentifierKey, built_in::bundleIdentifier);
     insertText(values, shortVersionKey, built_in::shortVersion);
     insertText(values, aggregateMetricsBaseUrlKey, built_in::aggregateMetricsBaseUrl);
     insertText(values, feedbackBaseUrlKey, built_in::feedbackBaseUrl);

@@ -9,12 +9,11 @@
 
 namespace kestrant {
 
-/// Deployment values of the application: its version, its identifier, the addresses of the services it talks
+/// Deployment values of the application: its version, the addresses of the services it talks
 /// to and the switches that go with them. They are set when the program is configured for building (the cache
 /// variables KESTRANT_…) and never change while it runs. A value. Thread: any.
 class InformationDictionary {
   public:
-    static constexpr auto bundleIdentifierKey = "CFBundleIdentifier";
     static constexpr auto shortVersionKey = "CFBundleShortVersionString";
     static constexpr auto aggregateMetricsBaseUrlKey = "KestrantAggregateMetricsBaseURL";
     static constexpr auto aggregateMetricsPrivacyReadyKey = "KestrantAggregateMetricsPrivacyReady";

@@ -21,15 +21,6 @@ AggregateCompletionReporter::~AggregateCompletionReporter() {
     context_.post([actor = std::move(actor_)]() mutable { actor.reset(); });
 }
 
-std::optional<QString> AggregateCompletionReporter::folderIn(const std::optional<QString>& userDataFolder,
-                                                             const InformationDictionary& information) {
-    if (!userDataFolder)
-        return std::nullopt;
-    const QString identifier =
-        information.string(InformationDictionary::bundleIdentifierKey).value_or(QStringLiteral("Kestrant"));
-    return *userDataFolder + QLatin1Char('/') + identifier + QStringLiteral("/AggregateMetrics");
-}
-
 void AggregateCompletionReporter::recordCompletions(qint64 count) {
     const auto ticket = actor_->preferences.ticket();
     if (count <= 0 || !ticket)

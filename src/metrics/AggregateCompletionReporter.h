@@ -58,12 +58,14 @@ class AggregateCompletionReporter {
         Clock& clock;
         UserDefaults& defaults;
         InformationDictionary information;
-        /// Where the store lies; absent: nothing can be stored.
+        /// Where the store lies, folderName in the application's own folder; absent: nothing can be stored.
         std::optional<QString> folder;
         Randomness random = Randomness::system();
         /// Names the trusted certificates.
         QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
     };
+
+    static constexpr auto folderName = "AggregateMetrics";
 
     /// Does nothing before the first call.
     explicit AggregateCompletionReporter(Services services);
@@ -71,10 +73,6 @@ class AggregateCompletionReporter {
     ~AggregateCompletionReporter();
     AggregateCompletionReporter(const AggregateCompletionReporter&) = delete;
     AggregateCompletionReporter& operator=(const AggregateCompletionReporter&) = delete;
-
-    /// The folder of the store below the user's data folder, as Services wants it.
-    [[nodiscard]] static std::optional<QString> folderIn(const std::optional<QString>& userDataFolder,
-                                                         const InformationDictionary& information);
 
     /// Counts completed reminders; ignored while counting is off, or when `count` is not positive.
     void recordCompletions(qint64 count);

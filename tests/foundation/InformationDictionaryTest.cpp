@@ -60,7 +60,7 @@ TEST_F(InformationDictionaryTest, AFileReplacesOnlyWhatItNamesAndTypesAreKept) {
     ASSERT_TRUE(loaded);
     EXPECT_EQ(loaded->boolean(D::aggregateMetricsPrivacyReadyKey), true);
     EXPECT_EQ(loaded->boolean(D::aggregateMetricsUploadEnabledKey), std::nullopt);
-    EXPECT_EQ(loaded->string(D::bundleIdentifierKey), D::builtIn().string(D::bundleIdentifierKey));
+    EXPECT_EQ(loaded->string(D::shortVersionKey), D::builtIn().string(D::shortVersionKey));
     EXPECT_TRUE(D::builtIn().string(D::shortVersionKey).has_value());
 }
 

@@ -77,7 +77,7 @@ class ReporterHarness {
     [[nodiscard]] double now() const { return secondsSince1970(scheduler.now()); }
 
     QTemporaryDir root{scratchTemplate()};
-    QString folder = root.filePath(QStringLiteral("AggregateMetrics"));
+    QString folder = root.filePath(AggregateCompletionReporter::folderName);
     QString path = metrics::MetricsDatabase::pathIn(folder);
     CountingService service;
     ManualScheduler scheduler{*parseIso8601(u"2026-03-27T13:30:00Z")};

@@ -282,12 +282,4 @@ TEST_F(ReporterTest, WhatWasRecordedBeforeTheEndIsStored) {
     EXPECT_EQ(scheduler.pendingCount(), 0U);
 }
 
-TEST_F(ReporterTest, TheFolderIsNamedAfterTheApplication) {
-    using R = AggregateCompletionReporter;
-    const InformationDictionary named({{InformationDictionary::bundleIdentifierKey, "com.example.app"}});
-    EXPECT_EQ(R::folderIn("/data", named), "/data/com.example.app/AggregateMetrics");
-    EXPECT_EQ(R::folderIn("/data", InformationDictionary()), "/data/Kestrant/AggregateMetrics");
-    EXPECT_EQ(R::folderIn({}, named), std::nullopt);
-}
-
 }  // namespace kestrant
