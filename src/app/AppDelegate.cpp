@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QDesktopServices>
+#include <QLocale>
 #include <QUrl>
 
 #include <utility>
@@ -59,6 +60,31 @@ ReminderStore& AppDelegate::reminderStore() {
     return *reminderStore_;
 }
 
+CalendarStore& AppDelegate::calendarStore() {
+    if (!calendarStore_) {
+        calendarStore_ = std::make_unique<CalendarStore>(CalendarStoreServices{
+            .eventStore = eventStore_,
+            .scheduler = scheduler_,
+            .clock = clock_,
+            .calendar = calendar_,
+            .preferences = preferences_,
+            .notifications = notifications_,
+            .executor = calendarWorker_,
+            .locale = [] { return QLocale::system(); },
+            .clearReminderDueDate =
+                [this](const QString& reminderID,
+                       const std::function<void(tl::expected<void, TextPair>)>& done) {
+                    reminderStore().clearDueDate(
+                        reminderID, [done](const tl::expected<void, ReminderStoreError>& result) {
+                            done(result.map_error(
+                                [](const ReminderStoreError& error) { return error.message(); }));
+                        });
+                },
+        });
+    }
+    return *calendarStore_;
+}
+
 tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
     preferences_.migrateHoverExpandDelay();
     // No introduction stands before the first use yet, so the notch may always expand.
@@ -71,6 +97,7 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
             text("There is no screen to show the panel on.", "Il n’y a pas d’écran où afficher le panneau."));
     geometry_ = std::make_unique<NotchGeometry>(*screen);
     ReminderStore& reminders = reminderStore();
+    CalendarStore& calendar = calendarStore();
 
     interface_ = std::make_unique<PanelInterface>(PanelInterface::Models{
         .clock = clock_,
@@ -81,11 +108,17 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
         .interaction = interactionModel_,
         .geometry = *geometry_,
         .reminders = reminders,
+        .calendarStore = calendar,
     });
     createPanelController();
 
     panelController_->present();
     requestReminderAccess();
+    requestCalendarAccess();
+    calendarSwitch_ = preferences_.observeChanges([this](const QString& key) {
+        if (key == preferenceKeys::showCalendar.name)
+            requestCalendarAccess();
+    });
 
     observeApplicationState(this, [this](bool isActive) {
         if (isActive)
@@ -96,6 +129,7 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
     wakeObserver_ = std::make_unique<WakeObserver>([this] {
         calendar_.refresh();
         reminderStore().systemDidWake();
+        calendarStore().systemDidWake();
     });
     return {};
 }
@@ -139,6 +173,11 @@ void AppDelegate::createPanelController() {
 void AppDelegate::requestReminderAccess() {
     if (!std::exchange(didRequestReminderAccess_, true))
         reminderStore().requestAccess();
+}
+
+void AppDelegate::requestCalendarAccess() {
+    if (preferences_.showCalendar() && !std::exchange(didRequestCalendarAccess_, true))
+        calendarStore().requestAccess();
 }
 
 void AppDelegate::becameActive() {

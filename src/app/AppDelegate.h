@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calendar/CalendarStore.h"
 #include "completion/BackgroundLedgerWriter.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/EventStoreLocation.h"
@@ -10,6 +11,7 @@
 #include "foundation/JsonFileUserDefaults.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/QtScheduler.h"
+#include "foundation/SerialWorker.h"
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
 #include "notch/NotchPanelController.h"
@@ -64,11 +66,14 @@ class AppDelegate : public QObject {
     [[nodiscard]] const Localization& localization() const { return localization_; }
     /// Built on first use.
     [[nodiscard]] ReminderStore& reminderStore();
+    /// Built on first use.
+    [[nodiscard]] CalendarStore& calendarStore();
 
   private:
     [[nodiscard]] EventStoreLocation storeFromPreferences() const;
     void createPanelController();
     void requestReminderAccess();
+    void requestCalendarAccess();
     void becameActive();
 
     QtScheduler scheduler_;
@@ -86,6 +91,9 @@ class AppDelegate : public QObject {
     BackgroundLedgerWriter ledgerWriter_;
     CompletionLedgerRepository ledger_;
     std::unique_ptr<ReminderStore> reminderStore_;
+    SerialWorker calendarWorker_;
+    std::unique_ptr<CalendarStore> calendarStore_;
+    Subscription calendarSwitch_;
     NotchInteractionModel interactionModel_;
     std::unique_ptr<QtScreenProvider> screens_;
     std::unique_ptr<NotchGeometry> geometry_;
@@ -98,6 +106,7 @@ class AppDelegate : public QObject {
     ScheduledTask activationReload_;
     ScheduledTask endingTimeout_;
     bool didRequestReminderAccess_ = false;
+    bool didRequestCalendarAccess_ = false;
     bool isTerminating_ = false;
 };
 

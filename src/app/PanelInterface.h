@@ -12,6 +12,7 @@
 
 namespace kestrant {
 
+class CalendarStore;
 class Localization;
 class NotchGeometry;
 class NotchInteractionModel;
@@ -31,6 +32,7 @@ class PanelInterface {
         NotchInteractionModel& interaction;
         NotchGeometry& geometry;
         ReminderStore& reminders;
+        CalendarStore& calendarStore;
     };
 
     explicit PanelInterface(const Models& models)
