@@ -29,8 +29,9 @@ PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry
     subscriptions_.push_back(notifications.observe(
         notifications::findReminder, [this] { request(&PanelViewModel::findReminderRequested); }));
     subscriptions_.push_back(preferences.observeChanges([this](const QString& key) {
-        if (key == preferenceKeys::showReminders)
-            Q_EMIT showRemindersChanged();
+        if (key == preferenceKeys::showReminders || key == preferenceKeys::showCalendar ||
+            key == preferenceKeys::moduleOrder || key == preferenceKeys::layoutRatio)
+            Q_EMIT modulesChanged();
         else if (key == preferenceKeys::notchMaterial)
             Q_EMIT materialChanged();
     }));
@@ -98,6 +99,18 @@ bool PanelViewModel::showReminders() const {
     return preferences_.showReminders();
 }
 
+bool PanelViewModel::showCalendar() const {
+    return preferences_.showCalendar();
+}
+
+bool PanelViewModel::calendarFirst() const {
+    return preferences_.moduleOrder() == KestrantModuleOrder::calendarFirst;
+}
+
+double PanelViewModel::firstShare() const {
+    return kestrant::firstShare(preferences_.layoutRatio()) / 100.0;
+}
+
 QString PanelViewModel::material() const {
     const QString black = QStringLiteral("black");
     return preferences_.notchMaterial() == black ? black : QStringLiteral("glass");
@@ -109,6 +122,19 @@ void PanelViewModel::setSearchIsFocused(bool focused) {
 
 void PanelViewModel::fold() {
     interaction_.collapse(interaction_.pointerIsInside());
+}
+
+void PanelViewModel::beginReminderDrag(const QString& id, const QRectF& calendar) {
+    const QRectF panel = geometry_.panelFrame();
+    interaction_.setCalendarWindowFrame(QRectF(panel.x() + calendar.x(),
+                                               panel.y() + panel.height() - calendar.bottom(),
+                                               calendar.width(), calendar.height()));
+    interaction_.beginReminderDrag(id);
+}
+
+void PanelViewModel::endReminderDrag(const QString& id) {
+    interaction_.setCalendarWindowFrame({});
+    interaction_.endReminderDrag(id);
 }
 
 void PanelViewModel::updateDueTodayCount() {

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QQmlEngine>
+#include <QRectF>
 #include <QString>
 
 #include <vector>
@@ -40,7 +41,11 @@ class PanelViewModel : public QObject {
     /// Start of the next event, such as "14:00"; shown right of the camera while hovering. Empty for none.
     Q_PROPERTY(QString nextEventText READ nextEventText NOTIFY nextEventTextChanged)
     /// Modules that are switched on.
-    Q_PROPERTY(bool showReminders READ showReminders NOTIFY showRemindersChanged)
+    Q_PROPERTY(bool showReminders READ showReminders NOTIFY modulesChanged)
+    Q_PROPERTY(bool showCalendar READ showCalendar NOTIFY modulesChanged)
+    /// Which of both stands on the left, and how much of the width it has, 0 to 1.
+    Q_PROPERTY(bool calendarFirst READ calendarFirst NOTIFY modulesChanged)
+    Q_PROPERTY(double firstShare READ firstShare NOTIFY modulesChanged)
     /// Background of the expanded panel: "glass" or "black"; an unknown name is "glass".
     Q_PROPERTY(QString material READ material NOTIFY materialChanged)
 
@@ -64,19 +69,26 @@ class PanelViewModel : public QObject {
     [[nodiscard]] const QString& nextEventText() const { return nextEventText_; }
     void setNextEventText(const QString& text);
     [[nodiscard]] bool showReminders() const;
+    [[nodiscard]] bool showCalendar() const;
+    [[nodiscard]] bool calendarFirst() const;
+    [[nodiscard]] double firstShare() const;
     [[nodiscard]] QString material() const;
 
     /// The search field has gained or lost the keyboard focus; while it has it the panel stays open.
     Q_INVOKABLE void setSearchIsFocused(bool focused);
     /// Folds the panel, as Escape does when nothing else is left to leave.
     Q_INVOKABLE void fold();
+    /// A card is being carried; while that lasts the panel stays open. `calendar` is where the days are that
+    /// it can be let go on, in the panel, in points with y downwards.
+    Q_INVOKABLE void beginReminderDrag(const QString& id, const QRectF& calendar);
+    Q_INVOKABLE void endReminderDrag(const QString& id);
 
   Q_SIGNALS:
     void phaseChanged();
     void shapeChanged();
     void dueTodayCountChanged();
     void nextEventTextChanged();
-    void showRemindersChanged();
+    void modulesChanged();
     void materialChanged();
     /// Ctrl+N and Ctrl+F, or whoever posts their notifications; the panel is expanded by then, if it may be.
     void newReminderRequested();

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "calendar/CalendarItems.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <QLocale>
+
+namespace kestrant {
+
+/// How a person reads days and times of day.
+struct TimeStyle {
+    ZoneCalendar calendar;
+    Language language = Language::english;
+    /// Names days and months.
+    QLocale dates;
+    bool twelveHours = false;
+};
+
+/// French is written in 24 hours; English as the person's locale has it.
+[[nodiscard]] TimeStyle timeStyle(const ZoneCalendar& calendar, Language language, const QLocale& dates,
+                                  const QLocale& personal);
+
+/// "14:00", or "2:00 PM".
+[[nodiscard]] QString timeText(Instant instant, const TimeStyle& style);
+
+/// What a row says of its time on one of its days.
+struct RowTimeTexts {
+    /// "09:30 – 10:15", "all day"; of several days "22:00 – Tue 02:00" on the first, "until Tue" between,
+    /// "until 02:00" on the last. Days a week or more ahead are dates: "until 3 Dec".
+    QString span;
+    /// The same in few letters: the start alone, nothing for a whole day.
+    QString brief;
+};
+[[nodiscard]] RowTimeTexts rowTimeTexts(const CalendarEventItem& row, QDate day, const TimeStyle& style);
+
+}  // namespace kestrant
