@@ -4,9 +4,9 @@
 #include "reminders/ReminderStore.h"
 #include "ui/ListColor.h"
 #include "ui/Localizer.h"
+#include "ui/TimeOfDay.h"
 
 #include <QPointer>
-#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -26,24 +26,6 @@ QString capitalized(QString text) {
 }
 
 }  // namespace
-
-std::optional<QTime> timeOfDay(QStringView typed) {
-    static const QRegularExpression form(
-        QStringLiteral(R"(^(\d{1,2})(?:\s*[:h.]\s*(\d{2})|(?<=\d)(\d{2})|\s*h)?\s*(am|pm|a\.m\.|p\.m\.)?$)"),
-        QRegularExpression::CaseInsensitiveOption);
-    const QRegularExpressionMatch match = form.match(typed.trimmed().toString());
-    if (!match.hasMatch())
-        return std::nullopt;
-    int hour = match.captured(1).toInt();
-    const QString minute = match.captured(2) + match.captured(3);
-    if (const QString half = match.captured(4).toLower(); !half.isEmpty()) {
-        if (hour < 1 || hour > 12)
-            return std::nullopt;
-        hour = hour % 12 + (half.startsWith(QLatin1Char('p')) ? 12 : 0);
-    }
-    const QTime time(hour, minute.toInt());
-    return time.isValid() ? std::optional(time) : std::nullopt;
-}
 
 QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
                                      const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
@@ -102,7 +84,7 @@ void QuickAddViewModel::submit() {
     const bool hasTime = !timeText_.trimmed().isEmpty();
     const auto time = hasTime ? timeOfDay(timeText_) : std::optional(QTime(0, 0));
     if (!time)
-        return refuse(text("Enter the time like 9:30.", "Entrez l’heure comme 9:30."));
+        return refuse(unreadableTimeText());
     const ZoneCalendar calendar = calendar_.calendar();
     reminder.dueDateIncludesTime = hasTime;
     if (dueDay_.isValid())

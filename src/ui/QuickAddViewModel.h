@@ -19,10 +19,6 @@ namespace kestrant {
 class Localizer;
 class ReminderStore;
 
-/// A time of day as people type it: "9", "9:30", "9h30", "09.30", "930", "1830", "9 pm". Absent for anything
-/// that is no time of a 24-hour (or, with am or pm, 12-hour) clock.
-[[nodiscard]] std::optional<QTime> timeOfDay(QStringView typed);
-
 /// The new reminder being written, with the month shown to pick its day from. Days are "2026-11-21" to QML.
 /// Thread: main.
 class QuickAddViewModel : public QObject {

@@ -1,4 +1,5 @@
 #include "ui/Program.h"
+#include "ui/TimeOfDay.h"
 
 #include <QSignalSpy>
 

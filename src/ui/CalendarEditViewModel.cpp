@@ -1,0 +1,171 @@
+#include "ui/CalendarEditViewModel.h"
+
+#include "calendar/CalendarStore.h"
+#include "ui/Choices.h"
+#include "ui/Localizer.h"
+
+#include <QPointer>
+
+namespace kestrant {
+
+CalendarEditViewModel::CalendarEditViewModel(CalendarStore& store, const Clock& clock,
+                                             const CurrentCalendar& calendar, Localizer& localizer,
+                                             QObject* parent)
+    : QObject(parent)
+    , store_(store)
+    , localizer_(localizer)
+    , times_(clock, calendar, localizer) {
+    connect(&times_, &EventTimes::edited, this, &CalendarEditViewModel::edited);
+    connect(&localizer, &Localizer::languageChanged, this, &CalendarEditViewModel::changed);
+}
+
+void CalendarEditViewModel::begin(const QVariant& row) {
+    end();
+    row_ = row.value<CalendarEventItem>();
+    loaded_.reset();
+    error_.reset();
+    isSaving_ = false;
+    isReadOnly_ = false;
+    title_ = row_.title;
+    calendarID_.clear();
+    calendarTitle_ = row_.calendarTitle;
+    calendarColor_ = toQColor(row_.calendarColor);
+    location_ = row_.location.value_or(QString());
+    notes_ = row_.notes.value_or(QString());
+    times_.show({row_.startDate, row_.endDate, row_.isAllDay});
+    Q_EMIT changed();
+    store_.loadEditDetails(row_, [self = QPointer(this), form = form_](
+                                     const tl::expected<CalendarEventEditDetails, CalendarError>& details) {
+        if (!self || form != self->form_)
+            return;
+        if (details)
+            self->show(*details);
+        else
+            self->fail(details.error().message());
+    });
+}
+
+void CalendarEditViewModel::end() {
+    ++form_;
+}
+
+void CalendarEditViewModel::show(const CalendarEventEditDetails& details) {
+    loaded_ = details;
+    title_ = details.title;
+    location_ = details.location;
+    notes_ = details.notes;
+    calendarID_ = details.calendarID;
+    isReadOnly_ = !find(store_.writableCalendars(), details.calendarID);
+    times_.show({details.startDate, details.endDate, details.isAllDay});
+    Q_EMIT changed();
+}
+
+void CalendarEditViewModel::fail(const TextPair& reason) {
+    error_ = reason;
+    Q_EMIT changed();
+}
+
+void CalendarEditViewModel::edited() {
+    error_.reset();
+    Q_EMIT changed();
+}
+
+void CalendarEditViewModel::set(QString& field, const QString& value) {
+    if (value == field)
+        return;
+    field = value;
+    edited();
+}
+
+void CalendarEditViewModel::setCalendarId(const QString& id) {
+    const std::vector<EKCalendar> calendars = store_.writableCalendars();
+    const EKCalendar* calendar = find(calendars, id);
+    if (!calendar)
+        return;
+    calendarID_ = id;
+    calendarTitle_ = calendar->title;
+    calendarColor_ = eventColor(*calendar);
+    edited();
+}
+
+void CalendarEditViewModel::save() {
+    if (!canSave())
+        return;
+    const auto span = times_.span();
+    if (!span)
+        return fail(span.error());
+    const CalendarEventEditDetails details{.title = title_,
+                                           .startDate = span->start,
+                                           .endDate = span->end,
+                                           .isAllDay = span->isAllDay,
+                                           .calendarID = calendarID_,
+                                           .location = location_,
+                                           .notes = notes_};
+    if (details == *loaded_) {
+        Q_EMIT saved();
+        return;
+    }
+    isSaving_ = true;
+    edited();
+    store_.updateEvent(
+        row_, details,
+        [self = QPointer(this), form = form_](const tl::expected<void, CalendarError>& result) {
+            if (self)
+                self->finishSaving(form, result);
+        });
+}
+
+void CalendarEditViewModel::finishSaving(int form, const tl::expected<void, CalendarError>& result) {
+    if (form != form_) {
+        if (!result)
+            Q_EMIT changeFailed(localizer_(result.error().message()));
+        return;
+    }
+    isSaving_ = false;
+    if (!result)
+        return fail(result.error().message());
+    Q_EMIT changed();
+    Q_EMIT saved();
+}
+
+void CalendarEditViewModel::remove(const QVariant& row) {
+    store_.deleteItem(row.value<CalendarEventItem>(),
+                      [self = QPointer(this)](const tl::expected<void, CalendarError>& result) {
+                          if (self)
+                              self->finishRemoval(result);
+                      });
+}
+
+void CalendarEditViewModel::detach(const QVariant& row) {
+    store_.removeReminderFromCalendar(
+        row.value<CalendarEventItem>(),
+        [self = QPointer(this)](const tl::expected<void, CalendarError>& result) {
+            if (self)
+                self->finishRemoval(result);
+        });
+}
+
+void CalendarEditViewModel::finishRemoval(const tl::expected<void, CalendarError>& result) {
+    if (result)
+        Q_EMIT removed();
+    else
+        Q_EMIT removalFailed(localizer_(result.error().message()));
+}
+
+bool CalendarEditViewModel::isReminder(const QVariant& row) const {
+    return row.value<CalendarEventItem>().isReminder;
+}
+
+QString CalendarEditViewModel::reminderId(const QVariant& row) const {
+    return row.value<CalendarEventItem>().itemIdentifier;
+}
+
+QVariantList CalendarEditViewModel::calendars() const {
+    return choices(store_.writableCalendars());
+}
+
+QString CalendarEditViewModel::errorText() const {
+    return error_ ? localizer_(*error_) : QString();
+}
+
+}  // namespace kestrant
