@@ -35,6 +35,11 @@ constexpr std::array commandNames{
     CommandName{Command::complete, "complete", "the identifier of a reminder", "l’identifiant d’un rappel"},
     CommandName{Command::remove, "delete", "the identifier of a reminder", "l’identifiant d’un rappel"},
     CommandName{Command::show, "show", "the identifier of a reminder", "l’identifiant d’un rappel"},
+    CommandName{Command::agenda, "agenda", nullptr, nullptr},
+    CommandName{Command::calendars, "calendars", nullptr, nullptr},
+    CommandName{Command::addEvent, "add-event", "a title", "un titre"},
+    CommandName{Command::deleteEvent, "delete-event", "the identifier of a row of the agenda",
+                "l’identifiant d’une ligne de l’agenda"},
 };
 
 const CommandName* commandNamed(const QString& name) {
@@ -57,7 +62,14 @@ enum class Option {
     flagged,
     search,
     due,
-    priority
+    priority,
+    allEvents,
+    reminders,
+    noReminders,
+    start,
+    end,
+    allDay,
+    calendar
 };
 
 struct OptionName {
@@ -83,6 +95,13 @@ constexpr std::array optionNames{
     OptionName{Option::search, "--search", true, {Command::list}},
     OptionName{Option::due, "--due", true, {Command::add}},
     OptionName{Option::priority, "--priority", true, {Command::add}},
+    OptionName{Option::allEvents, "--all", false, {Command::agenda}},
+    OptionName{Option::reminders, "--reminders", false, {Command::agenda}},
+    OptionName{Option::noReminders, "--no-reminders", false, {Command::agenda}},
+    OptionName{Option::start, "--start", true, {Command::addEvent}},
+    OptionName{Option::end, "--end", true, {Command::addEvent}},
+    OptionName{Option::allDay, "--all-day", false, {Command::addEvent}},
+    OptionName{Option::calendar, "--calendar", true, {Command::addEvent}},
 };
 
 const OptionName* optionNamed(const QString& name) {
@@ -144,22 +163,16 @@ tl::expected<SplitArguments, TextPair> split(const QStringList& arguments) {
     return result;
 }
 
-/// "2026-03-27", with "T14:30" or "T14:30:00" behind it for a local time, or a date-time with "Z" or an
-/// offset.
-std::optional<TypedDueDate> readDate(const QString& typed, const ZoneCalendar& calendar) {
-    if (const std::optional<Instant> instant = parseIso8601(typed))
-        return TypedDueDate{*instant, true};
-    const QDate day = QDate::fromString(typed.left(10), QStringLiteral("yyyy-MM-dd"));
-    if (!day.isValid() || day.year() < 1)
-        return std::nullopt;
-    if (typed.size() == 10)
-        return TypedDueDate{calendar.startOfDay(day), false};
-    for (const QString& format : {QStringLiteral("THH:mm"), QStringLiteral("THH:mm:ss")}) {
-        const QTime time = QTime::fromString(typed.mid(10), format);
-        if (time.isValid())
-            return TypedDueDate{calendar.instantAt(day, time), true};
-    }
-    return std::nullopt;
+tl::expected<void, TextPair> takeDate(const GivenOption& given, const ZoneCalendar& calendar,
+                                      std::optional<TypedDate>& date) {
+    date = readTypedDate(given.value, calendar);
+    if (date)
+        return {};
+    const TextPair message =
+        text("%1: “%2” is no date; write it like 2026-03-27 or 2026-03-27T14:30.",
+             "%1 : « %2 » n’est pas une date ; écrivez-la comme 2026-03-27 ou 2026-03-27T14:30.");
+    const QString name = QLatin1String(given.name->name);
+    return Failure(TextPair{message.english.arg(name, given.value), message.french.arg(name, given.value)});
 }
 
 template <typename Values>
@@ -207,7 +220,7 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const ZoneCalendar&
         break;
     }
     case Option::now: {
-        const std::optional<TypedDueDate> now = readDate(value, calendar);
+        const std::optional<TypedDate> now = readTypedDate(value, calendar);
         if (!now || !now->includesTime)
             return failure("--now: “%1” is no time; write it like 2026-03-27T14:30:00Z.",
                            "--now : « %1 » n’est pas une heure ; écrivez-la comme 2026-03-27T14:30:00Z.",
@@ -216,12 +229,26 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const ZoneCalendar&
         break;
     }
     case Option::due:
-        arguments.due = readDate(value, calendar);
-        if (!arguments.due)
-            return failure(
-                "--due: “%1” is no date; write it like 2026-03-27 or 2026-03-27T14:30.",
-                "--due : « %1 » n’est pas une date ; écrivez-la comme 2026-03-27 ou 2026-03-27T14:30.",
-                value);
+        return takeDate(given, calendar, arguments.due);
+    case Option::start:
+        return takeDate(given, calendar, arguments.start);
+    case Option::end:
+        return takeDate(given, calendar, arguments.end);
+    case Option::allEvents:
+        arguments.allEvents = true;
+        break;
+    case Option::reminders:
+    case Option::noReminders:
+        if (arguments.showsReminders)
+            return failure("--reminders and --no-reminders exclude each other.",
+                           "--reminders et --no-reminders s’excluent.");
+        arguments.showsReminders = given.name->option == Option::reminders;
+        break;
+    case Option::allDay:
+        arguments.isAllDay = true;
+        break;
+    case Option::calendar:
+        arguments.calendarID = value;
         break;
     case Option::sort:
         arguments.sort = reminderSortMode(value);
@@ -238,6 +265,21 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const ZoneCalendar&
         break;
     }
     }
+    return {};
+}
+
+/// What only the options of a new event together can break.
+tl::expected<void, TextPair> checkEventDates(const CommandLineArguments& arguments) {
+    if (!arguments.start)
+        return failure("add-event needs --start.", "add-event demande --start.");
+    const bool hasTime = arguments.start->includesTime || (arguments.end && arguments.end->includesTime);
+    const bool hasDay = !arguments.start->includesTime || (arguments.end && !arguments.end->includesTime);
+    if (arguments.isAllDay && hasTime)
+        return failure("With --all-day, --start and --end are days without a time.",
+                       "Avec --all-day, --start et --end sont des jours sans heure.");
+    if (!arguments.isAllDay && hasDay)
+        return failure("--start and --end need a time of day, or --all-day beside them.",
+                       "--start et --end demandent une heure, ou --all-day à côté.");
     return {};
 }
 
@@ -305,50 +347,11 @@ tl::expected<CommandLineArguments, TextPair> parseCommandLine(const QStringList&
                        given->words[expectedWords]);
     if (expectedWords == 2)
         result.subject = given->words[1];
+    if (result.command == Command::addEvent) {
+        if (const auto checked = checkEventDates(result); !checked)
+            return Failure(checked.error());
+    }
     return result;
-}
-
-TextPair commandLineUsage() {
-    return text("Usage: kestrant COMMAND [OPTIONS]\n"
-                "\n"
-                "  list [--sort MODE] [--list ID] [--today] [--overdue] [--flagged] [--search TEXT]\n"
-                "                     the open reminders, in order\n"
-                "  lists              the lists of reminders\n"
-                "  add TITLE [--due DATE] [--priority high|normal|low] [--list ID]\n"
-                "                     creates a reminder and prints its identifier\n"
-                "  complete ID        completes a reminder\n"
-                "  delete ID          deletes a reminder\n"
-                "  show ID            everything about a reminder\n"
-                "\n"
-                "MODE is manual, dueDate, priority, title, creationOldestFirst or creationNewestFirst.\n"
-                "DATE is 2026-03-27, 2026-03-27T14:30 (local time) or 2026-03-27T14:30:00Z.\n"
-                "\n"
-                "  --store vdir:PATH  another folder of iCalendar files\n"
-                "  --now TIME         a fixed present, written like DATE with a time\n"
-                "  --json             prints data as JSON\n"
-                "  --help, --version\n"
-                "\n"
-                "Exit status: 0 done, 1 refused, 2 wrong usage.\n",
-                "Utilisation : kestrant COMMANDE [OPTIONS]\n"
-                "\n"
-                "  list [--sort MODE] [--list ID] [--today] [--overdue] [--flagged] [--search TEXTE]\n"
-                "                     les rappels ouverts, dans l’ordre\n"
-                "  lists              les listes de rappels\n"
-                "  add TITRE [--due DATE] [--priority high|normal|low] [--list ID]\n"
-                "                     crée un rappel et affiche son identifiant\n"
-                "  complete ID        termine un rappel\n"
-                "  delete ID          supprime un rappel\n"
-                "  show ID            tout sur un rappel\n"
-                "\n"
-                "MODE : manual, dueDate, priority, title, creationOldestFirst ou creationNewestFirst.\n"
-                "DATE : 2026-03-27, 2026-03-27T14:30 (heure locale) ou 2026-03-27T14:30:00Z.\n"
-                "\n"
-                "  --store vdir:CHEMIN  un autre dossier de fichiers iCalendar\n"
-                "  --now HEURE          un présent fixe, écrit comme DATE avec une heure\n"
-                "  --json               affiche les données en JSON\n"
-                "  --help, --version\n"
-                "\n"
-                "Code de sortie : 0 fait, 1 refusé, 2 mauvais usage.\n");
 }
 
 }  // namespace kestrant

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "cli/TypedDate.h"
 #include "eventkit/EventStoreLocation.h"
-#include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
 #include "reminders/ReminderTask.h"
@@ -15,19 +15,25 @@
 
 namespace kestrant {
 
-/// A due date as it was typed.
-struct TypedDueDate {
-    /// For a date alone, the start of its day.
-    Instant instant;
-    bool includesTime = false;
-};
-
 /// One command with everything that was asked of it.
 struct CommandLineArguments {
-    enum class Command { list, lists, add, complete, remove, show, help, version };
+    enum class Command {
+        list,
+        lists,
+        add,
+        complete,
+        remove,
+        show,
+        agenda,
+        calendars,
+        addEvent,
+        deleteEvent,
+        help,
+        version
+    };
 
     Command command = Command::help;
-    /// The title to add, or the identifier of the reminder.
+    /// The title to add, the identifier of the reminder, or the row of the agenda.
     QString subject;
     bool json = false;
     /// Where one was named.
@@ -41,8 +47,19 @@ struct CommandLineArguments {
     bool overdueOnly = false;
     bool flaggedOnly = false;
     QString search;
-    std::optional<TypedDueDate> due;
+    std::optional<TypedDate> due;
     NewReminderPriority priority = NewReminderPriority::normal;
+
+    /// The two years of the full calendar instead of the coming week.
+    bool allEvents = false;
+    /// Absent leaves it to the preferences.
+    std::optional<bool> showsReminders;
+    /// Of a new event: days when it takes whole days, times otherwise.
+    std::optional<TypedDate> start;
+    /// All-day: the last day.
+    std::optional<TypedDate> end;
+    bool isAllDay = false;
+    std::optional<QString> calendarID;
 };
 
 /// Reads the arguments after the program's name; local times are those of `calendar`. Fails with a sentence

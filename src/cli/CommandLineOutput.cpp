@@ -1,19 +1,13 @@
 #include "cli/CommandLineOutput.h"
 
-#include "reminders/ReminderAlerts.h"
-#include "reminders/ReminderDueText.h"
-
-#include <QHash>
+#include <QJsonObject>
 
 #include <algorithm>
-#include <cmath>
 #include <cwchar>
 
 namespace kestrant {
 
 namespace {
-
-using Rows = std::vector<QStringList>;
 
 /// Columns a terminal needs for a text.
 int displayWidth(const QString& line) {
@@ -23,7 +17,8 @@ int displayWidth(const QString& line) {
     return width;
 }
 
-/// Nothing from a file may move the cursor or break a line.
+}  // namespace
+
 QString printable(QString text) {
     for (QChar& character : text) {
         if (character.category() == QChar::Other_Control)
@@ -32,7 +27,7 @@ QString printable(QString text) {
     return text;
 }
 
-QString aligned(const Rows& rows) {
+QStringList alignedLines(const TextRows& rows) {
     std::vector<int> widths;
     for (const QStringList& row : rows) {
         widths.resize(std::max<std::size_t>(widths.size(), static_cast<std::size_t>(row.size())));
@@ -40,7 +35,7 @@ QString aligned(const Rows& rows) {
             widths[static_cast<std::size_t>(column)] =
                 std::max(widths[static_cast<std::size_t>(column)], displayWidth(row[column]));
     }
-    QString result;
+    QStringList result;
     for (const QStringList& row : rows) {
         QString line;
         for (qsizetype column = 0; column < row.size(); ++column) {
@@ -51,49 +46,16 @@ QString aligned(const Rows& rows) {
         }
         while (line.endsWith(u' '))
             line.chop(1);
-        result += line + u'\n';
+        result.append(line);
     }
     return result;
 }
 
-QString marks(const ReminderTask& task) {
+QString alignedText(const TextRows& rows) {
     QString result;
-    if (task.priority >= 1 && task.priority <= 9)
-        result = QString(task.priority < 5 ? 3 : task.priority == 5 ? 2 : 1, u'!');
-    if (task.isFlagged)
-        result += u'⚑';
-    if (task.isRecurring)
-        result += u'↻';
+    for (const QString& line : alignedLines(rows))
+        result += line + u'\n';
     return result;
-}
-
-QString dueText(const ReminderTask& task, const OutputContext& context) {
-    if (!task.dueDate)
-        return {};
-    return reminderDueText(*task.dueDate, task.dueDateIncludesTime, context.now, context.calendar,
-                           context.language);
-}
-
-QString alertText(const ReminderAlertSchedule& schedule, Language language) {
-    if (const auto* relative = std::get_if<RelativeToDueTime>(&schedule)) {
-        if (const auto timing = reminderAlertTiming(relative->seconds))
-            return label(*timing).in(language);
-        const TextPair distance = relative->seconds < 0
-                                      ? text("%1 min before the due time", "%1 min avant l’échéance")
-                                      : text("%1 min after the due time", "%1 min après l’échéance");
-        return distance.in(language).arg(std::abs(relative->seconds) / 60);
-    }
-    const auto& day = std::get<DayRelativeToDueDate>(schedule);
-    const auto dayName = reminderDateOnlyAlertDay(day.dayOffset);
-    return QStringLiteral("%1 %2").arg(dayName ? label(*dayName).in(language)
-                                               : QString::number(day.dayOffset),
-                                       QTime(day.hour, day.minute).toString(QStringLiteral("HH:mm")));
-}
-
-QString listTitle(const QString& id, const std::vector<ReminderList>& lists) {
-    const auto found =
-        std::find_if(lists.begin(), lists.end(), [&](const ReminderList& list) { return list.id == id; });
-    return found == lists.end() ? id : found->title;
 }
 
 QJsonValue instantAsJson(const std::optional<Instant>& instant) {
@@ -104,128 +66,32 @@ QJsonValue textAsJson(const std::optional<QString>& value) {
     return value ? QJsonValue(*value) : QJsonValue(QJsonValue::Null);
 }
 
-QJsonValue scheduleAsJson(const std::optional<ReminderAlertSchedule>& schedule) {
-    if (!schedule)
-        return QJsonValue::Null;
-    if (const auto* relative = std::get_if<RelativeToDueTime>(&*schedule))
-        return QJsonObject{{QStringLiteral("relativeToDueTime"), relative->seconds}};
-    const auto& day = std::get<DayRelativeToDueDate>(*schedule);
-    return QJsonObject{
-        {QStringLiteral("dayRelativeToDueDate"), QJsonArray{day.dayOffset, day.hour, day.minute}}};
-}
-
-QJsonObject taskAsJson(const ReminderTask& task, const ZoneCalendar& calendar) {
-    const QJsonValue due = task.dueDate && !task.dueDateIncludesTime
-                               ? QJsonValue(calendar.dayOf(*task.dueDate).toString(Qt::ISODate))
-                               : instantAsJson(task.dueDate);
-    return {{QStringLiteral("id"), task.id},
-            {QStringLiteral("title"), task.title},
-            {QStringLiteral("dueDate"), due},
-            {QStringLiteral("dueDateIncludesTime"), task.dueDateIncludesTime},
-            {QStringLiteral("dueAlertSchedule"), scheduleAsJson(task.dueAlertSchedule)},
-            {QStringLiteral("creationDate"), instantAsJson(task.creationDate)},
-            {QStringLiteral("priority"), task.priority},
-            {QStringLiteral("listID"), task.listID},
-            {QStringLiteral("isFlagged"), task.isFlagged}};
-}
-
-QStringList recurrenceTexts(const EKReminderData& reminder) {
-    QStringList rules;
-    for (const EKRecurrenceRule& rule : reminder.recurrenceRules)
-        rules.append(rule.text);
-    return rules;
-}
-
-}  // namespace
-
-QJsonArray tasksAsJson(const std::vector<ReminderTask>& tasks, const ZoneCalendar& calendar) {
+QJsonArray calendarsAsJson(const std::vector<EKCalendar>& calendars) {
     QJsonArray result;
-    for (const ReminderTask& task : tasks)
-        result.append(taskAsJson(task, calendar));
-    return result;
-}
-
-QString tasksAsTable(const std::vector<ReminderTask>& tasks, const std::vector<ReminderList>& lists,
-                     const OutputContext& context) {
-    if (tasks.empty())
-        return text("No reminders.\n", "Aucun rappel.\n").in(context.language);
-    QHash<QString, QString> titles;
-    for (const ReminderList& list : lists)
-        titles.insert(list.id, printable(list.title));
-    Rows rows;
-    rows.reserve(tasks.size());
-    for (const ReminderTask& task : tasks)
-        rows.push_back({dueText(task, context), marks(task), printable(task.title),
-                        titles.value(task.listID, task.listID), printable(task.id)});
-    return aligned(rows);
-}
-
-QJsonArray listsAsJson(const std::vector<ReminderList>& lists) {
-    QJsonArray result;
-    for (const ReminderList& list : lists)
+    for (const EKCalendar& calendar : calendars)
         result.append(QJsonObject{
-            {QStringLiteral("id"), list.id},
-            {QStringLiteral("title"), list.title},
+            {QStringLiteral("id"), calendar.calendarIdentifier},
+            {QStringLiteral("title"), calendar.title},
             {QStringLiteral("color"),
-             list.color ? QJsonValue(list.color->toString()) : QJsonValue(QJsonValue::Null)},
-            {QStringLiteral("allowsContentModifications"), list.allowsContentModifications},
+             calendar.color ? QJsonValue(calendar.color->toString()) : QJsonValue(QJsonValue::Null)},
+            {QStringLiteral("allowsContentModifications"), calendar.allowsContentModifications},
         });
     return result;
 }
 
-QString listsAsTable(const std::vector<ReminderList>& lists, Language language) {
-    if (lists.empty())
-        return text("No lists.\n", "Aucune liste.\n").in(language);
-    Rows rows;
-    for (const ReminderList& list : lists)
-        rows.push_back(
-            {printable(list.title), printable(list.id),
-             list.allowsContentModifications ? QString() : text("read-only", "lecture seule").in(language)});
-    return aligned(rows);
-}
-
-QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder,
-                           const ZoneCalendar& calendar) {
-    QJsonObject result = taskAsJson(task, calendar);
-    result.insert(QStringLiteral("isCompleted"), reminder.isCompleted);
-    result.insert(QStringLiteral("completionDate"), instantAsJson(reminder.completionDate));
-    result.insert(QStringLiteral("notes"), textAsJson(reminder.notes));
-    result.insert(QStringLiteral("location"), textAsJson(reminder.location));
-    result.insert(QStringLiteral("url"), textAsJson(reminder.url));
-    result.insert(QStringLiteral("recurrenceRules"), QJsonArray::fromStringList(recurrenceTexts(reminder)));
-    return result;
-}
-
-QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder,
-                        const std::vector<ReminderList>& lists, const OutputContext& context) {
-    Rows rows;
-    const auto add = [&](const char* english, const char* french, const QString& value) {
-        if (!value.isEmpty())
-            rows.push_back({text(english, french).in(context.language), printable(value)});
-    };
-    const auto moment = [&](const std::optional<Instant>& instant) {
-        return instant ? reminderDueText(*instant, true, context.now, context.calendar, context.language)
-                       : QString();
-    };
-    add("Title", "Titre", task.title);
-    add("List", "Liste", listTitle(task.listID, lists));
-    add("Due", "Échéance", dueText(task, context));
-    if (task.dueAlertSchedule)
-        add("Alert", "Alerte", alertText(*task.dueAlertSchedule, context.language));
-    add("Marks", "Marques", marks(task));
-    add("Repeats", "Répétition", recurrenceTexts(reminder).join(QStringLiteral("; ")));
-    if (reminder.isCompleted)
-        add("Completed", "Terminé",
-            reminder.completionDate ? moment(reminder.completionDate) : QStringLiteral("✓"));
-    add("Created", "Créé", moment(task.creationDate));
-    add("Location", "Lieu", reminder.location.value_or(QString()));
-    add("Link", "Lien", reminder.url.value_or(QString()));
-    const QStringList notes = reminder.notes.value_or(QString()).split(u'\n');
-    add("Notes", "Notes", notes.first());
-    for (qsizetype line = 1; line < notes.size(); ++line)
-        rows.push_back({QString(), printable(notes[line])});
-    add("Identifier", "Identifiant", task.id);
-    return aligned(rows);
+QString calendarsAsTable(const std::vector<EKCalendar>& calendars, EKEntityType type, Language language) {
+    if (calendars.empty())
+        return (type == EKEntityType::reminder ? text("No lists.\n", "Aucune liste.\n")
+                                               : text("No calendars.\n", "Aucun calendrier.\n"))
+            .in(language);
+    TextRows rows;
+    rows.reserve(calendars.size());
+    for (const EKCalendar& calendar : calendars)
+        rows.push_back({printable(calendar.title), printable(calendar.calendarIdentifier),
+                        calendar.allowsContentModifications
+                            ? QString()
+                            : text("read-only", "lecture seule").in(language)});
+    return alignedText(rows);
 }
 
 }  // namespace kestrant

@@ -3,12 +3,13 @@
 #include "eventkit/EKTypes.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
-#include "reminders/ReminderTask.h"
 
 #include <QJsonArray>
-#include <QJsonObject>
+#include <QJsonValue>
 #include <QString>
+#include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace kestrant {
@@ -20,18 +21,25 @@ struct OutputContext {
     Language language = Language::english;
 };
 
-[[nodiscard]] QJsonArray tasksAsJson(const std::vector<ReminderTask>& tasks, const ZoneCalendar& calendar);
-/// One line for each task: due date in words, priority and flag, title, list, identifier, in aligned columns.
-[[nodiscard]] QString tasksAsTable(const std::vector<ReminderTask>& tasks,
-                                   const std::vector<ReminderList>& lists, const OutputContext& context);
+/// The cells of a table, row by row.
+using TextRows = std::vector<QStringList>;
 
-[[nodiscard]] QJsonArray listsAsJson(const std::vector<ReminderList>& lists);
-[[nodiscard]] QString listsAsTable(const std::vector<ReminderList>& lists, Language language);
+/// A text from a file, unable to move the cursor or to break a line.
+[[nodiscard]] QString printable(QString text);
+/// A line for each row, without its end, the cells in columns as wide as a terminal needs; columns without
+/// any text are left out.
+[[nodiscard]] QStringList alignedLines(const TextRows& rows);
+/// The same as one text.
+[[nodiscard]] QString alignedText(const TextRows& rows);
 
-/// The task with what else the database holds of the reminder.
-[[nodiscard]] QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder,
-                                         const ZoneCalendar& calendar);
-[[nodiscard]] QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder,
-                                      const std::vector<ReminderList>& lists, const OutputContext& context);
+/// Null where there is none.
+[[nodiscard]] QJsonValue instantAsJson(const std::optional<Instant>& instant);
+[[nodiscard]] QJsonValue textAsJson(const std::optional<QString>& value);
+
+/// Lists of reminders or calendars of events.
+[[nodiscard]] QJsonArray calendarsAsJson(const std::vector<EKCalendar>& calendars);
+/// One line for each: title, identifier, whether it is read-only. `type` decides what it says without any.
+[[nodiscard]] QString calendarsAsTable(const std::vector<EKCalendar>& calendars, EKEntityType type,
+                                       Language language);
 
 }  // namespace kestrant

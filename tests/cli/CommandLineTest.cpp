@@ -1,37 +1,13 @@
-#include "cli/CommandLine.h"
+#include "CommandLineFixture.h"
 
-#include "foundation/AtomicFile.h"
-#include "foundation/Clocks.h"
-
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTemporaryDir>
-
-#include <gmock/gmock.h>
 
 namespace kestrant {
 namespace {
 
-struct Result {
-    int status = -1;
-    QString out;
-    QString err;
-
-    [[nodiscard]] QJsonDocument json() const { return QJsonDocument::fromJson(out.toUtf8()); }
-    [[nodiscard]] QStringList ids() const {
-        QStringList result;
-        for (const QJsonValue task : json().array())
-            result.append(task[QLatin1String("id")].toString());
-        return result;
-    }
-};
-
-/// Commands on a real folder with the lists "home" and "work"; Friday 27 March 2026, noon, in Paris.
-class CommandLineTest : public testing::Test {
+/// The lists "home" and "work".
+class CommandLineTest : public CommandLineFixture {
   protected:
     CommandLineTest() {
         putTodo("home", "milk",
@@ -43,44 +19,6 @@ class CommandLineTest : public testing::Test {
         putTodo("work", "report", "SUMMARY:Ärger mit Bericht\r\nCREATED:20260303T080000Z\r\n");
         putTodo("work", "done", "SUMMARY:Done\r\nSTATUS:COMPLETED\r\nCOMPLETED:20260301T080000Z\r\n");
     }
-
-    [[nodiscard]] QString path(const QString& name) const { return root.filePath(name); }
-    [[nodiscard]] QString file(const QString& name) const {
-        return QString::fromUtf8(readFile(path(name)).value_or(QByteArray()));
-    }
-    void put(const QString& name, const QByteArray& content) const {
-        ASSERT_TRUE(createFolder(QFileInfo(path(name)).path()).has_value());
-        ASSERT_TRUE(writeFileAtomically(path(name), content).has_value());
-    }
-    void putTodo(const char* list, const char* uid, const QByteArray& lines) const {
-        put(QStringLiteral("store/%1/%2.ics").arg(QLatin1String(list), QLatin1String(uid)),
-            QByteArray("BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Test//EN\r\nBEGIN:VTODO\r\nUID:") + uid +
-                "\r\nDTSTAMP:20260301T080000Z\r\n" + lines + "END:VTODO\r\nEND:VCALENDAR\r\n");
-    }
-
-    Result run(const QStringList& arguments) const {
-        Result result;
-        const CommandLineEnvironment environment{
-            .version = QStringLiteral("1.2.3"),
-            .storeFolder = path(QStringLiteral("store")),
-            .preferencesFile = path(QStringLiteral("preferences.json")),
-            .ledgerFile = path(QStringLiteral("ledger.json")),
-            .systemLocale = QLocale(QLocale::English, QLocale::UnitedStates),
-            .calendar = ZoneCalendar(QTimeZone("Europe/Paris")),
-            .clock = clock,
-            .out = [&](const QString& text) { result.out += text; },
-            .err = [&](const QString& text) { result.err += text; },
-        };
-        result.status = runCommandLine(arguments, environment);
-        return result;
-    }
-
-    int argumentCount = 1;
-    char programName[5] = "test";
-    char* programArguments[2] = {programName, nullptr};
-    QCoreApplication application{argumentCount, programArguments};
-    QTemporaryDir root;
-    FixedClock clock{parseIso8601(u"2026-03-27T11:00:00Z").value()};
 };
 
 TEST_F(CommandLineTest, ListPrintsTheOpenRemindersAsJson) {

@@ -1,0 +1,183 @@
+#include "cli/CalendarCommands.h"
+
+#include "calendar/CalendarEditing.h"
+#include "calendar/CalendarRows.h"
+#include "cli/CalendarOutput.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+namespace kestrant {
+
+namespace {
+
+using Command = CommandLineArguments::Command;
+using ErrorCode = CalendarError::Code;
+
+/// The year 9999 has ended, in seconds since 1970.
+constexpr double latestStart = 253'402'400'000;
+
+/// The start that the row key of an event ends with.
+std::optional<Instant> startOfRow(const QString& rowID) {
+    const qsizetype separator = rowID.lastIndexOf(u'_');
+    bool isNumber = false;
+    const double seconds = rowID.mid(separator + 1).toDouble(&isNumber);
+    if (separator < 0 || !isNumber || !(std::abs(seconds) < latestStart))
+        return std::nullopt;
+    const Instant start = instantFromSecondsSince1970(seconds);
+    return eventRowID(rowID.left(separator), start) == rowID ? std::optional(start) : std::nullopt;
+}
+
+}  // namespace
+
+CalendarCommands::CalendarCommands(CommandRun& run)
+    : run_(run)
+    , store_({.eventStore = run.eventStore,
+              .scheduler = run.scheduler,
+              .clock = run.clock,
+              .calendar = run.calendar,
+              .preferences = run.preferences,
+              .notifications = run.notifications,
+              .executor = executor_,
+              .locale = [&run] { return run.environment.systemLocale; },
+              .clearReminderDueDate = {}}) {
+    if (run.arguments.showsReminders)
+        run.preferences.setShowRemindersInCalendar(*run.arguments.showsReminders);
+    store_.setShowsAllEvents(run.arguments.allEvents);
+}
+
+void CalendarCommands::start() {
+    const auto proceedLater = [this](auto signal) {
+        // Queued, so that the store has come to rest.
+        QObject::connect(
+            &store_, signal, &store_, [this] { proceed(); }, Qt::QueuedConnection);
+    };
+    proceedLater(&CalendarStore::accessStateChanged);
+    proceedLater(&CalendarStore::isLoadingChanged);
+    store_.requestAccess();
+}
+
+void CalendarCommands::proceed() {
+    using Kind = CalendarAccessState::Kind;
+    const CalendarAccessState& state = store_.accessState();
+    if (hasBegun_ || state.kind == Kind::requesting || store_.isLoading())
+        return;
+    hasBegun_ = true;
+    if (state.kind != Kind::authorized) {
+        run_.refuse(state.kind == Kind::failed ? state.message
+                                               : CalendarError{ErrorCode::notAuthorized, {}}.message());
+        return;
+    }
+    run_.printProblems();
+    carryOut();
+}
+
+void CalendarCommands::carryOut() {
+    switch (run_.arguments.command) {
+    case Command::agenda:
+        printAgenda();
+        return;
+    case Command::calendars:
+        run_.printCalendars(EKEntityType::event);
+        run_.finish();
+        return;
+    case Command::addEvent:
+        addEvent();
+        return;
+    case Command::deleteEvent:
+        deleteEvent();
+        return;
+    default:
+        return;
+    }
+}
+
+void CalendarCommands::printAgenda() {
+    if (run_.arguments.json)
+        run_.printJson(dayGroupsAsJson(store_.dayGroups()));
+    else
+        run_.print(dayGroupsAsText(store_.dayGroups(), run_.outputContext()));
+    run_.finish();
+}
+
+bool CalendarCommands::isEventCalendar(const QString& identifier) const {
+    const std::vector<EKCalendar> calendars = run_.eventStore.calendars(EKEntityType::event);
+    return std::any_of(calendars.begin(), calendars.end(),
+                       [&](const EKCalendar& calendar) { return calendar.calendarIdentifier == identifier; });
+}
+
+void CalendarCommands::addEvent() {
+    const CommandLineArguments& arguments = run_.arguments;
+    const ZoneCalendar& calendar = run_.environment.calendar;
+    const auto refuse = [this](const CalendarError& error) { run_.refuse(error.message()); };
+
+    NewCalendarEvent event{.title = arguments.subject,
+                           .startDate = arguments.start->instant,
+                           .endDate = arguments.start->instant,
+                           .isAllDay = arguments.isAllDay};
+    if (arguments.end) {
+        event.endDate = arguments.end->instant;
+        if (arguments.isAllDay)
+            event.endDate = calendar.startOfDay(calendar.dayOf(event.endDate).addDays(1));
+        if (event.endDate <= event.startDate)
+            return refuse({ErrorCode::invalidDateRange, {}});
+    }
+    auto data = newEventData(event, calendar);
+    if (!data)
+        return refuse(data.error());
+    if (arguments.calendarID) {
+        if (!isEventCalendar(*arguments.calendarID))
+            return refuse({ErrorCode::calendarUnavailable, {}});
+        data->calendarIdentifier = *arguments.calendarID;
+    }
+    const auto created = std::make_shared<EKEvent>();
+    created->data = std::move(*data);
+    run_.eventStore.save(
+        created, EKSpan::thisEvent, [this, created](const tl::expected<EKSaveResult, EKError>& result) {
+            if (!result) {
+                run_.refuse(result.error().message);
+                return;
+            }
+            run_.printIdentifier(eventRowID(result->calendarItemIdentifier, created->data.startDate));
+            run_.finish();
+        });
+}
+
+void CalendarCommands::deleteEvent() {
+    const auto start = startOfRow(run_.arguments.subject);
+    if (!start) {
+        deleteRowAmong({});
+        return;
+    }
+    fetchCalendarItems(*start, *start + Duration(1), run_.eventStore, false, run_.environment.calendar,
+                       [this](const CalendarItems& items) { deleteRowAmong(items); });
+}
+
+void CalendarCommands::deleteRowAmong(const CalendarItems& items) {
+    for (const auto& event : items.events) {
+        const CalendarEventItem row = eventRow(*event, nullptr, run_.localization.language());
+        if (row.id != run_.arguments.subject)
+            continue;
+        store_.deleteItem(row, [this](const tl::expected<void, CalendarError>& result) {
+            if (!result) {
+                run_.refuse(result.error().message());
+                return;
+            }
+            if (run_.arguments.json)
+                run_.printIdentifier(run_.arguments.subject);
+            run_.finish();
+        });
+        return;
+    }
+    if (const auto reminder = reminderIdentifier(run_.arguments.subject)) {
+        const TextPair message = text("This row is a reminder; delete it with kestrant delete %1.",
+                                      "Cette ligne est un rappel ; supprimez-le avec kestrant delete %1.");
+        run_.refuse({message.english.arg(*reminder), message.french.arg(*reminder)});
+        return;
+    }
+    run_.refuse(CalendarError{ErrorCode::itemNotFound, {}}.message());
+}
+
+}  // namespace kestrant

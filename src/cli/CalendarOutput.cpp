@@ -1,0 +1,80 @@
+#include "cli/CalendarOutput.h"
+
+#include <QJsonObject>
+
+namespace kestrant {
+
+namespace {
+
+QJsonObject rowAsJson(const CalendarEventItem& row) {
+    return {{QStringLiteral("id"), row.id},
+            {QStringLiteral("itemIdentifier"), row.itemIdentifier},
+            {QStringLiteral("title"), row.title},
+            {QStringLiteral("startDate"), toIso8601(row.startDate)},
+            {QStringLiteral("endDate"), toIso8601(row.endDate)},
+            {QStringLiteral("isAllDay"), row.isAllDay},
+            {QStringLiteral("calendarTitle"), row.calendarTitle},
+            {QStringLiteral("location"), textAsJson(row.location)},
+            {QStringLiteral("notes"), textAsJson(row.notes)},
+            {QStringLiteral("isHappeningNow"), row.isHappeningNow},
+            {QStringLiteral("isReminder"), row.isReminder}};
+}
+
+QString timeText(const CalendarEventItem& row, const CalendarDayGroup& day, const OutputContext& context) {
+    if (row.isAllDay)
+        return text("All day", "Journée").in(context.language);
+    const auto clock = [&](Instant instant) {
+        return context.calendar.timeOf(instant).toString(QStringLiteral("HH:mm"));
+    };
+    const QString elsewhere = QStringLiteral("…");
+    const QString start = row.startDate < day.date ? elsewhere : clock(row.startDate);
+    if (row.isReminder || row.endDate == row.startDate)
+        return start;
+    const bool endsLater = row.endDate > context.calendar.startOfDay(day.day.addDays(1));
+    return start + u'–' + (endsLater ? elsewhere : clock(row.endDate));
+}
+
+QString mark(const CalendarEventItem& row) {
+    if (row.isReminder)
+        return QStringLiteral("○");
+    return row.isHappeningNow ? QStringLiteral("▸") : QString();
+}
+
+}  // namespace
+
+QJsonArray dayGroupsAsJson(const QList<CalendarDayGroup>& groups) {
+    QJsonArray result;
+    for (const CalendarDayGroup& group : groups) {
+        QJsonArray rows;
+        for (const CalendarEventItem& row : group.events)
+            rows.append(rowAsJson(row));
+        result.append(QJsonObject{{QStringLiteral("date"), toIso8601(group.date)},
+                                  {QStringLiteral("headerTitle"), group.headerTitle},
+                                  {QStringLiteral("isToday"), group.isToday},
+                                  {QStringLiteral("events"), rows}});
+    }
+    return result;
+}
+
+QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, const OutputContext& context) {
+    if (groups.isEmpty())
+        return text("No upcoming events.\n", "Aucun événement à venir.\n").in(context.language);
+    TextRows rows;
+    for (const CalendarDayGroup& group : groups) {
+        for (const CalendarEventItem& row : group.events)
+            rows.push_back({timeText(row, group, context), mark(row), printable(row.title),
+                            printable(row.location.value_or(QString())), printable(row.calendarTitle),
+                            printable(row.id)});
+    }
+    const QStringList lines = alignedLines(rows);
+    QString result;
+    auto line = lines.begin();
+    for (const CalendarDayGroup& group : groups) {
+        result += (result.isEmpty() ? QString() : QStringLiteral("\n")) + group.headerTitle + u'\n';
+        for (qsizetype row = 0; row < group.events.size(); ++row)
+            result += QStringLiteral("  ") + *line++ + u'\n';
+    }
+    return result;
+}
+
+}  // namespace kestrant

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "calendar/CalendarItems.h"
+#include "cli/CommandLineOutput.h"
+
+#include <QJsonArray>
+#include <QList>
+#include <QString>
+
+namespace kestrant {
+
+[[nodiscard]] QJsonArray dayGroupsAsJson(const QList<CalendarDayGroup>& groups);
+
+/// For each day its heading and a line for each row: time, a mark (▸ for what is happening, ○ for a
+/// reminder), title, place, calendar and identifier, in columns that are aligned throughout. A time that lies
+/// on another day is told by three dots.
+[[nodiscard]] QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, const OutputContext& context);
+
+}  // namespace kestrant

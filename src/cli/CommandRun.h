@@ -1,0 +1,60 @@
+#pragma once
+
+#include "cli/CommandLine.h"
+#include "cli/CommandLineArguments.h"
+#include "cli/CommandLineOutput.h"
+#include "eventkit/vdir/VdirEventStore.h"
+#include "foundation/Clocks.h"
+#include "foundation/CurrentCalendars.h"
+#include "foundation/NotificationCenter.h"
+#include "foundation/QtScheduler.h"
+#include "foundation/UserDefaults.h"
+#include "preferences/Localization.h"
+#include "preferences/Preferences.h"
+
+#include <QString>
+
+namespace kestrant {
+
+/// One command on its way to the exit status: what was asked, the surroundings, the database, and the means
+/// to answer. Thread: main, whose event loop runs until end().
+class CommandRun {
+  public:
+    CommandRun(const CommandLineArguments& asked, const CommandLineEnvironment& surroundings,
+               UserDefaults& userDefaults, Preferences& personsPreferences, Localization& texts,
+               const QString& storeFolder);
+    CommandRun(const CommandRun&) = delete;
+    CommandRun& operator=(const CommandRun&) = delete;
+
+    const CommandLineArguments& arguments;
+    const CommandLineEnvironment& environment;
+    /// What is changed here is forgotten with the command.
+    UserDefaults& defaults;
+    Preferences& preferences;
+    Localization& localization;
+    QtScheduler scheduler;
+    FixedClock clock;
+    FixedCurrentCalendar calendar;
+    NotificationCenter notifications;
+    VdirEventStore eventStore;
+
+    [[nodiscard]] OutputContext outputContext() const;
+    void print(const QString& text) const { environment.out(text); }
+    void printJson(const QJsonArray& json) const;
+    void printJson(const QJsonObject& json) const;
+    /// Prints the identifier of what a command has made or changed: alone in its line, or as {"id": …}.
+    void printIdentifier(const QString& identifier) const;
+    /// The lists of reminders or the calendars of events.
+    void printCalendars(EKEntityType type) const;
+    void printError(const TextPair& message) const;
+    /// The files that could not be read.
+    void printProblems() const;
+
+    void finish() const;
+    /// Ends without having done what was asked.
+    void refuse(const TextPair& reason) const;
+};
+
+enum CommandStatus { done = 0, refused = 1, wrongUsage = 2 };
+
+}  // namespace kestrant

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "cli/CommandLineOutput.h"
+#include "eventkit/EKTypes.h"
+#include "foundation/ZoneCalendar.h"
+#include "reminders/ReminderTask.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QString>
+
+#include <vector>
+
+namespace kestrant {
+
+[[nodiscard]] QJsonArray tasksAsJson(const std::vector<ReminderTask>& tasks, const ZoneCalendar& calendar);
+/// One line for each task: due date in words, priority and flag, title, list, identifier, in aligned columns.
+[[nodiscard]] QString tasksAsTable(const std::vector<ReminderTask>& tasks,
+                                   const std::vector<ReminderList>& lists, const OutputContext& context);
+
+/// The task with what else the database holds of the reminder.
+[[nodiscard]] QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder,
+                                         const ZoneCalendar& calendar);
+[[nodiscard]] QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder,
+                                      const std::vector<ReminderList>& lists, const OutputContext& context);
+
+}  // namespace kestrant

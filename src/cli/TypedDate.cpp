@@ -1,0 +1,25 @@
+#include "cli/TypedDate.h"
+
+namespace kestrant {
+
+std::optional<TypedDate> readTypedDate(const QString& typed, const ZoneCalendar& calendar) {
+    const QDate day = QDate::fromString(typed.left(10), QStringLiteral("yyyy-MM-dd"));
+    if (!day.isValid() || day.year() < 1)
+        return std::nullopt;
+    if (typed.size() == 10)
+        return TypedDate{calendar.startOfDay(day), false};
+    const QChar separator = typed[10];
+    if (separator != u'T' && separator != u't' && separator != u' ')
+        return std::nullopt;
+    const QString time = typed.mid(11);
+    if (const auto instant = parseIso8601(QString(typed.left(10) + u'T' + time)))
+        return TypedDate{*instant, true};
+    for (const QString& format : {QStringLiteral("HH:mm"), QStringLiteral("HH:mm:ss")}) {
+        const QTime local = QTime::fromString(time, format);
+        if (local.isValid())
+            return TypedDate{calendar.instantAt(day, local), true};
+    }
+    return std::nullopt;
+}
+
+}  // namespace kestrant

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "foundation/Instant.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace kestrant {
+
+/// A date as it was typed.
+struct TypedDate {
+    /// For a date alone, the start of its day.
+    Instant instant;
+    bool includesTime = false;
+};
+
+/// Reads "2026-03-27", with "T14:30", " 14:30" or seconds behind it for a local time of `calendar`, or a
+/// date-time with "Z" or an offset. Absent for anything else.
+[[nodiscard]] std::optional<TypedDate> readTypedDate(const QString& typed, const ZoneCalendar& calendar);
+
+}  // namespace kestrant

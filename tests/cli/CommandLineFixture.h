@@ -1,0 +1,83 @@
+#pragma once
+
+#include "cli/CommandLine.h"
+#include "foundation/AtomicFile.h"
+#include "foundation/Clocks.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+namespace kestrant {
+
+/// What a command answered.
+struct Result {
+    int status = -1;
+    QString out;
+    QString err;
+
+    [[nodiscard]] QJsonDocument json() const { return QJsonDocument::fromJson(out.toUtf8()); }
+    [[nodiscard]] QStringList ids() const {
+        QStringList result;
+        for (const QJsonValue task : json().array())
+            result.append(task[QLatin1String("id")].toString());
+        return result;
+    }
+};
+
+/// Commands on a real folder; Friday 27 March 2026, noon, in Paris.
+class CommandLineFixture : public testing::Test {
+  protected:
+    [[nodiscard]] QString path(const QString& name) const { return root.filePath(name); }
+    [[nodiscard]] QString file(const QString& name) const {
+        return QString::fromUtf8(readFile(path(name)).value_or(QByteArray()));
+    }
+    void put(const QString& name, const QByteArray& content) const {
+        ASSERT_TRUE(createFolder(QFileInfo(path(name)).path()).has_value());
+        ASSERT_TRUE(writeFileAtomically(path(name), content).has_value());
+    }
+    void putItem(const QString& list, const QString& uid, const QByteArray& component,
+                 const QByteArray& lines) const {
+        put(QStringLiteral("store/%1/%2.ics").arg(list, uid),
+            "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Test//EN\r\nBEGIN:" + component +
+                "\r\nUID:" + uid.toUtf8() + "\r\nDTSTAMP:20260301T080000Z\r\n" + lines + "END:" + component +
+                "\r\nEND:VCALENDAR\r\n");
+    }
+    void putTodo(const QString& list, const QString& uid, const QByteArray& lines) const {
+        putItem(list, uid, "VTODO", lines);
+    }
+    void putEvent(const QString& calendar, const QString& uid, const QByteArray& lines) const {
+        putItem(calendar, uid, "VEVENT", lines);
+    }
+
+    Result run(const QStringList& arguments) const {
+        Result result;
+        const CommandLineEnvironment environment{
+            .version = QStringLiteral("1.2.3"),
+            .storeFolder = path(QStringLiteral("store")),
+            .preferencesFile = path(QStringLiteral("preferences.json")),
+            .ledgerFile = path(QStringLiteral("ledger.json")),
+            .systemLocale = QLocale(QLocale::English, QLocale::UnitedStates),
+            .calendar = ZoneCalendar(QTimeZone("Europe/Paris")),
+            .clock = clock,
+            .out = [&](const QString& text) { result.out += text; },
+            .err = [&](const QString& text) { result.err += text; },
+        };
+        result.status = runCommandLine(arguments, environment);
+        return result;
+    }
+
+    int argumentCount = 1;
+    char programName[5] = "test";
+    char* programArguments[2] = {programName, nullptr};
+    QCoreApplication application{argumentCount, programArguments};
+    QTemporaryDir root;
+    FixedClock clock{parseIso8601(u"2026-03-27T11:00:00Z").value()};
+};
+
+}  // namespace kestrant
