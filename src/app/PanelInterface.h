@@ -3,12 +3,15 @@
 #include "foundation/Scheduler.h"
 #include "foundation/ZoneCalendar.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/PanelView.h"
 #include "ui/PanelViewModel.h"
 #include "ui/QuickAddViewModel.h"
 #include "ui/RemindersViewModel.h"
 #include "ui/SettingsViewModel.h"
+
+#include <QLocale>
 
 namespace kestrant {
 
@@ -40,14 +43,17 @@ class PanelInterface {
         , panel(models.interaction, models.geometry, models.reminders, models.preferences,
                 models.notifications)
         , reminders(models.reminders, models.clock, models.calendar, localizer)
+        , calendar(models.calendarStore, models.clock, models.calendar, localizer, panel,
+                   [] { return QLocale::system(); })
         , quickAdd(models.reminders, models.clock, models.calendar, localizer)
         , settings(models.preferences, localizer)
-        , view({models.interaction, localizer, appearance, panel, reminders, quickAdd, settings}) {}
+        , view({models.interaction, localizer, appearance, panel, reminders, calendar, quickAdd, settings}) {}
 
     Localizer localizer;
     Appearance appearance{nullptr};
     PanelViewModel panel;
     RemindersViewModel reminders;
+    CalendarViewModel calendar;
     QuickAddViewModel quickAdd;
     SettingsViewModel settings;
     PanelView view;

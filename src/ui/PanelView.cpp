@@ -2,6 +2,7 @@
 
 #include "notch/NotchInteractionModel.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/PanelViewModel.h"
 #include "ui/QuickAddViewModel.h"
@@ -98,6 +99,7 @@ PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQml
     setInitialProperties({
         {QStringLiteral("panel"), QVariant::fromValue(&models.panel)},
         {QStringLiteral("reminders"), QVariant::fromValue(&models.reminders)},
+        {QStringLiteral("calendar"), QVariant::fromValue(&models.calendar)},
         {QStringLiteral("quickAdd"), QVariant::fromValue(&models.quickAdd)},
         {QStringLiteral("settings"), QVariant::fromValue(&models.settings)},
         {QStringLiteral("overlays"), QVariant::fromValue(overlays_.get())},

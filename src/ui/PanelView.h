@@ -11,6 +11,7 @@
 namespace kestrant {
 
 class Appearance;
+class CalendarViewModel;
 class Localizer;
 class NotchInteractionModel;
 class PanelViewModel;
@@ -34,6 +35,7 @@ class PanelView : public QQuickView {
         Appearance& appearance;
         PanelViewModel& panel;
         RemindersViewModel& reminders;
+        CalendarViewModel& calendar;
         QuickAddViewModel& quickAdd;
         SettingsViewModel& settings;
     };

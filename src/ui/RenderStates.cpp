@@ -1,8 +1,10 @@
 #include "ui/RenderStates.h"
 
+#include "calendar/CalendarStore.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/InMemoryEventStore.h"
 #include "feedback/Feedback.h"
+#include "foundation/BackgroundExecutor.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/NotificationCenter.h"
 #include "notch/NotchGeometry.h"
@@ -11,6 +13,7 @@
 #include "preferences/PreferenceKeys.h"
 #include "reminders/ReminderStore.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarViewModel.h"
 #include "ui/DemoData.h"
 #include "ui/Localizer.h"
 #include "ui/PanelView.h"
@@ -105,6 +108,11 @@ class PictureDefaults : public UserDefaults {
     ObserverList<QString> observers_;
 };
 
+class AtOnce : public BackgroundExecutor {
+  public:
+    void run(std::function<void()> work) override { work(); }
+};
+
 /// What one picture needs of the program, from the database to the window.
 struct Stage {
     explicit Stage(Language language, double screenWidth = 1512)
@@ -137,15 +145,30 @@ struct Stage {
                                               .localization = localization,
                                               .notifications = notifications,
                                               .ledger = ledger}};
+    AtOnce executor;
+    CalendarStore calendarStore{CalendarStoreServices{
+        .eventStore = database,
+        .scheduler = time,
+        .clock = time,
+        .calendar = calendar,
+        .preferences = preferences,
+        .notifications = notifications,
+        .executor = executor,
+        .locale = [this] { return preferences.dateLocale(); },
+        .clearReminderDueDate = [](const QString&,
+                                   const std::function<void(tl::expected<void, TextPair>)>&) {}}};
     NotchInteractionModel interaction{time, preferences, feedback};
     NotchGeometry geometry;
     Localizer localizer{localization};
     Appearance appearance{nullptr};
     PanelViewModel panel{interaction, geometry, store, preferences, notifications};
     RemindersViewModel reminders{store, time, calendar, localizer};
+    CalendarViewModel days{calendarStore, time,
+                           calendar,      localizer,
+                           panel,         [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
     QuickAddViewModel quickAdd{store, time, calendar, localizer};
     SettingsViewModel settings{preferences, localizer};
-    PanelView view{{interaction, localizer, appearance, panel, reminders, quickAdd, settings},
+    PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings},
                    PanelView::Loading::immediate};
 
     void addReminders() {
@@ -158,6 +181,7 @@ struct Stage {
     }
     void load() {
         store.requestAccess();
+        calendarStore.requestAccess();
         time.advance(Duration(0));
     }
     void show() {

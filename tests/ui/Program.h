@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calendar/CalendarStore.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/InMemoryEventStore.h"
 #include "feedback/Feedback.h"
@@ -9,9 +10,11 @@
 #include "notch/NotchInteractionModel.h"
 #include "preferences/Localization.h"
 #include "reminders/ReminderStore.h"
+#include "support/ManualExecutor.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/PanelViewModel.h"
 #include "ui/QuickAddViewModel.h"
@@ -49,6 +52,8 @@ struct Program {
     void load() {
         if (store.accessState().kind != ReminderAccessState::Kind::authorized)
             store.requestAccess();
+        if (calendarStore.accessState().kind != CalendarAccessState::Kind::authorized)
+            calendarStore.requestAccess();
         settle();
     }
     /// Lets debounced reloads pass; pending completions stay pending.
@@ -86,12 +91,31 @@ struct Program {
                                               .localization = localization,
                                               .notifications = notifications,
                                               .ledger = ledger}};
+    ManualExecutor executor;
+    CalendarStore calendarStore{CalendarStoreServices{
+        .eventStore = database,
+        .scheduler = time,
+        .clock = time,
+        .calendar = calendar,
+        .preferences = preferences,
+        .notifications = notifications,
+        .executor = executor,
+        .locale = [this] { return preferences.dateLocale(); },
+        .clearReminderDueDate =
+            [this](const QString& id, const std::function<void(tl::expected<void, TextPair>)>& done) {
+                store.clearDueDate(id, [done](const tl::expected<void, ReminderStoreError>& result) {
+                    done(result.map_error([](const ReminderStoreError& error) { return error.message(); }));
+                });
+            }}};
     NotchInteractionModel interaction{time, preferences, feedback};
     NotchGeometry geometry{Screen{.name = QStringLiteral("test"), .frame = QRectF(0, 0, 1512, 982)}};
     Localizer localizer{localization};
     Appearance appearance{nullptr};
     PanelViewModel panel{interaction, geometry, store, preferences, notifications};
     RemindersViewModel reminders{store, time, calendar, localizer};
+    CalendarViewModel days{calendarStore, time,
+                           calendar,      localizer,
+                           panel,         [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
     QuickAddViewModel quickAdd{store, time, calendar, localizer};
     SettingsViewModel settings{preferences, localizer};
     QString home;

@@ -7,6 +7,7 @@ FocusScope {
 
     required property PanelViewModel panel
     required property RemindersViewModel reminders
+    required property CalendarViewModel calendar
     required property QuickAddViewModel quickAdd
     required property SettingsViewModel settings
     required property OverlayHost overlays

@@ -7,6 +7,7 @@ Item {
 
     required property PanelViewModel panel
     required property RemindersViewModel reminders
+    required property CalendarViewModel calendar
     required property QuickAddViewModel quickAdd
     required property SettingsViewModel settings
     required property OverlayHost overlays
@@ -74,6 +75,7 @@ Item {
             sourceComponent: ExpandedContent {
                 panel: root.panel
                 reminders: root.reminders
+                calendar: root.calendar
                 quickAdd: root.quickAdd
                 settings: root.settings
                 overlays: root.overlays
