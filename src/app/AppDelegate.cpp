@@ -30,6 +30,13 @@ AppDelegate::AppDelegate(Options options)
     , preferences_(defaults_, [] { return QLocale::system(); })
     , localization_(preferences_)
     , feedback_(preferences_, cuePlayer_, hapticPerformer_)
+    , information_(std::move(options.information))
+    , reporter_({.context = metricsThread_,
+                 .clock = clock_,
+                 .defaults = defaults_,
+                 .information = information_,
+                 .folder = options.supportFolder + u'/' +
+                           QString::fromLatin1(AggregateCompletionReporter::folderName)})
     , eventStore_(options.store.value_or(storeFromPreferences()).folder, scheduler_, clock_, calendar_)
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
@@ -55,6 +62,7 @@ ReminderStore& AppDelegate::reminderStore() {
             .localization = localization_,
             .notifications = notifications_,
             .ledger = ledger_,
+            .completionsCommitted = [this](int count) { reporter_.recordCompletions(count); },
         });
     }
     return *reminderStore_;
@@ -130,7 +138,9 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
         calendar_.refresh();
         reminderStore().systemDidWake();
         calendarStore().systemDidWake();
+        reporter_.runDueCheck();
     });
+    scheduler_.post([this] { reporter_.runDueCheck(); });
     return {};
 }
 
@@ -185,6 +195,7 @@ void AppDelegate::becameActive() {
         reminderStore().reloadLists();
         reminderStore().reloadTasks();
     });
+    reporter_.runDueCheck();
 }
 
 void AppDelegate::togglePanel() {

@@ -8,10 +8,13 @@
 #include "feedback/Feedback.h"
 #include "foundation/Clocks.h"
 #include "foundation/CurrentCalendars.h"
+#include "foundation/InformationDictionary.h"
 #include "foundation/JsonFileUserDefaults.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/QtScheduler.h"
 #include "foundation/SerialWorker.h"
+#include "metrics/AggregateCompletionReporter.h"
+#include "metrics/EventLoopThread.h"
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
 #include "notch/NotchPanelController.h"
@@ -46,6 +49,9 @@ class AppDelegate : public QObject {
         std::optional<EventStoreLocation> store;
         QString preferencesFile;
         QString ledgerFile;
+        /// Where the program keeps what belongs to nobody else; need not exist.
+        QString supportFolder;
+        InformationDictionary information;
     };
 
     explicit AppDelegate(Options options);
@@ -87,6 +93,9 @@ class AppDelegate : public QObject {
     SilentHapticPerformer hapticPerformer_;
     Feedback feedback_;
 
+    InformationDictionary information_;
+    EventLoopThread metricsThread_;
+    AggregateCompletionReporter reporter_;
     VdirEventStore eventStore_;
     BackgroundLedgerWriter ledgerWriter_;
     CompletionLedgerRepository ledger_;

@@ -33,6 +33,8 @@ tl::expected<LaunchArguments, TextPair> parseLaunchArguments(const QStringList& 
             result.renderFolder = *folder;
         } else if (argument == QLatin1String("--store") && index + 1 < arguments.size()) {
             result.store = value();
+        } else if (argument == QLatin1String("--configuration") && index + 1 < arguments.size()) {
+            result.configurationFile = value();
         } else if (!hasMode && (argument == QLatin1String("--version") || namesCommand(arguments))) {
             result.mode = LaunchArguments::Mode::command;
             return result;
@@ -48,9 +50,12 @@ tl::expected<LaunchArguments, TextPair> parseLaunchArguments(const QStringList& 
 TextPair launchUsage() {
     return text(
         "Usage: kestrant [--store vdir:PATH]              open the panel at the top of the screen\n"
+        "         --configuration FILE                    with other deployment values than the built-in "
+        "ones\n"
         "       kestrant --toggle                         open or close the panel that is running\n"
         "       kestrant --render FOLDER                  write pictures of every state\n",
         "Utilisation : kestrant [--store vdir:CHEMIN]            ouvrir le panneau en haut de l’écran\n"
+        "                --configuration FICHIER                 avec d’autres valeurs de déploiement\n"
         "              kestrant --toggle                         ouvrir ou fermer le panneau en cours\n"
         "              kestrant --render DOSSIER                 écrire des images de chaque état\n");
 }

@@ -28,6 +28,8 @@ struct LaunchArguments {
     Mode mode = Mode::panel;
     /// The text after --store, where it was given for the panel.
     std::optional<QString> store;
+    /// A file of deployment values that take the place of the built-in ones, where one was named.
+    std::optional<QString> configurationFile;
     QString renderFolder;
 };
 

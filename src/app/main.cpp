@@ -69,7 +69,19 @@ int toggleRunningPanel(int& argc, char** argv) {
     return fail(text("Kestrant is not running.", "Kestrant n’est pas en cours d’exécution."), refused);
 }
 
-int runPanel(int& argc, char** argv, std::optional<EventStoreLocation> store) {
+int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
+    std::optional<EventStoreLocation> store;
+    if (launch.store) {
+        const auto location = EventStoreLocation::parse(*launch.store);
+        if (!location)
+            return fail(location.error(), wrongUsage);
+        store = *location;
+    }
+    const auto information = InformationDictionary::load(
+        launch.configurationFile, configurationFolder() + QStringLiteral("/configuration.json"));
+    if (!information)
+        return fail({information.error(), information.error()}, wrongUsage);
+
     auto platform = preparePlatform();
     if (!platform)
         return fail(platform.error(), refused);
@@ -86,6 +98,8 @@ int runPanel(int& argc, char** argv, std::optional<EventStoreLocation> store) {
         .store = std::move(store),
         .preferencesFile = preferencesPath(),
         .ledgerFile = completionLedgerPath(),
+        .supportFolder = applicationSupportFolder(),
+        .information = *information,
     });
 
     SingleInstance instance;
@@ -121,16 +135,8 @@ int main(int argc, char** argv) {
         return fail(launch.error(), wrongUsage);
 
     switch (launch->mode) {
-    case LaunchArguments::Mode::panel: {
-        std::optional<EventStoreLocation> store;
-        if (launch->store) {
-            const auto location = EventStoreLocation::parse(*launch->store);
-            if (!location)
-                return fail(location.error(), wrongUsage);
-            store = *location;
-        }
-        return runPanel(argc, argv, std::move(store));
-    }
+    case LaunchArguments::Mode::panel:
+        return runPanel(argc, argv, *launch);
     case LaunchArguments::Mode::toggle:
         return toggleRunningPanel(argc, argv);
     case LaunchArguments::Mode::render:
