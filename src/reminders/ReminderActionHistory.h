@@ -1,28 +1,100 @@
 #pragma once
 
+#include "foundation/Scheduler.h"
 #include "foundation/Text.h"
 #include "reminders/ReminderStoreError.h"
 
+#include <QObject>
 #include <QUuid>
 
 #include <tl/expected.hpp>
 
+#include <deque>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace kestrant {
 
-/// Takes note of the actions a person performs, so that they can be taken back. Thread: main.
-class ReminderActionHistory {
+/// The last actions a person performed, so that they can be taken back and done again: no more than ten, none
+/// older than an hour. Undo and redo are carried out one after the other, in the order they were asked for.
+/// Thread: main.
+class ReminderActionHistory : public QObject {
+    Q_OBJECT
+
   public:
     using Done = std::function<void(tl::expected<void, ReminderStoreError>)>;
-    /// Calls its argument exactly once, when the operation has ended.
+    /// Calls its argument exactly once, within the call or later, when the operation has ended.
     using Operation = std::function<void(Done)>;
 
-    virtual ~ReminderActionHistory() = default;
+    struct Entry {
+        QUuid id;
+        TextPair title;
+        Instant createdAt;
+        Operation undo;
+        Operation redo;
+    };
 
-    /// The new entry's id; absent when nothing was recorded because an entry is being replayed.
-    virtual std::optional<QUuid> record(const TextPair& title, Operation undo, Operation redo) = 0;
+    /// Scheduler and clock outlive the history.
+    ReminderActionHistory(Scheduler& scheduler, const Clock& clock, QObject* parent = nullptr);
+
+    /// Oldest first: the last one is the next to undo.
+    [[nodiscard]] const std::vector<Entry>& undoEntries() const { return undoEntries_; }
+    /// The last one is the next to redo.
+    [[nodiscard]] const std::vector<Entry>& redoEntries() const { return redoEntries_; }
+    [[nodiscard]] bool canUndo() const { return holdsAny(undoEntries_); }
+    [[nodiscard]] bool canRedo() const { return holdsAny(redoEntries_); }
+    /// True while an undo or redo is being carried out.
+    [[nodiscard]] bool isReplaying() const { return isReplaying_; }
+
+    /// Adds an action that can be taken back; what was undone can no longer be redone. Gives the entry's id;
+    /// absent when nothing was recorded because an entry is being replayed.
+    std::optional<QUuid> record(const TextPair& title, Operation undo, Operation redo);
+    /// Withdraws an entry whose action did not happen after all.
+    void remove(const QUuid& id);
+
+    /// Takes the last action back, or does the last undone one again; nothing happens when there is none. On
+    /// failure the entry stays where it was. `done` may be empty, and may be called within the call.
+    void undo(Done done = {});
+    void redo(Done done = {});
+
+    /// Drops the entries that are too old. For when the machine has woken up: timers stand still while it
+    /// sleeps.
+    void removeExpired();
+
+    /// What is shown when an undo or redo fails.
+    [[nodiscard]] static TextPair failureTitle();
+    [[nodiscard]] static TextPair failureText();
+
+  Q_SIGNALS:
+    /// undoEntries() or redoEntries() has changed.
+    void entriesChanged();
+    void isReplayingChanged();
+
+  private:
+    using Entries = std::vector<Entry>;
+    struct Replay {
+        Entries ReminderActionHistory::*from;
+        Entries ReminderActionHistory::*to;
+        Operation Entry::*operation;
+        Done done;
+    };
+
+    [[nodiscard]] bool isExpired(const Entry& entry) const;
+    [[nodiscard]] bool holdsAny(const Entries& entries) const;
+    void scheduleExpiry();
+    void replayNext();
+    void begin(Replay replay);
+    void end(const Replay& replay, const QUuid& id, const tl::expected<void, ReminderStoreError>& result);
+
+    Scheduler& scheduler_;
+    const Clock& clock_;
+    Entries undoEntries_;
+    Entries redoEntries_;
+    bool isReplaying_ = false;
+    std::deque<Replay> waiting_;
+    bool isBeginning_ = false;
+    ScheduledTask expiryTimer_;
 };
 
 }  // namespace kestrant

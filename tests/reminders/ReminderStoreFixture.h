@@ -3,6 +3,7 @@
 #include "eventkit/InMemoryEventStore.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Localization.h"
+#include "reminders/ReminderActionHistory.h"
 #include "reminders/ReminderStore.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
@@ -81,7 +82,7 @@ class ReminderStoreTest : public testing::Test {
                                             .notifications = notifications,
                                             .ledger = ledger,
                                             .completionsCommitted = [this](int count) { reported += count; },
-                                            .history = history});
+                                            .history = &history});
         return *store;
     }
 
@@ -103,6 +104,13 @@ class ReminderStoreTest : public testing::Test {
         std::vector<std::string> result;
         for (const CompletionRecord& record : store->completionRecords())
             result.push_back(record.reminderIdentifier.toStdString());
+        return result;
+    }
+    /// Titles of the actions that can be undone, oldest first.
+    [[nodiscard]] std::vector<std::string> recorded() const {
+        std::vector<std::string> result;
+        for (const auto& entry : history.undoEntries())
+            result.push_back(entry.title.english.toStdString());
         return result;
     }
     [[nodiscard]] EKReminderData stored(const char* id) const {
@@ -139,7 +147,7 @@ class ReminderStoreTest : public testing::Test {
                 write();
         }};
     InMemoryEventStore database{scheduler, scheduler, calendar};
-    ReminderActionHistory* history = nullptr;
+    ReminderActionHistory history{scheduler, scheduler};
     int reported = 0;
     std::optional<ReminderStore> store;
 };

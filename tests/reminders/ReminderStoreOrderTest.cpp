@@ -1,5 +1,4 @@
 #include "ReminderStoreFixture.h"
-#include "reminders/ReminderActionHistory.h"
 #include "reminders/ReminderManualOrder.h"
 
 namespace kestrant {
@@ -7,27 +6,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// Keeps what was recorded, and replays it.
-class KeptHistory : public ReminderActionHistory {
-  public:
-    std::optional<QUuid> record(const TextPair& title, Operation undo, Operation redo) override {
-        titles.push_back(title.english.toStdString());
-        undos.push_back(std::move(undo));
-        redos.push_back(std::move(redo));
-        return QUuid::createUuid();
-    }
-    static bool run(const Operation& operation) {
-        bool succeeded = false;
-        operation(
-            [&](const tl::expected<void, ReminderStoreError>& result) { succeeded = result.has_value(); });
-        return succeeded;
-    }
-
-    std::vector<std::string> titles;
-    std::vector<Operation> undos;
-    std::vector<Operation> redos;
-};
 
 class ReminderStoreOrder : public ReminderStoreTest {
   protected:
@@ -89,38 +67,35 @@ TEST_F(ReminderStoreOrder, WhatAListOrAFilterHidesKeepsItsPlace) {
 }
 
 TEST_F(ReminderStoreOrder, ADragIsOneActionThatCanBeTakenBackTogetherWithItsSortMode) {
-    KeptHistory kept;
-    history = &kept;
     loadedStore();
     const auto before = visibleIDs();
     const QStringList reversed{QStringLiteral("o"), QStringLiteral("c"), QStringLiteral("b"),
                                QStringLiteral("a")};
     store->commitManualOrder(reversed);
     store->commitManualOrder(reversed);
-    EXPECT_THAT(kept.titles, ElementsAre("Move reminder"));
-    EXPECT_TRUE(KeptHistory::run(kept.undos[0]));
+    EXPECT_THAT(recorded(), ElementsAre("Move reminder"));
+    history.undo();
     EXPECT_EQ(store->sortMode(), ReminderSortMode::dueDate);
     EXPECT_EQ(visibleIDs(), before);
-    EXPECT_TRUE(KeptHistory::run(kept.redos[0]));
+    history.redo();
     EXPECT_THAT(visibleIDs(), ElementsAre("o", "c", "b", "a"));
     EXPECT_EQ(*storedOrder(), reversed);
 }
 
 TEST_F(ReminderStoreOrder, AnotherSortModeIsAnActionAndRestoringOneIsNot) {
-    KeptHistory kept;
-    history = &kept;
     defaults.set(QStringLiteral("reminderSortMode"), QStringLiteral("priority"));
     loadedStore();
     EXPECT_EQ(store->sortMode(), ReminderSortMode::priority);
-    EXPECT_THAT(kept.titles, IsEmpty());
+    EXPECT_THAT(recorded(), IsEmpty());
     store->setSortMode(ReminderSortMode::title);
     store->setSortMode(ReminderSortMode::title);
-    EXPECT_THAT(kept.titles, ElementsAre("Change sort order"));
-    EXPECT_TRUE(KeptHistory::run(kept.undos[0]));
+    EXPECT_THAT(recorded(), ElementsAre("Change sort order"));
+    history.undo();
     EXPECT_EQ(store->sortMode(), ReminderSortMode::priority);
     EXPECT_EQ(defaults.string(QStringLiteral("reminderSortMode")), QStringLiteral("priority"));
     store.reset();
-    EXPECT_TRUE(KeptHistory::run(kept.redos[0])) << "the end of the store leaves nothing to do";
+    history.redo();
+    EXPECT_FALSE(history.canRedo()) << "the end of the store leaves nothing to do";
 }
 
 }  // namespace
