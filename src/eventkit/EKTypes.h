@@ -77,6 +77,13 @@ struct EKAlarm {
     /// The alarm as it stands in its file (iCalendar lines from BEGIN:VALARM to END:VALARM); empty for a new
     /// one.
     QByteArray sourceText;
+    /// What other alarms of the item call this one (UID, RFC 9074); empty where nothing refers to it.
+    QByteArray identifier;
+    /// Until when it has been dealt with (ACKNOWLEDGED): it has nothing more to say about moments up to this
+    /// one.
+    std::optional<Instant> acknowledgedDate;
+    /// The identifier of the alarm that this one repeats later; empty for one that was not made by snoozing.
+    QByteArray snoozedAlarm;
 
     [[nodiscard]] static EKAlarm at(Instant absoluteDate) { return EKAlarm{.absoluteDate = absoluteDate}; }
     bool operator==(const EKAlarm&) const = default;
@@ -129,6 +136,8 @@ struct EKReminderData {
     std::optional<Instant> lastModifiedDate;
     std::vector<EKAlarm> alarms;
     std::vector<EKRecurrenceRule> recurrenceRules;
+    /// Marked as important (X-PINNED). Set and asked for by scripts; the panel shows its own index of flags.
+    bool isFlagged = false;
     bool operator==(const EKReminderData&) const = default;
 };
 

@@ -54,6 +54,7 @@ MergedEdits mergeEdits(const EKReminderData& base, const EKReminderData& edited,
     apply(&EKReminderData::creationDate);
     apply(&EKReminderData::alarms);
     apply(&EKReminderData::recurrenceRules);
+    apply(&EKReminderData::isFlagged);
     const bool completes = edited.isCompleted && !base.isCompleted;
     if (completes && !base.recurrenceRules.empty() && !current.isCompleted &&
         (current.dueDateComponents != base.dueDateComponents ||
@@ -99,8 +100,10 @@ EKReminderData preparedForSave(const std::optional<EKReminderData>& before, EKRe
             edited.*property = wholeSeconds(*(edited.*property));
     }
     for (EKAlarm& alarm : edited.alarms) {
-        if (alarm.absoluteDate)
-            alarm.absoluteDate = wholeSeconds(*alarm.absoluteDate);
+        for (auto* date : {&alarm.absoluteDate, &alarm.acknowledgedDate}) {
+            if (*date)
+                *date = wholeSeconds(**date);
+        }
     }
     edited.lastModifiedDate = now;
 

@@ -181,6 +181,8 @@ CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDat
         if (*date)
             *date = movedAlong(**date, from, next->time, zone, local);
     }
+    // What was to ring once more for the finished occurrence has nothing to say about the next one.
+    std::erase_if(series.alarms, [](const EKAlarm& alarm) { return !alarm.snoozedAlarm.isEmpty(); });
     for (EKAlarm& alarm : series.alarms) {
         if (alarm.absoluteDate)
             alarm.absoluteDate = movedAlong(*alarm.absoluteDate, secondsBetween(from, next->time), zone);

@@ -156,6 +156,31 @@ TEST(TodoWritingTest, CopiesAnAlarmWithItsText) {
     EXPECT_EQ(copied.readBack.alarms[0].sourceText, relativeAlarm);
 }
 
+TEST(TodoWritingTest, NotesThatAnAlarmWasDealtWithAndRingsOnceMore) {
+    const Edit snoozed =
+        edit("DUE:20260327T090000Z\n" + relativeAlarm + absoluteAlarm, [](EKReminderData& data) {
+            data.alarms[0].acknowledgedDate = now;
+            data.alarms[0].identifier = "a0";
+            data.alarms[1].acknowledgedDate = now;
+            EKAlarm again = EKAlarm::at(at("UTC", {2026, 3, 27}, {12, 10}));
+            again.snoozedAlarm = "a0";
+            data.alarms.push_back(again);
+        });
+    EXPECT_THAT(snoozed.changes,
+                ElementsAre("+UID:a0", "+ACKNOWLEDGED:20260327T120000Z", "+ACKNOWLEDGED:20260327T120000Z",
+                            "+BEGIN:VALARM", "+ACTION:DISPLAY", "+DESCRIPTION:",
+                            "+TRIGGER;VALUE=DATE-TIME:20260327T121000Z", "+RELATED-TO;RELTYPE=SNOOZE:a0",
+                            "+END:VALARM", "-ACKNOWLEDGED:20260326T000000Z"));
+}
+
+TEST(TodoWritingTest, FlagsAndUnflags) {
+    const auto flag = [](bool on) { return [on](EKReminderData& data) { data.isFlagged = on; }; };
+    EXPECT_THAT(edit("", flag(true)).changes, ElementsAre("+X-PINNED:true"));
+    EXPECT_THAT(edit("X-PINNED:TRUE\n", flag(true)).changes, IsEmpty());
+    EXPECT_THAT(edit("X-PINNED:TRUE\n", flag(false)).changes, ElementsAre("-X-PINNED:TRUE"));
+    EXPECT_THAT(edit("X-PINNED:false\n", flag(false)).changes, IsEmpty());
+}
+
 TEST(TodoWritingTest, WritesNewAlarmsOfEveryKind) {
     EKAlarm place;
     place.structuredLocation = EKStructuredLocation{"Home \"sweet\"; 3:00", 48.85, 2.35, 100};

@@ -75,6 +75,8 @@ Duration startAfterDue(const EKReminderData& item, const ZoneCalendar& local) {
 
 Component newAlarm(const EKAlarm& alarm, const EKReminderData& data, QByteArrayView lineEnd) {
     Component component("VALARM", lineEnd.toByteArray());
+    if (!alarm.identifier.isEmpty())
+        component.append(Property{"UID", {}, alarm.identifier}, lineEnd);
     component.append(Property{"ACTION", {}, "DISPLAY"}, lineEnd);
     component.append(Property{"DESCRIPTION", {}, escapedText(data.title)}, lineEnd);
     if (alarm.absoluteDate) {
@@ -90,6 +92,10 @@ Component newAlarm(const EKAlarm& alarm, const EKReminderData& data, QByteArrayV
                                   durationText(offset)},
                          lineEnd);
     }
+    if (alarm.acknowledgedDate)
+        component.append(Property{"ACKNOWLEDGED", {}, utcText(*alarm.acknowledgedDate)}, lineEnd);
+    if (!alarm.snoozedAlarm.isEmpty())
+        component.append(Property{"RELATED-TO", {{"RELTYPE", "SNOOZE"}}, alarm.snoozedAlarm}, lineEnd);
     if (const auto& place = alarm.structuredLocation) {
         const bool leaves = alarm.proximity == EKAlarmProximity::leave;
         component.append(Property{"X-APPLE-PROXIMITY", {}, leaves ? "DEPART" : "ARRIVE"}, lineEnd);
@@ -113,6 +119,13 @@ EKAlarm readAlarm(ComponentView alarm, const EKReminderData& item, const Documen
                   const ZoneCalendar& local) {
     EKAlarm result;
     result.sourceText = alarm.text();
+    if (const auto uid = alarm.property("UID"))
+        result.identifier = uid->value.trimmed();
+    result.acknowledgedDate = readInstant(alarm.property("ACKNOWLEDGED"), document, local);
+    for (const Property& relation : alarm.properties("RELATED-TO")) {
+        if (relation.parameter("RELTYPE").value_or(QByteArray()).toUpper() == "SNOOZE")
+            result.snoozedAlarm = relation.value.trimmed();
+    }
     result.proximity = readProximity(alarm);
     result.structuredLocation = readLocation(alarm);
     if (result.proximity != EKAlarmProximity::none && !result.structuredLocation)
@@ -133,40 +146,25 @@ EKAlarm readAlarm(ComponentView alarm, const EKReminderData& item, const Documen
 void writeAlarms(Component& item, const std::vector<EKAlarm>& alarms, const EKReminderData& data,
                  const Document& document, const ZoneCalendar& local) {
     const QByteArrayView lineEnd = document.lineEnd();
-    std::vector<QByteArray> kept;
-    std::vector<Component> added;
-    std::vector<QByteArray> present;
-    for (const ComponentView& alarm : item.view().components("VALARM"))
-        present.push_back(alarm.text());
+    std::vector<Component> wanted;
     for (const EKAlarm& alarm : alarms) {
         auto component = Component::parse(alarm.sourceText, lineEnd);
         if (!component) {
-            added.push_back(newAlarm(alarm, data, lineEnd));
+            wanted.push_back(newAlarm(alarm, data, lineEnd));
             continue;
         }
-        if (readAlarm(component->view(), data, document, local).absoluteDate != alarm.absoluteDate &&
-            alarm.absoluteDate) {
+        const EKAlarm present = readAlarm(component->view(), data, document, local);
+        if (alarm.absoluteDate && alarm.absoluteDate != present.absoluteDate)
             component->set(Property{"TRIGGER", {{"VALUE", "DATE-TIME"}}, utcText(*alarm.absoluteDate)},
                            lineEnd);
-            added.push_back(std::move(*component));
-            continue;
-        }
-        const auto found = std::find(present.begin(), present.end(), alarm.sourceText);
-        if (found == present.end()) {
-            added.push_back(std::move(*component));
-        } else {
-            kept.push_back(*found);
-            present.erase(found);
-        }
+        if (alarm.identifier != present.identifier)
+            component->set(Property{"UID", {}, alarm.identifier}, lineEnd);
+        if (alarm.acknowledgedDate && alarm.acknowledgedDate != present.acknowledgedDate)
+            component->set(Property{"ACKNOWLEDGED", {}, utcText(*alarm.acknowledgedDate)}, lineEnd);
+        wanted.push_back(std::move(*component));
     }
-    item.removeComponents("VALARM", [&](const ComponentView& alarm) {
-        const auto found = std::find(kept.begin(), kept.end(), alarm.text());
-        if (found == kept.end())
-            return true;
-        kept.erase(found);
-        return false;
-    });
-    for (const Component& component : added)
+    item.removeComponents("VALARM", [](const ComponentView&) { return true; });
+    for (const Component& component : wanted)
         item.append(component);
 }
 

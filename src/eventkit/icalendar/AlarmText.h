@@ -11,8 +11,8 @@ namespace kestrant::icalendar {
 [[nodiscard]] EKAlarm readAlarm(ComponentView alarm, const EKReminderData& item, const Document& document,
                                 const ZoneCalendar& local);
 
-/// Makes the item's alarms what `alarms` says. Alarms that are in the item already keep their lines; one
-/// whose date was changed gets a new trigger; others are added, from their source text where they have one.
+/// Makes the item's alarms what `alarms` says, in this order. One with a source text keeps its lines, but for
+/// its trigger, identifier and acknowledgement where these were changed.
 void writeAlarms(Component& item, const std::vector<EKAlarm>& alarms, const EKReminderData& data,
                  const Document& document, const ZoneCalendar& local);
 

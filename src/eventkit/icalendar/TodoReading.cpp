@@ -155,6 +155,8 @@ TodoItem readTodo(ComponentView todo, const std::vector<ComponentView>& override
     const auto created = todo.property("CREATED");
     data.creationDate = readInstant(created ? created : todo.property("DTSTAMP"), document, local);
     data.lastModifiedDate = readInstant(todo.property("LAST-MODIFIED"), document, local);
+    const auto pinned = todo.property("X-PINNED");
+    data.isFlagged = pinned && pinned->value.trimmed().toUpper() == "TRUE";
     for (const ComponentView& alarm : todo.components("VALARM"))
         data.alarms.push_back(readAlarm(alarm, data, document, local));
     readSeries(item, todo, overrides, document, local);

@@ -188,6 +188,13 @@ void writeTodo(Component& todo, const TodoItem& item, const EKReminderData& afte
         else
             editor.remove("PRIORITY");
     }
+    if (before.isFlagged != after.isFlagged) {
+        // In small letters, because some programs compare letter by letter.
+        if (after.isFlagged)
+            editor.setValue("X-PINNED", "true");
+        else
+            editor.remove("X-PINNED");
+    }
     writeDates(editor, item, after);
     writeCompletion(editor, before, after);
     writeRules(editor, before, after);
