@@ -273,11 +273,17 @@ int CalendarRowModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : count();
 }
 
+CalendarRow CalendarRowModel::rowAt(int row) const {
+    if (!isRow(row))
+        return {};
+    const int group = groupOf(row);
+    return presenter_(groups_[group], row - firstRows_[group] - 1);
+}
+
 QVariant CalendarRowModel::data(const QModelIndex& index, int role) const {
     if (role != rowRole || !checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    const int group = groupOf(index.row());
-    return QVariant::fromValue(presenter_(groups_[group], index.row() - firstRows_[group] - 1));
+    return QVariant::fromValue(rowAt(index.row()));
 }
 
 QHash<int, QByteArray> CalendarRowModel::roleNames() const {

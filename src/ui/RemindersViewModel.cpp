@@ -262,6 +262,33 @@ void RemindersViewModel::remove(const QString& taskId) {
     });
 }
 
+void RemindersViewModel::moveToDay(const QString& taskId, const QString& day) {
+    const ReminderTask* task = store_.task(taskId);
+    const QDate date = QDate::fromString(day, Qt::ISODate);
+    if (!task || !date.isValid())
+        return;
+    const ZoneCalendar calendar = calendar_.calendar();
+    const bool includesTime = task->dueDate && task->dueDateIncludesTime;
+    const Instant dueDate =
+        includesTime ? calendar.instantAt(date, calendar.timeOf(*task->dueDate)) : calendar.startOfDay(date);
+    if (task->dueDate == dueDate)
+        return;
+    store_.reschedule(taskId, dueDate, includesTime,
+                      [self = QPointer(this)](const tl::expected<void, ReminderStoreError>& result) {
+                          if (self && !result)
+                              Q_EMIT self->changeFailed(self->localizer_(result.error().message()));
+                      });
+}
+
+QString RemindersViewModel::dayNamed(const QString& name) const {
+    QDate day = calendar_.calendar().dayOf(clock_.now());
+    if (name == QLatin1String("tomorrow"))
+        day = day.addDays(1);
+    else if (name == QLatin1String("nextWeek"))
+        day = day.addDays(8 - day.dayOfWeek());
+    return day.toString(Qt::ISODate);
+}
+
 void RemindersViewModel::retry() {
     store_.refreshAccessState();
     if (store_.accessState().kind != ReminderAccessState::Kind::authorized)

@@ -80,6 +80,10 @@ class RemindersViewModel : public QObject {
     /// Asks for completion, or takes it back while that is possible.
     Q_INVOKABLE void toggleCompletion(const QString& taskId);
     Q_INVOKABLE void remove(const QString& taskId);
+    /// Due on that day ("2026-11-24") from now on, at the time of day it has; without one, the whole day.
+    Q_INVOKABLE void moveToDay(const QString& taskId, const QString& day);
+    /// The day that "today", "tomorrow" or "nextWeek" (its Monday) stand for.
+    [[nodiscard]] Q_INVOKABLE QString dayNamed(const QString& name) const;
     /// Tries again to open the database.
     Q_INVOKABLE void retry();
     Q_INVOKABLE void openPrivacyPage();

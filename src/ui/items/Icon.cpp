@@ -67,6 +67,19 @@ Drawing today() {
     return drawing;
 }
 
+Drawing calendarMinus() {
+    Drawing drawing = calendar();
+    polyline(drawing.lines, {{6, 10.1}, {10, 10.1}});
+    return drawing;
+}
+
+Drawing arrowRight() {
+    Drawing drawing;
+    polyline(drawing.lines, {{3, 8}, {13, 8}});
+    polyline(drawing.lines, {{9, 4}, {13, 8}, {9, 12}});
+    return drawing;
+}
+
 Drawing overdue() {
     Drawing drawing;
     drawing.lines.addEllipse(QPointF(8, 8), 5.5, 5.5);
@@ -144,6 +157,13 @@ Drawing circle() {
     return drawing;
 }
 
+Drawing edit() {
+    Drawing drawing;
+    polyline(drawing.lines, {{3, 13}, {3.6, 10.2}, {10.9, 2.9}, {13.1, 5.1}, {5.8, 12.4}, {3, 13}});
+    polyline(drawing.lines, {{9.3, 4.5}, {11.5, 6.7}});
+    return drawing;
+}
+
 Drawing list() {
     Drawing drawing;
     for (const double y : {4.5, 8.0, 11.5}) {
@@ -162,6 +182,8 @@ const Drawing& drawingOf(const QString& name) {
         {QStringLiteral("calendar"), calendar()},
         {QStringLiteral("today"), today()},
         {QStringLiteral("overdue"), overdue()},
+        {QStringLiteral("calendarMinus"), calendarMinus()},
+        {QStringLiteral("arrowRight"), arrowRight()},
         {QStringLiteral("chevronDown"), chevronDown()},
         {QStringLiteral("chevronLeft"), chevronLeft()},
         {QStringLiteral("chevronRight"), chevronRight()},
@@ -171,6 +193,7 @@ const Drawing& drawingOf(const QString& name) {
         {QStringLiteral("repeat"), repeat()},
         {QStringLiteral("trash"), trash()},
         {QStringLiteral("circle"), circle()},
+        {QStringLiteral("edit"), edit()},
         {QStringLiteral("list"), list()},
     };
     static const Drawing nothing;

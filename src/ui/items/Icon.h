@@ -10,8 +10,8 @@ class Icon : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     /// "search", "sort", "plus", "settings", "calendar", "chevronDown", "chevronLeft", "chevronRight",
-    /// "check", "close", "flag", "repeat", "today", "overdue", "trash", "circle", "list". Nothing is drawn
-    /// for any other.
+    /// "check", "close", "flag", "repeat", "today", "overdue", "trash", "circle", "list",
+    /// "calendarMinus", "arrowRight". Nothing is drawn for any other.
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
     /// Points.

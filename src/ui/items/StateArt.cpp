@@ -7,6 +7,7 @@ namespace kestrant {
 namespace {
 
 constexpr QSizeF cardSize(92, 46);
+constexpr QSizeF sheetSize(68, 58);
 constexpr double badgeRadius = 15.0;
 
 void drawCard(QPainter& painter, double angle, int lightness, bool written) {
@@ -26,6 +27,30 @@ void drawCard(QPainter& painter, double angle, int lightness, bool written) {
         painter.drawRoundedRect(QRectF(card.left() + 32, card.top() + 12, 42, 5), 2.5, 2.5);
         painter.setBrush(QColor(255, 255, 255, 22));
         painter.drawRoundedRect(QRectF(card.left() + 32, card.top() + 23, 28, 5), 2.5, 2.5);
+    }
+    painter.restore();
+}
+
+/// A sheet of a calendar: its head, and the days of three weeks.
+void drawSheet(QPainter& painter, double angle, int lightness, bool written) {
+    painter.save();
+    painter.rotate(angle);
+    const QRectF sheet(QPointF(-sheetSize.width() / 2, -sheetSize.height() / 2), sheetSize);
+    painter.setBrush(QColor(lightness, lightness, lightness + 4));
+    painter.setPen(QPen(QColor(255, 255, 255, 26), 1));
+    painter.drawRoundedRect(sheet, 11, 11);
+    if (written) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(255, 255, 255, 40));
+        painter.drawRoundedRect(QRectF(sheet.left() + 10, sheet.top() + 9, 26, 5), 2.5, 2.5);
+        for (int week = 0; week < 3; ++week) {
+            for (int day = 0; day < 5; ++day) {
+                const bool isToday = week == 1 && day == 1;
+                painter.setBrush(isToday ? QColor(0x5a, 0xc8, 0xfa) : QColor(255, 255, 255, 24));
+                painter.drawRoundedRect(
+                    QRectF(sheet.left() + 10 + day * 10.5, sheet.top() + 21 + week * 11.0, 7, 7), 2, 2);
+            }
+        }
     }
     painter.restore();
 }
@@ -75,16 +100,20 @@ StateArt::StateArt(QQuickItem* parent) : QQuickPaintedItem(parent) {
     setImplicitSize(132, 84);
     setAntialiasing(true);
     connect(this, &StateArt::kindChanged, this, [this] { update(); });
+    connect(this, &StateArt::subjectChanged, this, [this] { update(); });
 }
 
 void StateArt::paint(QPainter* painter) {
     painter->setRenderHint(QPainter::Antialiasing);
     painter->translate(width() / 2, height() / 2);
-    drawCard(*painter, -7, 0x17, false);
+    const bool isCalendar = subject_ == QLatin1String("calendar");
+    const auto draw = isCalendar ? drawSheet : drawCard;
+    draw(*painter, -7, 0x17, false);
     painter->translate(0, 4);
-    drawCard(*painter, 3, 0x22, true);
+    draw(*painter, 3, 0x22, true);
 
-    painter->translate(cardSize.width() / 2 - 8, cardSize.height() / 2 - 6);
+    const QSizeF size = isCalendar ? sheetSize : cardSize;
+    painter->translate(size.width() / 2 - 8, size.height() / 2 - 6);
     const QColor color = badgeColor(kind_);
     painter->setPen(Qt::NoPen);
     // A rim in the panel's own colour sets the badge off from the card.

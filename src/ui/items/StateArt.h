@@ -4,13 +4,15 @@
 
 namespace kestrant {
 
-/// The picture above the words of an empty or failed module: two cards with a badge that says what is the
-/// matter.
+/// The picture above the words of an empty or failed module: two cards, or two sheets of a calendar, with a
+/// badge that says what is the matter.
 class StateArt : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     /// "empty", "allDone", "nothingFound", "denied" or "failed".
     Q_PROPERTY(QString kind MEMBER kind_ NOTIFY kindChanged)
+    /// "reminders" or "calendar".
+    Q_PROPERTY(QString subject MEMBER subject_ NOTIFY subjectChanged)
 
   public:
     explicit StateArt(QQuickItem* parent = nullptr);
@@ -18,9 +20,11 @@ class StateArt : public QQuickPaintedItem {
 
   Q_SIGNALS:
     void kindChanged();
+    void subjectChanged();
 
   private:
     QString kind_;
+    QString subject_ = QStringLiteral("reminders");
 };
 
 }  // namespace kestrant
