@@ -38,6 +38,16 @@ struct EKEventPredicate {
     std::optional<std::vector<QString>> calendars;
 };
 
+/// A change of a reminder as the database remembers it, so that it can be taken back. What is in it is the
+/// database's own affair. Thread: any; it never changes.
+class EKReminderChange {
+  public:
+    EKReminderChange() = default;
+    EKReminderChange(const EKReminderChange&) = delete;
+    EKReminderChange& operator=(const EKReminderChange&) = delete;
+    virtual ~EKReminderChange() = default;
+};
+
 /// What a save or removal did.
 struct EKSaveResult {
     /// The item's identifier in the database.
@@ -45,6 +55,8 @@ struct EKSaveResult {
     /// When completing a recurring reminder advanced it: the identifier of the completed copy that was left
     /// behind.
     std::optional<QString> completedCopyIdentifier;
+    /// What revert() takes to undo it. Null for events, and when there was nothing to write.
+    std::shared_ptr<const EKReminderChange> change;
 };
 
 /// The reminders-and-calendar database. One object is shared by everything in the process.
@@ -102,6 +114,16 @@ class EKEventStore {
     virtual void save(const EKReminderRef& reminder, SaveCompletion completion) = 0;
     /// Removes a reminder. Fails with itemNotFound when it is gone already.
     virtual void remove(const EKReminderRef& reminder, SaveCompletion completion) = 0;
+
+    /// Takes back what save(), remove() or revert() itself did to a reminder. `identifier` is what the
+    /// reminder is called now: a removed one may come back under a new identifier, which the result tells.
+    /// Everything that was in the item is restored, what this program does not understand included; what
+    /// others changed meanwhile in other properties stays. Fails with conflict, and writes nothing, where
+    /// they changed the same ones, or anything of an item that would have to be removed. An occurrence that
+    /// was completed is taken back together with its copy; the result names the copy when completing it again
+    /// brings one.
+    virtual void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+                        SaveCompletion completion) = 0;
 
     [[nodiscard]] static EKEventPredicate predicateForEvents(Instant start, Instant end,
                                                              std::optional<std::vector<QString>> calendars);

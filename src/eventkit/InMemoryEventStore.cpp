@@ -1,6 +1,7 @@
 #include "eventkit/InMemoryEventStore.h"
 
 #include "eventkit/EKErrors.h"
+#include "eventkit/InMemoryChange.h"
 #include "eventkit/ReminderChanges.h"
 #include "eventkit/ReminderSeries.h"
 
@@ -177,15 +178,21 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::carryOut(const SaveReque
         identifier = newIdentifier();
     EKReminderData prepared = preparedForSave(before, std::move(wanted), clock_.now());
     EKSaveResult result{identifier, std::nullopt};
+    const auto change = std::make_shared<Change>();
+    change->items.push_back({identifier, before, std::nullopt});
     if (before && !before->isCompleted && prepared.isCompleted) {
         CompletedOccurrence step = completeOccurrence(std::move(prepared), {}, calendar_.calendar());
         if (step.copy) {
             result.completedCopyIdentifier = newIdentifier();
             store(*result.completedCopyIdentifier, std::move(*step.copy));
+            change->items.push_back({*result.completedCopyIdentifier, std::nullopt,
+                                     *entries_.at(*result.completedCopyIdentifier).data});
         }
         prepared = std::move(step.series);
     }
     store(identifier, std::move(prepared));
+    change->items.front().after = *entries_.at(identifier).data;
+    result.change = change;
     return result;
 }
 
@@ -220,9 +227,11 @@ void InMemoryEventStore::remove(const EKReminderRef& reminder, SaveCompletion co
             completion(tl::unexpected(std::move(*error)));
             return;
         }
+        const auto change = std::make_shared<Change>();
+        change->items.push_back({identifier, *found->second.data, std::nullopt});
         entries_.erase(found);
         announceChange();
-        completion(EKSaveResult{identifier, std::nullopt});
+        completion(EKSaveResult{identifier, std::nullopt, change});
     });
 }
 

@@ -13,7 +13,7 @@ namespace kestrant {
 /// can be changed "by another program" and told to fail. Thread: main only.
 class InMemoryEventStore final : public EKEventStore {
   public:
-    enum class Operation { requestAccess, save, remove, saveCalendar };
+    enum class Operation { requestAccess, save, remove, revert, saveCalendar };
 
     /// Full access is granted from the start.
     InMemoryEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar);
@@ -30,6 +30,8 @@ class InMemoryEventStore final : public EKEventStore {
     [[nodiscard]] EKReminderRef calendarItem(const QString& withIdentifier) override;
     void save(const EKReminderRef& reminder, SaveCompletion completion) override;
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
+    void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+                SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;
     [[nodiscard]] EKEventRef event(const QString& withIdentifier) override;
     void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) override;
@@ -74,6 +76,7 @@ class InMemoryEventStore final : public EKEventStore {
         int version = 0;
     };
     struct SaveRequest;
+    struct Change;
     struct Series {
         std::vector<std::shared_ptr<const EKEventData>> occurrences;
         int version = 0;
@@ -83,6 +86,9 @@ class InMemoryEventStore final : public EKEventStore {
     [[nodiscard]] bool hasAccess() const;
     [[nodiscard]] std::optional<EKError> failure(Operation operation) const;
     [[nodiscard]] tl::expected<EKSaveResult, EKError> carryOut(const SaveRequest& request);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> takeBack(const Change& change,
+                                                               const QString& identifier);
+    [[nodiscard]] std::optional<EKError> reasonNotToTakeBack(const Change& change, const QString& identifier);
     QString putOccurrences(std::vector<EKEventData> occurrences);
     [[nodiscard]] tl::expected<EKSaveResult, EKError>
     carryOut(const EKEventRef& event, EKEventData edited, const std::shared_ptr<const EKEventData>& base);

@@ -119,6 +119,21 @@ EKReminderData preparedForSave(const std::optional<EKReminderData>& before, EKRe
     return edited;
 }
 
+bool saysTheSame(EKReminderData a, EKReminderData b) {
+    for (EKReminderData* data : {&a, &b}) {
+        data->calendarItemIdentifier.clear();
+        data->lastModifiedDate.reset();
+        data->isFlagged = false;
+        std::erase_if(data->alarms, [](const EKAlarm& alarm) { return !alarm.snoozedAlarm.isEmpty(); });
+        for (EKAlarm& alarm : data->alarms) {
+            alarm.sourceText.clear();
+            alarm.identifier.clear();
+            alarm.acknowledgedDate.reset();
+        }
+    }
+    return a == b;
+}
+
 bool matches(const EKPredicate& predicate, const EKReminderData& data, const ZoneCalendar& local) {
     const bool wantsCompleted = predicate.kind == EKPredicate::Kind::completedReminders;
     if (data.isCompleted != wantsCompleted)

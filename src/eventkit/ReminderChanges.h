@@ -35,6 +35,10 @@ struct MergedEdits {
 [[nodiscard]] EKReminderData preparedForSave(const std::optional<EKReminderData>& before,
                                              EKReminderData edited, Instant now);
 
+/// Whether two states of a reminder differ in nothing but what programs note by themselves: identifiers,
+/// flags, dates of changes, and that an alarm was dealt with or snoozed.
+[[nodiscard]] bool saysTheSame(EKReminderData a, EKReminderData b);
+
 /// Whether an item with these values is found by the predicate; `local` is the person's own calendar.
 [[nodiscard]] bool matches(const EKPredicate& predicate, const EKReminderData& data,
                            const ZoneCalendar& local);

@@ -435,6 +435,80 @@ TYPED_TEST(EventStoreContract, KeepsStartAndDueDateTogether) {
     }
 }
 
+TYPED_TEST(EventStoreContract, TakesChangesBackAndTakesThatBackInTurn) {
+    this->open();
+    const EKReminderRef reminder = this->driver.add(this->inList(aReminder("").titled("old").priority(3)));
+    const EKReminderData original = reminder->data;
+    reminder->data.title = "new";
+    reminder->data.notes = "notes";
+    auto done = this->driver.save(reminder);
+    ASSERT_TRUE(done && done->change);
+    this->house.changeElsewhere(original.calendarItemIdentifier,
+                                [](EKReminderData& data) { data.priority = 7; });
+    for (const char* title : {"old", "new", "old"}) {
+        done = this->driver.revert(*done);
+        ASSERT_TRUE(done.has_value());
+        EXPECT_THAT(this->driver.openTitles(), ElementsAre(title));
+    }
+    EXPECT_EQ(this->shown(original.calendarItemIdentifier).notes, std::nullopt);
+    EXPECT_EQ(this->shown(original.calendarItemIdentifier).priority, 7);
+}
+
+TYPED_TEST(EventStoreContract, BringsBackWhatWasRemovedAndRemovesWhatWasMade) {
+    this->open();
+    EKReminderData data = this->inList(aReminder("")
+                                           .titled("x")
+                                           .notes("n")
+                                           .due({2026, 4, 1}, {9, 30}, "America/New_York")
+                                           .alarmAt(at("UTC", {2026, 4, 1}, {13, 0}))
+                                           .repeating("FREQ=WEEKLY"));
+    data.url = "https://example.org/";
+    data.location = "Home";
+    data.isFlagged = true;
+    const EKReminderRef reminder = this->driver.add(data);
+    EKReminderData expected = reminder->data;
+    const auto removed = this->driver.remove(reminder);
+    ASSERT_TRUE(removed.has_value());
+    const auto back = this->driver.revert(*removed);
+    ASSERT_TRUE(back.has_value());
+    expected.calendarItemIdentifier = back->calendarItemIdentifier;
+    EXPECT_EQ(this->shown(back->calendarItemIdentifier), expected);
+    ASSERT_TRUE(this->driver.revert(*back).has_value());
+    EXPECT_THAT(this->driver.openTitles(), IsEmpty());
+    EXPECT_EQ(codeOf(this->driver.revert(*back)), EKError::Code::itemNotFound);
+}
+
+TYPED_TEST(EventStoreContract, TakesACompletedOccurrenceBackTogetherWithItsCopy) {
+    this->open();
+    const EKReminderRef reminder =
+        this->driver.add(this->inList(aReminder("").titled("x").due({2026, 3, 27}).repeating("FREQ=DAILY")));
+    const EKReminderData before = reminder->data;
+    reminder->data.isCompleted = true;
+    const auto done = this->driver.save(reminder);
+    ASSERT_TRUE(done.has_value());
+    const auto undone = this->driver.revert(*done);
+    ASSERT_TRUE(undone.has_value());
+    EXPECT_EQ(this->shown(before.calendarItemIdentifier).dueDateComponents, before.dueDateComponents);
+    EXPECT_THAT(this->completedTitles(), IsEmpty());
+    const auto redone = this->driver.revert(*undone);
+    ASSERT_TRUE(redone && redone->completedCopyIdentifier);
+    EXPECT_EQ(this->shown(before.calendarItemIdentifier).dueDateComponents,
+              DateComponents::fromDate({2026, 3, 28}));
+    EXPECT_TRUE(this->shown(*redone->completedCopyIdentifier).isCompleted);
+}
+
+TYPED_TEST(EventStoreContract, RefusesToTakeBackWhatWasChangedElsewhereMeanwhile) {
+    this->open();
+    const EKReminderRef reminder = this->driver.add(this->inList(aReminder("").titled("old")));
+    reminder->data.title = "ours";
+    const auto done = this->driver.save(reminder);
+    ASSERT_TRUE(done.has_value());
+    this->house.changeElsewhere(reminder->calendarItemIdentifier(),
+                                [](EKReminderData& data) { data.title = "theirs"; });
+    EXPECT_EQ(codeOf(this->driver.revert(*done)), EKError::Code::conflict);
+    EXPECT_THAT(this->driver.openTitles(), ElementsAre("theirs"));
+}
+
 TYPED_TEST(EventStoreContract, TellsOfOwnChangesAndOfThoseOfOthers) {
     this->open();
     const EKReminderRef reminder = this->driver.add(this->inList(aReminder("").titled("x")));

@@ -33,6 +33,11 @@ class EventStoreDriver {
     SaveAnswer remove(const EKReminderRef& reminder) {
         return ask<SaveAnswer>([&](auto done) { store_.remove(reminder, done); });
     }
+    /// Takes back what this answer tells of.
+    SaveAnswer revert(const EKSaveResult& done) {
+        return ask<SaveAnswer>(
+            [&](auto answer) { store_.revert(done.change, done.calendarItemIdentifier, answer); });
+    }
     tl::expected<EKCalendar, EKError> saveCalendar(const EKCalendar& calendar) {
         return ask<tl::expected<EKCalendar, EKError>>(
             [&](auto done) { store_.saveCalendar(calendar, done); });

@@ -2,6 +2,7 @@
 
 #include "eventkit/EKEventStore.h"
 #include "eventkit/icalendar/Todo.h"
+#include "eventkit/vdir/ReminderChange.h"
 #include "eventkit/vdir/VdirLibrary.h"
 
 #include <QHash>
@@ -57,6 +58,9 @@ class VdirDatabase {
                                                            const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> remove(const QString& identifier,
                                                              const ZoneCalendar& local);
+    /// Takes a change back; `identifier` is what the reminder is called now.
+    [[nodiscard]] tl::expected<EKSaveResult, EKError>
+    revert(const ReminderChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKCalendar, EKError> saveCalendar(const EKCalendar& calendar,
                                                                  const ZoneCalendar& local);
 
@@ -100,6 +104,15 @@ class VdirDatabase {
                                                           const icalendar::Document& document,
                                                           const ZoneCalendar& local);
     void takeBack(const Place& place);
+    /// What was done in turn.
+    [[nodiscard]] tl::expected<ItemChange, EKError>
+    revertItem(const ItemChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<ItemChange, WriteError> restore(const ItemChange& change, OpenItem& opened,
+                                                               Instant now, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<ItemChange, WriteError> takeAway(const ItemChange& change, OpenItem& opened,
+                                                                const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<ItemChange, EKError> bringBack(const ItemChange& change,
+                                                              const ZoneCalendar& local);
     void noteWritten(const Place& place, const QByteArray& text, const ZoneCalendar& local);
 
     QByteArray root_;

@@ -196,6 +196,21 @@ void VdirEventStore::remove(const EKReminderRef& reminder, SaveCompletion comple
     });
 }
 
+void VdirEventStore::revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+                            SaveCompletion completion) {
+    worker_->run([this, change = std::dynamic_pointer_cast<const vdir::ReminderChange>(change), identifier,
+                  now = clock_.now(), local = calendar_.calendar(),
+                  completion = std::move(completion)]() mutable {
+        const auto before = database_.snapshot();
+        auto result =
+            change ? database_.revert(*change, identifier, now, local) : tl::unexpected(itemNotFoundError());
+        publish(database_.snapshot() != before);
+        onMain([completion = std::move(completion), result = std::move(result)]() mutable {
+            completion(std::move(result));
+        });
+    });
+}
+
 void VdirEventStore::events(const EKEventPredicate&, EventsCompletion completion) {
     worker_->run([this, completion = std::move(completion)]() mutable {
         onMain([completion = std::move(completion)] { completion({}); });

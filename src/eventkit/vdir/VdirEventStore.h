@@ -31,6 +31,8 @@ class VdirEventStore final : public EKEventStore {
     [[nodiscard]] EKReminderRef calendarItem(const QString& withIdentifier) override;
     void save(const EKReminderRef& reminder, SaveCompletion completion) override;
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
+    void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+                SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;
     [[nodiscard]] EKEventRef event(const QString& withIdentifier) override;
     void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) override;

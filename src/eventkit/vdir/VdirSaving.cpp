@@ -1,6 +1,6 @@
 #include "eventkit/EKErrors.h"
 #include "eventkit/ReminderChanges.h"
-#include "eventkit/vdir/VdirDatabase.h"
+#include "eventkit/vdir/OpenItem.h"
 #include "foundation/AtomicFile.h"
 
 #include <QFile>
@@ -20,27 +20,6 @@ namespace kestrant::vdir {
 using icalendar::Component;
 using icalendar::Document;
 using icalendar::TodoItem;
-
-/// A reminder with its file, as the file is at this moment.
-struct VdirDatabase::OpenItem {
-    Place place;
-    FileStamp stamp;
-    Document document;
-    TodoItem item;
-    int ordinal = 0;
-    /// Whether the file holds nothing else.
-    bool isAlone = true;
-    /// The values with their identifiers.
-    EKReminderData current;
-};
-
-/// What a save makes of a file.
-struct VdirDatabase::Revision {
-    Document document;
-    /// The file of the occurrence that was finished, if the reminder recurs.
-    std::optional<Document> copy;
-    QByteArray copyUid;
-};
 
 namespace {
 
@@ -71,6 +50,12 @@ EKError writeError(const FileError& error) {
     return storageError(error.path, error.description);
 }
 
+std::shared_ptr<const ReminderChange> changeOf(std::vector<ItemChange> items) {
+    auto change = std::make_shared<ReminderChange>();
+    change->items = std::move(items);
+    return change;
+}
+
 int firstYearOf(const EKReminderData& data) {
     int year = 9999;
     for (const auto& date : {data.startDateComponents, data.dueDateComponents}) {
@@ -82,6 +67,11 @@ int firstYearOf(const EKReminderData& data) {
 }
 
 }  // namespace
+
+Document aloneIn(Document document, const TodoItem& item) {
+    icalendar::keepOnlyTodo(document, item);
+    return document;
+}
 
 tl::expected<VdirDatabase::OpenItem, EKError> VdirDatabase::openItem(const QString& identifier,
                                                                      const ZoneCalendar& local) {
@@ -233,7 +223,10 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::saveNew(const EKReminderData& 
     const auto place = createFile(*collection, fileNameFor(uid), document, local);
     if (!place)
         return tl::unexpected(place.error());
-    return EKSaveResult{QString::fromUtf8(uid), std::nullopt};
+    EKSaveResult result{QString::fromUtf8(uid), std::nullopt};
+    result.change = changeOf({{result.calendarItemIdentifier, uid, std::nullopt,
+                               ItemState{place->collection, place->file, document.text()}}});
+    return result;
 }
 
 tl::expected<EKSaveResult, VdirDatabase::WriteError> VdirDatabase::trySave(const EKReminderData& base,
@@ -269,8 +262,16 @@ tl::expected<EKSaveResult, VdirDatabase::WriteError> VdirDatabase::trySave(const
     EKSaveResult result{base.calendarItemIdentifier, std::nullopt};
     if (place->collection != opened->place.collection)
         result.calendarItemIdentifier = identifierAt(*place, opened->item.key, 0);
-    if (revision.copy)
-        result.completedCopyIdentifier = QString::fromUtf8(revision.copyUid);
+    std::vector<ItemChange> changes{{result.calendarItemIdentifier, opened->item.key, opened->state(),
+                                     revision.stateAt(*place, *opened)}};
+    if (revision.copy) {
+        const QString copy = QString::fromUtf8(revision.copyUid);
+        const Entry written = snapshot_->reminders.value(copy);
+        changes.push_back({copy, revision.copyUid, std::nullopt,
+                           ItemState{written.collection, written.file, revision.copy->text()}});
+        result.completedCopyIdentifier = copy;
+    }
+    result.change = changeOf(std::move(changes));
     return result;
 }
 
@@ -311,10 +312,9 @@ VdirDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, co
     if (target == opened.place.collection) {
         error = replaceFile(opened.place, revision.document, opened.stamp, local);
     } else {
-        Document alone = revision.document;
-        icalendar::keepOnlyTodo(alone, opened.item);
-        const auto moved = createFile(
-            target, opened.isAlone ? opened.place.file : fileNameFor(opened.item.key), alone, local);
+        const auto moved =
+            createFile(target, opened.isAlone ? opened.place.file : fileNameFor(opened.item.key),
+                       aloneIn(revision.document, opened.item), local);
         if (moved) {
             place = *moved;
             error = takeOut(opened, local);
@@ -354,7 +354,8 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::remove(const QString& identifi
         const auto failed = takeOut(*opened, local);
         if (!failed) {
             rebuildSnapshot();
-            return EKSaveResult{identifier, std::nullopt};
+            return EKSaveResult{identifier, std::nullopt,
+                                changeOf({{identifier, opened->item.key, opened->state(), std::nullopt}})};
         }
         if (const auto* error = std::get_if<EKError>(&*failed))
             return tl::unexpected(*error);

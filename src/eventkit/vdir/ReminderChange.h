@@ -1,0 +1,38 @@
+#pragma once
+
+#include "eventkit/EKEventStore.h"
+
+#include <optional>
+#include <vector>
+
+namespace kestrant::vdir {
+
+/// A file that holds an item, at one moment.
+struct ItemState {
+    QByteArray collection;
+    QByteArray file;
+    /// All of it.
+    QByteArray text;
+    /// Which of the items with its key the item is.
+    int ordinal = 0;
+    /// Whether the file holds nothing else.
+    bool isAlone = true;
+};
+
+/// What became of one item.
+struct ItemChange {
+    QString identifier;
+    QByteArray key;
+    /// Absent where it was made.
+    std::optional<ItemState> before;
+    /// Absent where it was removed.
+    std::optional<ItemState> after;
+};
+
+/// A change as the folder of files remembers it: the reminder itself, then the copy of a completed
+/// occurrence.
+struct ReminderChange final : EKReminderChange {
+    std::vector<ItemChange> items;
+};
+
+}  // namespace kestrant::vdir

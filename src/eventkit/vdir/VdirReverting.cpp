@@ -1,0 +1,174 @@
+#include "eventkit/EKErrors.h"
+#include "eventkit/ReminderChanges.h"
+#include "eventkit/icalendar/Reverting.h"
+#include "eventkit/vdir/OpenItem.h"
+
+#include <QFile>
+
+#include <utility>
+
+namespace kestrant::vdir {
+
+using icalendar::Component;
+using icalendar::Document;
+using icalendar::TodoItem;
+
+namespace {
+
+/// So often a write is tried again when the file changes between reading and writing it.
+constexpr int attempts = 5;
+
+/// A reminder in the text of a file that was read before.
+struct KnownItem {
+    Document document;
+    TodoItem item;
+
+    [[nodiscard]] icalendar::ComponentView todo() const {
+        return document.components("VTODO")[static_cast<std::size_t>(item.index)];
+    }
+};
+
+std::optional<KnownItem> knownItem(const ItemState& state, const QByteArray& key, const ZoneCalendar& local) {
+    auto document = Document::parse(state.text);
+    if (!document)
+        return std::nullopt;
+    int ordinal = 0;
+    for (TodoItem& item : icalendar::readTodos(*document, local)) {
+        if (item.key == key && ordinal++ == state.ordinal)
+            return KnownItem{std::move(*document), std::move(item)};
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+tl::expected<EKSaveResult, EKError> VdirDatabase::revert(const ReminderChange& change,
+                                                         const QString& identifier, Instant now,
+                                                         const ZoneCalendar& local) {
+    if (!isOpen_)
+        return tl::unexpected(accessDeniedError());
+    EKSaveResult result{identifier, std::nullopt};
+    const auto reverse = std::make_shared<ReminderChange>();
+    for (const ItemChange& item : change.items) {
+        const bool isCopy = &item != &change.items.front();
+        auto done = revertItem(item, isCopy ? item.identifier : identifier, now, local);
+        if (!done) {
+            // A copy that somebody else has removed already leaves nothing to do.
+            if (isCopy && done.error().code == EKError::Code::itemNotFound)
+                continue;
+            for (const ItemChange& step : reverse->items)
+                (void)revertItem(step, step.identifier, now, local);
+            return tl::unexpected(done.error());
+        }
+        if (!isCopy)
+            result.calendarItemIdentifier = done->identifier;
+        else if (done->after)
+            result.completedCopyIdentifier = done->identifier;
+        reverse->items.push_back(std::move(*done));
+    }
+    result.change = reverse;
+    return result;
+}
+
+tl::expected<ItemChange, EKError> VdirDatabase::revertItem(const ItemChange& change,
+                                                           const QString& identifier, Instant now,
+                                                           const ZoneCalendar& local) {
+    if (!change.after)
+        return bringBack(change, local);
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        auto opened = openItem(identifier, local);
+        if (!opened)
+            return tl::unexpected(opened.error());
+        if (auto error = reasonNotToChange(opened->place))
+            return tl::unexpected(std::move(*error));
+        auto done = change.before ? restore(change, *opened, now, local) : takeAway(change, *opened, local);
+        if (done)
+            return std::move(*done);
+        if (const auto* error = std::get_if<EKError>(&done.error())) {
+            // What the file says now is known from here on.
+            (void)refresh({.files = {{opened->place.collection, {opened->place.file}}}}, local);
+            return tl::unexpected(*error);
+        }
+    }
+    return tl::unexpected(conflictError(identifier));
+}
+
+tl::expected<ItemChange, VdirDatabase::WriteError>
+VdirDatabase::restore(const ItemChange& change, OpenItem& opened, Instant now, const ZoneCalendar& local) {
+    const ItemState& before = *change.before;
+    const ItemState& after = *change.after;
+    const auto refuse = [](EKError error) { return tl::unexpected(WriteError(std::move(error))); };
+    const auto conflict = [&] { return refuse(conflictError(opened.current.title)); };
+    QByteArray target = opened.place.collection;
+    if (before.collection != after.collection) {
+        if (target != after.collection)
+            return conflict();
+        target = before.collection;
+    }
+    if (const auto writable = writableCollection(QFile::decodeName(target)); !writable)
+        return refuse(writable.error());
+    const auto wasBefore = knownItem(before, change.key, local);
+    const auto wasAfter = knownItem(after, change.key, local);
+    if (!wasBefore || !wasAfter)
+        return conflict();
+
+    ItemState found = opened.state();
+    Revision revision{.document = opened.document};
+    const bool isUntouched = opened.place.collection == after.collection && opened.place.file == after.file &&
+                             found.text == after.text;
+    if (isUntouched && before.isAlone == after.isAlone) {
+        revision.document = wasBefore->document;
+        opened.item = wasBefore->item;
+    } else {
+        const auto todos = opened.document.components("VTODO");
+        const auto todo =
+            icalendar::reverted(todos[static_cast<std::size_t>(opened.item.index)], wasBefore->todo(),
+                                wasAfter->todo(), opened.document.lineEnd(), now);
+        if (!todo)
+            return conflict();
+        revision.document.replace(opened.item.index, *todo);
+    }
+    const auto place = writeRevision(opened, target, revision, local);
+    if (!place)
+        return tl::unexpected(place.error());
+    rebuildSnapshot();
+    QString identifier = opened.current.calendarItemIdentifier;
+    if (place->collection != opened.place.collection)
+        identifier = identifierAt(*place, opened.item.key, 0);
+    return ItemChange{identifier, change.key, std::move(found), revision.stateAt(*place, opened)};
+}
+
+tl::expected<ItemChange, VdirDatabase::WriteError>
+VdirDatabase::takeAway(const ItemChange& change, OpenItem& opened, const ZoneCalendar& local) {
+    const auto made = knownItem(*change.after, change.key, local);
+    EKReminderData expected = made ? made->item.data : EKReminderData();
+    expected.calendarIdentifier = QFile::decodeName(change.after->collection);
+    if (!saysTheSame(std::move(expected), opened.current))
+        return tl::unexpected(WriteError(conflictError(opened.current.title)));
+    ItemState found = opened.state();
+    if (auto error = takeOut(opened, local))
+        return tl::unexpected(std::move(*error));
+    rebuildSnapshot();
+    return ItemChange{opened.current.calendarItemIdentifier, change.key, std::move(found), std::nullopt};
+}
+
+tl::expected<ItemChange, EKError> VdirDatabase::bringBack(const ItemChange& change,
+                                                          const ZoneCalendar& local) {
+    const ItemState& before = *change.before;
+    const auto collection = writableCollection(QFile::decodeName(before.collection));
+    if (!collection)
+        return tl::unexpected(collection.error());
+    auto known = knownItem(before, change.key, local);
+    if (!known || snapshot_->reminders.contains(change.identifier))
+        return tl::unexpected(conflictError(known ? known->item.data.title : change.identifier));
+    if (!before.isAlone)
+        known->document = aloneIn(std::move(known->document), known->item);
+    const auto place = createFile(*collection, before.file, known->document, local);
+    if (!place)
+        return tl::unexpected(place.error());
+    rebuildSnapshot();
+    return ItemChange{identifierAt(*place, change.key, 0), change.key, std::nullopt,
+                      ItemState{place->collection, place->file, known->document.text()}};
+}
+
+}  // namespace kestrant::vdir
