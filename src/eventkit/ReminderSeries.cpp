@@ -1,5 +1,7 @@
 #include "eventkit/ReminderSeries.h"
 
+#include "eventkit/icalendar/DateValue.h"
+
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -8,14 +10,12 @@
 namespace kestrant {
 namespace {
 
+using icalendar::calendarOf;
 using icalendar::DateKind;
 using icalendar::LocalTime;
+using icalendar::localTimeOf;
 using icalendar::Occurrences;
 using icalendar::RecurrenceRule;
-
-LocalTime localTimeOf(const DateComponents& components) {
-    return {components.date(), components.includesTime() ? components.time() : QTime(0, 0)};
-}
 
 qint64 secondsBetween(const LocalTime& from, const LocalTime& to) {
     return from.day.daysTo(to.day) * 86'400 + from.time.secsTo(to.time);
@@ -61,13 +61,6 @@ std::vector<EKRecurrenceRule> remainingRules(const std::vector<EKRecurrenceRule>
 }
 
 }  // namespace
-
-ZoneCalendar calendarOf(const DateComponents& components, const ZoneCalendar& local) {
-    if (!components.timeZone)
-        return local;
-    const QTimeZone zone(*components.timeZone);
-    return zone.isValid() ? ZoneCalendar(zone) : local;
-}
 
 std::optional<DateComponents> seriesAnchor(const EKReminderData& data) {
     const auto& anchor = data.startDateComponents ? data.startDateComponents : data.dueDateComponents;

@@ -21,10 +21,6 @@ struct SeriesDates {
     bool operator==(const SeriesDates&) const = default;
 };
 
-/// The calendar in which a date is meant: that of its own zone, or the person's where it names none or an
-/// unknown one.
-[[nodiscard]] ZoneCalendar calendarOf(const DateComponents& components, const ZoneCalendar& local);
-
 /// The date a series is counted from: the start, else the due date; absent when there is neither.
 [[nodiscard]] std::optional<DateComponents> seriesAnchor(const EKReminderData& data);
 

@@ -1,3 +1,4 @@
+#include "eventkit/icalendar/TimeZoneText.h"
 #include "eventkit/icalendar/Todo.h"
 #include "support/ReminderBuilders.h"
 

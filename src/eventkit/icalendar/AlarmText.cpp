@@ -64,21 +64,12 @@ std::optional<EKStructuredLocation> readLocation(ComponentView alarm) {
     return location;
 }
 
-/// From the due date to the start, where both are known.
-Duration startAfterDue(const EKReminderData& item, const ZoneCalendar& local) {
-    if (!item.startDateComponents || !item.dueDateComponents)
-        return Duration::zero();
-    const auto start = local.instantFrom(*item.startDateComponents);
-    const auto due = local.instantFrom(*item.dueDateComponents);
-    return start && due ? *start - *due : Duration::zero();
-}
-
-Component newAlarm(const EKAlarm& alarm, const EKReminderData& data, QByteArrayView lineEnd) {
+Component newAlarm(const EKAlarm& alarm, const AlarmAnchor& anchor, QByteArrayView lineEnd) {
     Component component("VALARM", lineEnd.toByteArray());
     if (!alarm.identifier.isEmpty())
         component.append(Property{"UID", {}, alarm.identifier}, lineEnd);
     component.append(Property{"ACTION", {}, "DISPLAY"}, lineEnd);
-    component.append(Property{"DESCRIPTION", {}, escapedText(data.title)}, lineEnd);
+    component.append(Property{"DESCRIPTION", {}, escapedText(anchor.title)}, lineEnd);
     if (alarm.absoluteDate) {
         component.append(Property{"TRIGGER", {{"VALUE", "DATE-TIME"}}, utcText(*alarm.absoluteDate)},
                          lineEnd);
@@ -87,10 +78,7 @@ Component newAlarm(const EKAlarm& alarm, const EKReminderData& data, QByteArrayV
                          lineEnd);
     } else {
         const auto offset = std::chrono::floor<std::chrono::seconds>(*alarm.relativeOffset).count();
-        component.append(Property{"TRIGGER",
-                                  {{"RELATED", data.dueDateComponents ? "END" : "START"}},
-                                  durationText(offset)},
-                         lineEnd);
+        component.append(Property{"TRIGGER", {{"RELATED", anchor.related}}, durationText(offset)}, lineEnd);
     }
     if (alarm.acknowledgedDate)
         component.append(Property{"ACKNOWLEDGED", {}, utcText(*alarm.acknowledgedDate)}, lineEnd);
@@ -115,7 +103,18 @@ Component newAlarm(const EKAlarm& alarm, const EKReminderData& data, QByteArrayV
 
 }  // namespace
 
-EKAlarm readAlarm(ComponentView alarm, const EKReminderData& item, const Document& document,
+AlarmAnchor alarmAnchorOf(const EKReminderData& reminder, const ZoneCalendar& local) {
+    AlarmAnchor result{.related = reminder.dueDateComponents ? "END" : "START", .title = reminder.title};
+    if (!reminder.startDateComponents || !reminder.dueDateComponents)
+        return result;
+    const auto start = local.instantFrom(*reminder.startDateComponents);
+    const auto due = local.instantFrom(*reminder.dueDateComponents);
+    if (start && due)
+        result.start = *start - *due;
+    return result;
+}
+
+EKAlarm readAlarm(ComponentView alarm, const AlarmAnchor& anchor, const Document& document,
                   const ZoneCalendar& local) {
     EKAlarm result;
     result.sourceText = alarm.text();
@@ -135,25 +134,25 @@ EKAlarm readAlarm(ComponentView alarm, const EKReminderData& item, const Documen
         return result;
     if (const auto duration = readDuration(trigger->value)) {
         result.relativeOffset = std::chrono::days(duration->days) + std::chrono::seconds(duration->seconds);
-        if (trigger->parameter("RELATED") != QByteArray("END"))
-            *result.relativeOffset += startAfterDue(item, local);
+        *result.relativeOffset +=
+            trigger->parameter("RELATED") == QByteArray("END") ? anchor.end : anchor.start;
     } else {
         result.absoluteDate = readInstant(trigger, document, local);
     }
     return result;
 }
 
-void writeAlarms(Component& item, const std::vector<EKAlarm>& alarms, const EKReminderData& data,
+void writeAlarms(Component& item, const std::vector<EKAlarm>& alarms, const AlarmAnchor& anchor,
                  const Document& document, const ZoneCalendar& local) {
     const QByteArrayView lineEnd = document.lineEnd();
     std::vector<Component> wanted;
     for (const EKAlarm& alarm : alarms) {
         auto component = Component::parse(alarm.sourceText, lineEnd);
         if (!component) {
-            wanted.push_back(newAlarm(alarm, data, lineEnd));
+            wanted.push_back(newAlarm(alarm, anchor, lineEnd));
             continue;
         }
-        const EKAlarm present = readAlarm(component->view(), data, document, local);
+        const EKAlarm present = readAlarm(component->view(), anchor, document, local);
         if (alarm.absoluteDate && alarm.absoluteDate != present.absoluteDate)
             component->set(Property{"TRIGGER", {{"VALUE", "DATE-TIME"}}, utcText(*alarm.absoluteDate)},
                            lineEnd);

@@ -22,7 +22,8 @@ QByteArrayView withoutLineEnd(QByteArrayView raw) {
 }
 
 bool startsWithName(QByteArrayView content, QByteArrayView name) {
-    return content.size() >= name.size() &&
+    // Most names differ in their first letter already.
+    return content.size() >= name.size() && ((content.front() ^ name.front()) & ~0x20) == 0 &&
            content.first(name.size()).compare(name, Qt::CaseInsensitive) == 0;
 }
 

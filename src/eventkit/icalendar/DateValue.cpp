@@ -49,6 +49,9 @@ std::optional<int> digits(QByteArrayView text, qsizetype from, qsizetype length)
     return value;
 }
 
+/// No duration is longer than all years of the calendar.
+constexpr qint64 longestDays = 3'652'059;
+
 QByteArray dayText(QDate day) {
     return day.toString(QStringLiteral("yyyyMMdd")).toLatin1();
 }
@@ -108,6 +111,31 @@ std::optional<Instant> readInstant(const std::optional<Property>& property, cons
     return components ? local.instantFrom(*components) : std::nullopt;
 }
 
+ZoneCalendar calendarOf(const DateComponents& date, const ZoneCalendar& local) {
+    if (!date.timeZone || *date.timeZone == local.zone().id())
+        return local;
+    static thread_local QHash<QByteArray, ZoneCalendar> known;
+    const auto found = known.constFind(*date.timeZone);
+    if (found != known.cend())
+        return *found;
+    const auto zone = timeZoneFromIdentifier(*date.timeZone);
+    return zone ? *known.insert(*date.timeZone, ZoneCalendar(*zone)) : local;
+}
+
+LocalTime localTimeOf(const DateComponents& date) {
+    return {date.date(), date.includesTime() ? date.time() : QTime(0, 0)};
+}
+
+LocalTime localTimeIn(const DateComponents& anchor, const DateComponents& date, const ZoneCalendar& local) {
+    if (!date.includesTime() || !anchor.includesTime())
+        return {date.date(), anchor.includesTime() ? anchor.time() : QTime(0, 0)};
+    if (date.timeZone == anchor.timeZone)
+        return localTimeOf(date);
+    const ZoneCalendar zone = calendarOf(anchor, local);
+    const Instant instant = calendarOf(date, local).instantAt(date.date(), date.time());
+    return {zone.dayOf(instant), zone.timeOf(instant)};
+}
+
 void writeDate(Property& property, const DateComponents& date, const Document& document) {
     const auto oldZone = property.parameter("TZID");
     property.removeParameter("VALUE");
@@ -120,9 +148,10 @@ void writeDate(Property& property, const DateComponents& date, const Document& d
     property.value += date.time().toString(QStringLiteral("'T'HHmmss")).toLatin1();
     if (date.timeZone == QByteArray("UTC")) {
         property.value += 'Z';
+    } else if (oldZone && zoneNamed(*oldZone, document) == date.timeZone) {
+        property.parameters.push_back({"TZID", *oldZone});
     } else if (date.timeZone) {
-        const bool same = oldZone && zoneNamed(*oldZone, document) == date.timeZone;
-        property.parameters.push_back({"TZID", same ? *oldZone : *date.timeZone});
+        property.parameters.push_back({"TZID", *date.timeZone});
     }
 }
 
@@ -144,6 +173,7 @@ std::optional<DurationValue> readDuration(QByteArrayView text) {
     if (!text.startsWith('P') || text.size() < 3)
         return std::nullopt;
     DurationValue result;
+    qint64 days = 0;
     bool inTime = false;
     qint64 number = -1;
     for (const char c : text.sliced(1)) {
@@ -157,9 +187,9 @@ std::optional<DurationValue> readDuration(QByteArrayView text) {
             if (number < 0)
                 return std::nullopt;
             if (c == 'W' && !inTime)
-                result.days += static_cast<int>(std::min<qint64>(number, 1'000'000) * 7);
+                days += number * 7;
             else if (c == 'D' && !inTime)
-                result.days += static_cast<int>(std::min<qint64>(number, 10'000'000));
+                days += number;
             else if (c == 'H' && inTime)
                 result.seconds += number * 3600;
             else if (c == 'M' && inTime)
@@ -168,12 +198,14 @@ std::optional<DurationValue> readDuration(QByteArrayView text) {
                 result.seconds += number;
             else
                 return std::nullopt;
+            if (days > longestDays || result.seconds > longestDays * 86'400)
+                return std::nullopt;
             number = -1;
         }
     }
     if (number >= 0)
         return std::nullopt;
-    result.days *= sign;
+    result.days = sign * static_cast<int>(days);
     result.seconds *= sign;
     return result;
 }

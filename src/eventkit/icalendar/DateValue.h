@@ -23,8 +23,18 @@ namespace kestrant::icalendar {
 [[nodiscard]] std::optional<Instant> readInstant(const std::optional<Property>& property,
                                                  const Document& document, const ZoneCalendar& local);
 
+/// The calendar in which a date is meant: that of its own zone, or the person's where it names none or an
+/// unknown one.
+[[nodiscard]] ZoneCalendar calendarOf(const DateComponents& date, const ZoneCalendar& local);
+/// A day is its midnight.
+[[nodiscard]] LocalTime localTimeOf(const DateComponents& date);
+/// A date of a series as the clock of the series' own date `anchor` shows it. A day stands for the series'
+/// date on that day, and so does a time where the series has days.
+[[nodiscard]] LocalTime localTimeIn(const DateComponents& anchor, const DateComponents& date,
+                                    const ZoneCalendar& local);
+
 /// Sets value and parameters for this date; other parameters stay, and so does the name of a zone that did
-/// not change.
+/// not change (or that nobody knows).
 void writeDate(Property& property, const DateComponents& date, const Document& document);
 /// "20260327T133000Z".
 [[nodiscard]] QByteArray utcText(Instant instant);
@@ -33,8 +43,9 @@ void writeDate(Property& property, const DateComponents& date, const Document& d
 struct DurationValue {
     int days = 0;
     qint64 seconds = 0;
+    bool operator==(const DurationValue&) const = default;
 };
-/// Absent for a text that is no duration.
+/// Absent for a text that is no duration, or one of thousands of years.
 [[nodiscard]] std::optional<DurationValue> readDuration(QByteArrayView text);
 /// "PT15M", "-P1D", in the largest units that fit.
 [[nodiscard]] QByteArray durationText(qint64 seconds);

@@ -223,6 +223,7 @@ tl::expected<Document, TextPair> Document::parse(QByteArrayView text) {
     }
     if (auto reason = brokenNesting(document.lines_))
         return tl::unexpected(std::move(*reason));
+    document.findParts();
     return document;
 }
 
@@ -230,15 +231,24 @@ Document Document::make() {
     return *parse("BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Kestrant//Kestrant//EN\r\nEND:VCALENDAR\r\n");
 }
 
+void Document::findParts() {
+    parts_.clear();
+    const std::span<const Line> lines(lines_);
+    forEachComponent(lines, [&](std::size_t begin, std::size_t end) {
+        if (lines[begin].begins() != "VCALENDAR")
+            return;
+        forEachComponent(inside(lines.subspan(begin, end - begin)), [&](std::size_t from, std::size_t to) {
+            parts_.push_back({lines[begin + 1 + from].begins(), begin + 1 + from, begin + 1 + to});
+        });
+    });
+}
+
 std::vector<ComponentView> Document::components(QByteArrayView componentName) const {
     std::vector<ComponentView> result;
-    forEachComponent(lines_, [&](std::size_t begin, std::size_t end) {
-        const ComponentView calendar{std::span<const Line>(lines_).subspan(begin, end - begin)};
-        if (calendar.name() == "VCALENDAR") {
-            const auto found = calendar.components(componentName);
-            result.insert(result.end(), found.begin(), found.end());
-        }
-    });
+    for (const Part& part : parts_) {
+        if (part.name == componentName)
+            result.emplace_back(std::span<const Line>(lines_).subspan(part.begin, part.end - part.begin));
+    }
     return result;
 }
 
@@ -251,12 +261,14 @@ void Document::replace(qsizetype index, const Component& component) {
     const auto begin = old.data() - lines_.data();
     lines_.erase(lines_.begin() + begin, lines_.begin() + begin + static_cast<qsizetype>(old.size()));
     lines_.insert(lines_.begin() + begin, component.lines().begin(), component.lines().end());
+    findParts();
 }
 
 void Document::remove(QByteArrayView componentName, qsizetype index) {
     const auto old = linesOf(componentName, index);
     const auto begin = old.data() - lines_.data();
     lines_.erase(lines_.begin() + begin, lines_.begin() + begin + static_cast<qsizetype>(old.size()));
+    findParts();
 }
 
 void Document::add(const Component& component, Place place) {
@@ -276,6 +288,7 @@ void Document::add(const Component& component, Place place) {
     }
     lines_.insert(lines_.begin() + static_cast<qsizetype>(position), component.lines().begin(),
                   component.lines().end());
+    findParts();
 }
 
 }  // namespace kestrant::icalendar

@@ -87,9 +87,18 @@ class Document {
     void add(const Component& component, Place place = Place::last);
 
   private:
+    /// A component directly within a calendar, from its first line to before `end`.
+    struct Part {
+        QByteArray name;
+        std::size_t begin;
+        std::size_t end;
+    };
+
+    void findParts();
     [[nodiscard]] std::span<const Line> linesOf(QByteArrayView componentName, qsizetype index) const;
 
     std::vector<Line> lines_;
+    std::vector<Part> parts_;
     QByteArray lineEnd_;
 };
 

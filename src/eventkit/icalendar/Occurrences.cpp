@@ -92,7 +92,8 @@ Occurrences::Occurrences(RecurrenceRule rule, LocalTime start, DateKind kind, co
 std::optional<LocalTime> Occurrences::next() {
     if (emitted_ == 0) {
         emitted_ = 1;
-        return start_;
+        if (!(start_ < earliest_))
+            return start_;
     }
     int emptyPeriods = 0;
     while (!finished_ && (!rule_.count || emitted_ < *rule_.count)) {
@@ -110,10 +111,51 @@ std::optional<LocalTime> Occurrences::next() {
         if (isPastEnd(candidate))
             break;
         ++emitted_;
-        return candidate;
+        if (!(candidate < earliest_))
+            return candidate;
     }
     finished_ = true;
     return std::nullopt;
+}
+
+void Occurrences::skipTo(const LocalTime& time) {
+    earliest_ = time;
+    if (rule_.count || !(start_ < time))
+        return;
+    emitted_ = 1;
+    const qint64 period = periodOf(time);
+    if (period > period_) {
+        period_ = period;
+        pending_.clear();
+        position_ = 0;
+    }
+}
+
+/// The last period that begins at or before `time`.
+qint64 Occurrences::periodOf(const LocalTime& time) const {
+    switch (rule_.frequency) {
+    case Frequency::yearly:
+        return (time.day.year() - start_.day.year()) / rule_.interval;
+    case Frequency::monthly:
+        return ((time.day.year() - start_.day.year()) * 12 + time.day.month() - start_.day.month()) /
+               rule_.interval;
+    case Frequency::weekly:
+        return firstWeek().daysTo(time.day) / 7 / rule_.interval;
+    case Frequency::daily:
+        return start_.day.daysTo(time.day) / rule_.interval;
+    default:
+        return (secondsOf(time) - secondsOf(start_)) / (unit() * rule_.interval);
+    }
+}
+
+/// The first day of the week in which the rule starts.
+QDate Occurrences::firstWeek() const {
+    return start_.day.addDays(-((start_.day.dayOfWeek() - rule_.weekStart + 7) % 7));
+}
+
+/// The seconds of a period that is less than a day.
+qint64 Occurrences::unit() const {
+    return rule_.frequency == Frequency::hourly ? 3600 : rule_.frequency == Frequency::minutely ? 60 : 1;
 }
 
 bool Occurrences::isPastEnd(const LocalTime& candidate) const {
@@ -160,7 +202,7 @@ std::vector<LocalTime> Occurrences::nextDays() {
         break;
     }
     case Frequency::weekly:
-        first = start_.day.addDays(7 * steps - (start_.day.dayOfWeek() - rule_.weekStart + 7) % 7);
+        first = firstWeek().addDays(7 * steps);
         end = first.addDays(7);
         break;
     default:
@@ -185,9 +227,7 @@ std::vector<LocalTime> Occurrences::nextDays() {
 }
 
 std::vector<LocalTime> Occurrences::nextTimes() {
-    const qint64 unit = rule_.frequency == Frequency::hourly     ? 3600
-                        : rule_.frequency == Frequency::minutely ? 60
-                                                                 : 1;
+    const qint64 unit = this->unit();
     const qint64 step = unit * rule_.interval;
     const qint64 origin = secondsOf(start_);
     const qint64 present = origin + period_ * step;

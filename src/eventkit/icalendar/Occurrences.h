@@ -22,7 +22,14 @@ class Occurrences {
 
     [[nodiscard]] std::optional<LocalTime> next();
 
+    /// Leaves out the dates before `time`: without looking at them where the rule has no COUNT, else by
+    /// counting them.
+    void skipTo(const LocalTime& time);
+
   private:
+    [[nodiscard]] qint64 periodOf(const LocalTime& time) const;
+    [[nodiscard]] QDate firstWeek() const;
+    [[nodiscard]] qint64 unit() const;
     [[nodiscard]] std::vector<LocalTime> nextPeriod();
     [[nodiscard]] std::vector<LocalTime> nextDays();
     [[nodiscard]] std::vector<LocalTime> nextTimes();
@@ -37,6 +44,7 @@ class Occurrences {
     ZoneCalendar zone_;
     qint64 period_ = 0;
     int emitted_ = 0;
+    LocalTime earliest_;
     bool finished_ = false;
     std::vector<LocalTime> pending_;
     std::size_t position_ = 0;

@@ -4,6 +4,7 @@
 #include <QTimeZone>
 
 #include <array>
+#include <set>
 
 namespace kestrant::icalendar {
 namespace {
@@ -65,6 +66,31 @@ std::optional<Component> timeZoneDefinition(const QByteArray& zone, int year, QB
         result.append(observance(false, epoch, offset, offset, timeZone.abbreviation(start), {}, lineEnd));
     }
     return result;
+}
+
+void addMissingTimeZones(Document& document, int year) {
+    std::set<QByteArray> defined;
+    for (const ComponentView& definition : document.components("VTIMEZONE")) {
+        if (const auto identifier = definition.property("TZID"))
+            defined.insert(identifier->value);
+    }
+    std::set<QByteArray> used;
+    for (const char* kind : {"VTODO", "VEVENT"}) {
+        for (const ComponentView& item : document.components(kind)) {
+            for (const Line& line : item.lines()) {
+                if (!line.content().contains("TZID="))
+                    continue;
+                if (const auto zone = Property::parse(line.content()).parameter("TZID"))
+                    used.insert(*zone);
+            }
+        }
+    }
+    for (const QByteArray& zone : used) {
+        if (defined.contains(zone))
+            continue;
+        if (const auto definition = timeZoneDefinition(zone, year, document.lineEnd()))
+            document.add(*definition, Document::Place::first);
+    }
 }
 
 }  // namespace kestrant::icalendar

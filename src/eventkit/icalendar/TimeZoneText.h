@@ -11,4 +11,7 @@ namespace kestrant::icalendar {
 [[nodiscard]] std::optional<Component> timeZoneDefinition(const QByteArray& zone, int year,
                                                           QByteArrayView lineEnd);
 
+/// Adds definitions, good from `year` on, of the zones that the file uses and does not define.
+void addMissingTimeZones(Document& document, int year);
+
 }  // namespace kestrant::icalendar

@@ -3,19 +3,14 @@
 #include "eventkit/EKTypes.h"
 #include "eventkit/ReminderSeries.h"
 #include "eventkit/icalendar/Document.h"
+#include "eventkit/icalendar/ItemReading.h"
 
 #include <vector>
 
 namespace kestrant::icalendar {
 
 /// One reminder as a file holds it. The identifiers in `data` are left to the caller.
-struct TodoItem {
-    /// UID as it stands; empty when there is none. With a RECURRENCE-ID, and no series beside it in the file,
-    /// the two joined by a slash.
-    QByteArray key;
-    /// Which of the file's VTODO components it is; those that change single dates of its series are not
-    /// counted here.
-    qsizetype index = 0;
+struct TodoItem : ItemComponents {
     EKReminderData data;
     SeriesDates dates;
 };
@@ -42,13 +37,5 @@ void writeAdvancedTodo(Component& todo, const TodoItem& item, const CompletedOcc
 /// else in it, under a new UID and related to the series.
 [[nodiscard]] Document makeCompletedCopy(const QByteArray& uid, const Document& series, const TodoItem& item,
                                          const EKReminderData& copy, const ZoneCalendar& local, Instant now);
-
-/// Takes a reminder out of a file, with everything that changes single dates of its series.
-void removeTodo(Document& document, const TodoItem& item);
-/// Takes every other reminder and event out.
-void keepOnlyTodo(Document& document, const TodoItem& item);
-
-/// Adds definitions, good from `year` on, of the zones that the file uses and does not define.
-void addMissingTimeZones(Document& document, int year);
 
 }  // namespace kestrant::icalendar

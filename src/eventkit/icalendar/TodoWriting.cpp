@@ -1,56 +1,10 @@
-#include "eventkit/icalendar/AlarmText.h"
-#include "eventkit/icalendar/DateValue.h"
-#include "eventkit/icalendar/TimeZoneText.h"
+#include "eventkit/icalendar/ItemWriting.h"
 #include "eventkit/icalendar/Todo.h"
-
-#include <algorithm>
-#include <set>
 
 namespace kestrant::icalendar {
 namespace {
 
 constexpr QByteArrayView presentDateName("X-KDE-LIBKCAL-DTRECURRENCE");
-
-/// Replaces single properties of one component.
-class Editor {
-  public:
-    Editor(Component& component, const Document& document) : component_(component), document_(document) {}
-
-    /// The property as it is, or a new one.
-    [[nodiscard]] Property present(QByteArrayView name) const {
-        return component_.view().property(name).value_or(Property{name.toByteArray(), {}, {}});
-    }
-    void set(const Property& property) { component_.set(property, document_.lineEnd()); }
-    void setValue(QByteArrayView name, const QByteArray& value) {
-        set(Property{name.toByteArray(), {}, value});
-    }
-    void setText(QByteArrayView name, const std::optional<QString>& text) {
-        if (!text) {
-            component_.remove(name);
-            return;
-        }
-        Property property = present(name);
-        property.removeParameter("ALTREP");
-        property.value = escapedText(*text);
-        set(property);
-    }
-    void setDate(QByteArrayView name, const std::optional<DateComponents>& date) {
-        if (!date) {
-            component_.remove(name);
-            return;
-        }
-        Property property = present(name);
-        writeDate(property, *date, document_);
-        set(property);
-    }
-    void remove(QByteArrayView name) { component_.remove(name); }
-    void append(const Property& property) { component_.append(property, document_.lineEnd()); }
-    [[nodiscard]] bool has(QByteArrayView name) const { return component_.view().property(name).has_value(); }
-
-  private:
-    Component& component_;
-    const Document& document_;
-};
 
 void writeDates(Editor& editor, const TodoItem& item, const EKReminderData& after) {
     const bool startChanged = item.data.startDateComponents != after.startDateComponents;
@@ -81,27 +35,6 @@ void writeCompletion(Editor& editor, const EKReminderData& before, const EKRemin
     if (after.completionDate)
         editor.setValue("COMPLETED", utcText(*after.completionDate));
     editor.setValue("PERCENT-COMPLETE", "100");
-}
-
-void writeRules(Editor& editor, const EKReminderData& before, const EKReminderData& after) {
-    if (before.recurrenceRules == after.recurrenceRules)
-        return;
-    editor.remove("RRULE");
-    for (const EKRecurrenceRule& rule : after.recurrenceRules)
-        editor.append(Property{"RRULE", {}, rule.text.toUtf8()});
-    if (after.recurrenceRules.empty()) {
-        for (const QByteArrayView name : {QByteArrayView("RDATE"), QByteArrayView("EXDATE"), presentDateName})
-            editor.remove(name);
-    }
-}
-
-/// The marks of a new revision (RFC 5545, 3.8.7).
-void writeRevision(Editor& editor, const EKReminderData& before, Instant now) {
-    if (before.creationDate && !editor.has("CREATED"))
-        editor.setValue("CREATED", utcText(*before.creationDate));
-    editor.setValue("LAST-MODIFIED", utcText(now));
-    editor.setValue("DTSTAMP", utcText(now));
-    editor.setValue("SEQUENCE", QByteArray::number(editor.present("SEQUENCE").value.trimmed().toInt() + 1));
 }
 
 /// Writes the present date of a series that goes on counting from where it did.
@@ -144,44 +77,13 @@ void removePassedDates(Component& todo, const EKReminderData& after, const Docum
     }
 }
 
-void removeAll(Document& document, QByteArrayView kind) {
-    for (auto count = static_cast<qsizetype>(document.components(kind).size()); count > 0; --count)
-        document.remove(kind, count - 1);
-}
-
-/// The positions of a reminder and of what changes single dates of its series.
-std::set<qsizetype> partsOf(const Document& document, const TodoItem& item) {
-    std::set<qsizetype> result{item.index};
-    const auto todos = document.components("VTODO");
-    if (todos[static_cast<std::size_t>(item.index)].property("RECURRENCE-ID"))
-        return result;
-    for (std::size_t i = 0; i < todos.size(); ++i) {
-        const auto uid = todos[i].property("UID");
-        if (uid && uid->value.trimmed() == item.key && todos[i].property("RECURRENCE-ID"))
-            result.insert(static_cast<qsizetype>(i));
-    }
-    return result;
-}
-
 }  // namespace
 
 void writeTodo(Component& todo, const TodoItem& item, const EKReminderData& after, const Document& document,
                const ZoneCalendar& local, Instant now) {
     Editor editor(todo, document);
     const EKReminderData& before = item.data;
-    if (before.title != after.title)
-        editor.setText("SUMMARY", after.title);
-    if (before.notes != after.notes)
-        editor.setText("DESCRIPTION", after.notes);
-    if (before.location != after.location)
-        editor.setText("LOCATION", after.location);
-    if (before.url != after.url) {
-        if (after.url)
-            editor.setValue("URL",
-                            QString(*after.url).remove(QLatin1Char('\n')).remove(QLatin1Char('\r')).toUtf8());
-        else
-            editor.remove("URL");
-    }
+    writeProperties(editor, before, after);
     if (before.priority != after.priority) {
         if (after.priority > 0)
             editor.setValue("PRIORITY", QByteArray::number(after.priority));
@@ -198,11 +100,11 @@ void writeTodo(Component& todo, const TodoItem& item, const EKReminderData& afte
     writeDates(editor, item, after);
     writeCompletion(editor, before, after);
     writeRules(editor, before, after);
+    if (after.recurrenceRules.empty() && !before.recurrenceRules.empty())
+        editor.remove(presentDateName);
     if (before.alarms != after.alarms)
-        writeAlarms(todo, after.alarms, after, document, local);
-    writeRevision(editor, before, now);
-    if (before.creationDate != after.creationDate && after.creationDate)
-        editor.setValue("CREATED", utcText(*after.creationDate));
+        writeAlarms(todo, after.alarms, alarmAnchorOf(after, local), document, local);
+    writeRevision(editor, before, after, now);
 }
 
 void writeAdvancedTodo(Component& todo, const TodoItem& item, const CompletedOccurrence& step,
@@ -223,10 +125,7 @@ Document makeTodo(const QByteArray& uid, const EKReminderData& data, const ZoneC
     Document document = Document::make();
     Component todo("VTODO", document.lineEnd().toByteArray());
     Editor editor(todo, document);
-    editor.setValue("UID", uid);
-    editor.setValue("DTSTAMP", utcText(now));
-    editor.setValue("CREATED", utcText(data.creationDate.value_or(now)));
-    editor.setValue("SUMMARY", escapedText(data.title));
+    beginItem(editor, uid, data, now);
     editor.setValue("STATUS", "NEEDS-ACTION");
     TodoItem empty;
     empty.data.title = data.title;
@@ -241,8 +140,7 @@ Document makeCompletedCopy(const QByteArray& uid, const Document& series, const 
                            const EKReminderData& copy, const ZoneCalendar& local, Instant now) {
     Document document = series;
     Component todo(series.components("VTODO")[static_cast<std::size_t>(item.index)].lines());
-    for (const char* kind : {"VTODO", "VEVENT", "VJOURNAL"})
-        removeAll(document, kind);
+    removeItems(document, [](QByteArrayView, qsizetype) { return true; });
     writeTodo(todo, item, copy, series, local, now);
     Editor editor(todo, series);
     for (const char* name : {"RRULE", "RDATE", "EXDATE", "RECURRENCE-ID", "SEQUENCE"})
@@ -252,47 +150,6 @@ Document makeCompletedCopy(const QByteArray& uid, const Document& series, const 
     editor.append(Property{"RELATED-TO", {{"RELTYPE", "SIBLING"}}, item.key});
     document.add(todo);
     return document;
-}
-
-void removeTodo(Document& document, const TodoItem& item) {
-    const auto parts = partsOf(document, item);
-    for (auto index = parts.rbegin(); index != parts.rend(); ++index)
-        document.remove("VTODO", *index);
-}
-
-void keepOnlyTodo(Document& document, const TodoItem& item) {
-    const std::set<qsizetype> parts = partsOf(document, item);
-    for (auto index = static_cast<qsizetype>(document.components("VTODO").size()) - 1; index >= 0; --index) {
-        if (!parts.contains(index))
-            document.remove("VTODO", index);
-    }
-    for (const char* kind : {"VEVENT", "VJOURNAL"})
-        removeAll(document, kind);
-}
-
-void addMissingTimeZones(Document& document, int year) {
-    std::set<QByteArray> defined;
-    for (const ComponentView& definition : document.components("VTIMEZONE")) {
-        if (const auto identifier = definition.property("TZID"))
-            defined.insert(identifier->value);
-    }
-    std::set<QByteArray> used;
-    for (const char* kind : {"VTODO", "VEVENT"}) {
-        for (const ComponentView& item : document.components(kind)) {
-            for (const Line& line : item.lines()) {
-                if (!line.content().contains("TZID="))
-                    continue;
-                if (const auto zone = Property::parse(line.content()).parameter("TZID"))
-                    used.insert(*zone);
-            }
-        }
-    }
-    for (const QByteArray& zone : used) {
-        if (defined.contains(zone))
-            continue;
-        if (const auto definition = timeZoneDefinition(zone, year, document.lineEnd()))
-            document.add(*definition, Document::Place::first);
-    }
 }
 
 }  // namespace kestrant::icalendar

@@ -44,12 +44,16 @@ std::vector<EKCalendar> orderedCalendars(const Library& library) {
     return result;
 }
 
-/// An identifier that says where a reminder is, for one that its UID does not tell apart.
-QString placeIdentifier(const QByteArray& collection, const QByteArray& file, const FileReminder& reminder) {
-    QString result = QString::fromUtf8(reminder.key) + QLatin1Char('#') + QFile::decodeName(collection) +
-                     QLatin1Char('/') + QFile::decodeName(file);
-    if (reminder.ordinal > 0)
-        result += QStringLiteral("#%1").arg(reminder.ordinal + 1);
+/// What an item is called: by its UID where that is taken by none of `entries`, else by its place.
+template <typename Entries>
+QString identifierFor(const ItemEntry& item, const Entries& entries) {
+    QString result = QString::fromUtf8(item.key);
+    if (!result.isEmpty() && !entries.contains(result))
+        return result;
+    result += QLatin1Char('#') + QFile::decodeName(item.collection) + QLatin1Char('/') +
+              QFile::decodeName(item.file);
+    if (item.ordinal > 0)
+        result += QStringLiteral("#%1").arg(item.ordinal + 1);
     return result;
 }
 
@@ -72,9 +76,33 @@ std::optional<EKError> VdirDatabase::open(const ZoneCalendar& local) {
 bool VdirDatabase::refresh(const Changes& changes, const ZoneCalendar& local) {
     aboutToRead_(collectionNames(root_).value_or(std::vector<QByteArray>()));
     const bool changed = updateLibrary(library_, root_, changes, local);
-    if (changed)
+    const bool isElsewhere = placeEvents(local);
+    if (changed || isElsewhere)
         rebuildSnapshot();
-    return changed;
+    return changed || isElsewhere;
+}
+
+bool VdirDatabase::adopt(const ZoneCalendar& local) {
+    const bool isElsewhere = placeEvents(local);
+    if (isElsewhere)
+        rebuildSnapshot();
+    return isElsewhere;
+}
+
+bool VdirDatabase::placeEvents(const ZoneCalendar& local) {
+    const bool isElsewhere = local_ && !(*local_ == local);
+    local_ = local;
+    if (!isElsewhere)
+        return false;
+    for (auto& [name, collection] : library_.collections) {
+        for (auto& [file, items] : collection.files) {
+            for (FileEvent& event : items.events)
+                event.series =
+                    std::make_shared<const EventSeries>(event.series->item(), event.series->identifier(),
+                                                        event.series->calendarIdentifier(), local);
+        }
+    }
+    return true;
 }
 
 void VdirDatabase::rebuildSnapshot() {
@@ -82,32 +110,61 @@ void VdirDatabase::rebuildSnapshot() {
     snapshot->calendars = orderedCalendars(library_);
     if (library_.problem)
         snapshot->problems.push_back(*library_.problem);
-    qsizetype count = 0;
+    qsizetype reminders = 0;
+    qsizetype events = 0;
     for (const auto& [name, collection] : library_.collections) {
-        for (const auto& [file, items] : collection.files)
-            count += static_cast<qsizetype>(items.reminders.size());
+        for (const auto& [file, items] : collection.files) {
+            reminders += std::ssize(items.reminders);
+            events += std::ssize(items.events);
+        }
     }
-    snapshot->reminders.reserve(count);
+    snapshot->reminders.reserve(reminders);
+    snapshot->events.reserve(events);
     for (const auto& [name, collection] : library_.collections) {
         if (collection.problem)
             snapshot->problems.push_back(*collection.problem);
         for (const auto& [file, items] : collection.files) {
             if (items.problem)
                 snapshot->problems.push_back(*items.problem);
-            for (const FileReminder& reminder : items.reminders) {
-                Entry entry{reminder.data, items.stamp.toText(), name, file, reminder.key, reminder.ordinal};
-                QString identifier = reminder.data->calendarItemIdentifier;
-                if (identifier.isEmpty() || snapshot->reminders.contains(identifier)) {
-                    identifier = placeIdentifier(name, file, reminder);
-                    EKReminderData renamed = *reminder.data;
-                    renamed.calendarItemIdentifier = identifier;
-                    entry.data = std::make_shared<const EKReminderData>(std::move(renamed));
-                }
-                snapshot->reminders.insert(identifier, std::move(entry));
-            }
+            addReminders(*snapshot, {name, file}, items);
+            addEvents(*snapshot, {name, file}, items);
         }
     }
+    snapshot->singleEvents.prepare();
+    snapshot->ruledEvents.prepare();
     snapshot_ = std::move(snapshot);
+}
+
+void VdirDatabase::addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items) {
+    for (const FileReminder& reminder : items.reminders) {
+        Entry entry{{items.stamp.toText(), place.collection, place.file, reminder.key, reminder.ordinal},
+                    reminder.data};
+        const QString identifier = identifierFor(entry, snapshot.reminders);
+        if (identifier != reminder.data->calendarItemIdentifier) {
+            EKReminderData renamed = *reminder.data;
+            renamed.calendarItemIdentifier = identifier;
+            entry.data = std::make_shared<const EKReminderData>(std::move(renamed));
+        }
+        snapshot.reminders.insert(identifier, std::move(entry));
+    }
+}
+
+void VdirDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const {
+    for (const FileEvent& event : items.events) {
+        EventEntry entry{{items.stamp.toText(), place.collection, place.file, event.key, event.ordinal},
+                         event.series};
+        const QString identifier = identifierFor(entry, snapshot.events);
+        if (identifier != event.series->identifier())
+            entry.series = std::make_shared<const EventSeries>(event.series->item(), identifier,
+                                                               event.series->calendarIdentifier(), *local_);
+        for (const EventSeries::Occurrence& single : entry.series->singles())
+            snapshot.singleEvents.add(single.data->startDate, single.data->endDate,
+                                      {single.data, entry.version});
+        if (const auto& bounds = entry.series->ruled())
+            snapshot.ruledEvents.add(bounds->start, bounds->end.value_or(Instant::max()),
+                                     {entry.series, entry.version});
+        snapshot.events.insert(identifier, std::move(entry));
+    }
 }
 
 QByteArray VdirDatabase::pathOf(const Place& place) const {

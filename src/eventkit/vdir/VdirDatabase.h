@@ -1,6 +1,8 @@
 #pragma once
 
 #include "eventkit/EKEventStore.h"
+#include "eventkit/EventSeries.h"
+#include "eventkit/IntervalIndex.h"
 #include "eventkit/icalendar/Todo.h"
 #include "eventkit/vdir/ReminderChange.h"
 #include "eventkit/vdir/VdirLibrary.h"
@@ -15,9 +17,8 @@
 
 namespace kestrant::vdir {
 
-/// One reminder and where it is.
-struct Entry {
-    std::shared_ptr<const EKReminderData> data;
+/// Where an item is.
+struct ItemEntry {
     QByteArray version;
     QByteArray collection;
     QByteArray file;
@@ -25,14 +26,43 @@ struct Entry {
     int ordinal = 0;
 };
 
+struct Entry : ItemEntry {
+    std::shared_ptr<const EKReminderData> data;
+};
+
+struct EventEntry : ItemEntry {
+    std::shared_ptr<const EventSeries> series;
+};
+
 /// The whole database at one moment. Never changes, so any thread may read it.
 struct Snapshot {
     /// In their stable order.
     std::vector<EKCalendar> calendars;
     /// By calendarItemIdentifier: the UID; where several files claim one, all but the first (by folder and
-    /// file name) get an identifier with their place in it, and so does a reminder without UID.
+    /// file name) get an identifier with their place in it, and so does an item without UID.
     QHash<QString, Entry> reminders;
+    QHash<QString, EventEntry> events;
     std::vector<TextPair> problems;
+
+    /// One occurrence, with the version of its file.
+    struct ShownEvent {
+        std::shared_ptr<const EKEventData> data;
+        QByteArray version;
+    };
+    /// The occurrences that match, each of a series by itself.
+    [[nodiscard]] std::vector<ShownEvent> eventsMatching(const EKEventPredicate& predicate) const;
+    /// The occurrence of an event with this occurrenceDate.
+    [[nodiscard]] std::optional<ShownEvent> event(const QString& identifier,
+                                                  const std::optional<Instant>& occurrenceDate) const;
+    /// The first occurrence of an event.
+    [[nodiscard]] std::optional<ShownEvent> firstEvent(const QString& identifier) const;
+
+    struct RuledEvent {
+        std::shared_ptr<const EventSeries> series;
+        QByteArray version;
+    };
+    IntervalIndex<ShownEvent> singleEvents;
+    IntervalIndex<RuledEvent> ruledEvents;
 };
 
 /// A folder of iCalendar files, read and written at once. Every write is atomic and durable, and begins with
@@ -49,6 +79,8 @@ class VdirDatabase {
 
     /// Reads what changed; true when anything came out differently.
     bool refresh(const Changes& changes, const ZoneCalendar& local);
+    /// Places the events in another calendar of the person; true when it is another one.
+    bool adopt(const ZoneCalendar& local);
 
     [[nodiscard]] const std::shared_ptr<const Snapshot>& snapshot() const { return snapshot_; }
 
@@ -73,6 +105,9 @@ class VdirDatabase {
     };
 
     void rebuildSnapshot();
+    bool placeEvents(const ZoneCalendar& local);
+    static void addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items);
+    void addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const;
     [[nodiscard]] QByteArray pathOf(const Place& place) const;
     [[nodiscard]] QString identifierAt(const Place& place, const QByteArray& key, int ordinal) const;
 
@@ -118,6 +153,7 @@ class VdirDatabase {
     QByteArray root_;
     std::function<void(const std::vector<QByteArray>&)> aboutToRead_;
     bool isOpen_ = false;
+    std::optional<ZoneCalendar> local_;
     Library library_;
     std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
 };

@@ -211,14 +211,27 @@ void VdirEventStore::revert(const std::shared_ptr<const EKReminderChange>& chang
     });
 }
 
-void VdirEventStore::events(const EKEventPredicate&, EventsCompletion completion) {
-    worker_->run([this, completion = std::move(completion)]() mutable {
-        onMain([completion = std::move(completion)] { completion({}); });
-    });
+void VdirEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
+    worker_->run(
+        [this, matching, completion = std::move(completion), local = calendar_.calendar()]() mutable {
+            std::vector<EKEventRef> result;
+            if (database_.isOpen()) {
+                if (database_.adopt(local))
+                    publish(false);
+                for (vdir::Snapshot::ShownEvent& shown : database_.snapshot()->eventsMatching(matching))
+                    result.push_back(std::make_shared<EKEvent>(std::move(shown.data), shown.version));
+            }
+            onMain([completion = std::move(completion), result = std::move(result)]() mutable {
+                completion(std::move(result));
+            });
+        });
 }
 
-EKEventRef VdirEventStore::event(const QString&) {
-    return nullptr;
+EKEventRef VdirEventStore::event(const QString& withIdentifier) {
+    if (status_ != EKAuthorizationStatus::fullAccess)
+        return nullptr;
+    auto shown = snapshot_->firstEvent(withIdentifier);
+    return shown ? std::make_shared<EKEvent>(std::move(shown->data), shown->version) : nullptr;
 }
 
 void VdirEventStore::save(const EKEventRef&, EKSpan, SaveCompletion completion) {

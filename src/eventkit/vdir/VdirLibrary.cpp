@@ -183,6 +183,10 @@ bool sameContent(const ItemFile& a, const ItemFile& b) {
            std::equal(a.reminders.begin(), a.reminders.end(), b.reminders.begin(), b.reminders.end(),
                       [](const FileReminder& x, const FileReminder& y) {
                           return x.key == y.key && x.ordinal == y.ordinal && *x.data == *y.data;
+                      }) &&
+           std::equal(a.events.begin(), a.events.end(), b.events.begin(), b.events.end(),
+                      [](const FileEvent& x, const FileEvent& y) {
+                          return x.series->item() == y.series->item() && x.ordinal == y.ordinal;
                       });
 }
 
@@ -299,26 +303,27 @@ bool updateLibrary(Library& library, const QByteArray& root, const Changes& chan
 ItemFile readItems(const QByteArray& text, const QByteArray& collection, const QByteArray& file,
                    const ZoneCalendar& local) {
     ItemFile result;
-    const bool mentionsEvents = text.contains("BEGIN:VEVENT");
-    // Events are not taken apart before someone asks for them.
-    if (mentionsEvents && !text.contains("BEGIN:VTODO") && text.startsWith("BEGIN:VCALENDAR") &&
-        text.trimmed().endsWith("END:VCALENDAR")) {
-        result.holdsEvents = true;
-        return result;
-    }
     const auto document = icalendar::Document::parse(text);
     if (!document) {
         result.problem = unreadable(collection + '/' + file, document.error());
         return result;
     }
     result.holdsEvents = !document->components("VEVENT").empty();
+    const QString calendar = QFile::decodeName(collection);
     std::map<QByteArray, int> seen;
     for (icalendar::TodoItem& item : icalendar::readTodos(*document, local)) {
         FileReminder reminder{item.key, seen[item.key]++, nullptr};
-        item.data.calendarIdentifier = QFile::decodeName(collection);
+        item.data.calendarIdentifier = calendar;
         item.data.calendarItemIdentifier = QString::fromUtf8(item.key);
         reminder.data = std::make_shared<const EKReminderData>(std::move(item.data));
         result.reminders.push_back(std::move(reminder));
+    }
+    seen.clear();
+    for (icalendar::EventItem& item : icalendar::readEvents(*document, local)) {
+        FileEvent event{item.key, seen[item.key]++, nullptr};
+        event.series = std::make_shared<const EventSeries>(std::move(item), QString::fromUtf8(event.key),
+                                                           calendar, local);
+        result.events.push_back(std::move(event));
     }
     return result;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/EKTypes.h"
+#include "eventkit/EventSeries.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <QByteArray>
@@ -33,10 +34,20 @@ struct FileReminder {
     std::shared_ptr<const EKReminderData> data;
 };
 
+/// An event in a file, found there again in the same way.
+struct FileEvent {
+    QByteArray key;
+    int ordinal = 0;
+    /// With the same identifiers.
+    std::shared_ptr<const EventSeries> series;
+};
+
 /// What is known of one file. The text itself is not kept.
 struct ItemFile {
     FileStamp stamp;
     std::vector<FileReminder> reminders;
+    std::vector<FileEvent> events;
+    /// Also such as cannot be shown.
     bool holdsEvents = false;
     /// Why it cannot be shown.
     std::optional<TextPair> problem;

@@ -1,5 +1,7 @@
 #include "eventkit/EKErrors.h"
 #include "eventkit/ReminderChanges.h"
+#include "eventkit/icalendar/ItemWriting.h"
+#include "eventkit/icalendar/TimeZoneText.h"
 #include "eventkit/vdir/OpenItem.h"
 #include "foundation/AtomicFile.h"
 
@@ -69,7 +71,7 @@ int firstYearOf(const EKReminderData& data) {
 }  // namespace
 
 Document aloneIn(Document document, const TodoItem& item) {
-    icalendar::keepOnlyTodo(document, item);
+    icalendar::keepOnlyItem(document, "VTODO", item);
     return document;
 }
 
@@ -93,7 +95,7 @@ tl::expected<VdirDatabase::OpenItem, EKError> VdirDatabase::openItem(const QStri
                 EKReminderData current = item.data;
                 current.calendarItemIdentifier = identifier;
                 current.calendarIdentifier = QFile::decodeName(place.collection);
-                const bool isAlone = items.size() == 1 && document->components("VEVENT").empty();
+                const bool isAlone = !icalendar::holdsMore(*document, item);
                 return OpenItem{place,          opened->stamp, std::move(*document), std::move(item),
                                 entry->ordinal, isAlone,       std::move(current)};
             }
@@ -337,7 +339,7 @@ std::optional<VdirDatabase::WriteError> VdirDatabase::takeOut(const OpenItem& it
     if (item.isAlone)
         return removeFile(item.place, item.stamp);
     Document rest = item.document;
-    icalendar::removeTodo(rest, item.item);
+    icalendar::removeItem(rest, "VTODO", item.item);
     return replaceFile(item.place, rest, item.stamp, local);
 }
 

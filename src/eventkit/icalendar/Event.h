@@ -1,0 +1,68 @@
+#pragma once
+
+#include "eventkit/EKEvent.h"
+#include "eventkit/icalendar/Document.h"
+#include "eventkit/icalendar/ItemReading.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <optional>
+#include <vector>
+
+namespace kestrant::icalendar {
+
+/// When an event takes place, in the form in which its file says so. A start that is a day means whole days.
+struct EventTimes {
+    DateComponents start;
+    /// Excluded. At most one of the two.
+    std::optional<DateComponents> end;
+    std::optional<DurationValue> duration;
+
+    bool operator==(const EventTimes&) const = default;
+};
+
+/// How long an event lasts from any of its starts: days by the calendar, then exact time. An event of whole
+/// days has days alone.
+struct EventLength {
+    int days = 0;
+    Duration exact{};
+};
+
+/// What the times say, made sense of: never negative. Without an end it is a day for whole days, else
+/// nothing; and so it is where the end does not come after the start.
+[[nodiscard]] EventLength lengthOf(const EventTimes& times, const ZoneCalendar& local);
+/// Start and end on the person's calendar. Whole days begin and end where its days do.
+[[nodiscard]] DateInterval intervalOf(const EventTimes& times, const ZoneCalendar& local);
+/// The same for an occurrence that starts at `start` by the clock of `times.start`.
+[[nodiscard]] DateInterval intervalOf(const EventTimes& times, const LocalTime& start,
+                                      const EventLength& length, const ZoneCalendar& local);
+
+/// One VEVENT.
+struct EventComponent {
+    EventTimes times;
+    /// Which date of its series it stands for.
+    std::optional<DateComponents> recurrenceId;
+    bool isCancelled = false;
+    /// All else. The identifiers are left to the caller, what depends on the occurrence to EventSeries.
+    EKEventData data;
+
+    bool operator==(const EventComponent&) const = default;
+};
+
+/// One event as a file holds it, with all that concerns its series.
+struct EventItem : ItemComponents {
+    EventComponent event;
+    /// What changes single dates, in the order of `changeIndexes`.
+    std::vector<EventComponent> changes;
+    std::vector<EventTimes> extraDates;
+    std::vector<DateComponents> excludedDates;
+
+    /// Whether it has more dates than one, by what its file says; the rules may not be understood.
+    [[nodiscard]] bool recurs() const { return !event.data.recurrenceRules.empty() || !extraDates.empty(); }
+    bool operator==(const EventItem&) const = default;
+};
+
+/// Reads the events of a file. What a value does not say properly is absent; a component that does not say
+/// when it takes place is passed over. `local` is the person's calendar.
+[[nodiscard]] std::vector<EventItem> readEvents(const Document& document, const ZoneCalendar& local);
+
+}  // namespace kestrant::icalendar
