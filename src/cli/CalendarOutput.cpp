@@ -26,12 +26,15 @@ QString timeText(const CalendarEventItem& row, const CalendarDayGroup& day, cons
     const auto clock = [&](Instant instant) {
         return context.calendar.timeOf(instant).toString(QStringLiteral("HH:mm"));
     };
-    const QString elsewhere = QStringLiteral("…");
-    const QString start = row.startDate < day.date ? elsewhere : clock(row.startDate);
     if (row.isReminder || row.endDate == row.startDate)
-        return start;
+        return clock(row.startDate);
+    const bool beganEarlier = row.startDate < day.date;
     const bool endsLater = row.endDate > context.calendar.startOfDay(day.day.addDays(1));
-    return start + u'–' + (endsLater ? elsewhere : clock(row.endDate));
+    if (beganEarlier && endsLater)
+        return QStringLiteral("…");
+    return beganEarlier
+               ? QStringLiteral("…–") + clock(row.endDate)
+               : clock(row.startDate) + u'–' + (endsLater ? QStringLiteral("…") : clock(row.endDate));
 }
 
 QString mark(const CalendarEventItem& row) {
