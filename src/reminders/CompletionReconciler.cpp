@@ -19,6 +19,8 @@ CompletionReconciler::CompletionReconciler(EKEventStore& eventStore, Scheduler& 
 
 void CompletionReconciler::note(const QString& reminderID, ReminderCompletionState state) {
     states_.insert_or_assign(reminderID, state);
+    // What is being fetched may tell of the time before.
+    ++generation_;
 }
 
 void CompletionReconciler::schedule(Duration delay) {

@@ -28,7 +28,8 @@ class CompletionReconciler : public QObject {
     /// Set while the ledger cannot be written.
     [[nodiscard]] const std::optional<TextPair>& error() const { return error_; }
 
-    /// Remembers, for the next reconciliation, what this program did to a reminder.
+    /// Remembers, for the next reconciliation, what this program did to a reminder. One that is under way is
+    /// void: schedule another.
     void note(const QString& reminderID, ReminderCompletionState state);
 
     /// Reconciles after `delay`, in place of one that is still waiting: the reminders completed in the

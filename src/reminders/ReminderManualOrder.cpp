@@ -1,5 +1,6 @@
 #include "reminders/ReminderManualOrder.h"
 
+#include <QHash>
 #include <QSet>
 
 namespace kestrant {
@@ -18,6 +19,24 @@ QStringList mergedManualOrder(const QStringList& previous, const QStringList& ar
     for (; next != arranged.end(); ++next)
         result.append(*next);
     return result;
+}
+
+QStringList withPlaceRestored(QStringList order, const QStringList& former, const QString& id) {
+    const auto formerPlace = former.indexOf(id);
+    if (formerPlace < 0 || order.contains(id))
+        return order;
+    QHash<QString, qsizetype> places;
+    for (qsizetype place = 0; place < order.size(); ++place)
+        places.insert(order[place], place);
+    qsizetype place = 0;
+    for (qsizetype before = formerPlace - 1; before >= 0; --before) {
+        if (const auto found = places.constFind(former[before]); found != places.cend()) {
+            place = *found + 1;
+            break;
+        }
+    }
+    order.insert(place, id);
+    return order;
 }
 
 }  // namespace kestrant

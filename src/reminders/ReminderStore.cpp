@@ -3,7 +3,6 @@
 #include "foundation/UserDefaults.h"
 #include "preferences/Localization.h"
 #include "preferences/PreferenceKeys.h"
-#include "reminders/ReminderActionHistory.h"
 #include "reminders/ReminderConversion.h"
 #include "reminders/ReminderManualOrder.h"
 
@@ -297,14 +296,29 @@ void ReminderStore::applySortMode(ReminderSortMode mode) {
 }
 
 void ReminderStore::commitManualOrder(const QStringList& ids) {
+    QStringList arranged;
+    for (const QString& id : ids)
+        arranged.append(currentID(id));
     const Placement before{manualOrderIDs_, sortMode_};
-    const Placement after{mergedManualOrder(manualOrderIDs_, ids), ReminderSortMode::manual};
+    const Placement after{mergedManualOrder(manualOrderIDs_, arranged), ReminderSortMode::manual};
     if (after.ids == before.ids && after.mode == before.mode)
         return;
     applyPlacement(after);
     record(
-        text("Move reminder", "Déplacer le rappel"), [this, before] { applyPlacement(before); },
-        [this, after] { applyPlacement(after); });
+        text("Move reminder", "Déplacer le rappel"), [this, before] { restorePlacement(before); },
+        [this, after] { restorePlacement(after); });
+}
+
+void ReminderStore::restorePlacement(const Placement& placement) {
+    // What has come since keeps its place, and what has gone stays away.
+    const QSet<QString> present(manualOrderIDs_.begin(), manualOrderIDs_.end());
+    QStringList arranged;
+    for (const QString& former : placement.ids) {
+        const QString id = currentID(former);
+        if (present.contains(id))
+            arranged.append(id);
+    }
+    applyPlacement({mergedManualOrder(manualOrderIDs_, arranged), placement.mode});
 }
 
 void ReminderStore::applyPlacement(const Placement& placement) {
@@ -316,19 +330,6 @@ void ReminderStore::applyPlacement(const Placement& placement) {
         recompute();
     else
         applySortMode(placement.mode);
-}
-
-void ReminderStore::record(const TextPair& title, std::function<void()> undo, std::function<void()> redo) {
-    if (!services_.history)
-        return;
-    const auto operation = [self = QPointer(this)](std::function<void()> work) {
-        return [self, work = std::move(work)](const ReminderActionHistory::Done& done) {
-            if (self)
-                work();
-            done({});
-        };
-    };
-    services_.history->record(title, operation(std::move(undo)), operation(std::move(redo)));
 }
 
 void ReminderStore::setFilters(const ReminderFilters& filters) {

@@ -5,6 +5,7 @@
 #include "foundation/Subscription.h"
 #include "foundation/ZoneCalendar.h"
 #include "reminders/CompletionReconciler.h"
+#include "reminders/ReminderActionHistory.h"
 #include "reminders/ReminderFiltering.h"
 #include "reminders/ReminderFlagIndex.h"
 #include "reminders/ReminderOrdering.h"
@@ -28,7 +29,6 @@ namespace kestrant {
 
 class Localization;
 class NotificationCenter;
-class ReminderActionHistory;
 class UserDefaults;
 
 /// What a ReminderStore works with. Everything here outlives the store.
@@ -53,8 +53,10 @@ struct ReminderStoreServices {
 /// signal is never emitted for a change that is none.
 ///
 /// Changes are written to the database at once and end with a completion that is called exactly once, on a
-/// later turn, with the failure if there was one; it may be empty. It is called even when the store is gone
-/// by then.
+/// later turn, with the failure if there was one; it may be empty. Each is recorded in the history when it is
+/// asked for, and withdrawn from it when it fails or changes nothing. Taking it back, and making it again,
+/// waits for its write, restores everything the change touched, and fails where somebody else has changed the
+/// same since. Nothing is called once the store is gone.
 ///
 /// Thread: main.
 class ReminderStore : public QObject {
@@ -222,17 +224,36 @@ class ReminderStore : public QObject {
     void setFilters(const ReminderFilters& filters);
     void applySortMode(ReminderSortMode mode);
     void applyPlacement(const Placement& placement);
+    void restorePlacement(const Placement& placement);
     void record(const TextPair& title, std::function<void()> undo, std::function<void()> redo);
     [[nodiscard]] ReminderPresent present() const;
 
+    struct RecordedChange;
+    using RecordedChangeRef = std::shared_ptr<RecordedChange>;
+    enum class ChangeKind { creation, edit, removal, completion };
+    /// Makes the history's entry for a change whose write begins now.
+    RecordedChangeRef recordChange(ChangeKind kind, const TextPair& title, const QString& id);
+    RecordedChangeRef recordCompletion(const QString& id);
+    [[nodiscard]] RecordedChangeRef newRecordedChange(ChangeKind kind, const QString& id);
+    void endRecording(const RecordedChangeRef& recorded, const tl::expected<EKSaveResult, EKError>& result);
+    void withdraw(const RecordedChangeRef& recorded);
+    void replay(const RecordedChangeRef& recorded, const ReminderActionHistory::Done& done);
+    void replayed(const RecordedChangeRef& recorded, const EKSaveResult& result);
+    /// Whatever is known of the reminder by its identifier is known by this one from here on.
+    void follow(const RecordedChange& recorded, const QString& id);
+    /// What a reminder is called now, if undoing its removal gave it a new identifier.
+    [[nodiscard]] QString currentID(const QString& id) const;
+
     /// Looks the reminder up, edits it and saves it.
-    void change(const QString& id, const Edit& edit, Completion completion);
+    void change(const TextPair& title, const QString& id, const Edit& edit, Completion completion);
     void saveNew(const NewReminder& reminder, const EKCalendar& list, CreationCompletion completion);
     void makeInitialList(const NewReminder& reminder, CreationCompletion completion);
     void answer(const Completion& completion, tl::expected<void, ReminderStoreError> result);
 
+    void cancelCompletion(const QString& id);
     void commitCompletion(const QString& id, Completion completion);
-    void completionSaved(const QString& id, const EKReminder& reminder,
+    void commitCompletion(const QString& id, Completion completion, const RecordedChangeRef& recorded);
+    void completionSaved(const QString& id, const EKReminder& reminder, const RecordedChangeRef& recorded,
                          const tl::expected<EKSaveResult, EKError>& result);
     void completionCommitted(const EKReminder& reminder, const EKSaveResult& result);
     void setPendingCompletion(const QString& id, bool pending);
@@ -269,7 +290,15 @@ class ReminderStore : public QObject {
     std::map<QString, ScheduledTask> completionTasks_;
     /// Completions being written, with everybody who waits for them.
     std::map<QString, std::vector<Completion>> committing_;
+    /// The entries of completions that are pending.
+    std::map<QString, RecordedChangeRef> recordedCompletions_;
     CompletionReconciler reconciler_;
+
+    /// What entries of the history call a reminder by, whatever its identifier becomes.
+    struct HistoryReference {
+        QString identifier;
+    };
+    std::map<QString, std::weak_ptr<HistoryReference>> historyReferences_;
 
     std::optional<ReminderRevealRequest> reminderRevealRequest_;
     /// A reminder that was just created, to be revealed once it has been fetched.

@@ -1,7 +1,7 @@
 #include "foundation/NotificationCenter.h"
 #include "preferences/Localization.h"
+#include "reminders/RecordedChange.h"
 #include "reminders/ReminderConversion.h"
-#include "reminders/ReminderStore.h"
 
 #include <QPointer>
 
@@ -16,14 +16,9 @@ tl::unexpected<ReminderStoreError> failure(Code code) {
     return tl::unexpected(ReminderStoreError{code, {}});
 }
 
-ReminderStoreError storeError(const EKError& error) {
-    return error.code == EKError::Code::itemNotFound ? ReminderStoreError{Code::reminderNotFound, {}}
-                                                     : ReminderStoreError::from(error);
-}
-
 tl::expected<void, ReminderStoreError> outcome(const tl::expected<EKSaveResult, EKError>& result) {
     if (!result)
-        return tl::unexpected(storeError(result.error()));
+        return tl::unexpected(ReminderStoreError::from(result.error()));
     return {};
 }
 
@@ -105,11 +100,14 @@ void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
         applyDueDate(reminder->data,
                      dueComponents(*wanted.dueDate, wanted.dueDateIncludesTime, calendar, std::nullopt),
                      wanted.dueAlertSchedule, calendar);
+    const RecordedChangeRef recorded =
+        recordChange(ChangeKind::creation, text("Create reminder", "Créer le rappel"), QString());
     beginActivity();
-    services_.eventStore.save(reminder, [self = QPointer(this), completion = std::move(completion)](
+    services_.eventStore.save(reminder, [self = QPointer(this), recorded, completion = std::move(completion)](
                                             const tl::expected<EKSaveResult, EKError>& result) {
         if (!self)
             return;
+        self->endRecording(recorded, result);
         if (result) {
             self->revealOnceLoaded_ = result->calendarItemIdentifier;
             self->services_.notifications.post(QLatin1String(reminderCreatedNotification));
@@ -119,7 +117,7 @@ void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
             if (result)
                 completion(result->calendarItemIdentifier);
             else
-                completion(tl::unexpected(storeError(result.error())));
+                completion(tl::unexpected(ReminderStoreError::from(result.error())));
         }
         if (self)
             self->endActivity();
@@ -142,17 +140,20 @@ void ReminderStore::answer(const Completion& completion, tl::expected<void, Remi
     });
 }
 
-void ReminderStore::change(const QString& id, const Edit& edit, Completion completion) {
+void ReminderStore::change(const TextPair& title, const QString& id, const Edit& edit,
+                           Completion completion) {
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     if (!reminder)
         return answer(completion, failure(Code::reminderNotFound));
     if (auto edited = edit(reminder->data); !edited)
         return answer(completion, std::move(edited));
+    const RecordedChangeRef recorded = recordChange(ChangeKind::edit, title, id);
     beginActivity();
-    services_.eventStore.save(reminder, [self = QPointer(this), completion = std::move(completion)](
+    services_.eventStore.save(reminder, [self = QPointer(this), recorded, completion = std::move(completion)](
                                             const tl::expected<EKSaveResult, EKError>& result) {
         if (!self)
             return;
+        self->endRecording(recorded, result);
         self->reload();
         if (completion)
             completion(outcome(result));
@@ -163,7 +164,7 @@ void ReminderStore::change(const QString& id, const Edit& edit, Completion compl
 
 void ReminderStore::edit(const QString& id, const ReminderEditDetails& details, Completion completion) {
     change(
-        id,
+        text("Edit reminder", "Modifier le rappel"), id,
         [this, &details](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
             const auto title = titleToWrite(details.title, reminder.title);
             if (!title)
@@ -191,7 +192,7 @@ void ReminderStore::edit(const QString& id, const ReminderEditDetails& details, 
 
 void ReminderStore::rename(const QString& id, const QString& title, Completion completion) {
     change(
-        id,
+        text("Edit reminder", "Modifier le rappel"), id,
         [&title](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
             auto toWrite = titleToWrite(title, reminder.title);
             if (!toWrite)
@@ -204,7 +205,7 @@ void ReminderStore::rename(const QString& id, const QString& title, Completion c
 
 void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includesTime, Completion completion) {
     change(
-        id,
+        text("Reschedule reminder", "Reporter le rappel"), id,
         [this, dueDate, includesTime](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
             const ZoneCalendar calendar = services_.calendar.calendar();
             applyDueDate(reminder, dueComponents(dueDate, includesTime, calendar, reminder.dueDateComponents),
@@ -216,7 +217,7 @@ void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includes
 
 void ReminderStore::clearDueDate(const QString& id, Completion completion) {
     change(
-        id,
+        text("Reschedule reminder", "Reporter le rappel"), id,
         [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
             applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
             return {};
@@ -226,7 +227,7 @@ void ReminderStore::clearDueDate(const QString& id, Completion completion) {
 
 void ReminderStore::move(const QString& id, const QString& listID, Completion completion) {
     change(
-        id,
+        text("Change list", "Changer de liste"), id,
         [this, &listID](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
             if (!services_.eventStore.calendarWithIdentifier(listID))
                 return failure(Code::listUnavailable);
@@ -240,19 +241,23 @@ void ReminderStore::remove(const QString& id, Completion completion) {
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     if (!reminder)
         return answer(completion, failure(Code::reminderNotFound));
+    const RecordedChangeRef recorded =
+        recordChange(ChangeKind::removal, text("Delete reminder", "Supprimer le rappel"), id);
     beginActivity();
-    services_.eventStore.remove(reminder, [self = QPointer(this), id, completion = std::move(completion)](
-                                              const tl::expected<EKSaveResult, EKError>& result) {
-        if (!self)
-            return;
-        if (result)
-            self->reconciler_.note(id, ReminderCompletionState::deleted());
-        self->reload();
-        if (completion)
-            completion(outcome(result));
-        if (self)
-            self->endActivity();
-    });
+    services_.eventStore.remove(reminder,
+                                [self = QPointer(this), recorded, id, completion = std::move(completion)](
+                                    const tl::expected<EKSaveResult, EKError>& result) {
+                                    if (!self)
+                                        return;
+                                    self->endRecording(recorded, result);
+                                    if (result)
+                                        self->reconciler_.note(id, ReminderCompletionState::deleted());
+                                    self->reload();
+                                    if (completion)
+                                        completion(outcome(result));
+                                    if (self)
+                                        self->endActivity();
+                                });
 }
 
 }  // namespace kestrant

@@ -1,4 +1,5 @@
-#include "reminders/ReminderStore.h"
+#include "eventkit/EKErrors.h"
+#include "reminders/RecordedChange.h"
 
 #include <QPointer>
 
@@ -29,16 +30,25 @@ void ReminderStore::toggleCompletion(const QString& id) {
     if (committing_.contains(id))
         return;
     if (pendingCompletionIDs_.contains(id)) {
-        completionTasks_.erase(id);
-        setPendingCompletion(id, false);
+        if (const auto recorded = recordedCompletions_.extract(id))
+            withdraw(recorded.mapped());
+        cancelCompletion(id);
         return;
     }
+    recordedCompletions_[id] = recordCompletion(id);
     completionTasks_[id] =
         services_.scheduler.after(completionDelay, [this, id] { commitCompletion(id, nullptr); });
     setPendingCompletion(id, true);
 }
 
+void ReminderStore::cancelCompletion(const QString& id) {
+    completionTasks_.erase(id);
+    setPendingCompletion(id, false);
+}
+
 void ReminderStore::completeNow(const QString& id, Completion completion) {
+    if (!pendingCompletionIDs_.contains(id))
+        recordedCompletions_[id] = recordCompletion(id);
     setPendingCompletion(id, true);
     commitCompletion(id, std::move(completion));
 }
@@ -53,6 +63,12 @@ void ReminderStore::commitPendingCompletions(std::function<void()> done) {
 }
 
 void ReminderStore::commitCompletion(const QString& id, Completion completion) {
+    auto recorded = recordedCompletions_.extract(id);
+    commitCompletion(id, std::move(completion), recorded ? recorded.mapped() : nullptr);
+}
+
+void ReminderStore::commitCompletion(const QString& id, Completion completion,
+                                     const RecordedChangeRef& recorded) {
     completionTasks_.erase(id);
     if (const auto underWay = committing_.find(id); underWay != committing_.end()) {
         underWay->second.push_back(std::move(completion));
@@ -60,6 +76,7 @@ void ReminderStore::commitCompletion(const QString& id, Completion completion) {
     }
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     if (!reminder || !reminder->refresh() || reminder->data.isCompleted) {
+        endRecording(recorded, tl::unexpected(itemNotFoundError()));
         setPendingCompletion(id, false);
         reloadTasks();
         if (reminder && reminder->data.isCompleted)
@@ -72,15 +89,17 @@ void ReminderStore::commitCompletion(const QString& id, Completion completion) {
     reminder->reset();
     reminder->data.isCompleted = true;
     committing_[id].push_back(std::move(completion));
+    recorded->isUnderWay = true;
     beginActivity();
-    services_.eventStore.save(
-        reminder, [self = QPointer(this), id, reminder](const tl::expected<EKSaveResult, EKError>& result) {
-            if (self)
-                self->completionSaved(id, *reminder, result);
-        });
+    services_.eventStore.save(reminder, [self = QPointer(this), id, reminder,
+                                         recorded](const tl::expected<EKSaveResult, EKError>& result) {
+        if (self)
+            self->completionSaved(id, *reminder, recorded, result);
+    });
 }
 
 void ReminderStore::completionSaved(const QString& id, const EKReminder& reminder,
+                                    const RecordedChangeRef& recorded,
                                     const tl::expected<EKSaveResult, EKError>& result) {
     const auto waiting = std::exchange(committing_[id], {});
     committing_.erase(id);
@@ -93,6 +112,7 @@ void ReminderStore::completionSaved(const QString& id, const EKReminder& reminde
         setPendingCompletion(id, false);
         setAccessState(ReminderAccessState::failed(result.error().message));
     }
+    endRecording(recorded, result);
     for (const Completion& completion : waiting)
         answer(completion, outcome);
     endActivity();

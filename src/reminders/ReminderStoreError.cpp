@@ -9,6 +9,17 @@ QString withDetail(const QString& sentence, const QString& detail) {
 
 }  // namespace
 
+ReminderStoreError ReminderStoreError::from(const EKError& error) {
+    switch (error.code) {
+    case EKError::Code::itemNotFound:
+        return {Code::reminderNotFound, {}};
+    case EKError::Code::calendarNotFound:
+        return {Code::listUnavailable, {}};
+    default:
+        return {Code::database, error.message};
+    }
+}
+
 TextPair ReminderStoreError::message() const {
     TextPair detail = underlying.value_or(TextPair{});
     switch (code) {

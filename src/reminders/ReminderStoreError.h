@@ -27,9 +27,7 @@ struct ReminderStoreError {
     Code code = Code::database;
     std::optional<TextPair> underlying;
 
-    [[nodiscard]] static ReminderStoreError from(const EKError& error) {
-        return {Code::database, error.message};
-    }
+    [[nodiscard]] static ReminderStoreError from(const EKError& error);
 
     /// The sentence for the person.
     [[nodiscard]] TextPair message() const;

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "reminders/ReminderStore.h"
+
+namespace kestrant {
+
+/// A change of one reminder that the history can take back and make again.
+struct ReminderStore::RecordedChange {
+    ChangeKind kind = ChangeKind::edit;
+    std::shared_ptr<HistoryReference> reminder;
+    /// The history's entry, while the change may still have to be withdrawn from it.
+    std::optional<QUuid> entry;
+    /// Being written for the first time; replays wait for the end.
+    bool isUnderWay = false;
+    std::vector<std::function<void()>> waiting;
+    /// What the next replay takes back; null when nothing was written.
+    std::shared_ptr<const EKReminderChange> change;
+    bool isTakenBack = false;
+    std::optional<QString> completedCopy;
+    /// The manual order before the change.
+    QStringList order;
+};
+
+}  // namespace kestrant

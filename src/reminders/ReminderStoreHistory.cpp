@@ -1,0 +1,201 @@
+#include "foundation/UserDefaults.h"
+#include "preferences/PreferenceKeys.h"
+#include "reminders/RecordedChange.h"
+#include "reminders/ReminderManualOrder.h"
+
+#include <QPointer>
+
+#include <chrono>
+#include <utility>
+
+namespace kestrant {
+namespace {
+
+using namespace std::chrono_literals;
+using Done = ReminderActionHistory::Done;
+
+constexpr Duration reconciliationDelay = 150ms;
+
+}  // namespace
+
+void ReminderStore::record(const TextPair& title, std::function<void()> undo, std::function<void()> redo) {
+    if (!services_.history)
+        return;
+    const auto operation = [self = QPointer(this)](std::function<void()> work) {
+        return [self, work = std::move(work)](const Done& done) {
+            if (self)
+                work();
+            done({});
+        };
+    };
+    services_.history->record(title, operation(std::move(undo)), operation(std::move(redo)));
+}
+
+ReminderStore::RecordedChangeRef ReminderStore::newRecordedChange(ChangeKind kind, const QString& id) {
+    std::erase_if(historyReferences_, [](const auto& entry) { return entry.second.expired(); });
+    auto recorded = std::make_shared<RecordedChange>();
+    recorded->kind = kind;
+    recorded->order = manualOrderIDs_;
+    const auto known = historyReferences_.find(id);
+    if (known != historyReferences_.end())
+        recorded->reminder = known->second.lock();
+    else
+        recorded->reminder = std::make_shared<HistoryReference>(HistoryReference{id});
+    if (!id.isEmpty())
+        historyReferences_[id] = recorded->reminder;
+    return recorded;
+}
+
+ReminderStore::RecordedChangeRef ReminderStore::recordChange(ChangeKind kind, const TextPair& title,
+                                                             const QString& id) {
+    RecordedChangeRef recorded = newRecordedChange(kind, id);
+    recorded->isUnderWay = true;
+    const auto operation = [self = QPointer(this), recorded](const Done& done) {
+        if (self)
+            self->replay(recorded, done);
+        else
+            done({});
+    };
+    if (services_.history)
+        recorded->entry = services_.history->record(title, operation, operation);
+    return recorded;
+}
+
+ReminderStore::RecordedChangeRef ReminderStore::recordCompletion(const QString& id) {
+    RecordedChangeRef recorded = newRecordedChange(ChangeKind::completion, id);
+    if (!services_.history)
+        return recorded;
+    const auto undo = [self = QPointer(this), recorded](const Done& done) {
+        if (!self)
+            return done({});
+        const QString& present = recorded->reminder->identifier;
+        if (!self->completionTasks_.contains(present))
+            return self->replay(recorded, done);
+        // Nothing has been written yet.
+        self->recordedCompletions_.erase(present);
+        self->cancelCompletion(present);
+        recorded->entry.reset();
+        done({});
+    };
+    const auto redo = [self = QPointer(this), recorded](const Done& done) {
+        if (!self)
+            return done({});
+        if (recorded->change)
+            return self->replay(recorded, done);
+        self->setPendingCompletion(recorded->reminder->identifier, true);
+        self->commitCompletion(recorded->reminder->identifier, done, recorded);
+    };
+    recorded->entry = services_.history->record(text("Complete reminder", "Terminer le rappel"), undo, redo);
+    return recorded;
+}
+
+void ReminderStore::endRecording(const RecordedChangeRef& recorded,
+                                 const tl::expected<EKSaveResult, EKError>& result) {
+    recorded->isUnderWay = false;
+    if (result) {
+        recorded->change = result->change;
+        recorded->completedCopy = result->completedCopyIdentifier;
+        follow(*recorded, result->calendarItemIdentifier);
+    }
+    if (!recorded->change)
+        withdraw(recorded);
+    for (const auto& waiting : std::exchange(recorded->waiting, {}))
+        waiting();
+}
+
+void ReminderStore::withdraw(const RecordedChangeRef& recorded) {
+    if (services_.history && recorded->entry)
+        services_.history->remove(*std::exchange(recorded->entry, std::nullopt));
+}
+
+void ReminderStore::replay(const RecordedChangeRef& recorded, const Done& done) {
+    if (recorded->isUnderWay) {
+        recorded->waiting.push_back([self = QPointer(this), recorded, done] {
+            if (self)
+                self->replay(recorded, done);
+        });
+        return;
+    }
+    if (!recorded->change)
+        return done({});
+    beginActivity();
+    services_.eventStore.revert(
+        recorded->change, recorded->reminder->identifier,
+        [self = QPointer(this), recorded, done](const tl::expected<EKSaveResult, EKError>& result) {
+            if (!self)
+                return;
+            if (result)
+                self->replayed(recorded, *result);
+            self->reload();
+            if (result)
+                done({});
+            else
+                done(tl::unexpected(ReminderStoreError::from(result.error())));
+            if (self)
+                self->endActivity();
+        });
+}
+
+void ReminderStore::replayed(const RecordedChangeRef& recorded, const EKSaveResult& result) {
+    const bool isTakenBack = !std::exchange(recorded->isTakenBack, !recorded->isTakenBack);
+    recorded->change = result.change;
+    const QString& id = result.calendarItemIdentifier;
+    follow(*recorded, id);
+
+    const bool wentAway = isTakenBack == (recorded->kind == ChangeKind::creation);
+    if (recorded->kind != ChangeKind::edit && !wentAway) {
+        QStringList former;
+        for (const QString& formerID : std::as_const(recorded->order))
+            former.append(currentID(formerID));
+        QStringList order = withPlaceRestored(manualOrderIDs_, former, id);
+        if (order != manualOrderIDs_) {
+            manualOrderIDs_ = std::move(order);
+            Q_EMIT manualOrderIDsChanged();
+        }
+        revealOnceLoaded_ = id;
+    }
+    if (recorded->kind == ChangeKind::removal && wentAway)
+        reconciler_.note(id, ReminderCompletionState::deleted());
+    if (recorded->kind != ChangeKind::completion)
+        return;
+    if (isTakenBack) {
+        reconciler_.note(recorded->completedCopy.value_or(id), ReminderCompletionState::incomplete());
+    } else {
+        recorded->completedCopy = result.completedCopyIdentifier;
+        const QString completed = recorded->completedCopy.value_or(id);
+        if (const auto reminder = services_.eventStore.calendarItem(completed))
+            reconciler_.note(completed, ReminderCompletionState::completed(reminder->data.completionDate));
+    }
+    reconciler_.schedule(reconciliationDelay);
+}
+
+void ReminderStore::follow(const RecordedChange& recorded, const QString& id) {
+    const QString formerID = std::exchange(recorded.reminder->identifier, id);
+    if (formerID == id)
+        return;
+    historyReferences_[id] = recorded.reminder;
+    if (formerID.isEmpty())
+        return;
+    const auto rename = [&](QStringList& ids) {
+        const auto place = ids.indexOf(formerID);
+        if (place >= 0)
+            ids[place] = id;
+        return place >= 0;
+    };
+    if (rename(manualOrderIDs_)) {
+        ordering_.setManualOrder(manualOrderIDs_);
+        Q_EMIT manualOrderIDsChanged();
+    }
+    QStringList stored =
+        services_.defaults.stringList(preferenceKeys::reminderManualOrder).value_or(QStringList());
+    if (rename(stored))
+        services_.defaults.setStringList(preferenceKeys::reminderManualOrder, stored);
+}
+
+QString ReminderStore::currentID(const QString& id) const {
+    const auto found = historyReferences_.find(id);
+    const auto reference = found == historyReferences_.end() ? nullptr : found->second.lock();
+    return reference ? reference->identifier : id;
+}
+
+}  // namespace kestrant
