@@ -3,11 +3,14 @@
 #include "foundation/Scheduler.h"
 #include "foundation/ZoneCalendar.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
 #include "ui/Localizer.h"
+#include "ui/NewEventViewModel.h"
 #include "ui/PanelView.h"
 #include "ui/PanelViewModel.h"
 #include "ui/QuickAddViewModel.h"
+#include "ui/ReminderEditViewModel.h"
 #include "ui/RemindersViewModel.h"
 #include "ui/SettingsViewModel.h"
 
@@ -47,7 +50,11 @@ class PanelInterface {
                    [] { return QLocale::system(); })
         , quickAdd(models.reminders, models.clock, models.calendar, localizer)
         , settings(models.preferences, localizer)
-        , view({models.interaction, localizer, appearance, panel, reminders, calendar, quickAdd, settings}) {}
+        , newEvent(models.calendarStore, models.clock, models.calendar, localizer)
+        , calendarEdit(models.calendarStore, models.clock, models.calendar, localizer)
+        , reminderEdit(models.reminders, models.clock, models.calendar, localizer)
+        , view({models.interaction, localizer, appearance, panel, reminders, calendar, quickAdd, settings,
+                newEvent, calendarEdit, reminderEdit}) {}
 
     Localizer localizer;
     Appearance appearance{nullptr};
@@ -56,6 +63,9 @@ class PanelInterface {
     CalendarViewModel calendar;
     QuickAddViewModel quickAdd;
     SettingsViewModel settings;
+    NewEventViewModel newEvent;
+    CalendarEditViewModel calendarEdit;
+    ReminderEditViewModel reminderEdit;
     PanelView view;
 };
 

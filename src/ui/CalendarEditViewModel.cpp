@@ -19,8 +19,8 @@ CalendarEditViewModel::CalendarEditViewModel(CalendarStore& store, const Clock& 
     connect(&localizer, &Localizer::languageChanged, this, &CalendarEditViewModel::changed);
 }
 
-void CalendarEditViewModel::begin(const QVariant& row) {
-    end();
+int CalendarEditViewModel::begin(const QVariant& row) {
+    ++form_;
     row_ = row.value<CalendarEventItem>();
     loaded_.reset();
     error_.reset();
@@ -43,10 +43,12 @@ void CalendarEditViewModel::begin(const QVariant& row) {
         else
             self->fail(details.error().message());
     });
+    return form_;
 }
 
-void CalendarEditViewModel::end() {
-    ++form_;
+void CalendarEditViewModel::end(int form) {
+    if (form == form_)
+        ++form_;
 }
 
 void CalendarEditViewModel::show(const CalendarEventEditDetails& details) {

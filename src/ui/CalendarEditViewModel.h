@@ -45,12 +45,14 @@ class CalendarEditViewModel : public QObject {
                           Localizer& localizer, QObject* parent = nullptr);
 
     /// Shows the event behind a row; its details follow on a later turn, or errorText.
-    Q_INVOKABLE void begin(const QVariant& row);
+    /// Returns the form's number, for end().
+    Q_INVOKABLE int begin(const QVariant& row);
     /// Ends with `saved`, or with errorText set and everything left as it was written. Nothing is written
     /// when nothing was changed.
     Q_INVOKABLE void save();
-    /// The form is gone: what fails from now on is told by `changeFailed`.
-    Q_INVOKABLE void end();
+    /// The form of this number is gone: what fails from now on is told by `changeFailed`. Nothing happens
+    /// when another form has begun.
+    Q_INVOKABLE void end(int form);
 
     /// Deletes what is behind the row; ends with `removed` or `removalFailed`.
     Q_INVOKABLE void remove(const QVariant& row);

@@ -34,6 +34,8 @@ struct OverlayHost::Overlay {
     QPointer<QQuickItem> anchor;
     QString alignment;
     std::optional<QPointF> at;
+    /// Where the surface hangs from, in global points: known still when the anchor is gone.
+    QRectF hook;
 };
 
 OverlayHost::OverlayHost(QQuickWindow& panel, QQmlEngine& engine, NotchInteractionModel& interaction,
@@ -132,8 +134,10 @@ void OverlayHost::place(Overlay& overlay) {
     QWindow& window = *overlay.window;
     const QSizeF size(content.implicitWidth(), content.implicitHeight());
     content.setSize(size);
-    if (!overlay.anchor || !overlay.anchor->window())
-        return;
+    if (const QQuickItem* anchor = overlay.anchor; anchor && anchor->window()) {
+        const QPointF origin = overlay.at.value_or(QPointF(0, anchor->height() + distance));
+        overlay.hook = QRectF(anchor->mapToGlobal(origin), QSizeF(overlay.at ? 0 : anchor->width(), 0));
+    }
 
     // The margins around the visible surface, where its shadow falls.
     const double side = number(content, "marginX");
@@ -142,15 +146,13 @@ void OverlayHost::place(Overlay& overlay) {
     const double visibleWidth = size.width() - 2 * side;
     const double visibleHeight = size.height() - above - below;
 
-    const QQuickItem& anchor = *overlay.anchor;
-    const QPointF origin = anchor.mapToGlobal(overlay.at.value_or(QPointF(0, anchor.height() + distance)));
-    const double anchorWidth = overlay.at ? 0.0 : anchor.width();
-    double x = origin.x();
+    double x = overlay.hook.x();
+    const double anchorWidth = overlay.hook.width();
     if (overlay.alignment == QLatin1String("right"))
         x += anchorWidth - visibleWidth;
     else if (overlay.alignment != QLatin1String("left"))
         x += (anchorWidth - visibleWidth) / 2;
-    double y = origin.y();
+    double y = overlay.hook.y();
     const QRectF area = !placementArea_.isNull() ? placementArea_
                         : panel_.screen()        ? QRectF(panel_.screen()->geometry())
                                                  : QRectF();
@@ -223,7 +225,17 @@ QQuickWindow* OverlayHost::surface(const QString& id) const {
 }
 
 bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() != QEvent::MouseButtonPress || overlays_.empty())
+    if (overlays_.empty())
+        return QObject::eventFilter(watched, event);
+    if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
+        // The keyboard is the uppermost surface's from the moment it opens, before the focus has reached it.
+        QQuickWindow* top = overlays_.back()->window.get();
+        if (watched == top)
+            return QObject::eventFilter(watched, event);
+        QCoreApplication::sendEvent(top, event);
+        return true;
+    }
+    if (event->type() != QEvent::MouseButtonPress)
         return QObject::eventFilter(watched, event);
     // A press beside the uppermost surface closes what lies above the pressed one, and does nothing else.
     if (watched == &panel_) {

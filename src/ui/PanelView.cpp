@@ -2,10 +2,13 @@
 
 #include "notch/NotchInteractionModel.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
 #include "ui/Localizer.h"
+#include "ui/NewEventViewModel.h"
 #include "ui/PanelViewModel.h"
 #include "ui/QuickAddViewModel.h"
+#include "ui/ReminderEditViewModel.h"
 #include "ui/RemindersViewModel.h"
 #include "ui/SettingsViewModel.h"
 
@@ -102,6 +105,9 @@ PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQml
         {QStringLiteral("calendar"), QVariant::fromValue(&models.calendar)},
         {QStringLiteral("quickAdd"), QVariant::fromValue(&models.quickAdd)},
         {QStringLiteral("settings"), QVariant::fromValue(&models.settings)},
+        {QStringLiteral("newEvent"), QVariant::fromValue(&models.newEvent)},
+        {QStringLiteral("calendarEdit"), QVariant::fromValue(&models.calendarEdit)},
+        {QStringLiteral("reminderEdit"), QVariant::fromValue(&models.reminderEdit)},
         {QStringLiteral("overlays"), QVariant::fromValue(overlays_.get())},
         {QStringLiteral("loadInBackground"), loading == Loading::inBackground},
     });

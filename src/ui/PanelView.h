@@ -11,11 +11,14 @@
 namespace kestrant {
 
 class Appearance;
+class CalendarEditViewModel;
 class CalendarViewModel;
 class Localizer;
+class NewEventViewModel;
 class NotchInteractionModel;
 class PanelViewModel;
 class QuickAddViewModel;
+class ReminderEditViewModel;
 class RemindersViewModel;
 class SettingsViewModel;
 
@@ -38,6 +41,9 @@ class PanelView : public QQuickView {
         CalendarViewModel& calendar;
         QuickAddViewModel& quickAdd;
         SettingsViewModel& settings;
+        NewEventViewModel& newEvent;
+        CalendarEditViewModel& calendarEdit;
+        ReminderEditViewModel& reminderEdit;
     };
     /// When the expanded content is loaded.
     enum class Loading {

@@ -2,6 +2,7 @@
 
 #include "reminders/ReminderDueText.h"
 #include "reminders/ReminderStore.h"
+#include "ui/Choices.h"
 #include "ui/ListColor.h"
 #include "ui/Localizer.h"
 #include "ui/TimeOfDay.h"
@@ -11,21 +12,6 @@
 #include <algorithm>
 
 namespace kestrant {
-namespace {
-
-constexpr int daysShown = 42;
-
-QString iso(QDate day) {
-    return day.isValid() ? day.toString(Qt::ISODate) : QString();
-}
-
-QString capitalized(QString text) {
-    if (!text.isEmpty())
-        text[0] = text[0].toUpper();
-    return text;
-}
-
-}  // namespace
 
 QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
                                      const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
@@ -33,25 +19,25 @@ QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
     , store_(store)
     , clock_(clock)
     , calendar_(calendar)
-    , localizer_(localizer) {
-    firstOfMonth_ = currentDay().addDays(1 - currentDay().day());
+    , localizer_(localizer)
+    , dueDay_(clock, calendar, localizer) {
+    connect(&dueDay_, &DayPicker::dayChanged, this, [this] {
+        if (!dueDay_.day().isValid())
+            timeText_.clear();
+        edited();
+    });
     connect(&store, &ReminderStore::listsChanged, this, [this] {
         Q_EMIT listsChanged();
         Q_EMIT changed();
     });
     connect(&store, &ReminderStore::presentChanged, this, [this] {
-        Q_EMIT monthChanged();
+        dueDay_.refresh();
         Q_EMIT changed();
     });
     connect(&localizer, &Localizer::languageChanged, this, [this] {
         Q_EMIT textsChanged();
-        Q_EMIT monthChanged();
         Q_EMIT changed();
     });
-}
-
-QDate QuickAddViewModel::currentDay() const {
-    return calendar_.calendar().dayOf(clock_.now());
 }
 
 void QuickAddViewModel::begin() {
@@ -60,9 +46,9 @@ void QuickAddViewModel::begin() {
     title_.clear();
     priority_ = NewReminderPriority::normal;
     listID_.reset();
-    dueDay_ = {};
+    dueDay_.setDay({});
+    dueDay_.showMonthOfDay();
     timeText_.clear();
-    showMonthOf(currentDay());
     Q_EMIT changed();
 }
 
@@ -87,8 +73,8 @@ void QuickAddViewModel::submit() {
         return refuse(unreadableTimeText());
     const ZoneCalendar calendar = calendar_.calendar();
     reminder.dueDateIncludesTime = hasTime;
-    if (dueDay_.isValid())
-        reminder.dueDate = hasTime ? calendar.instantAt(dueDay_, *time) : calendar.startOfDay(dueDay_);
+    if (const QDate day = dueDay_.day(); day.isValid())
+        reminder.dueDate = hasTime ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
 
     isSaving_ = true;
     error_.reset();
@@ -105,6 +91,13 @@ void QuickAddViewModel::submit() {
             Q_EMIT self->changed();
         }
     });
+}
+
+void QuickAddViewModel::setType(const QString& type) {
+    if (type == type_)
+        return;
+    type_ = type;
+    Q_EMIT changed();
 }
 
 void QuickAddViewModel::setTitle(const QString& title) {
@@ -174,30 +167,7 @@ QColor QuickAddViewModel::listColor() const {
 }
 
 QVariantList QuickAddViewModel::lists() const {
-    QVariantList lists;
-    for (const ReminderList& list : store_.lists()) {
-        if (list.allowsContentModifications)
-            lists.append(QVariantMap{{QStringLiteral("id"), list.id},
-                                     {QStringLiteral("title"), list.title},
-                                     {QStringLiteral("color"), kestrant::listColor(&list)}});
-    }
-    return lists;
-}
-
-QString QuickAddViewModel::dueDay() const {
-    return iso(dueDay_);
-}
-
-void QuickAddViewModel::setDueDay(const QString& day) {
-    const QDate date = QDate::fromString(day, Qt::ISODate);
-    if (date == dueDay_)
-        return;
-    dueDay_ = date;
-    if (date.isValid())
-        showMonthOf(date);
-    else
-        timeText_.clear();
-    edited();
+    return writableChoices(store_.lists());
 }
 
 void QuickAddViewModel::setTimeText(const QString& typed) {
@@ -208,11 +178,12 @@ void QuickAddViewModel::setTimeText(const QString& typed) {
 }
 
 QString QuickAddViewModel::dueText() const {
-    if (!dueDay_.isValid())
+    const QDate day = dueDay_.day();
+    if (!day.isValid())
         return {};
     const ZoneCalendar calendar = calendar_.calendar();
     const auto time = timeOfDay(timeText_);
-    const Instant due = time ? calendar.instantAt(dueDay_, *time) : calendar.startOfDay(dueDay_);
+    const Instant due = time ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
     return reminderDueText(due, time.has_value(), clock_.now(), calendar, localizer_.language());
 }
 
@@ -222,68 +193,6 @@ bool QuickAddViewModel::canSubmit() const {
 
 QString QuickAddViewModel::errorText() const {
     return error_ ? localizer_(*error_) : QString();
-}
-
-void QuickAddViewModel::showMonthOf(QDate day) {
-    const QDate first = day.addDays(1 - day.day());
-    if (first == firstOfMonth_)
-        return;
-    firstOfMonth_ = first;
-    Q_EMIT monthChanged();
-}
-
-void QuickAddViewModel::showMonth(int monthsLater) {
-    showMonthOf(firstOfMonth_.addMonths(monthsLater));
-}
-
-void QuickAddViewModel::moveDueDay(int days, int months) {
-    const QDate from = dueDay_.isValid() ? dueDay_ : currentDay();
-    setDueDay(iso(from.addMonths(months).addDays(days)));
-}
-
-QString QuickAddViewModel::monthTitle() const {
-    return capitalized(localizer_.locale().toString(firstOfMonth_, QStringLiteral("MMMM yyyy")));
-}
-
-QVariantList QuickAddViewModel::weekdays() const {
-    const QLocale locale = localizer_.locale();
-    QVariantList names;
-    for (int offset = 0; offset < 7; ++offset) {
-        const int day = (locale.firstDayOfWeek() - 1 + offset) % 7 + 1;
-        names.append(QVariantMap{
-            {QStringLiteral("narrow"), locale.standaloneDayName(day, QLocale::NarrowFormat).toUpper()},
-            {QStringLiteral("full"), locale.standaloneDayName(day, QLocale::LongFormat)}});
-    }
-    return names;
-}
-
-QVariantList QuickAddViewModel::days() const {
-    const QLocale locale = localizer_.locale();
-    const QDate now = currentDay();
-    const int leading = (firstOfMonth_.dayOfWeek() - locale.firstDayOfWeek() + 7) % 7;
-    QVariantList days;
-    for (int index = 0; index < daysShown; ++index) {
-        const QDate day = firstOfMonth_.addDays(index - leading);
-        days.append(QVariantMap{{QStringLiteral("iso"), iso(day)},
-                                {QStringLiteral("day"), day.day()},
-                                {QStringLiteral("isInMonth"), day.month() == firstOfMonth_.month()},
-                                {QStringLiteral("isToday"), day == now},
-                                {QStringLiteral("spoken"), locale.toString(day, QLocale::LongFormat)}});
-    }
-    return days;
-}
-
-QString QuickAddViewModel::today() const {
-    return iso(currentDay());
-}
-
-QString QuickAddViewModel::tomorrow() const {
-    return iso(currentDay().addDays(1));
-}
-
-QString QuickAddViewModel::nextWeek() const {
-    const QDate now = currentDay();
-    return iso(now.addDays(8 - now.dayOfWeek()));
 }
 
 }  // namespace kestrant

@@ -1,15 +1,12 @@
 #pragma once
 
-#include "foundation/Scheduler.h"
-#include "foundation/ZoneCalendar.h"
 #include "reminders/ReminderTask.h"
+#include "ui/DayPicker.h"
 
 #include <QColor>
-#include <QDate>
 #include <QObject>
 #include <QQmlEngine>
 #include <QString>
-#include <QTime>
 #include <QVariantList>
 
 #include <optional>
@@ -19,13 +16,14 @@ namespace kestrant {
 class Localizer;
 class ReminderStore;
 
-/// The new reminder being written, with the month shown to pick its day from. Days are "2026-11-21" to QML.
-/// Thread: main.
+/// The new reminder being written, and which kind of thing is: a reminder or an event. Thread: main.
 class QuickAddViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
 
+    /// "reminder" or "event": what the popover was last used for.
+    Q_PROPERTY(QString type READ type WRITE setType NOTIFY changed)
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
     /// "high", "normal" or "low".
     Q_PROPERTY(QString priority READ priority WRITE setPriority NOTIFY changed)
@@ -36,25 +34,13 @@ class QuickAddViewModel : public QObject {
     Q_PROPERTY(QColor listColor READ listColor NOTIFY changed)
     /// Lists that take new reminders, {id, title, color} each.
     Q_PROPERTY(QVariantList lists READ lists NOTIFY listsChanged)
-    /// Empty without one.
-    Q_PROPERTY(QString dueDay READ dueDay WRITE setDueDay NOTIFY changed)
+    Q_PROPERTY(kestrant::DayPicker* dueDay READ dueDay CONSTANT)
     /// As typed; empty for a whole day.
     Q_PROPERTY(QString timeText READ timeText WRITE setTimeText NOTIFY changed)
     /// Day and time in words; empty without a due date.
     Q_PROPERTY(QString dueText READ dueText NOTIFY changed)
     Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY changed)
     Q_PROPERTY(QString errorText READ errorText NOTIFY changed)
-
-    /// "November 2026"
-    Q_PROPERTY(QString monthTitle READ monthTitle NOTIFY monthChanged)
-    /// {narrow, full} each, from the language's first day of the week on.
-    Q_PROPERTY(QVariantList weekdays READ weekdays NOTIFY textsChanged)
-    /// Six weeks, {iso, day, isInMonth, isToday, spoken} each.
-    Q_PROPERTY(QVariantList days READ days NOTIFY monthChanged)
-    Q_PROPERTY(QString today READ today NOTIFY monthChanged)
-    Q_PROPERTY(QString tomorrow READ tomorrow NOTIFY monthChanged)
-    /// The first day of the coming week.
-    Q_PROPERTY(QString nextWeek READ nextWeek NOTIFY monthChanged)
 
   public:
     /// Everything must outlive the view model.
@@ -66,11 +52,9 @@ class QuickAddViewModel : public QObject {
     Q_INVOKABLE void begin();
     /// Saves; ends with `added`, or with errorText set and everything left as it was written.
     Q_INVOKABLE void submit();
-    /// Shows the month that lies so many months after the one shown.
-    Q_INVOKABLE void showMonth(int monthsLater);
-    /// Moves the due day, from today when there is none, and shows its month.
-    Q_INVOKABLE void moveDueDay(int days, int months);
 
+    [[nodiscard]] const QString& type() const { return type_; }
+    void setType(const QString& type);
     [[nodiscard]] const QString& title() const { return title_; }
     void setTitle(const QString& title);
     [[nodiscard]] QString priority() const;
@@ -81,31 +65,21 @@ class QuickAddViewModel : public QObject {
     [[nodiscard]] QString listTitle() const;
     [[nodiscard]] QColor listColor() const;
     [[nodiscard]] QVariantList lists() const;
-    [[nodiscard]] QString dueDay() const;
-    void setDueDay(const QString& iso);
+    [[nodiscard]] DayPicker* dueDay() { return &dueDay_; }
     [[nodiscard]] const QString& timeText() const { return timeText_; }
     void setTimeText(const QString& typed);
     [[nodiscard]] QString dueText() const;
     [[nodiscard]] bool canSubmit() const;
     [[nodiscard]] QString errorText() const;
-    [[nodiscard]] QString monthTitle() const;
-    [[nodiscard]] QVariantList weekdays() const;
-    [[nodiscard]] QVariantList days() const;
-    [[nodiscard]] QString today() const;
-    [[nodiscard]] QString tomorrow() const;
-    [[nodiscard]] QString nextWeek() const;
 
   Q_SIGNALS:
     void changed();
     void textsChanged();
     void listsChanged();
-    void monthChanged();
     void added();
 
   private:
-    void showMonthOf(QDate day);
     void edited();
-    [[nodiscard]] QDate currentDay() const;
     [[nodiscard]] const ReminderList* list() const;
     [[nodiscard]] std::optional<QString> preferredListID() const;
 
@@ -113,14 +87,14 @@ class QuickAddViewModel : public QObject {
     const Clock& clock_;
     const CurrentCalendar& calendar_;
     Localizer& localizer_;
+    QString type_ = QStringLiteral("reminder");
     QString title_;
     NewReminderPriority priority_ = NewReminderPriority::normal;
     std::optional<QString> listID_;
-    QDate dueDay_;
+    DayPicker dueDay_;
     QString timeText_;
     std::optional<TextPair> error_;
     bool isSaving_ = false;
-    QDate firstOfMonth_;
 };
 
 }  // namespace kestrant

@@ -13,12 +13,15 @@
 #include "preferences/PreferenceKeys.h"
 #include "reminders/ReminderStore.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
 #include "ui/DemoData.h"
 #include "ui/Localizer.h"
+#include "ui/NewEventViewModel.h"
 #include "ui/PanelView.h"
 #include "ui/PanelViewModel.h"
 #include "ui/QuickAddViewModel.h"
+#include "ui/ReminderEditViewModel.h"
 #include "ui/RemindersViewModel.h"
 #include "ui/SettingsViewModel.h"
 #include "ui/items/DropShadow.h"
@@ -168,7 +171,11 @@ struct Stage {
                            panel,         [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
     QuickAddViewModel quickAdd{store, time, calendar, localizer};
     SettingsViewModel settings{preferences, localizer};
-    PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings},
+    NewEventViewModel newEvent{calendarStore, time, calendar, localizer};
+    CalendarEditViewModel calendarEdit{calendarStore, time, calendar, localizer};
+    ReminderEditViewModel reminderEdit{store, time, calendar, localizer};
+    PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
+                    calendarEdit, reminderEdit},
                    PanelView::Loading::immediate};
 
     void addReminders() {
@@ -400,7 +407,7 @@ std::vector<State> states() {
         {named("quick-add-date"), expanded([](Stage& stage) {
              stage.call("openQuickAdd");
              stage.quickAdd.setTitle(stage.localizer(text("Call the plumber", "Appeler le plombier")));
-             stage.quickAdd.setDueDay(QStringLiteral("2026-11-24"));
+             stage.quickAdd.dueDay()->setIsoDay(QStringLiteral("2026-11-24"));
              stage.quickAdd.setTimeText(QStringLiteral("9:30"));
              stage.overlayContent("quickAdd")->setProperty("picksDate", true);
          })},

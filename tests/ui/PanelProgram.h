@@ -56,7 +56,8 @@ struct PanelProgram : Program {
         return view.overlays().isPresented(QString::fromUtf8(overlay));
     }
 
-    PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings},
+    PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
+                    calendarEdit, reminderEdit},
                    PanelView::Loading::immediate};
 };
 

@@ -14,10 +14,13 @@
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
 #include "ui/Localizer.h"
+#include "ui/NewEventViewModel.h"
 #include "ui/PanelViewModel.h"
 #include "ui/QuickAddViewModel.h"
+#include "ui/ReminderEditViewModel.h"
 #include "ui/RemindersViewModel.h"
 #include "ui/SettingsViewModel.h"
 
@@ -118,6 +121,9 @@ struct Program {
                            panel,         [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
     QuickAddViewModel quickAdd{store, time, calendar, localizer};
     SettingsViewModel settings{preferences, localizer};
+    NewEventViewModel newEvent{calendarStore, time, calendar, localizer};
+    CalendarEditViewModel calendarEdit{calendarStore, time, calendar, localizer};
+    ReminderEditViewModel reminderEdit{store, time, calendar, localizer};
     QString home;
     QString work;
 };

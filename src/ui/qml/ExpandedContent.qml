@@ -10,6 +10,9 @@ FocusScope {
     required property CalendarViewModel calendar
     required property QuickAddViewModel quickAdd
     required property SettingsViewModel settings
+    required property NewEventViewModel newEvent
+    required property CalendarEditViewModel calendarEdit
+    required property ReminderEditViewModel reminderEdit
     required property OverlayHost overlays
 
     readonly property int sideMargin: panel.earRadius + Theme.margin
@@ -27,11 +30,33 @@ FocusScope {
     function openSearch() { toolbar.openSearch() }
     function openLists() { toolbar.openLists() }
     function openSort() { toolbar.openSort() }
+    function editCard(index) { grid.editAt(index) }
+    function editRow(row) { actions.editRow(row, grid) }
+    function removeRow(row) { actions.removeRow(row, grid) }
     function openCardMenu(index, x, y) { grid.openMenu(index, x, y) }
     function makeCurrent(index) { grid.makeCurrent(index, Qt.TabFocusReason) }
     function showMessage(message) { toast.show(message) }
 
     Keys.onEscapePressed: panel.fold()
+
+    EditActions {
+        id: actions
+        calendarEdit: content.calendarEdit
+        reminderEdit: content.reminderEdit
+        overlays: content.overlays
+    }
+    Connections {
+        target: content.calendarEdit
+        function onChangeFailed(message) { toast.show(message) }
+        function onRemovalFailed(message) {
+            if (!content.overlays.isPresented("confirm"))
+                toast.show(message)
+        }
+    }
+    Connections {
+        target: content.reminderEdit
+        function onChangeFailed(message) { toast.show(message) }
+    }
 
     Toolbar {
         id: toolbar
@@ -40,6 +65,7 @@ FocusScope {
         panel: content.panel
         reminders: content.reminders
         quickAdd: content.quickAdd
+        newEvent: content.newEvent
         settings: content.settings
         overlays: content.overlays
         tooltip: tooltip
@@ -47,6 +73,7 @@ FocusScope {
     }
     ReminderGrid {
         id: grid
+        actions: actions
         visible: content.panel.showReminders && content.reminders.content === "cards"
         focus: true
         ground: content.panel.material === "black" ? "black" : Theme.panel

@@ -3,9 +3,12 @@ import Kestrant
 
 // A month to pick a day from. Arrows move the day, PageUp and PageDown the month.
 FocusScope {
-    id: picker
+    id: month
 
-    required property QuickAddViewModel form
+    required property DayPicker picker
+    /// A day was chosen by the pointer.
+    signal picked
+    /// The day that the keyboard is on was chosen.
     signal accepted
 
     readonly property int cellWidth: Math.floor(width / 7)
@@ -15,15 +18,18 @@ FocusScope {
     component Day: Item {
         id: day
         required property var modelData
-        readonly property bool isSelected: modelData.iso === picker.form.dueDay
-        width: picker.cellWidth
+        readonly property bool isSelected: modelData.iso === month.picker.day
+        width: month.cellWidth
         height: 28
 
         Accessible.role: Accessible.Button
         Accessible.name: modelData.spoken
         Accessible.checkable: true
         Accessible.checked: isSelected
-        Accessible.onPressAction: picker.form.dueDay = modelData.iso
+        Accessible.onPressAction: {
+            month.picker.day = modelData.iso
+            month.picked()
+        }
 
         Rectangle {
             anchors.centerIn: parent
@@ -53,17 +59,18 @@ FocusScope {
         HoverHandler { id: pointer }
         TapHandler {
             onTapped: {
-                picker.form.dueDay = day.modelData.iso
+                month.picker.day = day.modelData.iso
                 days.forceActiveFocus(Qt.MouseFocusReason)
+                month.picked()
             }
         }
     }
 
     Text {
-        x: Math.round((picker.cellWidth - 14) / 2)
+        x: Math.round((month.cellWidth - 14) / 2)
         height: 28
         verticalAlignment: Text.AlignVCenter
-        text: picker.form.monthTitle
+        text: month.picker.monthTitle
         color: Theme.text
         font.pixelSize: 13
         font.weight: Font.DemiBold
@@ -75,21 +82,21 @@ FocusScope {
         IconButton {
             iconName: "chevronLeft"
             spokenName: Localizer.text("Previous month", "Mois précédent")
-            onClicked: picker.form.showMonth(-1)
+            onClicked: month.picker.showMonth(-1)
         }
         IconButton {
             iconName: "chevronRight"
             spokenName: Localizer.text("Next month", "Mois suivant")
-            onClicked: picker.form.showMonth(1)
+            onClicked: month.picker.showMonth(1)
         }
     }
     Row {
         y: 28
         Repeater {
-            model: picker.form.weekdays
+            model: month.picker.weekdays
             delegate: Text {
                 required property var modelData
-                width: picker.cellWidth
+                width: month.cellWidth
                 height: 20
                 horizontalAlignment: Text.AlignHCenter
                 verticalAlignment: Text.AlignVCenter
@@ -110,19 +117,19 @@ FocusScope {
         focus: true
         activeFocusOnTab: true
         Accessible.role: Accessible.List
-        Accessible.name: picker.form.monthTitle
+        Accessible.name: month.picker.monthTitle
 
-        Keys.onLeftPressed: picker.form.moveDueDay(-1, 0)
-        Keys.onRightPressed: picker.form.moveDueDay(1, 0)
-        Keys.onUpPressed: picker.form.moveDueDay(-7, 0)
-        Keys.onDownPressed: picker.form.moveDueDay(7, 0)
-        Keys.onReturnPressed: picker.accepted()
-        Keys.onEnterPressed: picker.accepted()
+        Keys.onLeftPressed: month.picker.moveDay(-1, 0)
+        Keys.onRightPressed: month.picker.moveDay(1, 0)
+        Keys.onUpPressed: month.picker.moveDay(-7, 0)
+        Keys.onDownPressed: month.picker.moveDay(7, 0)
+        Keys.onReturnPressed: month.accepted()
+        Keys.onEnterPressed: month.accepted()
         Keys.onPressed: event => {
             if (event.key === Qt.Key_PageUp)
-                picker.form.moveDueDay(0, -1)
+                month.picker.moveDay(0, -1)
             else if (event.key === Qt.Key_PageDown)
-                picker.form.moveDueDay(0, 1)
+                month.picker.moveDay(0, 1)
             else
                 return
             event.accepted = true
@@ -130,7 +137,7 @@ FocusScope {
         Grid {
             columns: 7
             Repeater {
-                model: picker.form.days
+                model: month.picker.days
                 delegate: Day {}
             }
         }

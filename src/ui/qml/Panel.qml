@@ -10,6 +10,9 @@ Item {
     required property CalendarViewModel calendar
     required property QuickAddViewModel quickAdd
     required property SettingsViewModel settings
+    required property NewEventViewModel newEvent
+    required property CalendarEditViewModel calendarEdit
+    required property ReminderEditViewModel reminderEdit
     required property OverlayHost overlays
     required property bool loadInBackground
     readonly property Item content: expanded.item
@@ -78,6 +81,9 @@ Item {
                 calendar: root.calendar
                 quickAdd: root.quickAdd
                 settings: root.settings
+                newEvent: root.newEvent
+                calendarEdit: root.calendarEdit
+                reminderEdit: root.reminderEdit
                 overlays: root.overlays
             }
             onLoaded: {

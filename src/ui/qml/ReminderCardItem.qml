@@ -13,6 +13,7 @@ Item {
     signal pressed
     signal toggled
     signal menuWanted(real x, real y)
+    signal editWanted
 
     Accessible.role: Accessible.CheckBox
     Accessible.name: card.spokenText
@@ -46,6 +47,7 @@ Item {
             if (root.card.isPending)
                 root.toggled()
         }
+        onDoubleTapped: root.editWanted()
     }
     TapHandler {
         acceptedButtons: Qt.RightButton

@@ -7,6 +7,7 @@ FocusScope {
 
     required property RemindersViewModel reminders
     required property OverlayHost overlays
+    required property EditActions actions
     /// What lies below the cards, to fade them into.
     property color ground: Theme.panel
     signal leftUpwards
@@ -32,6 +33,11 @@ FocusScope {
         if (reminders.cards.isWritableAt(index))
             reminders.remove(reminders.cards.taskIdAt(index))
     }
+    function editAt(index) {
+        const item = grid.itemAtIndex(index)
+        if (item)
+            actions.editReminder(item.card.id, item)
+    }
     function openMenu(index, x, y) {
         const item = grid.itemAtIndex(index)
         if (!item)
@@ -44,10 +50,13 @@ FocusScope {
                 { title: pending ? Localizer.text("Do not complete", "Ne pas terminer")
                                  : Localizer.text("Complete", "Terminer"),
                   iconName: "circle", shortcut: Localizer.text("Space", "Espace"), enabled: item.card.isWritable },
+                { title: Localizer.text("Edit…", "Modifier…"), iconName: "edit",
+                  shortcut: Localizer.text("Enter", "Entrée") },
                 { title: Localizer.text("Delete", "Supprimer"), iconName: "trash",
                   shortcut: Localizer.text("Del", "Suppr"), destructive: true, enabled: item.card.isWritable }
             ],
-            choose: entry => entry === 0 ? reminders.toggleCompletion(id) : reminders.remove(id)
+            choose: entry => entry === 0 ? reminders.toggleCompletion(id)
+                           : entry === 1 ? actions.editReminder(id, item) : reminders.remove(id)
         })
     }
     function scrollTo(contentY) {
@@ -141,6 +150,7 @@ FocusScope {
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
             onToggled: root.toggle(index)
             onMenuWanted: (x, y) => root.openMenu(index, x, y)
+            onEditWanted: root.editAt(index)
         }
 
         remove: Transition {
@@ -191,6 +201,8 @@ FocusScope {
                 root.bringIntoView()
                 break
             case Qt.Key_Space: root.toggle(grid.currentIndex); break
+            case Qt.Key_Return:
+            case Qt.Key_Enter: root.editAt(grid.currentIndex); break
             case Qt.Key_Delete: root.removeAt(grid.currentIndex); break
             case Qt.Key_Menu: root.openMenu(grid.currentIndex, 30, 30); break
             case Qt.Key_F10:

@@ -22,34 +22,8 @@ Popover {
         font.letterSpacing: 0.6
         font.capitalization: Font.AllUppercase
     }
-    component Line: Item {
-        id: line
-        property string label
-        property bool last: false
-        default property alias control: holder.data
+    component Line: FormLine {
         width: column.width
-        height: 36
-        Text {
-            anchors.verticalCenter: parent.verticalCenter
-            text: line.label
-            color: Theme.text
-            font.pixelSize: 13
-            Accessible.ignored: true
-        }
-        Item {
-            id: holder
-            anchors.right: parent.right
-            anchors.verticalCenter: parent.verticalCenter
-            width: childrenRect.width
-            height: childrenRect.height
-        }
-        Rectangle {
-            visible: !line.last
-            anchors.bottom: parent.bottom
-            width: parent.width
-            height: 1
-            color: Theme.separator
-        }
     }
     // A value that opens the list of its choices.
     component Choice: Chip {

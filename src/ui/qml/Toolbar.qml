@@ -8,6 +8,7 @@ FocusScope {
     required property PanelViewModel panel
     required property RemindersViewModel reminders
     required property QuickAddViewModel quickAdd
+    required property NewEventViewModel newEvent
     required property SettingsViewModel settings
     required property OverlayHost overlays
     /// Whatever the pointer rests on tells its name here.
@@ -20,7 +21,7 @@ FocusScope {
     height: Theme.toolbarHeight
 
     function openQuickAdd() {
-        overlays.present("quickAdd", "QuickAddPopover.qml", addButton, { form: quickAdd })
+        overlays.present("quickAdd", "QuickAddPopover.qml", addButton, { form: quickAdd, newEvent: newEvent })
     }
     function openSettings() {
         overlays.present("settings", "SettingsPopover.qml", settingsButton, { alignment: "right", settings: settings })

@@ -1,0 +1,30 @@
+import QtQuick
+import Kestrant
+
+// One of {id, title, color} each, such as a list or a calendar, and the menu to choose another one.
+Chip {
+    id: chip
+
+    required property OverlayHost overlays
+    /// What is chosen, such as "List".
+    required property string subject
+    required property string chosenId
+    /// Asked for when the menu opens.
+    required property var choices
+    signal chosen(string id)
+
+    height: 26
+    maximumWidth: 180
+    showsChevron: true
+    spokenName: subject + ", " + text
+    Accessible.role: Accessible.ButtonMenu
+    onClicked: {
+        const offered = choices()
+        overlays.present("choice", "MenuPopover.qml", chip, {
+            alignment: "right", spokenName: subject,
+            entries: offered.map(entry => ({ title: entry.title, color: entry.color,
+                                             checked: entry.id === chosenId })),
+            choose: index => chip.chosen(offered[index].id)
+        })
+    }
+}

@@ -1,0 +1,74 @@
+import QtQuick
+import Kestrant
+
+// Asks before something is taken away. Enter does it, Escape leaves everything as it was.
+Popover {
+    id: popover
+
+    required property CalendarEditViewModel form
+    property string title
+    property string message
+    property string confirmText
+    /// Called when the person agrees; ends with the form's `removed` or `removalFailed`.
+    property var confirm: null
+    property bool isBusy: false
+    property string errorText
+
+    contentWidth: 300
+    contentHeight: column.height
+    padding: 16
+    spokenName: title
+    focus: true
+
+    function accept() {
+        if (isBusy)
+            return
+        isBusy = true
+        errorText = ""
+        confirm()
+    }
+
+    Component.onCompleted: footer.acceptButton.forceActiveFocus(Qt.PopupFocusReason)
+    Connections {
+        target: popover.form
+        function onRemoved() { popover.overlays.dismissAfterSaving(popover.overlayId) }
+        function onRemovalFailed(message) {
+            popover.isBusy = false
+            popover.errorText = message
+        }
+    }
+
+    Column {
+        id: column
+        width: parent.width
+        spacing: 8
+
+        Text {
+            text: popover.title
+            width: parent.width
+            wrapMode: Text.Wrap
+            color: Theme.text
+            font.pixelSize: 14
+            font.weight: Font.DemiBold
+        }
+        Text {
+            text: popover.message
+            width: parent.width
+            wrapMode: Text.Wrap
+            color: Theme.chipText
+            font.pixelSize: 12.5
+            lineHeight: 17
+            lineHeightMode: Text.FixedHeight
+        }
+        FormFooter {
+            id: footer
+            width: parent.width
+            topPadding: 4
+            destructive: true
+            errorText: popover.errorText
+            acceptText: popover.confirmText
+            onAccepted: popover.accept()
+            onCancelled: popover.close()
+        }
+    }
+}

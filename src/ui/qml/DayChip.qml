@@ -1,0 +1,23 @@
+import QtQuick
+import Kestrant
+
+// A day, and the month to pick another one from.
+Chip {
+    id: chip
+
+    required property DayPicker picker
+    required property OverlayHost overlays
+    /// What the day is of, for assistive technology.
+    required property string subject
+    /// Stands in place of the day when there is none.
+    property string placeholder
+
+    iconName: "calendar"
+    showsIcon: true
+    height: 26
+    text: picker.day === "" ? placeholder : picker.text
+    spokenName: subject + ", " + text
+    Accessible.role: Accessible.ButtonMenu
+    onClicked: overlays.present("day", "DayPopover.qml", chip,
+                                { alignment: "right", picker: picker, spokenName: subject })
+}

@@ -1,0 +1,40 @@
+import QtQuick
+import Kestrant
+
+// Opens what edits and removes reminders and rows of the calendar, below the item it concerns.
+QtObject {
+    id: actions
+
+    required property CalendarEditViewModel calendarEdit
+    required property ReminderEditViewModel reminderEdit
+    required property OverlayHost overlays
+
+    function editReminder(id, anchor) {
+        overlays.present("edit", "ReminderEditPopover.qml", anchor, { form: reminderEdit, reminderId: id })
+    }
+    function editRow(row, anchor) {
+        if (calendarEdit.isReminder(row))
+            editReminder(calendarEdit.reminderId(row), anchor)
+        else
+            overlays.present("edit", "EventEditPopover.qml", anchor, { form: calendarEdit, row: row })
+    }
+    /// An event is deleted; a reminder only leaves the calendar. Asks first.
+    function removeRow(row, anchor) {
+        const isReminder = calendarEdit.isReminder(row)
+        overlays.present("confirm", "ConfirmPopover.qml", anchor, isReminder ? {
+            form: calendarEdit,
+            title: Localizer.text("Remove reminder from calendar?", "Retirer le rappel du calendrier ?"),
+            message: Localizer.text("This clears its due date in Apple Reminders. The reminder stays in its list.",
+                                    "L’échéance sera effacée dans Apple Rappels. Le rappel restera dans sa liste."),
+            confirmText: Localizer.text("Detach", "Détacher"),
+            confirm: () => calendarEdit.detach(row)
+        } : {
+            form: calendarEdit,
+            title: Localizer.text("Delete event?", "Supprimer cet événement ?"),
+            message: Localizer.text("This will delete the event from Apple Calendar.",
+                                    "Cette action supprimera définitivement l’événement d’Apple Calendrier."),
+            confirmText: Localizer.text("Delete", "Supprimer"),
+            confirm: () => calendarEdit.remove(row)
+        })
+    }
+}

@@ -1,0 +1,107 @@
+import QtQuick
+import Kestrant
+
+// An event's details. Enter saves, Escape leaves everything as it was.
+Popover {
+    id: popover
+
+    required property CalendarEditViewModel form
+    /// A row of the calendar, for the form.
+    required property var row
+    property int ticket: -1
+
+    contentWidth: 372
+    contentHeight: column.height
+    spokenName: heading.text
+    focus: true
+
+    function save() {
+        if (form.canSave)
+            form.save()
+    }
+
+    Keys.onReturnPressed: save()
+    Keys.onEnterPressed: save()
+    Component.onCompleted: {
+        ticket = form.begin(row)
+        titleBox.forceActiveFocus(Qt.PopupFocusReason)
+    }
+    Component.onDestruction: form.end(ticket)
+    Connections {
+        target: popover.form
+        function onSaved() { popover.overlays.dismissAfterSaving(popover.overlayId) }
+    }
+
+    Column {
+        id: column
+        width: parent.width
+        spacing: 10
+
+        Text {
+            id: heading
+            text: Localizer.text("Edit event", "Modifier l’événement")
+            color: Theme.text
+            font.pixelSize: 14
+            font.weight: Font.DemiBold
+        }
+        TextBox {
+            id: titleBox
+            width: parent.width
+            height: 38
+            focus: true
+            pixelSize: 14
+            text: popover.form.title
+            placeholder: Localizer.text("Event title", "Titre de l’événement")
+            onEdited: text => popover.form.title = text
+            onAccepted: popover.save()
+        }
+        Column {
+            width: parent.width
+            EventTimesLines {
+                width: parent.width
+                times: popover.form.times
+                overlays: popover.overlays
+                onAccepted: popover.save()
+            }
+            FormLine {
+                width: parent.width
+                last: true
+                label: Localizer.text("Calendar", "Calendrier")
+                ChoiceChip {
+                    overlays: popover.overlays
+                    subject: Localizer.text("Calendar", "Calendrier")
+                    text: popover.form.calendarTitle
+                    dotColor: popover.form.calendarColor
+                    chosenId: popover.form.calendarId
+                    choices: () => popover.form.calendars()
+                    onChosen: id => popover.form.calendarId = id
+                }
+            }
+        }
+        TextBox {
+            width: parent.width
+            text: popover.form.location
+            placeholder: Localizer.text("Location", "Lieu")
+            onEdited: text => popover.form.location = text
+            onAccepted: popover.save()
+        }
+        NotesBox {
+            width: parent.width
+            text: popover.form.notes
+            placeholder: Localizer.text("Notes", "Notes")
+            onEdited: text => popover.form.notes = text
+            onAccepted: popover.save()
+        }
+        FormFooter {
+            width: parent.width
+            topPadding: 2
+            hint: popover.form.isReadOnly ? Localizer.text("This calendar is read-only.", "Ce calendrier est en lecture seule.")
+                                          : Localizer.text("Enter saves · Esc closes", "Entrée enregistre · Échap ferme")
+            errorText: popover.form.errorText
+            acceptText: Localizer.text("Save", "Enregistrer")
+            canAccept: popover.form.canSave
+            onAccepted: popover.save()
+            onCancelled: popover.close()
+        }
+    }
+}

@@ -1,0 +1,58 @@
+import QtQuick
+import Kestrant
+
+// The end of a form: what went wrong, what the keyboard does, and the two ways out.
+Column {
+    id: footer
+
+    property string hint
+    property string errorText
+    property string acceptText
+    property bool canAccept: true
+    property bool destructive: false
+    property alias acceptButton: acceptButton
+    signal accepted
+    signal cancelled
+
+    spacing: 12
+
+    Text {
+        visible: text !== ""
+        width: parent.width
+        text: footer.errorText
+        textFormat: Text.PlainText
+        wrapMode: Text.Wrap
+        color: Theme.overdue
+        font.pixelSize: 12
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: text
+    }
+    Item {
+        width: parent.width
+        height: 32
+        Text {
+            anchors.verticalCenter: parent.verticalCenter
+            anchors.verticalCenterOffset: 1
+            text: footer.hint
+            color: Theme.secondaryText
+            font.pixelSize: 11
+        }
+        Row {
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            spacing: 8
+            PushButton {
+                text: Localizer.text("Cancel", "Annuler")
+                onClicked: footer.cancelled()
+            }
+            PushButton {
+                id: acceptButton
+                text: footer.acceptText
+                primary: !footer.destructive
+                destructive: footer.destructive
+                enabled: footer.canAccept
+                onClicked: footer.accepted()
+            }
+        }
+    }
+}

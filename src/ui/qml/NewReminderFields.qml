@@ -1,0 +1,131 @@
+import QtQuick
+import Kestrant
+
+// What belongs to a new reminder beside its title.
+Column {
+    id: fields
+
+    required property QuickAddViewModel form
+    required property OverlayHost overlays
+    property bool picksDate: false
+    signal accepted
+    /// The keyboard has nothing left to act on here.
+    signal titleWanted
+
+    spacing: 12
+
+    Row {
+        width: parent.width
+        spacing: 8
+        Chip {
+            id: listChip
+            maximumWidth: 130
+            text: fields.form.listTitle
+            dotColor: fields.form.listColor
+            showsChevron: true
+            spokenName: Localizer.text("List: %1", "Liste : %1").arg(text)
+            Accessible.role: Accessible.ButtonMenu
+            onClicked: {
+                const lists = fields.form.lists
+                fields.overlays.present("quickAdd.list", "MenuPopover.qml", listChip, {
+                    alignment: "left", spokenName: Localizer.text("Lists", "Listes"),
+                    entries: lists.map(list => ({ title: list.title, color: list.color,
+                                                  checked: list.id === fields.form.listId })),
+                    choose: index => { fields.form.listId = lists[index].id }
+                })
+            }
+        }
+        Chip {
+            iconName: "calendar"
+            showsIcon: true
+            maximumWidth: 190
+            text: fields.form.dueText !== "" ? fields.form.dueText : Localizer.text("Due date", "Échéance")
+            spokenName: fields.form.dueText !== "" ? Localizer.text("Due: %1", "Échéance : %1").arg(text) : text
+            showsCross: fields.form.dueDay.day !== ""
+            checkable: true
+            checked: fields.picksDate || fields.form.dueDay.day !== ""
+            onClicked: {
+                fields.picksDate = !fields.picksDate
+                if (fields.picksDate) {
+                    if (fields.form.dueDay.day === "")
+                        fields.form.dueDay.day = fields.form.dueDay.today
+                    month.forceActiveFocus(Qt.OtherFocusReason)
+                }
+            }
+            onCrossClicked: {
+                fields.form.dueDay.day = ""
+                fields.picksDate = false
+                fields.titleWanted()
+            }
+        }
+    }
+
+    Row {
+        visible: fields.picksDate
+        width: parent.width
+        spacing: 16
+        MonthPicker {
+            id: month
+            width: 7 * 34
+            picker: fields.form.dueDay
+            onAccepted: fields.accepted()
+        }
+        Column {
+            width: parent.width - month.width - parent.spacing
+            spacing: 8
+            topPadding: 2
+            Chip {
+                text: Localizer.text("Today", "Aujourd’hui")
+                checkable: true
+                checked: fields.form.dueDay.day === fields.form.dueDay.today
+                onClicked: fields.form.dueDay.day = fields.form.dueDay.today
+            }
+            Chip {
+                text: Localizer.text("Tomorrow", "Demain")
+                checkable: true
+                checked: fields.form.dueDay.day === fields.form.dueDay.tomorrow
+                onClicked: fields.form.dueDay.day = fields.form.dueDay.tomorrow
+            }
+            Chip {
+                text: Localizer.text("Next Monday", "Lundi prochain")
+                checkable: true
+                checked: fields.form.dueDay.day === fields.form.dueDay.nextWeek
+                onClicked: fields.form.dueDay.day = fields.form.dueDay.nextWeek
+            }
+            Item { width: 1; height: 6 }
+            Text {
+                text: Localizer.text("Time", "Heure")
+                color: Theme.secondaryText
+                font.pixelSize: 11
+                font.weight: Font.DemiBold
+            }
+            TextBox {
+                id: timeBox
+                width: 96
+                text: fields.form.timeText
+                placeholder: Localizer.text("all day", "journée")
+                spokenName: Localizer.text("Time, empty for the whole day", "Heure, vide pour la journée entière")
+                onEdited: text => fields.form.timeText = text
+                onAccepted: fields.accepted()
+            }
+        }
+    }
+
+    Row {
+        spacing: 12
+        Text {
+            height: 26
+            verticalAlignment: Text.AlignVCenter
+            text: Localizer.text("Priority", "Priorité")
+            color: Theme.secondaryText
+            font.pixelSize: 12
+        }
+        Segmented {
+            spokenName: Localizer.text("Priority", "Priorité")
+            choices: fields.form.priorities
+            value: fields.form.priority
+            minimumCellWidth: 68
+            onChosen: rawValue => fields.form.priority = rawValue
+        }
+    }
+}
