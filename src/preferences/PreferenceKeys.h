@@ -82,6 +82,10 @@ inline const PreferenceKey aggregateMetricsCollectionEpoch{
 inline const PreferenceKey recapShareLinks{QStringLiteral("kestrant.recap.share-links.v1")};
 inline const PreferenceKey reminderFlagNativeIDs{QStringLiteral("reminderFlagIndex.nativeIDs")};
 inline const PreferenceKey reminderFlagLocalOverrides{QStringLiteral("reminderFlagIndex.localOverrides")};
+/// Seconds since 2001-01-01 UTC: alerts of reminders up to this moment stay silent.
+inline const PreferenceKey reminderAlertsSince{QStringLiteral("reminderAlerts.since")};
+/// Up to when each reminder has rung: seconds since 2001-01-01 UTC by reminder identifier.
+inline const PreferenceKey reminderAlertsRung{QStringLiteral("reminderAlerts.rung")};
 
 /// String; absent shows all lists.
 inline const PreferenceKey selectedReminderListID{QStringLiteral("selectedReminderListID")};

@@ -121,8 +121,17 @@ void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, cons
                   const ZoneCalendar& calendar) {
     const auto oldInstant = alarmInstant(before, calendar);
     const auto newInstant = alarmInstant(after, calendar);
-    if (oldInstant && oldInstant != newInstant)
-        std::erase_if(reminder.alarms, [&](const EKAlarm& alarm) { return ringsAt(alarm, *oldInstant); });
+    if (oldInstant && oldInstant != newInstant) {
+        std::vector<QByteArray> removed;
+        for (const EKAlarm& alarm : reminder.alarms) {
+            if (ringsAt(alarm, *oldInstant) && !alarm.identifier.isEmpty())
+                removed.push_back(alarm.identifier);
+        }
+        std::erase_if(reminder.alarms, [&](const EKAlarm& alarm) {
+            return ringsAt(alarm, *oldInstant) ||
+                   std::find(removed.begin(), removed.end(), alarm.snoozedAlarm) != removed.end();
+        });
+    }
     if (newInstant && std::none_of(reminder.alarms.begin(), reminder.alarms.end(),
                                    [&](const EKAlarm& alarm) { return ringsAt(alarm, *newInstant); }))
         reminder.alarms.push_back(EKAlarm::at(*newInstant));
@@ -132,7 +141,8 @@ std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminde
                                                    const ZoneCalendar& calendar) {
     const auto alarm =
         std::find_if(reminder.alarms.begin(), reminder.alarms.end(), [](const EKAlarm& candidate) {
-            return candidate.absoluteDate && !candidate.structuredLocation;
+            return candidate.absoluteDate && !candidate.structuredLocation &&
+                   candidate.snoozedAlarm.isEmpty();
         });
     if (alarm == reminder.alarms.end() || !reminder.dueDateComponents)
         return std::nullopt;

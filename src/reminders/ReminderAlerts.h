@@ -56,12 +56,12 @@ struct ReminderDueAlert {
 
 /// Moves the one alarm that belongs to `before` to where `after` wants it, within a second's tolerance.
 /// Alarms at other times, at places, or relative to a date stay as they are; so does the alarm itself when
-/// its instant does not change.
+/// its instant does not change. Where it was snoozed, that goes with it.
 void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
                   const ZoneCalendar& calendar);
 
-/// The schedule that the first alarm with an absolute date and without a place stands for; absent when there
-/// is none or the reminder has no due date.
+/// The schedule that the first alarm with an absolute date and without a place stands for, one that was
+/// snoozed passed over; absent when there is none or the reminder has no due date.
 [[nodiscard]] std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder,
                                                                  const ZoneCalendar& calendar);
 

@@ -36,12 +36,15 @@ std::vector<Part> partsOf(ComponentView component) {
     return parts;
 }
 
-/// What is said under each name, however it is folded.
+/// What is said under each name, however it is folded. That an alarm was dealt with is no part of what it
+/// says.
 std::map<QByteArray, QByteArrayList> contentsOf(const std::vector<Part>& parts) {
     std::map<QByteArray, QByteArrayList> result;
     for (const Part& part : parts) {
-        for (const Line& line : part.lines)
-            result[part.name].append(line.content().toByteArray());
+        for (const Line& line : part.lines) {
+            if (!line.isNamed("ACKNOWLEDGED"))
+                result[part.name].append(line.content().toByteArray());
+        }
     }
     return result;
 }
