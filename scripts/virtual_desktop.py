@@ -204,10 +204,10 @@ class VirtualDesktop:
     def move(self, x, y):
         self.output("xdotool", "mousemove", "--sync", str(x), str(y))
 
-    def click(self, x, y, times=1):
-        """Clicks once, or several times a quarter of a second apart."""
+    def click(self, x, y, times=1, button=1):
+        """Clicks once, or several times a quarter of a second apart; the right button is the third."""
         self.move(x, y)
-        self.output("xdotool", "click", "--repeat", str(times), "--delay", "250", "1")
+        self.output("xdotool", "click", "--repeat", str(times), "--delay", "250", str(button))
 
     def drag(self, start, end):
         """Presses at `start`, moves in small steps as a hand does, and lets go at `end`."""

@@ -47,27 +47,38 @@ class DesktopTest(unittest.TestCase):
         shutil.rmtree(home)
         self.data = pathlib.Path(self.desktop.environment["XDG_DATA_HOME"]) / IDENTIFIER
         self.configuration = pathlib.Path(self.desktop.environment["XDG_CONFIG_HOME"]) / IDENTIFIER
-        self.list = self.data / "calendars/errands"
-        self.list.mkdir(parents=True)
-        (self.list / "displayname").write_text("Errands")
-        (self.list / "color").write_text("#%02X%02X%02X" % LIST_COLOUR)
+        self.list = self.make_list("Errands", LIST_COLOUR)
         self.other_colour = self.desktop.picture().pixel(self.middle, 1)
         self.point_away()
 
     # The files
 
-    def add_reminder(self, title, uid=None, more=""):
+    def make_list(self, name, colour):
+        """A list, or a calendar: a folder for reminders or events."""
+        path = self.data / "calendars" / name.lower()
+        path.mkdir(parents=True)
+        (path / "displayname").write_text(name)
+        (path / "color").write_text("#%02X%02X%02X" % colour)
+        return path
+
+    def add_reminder(self, title, more=""):
         """Writes a reminder as another program would and returns the path of its file."""
-        uid = uid or title.lower().replace(" ", "-")
-        path = self.list / f"{uid}.ics"
+        return self.add_item(self.list, "VTODO", title, more)
+
+    def add_item(self, folder, component, title, more):
+        uid = title.lower().replace(" ", "-")
+        path = folder / f"{uid}.ics"
         path.write_bytes(
             (
-                "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Somebody//Else//EN\r\nBEGIN:VTODO\r\n"
+                f"BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Somebody//Else//EN\r\nBEGIN:{component}\r\n"
                 f"UID:{uid}\r\nDTSTAMP:20260301T080000Z\r\nCREATED:20260301T080000Z\r\nSUMMARY:{title}\r\n"
-                f"{more}X-SOMEBODY-ELSE:keep this\r\nEND:VTODO\r\nEND:VCALENDAR\r\n"
+                f"{more}X-SOMEBODY-ELSE:keep this\r\nEND:{component}\r\nEND:VCALENDAR\r\n"
             ).encode()
         )
         return path
+
+    def text(self, path):
+        return path.read_bytes().decode()
 
     def set_preferences(self, **preferences):
         self.configuration.mkdir(parents=True, exist_ok=True)
@@ -145,12 +156,11 @@ class DesktopTest(unittest.TestCase):
         self.point_away()
         self.wait_for_panel(IDLE)
 
-    def circles(self):
-        """The middles of the circles on the cards, in reading order: the patches of the list's colour that are as
-        large as a circle is."""
+    def patches(self, colour):
+        """The bounds of the areas of a colour on the open panel below its toolbar, once nothing moves any more."""
         width, height = EXPANDED
         area = (self.middle - width // 2, TOOLBAR_HEIGHT, self.middle + width // 2, height)
-        points = set(self.desktop.steady_picture().near(LIST_COLOUR, area))
+        points = set(self.desktop.steady_picture().near(colour, area))
         found = []
         while points:
             patch, edge = set(), [points.pop()]
@@ -161,21 +171,30 @@ class DesktopTest(unittest.TestCase):
                     if neighbour in points:
                         points.remove(neighbour)
                         edge.append(neighbour)
-            x0, y0, x1, y1 = bounds(patch)
-            if 12 <= x1 - x0 <= 24 and 12 <= y1 - y0 <= 24:
-                found.append(((x0 + x1) // 2, (y0 + y1) // 2))
+            found.append(bounds(patch))
+        return found
+
+    def circles(self):
+        """The middles of the circles on the cards, in reading order: the patches of the list's colour that are as
+        large as a circle is."""
+        found = [((x0 + x1) // 2, (y0 + y1) // 2) for x0, y0, x1, y1 in self.patches(LIST_COLOUR)
+                 if 12 <= x1 - x0 <= 24 and 12 <= y1 - y0 <= 24]
         return sorted(found, key=lambda point: (point[1], point[0]))
 
     def wait_for_circles(self, count):
-        found = []
+        return self.wait_for(self.circles, lambda circles: len(circles) == count, f"{count} cards are shown")
 
-        def are_shown():
-            found[:] = self.circles()
-            return len(found) == count
+    def wait_for(self, look, is_right, what):
+        """Returns what is seen when it is right at last; keeps a picture when it never is."""
+        seen = []
+
+        def is_seen():
+            seen[:] = [look()]
+            return is_right(seen[0])
 
         try:
-            wait_until(are_shown, f"{count} cards are shown")
+            wait_until(is_seen, what)
         except AssertionError as problem:
             self.keep_picture()
-            raise AssertionError(f"{problem}; there were {len(found)}") from None
-        return found
+            raise AssertionError(f"{problem}; last seen: {seen[0]}") from None
+        return seen[0]

@@ -6,9 +6,6 @@ from harness import DesktopTest, wait_until
 
 
 class RemindersTest(DesktopTest):
-    def text(self, path):
-        return path.read_bytes().decode()
-
     def wait_for_completion(self, path):
         wait_until(lambda: "STATUS:COMPLETED" in self.text(path), f"{path.name} is completed")
 
