@@ -117,6 +117,8 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
         .geometry = *geometry_,
         .reminders = reminders,
         .calendarStore = calendar,
+        .feedbackClient = [this]() -> FeedbackAPIClient& { return feedbackClient(); },
+        .collection = collectionSwitch(),
     });
     createPanelController();
 
@@ -142,6 +144,24 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
     });
     scheduler_.post([this] { reporter_.runDueCheck(); });
     return {};
+}
+
+FeedbackAPIClient& AppDelegate::feedbackClient() {
+    if (!feedbackClient_) {
+        feedbackSession_ = std::make_unique<HttpSession>(scheduler_);
+        feedbackClient_ = std::make_unique<FeedbackAPIClient>(information_, *feedbackSession_);
+    }
+    return *feedbackClient_;
+}
+
+std::optional<CollectionSwitch> AppDelegate::collectionSwitch() {
+    if (!reporter_.configuration().isAvailable)
+        return {};
+    return CollectionSwitch{
+        .help = AggregateCompletionReporter::helpText(),
+        .isOn = [this] { return reporter_.configuration().isEnabled; },
+        .setOn = [this](bool on) { reporter_.setEnabled(on); },
+    };
 }
 
 void AppDelegate::createPanelController() {

@@ -15,12 +15,14 @@
 #include "foundation/SerialWorker.h"
 #include "metrics/AggregateCompletionReporter.h"
 #include "metrics/EventLoopThread.h"
+#include "network/HttpSession.h"
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
 #include "notch/NotchPanelController.h"
 #include "preferences/Localization.h"
 #include "preferences/Preferences.h"
 #include "reminders/ReminderStore.h"
+#include "services/FeedbackAPIClient.h"
 
 #include <QObject>
 #include <QString>
@@ -37,6 +39,7 @@ class QtScreenProvider;
 class WakeObserver;
 class X11PanelWindow;
 class X11PointerProvider;
+struct CollectionSwitch;
 
 /// Builds every long-lived object in its fixed order, owns them all for the life of the process, and answers
 /// what happens to the application as a whole. The one place that names adapters. Thread: main.
@@ -78,6 +81,10 @@ class AppDelegate : public QObject {
   private:
     [[nodiscard]] EventStoreLocation storeFromPreferences() const;
     void createPanelController();
+    /// Built on first use.
+    [[nodiscard]] FeedbackAPIClient& feedbackClient();
+    /// Absent where nothing is counted.
+    [[nodiscard]] std::optional<CollectionSwitch> collectionSwitch();
     void requestReminderAccess();
     void requestCalendarAccess();
     void becameActive();
@@ -96,6 +103,8 @@ class AppDelegate : public QObject {
     InformationDictionary information_;
     EventLoopThread metricsThread_;
     AggregateCompletionReporter reporter_;
+    std::unique_ptr<HttpSession> feedbackSession_;
+    std::unique_ptr<FeedbackAPIClient> feedbackClient_;
     VdirEventStore eventStore_;
     BackgroundLedgerWriter ledgerWriter_;
     CompletionLedgerRepository ledger_;

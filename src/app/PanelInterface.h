@@ -5,6 +5,7 @@
 #include "ui/Appearance.h"
 #include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
+#include "ui/FeedbackViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/NewEventViewModel.h"
 #include "ui/PanelView.h"
@@ -15,6 +16,9 @@
 #include "ui/SettingsViewModel.h"
 
 #include <QLocale>
+
+#include <functional>
+#include <optional>
 
 namespace kestrant {
 
@@ -39,6 +43,8 @@ class PanelInterface {
         NotchGeometry& geometry;
         ReminderStore& reminders;
         CalendarStore& calendarStore;
+        std::function<FeedbackAPIClient&()> feedbackClient;
+        std::optional<CollectionSwitch> collection;
     };
 
     explicit PanelInterface(const Models& models)
@@ -49,7 +55,8 @@ class PanelInterface {
         , calendar(models.calendarStore, models.clock, models.calendar, localizer, panel,
                    [] { return QLocale::system(); })
         , quickAdd(models.reminders, models.clock, models.calendar, localizer)
-        , settings(models.preferences, localizer)
+        , feedback(models.feedbackClient, localizer)
+        , settings(models.preferences, localizer, feedback, models.collection)
         , newEvent(models.calendarStore, models.clock, models.calendar, localizer)
         , calendarEdit(models.calendarStore, models.clock, models.calendar, localizer)
         , reminderEdit(models.reminders, models.clock, models.calendar, localizer)
@@ -62,6 +69,7 @@ class PanelInterface {
     RemindersViewModel reminders;
     CalendarViewModel calendar;
     QuickAddViewModel quickAdd;
+    FeedbackViewModel feedback;
     SettingsViewModel settings;
     NewEventViewModel newEvent;
     CalendarEditViewModel calendarEdit;

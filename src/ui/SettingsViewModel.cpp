@@ -5,10 +5,14 @@
 
 namespace kestrant {
 
-SettingsViewModel::SettingsViewModel(Preferences& preferences, Localizer& localizer, QObject* parent)
+SettingsViewModel::SettingsViewModel(Preferences& preferences, Localizer& localizer,
+                                     FeedbackViewModel& feedback, std::optional<CollectionSwitch> collection,
+                                     QObject* parent)
     : QObject(parent)
     , preferences_(preferences)
     , localizer_(localizer)
+    , feedback_(feedback)
+    , collection_(std::move(collection))
     , subscription_(preferences.observeChanges([this](const QString&) { Q_EMIT changed(); })) {
     connect(&localizer, &Localizer::languageChanged, this, &SettingsViewModel::changed);
 }
@@ -94,6 +98,17 @@ QVariantList SettingsViewModel::layoutRatios() const {
         ratios.append(QVariantMap{{QStringLiteral("rawValue"), rawValue(ratio)},
                                   {QStringLiteral("title"), rawValue(ratio)}});
     return ratios;
+}
+
+void SettingsViewModel::setCounts(bool on) {
+    if (!collection_ || collection_->isOn() == on)
+        return;
+    collection_->setOn(on);
+    Q_EMIT changed();
+}
+
+QString SettingsViewModel::countsHelp() const {
+    return collection_ ? localizer_(collection_->help) : QString();
 }
 
 }  // namespace kestrant

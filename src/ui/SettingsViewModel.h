@@ -1,16 +1,28 @@
 #pragma once
 
 #include "foundation/Subscription.h"
+#include "foundation/Text.h"
+#include "ui/FeedbackViewModel.h"
 
 #include <QObject>
 #include <QQmlEngine>
 #include <QString>
 #include <QVariantList>
 
+#include <functional>
+#include <optional>
+
 namespace kestrant {
 
 class Localizer;
 class Preferences;
+
+/// The person's switch for the anonymous count of completed reminders.
+struct CollectionSwitch {
+    TextPair help;
+    std::function<bool()> isOn;
+    std::function<void(bool)> setOn;
+};
 
 /// What the settings popover shows and changes; every change is stored at once and shows everywhere. Thread:
 /// main.
@@ -32,10 +44,17 @@ class SettingsViewModel : public QObject {
     /// {rawValue, title} each.
     Q_PROPERTY(QVariantList moduleOrders READ moduleOrders NOTIFY changed)
     Q_PROPERTY(QVariantList layoutRatios READ layoutRatios CONSTANT)
+    /// False in a program that was not built for counting.
+    Q_PROPERTY(bool canCount READ canCount CONSTANT)
+    Q_PROPERTY(bool counts READ counts WRITE setCounts NOTIFY changed)
+    Q_PROPERTY(QString countsHelp READ countsHelp NOTIFY changed)
+    /// The form for a message to the makers.
+    Q_PROPERTY(FeedbackViewModel* feedback READ feedback CONSTANT)
 
   public:
-    /// Both must outlive the view model.
-    SettingsViewModel(Preferences& preferences, Localizer& localizer, QObject* parent = nullptr);
+    /// Everything must outlive the view model. Without `collection` there is nothing to switch.
+    SettingsViewModel(Preferences& preferences, Localizer& localizer, FeedbackViewModel& feedback,
+                      std::optional<CollectionSwitch> collection = std::nullopt, QObject* parent = nullptr);
 
     [[nodiscard]] QString language() const;
     void setLanguage(const QString& language);
@@ -55,6 +74,11 @@ class SettingsViewModel : public QObject {
     void setLayoutRatio(const QString& rawValue);
     [[nodiscard]] QVariantList moduleOrders() const;
     [[nodiscard]] QVariantList layoutRatios() const;
+    [[nodiscard]] bool canCount() const { return collection_.has_value(); }
+    [[nodiscard]] bool counts() const { return collection_ && collection_->isOn(); }
+    void setCounts(bool on);
+    [[nodiscard]] QString countsHelp() const;
+    [[nodiscard]] FeedbackViewModel* feedback() const { return &feedback_; }
 
     Q_INVOKABLE void quit() { Q_EMIT quitRequested(); }
 
@@ -66,6 +90,8 @@ class SettingsViewModel : public QObject {
   private:
     Preferences& preferences_;
     Localizer& localizer_;
+    FeedbackViewModel& feedback_;
+    std::optional<CollectionSwitch> collection_;
     Subscription subscription_;
 };
 

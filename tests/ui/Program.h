@@ -120,7 +120,10 @@ struct Program {
                            calendar,      localizer,
                            panel,         [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
     QuickAddViewModel quickAdd{store, time, calendar, localizer};
-    SettingsViewModel settings{preferences, localizer};
+    HttpSession session{time};
+    FeedbackAPIClient feedbackClient{InformationDictionary(), session};
+    FeedbackViewModel feedbackForm{[this]() -> FeedbackAPIClient& { return feedbackClient; }, localizer};
+    SettingsViewModel settings{preferences, localizer, feedbackForm};
     NewEventViewModel newEvent{calendarStore, time, calendar, localizer};
     CalendarEditViewModel calendarEdit{calendarStore, time, calendar, localizer};
     ReminderEditViewModel reminderEdit{store, time, calendar, localizer};

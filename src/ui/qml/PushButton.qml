@@ -5,6 +5,7 @@ FocusScope {
     id: button
 
     required property string text
+    property string spokenDescription
     property bool primary: false
     property bool destructive: false
     readonly property bool hovered: pointer.hovered
@@ -18,6 +19,7 @@ FocusScope {
 
     Accessible.role: Accessible.Button
     Accessible.name: text
+    Accessible.description: spokenDescription
     Accessible.focusable: true
     Accessible.onPressAction: clicked()
 

@@ -148,11 +148,46 @@ Popover {
                 onChosen: rawValue => popover.settings.sounds = rawValue
             }
         }
-        Item { width: 1; height: 12 }
-        PushButton {
-            anchors.right: parent.right
-            text: Localizer.text("Quit Kestrant", "Quitter Kestrant")
-            onClicked: popover.settings.quit()
+        Heading {
+            visible: popover.settings.canCount
+            text: Localizer.text("Privacy", "Confidentialité")
+        }
+        Line {
+            visible: popover.settings.canCount
+            label: Localizer.text("Count completed reminders", "Compter les rappels terminés")
+            last: true
+            Toggle {
+                spokenName: Localizer.text("Count completed reminders", "Compter les rappels terminés")
+                checked: popover.settings.counts
+                onToggled: checked => popover.settings.counts = checked
+            }
+        }
+        Text {
+            visible: popover.settings.canCount
+            width: parent.width
+            text: popover.settings.countsHelp
+            color: Theme.secondaryText
+            font.pixelSize: 11
+            wrapMode: Text.Wrap
+        }
+        Item {
+            width: parent.width
+            height: 46
+            PushButton {
+                id: feedbackEntry
+                objectName: "settings.feedback"
+                anchors.bottom: parent.bottom
+                text: popover.settings.feedback.texts.title
+                spokenDescription: popover.settings.feedback.entryHelp
+                onClicked: popover.overlays.present("feedback", "FeedbackPopover.qml", feedbackEntry,
+                                                    { form: popover.settings.feedback, alignment: "right" })
+            }
+            PushButton {
+                anchors.right: parent.right
+                anchors.bottom: parent.bottom
+                text: Localizer.text("Quit Kestrant", "Quitter Kestrant")
+                onClicked: popover.settings.quit()
+            }
         }
     }
 }

@@ -1,0 +1,75 @@
+#include "network/EventLoop.h"
+#include "network/HttpTestServer.h"
+#include "ui/PanelProgram.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+using namespace kestrant;
+using namespace kestrant::test;
+
+namespace {
+
+/// The panel with the form open, its messages going to a server that answers as told.
+struct OpenForm : PanelProgram {
+    OpenForm() {
+        expand();
+        view.overlays().present(QStringLiteral("feedback"), QStringLiteral("FeedbackPopover.qml"),
+                                view.contentItem(), {{QStringLiteral("form"), QVariant::fromValue(&form)}});
+        QCoreApplication::processEvents();
+    }
+    void write(const QString& text) {
+        for (const QChar letter : text)
+            press(letter.toUpper().unicode(), letter);
+    }
+    void pressTab() { press(Qt::Key_Tab); }
+    [[nodiscard]] QJsonObject sent() const {
+        return QJsonDocument::fromJson(server.requests().back().body()).object();
+    }
+
+    Answer answer = Answer::status(200, "{\"ok\":true}");
+    HttpTestServer server{[this](const auto&) { return answer; }};
+    FeedbackAPIClient client{
+        InformationDictionary({{InformationDictionary::feedbackBaseUrlKey, server.url()}}), session};
+    FeedbackViewModel form{[this]() -> FeedbackAPIClient& { return client; }, localizer};
+};
+
+TEST(FeedbackPopover, SendsWhatIsTypedAndIsLeftByTheDoneButton) {
+    OpenForm program;
+    EXPECT_FALSE(program.form.canSend());
+    program.write(QStringLiteral("hello"));
+    program.pressTab();
+    program.write(QStringLiteral("me@example"));
+    EXPECT_FALSE(program.form.emailProblem().isEmpty());
+    EXPECT_FALSE(program.form.canSend());
+    program.write(QStringLiteral(".com"));
+    EXPECT_TRUE(program.form.emailProblem().isEmpty());
+    program.press(Qt::Key_Return);
+    ASSERT_TRUE(turnUntil([&] { return program.form.didSend(); }));
+    EXPECT_EQ(
+        program.sent(),
+        QJsonObject({{"category", "suggestion"}, {"message", "hello"}, {"replyEmail", "me@example.com"}}));
+    program.press(Qt::Key_Space, QStringLiteral(" "));
+    EXPECT_FALSE(program.isOpen("feedback"));
+}
+
+TEST(FeedbackPopover, KeepsTheWordsWhenTheServiceRefusesThem) {
+    OpenForm program;
+    program.answer = Answer::status(429, "{\"code\":\"rate_limited\"}");
+    program.write(QStringLiteral("hello"));
+    program.form.send();
+    ASSERT_TRUE(turnUntil([&] { return !program.form.isSending(); }));
+    EXPECT_EQ(program.form.errorText(),
+              QStringLiteral("A few messages were sent recently. Please try again later."));
+    program.preferences.setLanguage(Language::french);
+    EXPECT_EQ(program.form.errorText(),
+              QString::fromUtf8("Plusieurs messages ont été envoyés récemment. Réessayez un peu plus tard."));
+    EXPECT_EQ(program.form.message(), QStringLiteral("hello"));
+    program.press(Qt::Key_Escape);
+    EXPECT_FALSE(program.isOpen("feedback"));
+    EXPECT_TRUE(program.form.message().isEmpty()) << "nothing is kept between openings";
+}
+
+}  // namespace
