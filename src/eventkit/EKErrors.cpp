@@ -40,6 +40,10 @@ EKError invalidItemError(const TextPair& reason) {
     return {EKError::Code::invalidItem, reason};
 }
 
+EKError noSuchDateError() {
+    return invalidItemError(text("This date does not exist.", "Cette date n’existe pas."));
+}
+
 EKError storageError(const QString& path, const QString& detail) {
     return storageError(path, TextPair{detail, detail});
 }

@@ -13,6 +13,7 @@ namespace kestrant {
 [[nodiscard]] EKError readOnlyError(const QString& name);
 [[nodiscard]] EKError conflictError(const QString& title);
 [[nodiscard]] EKError invalidItemError(const TextPair& reason);
+[[nodiscard]] EKError noSuchDateError();
 /// `detail` is the system's own description.
 [[nodiscard]] EKError storageError(const QString& path, const QString& detail);
 [[nodiscard]] EKError storageError(const QString& path, const TextPair& detail);

@@ -89,6 +89,7 @@ class EKEventStore {
     [[nodiscard]] virtual std::vector<EKCalendar> calendars(EKEntityType type) const = 0;
     [[nodiscard]] virtual std::optional<EKCalendar>
     calendarWithIdentifier(const QString& identifier) const = 0;
+    /// The first list (or calendar) that may be changed.
     [[nodiscard]] virtual std::optional<EKCalendar> defaultCalendarForNewReminders() const = 0;
     [[nodiscard]] virtual std::optional<EKCalendar> defaultCalendarForNewEvents() const = 0;
 
@@ -134,13 +135,15 @@ class EKEventStore {
     /// whole.
     virtual void events(const EKEventPredicate& matching, EventsCompletion completion) = 0;
 
-    /// The event with this event identifier as it is in memory now, of a series the first occurrence; null
+    /// The event with this event identifier as it is in memory now, of a series the earliest occurrence; null
     /// when there is none.
     [[nodiscard]] virtual EKEventRef event(const QString& withIdentifier) = 0;
 
     /// Writes a new or edited event and commits it; with EKSpan::thisEvent only the occurrence in hand of a
-    /// series. Otherwise as for reminders. A new event whose calendarIdentifier is empty goes into the
-    /// default calendar.
+    /// series, which then is detached. Otherwise as for reminders. An occurrence that is put into another
+    /// calendar leaves its series and becomes an event of its own, with identifiers of its own; the series
+    /// has it no more. A new event whose calendarIdentifier is empty goes into the default calendar; where
+    /// there is none, into a new one called "Calendar".
     virtual void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) = 0;
     /// Removes an event; with EKSpan::thisEvent only the occurrence in hand of a series. Fails with
     /// itemNotFound when it is gone already.

@@ -2,6 +2,8 @@
 
 #include "eventkit/icalendar/RecurrenceRule.h"
 
+#include <algorithm>
+
 namespace kestrant {
 
 std::optional<Color> Color::parse(QStringView text) {
@@ -78,6 +80,13 @@ EKRecurrenceRule EKRecurrenceRule::every(EKRecurrenceFrequency frequency, int in
     if (interval > 1)
         text += QStringLiteral(";INTERVAL=%1").arg(interval);
     return parse(text);
+}
+
+bool areValidRules(const std::vector<EKRecurrenceRule>& edited, const std::vector<EKRecurrenceRule>& before) {
+    return std::all_of(edited.begin(), edited.end(), [&](const EKRecurrenceRule& rule) {
+        return std::find(before.begin(), before.end(), rule) != before.end() ||
+               icalendar::RecurrenceRule::parse(rule.text.toUtf8());
+    });
 }
 
 }  // namespace kestrant

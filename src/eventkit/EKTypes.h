@@ -107,6 +107,10 @@ struct EKRecurrenceRule {
     bool operator==(const EKRecurrenceRule&) const = default;
 };
 
+/// Whether each rule is a valid one, or one that was there before.
+[[nodiscard]] bool areValidRules(const std::vector<EKRecurrenceRule>& edited,
+                                 const std::vector<EKRecurrenceRule>& before);
+
 /// A list of reminders or a calendar of events (or both), as a value.
 struct EKCalendar {
     QString calendarIdentifier;

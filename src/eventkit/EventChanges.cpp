@@ -7,6 +7,12 @@
 #include <chrono>
 
 namespace kestrant {
+namespace {
+
+constexpr Instant firstInstant = std::chrono::sys_days(std::chrono::year(1) / 1 / 2);
+constexpr Instant lastInstant = std::chrono::sys_days(std::chrono::year(9999) / 12 / 31);
+
+}  // namespace
 
 MergedEventEdits mergeEdits(const EKEventData& base, const EKEventData& edited, const EKEventData& current) {
     MergedEventEdits result{.merged = current};
@@ -32,11 +38,31 @@ MergedEventEdits mergeEdits(const EKEventData& base, const EKEventData& edited, 
     return result;
 }
 
-std::optional<EKError> invalidReason(const EKEventData& edited) {
+std::optional<EKError> invalidReason(const std::optional<EKEventData>& before, const EKEventData& edited) {
     if (edited.endDate < edited.startDate)
         return invalidItemError(text("An event cannot end before it starts.",
                                      "Un événement ne peut pas finir avant de commencer."));
+    if (edited.startDate < firstInstant || edited.endDate > lastInstant)
+        return noSuchDateError();
+    const auto known = before ? before->recurrenceRules : std::vector<EKRecurrenceRule>();
+    if (edited.recurrenceRules == known)
+        return std::nullopt;
+    if (edited.occurrenceDate)
+        return invalidItemError(text("The repetition cannot be changed for one occurrence alone.",
+                                     "La répétition ne peut pas être modifiée pour une seule occurrence."));
+    if (!areValidRules(edited.recurrenceRules, known))
+        return invalidItemError(text("The repetition of this event is not valid.",
+                                     "La répétition de cet événement n’est pas valide."));
     return std::nullopt;
+}
+
+EKEventData separated(EKEventData occurrence) {
+    occurrence.calendarItemIdentifier.clear();
+    occurrence.eventIdentifier.clear();
+    occurrence.recurrenceRules.clear();
+    occurrence.occurrenceDate.reset();
+    occurrence.isDetached = false;
+    return occurrence;
 }
 
 EKEventData preparedForSave(const std::optional<EKEventData>& before, EKEventData edited, Instant now) {

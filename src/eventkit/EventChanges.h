@@ -8,6 +8,9 @@ namespace kestrant {
 
 struct EKEventPredicate;
 
+/// What a calendar is called that is made because a new event needs one.
+inline const QString newCalendarTitle = QStringLiteral("Calendar");
+
 // What reading and saving an event means, as decisions over values; every implementation of the database uses
 // them.
 
@@ -23,8 +26,13 @@ struct MergedEventEdits {
 [[nodiscard]] MergedEventEdits mergeEdits(const EKEventData& base, const EKEventData& edited,
                                           const EKEventData& current);
 
-/// Why these values cannot be saved; absent when they can.
-[[nodiscard]] std::optional<EKError> invalidReason(const EKEventData& edited);
+/// Why these values cannot be saved over `before` (absent for a new event); absent when they can. One
+/// occurrence of a series has no repetition of its own to change.
+[[nodiscard]] std::optional<EKError> invalidReason(const std::optional<EKEventData>& before,
+                                                   const EKEventData& edited);
+
+/// An occurrence that leaves its series as an event of its own.
+[[nodiscard]] EKEventData separated(EKEventData occurrence);
 
 /// `edited` with what a save sets by itself: the creation date of a new event, the date of the change,
 /// instants in whole seconds, and for an occurrence of a series that it was changed by itself.

@@ -59,8 +59,9 @@ class InMemoryEventStore final : public EKEventStore {
     /// Adds or replaces an event that does not recur; empty identifiers are filled in. Returns the
     /// identifier.
     QString putEvent(EKEventData data);
-    /// Adds or replaces a series, given by its occurrences: rules are kept, not followed. The occurrences get
-    /// the first one's identifiers and rules; an absent occurrenceDate is the start. Returns the identifier.
+    /// Adds or replaces a series, given by its occurrences: rules are kept, not followed (as they are for
+    /// five years when a new event is saved). The occurrences get the first one's identifiers and rules; an
+    /// absent occurrenceDate is the start. Returns the identifier.
     QString putSeries(std::vector<EKEventData> occurrences);
     void dropEvent(const QString& identifier);
 
@@ -92,6 +93,9 @@ class InMemoryEventStore final : public EKEventStore {
     QString putOccurrences(std::vector<EKEventData> occurrences);
     [[nodiscard]] tl::expected<EKSaveResult, EKError>
     carryOut(const EKEventRef& event, EKEventData edited, const std::shared_ptr<const EKEventData>& base);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> addEvent(const EKEventRef& event, EKEventData edited);
+    [[nodiscard]] EKSaveResult storedAs(const EKEventRef& event, const QString& identifier) const;
+    void takeOut(const EKEventData& occurrence);
     [[nodiscard]] std::optional<EKError>
     reasonNotToRemove(const std::shared_ptr<const EKEventData>& base) const;
     /// The position of the occurrence that was read as `base`; absent when it is gone.

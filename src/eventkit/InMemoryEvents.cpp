@@ -1,11 +1,18 @@
 #include "eventkit/EKErrors.h"
 #include "eventkit/EventChanges.h"
+#include "eventkit/EventSeries.h"
 #include "eventkit/InMemoryEventStore.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace kestrant {
+namespace {
+
+constexpr Duration followedFor = std::chrono::days(5 * 365);
+
+}  // namespace
 
 std::optional<EKCalendar> InMemoryEventStore::defaultCalendarForNewEvents() const {
     const auto found = calendars(EKEntityType::event);
@@ -62,21 +69,8 @@ InMemoryEventStore::carryOut(const EKEventRef& event, EKEventData edited,
         return tl::unexpected(std::move(*error));
     if (!hasAccess())
         return tl::unexpected(accessDeniedError());
-    if (!base) {
-        const auto standard = defaultCalendarForNewEvents();
-        if (edited.calendarIdentifier.isEmpty() && standard)
-            edited.calendarIdentifier = standard->calendarIdentifier;
-        if (auto error = reasonNotToChange(edited.calendarIdentifier))
-            return tl::unexpected(std::move(*error));
-        if (auto error = invalidReason(edited))
-            return tl::unexpected(std::move(*error));
-        edited.calendarItemIdentifier.clear();
-        edited.eventIdentifier.clear();
-        const QString identifier = putEvent(preparedForSave(std::nullopt, std::move(edited), clock_.now()));
-        const Series& series = series_.at(identifier);
-        event->setStored(series.occurrences.front(), QByteArray::number(series.version));
-        return EKSaveResult{identifier, std::nullopt};
-    }
+    if (!base)
+        return addEvent(event, std::move(edited));
     const auto position = positionOf(*base);
     if (!position)
         return tl::unexpected(itemNotFoundError());
@@ -90,15 +84,66 @@ InMemoryEventStore::carryOut(const EKEventRef& event, EKEventData edited,
             if (auto error = reasonNotToChange(calendar))
                 return tl::unexpected(std::move(*error));
         }
-        if (auto error = invalidReason(merge.merged))
+        if (auto error = invalidReason(*stored, merge.merged))
             return tl::unexpected(std::move(*error));
-        stored = std::make_shared<const EKEventData>(
-            preparedForSave(*stored, std::move(merge.merged), clock_.now()));
+        const bool leaves =
+            stored->occurrenceDate && merge.merged.calendarIdentifier != stored->calendarIdentifier;
+        EKEventData prepared = preparedForSave(*stored, std::move(merge.merged), clock_.now());
+        if (leaves) {
+            takeOut(*base);
+            return storedAs(event, putEvent(separated(std::move(prepared))));
+        }
+        stored = std::make_shared<const EKEventData>(std::move(prepared));
         series.version = nextVersion_++;
         announceChange();
     }
     event->setStored(stored, QByteArray::number(series.version));
     return EKSaveResult{base->calendarItemIdentifier, std::nullopt};
+}
+
+EKSaveResult InMemoryEventStore::storedAs(const EKEventRef& event, const QString& identifier) const {
+    const Series& series = series_.at(identifier);
+    event->setStored(series.occurrences.front(), QByteArray::number(series.version));
+    return {identifier, std::nullopt, nullptr};
+}
+
+tl::expected<EKSaveResult, EKError> InMemoryEventStore::addEvent(const EKEventRef& event,
+                                                                 EKEventData edited) {
+    if (edited.calendarIdentifier.isEmpty()) {
+        const auto standard = defaultCalendarForNewEvents();
+        edited.calendarIdentifier =
+            standard
+                ? standard->calendarIdentifier
+                : putCalendar({.title = newCalendarTitle, .allowsReminders = false, .allowsEvents = true});
+    }
+    if (auto error = reasonNotToChange(edited.calendarIdentifier))
+        return tl::unexpected(std::move(*error));
+    if (auto error = invalidReason(std::nullopt, edited))
+        return tl::unexpected(std::move(*error));
+    edited.calendarItemIdentifier.clear();
+    edited.eventIdentifier.clear();
+    const EKEventData prepared = preparedForSave(std::nullopt, std::move(edited), clock_.now());
+    if (!prepared.hasRecurrenceRules())
+        return storedAs(event, putEvent(prepared));
+    const ZoneCalendar local = calendar_.calendar();
+    const auto document = icalendar::makeEvent("series", prepared, local, clock_.now());
+    const EventSeries series(icalendar::readEvents(document, local).front(), {}, prepared.calendarIdentifier,
+                             local);
+    std::vector<EKEventData> occurrences;
+    series.forEachRuled(
+        prepared.startDate, prepared.startDate + followedFor,
+        [&](const std::shared_ptr<const EKEventData>& data) { occurrences.push_back(*data); });
+    return storedAs(event, putSeries(std::move(occurrences)));
+}
+
+void InMemoryEventStore::takeOut(const EKEventData& occurrence) {
+    const auto entry = series_.find(occurrence.calendarItemIdentifier);
+    auto& occurrences = entry->second.occurrences;
+    occurrences.erase(occurrences.begin() + static_cast<std::ptrdiff_t>(*positionOf(occurrence)));
+    entry->second.version = nextVersion_++;
+    if (occurrences.empty())
+        series_.erase(entry);
+    announceChange();
 }
 
 void InMemoryEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion completion) {
@@ -126,13 +171,7 @@ void InMemoryEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion 
             completion(tl::unexpected(std::move(*error)));
             return;
         }
-        const auto entry = series_.find(base->calendarItemIdentifier);
-        auto& occurrences = entry->second.occurrences;
-        occurrences.erase(occurrences.begin() + static_cast<std::ptrdiff_t>(*positionOf(*base)));
-        entry->second.version = nextVersion_++;
-        if (occurrences.empty())
-            series_.erase(entry);
-        announceChange();
+        takeOut(*base);
         completion(EKSaveResult{base->calendarItemIdentifier, std::nullopt});
     });
 }

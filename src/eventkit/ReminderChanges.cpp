@@ -2,7 +2,6 @@
 
 #include "eventkit/EKErrors.h"
 #include "eventkit/EKEventStore.h"
-#include "eventkit/icalendar/RecurrenceRule.h"
 
 #include <algorithm>
 #include <chrono>
@@ -71,18 +70,12 @@ std::optional<EKError> invalidReason(const std::optional<EKReminderData>& before
     for (const auto property : {&EKReminderData::dueDateComponents, &EKReminderData::startDateComponents}) {
         const auto& date = edited.*property;
         if (date && !namesADay(*date) && (!before || (*before).*property != date))
-            return invalidItemError(text("This date does not exist.", "Cette date n’existe pas."));
+            return noSuchDateError();
     }
-    if (!before || before->recurrenceRules != edited.recurrenceRules) {
-        for (const EKRecurrenceRule& rule : edited.recurrenceRules) {
-            const bool known =
-                before && std::find(before->recurrenceRules.begin(), before->recurrenceRules.end(), rule) !=
-                              before->recurrenceRules.end();
-            if (!known && !icalendar::RecurrenceRule::parse(rule.text.toUtf8()))
-                return invalidItemError(text("The repetition of this reminder is not valid.",
-                                             "La répétition de ce rappel n’est pas valide."));
-        }
-    }
+    if (!areValidRules(edited.recurrenceRules,
+                       before ? before->recurrenceRules : std::vector<EKRecurrenceRule>()))
+        return invalidItemError(text("The repetition of this reminder is not valid.",
+                                     "La répétition de ce rappel n’est pas valide."));
     return std::nullopt;
 }
 

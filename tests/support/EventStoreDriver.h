@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 namespace kestrant {
@@ -70,6 +71,32 @@ class EventStoreDriver {
         const auto answer = save(reminder);
         EXPECT_TRUE(answer.has_value()) << (answer ? "" : qPrintable(answer.error().message.english));
         return reminder;
+    }
+
+    SaveAnswer save(const EKEventRef& event) {
+        return ask<SaveAnswer>([&](auto done) { store_.save(event, EKSpan::thisEvent, done); });
+    }
+    SaveAnswer remove(const EKEventRef& event) {
+        return ask<SaveAnswer>([&](auto done) { store_.remove(event, EKSpan::thisEvent, done); });
+    }
+    /// In the order of their starts.
+    std::vector<EKEventRef> events(Instant from, Instant to,
+                                   std::optional<std::vector<QString>> calendars = {}) {
+        auto result = ask<std::vector<EKEventRef>>([&](auto done) {
+            store_.events(EKEventStore::predicateForEvents(from, to, std::move(calendars)), done);
+        });
+        std::sort(result.begin(), result.end(), [](const EKEventRef& a, const EKEventRef& b) {
+            return std::tie(a->data.startDate, a->data.title) < std::tie(b->data.startDate, b->data.title);
+        });
+        return result;
+    }
+    /// Saves a new event with these values.
+    EKEventRef add(const EKEventData& data) {
+        auto event = std::make_shared<EKEvent>();
+        event->data = data;
+        const auto answer = save(event);
+        EXPECT_TRUE(answer.has_value()) << (answer ? "" : qPrintable(answer.error().message.english));
+        return event;
     }
 
   private:

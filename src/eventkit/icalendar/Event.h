@@ -65,4 +65,29 @@ struct EventItem : ItemComponents {
 /// when it takes place is passed over. `local` is the person's calendar.
 [[nodiscard]] std::vector<EventItem> readEvents(const Document& document, const ZoneCalendar& local);
 
+/// Offsets are counted from the start.
+[[nodiscard]] AlarmAnchor alarmAnchorOf(const EKEventData& event);
+
+/// Writes into a VEVENT that says `times` (absent: nothing yet) what leads from `before` to `after`; nothing
+/// else but the marks of a revision. An end is written as it was, be it as a duration or in a zone of its
+/// own. `document` is the file that holds it, `now` the time of the change.
+void writeEvent(Component& event, const std::optional<EventTimes>& times, const EKEventData& before,
+                const EKEventData& after, const Document& document, const ZoneCalendar& local, Instant now);
+
+/// A new file for a new event.
+[[nodiscard]] Document makeEvent(const QByteArray& uid, const EKEventData& data, const ZoneCalendar& local,
+                                 Instant now);
+
+/// A VEVENT for one date of a series, to be changed by itself: the series' own without its repetition. It
+/// still says when the series starts.
+[[nodiscard]] Component makeChange(const EventItem& series, const LocalTime& date, const Document& document);
+
+/// The file of an occurrence that leaves its series under a new UID, made from the series' file and the
+/// occurrence's VEVENT in it.
+[[nodiscard]] Document makeSeparateEvent(const QByteArray& uid, Component occurrence, Document document);
+
+/// Leaves a date out of a series, along with what changes it (an index in `series.changes`).
+void excludeDate(Document& document, const EventItem& series, const LocalTime& date,
+                 const std::optional<std::size_t>& change, Instant now);
+
 }  // namespace kestrant::icalendar

@@ -171,13 +171,4 @@ QByteArray VdirDatabase::pathOf(const Place& place) const {
     return root_ + '/' + place.collection + '/' + place.file;
 }
 
-QString VdirDatabase::identifierAt(const Place& place, const QByteArray& key, int ordinal) const {
-    for (auto entry = snapshot_->reminders.cbegin(); entry != snapshot_->reminders.cend(); ++entry) {
-        if (entry->file == place.file && entry->collection == place.collection && entry->key == key &&
-            entry->ordinal == ordinal)
-            return entry.key();
-    }
-    return {};
-}
-
 }  // namespace kestrant::vdir

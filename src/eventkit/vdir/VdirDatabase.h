@@ -96,8 +96,17 @@ class VdirDatabase {
     [[nodiscard]] tl::expected<EKCalendar, EKError> saveCalendar(const EKCalendar& calendar,
                                                                  const ZoneCalendar& local);
 
+    /// The same for one occurrence of an event.
+    [[nodiscard]] tl::expected<EKSaveResult, EKError>
+    saveEvent(const std::shared_ptr<const EKEventData>& base, EKEventData edited, Instant now,
+              const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> removeEvent(const EKEventData& base, Instant now,
+                                                                  const ZoneCalendar& local);
+
   private:
+    struct OpenFile;
     struct OpenItem;
+    struct OpenEvent;
     struct Revision;
     struct Place {
         QByteArray collection;
@@ -109,16 +118,37 @@ class VdirDatabase {
     static void addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items);
     void addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const;
     [[nodiscard]] QByteArray pathOf(const Place& place) const;
-    [[nodiscard]] QString identifierAt(const Place& place, const QByteArray& key, int ordinal) const;
+    template <typename Entries>
+    [[nodiscard]] static QString identifierIn(const Entries& entries, const Place& place,
+                                              const QByteArray& key) {
+        for (auto entry = entries.cbegin(); entry != entries.cend(); ++entry) {
+            if (entry->file == place.file && entry->collection == place.collection && entry->key == key &&
+                entry->ordinal == 0)
+                return entry.key();
+        }
+        return {};
+    }
 
+    /// Opens an item's file; absent when there is none.
+    [[nodiscard]] tl::expected<std::optional<OpenFile>, EKError> openFileOf(const ItemEntry& entry) const;
+    template <typename Item, typename Entries>
+    [[nodiscard]] tl::expected<std::pair<OpenFile, Item>, EKError>
+    openWith(Entries Snapshot::*entries,
+             std::vector<Item> (*read)(const icalendar::Document&, const ZoneCalendar&),
+             const QString& identifier, const ZoneCalendar& local);
     [[nodiscard]] tl::expected<OpenItem, EKError> openItem(const QString& identifier,
                                                            const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<OpenEvent, EKError> openEvent(const EKEventData& base,
+                                                             const ZoneCalendar& local);
     [[nodiscard]] std::optional<EKError> reasonNotToChange(const Place& place) const;
     [[nodiscard]] tl::expected<QByteArray, EKError> writableCollection(const QString& identifier) const;
 
     /// Nothing was written because the file is not what it was when it was read.
     struct ChangedMeanwhile {};
     using WriteError = std::variant<ChangedMeanwhile, EKError>;
+    /// Carries a write out, and again as often as the file changes between reading and writing it.
+    [[nodiscard]] tl::expected<EKSaveResult, EKError>
+    persist(const QString& title, const std::function<tl::expected<EKSaveResult, WriteError>()>& attempt);
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>
     trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const ZoneCalendar& local);
     [[nodiscard]] static Revision revised(const OpenItem& opened, EKReminderData wanted, Instant now,
@@ -133,7 +163,27 @@ class VdirDatabase {
                                                         const icalendar::Document& document,
                                                         const FileStamp& expected, const ZoneCalendar& local);
     [[nodiscard]] std::optional<WriteError> removeFile(const Place& place, const FileStamp& expected);
-    [[nodiscard]] std::optional<WriteError> takeOut(const OpenItem& item, const ZoneCalendar& local);
+    /// Takes an item, whose components have this name, out of its file.
+    [[nodiscard]] std::optional<WriteError> takeOut(const OpenFile& file, QByteArrayView name,
+                                                    const icalendar::ItemComponents& item,
+                                                    const ZoneCalendar& local);
+    /// Creates a file in another collection for what `leave` then takes out of the one it was in; it does not
+    /// stay when that fails.
+    [[nodiscard]] tl::expected<Place, WriteError>
+    move(const QByteArray& target, const QByteArray& preferredName, const icalendar::Document& document,
+         const std::function<std::optional<WriteError>()>& leave, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, WriteError>
+    tryEventSave(const EKEventData& base, const EKEventData& edited, Instant now, const ZoneCalendar& local);
+    struct WrittenItem {
+        Place place;
+        QByteArray key;
+    };
+    [[nodiscard]] tl::expected<WrittenItem, WriteError> writeOccurrence(const OpenEvent& opened,
+                                                                        const EKEventData& after,
+                                                                        const QByteArray& target, Instant now,
+                                                                        const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> saveNewEvent(EKEventData edited, Instant now,
+                                                                   const ZoneCalendar& local);
     [[nodiscard]] tl::expected<Place, EKError> createFile(const QByteArray& collection,
                                                           const QByteArray& preferredName,
                                                           const icalendar::Document& document,

@@ -167,48 +167,47 @@ std::optional<EKEventStore::Stored> VdirEventStore::storedReminder(const QString
     return Stored{found->data, found->version};
 }
 
-void VdirEventStore::save(const EKReminderRef& reminder, SaveCompletion completion) {
-    worker_->run([this, reminder, edited = reminder->data, base = reminder->stored(), now = clock_.now(),
-                  local = calendar_.calendar(), completion = std::move(completion)]() mutable {
-        const auto before = database_.snapshot();
-        auto result = database_.save(base, edited, now, local);
-        publish(database_.snapshot() != before);
-        onMain([this, reminder = std::move(reminder), completion = std::move(completion),
-                result = std::move(result)]() mutable {
-            if (result) {
-                if (const auto stored = storedReminder(result->calendarItemIdentifier))
-                    reminder->setStored(stored->data, stored->version);
-            }
-            completion(std::move(result));
-        });
-    });
-}
-
-void VdirEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
-    worker_->run([this, identifier = reminder->calendarItemIdentifier(), local = calendar_.calendar(),
+template <typename Change, typename Completion>
+void VdirEventStore::carryOut(Change change, Completion completion) {
+    worker_->run([this, change = std::move(change), now = clock_.now(), local = calendar_.calendar(),
                   completion = std::move(completion)]() mutable {
         const auto before = database_.snapshot();
-        auto result = database_.remove(identifier, local);
+        auto result = change(now, local);
         publish(database_.snapshot() != before);
         onMain([completion = std::move(completion), result = std::move(result)]() mutable {
             completion(std::move(result));
         });
     });
+}
+
+void VdirEventStore::save(const EKReminderRef& reminder, SaveCompletion completion) {
+    carryOut([this, edited = reminder->data, base = reminder->stored()](
+                 Instant now, const ZoneCalendar& local) { return database_.save(base, edited, now, local); },
+             [this, reminder, completion = std::move(completion)](auto result) {
+                 if (result) {
+                     if (const auto stored = storedReminder(result->calendarItemIdentifier))
+                         reminder->setStored(stored->data, stored->version);
+                 }
+                 completion(std::move(result));
+             });
+}
+
+void VdirEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
+    carryOut([this, identifier = reminder->calendarItemIdentifier()](
+                 Instant, const ZoneCalendar& local) { return database_.remove(identifier, local); },
+             std::move(completion));
 }
 
 void VdirEventStore::revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
                             SaveCompletion completion) {
-    worker_->run([this, change = std::dynamic_pointer_cast<const vdir::ReminderChange>(change), identifier,
-                  now = clock_.now(), local = calendar_.calendar(),
-                  completion = std::move(completion)]() mutable {
-        const auto before = database_.snapshot();
-        auto result =
-            change ? database_.revert(*change, identifier, now, local) : tl::unexpected(itemNotFoundError());
-        publish(database_.snapshot() != before);
-        onMain([completion = std::move(completion), result = std::move(result)]() mutable {
-            completion(std::move(result));
-        });
-    });
+    carryOut(
+        [this, change = std::dynamic_pointer_cast<const vdir::ReminderChange>(change),
+         identifier](Instant now, const ZoneCalendar& local) -> tl::expected<EKSaveResult, EKError> {
+            if (!change)
+                return tl::unexpected(itemNotFoundError());
+            return database_.revert(*change, identifier, now, local);
+        },
+        std::move(completion));
 }
 
 void VdirEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
@@ -234,24 +233,39 @@ EKEventRef VdirEventStore::event(const QString& withIdentifier) {
     return shown ? std::make_shared<EKEvent>(std::move(shown->data), shown->version) : nullptr;
 }
 
-void VdirEventStore::save(const EKEventRef&, EKSpan, SaveCompletion completion) {
-    onMain([completion = std::move(completion)] { completion(tl::unexpected(calendarNotFoundError())); });
+void VdirEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion completion) {
+    carryOut(
+        [this, edited = event->data, base = event->stored()](Instant now, const ZoneCalendar& local) {
+            return database_.saveEvent(base, edited, now, local);
+        },
+        [this, event, completion = std::move(completion)](auto result) {
+            if (result) {
+                const QString& identifier = result->calendarItemIdentifier;
+                auto shown = snapshot_->event(identifier, event->data.occurrenceDate);
+                if (!shown)
+                    shown = snapshot_->firstEvent(identifier);
+                if (shown)
+                    event->setStored(std::move(shown->data), shown->version);
+            }
+            completion(std::move(result));
+        });
 }
 
-void VdirEventStore::remove(const EKEventRef&, EKSpan, SaveCompletion completion) {
-    onMain([completion = std::move(completion)] { completion(tl::unexpected(itemNotFoundError())); });
+void VdirEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion completion) {
+    carryOut(
+        [this, base = event->stored()](Instant now,
+                                       const ZoneCalendar& local) -> tl::expected<EKSaveResult, EKError> {
+            if (!base)
+                return tl::unexpected(itemNotFoundError());
+            return database_.removeEvent(*base, now, local);
+        },
+        std::move(completion));
 }
 
 void VdirEventStore::saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) {
-    worker_->run(
-        [this, calendar, local = calendar_.calendar(), completion = std::move(completion)]() mutable {
-            const auto before = database_.snapshot();
-            auto result = database_.saveCalendar(calendar, local);
-            publish(database_.snapshot() != before);
-            onMain([completion = std::move(completion), result = std::move(result)]() mutable {
-                completion(std::move(result));
-            });
-        });
+    carryOut([this, calendar](Instant,
+                              const ZoneCalendar& local) { return database_.saveCalendar(calendar, local); },
+             std::move(completion));
 }
 
 Subscription VdirEventStore::observeChanges(std::function<void()> observer) {

@@ -45,6 +45,9 @@ class VdirEventStore final : public EKEventStore {
     [[nodiscard]] std::optional<Stored> storedReminder(const QString& identifier) const override;
     void requestAccess(AccessCompletion completion);
     [[nodiscard]] std::optional<EKCalendar> firstWritable(EKEntityType type) const;
+    /// Runs `change(now, local)` on the worker, shows what came of it and calls `completion(result)`.
+    template <typename Change, typename Completion>
+    void carryOut(Change change, Completion completion);
     /// Runs work on the main thread, unless the store is gone by then. Thread: any.
     void onMain(std::function<void()> work);
     /// Makes what the worker knows now what the main thread sees. Thread: the worker.

@@ -134,7 +134,7 @@ VdirDatabase::restore(const ItemChange& change, OpenItem& opened, Instant now, c
     rebuildSnapshot();
     QString identifier = opened.current.calendarItemIdentifier;
     if (place->collection != opened.place.collection)
-        identifier = identifierAt(*place, opened.item.key, 0);
+        identifier = identifierIn(snapshot_->reminders, *place, opened.item.key);
     return ItemChange{identifier, change.key, std::move(found), revision.stateAt(*place, opened)};
 }
 
@@ -146,7 +146,7 @@ VdirDatabase::takeAway(const ItemChange& change, OpenItem& opened, const ZoneCal
     if (!saysTheSame(std::move(expected), opened.current))
         return tl::unexpected(WriteError(conflictError(opened.current.title)));
     ItemState found = opened.state();
-    if (auto error = takeOut(opened, local))
+    if (auto error = takeOut(opened, "VTODO", opened.item, local))
         return tl::unexpected(std::move(*error));
     rebuildSnapshot();
     return ItemChange{opened.current.calendarItemIdentifier, change.key, std::move(found), std::nullopt};
@@ -167,7 +167,7 @@ tl::expected<ItemChange, EKError> VdirDatabase::bringBack(const ItemChange& chan
     if (!place)
         return tl::unexpected(place.error());
     rebuildSnapshot();
-    return ItemChange{identifierAt(*place, change.key, 0), change.key, std::nullopt,
+    return ItemChange{identifierIn(snapshot_->reminders, *place, change.key), change.key, std::nullopt,
                       ItemState{place->collection, place->file, known->document.text()}};
 }
 

@@ -3,18 +3,10 @@
 #include "eventkit/icalendar/ItemWriting.h"
 #include "eventkit/icalendar/TimeZoneText.h"
 #include "eventkit/vdir/OpenItem.h"
-#include "foundation/AtomicFile.h"
 
 #include <QFile>
-#include <QUuid>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <set>
-#include <system_error>
 #include <utility>
 
 namespace kestrant::vdir {
@@ -24,33 +16,6 @@ using icalendar::Document;
 using icalendar::TodoItem;
 
 namespace {
-
-/// So often a write is tried again when the file changes between reading and writing it.
-constexpr int attempts = 5;
-
-QByteArray newUid() {
-    return QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
-}
-
-/// The UID, where it is a name that every program and file system takes as it is.
-QByteArray fileNameFor(const QByteArray& uid) {
-    const bool isSafe = !uid.isEmpty() && uid.size() <= 200 && !uid.startsWith('.') &&
-                        std::all_of(uid.begin(), uid.end(), [](char c) {
-                            return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                                   (c >= '0' && c <= '9') || c == '_' || c == '.' || c == '-' || c == '+';
-                        });
-    return (isSafe ? uid : newUid()) + ".ics";
-}
-
-QString systemDescription(int errorNumber) {
-    return QString::fromStdString(std::generic_category().message(errorNumber));
-}
-
-EKError writeError(const FileError& error) {
-    if (error.errorNumber == EACCES || error.errorNumber == EPERM || error.errorNumber == EROFS)
-        return readOnlyError(error.path);
-    return storageError(error.path, error.description);
-}
 
 std::shared_ptr<const ReminderChange> changeOf(std::vector<ItemChange> items) {
     auto change = std::make_shared<ReminderChange>();
@@ -64,8 +29,7 @@ int firstYearOf(const EKReminderData& data) {
         if (date && date->year)
             year = std::min(year, *date->year);
     }
-    // A definition begins with the changes of the year before, so that it covers the first months too.
-    return std::max(1970, year - 1);
+    return firstZoneYear(year);
 }
 
 }  // namespace
@@ -77,116 +41,14 @@ Document aloneIn(Document document, const TodoItem& item) {
 
 tl::expected<VdirDatabase::OpenItem, EKError> VdirDatabase::openItem(const QString& identifier,
                                                                      const ZoneCalendar& local) {
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        const auto entry = snapshot_->reminders.constFind(identifier);
-        if (entry == snapshot_->reminders.cend())
-            return tl::unexpected(itemNotFoundError());
-        const Place place{entry->collection, entry->file};
-        auto opened = openFile(pathOf(place));
-        if (opened) {
-            auto document = Document::parse(opened->text);
-            if (!document)
-                return tl::unexpected(storageError(QFile::decodeName(pathOf(place)), document.error()));
-            int ordinal = 0;
-            auto items = icalendar::readTodos(*document, local);
-            for (TodoItem& item : items) {
-                if (item.key != entry->key || ordinal++ != entry->ordinal)
-                    continue;
-                EKReminderData current = item.data;
-                current.calendarItemIdentifier = identifier;
-                current.calendarIdentifier = QFile::decodeName(place.collection);
-                const bool isAlone = !icalendar::holdsMore(*document, item);
-                return OpenItem{place,          opened->stamp, std::move(*document), std::move(item),
-                                entry->ordinal, isAlone,       std::move(current)};
-            }
-        } else if (opened.error() != ENOENT) {
-            return tl::unexpected(writeError(
-                {QFile::decodeName(pathOf(place)), opened.error(), systemDescription(opened.error())}));
-        }
-        // Not where it was: another program may have moved it.
-        refresh({.everything = true}, local);
-    }
-    return tl::unexpected(itemNotFoundError());
-}
-
-tl::expected<QByteArray, EKError> VdirDatabase::writableCollection(const QString& identifier) const {
-    const QByteArray name = QFile::encodeName(identifier);
-    const auto found = library_.collections.find(name);
-    if (found == library_.collections.end())
-        return tl::unexpected(calendarNotFoundError());
-    if (!found->second.isWritable)
-        return tl::unexpected(readOnlyError(found->second.title));
-    return name;
-}
-
-std::optional<EKError> VdirDatabase::reasonNotToChange(const Place& place) const {
-    if (auto collection = writableCollection(QFile::decodeName(place.collection)); !collection)
-        return collection.error();
-    const QByteArray path = pathOf(place);
-    if (::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) != 0 && errno != ENOENT)
-        return readOnlyError(QFile::decodeName(place.file));
-    return std::nullopt;
-}
-
-void VdirDatabase::noteWritten(const Place& place, const QByteArray& text, const ZoneCalendar& local) {
-    ItemFile items = readItems(text, place.collection, place.file, local);
-    items.stamp = stampOf(pathOf(place)).value_or(FileStamp{});
-    library_.collections[place.collection].files.insert_or_assign(place.file, std::move(items));
-}
-
-std::optional<VdirDatabase::WriteError> VdirDatabase::replaceFile(const Place& place,
-                                                                  const Document& document,
-                                                                  const FileStamp& expected,
-                                                                  const ZoneCalendar& local) {
-    const QByteArray path = pathOf(place);
-    if (stampOf(path) != expected)
-        return ChangedMeanwhile{};
-    const QByteArray text = document.text();
-    if (const auto written = writeFileAtomically(QFile::decodeName(path), text); !written)
-        return writeError(written.error());
-    noteWritten(place, text, local);
-    return std::nullopt;
-}
-
-std::optional<VdirDatabase::WriteError> VdirDatabase::removeFile(const Place& place,
-                                                                 const FileStamp& expected) {
-    const QByteArray path = pathOf(place);
-    if (stampOf(path) != expected)
-        return ChangedMeanwhile{};
-    if (::unlink(path.constData()) != 0)
-        return writeError({QFile::decodeName(path), errno, systemDescription(errno)});
-    const int folder =
-        ::open((root_ + '/' + place.collection).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder >= 0) {
-        (void)::fsync(folder);
-        ::close(folder);
-    }
-    library_.collections[place.collection].files.erase(place.file);
-    return std::nullopt;
-}
-
-tl::expected<VdirDatabase::Place, EKError> VdirDatabase::createFile(const QByteArray& collection,
-                                                                    const QByteArray& preferredName,
-                                                                    const Document& document,
-                                                                    const ZoneCalendar& local) {
-    const QByteArray text = document.text();
-    Place place{collection, preferredName};
-    auto written = writeFileAtomically(QFile::decodeName(pathOf(place)), text, FileMode::createNew);
-    if (!written && (written.error().errorNumber == EEXIST || written.error().errorNumber == ENAMETOOLONG)) {
-        place.file = newUid() + ".ics";
-        written = writeFileAtomically(QFile::decodeName(pathOf(place)), text, FileMode::createNew);
-    }
-    if (!written && written.error().errorNumber == ENOENT)
-        return tl::unexpected(calendarNotFoundError());
-    if (!written)
-        return tl::unexpected(writeError(written.error()));
-    noteWritten(place, text, local);
-    return place;
-}
-
-void VdirDatabase::takeBack(const Place& place) {
-    if (const auto stamp = stampOf(pathOf(place)))
-        (void)removeFile(place, *stamp);
+    auto opened = openWith(&Snapshot::reminders, &icalendar::readTodos, identifier, local);
+    if (!opened)
+        return tl::unexpected(opened.error());
+    OpenItem result{std::move(opened->first), std::move(opened->second), {}};
+    result.current = result.item.data;
+    result.current.calendarItemIdentifier = identifier;
+    result.current.calendarIdentifier = QFile::decodeName(result.place.collection);
+    return result;
 }
 
 tl::expected<EKSaveResult, EKError> VdirDatabase::save(const std::shared_ptr<const EKReminderData>& base,
@@ -199,16 +61,7 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::save(const std::shared_ptr<con
         rebuildSnapshot();
         return result;
     }
-    for (int attempt = 0; attempt < attempts; ++attempt) {
-        auto result = trySave(*base, edited, now, local);
-        if (result)
-            return std::move(*result);
-        if (const auto* error = std::get_if<EKError>(&result.error())) {
-            rebuildSnapshot();
-            return tl::unexpected(*error);
-        }
-    }
-    return tl::unexpected(conflictError(edited.title));
+    return persist(edited.title, [&] { return trySave(*base, edited, now, local); });
 }
 
 tl::expected<EKSaveResult, EKError> VdirDatabase::saveNew(const EKReminderData& edited, Instant now,
@@ -263,7 +116,7 @@ tl::expected<EKSaveResult, VdirDatabase::WriteError> VdirDatabase::trySave(const
     rebuildSnapshot();
     EKSaveResult result{base.calendarItemIdentifier, std::nullopt};
     if (place->collection != opened->place.collection)
-        result.calendarItemIdentifier = identifierAt(*place, opened->item.key, 0);
+        result.calendarItemIdentifier = identifierIn(snapshot_->reminders, *place, opened->item.key);
     std::vector<ItemChange> changes{{result.calendarItemIdentifier, opened->item.key, opened->state(),
                                      revision.stateAt(*place, *opened)}};
     if (revision.copy) {
@@ -314,17 +167,14 @@ VdirDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, co
     if (target == opened.place.collection) {
         error = replaceFile(opened.place, revision.document, opened.stamp, local);
     } else {
-        const auto moved =
-            createFile(target, opened.isAlone ? opened.place.file : fileNameFor(opened.item.key),
-                       aloneIn(revision.document, opened.item), local);
-        if (moved) {
+        const auto moved = move(
+            target, opened.isAlone ? opened.place.file : fileNameFor(opened.item.key),
+            aloneIn(revision.document, opened.item),
+            [&] { return takeOut(opened, "VTODO", opened.item, local); }, local);
+        if (moved)
             place = *moved;
-            error = takeOut(opened, local);
-            if (error)
-                takeBack(place);
-        } else {
+        else
             error = moved.error();
-        }
     }
     if (error) {
         if (copy)
@@ -334,35 +184,22 @@ VdirDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, co
     return place;
 }
 
-std::optional<VdirDatabase::WriteError> VdirDatabase::takeOut(const OpenItem& item,
-                                                              const ZoneCalendar& local) {
-    if (item.isAlone)
-        return removeFile(item.place, item.stamp);
-    Document rest = item.document;
-    icalendar::removeItem(rest, "VTODO", item.item);
-    return replaceFile(item.place, rest, item.stamp, local);
-}
-
 tl::expected<EKSaveResult, EKError> VdirDatabase::remove(const QString& identifier,
                                                          const ZoneCalendar& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
-    for (int attempt = 0; attempt < attempts; ++attempt) {
+    return persist(identifier, [&]() -> tl::expected<EKSaveResult, WriteError> {
         const auto opened = openItem(identifier, local);
         if (!opened)
-            return tl::unexpected(opened.error());
+            return tl::unexpected(WriteError(opened.error()));
         if (auto error = reasonNotToChange(opened->place))
+            return tl::unexpected(WriteError(std::move(*error)));
+        if (auto error = takeOut(*opened, "VTODO", opened->item, local))
             return tl::unexpected(std::move(*error));
-        const auto failed = takeOut(*opened, local);
-        if (!failed) {
-            rebuildSnapshot();
-            return EKSaveResult{identifier, std::nullopt,
-                                changeOf({{identifier, opened->item.key, opened->state(), std::nullopt}})};
-        }
-        if (const auto* error = std::get_if<EKError>(&*failed))
-            return tl::unexpected(*error);
-    }
-    return tl::unexpected(conflictError(identifier));
+        rebuildSnapshot();
+        return EKSaveResult{identifier, std::nullopt,
+                            changeOf({{identifier, opened->item.key, opened->state(), std::nullopt}})};
+    });
 }
 
 }  // namespace kestrant::vdir

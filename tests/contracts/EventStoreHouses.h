@@ -1,0 +1,107 @@
+#pragma once
+
+#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/vdir/VdirEventStore.h"
+#include "support/EventStoreDriver.h"
+#include "support/FixedCalendar.h"
+#include "support/ManualScheduler.h"
+#include "support/ReminderBuilders.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+
+namespace kestrant {
+
+// Where every implementation of the database lives, with the others that use it too.
+
+inline const Instant morning = at("Europe/Paris", {2026, 3, 27}, {8, 0});
+
+/// The store that lives in memory, and what others do to it.
+struct MemoryHouse {
+    ManualScheduler scheduler{morning};
+    FixedCalendar calendar{"Europe/Paris"};
+    InMemoryEventStore store{scheduler, scheduler, calendar};
+
+    MemoryHouse() { store.setAuthorizationStatus(EKAuthorizationStatus::notDetermined); }
+    template <typename Change>
+    void changeElsewhere(const QString& identifier, Change change) {
+        EKReminderData data = *store.reminder(identifier);
+        change(data);
+        store.putReminder(data);
+        scheduler.runPosted();
+    }
+    void removeElsewhere(const QString& identifier) {
+        store.dropReminder(identifier);
+        scheduler.runPosted();
+    }
+    void makeReadOnly(const QString& list) {
+        EKCalendar changed = *store.calendarWithIdentifier(list);
+        changed.allowsContentModifications = false;
+        store.putCalendar(changed);
+    }
+};
+
+/// The folder of files. Others are a second program on the same folder; their changes are noticed by the
+/// system.
+struct VdirHouse {
+    ManualScheduler scheduler{morning};
+    FixedCalendar calendar{"Europe/Paris"};
+    QTemporaryDir folder;
+    VdirEventStore store{folder.path() + "/calendars", scheduler, scheduler, calendar};
+
+    template <typename Change>
+    void changeElsewhere(const QString& identifier, Change change) {
+        vdir::VdirDatabase other(QFile::encodeName(folder.path() + "/calendars"), [](const auto&) {});
+        ASSERT_FALSE(other.open(calendar.calendar()));
+        const auto base = other.snapshot()->reminders.value(identifier).data;
+        EKReminderData edited = *base;
+        change(edited);
+        ASSERT_TRUE(other.save(base, edited, scheduler.now(), calendar.calendar()).has_value());
+        awaitNotice();
+    }
+    void removeElsewhere(const QString& identifier) {
+        const auto list = store.calendarItem(identifier)->data.calendarIdentifier;
+        ASSERT_TRUE(QFile::remove(folder.path() + "/calendars/" + list + "/" + identifier + ".ics"));
+        awaitNotice();
+    }
+    void makeReadOnly(const QString& list) {
+        const QString calendars = folder.path() + "/calendars";
+        for (const QString& path : {folder.path(), calendars})
+            ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0755), 0);
+        ASSERT_EQ(::chmod(QFile::encodeName(calendars + "/" + list).constData(), 0555), 0);
+        // Root may write anywhere, so the test goes on as someone else.
+        if (::geteuid() == 0) {
+            ASSERT_EQ(::seteuid(65534), 0);
+        }
+        awaitNotice();
+    }
+    ~VdirHouse() {
+        if (::getuid() == 0) {
+            EXPECT_EQ(::seteuid(0), 0);
+        }
+    }
+
+  private:
+    void awaitNotice() {
+        bool told = false;
+        const Subscription subscription = store.observeChanges([&] { told = true; });
+        while (!told) {
+            ASSERT_TRUE(scheduler.runUntil([&] { return told || scheduler.pendingCount() > 0; }));
+            scheduler.advance(std::chrono::seconds(1));
+        }
+    }
+};
+
+using Houses = ::testing::Types<MemoryHouse, VdirHouse>;
+
+inline std::optional<EKError::Code> codeOf(const EventStoreDriver::SaveAnswer& answer) {
+    return answer ? std::nullopt : std::optional(answer.error().code);
+}
+
+}  // namespace kestrant
