@@ -2,6 +2,7 @@
 that is not installed.
 """
 
+import datetime
 import json
 import os
 import pathlib
@@ -10,6 +11,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import zoneinfo
 
 PROGRAM = os.environ.get("KESTRANT", str(pathlib.Path(__file__).resolve().parents[2] / "build/dev/src/app/kestrant"))
 
@@ -69,6 +71,16 @@ class InteropTest(unittest.TestCase):
     def reminders(self, store=None):
         """What Kestrant shows, by title."""
         return {task["title"]: task for task in json.loads(self.kestrant("list", "--json", store=store))}
+
+    def week(self, *options):
+        """The rows of the coming week by day, without reminders; days and rows in order."""
+        days = json.loads(self.kestrant("agenda", "--json", "--no-reminders", *options))
+        return {self.local(day["date"])[:10]: day["events"] for day in days}
+
+    def local(self, instant):
+        """An instant that Kestrant printed, as the clock on the wall: "2026-03-27 14:30"."""
+        moment = datetime.datetime.fromisoformat(instant.replace("Z", "+00:00"))
+        return moment.astimezone(zoneinfo.ZoneInfo(self.environment["TZ"])).strftime("%Y-%m-%d %H:%M")
 
     def identifier(self, title, store=None):
         return self.reminders(store)[title]["id"]
