@@ -18,7 +18,10 @@ QString until(const QString& when, const TimeStyle& style) {
 
 /// The time of day alone, and the half of the day where there are halves.
 QString clockText(QTime time, const TimeStyle& style) {
-    return time.toString(style.twelveHours ? QStringLiteral("h:mm") : QStringLiteral("HH:mm"));
+    if (!style.twelveHours)
+        return time.toString(QStringLiteral("HH:mm"));
+    const int hour = time.hour() % 12;
+    return QString::number(hour == 0 ? 12 : hour) + time.toString(QStringLiteral(":mm"));
 }
 
 QString halfText(QTime time, const TimeStyle& style) {

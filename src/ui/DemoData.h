@@ -8,10 +8,10 @@
 
 namespace kestrant {
 
-/// Fills a database with lists and reminders to show the program with, around the given present. `done` is
-/// called once, when everything is saved or with the first failure. The database must outlive that. Thread:
-/// main.
-void addDemoReminders(EKEventStore& store, Instant now, const ZoneCalendar& calendar, Language language,
-                      std::function<void(std::optional<EKError> error)> done);
+/// Fills a database with lists, reminders and events to show the program with, around the given present.
+/// `done` is called once, when everything is saved or with the first failure. The database must outlive that.
+/// Thread: main.
+void addDemoData(EKEventStore& store, Instant now, const ZoneCalendar& calendar, Language language,
+                 std::function<void(std::optional<EKError> error)> done);
 
 }  // namespace kestrant

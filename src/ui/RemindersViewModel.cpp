@@ -267,17 +267,29 @@ void RemindersViewModel::moveToDay(const QString& taskId, const QString& day) {
     const QDate date = QDate::fromString(day, Qt::ISODate);
     if (!task || !date.isValid())
         return;
-    const ZoneCalendar calendar = calendar_.calendar();
-    const bool includesTime = task->dueDate && task->dueDateIncludesTime;
-    const Instant dueDate =
-        includesTime ? calendar.instantAt(date, calendar.timeOf(*task->dueDate)) : calendar.startOfDay(date);
+    const Instant dueDate = dueDateOn(*task, date);
     if (task->dueDate == dueDate)
         return;
-    store_.reschedule(taskId, dueDate, includesTime,
+    store_.reschedule(taskId, dueDate, task->dueDate && task->dueDateIncludesTime,
                       [self = QPointer(this)](const tl::expected<void, ReminderStoreError>& result) {
                           if (self && !result)
                               Q_EMIT self->changeFailed(self->localizer_(result.error().message()));
                       });
+}
+
+Instant RemindersViewModel::dueDateOn(const ReminderTask& task, QDate day) const {
+    const ZoneCalendar calendar = calendar_.calendar();
+    return task.dueDate && task.dueDateIncludesTime ? calendar.instantAt(day, calendar.timeOf(*task.dueDate))
+                                                    : calendar.startOfDay(day);
+}
+
+QString RemindersViewModel::dueTextOn(const QString& taskId, const QString& day) const {
+    const ReminderTask* task = store_.task(taskId);
+    const QDate date = QDate::fromString(day, Qt::ISODate);
+    if (!task || !date.isValid())
+        return {};
+    return reminderDueText(dueDateOn(*task, date), task->dueDate && task->dueDateIncludesTime, clock_.now(),
+                           calendar_.calendar(), localizer_.language());
 }
 
 QString RemindersViewModel::dayNamed(const QString& name) const {

@@ -82,6 +82,8 @@ class RemindersViewModel : public QObject {
     Q_INVOKABLE void remove(const QString& taskId);
     /// Due on that day ("2026-11-24") from now on, at the time of day it has; without one, the whole day.
     Q_INVOKABLE void moveToDay(const QString& taskId, const QString& day);
+    /// The due date in words that moveToDay() would give it.
+    [[nodiscard]] Q_INVOKABLE QString dueTextOn(const QString& taskId, const QString& day) const;
     /// The day that "today", "tomorrow" or "nextWeek" (its Monday) stand for.
     [[nodiscard]] Q_INVOKABLE QString dayNamed(const QString& name) const;
     /// Tries again to open the database.
@@ -105,6 +107,8 @@ class RemindersViewModel : public QObject {
 
   private:
     void updateContent();
+    /// A task's due date moved to another day.
+    [[nodiscard]] Instant dueDateOn(const ReminderTask& task, QDate day) const;
     [[nodiscard]] ReminderCard card(const ReminderTask& task, bool isPending) const;
     [[nodiscard]] QString computedContent() const;
 

@@ -182,11 +182,11 @@ struct Stage {
                    PanelView::Loading::immediate};
 
     void addReminders() {
-        addDemoReminders(database, time.now(), calendar.calendar(), localizer.language(),
-                         [](const std::optional<EKError>& error) {
-                             if (error)
-                                 qWarning("%s", qUtf8Printable(error->message.english));
-                         });
+        addDemoData(database, time.now(), calendar.calendar(), localizer.language(),
+                    [](const std::optional<EKError>& error) {
+                        if (error)
+                            qWarning("%s", qUtf8Printable(error->message.english));
+                    });
         time.advance(Duration(0));
     }
     void load() {
@@ -218,10 +218,31 @@ struct Stage {
     [[nodiscard]] QQuickItem* overlayContent(const char* id) {
         return view.overlays().surface(QString::fromUtf8(id))->contentItem()->childItems().constFirst();
     }
+    void focusCalendar() { call("focusCalendar"); }
     void moveMouseTo(QPointF place) {
         QMouseEvent move(QEvent::MouseMove, place, view.mapToGlobal(place), Qt::NoButton, Qt::NoButton,
                          Qt::NoModifier);
         QCoreApplication::sendEvent(&view, &move);
+    }
+    /// Takes hold of one place and carries it to another, without letting go.
+    void drag(QPointF from, QPointF to) {
+        const auto send = [this](QEvent::Type type, QPointF place, Qt::MouseButton button) {
+            QMouseEvent event(type, place, view.mapToGlobal(place), button, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(&view, &event);
+            QCoreApplication::processEvents();
+        };
+        send(QEvent::MouseButtonPress, from, Qt::LeftButton);
+        for (int step = 1; step <= 4; ++step)
+            send(QEvent::MouseMove, from + (to - from) * step / 4, Qt::NoButton);
+    }
+    void showFullCalendar() {
+        days.setShowsAllEvents(true);
+        time.advance(Duration(0));
+        // Lays the days out, then goes to today among them.
+        for (int turn = 0; turn < 3; ++turn) {
+            view.grabWindow();
+            QCoreApplication::processEvents();
+        }
     }
     void type(const QString& text) {
         for (const QChar letter : text)
@@ -330,7 +351,6 @@ std::vector<State> states() {
              stage.load();
              stage.preferences.setRequiresClickOrSwipeToExpand(true);
              stage.interaction.pointerEntered();
-             stage.panel.setNextEventText(QStringLiteral("15:00"));
              stage.show();
          }},
         {named("expanded"), expanded([](Stage& stage) {
@@ -423,6 +443,65 @@ std::vector<State> states() {
              stage.quickAdd.setTitle(stage.localizer(text("Call the plumber", "Appeler le plombier")));
              stage.quickAdd.submit();
              stage.time.advance(Duration(0));
+         })},
+        {named("calendar-first"), expanded([](Stage& stage) {
+             stage.preferences.setModuleOrder(KestrantModuleOrder::calendarFirst);
+             stage.preferences.setLayoutRatio(KestrantLayoutRatio::r50_50);
+         })},
+        {named("calendar-only"), expanded([](Stage& stage) { stage.preferences.setShowReminders(false); })},
+        {named("reminders-only"), expanded([](Stage& stage) { stage.preferences.setShowCalendar(false); })},
+        {named("full-calendar"), expanded([](Stage& stage) { stage.showFullCalendar(); })},
+        {named("full-calendar-only"), expanded([](Stage& stage) {
+             stage.preferences.setShowReminders(false);
+             stage.showFullCalendar();
+         })},
+        {named("calendar-scrolled"), expanded([](Stage& stage) {
+             stage.focusCalendar();
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Down);
+         })},
+        {named("calendar-empty"), expanded([](Stage& stage) {
+             for (const EKEventData& event : stage.database.allEvents())
+                 stage.database.dropEvent(event.calendarItemIdentifier);
+             stage.preferences.setShowRemindersInCalendar(false);
+             stage.time.advance(std::chrono::seconds(1));
+         })},
+        {named("calendar-connecting"),
+         [](Stage& stage) {
+             stage.addReminders();
+             stage.store.requestAccess();
+             stage.time.advance(Duration(0));
+             stage.database.setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
+             stage.calendarStore.requestAccess();
+             stage.expand();
+         }},
+        {named("calendar-denied"),
+         [](Stage& stage) {
+             stage.addReminders();
+             stage.store.requestAccess();
+             stage.time.advance(Duration(0));
+             stage.database.setAuthorizationStatus(EKAuthorizationStatus::denied);
+             stage.calendarStore.requestAccess();
+             stage.expand();
+         }},
+        {named("row-menu"), expanded([](Stage& stage) {
+             QMetaObject::invokeMethod(stage.content(), "openRowMenu", Q_ARG(QVariant, 4),
+                                       Q_ARG(QVariant, 60), Q_ARG(QVariant, 20));
+             stage.press(Qt::Key_Down);
+         })},
+        {named("reminder-row-menu"), expanded([](Stage& stage) {
+             QMetaObject::invokeMethod(stage.content(), "openRowMenu", Q_ARG(QVariant, 5),
+                                       Q_ARG(QVariant, 60), Q_ARG(QVariant, 20));
+             stage.press(Qt::Key_Down);
+         })},
+        {named("drag"), expanded([](Stage& stage) {
+             stage.drag({360, 70}, {780, 150});
+         })},
+        {named("drag-full-calendar"), expanded([](Stage& stage) {
+             stage.showFullCalendar();
+             stage.drag({360, 70}, {780, 190});
          })},
         {named("settings"), expanded([](Stage& stage) { stage.call("openSettings"); })},
     };

@@ -5,13 +5,22 @@
 
 #include <QCoreApplication>
 #include <QKeyEvent>
-#include <QMouseEvent>
 #include <QQuickItem>
+#include <QTest>
 
 namespace kestrant::test {
 
 /// The program with its window.
 struct PanelProgram : Program {
+    PanelProgram() {
+        // As the platform does: the uppermost surface, at last the panel, gets the focus.
+        OverlayHost& overlays = view.overlays();
+        QObject::connect(&overlays, &OverlayHost::overlaySurfaceShown, &view,
+                         [](QWindow* surface) { surface->requestActivate(); });
+        QObject::connect(&overlays, &OverlayHost::allOverlaysClosed, &view,
+                         [this] { view.requestActivate(); });
+    }
+
     /// Opens the panel and lets it lay out its content.
     void expand() {
         load();
@@ -40,12 +49,7 @@ struct PanelProgram : Program {
         QCoreApplication::processEvents();
     }
     void click(QQuickWindow& window, QPointF at) {
-        const QPointF global = window.mapToGlobal(at);
-        QMouseEvent down(QEvent::MouseButtonPress, at, global, Qt::LeftButton, Qt::LeftButton,
-                         Qt::NoModifier);
-        QCoreApplication::sendEvent(&window, &down);
-        QMouseEvent up(QEvent::MouseButtonRelease, at, global, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(&window, &up);
+        QTest::mouseClick(&window, Qt::LeftButton, {}, at.toPoint());
         QCoreApplication::processEvents();
     }
     void call(const char* function) {

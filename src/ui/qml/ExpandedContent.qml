@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// Everything on the expanded panel: the toolbar and, below it, the modules.
+// Everything on the expanded panel: the toolbar and, below it, the modules side by side.
 FocusScope {
     id: content
 
@@ -16,89 +16,139 @@ FocusScope {
     required property OverlayHost overlays
 
     readonly property int sideMargin: panel.earRadius + Theme.margin
-    readonly property bool canScrollDown: grid.visible && grid.canScrollDown
-    readonly property rect scrollArea: Qt.rect(grid.x, grid.y, grid.width, grid.height)
+    readonly property bool showsCards: panel.showReminders && reminders.content === "cards"
 
-    function focusCards() {
+    // The width is parted where the line between the modules stands.
+    readonly property bool showsBoth: panel.showReminders && panel.showCalendar
+    readonly property real modulesWidth: width - 2 * sideMargin
+    readonly property real firstWidth: Math.round(modulesWidth * panel.firstShare)
+    function moduleX(isFirst) {
+        return sideMargin + (showsBoth && !isFirst ? firstWidth + Theme.margin : 0)
+    }
+    function moduleWidth(isFirst) {
+        return !showsBoth ? modulesWidth : (isFirst ? firstWidth : modulesWidth - firstWidth) - Theme.margin
+    }
+    readonly property real remindersX: moduleX(!panel.calendarFirst)
+    readonly property real remindersWidth: moduleWidth(!panel.calendarFirst)
+    // Down to where the panel's lower corners begin to round off what would be drawn over them.
+    readonly property real modulesHeight: height - Theme.toolbarHeight - Theme.gap
+
+    /// Whether what is at this place can scroll further down.
+    function scrollsDownAt(x, y) {
+        const at = module => module.visible && x >= module.x && x < module.x + module.width
+                             && y >= module.y && y < module.y + module.height
+        return (at(grid) && grid.canScrollDown) || (at(calendarModule) && calendarModule.canScrollDown)
+    }
+    /// Gives the keyboard to the first module that has something for it.
+    function focusFirst() {
         if (grid.visible)
             grid.forceActiveFocus(Qt.OtherFocusReason)
+        else if (calendarModule.visible)
+            calendarModule.forceActiveFocus(Qt.OtherFocusReason)
         else
             content.forceActiveFocus(Qt.OtherFocusReason)
+    }
+    function focusCalendar() { calendarModule.makeCurrent(calendarModule.rows.nextItem(-1, 1), Qt.TabFocusReason) }
+    function leave() {
+        if (drag.active)
+            drag.cancel()
+        else
+            panel.fold()
     }
     function openQuickAdd() { toolbar.openQuickAdd() }
     function openSettings() { toolbar.openSettings() }
     function openSearch() { toolbar.openSearch() }
     function openLists() { toolbar.openLists() }
     function openSort() { toolbar.openSort() }
-    function editCard(index) { grid.editAt(index) }
-    function editRow(row) { actions.editRow(row, grid) }
-    function removeRow(row) { actions.removeRow(row, grid) }
     function openCardMenu(index, x, y) { grid.openMenu(index, x, y) }
+    function openRowMenu(index, x, y) { calendarModule.openMenu(index, x, y) }
     function makeCurrent(index) { grid.makeCurrent(index, Qt.TabFocusReason) }
     function showMessage(message) { toast.show(message) }
 
-    Keys.onEscapePressed: panel.fold()
+    Keys.onEscapePressed: leave()
 
     EditActions {
-        id: actions
+        id: editActions
         calendarEdit: content.calendarEdit
         reminderEdit: content.reminderEdit
         overlays: content.overlays
     }
-    Connections {
-        target: content.calendarEdit
-        function onChangeFailed(message) { toast.show(message) }
-        function onRemovalFailed(message) {
-            if (!content.overlays.isPresented("confirm"))
-                toast.show(message)
-        }
-    }
-    Connections {
-        target: content.reminderEdit
-        function onChangeFailed(message) { toast.show(message) }
-    }
-
     Toolbar {
         id: toolbar
         x: content.sideMargin
         width: parent.width - 2 * x
         panel: content.panel
         reminders: content.reminders
+        calendar: content.calendar
         quickAdd: content.quickAdd
         newEvent: content.newEvent
         settings: content.settings
         overlays: content.overlays
         tooltip: tooltip
-        onGridWanted: content.focusCards()
+        onModulesWanted: content.focusFirst()
     }
     ReminderGrid {
         id: grid
-        actions: actions
-        visible: content.panel.showReminders && content.reminders.content === "cards"
+        visible: content.showsCards
         focus: true
         ground: content.panel.material === "black" ? "black" : Theme.panel
-        x: content.sideMargin
+        x: content.remindersX
         y: Theme.toolbarHeight
-        width: parent.width - 2 * x
-        // Down to where the panel's lower corners begin to round off what would be drawn over them.
-        height: parent.height - y - Theme.gap
+        width: content.remindersWidth
+        height: content.modulesHeight
         reminders: content.reminders
         overlays: content.overlays
+        actions: editActions
+        drag: drag
+        canCarry: calendarModule.visible && content.calendar.content !== "denied"
         onLeftUpwards: toolbar.nextItemInFocusChain(true).forceActiveFocus(Qt.BacktabFocusReason)
-        onEscaped: content.panel.fold()
+        onEscaped: content.leave()
     }
     Loader {
-        active: !grid.visible
-        x: content.sideMargin
+        active: !grid.visible && (content.panel.showReminders || !content.panel.showCalendar)
+        x: content.remindersX
         y: Theme.toolbarHeight
-        width: parent.width - 2 * x
-        height: parent.height - y - Theme.gap
+        width: content.remindersWidth
+        height: content.modulesHeight
         sourceComponent: StateView {
             reminders: content.reminders
             overlays: content.overlays
             modulesOff: !content.panel.showReminders
             onAddWanted: content.openQuickAdd()
         }
+    }
+    Rectangle {
+        visible: content.showsBoth
+        x: content.sideMargin + content.firstWidth
+        y: Theme.toolbarHeight + 11
+        width: 1
+        height: 3 * (Theme.cardHeight + Theme.gap) - Theme.gap
+        color: Theme.separator
+    }
+    CalendarModule {
+        id: calendarModule
+        visible: content.panel.showCalendar
+        x: content.moduleX(content.panel.calendarFirst)
+        y: Theme.toolbarHeight
+        width: content.moduleWidth(content.panel.calendarFirst)
+        height: content.modulesHeight
+        ground: content.panel.material === "black" ? "black" : Theme.panel
+        upperGround: content.panel.material === "black" ? "black" : "#0c0d11"
+        calendar: content.calendar
+        overlays: content.overlays
+        actions: editActions
+        tooltip: tooltip
+        isShown: content.panel.isExpanded
+        isTarget: drag.active
+        onLeftUpwards: toolbar.nextItemInFocusChain(true).forceActiveFocus(Qt.BacktabFocusReason)
+        onEscaped: content.leave()
+    }
+    CardDrag {
+        id: drag
+        anchors.fill: parent
+        panel: content.panel
+        reminders: content.reminders
+        calendar: calendarModule
     }
     Toast {
         id: toast
@@ -108,11 +158,19 @@ FocusScope {
     }
     Tooltip {
         id: tooltip
-        silent: content.overlays.topmost !== ""
+        silent: content.overlays.topmost !== "" || drag.active
     }
 
     Connections {
         target: content.reminders
+        function onChangeFailed(message) { toast.show(message) }
+    }
+    Connections {
+        target: content.calendarEdit
+        function onChangeFailed(message) { toast.show(message) }
+    }
+    Connections {
+        target: content.reminderEdit
         function onChangeFailed(message) { toast.show(message) }
     }
 }

@@ -20,9 +20,7 @@ Item {
 
     /// Whether the content at this place can scroll further down.
     function scrollsDownAt(x, y) {
-        const area = content ? content.scrollArea : Qt.rect(0, 0, 0, 0)
-        return content !== null && content.canScrollDown && x >= area.x && x < area.x + area.width
-            && y >= area.y && y < area.y + area.height
+        return content !== null && content.scrollsDownAt(x, y)
     }
     function whenLoaded(action) {
         expanded.active = true
@@ -88,7 +86,7 @@ Item {
             }
             onLoaded: {
                 if (root.panel.isExpanded)
-                    item.focusCards()
+                    item.focusFirst()
                 if (pending)
                     pending(item)
                 pending = null
@@ -108,12 +106,12 @@ Item {
         function onPhaseChanged() {
             if (root.panel.isExpanded) {
                 root.started = true
-                root.whenLoaded(content => content.focusCards())
+                root.whenLoaded(content => content.focusFirst())
             } else {
                 root.overlays.dismissAll()
                 root.reminders.searchQuery = ""
                 if (root.content)
-                    root.content.focusCards()
+                    root.content.focusFirst()
             }
         }
         function onNewReminderRequested() { root.whenLoaded(content => content.openQuickAdd()) }

@@ -10,6 +10,8 @@ Item {
     readonly property bool hovered: pointer.hovered
     readonly property bool active: hovered || (isCurrent && Appearance.showsFocus)
     property real highlight: 0
+    property string dueText: card.dueText
+    property color dueColor: card.isOverdue ? Theme.overdue : Theme.secondaryText
     signal pressed
     signal toggled
     signal menuWanted(real x, real y)
@@ -128,9 +130,9 @@ Item {
             width: Math.min(implicitWidth, facts.width - facts.besidesDue)
             height: 14
             elide: Text.ElideRight
-            text: root.card.dueText
+            text: root.dueText
             textFormat: Text.PlainText
-            color: root.card.isOverdue ? Theme.overdue : Theme.secondaryText
+            color: root.dueColor
             font.pixelSize: 11
             Accessible.ignored: true
         }

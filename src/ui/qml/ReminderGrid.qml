@@ -7,13 +7,17 @@ FocusScope {
 
     required property RemindersViewModel reminders
     required property OverlayHost overlays
+    /// Takes up the cards that are dragged away.
+    required property CardDrag drag
+    /// There are days to drag a card to.
+    property bool canCarry: false
     required property EditActions actions
     /// What lies below the cards, to fade them into.
     property color ground: Theme.panel
     signal leftUpwards
     signal escaped
 
-    readonly property int columns: Math.max(1, Math.floor((width + Theme.gap) / 204))
+    readonly property int columns: Math.max(1, Math.floor((width + Theme.gap) / 200))
     readonly property real highestY: grid.originY - grid.topMargin
     readonly property real lowestY: Math.max(highestY, grid.originY + grid.contentHeight - grid.height)
     readonly property bool canScrollDown: grid.contentY < lowestY - 1
@@ -52,11 +56,23 @@ FocusScope {
                   iconName: "circle", shortcut: Localizer.text("Space", "Espace"), enabled: item.card.isWritable },
                 { title: Localizer.text("Edit…", "Modifier…"), iconName: "edit",
                   shortcut: Localizer.text("Enter", "Entrée") },
+                { title: Localizer.text("Move to today", "Reporter à aujourd’hui"), iconName: "today",
+                  enabled: item.card.isWritable },
+                { title: Localizer.text("Move to tomorrow", "Reporter à demain"), iconName: "arrowRight",
+                  enabled: item.card.isWritable },
+                { title: Localizer.text("Move to next week", "Reporter à la semaine prochaine"), iconName: "calendar",
+                  enabled: item.card.isWritable },
                 { title: Localizer.text("Delete", "Supprimer"), iconName: "trash",
                   shortcut: Localizer.text("Del", "Suppr"), destructive: true, enabled: item.card.isWritable }
             ],
-            choose: entry => entry === 0 ? reminders.toggleCompletion(id)
-                           : entry === 1 ? actions.editReminder(id, item) : reminders.remove(id)
+            choose: entry => [
+                () => reminders.toggleCompletion(id),
+                () => actions.editReminder(id, item),
+                () => reminders.moveToDay(id, reminders.dayNamed("today")),
+                () => reminders.moveToDay(id, reminders.dayNamed("tomorrow")),
+                () => reminders.moveToDay(id, reminders.dayNamed("nextWeek")),
+                () => reminders.remove(id)
+            ][entry]()
         })
     }
     function scrollTo(contentY) {
@@ -147,6 +163,7 @@ FocusScope {
             height: Theme.cardHeight
             isCurrent: GridView.isCurrentItem && grid.activeFocus
             highlight: reveal.card === card.id ? reveal.strength : 0
+            opacity: root.drag.carried === card.id ? 0.35 : 1
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
             onToggled: root.toggle(index)
             onMenuWanted: (x, y) => root.openMenu(index, x, y)
@@ -217,6 +234,29 @@ FocusScope {
         }
     }
 
+    // One for all cards, so that a card that goes away meanwhile does not take the drag with it.
+    DragHandler {
+        enabled: root.canCarry
+        target: null
+        acceptedButtons: Qt.LeftButton
+        onActiveChanged: {
+            if (!active) {
+                root.drag.drop()
+                return
+            }
+            const press = centroid.scenePressPosition
+            const held = grid.contentItem.mapFromItem(null, press.x, press.y)
+            const index = grid.indexAt(held.x, held.y)
+            const item = grid.itemAtIndex(index)
+            if (!item || !item.card.isWritable || item.card.isPending)
+                return
+            root.makeCurrent(index, Qt.MouseFocusReason)
+            root.drag.begin(item, press)
+            root.drag.moveTo(centroid.scenePosition)
+        }
+        onCentroidChanged: if (active) root.drag.moveTo(centroid.scenePosition)
+        onCanceled: root.drag.cancel()
+    }
     WheelHandler {
         target: null
         acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad

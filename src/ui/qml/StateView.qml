@@ -20,7 +20,7 @@ Item {
         case "denied": return Localizer.text("No access to reminders", "Pas d’accès aux rappels")
         case "restricted": return Localizer.text("Access is restricted", "L’accès est restreint")
         case "failed": return Localizer.text("Reminders could not be opened", "Impossible d’ouvrir les rappels")
-        case "off": return Localizer.text("Reminders are hidden", "Les rappels sont masqués")
+        case "off": return Localizer.text("Nothing to show", "Rien à afficher")
         default: return ""
         }
     }
@@ -67,9 +67,6 @@ Item {
         }
     }
 
-    Accessible.role: Accessible.StaticText
-    Accessible.name: heading + (explanation === "" ? "" : ". " + explanation)
-
     Row {
         id: skeleton
         readonly property int columns: Math.max(1, Math.floor((view.width + Theme.gap) / 204))
@@ -102,46 +99,14 @@ Item {
         }
     }
 
-    Column {
-        anchors.horizontalCenter: parent.horizontalCenter
+    Notice {
+        width: parent.width
         y: view.kind === "loading" ? 112 : Math.round((parent.height - height) / 2) - 2
-        spacing: 0
-
-        StateArt {
-            visible: view.kind !== "loading"
-            anchors.horizontalCenter: parent.horizontalCenter
-            kind: view.kind === "restricted" || view.kind === "off" ? "denied" : view.kind
-        }
-        Item { width: 1; height: 10 }
-        Text {
-            anchors.horizontalCenter: parent.horizontalCenter
-            text: view.heading
-            color: Theme.text
-            font.pixelSize: 14
-            font.weight: Font.DemiBold
-            Accessible.ignored: true
-        }
-        Item { width: 1; height: 4; visible: view.explanation !== "" }
-        Text {
-            visible: text !== ""
-            anchors.horizontalCenter: parent.horizontalCenter
-            width: Math.min(implicitWidth, view.width - 80, 520)
-            text: view.explanation
-            textFormat: Text.PlainText
-            horizontalAlignment: Text.AlignHCenter
-            wrapMode: Text.Wrap
-            maximumLineCount: 2
-            elide: Text.ElideRight
-            color: Theme.secondaryText
-            font.pixelSize: 12
-            Accessible.ignored: true
-        }
-        Item { width: 1; height: 14; visible: view.action !== "" }
-        PushButton {
-            visible: view.action !== ""
-            anchors.horizontalCenter: parent.horizontalCenter
-            text: view.action
-            onClicked: view.act()
-        }
+        height: implicitHeight
+        picture: view.kind === "loading" ? "" : view.kind === "restricted" || view.kind === "off" ? "denied" : view.kind
+        heading: view.heading
+        explanation: view.explanation
+        action: view.action
+        onActed: view.act()
     }
 }

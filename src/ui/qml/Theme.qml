@@ -27,6 +27,8 @@ QtObject {
     readonly property color field: white(contrast ? 0.12 : 0.07)
     readonly property color border: white(contrast ? 0.30 : 0.09)
     readonly property color outline: contrast ? white(0.30) : "transparent"
+    readonly property color nowFill: Qt.rgba(0.35, 0.78, 0.98, contrast ? 0.30 : 0.15)
+    readonly property color targetFill: Qt.rgba(0.04, 0.52, 1, contrast ? 0.45 : 0.28)
     readonly property color separator: white(contrast ? 0.30 : 0.07)
     readonly property color popover: "#17181d"
     readonly property color panel: "#101116"
@@ -37,6 +39,7 @@ QtObject {
     readonly property int cardRadius: 13
     readonly property int popoverRadius: 16
     readonly property int toolbarHeight: 33
+    readonly property int headingHeight: 26
 
     readonly property int panelDuration: still ? 0 : 280
     readonly property int popoverDuration: still ? 0 : 160

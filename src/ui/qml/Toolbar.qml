@@ -7,13 +7,14 @@ FocusScope {
 
     required property PanelViewModel panel
     required property RemindersViewModel reminders
+    required property CalendarViewModel calendar
     required property QuickAddViewModel quickAdd
     required property NewEventViewModel newEvent
     required property SettingsViewModel settings
     required property OverlayHost overlays
     /// Whatever the pointer rests on tells its name here.
     required property Tooltip tooltip
-    signal gridWanted
+    signal modulesWanted
 
     readonly property real sideWidth: (width - panel.cameraSafeWidth) / 2 - 2
     readonly property bool showsCards: panel.showReminders
@@ -74,7 +75,7 @@ FocusScope {
             Accessible.role: Accessible.ButtonMenu
             onClicked: toolbar.openLists()
             onHoveredChanged: toolbar.tooltip.follow(this)
-            Keys.onDownPressed: toolbar.gridWanted()
+            Keys.onDownPressed: toolbar.modulesWanted()
         }
         Chip {
             id: todayFilter
@@ -88,7 +89,7 @@ FocusScope {
             checked: toolbar.reminders.showsTodayOnly
             onClicked: toolbar.reminders.showsTodayOnly = !checked
             onHoveredChanged: toolbar.tooltip.follow(this)
-            Keys.onDownPressed: toolbar.gridWanted()
+            Keys.onDownPressed: toolbar.modulesWanted()
         }
         Chip {
             id: overdueFilter
@@ -103,7 +104,7 @@ FocusScope {
             checked: toolbar.reminders.showsOverdueOnly
             onClicked: toolbar.reminders.showsOverdueOnly = !checked
             onHoveredChanged: toolbar.tooltip.follow(this)
-            Keys.onDownPressed: toolbar.gridWanted()
+            Keys.onDownPressed: toolbar.modulesWanted()
         }
         Chip {
             id: flaggedFilter
@@ -117,7 +118,7 @@ FocusScope {
             checked: toolbar.reminders.showsFlaggedOnly
             onClicked: toolbar.reminders.showsFlaggedOnly = !checked
             onHoveredChanged: toolbar.tooltip.follow(this)
-            Keys.onDownPressed: toolbar.gridWanted()
+            Keys.onDownPressed: toolbar.modulesWanted()
         }
     }
 
@@ -133,10 +134,10 @@ FocusScope {
             id: search
             visible: toolbar.showsCards
             anchors.verticalCenter: parent.verticalCenter
-            openWidth: Math.min(170, toolbar.sideWidth - 3 * 30)
+            openWidth: Math.min(170, toolbar.sideWidth - 4 * 30 - 10)
             query: toolbar.reminders.searchQuery
             onQueryEdited: query => toolbar.reminders.searchQuery = query
-            onDismissed: toolbar.gridWanted()
+            onDismissed: toolbar.modulesWanted()
             onInputHasFocusChanged: toolbar.panel.setSearchIsFocused(inputHasFocus)
             onHoveredChanged: toolbar.tooltip.follow(this)
         }
@@ -149,11 +150,11 @@ FocusScope {
             checked: toolbar.overlays.topmost === "sort"
             onClicked: toolbar.openSort()
             onHoveredChanged: toolbar.tooltip.follow(this)
-            Keys.onDownPressed: toolbar.gridWanted()
+            Keys.onDownPressed: toolbar.modulesWanted()
         }
         IconButton {
             id: addButton
-            visible: toolbar.showsCards
+            visible: toolbar.panel.showReminders || toolbar.panel.showCalendar
             anchors.verticalCenter: parent.verticalCenter
             iconName: "plus"
             spokenName: Localizer.text("New reminder", "Nouveau rappel")
@@ -161,7 +162,26 @@ FocusScope {
             checked: toolbar.overlays.topmost === "quickAdd"
             onClicked: toolbar.openQuickAdd()
             onHoveredChanged: toolbar.tooltip.follow(this)
-            Keys.onDownPressed: toolbar.gridWanted()
+            Keys.onDownPressed: toolbar.modulesWanted()
+        }
+        Rectangle {
+            visible: addButton.visible && calendarButton.visible
+            anchors.verticalCenter: parent.verticalCenter
+            width: 1
+            height: 14
+            color: Theme.white(Theme.contrast ? 0.4 : 0.16)
+        }
+        IconButton {
+            id: calendarButton
+            visible: toolbar.panel.showCalendar
+            anchors.verticalCenter: parent.verticalCenter
+            iconName: "calendar"
+            spokenName: checked ? Localizer.text("Return to the current week", "Revenir à la semaine actuelle")
+                                : Localizer.text("Show your full calendar", "Afficher tout le calendrier")
+            checked: toolbar.calendar.showsAllEvents
+            onClicked: toolbar.calendar.showsAllEvents = !checked
+            onHoveredChanged: toolbar.tooltip.follow(this)
+            Keys.onDownPressed: toolbar.modulesWanted()
         }
         IconButton {
             id: settingsButton
@@ -171,7 +191,7 @@ FocusScope {
             checked: toolbar.overlays.topmost === "settings"
             onClicked: toolbar.openSettings()
             onHoveredChanged: toolbar.tooltip.follow(this)
-            Keys.onDownPressed: toolbar.gridWanted()
+            Keys.onDownPressed: toolbar.modulesWanted()
         }
     }
 }

@@ -1,0 +1,134 @@
+import QtQuick
+import Kestrant
+
+// A card in the hand: it floats under the pointer until it is let go on a day, or flies back where it came from.
+Item {
+    id: drag
+
+    required property PanelViewModel panel
+    required property RemindersViewModel reminders
+    /// Where the days are. Must have `dropDay`, the day that a card would be let go on, and `carriedAt`, the point
+    /// in it that the card is held over.
+    required property CalendarModule calendar
+
+    /// Identifier of the carried reminder; empty when there is none.
+    property string carried
+    readonly property bool active: carried !== ""
+    readonly property string day: active ? calendar.dropDay : ""
+
+    property point origin
+    property point grip
+    property point hand
+
+    /// Takes up the card that `item` shows, held at a point of the scene.
+    function begin(item, scenePoint) {
+        if (active || !calendar.visible)
+            return
+        home.stop()
+        image.card = item.card
+        image.width = item.width
+        origin = item.mapToItem(drag, 0, 0)
+        hand = mapFromItem(null, scenePoint.x, scenePoint.y)
+        grip = Qt.point(hand.x - origin.x, hand.y - origin.y)
+        image.opacity = 1
+        carried = item.card.id
+        const frame = calendar.mapToItem(null, 0, 0, calendar.width, calendar.height)
+        panel.beginReminderDrag(carried, frame)
+        calendar.carriedAt = mapToItem(calendar, hand.x, hand.y)
+    }
+    function moveTo(scenePoint) {
+        if (!active)
+            return
+        hand = mapFromItem(null, scenePoint.x, scenePoint.y)
+        calendar.carriedAt = mapToItem(calendar, hand.x, hand.y)
+    }
+    /// Lets the card go where it is.
+    function drop() {
+        if (!active)
+            return
+        const id = carried
+        const day = calendar.dropDay
+        putDown()
+        if (day !== "") {
+            reminders.moveToDay(id, day)
+            fade.start()
+        } else {
+            home.start()
+        }
+    }
+    function cancel() {
+        if (!active)
+            return
+        putDown()
+        home.start()
+    }
+    function putDown() {
+        const id = carried
+        carried = ""
+        panel.endReminderDrag(id)
+    }
+    onVisibleChanged: if (!visible) cancel()
+
+    Item {
+        id: image
+        property var card: null
+        visible: card !== null
+        x: drag.hand.x - drag.grip.x
+        y: drag.hand.y - drag.grip.y
+        height: Theme.cardHeight
+        opacity: 0
+
+        DropShadow {
+            visible: drag.active
+            anchors.fill: parent
+            anchors.leftMargin: -marginLeft
+            anchors.rightMargin: -marginLeft
+            anchors.topMargin: -marginTop
+            anchors.bottomMargin: -marginBottom
+            radius: Theme.cardRadius
+            blur: 24
+            offset: 10
+            marginLeft: 24
+            marginTop: 14
+            marginBottom: 34
+        }
+        Rectangle {
+            anchors.fill: parent
+            radius: Theme.cardRadius
+            color: "#2a2b31"
+            opacity: drag.day !== "" ? 0.92 : 1
+            border.color: Theme.border
+            border.width: 1
+        }
+        Loader {
+            active: image.card !== null
+            anchors.fill: parent
+            sourceComponent: ReminderCardItem {
+                card: image.card
+                // Over a day, the card tells what it will be there.
+                dueText: drag.day !== "" ? drag.reminders.dueTextOn(card.id, drag.day) : card.dueText
+                dueColor: drag.day !== "" ? Theme.accentText : card.isOverdue ? Theme.overdue : Theme.secondaryText
+                isCurrent: false
+                enabled: false
+                Accessible.ignored: true
+            }
+        }
+    }
+
+    SequentialAnimation {
+        id: fade
+        NumberAnimation { target: image; property: "opacity"; to: 0; duration: Theme.popoverDuration }
+        ScriptAction { script: if (!drag.active) image.card = null }
+    }
+    SequentialAnimation {
+        id: home
+        PropertyAnimation {
+            target: drag
+            property: "hand"
+            to: Qt.point(drag.origin.x + drag.grip.x, drag.origin.y + drag.grip.y)
+            duration: Theme.leaveDuration
+            easing.type: Easing.OutCubic
+        }
+        ScriptAction { script: if (!drag.active) image.card = null }
+    }
+}
