@@ -62,6 +62,9 @@ FocusScope {
     function openSort() { toolbar.openSort() }
     function openCardMenu(index, x, y) { grid.openMenu(index, x, y) }
     function openRowMenu(index, x, y) { calendarModule.openMenu(index, x, y) }
+    function editCard(index) { grid.editAt(index) }
+    function editRow(row) { editActions.editRow(row, grid) }
+    function removeRow(row) { editActions.removeRow(row, grid) }
     function makeCurrent(index) { grid.makeCurrent(index, Qt.TabFocusReason) }
     function showMessage(message) { toast.show(message) }
 
@@ -168,6 +171,10 @@ FocusScope {
     Connections {
         target: content.calendarEdit
         function onChangeFailed(message) { toast.show(message) }
+        function onRemovalFailed(message) {
+            if (!content.overlays.isPresented("confirm"))
+                toast.show(message)
+        }
     }
     Connections {
         target: content.reminderEdit
