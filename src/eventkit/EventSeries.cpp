@@ -115,8 +115,8 @@ void EventSeries::addExtraDates() {
     const EventTimes& times = item_.event.times;
     for (const EventTimes& extra : item_.extraDates) {
         const LocalTime time = icalendar::localTimeIn(times.start, extra.start, local_);
-        const auto given = ruledTimes(time, time.day, 1);
-        if (isExcluded(time) || (!given.empty() && given.front() == time))
+        const auto isThis = [&](const LocalTime& other) { return other == time; };
+        if (isExcluded(time) || !ruledTimes(time, time.day, 1, isThis).empty())
             continue;
         // A date that is given twice is one date.
         excludedTimes_.insert(std::upper_bound(excludedTimes_.begin(), excludedTimes_.end(), time), time);
@@ -155,20 +155,26 @@ Instant EventSeries::instantOf(const LocalTime& time) const {
     return intervalOf(item_.event.times, time, {}, local_).start;
 }
 
-/// The dates that rules give from `from` to the end of the day `last`, at most so many of each rule. Those
-/// that are left out are not among them.
-std::vector<LocalTime> EventSeries::ruledTimes(const LocalTime& from, QDate last, std::size_t most) const {
+DateInterval EventSeries::intervalFrom(const LocalTime& start) const {
+    return intervalOf(item_.event.times, start, length_, local_);
+}
+
+/// The dates that rules give from `from` to the end of the day `last` and that are wanted, at most so many of
+/// each rule. Those that are left out are not among them.
+std::vector<LocalTime> EventSeries::ruledTimes(const LocalTime& from, QDate last, std::size_t most,
+                                               const std::function<bool(const LocalTime&)>& isWanted) const {
     std::vector<LocalTime> result;
     const EventTimes& times = item_.event.times;
     for (const RecurrenceRule& rule : rules_) {
         Occurrences dates(rule, icalendar::localTimeOf(times.start), kindOf(times), zone_);
         dates.skipTo(from);
-        std::size_t found = 0;
-        for (auto date = dates.next(); date && date->day <= last && found < most; date = dates.next()) {
-            if (isExcluded(*date))
+        const std::size_t known = result.size();
+        for (auto date = dates.next(); date && date->day <= last; date = dates.next()) {
+            if (isExcluded(*date) || !isWanted(*date))
                 continue;
             result.push_back(*date);
-            ++found;
+            if (result.size() - known == most)
+                break;
         }
     }
     if (rules_.size() > 1)
@@ -177,7 +183,7 @@ std::vector<LocalTime> EventSeries::ruledTimes(const LocalTime& from, QDate last
 }
 
 EventSeries::Occurrence EventSeries::ruledOccurrence(const LocalTime& time) const {
-    const DateInterval interval = intervalOf(item_.event.times, time, length_, local_);
+    const DateInterval interval = intervalFrom(time);
     EKEventData data = base_;
     data.startDate = interval.start;
     data.endDate = interval.end;
@@ -192,12 +198,13 @@ void EventSeries::forEachRuled(Instant from, Instant to,
     from = std::max(from, ruled_->start);
     to = std::min(to, lastInstant);
     const Instant start = from - std::chrono::days(length_.days) - length_.exact - clockMargin;
-    const LocalTime earliest{zone_.dayOf(start), QTime(0, 0)};
-    for (const LocalTime& time : ruledTimes(earliest, zone_.dayOf(to + clockMargin), mostInOneSpan)) {
-        const DateInterval interval = intervalOf(item_.event.times, time, length_, local_);
-        if (interval.start <= to && interval.end >= from)
-            visit(ruledOccurrence(time).data);
-    }
+    const auto touches = [&](const LocalTime& time) {
+        const DateInterval interval = intervalFrom(time);
+        return interval.start <= to && interval.end >= from;
+    };
+    for (const LocalTime& time :
+         ruledTimes({zone_.dayOf(start), QTime(0, 0)}, zone_.dayOf(to + clockMargin), mostInOneSpan, touches))
+        visit(ruledOccurrence(time).data);
 }
 
 std::optional<EventSeries::Occurrence>
@@ -208,13 +215,10 @@ EventSeries::occurrence(const std::optional<Instant>& occurrenceDate) const {
     }
     if (!occurrenceDate || !ruled_ || *occurrenceDate > lastInstant || *occurrenceDate < ruled_->start)
         return std::nullopt;
-    const LocalTime earliest{zone_.dayOf(*occurrenceDate - clockMargin), QTime(0, 0)};
-    for (const LocalTime& time :
-         ruledTimes(earliest, zone_.dayOf(*occurrenceDate + clockMargin), mostInOneSpan)) {
-        if (instantOf(time) == *occurrenceDate)
-            return ruledOccurrence(time);
-    }
-    return std::nullopt;
+    const auto found = ruledTimes({zone_.dayOf(*occurrenceDate - clockMargin), QTime(0, 0)},
+                                  zone_.dayOf(*occurrenceDate + clockMargin), 1,
+                                  [&](const LocalTime& time) { return instantOf(time) == *occurrenceDate; });
+    return found.empty() ? std::nullopt : std::optional(ruledOccurrence(found.front()));
 }
 
 std::optional<EventSeries::Occurrence> EventSeries::first() const {
@@ -223,7 +227,8 @@ std::optional<EventSeries::Occurrence> EventSeries::first() const {
         if (!result || single.data->startDate < result->data->startDate)
             result = single;
     }
-    const auto times = ruledTimes(icalendar::localTimeOf(item_.event.times.start), QDate(9999, 12, 31), 1);
+    const auto times = ruledTimes(icalendar::localTimeOf(item_.event.times.start), QDate(9999, 12, 31), 1,
+                                  [](const LocalTime&) { return true; });
     if (!times.empty() && (!result || instantOf(times.front()) < result->data->startDate))
         result = ruledOccurrence(times.front());
     return result;

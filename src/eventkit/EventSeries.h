@@ -61,8 +61,10 @@ class EventSeries {
     [[nodiscard]] std::optional<Instant> lastEnd() const;
     [[nodiscard]] bool isExcluded(const icalendar::LocalTime& time) const;
     [[nodiscard]] Instant instantOf(const icalendar::LocalTime& time) const;
-    [[nodiscard]] std::vector<icalendar::LocalTime> ruledTimes(const icalendar::LocalTime& from, QDate last,
-                                                               std::size_t most) const;
+    [[nodiscard]] DateInterval intervalFrom(const icalendar::LocalTime& start) const;
+    [[nodiscard]] std::vector<icalendar::LocalTime>
+    ruledTimes(const icalendar::LocalTime& from, QDate last, std::size_t most,
+               const std::function<bool(const icalendar::LocalTime&)>& isWanted) const;
     [[nodiscard]] Occurrence ruledOccurrence(const icalendar::LocalTime& time) const;
 
     icalendar::EventItem item_;

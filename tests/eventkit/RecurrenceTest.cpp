@@ -42,6 +42,29 @@ QString datesOf(const char* ruleText, const QString& start, int count) {
     return result.join(' ');
 }
 
+/// Wherever one begins in a rule, the dates are those of one who has seen all before.
+void expectTheSameAfterSkipping(const char* ruleText, const QString& start) {
+    const auto rule = RecurrenceRule::parse(ruleText);
+    const DateKind kind = start.size() > 8 ? DateKind::time : DateKind::day;
+    Occurrences walked(*rule, timeFrom(start), kind, paris);
+    std::vector<std::optional<LocalTime>> dates;
+    for (int i = 0; i < 12; ++i)
+        dates.push_back(walked.next());
+    for (std::size_t i = 0; i < dates.size() && dates[i]; ++i) {
+        Occurrences skipped(*rule, timeFrom(start), kind, paris);
+        skipped.skipTo(*dates[i]);
+        for (std::size_t next = i; next < dates.size(); ++next)
+            EXPECT_EQ(skipped.next(), dates[next]) << ruleText << " from date " << i << " to " << next;
+        Occurrences between(*rule, timeFrom(start), kind, paris);
+        between.skipTo({dates[i]->day.addDays(1), QTime(0, 0)});
+        const auto following = std::find_if(
+            dates.begin(), dates.end(), [&](const auto& date) { return !date || dates[i]->day < date->day; });
+        if (following != dates.end()) {
+            EXPECT_EQ(between.next(), *following) << ruleText << " after date " << i;
+        }
+    }
+}
+
 TEST(OccurrencesTest, FollowsEveryKindOfRule) {
     struct Case {
         const char* rule;
@@ -87,6 +110,7 @@ TEST(OccurrencesTest, FollowsEveryKindOfRule) {
         const QString expected = each.expected;
         EXPECT_EQ(datesOf(each.rule, each.start, static_cast<int>(expected.split(' ').size())), expected)
             << each.rule << " from " << each.start;
+        expectTheSameAfterSkipping(each.rule, each.start);
     }
 }
 

@@ -1,6 +1,5 @@
 #include "eventkit/EKTypes.h"
 #include "eventkit/icalendar/DateValue.h"
-#include "eventkit/icalendar/TimeZoneText.h"
 
 #include <gmock/gmock.h>
 
@@ -90,25 +89,6 @@ TEST(DurationTest, ReadsAndWritesDurations) {
     EXPECT_EQ(durationText(172'800), "P2D");
     EXPECT_EQ(durationText(0), "PT0S");
     EXPECT_EQ(durationText(3601), "PT3601S");
-}
-
-TEST(TimeZoneTextTest, DescribesAZoneByItsYearlyChanges) {
-    const auto paris = timeZoneDefinition("Europe/Paris", 2025, "\r\n");
-    ASSERT_TRUE(paris.has_value());
-    const QByteArray text = paris->view().text();
-    EXPECT_TRUE(text.contains(
-        "BEGIN:DAYLIGHT\r\nDTSTART:20250330T020000\r\nTZOFFSETFROM:+0100\r\nTZOFFSETTO:+0200\r\n"
-        "TZNAME:CEST\r\nRRULE:FREQ=YEARLY;BYMONTH=3;BYDAY=-1SU\r\nEND:DAYLIGHT\r\n"));
-    EXPECT_TRUE(text.contains(
-        "BEGIN:STANDARD\r\nDTSTART:20251026T030000\r\nTZOFFSETFROM:+0200\r\nTZOFFSETTO:+0100\r\n"
-        "TZNAME:CET\r\nRRULE:FREQ=YEARLY;BYMONTH=10;BYDAY=-1SU\r\nEND:STANDARD\r\n"));
-    EXPECT_TRUE(
-        timeZoneDefinition("America/New_York", 2025, "\n")->view().text().contains("BYMONTH=3;BYDAY=2SU"));
-    EXPECT_TRUE(timeZoneDefinition("Asia/Kolkata", 2025, "\n")
-                    ->view()
-                    .text()
-                    .contains("DTSTART:19700101T000000\nTZOFFSETFROM:+0530\nTZOFFSETTO:+0530\n"));
-    EXPECT_FALSE(timeZoneDefinition("Middle/Earth", 2025, "\n").has_value());
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "eventkit/icalendar/DateValue.h"
 
+#include "eventkit/icalendar/TimeZoneText.h"
+
 #include <QHash>
 #include <QTimeZone>
 
@@ -58,14 +60,16 @@ QByteArray dayText(QDate day) {
 
 }  // namespace
 
-std::optional<QByteArray> zoneNamed(const QByteArray& zoneIdentifier, const Document& document) {
+std::optional<QByteArray> zoneNamed(const QByteArray& zoneIdentifier, const Document& document, QDate day) {
     if (auto zone = standardZoneNamed(zoneIdentifier))
         return zone;
     for (const ComponentView& definition : document.components("VTIMEZONE")) {
         const auto identifier = definition.property("TZID");
+        if (!identifier || identifier->value != zoneIdentifier)
+            continue;
         const auto location = definition.property("X-LIC-LOCATION");
-        if (identifier && location && identifier->value == zoneIdentifier)
-            return standardZoneNamed(location->value);
+        const auto zone = location ? standardZoneNamed(location->value) : std::nullopt;
+        return zone ? zone : zoneDescribedBy(definition, day);
     }
     return std::nullopt;
 }
@@ -74,8 +78,7 @@ std::optional<DateComponents> readDate(const Property& property, const Document&
     return readDate(property.value, property, document);
 }
 
-std::optional<DateComponents> readDate(QByteArrayView value, const Property& property,
-                                       const Document& document) {
+std::optional<DateComponents> readLocalDate(QByteArrayView value) {
     QByteArray text = value.trimmed().toByteArray().toUpper();
     text.replace("-", "").replace(":", "");
     const bool utc = text.endsWith('Z');
@@ -90,19 +93,29 @@ std::optional<DateComponents> readDate(QByteArrayView value, const Property& pro
     if (!year || !month || !day || !QDate::isValid(*year, *month, *day))
         return std::nullopt;
     const QDate date(*year, *month, *day);
-    if (!timed || property.parameter("VALUE") == QByteArray("DATE"))
+    if (!timed)
         return DateComponents::fromDate(date);
     const auto hour = digits(text, 9, 2);
     const auto minute = digits(text, 11, 2);
     const auto second = digits(text, 13, 2);
     if (!hour || !minute || !second || !QTime::isValid(*hour, *minute, std::min(*second, 59)) || *second > 60)
         return std::nullopt;
-    std::optional<QByteArray> zone;
-    if (utc)
-        zone = "UTC";
-    else if (const auto identifier = property.parameter("TZID"))
-        zone = zoneNamed(*identifier, document);
-    return DateComponents::fromDateTime(date, QTime(*hour, *minute, std::min(*second, 59)), zone);
+    return DateComponents::fromDateTime(date, QTime(*hour, *minute, std::min(*second, 59)),
+                                        utc ? std::optional<QByteArray>("UTC") : std::nullopt);
+}
+
+std::optional<DateComponents> readDate(QByteArrayView value, const Property& property,
+                                       const Document& document) {
+    auto date = readLocalDate(value);
+    if (!date || !date->includesTime())
+        return date;
+    if (property.parameter("VALUE") == QByteArray("DATE"))
+        return DateComponents::fromDate(date->date());
+    if (!date->timeZone) {
+        if (const auto identifier = property.parameter("TZID"))
+            date->timeZone = zoneNamed(*identifier, document, date->date());
+    }
+    return date;
 }
 
 std::optional<Instant> readInstant(const std::optional<Property>& property, const Document& document,
@@ -148,7 +161,7 @@ void writeDate(Property& property, const DateComponents& date, const Document& d
     property.value += date.time().toString(QStringLiteral("'T'HHmmss")).toLatin1();
     if (date.timeZone == QByteArray("UTC")) {
         property.value += 'Z';
-    } else if (oldZone && zoneNamed(*oldZone, document) == date.timeZone) {
+    } else if (oldZone && zoneNamed(*oldZone, document, date.date()) == date.timeZone) {
         property.parameters.push_back({"TZID", *oldZone});
     } else if (date.timeZone) {
         property.parameters.push_back({"TZID", *date.timeZone});

@@ -8,13 +8,17 @@
 
 namespace kestrant::icalendar {
 
-/// The IANA zone that a TZID names: an IANA name with or without a vendor's prefix, a Windows name, or the
-/// location that the file's own definition of the zone gives. Absent for any other; such times are read in
-/// the person's own zone.
-[[nodiscard]] std::optional<QByteArray> zoneNamed(const QByteArray& zoneIdentifier, const Document& document);
+/// The zone that a TZID names: by an IANA name with or without a vendor's prefix, a Windows name, or what the
+/// file's own definition says, its location or how its clocks are set in the year of `day`. Absent for any
+/// other; such times are read in the person's own zone.
+[[nodiscard]] std::optional<QByteArray> zoneNamed(const QByteArray& zoneIdentifier, const Document& document,
+                                                  QDate day);
 
+/// Reads one value, with a zone only where it says itself that it is in UTC.
+[[nodiscard]] std::optional<DateComponents> readLocalDate(QByteArrayView value);
 /// Reads DATE and DATE-TIME values, also a date that does not say that it is one, and dates written with
-/// hyphens and colons. Zones are IANA names or "UTC". Absent for anything else.
+/// hyphens and colons. Zones are IANA names, "UTC", or distances from it such as "UTC+05:30". Absent for
+/// anything else.
 [[nodiscard]] std::optional<DateComponents> readDate(const Property& property, const Document& document);
 /// Reads one value of a list that stands in this property.
 [[nodiscard]] std::optional<DateComponents> readDate(QByteArrayView value, const Property& property,

@@ -2,6 +2,8 @@
 
 #include "eventkit/icalendar/Document.h"
 
+#include <QDate>
+
 #include <optional>
 
 namespace kestrant::icalendar {
@@ -10,6 +12,12 @@ namespace kestrant::icalendar {
 /// same yearly rule. Absent for a name that is no IANA zone.
 [[nodiscard]] std::optional<Component> timeZoneDefinition(const QByteArray& zone, int year,
                                                           QByteArrayView lineEnd);
+
+/// The zone that a VTIMEZONE describes, by what its clocks do in the year of `day`: an IANA zone in which
+/// they do the same, if possible one whose place the definition's name mentions. Where they are not changed
+/// in that year, or as in no zone, the distance from UTC on that day, such as "UTC+05:30". Absent for a
+/// definition that makes no sense.
+[[nodiscard]] std::optional<QByteArray> zoneDescribedBy(ComponentView definition, QDate day);
 
 /// Adds definitions, good from `year` on, of the zones that the file uses and does not define.
 void addMissingTimeZones(Document& document, int year);
