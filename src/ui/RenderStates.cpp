@@ -44,7 +44,7 @@ namespace kestrant {
 namespace {
 
 constexpr double pixelsPerPoint = 2.0;
-constexpr QSize canvas(1060, 540);
+constexpr QSize canvas(1060, 620);
 
 /// Time that moves only when it is told to.
 class PictureTime : public Clock, public Scheduler {

@@ -66,6 +66,30 @@ void SettingsViewModel::setSounds(int profile) {
         preferences_.setSoundProfile(SoundProfile(profile));
 }
 
+bool SettingsViewModel::showReminders() const {
+    return preferences_.showReminders();
+}
+
+void SettingsViewModel::setShowReminders(bool show) {
+    preferences_.setShowReminders(show);
+}
+
+bool SettingsViewModel::showCalendar() const {
+    return preferences_.showCalendar();
+}
+
+void SettingsViewModel::setShowCalendar(bool show) {
+    preferences_.setShowCalendar(show);
+}
+
+bool SettingsViewModel::showRemindersInCalendar() const {
+    return preferences_.showRemindersInCalendar();
+}
+
+void SettingsViewModel::setShowRemindersInCalendar(bool show) {
+    preferences_.setShowRemindersInCalendar(show);
+}
+
 QString SettingsViewModel::moduleOrder() const {
     return rawValue(preferences_.moduleOrder());
 }

@@ -39,6 +39,11 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(QString material READ material WRITE setMaterial NOTIFY changed)
     /// 0 off, 1 full, 2 soft.
     Q_PROPERTY(int sounds READ sounds WRITE setSounds NOTIFY changed)
+    Q_PROPERTY(bool showReminders READ showReminders WRITE setShowReminders NOTIFY changed)
+    Q_PROPERTY(bool showCalendar READ showCalendar WRITE setShowCalendar NOTIFY changed)
+    /// Reminders that are due are listed among the events.
+    Q_PROPERTY(bool showRemindersInCalendar READ showRemindersInCalendar WRITE setShowRemindersInCalendar
+                   NOTIFY changed)
     Q_PROPERTY(QString moduleOrder READ moduleOrder WRITE setModuleOrder NOTIFY changed)
     Q_PROPERTY(QString layoutRatio READ layoutRatio WRITE setLayoutRatio NOTIFY changed)
     /// {rawValue, title} each.
@@ -68,6 +73,12 @@ class SettingsViewModel : public QObject {
     void setMaterial(const QString& material);
     [[nodiscard]] int sounds() const;
     void setSounds(int profile);
+    [[nodiscard]] bool showReminders() const;
+    void setShowReminders(bool show);
+    [[nodiscard]] bool showCalendar() const;
+    void setShowCalendar(bool show);
+    [[nodiscard]] bool showRemindersInCalendar() const;
+    void setShowRemindersInCalendar(bool show);
     [[nodiscard]] QString moduleOrder() const;
     void setModuleOrder(const QString& rawValue);
     [[nodiscard]] QString layoutRatio() const;

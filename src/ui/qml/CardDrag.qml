@@ -96,7 +96,7 @@ Item {
             anchors.fill: parent
             radius: Theme.cardRadius
             color: "#2a2b31"
-            opacity: drag.day !== "" ? 0.92 : 1
+            opacity: drag.day !== "" ? 0.96 : 1
             border.color: Theme.border
             border.width: 1
         }

@@ -13,6 +13,8 @@ Popover {
     spokenName: Localizer.text("Settings", "Réglages")
     focus: true
 
+    readonly property bool showsBoth: settings.showReminders && settings.showCalendar
+
     component Heading: Text {
         topPadding: 14
         bottomPadding: 4
@@ -24,6 +26,7 @@ Popover {
     }
     component Line: FormLine {
         width: column.width
+        height: 33
     }
     // A value that opens the list of its choices.
     component Choice: Chip {
@@ -106,6 +109,47 @@ Popover {
             }
         }
         Line {
+            label: Localizer.text("Material", "Matière")
+            last: true
+            Segmented {
+                spokenName: Localizer.text("Material", "Matière")
+                choices: [{ rawValue: "glass", title: Localizer.text("Glass", "Verre") },
+                          { rawValue: "black", title: Localizer.text("Black", "Noir") }]
+                value: popover.settings.material
+                onChosen: rawValue => popover.settings.material = rawValue
+            }
+        }
+
+        Heading { text: Localizer.text("Modules", "Modules") }
+        Line {
+            label: Localizer.text("Reminders", "Rappels")
+            Toggle {
+                spokenName: Localizer.text("Reminders", "Rappels")
+                checked: popover.settings.showReminders
+                onToggled: checked => popover.settings.showReminders = checked
+            }
+        }
+        Line {
+            label: Localizer.text("Calendar", "Calendrier")
+            last: !popover.settings.showCalendar
+            Toggle {
+                spokenName: Localizer.text("Calendar", "Calendrier")
+                checked: popover.settings.showCalendar
+                onToggled: checked => popover.settings.showCalendar = checked
+            }
+        }
+        Line {
+            visible: popover.settings.showCalendar
+            label: Localizer.text("Reminders in the calendar", "Rappels dans le calendrier")
+            last: !popover.showsBoth
+            Toggle {
+                spokenName: Localizer.text("Reminders in the calendar", "Rappels dans le calendrier")
+                checked: popover.settings.showRemindersInCalendar
+                onToggled: checked => popover.settings.showRemindersInCalendar = checked
+            }
+        }
+        Line {
+            visible: popover.showsBoth
             label: Localizer.text("Order", "Ordre")
             Choice {
                 subject: Localizer.text("Order", "Ordre")
@@ -115,23 +159,14 @@ Popover {
             }
         }
         Line {
+            visible: popover.showsBoth
+            last: true
             label: Localizer.text("Share", "Partage")
             Choice {
                 subject: Localizer.text("Share", "Partage")
                 choices: popover.settings.layoutRatios
                 value: popover.settings.layoutRatio
                 onChosen: rawValue => popover.settings.layoutRatio = rawValue
-            }
-        }
-        Line {
-            label: Localizer.text("Material", "Matière")
-            last: true
-            Segmented {
-                spokenName: Localizer.text("Material", "Matière")
-                choices: [{ rawValue: "glass", title: Localizer.text("Glass", "Verre") },
-                          { rawValue: "black", title: Localizer.text("Black", "Noir") }]
-                value: popover.settings.material
-                onChosen: rawValue => popover.settings.material = rawValue
             }
         }
 
