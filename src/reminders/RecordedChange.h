@@ -4,10 +4,15 @@
 
 namespace kestrant {
 
+/// What entries of the history call a reminder by, whatever its identifier becomes.
+struct ReminderStore::HistoryReference {
+    QString identifier;
+};
+
 /// A change of one reminder that the history can take back and make again.
 struct ReminderStore::RecordedChange {
     ChangeKind kind = ChangeKind::edit;
-    std::shared_ptr<HistoryReference> reminder;
+    HistoryReferenceRef reminder;
     /// The history's entry, while the change may still have to be withdrawn from it.
     std::optional<QUuid> entry;
     /// Being written for the first time; replays wait for the end.

@@ -46,6 +46,7 @@ void storeText(UserDefaults& defaults, const QString& key, const std::optional<Q
 ReminderStore::ReminderStore(ReminderStoreServices services, QObject* parent)
     : QObject(parent)
     , services_(std::move(services))
+    , flags_(services_.scheduler, services_.defaults, services_.flags)
     , reconciler_(services_.eventStore, services_.scheduler, services_.clock, services_.calendar,
                   services_.ledger) {
     restorePreferences();
@@ -75,6 +76,11 @@ void ReminderStore::observe() {
     connect(&reconciler_, &CompletionReconciler::errorChanged, this,
             &ReminderStore::completionLedgerErrorChanged);
     connect(&reconciler_, &CompletionReconciler::ended, this, &ReminderStore::callBackWhenIdle);
+    connect(&flags_, &ReminderFlagSync::indexChanged, this, &ReminderStore::refreshFlags);
+    connect(&flags_, &ReminderFlagSync::isLoadingChanged, this, &ReminderStore::isFlagLoadingChanged);
+    connect(&flags_, &ReminderFlagSync::errorChanged, this, &ReminderStore::flagFilterErrorChanged);
+    connect(&flags_, &ReminderFlagSync::pendingIDsChanged, this, &ReminderStore::pendingFlagIDsChanged);
+    connect(&flags_, &ReminderFlagSync::ended, this, &ReminderStore::callBackWhenIdle);
 }
 
 void ReminderStore::setAccessState(ReminderAccessState state) {
@@ -85,6 +91,7 @@ void ReminderStore::setAccessState(ReminderAccessState state) {
     if (accessState_.kind == ReminderAccessState::Kind::authorized) {
         reloadLists();
         reloadTasks();
+        reloadFlags();
     }
 }
 
@@ -126,7 +133,10 @@ void ReminderStore::reload() {
 }
 
 void ReminderStore::scheduleReload() {
-    eventStoreReloadTask_ = services_.scheduler.after(reloadDelay, [this] { reload(); });
+    eventStoreReloadTask_ = services_.scheduler.after(reloadDelay, [this] {
+        reload();
+        reloadFlags();
+    });
 }
 
 void ReminderStore::reloadLists() {
@@ -169,7 +179,7 @@ void ReminderStore::applyFetch(const std::vector<EKReminderRef>& reminders, bool
     std::vector<ReminderTask> tasks;
     tasks.reserve(reminders.size());
     for (const EKReminderRef& reminder : reminders)
-        tasks.push_back(reminderTask(reminder->data, calendar, flagIndex_));
+        tasks.push_back(reminderTask(reminder->data, calendar, flags_.index()));
     isLoading_ = false;
     hasLoaded_ = true;
     setFetchedTasks(std::move(tasks));
@@ -250,6 +260,8 @@ void ReminderStore::presentDidChange() {
 
 void ReminderStore::systemDidWake() {
     presentDidChange();
+    if (services_.history)
+        services_.history->removeExpired();
 }
 
 const ReminderTaskList& ReminderStore::visibleTasks() const {
@@ -394,10 +406,10 @@ void ReminderStore::endActivity() {
 }
 
 void ReminderStore::callBackWhenIdle() {
-    if (idleWaiters_.empty() || activities_ > 0 || reconciler_.bringForward())
+    if (idleWaiters_.empty() || activities_ > 0 || flags_.isBusy() || reconciler_.bringForward())
         return;
     services_.scheduler.post([self = QPointer(this)] {
-        if (!self || self->activities_ > 0)
+        if (!self || self->activities_ > 0 || self->flags_.isBusy())
             return;
         for (const auto& waiter : std::exchange(self->idleWaiters_, {}))
             waiter();

@@ -7,7 +7,7 @@
 #include "reminders/CompletionReconciler.h"
 #include "reminders/ReminderActionHistory.h"
 #include "reminders/ReminderFiltering.h"
-#include "reminders/ReminderFlagIndex.h"
+#include "reminders/ReminderFlagSync.h"
 #include "reminders/ReminderOrdering.h"
 #include "reminders/ReminderStoreError.h"
 #include "reminders/ReminderTask.h"
@@ -46,6 +46,8 @@ struct ReminderStoreServices {
     std::function<void(int count)> completionsCommitted;
     /// May be null: then nothing is recorded.
     ReminderActionHistory* history = nullptr;
+    /// May be null: then flags are kept by this program alone.
+    FlaggedReminderAutomation* flags = nullptr;
 };
 
 /// Owns everything the panel shows about reminders and carries out every change to them. State is read
@@ -127,6 +129,11 @@ class ReminderStore : public QObject {
     void setShowsTodayOnly(bool on);
     void setShowsOverdueOnly(bool on);
     void setShowsFlaggedOnly(bool on);
+    [[nodiscard]] bool isFlagLoading() const { return flags_.isLoading(); }
+    /// Why flags set elsewhere are not known; beside the filter for flagged ones.
+    [[nodiscard]] const std::optional<TextPair>& flagFilterError() const { return flags_.error(); }
+    /// Reminders whose flag is being written.
+    [[nodiscard]] const QSet<QString>& pendingFlagIDs() const { return flags_.pendingIDs(); }
     [[nodiscard]] const QString& searchQuery() const { return searchQuery_; }
     void setSearchQuery(const QString& query);
     /// The list that receives new reminders when none is selected or chosen.
@@ -137,7 +144,9 @@ class ReminderStore : public QObject {
 
     void reloadLists();
     void reloadTasks();
-    /// Loads lists and tasks 0.3 s after the last call.
+    /// Reads the flags set elsewhere; the way to try again after flagFilterError().
+    void reloadFlags();
+    /// Loads lists, tasks and flags 0.3 s after the last call.
     void scheduleReload();
     /// To be called when the machine has woken up: timers stand still while it sleeps.
     void systemDidWake();
@@ -157,6 +166,10 @@ class ReminderStore : public QObject {
     void clearDueDate(const QString& id, Completion completion);
     void move(const QString& id, const QString& listID, Completion completion);
     void remove(const QString& id, Completion completion);
+    /// Flags or unflags at once. The completion tells whether that reached the database; the flag stays as it
+    /// was set here in any case.
+    void setFlagged(const QString& id, bool flag, Completion completion);
+    void toggleFlag(const QString& id, Completion completion);
 
     /// Marks as completed, to be committed 0.75 s later, or takes the mark back. Does nothing while the
     /// commit is under way. A failure shows as `accessState` `failed`.
@@ -187,6 +200,9 @@ class ReminderStore : public QObject {
     void filterCountsChanged();
     void isLoadingChanged();
     void pendingCompletionIDsChanged();
+    void isFlagLoadingChanged();
+    void flagFilterErrorChanged();
+    void pendingFlagIDsChanged();
     void revealRequested(const kestrant::ReminderRevealRequest& request);
     void completionRecordsChanged();
     void completionLedgerErrorChanged();
@@ -231,6 +247,9 @@ class ReminderStore : public QObject {
     struct RecordedChange;
     using RecordedChangeRef = std::shared_ptr<RecordedChange>;
     enum class ChangeKind { creation, edit, removal, completion };
+    struct HistoryReference;
+    using HistoryReferenceRef = std::shared_ptr<HistoryReference>;
+    [[nodiscard]] HistoryReferenceRef referenceTo(const QString& id);
     /// Makes the history's entry for a change whose write begins now.
     RecordedChangeRef recordChange(ChangeKind kind, const TextPair& title, const QString& id);
     RecordedChangeRef recordCompletion(const QString& id);
@@ -258,6 +277,12 @@ class ReminderStore : public QObject {
     void completionCommitted(const EKReminder& reminder, const EKSaveResult& result);
     void setPendingCompletion(const QString& id, bool pending);
 
+    void applyFlag(const QString& id, bool flag, Completion completion);
+    /// Writes the flag of a reminder that was created a moment ago.
+    void writeFlagOfNew(const QString& id);
+    void refreshFlags();
+    [[nodiscard]] std::optional<QString> listTitleOf(const EKReminderData& reminder) const;
+
     void beginActivity() { ++activities_; }
     void endActivity();
     void callBackWhenIdle();
@@ -274,7 +299,9 @@ class ReminderStore : public QObject {
     bool isLoading_ = false;
     bool hasLoaded_ = false;
     int fetchGeneration_ = 0;
-    ReminderFlagIndex flagIndex_;
+    ReminderFlagSync flags_;
+    /// Of new reminders whose flag is about to be written.
+    std::map<QString, ScheduledTask> flagWriteTasks_;
 
     /// The tasks found by the search; absent when it has to be carried out again, unused while the query is
     /// blank.
@@ -294,10 +321,6 @@ class ReminderStore : public QObject {
     std::map<QString, RecordedChangeRef> recordedCompletions_;
     CompletionReconciler reconciler_;
 
-    /// What entries of the history call a reminder by, whatever its identifier becomes.
-    struct HistoryReference {
-        QString identifier;
-    };
     std::map<QString, std::weak_ptr<HistoryReference>> historyReferences_;
 
     std::optional<ReminderRevealRequest> reminderRevealRequest_;

@@ -103,25 +103,28 @@ void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
     const RecordedChangeRef recorded =
         recordChange(ChangeKind::creation, text("Create reminder", "Créer le rappel"), QString());
     beginActivity();
-    services_.eventStore.save(reminder, [self = QPointer(this), recorded, completion = std::move(completion)](
-                                            const tl::expected<EKSaveResult, EKError>& result) {
-        if (!self)
-            return;
-        self->endRecording(recorded, result);
-        if (result) {
-            self->revealOnceLoaded_ = result->calendarItemIdentifier;
-            self->services_.notifications.post(QLatin1String(reminderCreatedNotification));
-        }
-        self->reload();
-        if (completion) {
-            if (result)
-                completion(result->calendarItemIdentifier);
-            else
-                completion(tl::unexpected(ReminderStoreError::from(result.error())));
-        }
-        if (self)
-            self->endActivity();
-    });
+    services_.eventStore.save(
+        reminder, [self = QPointer(this), recorded, isFlagged = wanted.isFlagged,
+                   completion = std::move(completion)](const tl::expected<EKSaveResult, EKError>& result) {
+            if (!self)
+                return;
+            self->endRecording(recorded, result);
+            if (result) {
+                if (isFlagged)
+                    self->writeFlagOfNew(result->calendarItemIdentifier);
+                self->revealOnceLoaded_ = result->calendarItemIdentifier;
+                self->services_.notifications.post(QLatin1String(reminderCreatedNotification));
+            }
+            self->reload();
+            if (completion) {
+                if (result)
+                    completion(result->calendarItemIdentifier);
+                else
+                    completion(tl::unexpected(ReminderStoreError::from(result.error())));
+            }
+            if (self)
+                self->endActivity();
+        });
 }
 
 std::optional<ReminderEditDetails> ReminderStore::editDetails(const QString& id) const {

@@ -38,6 +38,8 @@ TextPair ReminderStoreError::message() const {
     case Code::listUnavailable:
         return text("This Reminders list is no longer available.",
                     "Cette liste Rappels n’est plus disponible.");
+    case Code::flagNotUpdated:
+        return text("The flag could not be updated.", "Le drapeau n’a pas pu être modifié.");
     case Code::database:
         return detail;
     }

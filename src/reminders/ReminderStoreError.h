@@ -20,6 +20,8 @@ struct ReminderStoreError {
         dueDateRequired,
         /// The list to move to was deleted, here or elsewhere.
         listUnavailable,
+        /// The flag is set here but not where other programs see it.
+        flagNotUpdated,
         /// The database refused; `underlying` is its own text.
         database,
     };

@@ -31,18 +31,22 @@ void ReminderStore::record(const TextPair& title, std::function<void()> undo, st
     services_.history->record(title, operation(std::move(undo)), operation(std::move(redo)));
 }
 
-ReminderStore::RecordedChangeRef ReminderStore::newRecordedChange(ChangeKind kind, const QString& id) {
+ReminderStore::HistoryReferenceRef ReminderStore::referenceTo(const QString& id) {
     std::erase_if(historyReferences_, [](const auto& entry) { return entry.second.expired(); });
+    if (const auto known = historyReferences_.find(id); known != historyReferences_.end())
+        return known->second.lock();
+    auto reference = std::make_shared<HistoryReference>(HistoryReference{id});
+    // A reminder that is about to be created is known once it has an identifier.
+    if (!id.isEmpty())
+        historyReferences_[id] = reference;
+    return reference;
+}
+
+ReminderStore::RecordedChangeRef ReminderStore::newRecordedChange(ChangeKind kind, const QString& id) {
     auto recorded = std::make_shared<RecordedChange>();
     recorded->kind = kind;
+    recorded->reminder = referenceTo(id);
     recorded->order = manualOrderIDs_;
-    const auto known = historyReferences_.find(id);
-    if (known != historyReferences_.end())
-        recorded->reminder = known->second.lock();
-    else
-        recorded->reminder = std::make_shared<HistoryReference>(HistoryReference{id});
-    if (!id.isEmpty())
-        historyReferences_[id] = recorded->reminder;
     return recorded;
 }
 
@@ -176,6 +180,7 @@ void ReminderStore::follow(const RecordedChange& recorded, const QString& id) {
     historyReferences_[id] = recorded.reminder;
     if (formerID.isEmpty())
         return;
+    flags_.follow(formerID, id);
     const auto rename = [&](QStringList& ids) {
         const auto place = ids.indexOf(formerID);
         if (place >= 0)

@@ -110,6 +110,7 @@ struct NewReminder {
     NewReminderPriority priority = NewReminderPriority::normal;
     /// The list chosen in the form; absent leaves the choice to the store.
     std::optional<QString> listID;
+    bool isFlagged = false;
 };
 
 /// What an edit form shows and hands back.

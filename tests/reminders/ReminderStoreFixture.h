@@ -82,7 +82,8 @@ class ReminderStoreTest : public testing::Test {
                                             .notifications = notifications,
                                             .ledger = ledger,
                                             .completionsCommitted = [this](int count) { reported += count; },
-                                            .history = &history});
+                                            .history = &history,
+                                            .flags = automation});
         return *store;
     }
 
@@ -148,6 +149,7 @@ class ReminderStoreTest : public testing::Test {
         }};
     InMemoryEventStore database{scheduler, scheduler, calendar};
     ReminderActionHistory history{scheduler, scheduler};
+    FlaggedReminderAutomation* automation = nullptr;
     int reported = 0;
     std::optional<ReminderStore> store;
 };
