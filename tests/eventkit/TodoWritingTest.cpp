@@ -216,10 +216,10 @@ TEST(TodoWritingTest, WritesANewReminderInTheOrderOthersDo) {
 TEST(TodoWritingTest, DefinesTheZonesItUses) {
     Document document = makeTodo(
         "1", aReminder("").titled("x").due({2026, 3, 28}, {9, 0}, "Europe/Paris").created(now), paris, now);
-    addMissingTimeZones(document, 2025);
+    addMissingTimeZones(document, Document::make(), 2025);
     ASSERT_EQ(document.components("VTIMEZONE").size(), 1U);
     const QByteArray text = document.text();
-    addMissingTimeZones(document, 2025);
+    addMissingTimeZones(document, Document::make(), 2025);
     EXPECT_EQ(document.text(), text);
     EXPECT_LT(text.indexOf("BEGIN:VTIMEZONE"), text.indexOf("BEGIN:VTODO"));
 }

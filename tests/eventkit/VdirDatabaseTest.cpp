@@ -1,12 +1,10 @@
 #include "eventkit/vdir/VdirDatabase.h"
 
 #include "VdirFolder.h"
+#include "support/DiskLimit.h"
 #include "support/ReminderBuilders.h"
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 namespace kestrant {
 namespace {
@@ -315,23 +313,6 @@ TEST_F(VdirDatabaseTest, RespectsPermissions) {
     }
     chmod("closed", 0755);
 }
-
-/// No file may grow beyond so many bytes while this lasts.
-class DiskLimit {
-  public:
-    explicit DiskLimit(rlim_t bytes) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &before_), 0);
-        const rlimit limit{bytes, before_.rlim_max};
-        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
-    DiskLimit(const DiskLimit&) = delete;
-    DiskLimit& operator=(const DiskLimit&) = delete;
-    ~DiskLimit() { EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &before_), 0); }
-
-  private:
-    rlimit before_{};
-};
 
 TEST_F(VdirDatabaseTest, LosesNothingWhenTheDiskIsFull) {
     // The series is larger than the copy of its occurrence, because only it keeps the alarm.

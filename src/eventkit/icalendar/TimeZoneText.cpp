@@ -42,6 +42,21 @@ Component observance(bool daylight, const QDateTime& onset, int offsetFrom, int 
     return component;
 }
 
+std::set<QByteArray> zonesUsedIn(const Document& document) {
+    std::set<QByteArray> result;
+    for (const char* kind : {"VTODO", "VEVENT"}) {
+        for (const ComponentView& item : document.components(kind)) {
+            for (const Line& line : item.lines()) {
+                if (!line.content().contains("TZID="))
+                    continue;
+                if (const auto zone = Property::parse(line.content()).parameter("TZID"))
+                    result.insert(*zone);
+            }
+        }
+    }
+    return result;
+}
+
 }  // namespace
 
 std::optional<Component> timeZoneDefinition(const QByteArray& zone, int year, QByteArrayView lineEnd) {
@@ -68,25 +83,14 @@ std::optional<Component> timeZoneDefinition(const QByteArray& zone, int year, QB
     return result;
 }
 
-void addMissingTimeZones(Document& document, int year) {
-    std::set<QByteArray> defined;
+void addMissingTimeZones(Document& document, const Document& before, int year) {
+    std::set<QByteArray> known = zonesUsedIn(before);
     for (const ComponentView& definition : document.components("VTIMEZONE")) {
         if (const auto identifier = definition.property("TZID"))
-            defined.insert(identifier->value);
+            known.insert(identifier->value);
     }
-    std::set<QByteArray> used;
-    for (const char* kind : {"VTODO", "VEVENT"}) {
-        for (const ComponentView& item : document.components(kind)) {
-            for (const Line& line : item.lines()) {
-                if (!line.content().contains("TZID="))
-                    continue;
-                if (const auto zone = Property::parse(line.content()).parameter("TZID"))
-                    used.insert(*zone);
-            }
-        }
-    }
-    for (const QByteArray& zone : used) {
-        if (defined.contains(zone))
+    for (const QByteArray& zone : zonesUsedIn(document)) {
+        if (known.contains(zone))
             continue;
         if (const auto definition = timeZoneDefinition(zone, year, document.lineEnd()))
             document.add(*definition, Document::Place::first);

@@ -19,7 +19,8 @@ namespace kestrant::icalendar {
 /// definition that makes no sense.
 [[nodiscard]] std::optional<QByteArray> zoneDescribedBy(ComponentView definition, QDate day);
 
-/// Adds definitions, good from `year` on, of the zones that the file uses and does not define.
-void addMissingTimeZones(Document& document, int year);
+/// Adds definitions, good from `year` on, of the zones that the file does not define and did not use
+/// `before`.
+void addMissingTimeZones(Document& document, const Document& before, int year);
 
 }  // namespace kestrant::icalendar

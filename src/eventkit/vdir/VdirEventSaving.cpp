@@ -42,8 +42,9 @@ struct VdirDatabase::OpenEvent : OpenFile {
 
 namespace {
 
-void defineZones(Document& document, const EKEventData& event, const ZoneCalendar& local) {
-    icalendar::addMissingTimeZones(document, firstZoneYear(local.dayOf(event.startDate).year()));
+void defineZones(Document& document, const Document& before, const EKEventData& event,
+                 const ZoneCalendar& local) {
+    icalendar::addMissingTimeZones(document, before, firstZoneYear(local.dayOf(event.startDate).year()));
 }
 
 }  // namespace
@@ -97,7 +98,7 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::saveNewEvent(EKEventData edite
     const EKEventData prepared = preparedForSave(std::nullopt, std::move(edited), now);
     const QByteArray uid = newUid();
     Document document = icalendar::makeEvent(uid, prepared, local, now);
-    defineZones(document, prepared, local);
+    defineZones(document, Document::make(), prepared, local);
     if (const auto place = createFile(*collection, fileNameFor(uid), document, local); !place)
         return tl::unexpected(place.error());
     return EKSaveResult{QString::fromUtf8(uid), std::nullopt, nullptr};
@@ -152,7 +153,7 @@ VdirDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
     if (moves && opened.isOfSeries()) {
         WrittenItem result{opened.place, newUid()};
         document = icalendar::makeSeparateEvent(result.key, std::move(component), std::move(document));
-        defineZones(document, after, local);
+        defineZones(document, Document::make(), after, local);
         const auto leave = [&] {
             return replaceFile(opened.place, opened.withoutOccurrence(now), opened.stamp, local);
         };
@@ -166,7 +167,7 @@ VdirDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
         document.replace(opened.index(), component);
     else
         document.add(component);
-    defineZones(document, after, local);
+    defineZones(document, opened.document, after, local);
     WrittenItem result{opened.place, opened.item.key};
     if (!moves) {
         if (auto error = replaceFile(opened.place, document, opened.stamp, local))

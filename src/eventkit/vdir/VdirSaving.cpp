@@ -74,7 +74,7 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::saveNew(const EKReminderData& 
     const EKReminderData prepared = preparedForSave(std::nullopt, edited, now);
     const QByteArray uid = newUid();
     Document document = icalendar::makeTodo(uid, prepared, local, now);
-    icalendar::addMissingTimeZones(document, firstYearOf(prepared));
+    icalendar::addMissingTimeZones(document, Document::make(), firstYearOf(prepared));
     const auto place = createFile(*collection, fileNameFor(uid), document, local);
     if (!place)
         return tl::unexpected(place.error());
@@ -147,7 +147,7 @@ VdirDatabase::Revision VdirDatabase::revised(const OpenItem& opened, EKReminderD
         icalendar::writeTodo(todo, opened.item, wanted, opened.document, local, now);
     }
     result.document.replace(opened.item.index, todo);
-    icalendar::addMissingTimeZones(result.document, firstYearOf(wanted));
+    icalendar::addMissingTimeZones(result.document, opened.document, firstYearOf(wanted));
     return result;
 }
 
