@@ -40,6 +40,9 @@ AppDelegate::AppDelegate(Options options)
     , eventStore_(options.store.value_or(storeFromPreferences()).folder, scheduler_, clock_, calendar_)
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
+    , history_(scheduler_, clock_)
+    , scriptHost_(eventStore_, scheduler_)
+    , flagAutomation_(scriptHost_, scriptQueue_, scheduler_)
     , interactionModel_(scheduler_, preferences_, feedback_) {}
 
 AppDelegate::~AppDelegate() = default;
@@ -63,6 +66,8 @@ ReminderStore& AppDelegate::reminderStore() {
             .notifications = notifications_,
             .ledger = ledger_,
             .completionsCommitted = [this](int count) { reporter_.recordCompletions(count); },
+            .history = &history_,
+            .flags = &flagAutomation_,
         });
     }
     return *reminderStore_;
@@ -125,6 +130,20 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
     panelController_->present();
     requestReminderAccess();
     requestCalendarAccess();
+    ringer_ = std::make_unique<DueAlertRinger>(DueAlertServices{
+        .eventStore = eventStore_,
+        .reminders = reminders,
+        .notifier = notifier_,
+        .scheduler = scheduler_,
+        .clock = clock_,
+        .calendar = calendar_,
+        .defaults = defaults_,
+        .localization = localization_,
+    });
+    connect(ringer_.get(), &DueAlertRinger::openRequested, this, [this](const QString& reminderID) {
+        showPanel();
+        reminderStore().reveal(reminderID);
+    });
     calendarSwitch_ = preferences_.observeChanges([this](const QString& key) {
         if (key == preferenceKeys::showCalendar.name)
             requestCalendarAccess();
@@ -140,6 +159,8 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
         calendar_.refresh();
         reminderStore().systemDidWake();
         calendarStore().systemDidWake();
+        history_.removeExpired();
+        ringer_->systemDidWake();
         reporter_.runDueCheck();
     });
     scheduler_.post([this] { reporter_.runDueCheck(); });

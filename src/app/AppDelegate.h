@@ -19,9 +19,14 @@
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
 #include "notch/NotchPanelController.h"
+#include "platform/linux/DesktopNotifier.h"
 #include "preferences/Localization.h"
 #include "preferences/Preferences.h"
+#include "reminders/DueAlertRinger.h"
+#include "reminders/FlaggedReminderAutomation.h"
+#include "reminders/ReminderActionHistory.h"
 #include "reminders/ReminderStore.h"
+#include "reminders/scripting/EventStoreScriptHost.h"
 #include "services/FeedbackAPIClient.h"
 
 #include <QObject>
@@ -108,7 +113,13 @@ class AppDelegate : public QObject {
     VdirEventStore eventStore_;
     BackgroundLedgerWriter ledgerWriter_;
     CompletionLedgerRepository ledger_;
+    ReminderActionHistory history_;
+    EventStoreScriptHost scriptHost_;
+    SerialWorker scriptQueue_;
+    FlaggedReminderAutomation flagAutomation_;
     std::unique_ptr<ReminderStore> reminderStore_;
+    DesktopNotifier notifier_;
+    std::unique_ptr<DueAlertRinger> ringer_;
     SerialWorker calendarWorker_;
     std::unique_ptr<CalendarStore> calendarStore_;
     Subscription calendarSwitch_;
