@@ -22,6 +22,7 @@ struct CalendarRow {
     Q_PROPERTY(bool isToday MEMBER isToday CONSTANT)
     Q_PROPERTY(QString id MEMBER id CONSTANT)
     Q_PROPERTY(QString title MEMBER title CONSTANT)
+    Q_PROPERTY(QString monthText MEMBER monthText CONSTANT)
     Q_PROPERTY(QString spanText MEMBER spanText CONSTANT)
     Q_PROPERTY(QString briefTimeText MEMBER briefTimeText CONSTANT)
     Q_PROPERTY(QString place MEMBER place CONSTANT)
@@ -44,6 +45,8 @@ struct CalendarRow {
     /// Empty for a heading.
     QString id;
     QString title;
+    /// Of a heading in the full calendar: "November 2026". Else empty.
+    QString monthText;
     /// "09:30 – 10:15", "until Tue", "all day".
     QString spanText;
     /// "09:30", "until Tue", or nothing.

@@ -104,6 +104,8 @@ CalendarRow CalendarViewModel::presented(const CalendarDayGroup& group, int even
     if (event < 0) {
         row.isHeading = true;
         row.title = group.headerTitle;
+        if (store_.showsAllEvents())
+            row.monthText = localizer_.locale().toString(group.day, QStringLiteral("MMMM yyyy"));
         row.spokenText = longDay;
         return row;
     }

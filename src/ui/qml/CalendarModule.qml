@@ -435,6 +435,7 @@ FocusScope {
                 id: topHeadingText
                 width: parent.width
                 text: root.topRow?.title ?? ""
+                month: root.topRow?.monthText ?? ""
                 isToday: root.topRow?.isToday ?? false
             }
         }

@@ -43,6 +43,7 @@ Item {
         visible: root.row.isHeading
         width: parent.width
         text: root.row.isHeading ? root.row.title : ""
+        month: root.row.monthText
         isToday: root.row.isToday
     }
 

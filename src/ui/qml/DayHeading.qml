@@ -1,17 +1,43 @@
 import QtQuick
 import Kestrant
 
-Text {
+// The name of a day, and of its month where that is not plain.
+Item {
+    id: heading
+
+    property string text
+    property string month
     property bool isToday: false
+    property color color: isToday ? Theme.accentText : Theme.secondaryText
+    property int topPadding: 4
 
     height: Theme.headingHeight
-    leftPadding: 1
-    topPadding: 4
-    verticalAlignment: Text.AlignVCenter
-    elide: Text.ElideRight
-    color: isToday ? Theme.accentText : Theme.secondaryText
-    font.pixelSize: 11
-    font.weight: Font.DemiBold
-    font.letterSpacing: 0.6
-    Accessible.ignored: true
+
+    Text {
+        x: 1
+        y: heading.topPadding
+        width: parent.width - x - (month.visible ? month.width + 6 : 0)
+        height: parent.height - y
+        verticalAlignment: Text.AlignVCenter
+        elide: Text.ElideRight
+        text: heading.text
+        color: heading.color
+        font.pixelSize: 11
+        font.weight: Font.DemiBold
+        font.letterSpacing: 0.6
+        Accessible.ignored: true
+    }
+    Text {
+        id: month
+        visible: text !== ""
+        anchors.right: parent.right
+        anchors.rightMargin: 8
+        y: heading.topPadding
+        height: parent.height - y
+        verticalAlignment: Text.AlignVCenter
+        text: heading.month
+        color: Theme.secondaryText
+        font.pixelSize: 11
+        Accessible.ignored: true
+    }
 }
