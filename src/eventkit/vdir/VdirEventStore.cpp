@@ -49,7 +49,8 @@ void VdirEventStore::onMain(std::function<void()> work) {
 
 void VdirEventStore::publish(bool announce) {
     onMain([this, snapshot = database_.snapshot(), watched = isWatched_, announce] {
-        snapshot_ = snapshot;
+        // What the old one held is freed where that keeps nobody waiting.
+        worker_->run([old = std::exchange(snapshot_, snapshot)] {});
         if (watched)
             comparison_.cancel();
         else if (!comparison_.isPending())
