@@ -119,7 +119,9 @@ void EventTimes::setAllDay(bool allDay) {
     applyTyped();
     const bool wasOrdered = isOrdered();
     isAllDay_ = allDay;
-    if (wasOrdered && !isOrdered())
+    // Within a repeated hour an event may seem to end before it starts.
+    const bool isGiven = isAsGiven(start_) && isAsGiven(end_);
+    if (wasOrdered && !isOrdered() && !isGiven)
         end_.wall = end_.wall.addDays(1);
     publish();
     Q_EMIT edited();

@@ -87,7 +87,7 @@ void NewEventViewModel::setCalendarId(const QString& id) {
 
 QString NewEventViewModel::calendarTitle() const {
     const auto shown = calendar();
-    return shown ? shown->title : localizer_(text("No calendar", "Aucun calendrier"));
+    return shown ? shown->title : localizer_(text("New calendar", "Nouveau calendrier"));
 }
 
 QColor NewEventViewModel::calendarColor() const {

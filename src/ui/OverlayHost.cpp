@@ -25,6 +25,19 @@ double number(const QQuickItem& item, const char* property) {
     return item.property(property).toDouble();
 }
 
+/// Gives a key to what has the focus within the window, whether or not the window has it: up to the first
+/// that takes it.
+void deliverKey(QQuickWindow& window, QEvent& event) {
+    QQuickItem* item = window.contentItem();
+    while (item->isFocusScope() && item->scopedFocusItem())
+        item = item->scopedFocusItem();
+    do {
+        event.accept();
+        QCoreApplication::sendEvent(item, &event);
+        item = item->parentItem();
+    } while (item && !event.isAccepted());
+}
+
 }  // namespace
 
 struct OverlayHost::Overlay {
@@ -93,7 +106,8 @@ void OverlayHost::present(const QString& id, const QString& file, QQuickItem* an
     initial.insert(QStringLiteral("overlayId"), id);
 
     QQmlComponent component(&engine_, QUrl(QStringLiteral("qrc:/qt/qml/Kestrant/qml/") + file));
-    std::unique_ptr<QObject> object(component.createWithInitialProperties(initial));
+    std::unique_ptr<QObject> object(component.isReady() ? component.createWithInitialProperties(initial)
+                                                        : nullptr);
     overlay->content = qobject_cast<QQuickItem*>(object.get());
     if (!overlay->content) {
         qWarning("%s", qUtf8Printable(component.errorString()));
@@ -183,6 +197,9 @@ void OverlayHost::closeDownTo(std::size_t count) {
     while (overlays_.size() > count) {
         const std::unique_ptr<Overlay> closing = std::move(overlays_.back());
         overlays_.pop_back();
+        // What goes may still change its size on the way.
+        closing->content->disconnect(this);
+        disconnect(closing->content, nullptr, this, nullptr);
         closing->window->hide();
         // Its own code may be what closes it.
         closing->window.release()->deleteLater();
@@ -229,10 +246,10 @@ bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
         return QObject::eventFilter(watched, event);
     if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
         // The keyboard is the uppermost surface's from the moment it opens, before the focus has reached it.
-        QQuickWindow* top = overlays_.back()->window.get();
-        if (watched == top)
+        QQuickWindow& top = *overlays_.back()->window;
+        if (watched == &top)
             return QObject::eventFilter(watched, event);
-        QCoreApplication::sendEvent(top, event);
+        deliverKey(top, *event);
         return true;
     }
     if (event->type() != QEvent::MouseButtonPress)

@@ -9,6 +9,8 @@
 namespace kestrant {
 
 void ensureApplication() {
+    if (QCoreApplication::instance())
+        return;
     static int count = 1;
     static char name[] = "tests";
     static char* arguments[] = {name, nullptr};

@@ -68,6 +68,37 @@ TEST(OverlayHost, ClosesEverythingWhenThePanelFolds) {
     EXPECT_TRUE(program.interaction.presentedOverlayIDs().isEmpty());
 }
 
+TEST(OverlayHost, PassesKeysToASurfaceThatHasNotGotTheFocusYet) {
+    PanelProgram program;
+    program.expand();
+    program.call("openQuickAdd");
+    // The window system still takes the panel for the one that has the keyboard.
+    program.view.requestActivate();
+    QCoreApplication::processEvents();
+    for (const QChar letter : QStringLiteral("tea")) {
+        QKeyEvent down(QEvent::KeyPress, letter.toUpper().unicode(), Qt::NoModifier, letter);
+        QCoreApplication::sendEvent(&program.view, &down);
+        QKeyEvent up(QEvent::KeyRelease, letter.toUpper().unicode(), Qt::NoModifier, letter);
+        QCoreApplication::sendEvent(&program.view, &up);
+    }
+    EXPECT_EQ(program.quickAdd.title(), QStringLiteral("tea"));
+}
+
+TEST(OverlayHost, StaysInItsPlaceAndGrowsWhenItsAnchorIsGone) {
+    PanelProgram program;
+    program.expand();
+    auto anchor = std::make_unique<QQuickItem>(program.view.contentItem());
+    anchor->setPosition({300, 100});
+    anchor->setSize({100, 20});
+    OverlayHost& overlays = program.view.overlays();
+    overlays.present(QStringLiteral("surface"), QStringLiteral("Popover.qml"), anchor.get());
+    QQuickWindow& surface = *overlays.surface(QStringLiteral("surface"));
+    const QRect before = surface.geometry();
+    anchor.reset();
+    surface.contentItem()->childItems().constFirst()->setProperty("contentHeight", 150);
+    EXPECT_EQ(surface.geometry(), before.adjusted(0, 0, 0, 50));
+}
+
 TEST(OverlayHost, KeepsThePanelOpenForTheWayBackAfterSaving) {
     PanelProgram program;
     program.expand();

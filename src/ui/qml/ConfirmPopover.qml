@@ -56,8 +56,8 @@ Popover {
             width: parent.width
             wrapMode: Text.Wrap
             color: Theme.chipText
-            font.pixelSize: 12.5
-            lineHeight: 17
+            font.pixelSize: 13
+            lineHeight: 18
             lineHeightMode: Text.FixedHeight
         }
         FormFooter {

@@ -31,6 +31,7 @@ Column {
                 height: 26
                 text: side.time
                 isWrong: side.isWrong
+                selectsOnFocus: true
                 spokenName: Localizer.text("%1, time", "%1, heure").arg(side.label)
                 onEdited: text => side.edited(text)
                 onAccepted: lines.accepted()

@@ -29,7 +29,7 @@ Popover {
 
     component Section: Text {
         color: Theme.secondaryText
-        font.pixelSize: 10.5
+        font.pixelSize: 11
         font.weight: Font.DemiBold
         font.letterSpacing: 0.6
         Accessible.ignored: true

@@ -103,6 +103,7 @@ Column {
                 id: timeBox
                 width: 96
                 text: fields.form.timeText
+                selectsOnFocus: true
                 placeholder: Localizer.text("all day", "journée")
                 spokenName: Localizer.text("Time, empty for the whole day", "Heure, vide pour la journée entière")
                 onEdited: text => fields.form.timeText = text

@@ -76,6 +76,7 @@ Popover {
                         height: 26
                         text: popover.form.dueTime
                         isWrong: popover.form.dueTimeIsWrong
+                        selectsOnFocus: true
                         placeholder: Localizer.text("all day", "journée")
                         spokenName: Localizer.text("Time, empty for the whole day", "Heure, vide pour la journée entière")
                         onEdited: text => popover.form.dueTime = text

@@ -10,6 +10,8 @@ FocusScope {
     property string spokenName: placeholder
     property int pixelSize: 13
     property bool isWrong: false
+    /// What is written here is short and rather written anew than changed.
+    property bool selectsOnFocus: false
     signal edited(string text)
     signal accepted
 
@@ -42,6 +44,7 @@ FocusScope {
         font.pixelSize: box.pixelSize
         onTextEdited: box.edited(text)
         onAccepted: box.accepted()
+        onActiveFocusChanged: if (activeFocus && box.selectsOnFocus) selectAll()
 
         Accessible.role: Accessible.EditableText
         Accessible.name: box.spokenName

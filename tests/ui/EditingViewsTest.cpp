@@ -1,0 +1,265 @@
+#include "ui/PanelProgram.h"
+#include "ui/WithCalendars.h"
+
+#include <QTest>
+
+#include <gmock/gmock.h>
+
+using namespace kestrant;
+using namespace kestrant::test;
+using testing::ElementsAre;
+
+namespace {
+
+/// The first visible text item that shows this text.
+QQuickItem* findText(QQuickItem* item, const QString& text) {
+    if (!item->isVisible())
+        return nullptr;
+    if (item->property("text").toString() == text)
+        return item;
+    for (QQuickItem* child : item->childItems()) {
+        if (QQuickItem* found = findText(child, text))
+            return found;
+    }
+    return nullptr;
+}
+
+/// The expanded panel with an event of today, 15:00 to 16:00, and a reminder due at 18:00.
+struct Editing : WithCalendars<PanelProgram> {
+    Editing() {
+        putEvent("Piano", QTime(15, 0), QTime(16, 0));
+        reminder = add(QStringLiteral("Plants"), 0, QTime(18, 0));
+        expand();
+        settle();
+    }
+
+    /// Calls what the calendar and the cards call.
+    void act(const char* function, const QVariant& subject) {
+        auto* content = view.rootObject()->property("content").value<QQuickItem*>();
+        for (QObject* child : content->children()) {
+            if (QByteArray(child->metaObject()->className()).contains("EditActions"))
+                QMetaObject::invokeMethod(child, function, Q_ARG(QVariant, subject),
+                                          Q_ARG(QVariant, QVariant::fromValue(content)));
+        }
+        settle();
+    }
+    void edit(const char* title) { act("editRow", shown(title)); }
+    void remove(const char* title) { act("removeRow", shown(title)); }
+
+    [[nodiscard]] bool shows(const char* text) {
+        return findText(keyWindow().contentItem(), QString::fromUtf8(text)) != nullptr;
+    }
+    void type(const QString& text) {
+        for (const QChar letter : text)
+            press(letter.toUpper().unicode(), letter);
+    }
+    /// Presses Tab until what has the focus bears this name.
+    void tabTo(const char* spokenName) {
+        for (int presses = 0; presses < 20; ++presses) {
+            if (focusedName() == QString::fromUtf8(spokenName))
+                return;
+            press(Qt::Key_Tab);
+        }
+        ADD_FAILURE() << "Tab does not lead to " << spokenName;
+    }
+    /// The name of the control that has the focus; of a text field, that of its frame.
+    [[nodiscard]] QString focusedName() {
+        for (QQuickItem* item = keyWindow().activeFocusItem(); item; item = item->parentItem()) {
+            for (const char* property : {"spokenName", "label"}) {
+                if (const QString name = item->property(property).toString(); !name.isEmpty())
+                    return name;
+            }
+            if (const QString text = item->property("text").toString();
+                !text.isEmpty() && item->metaObject()->indexOfSignal("clicked()") >= 0)
+                return text;
+        }
+        return {};
+    }
+
+    /// Lets reloads pass and the views follow.
+    void settle() {
+        WithCalendars::settle();
+        keyWindow().grabWindow();
+        QCoreApplication::processEvents();
+    }
+
+    QString reminder;
+};
+
+TEST(EditingViews, EditAnEventByKeyboardAlone) {
+    Editing program;
+    program.edit("Piano");
+    ASSERT_TRUE(program.isOpen("edit"));
+    EXPECT_TRUE(program.shows("Edit event"));
+    program.type(QStringLiteral(" lesson"));
+    program.tabTo("Starts, time");
+    program.press(Qt::Key_A, QStringLiteral("9"));
+    program.tabTo("Location");
+    program.type(QStringLiteral("Paris"));
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_FALSE(program.isOpen("edit"));
+    EXPECT_EQ(program.onlyEvent().title, QStringLiteral("Piano lesson"));
+    EXPECT_EQ(program.onlyEvent().location, QStringLiteral("Paris"));
+}
+
+TEST(EditingViews, ReachEveryControlOfTheEventByTab) {
+    Editing program;
+    program.edit("Piano");
+    QStringList names;
+    do {
+        names.append(program.focusedName());
+        program.press(Qt::Key_Tab);
+    } while (program.focusedName() != names.first() && names.size() < 30);
+    EXPECT_THAT(names,
+                ElementsAre(QStringLiteral("Event title"), QStringLiteral("All day"),
+                            QStringLiteral("Starts, Sat 21 Nov"), QStringLiteral("Starts, time"),
+                            QStringLiteral("Ends, Sat 21 Nov"), QStringLiteral("Ends, time"),
+                            QStringLiteral("Calendar, Private"), QStringLiteral("Location"),
+                            QStringLiteral("Notes"), QStringLiteral("Cancel"), QStringLiteral("Save")));
+}
+
+TEST(EditingViews, LeaveEverythingAsItWasOnEscape) {
+    Editing program;
+    const EKEventData before = program.onlyEvent();
+    program.edit("Piano");
+    program.type(QStringLiteral("s"));
+    program.press(Qt::Key_Escape);
+    program.settle();
+    EXPECT_FALSE(program.isOpen("edit"));
+    EXPECT_EQ(program.onlyEvent(), before);
+    EXPECT_TRUE(program.panel.isExpanded());
+}
+
+TEST(EditingViews, ShowAFailureInThePopoverThatStaysOpenAndGrowsForIt) {
+    Editing program;
+    program.edit("Piano");
+    program.type(QStringLiteral(" lesson"));
+    const int height = program.keyWindow().height();
+    program.database.dropEvent(QStringLiteral("Piano"));
+    program.settle();
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_TRUE(program.isOpen("edit"));
+    EXPECT_TRUE(program.shows("This event is no longer available."));
+    EXPECT_TRUE(program.shows("Piano lesson"));
+    EXPECT_GT(program.keyWindow().height(), height);
+    program.preferences.setLanguage(Language::french);
+    EXPECT_TRUE(program.shows("Cet événement n’est plus disponible."));
+}
+
+TEST(EditingViews, PickADayByKeyboardAndGoBackToTheOldOneOnEscape) {
+    Editing program;
+    program.edit("Piano");
+    program.tabTo("Starts, Sat 21 Nov");
+    program.press(Qt::Key_Space, QStringLiteral(" "));
+    ASSERT_TRUE(program.isOpen("day"));
+    program.press(Qt::Key_Right);
+    program.press(Qt::Key_PageDown);
+    program.press(Qt::Key_Escape);
+    EXPECT_FALSE(program.isOpen("day"));
+    EXPECT_EQ(program.calendarEdit.times()->startDay()->isoDay(), program.isoDay(0));
+
+    program.press(Qt::Key_Space, QStringLiteral(" "));
+    program.press(Qt::Key_Down);
+    program.press(Qt::Key_Return);
+    EXPECT_FALSE(program.isOpen("day"));
+    EXPECT_TRUE(program.isOpen("edit"));
+    program.press(Qt::Key_Tab);
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_EQ(program.onlyEvent().startDate, at("Europe/Paris", program.day(7), {15, 0}));
+}
+
+TEST(EditingViews, DeleteAnEventOnlyAfterAsking) {
+    Editing program;
+    program.remove("Piano");
+    EXPECT_TRUE(program.shows("Delete event?"));
+    EXPECT_TRUE(program.shows("This will delete the event from Apple Calendar."));
+    program.press(Qt::Key_Escape);
+    program.settle();
+    EXPECT_EQ(program.database.allEvents().size(), 1u);
+
+    program.fillDisk();
+    program.remove("Piano");
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_TRUE(program.isOpen("confirm"));
+    EXPECT_TRUE(program.shows("Disk full."));
+
+    program.clearDisk();
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_FALSE(program.isOpen("confirm"));
+    EXPECT_TRUE(program.database.allEvents().empty());
+}
+
+TEST(EditingViews, TakeAReminderOutOfTheCalendarOnlyAfterAsking) {
+    Editing program;
+    program.preferences.setLanguage(Language::french);
+    program.remove("Plants");
+    EXPECT_TRUE(program.shows("Retirer le rappel du calendrier ?"));
+    EXPECT_TRUE(
+        program.shows("L’échéance sera effacée dans Apple Rappels. Le rappel restera dans sa liste."));
+    EXPECT_TRUE(program.shows("Détacher"));
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_FALSE(program.isOpen("confirm"));
+    EXPECT_EQ(program.database.reminder(program.reminder)->dueDateComponents, std::nullopt);
+}
+
+TEST(EditingViews, EditAReminderFromItsRowAndFromItsCard) {
+    Editing program;
+    program.edit("Plants");
+    EXPECT_TRUE(program.shows("Edit reminder"));
+    program.type(QStringLiteral(" and herbs"));
+    program.tabTo("Notes");
+    program.type(QStringLiteral("a"));
+    program.press(Qt::Key_Return, QStringLiteral("\n"));
+    program.type(QStringLiteral("b"));
+    program.tabTo("Save");
+    program.press(Qt::Key_Space, QStringLiteral(" "));
+    program.settle();
+    EXPECT_FALSE(program.isOpen("edit"));
+    EXPECT_EQ(program.database.reminder(program.reminder)->title, QStringLiteral("Plants and herbs"));
+    EXPECT_EQ(program.database.reminder(program.reminder)->notes, QStringLiteral("a\nb"));
+
+    program.press(Qt::Key_Return);
+    EXPECT_TRUE(program.isOpen("edit"));
+    EXPECT_TRUE(program.shows("Plants and herbs"));
+}
+
+TEST(EditingViews, OpenTheReminderOnADoubleClickOnItsCard) {
+    Editing program;
+    const QPoint card(146, 84);
+    program.click(program.view, card);
+    EXPECT_FALSE(program.isOpen("edit"));
+    QTest::mouseDClick(&program.view, Qt::LeftButton, {}, card);
+    EXPECT_TRUE(program.isOpen("edit"));
+}
+
+TEST(EditingViews, AddAnEventFromTheOtherTabAndComeBackToIt) {
+    Editing program;
+    program.call("openQuickAdd");
+    program.type(QStringLiteral("Dinner"));
+    program.press(Qt::Key_Backtab);
+    program.press(Qt::Key_Right);
+    EXPECT_EQ(program.newEvent.title(), QStringLiteral("Dinner"));
+    program.tabTo("Starts, time");
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_FALSE(program.isOpen("quickAdd"));
+    ASSERT_EQ(program.database.allEvents().size(), 2u);
+    EXPECT_EQ(program.titles(), QStringList{QStringLiteral("Plants")});
+
+    program.call("openQuickAdd");
+    EXPECT_TRUE(program.shows("Event title"));
+    program.fillDisk();
+    program.type(QStringLiteral("Cinema"));
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_TRUE(program.isOpen("quickAdd"));
+    EXPECT_TRUE(program.shows("Disk full."));
+}
+
+}  // namespace

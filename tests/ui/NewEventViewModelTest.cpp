@@ -1,0 +1,105 @@
+#include "ui/NewEventViewModel.h"
+
+#include "ui/WithCalendars.h"
+
+#include <QSignalSpy>
+
+#include <gmock/gmock.h>
+
+using namespace kestrant;
+using namespace kestrant::test;
+
+namespace {
+
+struct Writing : WithCalendars<Program> {
+    Writing() {
+        load();
+        form.begin();
+    }
+    void submit() {
+        form.submit();
+        settle();
+    }
+    NewEventViewModel& form = newEvent;
+    QSignalSpy added{&form, &NewEventViewModel::added};
+};
+
+TEST(NewEventViewModel, AddsWhatItShows) {
+    Writing test;
+    EXPECT_FALSE(test.form.canSubmit());
+    EXPECT_EQ(test.form.calendarTitle(), QStringLiteral("Private"));
+    test.form.setTitle(QStringLiteral("  Dinner "));
+    test.form.setCalendarId(test.office);
+    test.form.times()->setStartTime(QStringLiteral("19:30"));
+    ASSERT_TRUE(test.form.canSubmit());
+    test.submit();
+    EXPECT_EQ(test.added.count(), 1);
+    const EKEventData saved = test.onlyEvent();
+    EXPECT_EQ(saved.title, QStringLiteral("Dinner"));
+    EXPECT_EQ(saved.calendarIdentifier, test.office);
+    EXPECT_EQ(saved.startDate, test.today(QTime(19, 30)));
+    EXPECT_EQ(saved.endDate, test.today(QTime(20, 30)));
+    EXPECT_FALSE(saved.isAllDay);
+    // Ready for the next one.
+    EXPECT_EQ(test.form.title(), QString());
+    EXPECT_EQ(test.form.times()->startTime(), QStringLiteral("15:00"));
+}
+
+TEST(NewEventViewModel, AddsWholeDays) {
+    Writing test;
+    test.form.setTitle(QStringLiteral("Holiday"));
+    test.form.times()->setAllDay(true);
+    test.form.times()->endDay()->setIsoDay(QStringLiteral("2026-11-23"));
+    test.submit();
+    const EKEventData saved = test.onlyEvent();
+    EXPECT_TRUE(saved.isAllDay);
+    EXPECT_EQ(saved.startDate, at("Europe/Paris", test.day(0)));
+    EXPECT_EQ(saved.endDate, at("Europe/Paris", test.day(3)));
+}
+
+TEST(NewEventViewModel, KeepsWhatWasWrittenWhenItCannotBeSaved) {
+    Writing test;
+    test.fillDisk();
+    test.form.setTitle(QStringLiteral("Dinner"));
+    test.form.times()->setStartTime(QStringLiteral("19:30"));
+    test.submit();
+    EXPECT_EQ(test.form.errorText(), QStringLiteral("Disk full."));
+    test.preferences.setLanguage(Language::french);
+    EXPECT_EQ(test.form.errorText(), QStringLiteral("Disque plein."));
+    test.form.begin();
+    EXPECT_EQ(test.form.title(), QStringLiteral("Dinner"));
+    EXPECT_EQ(test.form.times()->startTime(), QStringLiteral("19:30"));
+
+    test.clearDisk();
+    test.submit();
+    EXPECT_EQ(test.form.errorText(), QString());
+    EXPECT_EQ(test.onlyEvent().startDate, test.today(QTime(19, 30)));
+}
+
+TEST(NewEventViewModel, RefusesAnEndBeforeTheStart) {
+    Writing test;
+    test.form.setTitle(QStringLiteral("Dinner"));
+    test.form.times()->setEndTime(QStringLiteral("12:00"));
+    test.submit();
+    EXPECT_EQ(test.form.errorText(), QStringLiteral("The end must be after the start."));
+    EXPECT_TRUE(test.database.allEvents().empty());
+}
+
+TEST(NewEventViewModel, OffersTheCalendarsThatThereAre) {
+    Writing test;
+    test.form.setCalendarId(test.office);
+    test.form.begin();
+    EXPECT_EQ(test.form.calendarId(), test.office);
+    test.putCalendar("Holidays", false);
+    EXPECT_EQ(test.form.calendars().size(), 2);
+    test.database.dropCalendar(test.office);
+    EXPECT_EQ(test.form.calendarId(), test.personal);
+    test.database.dropCalendar(test.personal);
+    EXPECT_EQ(test.form.calendarId(), QString());
+    EXPECT_EQ(test.form.calendarTitle(), QStringLiteral("New calendar"));
+    test.form.setTitle(QStringLiteral("Dinner"));
+    test.submit();
+    EXPECT_EQ(test.form.calendarId(), test.onlyEvent().calendarIdentifier);
+}
+
+}  // namespace
