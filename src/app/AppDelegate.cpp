@@ -118,6 +118,7 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
         .preferences = preferences_,
         .localization = localization_,
         .notifications = notifications_,
+        .cues = feedback_,
         .interaction = interactionModel_,
         .geometry = *geometry_,
         .reminders = reminders,
@@ -218,6 +219,8 @@ void AppDelegate::createPanelController() {
     });
     connect(&interface_->reminders, &RemindersViewModel::privacyPageRequested, this,
             [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(ReminderStore::privacyPage))); });
+    connect(&interface_->calendar, &CalendarViewModel::privacyPageRequested, this,
+            [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(CalendarStore::privacyPage))); });
     connect(&interface_->settings, &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
 }
 

@@ -23,6 +23,7 @@
 namespace kestrant {
 
 class CalendarStore;
+class Feedback;
 class Localization;
 class NotchGeometry;
 class NotchInteractionModel;
@@ -39,6 +40,7 @@ class PanelInterface {
         Preferences& preferences;
         Localization& localization;
         NotificationCenter& notifications;
+        const Feedback& cues;
         NotchInteractionModel& interaction;
         NotchGeometry& geometry;
         ReminderStore& reminders;
@@ -50,7 +52,7 @@ class PanelInterface {
     explicit PanelInterface(const Models& models)
         : localizer(models.localization)
         , panel(models.interaction, models.geometry, models.reminders, models.preferences,
-                models.notifications)
+                models.notifications, models.cues)
         , reminders(models.reminders, models.clock, models.calendar, localizer)
         , calendar(models.calendarStore, models.clock, models.calendar, localizer, panel,
                    [] { return QLocale::system(); })

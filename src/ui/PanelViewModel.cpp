@@ -1,5 +1,6 @@
 #include "ui/PanelViewModel.h"
 
+#include "feedback/Feedback.h"
 #include "foundation/NotificationCenter.h"
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
@@ -12,12 +13,13 @@ namespace kestrant {
 
 PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry& geometry,
                                ReminderStore& reminders, const Preferences& preferences,
-                               NotificationCenter& notifications, QObject* parent)
+                               NotificationCenter& notifications, const Feedback& feedback, QObject* parent)
     : QObject(parent)
     , interaction_(interaction)
     , geometry_(geometry)
     , reminders_(reminders)
-    , preferences_(preferences) {
+    , preferences_(preferences)
+    , feedback_(feedback) {
     connect(&interaction, &NotchInteractionModel::phaseChanged, this, [this] {
         Q_EMIT phaseChanged();
         Q_EMIT shapeChanged();
@@ -130,9 +132,16 @@ void PanelViewModel::beginReminderDrag(const QString& id, const QRectF& calendar
                                                panel.y() + panel.height() - calendar.bottom(),
                                                calendar.width(), calendar.height()));
     interaction_.beginReminderDrag(id);
+    feedback_.play(Cue::dragStart);
 }
 
-void PanelViewModel::endReminderDrag(const QString& id) {
+void PanelViewModel::snapReminderDrag() {
+    feedback_.play(Cue::snap);
+}
+
+void PanelViewModel::endReminderDrag(const QString& id, bool dropped) {
+    if (dropped)
+        feedback_.play(Cue::drop);
     interaction_.setCalendarWindowFrame({});
     interaction_.endReminderDrag(id);
 }

@@ -12,6 +12,7 @@
 
 namespace kestrant {
 
+class Feedback;
 class NotchGeometry;
 class NotchInteractionModel;
 class NotificationCenter;
@@ -53,7 +54,7 @@ class PanelViewModel : public QObject {
     /// Everything must outlive the view model.
     PanelViewModel(NotchInteractionModel& interaction, NotchGeometry& geometry, ReminderStore& reminders,
                    const Preferences& preferences, NotificationCenter& notifications,
-                   QObject* parent = nullptr);
+                   const Feedback& feedback, QObject* parent = nullptr);
 
     [[nodiscard]] int phase() const;
     [[nodiscard]] bool isExpanded() const;
@@ -81,7 +82,10 @@ class PanelViewModel : public QObject {
     /// A card is being carried; while that lasts the panel stays open. `calendar` is where the days are that
     /// it can be let go on, in the panel, in points with y downwards.
     Q_INVOKABLE void beginReminderDrag(const QString& id, const QRectF& calendar);
-    Q_INVOKABLE void endReminderDrag(const QString& id);
+    /// The card has come over a day.
+    Q_INVOKABLE void snapReminderDrag();
+    /// `dropped`: on a day, rather than to go back where it came from.
+    Q_INVOKABLE void endReminderDrag(const QString& id, bool dropped);
 
   Q_SIGNALS:
     void phaseChanged();
@@ -103,6 +107,7 @@ class PanelViewModel : public QObject {
     NotchGeometry& geometry_;
     ReminderStore& reminders_;
     const Preferences& preferences_;
+    const Feedback& feedback_;
     std::vector<Subscription> subscriptions_;
     int dueTodayCount_ = 0;
     QString nextEventText_;

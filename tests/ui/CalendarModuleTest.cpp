@@ -27,7 +27,7 @@ struct CalendarPanel : WithEvents<PanelProgram> {
     [[nodiscard]] QQuickItem* module(const char* type) { return find(view.contentItem(), type); }
     [[nodiscard]] QQuickItem* calendarModule() { return module("CalendarModule"); }
     [[nodiscard]] QQuickItem* list() {
-        for (QQuickItem* child : calendarModule()->childItems()) {
+        for (QQuickItem* child : module("CalendarList")->childItems()) {
             if (child->inherits("QQuickListView"))
                 return child;
         }

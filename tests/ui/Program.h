@@ -114,7 +114,7 @@ struct Program {
     NotchGeometry geometry{Screen{.name = QStringLiteral("test"), .frame = QRectF(0, 0, 1512, 982)}};
     Localizer localizer{localization};
     Appearance appearance{nullptr};
-    PanelViewModel panel{interaction, geometry, store, preferences, notifications};
+    PanelViewModel panel{interaction, geometry, store, preferences, notifications, feedback};
     RemindersViewModel reminders{store, time, calendar, localizer};
     CalendarViewModel days{calendarStore, time,
                            calendar,      localizer,

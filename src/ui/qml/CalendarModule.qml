@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// The days with their rows. One row is current; the keyboard acts on it.
+// The calendar on the panel: its rows, what stands in their place, and the days to carry a card to.
 FocusScope {
     id: root
 
@@ -9,7 +9,7 @@ FocusScope {
     required property OverlayHost overlays
     required property EditActions actions
     required property Tooltip tooltip
-    /// The module is on show.
+    /// The panel is open.
     property bool isShown: true
     /// What lies below the rows, to fade them into.
     property color ground: Theme.panel
@@ -25,230 +25,23 @@ FocusScope {
 
     readonly property CalendarRowModel rows: calendar.rows
     readonly property bool showsRows: calendar.content === "rows"
-    readonly property real highestY: list.originY - list.topMargin
-    readonly property real lowestY: Math.max(highestY, list.originY + list.contentHeight - list.height + list.bottomMargin)
-    readonly property bool canScrollDown: showsRows && list.contentY < lowestY - 1
+    readonly property bool canScrollDown: showsRows && list.canScrollDown
 
-    activeFocusOnTab: true
+    activeFocusOnTab: showsRows
 
-    Accessible.role: Accessible.List
-    Accessible.name: Localizer.text("Calendar", "Calendrier")
+    function makeCurrent(index, reason) { list.makeCurrent(index, reason) }
+    function openMenu(index, x, y) { list.openMenu(index, x, y) }
 
-    // Places
-
-    function goToToday() {
-        const heading = rows.headingFrom(calendar.today)
-        if (heading < 0)
-            return
-        scroll.stop()
-        list.forceLayout()
-        list.positionViewAtIndex(heading, ListView.Beginning)
-        const first = rows.nextItem(heading, 1)
-        list.currentIndex = first < 0 ? heading : first
-        updateTop()
-    }
-    function scrollTo(contentY) {
-        scroll.stop()
-        scroll.to = Math.max(highestY, Math.min(contentY, lowestY))
-        if (Theme.still)
-            list.contentY = scroll.to
-        else
-            scroll.start()
-    }
-    /// Below the heading that stays at the upper edge, and with its own heading where that is near.
-    function bringIntoView(index) {
-        let item = list.itemAtIndex(index)
-        if (!item) {
-            scroll.stop()
-            list.positionViewAtIndex(index, ListView.Center)
-            return
-        }
-        const above = rows.headingOf(index) === index - 1 ? 0 : Theme.headingHeight
-        const heading = above === 0 ? list.itemAtIndex(index - 1) : null
-        const top = (heading ?? item).y - above
-        const target = scroll.running ? scroll.to : list.contentY
-        if (top < target)
-            scrollTo(index <= 1 ? highestY : top)
-        else if (item.y + item.height > target + list.height - list.bottomMargin)
-            scrollTo(item.y + item.height - list.height + list.bottomMargin)
-    }
-    function makeCurrent(index, reason) {
-        if (index < 0 || index >= rows.count)
-            return
-        list.currentIndex = index
-        root.focus = true
-        list.forceActiveFocus(reason)
-    }
-    function goTo(index) {
-        if (index < 0)
-            return
-        list.currentIndex = index
-        bringIntoView(index)
-    }
-    function step(direction) {
-        const next = rows.nextItem(list.currentIndex, direction)
-        if (next >= 0)
-            goTo(next)
-        else if (direction < 0)
-            leftUpwards()
-    }
-    function stepByPage(direction) {
-        let next = list.currentIndex
-        for (let count = 0; count < 6; ++count) {
-            const further = rows.nextItem(next, direction)
-            if (further < 0)
-                break
-            next = further
-        }
-        goTo(next)
-    }
-
-    function edit(index) {
-        const item = list.itemAtIndex(index)
-        const row = calendar.row(index)
-        if (item && row !== undefined)
-            actions.editRow(row, item)
-    }
-    function askToRemove(index) {
-        const item = list.itemAtIndex(index)
-        const row = calendar.row(index)
-        if (item && row !== undefined)
-            actions.removeRow(row, item)
-    }
-    function openMenu(index, x, y) {
-        const item = list.itemAtIndex(index)
-        if (!item || item.row.isHeading)
-            return
-        // What the rows are when an entry is chosen may be others.
-        const row = calendar.row(index)
-        overlays.present("calendarRow", "MenuPopover.qml", item, {
-            at: Qt.point(x, y), alignment: "left", spokenName: item.row.title,
-            entries: [
-                { title: Localizer.text("Edit details", "Modifier les détails"), iconName: "edit",
-                  shortcut: Localizer.text("Enter", "Entrée") },
-                { title: item.row.isReminder
-                      ? Localizer.text("Remove reminder from calendar", "Retirer le rappel du calendrier")
-                      : Localizer.text("Delete event", "Supprimer l’événement"),
-                  iconName: item.row.isReminder ? "calendarMinus" : "trash",
-                  shortcut: Localizer.text("Del", "Suppr"), destructive: !item.row.isReminder }
-            ],
-            choose: entry => entry === 0 ? actions.editRow(row, item) : actions.removeRow(row, item)
-        })
-    }
-
-    // The view stays where it is, whatever comes or goes above it.
-
-    QtObject {
-        id: place
-        property string topDay
-        property string topId
-        property real distance
-        property bool atTop: true
-        property string currentDay
-        property string currentId
-        property bool wantsToday: true
-    }
-    Connections {
-        target: root.rows
-        function onAboutToChange() {
-            const top = list.indexAt(1, list.contentY + Theme.headingHeight)
-            place.atTop = top < 0 || (!root.calendar.showsAllEvents && list.contentY <= root.highestY + 1)
-            if (!place.atTop) {
-                place.topDay = root.rows.dayAt(top)
-                place.topId = root.rows.idAt(top)
-                place.distance = list.itemAtIndex(top).y - list.contentY
-            }
-            place.currentDay = root.rows.dayAt(list.currentIndex)
-            place.currentId = root.rows.idAt(list.currentIndex)
-        }
-        function onDataChanged() { Qt.callLater(root.updateTop) }
-        function onChanged() {
-            let current = place.currentId === "" ? -1 : root.rows.rowOf(place.currentDay, place.currentId)
-            if (current < 0)
-                current = root.rows.nextItem(Math.min(list.currentIndex, root.rows.count) - 1, 1)
-            if (current < 0)
-                current = root.rows.nextItem(root.rows.count, -1)
-            if (place.wantsToday && !root.calendar.isLoading) {
-                place.wantsToday = false
-                root.goToToday()
-                return
-            }
-            list.currentIndex = current
-            let top = place.atTop ? -1 : root.rows.rowOf(place.topDay, place.topId)
-            if (top < 0 && !place.atTop)
-                top = root.rows.headingFrom(place.topDay)
-            if (top >= 0) {
-                const wasMoving = scroll.running
-                const rest = scroll.to - list.contentY
-                scroll.stop()
-                list.forceLayout()
-                list.positionViewAtIndex(top, ListView.Beginning)
-                const item = list.itemAtIndex(top)
-                if (item)
-                    list.contentY = item.y - place.distance
-                if (wasMoving)
-                    root.scrollTo(list.contentY + rest)
-            } else if (!scroll.running) {
-                list.positionViewAtBeginning()
-            }
-            root.updateTop()
-        }
-    }
-    Connections {
-        target: root.calendar
-        function onShowsAllEventsChanged() { place.wantsToday = true }
-        function onIsLoadingChanged() {
-            // Nothing differs between the two: still the day to begin with is today.
-            if (!root.calendar.isLoading && place.wantsToday)
-                Qt.callLater(root.beginWithToday)
-            Qt.callLater(root.loadWhatIsNear)
-        }
-    }
-    function beginWithToday() {
-        if (!place.wantsToday || calendar.isLoading)
-            return
-        place.wantsToday = false
-        goToToday()
-    }
-    onIsShownChanged: if (!isShown && showsRows) goToToday()
-
-    // The full calendar goes on by itself where something may be found.
-
-    function loadWhatIsNear() {
-        if (!calendar.showsAllEvents || calendar.isLoading || place.wantsToday || !showsRows)
-            return
-        if (!calendar.needsManualLoadEarlier && list.contentY < highestY + list.height
-            && list.indexAt(1, Math.max(list.contentY, list.originY)) < 24)
-            calendar.loadMore(true)
-        else if (!calendar.needsManualLoadLater && list.contentY > lowestY - list.height)
-            calendar.loadMore(false)
-    }
-
-    // The heading of the uppermost day stays at the upper edge; the next one pushes it away.
-
-    property int topHeading: -1
-    property var topRow: null
-    property real headingShift: 0
-    function updateTop() {
-        const top = list.indexAt(1, list.contentY)
-        topHeading = top < 0 ? -1 : rows.headingOf(top)
-        topRow = topHeading < 0 ? null : rows.rowAt(topHeading)
-        const next = topHeading < 0 ? null : list.itemAtIndex(rows.headingAfter(top))
-        headingShift = next ? Math.min(0, next.y - list.contentY - Theme.headingHeight) : 0
-        if (isTarget)
-            updateDropDay()
-    }
+    onIsShownChanged: if (!isShown && showsRows) list.goToToday()
 
     function updateDropDay() {
         const inside = isTarget && carriedAt.x >= 0 && carriedAt.x < width && carriedAt.y >= 0 && carriedAt.y < height
         if (!inside)
             dropDay = ""
-        else if (!calendar.showsAllEvents)
+        else if (targets.visible)
             dropDay = targets.dayAt(carriedAt.y - targets.y)
-        else if (carriedAt.y < Theme.headingHeight)
-            dropDay = rows.dayAt(topHeading)
         else
-            dropDay = rows.dayAt(list.indexAt(1, list.contentY + carriedAt.y))
+            dropDay = list.dayAt(carriedAt.y)
     }
     onCarriedAtChanged: updateDropDay()
     onIsTargetChanged: {
@@ -256,15 +49,18 @@ FocusScope {
             carriedAt = Qt.point(-1, -1)
         updateDropDay()
     }
+    // The full calendar scrolls while a card is held at one of its edges.
     Timer {
-        readonly property real speed: !root.isTarget || !root.calendar.showsAllEvents || root.dropDay === "" ? 0
-            : root.carriedAt.y < 40 ? -9 : root.carriedAt.y > root.height - 32 ? 9 : 0
+        readonly property real speed: !root.isTarget || targets.visible || root.dropDay === "" ? 0
+            : root.carriedAt.y < 40 ? -9 : root.carriedAt.y > list.height - 32 ? 9 : 0
         running: speed !== 0
         interval: 16
         repeat: true
-        onTriggered: list.contentY = Math.max(root.highestY, Math.min(list.contentY + speed, root.lowestY))
+        onTriggered: {
+            list.scrollBy(speed)
+            root.updateDropDay()
+        }
     }
-
     // What is happening now has come further.
     Timer {
         running: root.isShown && root.showsRows
@@ -274,7 +70,7 @@ FocusScope {
         onTriggered: root.calendar.refreshPresent()
     }
 
-    ListView {
+    CalendarList {
         id: list
         anchors.fill: parent
         anchors.bottomMargin: root.calendar.showsAllEvents ? 30 : 0
@@ -282,183 +78,30 @@ FocusScope {
         opacity: targets.visible ? 0 : 1
         enabled: !targets.visible
         focus: true
-        clip: true
-        interactive: false
-        topMargin: 4
-        bottomMargin: 6
-        cacheBuffer: 260
-        keyNavigationEnabled: false
-        highlightFollowsCurrentItem: false
-        currentIndex: -1
-        model: root.rows
-        onContentYChanged: {
-            root.updateTop()
-            Qt.callLater(root.loadWhatIsNear)
-        }
-        onHeightChanged: root.updateTop()
-
-        delegate: CalendarRowItem {
-            id: item
-            required property int index
-            width: ListView.view.width
-            isCurrent: ListView.isCurrentItem && list.activeFocus
-            isTarget: root.isTarget && root.calendar.showsAllEvents && root.dropDay === row.day
-            onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
-            onOpened: {
-                root.makeCurrent(index, Qt.MouseFocusReason)
-                root.edit(index)
-            }
-            onMenuWanted: (x, y) => root.openMenu(index, x, y)
-            onHoveredChanged: root.tooltip.follow(item)
-        }
-
-        header: Item {
-            width: list.width
-            height: root.calendar.showsAllEvents && root.calendar.needsManualLoadEarlier ? 36 : 0
-            visible: height > 0
-            Chip {
-                anchors.centerIn: parent
-                text: Localizer.text("Load earlier dates", "Charger les dates précédentes")
-                onClicked: root.calendar.loadMore(true)
-            }
-        }
-        footer: Item {
-            width: list.width
-            height: !root.calendar.showsAllEvents || root.calendar.needsManualLoadLater ? 38 : 0
-            visible: height > 0
-            Chip {
-                anchors.centerIn: parent
-                text: root.calendar.showsAllEvents
-                    ? Localizer.text("Load later dates", "Charger les dates suivantes")
-                    : Localizer.text("Show your full calendar", "Afficher tout le calendrier")
-                onClicked: {
-                    if (root.calendar.showsAllEvents)
-                        root.calendar.loadMore(false)
-                    else
-                        root.calendar.showsAllEvents = true
-                }
-            }
-        }
-
-        NumberAnimation {
-            id: scroll
-            target: list
-            property: "contentY"
-            duration: 160
-            easing.type: Easing.OutCubic
-        }
-
-        Keys.onPressed: event => {
-            if (event.modifiers & ~(Qt.ShiftModifier | Qt.KeypadModifier))
-                return
-            event.accepted = true
-            switch (event.key) {
-            case Qt.Key_Up: root.step(-1); break
-            case Qt.Key_Down: root.step(1); break
-            case Qt.Key_Left: root.goTo(root.rows.firstItemOfNextDay(list.currentIndex, -1)); break
-            case Qt.Key_Right: root.goTo(root.rows.firstItemOfNextDay(list.currentIndex, 1)); break
-            case Qt.Key_Home: root.goToToday(); break
-            case Qt.Key_End: root.goTo(root.rows.nextItem(root.rows.count, -1)); break
-            case Qt.Key_PageUp: root.stepByPage(-1); break
-            case Qt.Key_PageDown: root.stepByPage(1); break
-            case Qt.Key_Return:
-            case Qt.Key_Enter: root.edit(list.currentIndex); break
-            case Qt.Key_Delete: root.askToRemove(list.currentIndex); break
-            case Qt.Key_Menu: root.openMenu(list.currentIndex, 30, 24); break
-            case Qt.Key_F10:
-                if (event.modifiers & Qt.ShiftModifier)
-                    root.openMenu(list.currentIndex, 30, 24)
-                else
-                    event.accepted = false
-                break
-            case Qt.Key_Escape: root.escaped(); break
-            default: event.accepted = false
-            }
-        }
-    }
-
-    WheelHandler {
-        enabled: root.showsRows
-        target: null
-        acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
-        onWheel: event => {
-            if (event.pixelDelta.y !== 0) {
-                scroll.stop()
-                list.contentY = Math.max(root.highestY, Math.min(list.contentY - event.pixelDelta.y, root.lowestY))
-            } else {
-                const from = scroll.running ? scroll.to : list.contentY
-                root.scrollTo(from - event.angleDelta.y / 120 * 88)
-            }
-        }
-    }
-
-    Loader {
-        anchors.fill: parent
-        active: !root.showsRows
-        visible: !targets.visible
-        sourceComponent: CalendarNotice { calendar: root.calendar }
-    }
-
-    // What scrolls away fades below the heading.
-    Item {
-        visible: root.showsRows && !targets.visible && list.contentY > root.highestY + 1
-        width: parent.width
-        height: Theme.headingHeight + 10
-        clip: true
-        Item {
-            y: root.headingShift
-            width: parent.width
-            Rectangle {
-                width: parent.width
-                height: Theme.headingHeight
-                gradient: Gradient {
-                    GradientStop { position: 0; color: "black" }
-                    GradientStop { position: 1; color: root.upperGround }
-                }
-            }
-            Rectangle {
-                y: Theme.headingHeight
-                width: parent.width
-                height: 10
-                gradient: Gradient {
-                    GradientStop { position: 0; color: root.upperGround }
-                    GradientStop { position: 1; color: Qt.rgba(root.upperGround.r, root.upperGround.g, root.upperGround.b, 0) }
-                }
-            }
-            Rectangle {
-                anchors.fill: topHeadingText
-                visible: root.isTarget && root.topRow !== null && root.dropDay === root.topRow.day
-                opacity: 0.7
-                color: Theme.targetFill
-            }
-            DayHeading {
-                id: topHeadingText
-                width: parent.width
-                text: root.topRow?.title ?? ""
-                month: root.topRow?.monthText ?? ""
-                isToday: root.topRow?.isToday ?? false
-            }
-        }
-    }
-    Rectangle {
-        anchors.bottom: list.bottom
-        visible: root.canScrollDown && !targets.visible
-        width: parent.width
-        height: 14
-        gradient: Gradient {
-            GradientStop { position: 0; color: Qt.rgba(root.ground.r, root.ground.g, root.ground.b, 0) }
-            GradientStop { position: 1; color: root.ground }
-        }
+        ground: root.ground
+        upperGround: root.upperGround
+        calendar: root.calendar
+        overlays: root.overlays
+        actions: root.actions
+        tooltip: root.tooltip
+        dropDay: targets.visible ? "" : root.dropDay
+        onLeftUpwards: root.leftUpwards()
+        onEscaped: root.escaped()
     }
     Chip {
-        visible: root.calendar.showsAllEvents && root.showsRows && !targets.visible
+        visible: root.calendar.showsAllEvents && root.showsRows
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
         anchors.bottomMargin: 2
         text: Localizer.text("Return to the current week", "Revenir à la semaine actuelle")
         onClicked: root.calendar.showsAllEvents = false
     }
-
+    Loader {
+        anchors.fill: parent
+        active: !root.showsRows
+        visible: !targets.visible
+        sourceComponent: CalendarNotice { calendar: root.calendar }
+    }
     DayTargets {
         id: targets
         anchors.fill: parent

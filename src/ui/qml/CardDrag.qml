@@ -48,7 +48,7 @@ Item {
             return
         const id = carried
         const day = calendar.dropDay
-        putDown()
+        putDown(day !== "")
         if (day !== "") {
             reminders.moveToDay(id, day)
             fade.start()
@@ -59,14 +59,15 @@ Item {
     function cancel() {
         if (!active)
             return
-        putDown()
+        putDown(false)
         home.start()
     }
-    function putDown() {
+    function putDown(onDay) {
         const id = carried
         carried = ""
-        panel.endReminderDrag(id)
+        panel.endReminderDrag(id, onDay)
     }
+    onDayChanged: if (day !== "") panel.snapReminderDrag()
     onVisibleChanged: if (!visible) cancel()
 
     Item {
