@@ -98,7 +98,9 @@ void CalendarCommands::printAgenda() {
     if (run_.arguments.json)
         run_.printJson(dayGroupsAsJson(store_.dayGroups()));
     else
-        run_.print(dayGroupsAsText(store_.dayGroups(), run_.outputContext()));
+        run_.print(dayGroupsAsText(store_.dayGroups(),
+                                   store_.showsAllEvents() ? CalendarMode::full : CalendarMode::compact,
+                                   run_.outputContext()));
     run_.finish();
 }
 

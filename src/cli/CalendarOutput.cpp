@@ -59,7 +59,8 @@ QJsonArray dayGroupsAsJson(const QList<CalendarDayGroup>& groups) {
     return result;
 }
 
-QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, const OutputContext& context) {
+QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, CalendarMode mode,
+                        const OutputContext& context) {
     if (groups.isEmpty())
         return text("No upcoming events.\n", "Aucun événement à venir.\n").in(context.language);
     TextRows rows;
@@ -73,7 +74,12 @@ QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, const OutputConte
     QString result;
     auto line = lines.begin();
     for (const CalendarDayGroup& group : groups) {
-        result += (result.isEmpty() ? QString() : QStringLiteral("\n")) + group.headerTitle + u'\n';
+        if (!result.isEmpty())
+            result += u'\n';
+        result += group.headerTitle;
+        if (mode == CalendarMode::full)
+            result += QStringLiteral(" · ") + context.dates.toString(group.day, QStringLiteral("MMMM yyyy"));
+        result += u'\n';
         for (qsizetype row = 0; row < group.events.size(); ++row)
             result += QStringLiteral("  ") + *line++ + u'\n';
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calendar/CalendarItems.h"
+#include "calendar/CalendarGrouping.h"
 #include "cli/CommandLineOutput.h"
 
 #include <QJsonArray>
@@ -11,9 +11,10 @@ namespace kestrant {
 
 [[nodiscard]] QJsonArray dayGroupsAsJson(const QList<CalendarDayGroup>& groups);
 
-/// For each day its heading and a line for each row: time, a mark (▸ for what is happening, ○ for a
-/// reminder), title, place, calendar and identifier, in columns that are aligned throughout. A time that lies
-/// on another day is told by three dots.
-[[nodiscard]] QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, const OutputContext& context);
+/// For each day its heading, in the full calendar with month and year, and a line for each row: time, a mark
+/// (▸ for what is happening, ○ for a reminder), title, place, calendar and identifier, in columns that are
+/// aligned throughout. A time that lies on another day is told by three dots.
+[[nodiscard]] QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, CalendarMode mode,
+                                      const OutputContext& context);
 
 }  // namespace kestrant

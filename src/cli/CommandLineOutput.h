@@ -6,6 +6,7 @@
 
 #include <QJsonArray>
 #include <QJsonValue>
+#include <QLocale>
 #include <QString>
 #include <QStringList>
 
@@ -19,6 +20,8 @@ struct OutputContext {
     Instant now;
     ZoneCalendar calendar;
     Language language = Language::english;
+    /// Names days and months.
+    QLocale dates;
 };
 
 /// The cells of a table, row by row.

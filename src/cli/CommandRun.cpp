@@ -20,7 +20,7 @@ CommandRun::CommandRun(const CommandLineArguments& asked, const CommandLineEnvir
     , eventStore(storeFolder, scheduler, clock, calendar) {}
 
 OutputContext CommandRun::outputContext() const {
-    return {clock.now(), environment.calendar, localization.language()};
+    return {clock.now(), environment.calendar, localization.language(), localization.dateLocale()};
 }
 
 void CommandRun::printJson(const QJsonArray& json) const {

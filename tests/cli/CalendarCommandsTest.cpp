@@ -121,6 +121,7 @@ TEST_F(CalendarCommandsTest, AgendaOfAllDaysReachesAYearEachWayAndShowsWhatIsOve
               (QStringList{"Buy milk", "Lunch", "Next", "Night train", "Past", "Stand-up", "Taxes", "Trip"}));
     EXPECT_EQ(rows().count("Stand-up"), 8);
     EXPECT_EQ(run({"agenda", "--json"}).json().array().size(), 4);
+    EXPECT_TRUE(run({"agenda", "--all"}).out.startsWith("TUE 1 · April 2025\n  12:00–13:00     Past "));
 }
 
 struct NewEventCase {
