@@ -32,7 +32,8 @@ FocusScope {
     function makeCurrent(index, reason) { list.makeCurrent(index, reason) }
     function openMenu(index, x, y) { list.openMenu(index, x, y) }
 
-    onIsShownChanged: if (!isShown && showsRows) list.goToToday()
+    // When it folds, so that nothing moves when it opens; when it opens, since today may be another by then.
+    onIsShownChanged: if (showsRows) list.goToToday()
 
     function updateDropDay() {
         const inside = isTarget && carriedAt.x >= 0 && carriedAt.x < width && carriedAt.y >= 0 && carriedAt.y < height

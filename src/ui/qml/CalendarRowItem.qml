@@ -131,16 +131,14 @@ Item {
             font.pixelSize: 11
             Accessible.ignored: true
         }
-        Text {
+        FigureText {
             id: time
             x: root.wide ? 18 : parent.width - width - 8
             y: title.y
             height: title.height
-            verticalAlignment: Text.AlignVCenter
             text: root.showsSpan && !(root.row.isAllDay && !root.wide) ? root.row.spanText : root.row.briefTimeText
             color: root.row.isNow ? Theme.accentText : root.row.isOverdue ? Theme.overdue : Theme.secondaryText
             font.pixelSize: 12
-            Accessible.ignored: true
         }
 
         // How far what happens now has come.

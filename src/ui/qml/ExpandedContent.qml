@@ -103,7 +103,7 @@ FocusScope {
         overlays: content.overlays
         actions: editActions
         drag: drag
-        canCarry: calendarModule.visible && content.calendar.content !== "denied"
+        canCarry: calendarModule.visible
         onLeftUpwards: toolbar.nextItemInFocusChain(true).forceActiveFocus(Qt.BacktabFocusReason)
         onEscaped: content.leave()
     }

@@ -173,7 +173,7 @@ FocusScope {
         }
         IconButton {
             id: calendarButton
-            visible: toolbar.panel.showCalendar
+            visible: toolbar.panel.showCalendar && ["rows", "empty"].includes(toolbar.calendar.content)
             anchors.verticalCenter: parent.verticalCenter
             iconName: "calendar"
             spokenName: checked ? Localizer.text("Return to the current week", "Revenir à la semaine actuelle")
