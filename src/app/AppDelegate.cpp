@@ -122,6 +122,7 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
         .interaction = interactionModel_,
         .geometry = *geometry_,
         .reminders = reminders,
+        .history = history_,
         .calendarStore = calendar,
         .feedbackClient = [this]() -> FeedbackAPIClient& { return feedbackClient(); },
         .collection = collectionSwitch(),

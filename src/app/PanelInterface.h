@@ -6,6 +6,7 @@
 #include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
 #include "ui/FeedbackViewModel.h"
+#include "ui/HistoryViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/NewEventViewModel.h"
 #include "ui/PanelView.h"
@@ -29,6 +30,7 @@ class NotchGeometry;
 class NotchInteractionModel;
 class NotificationCenter;
 class Preferences;
+class ReminderActionHistory;
 class ReminderStore;
 
 /// The view models and the view they fill, built in the order in which they need each other. Thread: main.
@@ -44,6 +46,7 @@ class PanelInterface {
         NotchInteractionModel& interaction;
         NotchGeometry& geometry;
         ReminderStore& reminders;
+        ReminderActionHistory& history;
         CalendarStore& calendarStore;
         std::function<FeedbackAPIClient&()> feedbackClient;
         std::optional<CollectionSwitch> collection;
@@ -62,8 +65,9 @@ class PanelInterface {
         , newEvent(models.calendarStore, models.clock, models.calendar, localizer)
         , calendarEdit(models.calendarStore, models.clock, models.calendar, localizer)
         , reminderEdit(models.reminders, models.clock, models.calendar, localizer)
+        , history(models.history, models.notifications, localizer)
         , view({models.interaction, localizer, appearance, panel, reminders, calendar, quickAdd, settings,
-                newEvent, calendarEdit, reminderEdit}) {}
+                newEvent, calendarEdit, reminderEdit, history}) {}
 
     Localizer localizer;
     Appearance appearance{nullptr};
@@ -76,6 +80,7 @@ class PanelInterface {
     NewEventViewModel newEvent;
     CalendarEditViewModel calendarEdit;
     ReminderEditViewModel reminderEdit;
+    HistoryViewModel history;
     PanelView view;
 };
 

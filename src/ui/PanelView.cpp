@@ -4,6 +4,7 @@
 #include "ui/Appearance.h"
 #include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
+#include "ui/HistoryViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/NewEventViewModel.h"
 #include "ui/PanelViewModel.h"
@@ -108,6 +109,7 @@ PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQml
         {QStringLiteral("newEvent"), QVariant::fromValue(&models.newEvent)},
         {QStringLiteral("calendarEdit"), QVariant::fromValue(&models.calendarEdit)},
         {QStringLiteral("reminderEdit"), QVariant::fromValue(&models.reminderEdit)},
+        {QStringLiteral("history"), QVariant::fromValue(&models.history)},
         {QStringLiteral("overlays"), QVariant::fromValue(overlays_.get())},
         {QStringLiteral("loadInBackground"), loading == Loading::inBackground},
     });

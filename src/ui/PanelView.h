@@ -11,6 +11,7 @@
 namespace kestrant {
 
 class Appearance;
+class HistoryViewModel;
 class CalendarEditViewModel;
 class CalendarViewModel;
 class Localizer;
@@ -44,6 +45,7 @@ class PanelView : public QQuickView {
         NewEventViewModel& newEvent;
         CalendarEditViewModel& calendarEdit;
         ReminderEditViewModel& reminderEdit;
+        HistoryViewModel& history;
     };
     /// When the expanded content is loaded.
     enum class Loading {

@@ -16,6 +16,7 @@
 #include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
 #include "ui/DemoData.h"
+#include "ui/HistoryViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/NewEventViewModel.h"
 #include "ui/PanelView.h"
@@ -135,6 +136,7 @@ struct Stage {
     InMemoryEventStore database{time, time, calendar};
     QTemporaryDir folder;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
+    ReminderActionHistory actions{time, time};
     ReminderStore store{ReminderStoreServices{.eventStore = database,
                                               .scheduler = time,
                                               .clock = time,
@@ -142,7 +144,8 @@ struct Stage {
                                               .defaults = defaults,
                                               .localization = localization,
                                               .notifications = notifications,
-                                              .ledger = ledger}};
+                                              .ledger = ledger,
+                                              .history = &actions}};
     AtOnce executor;
     CalendarStore calendarStore{CalendarStoreServices{
         .eventStore = database,
@@ -172,8 +175,9 @@ struct Stage {
     NewEventViewModel newEvent{calendarStore, time, calendar, localizer};
     CalendarEditViewModel calendarEdit{calendarStore, time, calendar, localizer};
     ReminderEditViewModel reminderEdit{store, time, calendar, localizer};
+    HistoryViewModel history{actions, notifications, localizer};
     PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
-                    calendarEdit, reminderEdit},
+                    calendarEdit, reminderEdit, history},
                    PanelView::Loading::immediate};
 
     void addReminders() {

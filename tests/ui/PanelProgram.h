@@ -61,7 +61,7 @@ struct PanelProgram : Program {
     }
 
     PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
-                    calendarEdit, reminderEdit},
+                    calendarEdit, reminderEdit, history},
                    PanelView::Loading::immediate};
 };
 

@@ -16,6 +16,7 @@
 #include "ui/Appearance.h"
 #include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
+#include "ui/HistoryViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/NewEventViewModel.h"
 #include "ui/PanelViewModel.h"
@@ -86,6 +87,7 @@ struct Program {
     InMemoryEventStore database{time, time, calendar};
     QTemporaryDir folder;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
+    ReminderActionHistory actions{time, time};
     ReminderStore store{ReminderStoreServices{.eventStore = database,
                                               .scheduler = time,
                                               .clock = time,
@@ -93,7 +95,8 @@ struct Program {
                                               .defaults = defaults,
                                               .localization = localization,
                                               .notifications = notifications,
-                                              .ledger = ledger}};
+                                              .ledger = ledger,
+                                              .history = &actions}};
     ManualExecutor executor;
     CalendarStore calendarStore{CalendarStoreServices{
         .eventStore = database,
@@ -127,6 +130,7 @@ struct Program {
     NewEventViewModel newEvent{calendarStore, time, calendar, localizer};
     CalendarEditViewModel calendarEdit{calendarStore, time, calendar, localizer};
     ReminderEditViewModel reminderEdit{store, time, calendar, localizer};
+    HistoryViewModel history{actions, notifications, localizer};
     QString home;
     QString work;
 };

@@ -13,6 +13,7 @@ FocusScope {
     required property NewEventViewModel newEvent
     required property CalendarEditViewModel calendarEdit
     required property ReminderEditViewModel reminderEdit
+    required property HistoryViewModel history
     required property OverlayHost overlays
 
     readonly property int sideMargin: panel.earRadius + Theme.margin
@@ -167,6 +168,18 @@ FocusScope {
     Connections {
         target: content.reminders
         function onChangeFailed(message) { toast.show(message) }
+    }
+    Connections {
+        target: content.history
+        function onRecorded(title) {
+            toast.offer(title, Localizer.text("Undo", "Annuler"), () => content.history.undo())
+        }
+        function onReplayed() { toast.hide() }
+        function onFailed(title, message) {
+            content.overlays.dismiss("historyFailure")
+            content.overlays.present("historyFailure", "AlertPopover.qml", toolbar,
+                                     { alignment: "center", title: title, message: message })
+        }
     }
     Connections {
         target: content.calendarEdit

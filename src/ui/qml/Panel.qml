@@ -13,6 +13,7 @@ Item {
     required property NewEventViewModel newEvent
     required property CalendarEditViewModel calendarEdit
     required property ReminderEditViewModel reminderEdit
+    required property HistoryViewModel history
     required property OverlayHost overlays
     required property bool loadInBackground
     readonly property Item content: expanded.item
@@ -82,6 +83,7 @@ Item {
                 newEvent: root.newEvent
                 calendarEdit: root.calendarEdit
                 reminderEdit: root.reminderEdit
+                history: root.history
                 overlays: root.overlays
             }
             onLoaded: {

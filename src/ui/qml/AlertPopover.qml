@@ -1,0 +1,54 @@
+import QtQuick
+import Kestrant
+
+// Something did not work. Enter and Escape leave it.
+Popover {
+    id: popover
+
+    property string title
+    property string message
+
+    contentWidth: 300
+    contentHeight: column.height
+    padding: 16
+    spokenName: title
+    focus: true
+
+    Keys.onReturnPressed: close()
+    Keys.onEnterPressed: close()
+    Component.onCompleted: understood.forceActiveFocus(Qt.PopupFocusReason)
+
+    Column {
+        id: column
+        width: parent.width
+        spacing: 8
+
+        Text {
+            text: popover.title
+            width: parent.width
+            wrapMode: Text.Wrap
+            color: Theme.text
+            font.pixelSize: 14
+            font.weight: Font.DemiBold
+        }
+        Text {
+            text: popover.message
+            width: parent.width
+            bottomPadding: 6
+            wrapMode: Text.Wrap
+            color: Theme.chipText
+            font.pixelSize: 13
+            lineHeight: 18
+            lineHeightMode: Text.FixedHeight
+            Accessible.role: Accessible.AlertMessage
+            Accessible.name: text
+        }
+        PushButton {
+            id: understood
+            anchors.right: parent.right
+            text: Localizer.text("OK", "OK")
+            primary: true
+            onClicked: popover.close()
+        }
+    }
+}
