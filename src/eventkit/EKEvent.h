@@ -25,7 +25,8 @@ struct EKEventData {
     Instant startDate;
     /// Excluded. All-day: the start of the day after the last one.
     Instant endDate;
-    /// The zone the event is written in; absent for all-day and floating events.
+    /// The zone the event is written in: an IANA name, "UTC", or a distance from it such as "UTC+05:30".
+    /// Absent for all-day and floating events.
     std::optional<QByteArray> timeZone;
     /// For an occurrence of a series, the start that the rule gives it; it stays when the occurrence is
     /// moved.
