@@ -61,8 +61,10 @@ bool save(Stage& stage, const QString& path) {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     drawWindow(painter, stage.view);
-    for (QWindow* window : QGuiApplication::allWindows()) {
-        auto* overlay = qobject_cast<QQuickWindow*>(window);
+    // The newest comes first, and lies uppermost.
+    const QWindowList windows = QGuiApplication::allWindows();
+    for (auto window = windows.crbegin(); window != windows.crend(); ++window) {
+        auto* overlay = qobject_cast<QQuickWindow*>(*window);
         if (overlay && overlay != &stage.view && overlay->isVisible())
             drawWindow(painter, *overlay);
     }
@@ -89,8 +91,34 @@ std::function<void(Stage&)> expanded(std::function<void(Stage&)> then = [](Stage
     };
 }
 
+/// Chooses an entry of the menu of a calendar row, counted from 1.
+void chooseForRow(Stage& stage, const TextPair& title, int entry) {
+    int row = 0;
+    while (stage.days.rows()->rowAt(row).title != stage.localizer(title))
+        ++row;
+    QMetaObject::invokeMethod(stage.content(), "openRowMenu", Q_ARG(QVariant, row), Q_ARG(QVariant, 60),
+                              Q_ARG(QVariant, 20));
+    // Gives the menu the keyboard focus.
+    QCoreApplication::processEvents();
+    for (int press = 0; press < entry; ++press)
+        stage.press(Qt::Key_Down);
+    stage.press(Qt::Key_Return);
+    stage.time.advance(Duration(0));
+    QCoreApplication::processEvents();
+}
+
+void fillDisk(Stage& stage, InMemoryEventStore::Operation operation) {
+    stage.database.setFailure(
+        operation, EKError{EKError::Code::storage, text("The disk is full; nothing was written.",
+                                                        "Le disque est plein ; rien n’a été écrit.")});
+}
+
 std::vector<State> states() {
     const auto named = [](const char* name) { return QString::fromUtf8(name); };
+    const TextPair visit = text("Dinner at Tomas’s", "Dîner chez Tomas");
+    const TextPair slides =
+        text("Review slides for Tuesday’s planning", "Relire les diapos de la réunion de mardi");
+    const TextPair dinner = text("Dinner with Maren", "Dîner avec Maren");
     return {
         {named("resting"),
          [](Stage& stage) {
@@ -255,6 +283,53 @@ std::vector<State> states() {
         {named("drag-full-calendar"), expanded([](Stage& stage) {
              stage.showFullCalendar();
              stage.drag({360, 70}, {780, 190});
+         })},
+        {named("edit-event"), expanded([visit](Stage& stage) {
+             chooseForRow(stage, visit, 1);
+             stage.calendarEdit.setLocation(stage.localizer(text("8 Mill Lane", "8, rue du Moulin")));
+             stage.calendarEdit.setNotes(stage.localizer(
+                 text("Bring the wine and the board game.", "Apporter le vin et le jeu de société.")));
+         })},
+        {named("edit-event-day"), expanded([visit](Stage& stage) {
+             chooseForRow(stage, visit, 1);
+             stage.press(Qt::Key_Tab);
+             stage.press(Qt::Key_Tab);
+             stage.press(Qt::Key_Space);
+             QCoreApplication::processEvents();
+             stage.press(Qt::Key_Down);
+         })},
+        {named("edit-event-failed"), expanded([visit](Stage& stage) {
+             chooseForRow(stage, visit, 1);
+             stage.type(stage.localizer(text(", with Maren", ", avec Maren")));
+             for (const EKEventData& event : stage.database.allEvents())
+                 stage.database.dropEvent(event.calendarItemIdentifier);
+             stage.press(Qt::Key_Return);
+             stage.time.advance(Duration(0));
+         })},
+        {named("edit-reminder"), expanded([slides](Stage& stage) {
+             chooseForRow(stage, slides, 1);
+             stage.reminderEdit.setNotes(stage.localizer(
+                 text("They are in the shared folder.", "Elles sont dans le dossier partagé.")));
+         })},
+        {named("delete-event"), expanded([visit](Stage& stage) { chooseForRow(stage, visit, 2); })},
+        {named("delete-event-failed"), expanded([visit](Stage& stage) {
+             chooseForRow(stage, visit, 2);
+             fillDisk(stage, InMemoryEventStore::Operation::remove);
+             stage.press(Qt::Key_Return);
+             stage.time.advance(Duration(0));
+         })},
+        {named("detach-reminder"), expanded([slides](Stage& stage) { chooseForRow(stage, slides, 2); })},
+        {named("quick-add-event"), expanded([dinner](Stage& stage) {
+             stage.quickAdd.setType(QStringLiteral("event"));
+             stage.call("openQuickAdd");
+             stage.type(stage.localizer(dinner));
+         })},
+        {named("quick-add-event-failed"), expanded([dinner](Stage& stage) {
+             stage.quickAdd.setType(QStringLiteral("event"));
+             stage.call("openQuickAdd");
+             stage.type(stage.localizer(dinner));
+             stage.newEvent.times()->setEndTime(QStringLiteral("14:00"));
+             stage.press(Qt::Key_Return);
          })},
         {named("settings"), expanded([](Stage& stage) { stage.call("openSettings"); })},
     };

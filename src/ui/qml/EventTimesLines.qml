@@ -32,6 +32,7 @@ Column {
                 text: side.time
                 isWrong: side.isWrong
                 selectsOnFocus: true
+                horizontalAlignment: TextInput.AlignHCenter
                 spokenName: Localizer.text("%1, time", "%1, heure").arg(side.label)
                 onEdited: text => side.edited(text)
                 onAccepted: lines.accepted()

@@ -77,6 +77,7 @@ Popover {
                         text: popover.form.dueTime
                         isWrong: popover.form.dueTimeIsWrong
                         selectsOnFocus: true
+                        horizontalAlignment: TextInput.AlignHCenter
                         placeholder: Localizer.text("all day", "journée")
                         spokenName: Localizer.text("Time, empty for the whole day", "Heure, vide pour la journée entière")
                         onEdited: text => popover.form.dueTime = text

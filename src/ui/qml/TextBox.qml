@@ -12,6 +12,7 @@ FocusScope {
     property bool isWrong: false
     /// What is written here is short and rather written anew than changed.
     property bool selectsOnFocus: false
+    property alias horizontalAlignment: input.horizontalAlignment
     signal edited(string text)
     signal accepted
 
@@ -53,6 +54,7 @@ FocusScope {
             anchors.fill: parent
             visible: input.text === "" && input.preeditText === ""
             verticalAlignment: Text.AlignVCenter
+            horizontalAlignment: input.horizontalAlignment
             elide: Text.ElideRight
             text: box.placeholder
             color: Theme.secondaryText
