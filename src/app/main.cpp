@@ -14,6 +14,7 @@
 #include <QLocale>
 
 #include <cstdio>
+#include <cstdlib>
 
 using namespace kestrant;
 
@@ -51,6 +52,11 @@ int runCommand(int& argc, char** argv, const QStringList& arguments) {
                               .clock = clock,
                               .out = [](const QString& text) { std::fputs(qUtf8Printable(text), stdout); },
                               .err = [](const QString& text) { std::fputs(qUtf8Printable(text), stderr); },
+                              .leave =
+                                  [](int status) {
+                                      std::fflush(stdout);
+                                      std::_Exit(status);
+                                  },
                           });
 }
 

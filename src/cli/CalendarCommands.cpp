@@ -81,7 +81,7 @@ void CalendarCommands::carryOut() {
         return;
     case Command::calendars:
         run_.printCalendars(EKEntityType::event);
-        run_.finish();
+        run_.finishReading();
         return;
     case Command::addEvent:
         addEvent();
@@ -101,7 +101,7 @@ void CalendarCommands::printAgenda() {
         run_.print(dayGroupsAsText(store_.dayGroups(),
                                    store_.showsAllEvents() ? CalendarMode::full : CalendarMode::compact,
                                    run_.outputContext()));
-    run_.finish();
+    run_.finishReading();
 }
 
 bool CalendarCommands::isEventCalendar(const QString& identifier) const {

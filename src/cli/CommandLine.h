@@ -25,6 +25,9 @@ struct CommandLineEnvironment {
     /// Take text for the standard output and for the standard error.
     std::function<void(const QString& text)> out;
     std::function<void(const QString& text)> err;
+    /// Ends the process with this exit status as soon as what was printed is out. A command that has only
+    /// read ends by it, since giving back a large database takes long; may be empty.
+    std::function<void(int status)> leave;
 };
 
 /// Carries out one command; `arguments` are those after the program's name. Needs a QCoreApplication, whose

@@ -59,6 +59,12 @@ void CommandRun::finish() const {
     QCoreApplication::exit(done);
 }
 
+void CommandRun::finishReading() const {
+    if (environment.leave)
+        environment.leave(done);
+    finish();
+}
+
 void CommandRun::refuse(const TextPair& reason) const {
     printError(reason);
     QCoreApplication::exit(refused);

@@ -51,6 +51,8 @@ class CommandRun {
     void printProblems() const;
 
     void finish() const;
+    /// Ends a command that has changed nothing.
+    void finishReading() const;
     /// Ends without having done what was asked.
     void refuse(const TextPair& reason) const;
 };

@@ -76,11 +76,11 @@ void ReminderCommands::carryOut() {
             run_.printJson(tasksAsJson(store_.visibleTasks(), run_.environment.calendar));
         else
             run_.print(tasksAsTable(store_.visibleTasks(), store_.lists(), run_.outputContext()));
-        run_.finish();
+        run_.finishReading();
         return;
     case Command::lists:
         run_.printCalendars(EKEntityType::reminder);
-        run_.finish();
+        run_.finishReading();
         return;
     case Command::show:
         show();
@@ -115,7 +115,7 @@ void ReminderCommands::show() {
         run_.printJson(reminderAsJson(task, reminder->data, run_.environment.calendar));
     else
         run_.print(reminderAsTable(task, reminder->data, store_.lists(), run_.outputContext()));
-    run_.finish();
+    run_.finishReading();
 }
 
 void ReminderCommands::add() {
