@@ -97,6 +97,11 @@ bool ReminderCardModel::isWritableAt(int row) const {
     return row >= 0 && row < count() && presenter_(tasks_[row], false).isWritable;
 }
 
+QString ReminderCardModel::listIdOf(const QString& taskId) const {
+    const int row = rowOf(taskId);
+    return row < 0 ? QString() : tasks_[std::size_t(row)].listID;
+}
+
 int ReminderCardModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : count();
 }

@@ -78,6 +78,8 @@ class ReminderCardModel : public QAbstractListModel {
     /// Empty, and false, for a row that does not exist.
     [[nodiscard]] Q_INVOKABLE QString taskIdAt(int row) const;
     [[nodiscard]] Q_INVOKABLE bool isWritableAt(int row) const;
+    /// The list of a task; empty when there is none with this id.
+    [[nodiscard]] Q_INVOKABLE QString listIdOf(const QString& taskId) const;
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;

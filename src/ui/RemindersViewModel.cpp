@@ -69,6 +69,8 @@ RemindersViewModel::RemindersViewModel(ReminderStore& store, const Clock& clock,
         updateContent();
     });
     connect(&store, &ReminderStore::filterCountsChanged, this, &RemindersViewModel::countsChanged);
+    connect(&store, &ReminderStore::isFlagLoadingChanged, this, &RemindersViewModel::flagSyncChanged);
+    connect(&store, &ReminderStore::flagFilterErrorChanged, this, &RemindersViewModel::flagSyncChanged);
     connect(&store, &ReminderStore::sortModeChanged, this, &RemindersViewModel::sortModeChanged);
     connect(&store, &ReminderStore::searchQueryChanged, this, [this] {
         Q_EMIT searchQueryChanged();
@@ -82,6 +84,7 @@ RemindersViewModel::RemindersViewModel(ReminderStore& store, const Clock& clock,
     connect(&store, &ReminderStore::revealRequested, this,
             [this](const ReminderRevealRequest& request) { Q_EMIT revealRequested(request.reminderID); });
     connect(&localizer, &Localizer::languageChanged, this, [this] {
+        Q_EMIT flagSyncChanged();
         cards_.refreshTexts();
         Q_EMIT contentChanged();
         Q_EMIT listsChanged();
@@ -226,6 +229,14 @@ int RemindersViewModel::flaggedCount() const {
     return store_.filterCounts().flagged;
 }
 
+bool RemindersViewModel::isFlagLoading() const {
+    return store_.isFlagLoading();
+}
+
+QString RemindersViewModel::flagFilterError() const {
+    return store_.flagFilterError() ? localizer_(*store_.flagFilterError()) : QString();
+}
+
 QVariantList RemindersViewModel::sortModes() const {
     QVariantList modes;
     for (const ReminderSortMode mode : allReminderSortModes)
@@ -256,10 +267,37 @@ void RemindersViewModel::toggleCompletion(const QString& taskId) {
 }
 
 void RemindersViewModel::remove(const QString& taskId) {
-    store_.remove(taskId, [self = QPointer(this)](const tl::expected<void, ReminderStoreError>& result) {
+    store_.remove(taskId, reportFailure());
+}
+
+void RemindersViewModel::toggleFlag(const QString& taskId) {
+    store_.toggleFlag(taskId, reportFailure());
+}
+
+void RemindersViewModel::moveToList(const QString& taskId, const QString& listId) {
+    store_.move(taskId, listId, reportFailure());
+}
+
+void RemindersViewModel::clearDueDate(const QString& taskId) {
+    store_.clearDueDate(taskId, reportFailure());
+}
+
+void RemindersViewModel::placeAt(const QString& taskId, int row) {
+    QStringList ids;
+    for (const ReminderTask& task : cards_.tasks())
+        ids.append(task.id);
+    const qsizetype from = ids.indexOf(taskId);
+    if (from < 0 || row < 0 || row >= ids.size() || from == row)
+        return;
+    ids.move(from, row);
+    store_.commitManualOrder(ids);
+}
+
+std::function<void(const tl::expected<void, ReminderStoreError>&)> RemindersViewModel::reportFailure() {
+    return [self = QPointer(this)](const tl::expected<void, ReminderStoreError>& result) {
         if (self && !result)
             Q_EMIT self->changeFailed(self->localizer_(result.error().message()));
-    });
+    };
 }
 
 void RemindersViewModel::moveToDay(const QString& taskId, const QString& day) {
@@ -270,11 +308,7 @@ void RemindersViewModel::moveToDay(const QString& taskId, const QString& day) {
     const Instant dueDate = dueDateOn(*task, date);
     if (task->dueDate == dueDate)
         return;
-    store_.reschedule(taskId, dueDate, task->dueDate && task->dueDateIncludesTime,
-                      [self = QPointer(this)](const tl::expected<void, ReminderStoreError>& result) {
-                          if (self && !result)
-                              Q_EMIT self->changeFailed(self->localizer_(result.error().message()));
-                      });
+    store_.reschedule(taskId, dueDate, task->dueDate && task->dueDateIncludesTime, reportFailure());
 }
 
 Instant RemindersViewModel::dueDateOn(const ReminderTask& task, QDate day) const {

@@ -10,10 +10,15 @@
 #include <QString>
 #include <QVariantList>
 
+#include <tl/expected.hpp>
+
+#include <functional>
+
 namespace kestrant {
 
 class Localizer;
 class ReminderStore;
+struct ReminderStoreError;
 struct ReminderTask;
 
 /// The reminders module: cards, lists, filters, order, search, and what a person can do with them. Holds no
@@ -43,6 +48,10 @@ class RemindersViewModel : public QObject {
     Q_PROPERTY(int todayCount READ todayCount NOTIFY countsChanged)
     Q_PROPERTY(int overdueCount READ overdueCount NOTIFY countsChanged)
     Q_PROPERTY(int flaggedCount READ flaggedCount NOTIFY countsChanged)
+    /// Flags that were set elsewhere are being read.
+    Q_PROPERTY(bool isFlagLoading READ isFlagLoading NOTIFY flagSyncChanged)
+    /// Why they are not known; empty when they are.
+    Q_PROPERTY(QString flagFilterError READ flagFilterError NOTIFY flagSyncChanged)
 
     /// {rawValue, title} each.
     Q_PROPERTY(QVariantList sortModes READ sortModes NOTIFY sortModesChanged)
@@ -71,6 +80,8 @@ class RemindersViewModel : public QObject {
     [[nodiscard]] int todayCount() const;
     [[nodiscard]] int overdueCount() const;
     [[nodiscard]] int flaggedCount() const;
+    [[nodiscard]] bool isFlagLoading() const;
+    [[nodiscard]] QString flagFilterError() const;
     [[nodiscard]] QVariantList sortModes() const;
     [[nodiscard]] QString sortMode() const;
     void setSortMode(const QString& rawValue);
@@ -80,6 +91,11 @@ class RemindersViewModel : public QObject {
     /// Asks for completion, or takes it back while that is possible.
     Q_INVOKABLE void toggleCompletion(const QString& taskId);
     Q_INVOKABLE void remove(const QString& taskId);
+    Q_INVOKABLE void toggleFlag(const QString& taskId);
+    Q_INVOKABLE void moveToList(const QString& taskId, const QString& listId);
+    Q_INVOKABLE void clearDueDate(const QString& taskId);
+    /// Puts a card in this place among those on show; from then on the cards are in manual order.
+    Q_INVOKABLE void placeAt(const QString& taskId, int row);
     /// Due on that day ("2026-11-24") from now on, at the time of day it has; without one, the whole day.
     Q_INVOKABLE void moveToDay(const QString& taskId, const QString& day);
     /// The due date in words that moveToDay() would give it.
@@ -95,6 +111,7 @@ class RemindersViewModel : public QObject {
     void listsChanged();
     void filtersChanged();
     void countsChanged();
+    void flagSyncChanged();
     void sortModesChanged();
     void sortModeChanged();
     void searchQueryChanged();
@@ -107,6 +124,8 @@ class RemindersViewModel : public QObject {
 
   private:
     void updateContent();
+    /// Tells of a change that did not happen.
+    [[nodiscard]] std::function<void(const tl::expected<void, ReminderStoreError>&)> reportFailure();
     /// A task's due date moved to another day.
     [[nodiscard]] Instant dueDateOn(const ReminderTask& task, QDate day) const;
     [[nodiscard]] ReminderCard card(const ReminderTask& task, bool isPending) const;

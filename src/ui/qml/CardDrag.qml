@@ -11,10 +11,15 @@ Item {
     /// in it that the card is held over.
     required property CalendarModule calendar
 
+    /// The cards. Must have `dropIndex`, the place where a card would be let go, `carriedAt` as above, and `place`.
+    required property var grid
+
     /// Identifier of the carried reminder; empty when there is none.
     property string carried
     readonly property bool active: carried !== ""
-    readonly property string day: active ? calendar.dropDay : ""
+    /// The carried card may get another day.
+    readonly property bool canReschedule: image.card !== null && image.card.isWritable
+    readonly property string day: active && canReschedule ? calendar.dropDay : ""
 
     property point origin
     property point grip
@@ -22,7 +27,7 @@ Item {
 
     /// Takes up the card that `item` shows, held at a point of the scene.
     function begin(item, scenePoint) {
-        if (active || !calendar.visible)
+        if (active)
             return
         home.stop()
         image.card = item.card
@@ -32,25 +37,33 @@ Item {
         grip = Qt.point(hand.x - origin.x, hand.y - origin.y)
         image.opacity = 1
         carried = item.card.id
-        const frame = calendar.mapToItem(null, 0, 0, calendar.width, calendar.height)
+        const frame = calendar.visible ? calendar.mapToItem(null, 0, 0, calendar.width, calendar.height)
+                                       : Qt.rect(0, 0, 0, 0)
         panel.beginReminderDrag(carried, frame)
+        follow()
+    }
+    function follow() {
         calendar.carriedAt = mapToItem(calendar, hand.x, hand.y)
+        grid.carriedAt = mapToItem(grid, hand.x, hand.y)
     }
     function moveTo(scenePoint) {
         if (!active)
             return
         hand = mapFromItem(null, scenePoint.x, scenePoint.y)
-        calendar.carriedAt = mapToItem(calendar, hand.x, hand.y)
+        follow()
     }
     /// Lets the card go where it is.
     function drop() {
         if (!active)
             return
         const id = carried
-        const day = calendar.dropDay
-        putDown(day !== "")
+        const day = drag.day
+        const place = grid.dropIndex
+        putDown(day !== "" || place >= 0)
         if (day !== "") {
             reminders.moveToDay(id, day)
+            fade.start()
+        } else if (place >= 0 && grid.place(id, place)) {
             fade.start()
         } else {
             home.start()

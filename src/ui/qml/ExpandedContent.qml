@@ -104,7 +104,6 @@ FocusScope {
         overlays: content.overlays
         actions: editActions
         drag: drag
-        canCarry: calendarModule.visible
         onLeftUpwards: toolbar.nextItemInFocusChain(true).forceActiveFocus(Qt.BacktabFocusReason)
         onEscaped: content.leave()
     }
@@ -143,7 +142,7 @@ FocusScope {
         actions: editActions
         tooltip: tooltip
         isShown: content.panel.isExpanded
-        isTarget: drag.active
+        isTarget: drag.active && drag.canReschedule
         onLeftUpwards: toolbar.nextItemInFocusChain(true).forceActiveFocus(Qt.BacktabFocusReason)
         onEscaped: content.leave()
     }
@@ -153,6 +152,7 @@ FocusScope {
         panel: content.panel
         reminders: content.reminders
         calendar: calendarModule
+        grid: grid
     }
     Toast {
         id: toast

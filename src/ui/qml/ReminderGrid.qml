@@ -9,8 +9,16 @@ FocusScope {
     required property OverlayHost overlays
     /// Takes up the cards that are dragged away.
     required property CardDrag drag
-    /// There are days to drag a card to.
-    property bool canCarry: false
+    /// A card is held over this point of the grid, while one is carried.
+    property point carriedAt
+    /// Where the carried card would come to lie: before the card that is there now. -1 for nowhere.
+    readonly property int dropIndex: {
+        if (!drag.active || carriedAt.x < 0 || carriedAt.x > width || carriedAt.y < 0 || carriedAt.y > height)
+            return -1
+        const column = Math.max(0, Math.min(columns, Math.round(carriedAt.x / grid.cellWidth)))
+        const row = Math.max(0, Math.floor((carriedAt.y + grid.contentY - grid.originY) / grid.cellHeight))
+        return Math.min(grid.count, row * columns + column)
+    }
     required property EditActions actions
     /// What lies below the cards, to fade them into.
     property color ground: Theme.panel
@@ -37,6 +45,33 @@ FocusScope {
         if (reminders.cards.isWritableAt(index))
             reminders.remove(reminders.cards.taskIdAt(index))
     }
+    /// Moves a card to where `dropIndex` says. False when it lies there already.
+    function place(id, dropIndex) {
+        const from = reminders.cards.rowOf(id)
+        const to = dropIndex > from ? dropIndex - 1 : dropIndex
+        if (from < 0 || to === from)
+            return false
+        reminders.placeAt(id, to)
+        grid.currentIndex = to
+        return true
+    }
+    function shift(distance) {
+        const to = grid.currentIndex + distance
+        if (grid.currentIndex < 0 || to < 0 || to >= grid.count)
+            return
+        reminders.placeAt(reminders.cards.taskIdAt(grid.currentIndex), to)
+        grid.currentIndex = to
+        bringIntoView()
+    }
+    function chooseList(id, anchor, x, y) {
+        const lists = reminders.lists.filter(list => list.isWritable)
+        const present = reminders.cards.listIdOf(id)
+        overlays.present("card.list", "MenuPopover.qml", anchor, {
+            at: Qt.point(x, y), alignment: "left", title: Localizer.text("Move to list", "Déplacer vers la liste"),
+            entries: lists.map(list => ({ title: list.title, color: list.color, checked: list.id === present })),
+            choose: index => reminders.moveToList(id, lists[index].id)
+        })
+    }
     function editAt(index) {
         const item = grid.itemAtIndex(index)
         if (item)
@@ -56,21 +91,30 @@ FocusScope {
                   iconName: "circle", shortcut: Localizer.text("Space", "Espace"), enabled: item.card.isWritable },
                 { title: Localizer.text("Edit…", "Modifier…"), iconName: "edit",
                   shortcut: Localizer.text("Enter", "Entrée") },
+                { title: item.card.isFlagged ? Localizer.text("Remove flag", "Retirer le drapeau")
+                                             : Localizer.text("Flag", "Signaler"), iconName: "flag" },
+                { title: Localizer.text("Move to list…", "Déplacer vers la liste…"), iconName: "list",
+                  enabled: item.card.isWritable },
                 { title: Localizer.text("Move to today", "Reporter à aujourd’hui"), iconName: "today",
                   enabled: item.card.isWritable },
                 { title: Localizer.text("Move to tomorrow", "Reporter à demain"), iconName: "arrowRight",
                   enabled: item.card.isWritable },
                 { title: Localizer.text("Move to next week", "Reporter à la semaine prochaine"), iconName: "calendar",
                   enabled: item.card.isWritable },
+                { title: Localizer.text("Clear due date", "Effacer l’échéance"), iconName: "close",
+                  enabled: item.card.isWritable && item.card.dueText !== "" },
                 { title: Localizer.text("Delete", "Supprimer"), iconName: "trash",
                   shortcut: Localizer.text("Del", "Suppr"), destructive: true, enabled: item.card.isWritable }
             ],
             choose: entry => [
                 () => reminders.toggleCompletion(id),
                 () => actions.editReminder(id, item),
+                () => reminders.toggleFlag(id),
+                () => chooseList(id, item, x, y),
                 () => reminders.moveToDay(id, reminders.dayNamed("today")),
                 () => reminders.moveToDay(id, reminders.dayNamed("tomorrow")),
                 () => reminders.moveToDay(id, reminders.dayNamed("nextWeek")),
+                () => reminders.clearDueDate(id),
                 () => reminders.remove(id)
             ][entry]()
         })
@@ -199,6 +243,14 @@ FocusScope {
         }
 
         Keys.onPressed: event => {
+            if (event.modifiers === Qt.AltModifier) {
+                const distance = { [Qt.Key_Left]: -1, [Qt.Key_Right]: 1, [Qt.Key_Up]: -root.columns,
+                                   [Qt.Key_Down]: root.columns }[event.key]
+                event.accepted = distance !== undefined
+                if (event.accepted)
+                    root.shift(distance)
+                return
+            }
             if (event.modifiers & ~(Qt.ShiftModifier | Qt.KeypadModifier))
                 return
             event.accepted = true
@@ -236,7 +288,6 @@ FocusScope {
 
     // One for all cards, so that a card that goes away meanwhile does not take the drag with it.
     DragHandler {
-        enabled: root.canCarry
         target: null
         acceptedButtons: Qt.LeftButton
         onActiveChanged: {
@@ -248,7 +299,7 @@ FocusScope {
             const held = grid.contentItem.mapFromItem(null, press.x, press.y)
             const index = grid.indexAt(held.x, held.y)
             const item = grid.itemAtIndex(index)
-            if (!item || !item.card.isWritable || item.card.isPending)
+            if (!item || item.card.isPending)
                 return
             root.makeCurrent(index, Qt.MouseFocusReason)
             root.drag.begin(item, press)
@@ -256,6 +307,29 @@ FocusScope {
         }
         onCentroidChanged: if (active) root.drag.moveTo(centroid.scenePosition)
         onCanceled: root.drag.cancel()
+    }
+    // A card held at the edge brings what lies beyond it into view.
+    Timer {
+        readonly property real speed: !root.drag.active || root.carriedAt.x < 0 || root.carriedAt.x > root.width ? 0
+                                    : root.carriedAt.y > root.height - 24 && root.carriedAt.y < root.height + 24 ? 5
+                                    : root.carriedAt.y < 24 && root.carriedAt.y > -24 ? -5 : 0
+        running: speed !== 0
+        repeat: true
+        interval: 16
+        onTriggered: grid.contentY = Math.max(root.highestY, Math.min(grid.contentY + speed, root.lowestY))
+    }
+    // Between which cards the carried one would come to lie.
+    Rectangle {
+        readonly property int from: root.drag.active ? root.reminders.cards.rowOf(root.drag.carried) : -1
+        readonly property int row: Math.floor(root.dropIndex / root.columns)
+        readonly property int column: root.dropIndex % root.columns
+        visible: root.dropIndex >= 0 && root.dropIndex !== from && root.dropIndex !== from + 1
+        x: column * grid.cellWidth - Theme.gap / 2 - width / 2
+        y: grid.originY + row * grid.cellHeight - grid.contentY + 4
+        width: 3
+        height: Theme.cardHeight - 8
+        radius: 1.5
+        color: Theme.accent
     }
     WheelHandler {
         target: null

@@ -112,7 +112,11 @@ FocusScope {
             text: Localizer.text("Flagged", "Signalés")
             iconName: "flag"
             compact: left.compact
-            tip: compact ? text : ""
+            // Beside the filter stands whether flags that were set elsewhere are known.
+            tip: toolbar.reminders.isFlagLoading ? Localizer.text("Reading flags…", "Lecture des drapeaux…")
+               : toolbar.reminders.flagFilterError !== "" ? toolbar.reminders.flagFilterError
+               : compact ? text : ""
+            countColor: toolbar.reminders.flagFilterError !== "" ? Theme.flag : Theme.secondaryText
             count: toolbar.reminders.flaggedCount
             checkable: true
             checked: toolbar.reminders.showsFlaggedOnly
