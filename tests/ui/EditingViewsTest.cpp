@@ -11,19 +11,6 @@ using testing::ElementsAre;
 
 namespace {
 
-/// The first visible text item that shows this text.
-QQuickItem* findText(QQuickItem* item, const QString& text) {
-    if (!item->isVisible())
-        return nullptr;
-    if (item->property("text").toString() == text)
-        return item;
-    for (QQuickItem* child : item->childItems()) {
-        if (QQuickItem* found = findText(child, text))
-            return found;
-    }
-    return nullptr;
-}
-
 /// The expanded panel with an event of today, 15:00 to 16:00, and a reminder due at 18:00.
 struct Editing : WithCalendars<PanelProgram> {
     Editing() {
@@ -46,9 +33,6 @@ struct Editing : WithCalendars<PanelProgram> {
     void edit(const char* title) { act("editRow", shown(title)); }
     void remove(const char* title) { act("removeRow", shown(title)); }
 
-    [[nodiscard]] bool shows(const char* text) {
-        return findText(keyWindow().contentItem(), QString::fromUtf8(text)) != nullptr;
-    }
     void type(const QString& text) {
         for (const QChar letter : text)
             press(letter.toUpper().unicode(), letter);

@@ -10,6 +10,19 @@
 
 namespace kestrant::test {
 
+/// The first visible text item that shows this text.
+inline QQuickItem* findText(QQuickItem* item, const QString& text) {
+    if (!item->isVisible())
+        return nullptr;
+    if (item->property("text").toString() == text)
+        return item;
+    for (QQuickItem* child : item->childItems()) {
+        if (QQuickItem* found = findText(child, text))
+            return found;
+    }
+    return nullptr;
+}
+
 /// The program with its window.
 struct PanelProgram : Program {
     PanelProgram() {
@@ -55,6 +68,10 @@ struct PanelProgram : Program {
     void call(const char* function) {
         QMetaObject::invokeMethod(view.rootObject()->property("content").value<QQuickItem*>(), function);
         QCoreApplication::processEvents();
+    }
+    /// Whether a text is to be read on the surface that has the keyboard.
+    [[nodiscard]] bool shows(const char* text) {
+        return findText(keyWindow().contentItem(), QString::fromUtf8(text)) != nullptr;
     }
     [[nodiscard]] bool isOpen(const char* overlay) {
         return view.overlays().isPresented(QString::fromUtf8(overlay));

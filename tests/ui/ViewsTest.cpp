@@ -9,23 +9,6 @@ using testing::ElementsAre;
 
 namespace {
 
-/// The first visible text item that shows this text.
-QQuickItem* findText(QQuickItem* item, const QString& text) {
-    if (!item->isVisible())
-        return nullptr;
-    if (item->property("text").toString() == text)
-        return item;
-    for (QQuickItem* child : item->childItems()) {
-        if (QQuickItem* found = findText(child, text))
-            return found;
-    }
-    return nullptr;
-}
-
-bool shows(PanelProgram& program, const char* text) {
-    return findText(program.keyWindow().contentItem(), QString::fromUtf8(text)) != nullptr;
-}
-
 struct ThreeCards : PanelProgram {
     ThreeCards() {
         for (const char* title : {"a", "b", "c"})
@@ -37,11 +20,11 @@ struct ThreeCards : PanelProgram {
 
 TEST(Views, ChangeTheirLanguageAtOnce) {
     ThreeCards program;
-    EXPECT_TRUE(shows(program, "All lists"));
+    EXPECT_TRUE(program.shows("All lists"));
     program.preferences.setLanguage(Language::french);
-    EXPECT_TRUE(shows(program, "Toutes les listes"));
+    EXPECT_TRUE(program.shows("Toutes les listes"));
     program.call("openSort");
-    EXPECT_TRUE(shows(program, "Trier par"));
+    EXPECT_TRUE(program.shows("Trier par"));
 }
 
 TEST(Views, CompleteAndTakeBackByTheSpaceBar) {

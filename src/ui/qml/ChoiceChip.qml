@@ -20,6 +20,7 @@ Chip {
     Accessible.role: Accessible.ButtonMenu
     onClicked: {
         const offered = choices()
+        forceActiveFocus(Qt.OtherFocusReason)
         overlays.present("choice", "MenuPopover.qml", chip, {
             alignment: "right", spokenName: subject,
             entries: offered.map(entry => ({ title: entry.title, color: entry.color,

@@ -19,6 +19,7 @@ Popover {
     padding: 16
     spokenName: title
     focus: true
+    Accessible.description: message
 
     function accept() {
         if (isBusy)

@@ -18,6 +18,9 @@ Chip {
     text: picker.day === "" ? placeholder : picker.text
     spokenName: subject + ", " + text
     Accessible.role: Accessible.ButtonMenu
-    onClicked: overlays.present("day", "DayPopover.qml", chip,
-                                { alignment: "right", picker: picker, spokenName: subject })
+    onClicked: {
+        forceActiveFocus(Qt.OtherFocusReason)
+        overlays.present("day", "DayPopover.qml", chip,
+                         { alignment: "right", picker: picker, spokenName: subject })
+    }
 }

@@ -66,7 +66,8 @@ FocusScope {
             height: parent.height - y - popover.marginBottom
             radius: Theme.popoverRadius
             color: Theme.popover
-            border.color: Theme.border
+            // Opaque, since there is nothing of the surface below it.
+            border.color: Qt.tint(Theme.popover, Theme.border)
             border.width: 1
         }
         Item {
