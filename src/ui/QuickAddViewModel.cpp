@@ -2,6 +2,7 @@
 
 #include "reminders/ReminderDueText.h"
 #include "reminders/ReminderStore.h"
+#include "ui/AlertChoices.h"
 #include "ui/Choices.h"
 #include "ui/ListColor.h"
 #include "ui/Localizer.h"
@@ -10,6 +11,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <utility>
 
 namespace kestrant {
 
@@ -44,6 +46,10 @@ void QuickAddViewModel::begin() {
     if (isSaving_ || error_)
         return;
     title_.clear();
+    line_ = {};
+    refused_.clear();
+    isFlagged_ = false;
+    alert_.reset();
     priority_ = NewReminderPriority::normal;
     listID_.reset();
     dueDay_.setDay({});
@@ -64,17 +70,17 @@ void QuickAddViewModel::submit() {
         error_ = reason;
         Q_EMIT changed();
     };
-    NewReminder reminder{.title = title_, .priority = priority_};
+    NewReminder reminder{.title = line_.title, .priority = priority_, .isFlagged = isFlagged_};
     if (const ReminderList* chosen = list())
         reminder.listID = chosen->id;
-    const bool hasTime = !timeText_.trimmed().isEmpty();
-    const auto time = hasTime ? timeOfDay(timeText_) : std::optional(QTime(0, 0));
+    const auto time = hasTime() ? timeOfDay(timeText_) : std::optional(QTime(0, 0));
     if (!time)
         return refuse(unreadableTimeText());
     const ZoneCalendar calendar = calendar_.calendar();
-    reminder.dueDateIncludesTime = hasTime;
+    reminder.dueDateIncludesTime = hasTime();
+    reminder.dueAlertSchedule = alert();
     if (const QDate day = dueDay_.day(); day.isValid())
-        reminder.dueDate = hasTime ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
+        reminder.dueDate = hasTime() ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
 
     isSaving_ = true;
     error_.reset();
@@ -104,7 +110,89 @@ void QuickAddViewModel::setTitle(const QString& title) {
     if (title == title_)
         return;
     title_ = title;
+    understand();
     edited();
+}
+
+void QuickAddViewModel::understand() {
+    std::vector<TextRange> refused;
+    for (const QString& words : refused_)
+        if (const qsizetype start = title_.indexOf(words); start >= 0)
+            refused.push_back({start, words.size()});
+    const QuickAddLine before = std::exchange(
+        line_,
+        parseQuickAdd(title_, {clock_.now(), calendar_.calendar(), localizer_.language(), store_.lists()},
+                      refused));
+    // A line that is nothing but a date is a title.
+    if (line_.title.trimmed().isEmpty())
+        line_ = QuickAddLine{.title = title_};
+    if (line_.day != before.day)
+        dueDay_.setDay(line_.day.value_or(QDate()));
+    if (line_.time != before.time)
+        timeText_ = line_.time ? kestrant::timeText(*line_.time) : QString();
+    if (line_.priority != before.priority)
+        priority_ = line_.priority.value_or(NewReminderPriority::normal);
+    if (line_.listID != before.listID)
+        listID_ = line_.listID;
+}
+
+void QuickAddViewModel::refuse(int piece) {
+    if (piece < 0 || piece >= int(line_.pieces.size()))
+        return;
+    const TextRange range = line_.pieces[std::size_t(piece)].range;
+    refused_.append(title_.mid(range.start, range.length));
+    understand();
+    edited();
+}
+
+QVariantList QuickAddViewModel::pieces() const {
+    const auto name = [](QuickAddPiece::Kind kind) {
+        switch (kind) {
+        case QuickAddPiece::Kind::day:
+            return QStringLiteral("day");
+        case QuickAddPiece::Kind::time:
+            return QStringLiteral("time");
+        case QuickAddPiece::Kind::priority:
+            return QStringLiteral("priority");
+        case QuickAddPiece::Kind::list:
+            return QStringLiteral("list");
+        }
+        return QString();
+    };
+    QVariantList result;
+    for (const QuickAddPiece& piece : line_.pieces)
+        result.append(
+            QVariantMap{{QStringLiteral("kind"), name(piece.kind)},
+                        {QStringLiteral("words"), title_.mid(piece.range.start, piece.range.length)}});
+    return result;
+}
+
+void QuickAddViewModel::setFlagged(bool flagged) {
+    if (flagged == isFlagged_)
+        return;
+    isFlagged_ = flagged;
+    edited();
+}
+
+std::optional<ReminderAlertSchedule> QuickAddViewModel::alert() const {
+    return dueDay_.day().isValid() ? fittingAlert(alert_, hasTime()) : std::nullopt;
+}
+
+QString QuickAddViewModel::alertId() const {
+    return kestrant::alertId(alert());
+}
+
+void QuickAddViewModel::setAlertId(const QString& id) {
+    alert_ = alertWithId(id);
+    edited();
+}
+
+QString QuickAddViewModel::alertTitle() const {
+    return kestrant::alertTitle(alert(), localizer_);
+}
+
+QVariantList QuickAddViewModel::alerts() const {
+    return alertChoices(hasTime(), alert(), localizer_);
 }
 
 QString QuickAddViewModel::priority() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "reminders/QuickAddParser.h"
 #include "reminders/ReminderTask.h"
 #include "ui/DayPicker.h"
 
@@ -7,6 +8,7 @@
 #include <QObject>
 #include <QQmlEngine>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
 
 #include <optional>
@@ -24,7 +26,11 @@ class QuickAddViewModel : public QObject {
 
     /// "reminder" or "event": what the popover was last used for.
     Q_PROPERTY(QString type READ type WRITE setType NOTIFY changed)
+    /// The line as typed. A day, a time, a priority and a list in it are understood and are no part of the
+    /// reminder's title; what is chosen by hand afterwards wins.
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
+    /// {kind, words} each: what was understood; kind is "day", "time", "priority" or "list".
+    Q_PROPERTY(QVariantList pieces READ pieces NOTIFY changed)
     /// "high", "normal" or "low".
     Q_PROPERTY(QString priority READ priority WRITE setPriority NOTIFY changed)
     /// {rawValue, title} each, from low to high.
@@ -37,6 +43,10 @@ class QuickAddViewModel : public QObject {
     Q_PROPERTY(kestrant::DayPicker* dueDay READ dueDay CONSTANT)
     /// As typed; empty for a whole day.
     Q_PROPERTY(QString timeText READ timeText WRITE setTimeText NOTIFY changed)
+    Q_PROPERTY(bool isFlagged READ isFlagged WRITE setFlagged NOTIFY changed)
+    /// See AlertChoices; empty for none.
+    Q_PROPERTY(QString alertId READ alertId WRITE setAlertId NOTIFY changed)
+    Q_PROPERTY(QString alertTitle READ alertTitle NOTIFY changed)
     /// Day and time in words; empty without a due date.
     Q_PROPERTY(QString dueText READ dueText NOTIFY changed)
     Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY changed)
@@ -52,11 +62,21 @@ class QuickAddViewModel : public QObject {
     Q_INVOKABLE void begin();
     /// Saves; ends with `added`, or with errorText set and everything left as it was written.
     Q_INVOKABLE void submit();
+    /// The words of this piece mean nothing but themselves.
+    Q_INVOKABLE void refuse(int piece);
+    /// {id, title} each, for the due date as it is.
+    Q_INVOKABLE [[nodiscard]] QVariantList alerts() const;
 
     [[nodiscard]] const QString& type() const { return type_; }
     void setType(const QString& type);
     [[nodiscard]] const QString& title() const { return title_; }
     void setTitle(const QString& title);
+    [[nodiscard]] QVariantList pieces() const;
+    [[nodiscard]] bool isFlagged() const { return isFlagged_; }
+    void setFlagged(bool flagged);
+    [[nodiscard]] QString alertId() const;
+    void setAlertId(const QString& id);
+    [[nodiscard]] QString alertTitle() const;
     [[nodiscard]] QString priority() const;
     void setPriority(const QString& rawValue);
     [[nodiscard]] QVariantList priorities() const;
@@ -80,6 +100,10 @@ class QuickAddViewModel : public QObject {
 
   private:
     void edited();
+    /// Reads the line, and takes over what it says now and did not say before.
+    void understand();
+    [[nodiscard]] bool hasTime() const { return !timeText_.trimmed().isEmpty(); }
+    [[nodiscard]] std::optional<ReminderAlertSchedule> alert() const;
     [[nodiscard]] const ReminderList* list() const;
     [[nodiscard]] std::optional<QString> preferredListID() const;
 
@@ -89,6 +113,11 @@ class QuickAddViewModel : public QObject {
     Localizer& localizer_;
     QString type_ = QStringLiteral("reminder");
     QString title_;
+    QuickAddLine line_;
+    /// Words that were refused.
+    QStringList refused_;
+    bool isFlagged_ = false;
+    std::optional<ReminderAlertSchedule> alert_;
     NewReminderPriority priority_ = NewReminderPriority::normal;
     std::optional<QString> listID_;
     DayPicker dueDay_;

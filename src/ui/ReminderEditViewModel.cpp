@@ -1,6 +1,7 @@
 #include "ui/ReminderEditViewModel.h"
 
 #include "reminders/ReminderStore.h"
+#include "ui/AlertChoices.h"
 #include "ui/Choices.h"
 #include "ui/ListColor.h"
 #include "ui/Localizer.h"
@@ -71,6 +72,7 @@ int ReminderEditViewModel::begin(const QString& reminderId) {
     title_ = details.title;
     notes_ = details.notes;
     priority_ = details.priority;
+    alert_ = details.dueAlertSchedule;
     const ReminderList* list = find(store_.lists(), details.listID);
     list_ = list ? *list : ReminderList{.id = details.listID};
     dueDay_.setDay(details.dueDate ? calendar_.dayOf(*details.dueDate) : QDate());
@@ -164,8 +166,6 @@ bool ReminderEditViewModel::takeDueDate(ReminderEditDetails& details) {
     details.dueDate.reset();
     if (day.isValid())
         details.dueDate = hasTime ? calendar_.instantAt(day, *time) : calendar_.startOfDay(day);
-    else
-        details.dueAlertSchedule.reset();
     return true;
 }
 
@@ -179,6 +179,7 @@ void ReminderEditViewModel::save() {
     details.listID = list_.id;
     if (!takeDueDate(details))
         return fail(unreadableTimeText());
+    details.dueAlertSchedule = alert();
     if (details == *loaded_) {
         Q_EMIT saved();
         return;
@@ -203,6 +204,29 @@ void ReminderEditViewModel::finishSaving(int form, const tl::expected<void, Remi
         return fail(result.error().message());
     Q_EMIT changed();
     Q_EMIT saved();
+}
+
+std::optional<ReminderAlertSchedule> ReminderEditViewModel::alert() const {
+    return dueDay_.day().isValid() ? fittingAlert(alert_, hasTime()) : std::nullopt;
+}
+
+QString ReminderEditViewModel::alertId() const {
+    return kestrant::alertId(alert());
+}
+
+void ReminderEditViewModel::setAlertId(const QString& id) {
+    if (id == alertId())
+        return;
+    alert_ = alertWithId(id);
+    edited();
+}
+
+QString ReminderEditViewModel::alertTitle() const {
+    return kestrant::alertTitle(alert(), localizer_);
+}
+
+QVariantList ReminderEditViewModel::alerts() const {
+    return alertChoices(hasTime(), alert(), localizer_);
 }
 
 QString ReminderEditViewModel::errorText() const {

@@ -37,6 +37,9 @@ class ReminderEditViewModel : public QObject {
     Q_PROPERTY(QString listId READ listId WRITE setListId NOTIFY changed)
     Q_PROPERTY(QString listTitle READ listTitle NOTIFY changed)
     Q_PROPERTY(QColor listColor READ listColor NOTIFY changed)
+    /// See AlertChoices; empty for none.
+    Q_PROPERTY(QString alertId READ alertId WRITE setAlertId NOTIFY changed)
+    Q_PROPERTY(QString alertTitle READ alertTitle NOTIFY changed)
     Q_PROPERTY(QString notes READ notes WRITE setNotes NOTIFY changed)
     /// The reminder's list takes no changes.
     Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
@@ -61,6 +64,8 @@ class ReminderEditViewModel : public QObject {
     Q_INVOKABLE void end(int form);
     /// The lists that take reminders, {id, title, color} each.
     Q_INVOKABLE [[nodiscard]] QVariantList lists() const;
+    /// {id, title} each, for the due date as it is.
+    Q_INVOKABLE [[nodiscard]] QVariantList alerts() const;
 
     [[nodiscard]] const QString& title() const { return title_; }
     void setTitle(const QString& title) { set(title_, title); }
@@ -76,6 +81,9 @@ class ReminderEditViewModel : public QObject {
     void setListId(const QString& id);
     [[nodiscard]] const QString& listTitle() const { return list_.title; }
     [[nodiscard]] QColor listColor() const;
+    [[nodiscard]] QString alertId() const;
+    void setAlertId(const QString& id);
+    [[nodiscard]] QString alertTitle() const;
     [[nodiscard]] const QString& notes() const { return notes_; }
     void setNotes(const QString& notes) { set(notes_, notes); }
     [[nodiscard]] bool isReadOnly() const { return !list_.allowsContentModifications; }
@@ -94,6 +102,9 @@ class ReminderEditViewModel : public QObject {
     void edited();
     void fail(const TextPair& reason);
     void finishSaving(int form, const tl::expected<void, ReminderStoreError>& result);
+    [[nodiscard]] bool hasTime() const { return !dueTime_.trimmed().isEmpty(); }
+    /// The alert, as far as it fits the due date that is shown.
+    [[nodiscard]] std::optional<ReminderAlertSchedule> alert() const;
     /// Puts the due date that is shown into the details; false when its time cannot be read.
     [[nodiscard]] bool takeDueDate(ReminderEditDetails& details);
 
@@ -112,6 +123,7 @@ class ReminderEditViewModel : public QObject {
     int priority_ = 0;
     ReminderList list_;
     QString notes_;
+    std::optional<ReminderAlertSchedule> alert_;
     bool isSaving_ = false;
     std::optional<TextPair> error_;
     /// Counts forms, to tell a late result from one of the form that is shown.

@@ -173,6 +173,28 @@ Drawing list() {
     return drawing;
 }
 
+Drawing bell() {
+    Drawing drawing;
+    QPainterPath& body = drawing.lines;
+    body.moveTo(3, 11.5);
+    body.cubicTo(4.4, 10.2, 4.4, 9, 4.4, 7);
+    body.cubicTo(4.4, 4.6, 6, 3, 8, 3);
+    body.cubicTo(10, 3, 11.6, 4.6, 11.6, 7);
+    body.cubicTo(11.6, 9, 11.6, 10.2, 13, 11.5);
+    body.closeSubpath();
+    polyline(body, {{6.9, 13.6}, {9.1, 13.6}});
+    return drawing;
+}
+
+Drawing priority() {
+    Drawing drawing;
+    for (const double x : {5.0, 8.0, 11.0}) {
+        polyline(drawing.lines, {{x, 3.5}, {x, 9}});
+        drawing.areas.addEllipse(QPointF(x, 12), 0.9, 0.9);
+    }
+    return drawing;
+}
+
 const Drawing& drawingOf(const QString& name) {
     static const QHash<QString, Drawing> drawings{
         {QStringLiteral("search"), search()},
@@ -195,6 +217,8 @@ const Drawing& drawingOf(const QString& name) {
         {QStringLiteral("circle"), circle()},
         {QStringLiteral("edit"), edit()},
         {QStringLiteral("list"), list()},
+        {QStringLiteral("bell"), bell()},
+        {QStringLiteral("priority"), priority()},
     };
     static const Drawing nothing;
     const auto found = drawings.constFind(name);

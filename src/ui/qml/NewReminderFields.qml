@@ -14,6 +14,29 @@ Column {
 
     spacing: 12
 
+    // What was understood of the line; a click on one leaves its words in the title.
+    Flow {
+        visible: fields.form.pieces.length > 0
+        width: parent.width
+        spacing: 6
+        Repeater {
+            model: fields.form.pieces
+            delegate: Chip {
+                required property var modelData
+                required property int index
+                text: modelData.words
+                showsIcon: true
+                iconName: ({ day: "calendar", time: "overdue", priority: "priority", list: "list" })[modelData.kind]
+                showsCross: true
+                color: Theme.controlOn
+                textColor: Theme.text
+                spokenName: Localizer.text("Understood: %1. Press to keep it in the title.",
+                                           "Compris : %1. Appuyer pour le garder dans le titre.").arg(text)
+                onClicked: fields.form.refuse(index)
+                onCrossClicked: fields.form.refuse(index)
+            }
+        }
+    }
     Row {
         width: parent.width
         spacing: 8
@@ -58,6 +81,27 @@ Column {
                 fields.titleWanted()
             }
         }
+        Chip {
+            iconName: "flag"
+            showsIcon: true
+            text: ""
+            tip: Localizer.text("Flag", "Signaler")
+            spokenName: tip
+            checkable: true
+            checked: fields.form.isFlagged
+            onClicked: fields.form.isFlagged = !checked
+        }
+    }
+    ChoiceChip {
+        visible: fields.form.dueDay.day !== ""
+        overlays: fields.overlays
+        subject: Localizer.text("Alert", "Alerte")
+        text: fields.form.alertTitle
+        iconName: "bell"
+        showsIcon: true
+        chosenId: fields.form.alertId
+        choices: () => fields.form.alerts()
+        onChosen: id => fields.form.alertId = id
     }
 
     Row {

@@ -86,6 +86,19 @@ Popover {
                 }
             }
             FormLine {
+                visible: popover.form.dueDay.day !== ""
+                width: parent.width
+                label: Localizer.text("Alert", "Alerte")
+                ChoiceChip {
+                    overlays: popover.overlays
+                    subject: Localizer.text("Alert", "Alerte")
+                    text: popover.form.alertTitle
+                    chosenId: popover.form.alertId
+                    choices: () => popover.form.alerts()
+                    onChosen: id => popover.form.alertId = id
+                }
+            }
+            FormLine {
                 width: parent.width
                 label: Localizer.text("Priority", "Priorité")
                 Segmented {
