@@ -43,12 +43,11 @@ EventSeries::EventSeries(EventItem item, const QString& identifier, const QStrin
                          const ZoneCalendar& local)
     : item_(std::move(item))
     , local_(local)
-    , base_(item_.event.data)
     , length_(icalendar::lengthOf(item_.event.times, local))
     , zone_(icalendar::calendarOf(item_.event.times.start, local)) {
-    base_.calendarItemIdentifier = identifier;
-    base_.eventIdentifier = identifier;
-    base_.calendarIdentifier = calendarIdentifier;
+    item_.event.data.calendarItemIdentifier = identifier;
+    item_.event.data.eventIdentifier = identifier;
+    item_.event.data.calendarIdentifier = calendarIdentifier;
     const EventComponent& event = item_.event;
     if (!item_.recurs()) {
         if (!event.isCancelled)
@@ -74,9 +73,9 @@ EventSeries::EventSeries(EventItem item, const QString& identifier, const QStrin
 void EventSeries::addSingle(const EventComponent& component, const LocalTime& time, DateInterval interval,
                             std::optional<std::size_t> change) {
     EKEventData data = component.data;
-    data.calendarItemIdentifier = base_.calendarItemIdentifier;
-    data.eventIdentifier = base_.eventIdentifier;
-    data.calendarIdentifier = base_.calendarIdentifier;
+    data.calendarItemIdentifier = identifier();
+    data.eventIdentifier = identifier();
+    data.calendarIdentifier = calendarIdentifier();
     data.startDate = interval.start;
     data.endDate = interval.end;
     data.isDetached = component.recurrenceId.has_value();
@@ -184,7 +183,7 @@ std::vector<LocalTime> EventSeries::ruledTimes(const LocalTime& from, QDate last
 
 EventSeries::Occurrence EventSeries::ruledOccurrence(const LocalTime& time) const {
     const DateInterval interval = intervalFrom(time);
-    EKEventData data = base_;
+    EKEventData data = item_.event.data;
     data.startDate = interval.start;
     data.endDate = interval.end;
     data.occurrenceDate = interval.start;

@@ -27,8 +27,8 @@ class EventSeries {
                 const ZoneCalendar& local);
 
     [[nodiscard]] const icalendar::EventItem& item() const { return item_; }
-    [[nodiscard]] const QString& identifier() const { return base_.calendarItemIdentifier; }
-    [[nodiscard]] const QString& calendarIdentifier() const { return base_.calendarIdentifier; }
+    [[nodiscard]] const QString& identifier() const { return item_.event.data.calendarItemIdentifier; }
+    [[nodiscard]] const QString& calendarIdentifier() const { return item_.event.data.calendarIdentifier; }
 
     /// The occurrences that no rule gives: an event that does not recur, changed ones, and extra dates.
     [[nodiscard]] const std::vector<Occurrence>& singles() const { return singles_; }
@@ -67,10 +67,9 @@ class EventSeries {
                const std::function<bool(const icalendar::LocalTime&)>& isWanted) const;
     [[nodiscard]] Occurrence ruledOccurrence(const icalendar::LocalTime& time) const;
 
+    /// With the identifiers.
     icalendar::EventItem item_;
     ZoneCalendar local_;
-    /// The event's own values, with the identifiers.
-    EKEventData base_;
     icalendar::EventLength length_;
     ZoneCalendar zone_;
     std::vector<icalendar::RecurrenceRule> rules_;

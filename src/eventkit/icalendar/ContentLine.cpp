@@ -27,6 +27,14 @@ bool startsWithName(QByteArrayView content, QByteArrayView name) {
            content.first(name.size()).compare(name, Qt::CaseInsensitive) == 0;
 }
 
+/// What follows "keyword:", trimmed; empty where the keyword is another.
+QByteArrayView argumentOf(QByteArrayView keyword, QByteArrayView content) {
+    if (!startsWithName(content, keyword) || content.size() <= keyword.size() ||
+        content[keyword.size()] != ':')
+        return {};
+    return content.sliced(keyword.size() + 1).trimmed();
+}
+
 bool isContinuationByte(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
@@ -35,6 +43,7 @@ bool isContinuationByte(char byte) {
 
 Line::Line(QByteArray raw) : raw_(std::move(raw)) {
     const QByteArrayView text = withoutLineEnd(raw_);
+    rawSize_ = text.size();
     qsizetype done = 0;
     for (qsizetype feed = text.indexOf('\n'); feed >= 0; feed = text.indexOf('\n', feed + 1)) {
         unfolded_.append(text.sliced(done, lineEndStart(text, feed) - done));
@@ -42,6 +51,10 @@ Line::Line(QByteArray raw) : raw_(std::move(raw)) {
     }
     if (done > 0)
         unfolded_.append(text.sliced(done));
+    if (!argumentOf("BEGIN", content()).isEmpty())
+        kind_ = Kind::begin;
+    else if (!argumentOf("END", content()).isEmpty())
+        kind_ = Kind::end;
 }
 
 Line Line::make(QByteArrayView content, QByteArrayView lineEnd) {
@@ -60,7 +73,7 @@ Line Line::make(QByteArrayView content, QByteArrayView lineEnd) {
 }
 
 QByteArrayView Line::content() const {
-    return unfolded_.isNull() ? withoutLineEnd(raw_) : QByteArrayView(unfolded_);
+    return unfolded_.isNull() ? QByteArrayView(raw_).first(rawSize_) : QByteArrayView(unfolded_);
 }
 
 bool Line::isNamed(QByteArrayView name) const {
@@ -69,11 +82,8 @@ bool Line::isNamed(QByteArrayView name) const {
            (text.size() == name.size() || text[name.size()] == ':' || text[name.size()] == ';');
 }
 
-QByteArray Line::argumentOf(QByteArrayView keyword) const {
-    const QByteArrayView text = content();
-    if (!startsWithName(text, keyword) || text.size() <= keyword.size() || text[keyword.size()] != ':')
-        return {};
-    return text.sliced(keyword.size() + 1).trimmed().toByteArray().toUpper();
+QByteArray Line::componentName() const {
+    return argumentOf(kind_ == Kind::begin ? "BEGIN" : "END", content()).toByteArray().toUpper();
 }
 
 Property Property::parse(QByteArrayView content) {

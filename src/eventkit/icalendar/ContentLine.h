@@ -20,15 +20,19 @@ class Line {
     [[nodiscard]] QByteArrayView content() const;
     /// Whether it is a property of this name (given in capitals).
     [[nodiscard]] bool isNamed(QByteArrayView name) const;
-    /// For "BEGIN:X" or "END:X" the X in capitals, else empty.
-    [[nodiscard]] QByteArray begins() const { return argumentOf("BEGIN"); }
-    [[nodiscard]] QByteArray ends() const { return argumentOf("END"); }
+    /// Whether it begins or ends a component.
+    [[nodiscard]] bool isBegin() const { return kind_ == Kind::begin; }
+    [[nodiscard]] bool isEnd() const { return kind_ == Kind::end; }
+    /// The name of that component, in capitals.
+    [[nodiscard]] QByteArray componentName() const;
 
   private:
-    [[nodiscard]] QByteArray argumentOf(QByteArrayView keyword) const;
+    enum class Kind { property, begin, end };
 
     QByteArray raw_;
-    QByteArray unfolded_;  // only of a folded line
+    QByteArray unfolded_;    // only of a folded line
+    qsizetype rawSize_ = 0;  // without the line end
+    Kind kind_ = Kind::property;
 };
 
 /// The parts of a content line. Parameter values are without quotes; the value is as written, escapes

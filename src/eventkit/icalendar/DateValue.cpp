@@ -92,16 +92,20 @@ std::optional<DateComponents> readLocalDate(QByteArrayView value) {
     const auto day = digits(text, 6, 2);
     if (!year || !month || !day || !QDate::isValid(*year, *month, *day))
         return std::nullopt;
-    const QDate date(*year, *month, *day);
+    DateComponents result{.year = year, .month = month, .day = day};
     if (!timed)
-        return DateComponents::fromDate(date);
+        return result;
     const auto hour = digits(text, 9, 2);
     const auto minute = digits(text, 11, 2);
     const auto second = digits(text, 13, 2);
     if (!hour || !minute || !second || !QTime::isValid(*hour, *minute, std::min(*second, 59)) || *second > 60)
         return std::nullopt;
-    return DateComponents::fromDateTime(date, QTime(*hour, *minute, std::min(*second, 59)),
-                                        utc ? std::optional<QByteArray>("UTC") : std::nullopt);
+    result.hour = hour;
+    result.minute = minute;
+    result.second = std::min(*second, 59);
+    if (utc)
+        result.timeZone = "UTC";
+    return result;
 }
 
 std::optional<DateComponents> readDate(QByteArrayView value, const Property& property,
@@ -120,12 +124,12 @@ std::optional<DateComponents> readDate(QByteArrayView value, const Property& pro
 
 std::optional<Instant> readInstant(const std::optional<Property>& property, const Document& document,
                                    const ZoneCalendar& local) {
-    const auto components = property ? readDate(*property, document) : std::nullopt;
-    return components ? local.instantFrom(*components) : std::nullopt;
+    const auto date = property ? readDate(*property, document) : std::nullopt;
+    return date ? calendarOf(*date, local).instantFrom(*date) : std::nullopt;
 }
 
 ZoneCalendar calendarOf(const DateComponents& date, const ZoneCalendar& local) {
-    if (!date.timeZone || *date.timeZone == local.zone().id())
+    if (!date.timeZone)
         return local;
     static thread_local QHash<QByteArray, ZoneCalendar> known;
     const auto found = known.constFind(*date.timeZone);

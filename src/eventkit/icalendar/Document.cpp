@@ -38,10 +38,10 @@ void forEachComponent(std::span<const Line> lines, Visit visit) {
     std::size_t begin = 0;
     int depth = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (!lines[i].begins().isEmpty()) {
+        if (lines[i].isBegin()) {
             if (depth++ == 0)
                 begin = i;
-        } else if (!lines[i].ends().isEmpty() && --depth == 0) {
+        } else if (lines[i].isEnd() && --depth == 0) {
             visit(begin, i + 1);
         }
     }
@@ -56,9 +56,9 @@ template <typename Visit>
 void forEachOwnLine(std::span<const Line> lines, Visit visit) {
     int depth = 0;
     for (std::size_t i = 1; i + 1 < lines.size(); ++i) {
-        if (!lines[i].begins().isEmpty())
+        if (lines[i].isBegin())
             ++depth;
-        else if (!lines[i].ends().isEmpty())
+        else if (lines[i].isEnd())
             --depth;
         else if (depth == 0)
             visit(i);
@@ -69,10 +69,10 @@ void forEachOwnLine(std::span<const Line> lines, Visit visit) {
 std::optional<TextPair> brokenNesting(const std::vector<Line>& lines) {
     std::vector<QByteArray> open;
     for (const Line& line : lines) {
-        if (const QByteArray begun = line.begins(); !begun.isEmpty()) {
-            open.push_back(begun);
-        } else if (const QByteArray ended = line.ends(); !ended.isEmpty()) {
-            if (open.empty() || open.back() != ended)
+        if (line.isBegin()) {
+            open.push_back(line.componentName());
+        } else if (line.isEnd()) {
+            if (open.empty() || open.back() != line.componentName())
                 return text("its parts are not nested properly", "ses parties ne sont pas bien imbriquées");
             open.pop_back();
         }
@@ -106,7 +106,7 @@ std::vector<ComponentView> ComponentView::components(QByteArrayView componentNam
     std::vector<ComponentView> result;
     const auto content = inside(lines_);
     forEachComponent(content, [&](std::size_t begin, std::size_t end) {
-        if (content[begin].begins() == componentName)
+        if (content[begin].componentName() == componentName)
             result.emplace_back(content.subspan(begin, end - begin));
     });
     return result;
@@ -132,7 +132,7 @@ std::optional<Component> Component::parse(QByteArrayView text, QByteArrayView li
                                 ? line
                                 : Line::make(line.content(), lineEnd));
     }
-    if (lines.size() < 2 || lines.front().begins().isEmpty() || brokenNesting(lines))
+    if (lines.size() < 2 || !lines.front().isBegin() || brokenNesting(lines))
         return std::nullopt;
     std::size_t components = 0;
     std::size_t covered = 0;
@@ -156,7 +156,7 @@ std::vector<qsizetype> Component::ownLines(QByteArrayView propertyName) const {
 
 qsizetype Component::afterLastProperty() const {
     std::size_t position = 1;
-    while (position + 1 < lines_.size() && lines_[position].begins().isEmpty())
+    while (position + 1 < lines_.size() && !lines_[position].isBegin())
         ++position;
     return static_cast<qsizetype>(position);
 }
@@ -191,7 +191,7 @@ void Component::removeComponents(QByteArrayView componentName,
     std::vector<std::pair<std::size_t, std::size_t>> ranges;
     const std::span<const Line> content = inside(lines_);
     forEachComponent(content, [&](std::size_t begin, std::size_t end) {
-        if (content[begin].begins() == componentName &&
+        if (content[begin].componentName() == componentName &&
             doomed(ComponentView(content.subspan(begin, end - begin))))
             ranges.emplace_back(begin + 1, end + 1);
     });
@@ -235,10 +235,10 @@ void Document::findParts() {
     parts_.clear();
     const std::span<const Line> lines(lines_);
     forEachComponent(lines, [&](std::size_t begin, std::size_t end) {
-        if (lines[begin].begins() != "VCALENDAR")
+        if (lines[begin].componentName() != "VCALENDAR")
             return;
         forEachComponent(inside(lines.subspan(begin, end - begin)), [&](std::size_t from, std::size_t to) {
-            parts_.push_back({lines[begin + 1 + from].begins(), begin + 1 + from, begin + 1 + to});
+            parts_.push_back({lines[begin + 1 + from].componentName(), begin + 1 + from, begin + 1 + to});
         });
     });
 }
@@ -275,7 +275,7 @@ void Document::add(const Component& component, Place place) {
     std::size_t begin = 0;
     std::size_t end = 0;
     forEachComponent(lines_, [&](std::size_t from, std::size_t to) {
-        if (lines_[from].begins() == "VCALENDAR") {
+        if (lines_[from].componentName() == "VCALENDAR") {
             begin = from;
             end = to;
         }
@@ -283,7 +283,7 @@ void Document::add(const Component& component, Place place) {
     std::size_t position = end - 1;
     if (place == Place::first) {
         position = begin + 1;
-        while (position + 1 < end && lines_[position].begins().isEmpty())
+        while (position + 1 < end && !lines_[position].isBegin())
             ++position;
     }
     lines_.insert(lines_.begin() + static_cast<qsizetype>(position), component.lines().begin(),

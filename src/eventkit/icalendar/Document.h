@@ -18,7 +18,7 @@ class ComponentView {
   public:
     explicit ComponentView(std::span<const Line> lines) : lines_(lines) {}
 
-    [[nodiscard]] QByteArray name() const { return lines_.front().begins(); }
+    [[nodiscard]] QByteArray name() const { return lines_.front().componentName(); }
     [[nodiscard]] std::span<const Line> lines() const { return lines_; }
     /// The first property of this name (given in capitals).
     [[nodiscard]] std::optional<Property> property(QByteArrayView propertyName) const;

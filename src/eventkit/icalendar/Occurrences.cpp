@@ -17,10 +17,9 @@ bool contains(const std::vector<int>& numbers, int number) {
     return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-/// Whether a position, or the same one counted from the end of `size`, is among the numbers; an empty list
-/// takes all.
+/// Whether a position, or the same one counted from the end of `size`, is among the numbers.
 bool containsPosition(const std::vector<int>& numbers, int position, int size) {
-    return numbers.empty() || contains(numbers, position) || contains(numbers, position - size - 1);
+    return contains(numbers, position) || contains(numbers, position - size - 1);
 }
 
 /// The first day of the first week of a year: the week that has at least four of its days (ISO 8601, for any
@@ -264,9 +263,9 @@ std::vector<LocalTime> Occurrences::nextTimes() {
 bool Occurrences::fits(QDate day) const {
     if (!rule_.byMonth.empty() && !contains(rule_.byMonth, day.month()))
         return false;
-    if (!containsPosition(rule_.byMonthDay, day.day(), day.daysInMonth()))
+    if (!rule_.byMonthDay.empty() && !containsPosition(rule_.byMonthDay, day.day(), day.daysInMonth()))
         return false;
-    if (!containsPosition(rule_.byYearDay, day.dayOfYear(), day.daysInYear()))
+    if (!rule_.byYearDay.empty() && !containsPosition(rule_.byYearDay, day.dayOfYear(), day.daysInYear()))
         return false;
     if (!rule_.byWeekNumber.empty() && !fitsWeekNumber(day, rule_.byWeekNumber, rule_.weekStart))
         return false;
@@ -280,13 +279,13 @@ bool Occurrences::fitsWeekDay(QDate day) const {
         rule_.frequency == Frequency::yearly && rule_.byMonth.empty() && rule_.byWeekNumber.empty();
     const bool perMonth = rule_.frequency == Frequency::monthly ||
                           (rule_.frequency == Frequency::yearly && !rule_.byMonth.empty());
-    const int position = perYear ? day.dayOfYear() : day.day();
-    const int size = perYear ? day.daysInYear() : day.daysInMonth();
     return std::any_of(rule_.byDay.begin(), rule_.byDay.end(), [&](const RecurrenceRule::WeekDay& weekDay) {
         if (weekDay.day != day.dayOfWeek())
             return false;
         if (weekDay.ordinal == 0 || (!perYear && !perMonth))
             return true;
+        const int position = perYear ? day.dayOfYear() : day.day();
+        const int size = perYear ? day.daysInYear() : day.daysInMonth();
         return weekDay.ordinal == (position - 1) / 7 + 1 || weekDay.ordinal == -((size - position) / 7 + 1);
     });
 }

@@ -22,15 +22,14 @@ std::vector<Part> partsOf(ComponentView component) {
     int depth = 0;
     for (std::size_t i = 1; i + 1 < lines.size(); ++i) {
         if (depth == 0) {
-            const QByteArray begun = lines[i].begins();
-            const QByteArray name =
-                begun.isEmpty() ? Property::parse(lines[i].content()).name.toUpper() : "BEGIN:" + begun;
+            const QByteArray name = lines[i].isBegin() ? "BEGIN:" + lines[i].componentName()
+                                                       : Property::parse(lines[i].content()).name.toUpper();
             parts.push_back({name, {}});
         }
         parts.back().lines.push_back(lines[i]);
-        if (!lines[i].begins().isEmpty())
+        if (lines[i].isBegin())
             ++depth;
-        else if (!lines[i].ends().isEmpty())
+        else if (lines[i].isEnd())
             --depth;
     }
     return parts;

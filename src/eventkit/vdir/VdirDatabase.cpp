@@ -44,14 +44,13 @@ std::vector<EKCalendar> orderedCalendars(const Library& library) {
     return result;
 }
 
-/// What an item is called: by its UID where that is taken by none of `entries`, else by its place.
+/// What an item is called: as it would be alone, where none of `entries` is, else by its place.
 template <typename Entries>
-QString identifierFor(const ItemEntry& item, const Entries& entries) {
-    QString result = QString::fromUtf8(item.key);
-    if (!result.isEmpty() && !entries.contains(result))
-        return result;
-    result += QLatin1Char('#') + QFile::decodeName(item.collection) + QLatin1Char('/') +
-              QFile::decodeName(item.file);
+QString identifierFor(const ItemEntry& item, const QString& alone, const Entries& entries) {
+    if (!alone.isEmpty() && !entries.contains(alone))
+        return alone;
+    QString result = alone + QLatin1Char('#') + QFile::decodeName(item.collection) + QLatin1Char('/') +
+                     QFile::decodeName(item.file);
     if (item.ordinal > 0)
         result += QStringLiteral("#%1").arg(item.ordinal + 1);
     return result;
@@ -137,9 +136,10 @@ void VdirDatabase::rebuildSnapshot() {
 
 void VdirDatabase::addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items) {
     for (const FileReminder& reminder : items.reminders) {
-        Entry entry{{items.stamp.toText(), place.collection, place.file, reminder.key, reminder.ordinal},
+        Entry entry{{items.stamp.toBytes(), place.collection, place.file, reminder.key, reminder.ordinal},
                     reminder.data};
-        const QString identifier = identifierFor(entry, snapshot.reminders);
+        const QString identifier =
+            identifierFor(entry, reminder.data->calendarItemIdentifier, snapshot.reminders);
         if (identifier != reminder.data->calendarItemIdentifier) {
             EKReminderData renamed = *reminder.data;
             renamed.calendarItemIdentifier = identifier;
@@ -151,9 +151,9 @@ void VdirDatabase::addReminders(Snapshot& snapshot, const Place& place, const It
 
 void VdirDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const {
     for (const FileEvent& event : items.events) {
-        EventEntry entry{{items.stamp.toText(), place.collection, place.file, event.key, event.ordinal},
+        EventEntry entry{{items.stamp.toBytes(), place.collection, place.file, event.key, event.ordinal},
                          event.series};
-        const QString identifier = identifierFor(entry, snapshot.events);
+        const QString identifier = identifierFor(entry, event.series->identifier(), snapshot.events);
         if (identifier != event.series->identifier())
             entry.series = std::make_shared<const EventSeries>(event.series->item(), identifier,
                                                                event.series->calendarIdentifier(), *local_);

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <future>
 #include <system_error>
@@ -238,9 +239,9 @@ bool updateCollection(Collection& collection, const QByteArray& root, const QByt
 
 }  // namespace
 
-QByteArray FileStamp::toText() const {
-    return QByteArray::number(modifiedNanoseconds) + ';' + QByteArray::number(inode) + ';' +
-           QByteArray::number(size);
+QByteArray FileStamp::toBytes() const {
+    const std::array parts{static_cast<quint64>(modifiedNanoseconds), inode, static_cast<quint64>(size)};
+    return {reinterpret_cast<const char*>(parts.data()), sizeof parts};
 }
 
 void Changes::add(const Changes& other) {

@@ -22,7 +22,8 @@ struct FileStamp {
     quint64 inode = 0;
     qint64 size = 0;
 
-    [[nodiscard]] QByteArray toText() const;
+    /// The same, for others to keep.
+    [[nodiscard]] QByteArray toBytes() const;
     bool operator==(const FileStamp&) const = default;
 };
 
