@@ -1,3 +1,4 @@
+#include "ui/AlertChoices.h"
 #include "ui/Program.h"
 
 #include <QSignalSpy>
@@ -79,6 +80,67 @@ TEST(QuickAddViewModel, RefusesATimeThatIsNoneAndATimeWithoutADay) {
     EXPECT_EQ(program.quickAdd.errorText(),
               QStringLiteral("Choose a due date for the time or notification."));
     EXPECT_TRUE(program.database.reminders().empty());
+}
+
+TEST(QuickAddViewModel, UnderstandsTheLineAndLetsItsPiecesBeRefused) {
+    Program program;
+    program.load();
+    QuickAddViewModel& form = program.quickAdd;
+    form.begin();
+    form.setTitle(QStringLiteral("Call Ilse tomorrow 9am #work !!!"));
+    EXPECT_EQ(form.dueText(), QStringLiteral("Tomorrow 09:00"));
+    EXPECT_EQ(form.priority(), QStringLiteral("high"));
+    EXPECT_EQ(form.listTitle(), QStringLiteral("Work"));
+    ASSERT_EQ(form.pieces().size(), 4);
+
+    form.refuse(0);
+    EXPECT_EQ(form.pieces().size(), 3);
+    form.setTitle(form.title() + QStringLiteral(" please"));
+    EXPECT_EQ(form.pieces().size(), 3) << "what was refused stays refused";
+
+    form.dueDay()->setIsoDay(QStringLiteral("2026-11-30"));
+    form.setAlertId(form.alerts()[1].toMap()[QStringLiteral("id")].toString());
+    form.setFlagged(true);
+    form.submit();
+    program.settle();
+    ASSERT_EQ(program.database.reminders().size(), 1u);
+    const EKReminderData saved = program.database.reminders().front();
+    EXPECT_EQ(saved.title, QStringLiteral("Call Ilse tomorrow please"));
+    EXPECT_EQ(saved.dueDateComponents->date(), QDate(2026, 11, 30)) << "the hand wins over the line";
+    EXPECT_EQ(saved.alarms.size(), 1u);
+    EXPECT_TRUE(program.store.task(saved.calendarItemIdentifier)->isFlagged);
+}
+
+TEST(QuickAddViewModel, TakesALineOfNothingButADateForATitle) {
+    Program program;
+    program.load();
+    program.quickAdd.setTitle(QStringLiteral("tomorrow"));
+    EXPECT_TRUE(program.quickAdd.pieces().isEmpty());
+    EXPECT_EQ(program.quickAdd.dueText(), QString());
+    program.quickAdd.setTitle(QStringLiteral("tomorrow run"));
+    EXPECT_EQ(program.quickAdd.dueText(), QStringLiteral("Tomorrow"));
+    program.quickAdd.setTitle(QStringLiteral("run"));
+    EXPECT_EQ(program.quickAdd.dueText(), QString()) << "what the line no longer says is forgotten";
+}
+
+TEST(AlertChoices, OfferWhatFitsTheDueDateAndKeepWhatTheyDoNotKnow) {
+    Program program;
+    const auto titles = [&](bool timed, std::optional<ReminderAlertSchedule> present) {
+        QStringList result;
+        for (const QVariant& choice : alertChoices(timed, present, program.localizer))
+            result.append(choice.toMap()[QStringLiteral("title")].toString());
+        return result.join(QStringLiteral(" | "));
+    };
+    EXPECT_EQ(titles(true, RelativeToDueTime{-2700}),
+              QStringLiteral("No alert | At due time | 5 min before | 15 min before | 1 hr before | "
+                             "1 day before | 45 min before"));
+    EXPECT_EQ(titles(false, DayRelativeToDueDate{-1, 18, 0}),
+              QStringLiteral("No alert | On day of event, 09:00 | On day of event, 18:00 | "
+                             "Day before, 09:00 | Day before, 18:00"));
+    for (const ReminderAlertSchedule& schedule : {ReminderAlertSchedule(RelativeToDueTime{-2700.5}),
+                                                  ReminderAlertSchedule(DayRelativeToDueDate{-1, 7, 5})})
+        EXPECT_EQ(alertWithId(alertId(schedule)), schedule);
+    EXPECT_EQ(fittingAlert(RelativeToDueTime{0}, false), std::nullopt);
 }
 
 }  // namespace
