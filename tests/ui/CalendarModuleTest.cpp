@@ -252,7 +252,9 @@ TEST(CalendarModule, TakesACardThatIsLetGoOnADay) {
     const QString id = program.Program::add(QStringLiteral("Call"), 0, {17, 0});
     program.expand();
     const QPointF place = program.placeOfDay(4);
+    program.cues.heard.clear();
     program.carryCardTo(place);
+    EXPECT_THAT(program.cues.heard, ElementsAre(Cue::dragStart, Cue::snap));
     EXPECT_EQ(program.interaction.activeReminderDragIDs(), QSet<QString>{id});
     EXPECT_EQ(program.calendarModule()->property("dropDay").toString(), program.isoDay(4));
     const QPointF global = program.geometry.panelFrame().topLeft() +
@@ -262,6 +264,7 @@ TEST(CalendarModule, TakesACardThatIsLetGoOnADay) {
     EXPECT_TRUE(program.panel.isExpanded());
 
     program.letGoAt(place);
+    EXPECT_EQ(program.cues.heard.back(), Cue::drop);
     program.settle();
     EXPECT_TRUE(program.interaction.activeReminderDragIDs().isEmpty());
     EXPECT_EQ(program.interaction.calendarWindowFrame(), QRectF());

@@ -29,6 +29,15 @@
 
 namespace kestrant::test {
 
+/// Keeps what was to be heard.
+class RecordingCuePlayer : public CuePlayer {
+  public:
+    void prepare() override {}
+    void play(Cue cue) override { heard.push_back(cue); }
+
+    std::vector<Cue> heard;
+};
+
 /// The program below its window, on a database in memory: Saturday 21 November 2026, 14:30 in Paris, in
 /// English.
 struct Program {
@@ -80,7 +89,7 @@ struct Program {
     MemoryUserDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(); }};
     Localization localization{preferences};
-    SilentCuePlayer cues;
+    RecordingCuePlayer cues;
     SilentHapticPerformer haptics;
     Feedback feedback{preferences, cues, haptics};
     NotificationCenter notifications;

@@ -182,6 +182,8 @@ FocusScope {
                 const item = list.itemAtIndex(top)
                 if (item)
                     list.contentY = item.y - place.distance
+                // What has become shorter ends at the lower edge.
+                root.scrollBy(0)
                 if (wasMoving)
                     root.scrollTo(list.contentY + rest)
             } else if (!scroll.running) {
