@@ -129,7 +129,7 @@ bool forbidsDay(const QString& word) {
 
 bool forbidsHours(const QString& word) {
     static const QSet<QString> words =
-        wordSet("pendant durant for during every toutes tous chaque de les en every");
+        wordSet("pendant durant for during every toutes tous chaque de les en");
     return words.contains(word);
 }
 

@@ -34,6 +34,27 @@ std::optional<Instant> instantOf(const DayRelativeToDueDate& schedule, const Dat
     return calendar.instantAt(due.date().addDays(schedule.dayOffset), time, GapPolicy::nextExisting);
 }
 
+/// In the largest unit that it is a whole number of; below a minute it is rounded to minutes.
+TextPair offsetInWords(double seconds) {
+    struct Unit {
+        qint64 seconds;
+        TextPair one;
+        TextPair several;
+    };
+    const std::array units{Unit{86400, text("%1 day", "%1 jour"), text("%1 days", "%1 jours")},
+                           Unit{3600, text("%1 hr", "%1 h"), text("%1 hr", "%1 h")},
+                           Unit{60, text("%1 min", "%1 min"), text("%1 min", "%1 min")}};
+    const double bounded = std::abs(seconds) <= longestOffset ? std::abs(seconds) : longestOffset;
+    const qint64 length = std::max<qint64>(60, 60 * std::llround(bounded / 60));
+    const auto unit = std::find_if(units.begin(), units.end(),
+                                   [&](const Unit& candidate) { return length % candidate.seconds == 0; });
+    const qint64 count = length / unit->seconds;
+    const TextPair& words = count == 1 ? unit->one : unit->several;
+    const TextPair side = seconds < 0 ? text("before", "avant") : text("after", "après");
+    return {words.english.arg(count) + QLatin1Char(' ') + side.english,
+            words.french.arg(count) + QLatin1Char(' ') + side.french};
+}
+
 }  // namespace
 
 double rawValue(ReminderAlertTiming timing) {
@@ -107,6 +128,19 @@ std::optional<ReminderDateOnlyAlertDay> reminderDateOnlyAlertDay(int raw) {
 TextPair label(ReminderDateOnlyAlertDay day) {
     return day == ReminderDateOnlyAlertDay::dayBefore ? text("Day before", "La veille")
                                                       : text("On day of event", "Le jour même");
+}
+
+TextPair label(const ReminderAlertSchedule& schedule) {
+    if (const auto* relative = std::get_if<RelativeToDueTime>(&schedule)) {
+        const auto timing = reminderAlertTiming(relative->seconds);
+        return timing ? shortLabel(*timing) : offsetInWords(relative->seconds);
+    }
+    const auto& day = std::get<DayRelativeToDueDate>(schedule);
+    const auto offered = reminderDateOnlyAlertDay(day.dayOffset);
+    const TextPair words = offered ? label(*offered) : offsetInWords(86400.0 * day.dayOffset);
+    const QString time = QTime(day.hour, day.minute).toString(QStringLiteral("HH:mm"));
+    return {QStringLiteral("%1 at %2").arg(words.english, time),
+            QStringLiteral("%1 à %2").arg(words.french, time)};
 }
 
 std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert, const ZoneCalendar& calendar) {

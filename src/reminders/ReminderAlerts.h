@@ -43,6 +43,10 @@ inline constexpr std::array allReminderDateOnlyAlertDays{ReminderDateOnlyAlertDa
 [[nodiscard]] std::optional<ReminderDateOnlyAlertDay> reminderDateOnlyAlertDay(int rawValue);
 [[nodiscard]] TextPair label(ReminderDateOnlyAlertDay day);
 
+/// Any schedule in words, one that no picker offers included: "15 min before", "Day before at 09:00",
+/// "3 days before at 18:30".
+[[nodiscard]] TextPair label(const ReminderAlertSchedule& schedule);
+
 /// A reminder's due date together with its alert.
 struct ReminderDueAlert {
     std::optional<DateComponents> dueComponents;

@@ -121,5 +121,27 @@ TEST(ReminderAlerts, ReadsTheFirstAbsoluteAlarmWithoutAPlace) {
     EXPECT_EQ(alertSchedule(wholeDays, calendar), std::nullopt);
 }
 
+TEST(ReminderAlerts, EveryScheduleIsToldInWords) {
+    struct Case {
+        ReminderAlertSchedule schedule;
+        TextPair expected;
+    };
+    const Case cases[] = {
+        {RelativeToDueTime{0}, text("At due time", "À l’heure")},
+        {RelativeToDueTime{-900}, text("15 min before", "15 min avant")},
+        {RelativeToDueTime{-5400}, text("90 min before", "90 min avant")},
+        {RelativeToDueTime{-7200}, text("2 hr before", "2 h avant")},
+        {RelativeToDueTime{-3 * 86400}, text("3 days before", "3 jours avant")},
+        {RelativeToDueTime{600}, text("10 min after", "10 min après")},
+        {RelativeToDueTime{-20}, text("1 min before", "1 min avant")},
+        {DayRelativeToDueDate{0, 9, 0}, text("On day of event at 09:00", "Le jour même à 09:00")},
+        {DayRelativeToDueDate{-1, 18, 30}, text("Day before at 18:30", "La veille à 18:30")},
+        {DayRelativeToDueDate{-2, 9, 5}, text("2 days before at 09:05", "2 jours avant à 09:05")},
+        {DayRelativeToDueDate{1, 9, 0}, text("1 day after at 09:00", "1 jour après à 09:00")},
+    };
+    for (const Case& each : cases)
+        EXPECT_EQ(label(each.schedule), each.expected) << each.expected.english.toStdString();
+}
+
 }  // namespace
 }  // namespace kestrant
