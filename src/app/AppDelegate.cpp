@@ -19,6 +19,7 @@ namespace kestrant {
 
 namespace {
 
+constexpr Duration ringingDelay = std::chrono::milliseconds(500);
 constexpr Duration activationReloadDelay = std::chrono::milliseconds(100);
 /// Pending changes get this long to reach the disk when the program ends.
 constexpr Duration endingDeadline = std::chrono::seconds(10);
@@ -132,20 +133,8 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
     panelController_->present();
     requestReminderAccess();
     requestCalendarAccess();
-    ringer_ = std::make_unique<DueAlertRinger>(DueAlertServices{
-        .eventStore = eventStore_,
-        .reminders = reminders,
-        .notifier = notifier_,
-        .scheduler = scheduler_,
-        .clock = clock_,
-        .calendar = calendar_,
-        .defaults = defaults_,
-        .localization = localization_,
-    });
-    connect(ringer_.get(), &DueAlertRinger::openRequested, this, [this](const QString& reminderID) {
-        showPanel();
-        reminderStore().reveal(reminderID);
-    });
+    // Not before the first frame: the way to the notification service takes time.
+    ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
     calendarSwitch_ = preferences_.observeChanges([this](const QString& key) {
         if (key == preferenceKeys::showCalendar.name)
             requestCalendarAccess();
@@ -162,7 +151,8 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
         reminderStore().systemDidWake();
         calendarStore().systemDidWake();
         history_.removeExpired();
-        ringer_->systemDidWake();
+        if (ringer_)
+            ringer_->systemDidWake();
         reporter_.runDueCheck();
     });
     scheduler_.post([this] { reporter_.runDueCheck(); });
@@ -185,6 +175,24 @@ std::optional<CollectionSwitch> AppDelegate::collectionSwitch() {
         .isOn = [this] { return reporter_.configuration().isEnabled; },
         .setOn = [this](bool on) { reporter_.setEnabled(on); },
     };
+}
+
+void AppDelegate::startRinging() {
+    notifier_ = std::make_unique<DesktopNotifier>();
+    ringer_ = std::make_unique<DueAlertRinger>(DueAlertServices{
+        .eventStore = eventStore_,
+        .reminders = reminderStore(),
+        .notifier = *notifier_,
+        .scheduler = scheduler_,
+        .clock = clock_,
+        .calendar = calendar_,
+        .defaults = defaults_,
+        .localization = localization_,
+    });
+    connect(ringer_.get(), &DueAlertRinger::openRequested, this, [this](const QString& reminderID) {
+        showPanel();
+        reminderStore().reveal(reminderID);
+    });
 }
 
 void AppDelegate::createPanelController() {

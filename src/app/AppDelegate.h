@@ -90,6 +90,7 @@ class AppDelegate : public QObject {
     [[nodiscard]] FeedbackAPIClient& feedbackClient();
     /// Absent where nothing is counted.
     [[nodiscard]] std::optional<CollectionSwitch> collectionSwitch();
+    void startRinging();
     void requestReminderAccess();
     void requestCalendarAccess();
     void becameActive();
@@ -118,7 +119,7 @@ class AppDelegate : public QObject {
     SerialWorker scriptQueue_;
     FlaggedReminderAutomation flagAutomation_;
     std::unique_ptr<ReminderStore> reminderStore_;
-    DesktopNotifier notifier_;
+    std::unique_ptr<DesktopNotifier> notifier_;
     std::unique_ptr<DueAlertRinger> ringer_;
     SerialWorker calendarWorker_;
     std::unique_ptr<CalendarStore> calendarStore_;
@@ -132,6 +133,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<NotchPanelController> panelController_;
 
     std::unique_ptr<WakeObserver> wakeObserver_;
+    ScheduledTask ringing_;
     ScheduledTask activationReload_;
     ScheduledTask endingTimeout_;
     bool didRequestReminderAccess_ = false;
