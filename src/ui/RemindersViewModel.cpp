@@ -3,21 +3,14 @@
 #include "reminders/ReminderAlerts.h"
 #include "reminders/ReminderDueText.h"
 #include "reminders/ReminderStore.h"
+#include "ui/Choices.h"
 #include "ui/ListColor.h"
 #include "ui/Localizer.h"
 
 #include <QPointer>
 
-#include <algorithm>
-
 namespace kestrant {
 namespace {
-
-const ReminderList* findList(const std::vector<ReminderList>& lists, const QString& id) {
-    const auto found =
-        std::find_if(lists.begin(), lists.end(), [&](const ReminderList& list) { return list.id == id; });
-    return found == lists.end() ? nullptr : &*found;
-}
 
 QString marksOf(int priority) {
     if (priority <= 0 || priority > 9)
@@ -97,7 +90,7 @@ ReminderCard RemindersViewModel::card(const ReminderTask& task, bool isPending) 
     const Language language = localizer_.language();
     const Instant now = clock_.now();
     const ZoneCalendar calendar = calendar_.calendar();
-    const ReminderList* list = findList(store_.lists(), task.listID);
+    const ReminderList* list = find(store_.lists(), task.listID);
     ReminderCard card;
     card.id = task.id;
     card.title = task.title;
@@ -176,7 +169,7 @@ QVariantList RemindersViewModel::lists() const {
 
 QString RemindersViewModel::selectedListId() const {
     const QString id = store_.selectedListID().value_or(QString());
-    return findList(store_.lists(), id) ? id : QString();
+    return find(store_.lists(), id) ? id : QString();
 }
 
 void RemindersViewModel::setSelectedListId(const QString& id) {
@@ -184,12 +177,12 @@ void RemindersViewModel::setSelectedListId(const QString& id) {
 }
 
 QString RemindersViewModel::selectedListTitle() const {
-    const ReminderList* list = findList(store_.lists(), selectedListId());
+    const ReminderList* list = find(store_.lists(), selectedListId());
     return list ? list->title : localizer_(text("All lists", "Toutes les listes"));
 }
 
 QColor RemindersViewModel::selectedListColor() const {
-    const ReminderList* list = findList(store_.lists(), selectedListId());
+    const ReminderList* list = find(store_.lists(), selectedListId());
     return list ? listColor(list) : allListsColor();
 }
 
