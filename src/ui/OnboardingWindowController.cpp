@@ -1,0 +1,87 @@
+#include "ui/OnboardingWindowController.h"
+
+#include "preferences/Preferences.h"
+#include "ui/OnboardingViewModel.h"
+#include "ui/SettingsViewModel.h"
+
+#include <QCloseEvent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QScreen>
+
+namespace kestrant {
+
+OnboardingWindowController::OnboardingWindowController(const Services& services,
+                                                       std::function<void()> openApp, QObject* parent)
+    : QObject(parent)
+    , services_(services)
+    , openApp_(std::move(openApp)) {}
+
+OnboardingWindowController::~OnboardingWindowController() {
+    // The view goes before what it is bound to.
+    if (window_)
+        window_->setSource({});
+}
+
+void OnboardingWindowController::createWindow() {
+    model_ =
+        std::make_unique<OnboardingViewModel>(services_.scheduler, services_.preferences, services_.feedback);
+    connect(model_.get(), &OnboardingViewModel::finished, this, &OnboardingWindowController::finish);
+
+    window_ = std::make_unique<QQuickView>(&services_.engine, nullptr);
+    window_->setFlags(Qt::Window | Qt::FramelessWindowHint);
+    window_->setTitle(QStringLiteral("Kestrant"));
+    window_->setColor(Qt::transparent);
+    QSurfaceFormat transparent = window_->format();
+    transparent.setAlphaBufferSize(8);
+    window_->setFormat(transparent);
+    window_->setResizeMode(QQuickView::SizeViewToRootObject);
+    window_->setInitialProperties({
+        {QStringLiteral("onboarding"), QVariant::fromValue(model_.get())},
+        {QStringLiteral("settings"), QVariant::fromValue(&services_.settings)},
+    });
+    window_->installEventFilter(this);
+    window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kestrant/qml/OnboardingWindow.qml")));
+}
+
+void OnboardingWindowController::show(Page page) {
+    if (!window_)
+        createWindow();
+    model_->begin(page == Page::welcome ? OnboardingViewModel::Page::welcome
+                                        : OnboardingViewModel::Page::tutorial);
+    if (window_->windowStates() & Qt::WindowMinimized)
+        window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
+    QRect frame({}, window_->size());
+    frame.moveCenter(window_->screen()->availableGeometry().center());
+    window_->setPosition(frame.topLeft());
+    window_->show();
+    window_->raise();
+    window_->requestActivate();
+}
+
+void OnboardingWindowController::orderOut() {
+    if (window_)
+        window_->hide();
+}
+
+bool OnboardingWindowController::isVisible() const {
+    return window_ && window_->isVisible();
+}
+
+void OnboardingWindowController::finish() {
+    openApp_();
+    orderOut();
+}
+
+bool OnboardingWindowController::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Close && watched == window_.get()) {
+        event->accept();
+        orderOut();
+        Q_EMIT dismissed();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+}  // namespace kestrant

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+class QQmlEngine;
+class QQuickView;
+
+namespace kestrant {
+
+class Appearance;
+class Feedback;
+class OnboardingViewModel;
+class Preferences;
+class Scheduler;
+class SettingsViewModel;
+
+/// Owns the window that introduces the program: what it is, its gestures tried out on a drawn notch, the
+/// first choices. Nothing of the window exists before it is first shown. Thread: main.
+class OnboardingWindowController : public QObject {
+    Q_OBJECT
+
+  public:
+    enum class Page { welcome, tutorial };
+
+    struct Services {
+        /// The engine that the panel's views are made in, with its language and appearance.
+        QQmlEngine& engine;
+        Appearance& appearance;
+        Preferences& preferences;
+        SettingsViewModel& settings;
+        Scheduler& scheduler;
+        const Feedback& feedback;
+    };
+
+    /// Everything must outlive the controller. `openApp` is called when the person finishes, whether or not
+    /// it is the first time; the window goes away afterwards.
+    OnboardingWindowController(const Services& services, std::function<void()> openApp,
+                               QObject* parent = nullptr);
+    ~OnboardingWindowController() override;
+
+    /// Shows the window on a page, in the middle of the screen, in front of everything and with the keyboard
+    /// focus; also when it is shown already, or miniaturised.
+    void show(Page page);
+    /// Takes the window off the screen, as if it had been finished.
+    void orderOut();
+    [[nodiscard]] bool isVisible() const;
+    /// Null before the first show().
+    [[nodiscard]] QQuickView* window() const { return window_.get(); }
+
+  Q_SIGNALS:
+    /// The person closed the window without finishing. After a first start there is then nothing left to be
+    /// seen of the program, so it should end; the next start begins anew.
+    void dismissed();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void createWindow();
+    void finish();
+
+    Services services_;
+    std::function<void()> openApp_;
+    std::unique_ptr<OnboardingViewModel> model_;
+    std::unique_ptr<QQuickView> window_;
+};
+
+}  // namespace kestrant
