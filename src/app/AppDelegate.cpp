@@ -1,12 +1,13 @@
 #include "app/AppDelegate.h"
 
 #include "app/PanelInterface.h"
-#include "app/WakeObserver.h"
 #include "platform/linux/ApplicationState.h"
 #include "platform/linux/QtScreenProvider.h"
+#include "platform/linux/WakeObserver.h"
 #include "platform/linux/X11PanelWindow.h"
 #include "platform/linux/X11PointerProvider.h"
 #include "preferences/PreferenceKeys.h"
+#include "ui/OnboardingWindowController.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
@@ -20,7 +21,6 @@ namespace kestrant {
 namespace {
 
 constexpr Duration ringingDelay = std::chrono::milliseconds(500);
-constexpr Duration activationReloadDelay = std::chrono::milliseconds(100);
 /// Pending changes get this long to reach the disk when the program ends.
 constexpr Duration endingDeadline = std::chrono::seconds(10);
 
@@ -44,7 +44,16 @@ AppDelegate::AppDelegate(Options options)
     , history_(scheduler_, clock_)
     , scriptHost_(eventStore_, scheduler_)
     , flagAutomation_(scriptHost_, scriptQueue_, scheduler_)
-    , interactionModel_(scheduler_, preferences_, feedback_) {}
+    , interactionModel_(scheduler_, preferences_, feedback_)
+    , loginItem_(AutostartEntry::ofThisProgram())
+    , launchAtLoginManager_(loginItem_, defaults_)
+    , lifecycle_({.preferences = preferences_,
+                  .interactionModel = interactionModel_,
+                  .notifications = notifications_,
+                  .scheduler = scheduler_,
+                  .launchAtLogin = launchAtLoginManager_,
+                  .updater = appUpdater_},
+                 lifecycleActions()) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -100,10 +109,44 @@ CalendarStore& AppDelegate::calendarStore() {
 }
 
 tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
-    preferences_.migrateHoverExpandDelay();
-    // No introduction stands before the first use yet, so the notch may always expand.
-    interactionModel_.setExpansionEnabled(true);
+    auto started = lifecycle_.start();
+    if (started)
+        followSystem();
+    return started;
+}
 
+Lifecycle::Actions AppDelegate::lifecycleActions() {
+    return {
+        .createPanel = [this] { return createPanel(); },
+        .createOnboarding = [this] { createOnboarding(); },
+        .presentPanel = [this] { panelController_->present(); },
+        .showOnboarding =
+            [this](Lifecycle::OnboardingPage page) {
+                onboardingController_->show(page == Lifecycle::OnboardingPage::welcome
+                                                ? OnboardingWindowController::Page::welcome
+                                                : OnboardingWindowController::Page::tutorial);
+            },
+        .requestReminderAccess =
+            [this] {
+                reminderStore().requestAccess();
+                // Not before the first frame: the way to the notification service takes time.
+                ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
+            },
+        .requestCalendarAccess = [this] { calendarStore().requestAccess(); },
+        .reloadReminders =
+            [this](Duration delay) {
+                activationReload_ = scheduler_.after(delay, [this] {
+                    reminderStore().reloadLists();
+                    reminderStore().reloadTasks();
+                });
+            },
+        .checkForDueReport = [this] { reporter_.runDueCheck(); },
+        .prepareSounds = [this] { cuePlayer_.prepare(); },
+        .finishStart = [this] { reporter_.runDueCheck(); },
+    };
+}
+
+tl::expected<void, TextPair> AppDelegate::createPanel() {
     screens_ = std::make_unique<QtScreenProvider>();
     const auto screen = NotchGeometry::chooseScreen(*screens_);
     if (!screen)
@@ -129,34 +172,45 @@ tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
         .collection = collectionSwitch(),
     });
     createPanelController();
+    return {};
+}
 
-    panelController_->present();
-    requestReminderAccess();
-    requestCalendarAccess();
-    // Not before the first frame: the way to the notification service takes time.
-    ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
-    calendarSwitch_ = preferences_.observeChanges([this](const QString& key) {
-        if (key == preferenceKeys::showCalendar.name)
-            requestCalendarAccess();
+void AppDelegate::createOnboarding() {
+    onboardingController_ = std::make_unique<OnboardingWindowController>(
+        OnboardingWindowController::Services{
+            .engine = *interface_->view.engine(),
+            .appearance = interface_->appearance,
+            .preferences = preferences_,
+            .settings = interface_->settings,
+            .scheduler = scheduler_,
+            .feedback = feedback_,
+        },
+        [this] { lifecycle_.onboardingCompleted(); });
+    connect(onboardingController_.get(), &OnboardingWindowController::dismissed, this, [this] {
+        if (!preferences_.completedInitialOnboarding())
+            terminate();
     });
+}
 
+void AppDelegate::followSystem() {
     observeApplicationState(this, [this](bool isActive) {
         if (isActive)
-            becameActive();
+            lifecycle_.becameActive();
         else
             panelController_->applicationResignedActive();
     });
-    wakeObserver_ = std::make_unique<WakeObserver>([this] {
-        calendar_.refresh();
-        reminderStore().systemDidWake();
-        calendarStore().systemDidWake();
-        history_.removeExpired();
-        if (ringer_)
-            ringer_->systemDidWake();
-        reporter_.runDueCheck();
-    });
-    scheduler_.post([this] { reporter_.runDueCheck(); });
-    return {};
+    observeQuitRequests(this, [this] { terminate(); });
+    wakeObserver_ = std::make_unique<WakeObserver>([this] { wokeUp(); });
+}
+
+void AppDelegate::wokeUp() {
+    calendar_.refresh();
+    reminderStore().systemDidWake();
+    calendarStore().systemDidWake();
+    history_.removeExpired();
+    if (ringer_)
+        ringer_->systemDidWake();
+    lifecycle_.wokeUp();
 }
 
 FeedbackAPIClient& AppDelegate::feedbackClient() {
@@ -233,32 +287,16 @@ void AppDelegate::createPanelController() {
     connect(&interface_->settings, &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
 }
 
-void AppDelegate::requestReminderAccess() {
-    if (!std::exchange(didRequestReminderAccess_, true))
-        reminderStore().requestAccess();
-}
-
-void AppDelegate::requestCalendarAccess() {
-    if (preferences_.showCalendar() && !std::exchange(didRequestCalendarAccess_, true))
-        calendarStore().requestAccess();
-}
-
-void AppDelegate::becameActive() {
-    activationReload_ = scheduler_.after(activationReloadDelay, [this] {
-        reminderStore().reloadLists();
-        reminderStore().reloadTasks();
-    });
-    reporter_.runDueCheck();
-}
-
 void AppDelegate::togglePanel() {
-    if (panelController_)
+    if (!preferences_.completedInitialOnboarding())
+        onboardingController_->show(OnboardingWindowController::Page::welcome);
+    else
         panelController_->toggle();
 }
 
 void AppDelegate::showPanel() {
-    if (panelController_ && !interactionModel_.isExpanded())
-        panelController_->toggle();
+    if (!interactionModel_.isExpanded())
+        togglePanel();
 }
 
 void AppDelegate::terminate() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/Lifecycle.h"
 #include "calendar/CalendarStore.h"
 #include "completion/BackgroundLedgerWriter.h"
 #include "completion/CompletionLedgerRepository.h"
@@ -19,6 +20,7 @@
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
 #include "notch/NotchPanelController.h"
+#include "platform/linux/AutostartEntry.h"
 #include "platform/linux/DesktopNotifier.h"
 #include "preferences/Localization.h"
 #include "preferences/Preferences.h"
@@ -27,7 +29,9 @@
 #include "reminders/ReminderActionHistory.h"
 #include "reminders/ReminderStore.h"
 #include "reminders/scripting/EventStoreScriptHost.h"
+#include "services/AppUpdater.h"
 #include "services/FeedbackAPIClient.h"
+#include "services/LaunchAtLoginManager.h"
 
 #include <QObject>
 #include <QString>
@@ -39,6 +43,7 @@
 
 namespace kestrant {
 
+class OnboardingWindowController;
 class PanelInterface;
 class QtScreenProvider;
 class WakeObserver;
@@ -69,9 +74,10 @@ class AppDelegate : public QObject {
     /// person, when there is nothing to show the panel on.
     [[nodiscard]] tl::expected<void, TextPair> applicationDidFinishLaunching();
 
-    /// Opens the panel or closes it, whatever the pointer does.
+    /// Opens the panel or closes it, whatever the pointer does. Until the introduction was completed, brings
+    /// that up.
     void togglePanel();
-    /// Opens the panel.
+    /// Opens the panel, or brings up the introduction.
     void showPanel();
 
     /// Commits what is pending and ends the event loop; at the latest after ten seconds.
@@ -90,10 +96,12 @@ class AppDelegate : public QObject {
     [[nodiscard]] FeedbackAPIClient& feedbackClient();
     /// Absent where nothing is counted.
     [[nodiscard]] std::optional<CollectionSwitch> collectionSwitch();
+    [[nodiscard]] Lifecycle::Actions lifecycleActions();
+    [[nodiscard]] tl::expected<void, TextPair> createPanel();
+    void createOnboarding();
+    void followSystem();
     void startRinging();
-    void requestReminderAccess();
-    void requestCalendarAccess();
-    void becameActive();
+    void wokeUp();
 
     QtScheduler scheduler_;
     SystemClock clock_;
@@ -123,22 +131,25 @@ class AppDelegate : public QObject {
     std::unique_ptr<DueAlertRinger> ringer_;
     SerialWorker calendarWorker_;
     std::unique_ptr<CalendarStore> calendarStore_;
-    Subscription calendarSwitch_;
     NotchInteractionModel interactionModel_;
+    AutostartEntry loginItem_;
+    LaunchAtLoginManager launchAtLoginManager_;
+    PackagedUpdates updates_;
+    AppUpdater appUpdater_{updates_};
     std::unique_ptr<QtScreenProvider> screens_;
     std::unique_ptr<NotchGeometry> geometry_;
     std::unique_ptr<PanelInterface> interface_;
     std::unique_ptr<X11PointerProvider> pointer_;
     std::unique_ptr<X11PanelWindow> panelWindow_;
     std::unique_ptr<NotchPanelController> panelController_;
+    std::unique_ptr<OnboardingWindowController> onboardingController_;
 
     std::unique_ptr<WakeObserver> wakeObserver_;
     ScheduledTask ringing_;
     ScheduledTask activationReload_;
     ScheduledTask endingTimeout_;
-    bool didRequestReminderAccess_ = false;
-    bool didRequestCalendarAccess_ = false;
     bool isTerminating_ = false;
+    Lifecycle lifecycle_;
 };
 
 }  // namespace kestrant

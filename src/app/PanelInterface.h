@@ -61,7 +61,7 @@ class PanelInterface {
                    [] { return QLocale::system(); })
         , quickAdd(models.reminders, models.clock, models.calendar, localizer)
         , feedback(models.feedbackClient, localizer)
-        , settings(models.preferences, localizer, feedback, models.collection)
+        , settings(models.preferences, localizer, feedback, {.collection = models.collection})
         , newEvent(models.calendarStore, models.clock, models.calendar, localizer)
         , calendarEdit(models.calendarStore, models.clock, models.calendar, localizer)
         , reminderEdit(models.reminders, models.clock, models.calendar, localizer)
