@@ -32,6 +32,7 @@ ReminderTask reminderTask(const EKReminderData& reminder, const ZoneCalendar& ca
     task.listID = reminder.calendarIdentifier;
     task.isFlagged = flags.isFlagged(task.id);
     task.isRecurring = !reminder.recurrenceRules.empty();
+    task.recurrenceRules = reminder.recurrenceRules;
     return task;
 }
 
@@ -75,12 +76,20 @@ void applyDueDate(EKReminderData& reminder, const std::optional<DateComponents>&
     const ReminderDueAlert before{reminder.dueDateComponents, alertSchedule(reminder, calendar)};
     reminder.dueDateComponents = due;
     replaceAlarm(reminder, before, {due, schedule}, calendar);
+    if (!due && before.dueComponents)
+        reminder.recurrenceRules.clear();
     if (due && due != before.dueComponents && reminder.startDateComponents) {
         const auto start = calendar.instantFrom(*reminder.startDateComponents);
         const auto end = calendar.instantFrom(*due);
         if (start && end && *start > *end)
             reminder.startDateComponents = due;
     }
+}
+
+void applyRepeat(EKReminderData& reminder, ReminderRepeat repeat) {
+    reminder.recurrenceRules = recurrenceRules(repeat);
+    if (repeat != ReminderRepeat::none && !reminder.startDateComponents)
+        reminder.startDateComponents = reminder.dueDateComponents;
 }
 
 std::optional<EKCalendar> listForNewReminder(const std::optional<QString>& chosenID,

@@ -25,9 +25,13 @@ namespace kestrant {
                                            const std::optional<DateComponents>& previous);
 
 /// Sets due date and alert, and moves the reminder's one alarm accordingly. A start later than the new due
-/// date is drawn back to it. An absent due date takes the alarm away.
+/// date is drawn back to it. With its due date a reminder loses the alarm and the repetition too.
 void applyDueDate(EKReminderData& reminder, const std::optional<DateComponents>& due,
                   const std::optional<ReminderAlertSchedule>& schedule, const ZoneCalendar& calendar);
+
+/// Has the reminder repeat from its due date on, in place of the rules it has. One without a start gets its
+/// due date as one too, because other programs count from the start alone.
+void applyRepeat(EKReminderData& reminder, ReminderRepeat repeat);
 
 /// The list a new reminder goes to: the chosen one, else the preferred one, each when it still exists; else
 /// the database's default, else the first, each when it may be changed. Absent when there is none.

@@ -157,12 +157,23 @@ class ReminderStore : public QObject {
     void create(const NewReminder& reminder, CreationCompletion completion);
     /// What an edit form starts from; absent when the reminder is gone.
     [[nodiscard]] std::optional<ReminderEditDetails> editDetails(const QString& id) const;
+    /// How the reminder repeats; empty for not at all.
+    [[nodiscard]] std::vector<EKRecurrenceRule> recurrenceRules(const QString& id) const;
     /// Writes what differs from the present details.
-    void edit(const QString& id, const ReminderEditDetails& details, Completion completion);
+    void edit(const QString& id, const ReminderEditDetails& details, Completion completion) {
+        edit(id, details, std::nullopt, std::move(completion));
+    }
+    /// The same, and has the reminder repeat from its due date on, whatever rules it had. Absent, or what it
+    /// does already, leaves its rules as they are.
+    void edit(const QString& id, const ReminderEditDetails& details, std::optional<ReminderRepeat> repeat,
+              Completion completion);
     void rename(const QString& id, const QString& title, Completion completion);
     /// `dueDate` as in ReminderEditDetails. The alert keeps its distance where it still can.
     void reschedule(const QString& id, Instant dueDate, bool includesTime, Completion completion);
-    /// Also removes the alert.
+    /// The same with this alert, or none.
+    void reschedule(const QString& id, Instant dueDate, bool includesTime,
+                    const std::optional<ReminderAlertSchedule>& alert, Completion completion);
+    /// Also removes the alert and the repetition.
     void clearDueDate(const QString& id, Completion completion);
     void move(const QString& id, const QString& listID, Completion completion);
     void remove(const QString& id, Completion completion);

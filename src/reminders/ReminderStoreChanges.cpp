@@ -49,6 +49,8 @@ void ReminderStore::create(const NewReminder& reminder, CreationCompletion compl
         return refuse(Code::emptyTitle);
     if (asksForMissingDueDate(wanted.dueDate, wanted.dueDateIncludesTime, wanted.dueAlertSchedule))
         return refuse(Code::dueDateRequired);
+    if (!wanted.dueDate && wanted.repeat != ReminderRepeat::none)
+        return refuse(Code::repeatRequiresDueDate);
     const bool selectedExists =
         selectedListID_ && services_.eventStore.calendarWithIdentifier(*selectedListID_);
     const auto preferred = selectedExists ? selectedListID_ : defaultListID();
@@ -100,6 +102,7 @@ void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
         applyDueDate(reminder->data,
                      dueComponents(*wanted.dueDate, wanted.dueDateIncludesTime, calendar, std::nullopt),
                      wanted.dueAlertSchedule, calendar);
+    applyRepeat(reminder->data, wanted.repeat);
     const RecordedChangeRef recorded =
         recordChange(ChangeKind::creation, text("Create reminder", "Créer le rappel"), QString());
     beginActivity();
@@ -134,6 +137,11 @@ std::optional<ReminderEditDetails> ReminderStore::editDetails(const QString& id)
     return reminderEditDetails(reminder->data, services_.calendar.calendar());
 }
 
+std::vector<EKRecurrenceRule> ReminderStore::recurrenceRules(const QString& id) const {
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    return reminder ? reminder->data.recurrenceRules : std::vector<EKRecurrenceRule>();
+}
+
 void ReminderStore::answer(const Completion& completion, tl::expected<void, ReminderStoreError> result) {
     if (!completion)
         return;
@@ -165,15 +173,18 @@ void ReminderStore::change(const TextPair& title, const QString& id, const Edit&
     });
 }
 
-void ReminderStore::edit(const QString& id, const ReminderEditDetails& details, Completion completion) {
+void ReminderStore::edit(const QString& id, const ReminderEditDetails& details,
+                         std::optional<ReminderRepeat> repeat, Completion completion) {
     change(
         text("Edit reminder", "Modifier le rappel"), id,
-        [this, &details](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+        [this, &details, repeat](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
             const auto title = titleToWrite(details.title, reminder.title);
             if (!title)
                 return tl::unexpected(title.error());
             if (asksForMissingDueDate(details.dueDate, details.dueDateIncludesTime, details.dueAlertSchedule))
                 return failure(Code::dueDateRequired);
+            if (!details.dueDate && repeat.value_or(ReminderRepeat::none) != ReminderRepeat::none)
+                return failure(Code::repeatRequiresDueDate);
             if (details.listID != reminder.calendarIdentifier &&
                 !services_.eventStore.calendarWithIdentifier(details.listID))
                 return failure(Code::listUnavailable);
@@ -188,6 +199,8 @@ void ReminderStore::edit(const QString& id, const ReminderEditDetails& details, 
                 due = dueComponents(*details.dueDate, details.dueDateIncludesTime, calendar,
                                     reminder.dueDateComponents);
             applyDueDate(reminder, due, details.dueAlertSchedule, calendar);
+            if (repeat && repeat != reminderRepeat(reminder.recurrenceRules))
+                applyRepeat(reminder, *repeat);
             return {};
         },
         std::move(completion));
@@ -207,12 +220,20 @@ void ReminderStore::rename(const QString& id, const QString& title, Completion c
 }
 
 void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includesTime, Completion completion) {
+    const auto present = editDetails(id);
+    reschedule(id, dueDate, includesTime, present ? present->dueAlertSchedule : std::nullopt,
+               std::move(completion));
+}
+
+void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includesTime,
+                               const std::optional<ReminderAlertSchedule>& alert, Completion completion) {
     change(
         text("Reschedule reminder", "Reporter le rappel"), id,
-        [this, dueDate, includesTime](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+        [this, dueDate, includesTime,
+         &alert](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
             const ZoneCalendar calendar = services_.calendar.calendar();
             applyDueDate(reminder, dueComponents(dueDate, includesTime, calendar, reminder.dueDateComponents),
-                         reminderEditDetails(reminder, calendar).dueAlertSchedule, calendar);
+                         alert, calendar);
             return {};
         },
         std::move(completion));

@@ -35,6 +35,8 @@ TextPair ReminderStoreError::message() const {
     case Code::dueDateRequired:
         return text("Choose a due date for the time or notification.",
                     "Choisissez une échéance pour l’heure ou la notification.");
+    case Code::repeatRequiresDueDate:
+        return text("Choose a due date for the repetition.", "Choisissez une échéance pour la répétition.");
     case Code::listUnavailable:
         return text("This Reminders list is no longer available.",
                     "Cette liste Rappels n’est plus disponible.");

@@ -18,6 +18,8 @@ struct ReminderStoreError {
         emptyTitle,
         /// A time of day or an alert was given without a due date.
         dueDateRequired,
+        /// A reminder without a due date cannot repeat.
+        repeatRequiresDueDate,
         /// The list to move to was deleted, here or elsewhere.
         listUnavailable,
         /// The flag is set here but not where other programs see it.

@@ -4,6 +4,7 @@
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "reminders/ReminderAlertSchedule.h"
+#include "reminders/ReminderRepeat.h"
 
 #include <QString>
 #include <QStringView>
@@ -11,6 +12,7 @@
 
 #include <array>
 #include <optional>
+#include <vector>
 
 namespace kestrant {
 
@@ -29,8 +31,9 @@ struct ReminderTask {
     QString listID;
     /// From the flag index, not from the database.
     bool isFlagged = false;
-    /// Completing it moves it to its next date.
+    /// Completing it moves it to its next date, as recurrenceRules say.
     bool isRecurring = false;
+    std::vector<EKRecurrenceRule> recurrenceRules;
 
     bool operator==(const ReminderTask&) const = default;
 };
@@ -111,6 +114,8 @@ struct NewReminder {
     /// The list chosen in the form; absent leaves the choice to the store.
     std::optional<QString> listID;
     bool isFlagged = false;
+    /// Anything but `none` needs a due date.
+    ReminderRepeat repeat = ReminderRepeat::none;
 };
 
 /// What an edit form shows and hands back.

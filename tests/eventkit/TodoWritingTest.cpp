@@ -249,6 +249,22 @@ Completed completeSeries(const QByteArray& components) {
     return result;
 }
 
+TEST(TodoWritingTest, LeavesACompletedCopyOfTheDateThatASeriesShows) {
+    const Completed done = completeSeries(
+        "BEGIN:VTODO\nUID:old\nDTSTART;VALUE=DATE:20260326\nDUE;VALUE=DATE:20260327\nRRULE:FREQ=WEEKLY\n"
+        "X-KDE-LIBKCAL-DTRECURRENCE;VALUE=DATE:20260402\nEND:VTODO\n");
+    EXPECT_TRUE(done.copy.contains("DTSTART;VALUE=DATE:20260402\nDUE;VALUE=DATE:20260403\n"));
+}
+
+TEST(TodoWritingTest, CountsANewRuleFromTheDateThatASeriesShows) {
+    const QByteArray series = "DTSTART;VALUE=DATE:20260326\nDUE;VALUE=DATE:20260327\nRRULE:FREQ=WEEKLY\n"
+                              "X-KDE-LIBKCAL-DTRECURRENCE;VALUE=DATE:20260402\n";
+    for (const auto& rules : {std::vector{EKRecurrenceRule::every(EKRecurrenceFrequency::monthly)}, {}}) {
+        const Edit changed = edit(series, [&](EKReminderData& data) { data.recurrenceRules = rules; });
+        EXPECT_EQ(changed.readBack.dueDateComponents, DateComponents::fromDate({2026, 4, 3}));
+    }
+}
+
 TEST(TodoWritingTest, LeavesACompletedCopyThatNeitherRecursNorRings) {
     const Completed done =
         completeSeries("BEGIN:VTODO\nUID:old\nSUMMARY:Water\nX-PINNED:TRUE\n"

@@ -38,8 +38,8 @@ class ReminderStoreChanges : public ReminderStoreTest {
         EXPECT_EQ(create(reminder), done);
         return database.reminder(ended.id)->calendarIdentifier;
     }
-    std::optional<Code> edit(const ReminderEditDetails& details) {
-        return outcome([&](Outcome& end) { store->edit(a, details, end.completion()); });
+    std::optional<Code> edit(const ReminderEditDetails& details, std::optional<ReminderRepeat> repeat = {}) {
+        return outcome([&](Outcome& end) { store->edit(a, details, repeat, end.completion()); });
     }
     std::optional<Code> rename(const char* title) {
         return outcome([&](Outcome& end) { store->rename(a, QString::fromUtf8(title), end.completion()); });
@@ -99,6 +99,9 @@ TEST_F(ReminderStoreChanges, ACreationThatMakesNoSenseIsRefused) {
     NewReminder alertOnly = newReminder("x");
     alertOnly.dueAlertSchedule = DayRelativeToDueDate{0, 9, 0};
     EXPECT_EQ(create(alertOnly), Code::dueDateRequired);
+    NewReminder repeatOnly = newReminder("x");
+    repeatOnly.repeat = ReminderRepeat::daily;
+    EXPECT_EQ(create(repeatOnly), Code::repeatRequiresDueDate);
     database.setFailure(Operation::save, diskFull());
     EXPECT_EQ(create(newReminder("x")), Code::database);
     EXPECT_THAT(database.reminders(), IsEmpty());
@@ -216,6 +219,7 @@ TEST_F(ReminderStoreChanges, ARefusedChangeWritesNothingAndLeavesTheCard) {
     EXPECT_EQ(rename("\t"), Code::emptyTitle);
     EXPECT_EQ(edit(alertOnly), Code::dueDateRequired);
     EXPECT_EQ(edit(nowhere), Code::listUnavailable);
+    EXPECT_EQ(edit(good, ReminderRepeat::daily), Code::repeatRequiresDueDate);
     EXPECT_EQ(move("gone"), Code::listUnavailable);
     EXPECT_EQ(move("locked"), Code::database);
     database.setFailure(Operation::save, diskFull());
@@ -265,17 +269,56 @@ TEST_F(ReminderStoreChanges, AnotherDueDateTakesTheAlertAlongAndKeepsItsZone) {
     EXPECT_EQ(written.startDateComponents, written.dueDateComponents) << "it cannot start after it is due";
 }
 
-TEST_F(ReminderStoreChanges, WithoutADueDateThereIsNoAlert) {
+TEST_F(ReminderStoreChanges, AnotherDueDateMayComeWithAnotherAlert) {
+    put(aReminder("a").due({2026, 3, 28}, {9, 0}).alarmAt(paris({2026, 3, 28}, {8, 0})));
+    loadedStore();
+    const auto rescheduleWith = [&](const std::optional<ReminderAlertSchedule>& alert) {
+        return outcome([&](Outcome& end) {
+            store->reschedule(a, paris({2026, 3, 11}), false, alert, end.completion());
+        });
+    };
+    EXPECT_EQ(rescheduleWith(DayRelativeToDueDate{-1, 18, 0}), done);
+    EXPECT_THAT(stored("a").alarms, ElementsAre(EKAlarm::at(paris({2026, 3, 10}, {18, 0}))));
+    EXPECT_EQ(rescheduleWith(std::nullopt), done);
+    EXPECT_THAT(stored("a").alarms, IsEmpty());
+}
+
+TEST_F(ReminderStoreChanges, AReminderRepeatsFromItsDueDateOnAsChosen) {
+    const std::vector<EKRecurrenceRule> own = {EKRecurrenceRule::parse(QStringLiteral("FREQ=DAILY;COUNT=3"))};
+    const std::vector<EKRecurrenceRule> weekly = {EKRecurrenceRule::every(EKRecurrenceFrequency::weekly)};
+    put(aReminder("a").due({2026, 3, 29}).repeating(own.front().text));
+    ReminderEditDetails details = *loadedStore().editDetails(a);
+    EXPECT_EQ(store->recurrenceRules(a), own);
+    details.title = QStringLiteral("x");
+    EXPECT_EQ(edit(details), done);
+    EXPECT_EQ(stored("a").recurrenceRules, own) << "not asked to change them";
+    EXPECT_EQ(edit(details, ReminderRepeat::weekly), done);
+    EXPECT_EQ(stored("a").recurrenceRules, weekly);
+    EXPECT_EQ(stored("a").startDateComponents, stored("a").dueDateComponents) << "what others count from";
+    EXPECT_EQ(store->task(a)->recurrenceRules, weekly);
+    EXPECT_EQ(edit(details, ReminderRepeat::none), done);
+    EXPECT_FALSE(store->task(a)->isRecurring);
+
+    NewReminder reminder = newReminder("new");
+    reminder.dueDate = paris({2026, 3, 29});
+    reminder.repeat = ReminderRepeat::weekly;
+    EXPECT_EQ(create(reminder), done);
+    EXPECT_EQ(database.reminder(ended.id)->recurrenceRules, weekly);
+}
+
+TEST_F(ReminderStoreChanges, WithoutADueDateThereIsNoAlertAndNoRepetition) {
     EKAlarm place = EKAlarm::at(paris({2026, 3, 29}, {8, 45}));
     place.structuredLocation = EKStructuredLocation{QStringLiteral("Home")};
     EKReminderData reminder =
         aReminder("a").due({2026, 3, 29}, {9, 0}).alarmAt(paris({2026, 3, 29}, {8, 45}));
     reminder.alarms.push_back(place);
+    reminder.recurrenceRules = recurrenceRules(ReminderRepeat::daily);
     put(reminder);
     loadedStore();
     EXPECT_EQ(outcome([&](Outcome& end) { store->clearDueDate(a, end.completion()); }), done);
     EXPECT_EQ(stored("a").dueDateComponents, std::nullopt);
     EXPECT_THAT(stored("a").alarms, ElementsAre(place));
+    EXPECT_THAT(stored("a").recurrenceRules, IsEmpty());
 }
 
 }  // namespace

@@ -106,6 +106,11 @@ TEST_F(ReminderStoreFiles, EverythingDoneAndUndoneLeavesTheFilesAsTheyWere) {
             store.reschedule(a, at("Europe/Paris", {2026, 4, 1}, {10, 0}), true, done);
         },
         [&](const Completion& done) { store.completeNow(QStringLiteral("series"), done); },
+        [&](const Completion& done) {
+            store.edit(QStringLiteral("series"), *store.editDetails(QStringLiteral("series")),
+                       ReminderRepeat::none, done);
+        },
+        [&](const Completion& done) { store.edit(a, *store.editDetails(a), ReminderRepeat::monthly, done); },
         [&](const Completion& done) { store.move(a, QStringLiteral("other"), done); },
         [&](const Completion& done) {
             store.create({.title = QStringLiteral("New"), .isFlagged = true},

@@ -100,7 +100,7 @@ TEST_F(ReminderStoreHistory, EveryChangeIsTakenBackAndMadeAgain) {
         details.dueAlertSchedule = DayRelativeToDueDate{-1, 9, 0};
         details.priority = 0;
         details.listID = QStringLiteral("other");
-        changed.edit(a, details, nullptr);
+        changed.edit(a, details, ReminderRepeat::yearly, nullptr);
     };
     const auto create = [](ReminderStore& changed) {
         NewReminder reminder;

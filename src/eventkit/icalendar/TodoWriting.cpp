@@ -9,10 +9,11 @@ constexpr QByteArrayView presentDateName("X-KDE-LIBKCAL-DTRECURRENCE");
 void writeDates(Editor& editor, const TodoItem& item, const EKReminderData& after) {
     const bool startChanged = item.data.startDateComponents != after.startDateComponents;
     const bool dueChanged = item.data.dueDateComponents != after.dueDateComponents;
-    if (!startChanged && !dueChanged)
-        return;
-    // What was shown is a later date of the series than the one that is written: both dates move there.
+    // What was shown is a later date of the series than the one that is written: both dates move there, and
+    // so they do for a new rule, which counts from what was shown.
     const bool moved = item.dates.anchor.has_value();
+    if (!startChanged && !dueChanged && !(moved && item.data.recurrenceRules != after.recurrenceRules))
+        return;
     const bool hadDuration = editor.has("DURATION");
     editor.remove("DURATION");
     editor.remove(presentDateName);

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "eventkit/EKTypes.h"
+#include "foundation/Text.h"
+
+#include <QString>
+#include <QStringView>
+
+#include <array>
+#include <optional>
+#include <vector>
+
+namespace kestrant {
+
+/// How often a reminder repeats, as far as forms offer it. Rules that are none of these are kept and shown in
+/// words.
+enum class ReminderRepeat { none, daily, weekly, monthly, yearly };
+
+inline constexpr std::array allReminderRepeats{ReminderRepeat::none, ReminderRepeat::daily,
+                                               ReminderRepeat::weekly, ReminderRepeat::monthly,
+                                               ReminderRepeat::yearly};
+
+/// "none", "daily", "weekly", "monthly" or "yearly".
+[[nodiscard]] QString rawValue(ReminderRepeat repeat);
+[[nodiscard]] std::optional<ReminderRepeat> reminderRepeat(QStringView rawValue);
+
+/// Which of the choices these rules are; absent when they are something else.
+[[nodiscard]] std::optional<ReminderRepeat> reminderRepeat(const std::vector<EKRecurrenceRule>& rules);
+/// The rules that stand for a choice.
+[[nodiscard]] std::vector<EKRecurrenceRule> recurrenceRules(ReminderRepeat repeat);
+
+/// Any rules in words, for use inside a sentence: "never", "yearly", "every 2 weeks on Mon, Thu",
+/// "monthly on the last Friday, until 3 May 2027", "custom".
+[[nodiscard]] QString repeatInWords(const std::vector<EKRecurrenceRule>& rules, Language language);
+/// How often alone, for where there is little room: "every 2 weeks". Empty where that cannot be said.
+[[nodiscard]] QString shortRepeatText(const std::vector<EKRecurrenceRule>& rules, Language language);
+
+}  // namespace kestrant
