@@ -1,20 +1,24 @@
 #include "ui/SettingsViewModel.h"
 
 #include "preferences/Preferences.h"
+#include "services/LaunchAtLoginManager.h"
 #include "ui/Localizer.h"
 
 namespace kestrant {
 
 SettingsViewModel::SettingsViewModel(Preferences& preferences, Localizer& localizer,
-                                     FeedbackViewModel& feedback, std::optional<CollectionSwitch> collection,
-                                     QObject* parent)
+                                     FeedbackViewModel& feedback, SettingsServices services, QObject* parent)
     : QObject(parent)
     , preferences_(preferences)
     , localizer_(localizer)
     , feedback_(feedback)
-    , collection_(std::move(collection))
+    , services_(std::move(services))
+    , dataStore_(preferences, localizer, services_.dataStore)
     , subscription_(preferences.observeChanges([this](const QString&) { Q_EMIT changed(); })) {
     connect(&localizer, &Localizer::languageChanged, this, &SettingsViewModel::changed);
+    if (services_.launchAtLogin)
+        connect(services_.launchAtLogin, &LaunchAtLoginManager::isEnabledChanged, this,
+                &SettingsViewModel::changed);
 }
 
 QString SettingsViewModel::language() const {
@@ -64,6 +68,15 @@ int SettingsViewModel::sounds() const {
 void SettingsViewModel::setSounds(int profile) {
     if (profile >= int(SoundProfile::off) && profile <= int(SoundProfile::soft))
         preferences_.setSoundProfile(SoundProfile(profile));
+}
+
+int SettingsViewModel::haptics() const {
+    return int(preferences_.hapticProfile());
+}
+
+void SettingsViewModel::setHaptics(int profile) {
+    if (profile >= int(HapticProfile::off) && profile <= int(HapticProfile::full))
+        preferences_.setHapticProfile(HapticProfile(profile));
 }
 
 bool SettingsViewModel::showReminders() const {
@@ -125,14 +138,38 @@ QVariantList SettingsViewModel::layoutRatios() const {
 }
 
 void SettingsViewModel::setCounts(bool on) {
-    if (!collection_ || collection_->isOn() == on)
+    if (!canCount() || counts() == on)
         return;
-    collection_->setOn(on);
+    services_.collection->setOn(on);
     Q_EMIT changed();
 }
 
 QString SettingsViewModel::countsHelp() const {
-    return collection_ ? localizer_(collection_->help) : QString();
+    return canCount() ? localizer_(services_.collection->help) : QString();
+}
+
+bool SettingsViewModel::launchesAtLogin() const {
+    return canLaunchAtLogin() && services_.launchAtLogin->isEnabled();
+}
+
+void SettingsViewModel::setLaunchesAtLogin(bool launches) {
+    if (!canLaunchAtLogin())
+        return;
+    const auto result = services_.launchAtLogin->setEnabled(launches);
+    launchAtLoginProblem_ = result ? std::nullopt : std::optional(result.error());
+    Q_EMIT changed();
+}
+
+QString SettingsViewModel::launchAtLoginProblem() const {
+    return launchAtLoginProblem_ ? localizer_(*launchAtLoginProblem_) : QString();
+}
+
+void SettingsViewModel::refresh() {
+    launchAtLoginProblem_.reset();
+    if (services_.launchAtLogin)
+        services_.launchAtLogin->refresh();
+    dataStore_.forgetUnfinished();
+    Q_EMIT changed();
 }
 
 }  // namespace kestrant

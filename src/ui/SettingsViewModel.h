@@ -2,6 +2,7 @@
 
 #include "foundation/Subscription.h"
 #include "foundation/Text.h"
+#include "ui/DataStoreViewModel.h"
 #include "ui/FeedbackViewModel.h"
 
 #include <QObject>
@@ -14,6 +15,7 @@
 
 namespace kestrant {
 
+class LaunchAtLoginManager;
 class Localizer;
 class Preferences;
 
@@ -24,8 +26,19 @@ struct CollectionSwitch {
     std::function<void(bool)> setOn;
 };
 
-/// What the settings popover shows and changes; every change is stored at once and shows everywhere. Thread:
-/// main.
+/// What the settings reach besides the preferences; what is absent is not offered.
+struct SettingsServices {
+    std::optional<CollectionSwitch> collection;
+    LaunchAtLoginManager* launchAtLogin = nullptr;
+    DataStoreServices dataStore;
+    /// Opens the introduction at its tutorial.
+    std::function<void()> showTutorial;
+    /// Such as "1.2.0".
+    QString version;
+};
+
+/// What the settings popover and the introduction show and change; every change is stored at once and shows
+/// everywhere. Thread: main.
 class SettingsViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -39,6 +52,8 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(QString material READ material WRITE setMaterial NOTIFY changed)
     /// 0 off, 1 full, 2 soft.
     Q_PROPERTY(int sounds READ sounds WRITE setSounds NOTIFY changed)
+    /// 0 off, 1 light, 2 full.
+    Q_PROPERTY(int haptics READ haptics WRITE setHaptics NOTIFY changed)
     Q_PROPERTY(bool showReminders READ showReminders WRITE setShowReminders NOTIFY changed)
     Q_PROPERTY(bool showCalendar READ showCalendar WRITE setShowCalendar NOTIFY changed)
     /// Reminders that are due are listed among the events.
@@ -53,13 +68,20 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(bool canCount READ canCount CONSTANT)
     Q_PROPERTY(bool counts READ counts WRITE setCounts NOTIFY changed)
     Q_PROPERTY(QString countsHelp READ countsHelp NOTIFY changed)
+    Q_PROPERTY(DataStoreViewModel* dataStore READ dataStore CONSTANT)
+    Q_PROPERTY(bool canLaunchAtLogin READ canLaunchAtLogin CONSTANT)
+    Q_PROPERTY(bool launchesAtLogin READ launchesAtLogin WRITE setLaunchesAtLogin NOTIFY changed)
+    /// Why that could not be changed; empty for none.
+    Q_PROPERTY(QString launchAtLoginProblem READ launchAtLoginProblem NOTIFY changed)
+    Q_PROPERTY(bool canShowTutorial READ canShowTutorial CONSTANT)
+    Q_PROPERTY(QString version READ version CONSTANT)
     /// The form for a message to the makers.
     Q_PROPERTY(FeedbackViewModel* feedback READ feedback CONSTANT)
 
   public:
-    /// Everything must outlive the view model. Without `collection` there is nothing to switch.
+    /// Everything must outlive the view model.
     SettingsViewModel(Preferences& preferences, Localizer& localizer, FeedbackViewModel& feedback,
-                      std::optional<CollectionSwitch> collection = std::nullopt, QObject* parent = nullptr);
+                      SettingsServices services = {}, QObject* parent = nullptr);
 
     [[nodiscard]] QString language() const;
     void setLanguage(const QString& language);
@@ -73,6 +95,8 @@ class SettingsViewModel : public QObject {
     void setMaterial(const QString& material);
     [[nodiscard]] int sounds() const;
     void setSounds(int profile);
+    [[nodiscard]] int haptics() const;
+    void setHaptics(int profile);
     [[nodiscard]] bool showReminders() const;
     void setShowReminders(bool show);
     [[nodiscard]] bool showCalendar() const;
@@ -85,12 +109,22 @@ class SettingsViewModel : public QObject {
     void setLayoutRatio(const QString& rawValue);
     [[nodiscard]] QVariantList moduleOrders() const;
     [[nodiscard]] QVariantList layoutRatios() const;
-    [[nodiscard]] bool canCount() const { return collection_.has_value(); }
-    [[nodiscard]] bool counts() const { return collection_ && collection_->isOn(); }
+    [[nodiscard]] bool canCount() const { return services_.collection.has_value(); }
+    [[nodiscard]] bool counts() const { return canCount() && services_.collection->isOn(); }
     void setCounts(bool on);
     [[nodiscard]] QString countsHelp() const;
     [[nodiscard]] FeedbackViewModel* feedback() const { return &feedback_; }
+    [[nodiscard]] DataStoreViewModel* dataStore() { return &dataStore_; }
+    [[nodiscard]] bool canLaunchAtLogin() const { return services_.launchAtLogin != nullptr; }
+    [[nodiscard]] bool launchesAtLogin() const;
+    void setLaunchesAtLogin(bool launches);
+    [[nodiscard]] QString launchAtLoginProblem() const;
+    [[nodiscard]] bool canShowTutorial() const { return bool(services_.showTutorial); }
+    [[nodiscard]] const QString& version() const { return services_.version; }
 
+    /// To be called when the settings come to be shown: looks at what others may have changed meanwhile.
+    Q_INVOKABLE void refresh();
+    Q_INVOKABLE void showTutorial() { services_.showTutorial(); }
     Q_INVOKABLE void quit() { Q_EMIT quitRequested(); }
 
   Q_SIGNALS:
@@ -102,7 +136,9 @@ class SettingsViewModel : public QObject {
     Preferences& preferences_;
     Localizer& localizer_;
     FeedbackViewModel& feedback_;
-    std::optional<CollectionSwitch> collection_;
+    SettingsServices services_;
+    DataStoreViewModel dataStore_;
+    std::optional<TextPair> launchAtLoginProblem_;
     Subscription subscription_;
 };
 

@@ -1,0 +1,139 @@
+#include "ui/DataStoreViewModel.h"
+
+#include "preferences/PreferenceKeys.h"
+#include "preferences/Preferences.h"
+#include "ui/Localizer.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace kestrant {
+namespace {
+
+const QString defaultKind = QStringLiteral("default");
+const QString folderKind = QStringLiteral("folder");
+const QString evolutionKind = QStringLiteral("evolution");
+const QString folderScheme = QStringLiteral("vdir:");
+
+}  // namespace
+
+tl::expected<QString, TextPair> usableFolder(const QString& typed) {
+    QString path = typed.trimmed();
+    if (path == u'~' || path.startsWith(u"~/"))
+        path.replace(0, 1, QDir::homePath());
+    if (!QDir::isAbsolutePath(path))
+        return tl::unexpected(text("Write the whole path of the folder, from / or ~ on.",
+                                   "Écrivez le chemin complet du dossier, à partir de / ou de ~."));
+    path = QDir::cleanPath(path);
+    // What is not there yet can be made if the nearest folder above it may be written to.
+    QFileInfo nearest(path);
+    while (!nearest.exists() && !nearest.isRoot())
+        nearest = QFileInfo(nearest.path());
+    if (!nearest.isDir())
+        return tl::unexpected(
+            TextPair{QStringLiteral("“%1” is not a folder.").arg(nearest.filePath()),
+                     QStringLiteral("« %1 » n’est pas un dossier.").arg(nearest.filePath())});
+    if (!nearest.isWritable() || !nearest.isReadable() || !nearest.isExecutable())
+        return tl::unexpected(TextPair{
+            QStringLiteral("You may not write in “%1”.").arg(nearest.filePath()),
+            QStringLiteral("Vous n’avez pas le droit d’écrire dans « %1 ».").arg(nearest.filePath())});
+    return path;
+}
+
+DataStoreViewModel::DataStoreViewModel(Preferences& preferences, Localizer& localizer,
+                                       DataStoreServices services, QObject* parent)
+    : QObject(parent)
+    , preferences_(preferences)
+    , localizer_(localizer)
+    , services_(std::move(services))
+    , subscription_(preferences.observeChanges([this](const QString& key) {
+        if (key == preferenceKeys::eventStore)
+            Q_EMIT changed();
+    })) {
+    connect(&localizer, &Localizer::languageChanged, this, &DataStoreViewModel::changed);
+}
+
+std::optional<QString> DataStoreViewModel::stored() const {
+    return preferences_.defaults().string(preferenceKeys::eventStore);
+}
+
+QString DataStoreViewModel::kind() const {
+    if (awaitsFolder_)
+        return folderKind;
+    const auto choice = stored();
+    if (!choice)
+        return defaultKind;
+    return *choice == evolutionKind ? evolutionKind : folderKind;
+}
+
+QVariantList DataStoreViewModel::kinds() const {
+    QVariantList kinds;
+    const auto offer = [&](const QString& kind, const TextPair& title) {
+        kinds.append(
+            QVariantMap{{QStringLiteral("rawValue"), kind}, {QStringLiteral("title"), localizer_(title)}});
+    };
+    offer(defaultKind, text("In Kestrant’s own folder", "Dans le dossier de Kestrant"));
+    offer(folderKind, text("In another folder", "Dans un autre dossier"));
+    if (kind() == evolutionKind || (services_.evolutionIsAvailable && services_.evolutionIsAvailable()))
+        offer(evolutionKind, text("In this desktop’s calendar", "Dans le calendrier du bureau"));
+    return kinds;
+}
+
+void DataStoreViewModel::setKind(const QString& kind) {
+    if (kind == this->kind())
+        return;
+    awaitsFolder_ = kind == folderKind;
+    problem_.reset();
+    // A folder is stored once it is known.
+    if (kind == defaultKind)
+        preferences_.defaults().remove(preferenceKeys::eventStore);
+    else if (kind == evolutionKind)
+        preferences_.defaults().set(preferenceKeys::eventStore, evolutionKind);
+    Q_EMIT changed();
+}
+
+QString DataStoreViewModel::folder() const {
+    const auto choice = stored();
+    QString path = choice && choice->startsWith(folderScheme) ? choice->mid(folderScheme.size()) : QString();
+    if (kind() == defaultKind)
+        path = services_.defaultFolder;
+    const QString home = QDir::homePath();
+    if (path == home || path.startsWith(home + u'/'))
+        path.replace(0, home.size(), QStringLiteral("~"));
+    return path;
+}
+
+QString DataStoreViewModel::problem() const {
+    return problem_ ? localizer_(*problem_) : QString();
+}
+
+bool DataStoreViewModel::needsRestart() const {
+    return stored() != services_.opened;
+}
+
+void DataStoreViewModel::chooseFolder(const QString& path) {
+    const auto usable = usableFolder(path);
+    problem_ = usable ? std::nullopt : std::optional(usable.error());
+    if (usable) {
+        awaitsFolder_ = false;
+        preferences_.defaults().set(preferenceKeys::eventStore, folderScheme + *usable);
+    }
+    Q_EMIT changed();
+}
+
+void DataStoreViewModel::pickFolder() {
+    const QString start = usableFolder(folder()).value_or(QDir::homePath());
+    services_.pickFolder(start, [this](const QString& picked) { chooseFolder(picked); });
+}
+
+void DataStoreViewModel::forgetUnfinished() {
+    awaitsFolder_ = false;
+    problem_.reset();
+    Q_EMIT changed();
+}
+
+void DataStoreViewModel::restart() {
+    services_.restart();
+}
+
+}  // namespace kestrant

@@ -1,0 +1,106 @@
+import QtQuick
+import Kestrant
+
+// Below the choice where reminders and events live: the folder, what is wrong with it, what has to happen yet.
+Column {
+    id: fields
+
+    required property DataStoreViewModel store
+    /// Whether what is to happen yet can be had at once from here.
+    property bool offersRestart: true
+
+    spacing: 8
+
+    Text {
+        visible: fields.store.kind === "default"
+        width: parent.width
+        text: fields.store.folder
+        textFormat: Text.PlainText
+        elide: Text.ElideMiddle
+        color: Theme.secondaryText
+        font.pixelSize: 12
+    }
+    Text {
+        visible: fields.store.kind === "evolution"
+        width: parent.width
+        text: Localizer.text("Shared with the other programs that use this desktop’s calendar service.",
+                             "Partagés avec les autres programmes qui utilisent le service de calendrier du bureau.")
+        wrapMode: Text.Wrap
+        color: Theme.secondaryText
+        font.pixelSize: 12
+    }
+    Item {
+        visible: fields.store.kind === "folder"
+        width: parent.width
+        height: 30
+
+        TextBox {
+            id: box
+            width: parent.width - (pick.visible ? pick.width + 8 : 0)
+            text: fields.store.folder
+            isWrong: fields.store.problem !== ""
+            placeholder: Localizer.text("Folder, such as ~/calendars", "Dossier, par exemple ~/agendas")
+            spokenName: Localizer.text("Folder of reminders and events", "Dossier des rappels et des événements")
+            onAccepted: commit()
+            onActiveFocusChanged: if (!activeFocus) commit()
+
+            function commit() {
+                if (visible && text !== fields.store.folder && text.trim() !== "")
+                    fields.store.chooseFolder(text)
+            }
+        }
+        PushButton {
+            id: pick
+            visible: fields.store.canPick
+            anchors.right: parent.right
+            text: Localizer.text("Choose…", "Choisir…")
+            onClicked: fields.store.pickFolder()
+        }
+    }
+    Connections {
+        target: fields.store
+        // Typing has parted the box from what is stored.
+        function onChanged() { if (fields.store.problem === "") box.text = fields.store.folder }
+    }
+    Text {
+        visible: text !== ""
+        width: parent.width
+        text: fields.store.problem
+        textFormat: Text.PlainText
+        wrapMode: Text.Wrap
+        color: Theme.overdue
+        font.pixelSize: 12
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: text
+    }
+    Text {
+        visible: fields.store.kind === "folder" && fields.store.problem === ""
+        width: parent.width
+        text: Localizer.text("A folder for each list, a file for each item: other programs can share and synchronise it.",
+                             "Un dossier par liste, un fichier par élément : d’autres programmes peuvent le partager et le synchroniser.")
+        wrapMode: Text.Wrap
+        color: Theme.secondaryText
+        font.pixelSize: 12
+    }
+    Item {
+        visible: fields.offersRestart && fields.store.needsRestart
+        width: parent.width
+        height: 30
+
+        Text {
+            width: parent.width - (restart.visible ? restart.width + 8 : 0)
+            anchors.verticalCenter: parent.verticalCenter
+            text: Localizer.text("In force after a restart.", "Prend effet au redémarrage.")
+            wrapMode: Text.Wrap
+            color: Theme.flag
+            font.pixelSize: 12
+        }
+        PushButton {
+            id: restart
+            visible: fields.store.canRestart
+            anchors.right: parent.right
+            text: Localizer.text("Restart", "Redémarrer")
+            onClicked: fields.store.restart()
+        }
+    }
+}
