@@ -81,10 +81,13 @@ class DesktopTest(unittest.TestCase):
         return path.read_bytes().decode()
 
     def set_preferences(self, **preferences):
-        self.configuration.mkdir(parents=True, exist_ok=True)
+        """Changes these preferences and leaves the others as the program left them."""
+        path = self.configuration / "preferences.json"
+        path.parent.mkdir(parents=True, exist_ok=True)
+        present = json.loads(path.read_text()) if path.exists() else {}
         settled = {"kestrantCompletedInitialOnboarding": True, "kestrantCompletedInitialYearReveal": True,
                    "kestrantStartedInitialYearReveal": True, "kestrantLanguage": "en"}
-        (self.configuration / "preferences.json").write_text(json.dumps({**settled, **preferences}))
+        path.write_text(json.dumps({**settled, **present, **preferences}))
 
     def ledger(self):
         """The records of completed reminders, by identifier; none while there is no ledger."""
