@@ -67,7 +67,8 @@ int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& e
     Preferences preferences(defaults, [&] { return environment.systemLocale; });
     Localization localization(preferences);
 
-    const auto parsed = parseCommandLine(arguments, environment.calendar);
+    const auto parsed =
+        parseCommandLine(arguments, {environment.clock.now(), environment.calendar, localization.language()});
     if (!parsed) {
         environment.err(localization(parsed.error()) + u' ' +
                         localization(text("See kestrant --help.", "Voir kestrant --help.")) + u'\n');

@@ -31,8 +31,9 @@ struct CommandLineEnvironment {
 };
 
 /// Carries out one command; `arguments` are those after the program's name. Needs a QCoreApplication, whose
-/// event loop it runs until the command has ended. Preferences are read and never written. Returns the exit
-/// status: 0 done, 1 refused, 2 wrong usage; whatever is refused is explained on `err`. Thread: main.
+/// event loop it runs until the command has ended. Preferences are read and never written, but for a flag
+/// that the panel has set and a command changes. Returns the exit status: 0 done, 1 refused, 2 wrong usage;
+/// whatever is refused is explained on `err`. Thread: main.
 [[nodiscard]] int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& environment);
 
 }  // namespace kestrant

@@ -1,15 +1,16 @@
 #include "cli/CommandLineArguments.h"
 
-#include <QSet>
+#include "cli/CommandLineNames.h"
+#include "cli/TypedAlert.h"
 
 #include <algorithm>
-#include <array>
 
 namespace kestrant {
 
 namespace {
 
 using Command = CommandLineArguments::Command;
+using Option = CommandOption;
 using Failure = tl::unexpected<TextPair>;
 
 /// A failure whose texts hold "%1" where `detail` belongs.
@@ -18,97 +19,6 @@ Failure failure(const char* english, const char* french, const QString& detail =
     if (detail.isNull())
         return Failure(message);
     return Failure(TextPair{message.english.arg(detail), message.french.arg(detail)});
-}
-
-struct CommandName {
-    Command command;
-    const char* name;
-    /// What stands after the command; null for nothing.
-    const char* subjectEnglish;
-    const char* subjectFrench;
-};
-
-constexpr std::array commandNames{
-    CommandName{Command::list, "list", nullptr, nullptr},
-    CommandName{Command::lists, "lists", nullptr, nullptr},
-    CommandName{Command::add, "add", "a title", "un titre"},
-    CommandName{Command::complete, "complete", "the identifier of a reminder", "l’identifiant d’un rappel"},
-    CommandName{Command::remove, "delete", "the identifier of a reminder", "l’identifiant d’un rappel"},
-    CommandName{Command::show, "show", "the identifier of a reminder", "l’identifiant d’un rappel"},
-    CommandName{Command::agenda, "agenda", nullptr, nullptr},
-    CommandName{Command::calendars, "calendars", nullptr, nullptr},
-    CommandName{Command::addEvent, "add-event", "a title", "un titre"},
-    CommandName{Command::deleteEvent, "delete-event", "the identifier of a row of the agenda",
-                "l’identifiant d’une ligne de l’agenda"},
-};
-
-const CommandName* commandNamed(const QString& name) {
-    const auto found = std::find_if(commandNames.begin(), commandNames.end(), [&](const CommandName& entry) {
-        return name == QLatin1String(entry.name);
-    });
-    return found == commandNames.end() ? nullptr : &*found;
-}
-
-enum class Option {
-    help,
-    version,
-    json,
-    store,
-    now,
-    sort,
-    list,
-    today,
-    overdue,
-    flagged,
-    search,
-    due,
-    priority,
-    allEvents,
-    reminders,
-    noReminders,
-    start,
-    end,
-    allDay,
-    calendar
-};
-
-struct OptionName {
-    Option option;
-    const char* name;
-    bool takesValue;
-    /// The commands that know it; empty for all.
-    std::array<std::optional<Command>, 2> commands;
-};
-
-constexpr std::array optionNames{
-    OptionName{Option::help, "--help", false, {}},
-    OptionName{Option::help, "-h", false, {}},
-    OptionName{Option::version, "--version", false, {}},
-    OptionName{Option::json, "--json", false, {}},
-    OptionName{Option::store, "--store", true, {}},
-    OptionName{Option::now, "--now", true, {}},
-    OptionName{Option::sort, "--sort", true, {Command::list}},
-    OptionName{Option::list, "--list", true, {Command::list, Command::add}},
-    OptionName{Option::today, "--today", false, {Command::list}},
-    OptionName{Option::overdue, "--overdue", false, {Command::list}},
-    OptionName{Option::flagged, "--flagged", false, {Command::list}},
-    OptionName{Option::search, "--search", true, {Command::list}},
-    OptionName{Option::due, "--due", true, {Command::add}},
-    OptionName{Option::priority, "--priority", true, {Command::add}},
-    OptionName{Option::allEvents, "--all", false, {Command::agenda}},
-    OptionName{Option::reminders, "--reminders", false, {Command::agenda}},
-    OptionName{Option::noReminders, "--no-reminders", false, {Command::agenda}},
-    OptionName{Option::start, "--start", true, {Command::addEvent}},
-    OptionName{Option::end, "--end", true, {Command::addEvent}},
-    OptionName{Option::allDay, "--all-day", false, {Command::addEvent}},
-    OptionName{Option::calendar, "--calendar", true, {Command::addEvent}},
-};
-
-const OptionName* optionNamed(const QString& name) {
-    const auto found = std::find_if(optionNames.begin(), optionNames.end(), [&](const OptionName& entry) {
-        return name == QLatin1String(entry.name);
-    });
-    return found == optionNames.end() ? nullptr : &*found;
 }
 
 bool isOption(const QString& argument) {
@@ -163,16 +73,35 @@ tl::expected<SplitArguments, TextPair> split(const QStringList& arguments) {
     return result;
 }
 
+const QString none = QStringLiteral("none");
+
+Failure failure(const TextPair& message, const QString& first, const QString& second) {
+    return Failure(TextPair{message.english.arg(first, second), message.french.arg(first, second)});
+}
+
 tl::expected<void, TextPair> takeDate(const GivenOption& given, const ZoneCalendar& calendar,
                                       std::optional<TypedDate>& date) {
     date = readTypedDate(given.value, calendar);
     if (date)
         return {};
-    const TextPair message =
-        text("%1: “%2” is no date; write it like 2026-03-27 or 2026-03-27T14:30.",
-             "%1 : « %2 » n’est pas une date ; écrivez-la comme 2026-03-27 ou 2026-03-27T14:30.");
-    const QString name = QLatin1String(given.name->name);
-    return Failure(TextPair{message.english.arg(name, given.value), message.french.arg(name, given.value)});
+    return failure(text("%1: “%2” is no date; write it like 2026-03-27 or 2026-03-27T14:30.",
+                        "%1 : « %2 » n’est pas une date ; écrivez-la comme 2026-03-27 ou 2026-03-27T14:30."),
+                   QLatin1String(given.name->name), given.value);
+}
+
+/// Takes a due date that stands behind `name`.
+tl::expected<void, TextPair> takeDue(const QString& name, const QString& value,
+                                     const CommandLineContext& context, CommandLineArguments& arguments) {
+    const auto date =
+        readDateInWords(value, {arguments.now.value_or(context.now), context.calendar, context.language, {}});
+    if (!date && value != none)
+        return failure(text("%1: “%2” is no date; write it like 2026-03-27, 2026-03-27T14:30 or “tomorrow "
+                            "9am”.",
+                            "%1 : « %2 » n’est pas une date ; écrivez-la comme 2026-03-27, 2026-03-27T14:30 "
+                            "ou « demain 9h »."),
+                       name, value);
+    arguments.due = date;
+    return {};
 }
 
 template <typename Values>
@@ -184,7 +113,7 @@ QString rawValues(const Values& values) {
 }
 
 /// Takes one option over into the arguments; fails when its value is none that it can have.
-tl::expected<void, TextPair> apply(const GivenOption& given, const ZoneCalendar& calendar,
+tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineContext& context,
                                    CommandLineArguments& arguments) {
     const QString& value = given.value;
     switch (given.name->option) {
@@ -204,13 +133,22 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const ZoneCalendar&
         arguments.overdueOnly = true;
         break;
     case Option::flagged:
-        arguments.flaggedOnly = true;
+        arguments.isFlagged = true;
         break;
     case Option::search:
         arguments.search = value;
         break;
     case Option::list:
-        arguments.listID = value;
+        arguments.list = value;
+        break;
+    case Option::literal:
+        arguments.isLiteral = true;
+        break;
+    case Option::title:
+        arguments.title = value;
+        break;
+    case Option::notes:
+        arguments.notes = value;
         break;
     case Option::store: {
         const auto location = EventStoreLocation::parse(value);
@@ -220,7 +158,7 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const ZoneCalendar&
         break;
     }
     case Option::now: {
-        const std::optional<TypedDate> now = readTypedDate(value, calendar);
+        const std::optional<TypedDate> now = readTypedDate(value, context.calendar);
         if (!now || !now->includesTime)
             return failure("--now: “%1” is no time; write it like 2026-03-27T14:30:00Z.",
                            "--now : « %1 » n’est pas une heure ; écrivez-la comme 2026-03-27T14:30:00Z.",
@@ -229,11 +167,11 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const ZoneCalendar&
         break;
     }
     case Option::due:
-        return takeDate(given, calendar, arguments.due);
+        return takeDue(QLatin1String(given.name->name), value, context, arguments);
     case Option::start:
-        return takeDate(given, calendar, arguments.start);
+        return takeDate(given, context.calendar, arguments.start);
     case Option::end:
-        return takeDate(given, calendar, arguments.end);
+        return takeDate(given, context.calendar, arguments.end);
     case Option::allEvents:
         arguments.allEvents = true;
         break;
@@ -257,11 +195,26 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const ZoneCalendar&
                            rawValues(allReminderSortModes));
         break;
     case Option::priority: {
+        // A new reminder always has one.
+        const bool mayBeNone = arguments.command == Command::edit;
         const std::optional<NewReminderPriority> priority = newReminderPriority(value);
-        if (!priority)
+        if (!priority && !(mayBeNone && value == none))
             return failure("--priority must be one of: %1.", "--priority doit être l’un de : %1.",
-                           rawValues(allNewReminderPriorities));
-        arguments.priority = *priority;
+                           rawValues(allNewReminderPriorities) +
+                               (mayBeNone ? QStringLiteral(", none") : QString()));
+        arguments.priority = priority;
+        break;
+    }
+    case Option::alert: {
+        const std::optional<ReminderAlertSchedule> alert = readTypedAlert(value);
+        if (!alert && value != none)
+            return failure(
+                "--alert: “%1” is no alert; write it like 0, 15m, 1h or 1d, or 09:00 or “1d 18:00” "
+                "for a whole day.",
+                "--alert : « %1 » n’est pas une alerte ; écrivez-la comme 0, 15m, 1h ou 1d, ou "
+                "09:00 ou « 1d 18:00 » pour une journée entière.",
+                value);
+        arguments.alert = alert;
         break;
     }
     }
@@ -281,6 +234,29 @@ tl::expected<void, TextPair> checkEventDates(const CommandLineArguments& argumen
         return failure("--start and --end need a time of day, or --all-day beside them.",
                        "--start et --end demandent une heure, ou --all-day à côté.");
     return {};
+}
+
+/// What was typed after the command, beyond its first subject.
+tl::expected<void, TextPair> takeSecondSubject(const QString& subject, const CommandName& command,
+                                               const CommandLineContext& context,
+                                               CommandLineArguments& arguments) {
+    if (command.command == Command::reschedule)
+        return takeDue(QLatin1String(command.name), subject, context, arguments);
+    arguments.list = subject;
+    return {};
+}
+
+tl::expected<void, TextPair> checkEdit(const CommandLineArguments& arguments) {
+    if (arguments.title || arguments.notes || arguments.due || arguments.list || arguments.priority ||
+        arguments.alert)
+        return {};
+    QStringList options;
+    for (const OptionName& option : optionNames()) {
+        if (option.commands.contains(Command::edit) && !option.commands.contains(Command::lists))
+            options.append(QLatin1String(option.name));
+    }
+    return failure("edit needs one or more of: %1.", "edit demande une ou plusieurs de : %1.",
+                   options.join(QStringLiteral(", ")));
 }
 
 bool isAsked(const SplitArguments& given, Option option) {
@@ -303,7 +279,7 @@ bool namesCommand(const QStringList& arguments) {
 }
 
 tl::expected<CommandLineArguments, TextPair> parseCommandLine(const QStringList& arguments,
-                                                              const ZoneCalendar& calendar) {
+                                                              const CommandLineContext& context) {
     const auto given = split(arguments);
     if (!given)
         return Failure(given.error());
@@ -322,35 +298,46 @@ tl::expected<CommandLineArguments, TextPair> parseCommandLine(const QStringList&
     result.command = command->command;
 
     for (const GivenOption& option : given->options) {
-        const auto& known = option.name->commands;
-        if (known.front() && std::find(known.begin(), known.end(), command->command) == known.end()) {
-            const TextPair message = text("%1 has no option %2.", "%1 n’a pas d’option %2.");
-            const QString commandText = QLatin1String(command->name);
-            const QString optionText = QLatin1String(option.name->name);
-            return Failure(TextPair{message.english.arg(commandText, optionText),
-                                    message.french.arg(commandText, optionText)});
+        if (!option.name->commands.contains(command->command))
+            return failure(text("%1 has no option %2.", "%1 n’a pas d’option %2."),
+                           QLatin1String(command->name), QLatin1String(option.name->name));
+    }
+    // Dates in words are read against the present that is named.
+    for (const bool isNow : {true, false}) {
+        for (const GivenOption& option : given->options) {
+            if ((option.name->option == Option::now) != isNow)
+                continue;
+            if (const auto applied = apply(option, context, result); !applied)
+                return Failure(applied.error());
         }
-        if (const auto applied = apply(option, calendar, result); !applied)
-            return Failure(applied.error());
     }
 
-    const qsizetype expectedWords = command->subjectEnglish ? 2 : 1;
-    if (given->words.size() < expectedWords) {
-        const TextPair message = text("%1 needs %2.", "%1 demande %2.");
+    const qsizetype subjects = given->words.size() - 1;
+    const auto wanted = static_cast<qsizetype>(command->subjects.size());
+    if (subjects < wanted) {
+        const CommandSubject& missing = command->subjects[static_cast<std::size_t>(subjects)];
         const QString name = QLatin1String(command->name);
-        return Failure(TextPair{message.english.arg(name, QString::fromUtf8(command->subjectEnglish)),
-                                message.french.arg(name, QString::fromUtf8(command->subjectFrench))});
+        return Failure(
+            TextPair{QStringLiteral("%1 needs %2.").arg(name, QString::fromUtf8(missing.english)),
+                     QStringLiteral("%1 demande %2.").arg(name, QString::fromUtf8(missing.french))});
     }
-    if (given->words.size() > expectedWords)
+    if (subjects > wanted)
         return failure("“%1” is one argument too many; a text of several words goes in quotes.",
                        "« %1 » est de trop ; un texte de plusieurs mots se met entre guillemets.",
-                       given->words[expectedWords]);
-    if (expectedWords == 2)
+                       given->words[wanted + 1]);
+    if (subjects > 0)
         result.subject = given->words[1];
-    if (result.command == Command::addEvent) {
-        if (const auto checked = checkEventDates(result); !checked)
-            return Failure(checked.error());
+    if (subjects > 1) {
+        if (const auto taken = takeSecondSubject(given->words[2], *command, context, result); !taken)
+            return Failure(taken.error());
     }
+    tl::expected<void, TextPair> checked;
+    if (result.command == Command::addEvent)
+        checked = checkEventDates(result);
+    else if (result.command == Command::edit)
+        checked = checkEdit(result);
+    if (!checked)
+        return Failure(checked.error());
     return result;
 }
 

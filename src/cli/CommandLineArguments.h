@@ -2,8 +2,10 @@
 
 #include "cli/TypedDate.h"
 #include "eventkit/EventStoreLocation.h"
+#include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
+#include "reminders/ReminderAlertSchedule.h"
 #include "reminders/ReminderTask.h"
 
 #include <QString>
@@ -15,12 +17,21 @@
 
 namespace kestrant {
 
+/// What a property is to become: absent leaves it as it is, one that holds nothing clears it.
+template <typename Value>
+using Wanted = std::optional<std::optional<Value>>;
+
 /// One command with everything that was asked of it.
 struct CommandLineArguments {
     enum class Command {
         list,
         lists,
         add,
+        edit,
+        reschedule,
+        move,
+        flag,
+        unflag,
         complete,
         remove,
         show,
@@ -41,14 +52,23 @@ struct CommandLineArguments {
     /// The time that is taken for the present.
     std::optional<Instant> now;
 
-    std::optional<QString> listID;
+    /// The identifier or the title of a list.
+    std::optional<QString> list;
     std::optional<ReminderSortMode> sort;
     bool todayOnly = false;
     bool overdueOnly = false;
-    bool flaggedOnly = false;
+    /// To list flagged reminders alone, or to flag the one that is added.
+    bool isFlagged = false;
     QString search;
-    std::optional<TypedDate> due;
-    NewReminderPriority priority = NewReminderPriority::normal;
+
+    /// The title to add is nothing but a title, whatever its words look like.
+    bool isLiteral = false;
+    std::optional<QString> title;
+    /// Empty clears them.
+    std::optional<QString> notes;
+    Wanted<TypedDate> due;
+    Wanted<NewReminderPriority> priority;
+    Wanted<ReminderAlertSchedule> alert;
 
     /// The two years of the full calendar instead of the coming week.
     bool allEvents = false;
@@ -62,10 +82,19 @@ struct CommandLineArguments {
     std::optional<QString> calendarID;
 };
 
-/// Reads the arguments after the program's name; local times are those of `calendar`. Fails with a sentence
-/// for whoever typed them.
-[[nodiscard]] tl::expected<CommandLineArguments, TextPair> parseCommandLine(const QStringList& arguments,
-                                                                            const ZoneCalendar& calendar);
+/// What dates are read against.
+struct CommandLineContext {
+    /// Until the arguments name another present.
+    Instant now;
+    /// Local times are of this calendar.
+    ZoneCalendar calendar;
+    /// That of dates in words.
+    Language language = Language::english;
+};
+
+/// Reads the arguments after the program's name. Fails with a sentence for whoever typed them.
+[[nodiscard]] tl::expected<CommandLineArguments, TextPair>
+parseCommandLine(const QStringList& arguments, const CommandLineContext& context);
 
 /// Whether these arguments (without the program's name) hold a command, known or not, rather than options
 /// alone.

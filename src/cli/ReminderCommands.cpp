@@ -1,6 +1,8 @@
 #include "cli/ReminderCommands.h"
 
 #include "cli/ReminderOutput.h"
+#include "cli/ReminderRequests.h"
+#include "foundation/JsonFileUserDefaults.h"
 #include "reminders/ReminderConversion.h"
 
 #include <QJsonArray>
@@ -10,11 +12,45 @@
 
 namespace kestrant {
 
+namespace {
+
 using Command = CommandLineArguments::Command;
+
+/// The reminder as the list shows it, open or not.
+ReminderTask taskOf(const EKReminderData& reminder, const CommandRun& run) {
+    ReminderFlagIndex flags = ReminderFlagIndex::load(run.defaults);
+    flags.nativeIDs.clear();
+    if (reminder.isFlagged)
+        flags.nativeIDs.insert(ReminderFlagIndex::flagKey(reminder.calendarItemIdentifier));
+    return reminderTask(reminder, run.environment.calendar, flags);
+}
+
+/// A flag that the panel has set outweighs what the file says, so it has to follow.
+tl::expected<void, TextPair> updateFlagOfPanel(const QString& identifier, bool flag, CommandRun& run) {
+    const QString key = ReminderFlagIndex::flagKey(identifier);
+    if (ReminderFlagIndex::load(run.defaults).localOverrides.value(key, flag) == flag)
+        return {};
+    JsonFileUserDefaults preferences(run.environment.preferencesFile, run.scheduler);
+    const ReminderFlagIndex before = ReminderFlagIndex::load(preferences);
+    ReminderFlagIndex after = before;
+    after.localOverrides.insert(key, flag);
+    after.save(preferences, before);
+    if (preferences.flush())
+        return {};
+    return tl::unexpected(ReminderStoreError{ReminderStoreError::Code::flagNotUpdated, {}}.message());
+}
+
+}  // namespace
+
+ReminderCommands::FlagReading::FlagReading(CommandRun& run)
+    : host(run.eventStore, run.scheduler)
+    , automation(host, queue, run.scheduler) {}
 
 ReminderCommands::ReminderCommands(CommandRun& run)
     : run_(run)
     , ledger_(run.environment.ledgerFile)
+    , flags_(run.arguments.command == Command::list ? std::optional<FlagReading>(std::in_place, run)
+                                                    : std::nullopt)
     , store_(ReminderStoreServices{.eventStore = run.eventStore,
                                    .scheduler = run.scheduler,
                                    .clock = run.clock,
@@ -22,54 +58,80 @@ ReminderCommands::ReminderCommands(CommandRun& run)
                                    .defaults = run.defaults,
                                    .localization = run.localization,
                                    .notifications = run.notifications,
-                                   .ledger = ledger_}) {
+                                   .ledger = ledger_,
+                                   .flags = flags_ ? &flags_->automation : nullptr}) {
     const CommandLineArguments& arguments = run.arguments;
     store_.setShowsTodayOnly(arguments.todayOnly);
     store_.setShowsOverdueOnly(arguments.overdueOnly);
-    store_.setShowsFlaggedOnly(arguments.flaggedOnly);
+    store_.setShowsFlaggedOnly(arguments.isFlagged);
     store_.setSearchQuery(arguments.search);
-    store_.setSelectedListID(arguments.listID);
+    // A list that is named by its identifier, as it mostly is, needs no second fetch.
+    store_.setSelectedListID(arguments.command == Command::list ? arguments.list : std::nullopt);
     if (arguments.sort)
         store_.setSortMode(*arguments.sort);
 }
 
 void ReminderCommands::start() {
     QObject::connect(&store_, &ReminderStore::accessStateChanged, &store_, [this] { accessChanged(); });
-    // Queued, so that the store has taken in all of what it loaded.
-    QObject::connect(
-        &store_, &ReminderStore::isLoadingChanged, &store_,
-        [this] {
-            if (store_.hasLoaded() && !store_.isLoading())
-                loaded();
-        },
-        Qt::QueuedConnection);
+    const auto proceedLater = [this](auto signal) {
+        // Queued, so that the store has taken in all of what it loaded.
+        QObject::connect(
+            &store_, signal, &store_,
+            [this] {
+                if (store_.hasLoaded() && !store_.isLoading() && !store_.isFlagLoading())
+                    loaded();
+            },
+            Qt::QueuedConnection);
+    };
+    proceedLater(&ReminderStore::isLoadingChanged);
+    proceedLater(&ReminderStore::isFlagLoadingChanged);
     store_.requestAccess();
 }
 
 void ReminderCommands::accessChanged() {
     using Kind = ReminderAccessState::Kind;
     const ReminderAccessState& state = store_.accessState();
-    if (hasBegun_ || state.kind == Kind::requesting || state.kind == Kind::authorized)
+    if (hasBegun_ || state.kind == Kind::requesting)
         return;
-    run_.refuse(state.kind == Kind::failed ? state.message
-                                           : text("Access to the reminders is not allowed.",
-                                                  "L’accès aux rappels n’est pas autorisé."));
+    if (state.kind != Kind::authorized) {
+        run_.refuse(state.kind == Kind::failed ? state.message
+                                               : text("Access to the reminders is not allowed.",
+                                                      "L’accès aux rappels n’est pas autorisé."));
+        return;
+    }
+    if (const auto taken = takeList(); !taken) {
+        hasBegun_ = true;
+        run_.printProblems();
+        run_.refuse(taken.error());
+    }
+}
+
+tl::expected<void, TextPair> ReminderCommands::takeList() {
+    if (!run_.arguments.list)
+        return {};
+    const auto list = listNamed(*run_.arguments.list, run_.eventStore.calendars(EKEntityType::reminder));
+    if (!list)
+        return tl::unexpected(list.error());
+    listID_ = *list;
+    if (run_.arguments.command == Command::list)
+        store_.setSelectedListID(listID_);
+    return {};
 }
 
 void ReminderCommands::loaded() {
     if (std::exchange(hasBegun_, true))
         return;
     run_.printProblems();
-    const auto& listID = run_.arguments.listID;
-    if (listID && !run_.eventStore.calendarWithIdentifier(*listID)) {
-        run_.refuse(ReminderStoreError{ReminderStoreError::Code::listUnavailable, {}}.message());
-        return;
-    }
+    if (store_.flagFilterError())
+        run_.printError(*store_.flagFilterError());
     carryOut();
 }
 
 void ReminderCommands::carryOut() {
     const CommandLineArguments& arguments = run_.arguments;
+    const auto setFlag = [this](bool flag) {
+        setFlagged(run_.arguments.subject, flag, [this] { changed({}); });
+    };
     switch (arguments.command) {
     case Command::list:
         if (arguments.json)
@@ -88,6 +150,21 @@ void ReminderCommands::carryOut() {
     case Command::add:
         add();
         return;
+    case Command::edit:
+        edit();
+        return;
+    case Command::reschedule:
+        reschedule();
+        return;
+    case Command::move:
+        store_.move(arguments.subject, *listID_, [this](const auto& result) { changed(result); });
+        return;
+    case Command::flag:
+        setFlag(true);
+        return;
+    case Command::unflag:
+        setFlag(false);
+        return;
     case Command::complete:
         store_.completeNow(arguments.subject, [this](const auto& result) { changed(result); });
         return;
@@ -103,14 +180,12 @@ void ReminderCommands::carryOut() {
 }
 
 void ReminderCommands::show() {
-    const QString& identifier = run_.arguments.subject;
-    const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
+    const EKReminderRef reminder = run_.eventStore.calendarItem(run_.arguments.subject);
     if (!reminder) {
         run_.refuse(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
         return;
     }
-    const ReminderTask* open = store_.task(identifier);
-    const ReminderTask task = open ? *open : reminderTask(reminder->data, run_.environment.calendar, {});
+    const ReminderTask task = taskOf(reminder->data, run_);
     if (run_.arguments.json)
         run_.printJson(reminderAsJson(task, reminder->data, run_.environment.calendar));
     else
@@ -120,22 +195,82 @@ void ReminderCommands::show() {
 
 void ReminderCommands::add() {
     const CommandLineArguments& arguments = run_.arguments;
-    NewReminder reminder;
-    reminder.title = arguments.subject;
-    if (arguments.due) {
-        reminder.dueDate = arguments.due->instant;
-        reminder.dueDateIncludesTime = arguments.due->includesTime;
+    const QuickAddLine line = readLineToAdd(arguments, {run_.clock.now(), run_.environment.calendar,
+                                                        run_.localization.language(), store_.lists()});
+    const auto reminder = reminderToAdd(line, arguments, listID_, run_.environment.calendar);
+    if (!reminder) {
+        run_.refuse(reminder.error());
+        return;
     }
-    reminder.priority = arguments.priority;
-    reminder.listID = arguments.listID;
-    store_.create(reminder, [this](const tl::expected<QString, ReminderStoreError>& result) {
+    store_.create(*reminder, [this, line](const tl::expected<QString, ReminderStoreError>& result) {
         if (!result) {
             run_.refuse(result.error().message());
             return;
         }
-        run_.printIdentifier(*result);
-        run_.finish();
+        // The identifier alone goes to the output, where scripts read it.
+        if (!line.pieces.empty() && !run_.arguments.json)
+            run_.environment.err(understoodAsTable(line, store_.lists(), run_.outputContext()));
+        if (run_.arguments.isFlagged)
+            setFlagged(*result, true, [this, identifier = *result] { added(identifier); });
+        else
+            added(*result);
     });
+}
+
+void ReminderCommands::added(const QString& identifier) {
+    const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
+    if (run_.arguments.json && reminder)
+        run_.printJson(
+            reminderAsJson(taskOf(reminder->data, run_), reminder->data, run_.environment.calendar));
+    else
+        run_.printIdentifier(identifier);
+    run_.finish();
+}
+
+void ReminderCommands::edit() {
+    const QString& identifier = run_.arguments.subject;
+    const auto present = store_.editDetails(identifier);
+    if (!present) {
+        run_.refuse(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
+        return;
+    }
+    const auto details = editedDetails(*present, run_.arguments, listID_);
+    if (!details) {
+        run_.refuse(details.error());
+        return;
+    }
+    store_.edit(identifier, *details, [this](const auto& result) { changed(result); });
+}
+
+void ReminderCommands::reschedule() {
+    const QString& identifier = run_.arguments.subject;
+    const std::optional<TypedDate>& due = *run_.arguments.due;
+    const auto done = [this](const auto& result) { changed(result); };
+    if (due)
+        store_.reschedule(identifier, due->instant, due->includesTime, done);
+    else
+        store_.clearDueDate(identifier, done);
+}
+
+void ReminderCommands::setFlagged(const QString& identifier, bool flag, const std::function<void()>& done) {
+    const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
+    if (!reminder) {
+        run_.refuse(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
+        return;
+    }
+    reminder->data.isFlagged = flag;
+    run_.eventStore.save(reminder,
+                         [this, identifier, flag, done](const tl::expected<EKSaveResult, EKError>& result) {
+                             if (!result) {
+                                 run_.refuse(ReminderStoreError::from(result.error()).message());
+                                 return;
+                             }
+                             if (const auto updated = updateFlagOfPanel(identifier, flag, run_); !updated) {
+                                 run_.refuse(updated.error());
+                                 return;
+                             }
+                             done();
+                         });
 }
 
 void ReminderCommands::changed(const tl::expected<void, ReminderStoreError>& result) {

@@ -1,12 +1,12 @@
 #include "cli/ReminderOutput.h"
 
+#include "cli/TypedDate.h"
 #include "reminders/ReminderAlerts.h"
 #include "reminders/ReminderDueText.h"
 
 #include <QHash>
 
 #include <algorithm>
-#include <cmath>
 
 namespace kestrant {
 
@@ -28,22 +28,6 @@ QString dueText(const ReminderTask& task, const OutputContext& context) {
         return {};
     return reminderDueText(*task.dueDate, task.dueDateIncludesTime, context.now, context.calendar,
                            context.language);
-}
-
-QString alertText(const ReminderAlertSchedule& schedule, Language language) {
-    if (const auto* relative = std::get_if<RelativeToDueTime>(&schedule)) {
-        if (const auto timing = reminderAlertTiming(relative->seconds))
-            return label(*timing).in(language);
-        const TextPair distance = relative->seconds < 0
-                                      ? text("%1 min before the due time", "%1 min avant l’échéance")
-                                      : text("%1 min after the due time", "%1 min après l’échéance");
-        return distance.in(language).arg(std::abs(relative->seconds) / 60);
-    }
-    const auto& day = std::get<DayRelativeToDueDate>(schedule);
-    const auto dayName = reminderDateOnlyAlertDay(day.dayOffset);
-    return QStringLiteral("%1 %2").arg(dayName ? label(*dayName).in(language)
-                                               : QString::number(day.dayOffset),
-                                       QTime(day.hour, day.minute).toString(QStringLiteral("HH:mm")));
 }
 
 QString listTitle(const QString& id, const std::vector<ReminderList>& lists) {
@@ -120,6 +104,24 @@ QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& remin
     return result;
 }
 
+QString understoodAsTable(const QuickAddLine& line, const std::vector<ReminderList>& lists,
+                          const OutputContext& context) {
+    TextRows rows;
+    const auto add = [&](const char* english, const char* french, const QString& value) {
+        rows.push_back({text(english, french).in(context.language), printable(value)});
+    };
+    add("Title", "Titre", line.title);
+    if (const auto due = dateOf(line, context.calendar))
+        add("Due", "Échéance",
+            reminderDueText(due->instant, due->includesTime, context.now, context.calendar,
+                            context.language));
+    if (line.priority)
+        add("Priority", "Priorité", rawValue(*line.priority));
+    if (line.listID)
+        add("List", "Liste", listTitle(*line.listID, lists));
+    return alignedText(rows);
+}
+
 QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder,
                         const std::vector<ReminderList>& lists, const OutputContext& context) {
     TextRows rows;
@@ -135,7 +137,7 @@ QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder
     add("List", "Liste", listTitle(task.listID, lists));
     add("Due", "Échéance", dueText(task, context));
     if (task.dueAlertSchedule)
-        add("Alert", "Alerte", alertText(*task.dueAlertSchedule, context.language));
+        add("Alert", "Alerte", label(*task.dueAlertSchedule).in(context.language));
     add("Marks", "Marques", marks(task));
     add("Repeats", "Répétition", recurrenceTexts(reminder).join(QStringLiteral("; ")));
     if (reminder.isCompleted)

@@ -3,6 +3,7 @@
 #include "cli/CommandLineOutput.h"
 #include "eventkit/EKTypes.h"
 #include "foundation/ZoneCalendar.h"
+#include "reminders/QuickAddParser.h"
 #include "reminders/ReminderTask.h"
 
 #include <QJsonArray>
@@ -17,6 +18,10 @@ namespace kestrant {
 /// One line for each task: due date in words, priority and flag, title, list, identifier, in aligned columns.
 [[nodiscard]] QString tasksAsTable(const std::vector<ReminderTask>& tasks,
                                    const std::vector<ReminderList>& lists, const OutputContext& context);
+
+/// The title that is left of a line, and what was understood of it.
+[[nodiscard]] QString understoodAsTable(const QuickAddLine& line, const std::vector<ReminderList>& lists,
+                                        const OutputContext& context);
 
 /// The task with what else the database holds of the reminder.
 [[nodiscard]] QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder,

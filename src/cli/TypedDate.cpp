@@ -22,4 +22,19 @@ std::optional<TypedDate> readTypedDate(const QString& typed, const ZoneCalendar&
     return std::nullopt;
 }
 
+std::optional<TypedDate> readDateInWords(const QString& typed, const QuickAddContext& context) {
+    if (const auto date = readTypedDate(typed, context.calendar))
+        return date;
+    const QuickAddLine line = parseQuickAdd(typed, context);
+    return line.title.isEmpty() && !line.priority ? dateOf(line, context.calendar) : std::nullopt;
+}
+
+std::optional<TypedDate> dateOf(const QuickAddLine& line, const ZoneCalendar& calendar) {
+    if (!line.day)
+        return std::nullopt;
+    if (!line.time)
+        return TypedDate{calendar.startOfDay(*line.day), false};
+    return TypedDate{calendar.instantAt(*line.day, *line.time), true};
+}
+
 }  // namespace kestrant

@@ -2,6 +2,7 @@
 
 #include "foundation/Instant.h"
 #include "foundation/ZoneCalendar.h"
+#include "reminders/QuickAddParser.h"
 
 #include <QString>
 
@@ -19,5 +20,12 @@ struct TypedDate {
 /// Reads "2026-03-27", with "T14:30", " 14:30" or seconds behind it for a local time of `calendar`, or a
 /// date-time with "Z" or an offset. Absent for anything else.
 [[nodiscard]] std::optional<TypedDate> readTypedDate(const QString& typed, const ZoneCalendar& calendar);
+
+/// Reads the same, or a date in words: "tomorrow 9am", "vendredi prochain". Absent when there is more in the
+/// text than that.
+[[nodiscard]] std::optional<TypedDate> readDateInWords(const QString& typed, const QuickAddContext& context);
+
+/// The date in a line that was read; absent when there is none.
+[[nodiscard]] std::optional<TypedDate> dateOf(const QuickAddLine& line, const ZoneCalendar& calendar);
 
 }  // namespace kestrant

@@ -9,7 +9,9 @@ namespace {
 
 using Command = CommandLineArguments::Command;
 
-const ZoneCalendar paris(QTimeZone("Europe/Paris"));
+/// Friday, noon.
+const CommandLineContext paris{parseIso8601(u"2026-03-27T11:00:00Z").value(),
+                               ZoneCalendar(QTimeZone("Europe/Paris"))};
 
 struct WrongCase {
     QStringList arguments;
@@ -37,6 +39,22 @@ TEST(CommandLineArguments, ThatAreWrongAreRefusedWithTheReason) {
         {{"add"}, "add needs a title."},
         {{"add", "Buy", "milk"}, "“milk” is one argument too many; a text of several words goes in quotes."},
         {{"add", "x", "--priority", "High"}, "--priority must be one of: high, normal, low."},
+        {{"add", "x", "--priority", "none"}, "--priority must be one of: high, normal, low."},
+        {{"edit", "id", "--priority", "0"}, "--priority must be one of: high, normal, low, none."},
+        {{"add", "x", "--notes", "y"}, "add has no option --notes."},
+        {{"edit", "id"}, "edit needs one or more of: --list, --title, --notes, --due, --priority, --alert."},
+        {{"edit", "id", "--json"},
+         "edit needs one or more of: --list, --title, --notes, --due, --priority, --alert."},
+        {{"edit", "--title", "x"}, "edit needs the identifier of a reminder."},
+        {{"edit", "id", "--literal"}, "edit has no option --literal."},
+        {{"move", "id"}, "move needs a list."},
+        {{"move", "id", "work", "home"},
+         "“home” is one argument too many; a text of several words goes in quotes."},
+        {{"reschedule", "id"}, "reschedule needs a date, or none."},
+        {{"reschedule", "id", "some day"},
+         "reschedule: “some day” is no date; write it like 2026-03-27, 2026-03-27T14:30 or “tomorrow 9am”."},
+        {{"flag"}, "flag needs the identifier of a reminder."},
+        {{"unflag", "id", "--flagged"}, "unflag has no option --flagged."},
         {{"complete"}, "complete needs the identifier of a reminder."},
         {{"delete"}, "delete needs the identifier of a reminder."},
         {{"show"}, "show needs the identifier of a reminder."},
@@ -79,7 +97,7 @@ struct DueCase {
     bool includesTime = false;
 };
 
-TEST(CommandLineArguments, TakeDueDatesAsDaysLocalTimesOrInstants) {
+TEST(CommandLineArguments, TakeDueDatesAsDaysLocalTimesInstantsOrWords) {
     const DueCase cases[] = {
         {"2026-03-27", "2026-03-26T23:00:00Z", false},
         {"2026-03-27T14:30", "2026-03-27T13:30:00Z", true},
@@ -90,16 +108,18 @@ TEST(CommandLineArguments, TakeDueDatesAsDaysLocalTimesOrInstants) {
         {"2026-03-27T14:30:00+05:30", "2026-03-27T09:00:00Z", true},
         {"2026-03-29T02:30", "2026-03-29T01:30:00Z", true},
         {"2024-02-29", "2024-02-28T23:00:00Z", false},
+        {"tomorrow", "2026-03-27T23:00:00Z", false},
+        {"Tuesday 9am", "2026-03-31T07:00:00Z", true},
+        {"demain 9h", "2026-03-28T08:00:00Z", true},
+        {"11:00", "2026-03-28T10:00:00Z", true},
         {"2026-02-29", {}},
-        {"2026-3-27", {}},
         {"2026-03-27T", {}},
         {"2026-03-27T24:00", {}},
-        {"2026-03-27T14", {}},
         {"2026-03-27/14:30", {}},
-        {"2026-03-27  14:30", {}},
-        {"2026-03-27 ", {}},
         {"0000-01-01", {}},
-        {"tomorrow", {}},
+        {"tomorrow !!", {}},
+        {"tomorrow or so", {}},
+        {"tomorrow tuesday", {}},
         {"", {}},
     };
     for (const DueCase& testCase : cases) {
@@ -109,8 +129,66 @@ TEST(CommandLineArguments, TakeDueDatesAsDaysLocalTimesOrInstants) {
             EXPECT_TRUE(parsed.error().english.startsWith("--due: ")) << testCase.typed;
             continue;
         }
-        EXPECT_EQ(toIso8601(parsed->due->instant), *testCase.instant);
-        EXPECT_EQ(parsed->due->includesTime, testCase.includesTime);
+        EXPECT_EQ(toIso8601((*parsed->due)->instant), *testCase.instant) << testCase.typed;
+        EXPECT_EQ((*parsed->due)->includesTime, testCase.includesTime) << testCase.typed;
+    }
+}
+
+TEST(CommandLineArguments, ReadDatesInWordsInThePersonsLanguageFromThePresentThatIsNamed) {
+    CommandLineContext french = paris;
+    french.language = Language::french;
+    const QStringList rescheduled{"reschedule", "id", "on 3/4"};
+    EXPECT_EQ(toIso8601((*parseCommandLine(rescheduled, paris)->due)->instant), "2027-03-03T23:00:00Z");
+    EXPECT_EQ(toIso8601((*parseCommandLine(rescheduled, french)->due)->instant), "2026-04-02T22:00:00Z");
+    EXPECT_EQ(
+        toIso8601(
+            (*parseCommandLine({"add", "x", "--due", "tomorrow", "--now", "2026-05-01T12:00Z"}, paris)->due)
+                ->instant),
+        "2026-05-01T22:00:00Z");
+}
+
+TEST(CommandLineArguments, ClearWhatIsCalledNone) {
+    const auto cleared = parseCommandLine(
+        {"edit", "id", "--due=none", "--priority", "none", "--alert", "none", "--notes", ""}, paris);
+    ASSERT_TRUE(cleared.has_value());
+    EXPECT_TRUE(cleared->due && !*cleared->due);
+    EXPECT_TRUE(cleared->priority && !*cleared->priority);
+    EXPECT_TRUE(cleared->alert && !*cleared->alert);
+    EXPECT_EQ(cleared->notes, "");
+    EXPECT_FALSE(cleared->title || cleared->list);
+    const auto rescheduled = parseCommandLine({"reschedule", "id", "none"}, paris);
+    ASSERT_TRUE(rescheduled.has_value());
+    EXPECT_TRUE(rescheduled->due && !*rescheduled->due);
+}
+
+struct AlertCase {
+    const char* typed;
+    std::optional<ReminderAlertSchedule> alert;
+};
+
+TEST(CommandLineArguments, TakeAlertsAsALengthOrATimeOfDay) {
+    const AlertCase cases[] = {
+        {"0", RelativeToDueTime{0}},
+        {"15m", RelativeToDueTime{-900}},
+        {"2h", RelativeToDueTime{-7200}},
+        {"1d", RelativeToDueTime{-86400}},
+        {"09:00", DayRelativeToDueDate{0, 9, 0}},
+        {"9:30", DayRelativeToDueDate{0, 9, 30}},
+        {"1d 18:00", DayRelativeToDueDate{-1, 18, 0}},
+        {"2d 18:00", {}},
+        {"24:00", {}},
+        {"15", {}},
+        {"-15m", {}},
+        {"99999m", {}},
+        {"1d18:00", {}},
+        {"", {}},
+    };
+    for (const AlertCase& testCase : cases) {
+        const auto parsed = parseCommandLine({"edit", "id", "--alert", testCase.typed}, paris);
+        ASSERT_EQ(parsed.has_value(), testCase.alert.has_value()) << testCase.typed;
+        if (parsed) {
+            EXPECT_EQ(*parsed->alert, testCase.alert) << testCase.typed;
+        }
     }
 }
 
@@ -124,10 +202,10 @@ TEST(CommandLineArguments, MayStandInAnyOrder) {
     EXPECT_EQ(parsed->now, parseIso8601(u"2026-03-27T12:00:00Z"));
     EXPECT_EQ(parsed->store->folder, QDir::current().absoluteFilePath("lists"));
     EXPECT_EQ(parsed->sort, ReminderSortMode::title);
-    EXPECT_EQ(parsed->listID, "a=b");
+    EXPECT_EQ(parsed->list, "a=b");
     EXPECT_EQ(parsed->search, "--x");
     EXPECT_TRUE(parsed->todayOnly && parsed->json);
-    EXPECT_FALSE(parsed->overdueOnly || parsed->flaggedOnly);
+    EXPECT_FALSE(parsed->overdueOnly || parsed->isFlagged);
 
     EXPECT_EQ(parseCommandLine({"add", "--", "--help"}, paris)->subject, "--help");
     EXPECT_EQ(parseCommandLine({"add", "-"}, paris)->subject, "-");

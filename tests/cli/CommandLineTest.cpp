@@ -16,7 +16,8 @@ class CommandLineTest : public CommandLineFixture {
         putTodo("home", "taxes",
                 "SUMMARY:Fill in taxes\r\nDUE;VALUE=DATE:20260326\r\nPRIORITY:9\r\n"
                 "DESCRIPTION:Two forms\\nand a stamp\r\nCREATED:20260302T080000Z\r\n");
-        putTodo("work", "report", "SUMMARY:Ärger mit Bericht\r\nCREATED:20260303T080000Z\r\n");
+        putTodo("work", "report",
+                "SUMMARY:Ärger mit Bericht\r\nX-PINNED:TRUE\r\nCREATED:20260303T080000Z\r\n");
         putTodo("work", "done", "SUMMARY:Done\r\nSTATUS:COMPLETED\r\nCOMPLETED:20260301T080000Z\r\n");
     }
 };
@@ -43,7 +44,7 @@ TEST_F(CommandLineTest, ListPrintsTheOpenRemindersAsJson) {
          "priority": 1, "listID": "home", "isFlagged": false},
         {"id": "report", "title": "Ärger mit Bericht", "dueDate": null, "dueDateIncludesTime": false,
          "dueAlertSchedule": null, "creationDate": "2026-03-03T08:00:00Z", "priority": 0, "listID": "work",
-         "isFlagged": false}])"));
+         "isFlagged": true}])"));
     EXPECT_FALSE(QFile::exists(path("ledger.json"))) << "reading leaves no trace";
 }
 
@@ -61,8 +62,9 @@ TEST_F(CommandLineTest, ListTakesFiltersSearchAndOrder) {
         {{"--today"}, {"milk"}},
         {{"--overdue"}, {"taxes"}},
         {{"--overdue", "--now", "2026-03-27T13:31:00Z"}, {"taxes", "milk"}},
-        {{"--flagged"}, {}},
+        {{"--flagged"}, {"report"}},
         {{"--list", "work"}, {"report"}},
+        {{"--list", "WORK"}, {"report"}},
         {{"--search", "  MILK "}, {"milk"}},
         {{"--search", "ärger"}, {"report"}},
         {{"--search", "il", "--sort", "title"}, {"milk", "taxes"}},
@@ -88,10 +90,11 @@ TEST_F(CommandLineTest, ListStartsFromThePreferencesAndNeverChangesThem) {
 
 TEST_F(CommandLineTest, ListPrintsAlignedColumnsInThePersonsLanguage) {
     put("store/work/displayname", "仕事");
-    putTodo("work", "report", "SUMMARY:Tidy\\nup\x1B[2J\r\nDUE;VALUE=DATE:20260328\r\nRRULE:FREQ=WEEKLY\r\n");
+    putTodo("work", "report",
+            "SUMMARY:Tidy\\nup\x1B[2J\r\nDUE;VALUE=DATE:20260328\r\nRRULE:FREQ=WEEKLY\r\nX-PINNED:TRUE\r\n");
     EXPECT_EQ(run({"list"}).out, "Yesterday    !    Fill in taxes  home  taxes\n"
                                  "Today 14:30  !!!  Buy milk       home  milk\n"
-                                 "Tomorrow     ↻    Tidy up [2J    仕事  report\n");
+                                 "Tomorrow     ⚑↻   Tidy up [2J    仕事  report\n");
     put("preferences.json", R"({"kestrantLanguage": "fr"})");
     EXPECT_EQ(run({"list", "--today"}).out, "Aujourd’hui 14:30  !!!  Buy milk  home  milk\n");
     EXPECT_EQ(run({"list", "--search", "nothing"}).out, "Aucun rappel.\n");
@@ -191,8 +194,8 @@ TEST_F(CommandLineTest, WhatIsRefusedIsExplainedAndChangesNothing) {
         {{"show", "nobody"}, 1, "This reminder is no longer available.\n"},
         {{"show", ""}, 1, "This reminder is no longer available.\n"},
         {{"add", " \t "}, 1, "The reminder title cannot be empty.\n"},
-        {{"add", "x", "--list", "nowhere"}, 1, "This Reminders list is no longer available.\n"},
-        {{"list", "--list", "nowhere"}, 1, "This Reminders list is no longer available.\n"},
+        {{"add", "x", "--list", "nowhere"}, 1, "There is no list “nowhere”; kestrant lists shows them.\n"},
+        {{"list", "--list", "nowhere"}, 1, "There is no list “nowhere”; kestrant lists shows them.\n"},
         {{"list", "--store", "vdir:/no/such"}, 1, "There is no folder /no/such.\n"},
         {{"list", "--sort"}, 2, "--sort needs a value. See kestrant --help.\n"},
         {{"remind"}, 2, "There is no command remind. See kestrant --help.\n"},

@@ -78,6 +78,53 @@ class TodomanTest(InteropTest):
         self.kestrant("complete", self.identifier("Third"))
         self.assertEqual(self.todos(), {})
 
+    def test_todoman_sees_what_kestrant_changes_and_nothing_else_is_lost(self):
+        home = self.make_list(self.store, "home", "Home", "#0A84FF")
+        others = ["X-SOMEBODY-ELSE;X-P=1:keep", "CATEGORIES:a,b", "RELATED-TO:another",
+                  "X-LONG:" + "long " * 40, "BEGIN:VALARM", "ACTION:DISPLAY", "DESCRIPTION:x", "TRIGGER:-PT10M", "END:VALARM"]
+        path = self.write(self.work, "letter", "VTODO", "SUMMARY:Letter", "DUE;TZID=Europe/Paris:20260327T143000", *others)
+        for arguments, expected in (
+            (["edit", "letter", "--title", "Écrire; une lettre, longue", "--priority", "high"], {"priority": 1}),
+            (["edit", "letter", "--notes", "To Anaïs\nand Theo"], {"description": "To Anaïs\nand Theo"}),
+            (["reschedule", "letter", "tomorrow 9am"], {"due": instant("2026-03-27T08:00:00Z")}),
+            (["reschedule", "letter", "2026-04-02"], {"due": instant("2026-04-02T00:00:00+02:00")}),
+            (["flag", "letter"], {"due": instant("2026-04-02T00:00:00+02:00")}),
+            (["move", "letter", "Home"], {"list": "Home"}),
+            (["reschedule", "letter", "none"], {"due": None}),
+        ):
+            self.kestrant(*arguments)
+            todos = self.todos()
+            self.assertEqual(list(todos), ["Écrire; une lettre, longue"])
+            for key, value in expected.items():
+                self.assertEqual(todos["Écrire; une lettre, longue"][key], value, arguments)
+        self.assertFalse(path.exists())
+        lines = unfolded((home / "letter.ics").read_bytes().decode())
+        for line in others:
+            self.assertIn(line, lines)
+
+    def test_a_flag_changes_one_line_and_outlives_an_edit_by_todoman(self):
+        def lines():
+            kept = (line for line in path.read_bytes().split(b"\r\n")
+                    if not line.startswith((b"DTSTAMP", b"CREATED", b"LAST-MODIFIED", b"SEQUENCE")))
+            return list(kept)
+
+        path = self.write(self.work, "letter", "VTODO", "SUMMARY:Letter", "X-LONG:" + "word " * 12, " folded here",
+                          "CATEGORIES:a,b")
+        before = lines()
+        self.kestrant("flag", "letter")
+        self.assertEqual([line for line in lines() if line not in before], [b"X-PINNED:true"])
+        self.todoman("edit", str(self.todos()["Letter"]["id"]), "--due", "2026-04-02")
+        self.assertTrue(self.reminders()["Letter"]["isFlagged"])
+        self.todoman("done", str(self.todos()["Letter"]["id"]))
+        self.kestrant("unflag", "letter")
+        self.assertFalse(json.loads(self.kestrant("show", "letter", "--json"))["isFlagged"])
+        # Without an edit by another program in between, taking the flag back leaves what was there.
+        path = self.write(self.work, "again", "VTODO", "SUMMARY:Again", "X-LONG:" + "word " * 12, " folded here")
+        before = lines()
+        self.kestrant("flag", "again")
+        self.kestrant("unflag", "again")
+        self.assertEqual(lines(), before)
+
     def test_a_recurring_reminder_goes_on_whichever_program_completes_it(self):
         self.write(self.work, "weekly", "VTODO", "SUMMARY:Weekly", "DTSTART;TZID=Europe/Paris:20260326T090000",
                    "DUE;TZID=Europe/Paris:20260326T100000", "RRULE:FREQ=WEEKLY")

@@ -1,0 +1,137 @@
+#include "cli/ReminderRequests.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
+namespace kestrant {
+
+namespace {
+
+using Kind = QuickAddPiece::Kind;
+
+tl::expected<void, TextPair> checkAlert(const std::optional<ReminderAlertSchedule>& alert,
+                                        const std::optional<Instant>& due, bool dueIncludesTime) {
+    if (!alert || !due || std::holds_alternative<RelativeToDueTime>(*alert) == dueIncludesTime)
+        return {};
+    if (dueIncludesTime)
+        return tl::unexpected(
+            text("--alert: with a due time it is a length before it, such as 15m, 1h or 1d.",
+                 "--alert : avec une heure d’échéance, c’est une durée avant elle, comme "
+                 "15m, 1h ou 1d."));
+    return tl::unexpected(text("--alert: with a due day it is a time of day, such as 09:00 or “1d 18:00”.",
+                               "--alert : avec un jour d’échéance, c’est une heure, comme 09:00 ou "
+                               "« 1d 18:00 »."));
+}
+
+/// Whether an option says what a piece of the line is about.
+bool isSaidByOption(Kind kind, const CommandLineArguments& arguments) {
+    switch (kind) {
+    case Kind::day:
+    case Kind::time:
+        return arguments.due.has_value();
+    case Kind::priority:
+        return arguments.priority.has_value();
+    case Kind::list:
+        return arguments.list.has_value();
+    }
+    return false;
+}
+
+}  // namespace
+
+tl::expected<QString, TextPair> listNamed(const QString& name, const std::vector<EKCalendar>& lists) {
+    QStringList sameLetters;
+    QStringList sameTitle;
+    for (const EKCalendar& list : lists) {
+        if (list.calendarIdentifier == name)
+            return name;
+        if (list.title == name)
+            sameLetters.append(list.calendarIdentifier);
+        if (list.title.compare(name, Qt::CaseInsensitive) == 0)
+            sameTitle.append(list.calendarIdentifier);
+    }
+    const QStringList& found = sameLetters.isEmpty() ? sameTitle : sameLetters;
+    if (found.size() == 1)
+        return found.first();
+    if (found.isEmpty()) {
+        const TextPair message = text("There is no list “%1”; kestrant lists shows them.",
+                                      "La liste « %1 » n’existe pas ; kestrant lists les affiche.");
+        return tl::unexpected(TextPair{message.english.arg(name), message.french.arg(name)});
+    }
+    const TextPair message =
+        text("Several lists are called “%1”; write the identifier of one of them: %2.",
+             "Plusieurs listes s’appellent « %1 » ; écrivez l’identifiant de l’une d’elles : %2.");
+    const QString identifiers = found.join(QStringLiteral(", "));
+    return tl::unexpected(
+        TextPair{message.english.arg(name, identifiers), message.french.arg(name, identifiers)});
+}
+
+QuickAddLine readLineToAdd(const CommandLineArguments& arguments, const QuickAddContext& context) {
+    const QuickAddLine literal{.title = arguments.subject};
+    if (arguments.isLiteral)
+        return literal;
+    // Words that are refused may uncover others of the same kind.
+    std::vector<TextRange> refused;
+    while (true) {
+        QuickAddLine line = parseQuickAdd(arguments.subject, context, refused);
+        const std::size_t before = refused.size();
+        for (const QuickAddPiece& piece : line.pieces) {
+            if (isSaidByOption(piece.kind, arguments))
+                refused.push_back(piece.range);
+        }
+        // A line that is nothing but a date is a title.
+        if (refused.size() == before)
+            return line.title.isEmpty() ? literal : line;
+    }
+}
+
+tl::expected<NewReminder, TextPair> reminderToAdd(const QuickAddLine& line,
+                                                  const CommandLineArguments& arguments,
+                                                  const std::optional<QString>& listID,
+                                                  const ZoneCalendar& calendar) {
+    NewReminder reminder{.title = line.title, .listID = listID ? listID : line.listID};
+    if (const auto due = arguments.due ? *arguments.due : dateOf(line, calendar)) {
+        reminder.dueDate = due->instant;
+        reminder.dueDateIncludesTime = due->includesTime;
+    }
+    const auto priority = arguments.priority ? *arguments.priority : line.priority;
+    reminder.priority = priority.value_or(NewReminderPriority::normal);
+    reminder.dueAlertSchedule = arguments.alert.value_or(std::nullopt);
+    if (const auto fits =
+            checkAlert(reminder.dueAlertSchedule, reminder.dueDate, reminder.dueDateIncludesTime);
+        !fits)
+        return tl::unexpected(fits.error());
+    return reminder;
+}
+
+tl::expected<ReminderEditDetails, TextPair> editedDetails(const ReminderEditDetails& present,
+                                                          const CommandLineArguments& arguments,
+                                                          const std::optional<QString>& listID) {
+    ReminderEditDetails details = present;
+    if (arguments.title)
+        details.title = *arguments.title;
+    if (arguments.notes)
+        details.notes = *arguments.notes;
+    if (listID)
+        details.listID = *listID;
+    if (arguments.priority)
+        details.priority = *arguments.priority ? servicePriority(**arguments.priority) : 0;
+    if (arguments.due) {
+        const std::optional<TypedDate>& due = *arguments.due;
+        details.dueDate = due ? std::optional(due->instant) : std::nullopt;
+        details.dueDateIncludesTime = due && due->includesTime;
+        if (!due)
+            details.dueAlertSchedule.reset();
+    }
+    if (arguments.alert) {
+        details.dueAlertSchedule = *arguments.alert;
+        if (const auto fits =
+                checkAlert(details.dueAlertSchedule, details.dueDate, details.dueDateIncludesTime);
+            !fits)
+            return tl::unexpected(fits.error());
+    }
+    return details;
+}
+
+}  // namespace kestrant

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "cli/CommandLineArguments.h"
+#include "eventkit/EKTypes.h"
+#include "foundation/Text.h"
+#include "reminders/QuickAddParser.h"
+#include "reminders/ReminderTask.h"
+
+#include <QString>
+
+#include <tl/expected.hpp>
+
+#include <optional>
+#include <vector>
+
+namespace kestrant {
+
+// What the arguments of a command ask of a reminder. Failures are sentences for whoever typed them.
+
+/// The identifier of the list that a person names: by its identifier, else by its title, in any letter case.
+/// Fails when there is none, or more than one.
+[[nodiscard]] tl::expected<QString, TextPair> listNamed(const QString& name,
+                                                        const std::vector<EKCalendar>& lists);
+
+/// The title to add with what it says of day, time, priority and list. Words about what an option says are
+/// left in the title.
+[[nodiscard]] QuickAddLine readLineToAdd(const CommandLineArguments& arguments,
+                                         const QuickAddContext& context);
+
+/// `listID` is the list that an option names. Fails when the alert does not fit the due date.
+[[nodiscard]] tl::expected<NewReminder, TextPair> reminderToAdd(const QuickAddLine& line,
+                                                                const CommandLineArguments& arguments,
+                                                                const std::optional<QString>& listID,
+                                                                const ZoneCalendar& calendar);
+
+/// The present details with what the options change. Fails like reminderToAdd().
+[[nodiscard]] tl::expected<ReminderEditDetails, TextPair> editedDetails(const ReminderEditDetails& present,
+                                                                        const CommandLineArguments& arguments,
+                                                                        const std::optional<QString>& listID);
+
+}  // namespace kestrant
