@@ -33,8 +33,23 @@ std::optional<QJsonObject> parse(const QByteArray& document) {
     return json.object();
 }
 
-void warn(const char* what, const FileError& error) {
-    qWarning("%s: %s: %s", what, qUtf8Printable(error.path), qUtf8Printable(error.description));
+TextPair unreadable(const FileError& error) {
+    return {
+        QStringLiteral("The settings cannot be read: %1: %2").arg(error.path, error.description),
+        QStringLiteral("Les réglages ne peuvent pas être lus : %1 : %2").arg(error.path, error.description)};
+}
+
+TextPair unwritable(const FileError& error) {
+    return {QStringLiteral("The settings cannot be saved: %1: %2").arg(error.path, error.description),
+            QStringLiteral("Les réglages ne peuvent pas être enregistrés : %1 : %2")
+                .arg(error.path, error.description)};
+}
+
+TextPair setAsideAs(const QString& path) {
+    return {QStringLiteral("The settings were damaged. They were kept as %1, and new ones begun.").arg(path),
+            QStringLiteral(
+                "Les réglages étaient endommagés. Ils ont été gardés sous %1, et de nouveaux commencés.")
+                .arg(path)};
 }
 
 /// Keeps other processes from changing the file between its being read and its being replaced.
@@ -129,9 +144,10 @@ JsonFileUserDefaults::JsonFileUserDefaults(QString path, Scheduler& scheduler)
         if (const auto values = parse(*document))
             values_ = *values;
         else
-            qWarning("The settings cannot be read and will be set aside: %s", qUtf8Printable(path_));
+            setProblem(TextPair{QStringLiteral("The settings are damaged: %1").arg(path_),
+                                QStringLiteral("Les réglages sont endommagés : %1").arg(path_)});
     } else if (document.error().errorNumber != ENOENT) {
-        warn("The settings cannot be read", document.error());
+        setProblem(unreadable(document.error()));
     }
     thread_ = std::thread([this] { run(); });
 }
@@ -180,10 +196,34 @@ void JsonFileUserDefaults::tell(const QStringList& keys) {
     });
 }
 
+std::optional<TextPair> JsonFileUserDefaults::problem() const {
+    const std::lock_guard lock(mutex_);
+    return problem_;
+}
+
+Subscription JsonFileUserDefaults::observeProblem(std::function<void()> observer) {
+    return problemObservers_.add(std::move(observer));
+}
+
+void JsonFileUserDefaults::setProblem(std::optional<TextPair> problem) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (problem_ == problem)
+            return;
+        problem_ = std::move(problem);
+        if (problem_)
+            qWarning("%s", qUtf8Printable(problem_->english));
+    }
+    scheduler_.post([this, alive = std::weak_ptr<bool>(isAlive_)] {
+        if (!alive.expired())
+            problemObservers_.notify();
+    });
+}
+
 void JsonFileUserDefaults::run() {
     // The folder has to be there to be watched.
     if (const auto folder = createFolder(QFileInfo(path_).path()); !folder)
-        warn("The folder of the settings cannot be made", folder.error());
+        setProblem(unwritable(folder.error()));
     FileWatch watch(path_);
     // What happened between the first reading and the watch.
     takeOverFile();
@@ -232,26 +272,28 @@ bool JsonFileUserDefaults::flush() {
 
     const QFileInfo file(path_);
     if (const auto folder = createFolder(file.path()); !folder) {
-        warn("The settings cannot be written", folder.error());
+        setProblem(unwritable(folder.error()));
         return false;
     }
     const FileLock lock(file.path() + QStringLiteral("/.") + file.fileName() + QStringLiteral(".lock"));
     const auto document = readFile(path_);
     if (!document && document.error().errorNumber != ENOENT) {
-        warn("The settings cannot be written", document.error());
+        setProblem(unreadable(document.error()));
         return false;
     }
     QJsonObject values;
+    std::optional<TextPair> problem;
     if (document) {
         if (const auto present = parse(*document)) {
             values = *present;
         } else {
             const auto aside = setFileAside(path_);
             if (!aside) {
-                warn("The damaged settings cannot be set aside", aside.error());
+                setProblem(unwritable(aside.error()));
                 return false;
             }
             values = known;
+            problem = setAsideAs(*aside);
         }
     }
     for (const QString& key : std::as_const(keys)) {
@@ -262,7 +304,7 @@ bool JsonFileUserDefaults::flush() {
             values.insert(key, value);
     }
     if (const auto written = writeFileAtomically(path_, QJsonDocument(values).toJson()); !written) {
-        warn("The settings cannot be written", written.error());
+        setProblem(unwritable(written.error()));
         return false;
     }
     {
@@ -273,6 +315,7 @@ bool JsonFileUserDefaults::flush() {
         }
     }
     adopt(values);
+    setProblem(std::move(problem));
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "foundation/ObserverList.h"
 #include "foundation/Scheduler.h"
+#include "foundation/Text.h"
 #include "foundation/UserDefaults.h"
 
 #include <QJsonObject>
@@ -11,6 +12,7 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -39,6 +41,12 @@ class JsonFileUserDefaults final : public UserDefaults {
     /// Blocks for the disk. Thread: any.
     bool flush();
 
+    /// What keeps the settings from being read or kept, in a sentence that names the file; absent while all
+    /// is well. Thread: any.
+    [[nodiscard]] std::optional<TextPair> problem() const;
+    /// Told on the store's own thread after problem() has changed.
+    [[nodiscard]] Subscription observeProblem(std::function<void()> observer);
+
   private:
     class Event;
 
@@ -47,6 +55,7 @@ class JsonFileUserDefaults final : public UserDefaults {
     /// Takes over the values of all keys that wait for no write here, and has the observers told.
     void adopt(const QJsonObject& values);
     void tell(const QStringList& keys);
+    void setProblem(std::optional<TextPair> problem);
 
     const QString path_;
     Scheduler& scheduler_;
@@ -55,11 +64,13 @@ class JsonFileUserDefaults final : public UserDefaults {
     mutable std::mutex mutex_;
     QJsonObject values_;
     QSet<QString> unwritten_;
+    std::optional<TextPair> problem_;
 
     /// Held while the file is read or written, before `mutex_`.
     std::mutex fileMutex_;
 
     ObserverList<QString> observers_;
+    ObserverList<> problemObservers_;
     std::shared_ptr<bool> isAlive_ = std::make_shared<bool>(true);
 
     std::unique_ptr<Event> changed_;

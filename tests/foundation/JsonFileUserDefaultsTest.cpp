@@ -65,12 +65,15 @@ TEST_F(JsonFileUserDefaultsTest, SetADamagedFileAsideWhenTheyAreWrittenAndNotBef
         ASSERT_TRUE(writeFileAtomically(file, damaged).has_value());
         JsonFileUserDefaults store(file, scheduler);
         EXPECT_TRUE(store.object(QStringLiteral("a")).isUndefined());
+        ASSERT_TRUE(store.problem().has_value());
+        EXPECT_TRUE(store.problem()->english.contains(file));
         EXPECT_TRUE(store.flush());
         EXPECT_EQ(readFile(file).value(), damaged);
 
         store.set(QStringLiteral("b"), 2);
         EXPECT_TRUE(store.flush());
         EXPECT_EQ(readFile(file + QStringLiteral(".damaged-1")).value(), damaged);
+        EXPECT_TRUE(store.problem()->english.contains(QStringLiteral(".damaged-1")));
         EXPECT_EQ(QJsonDocument::fromJson(readFile(file).value()).object(), (QJsonObject{{"b", 2}}));
     }
 }
@@ -87,11 +90,17 @@ TEST_F(JsonFileUserDefaultsTest, DamagedWhileRunningAreWrittenAgainWithEverythin
 TEST_F(JsonFileUserDefaultsTest, ThatCannotBeWrittenStayInMemoryAndAreWrittenLater) {
     ASSERT_TRUE(createFolder(path()).has_value()) << "a folder where the file should be";
     open().set(QStringLiteral("a"), 1);
+    int told = 0;
+    const Subscription problems = defaults->observeProblem([&told] { ++told; });
     EXPECT_FALSE(defaults->flush());
+    EXPECT_TRUE(defaults->problem().has_value());
     EXPECT_EQ(defaults->integer(QStringLiteral("a")), 1);
     ASSERT_TRUE(QDir().rmdir(path()));
     EXPECT_TRUE(defaults->flush());
     EXPECT_EQ(fileValues(), (QJsonObject{{"a", 1}}));
+    EXPECT_FALSE(defaults->problem().has_value());
+    scheduler.runPosted();
+    EXPECT_GE(told, 2);
 }
 
 TEST_F(JsonFileUserDefaultsTest, TakeOverWhatAnotherProcessChangesKeyByKey) {
