@@ -217,6 +217,12 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
         arguments.alert = alert;
         break;
     }
+    case Option::repeat:
+        arguments.repeat = reminderRepeat(value);
+        if (!arguments.repeat)
+            return failure("--repeat must be one of: %1.", "--repeat doit être l’un de : %1.",
+                           rawValues(allReminderRepeats));
+        break;
     }
     return {};
 }
@@ -248,7 +254,7 @@ tl::expected<void, TextPair> takeSecondSubject(const QString& subject, const Com
 
 tl::expected<void, TextPair> checkEdit(const CommandLineArguments& arguments) {
     if (arguments.title || arguments.notes || arguments.due || arguments.list || arguments.priority ||
-        arguments.alert)
+        arguments.alert || arguments.repeat)
         return {};
     QStringList options;
     for (const OptionName& option : optionNames()) {

@@ -69,6 +69,7 @@ struct CommandLineArguments {
     Wanted<TypedDate> due;
     Wanted<NewReminderPriority> priority;
     Wanted<ReminderAlertSchedule> alert;
+    std::optional<ReminderRepeat> repeat;
 
     /// The two years of the full calendar instead of the coming week.
     bool allEvents = false;

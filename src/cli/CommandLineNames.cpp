@@ -66,6 +66,7 @@ const std::vector<OptionName>& optionNames() {
         {Option::due, "--due", true, CommandSet(Command::add, Command::edit)},
         {Option::priority, "--priority", true, CommandSet(Command::add, Command::edit)},
         {Option::alert, "--alert", true, CommandSet(Command::add, Command::edit)},
+        {Option::repeat, "--repeat", true, CommandSet(Command::add, Command::edit)},
         {Option::allEvents, "--all", false, CommandSet(Command::agenda)},
         {Option::reminders, "--reminders", false, CommandSet(Command::agenda)},
         {Option::noReminders, "--no-reminders", false, CommandSet(Command::agenda)},

@@ -41,6 +41,7 @@ enum class CommandOption {
     due,
     priority,
     alert,
+    repeat,
     allEvents,
     reminders,
     noReminders,

@@ -239,7 +239,7 @@ void ReminderCommands::edit() {
         run_.refuse(details.error());
         return;
     }
-    store_.edit(identifier, *details, [this](const auto& result) { changed(result); });
+    store_.edit(identifier, *details, run_.arguments.repeat, [this](const auto& result) { changed(result); });
 }
 
 void ReminderCommands::reschedule() {

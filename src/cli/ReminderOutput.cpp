@@ -139,7 +139,8 @@ QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder
     if (task.dueAlertSchedule)
         add("Alert", "Alerte", label(*task.dueAlertSchedule).in(context.language));
     add("Marks", "Marques", marks(task));
-    add("Repeats", "Répétition", recurrenceTexts(reminder).join(QStringLiteral("; ")));
+    if (task.isRecurring)
+        add("Repeats", "Répétition", repeatInWords(reminder.recurrenceRules, context.language));
     if (reminder.isCompleted)
         add("Completed", "Terminé",
             reminder.completionDate ? moment(reminder.completionDate) : QStringLiteral("✓"));

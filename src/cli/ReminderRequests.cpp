@@ -98,6 +98,7 @@ tl::expected<NewReminder, TextPair> reminderToAdd(const QuickAddLine& line,
     const auto priority = arguments.priority ? *arguments.priority : line.priority;
     reminder.priority = priority.value_or(NewReminderPriority::normal);
     reminder.dueAlertSchedule = arguments.alert.value_or(std::nullopt);
+    reminder.repeat = arguments.repeat.value_or(ReminderRepeat::none);
     if (const auto fits =
             checkAlert(reminder.dueAlertSchedule, reminder.dueDate, reminder.dueDateIncludesTime);
         !fits)

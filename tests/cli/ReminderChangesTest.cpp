@@ -131,6 +131,21 @@ TEST_F(ReminderChangesTest, EditChangesWhatIsNamedAndNothingElse) {
               (QJsonObject{{"priority", 0}, {"dueAlertSchedule", QJsonValue::Null}}));
 }
 
+TEST_F(ReminderChangesTest, RemindersRepeatAsTheOptionSays) {
+    const QJsonObject added =
+        run({"add", "Water the plants today", "--repeat", "weekly", "--json"}).json().object();
+    const QString id = added["id"].toString();
+    EXPECT_EQ(added["recurrenceRules"], QJsonArray{"FREQ=WEEKLY"});
+    EXPECT_EQ(run({"complete", id}).status, 0);
+    EXPECT_EQ(shown(id)["dueDate"], "2026-04-03");
+    EXPECT_EQ(changes(id, {"edit", id, "--repeat", "monthly"}),
+              (QJsonObject{{"recurrenceRules", QJsonArray{"FREQ=MONTHLY"}}}));
+    EXPECT_TRUE(run({"show", id}).out.contains("\nRepeats     monthly\n"));
+    EXPECT_EQ(changes(id, {"edit", id, "--title", "Water"}), (QJsonObject{{"title", "Water"}}));
+    EXPECT_EQ(changes(id, {"edit", id, "--repeat", "none"}),
+              (QJsonObject{{"recurrenceRules", QJsonArray()}}));
+}
+
 TEST_F(ReminderChangesTest, RescheduleKeepsTheAlertAndNoneClearsBoth) {
     EXPECT_EQ(changes("milk", {"reschedule", "milk", "2026-04-02T10:00"}),
               (QJsonObject{{"dueDate", "2026-04-02T08:00:00Z"}}));
@@ -224,6 +239,10 @@ TEST_F(ReminderChangesTest, WhatIsRefusedIsExplainedInBothLanguagesAndChangesNot
          1,
          "Choose a due date for the time or notification.\n",
          "Choisissez une échéance pour l’heure ou la notification.\n"},
+        {{"edit", "report", "--repeat", "daily"},
+         1,
+         "Choose a due date for the repetition.\n",
+         "Choisissez une échéance pour la répétition.\n"},
         {{"edit", "milk", "--alert", "09:00"},
          1,
          "--alert: with a due time it is a length before it, such as 15m, 1h or 1d.\n",
