@@ -8,18 +8,22 @@
 namespace kestrant {
 namespace {
 
-/// A swipe acts from so many points on, as on the panel.
-constexpr double swipeThreshold = 5.0;
+/// Of a wheel, as events count it.
+constexpr double anglePerClick = 120.0;
+/// A swipe acts from so much on, as on the panel.
+constexpr double swipeThreshold = anglePerClick / 3;
 /// Scrolling that pauses this long was one gesture.
 constexpr Duration swipePause = std::chrono::milliseconds(150);
 
 }  // namespace
 
 OnboardingViewModel::OnboardingViewModel(Scheduler& scheduler, const Preferences& preferences,
-                                         const Feedback& feedback, QObject* parent)
+                                         const Feedback& feedback,
+                                         std::function<bool()> touchpadsScrollNaturally, QObject* parent)
     : QObject(parent)
     , scheduler_(scheduler)
     , preferences_(preferences)
+    , touchpadsScrollNaturally_(std::move(touchpadsScrollNaturally))
     , notch_(scheduler, preferences, feedback) {
     notch_.setExpansionEnabled(true);
 }
@@ -74,14 +78,17 @@ void OnboardingViewModel::clickNotch() {
         notch_.expand();
 }
 
-void OnboardingViewModel::swipeNotch(double distance) {
+void OnboardingViewModel::scrollNotch(double angle) {
+    // Fingers never move by whole clicks.
+    const bool isWheel = std::fmod(angle, anglePerClick) == 0;
+    const bool isNatural = !isWheel && touchpadsScrollNaturally_ && touchpadsScrollNaturally_();
     swipeEnd_ = scheduler_.after(swipePause, [this] {
         swiped_ = 0;
         swipeHasActed_ = false;
     });
     if (swipeHasActed_)
         return;
-    swiped_ += distance;
+    swiped_ += isNatural ? angle : -angle;
     if (std::abs(swiped_) < swipeThreshold)
         return;
     swipeHasActed_ = true;
@@ -97,6 +104,7 @@ void OnboardingViewModel::swipeNotch(double distance) {
 void OnboardingViewModel::press(Gesture shortcut) {
     noteTried(shortcut);
     notch_.expand();
+    Q_EMIT pressed(shortcut);
 }
 
 }  // namespace kestrant

@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QQmlEngine>
 
+#include <functional>
+
 namespace kestrant {
 
 /// The pages of the introduction, and the drawn notch on which its gestures are tried out: it behaves as the
@@ -27,6 +29,7 @@ class OnboardingViewModel : public QObject {
     Q_PROPERTY(bool addedReminder READ addedReminder NOTIFY triedChanged)
     Q_PROPERTY(bool searched READ searched NOTIFY triedChanged)
     Q_PROPERTY(bool undone READ undone NOTIFY triedChanged)
+    Q_PROPERTY(bool triedAll READ triedAll NOTIFY triedChanged)
 
   public:
     enum class Page { welcome, tutorial, panel, habits, ready };
@@ -35,9 +38,10 @@ class OnboardingViewModel : public QObject {
     enum class Gesture { hover, click, swipeDown, swipeUp, newReminder, find, undo };
     Q_ENUM(Gesture)
 
-    /// Everything must outlive the view model.
+    /// Everything must outlive the view model. `touchpadsScrollNaturally` tells whether what is scrolled
+    /// follows the fingers rather than the other way round.
     OnboardingViewModel(Scheduler& scheduler, const Preferences& preferences, const Feedback& feedback,
-                        QObject* parent = nullptr);
+                        std::function<bool()> touchpadsScrollNaturally = {}, QObject* parent = nullptr);
 
     [[nodiscard]] Page page() const { return page_; }
     void setPage(Page page);
@@ -51,6 +55,7 @@ class OnboardingViewModel : public QObject {
     [[nodiscard]] bool addedReminder() const { return hasTried(Gesture::newReminder); }
     [[nodiscard]] bool searched() const { return hasTried(Gesture::find); }
     [[nodiscard]] bool undone() const { return hasTried(Gesture::undo); }
+    [[nodiscard]] bool triedAll() const { return tried_ == (2U << unsigned(Gesture::undo)) - 1; }
 
     /// Starts over on a page, with nothing tried out.
     void begin(Page page);
@@ -58,11 +63,11 @@ class OnboardingViewModel : public QObject {
     /// The pointer has come over the drawn notch or left it.
     Q_INVOKABLE void pointAtNotch(bool inside);
     Q_INVOKABLE void clickNotch();
-    /// Fingers, or a wheel, moved this many points over the drawn notch; downwards is positive. A gesture
-    /// acts once: what belongs to the same movement does nothing more.
-    Q_INVOKABLE void swipeNotch(double distance);
+    /// Scrolling over the drawn notch as an event tells it: 120 is a click of a wheel, positive away from the
+    /// person. What belongs to one movement acts once.
+    Q_INVOKABLE void scrollNotch(double angle);
     /// A shortcut was pressed: `newReminder`, `find` or `undo`.
-    Q_INVOKABLE void press(Gesture shortcut);
+    Q_INVOKABLE void press(kestrant::OnboardingViewModel::Gesture shortcut);
     Q_INVOKABLE void next();
     Q_INVOKABLE void back();
     /// The last page's button.
@@ -71,6 +76,7 @@ class OnboardingViewModel : public QObject {
   Q_SIGNALS:
     void pageChanged();
     void triedChanged();
+    void pressed(kestrant::OnboardingViewModel::Gesture shortcut);
     void finished();
 
   private:
@@ -79,6 +85,7 @@ class OnboardingViewModel : public QObject {
 
     Scheduler& scheduler_;
     const Preferences& preferences_;
+    std::function<bool()> touchpadsScrollNaturally_;
     NotchInteractionModel notch_;
     Page page_ = Page::welcome;
     bool isRepeated_ = false;

@@ -25,8 +25,8 @@ OnboardingWindowController::~OnboardingWindowController() {
 }
 
 void OnboardingWindowController::createWindow() {
-    model_ =
-        std::make_unique<OnboardingViewModel>(services_.scheduler, services_.preferences, services_.feedback);
+    model_ = std::make_unique<OnboardingViewModel>(services_.scheduler, services_.preferences,
+                                                   services_.feedback, services_.touchpadsScrollNaturally);
     connect(model_.get(), &OnboardingViewModel::finished, this, &OnboardingWindowController::finish);
 
     window_ = std::make_unique<QQuickView>(&services_.engine, nullptr);

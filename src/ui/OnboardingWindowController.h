@@ -33,6 +33,8 @@ class OnboardingWindowController : public QObject {
         SettingsViewModel& settings;
         Scheduler& scheduler;
         const Feedback& feedback;
+        /// Whether what is scrolled follows the fingers on a touchpad; empty where that is not the way.
+        std::function<bool()> touchpadsScrollNaturally = {};
     };
 
     /// Everything must outlive the controller. `openApp` is called when the person finishes, whether or not

@@ -1,0 +1,87 @@
+import QtQuick
+import Kestrant
+
+OnboardingPage {
+    id: page
+
+    required property SettingsViewModel settings
+
+    title: Localizer.text("How it behaves", "Comment elle se comporte")
+
+    component Line: FormLine {
+        width: (page.width - 40) / 2
+        height: 38
+    }
+
+    Component.onDestruction: settings.dataStore.forgetUnfinished()
+
+    Column {
+        Line {
+            label: Localizer.text("Opens", "S’ouvre")
+            Segmented {
+                objectName: "onboarding.opens"
+                spokenName: parent.parent.label
+                choices: [{ rawValue: false, title: Localizer.text("on hover", "au survol") },
+                          { rawValue: true, title: Localizer.text("on click", "au clic") }]
+                value: page.settings.requiresClick
+                onChosen: rawValue => page.settings.requiresClick = rawValue
+            }
+        }
+        Line {
+            label: Localizer.text("Sounds", "Sons")
+            last: !page.settings.canLaunchAtLogin
+            Segmented {
+                objectName: "onboarding.sounds"
+                spokenName: parent.parent.label
+                choices: [{ rawValue: 0, title: Localizer.text("Off", "Aucun") },
+                          { rawValue: 2, title: Localizer.text("Soft", "Doux") },
+                          { rawValue: 1, title: Localizer.text("Full", "Complet") }]
+                value: page.settings.sounds
+                onChosen: rawValue => page.settings.sounds = rawValue
+            }
+        }
+        Line {
+            visible: page.settings.canLaunchAtLogin
+            label: Localizer.text("Start at login", "Lancer à l’ouverture de session")
+            last: true
+            Toggle {
+                objectName: "onboarding.launchAtLogin"
+                spokenName: parent.parent.label
+                checked: page.settings.launchesAtLogin
+                onToggled: checked => page.settings.launchesAtLogin = checked
+            }
+        }
+        Text {
+            visible: text !== ""
+            width: (page.width - 40) / 2
+            text: page.settings.launchAtLoginProblem
+            textFormat: Text.PlainText
+            wrapMode: Text.Wrap
+            color: Theme.overdue
+            font.pixelSize: 12
+            Accessible.role: Accessible.AlertMessage
+            Accessible.name: text
+        }
+    }
+    Column {
+        visible: page.settings.dataStore.isOffered
+        x: (page.width + 40) / 2
+        width: (page.width - 40) / 2
+        spacing: 6
+
+        RadioList {
+            objectName: "onboarding.store"
+            width: parent.width
+            title: Localizer.text("Reminders and events live", "Rappels et événements")
+            choices: page.settings.dataStore.kinds
+            value: page.settings.dataStore.kind
+            onChosen: rawValue => page.settings.dataStore.kind = rawValue
+        }
+        DataStoreFields {
+            x: 28
+            width: parent.width - x
+            store: page.settings.dataStore
+            offersRestart: false
+        }
+    }
+}
