@@ -3,10 +3,8 @@
 #include "reminders/ReminderAlerts.h"
 
 #include <QStringList>
-#include <QTime>
 #include <QVariantMap>
 
-#include <cmath>
 #include <vector>
 
 namespace kestrant {
@@ -25,16 +23,6 @@ std::vector<ReminderAlertSchedule> usualAlerts(bool dueDateIncludesTime) {
         for (const int hour : {9, 18})
             usual.emplace_back(DayRelativeToDueDate{rawValue(day), hour, 0});
     return usual;
-}
-
-/// "45 min before", for what is none of the usual timings.
-TextPair customTitle(double seconds) {
-    const double minutes = std::round(std::abs(seconds) / 60);
-    const QString amount = QString::number(minutes, 'f', 0);
-    return seconds < 0 ? TextPair{QStringLiteral("%1 min before").arg(amount),
-                                  QStringLiteral("%1 min avant").arg(amount)}
-                       : TextPair{QStringLiteral("%1 min after").arg(amount),
-                                  QStringLiteral("%1 min après").arg(amount)};
 }
 
 }  // namespace
@@ -60,14 +48,7 @@ std::optional<ReminderAlertSchedule> alertWithId(const QString& id) {
 QString alertTitle(const std::optional<ReminderAlertSchedule>& schedule, const Localizer& localizer) {
     if (!schedule)
         return localizer(text("No alert", "Aucune alerte"));
-    if (const auto* relative = std::get_if<RelativeToDueTime>(&*schedule)) {
-        const auto timing = reminderAlertTiming(relative->seconds);
-        return localizer(timing ? shortLabel(*timing) : customTitle(relative->seconds));
-    }
-    const auto& onDay = std::get<DayRelativeToDueDate>(*schedule);
-    const auto day = reminderDateOnlyAlertDay(onDay.dayOffset);
-    const QString time = QTime(onDay.hour, onDay.minute).toString(QStringLiteral("HH:mm"));
-    return day ? localizer(label(*day)) + QStringLiteral(", ") + time : time;
+    return localizer(label(*schedule));
 }
 
 QVariantList alertChoices(bool dueDateIncludesTime, const std::optional<ReminderAlertSchedule>& present,

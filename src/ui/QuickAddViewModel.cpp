@@ -6,6 +6,7 @@
 #include "ui/Choices.h"
 #include "ui/ListColor.h"
 #include "ui/Localizer.h"
+#include "ui/RepeatChoices.h"
 #include "ui/TimeOfDay.h"
 
 #include <QPointer>
@@ -50,6 +51,7 @@ void QuickAddViewModel::begin() {
     refused_.clear();
     isFlagged_ = false;
     alert_.reset();
+    repeat_ = ReminderRepeat::none;
     priority_ = NewReminderPriority::normal;
     listID_.reset();
     dueDay_.setDay({});
@@ -79,6 +81,7 @@ void QuickAddViewModel::submit() {
     const ZoneCalendar calendar = calendar_.calendar();
     reminder.dueDateIncludesTime = hasTime();
     reminder.dueAlertSchedule = alert();
+    reminder.repeat = repeat();
     if (const QDate day = dueDay_.day(); day.isValid())
         reminder.dueDate = hasTime() ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
 
@@ -193,6 +196,23 @@ QString QuickAddViewModel::alertTitle() const {
 
 QVariantList QuickAddViewModel::alerts() const {
     return alertChoices(hasTime(), alert(), localizer_);
+}
+
+ReminderRepeat QuickAddViewModel::repeat() const {
+    return dueDay_.day().isValid() ? repeat_ : ReminderRepeat::none;
+}
+
+void QuickAddViewModel::setRepeatId(const QString& id) {
+    repeat_ = reminderRepeat(id).value_or(ReminderRepeat::none);
+    edited();
+}
+
+QString QuickAddViewModel::repeatTitle() const {
+    return kestrant::repeatTitle(recurrenceRules(repeat()), localizer_);
+}
+
+QVariantList QuickAddViewModel::repeats() const {
+    return repeatChoices({}, localizer_);
 }
 
 QString QuickAddViewModel::priority() const {

@@ -47,6 +47,9 @@ class QuickAddViewModel : public QObject {
     /// See AlertChoices; empty for none.
     Q_PROPERTY(QString alertId READ alertId WRITE setAlertId NOTIFY changed)
     Q_PROPERTY(QString alertTitle READ alertTitle NOTIFY changed)
+    /// See RepeatChoices; "none" without a due date.
+    Q_PROPERTY(QString repeatId READ repeatId WRITE setRepeatId NOTIFY changed)
+    Q_PROPERTY(QString repeatTitle READ repeatTitle NOTIFY changed)
     /// Day and time in words; empty without a due date.
     Q_PROPERTY(QString dueText READ dueText NOTIFY changed)
     Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY changed)
@@ -66,6 +69,8 @@ class QuickAddViewModel : public QObject {
     Q_INVOKABLE void refuse(int piece);
     /// {id, title} each, for the due date as it is.
     Q_INVOKABLE [[nodiscard]] QVariantList alerts() const;
+    /// {id, title} each.
+    Q_INVOKABLE [[nodiscard]] QVariantList repeats() const;
 
     [[nodiscard]] const QString& type() const { return type_; }
     void setType(const QString& type);
@@ -77,6 +82,9 @@ class QuickAddViewModel : public QObject {
     [[nodiscard]] QString alertId() const;
     void setAlertId(const QString& id);
     [[nodiscard]] QString alertTitle() const;
+    [[nodiscard]] QString repeatId() const { return rawValue(repeat()); }
+    void setRepeatId(const QString& id);
+    [[nodiscard]] QString repeatTitle() const;
     [[nodiscard]] QString priority() const;
     void setPriority(const QString& rawValue);
     [[nodiscard]] QVariantList priorities() const;
@@ -104,6 +112,7 @@ class QuickAddViewModel : public QObject {
     void understand();
     [[nodiscard]] bool hasTime() const { return !timeText_.trimmed().isEmpty(); }
     [[nodiscard]] std::optional<ReminderAlertSchedule> alert() const;
+    [[nodiscard]] ReminderRepeat repeat() const;
     [[nodiscard]] const ReminderList* list() const;
     [[nodiscard]] std::optional<QString> preferredListID() const;
 
@@ -118,6 +127,7 @@ class QuickAddViewModel : public QObject {
     QStringList refused_;
     bool isFlagged_ = false;
     std::optional<ReminderAlertSchedule> alert_;
+    ReminderRepeat repeat_ = ReminderRepeat::none;
     NewReminderPriority priority_ = NewReminderPriority::normal;
     std::optional<QString> listID_;
     DayPicker dueDay_;

@@ -24,6 +24,7 @@ struct ReminderCard {
     Q_PROPERTY(QString priorityMarks MEMBER priorityMarks CONSTANT)
     Q_PROPERTY(bool isFlagged MEMBER isFlagged CONSTANT)
     Q_PROPERTY(bool isRecurring MEMBER isRecurring CONSTANT)
+    Q_PROPERTY(QString repeatText MEMBER repeatText CONSTANT)
     Q_PROPERTY(QString alertText MEMBER alertText CONSTANT)
     Q_PROPERTY(QColor listColor MEMBER listColor CONSTANT)
     Q_PROPERTY(bool isPending MEMBER isPending CONSTANT)
@@ -40,6 +41,8 @@ struct ReminderCard {
     QString priorityMarks;
     bool isFlagged = false;
     bool isRecurring = false;
+    /// How often it repeats, such as "yearly"; empty where that takes more than a few words.
+    QString repeatText;
     /// When its notification rings, such as "15 min before"; empty when that is the due time or never.
     QString alertText;
     QColor listColor;

@@ -5,6 +5,7 @@
 #include "ui/Choices.h"
 #include "ui/ListColor.h"
 #include "ui/Localizer.h"
+#include "ui/RepeatChoices.h"
 #include "ui/TimeOfDay.h"
 
 #include <QPointer>
@@ -73,6 +74,8 @@ int ReminderEditViewModel::begin(const QString& reminderId) {
     notes_ = details.notes;
     priority_ = details.priority;
     alert_ = details.dueAlertSchedule;
+    rules_ = store_.recurrenceRules(id_);
+    repeat_.reset();
     const ReminderList* list = find(store_.lists(), details.listID);
     list_ = list ? *list : ReminderList{.id = details.listID};
     dueDay_.setDay(details.dueDate ? calendar_.dayOf(*details.dueDate) : QDate());
@@ -180,13 +183,15 @@ void ReminderEditViewModel::save() {
     if (!takeDueDate(details))
         return fail(unreadableTimeText());
     details.dueAlertSchedule = alert();
-    if (details == *loaded_) {
+    // Without a due date there is none.
+    const auto repeat = details.dueDate ? repeat_ : std::nullopt;
+    if (details == *loaded_ && !repeat) {
         Q_EMIT saved();
         return;
     }
     isSaving_ = true;
     edited();
-    store_.edit(id_, details,
+    store_.edit(id_, details, repeat,
                 [self = QPointer(this), form = form_](const tl::expected<void, ReminderStoreError>& result) {
                     if (self)
                         self->finishSaving(form, result);
@@ -227,6 +232,32 @@ QString ReminderEditViewModel::alertTitle() const {
 
 QVariantList ReminderEditViewModel::alerts() const {
     return alertChoices(hasTime(), alert(), localizer_);
+}
+
+std::vector<EKRecurrenceRule> ReminderEditViewModel::shownRules() const {
+    return repeat_ ? recurrenceRules(*repeat_) : rules_;
+}
+
+QString ReminderEditViewModel::repeatId() const {
+    const auto repeat = reminderRepeat(shownRules());
+    return repeat ? rawValue(*repeat) : QString();
+}
+
+void ReminderEditViewModel::setRepeatId(const QString& id) {
+    if (id == repeatId())
+        return;
+    const auto repeat = reminderRepeat(id);
+    // What the form began with is kept to the letter.
+    repeat_ = repeat == reminderRepeat(rules_) ? std::nullopt : repeat;
+    edited();
+}
+
+QString ReminderEditViewModel::repeatTitle() const {
+    return kestrant::repeatTitle(shownRules(), localizer_);
+}
+
+QVariantList ReminderEditViewModel::repeats() const {
+    return repeatChoices(rules_, localizer_);
 }
 
 QString ReminderEditViewModel::errorText() const {

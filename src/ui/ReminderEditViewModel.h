@@ -12,6 +12,7 @@
 #include <tl/expected.hpp>
 
 #include <optional>
+#include <vector>
 
 namespace kestrant {
 
@@ -40,6 +41,9 @@ class ReminderEditViewModel : public QObject {
     /// See AlertChoices; empty for none.
     Q_PROPERTY(QString alertId READ alertId WRITE setAlertId NOTIFY changed)
     Q_PROPERTY(QString alertTitle READ alertTitle NOTIFY changed)
+    /// See RepeatChoices; empty for rules that are none of the choices.
+    Q_PROPERTY(QString repeatId READ repeatId WRITE setRepeatId NOTIFY changed)
+    Q_PROPERTY(QString repeatTitle READ repeatTitle NOTIFY changed)
     Q_PROPERTY(QString notes READ notes WRITE setNotes NOTIFY changed)
     /// The reminder's list takes no changes.
     Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
@@ -66,6 +70,8 @@ class ReminderEditViewModel : public QObject {
     Q_INVOKABLE [[nodiscard]] QVariantList lists() const;
     /// {id, title} each, for the due date as it is.
     Q_INVOKABLE [[nodiscard]] QVariantList alerts() const;
+    /// {id, title} each, the rules that the reminder came with among them.
+    Q_INVOKABLE [[nodiscard]] QVariantList repeats() const;
 
     [[nodiscard]] const QString& title() const { return title_; }
     void setTitle(const QString& title) { set(title_, title); }
@@ -84,6 +90,9 @@ class ReminderEditViewModel : public QObject {
     [[nodiscard]] QString alertId() const;
     void setAlertId(const QString& id);
     [[nodiscard]] QString alertTitle() const;
+    [[nodiscard]] QString repeatId() const;
+    void setRepeatId(const QString& id);
+    [[nodiscard]] QString repeatTitle() const;
     [[nodiscard]] const QString& notes() const { return notes_; }
     void setNotes(const QString& notes) { set(notes_, notes); }
     [[nodiscard]] bool isReadOnly() const { return !list_.allowsContentModifications; }
@@ -105,6 +114,7 @@ class ReminderEditViewModel : public QObject {
     [[nodiscard]] bool hasTime() const { return !dueTime_.trimmed().isEmpty(); }
     /// The alert, as far as it fits the due date that is shown.
     [[nodiscard]] std::optional<ReminderAlertSchedule> alert() const;
+    [[nodiscard]] std::vector<EKRecurrenceRule> shownRules() const;
     /// Puts the due date that is shown into the details; false when its time cannot be read.
     [[nodiscard]] bool takeDueDate(ReminderEditDetails& details);
 
@@ -124,6 +134,9 @@ class ReminderEditViewModel : public QObject {
     ReminderList list_;
     QString notes_;
     std::optional<ReminderAlertSchedule> alert_;
+    /// What the form began with, and what was chosen instead.
+    std::vector<EKRecurrenceRule> rules_;
+    std::optional<ReminderRepeat> repeat_;
     bool isSaving_ = false;
     std::optional<TextPair> error_;
     /// Counts forms, to tell a late result from one of the form that is shown.

@@ -100,6 +100,7 @@ ReminderCard RemindersViewModel::card(const ReminderTask& task, bool isPending) 
     card.priorityMarks = marksOf(task.priority);
     card.isFlagged = task.isFlagged;
     card.isRecurring = task.isRecurring;
+    card.repeatText = shortRepeatText(task.recurrenceRules, language);
     card.alertText = alertText(task, language);
     card.listColor = listColor(list);
     card.isPending = isPending;
@@ -115,7 +116,8 @@ ReminderCard RemindersViewModel::card(const ReminderTask& task, bool isPending) 
     say(card.isOverdue, text("overdue", "en retard").in(language));
     say(!card.priorityMarks.isEmpty(), priorityInWords(card.priorityMarks).in(language));
     say(card.isFlagged, text("flagged", "marqué").in(language));
-    say(card.isRecurring, text("repeats", "se répète").in(language));
+    say(card.isRecurring,
+        text("repeats %1", "se répète, %1").in(language).arg(repeatInWords(task.recurrenceRules, language)));
     say(true, card.alertText);
     say(list != nullptr, list ? list->title : QString());
     card.spokenText = words.join(QStringLiteral(", "));

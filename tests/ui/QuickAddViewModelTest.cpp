@@ -100,6 +100,7 @@ TEST(QuickAddViewModel, UnderstandsTheLineAndLetsItsPiecesBeRefused) {
 
     form.dueDay()->setIsoDay(QStringLiteral("2026-11-30"));
     form.setAlertId(form.alerts()[1].toMap()[QStringLiteral("id")].toString());
+    form.setRepeatId(QStringLiteral("weekly"));
     form.setFlagged(true);
     form.submit();
     program.settle();
@@ -108,6 +109,7 @@ TEST(QuickAddViewModel, UnderstandsTheLineAndLetsItsPiecesBeRefused) {
     EXPECT_EQ(saved.title, QStringLiteral("Call Ilse tomorrow please"));
     EXPECT_EQ(saved.dueDateComponents->date(), QDate(2026, 11, 30)) << "the hand wins over the line";
     EXPECT_EQ(saved.alarms.size(), 1u);
+    EXPECT_EQ(saved.recurrenceRules, recurrenceRules(ReminderRepeat::weekly));
     EXPECT_TRUE(program.store.task(saved.calendarItemIdentifier)->isFlagged);
 }
 
@@ -135,8 +137,8 @@ TEST(AlertChoices, OfferWhatFitsTheDueDateAndKeepWhatTheyDoNotKnow) {
               QStringLiteral("No alert | At due time | 5 min before | 15 min before | 1 hr before | "
                              "1 day before | 45 min before"));
     EXPECT_EQ(titles(false, DayRelativeToDueDate{-1, 18, 0}),
-              QStringLiteral("No alert | On day of event, 09:00 | On day of event, 18:00 | "
-                             "Day before, 09:00 | Day before, 18:00"));
+              QStringLiteral("No alert | On day of event at 09:00 | On day of event at 18:00 | "
+                             "Day before at 09:00 | Day before at 18:00"));
     for (const ReminderAlertSchedule& schedule : {ReminderAlertSchedule(RelativeToDueTime{-2700.5}),
                                                   ReminderAlertSchedule(DayRelativeToDueDate{-1, 7, 5})})
         EXPECT_EQ(alertWithId(alertId(schedule)), schedule);

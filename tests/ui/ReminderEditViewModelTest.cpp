@@ -119,6 +119,46 @@ TEST(ReminderEditViewModel, TakesTheDueDateAwayWithItsTimeAndAlert) {
     EXPECT_TRUE(test.saved().alarms.empty());
 }
 
+TEST(ReminderEditViewModel, OffersRepetitionsAndKeepsARuleOfAnotherKind) {
+    const QString own = QStringLiteral("FREQ=WEEKLY;BYDAY=TU,TH");
+    Editing test(aReminder("id").due(tuesday).repeating(own));
+    QStringList offered;
+    for (const QVariant& choice : test.form.repeats())
+        offered.append(choice.toMap()[QStringLiteral("title")].toString());
+    EXPECT_EQ(offered.join(QStringLiteral(" | ")),
+              QStringLiteral("Never | Daily | Weekly | Monthly | Yearly | Weekly on Tue, Thu"));
+    EXPECT_EQ(test.form.repeatId(), QString());
+    EXPECT_EQ(test.form.repeatTitle(), QStringLiteral("Weekly on Tue, Thu"));
+
+    test.form.setTitle(QStringLiteral("x"));
+    test.form.setRepeatId(QStringLiteral("daily"));
+    test.form.setRepeatId(QString());
+    test.save();
+    ASSERT_EQ(test.saved().recurrenceRules.size(), 1u);
+    EXPECT_EQ(test.saved().recurrenceRules[0].text, own);
+
+    test.form.begin(test.id);
+    test.form.setTitle(QStringLiteral("y"));
+    test.form.setRepeatId(QStringLiteral("yearly"));
+    test.save();
+    EXPECT_EQ(test.saved().recurrenceRules[0].text, QStringLiteral("FREQ=YEARLY"));
+    test.actions.undo();
+    test.settle();
+    EXPECT_EQ(test.saved().recurrenceRules[0].text, own) << "one step with the title";
+    EXPECT_EQ(test.saved().title, QStringLiteral("x"));
+
+    test.form.begin(test.id);
+    test.form.setRepeatId(QStringLiteral("none"));
+    test.save();
+    EXPECT_TRUE(test.saved().recurrenceRules.empty());
+    test.form.begin(test.id);
+    test.form.setRepeatId(QStringLiteral("daily"));
+    test.form.dueDay()->setIsoDay(QString());
+    test.save();
+    EXPECT_EQ(test.form.errorText(), QString());
+    EXPECT_TRUE(test.saved().recurrenceRules.empty()) << "there is nothing to count from";
+}
+
 TEST(ReminderEditViewModel, MakesAWholeDayOfATimeThatIsCleared) {
     Editing test;
     test.form.setDueTime(QStringLiteral(" "));

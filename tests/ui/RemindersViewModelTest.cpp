@@ -26,9 +26,10 @@ TEST(RemindersViewModel, ShowsTheCardsInWords) {
     EXPECT_TRUE(card.isOverdue);
     EXPECT_EQ(card.priorityMarks, QStringLiteral("!!!"));
     EXPECT_TRUE(card.isRecurring);
+    EXPECT_EQ(card.repeatText, QStringLiteral("monthly"));
     EXPECT_EQ(card.listColor, QColor(0x30, 0xd1, 0x58));
     EXPECT_EQ(card.spokenText,
-              QStringLiteral("Pay the rent, Yesterday 09:00, overdue, high priority, repeats, Home"));
+              QStringLiteral("Pay the rent, Yesterday 09:00, overdue, high priority, repeats monthly, Home"));
 }
 
 TEST(RemindersViewModel, MarksPrioritiesByTheirThirdOfTheScale) {

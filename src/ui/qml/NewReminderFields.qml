@@ -92,16 +92,29 @@ Column {
             onClicked: fields.form.isFlagged = !checked
         }
     }
-    ChoiceChip {
+    Row {
         visible: fields.form.dueDay.day !== ""
-        overlays: fields.overlays
-        subject: Localizer.text("Alert", "Alerte")
-        text: fields.form.alertTitle
-        iconName: "bell"
-        showsIcon: true
-        chosenId: fields.form.alertId
-        choices: () => fields.form.alerts()
-        onChosen: id => fields.form.alertId = id
+        spacing: 8
+        ChoiceChip {
+            overlays: fields.overlays
+            subject: Localizer.text("Alert", "Alerte")
+            text: fields.form.alertTitle
+            iconName: "bell"
+            showsIcon: true
+            chosenId: fields.form.alertId
+            choices: () => fields.form.alerts()
+            onChosen: id => fields.form.alertId = id
+        }
+        ChoiceChip {
+            overlays: fields.overlays
+            subject: Localizer.text("Repeat", "Répétition")
+            text: fields.form.repeatId === "none" ? subject : fields.form.repeatTitle
+            iconName: "repeat"
+            showsIcon: true
+            chosenId: fields.form.repeatId
+            choices: () => fields.form.repeats()
+            onChosen: id => fields.form.repeatId = id
+        }
     }
 
     Row {

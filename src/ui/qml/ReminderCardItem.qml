@@ -112,6 +112,8 @@ Item {
         spacing: 6
         readonly property real besidesDue: (marks.visible ? marks.width + spacing : 0)
                                            + (repeat.visible ? repeat.width + spacing : 0)
+        /// What is left beside all that, for what is told where there is room.
+        readonly property real room: width - besidesDue - (due.visible ? due.width + spacing : 0)
 
         Text {
             id: marks
@@ -147,8 +149,19 @@ Item {
             color: Theme.secondaryText
         }
         Text {
-            readonly property real room: facts.width - facts.besidesDue - (due.visible ? due.width + facts.spacing : 0)
-            visible: root.card.alertText !== "" && implicitWidth <= room
+            id: repeatWords
+            visible: root.card.repeatText !== "" && implicitWidth <= facts.room
+            leftPadding: -2
+            height: 14
+            text: root.card.repeatText
+            textFormat: Text.PlainText
+            color: Theme.secondaryText
+            font.pixelSize: 11
+            Accessible.ignored: true
+        }
+        Text {
+            visible: root.card.alertText !== ""
+                     && implicitWidth <= facts.room - (repeatWords.visible ? repeatWords.width + facts.spacing : 0)
             height: 14
             text: "· " + root.card.alertText
             textFormat: Text.PlainText

@@ -99,6 +99,32 @@ Popover {
                 }
             }
             FormLine {
+                id: repeatLine
+                readonly property bool isPossible: popover.form.dueDay.day !== ""
+                width: parent.width
+                label: Localizer.text("Repeat", "Répétition")
+                ChoiceChip {
+                    visible: repeatLine.isPossible
+                    overlays: popover.overlays
+                    subject: repeatLine.label
+                    maximumWidth: 260
+                    iconName: "repeat"
+                    showsIcon: popover.form.repeatId !== "none"
+                    text: popover.form.repeatTitle
+                    chosenId: popover.form.repeatId
+                    choices: () => popover.form.repeats()
+                    onChosen: id => popover.form.repeatId = id
+                }
+                Text {
+                    visible: !repeatLine.isPossible
+                    text: Localizer.text("needs a due date", "demande une échéance")
+                    color: Theme.secondaryText
+                    font.pixelSize: 12
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: repeatLine.label + ", " + text
+                }
+            }
+            FormLine {
                 width: parent.width
                 label: Localizer.text("Priority", "Priorité")
                 Segmented {
