@@ -2,6 +2,7 @@
 
 #include "app/PanelInterface.h"
 #include "platform/linux/ApplicationState.h"
+#include "platform/linux/OpenALOutput.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "platform/linux/WakeObserver.h"
 #include "platform/linux/X11PanelWindow.h"
@@ -30,6 +31,7 @@ AppDelegate::AppDelegate(Options options)
     : defaults_(options.preferencesFile, scheduler_)
     , preferences_(defaults_, [] { return QLocale::system(); })
     , localization_(preferences_)
+    , cuePlayer_(std::make_unique<OpenALOutput>(soundQueue_), soundQueue_, clock_)
     , feedback_(preferences_, cuePlayer_, hapticPerformer_)
     , information_(std::move(options.information))
     , reporter_({.context = metricsThread_,

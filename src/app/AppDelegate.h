@@ -7,6 +7,7 @@
 #include "eventkit/EventStoreLocation.h"
 #include "eventkit/vdir/VdirEventStore.h"
 #include "feedback/Feedback.h"
+#include "feedback/SoundFeedback.h"
 #include "foundation/Clocks.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/InformationDictionary.h"
@@ -22,6 +23,7 @@
 #include "notch/NotchPanelController.h"
 #include "platform/linux/AutostartEntry.h"
 #include "platform/linux/DesktopNotifier.h"
+#include "platform/linux/FeedbackdHapticPerformer.h"
 #include "preferences/Localization.h"
 #include "preferences/Preferences.h"
 #include "reminders/DueAlertRinger.h"
@@ -110,8 +112,9 @@ class AppDelegate : public QObject {
     JsonFileUserDefaults defaults_;
     Preferences preferences_;
     Localization localization_;
-    SilentCuePlayer cuePlayer_;
-    SilentHapticPerformer hapticPerformer_;
+    EventLoopThread soundQueue_{SoundFeedback::queueLabel};
+    SoundFeedback cuePlayer_;
+    FeedbackdHapticPerformer hapticPerformer_;
     Feedback feedback_;
 
     InformationDictionary information_;

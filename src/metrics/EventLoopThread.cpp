@@ -2,9 +2,12 @@
 
 #include "foundation/QtScheduler.h"
 
+#include <QByteArray>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QEventLoop>
+
+#include <pthread.h>
 
 #include <deque>
 #include <future>
@@ -12,6 +15,17 @@
 #include <utility>
 
 namespace kestrant {
+
+namespace {
+
+void nameThread(const QByteArray& label) {
+    constexpr qsizetype longest = 15;
+    const QByteArray name = label.mid(label.lastIndexOf('.') + 1).left(longest);
+    if (!name.isEmpty())
+        pthread_setname_np(pthread_self(), name.constData());
+}
+
+}  // namespace
 
 class EventLoopThread::Loop : public QObject {
   public:
@@ -46,10 +60,11 @@ class EventLoopThread::Loop : public QObject {
     std::deque<std::function<void()>> work_;
 };
 
-EventLoopThread::EventLoopThread() {
+EventLoopThread::EventLoopThread(const char* label) {
     std::promise<Loop*> started;
     auto loop = started.get_future();
-    thread_ = std::thread([started = std::move(started)]() mutable {
+    thread_ = std::thread([started = std::move(started), label]() mutable {
+        nameThread(label);
         Loop own;
         started.set_value(&own);
         own.run();

@@ -10,7 +10,8 @@ namespace kestrant {
 /// waits until everything posted before has run; delayed work that is not due by then never runs.
 class EventLoopThread final : public Scheduler {
   public:
-    EventLoopThread();
+    /// The system shows the last part of a dotted label as the thread's name.
+    explicit EventLoopThread(const char* label = "");
     EventLoopThread(const EventLoopThread&) = delete;
     EventLoopThread& operator=(const EventLoopThread&) = delete;
     ~EventLoopThread() override;
