@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/InMemoryEventStore.h"
+#include "eventkit/vdir/VdirDatabase.h"
 #include "eventkit/vdir/VdirEventStore.h"
 #include "support/EventStoreDriver.h"
 #include "support/FixedCalendar.h"
@@ -57,7 +58,7 @@ struct VdirHouse {
 
     template <typename Change>
     void changeElsewhere(const QString& identifier, Change change) {
-        vdir::VdirDatabase other(QFile::encodeName(folder.path() + "/calendars"), [](const auto&) {});
+        vdir::VdirDatabase other(QFile::encodeName(folder.path() + "/calendars"));
         ASSERT_FALSE(other.open(calendar.calendar()));
         const auto base = other.snapshot()->reminders.value(identifier).data;
         EKReminderData edited = *base;

@@ -1,6 +1,7 @@
 #include "eventkit/vdir/VdirDatabase.h"
 
 #include "VdirFolder.h"
+#include "eventkit/vdir/VdirLibrary.h"
 #include "support/DiskLimit.h"
 #include "support/ReminderBuilders.h"
 
@@ -23,13 +24,13 @@ class VdirDatabaseTest : public ::testing::Test {
     void refresh() { (void)database.refresh({.everything = true}, paris); }
     [[nodiscard]] std::vector<QString> titles() const {
         std::vector<QString> result;
-        for (const vdir::Entry& entry : database.snapshot()->reminders)
+        for (const items::Entry& entry : database.snapshot()->reminders)
             result.push_back(entry.data->title);
         std::sort(result.begin(), result.end());
         return result;
     }
     [[nodiscard]] std::shared_ptr<const EKReminderData> titled(const QString& title) const {
-        for (const vdir::Entry& entry : database.snapshot()->reminders) {
+        for (const items::Entry& entry : database.snapshot()->reminders) {
             if (entry.data->title == title)
                 return entry.data;
         }
@@ -49,7 +50,7 @@ class VdirDatabaseTest : public ::testing::Test {
     }
 
     VdirFolder folder;
-    VdirDatabase database{folder.nativeRoot(), [](const auto&) {}};
+    VdirDatabase database{folder.nativeRoot()};
 };
 
 constexpr auto rename(const char* title) {

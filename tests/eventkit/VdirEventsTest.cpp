@@ -97,7 +97,7 @@ class VdirEventsTest : public ::testing::Test {
     }
 
     VdirFolder folder;
-    VdirDatabase database{folder.nativeRoot(), [](const auto&) {}};
+    VdirDatabase database{folder.nativeRoot()};
 };
 
 constexpr auto rename = [](EKEventData& data) { data.title = "new"; };

@@ -8,7 +8,7 @@ namespace kestrant {
 namespace {
 
 using ::testing::IsEmpty;
-using vdir::ReminderChange;
+using items::ReminderChange;
 using vdir::VdirDatabase;
 using Result = tl::expected<EKSaveResult, EKError>;
 
@@ -45,7 +45,7 @@ class VdirRevertingTest : public ::testing::Test {
     }
 
     VdirFolder folder;
-    VdirDatabase database{folder.nativeRoot(), [](const auto&) {}};
+    VdirDatabase database{folder.nativeRoot()};
 };
 
 constexpr auto rename = [](EKReminderData& data) { data.title = "renamed"; };

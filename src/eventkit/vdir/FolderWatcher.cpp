@@ -1,5 +1,7 @@
 #include "eventkit/vdir/FolderWatcher.h"
 
+#include "eventkit/vdir/VdirLibrary.h"
+
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
@@ -31,7 +33,7 @@ QByteArray nearestExistingFolder(QByteArray path) {
 
 }  // namespace
 
-FolderWatcher::FolderWatcher(QByteArray root, std::function<void(const Changes&)> observer)
+FolderWatcher::FolderWatcher(QByteArray root, std::function<void(const items::Changes&)> observer)
     : root_(std::move(root))
     , observer_(std::move(observer))
     , inotify_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
@@ -82,14 +84,14 @@ void FolderWatcher::loop() {
             continue;
         if (sources[0].revents != 0)
             return;
-        const Changes changes = readEvents();
+        const items::Changes changes = readEvents();
         if (changes.everything || !changes.files.empty())
             observer_(changes);
     }
 }
 
-Changes FolderWatcher::readEvents() {
-    Changes changes;
+items::Changes FolderWatcher::readEvents() {
+    items::Changes changes;
     alignas(inotify_event) std::array<char, 16 * 1024> buffer{};
     ssize_t size = 0;
     while ((size = ::read(inotify_, buffer.data(), buffer.size())) > 0) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/vdir/VdirLibrary.h"
+#include "eventkit/items/ItemLibrary.h"
 
 #include <QByteArray>
 
@@ -12,19 +12,22 @@
 
 namespace kestrant::vdir {
 
-/// Tells when something in a folder and its collections changes, by inotify. Says what may have changed, not
-/// what did. Hidden and temporary files are passed over.
+/// Tells when something in a folder and its collections changes, by inotify.
+/// Says what may have changed, not what did. Hidden and temporary files are
+/// passed over.
 class FolderWatcher {
   public:
-    /// `observer` is called on the watcher's own thread, at most until the watcher is destroyed.
-    FolderWatcher(QByteArray root, std::function<void(const Changes&)> observer);
+    /// `observer` is called on the watcher's own thread, at most until the
+    /// watcher is destroyed.
+    FolderWatcher(QByteArray root, std::function<void(const items::Changes&)> observer);
     FolderWatcher(const FolderWatcher&) = delete;
     FolderWatcher& operator=(const FolderWatcher&) = delete;
     ~FolderWatcher();
 
-    /// Watches the root (or the nearest folder above it that exists) and these collections in it, and nothing
-    /// else. False when the system does not let us watch all of it: then only a comparison finds out about
-    /// changes. What changes from the moment of this call on is told. Thread: any.
+    /// Watches the root (or the nearest folder above it that exists) and these
+    /// collections in it, and nothing else. False when the system does not let us
+    /// watch all of it: then only a comparison finds out about changes. What
+    /// changes from the moment of this call on is told. Thread: any.
     [[nodiscard]] bool watch(const std::vector<QByteArray>& collections);
 
   private:
@@ -35,11 +38,11 @@ class FolderWatcher {
     };
 
     void loop();
-    [[nodiscard]] Changes readEvents();
+    [[nodiscard]] items::Changes readEvents();
     [[nodiscard]] bool add(const QByteArray& path, Watched watched, std::map<int, Watched>& watches) const;
 
     QByteArray root_;
-    std::function<void(const Changes&)> observer_;
+    std::function<void(const items::Changes&)> observer_;
     int inotify_;
     int stop_;
     std::mutex mutex_;

@@ -1,5 +1,5 @@
 #include "eventkit/EKErrors.h"
-#include "eventkit/vdir/VdirDatabase.h"
+#include "eventkit/vdir/VdirStorage.h"
 #include "foundation/AtomicFile.h"
 
 #include <QFile>
@@ -13,6 +13,9 @@
 #include <system_error>
 
 namespace kestrant::vdir {
+
+using items::Library;
+
 namespace {
 
 /// Calm colours that stay apart on a dark ground.
@@ -36,7 +39,8 @@ Color unusedColor(const Library& library) {
     return found != palette.end() ? *found : palette[library.collections.size() % palette.size()];
 }
 
-/// Letters and digits of a title that every file system takes, other characters as hyphens.
+/// Letters and digits of a title that every file system takes, other characters
+/// as hyphens.
 QByteArray folderNameFrom(const QString& title) {
     QByteArray name;
     for (const QChar character : title.normalized(QString::NormalizationForm_KD).toLower()) {
@@ -63,41 +67,35 @@ std::optional<EKError> writeMetadata(const QByteArray& folder, const char* name,
 
 }  // namespace
 
-tl::expected<EKCalendar, EKError> VdirDatabase::saveCalendar(const EKCalendar& calendar,
-                                                             const ZoneCalendar& local) {
-    if (!isOpen_)
-        return tl::unexpected(accessDeniedError());
-    const QString title = calendar.title.simplified();
-    if (title.isEmpty())
-        return tl::unexpected(invalidItemError(text("A list needs a name.", "Une liste doit avoir un nom.")));
-    Color color = calendar.color.value_or(unusedColor(library_));
-    QByteArray name;
-    const bool isNew = calendar.calendarIdentifier.isEmpty();
-    if (isNew) {
-        if (const auto created = createFolder(QFile::decodeName(root_)); !created)
-            return tl::unexpected(storageError(created.error().path, created.error().description));
-        const QByteArray wanted = folderNameFrom(title);
-        name = wanted;
-        int number = 1;
-        while (::mkdir((root_ + '/' + name).constData(), 0777) != 0) {
-            const int error = errno;
-            if (error != EEXIST)
-                return tl::unexpected(
-                    storageError(QFile::decodeName(root_ + '/' + name),
-                                 QString::fromStdString(std::generic_category().message(error))));
-            name = wanted + '-' + QByteArray::number(++number);
-        }
-    } else {
-        const auto found = writableCollection(calendar.calendarIdentifier);
-        if (!found)
-            return tl::unexpected(found.error());
-        name = *found;
+tl::expected<QByteArray, EKError> VdirStorage::makeCollection(const QString& title) const {
+    if (const auto created = createFolder(QFile::decodeName(root_)); !created)
+        return tl::unexpected(storageError(created.error().path, created.error().description));
+    const QByteArray wanted = folderNameFrom(title);
+    QByteArray name = wanted;
+    int number = 1;
+    while (::mkdir((root_ + '/' + name).constData(), 0777) != 0) {
+        const int error = errno;
+        if (error != EEXIST)
+            return tl::unexpected(
+                storageError(QFile::decodeName(root_ + '/' + name),
+                             QString::fromStdString(std::generic_category().message(error))));
+        name = wanted + '-' + QByteArray::number(++number);
     }
-    const QByteArray folder = root_ + '/' + name;
-    const auto present = library_.collections.find(name);
+    return name;
+}
+
+tl::expected<QByteArray, EKError> VdirStorage::saveCollection(const Library& library,
+                                                              const EKCalendar& calendar) {
+    const bool isNew = calendar.calendarIdentifier.isEmpty();
+    const auto name = isNew ? makeCollection(calendar.title) : QFile::encodeName(calendar.calendarIdentifier);
+    if (!name)
+        return name;
+    const Color color = calendar.color.value_or(unusedColor(library));
+    const QByteArray folder = root_ + '/' + *name;
+    const auto present = library.collections.find(*name);
     std::optional<EKError> error;
-    if (isNew || present->second.title != title)
-        error = writeMetadata(folder, "displayname", title);
+    if (isNew || present->second.title != calendar.title)
+        error = writeMetadata(folder, "displayname", calendar.title);
     const bool hasColor = !isNew && (!calendar.color || present->second.color == calendar.color);
     if (!error && !hasColor)
         error = writeMetadata(folder, "color", color.toString());
@@ -108,13 +106,7 @@ tl::expected<EKCalendar, EKError> VdirDatabase::saveCalendar(const EKCalendar& c
         }
         return tl::unexpected(std::move(*error));
     }
-    refresh({.files = {{name, {}}}}, local);
-    const auto saved =
-        std::find_if(snapshot_->calendars.begin(), snapshot_->calendars.end(),
-                     [&](const EKCalendar& c) { return c.calendarIdentifier == QFile::decodeName(name); });
-    if (saved == snapshot_->calendars.end())
-        return tl::unexpected(calendarNotFoundError());
-    return *saved;
+    return name;
 }
 
 }  // namespace kestrant::vdir

@@ -1,7 +1,5 @@
 #include "eventkit/vdir/VdirLibrary.h"
 
-#include "eventkit/icalendar/Todo.h"
-
 #include <QFile>
 
 #include <dirent.h>
@@ -18,6 +16,13 @@
 #include <utility>
 
 namespace kestrant::vdir {
+
+using items::Changes;
+using items::Collection;
+using items::ItemFile;
+using items::Library;
+using items::unreadable;
+
 namespace {
 
 /// A larger file holds no single reminder or event.
@@ -83,13 +88,6 @@ tl::expected<OpenedFile, int> openFileAt(int folder, const QByteArray& name) {
     return result;
 }
 
-TextPair unreadable(const QByteArray& name, const TextPair& reason) {
-    const TextPair pair = text("“%1” could not be read and is left alone: %2.",
-                               "« %1 » n’a pas pu être lu et reste tel quel : %2.");
-    const QString shown = QFile::decodeName(name);
-    return {pair.english.arg(shown, reason.english), pair.french.arg(shown, reason.french)};
-}
-
 TextPair systemReason(int errorNumber) {
     if (errorNumber == EFBIG)
         return text("it is too large", "il est trop volumineux");
@@ -105,8 +103,8 @@ std::vector<QByteArray> entriesOf(int folder) {
     DIR* const stream = copy < 0 ? nullptr : ::fdopendir(copy);
     if (!stream)
         return result;
-    while (const dirent* entry =
-               ::readdir(stream))  // NOLINT(concurrency-mt-unsafe): the stream is this call's own
+    while (const dirent* entry = ::readdir(stream))  // NOLINT(concurrency-mt-unsafe): the stream is
+                                                     // this call's own
         result.emplace_back(entry->d_name);
     ::closedir(stream);
     return result;
@@ -153,13 +151,13 @@ void readFiles(int folder, const QByteArray& collection, const ZoneCalendar& loc
     for (Reading* reading = begin; reading != end; ++reading) {
         const auto opened = openFileAt(folder, reading->name);
         if (opened) {
-            reading->result = readItems(opened->text, collection, reading->name, local);
-            reading->result->stamp = opened->stamp;
+            reading->result = items::readItems(opened->text, {collection, reading->name}, local);
+            reading->result->version = opened->stamp.toBytes();
         } else if (opened.error() != ENOENT && opened.error() != EISDIR) {
             reading->result.emplace();
-            reading->result->stamp = stampAt(folder, reading->name).value_or(FileStamp{});
+            reading->result->version = stampAt(folder, reading->name).value_or(FileStamp{}).toBytes();
             reading->result->problem =
-                unreadable(collection + '/' + reading->name, systemReason(opened.error()));
+                unreadable(QFile::decodeName(collection + '/' + reading->name), systemReason(opened.error()));
         }
     }
 }
@@ -179,18 +177,6 @@ void readFilesOnSeveralThreads(int folder, const QByteArray& collection, const Z
     readFiles(folder, collection, local, readings.data(), readings.data() + std::min(share, readings.size()));
 }
 
-bool sameContent(const ItemFile& a, const ItemFile& b) {
-    return a.holdsEvents == b.holdsEvents && a.problem == b.problem &&
-           std::equal(a.reminders.begin(), a.reminders.end(), b.reminders.begin(), b.reminders.end(),
-                      [](const FileReminder& x, const FileReminder& y) {
-                          return x.key == y.key && x.ordinal == y.ordinal && *x.data == *y.data;
-                      }) &&
-           std::equal(a.events.begin(), a.events.end(), b.events.begin(), b.events.end(),
-                      [](const FileEvent& x, const FileEvent& y) {
-                          return x.series->item() == y.series->item() && x.ordinal == y.ordinal;
-                      });
-}
-
 bool updateFiles(Collection& collection, int folder, const QByteArray& collectionName,
                  const std::set<QByteArray>& named, const ZoneCalendar& local) {
     std::map<QByteArray, ItemFile>& files = collection.files;
@@ -200,9 +186,9 @@ bool updateFiles(Collection& collection, int folder, const QByteArray& collectio
         if (!isItemName(name))
             continue;
         const auto known = files.find(name);
-        const bool isSame = known != files.end() && !named.contains(name) &&
-                            stampAt(folder, name) == std::optional(known->second.stamp);
-        if (!isSame)
+        const auto stamp =
+            known != files.end() && !named.contains(name) ? stampAt(folder, name) : std::nullopt;
+        if (!stamp || stamp->toBytes() != known->second.version)
             readings.push_back({name, std::nullopt});
         present.insert(std::move(name));
     }
@@ -215,7 +201,7 @@ bool updateFiles(Collection& collection, int folder, const QByteArray& collectio
         } else if (known == files.end()) {
             files.emplace(reading.name, std::move(*reading.result));
             changed = true;
-        } else if (known->second.stamp != reading.result->stamp ||
+        } else if (known->second.version != reading.result->version ||
                    !sameContent(known->second, *reading.result)) {
             known->second = std::move(*reading.result);
             changed = true;
@@ -228,7 +214,8 @@ bool updateCollection(Collection& collection, const QByteArray& root, const QByt
                       const std::set<QByteArray>& named, const ZoneCalendar& local) {
     const Descriptor folder = openFolder(root + '/' + name);
     if (!folder.isOpen()) {
-        Collection unread{.title = QFile::decodeName(name), .problem = unreadable(name, systemReason(errno))};
+        Collection unread{.title = QFile::decodeName(name),
+                          .problem = unreadable(QFile::decodeName(name), systemReason(errno))};
         const bool changed = collection.problem != unread.problem;
         collection = std::move(unread);
         return changed;
@@ -242,12 +229,6 @@ bool updateCollection(Collection& collection, const QByteArray& root, const QByt
 QByteArray FileStamp::toBytes() const {
     const std::array parts{static_cast<quint64>(modifiedNanoseconds), inode, static_cast<quint64>(size)};
     return {reinterpret_cast<const char*>(parts.data()), sizeof parts};
-}
-
-void Changes::add(const Changes& other) {
-    everything = everything || other.everything;
-    for (const auto& [collection, names] : other.files)
-        files[collection].insert(names.begin(), names.end());
 }
 
 bool isItemName(const QByteArray& name) {
@@ -276,9 +257,9 @@ bool updateLibrary(Library& library, const QByteArray& root, const Changes& chan
                    const ZoneCalendar& local) {
     const auto names = collectionNames(root);
     if (!names) {
-        const TextPair problem = unreadable(root, systemReason(errno));
+        const TextPair problem = unreadable(QFile::decodeName(root), systemReason(errno));
         const bool changed = library.problem != problem || !library.collections.empty();
-        library = {{}, problem};
+        library = {.problem = problem};
         return changed;
     }
     bool changed = std::exchange(library.problem, std::nullopt).has_value();
@@ -299,34 +280,6 @@ bool updateLibrary(Library& library, const QByteArray& root, const Changes& chan
         changed = changed || isNew || differs;
     }
     return changed;
-}
-
-ItemFile readItems(const QByteArray& text, const QByteArray& collection, const QByteArray& file,
-                   const ZoneCalendar& local) {
-    ItemFile result;
-    const auto document = icalendar::Document::parse(text);
-    if (!document) {
-        result.problem = unreadable(collection + '/' + file, document.error());
-        return result;
-    }
-    result.holdsEvents = !document->components("VEVENT").empty();
-    const QString calendar = QFile::decodeName(collection);
-    std::map<QByteArray, int> seen;
-    for (icalendar::TodoItem& item : icalendar::readTodos(*document, local)) {
-        FileReminder reminder{item.key, seen[item.key]++, nullptr};
-        item.data.calendarIdentifier = calendar;
-        item.data.calendarItemIdentifier = QString::fromUtf8(item.key);
-        reminder.data = std::make_shared<const EKReminderData>(std::move(item.data));
-        result.reminders.push_back(std::move(reminder));
-    }
-    seen.clear();
-    for (icalendar::EventItem& item : icalendar::readEvents(*document, local)) {
-        FileEvent event{item.key, seen[item.key]++, nullptr};
-        event.series = std::make_shared<const EventSeries>(std::move(item), QString::fromUtf8(event.key),
-                                                           calendar, local);
-        result.events.push_back(std::move(event));
-    }
-    return result;
 }
 
 tl::expected<OpenedFile, int> openFile(const QByteArray& path) {

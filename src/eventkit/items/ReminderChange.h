@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-namespace kestrant::vdir {
+namespace kestrant::items {
 
 /// A file that holds an item, at one moment.
 struct ItemState {
@@ -29,10 +29,10 @@ struct ItemChange {
     std::optional<ItemState> after;
 };
 
-/// A change as the folder of files remembers it: the reminder itself, then the copy of a completed
-/// occurrence.
+/// A change as a database of files remembers it: the reminder itself, then the
+/// copy of a completed occurrence.
 struct ReminderChange final : EKReminderChange {
     std::vector<ItemChange> items;
 };
 
-}  // namespace kestrant::vdir
+}  // namespace kestrant::items

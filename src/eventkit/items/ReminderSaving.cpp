@@ -2,14 +2,14 @@
 #include "eventkit/ReminderChanges.h"
 #include "eventkit/icalendar/ItemWriting.h"
 #include "eventkit/icalendar/TimeZoneText.h"
-#include "eventkit/vdir/OpenItem.h"
+#include "eventkit/items/OpenItem.h"
 
 #include <QFile>
 
 #include <algorithm>
 #include <utility>
 
-namespace kestrant::vdir {
+namespace kestrant::items {
 
 using icalendar::Component;
 using icalendar::Document;
@@ -39,7 +39,7 @@ Document aloneIn(Document document, const TodoItem& item) {
     return document;
 }
 
-tl::expected<VdirDatabase::OpenItem, EKError> VdirDatabase::openItem(const QString& identifier,
+tl::expected<ItemDatabase::OpenItem, EKError> ItemDatabase::openItem(const QString& identifier,
                                                                      const ZoneCalendar& local) {
     auto opened = openWith(&Snapshot::reminders, &icalendar::readTodos, identifier, local);
     if (!opened)
@@ -51,20 +51,17 @@ tl::expected<VdirDatabase::OpenItem, EKError> VdirDatabase::openItem(const QStri
     return result;
 }
 
-tl::expected<EKSaveResult, EKError> VdirDatabase::save(const std::shared_ptr<const EKReminderData>& base,
+tl::expected<EKSaveResult, EKError> ItemDatabase::save(const std::shared_ptr<const EKReminderData>& base,
                                                        const EKReminderData& edited, Instant now,
                                                        const ZoneCalendar& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
-    if (!base) {
-        auto result = saveNew(edited, now, local);
-        rebuildSnapshot();
-        return result;
-    }
+    if (!base)
+        return saveNew(edited, now, local);
     return persist(edited.title, [&] { return trySave(*base, edited, now, local); });
 }
 
-tl::expected<EKSaveResult, EKError> VdirDatabase::saveNew(const EKReminderData& edited, Instant now,
+tl::expected<EKSaveResult, EKError> ItemDatabase::saveNew(const EKReminderData& edited, Instant now,
                                                           const ZoneCalendar& local) {
     const auto collection = writableCollection(edited.calendarIdentifier);
     if (!collection)
@@ -75,19 +72,20 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::saveNew(const EKReminderData& 
     const QByteArray uid = newUid();
     Document document = icalendar::makeTodo(uid, prepared, local, now);
     icalendar::addMissingTimeZones(document, Document::make(), firstYearOf(prepared));
-    const auto place = createFile(*collection, fileNameFor(uid), document, local);
-    if (!place)
-        return tl::unexpected(place.error());
-    EKSaveResult result{QString::fromUtf8(uid), std::nullopt};
-    result.change = changeOf({{result.calendarItemIdentifier, uid, std::nullopt,
-                               ItemState{place->collection, place->file, document.text()}}});
+    const auto created = createFile(*collection, uid, {}, document, local);
+    if (!created)
+        return tl::unexpected(created.error());
+    rebuildSnapshot();
+    EKSaveResult result{identifierIn(snapshot_->reminders, created->place, created->uid), std::nullopt};
+    result.change =
+        changeOf({{result.calendarItemIdentifier, created->uid, std::nullopt,
+                   ItemState{created->place.collection, created->place.file, created->stored.text}}});
     return result;
 }
 
-tl::expected<EKSaveResult, VdirDatabase::WriteError> VdirDatabase::trySave(const EKReminderData& base,
-                                                                           const EKReminderData& edited,
-                                                                           Instant now,
-                                                                           const ZoneCalendar& local) {
+tl::expected<EKSaveResult, WriteError> ItemDatabase::trySave(const EKReminderData& base,
+                                                             const EKReminderData& edited, Instant now,
+                                                             const ZoneCalendar& local) {
     const auto refuse = [](EKError error) { return tl::unexpected(WriteError(std::move(error))); };
     auto opened = openItem(base.calendarItemIdentifier, local);
     if (!opened)
@@ -110,27 +108,25 @@ tl::expected<EKSaveResult, VdirDatabase::WriteError> VdirDatabase::trySave(const
 
     const Revision revision =
         revised(*opened, preparedForSave(opened->current, std::move(merge.merged), now), now, local);
-    const auto place = writeRevision(*opened, *target, revision, local);
-    if (!place)
-        return tl::unexpected(place.error());
+    const auto written = writeRevision(*opened, *target, revision, local);
+    if (!written)
+        return tl::unexpected(written.error());
     rebuildSnapshot();
     EKSaveResult result{base.calendarItemIdentifier, std::nullopt};
-    if (place->collection != opened->place.collection)
-        result.calendarItemIdentifier = identifierIn(snapshot_->reminders, *place, opened->item.key);
-    std::vector<ItemChange> changes{{result.calendarItemIdentifier, opened->item.key, opened->state(),
-                                     revision.stateAt(*place, *opened)}};
-    if (revision.copy) {
-        const QString copy = QString::fromUtf8(revision.copyUid);
-        const Entry written = snapshot_->reminders.value(copy);
-        changes.push_back({copy, revision.copyUid, std::nullopt,
-                           ItemState{written.collection, written.file, revision.copy->text()}});
-        result.completedCopyIdentifier = copy;
+    if (written->place.collection != opened->place.collection)
+        result.calendarItemIdentifier = identifierIn(snapshot_->reminders, written->place, opened->item.key);
+    std::vector<ItemChange> changes{
+        {result.calendarItemIdentifier, opened->item.key, opened->state(), written->stateAfter(*opened)}};
+    if (const auto& copy = written->copy) {
+        result.completedCopyIdentifier = identifierIn(snapshot_->reminders, copy->place, copy->uid);
+        changes.push_back({*result.completedCopyIdentifier, copy->uid, std::nullopt,
+                           ItemState{copy->place.collection, copy->place.file, copy->stored.text}});
     }
     result.change = changeOf(std::move(changes));
     return result;
 }
 
-VdirDatabase::Revision VdirDatabase::revised(const OpenItem& opened, EKReminderData wanted, Instant now,
+ItemDatabase::Revision ItemDatabase::revised(const OpenItem& opened, EKReminderData wanted, Instant now,
                                              const ZoneCalendar& local) {
     Revision result{.document = opened.document};
     Component todo(opened.document.components("VTODO")[static_cast<std::size_t>(opened.item.index)].lines());
@@ -151,40 +147,46 @@ VdirDatabase::Revision VdirDatabase::revised(const OpenItem& opened, EKReminderD
     return result;
 }
 
-tl::expected<VdirDatabase::Place, VdirDatabase::WriteError>
-VdirDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, const Revision& revision,
+tl::expected<ItemDatabase::WrittenRevision, WriteError>
+ItemDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, const Revision& revision,
                             const ZoneCalendar& local) {
-    // The finished occurrence is on the disk before the series moves on, and does not stay if that fails.
-    std::optional<Place> copy;
+    WrittenRevision result{opened.place, {}, std::nullopt};
+    // The finished occurrence is stored before the series moves on, and does not
+    // stay if that fails.
     if (revision.copy) {
-        const auto created = createFile(target, fileNameFor(revision.copyUid), *revision.copy, local);
+        const auto created = createFile(target, revision.copyUid, {}, *revision.copy, local);
         if (!created)
             return tl::unexpected(WriteError(created.error()));
-        copy = *created;
+        result.copy = *created;
     }
-    Place place = opened.place;
     std::optional<WriteError> error;
     if (target == opened.place.collection) {
-        error = replaceFile(opened.place, revision.document, opened.stamp, local);
+        auto replaced = replaceFile(opened, revision.document, local);
+        if (replaced)
+            result.text = std::move(*replaced);
+        else
+            error = std::move(replaced.error());
     } else {
-        const auto moved = move(
-            target, opened.isAlone ? opened.place.file : fileNameFor(opened.item.key),
+        auto moved = move(
+            target, opened.item.key, opened.isAlone ? opened.place.file : QByteArray(),
             aloneIn(revision.document, opened.item),
             [&] { return takeOut(opened, "VTODO", opened.item, local); }, local);
-        if (moved)
-            place = *moved;
-        else
-            error = moved.error();
+        if (moved) {
+            result.place = std::move(moved->place);
+            result.text = std::move(moved->stored.text);
+        } else {
+            error = std::move(moved.error());
+        }
     }
     if (error) {
-        if (copy)
-            takeBack(*copy);
+        if (result.copy)
+            takeBack(*result.copy);
         return tl::unexpected(std::move(*error));
     }
-    return place;
+    return result;
 }
 
-tl::expected<EKSaveResult, EKError> VdirDatabase::remove(const QString& identifier,
+tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifier,
                                                          const ZoneCalendar& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
@@ -202,4 +204,4 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::remove(const QString& identifi
     });
 }
 
-}  // namespace kestrant::vdir
+}  // namespace kestrant::items

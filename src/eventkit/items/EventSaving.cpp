@@ -1,14 +1,14 @@
 #include "eventkit/EKErrors.h"
 #include "eventkit/EventChanges.h"
 #include "eventkit/icalendar/TimeZoneText.h"
-#include "eventkit/vdir/OpenItem.h"
+#include "eventkit/items/OpenItem.h"
 
 #include <QFile>
 
 #include <algorithm>
 #include <utility>
 
-namespace kestrant::vdir {
+namespace kestrant::items {
 
 using icalendar::Component;
 using icalendar::Document;
@@ -16,7 +16,7 @@ using icalendar::EventComponent;
 using icalendar::EventItem;
 
 /// One occurrence of an event with its file, as the file is at this moment.
-struct VdirDatabase::OpenEvent : OpenFile {
+struct ItemDatabase::OpenEvent : OpenFile {
     EventItem item;
     EventSeries::Occurrence occurrence;
 
@@ -25,7 +25,8 @@ struct VdirDatabase::OpenEvent : OpenFile {
     [[nodiscard]] bool hasComponent() const { return !item.recurs() || occurrence.change; }
     /// Whether it is one of several of the file's series.
     [[nodiscard]] bool isOfSeries() const { return item.recurs(); }
-    /// The component that says what the occurrence is, and where it is in the file.
+    /// The component that says what the occurrence is, and where it is in the
+    /// file.
     [[nodiscard]] const EventComponent& component() const {
         return occurrence.change ? item.changes[*occurrence.change] : item.event;
     }
@@ -49,7 +50,7 @@ void defineZones(Document& document, const Document& before, const EKEventData& 
 
 }  // namespace
 
-tl::expected<VdirDatabase::OpenEvent, EKError> VdirDatabase::openEvent(const EKEventData& base,
+tl::expected<ItemDatabase::OpenEvent, EKError> ItemDatabase::openEvent(const EKEventData& base,
                                                                        const ZoneCalendar& local) {
     const QString& identifier = base.calendarItemIdentifier;
     auto opened = openWith(&Snapshot::events, &icalendar::readEvents, identifier, local);
@@ -63,31 +64,27 @@ tl::expected<VdirDatabase::OpenEvent, EKError> VdirDatabase::openEvent(const EKE
     return OpenEvent{std::move(file), std::move(item), std::move(*occurrence)};
 }
 
-tl::expected<EKSaveResult, EKError> VdirDatabase::saveEvent(const std::shared_ptr<const EKEventData>& base,
+tl::expected<EKSaveResult, EKError> ItemDatabase::saveEvent(const std::shared_ptr<const EKEventData>& base,
                                                             EKEventData edited, Instant now,
                                                             const ZoneCalendar& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
-    if (!base) {
-        auto result = saveNewEvent(std::move(edited), now, local);
-        rebuildSnapshot();
-        return result;
-    }
+    if (!base)
+        return saveNewEvent(std::move(edited), now, local);
     return persist(edited.title, [&] { return tryEventSave(*base, edited, now, local); });
 }
 
-tl::expected<EKSaveResult, EKError> VdirDatabase::saveNewEvent(EKEventData edited, Instant now,
+tl::expected<EKSaveResult, EKError> ItemDatabase::saveNewEvent(EKEventData edited, Instant now,
                                                                const ZoneCalendar& local) {
     if (auto error = invalidReason(std::nullopt, edited))
         return tl::unexpected(std::move(*error));
     if (edited.calendarIdentifier.isEmpty()) {
-        const auto& calendars = snapshot_->calendars;
-        const auto standard =
-            std::find_if(calendars.begin(), calendars.end(), [](const EKCalendar& calendar) {
-                return calendar.allowsEvents && calendar.allowsContentModifications;
-            });
-        const auto calendar = standard != calendars.end() ? tl::expected<EKCalendar, EKError>(*standard)
-                                                          : saveCalendar({.title = newCalendarTitle}, local);
+        const auto standard = snapshot_->calendar(snapshot_->defaultForEvents);
+        const auto calendar =
+            standard
+                ? tl::expected<EKCalendar, EKError>(*standard)
+                : saveCalendar({.title = newCalendarTitle, .allowsReminders = false, .allowsEvents = true},
+                               local);
         if (!calendar)
             return tl::unexpected(calendar.error());
         edited.calendarIdentifier = calendar->calendarIdentifier;
@@ -99,15 +96,16 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::saveNewEvent(EKEventData edite
     const QByteArray uid = newUid();
     Document document = icalendar::makeEvent(uid, prepared, local, now);
     defineZones(document, Document::make(), prepared, local);
-    if (const auto place = createFile(*collection, fileNameFor(uid), document, local); !place)
-        return tl::unexpected(place.error());
-    return EKSaveResult{QString::fromUtf8(uid), std::nullopt, nullptr};
+    const auto created = createFile(*collection, uid, {}, document, local);
+    if (!created)
+        return tl::unexpected(created.error());
+    rebuildSnapshot();
+    return EKSaveResult{identifierIn(snapshot_->events, created->place, created->uid), std::nullopt, nullptr};
 }
 
-tl::expected<EKSaveResult, VdirDatabase::WriteError> VdirDatabase::tryEventSave(const EKEventData& base,
-                                                                                const EKEventData& edited,
-                                                                                Instant now,
-                                                                                const ZoneCalendar& local) {
+tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventData& base,
+                                                                  const EKEventData& edited, Instant now,
+                                                                  const ZoneCalendar& local) {
     const auto refuse = [](EKError error) { return tl::unexpected(WriteError(std::move(error))); };
     const auto opened = openEvent(base, local);
     if (!opened)
@@ -140,8 +138,8 @@ tl::expected<EKSaveResult, VdirDatabase::WriteError> VdirDatabase::tryEventSave(
     return result;
 }
 
-tl::expected<VdirDatabase::WrittenItem, VdirDatabase::WriteError>
-VdirDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after, const QByteArray& target,
+tl::expected<ItemDatabase::WrittenItem, WriteError>
+ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after, const QByteArray& target,
                               Instant now, const ZoneCalendar& local) {
     Document document = opened.document;
     Component component =
@@ -150,41 +148,35 @@ VdirDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
             : icalendar::makeChange(opened.item, opened.occurrence.time, document);
     icalendar::writeEvent(component, opened.component().times, opened.current(), after, document, local, now);
     const bool moves = target != opened.place.collection;
+    const auto writtenTo = [](const tl::expected<Created, WriteError>& moved) {
+        return moved.map([](const Created& created) { return WrittenItem{created.place, created.uid}; });
+    };
     if (moves && opened.isOfSeries()) {
-        WrittenItem result{opened.place, newUid()};
-        document = icalendar::makeSeparateEvent(result.key, std::move(component), std::move(document));
+        const QByteArray uid = newUid();
+        document = icalendar::makeSeparateEvent(uid, std::move(component), std::move(document));
         defineZones(document, Document::make(), after, local);
         const auto leave = [&] {
-            return replaceFile(opened.place, opened.withoutOccurrence(now), opened.stamp, local);
+            return failureOf(replaceFile(opened, opened.withoutOccurrence(now), local));
         };
-        const auto place = move(target, fileNameFor(result.key), document, leave, local);
-        if (!place)
-            return tl::unexpected(place.error());
-        result.place = *place;
-        return result;
+        return writtenTo(move(target, uid, {}, document, leave, local));
     }
     if (opened.hasComponent())
         document.replace(opened.index(), component);
     else
         document.add(component);
     defineZones(document, opened.document, after, local);
-    WrittenItem result{opened.place, opened.item.key};
     if (!moves) {
-        if (auto error = replaceFile(opened.place, document, opened.stamp, local))
+        if (auto error = failureOf(replaceFile(opened, document, local)))
             return tl::unexpected(std::move(*error));
-        return result;
+        return WrittenItem{opened.place, opened.item.key};
     }
     icalendar::keepOnlyItem(document, "VEVENT", opened.item);
-    const auto place = move(
-        target, opened.isAlone ? opened.place.file : fileNameFor(result.key), document,
-        [&] { return takeOut(opened, "VEVENT", opened.item, local); }, local);
-    if (!place)
-        return tl::unexpected(place.error());
-    result.place = *place;
-    return result;
+    return writtenTo(move(
+        target, opened.item.key, opened.isAlone ? opened.place.file : QByteArray(), document,
+        [&] { return takeOut(opened, "VEVENT", opened.item, local); }, local));
 }
 
-tl::expected<EKSaveResult, EKError> VdirDatabase::removeEvent(const EKEventData& base, Instant now,
+tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData& base, Instant now,
                                                               const ZoneCalendar& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
@@ -195,7 +187,7 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::removeEvent(const EKEventData&
         if (auto error = reasonNotToChange(opened->place))
             return tl::unexpected(WriteError(std::move(*error)));
         auto failed = opened->isOfSeries()
-                          ? replaceFile(opened->place, opened->withoutOccurrence(now), opened->stamp, local)
+                          ? failureOf(replaceFile(*opened, opened->withoutOccurrence(now), local))
                           : takeOut(*opened, "VEVENT", opened->item, local);
         if (failed)
             return tl::unexpected(std::move(*failed));
@@ -204,4 +196,4 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::removeEvent(const EKEventData&
     });
 }
 
-}  // namespace kestrant::vdir
+}  // namespace kestrant::items

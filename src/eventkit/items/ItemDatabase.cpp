@@ -1,7 +1,5 @@
-#include "eventkit/vdir/VdirDatabase.h"
-
 #include "eventkit/EKErrors.h"
-#include "foundation/AtomicFile.h"
+#include "eventkit/items/OpenItem.h"
 
 #include <QFile>
 
@@ -9,7 +7,7 @@
 #include <tuple>
 #include <utility>
 
-namespace kestrant::vdir {
+namespace kestrant::items {
 namespace {
 
 EKCalendar calendarFrom(const QByteArray& name, const Collection& collection) {
@@ -23,8 +21,10 @@ EKCalendar calendarFrom(const QByteArray& name, const Collection& collection) {
             .title = collection.title,
             .color = collection.color,
             .allowsContentModifications = collection.isWritable,
-            .allowsReminders = holdsReminders || !holdsEvents,
-            .allowsEvents = holdsEvents || !holdsReminders};
+            .allowsReminders = collection.holdsOnly ? collection.holdsOnly == EKEntityType::reminder
+                                                    : holdsReminders || !holdsEvents,
+            .allowsEvents = collection.holdsOnly ? collection.holdsOnly == EKEntityType::event
+                                                 : holdsEvents || !holdsReminders};
 }
 
 std::vector<EKCalendar> orderedCalendars(const Library& library) {
@@ -44,7 +44,24 @@ std::vector<EKCalendar> orderedCalendars(const Library& library) {
     return result;
 }
 
-/// What an item is called: as it would be alone, where none of `entries` is, else by its place.
+/// The calendar for what is new: the one that the storage has chosen, else the
+/// first that can be changed.
+QString standardOf(const std::vector<EKCalendar>& calendars, const QByteArray& chosen,
+                   bool EKCalendar::*allows) {
+    QString result;
+    for (const EKCalendar& calendar : calendars) {
+        if (!(calendar.*allows) || !calendar.allowsContentModifications)
+            continue;
+        if (calendar.calendarIdentifier == QFile::decodeName(chosen))
+            return calendar.calendarIdentifier;
+        if (result.isEmpty())
+            result = calendar.calendarIdentifier;
+    }
+    return result;
+}
+
+/// What an item is called: as it would be alone, where none of `entries` is,
+/// else by its place.
 template <typename Entries>
 QString identifierFor(const ItemEntry& item, const QString& alone, const Entries& entries) {
     if (!alone.isEmpty() && !entries.contains(alone))
@@ -58,13 +75,9 @@ QString identifierFor(const ItemEntry& item, const QString& alone, const Entries
 
 }  // namespace
 
-VdirDatabase::VdirDatabase(QByteArray root, std::function<void(const std::vector<QByteArray>&)> aboutToRead)
-    : root_(std::move(root))
-    , aboutToRead_(std::move(aboutToRead)) {}
-
-std::optional<EKError> VdirDatabase::open(const ZoneCalendar& local) {
-    if (const auto created = createFolder(QFile::decodeName(root_)); !created)
-        return storageError(created.error().path, created.error().description);
+std::optional<EKError> ItemDatabase::open(const ZoneCalendar& local) {
+    if (auto error = storage_.open())
+        return error;
     refresh({.everything = true}, local);
     if (library_.problem)
         return EKError{EKError::Code::storage, *library_.problem};
@@ -72,23 +85,22 @@ std::optional<EKError> VdirDatabase::open(const ZoneCalendar& local) {
     return std::nullopt;
 }
 
-bool VdirDatabase::refresh(const Changes& changes, const ZoneCalendar& local) {
-    aboutToRead_(collectionNames(root_).value_or(std::vector<QByteArray>()));
-    const bool changed = updateLibrary(library_, root_, changes, local);
+bool ItemDatabase::refresh(const Changes& changes, const ZoneCalendar& local) {
+    const bool changed = storage_.update(library_, changes, local);
     const bool isElsewhere = placeEvents(local);
     if (changed || isElsewhere)
         rebuildSnapshot();
     return changed || isElsewhere;
 }
 
-bool VdirDatabase::adopt(const ZoneCalendar& local) {
+bool ItemDatabase::adopt(const ZoneCalendar& local) {
     const bool isElsewhere = placeEvents(local);
     if (isElsewhere)
         rebuildSnapshot();
     return isElsewhere;
 }
 
-bool VdirDatabase::placeEvents(const ZoneCalendar& local) {
+bool ItemDatabase::placeEvents(const ZoneCalendar& local) {
     const bool isElsewhere = local_ && !(*local_ == local);
     local_ = local;
     if (!isElsewhere)
@@ -104,9 +116,13 @@ bool VdirDatabase::placeEvents(const ZoneCalendar& local) {
     return true;
 }
 
-void VdirDatabase::rebuildSnapshot() {
+void ItemDatabase::rebuildSnapshot() {
     auto snapshot = std::make_shared<Snapshot>();
     snapshot->calendars = orderedCalendars(library_);
+    snapshot->defaultForReminders =
+        standardOf(snapshot->calendars, library_.defaultForReminders, &EKCalendar::allowsReminders);
+    snapshot->defaultForEvents =
+        standardOf(snapshot->calendars, library_.defaultForEvents, &EKCalendar::allowsEvents);
     if (library_.problem)
         snapshot->problems.push_back(*library_.problem);
     qsizetype reminders = 0;
@@ -134,9 +150,9 @@ void VdirDatabase::rebuildSnapshot() {
     snapshot_ = std::move(snapshot);
 }
 
-void VdirDatabase::addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items) {
+void ItemDatabase::addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items) {
     for (const FileReminder& reminder : items.reminders) {
-        Entry entry{{items.stamp.toBytes(), place.collection, place.file, reminder.key, reminder.ordinal},
+        Entry entry{{items.version, place.collection, place.file, reminder.key, reminder.ordinal},
                     reminder.data};
         const QString identifier =
             identifierFor(entry, reminder.data->calendarItemIdentifier, snapshot.reminders);
@@ -149,9 +165,9 @@ void VdirDatabase::addReminders(Snapshot& snapshot, const Place& place, const It
     }
 }
 
-void VdirDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const {
+void ItemDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const {
     for (const FileEvent& event : items.events) {
-        EventEntry entry{{items.stamp.toBytes(), place.collection, place.file, event.key, event.ordinal},
+        EventEntry entry{{items.version, place.collection, place.file, event.key, event.ordinal},
                          event.series};
         const QString identifier = identifierFor(entry, event.series->identifier(), snapshot.events);
         if (identifier != event.series->identifier())
@@ -167,8 +183,26 @@ void VdirDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemF
     }
 }
 
-QByteArray VdirDatabase::pathOf(const Place& place) const {
-    return root_ + '/' + place.collection + '/' + place.file;
+tl::expected<EKCalendar, EKError> ItemDatabase::saveCalendar(const EKCalendar& calendar,
+                                                             const ZoneCalendar& local) {
+    if (!isOpen_)
+        return tl::unexpected(accessDeniedError());
+    EKCalendar wanted = calendar;
+    wanted.title = calendar.title.simplified();
+    if (wanted.title.isEmpty())
+        return tl::unexpected(invalidItemError(text("A list needs a name.", "Une liste doit avoir un nom.")));
+    if (!calendar.calendarIdentifier.isEmpty()) {
+        if (const auto found = writableCollection(calendar.calendarIdentifier); !found)
+            return tl::unexpected(found.error());
+    }
+    const auto name = storage_.saveCollection(library_, wanted);
+    if (!name)
+        return tl::unexpected(name.error());
+    refresh({.files = {{*name, {}}}}, local);
+    auto saved = snapshot_->calendar(QFile::decodeName(*name));
+    if (!saved)
+        return tl::unexpected(calendarNotFoundError());
+    return std::move(*saved);
 }
 
-}  // namespace kestrant::vdir
+}  // namespace kestrant::items

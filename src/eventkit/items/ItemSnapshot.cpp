@@ -1,10 +1,11 @@
+#include "eventkit/items/ItemSnapshot.h"
+
 #include "eventkit/EventChanges.h"
-#include "eventkit/vdir/VdirDatabase.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace kestrant::vdir {
+namespace kestrant::items {
 
 std::vector<Snapshot::ShownEvent> Snapshot::eventsMatching(const EKEventPredicate& predicate) const {
     std::vector<ShownEvent> result;
@@ -39,4 +40,11 @@ std::optional<Snapshot::ShownEvent> Snapshot::firstEvent(const QString& identifi
     return found ? std::optional(ShownEvent{std::move(found->data), entry->version}) : std::nullopt;
 }
 
-}  // namespace kestrant::vdir
+std::optional<EKCalendar> Snapshot::calendar(const QString& identifier) const {
+    const auto found = std::find_if(calendars.begin(), calendars.end(), [&](const EKCalendar& calendar) {
+        return calendar.calendarIdentifier == identifier;
+    });
+    return found == calendars.end() ? std::nullopt : std::optional(*found);
+}
+
+}  // namespace kestrant::items

@@ -1,13 +1,14 @@
+#include "eventkit/icalendar/Reverting.h"
+
 #include "eventkit/EKErrors.h"
 #include "eventkit/ReminderChanges.h"
-#include "eventkit/icalendar/Reverting.h"
-#include "eventkit/vdir/OpenItem.h"
+#include "eventkit/items/OpenItem.h"
 
 #include <QFile>
 
 #include <utility>
 
-namespace kestrant::vdir {
+namespace kestrant::items {
 
 using icalendar::Component;
 using icalendar::Document;
@@ -15,7 +16,8 @@ using icalendar::TodoItem;
 
 namespace {
 
-/// So often a write is tried again when the file changes between reading and writing it.
+/// So often a write is tried again when the file changes between reading and
+/// writing it.
 constexpr int attempts = 5;
 
 /// A reminder in the text of a file that was read before.
@@ -42,7 +44,7 @@ std::optional<KnownItem> knownItem(const ItemState& state, const QByteArray& key
 
 }  // namespace
 
-tl::expected<EKSaveResult, EKError> VdirDatabase::revert(const ReminderChange& change,
+tl::expected<EKSaveResult, EKError> ItemDatabase::revert(const ReminderChange& change,
                                                          const QString& identifier, Instant now,
                                                          const ZoneCalendar& local) {
     if (!isOpen_)
@@ -70,7 +72,7 @@ tl::expected<EKSaveResult, EKError> VdirDatabase::revert(const ReminderChange& c
     return result;
 }
 
-tl::expected<ItemChange, EKError> VdirDatabase::revertItem(const ItemChange& change,
+tl::expected<ItemChange, EKError> ItemDatabase::revertItem(const ItemChange& change,
                                                            const QString& identifier, Instant now,
                                                            const ZoneCalendar& local) {
     if (!change.after)
@@ -93,8 +95,8 @@ tl::expected<ItemChange, EKError> VdirDatabase::revertItem(const ItemChange& cha
     return tl::unexpected(conflictError(identifier));
 }
 
-tl::expected<ItemChange, VdirDatabase::WriteError>
-VdirDatabase::restore(const ItemChange& change, OpenItem& opened, Instant now, const ZoneCalendar& local) {
+tl::expected<ItemChange, WriteError> ItemDatabase::restore(const ItemChange& change, OpenItem& opened,
+                                                           Instant now, const ZoneCalendar& local) {
     const ItemState& before = *change.before;
     const ItemState& after = *change.after;
     const auto refuse = [](EKError error) { return tl::unexpected(WriteError(std::move(error))); };
@@ -128,18 +130,18 @@ VdirDatabase::restore(const ItemChange& change, OpenItem& opened, Instant now, c
             return conflict();
         revision.document.replace(opened.item.index, *todo);
     }
-    const auto place = writeRevision(opened, target, revision, local);
-    if (!place)
-        return tl::unexpected(place.error());
+    const auto written = writeRevision(opened, target, revision, local);
+    if (!written)
+        return tl::unexpected(written.error());
     rebuildSnapshot();
     QString identifier = opened.current.calendarItemIdentifier;
-    if (place->collection != opened.place.collection)
-        identifier = identifierIn(snapshot_->reminders, *place, opened.item.key);
-    return ItemChange{identifier, change.key, std::move(found), revision.stateAt(*place, opened)};
+    if (written->place.collection != opened.place.collection)
+        identifier = identifierIn(snapshot_->reminders, written->place, opened.item.key);
+    return ItemChange{identifier, change.key, std::move(found), written->stateAfter(opened)};
 }
 
-tl::expected<ItemChange, VdirDatabase::WriteError>
-VdirDatabase::takeAway(const ItemChange& change, OpenItem& opened, const ZoneCalendar& local) {
+tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& change, OpenItem& opened,
+                                                            const ZoneCalendar& local) {
     const auto made = knownItem(*change.after, change.key, local);
     EKReminderData expected = made ? made->item.data : EKReminderData();
     expected.calendarIdentifier = QFile::decodeName(change.after->collection);
@@ -152,7 +154,7 @@ VdirDatabase::takeAway(const ItemChange& change, OpenItem& opened, const ZoneCal
     return ItemChange{opened.current.calendarItemIdentifier, change.key, std::move(found), std::nullopt};
 }
 
-tl::expected<ItemChange, EKError> VdirDatabase::bringBack(const ItemChange& change,
+tl::expected<ItemChange, EKError> ItemDatabase::bringBack(const ItemChange& change,
                                                           const ZoneCalendar& local) {
     const ItemState& before = *change.before;
     const auto collection = writableCollection(QFile::decodeName(before.collection));
@@ -163,12 +165,13 @@ tl::expected<ItemChange, EKError> VdirDatabase::bringBack(const ItemChange& chan
         return tl::unexpected(conflictError(known ? known->item.data.title : change.identifier));
     if (!before.isAlone)
         known->document = aloneIn(std::move(known->document), known->item);
-    const auto place = createFile(*collection, before.file, known->document, local);
-    if (!place)
-        return tl::unexpected(place.error());
+    const auto created = createFile(*collection, change.key, before.file, known->document, local);
+    if (!created)
+        return tl::unexpected(created.error());
     rebuildSnapshot();
-    return ItemChange{identifierIn(snapshot_->reminders, *place, change.key), change.key, std::nullopt,
-                      ItemState{place->collection, place->file, known->document.text()}};
+    return ItemChange{identifierIn(snapshot_->reminders, created->place, created->uid), created->uid,
+                      std::nullopt,
+                      ItemState{created->place.collection, created->place.file, created->stored.text}};
 }
 
-}  // namespace kestrant::vdir
+}  // namespace kestrant::items

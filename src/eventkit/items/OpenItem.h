@@ -2,21 +2,22 @@
 
 #include "eventkit/EKErrors.h"
 #include "eventkit/icalendar/ItemWriting.h"
-#include "eventkit/vdir/VdirDatabase.h"
+#include "eventkit/items/ItemDatabase.h"
 
 #include <functional>
 #include <optional>
 #include <utility>
 
-namespace kestrant::vdir {
+namespace kestrant::items {
 
 /// The file with everything else taken out of it.
 [[nodiscard]] icalendar::Document aloneIn(icalendar::Document document, const icalendar::TodoItem& item);
 
-/// A file that is to be changed, as it is at this moment, for the sake of one item in it.
-struct VdirDatabase::OpenFile {
+/// A file that is to be changed, as it is at this moment, for the sake of one
+/// item in it.
+struct ItemDatabase::OpenFile {
     Place place;
-    FileStamp stamp;
+    QByteArray version;
     icalendar::Document document;
     /// Which of the items with its key the item is.
     int ordinal = 0;
@@ -24,7 +25,7 @@ struct VdirDatabase::OpenFile {
     bool isAlone = true;
 };
 
-struct VdirDatabase::OpenItem : OpenFile {
+struct ItemDatabase::OpenItem : OpenFile {
     icalendar::TodoItem item;
     /// The values with their identifiers.
     EKReminderData current;
@@ -35,33 +36,44 @@ struct VdirDatabase::OpenItem : OpenFile {
 };
 
 /// What a save makes of a file.
-struct VdirDatabase::Revision {
+struct ItemDatabase::Revision {
     icalendar::Document document;
     /// The file of the occurrence that was finished, if the reminder recurs.
     std::optional<icalendar::Document> copy;
     QByteArray copyUid;
+};
 
-    /// What is at `place` once it was written there in the place of `opened`.
-    [[nodiscard]] ItemState stateAt(const Place& place, const OpenItem& opened) const {
-        if (place.collection == opened.place.collection)
-            return {place.collection, place.file, document.text(), opened.ordinal, opened.isAlone};
-        return {place.collection, place.file, aloneIn(document, opened.item).text(), 0, true};
+/// What became of a revision.
+struct ItemDatabase::WrittenRevision {
+    Place place;
+    /// All of the file.
+    QByteArray text;
+    std::optional<Created> copy;
+
+    /// What is at the place once it was written there instead of `opened`.
+    [[nodiscard]] ItemState stateAfter(const OpenItem& opened) const {
+        const bool isSame = place.collection == opened.place.collection;
+        return {place.collection, place.file, text, isSame ? opened.ordinal : 0, !isSame || opened.isAlone};
     }
 };
 
-/// A new identifier for an item.
-[[nodiscard]] QByteArray newUid();
-/// The UID, where it is a name that every program and file system takes as it is.
-[[nodiscard]] QByteArray fileNameFor(const QByteArray& uid);
-/// From which year on definitions of zones are to hold for an item of this year: they begin with the changes
-/// of the year before, so that they cover its first months too.
+/// Why something was not written; absent when it was.
+template <typename Written>
+[[nodiscard]] std::optional<WriteError> failureOf(const tl::expected<Written, WriteError>& written) {
+    return written ? std::nullopt : std::optional(written.error());
+}
+
+/// From which year on definitions of zones are to hold for an item of this
+/// year: they begin with the changes of the year before, so that they cover its
+/// first months too.
 [[nodiscard]] int firstZoneYear(int year);
 
-/// Opens the file of an item and finds the item in it. Where it is there no more, another program may have
-/// moved it: everything is compared, and it is looked for once more.
+/// Opens the file of an item and finds the item in it. Where it is there no
+/// more, another program may have moved it: everything is compared, and it is
+/// looked for once more.
 template <typename Item, typename Entries>
-tl::expected<std::pair<VdirDatabase::OpenFile, Item>, EKError>
-VdirDatabase::openWith(Entries Snapshot::*entries,
+tl::expected<std::pair<ItemDatabase::OpenFile, Item>, EKError>
+ItemDatabase::openWith(Entries Snapshot::*entries,
                        std::vector<Item> (*read)(const icalendar::Document&, const ZoneCalendar&),
                        const QString& identifier, const ZoneCalendar& local) {
     for (int attempt = 0; attempt < 2; ++attempt) {
@@ -85,4 +97,4 @@ VdirDatabase::openWith(Entries Snapshot::*entries,
     return tl::unexpected(itemNotFoundError());
 }
 
-}  // namespace kestrant::vdir
+}  // namespace kestrant::items

@@ -1,0 +1,158 @@
+#pragma once
+
+#include "eventkit/EKEventStore.h"
+#include "eventkit/icalendar/Todo.h"
+#include "eventkit/items/ItemSnapshot.h"
+#include "eventkit/items/ItemStorage.h"
+#include "eventkit/items/ReminderChange.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace kestrant::items {
+
+/// A database of iCalendar texts, read and written at once. Every write begins
+/// with a look at what is stored: what was changed there meanwhile is kept, or
+/// the write is refused where both sides changed the same. Thread: any one at a
+/// time; blocks for the storage.
+class ItemDatabase {
+  public:
+    /// The storage must live as long.
+    explicit ItemDatabase(ItemStorage& storage) : storage_(storage) {}
+
+    /// Opens the storage and reads everything.
+    [[nodiscard]] std::optional<EKError> open(const ZoneCalendar& local);
+    [[nodiscard]] bool isOpen() const { return isOpen_; }
+
+    /// Reads what changed; true when anything came out differently.
+    bool refresh(const Changes& changes, const ZoneCalendar& local);
+    /// Places the events in another calendar of the person; true when it is
+    /// another one.
+    bool adopt(const ZoneCalendar& local);
+
+    [[nodiscard]] const std::shared_ptr<const Snapshot>& snapshot() const { return snapshot_; }
+    [[nodiscard]] std::optional<ItemStorage::Recheck> recheck() const { return storage_.recheck(); }
+
+    /// `base` is null for a new reminder; `now` the time of the change.
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> save(const std::shared_ptr<const EKReminderData>& base,
+                                                           const EKReminderData& edited, Instant now,
+                                                           const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> remove(const QString& identifier,
+                                                             const ZoneCalendar& local);
+    /// Takes a change back; `identifier` is what the reminder is called now.
+    [[nodiscard]] tl::expected<EKSaveResult, EKError>
+    revert(const ReminderChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKCalendar, EKError> saveCalendar(const EKCalendar& calendar,
+                                                                 const ZoneCalendar& local);
+
+    /// The same for one occurrence of an event.
+    [[nodiscard]] tl::expected<EKSaveResult, EKError>
+    saveEvent(const std::shared_ptr<const EKEventData>& base, EKEventData edited, Instant now,
+              const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> removeEvent(const EKEventData& base, Instant now,
+                                                                  const ZoneCalendar& local);
+
+  private:
+    struct OpenFile;
+    struct OpenItem;
+    struct OpenEvent;
+    struct Revision;
+    struct WrittenRevision;
+    using Created = ItemStorage::Created;
+
+    void rebuildSnapshot();
+    bool placeEvents(const ZoneCalendar& local);
+    static void addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items);
+    void addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const;
+    template <typename Entries>
+    [[nodiscard]] static QString identifierIn(const Entries& entries, const Place& place,
+                                              const QByteArray& key) {
+        for (auto entry = entries.cbegin(); entry != entries.cend(); ++entry) {
+            if (entry->file == place.file && entry->collection == place.collection && entry->key == key &&
+                entry->ordinal == 0)
+                return entry.key();
+        }
+        return {};
+    }
+
+    /// Opens an item's file; absent when there is none.
+    [[nodiscard]] tl::expected<std::optional<OpenFile>, EKError> openFileOf(const ItemEntry& entry) const;
+    template <typename Item, typename Entries>
+    [[nodiscard]] tl::expected<std::pair<OpenFile, Item>, EKError>
+    openWith(Entries Snapshot::*entries,
+             std::vector<Item> (*read)(const icalendar::Document&, const ZoneCalendar&),
+             const QString& identifier, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<OpenItem, EKError> openItem(const QString& identifier,
+                                                           const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<OpenEvent, EKError> openEvent(const EKEventData& base,
+                                                             const ZoneCalendar& local);
+    [[nodiscard]] std::optional<EKError> reasonNotToChange(const Place& place) const;
+    [[nodiscard]] tl::expected<QByteArray, EKError> writableCollection(const QString& identifier) const;
+
+    /// Carries a write out, and again as often as the file changes between
+    /// reading and writing it.
+    [[nodiscard]] tl::expected<EKSaveResult, EKError>
+    persist(const QString& title, const std::function<tl::expected<EKSaveResult, WriteError>()>& attempt);
+    [[nodiscard]] tl::expected<EKSaveResult, WriteError>
+    trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const ZoneCalendar& local);
+    [[nodiscard]] static Revision revised(const OpenItem& opened, EKReminderData wanted, Instant now,
+                                          const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<WrittenRevision, WriteError> writeRevision(const OpenItem& opened,
+                                                                          const QByteArray& target,
+                                                                          const Revision& revision,
+                                                                          const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> saveNew(const EKReminderData& edited, Instant now,
+                                                              const ZoneCalendar& local);
+    /// The result is the text that is then kept.
+    [[nodiscard]] tl::expected<QByteArray, WriteError>
+    replaceFile(const OpenFile& file, const icalendar::Document& document, const ZoneCalendar& local);
+    [[nodiscard]] std::optional<WriteError> removeFile(const Place& place, const QByteArray& expected);
+    /// Takes an item, whose components have this name, out of its file.
+    [[nodiscard]] std::optional<WriteError> takeOut(const OpenFile& file, QByteArrayView name,
+                                                    const icalendar::ItemComponents& item,
+                                                    const ZoneCalendar& local);
+    /// Creates a file in another collection for what `leave` then takes out of
+    /// the one it was in; it does not stay when that fails.
+    [[nodiscard]] tl::expected<Created, WriteError>
+    move(const QByteArray& target, const QByteArray& uid, const QByteArray& preferredName,
+         const icalendar::Document& document, const std::function<std::optional<WriteError>()>& leave,
+         const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, WriteError>
+    tryEventSave(const EKEventData& base, const EKEventData& edited, Instant now, const ZoneCalendar& local);
+    /// Where an event is written.
+    struct WrittenItem {
+        Place place;
+        QByteArray key;
+    };
+    [[nodiscard]] tl::expected<WrittenItem, WriteError> writeOccurrence(const OpenEvent& opened,
+                                                                        const EKEventData& after,
+                                                                        const QByteArray& target, Instant now,
+                                                                        const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> saveNewEvent(EKEventData edited, Instant now,
+                                                                   const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<Created, EKError>
+    createFile(const QByteArray& collection, const QByteArray& uid, const QByteArray& preferredName,
+               const icalendar::Document& document, const ZoneCalendar& local);
+    void takeBack(const Created& created);
+    /// What was done in turn.
+    [[nodiscard]] tl::expected<ItemChange, EKError>
+    revertItem(const ItemChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<ItemChange, WriteError> restore(const ItemChange& change, OpenItem& opened,
+                                                               Instant now, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<ItemChange, WriteError> takeAway(const ItemChange& change, OpenItem& opened,
+                                                                const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<ItemChange, EKError> bringBack(const ItemChange& change,
+                                                              const ZoneCalendar& local);
+    void noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local);
+
+    ItemStorage& storage_;
+    bool isOpen_ = false;
+    std::optional<ZoneCalendar> local_;
+    Library library_;
+    std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
+};
+
+}  // namespace kestrant::items

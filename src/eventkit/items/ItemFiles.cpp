@@ -1,0 +1,136 @@
+#include "eventkit/EKErrors.h"
+#include "eventkit/items/OpenItem.h"
+
+#include <QFile>
+#include <QUuid>
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant::items {
+
+using icalendar::Document;
+
+namespace {
+
+/// So often a write is tried again when the file changes between reading and
+/// writing it.
+constexpr int attempts = 5;
+
+}  // namespace
+
+QByteArray newUid() {
+    return QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
+}
+
+int firstZoneYear(int year) {
+    return std::max(1970, year - 1);
+}
+
+tl::expected<std::optional<ItemDatabase::OpenFile>, EKError>
+ItemDatabase::openFileOf(const ItemEntry& entry) const {
+    const Place place{entry.collection, entry.file};
+    auto stored = storage_.read(place);
+    if (!stored)
+        return tl::unexpected(std::move(stored.error()));
+    if (!*stored)
+        return std::nullopt;
+    auto document = Document::parse((*stored)->text);
+    if (!document)
+        return tl::unexpected(
+            storageError(QFile::decodeName(place.collection + '/' + place.file), document.error()));
+    return OpenFile{place, std::move((*stored)->version), std::move(*document), entry.ordinal};
+}
+
+tl::expected<QByteArray, EKError> ItemDatabase::writableCollection(const QString& identifier) const {
+    const QByteArray name = QFile::encodeName(identifier);
+    const auto found = library_.collections.find(name);
+    if (found == library_.collections.end())
+        return tl::unexpected(calendarNotFoundError());
+    if (!found->second.isWritable)
+        return tl::unexpected(readOnlyError(found->second.title));
+    return name;
+}
+
+std::optional<EKError> ItemDatabase::reasonNotToChange(const Place& place) const {
+    if (auto collection = writableCollection(QFile::decodeName(place.collection)); !collection)
+        return collection.error();
+    return storage_.reasonNotToChange(place);
+}
+
+void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local) {
+    placeEvents(local);
+    ItemFile items = readItems(stored.text, place, local);
+    items.version = stored.version;
+    library_.collections[place.collection].files.insert_or_assign(place.file, std::move(items));
+}
+
+tl::expected<QByteArray, WriteError> ItemDatabase::replaceFile(const OpenFile& file, const Document& document,
+                                                               const ZoneCalendar& local) {
+    auto stored = storage_.replace(file.place, file.document, document, file.version);
+    if (!stored)
+        return tl::unexpected(std::move(stored.error()));
+    noteWritten(file.place, *stored, local);
+    return std::move(stored->text);
+}
+
+std::optional<WriteError> ItemDatabase::removeFile(const Place& place, const QByteArray& expected) {
+    if (auto error = storage_.remove(place, expected))
+        return error;
+    library_.collections[place.collection].files.erase(place.file);
+    return std::nullopt;
+}
+
+tl::expected<ItemDatabase::Created, EKError>
+ItemDatabase::createFile(const QByteArray& collection, const QByteArray& uid, const QByteArray& preferredName,
+                         const Document& document, const ZoneCalendar& local) {
+    auto created = storage_.create(collection, uid, preferredName, document);
+    if (created)
+        noteWritten(created->place, created->stored, local);
+    return created;
+}
+
+void ItemDatabase::takeBack(const Created& created) {
+    (void)removeFile(created.place, created.stored.version);
+}
+
+std::optional<WriteError> ItemDatabase::takeOut(const OpenFile& file, QByteArrayView name,
+                                                const icalendar::ItemComponents& item,
+                                                const ZoneCalendar& local) {
+    if (file.isAlone)
+        return removeFile(file.place, file.version);
+    Document rest = file.document;
+    icalendar::removeItem(rest, name, item);
+    return failureOf(replaceFile(file, rest, local));
+}
+
+tl::expected<ItemDatabase::Created, WriteError>
+ItemDatabase::move(const QByteArray& target, const QByteArray& uid, const QByteArray& preferredName,
+                   const Document& document, const std::function<std::optional<WriteError>()>& leave,
+                   const ZoneCalendar& local) {
+    auto created = createFile(target, uid, preferredName, document, local);
+    if (!created)
+        return tl::unexpected(WriteError(std::move(created.error())));
+    if (auto error = leave()) {
+        takeBack(*created);
+        return tl::unexpected(std::move(*error));
+    }
+    return std::move(*created);
+}
+
+tl::expected<EKSaveResult, EKError>
+ItemDatabase::persist(const QString& title,
+                      const std::function<tl::expected<EKSaveResult, WriteError>()>& attempt) {
+    for (int i = 0; i < attempts; ++i) {
+        auto result = attempt();
+        if (result)
+            return std::move(*result);
+        if (const auto* error = std::get_if<EKError>(&result.error())) {
+            rebuildSnapshot();
+            return tl::unexpected(*error);
+        }
+    }
+    return tl::unexpected(conflictError(title));
+}
+
+}  // namespace kestrant::items

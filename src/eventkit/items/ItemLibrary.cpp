@@ -1,0 +1,63 @@
+#include "eventkit/items/ItemLibrary.h"
+
+#include "eventkit/icalendar/Todo.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant::items {
+
+void Changes::add(const Changes& other) {
+    everything = everything || other.everything;
+    for (const auto& [collection, names] : other.files)
+        files[collection].insert(names.begin(), names.end());
+}
+
+TextPair unreadable(const QString& name, const TextPair& reason) {
+    const TextPair pair = text("“%1” could not be read and is left alone: %2.",
+                               "« %1 » n’a pas pu être lu et reste tel quel : %2.");
+    return {pair.english.arg(name, reason.english), pair.french.arg(name, reason.french)};
+}
+
+bool sameContent(const ItemFile& a, const ItemFile& b) {
+    return a.holdsEvents == b.holdsEvents && a.problem == b.problem &&
+           std::equal(a.reminders.begin(), a.reminders.end(), b.reminders.begin(), b.reminders.end(),
+                      [](const FileReminder& x, const FileReminder& y) {
+                          return x.key == y.key && x.ordinal == y.ordinal && *x.data == *y.data;
+                      }) &&
+           std::equal(a.events.begin(), a.events.end(), b.events.begin(), b.events.end(),
+                      [](const FileEvent& x, const FileEvent& y) {
+                          return x.series->item() == y.series->item() && x.ordinal == y.ordinal;
+                      });
+}
+
+ItemFile readItems(const QByteArray& text, const Place& place, const ZoneCalendar& local) {
+    ItemFile result;
+    const auto document = icalendar::Document::parse(text);
+    if (!document) {
+        result.problem = unreadable(QFile::decodeName(place.collection + '/' + place.file), document.error());
+        return result;
+    }
+    result.holdsEvents = !document->components("VEVENT").empty();
+    const QString calendar = QFile::decodeName(place.collection);
+    std::map<QByteArray, int> seen;
+    for (icalendar::TodoItem& item : icalendar::readTodos(*document, local)) {
+        FileReminder reminder{item.key, seen[item.key]++, nullptr};
+        item.data.calendarIdentifier = calendar;
+        item.data.calendarItemIdentifier = QString::fromUtf8(item.key);
+        reminder.data = std::make_shared<const EKReminderData>(std::move(item.data));
+        result.reminders.push_back(std::move(reminder));
+    }
+    seen.clear();
+    for (icalendar::EventItem& item : icalendar::readEvents(*document, local)) {
+        FileEvent event{item.key, seen[item.key]++, nullptr};
+        event.series = std::make_shared<const EventSeries>(std::move(item), QString::fromUtf8(event.key),
+                                                           calendar, local);
+        result.events.push_back(std::move(event));
+    }
+    return result;
+}
+
+}  // namespace kestrant::items

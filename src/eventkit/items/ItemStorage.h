@@ -1,0 +1,89 @@
+#pragma once
+
+#include "eventkit/icalendar/Document.h"
+#include "eventkit/items/ItemLibrary.h"
+#include "foundation/Instant.h"
+
+#include <tl/expected.hpp>
+
+#include <optional>
+#include <variant>
+
+namespace kestrant::items {
+
+/// A file as it is kept at one moment.
+struct StoredText {
+    QByteArray version;
+    QByteArray text;
+};
+
+/// Nothing was written because the file is not what it was when it was read.
+struct ChangedMeanwhile {};
+using WriteError = std::variant<ChangedMeanwhile, EKError>;
+
+/// Where the files of items are kept: a folder, a service. Thread: any one at a
+/// time; may block.
+class ItemStorage {
+  public:
+    ItemStorage() = default;
+    ItemStorage(const ItemStorage&) = delete;
+    ItemStorage& operator=(const ItemStorage&) = delete;
+    virtual ~ItemStorage() = default;
+
+    /// Makes ready whatever is needed; the error says why it cannot be.
+    [[nodiscard]] virtual std::optional<EKError> open() = 0;
+
+    /// The end of all use.
+    virtual void close() {}
+
+    /// Brings the library up to date. True when anything came out differently.
+    [[nodiscard]] virtual bool update(Library& library, const Changes& changes,
+                                      const ZoneCalendar& local) = 0;
+
+    /// When to look again, and at what, because changes there are not told or it
+    /// could not be read. Absent when all is well.
+    struct Recheck {
+        Duration after;
+        Changes what;
+    };
+    [[nodiscard]] virtual std::optional<Recheck> recheck() const = 0;
+
+    /// Absent when there is no such file.
+    [[nodiscard]] virtual tl::expected<std::optional<StoredText>, EKError> read(const Place& place) = 0;
+    /// Why a file in a collection that may be changed may not be changed.
+    [[nodiscard]] virtual std::optional<EKError> reasonNotToChange(const Place& place) = 0;
+
+    /// Writes a file whose text is `before` in the version `expected`, if it
+    /// still is, and gives what is then kept, which may say the same in another
+    /// way.
+    [[nodiscard]] virtual tl::expected<StoredText, WriteError> replace(const Place& place,
+                                                                       const icalendar::Document& before,
+                                                                       const icalendar::Document& after,
+                                                                       const QByteArray& expected) = 0;
+    [[nodiscard]] virtual std::optional<WriteError> remove(const Place& place,
+                                                           const QByteArray& expected) = 0;
+
+    struct Created {
+        Place place;
+        /// The UID that the item has now.
+        QByteArray uid;
+        StoredText stored;
+    };
+    /// Adds a file. `preferredName` (may be empty) is what it is best called.
+    [[nodiscard]] virtual tl::expected<Created, EKError> create(const QByteArray& collection,
+                                                                const QByteArray& uid,
+                                                                const QByteArray& preferredName,
+                                                                const icalendar::Document& document) = 0;
+
+    /// Makes a collection (empty identifier), or gives the one with this name,
+    /// which may be changed, another title or colour; an absent colour is the
+    /// storage's to choose. `calendar` has a title. The result is the
+    /// collection's name; the library is brought up to date afterwards.
+    [[nodiscard]] virtual tl::expected<QByteArray, EKError> saveCollection(const Library& library,
+                                                                           const EKCalendar& calendar) = 0;
+};
+
+/// A new identifier for an item.
+[[nodiscard]] QByteArray newUid();
+
+}  // namespace kestrant::items
