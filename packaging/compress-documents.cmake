@@ -1,0 +1,10 @@
+# Debian keeps manual pages and changelogs compressed, without a time in them so that the package is always the same.
+file(GLOB_RECURSE documents ${CPACK_TEMPORARY_DIRECTORY}/*/kestrant.1 ${CPACK_TEMPORARY_DIRECTORY}/*/changelog)
+foreach(document ${documents})
+  get_filename_component(folder ${document} DIRECTORY)
+  if(document MATCHES "changelog$")
+    file(RENAME ${document} ${folder}/changelog.Debian)
+    set(document ${folder}/changelog.Debian)
+  endif()
+  execute_process(COMMAND gzip -9n ${document} COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
