@@ -1,16 +1,23 @@
 #include "ui/OnboardingWindowController.h"
 
 #include "preferences/Preferences.h"
+#include "ui/Appearance.h"
 #include "ui/OnboardingViewModel.h"
 #include "ui/SettingsViewModel.h"
 
 #include <QCloseEvent>
+#include <QPainterPath>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
 
 namespace kestrant {
+namespace {
+
+constexpr double cornerRadius = 16.0;
+
+}  // namespace
 
 OnboardingWindowController::OnboardingWindowController(const Services& services,
                                                        std::function<void()> openApp, QObject* parent)
@@ -43,6 +50,16 @@ void OnboardingWindowController::createWindow() {
     });
     window_->installEventFilter(this);
     window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kestrant/qml/OnboardingWindow.qml")));
+    connect(&services_.appearance, &Appearance::compositingChanged, this,
+            &OnboardingWindowController::cutCorners);
+    cutCorners();
+}
+
+void OnboardingWindowController::cutCorners() {
+    QPainterPath outline;
+    outline.addRoundedRect(QRectF(QPointF(), window_->size()), cornerRadius, cornerRadius);
+    window_->setMask(services_.appearance.compositing() ? QRegion()
+                                                        : QRegion(outline.toFillPolygon().toPolygon()));
 }
 
 void OnboardingWindowController::show(Page page) {
@@ -72,6 +89,10 @@ bool OnboardingWindowController::isVisible() const {
 void OnboardingWindowController::finish() {
     openApp_();
     orderOut();
+    // Only a new start opens the database that was chosen.
+    DataStoreViewModel& store = *services_.settings.dataStore();
+    if (store.needsRestart() && store.canRestart())
+        store.restart();
 }
 
 bool OnboardingWindowController::eventFilter(QObject* watched, QEvent* event) {

@@ -49,8 +49,9 @@ class OnboardingWindowController : public QObject {
     /// Takes the window off the screen, as if it had been finished.
     void orderOut();
     [[nodiscard]] bool isVisible() const;
-    /// Null before the first show().
+    // Null before the first show().
     [[nodiscard]] QQuickView* window() const { return window_.get(); }
+    [[nodiscard]] OnboardingViewModel* model() const { return model_.get(); }
 
   Q_SIGNALS:
     /// The person closed the window without finishing. After a first start there is then nothing left to be
@@ -62,6 +63,8 @@ class OnboardingWindowController : public QObject {
 
   private:
     void createWindow();
+    /// Rounds the window's corners where they cannot be transparent.
+    void cutCorners();
     void finish();
 
     Services services_;

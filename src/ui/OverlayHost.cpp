@@ -143,6 +143,12 @@ void OverlayHost::present(const QString& id, const QString& file, QQuickItem* an
     Q_EMIT overlaysChanged();
 }
 
+QRectF OverlayHost::room() const {
+    if (!placementArea_.isNull())
+        return placementArea_;
+    return panel_.screen() ? QRectF(panel_.screen()->geometry()) : QRectF();
+}
+
 void OverlayHost::place(Overlay& overlay) {
     QQuickItem& content = *overlay.content;
     QWindow& window = *overlay.window;
@@ -167,9 +173,7 @@ void OverlayHost::place(Overlay& overlay) {
     else if (overlay.alignment != QLatin1String("left"))
         x += (anchorWidth - visibleWidth) / 2;
     double y = overlay.hook.y();
-    const QRectF area = !placementArea_.isNull() ? placementArea_
-                        : panel_.screen()        ? QRectF(panel_.screen()->geometry())
-                                                 : QRectF();
+    const QRectF area = room();
     if (!area.isNull()) {
         // Beside the panel a surface would look lost.
         const QRectF across =

@@ -48,6 +48,9 @@ class OverlayHost : public QObject {
     /// Keeps surfaces within this area (in global points) instead of within the panel's screen.
     void setPlacementArea(const QRectF& area) { placementArea_ = area; }
 
+    /// Points from the top of the screen to its bottom.
+    [[nodiscard]] Q_INVOKABLE double roomHeight() const { return room().height(); }
+
     [[nodiscard]] Q_INVOKABLE bool isPresented(const QString& id) const;
     [[nodiscard]] QString topmost() const;
     /// The window of an open overlay, else null.
@@ -73,6 +76,8 @@ class OverlayHost : public QObject {
     /// Closes overlays from the top until `count` are left.
     void closeDownTo(std::size_t count);
     void place(Overlay& overlay);
+    /// Where surfaces may be, in global points.
+    [[nodiscard]] QRectF room() const;
 
     QQuickWindow& panel_;
     QQmlEngine& engine_;

@@ -12,6 +12,7 @@
 #include "ui/ReminderEditViewModel.h"
 #include "ui/RemindersViewModel.h"
 #include "ui/SettingsViewModel.h"
+#include "ui/YearRevealViewModel.h"
 
 #include <QFont>
 #include <QGuiApplication>
@@ -110,6 +111,7 @@ PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQml
         {QStringLiteral("calendarEdit"), QVariant::fromValue(&models.calendarEdit)},
         {QStringLiteral("reminderEdit"), QVariant::fromValue(&models.reminderEdit)},
         {QStringLiteral("history"), QVariant::fromValue(&models.history)},
+        {QStringLiteral("yearReveal"), QVariant::fromValue(&models.yearReveal)},
         {QStringLiteral("overlays"), QVariant::fromValue(overlays_.get())},
         {QStringLiteral("loadInBackground"), loading == Loading::inBackground},
     });

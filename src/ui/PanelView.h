@@ -22,6 +22,7 @@ class QuickAddViewModel;
 class ReminderEditViewModel;
 class RemindersViewModel;
 class SettingsViewModel;
+class YearRevealViewModel;
 
 /// The panel's window content: the outline in every phase and, from the first expansion on, the modules.
 ///
@@ -46,6 +47,7 @@ class PanelView : public QQuickView {
         CalendarEditViewModel& calendarEdit;
         ReminderEditViewModel& reminderEdit;
         HistoryViewModel& history;
+        YearRevealViewModel& yearReveal;
     };
     /// When the expanded content is loaded.
     enum class Loading {

@@ -11,7 +11,10 @@
 #include "notch/NotchInteractionModel.h"
 #include "preferences/Localization.h"
 #include "preferences/PreferenceKeys.h"
+#include "reminders/FlaggedReminderAutomation.h"
 #include "reminders/ReminderStore.h"
+#include "reminders/ScriptHost.h"
+#include "services/LaunchAtLoginManager.h"
 #include "ui/Appearance.h"
 #include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
@@ -19,13 +22,17 @@
 #include "ui/HistoryViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/NewEventViewModel.h"
+#include "ui/OnboardingViewModel.h"
+#include "ui/OnboardingWindowController.h"
 #include "ui/PanelView.h"
 #include "ui/PanelViewModel.h"
 #include "ui/QuickAddViewModel.h"
 #include "ui/ReminderEditViewModel.h"
 #include "ui/RemindersViewModel.h"
 #include "ui/SettingsViewModel.h"
+#include "ui/YearRevealViewModel.h"
 
+#include <QDir>
 #include <QGuiApplication>
 #include <QJsonObject>
 #include <QKeyEvent>
@@ -107,9 +114,45 @@ class PictureDefaults : public UserDefaults {
     ObserverList<QString> observers_;
 };
 
+/// A desktop that starts the program when it is told to.
+class PictureLoginItem : public LoginItem {
+  public:
+    [[nodiscard]] bool isEnabled() const override { return enabled_; }
+    [[nodiscard]] tl::expected<void, TextPair> setEnabled(bool enabled) override {
+        enabled_ = enabled;
+        return {};
+    }
+
+  private:
+    bool enabled_ = true;
+};
+
 class AtOnce : public BackgroundExecutor {
   public:
     void run(std::function<void()> work) override { work(); }
+};
+
+/// The scripted application: flags as the database has them, or no answer at all.
+class PictureScripts : public ScriptHost {
+  public:
+    explicit PictureScripts(const InMemoryEventStore& database) : database_(database) {}
+
+    void fail() { fails_ = true; }
+    [[nodiscard]] tl::expected<QStringList, ScriptError> execute(const QString&) override {
+        if (fails_)
+            return tl::unexpected(ScriptError{ScriptError::Code::timedOut, {}});
+        QStringList flagged;
+        for (const EKReminderData& reminder : database_.reminders()) {
+            if (reminder.isFlagged)
+                flagged.append(QStringLiteral("x-kestrant-reminder://") + reminder.calendarItemIdentifier);
+        }
+        return flagged;
+    }
+    void interrupt() override {}
+
+  private:
+    const InMemoryEventStore& database_;
+    bool fails_ = false;
 };
 
 /// What one picture needs of the program, from the database to the window.
@@ -137,6 +180,9 @@ struct Stage {
     QTemporaryDir folder;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
     ReminderActionHistory actions{time, time};
+    AtOnce executor;
+    PictureScripts scripts{database};
+    FlaggedReminderAutomation automation{scripts, executor, time};
     ReminderStore store{ReminderStoreServices{.eventStore = database,
                                               .scheduler = time,
                                               .clock = time,
@@ -145,8 +191,8 @@ struct Stage {
                                               .localization = localization,
                                               .notifications = notifications,
                                               .ledger = ledger,
-                                              .history = &actions}};
-    AtOnce executor;
+                                              .history = &actions,
+                                              .flags = &automation}};
     CalendarStore calendarStore{CalendarStoreServices{
         .eventStore = database,
         .scheduler = time,
@@ -171,14 +217,39 @@ struct Stage {
     HttpSession session{time};
     FeedbackAPIClient feedbackClient{InformationDictionary(), session};
     FeedbackViewModel feedbackForm{[this]() -> FeedbackAPIClient& { return feedbackClient; }, localizer};
-    SettingsViewModel settings{preferences, localizer, feedbackForm};
+    PictureLoginItem loginItem;
+    LaunchAtLoginManager launchAtLogin{loginItem, defaults};
+    SettingsViewModel settings{
+        preferences,
+        localizer,
+        feedbackForm,
+        {.collection =
+             CollectionSwitch{.help = text("Only a total count is sent in batches, without reminder "
+                                           "contents or an installation identifier. Turning this off "
+                                           "deletes unsent counts.",
+                                           "Seul un nombre total est envoyé par lots, sans le contenu des "
+                                           "rappels ni identifiant d’installation. La désactivation "
+                                           "supprime les décomptes non envoyés."),
+                              .isOn = [] { return true; },
+                              .setOn = [](bool) {}},
+         .launchAtLogin = &launchAtLogin,
+         .dataStore = {.defaultFolder =
+                           QDir::homePath() + QStringLiteral("/.local/share/com.Kestrant.notchapp/calendars"),
+                       .evolutionIsAvailable = [] { return true; },
+                       .pickFolder = [](const QString&, const auto&) {},
+                       .restart = [] {}},
+         .showTutorial = [] {},
+         .version = QStringLiteral("1.0.0")}};
     NewEventViewModel newEvent{calendarStore, time, calendar, localizer};
     CalendarEditViewModel calendarEdit{calendarStore, time, calendar, localizer};
     ReminderEditViewModel reminderEdit{store, time, calendar, localizer};
     HistoryViewModel history{actions, notifications, localizer};
+    YearRevealViewModel yearReveal{interaction, ledger, preferences, time, calendar, localizer};
     PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
-                    calendarEdit, reminderEdit, history},
+                    calendarEdit, reminderEdit, history, yearReveal},
                    PanelView::Loading::immediate};
+    OnboardingWindowController onboarding{{*view.engine(), appearance, preferences, settings, time, feedback},
+                                          [] {}};
 
     void addReminders() {
         addDemoData(database, time.now(), calendar.calendar(), localizer.language(),
@@ -216,6 +287,15 @@ struct Stage {
     }
     [[nodiscard]] QQuickItem* overlayContent(const char* id) {
         return view.overlays().surface(QString::fromUtf8(id))->contentItem()->childItems().constFirst();
+    }
+    /// The introduction, open at a page.
+    void introduce(OnboardingViewModel::Page page) {
+        onboarding.show(OnboardingWindowController::Page::welcome);
+        onboarding.model()->setPage(page);
+        QRect frame({}, onboarding.window()->size());
+        frame.moveCenter(QRect({}, pictureSize).center());
+        onboarding.window()->setGeometry(frame);
+        QCoreApplication::processEvents();
     }
     void focusCalendar() { call("focusCalendar"); }
     void moveMouseTo(QPointF place) {

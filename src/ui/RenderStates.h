@@ -4,8 +4,8 @@
 
 namespace kestrant {
 
-/// To be called before the application object is made: a screen in memory with two pixels a point, for
-/// pictures that are the same on every machine.
+/// To be called before the application object is made: a screen in memory with two pixels a point (or as many
+/// as QT_SCALE_FACTOR says), for pictures that are the same on every machine.
 void prepareRendering();
 
 /// Writes a picture of every state of the panel, in both languages, into a folder (made if need be):

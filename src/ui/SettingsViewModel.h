@@ -124,11 +124,16 @@ class SettingsViewModel : public QObject {
 
     /// To be called when the settings come to be shown: looks at what others may have changed meanwhile.
     Q_INVOKABLE void refresh();
-    Q_INVOKABLE void showTutorial() { services_.showTutorial(); }
+    Q_INVOKABLE void showTutorial() {
+        Q_EMIT tutorialRequested();
+        services_.showTutorial();
+    }
     Q_INVOKABLE void quit() { Q_EMIT quitRequested(); }
 
   Q_SIGNALS:
     void changed();
+    /// The introduction is about to be shown.
+    void tutorialRequested();
     /// The person wants the program to end.
     void quitRequested();
 

@@ -13,10 +13,10 @@ Wallpaper::Wallpaper(QQuickItem* parent) : QQuickPaintedItem(parent) {
 
 void Wallpaper::paint(QPainter* painter) {
     QLinearGradient sky(0, 0, width(), height());
-    sky.setColorAt(0, QColor(0x2b, 0x35, 0x66));
-    sky.setColorAt(0.45, QColor(0x4f, 0x71, 0x89));
-    sky.setColorAt(0.75, QColor(0x62, 0x97, 0x96));
-    sky.setColorAt(1, QColor(0xb8, 0xb2, 0x7c));
+    sky.setColorAt(0, QColor(0x22, 0x2a, 0x52));
+    sky.setColorAt(0.5, QColor(0x3c, 0x54, 0x86));
+    sky.setColorAt(0.8, QColor(0x6f, 0x84, 0xa8));
+    sky.setColorAt(1, QColor(0xc2, 0x9f, 0x9a));
     QPainterPath path;
     // The lower corners lie outside and are cut off by the item's edge.
     path.addRoundedRect(QRectF(0, 0, width(), height() + radius_), radius_, radius_);

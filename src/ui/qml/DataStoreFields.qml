@@ -6,8 +6,8 @@ Column {
     id: fields
 
     required property DataStoreViewModel store
-    /// Whether what is to happen yet can be had at once from here.
-    property bool offersRestart: true
+    /// Only what cannot be done without.
+    property bool compact: false
 
     spacing: 8
 
@@ -74,7 +74,7 @@ Column {
         Accessible.name: text
     }
     Text {
-        visible: fields.store.kind === "folder" && fields.store.problem === ""
+        visible: !fields.compact && fields.store.kind === "folder" && fields.store.problem === ""
         width: parent.width
         text: Localizer.text("A folder for each list, a file for each item: other programs can share and synchronise it.",
                              "Un dossier par liste, un fichier par élément : d’autres programmes peuvent le partager et le synchroniser.")
@@ -83,7 +83,7 @@ Column {
         font.pixelSize: 12
     }
     Item {
-        visible: fields.offersRestart && fields.store.needsRestart
+        visible: !fields.compact && fields.store.needsRestart
         width: parent.width
         height: 30
 

@@ -6,7 +6,7 @@ OnboardingPage {
 
     required property SettingsViewModel settings
 
-    title: Localizer.text("How it behaves", "Comment elle se comporte")
+    title: Localizer.text("How the notch behaves", "Comment réagit l’encoche")
 
     component Line: FormLine {
         width: (page.width - 40) / 2
@@ -72,7 +72,7 @@ OnboardingPage {
         RadioList {
             objectName: "onboarding.store"
             width: parent.width
-            title: Localizer.text("Reminders and events live", "Rappels et événements")
+            title: Localizer.text("Reminders and events", "Rappels et événements")
             choices: page.settings.dataStore.kinds
             value: page.settings.dataStore.kind
             onChosen: rawValue => page.settings.dataStore.kind = rawValue
@@ -81,7 +81,7 @@ OnboardingPage {
             x: 28
             width: parent.width - x
             store: page.settings.dataStore
-            offersRestart: false
+            compact: true
         }
     }
 }

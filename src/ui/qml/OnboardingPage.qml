@@ -12,6 +12,7 @@ Item {
 
     Text {
         id: heading
+        y: page.centered ? 12 : 0
         width: parent.width
         horizontalAlignment: page.centered ? Text.AlignHCenter : Text.AlignLeft
         text: page.title

@@ -7,7 +7,7 @@ OnboardingPage {
     required property SettingsViewModel settings
     readonly property bool both: settings.showReminders && settings.showCalendar
 
-    title: Localizer.text("What it shows", "Ce qu’elle montre")
+    title: Localizer.text("What the notch shows", "Ce que montre l’encoche")
 
     component Line: FormLine {
         width: (page.width - 40) / 2

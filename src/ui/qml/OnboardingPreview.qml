@@ -8,7 +8,7 @@ Item {
     required property SettingsViewModel settings
 
     readonly property int margin: 18
-    readonly property int top: 26
+    readonly property int stripHeight: 26
     readonly property bool both: settings.showReminders && settings.showCalendar
     readonly property bool calendarFirst: settings.moduleOrder === "calendarFirst"
     readonly property real firstShare: parseInt(settings.layoutRatio) / 100
@@ -49,7 +49,7 @@ Item {
         readonly property real cardWidth: (width + 5) / columns - 5
         visible: preview.settings.showReminders
         x: preview.moduleX(!preview.calendarFirst)
-        y: preview.top
+        y: preview.stripHeight
         width: preview.moduleWidth(!preview.calendarFirst)
         height: preview.height - y
         Behavior on x { enabled: !Theme.still; Slide {} }
@@ -82,7 +82,7 @@ Item {
     Rectangle {
         visible: preview.both
         x: preview.margin + preview.firstWidth
-        y: preview.top + 4
+        y: preview.stripHeight + 4
         width: 1
         height: preview.height - y - 14
         color: Theme.separator
@@ -92,7 +92,7 @@ Item {
         id: days
         visible: preview.settings.showCalendar
         x: preview.moduleX(preview.calendarFirst)
-        y: preview.top
+        y: preview.stripHeight
         width: preview.moduleWidth(preview.calendarFirst)
         spacing: 4
         Behavior on x { enabled: !Theme.still; Slide {} }

@@ -85,11 +85,11 @@ OnboardingPage {
             done: page.onboarding.clicked
         }
         Gesture {
-            words: Localizer.text("Swipe down with two fingers: it opens", "Balayez vers le bas à deux doigts : elle s’ouvre")
+            words: Localizer.text("Two fingers down: it opens", "Deux doigts vers le bas : elle s’ouvre")
             done: page.onboarding.swipedDown
         }
         Gesture {
-            words: Localizer.text("Swipe up: it closes", "Balayez vers le haut : elle se ferme")
+            words: Localizer.text("Two fingers up: it closes", "Deux doigts vers le haut : elle se ferme")
             done: page.onboarding.swipedUp
         }
     }

@@ -14,6 +14,7 @@ Item {
     required property CalendarEditViewModel calendarEdit
     required property ReminderEditViewModel reminderEdit
     required property HistoryViewModel history
+    required property YearRevealViewModel yearReveal
     required property OverlayHost overlays
     required property bool loadInBackground
     readonly property Item content: expanded.item
@@ -22,6 +23,12 @@ Item {
     /// Whether the content at this place can scroll further down.
     function scrollsDownAt(x, y) {
         return content !== null && content.scrollsDownAt(x, y)
+    }
+    function focusContent(content) {
+        if (reveal.item)
+            reveal.item.forceActiveFocus(Qt.OtherFocusReason)
+        else
+            content.focusFirst()
     }
     function whenLoaded(action) {
         expanded.active = true
@@ -71,6 +78,7 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             width: root.panel.expandedWidth
             height: root.panel.expandedHeight
+            opacity: reveal.item ? 1 - reveal.item.opacity : 1
             focus: true
             active: root.started
             asynchronous: root.loadInBackground
@@ -88,12 +96,26 @@ Item {
             }
             onLoaded: {
                 if (root.panel.isExpanded)
-                    item.focusFirst()
+                    root.focusContent(item)
                 if (pending)
                     pending(item)
                 pending = null
             }
         }
+    }
+
+    Loader {
+        id: reveal
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: root.panel.expandedWidth
+        height: root.panel.expandedHeight
+        active: root.yearReveal.isShowing && root.panel.isExpanded
+        visible: outline.shapeHeight === root.panel.expandedHeight
+        sourceComponent: YearReveal {
+            year: root.yearReveal
+        }
+        onLoaded: item.forceActiveFocus(Qt.OtherFocusReason)
+        onItemChanged: if (!item && root.content && root.panel.isExpanded) root.content.focusFirst()
     }
 
     // Loaded once the resting notch is on screen, so that it appears at once and still opens without a pause.
@@ -104,11 +126,19 @@ Item {
     }
 
     Connections {
+        target: root.settings
+        // The introduction's window would stand beneath the panel.
+        function onTutorialRequested() {
+            root.overlays.dismissAll()
+            root.panel.fold()
+        }
+    }
+    Connections {
         target: root.panel
         function onPhaseChanged() {
             if (root.panel.isExpanded) {
                 root.started = true
-                root.whenLoaded(content => content.focusFirst())
+                root.whenLoaded(content => root.focusContent(content))
             } else {
                 root.overlays.dismissAll()
                 root.reminders.searchQuery = ""
@@ -116,7 +146,13 @@ Item {
                     root.content.focusFirst()
             }
         }
-        function onNewReminderRequested() { root.whenLoaded(content => content.openQuickAdd()) }
-        function onFindReminderRequested() { root.whenLoaded(content => content.openSearch()) }
+        function onNewReminderRequested() {
+            root.yearReveal.finish()
+            root.whenLoaded(content => content.openQuickAdd())
+        }
+        function onFindReminderRequested() {
+            root.yearReveal.finish()
+            root.whenLoaded(content => content.openSearch())
+        }
     }
 }

@@ -2,14 +2,13 @@ import QtQuick
 import QtQuick.Window
 import Kestrant
 
-// A column that may be longer than its room: scrolls to what the keyboard is on, and shows that there is more.
+// What may be higher than its room (`contentHeight`): scrolls to what the keyboard is on, and shows that there is more.
 Flickable {
     id: area
 
     property color ground: Theme.popover
 
     contentWidth: width
-    contentHeight: contentItem.childrenRect.height
     clip: true
     interactive: contentHeight > height
     boundsBehavior: Flickable.StopAtBounds

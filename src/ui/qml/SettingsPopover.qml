@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Window
 import Kestrant
 
 // What can be set; every change is in force at once.
@@ -16,6 +15,7 @@ Popover {
 
     Component.onCompleted: settings.refresh()
 
+    readonly property real roomHeight: overlays ? overlays.roomHeight() : 0
     readonly property string offTitle: Localizer.text("Off", "Aucun")
     readonly property bool showsBoth: settings.showReminders && settings.showCalendar
 
@@ -86,7 +86,8 @@ Popover {
         x: -8
         width: parent.width + 16
         anchors.top: title.bottom
-        height: Math.min(column.height + 4, Math.max(240, Math.min(512, Screen.height - 180)))
+        height: Math.min(contentHeight, Math.max(240, Math.min(560, popover.roomHeight - 110)))
+        contentHeight: column.height
 
         Column {
             id: column
@@ -226,10 +227,10 @@ Popover {
             }
             Line {
                 visible: popover.settings.dataStore.isOffered
-                label: Localizer.text("Kept in", "Conservés dans")
+                label: Localizer.text("Kept", "Conservés")
                 last: true
                 Choice {
-                    subject: Localizer.text("Kept in", "Conservés dans")
+                    subject: Localizer.text("Kept", "Conservés")
                     choices: popover.settings.dataStore.kinds
                     value: popover.settings.dataStore.kind
                     onChosen: rawValue => popover.settings.dataStore.kind = rawValue
