@@ -78,7 +78,7 @@ struct PanelProgram : Program {
     }
 
     PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
-                    calendarEdit, reminderEdit, history},
+                    calendarEdit, reminderEdit, history, yearReveal},
                    PanelView::Loading::immediate};
 };
 

@@ -24,6 +24,7 @@
 #include "ui/ReminderEditViewModel.h"
 #include "ui/RemindersViewModel.h"
 #include "ui/SettingsViewModel.h"
+#include "ui/YearRevealViewModel.h"
 
 #include <QTemporaryDir>
 
@@ -140,6 +141,7 @@ struct Program {
     CalendarEditViewModel calendarEdit{calendarStore, time, calendar, localizer};
     ReminderEditViewModel reminderEdit{store, time, calendar, localizer};
     HistoryViewModel history{actions, notifications, localizer};
+    YearRevealViewModel yearReveal{interaction, ledger, preferences, time, calendar, localizer};
     QString home;
     QString work;
 };
