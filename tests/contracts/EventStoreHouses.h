@@ -1,5 +1,8 @@
 #pragma once
 
+#ifdef KESTRANT_WITH_EVOLUTION
+#include "EvolutionHouse.h"
+#endif
 #include "eventkit/InMemoryEventStore.h"
 #include "eventkit/vdir/VdirDatabase.h"
 #include "eventkit/vdir/VdirEventStore.h"
@@ -99,7 +102,11 @@ struct VdirHouse {
     }
 };
 
+#ifdef KESTRANT_WITH_EVOLUTION
+using Houses = ::testing::Types<MemoryHouse, VdirHouse, EvolutionHouse>;
+#else
 using Houses = ::testing::Types<MemoryHouse, VdirHouse>;
+#endif
 
 inline std::optional<EKError::Code> codeOf(const EventStoreDriver::SaveAnswer& answer) {
     return answer ? std::nullopt : std::optional(answer.error().code);

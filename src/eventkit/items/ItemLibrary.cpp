@@ -11,6 +11,7 @@ namespace kestrant::items {
 
 void Changes::add(const Changes& other) {
     everything = everything || other.everything;
+    collections = collections || other.collections;
     for (const auto& [collection, names] : other.files)
         files[collection].insert(names.begin(), names.end());
 }

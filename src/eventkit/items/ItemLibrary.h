@@ -71,10 +71,11 @@ struct Library {
 /// same.
 struct Changes {
     bool everything = false;
+    /// Which collections there are, or what one of them is called and may be used for.
+    bool collections = false;
     std::map<QByteArray, std::set<QByteArray>> files;
 
     void add(const Changes& other);
-    [[nodiscard]] bool isEmpty() const { return !everything && files.empty(); }
 };
 
 /// Where a file is.

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "eventkit/evolution/Glib.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace kestrant::evolution {
+
+/// Ends calls that wait for a service longer than they may. One call at a time.
+class CallLimit {
+  public:
+    explicit CallLimit(std::chrono::milliseconds longest);
+    CallLimit(const CallLimit&) = delete;
+    CallLimit& operator=(const CallLimit&) = delete;
+    ~CallLimit();
+
+    /// A call that is under way as long as this exists.
+    class Call {
+      public:
+        explicit Call(CallLimit& limit);
+        Call(const Call&) = delete;
+        Call& operator=(const Call&) = delete;
+        ~Call();
+        [[nodiscard]] GCancellable* cancellable() const { return cancellable_.get(); }
+
+      private:
+        CallLimit& limit_;
+        Ref<GCancellable> cancellable_;
+    };
+    [[nodiscard]] Call call() { return Call(*this); }
+
+  private:
+    void loop();
+
+    std::chrono::milliseconds longest_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    GCancellable* current_ = nullptr;
+    std::chrono::steady_clock::time_point deadline_;
+    bool ending_ = false;
+    std::thread thread_;
+};
+
+}  // namespace kestrant::evolution

@@ -1,0 +1,315 @@
+#include "eventkit/evolution/EvolutionClient.h"
+
+#include "eventkit/EKErrors.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant::evolution {
+
+using items::WriteError;
+
+namespace {
+
+/// Everything that is in a list.
+constexpr const char* everything = "#t";
+
+QByteArray textOf(ICalComponent* component) {
+    const Text text(i_cal_component_as_ical_string(component));
+    return text.get();
+}
+
+Ref<ICalComponent> componentFrom(const QByteArray& text) {
+    return Ref<ICalComponent>(i_cal_component_new_from_string(text.constData()));
+}
+
+bool meansDisconnection(const Error& error) {
+    return error.isIn(G_DBUS_ERROR) || error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_DBUS_ERROR) ||
+           error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_CANCELLED) ||
+           error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_NOT_OPENED) || error.is(G_IO_ERROR, G_IO_ERROR_CLOSED) ||
+           error.is(G_IO_ERROR, G_IO_ERROR_CANCELLED) || error.is(G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
+}
+
+bool meansConflict(const Error& error) {
+    return error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_OUT_OF_SYNC) ||
+           error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_ID_ALREADY_EXISTS);
+}
+
+EKError serviceError(const QString& detail) {
+    const TextPair pair =
+        text("The desktop’s calendar service refused: %1", "Le service d’agenda du bureau a refusé : %1");
+    return {EKError::Code::storage, {pair.english.arg(detail), pair.french.arg(detail)}};
+}
+
+}  // namespace
+
+std::unique_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEntityType type,
+                                                          CallLimit& limit, Observer observer,
+                                                          QString& error) {
+    constexpr guint32 withoutWaiting = static_cast<guint32>(-1);
+    Error failed;
+    const auto call = limit.call();
+    Ref<EClient> client(e_cal_client_connect_sync(
+        source,
+        type == EKEntityType::reminder ? E_CAL_CLIENT_SOURCE_TYPE_TASKS : E_CAL_CLIENT_SOURCE_TYPE_EVENTS,
+        withoutWaiting, call.cancellable(), failed.out()));
+    if (!client) {
+        error = failed.message();
+        return nullptr;
+    }
+    auto result = std::unique_ptr<EvolutionClient>(
+        new EvolutionClient(std::move(client), type, limit, std::move(observer)));
+    result->observe();
+    return result;
+}
+
+EvolutionClient::EvolutionClient(Ref<EClient> client, EKEntityType type, CallLimit& limit, Observer observer)
+    : limit_(limit)
+    , observer_(std::move(observer))
+    , client_(std::move(client))
+    , componentName_(type == EKEntityType::reminder ? "VTODO" : "VEVENT") {}
+
+EvolutionClient::~EvolutionClient() {
+    stopObserving();
+}
+
+bool EvolutionClient::isWritable() const {
+    return !e_client_is_readonly(client_.get());
+}
+
+void EvolutionClient::observe() {
+    const auto listen = [this](gpointer object, const char* signal, GCallback handler) {
+        handlers_.emplace_back(G_OBJECT(object), g_signal_connect(object, signal, handler, this));
+    };
+    listen(client_.get(), "backend-died", G_CALLBACK(+[](EClient*, gpointer data) {
+               auto* const self = static_cast<EvolutionClient*>(data);
+               self->isLost_ = true;
+               self->observer_.lost();
+           }));
+    listen(client_.get(), "notify::readonly", G_CALLBACK(+[](GObject*, GParamSpec*, gpointer data) {
+               static_cast<EvolutionClient*>(data)->observer_.propertiesChanged();
+           }));
+    Error error;
+    ECalClientView* view = nullptr;
+    {
+        const auto call = limit_.call();
+        if (!e_cal_client_get_view_sync(calendar(), everything, &view, call.cancellable(), error.out())) {
+            isLost_ = true;
+            return;
+        }
+    }
+    view_.reset(view);
+    listen(view, "objects-added", G_CALLBACK(objectsTold));
+    listen(view, "objects-modified", G_CALLBACK(objectsTold));
+    listen(view, "objects-removed", G_CALLBACK(objectsRemoved));
+    GSList* fields = nullptr;
+    for (const char* field : {"RECURRENCE-ID", "UID"})
+        fields = g_slist_prepend(fields, const_cast<char*>(field));
+    e_cal_client_view_set_fields_of_interest(view, fields, error.out());
+    g_slist_free(fields);
+    // What is there already is asked for, not told.
+    e_cal_client_view_set_flags(view, E_CAL_CLIENT_VIEW_FLAGS_NONE, error.out());
+    Error notStarted;
+    GError** const starting = notStarted.out();
+    e_cal_client_view_start(view, starting);
+    isLost_ = *starting != nullptr;
+}
+
+void EvolutionClient::stopObserving() {
+    for (const auto& [object, handler] : handlers_)
+        g_signal_handler_disconnect(object, handler);
+    handlers_.clear();
+    view_.reset();
+}
+
+void EvolutionClient::objectsTold(ECalClientView*, const GSList* components, gpointer self) {
+    std::set<QByteArray> uids;
+    for (const GSList* link = components; link; link = link->next) {
+        if (const char* const uid = i_cal_component_get_uid(I_CAL_COMPONENT(link->data)))
+            uids.insert(uid);
+    }
+    static_cast<EvolutionClient*>(self)->observer_.itemsChanged(std::move(uids));
+}
+
+void EvolutionClient::objectsRemoved(ECalClientView*, const GSList* identifiers, gpointer self) {
+    std::set<QByteArray> uids;
+    for (const GSList* link = identifiers; link; link = link->next)
+        uids.insert(e_cal_component_id_get_uid(static_cast<ECalComponentId*>(link->data)));
+    static_cast<EvolutionClient*>(self)->observer_.itemsChanged(std::move(uids));
+}
+
+QByteArray EvolutionClient::zoneDefinition(const QByteArray& name) {
+    if (const auto known = zones_.find(name); known != zones_.end())
+        return known->second;
+    Error error;
+    ICalTimezone* zone = nullptr;
+    const auto call = limit_.call();
+    QByteArray definition;
+    // The zone remains the client's.
+    if (e_cal_client_get_timezone_sync(calendar(), name.constData(), &zone, call.cancellable(),
+                                       error.out()) &&
+        zone) {
+        if (const Ref<ICalComponent> component{i_cal_timezone_get_component(zone)})
+            definition = textOf(component.get());
+    }
+    zones_.emplace(name, definition);
+    return definition;
+}
+
+QByteArray EvolutionClient::fileFrom(std::vector<QByteArray> components) {
+    std::vector<QByteArray> zones;
+    for (const QByteArray& component : components) {
+        for (const QByteArray& name : obscureZones(component)) {
+            QByteArray definition = zoneDefinition(name);
+            if (!definition.isEmpty() && std::find(zones.begin(), zones.end(), definition) == zones.end())
+                zones.push_back(std::move(definition));
+        }
+    }
+    return fileOf(std::move(components), zones);
+}
+
+std::optional<std::map<QByteArray, QByteArray>> EvolutionClient::readAll() {
+    Error error;
+    ObjectList<GSList> found;
+    {
+        const auto call = limit_.call();
+        if (!e_cal_client_get_object_list_sync(calendar(), everything, found.out(), call.cancellable(),
+                                               error.out())) {
+            isLost_ = true;
+            return std::nullopt;
+        }
+    }
+    std::map<QByteArray, std::vector<QByteArray>> components;
+    for (const GSList* link = found.first(); link; link = link->next) {
+        auto* const component = I_CAL_COMPONENT(link->data);
+        if (const char* const uid = i_cal_component_get_uid(component))
+            components[uid].push_back(textOf(component));
+    }
+    std::map<QByteArray, QByteArray> result;
+    for (auto& [uid, texts] : components)
+        result.emplace_hint(result.end(), uid, fileFrom(std::move(texts)));
+    return result;
+}
+
+EvolutionClient::Answer<std::optional<QByteArray>> EvolutionClient::read(const QByteArray& uid) {
+    Error error;
+    ObjectList<GSList> found;
+    {
+        const auto call = limit_.call();
+        if (!e_cal_client_get_objects_for_uid_sync(calendar(), uid.constData(), found.out(),
+                                                   call.cancellable(), error.out())) {
+            if (error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_NOT_FOUND))
+                return std::nullopt;
+            return tl::unexpected(failure(error, {}));
+        }
+    }
+    std::vector<QByteArray> components;
+    for (const GSList* link = found.first(); link; link = link->next)
+        components.push_back(textOf(e_cal_component_get_icalcomponent(E_CAL_COMPONENT(link->data))));
+    if (components.empty())
+        return std::nullopt;
+    return fileFrom(std::move(components));
+}
+
+WriteError EvolutionClient::failure(const Error& error, const QString& title) {
+    if (meansDisconnection(error)) {
+        isLost_ = true;
+        observer_.lost();
+    }
+    if (meansConflict(error)) {
+        // The service keeps a copy of what is on the server, and has just learned that it is an old one.
+        Error ignored;
+        const auto call = limit_.call();
+        (void)e_client_refresh_sync(client_.get(), call.cancellable(), ignored.out());
+        return conflictError(title);
+    }
+    if (error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_NOT_FOUND))
+        return items::ChangedMeanwhile{};
+    if (error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_PERMISSION_DENIED)) {
+        const Text name(e_source_dup_display_name(e_client_get_source(client_.get())));
+        return readOnlyError(QString::fromUtf8(name.get()));
+    }
+    return serviceError(error.message());
+}
+
+void EvolutionClient::addZone(const QByteArray& definition) {
+    const Ref<ICalComponent> component = componentFrom(definition);
+    if (!component)
+        return;
+    const Ref<ICalTimezone> zone(i_cal_timezone_new());
+    if (!i_cal_timezone_set_component(zone.get(), component.get()))
+        return;
+    Error error;
+    const auto call = limit_.call();
+    // Without it the times are read by the zone's name all the same.
+    (void)e_cal_client_add_timezone_sync(calendar(), zone.get(), call.cancellable(), error.out());
+}
+
+std::optional<WriteError> EvolutionClient::write(const QByteArray& uid, const ServiceChange& change,
+                                                 const QString& title) {
+    for (const QByteArray& zone : change.zones)
+        addZone(zone);
+    Error error;
+    // The service notes by itself that the dates are left out; what the item itself then says comes after it.
+    for (const ServicePart& part : change.removed) {
+        const Ref<ICalComponent> component = componentFrom(part.text);
+        const Text date(component ? e_cal_util_component_get_recurid_as_string(component.get()) : nullptr);
+        const auto call = limit_.call();
+        if (!e_cal_client_remove_object_sync(calendar(), uid.constData(), date.get(), E_CAL_OBJ_MOD_THIS,
+                                             E_CAL_OPERATION_FLAG_CONFLICT_FAIL, call.cancellable(),
+                                             error.out()) &&
+            !error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_NOT_FOUND))
+            return failure(error, title);
+    }
+    for (const ServicePart& part : change.written) {
+        const Ref<ICalComponent> component = componentFrom(part.text);
+        if (!component)
+            return serviceError(QString::fromUtf8(part.text));
+        const auto call = limit_.call();
+        if (!e_cal_client_modify_object_sync(
+                calendar(), component.get(), part.date.isEmpty() ? E_CAL_OBJ_MOD_ALL : E_CAL_OBJ_MOD_THIS,
+                E_CAL_OPERATION_FLAG_CONFLICT_FAIL, call.cancellable(), error.out()))
+            return failure(error, title);
+    }
+    return std::nullopt;
+}
+
+std::optional<WriteError> EvolutionClient::remove(const QByteArray& uid, const QString& title) {
+    Error error;
+    const auto call = limit_.call();
+    if (!e_cal_client_remove_object_sync(calendar(), uid.constData(), nullptr, E_CAL_OBJ_MOD_ALL,
+                                         E_CAL_OPERATION_FLAG_CONFLICT_FAIL, call.cancellable(), error.out()))
+        return failure(error, title);
+    return std::nullopt;
+}
+
+EvolutionClient::Answer<QByteArray> EvolutionClient::create(const QByteArray& uid,
+                                                            const ServiceChange& content) {
+    for (const QByteArray& zone : content.zones)
+        addZone(zone);
+    QByteArray result = uid;
+    bool isFirst = true;
+    for (const ServicePart& part : content.written) {
+        const Ref<ICalComponent> component = componentFrom(part.text);
+        if (!component)
+            return tl::unexpected(WriteError(serviceError(QString::fromUtf8(part.text))));
+        Error error;
+        gchar* given = nullptr;
+        const auto call = limit_.call();
+        const bool isDone =
+            isFirst
+                ? e_cal_client_create_object_sync(calendar(), component.get(), E_CAL_OPERATION_FLAG_NONE,
+                                                  &given, call.cancellable(), error.out())
+                : e_cal_client_modify_object_sync(calendar(), component.get(), E_CAL_OBJ_MOD_THIS,
+                                                  E_CAL_OPERATION_FLAG_NONE, call.cancellable(), error.out());
+        const Text owned(given);
+        if (!isDone)
+            return tl::unexpected(failure(error, QString::fromUtf8(uid)));
+        if (isFirst && given && *given)
+            result = given;
+        isFirst = false;
+    }
+    return result;
+}
+
+}  // namespace kestrant::evolution

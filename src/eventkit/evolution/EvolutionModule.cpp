@@ -1,0 +1,9 @@
+#include "eventkit/EvolutionModule.h"
+
+#include "eventkit/evolution/EvolutionEventStore.h"
+
+extern "C" Q_DECL_EXPORT kestrant::EKEventStore*
+kestrantMakeEvolutionStore(kestrant::Scheduler& scheduler, const kestrant::Clock& clock,
+                           const kestrant::CurrentCalendar& calendar) {
+    return new kestrant::EvolutionEventStore(scheduler, clock, calendar);
+}

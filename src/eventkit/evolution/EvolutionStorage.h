@@ -1,0 +1,72 @@
+#pragma once
+
+#include "eventkit/evolution/CallLimit.h"
+#include "eventkit/evolution/EvolutionClient.h"
+#include "eventkit/evolution/Glib.h"
+#include "eventkit/items/ItemStorage.h"
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace kestrant::evolution {
+
+/// The task lists and calendars of the desktop's calendar service: each enabled one is a collection, called
+/// by its UID, and each item in it a file, called by its UID. Thread: that of a GlibWorker, but for making
+/// and destroying it; blocks for the service, each call at most as long as the limit.
+class EvolutionStorage final : public items::ItemStorage {
+  public:
+    /// `observer` is called on the worker's thread, until close().
+    EvolutionStorage(std::function<void(const items::Changes&)> observer,
+                     std::chrono::milliseconds longestCall);
+    ~EvolutionStorage() override;
+
+    [[nodiscard]] std::optional<EKError> open() override;
+    void close() override;
+    [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
+                              const ZoneCalendar& local) override;
+    [[nodiscard]] std::optional<Recheck> recheck() const override;
+    [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
+    read(const items::Place& place) override;
+    [[nodiscard]] std::optional<EKError> reasonNotToChange(const items::Place& place) override;
+    [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
+    replace(const items::Place& place, const icalendar::Document& before, const icalendar::Document& after,
+            const QByteArray& expected) override;
+    [[nodiscard]] std::optional<items::WriteError> remove(const items::Place& place,
+                                                          const QByteArray& expected) override;
+    [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
+                                                        const QByteArray& preferredName,
+                                                        const icalendar::Document& document) override;
+    [[nodiscard]] tl::expected<QByteArray, EKError> saveCollection(const items::Library& library,
+                                                                   const EKCalendar& calendar) override;
+
+  private:
+    struct List {
+        Ref<ESource> source;
+        EKEntityType type = EKEntityType::reminder;
+    };
+
+    void observeRegistry();
+    [[nodiscard]] std::map<QByteArray, List> enabledLists();
+    [[nodiscard]] EvolutionClient* clientFor(const QByteArray& uid, const List& list, QString& error);
+    bool updateList(items::Collection& collection, const QByteArray& uid, const List& list,
+                    const std::set<QByteArray>* named, const ZoneCalendar& local);
+    bool updateDefaults(items::Library& library) const;
+    [[nodiscard]] tl::expected<EvolutionClient*, EKError> openClient(const QByteArray& collection);
+    [[nodiscard]] tl::expected<items::StoredText, items::WriteError> readBack(const items::Place& place);
+    /// Why nothing may be written: the item is gone or is not what it was.
+    [[nodiscard]] std::optional<items::WriteError> reasonNotToWrite(const items::Place& place,
+                                                                    const QByteArray& expected);
+
+    std::function<void(const items::Changes&)> observer_;
+    CallLimit limit_;
+    Ref<ESourceRegistry> registry_;
+    std::vector<gulong> handlers_;
+    std::map<QByteArray, std::unique_ptr<EvolutionClient>> clients_;
+    /// Lists that did not answer, and how often in a row.
+    std::map<QByteArray, int> silent_;
+};
+
+}  // namespace kestrant::evolution

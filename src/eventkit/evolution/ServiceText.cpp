@@ -1,0 +1,116 @@
+#include "eventkit/evolution/ServiceText.h"
+
+#include "eventkit/icalendar/DateValue.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant::evolution {
+
+using icalendar::Component;
+using icalendar::ComponentView;
+using icalendar::Document;
+
+namespace {
+
+/// By what the service tells whether somebody else has changed the item on the server.
+constexpr QByteArrayView serverVersion("X-EVOLUTION-CALDAV-ETAG");
+
+QByteArray dateOf(ComponentView component) {
+    const auto date = component.property("RECURRENCE-ID");
+    return date ? date->value : QByteArray();
+}
+
+QByteArray dateIn(const QByteArray& text) {
+    const auto component = Component::parse(text, "\r\n");
+    return component ? dateOf(component->view()) : QByteArray();
+}
+
+const ServicePart* findDate(const std::vector<ServicePart>& parts, const QByteArray& date) {
+    const auto found =
+        std::find_if(parts.begin(), parts.end(), [&](const ServicePart& part) { return part.date == date; });
+    return found == parts.end() ? nullptr : &*found;
+}
+
+QByteArray withServerVersionOf(const ServicePart& before, const QByteArray& after) {
+    auto component = Component::parse(after, "\r\n");
+    const auto present = Component::parse(before.text, "\r\n");
+    if (!component || !present)
+        return after;
+    if (const auto version = present->view().property(serverVersion))
+        component->set(*version, "\r\n");
+    else
+        component->remove(serverVersion);
+    return component->view().text();
+}
+
+}  // namespace
+
+std::vector<ServicePart> partsOf(const Document& document, QByteArrayView name) {
+    std::vector<ServicePart> result;
+    for (const ComponentView& component : document.components(name))
+        result.push_back({dateOf(component), component.text()});
+    std::stable_sort(result.begin(), result.end(),
+                     [](const ServicePart& a, const ServicePart& b) { return a.date < b.date; });
+    return result;
+}
+
+QByteArray fileOf(std::vector<QByteArray> components, const std::vector<QByteArray>& zones) {
+    if (components.size() > 1)
+        std::stable_sort(components.begin(), components.end(),
+                         [](const QByteArray& a, const QByteArray& b) { return dateIn(a) < dateIn(b); });
+    QByteArray result("BEGIN:VCALENDAR\r\nVERSION:2.0\r\n");
+    for (const auto* parts : {&zones, &std::as_const(components)}) {
+        for (const QByteArray& part : *parts)
+            result.append(part);
+    }
+    return result.append("END:VCALENDAR\r\n");
+}
+
+std::set<QByteArray> obscureZones(QByteArrayView components) {
+    constexpr QByteArrayView parameter(";TZID=");
+    std::set<QByteArray> names;
+    for (qsizetype at = components.indexOf(parameter); at >= 0; at = components.indexOf(parameter, at)) {
+        at += parameter.size();
+        const bool isQuoted = at < components.size() && components[at] == '"';
+        qsizetype end = at + (isQuoted ? 1 : 0);
+        while (end < components.size() && components[end] != '\n' &&
+               (isQuoted ? components[end] != '"' : components[end] != ':' && components[end] != ';'))
+            ++end;
+        names.insert(components.sliced(at, end - at).toByteArray().replace("\"", ""));
+        at = end;
+    }
+    static const Document nothing = Document::make();
+    std::erase_if(names, [](const QByteArray& name) {
+        return icalendar::zoneNamed(name, nothing, QDate(2000, 1, 1)).has_value();
+    });
+    return names;
+}
+
+ServiceChange changeBetween(const Document& before, const Document& after, QByteArrayView name) {
+    ServiceChange result;
+    const auto present = partsOf(before, name);
+    const auto wanted = partsOf(after, name);
+    for (const ServicePart& part : wanted) {
+        const ServicePart* const old = findDate(present, part.date);
+        ServicePart written = part;
+        if (old)
+            written.text = withServerVersionOf(*old, part.text);
+        else if (!present.empty())
+            written.text = withServerVersionOf(present.front(), part.text);
+        if (!old || old->text != written.text)
+            result.written.push_back(std::move(written));
+    }
+    std::copy_if(present.begin(), present.end(), std::back_inserter(result.removed),
+                 [&](const ServicePart& part) { return !findDate(wanted, part.date); });
+    std::vector<QByteArray> known;
+    for (const ComponentView& zone : before.components("VTIMEZONE"))
+        known.push_back(zone.text());
+    for (const ComponentView& zone : after.components("VTIMEZONE")) {
+        if (QByteArray text = zone.text(); std::find(known.begin(), known.end(), text) == known.end())
+            result.zones.push_back(std::move(text));
+    }
+    return result;
+}
+
+}  // namespace kestrant::evolution

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "eventkit/icalendar/Document.h"
+
+#include <QByteArray>
+
+#include <optional>
+#include <set>
+#include <vector>
+
+namespace kestrant::evolution {
+
+// The service keeps the components of an item one by one; a file is all of them together.
+
+/// One component of an item.
+struct ServicePart {
+    /// RECURRENCE-ID as it stands; empty for the item itself.
+    QByteArray date;
+    QByteArray text;
+};
+
+/// The components of this name.
+[[nodiscard]] std::vector<ServicePart> partsOf(const icalendar::Document& document, QByteArrayView name);
+
+/// The file made of these components, in an order that depends on nothing but what is in them, with these
+/// definitions of zones.
+[[nodiscard]] QByteArray fileOf(std::vector<QByteArray> components, const std::vector<QByteArray>& zones);
+/// The names of zones that components use and that mean nothing without a definition.
+[[nodiscard]] std::set<QByteArray> obscureZones(QByteArrayView components);
+
+/// What has to be written for a file to change.
+struct ServiceChange {
+    /// The item itself, then single dates of it.
+    std::vector<ServicePart> written;
+    std::vector<ServicePart> removed;
+    /// Definitions of zones that are new.
+    std::vector<QByteArray> zones;
+};
+/// What the service itself notes in components stays as it is in `before`.
+[[nodiscard]] ServiceChange changeBetween(const icalendar::Document& before, const icalendar::Document& after,
+                                          QByteArrayView name);
+
+}  // namespace kestrant::evolution

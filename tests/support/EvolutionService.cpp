@@ -1,0 +1,162 @@
+#include "support/EvolutionService.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+
+namespace kestrant {
+
+EvolutionService& EvolutionService::instance() {
+    static EvolutionService service;
+    return service;
+}
+
+EvolutionService::EvolutionService() {
+    const QDir folder(folder_.path());
+    ::setenv("HOME", QFile::encodeName(folder_.path()).constData(), 1);
+    for (const char* name : {"DATA", "CONFIG", "CACHE", "RUNTIME"}) {
+        const bool isRuntime = qstrcmp(name, "RUNTIME") == 0;
+        const QString path = folder.filePath(QString::fromLatin1(name).toLower());
+        EXPECT_TRUE(folder.mkpath(path));
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const QByteArray variable = QByteArray("XDG_") + name + (isRuntime ? "_DIR" : "_HOME");
+        ::setenv(variable.constData(), QFile::encodeName(path).constData(), 1);
+    }
+    ::setenv("GSETTINGS_BACKEND", "memory", 1);
+    ::setenv("GIO_USE_VFS", "local", 1);
+    ::unsetenv("DISPLAY");
+    ::unsetenv("WAYLAND_DISPLAY");
+    // The lists that every desktop has would be among those of the tests.
+    EXPECT_TRUE(folder.mkpath(folder.filePath("config/evolution/sources")));
+    for (const QString name : {"system-task-list", "system-calendar", "birthdays"}) {
+        QFile file(folder.filePath("config/evolution/sources/" + name + ".source"));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("[Data Source]\nDisplayName=" + name.toUtf8() + "\nEnabled=false\nParent=local-stub\n[" +
+                   (name == "system-task-list" ? "Task List" : "Calendar") + "]\nBackendName=local\n");
+    }
+    startBus();
+    GError* error = nullptr;
+    registry_ = e_source_registry_new_sync(nullptr, &error);
+    EXPECT_TRUE(registry_) << (error ? error->message : "");
+    g_clear_error(&error);
+}
+
+EvolutionService::~EvolutionService() {
+    g_clear_object(&registry_);
+    if (bus_ > 0) {
+        ::kill(bus_, SIGTERM);
+        ::waitpid(bus_, nullptr, 0);
+    }
+}
+
+void EvolutionService::startBus() {
+    std::array<int, 2> output{};
+    ASSERT_EQ(::pipe(output.data()), 0);
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_adddup2(&actions, output[1], 1);
+    ::posix_spawn_file_actions_addclose(&actions, output[0]);
+    std::array<const char*, 6> arguments{"dbus-daemon", "--session",         "--nofork",
+                                         "--nopidfile", "--print-address=1", nullptr};
+    ASSERT_EQ(::posix_spawnp(&bus_, "dbus-daemon", &actions, nullptr,
+                             const_cast<char* const*>(arguments.data()), environ),
+              0);
+    ::posix_spawn_file_actions_destroy(&actions);
+    ::close(output[1]);
+    QByteArray address;
+    char character = 0;
+    while (::read(output[0], &character, 1) == 1 && character != '\n')
+        address.append(character);
+    ::close(output[0]);
+    ASSERT_FALSE(address.isEmpty());
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", address.constData(), 1);
+}
+
+void EvolutionService::removeAll() {
+    // A registry of its own, because the one that is kept is told of changes only while its thread waits.
+    GError* error = nullptr;
+    ESourceRegistry* const registry = e_source_registry_new_sync(nullptr, &error);
+    ASSERT_TRUE(registry) << (error ? error->message : "");
+    for (const char* extension : {E_SOURCE_EXTENSION_TASK_LIST, E_SOURCE_EXTENSION_CALENDAR}) {
+        GList* const sources = e_source_registry_list_enabled(registry, extension);
+        for (const GList* link = sources; link; link = link->next) {
+            if (e_source_get_removable(E_SOURCE(link->data))) {
+                EXPECT_TRUE(e_source_remove_sync(E_SOURCE(link->data), nullptr, nullptr));
+            }
+        }
+        g_list_free_full(sources, g_object_unref);
+    }
+    g_object_unref(registry);
+}
+
+void EvolutionService::makeReadOnly(const QByteArray& list) {
+    GError* error = nullptr;
+    ESourceRegistry* const registry = e_source_registry_new_sync(nullptr, &error);
+    ESource* const source = e_source_registry_ref_source(registry, list.constData());
+    ASSERT_TRUE(source);
+    auto* const local = E_SOURCE_LOCAL(e_source_get_extension(source, E_SOURCE_EXTENSION_LOCAL_BACKEND));
+    GFile* const file = g_file_new_for_path(
+        QFile::encodeName(folder_.path() + "/data/evolution/tasks/" + QString::fromUtf8(list) + "/tasks.ics")
+            .constData());
+    e_source_local_set_custom_file(local, file);
+    e_source_local_set_writable(local, FALSE);
+    EXPECT_TRUE(e_source_write_sync(source, nullptr, &error)) << (error ? error->message : "");
+    g_object_unref(file);
+    g_object_unref(source);
+    g_object_unref(registry);
+}
+
+pid_t EvolutionService::processOf(const char* busName) {
+    GError* error = nullptr;
+    GDBusConnection* const bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error);
+    EXPECT_TRUE(bus);
+    const auto ask = [&](const char* method, GVariant* arguments, const char* type) {
+        return g_dbus_connection_call_sync(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                           "org.freedesktop.DBus", method, arguments, G_VARIANT_TYPE(type),
+                                           G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &error);
+    };
+    pid_t process = 0;
+    if (GVariant* const names = ask("ListNames", nullptr, "(as)")) {
+        GVariantIter* iterator = nullptr;
+        const gchar* name = nullptr;
+        g_variant_get(names, "(as)", &iterator);
+        while (g_variant_iter_next(iterator, "&s", &name)) {
+            if (!g_str_has_prefix(name, busName))
+                continue;
+            if (GVariant* const answer =
+                    ask("GetConnectionUnixProcessID", g_variant_new("(s)", name), "(u)")) {
+                guint32 found = 0;
+                g_variant_get(answer, "(u)", &found);
+                process = static_cast<pid_t>(found);
+                g_variant_unref(answer);
+            }
+        }
+        g_variant_iter_free(iterator);
+        g_variant_unref(names);
+    }
+    g_clear_error(&error);
+    g_object_unref(bus);
+    return process;
+}
+
+void EvolutionService::kill(const char* busName) {
+    const pid_t process = processOf(busName);
+    ASSERT_GT(process, 0) << busName;
+    const int handle = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
+    ASSERT_GE(handle, 0);
+    ASSERT_EQ(::kill(process, SIGKILL), 0);
+    pollfd waiting{handle, POLLIN, 0};
+    EXPECT_EQ(::poll(&waiting, 1, 10'000), 1);
+    ::close(handle);
+}
+
+}  // namespace kestrant
