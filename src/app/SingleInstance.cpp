@@ -3,10 +3,12 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QStandardPaths>
+#include <QLockFile>
+#include <QThread>
 
 #include <unistd.h>
 
@@ -15,6 +17,7 @@ namespace kestrant {
 namespace {
 
 constexpr int answerTimeoutMilliseconds = 2000;
+constexpr int retryMilliseconds = 20;
 const QString serviceName = QStringLiteral("com.Kestrant.notchapp");
 const QString objectPath = QStringLiteral("/com/Kestrant/notchapp");
 const QString interfaceName = QStringLiteral("com.Kestrant.notchapp");
@@ -28,6 +31,16 @@ QString socketPath() {
     if (folder.isEmpty())
         folder = QDir::tempPath();
     return folder + QStringLiteral("/com.Kestrant.notchapp-%1.socket").arg(::getuid());
+}
+
+QString lockPath() {
+    return socketPath() + QStringLiteral(".lock");
+}
+
+bool isRunning() {
+    QLockFile lock(lockPath());
+    lock.setStaleLockTime(0);
+    return !lock.tryLock(0) && lock.error() == QLockFile::LockFailedError;
 }
 
 bool sendOverBus(InstanceCommand command) {
@@ -68,6 +81,8 @@ class BusEndpoint : public QObject {
 }  // namespace
 
 struct SingleInstance::Private {
+    /// Held by the one; the system lets go of it with the process, however that ends.
+    QLockFile lock{lockPath()};
     std::unique_ptr<BusEndpoint> endpoint;
     std::unique_ptr<QLocalServer> server;
 };
@@ -80,31 +95,30 @@ SingleInstance::~SingleInstance() {
 }
 
 SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)> handler) {
+    d_->lock.setStaleLockTime(0);
+    if (!d_->lock.tryLock(0) && d_->lock.error() == QLockFile::LockFailedError)
+        return Claim::taken;
+
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (bus.isConnected()) {
         // The object is there before the name is, so that whoever sees the name gets an answer.
         d_->endpoint = std::make_unique<BusEndpoint>(handler);
         bus.registerObject(objectPath, d_->endpoint.get(), QDBusConnection::ExportAllSlots);
-        if (bus.registerService(serviceName))
-            return Claim::first;
-        bus.unregisterObject(objectPath);
-        d_->endpoint.reset();
-        if (bus.interface()->isServiceRegistered(serviceName))
-            return Claim::taken;
+        if (!bus.registerService(serviceName)) {
+            bus.unregisterObject(objectPath);
+            d_->endpoint.reset();
+            if (bus.interface()->isServiceRegistered(serviceName))
+                return Claim::taken;
+        }
     }
 
+    // For starts that have no bus, or another one. What is found at the path was left behind: the lock is
+    // ours.
     auto server = std::make_unique<QLocalServer>();
     server->setSocketOptions(QLocalServer::UserAccessOption);
-    if (!server->listen(socketPath())) {
-        QLocalSocket probe;
-        probe.connectToServer(socketPath());
-        if (probe.waitForConnected(answerTimeoutMilliseconds))
-            return Claim::taken;
-        // Nobody answers: the socket was left behind by a program that was killed.
-        QLocalServer::removeServer(socketPath());
-        if (!server->listen(socketPath()))
-            return Claim::unavailable;
-    }
+    QLocalServer::removeServer(socketPath());
+    if (!server->listen(socketPath()))
+        return d_->endpoint ? Claim::first : Claim::unavailable;
     QObject::connect(server.get(), &QLocalServer::newConnection, this, [this, handler = std::move(handler)] {
         while (QLocalSocket* socket = d_->server->nextPendingConnection()) {
             const auto answer = [socket, handler] {
@@ -129,7 +143,14 @@ SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)>
 }
 
 bool SingleInstance::send(InstanceCommand command) {
-    return sendOverBus(command) || sendOverSocket(command);
+    // One that has only just started holds the lock and cannot be reached yet.
+    const QDeadlineTimer deadline(answerTimeoutMilliseconds);
+    while (!sendOverBus(command) && !sendOverSocket(command)) {
+        if (!isRunning() || deadline.hasExpired())
+            return false;
+        QThread::msleep(retryMilliseconds);
+    }
+    return true;
 }
 
 }  // namespace kestrant

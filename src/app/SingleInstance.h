@@ -16,8 +16,8 @@ enum class InstanceCommand {
     toggle,
 };
 
-/// One running program per session: found by its name on the session bus, or by a local socket where there is
-/// no bus. Thread: main.
+/// One running program per person and machine, told by a lock in the runtime folder. Other starts reach it by
+/// its name on the session bus, or by a local socket where they have no bus. Thread: main.
 class SingleInstance : public QObject {
     Q_OBJECT
 
