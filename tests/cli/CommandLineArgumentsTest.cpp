@@ -1,5 +1,7 @@
 #include "cli/CommandLineArguments.h"
 
+#include "cli/CommandLineNames.h"
+
 #include <QDir>
 
 #include <gmock/gmock.h>
@@ -214,6 +216,17 @@ TEST(CommandLineArguments, MayStandInAnyOrder) {
     EXPECT_EQ(parseCommandLine({"add", "-"}, paris)->subject, "-");
     EXPECT_EQ(parseCommandLine({"complete", "x", "--help"}, paris)->command, Command::help);
     EXPECT_EQ(parseCommandLine({"--version"}, paris)->command, Command::version);
+}
+
+TEST(CommandLineArguments, AreAllToldByTheUsage) {
+    for (const QString& usage : {commandLineUsage().english, commandLineUsage().french}) {
+        for (const CommandName& command : commandNames())
+            EXPECT_TRUE(usage.contains(QStringLiteral(" %1 ").arg(command.name))) << command.name;
+        for (const OptionName& option : optionNames()) {
+            const bool isTold = usage.contains(option.name) || option.name == std::string_view("-h");
+            EXPECT_TRUE(isTold) << option.name;
+        }
+    }
 }
 
 TEST(CommandLineArguments, NameACommandWhereAWordStandsThatIsNoOptionsValue) {
