@@ -40,6 +40,13 @@ void Appearance::setShowsFocus(bool on) {
     Q_EMIT showsFocusChanged();
 }
 
+void Appearance::setTextScale(double scale) {
+    if (scale == textScale_)
+        return;
+    textScale_ = scale;
+    Q_EMIT textScaleChanged();
+}
+
 void Appearance::setCompositing(bool on) {
     if (on == compositing_)
         return;

@@ -14,6 +14,7 @@ class Appearance : public QObject {
     Q_PROPERTY(bool highContrast READ highContrast WRITE setHighContrast NOTIFY highContrastChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
     Q_PROPERTY(bool showsFocus READ showsFocus WRITE setShowsFocus NOTIFY showsFocusChanged)
+    Q_PROPERTY(double textScale READ textScale WRITE setTextScale NOTIFY textScaleChanged)
     Q_PROPERTY(bool compositing READ compositing WRITE setCompositing NOTIFY compositingChanged)
 
   public:
@@ -32,6 +33,9 @@ class Appearance : public QObject {
     /// The keyboard was used last, not the pointer: whatever has the focus is outlined.
     [[nodiscard]] bool showsFocus() const { return showsFocus_; }
     void setShowsFocus(bool on);
+    /// Of text, 1 is the usual size. The panel, whose size is fixed, follows it as far as its texts fit.
+    [[nodiscard]] double textScale() const { return textScale_; }
+    void setTextScale(double scale);
     /// Windows may be translucent. Without it popovers have no shadow and are cut to their outline.
     [[nodiscard]] bool compositing() const { return compositing_; }
     void setCompositing(bool on);
@@ -40,12 +44,14 @@ class Appearance : public QObject {
     void highContrastChanged();
     void reducedMotionChanged();
     void showsFocusChanged();
+    void textScaleChanged();
     void compositingChanged();
 
   private:
     bool highContrast_ = false;
     bool reducedMotion_ = false;
     bool showsFocus_ = false;
+    double textScale_ = 1.0;
     bool compositing_ = true;
 };
 

@@ -22,8 +22,8 @@ tl::expected<QString, TextPair> usableFolder(const QString& typed) {
     if (path == u'~' || path.startsWith(u"~/"))
         path.replace(0, 1, QDir::homePath());
     if (!QDir::isAbsolutePath(path))
-        return tl::unexpected(text("Write the whole path of the folder, from / or ~ on.",
-                                   "Écrivez le chemin complet du dossier, à partir de / ou de ~."));
+        return tl::unexpected(
+            text("Write the whole path, from / or ~ on.", "Écrivez le chemin entier, depuis / ou ~."));
     path = QDir::cleanPath(path);
     // What is not there yet can be made if the nearest folder above it may be written to.
     QFileInfo nearest(path);
@@ -123,7 +123,14 @@ void DataStoreViewModel::chooseFolder(const QString& path) {
 
 void DataStoreViewModel::pickFolder() {
     const QString start = usableFolder(folder()).value_or(QDir::homePath());
-    services_.pickFolder(start, [this](const QString& picked) { chooseFolder(picked); });
+    services_.pickFolder(start, [this](const tl::expected<QString, TextPair>& picked) {
+        if (picked) {
+            chooseFolder(*picked);
+        } else {
+            problem_ = picked.error();
+            Q_EMIT changed();
+        }
+    });
 }
 
 void DataStoreViewModel::forgetUnfinished() {

@@ -27,8 +27,11 @@ struct DataStoreServices {
     std::optional<QString> opened;
     /// Whether this desktop's own calendar service is there; asked whenever the choices are shown.
     std::function<bool()> evolutionIsAvailable;
-    /// Lets the person pick a folder, starting in one, and tells which; nothing when they change their mind.
-    std::function<void(const QString& start, std::function<void(const QString& folder)> picked)> pickFolder;
+    /// Lets the person pick a folder, starting in one, and tells which, or why that cannot be; nothing when
+    /// they change their mind. Not called after the view model is gone.
+    std::function<void(const QString& start,
+                       std::function<void(tl::expected<QString, TextPair> folder)> done)>
+        pickFolder;
     /// Ends the program and starts it anew.
     std::function<void()> restart;
 };

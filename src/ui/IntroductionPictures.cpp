@@ -89,6 +89,10 @@ std::vector<PictureState> introductionPictures() {
              stage.settings.dataStore()->chooseFolder(QStringLiteral("calendars"));
          }},
         {named("onboarding-ready"), [](Stage& stage) { stage.introduce(OnboardingViewModel::Page::ready); }},
+        {named("large-text"), expanded([](Stage& stage) {
+             stage.appearance.setTextScale(1.5);
+             stage.call("openSettings");
+         })},
         {named("onboarding-high-contrast"),
          [](Stage& stage) {
              stage.appearance.setHighContrast(true);

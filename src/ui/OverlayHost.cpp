@@ -184,7 +184,8 @@ void OverlayHost::place(Overlay& overlay) {
     window.setGeometry(QRect(QPointF(x - side, y - above).toPoint(), size.toSize()));
     if (!appearance_.compositing()) {
         QPainterPath outline;
-        outline.addRoundedRect(QRectF(QPointF(), size), popoverRadius, popoverRadius);
+        const double radius = popoverRadius * appearance_.textScale();
+        outline.addRoundedRect(QRectF(QPointF(), size), radius, radius);
         window.setMask(QRegion(outline.toFillPolygon().toPolygon()));
     }
 }

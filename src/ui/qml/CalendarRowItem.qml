@@ -97,7 +97,7 @@ Item {
             textFormat: Text.PlainText
             elide: Text.ElideRight
             color: root.ink
-            font.pixelSize: root.row.isAllDay ? 12 : 13
+            font.pixelSize: Theme.panelText(root.row.isAllDay ? 12 : 13)
             font.weight: Font.Medium
             Accessible.ignored: true
         }
@@ -113,7 +113,7 @@ Item {
             textFormat: Text.PlainText
             elide: Text.ElideRight
             color: Theme.secondaryText
-            font.pixelSize: 11
+            font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
         }
         Text {
@@ -128,7 +128,7 @@ Item {
             textFormat: Text.PlainText
             elide: Text.ElideRight
             color: Theme.secondaryText
-            font.pixelSize: 11
+            font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
         }
         FigureText {
@@ -138,7 +138,7 @@ Item {
             height: title.height
             text: root.showsSpan && !(root.row.isAllDay && !root.wide) ? root.row.spanText : root.row.briefTimeText
             color: root.row.isNow ? Theme.accentText : root.row.isOverdue ? Theme.overdue : Theme.secondaryText
-            font.pixelSize: 12
+            font.pixelSize: Theme.panelText(12)
         }
 
         // How far what happens now has come.

@@ -22,7 +22,7 @@ Item {
         elide: Text.ElideRight
         text: heading.text
         color: heading.color
-        font.pixelSize: 11
+        font.pixelSize: Theme.panelText(11)
         font.weight: Font.DemiBold
         font.letterSpacing: 0.6
         Accessible.ignored: true
@@ -37,7 +37,7 @@ Item {
         verticalAlignment: Text.AlignVCenter
         text: heading.month
         color: Theme.secondaryText
-        font.pixelSize: 11
+        font.pixelSize: Theme.panelText(11)
         Accessible.ignored: true
     }
 }

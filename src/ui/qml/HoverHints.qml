@@ -22,7 +22,7 @@ Item {
         verticalAlignment: Text.AlignVCenter
         text: hints.panel.dueTodayCount
         color: Theme.text
-        font.pixelSize: 12
+        font.pixelSize: Theme.panelText(12)
         font.weight: Font.DemiBold
         Accessible.role: Accessible.StaticText
         Accessible.name: Localizer.text("%1 due today", "%1 pour aujourd’hui").arg(hints.panel.dueTodayCount)
@@ -34,7 +34,7 @@ Item {
         verticalAlignment: Text.AlignVCenter
         text: hints.panel.nextEventText
         color: Theme.accentText
-        font.pixelSize: 12
+        font.pixelSize: Theme.panelText(12)
         font.weight: Font.DemiBold
     }
 }

@@ -37,7 +37,7 @@ Item {
             wrapMode: Text.Wrap
             text: notice.heading
             color: Theme.text
-            font.pixelSize: notice.narrow ? 13 : 14
+            font.pixelSize: Theme.panelText(notice.narrow ? 13 : 14)
             font.weight: Font.DemiBold
             Accessible.ignored: true
         }
@@ -53,7 +53,7 @@ Item {
             maximumLineCount: notice.narrow ? 4 : 2
             elide: Text.ElideRight
             color: Theme.secondaryText
-            font.pixelSize: 12
+            font.pixelSize: Theme.panelText(12)
             Accessible.ignored: true
         }
         Item { width: 1; height: 14; visible: notice.action !== "" }

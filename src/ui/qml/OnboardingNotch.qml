@@ -9,6 +9,8 @@ Item {
     required property SettingsViewModel settings
     property bool live: false
     property bool forcedOpen: false
+    /// A sign below shows where it is.
+    property bool pointedOut: false
 
     readonly property int phase: forcedOpen ? 2 : live ? onboarding.notch.phase : 0
     readonly property bool open: phase === 2
@@ -113,6 +115,24 @@ Item {
             anchors.fill: parent
             onClicked: scene.onboarding.clickNotch()
             onWheel: wheel => scene.onboarding.scrollNotch(wheel.angleDelta.y)
+        }
+    }
+    Icon {
+        id: pointer
+        visible: scene.pointedOut && !scene.open
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: 34
+        width: 28
+        height: 28
+        rotation: 180
+        strokeWidth: 2.5
+        name: "chevronDown"
+        color: Theme.white(0.85)
+        SequentialAnimation on y {
+            running: pointer.visible && !Theme.still
+            loops: 8
+            NumberAnimation { to: 42; duration: 700; easing.type: Easing.InOutSine }
+            NumberAnimation { to: 34; duration: 700; easing.type: Easing.InOutSine }
         }
     }
     FocusScope {

@@ -14,12 +14,18 @@ FocusScope {
     default property alias content: body.data
 
     readonly property bool translucent: Appearance.compositing
-    readonly property real marginX: translucent ? 44 : 0
-    readonly property real marginTop: translucent ? 28 : 0
-    readonly property real marginBottom: translucent ? 60 : 0
+    /// Popovers grow with the texts on them.
+    readonly property real zoom: Appearance.textScale
+    readonly property real shadowX: translucent ? 44 : 0
+    readonly property real shadowTop: translucent ? 28 : 0
+    readonly property real shadowBottom: translucent ? 60 : 0
+    // As much of the window as is only shadow.
+    readonly property real marginX: shadowX * zoom
+    readonly property real marginTop: shadowTop * zoom
+    readonly property real marginBottom: shadowBottom * zoom
 
-    implicitWidth: contentWidth + 2 * padding + 2 * marginX
-    implicitHeight: contentHeight + 2 * padding + marginTop + marginBottom
+    implicitWidth: (contentWidth + 2 * padding + 2 * shadowX) * zoom
+    implicitHeight: (contentHeight + 2 * padding + shadowTop + shadowBottom) * zoom
 
     Accessible.role: Accessible.Dialog
     Accessible.name: spokenName
@@ -48,22 +54,24 @@ FocusScope {
 
     Item {
         id: rise
-        width: parent.width
-        height: parent.height
+        width: parent.width / popover.zoom
+        height: parent.height / popover.zoom
+        scale: popover.zoom
+        transformOrigin: Item.TopLeft
 
         DropShadow {
             visible: popover.translucent
             anchors.fill: parent
             radius: Theme.popoverRadius
-            marginLeft: popover.marginX
-            marginTop: popover.marginTop
-            marginBottom: popover.marginBottom
+            marginLeft: popover.shadowX
+            marginTop: popover.shadowTop
+            marginBottom: popover.shadowBottom
         }
         Rectangle {
-            x: popover.marginX
-            y: popover.marginTop
+            x: popover.shadowX
+            y: popover.shadowTop
             width: parent.width - 2 * x
-            height: parent.height - y - popover.marginBottom
+            height: parent.height - y - popover.shadowBottom
             radius: Theme.popoverRadius
             color: Theme.popover
             // Opaque, since there is nothing of the surface below it.
@@ -72,8 +80,8 @@ FocusScope {
         }
         Item {
             id: body
-            x: popover.marginX + popover.padding
-            y: popover.marginTop + popover.padding
+            x: popover.shadowX + popover.padding
+            y: popover.shadowTop + popover.padding
             width: popover.contentWidth
             height: popover.contentHeight
         }

@@ -23,7 +23,8 @@ Flickable {
                 return
         }
         const top = item.mapToItem(contentItem, 0, 0).y - 12
-        const bottom = top + item.height + 24
+        // Not without the last words below the last thing.
+        const bottom = top + item.height + (contentHeight - top - item.height < 64 ? 64 : 24)
         if (top < contentY)
             contentY = Math.max(0, top)
         else if (bottom > contentY + height)

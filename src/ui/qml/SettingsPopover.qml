@@ -86,7 +86,7 @@ Popover {
         x: -8
         width: parent.width + 16
         anchors.top: title.bottom
-        height: Math.min(contentHeight, Math.max(240, Math.min(560, popover.roomHeight - 110)))
+        height: Math.min(contentHeight, Math.max(240, Math.min(560, popover.roomHeight / popover.zoom - 110)))
         contentHeight: column.height
 
         Column {

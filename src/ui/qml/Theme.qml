@@ -46,6 +46,10 @@ QtObject {
     readonly property int leaveDuration: still ? 0 : 200
     readonly property int hoverDuration: still ? 0 : 120
 
+    /// A size of text on the panel, which has as much room as it has.
+    function panelText(size) {
+        return Math.round(size * Math.min(1.2, Appearance.textScale))
+    }
     function white(alpha) {
         return Qt.rgba(1, 1, 1, alpha)
     }
