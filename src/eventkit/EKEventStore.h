@@ -162,6 +162,7 @@ class EKEventStore {
 
   private:
     friend class EKReminder;
+    friend class EventStoreSwitch;
     struct StoredReminder {
         std::shared_ptr<const EKReminderData> data;
         QByteArray version;
