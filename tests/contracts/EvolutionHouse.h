@@ -16,12 +16,13 @@ namespace kestrant {
 
 /// The desktop's calendar service. Others are a second client of it; their changes are told by the service.
 struct EvolutionHouse {
-    EvolutionHouse() { EvolutionService::instance().removeAll(); }
+    explicit EvolutionHouse(std::chrono::milliseconds longestCall = EvolutionEventStore::longestCall)
+        : store(scheduler, scheduler, calendar, longestCall) {}
 
     ManualScheduler scheduler{at("Europe/Paris", {2026, 3, 27}, {8, 0})};
     FixedCalendar calendar{"Europe/Paris"};
-    EvolutionService& service = EvolutionService::instance();
-    EvolutionEventStore store{scheduler, scheduler, calendar};
+    EvolutionService& service = EvolutionService::emptied();
+    EvolutionEventStore store;
 
     template <typename Change>
     void changeElsewhere(const QString& identifier, Change change) {
@@ -39,7 +40,7 @@ struct EvolutionHouse {
         awaitNotice();
     }
     void makeReadOnly(const QString& list) {
-        service.makeReadOnly(list.toUtf8());
+        service.makeReadOnly(list);
         awaitNotice();
     }
     /// Lets time go on until the store has told of a change.

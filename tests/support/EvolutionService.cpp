@@ -12,12 +12,39 @@
 #include <unistd.h>
 
 #include <array>
+#include <memory>
 
 namespace kestrant {
 
-EvolutionService& EvolutionService::instance() {
-    static EvolutionService service;
+namespace {
+
+std::unique_ptr<EvolutionService>& theService() {
+    static std::unique_ptr<EvolutionService> service;
     return service;
+}
+
+/// The service ends with the tests, not among the last things that a program does.
+class Shutdown final : public ::testing::Environment {
+  public:
+    void TearDown() override { theService().reset(); }
+};
+[[maybe_unused]] const ::testing::Environment* const shutdown =
+    ::testing::AddGlobalTestEnvironment(new Shutdown);
+
+GDBusConnection* sessionBus() {
+    GDBusConnection* const bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
+    if (bus)
+        g_dbus_connection_set_exit_on_close(bus, FALSE);
+    return bus;
+}
+
+}  // namespace
+
+EvolutionService& EvolutionService::emptied() {
+    if (!theService())
+        theService().reset(new EvolutionService);
+    theService()->removeAll();
+    return *theService();
 }
 
 EvolutionService::EvolutionService() {
@@ -44,14 +71,11 @@ EvolutionService::EvolutionService() {
                    (name == "system-task-list" ? "Task List" : "Calendar") + "]\nBackendName=local\n");
     }
     startBus();
-    GError* error = nullptr;
-    registry_ = e_source_registry_new_sync(nullptr, &error);
-    EXPECT_TRUE(registry_) << (error ? error->message : "");
-    g_clear_error(&error);
+    if (GDBusConnection* const bus = sessionBus())
+        g_object_unref(bus);
 }
 
 EvolutionService::~EvolutionService() {
-    g_clear_object(&registry_);
     if (bus_ > 0) {
         ::kill(bus_, SIGTERM);
         ::waitpid(bus_, nullptr, 0);
@@ -82,7 +106,6 @@ void EvolutionService::startBus() {
 }
 
 void EvolutionService::removeAll() {
-    // A registry of its own, because the one that is kept is told of changes only while its thread waits.
     GError* error = nullptr;
     ESourceRegistry* const registry = e_source_registry_new_sync(nullptr, &error);
     ASSERT_TRUE(registry) << (error ? error->message : "");
@@ -98,26 +121,20 @@ void EvolutionService::removeAll() {
     g_object_unref(registry);
 }
 
-void EvolutionService::makeReadOnly(const QByteArray& list) {
-    GError* error = nullptr;
-    ESourceRegistry* const registry = e_source_registry_new_sync(nullptr, &error);
-    ESource* const source = e_source_registry_ref_source(registry, list.constData());
-    ASSERT_TRUE(source);
-    auto* const local = E_SOURCE_LOCAL(e_source_get_extension(source, E_SOURCE_EXTENSION_LOCAL_BACKEND));
+void EvolutionService::makeReadOnly(const QString& list) {
     GFile* const file = g_file_new_for_path(
-        QFile::encodeName(folder_.path() + "/data/evolution/tasks/" + QString::fromUtf8(list) + "/tasks.ics")
-            .constData());
-    e_source_local_set_custom_file(local, file);
-    e_source_local_set_writable(local, FALSE);
-    EXPECT_TRUE(e_source_write_sync(source, nullptr, &error)) << (error ? error->message : "");
+        QFile::encodeName(folder_.path() + "/data/evolution/tasks/" + list + "/tasks.ics").constData());
+    ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([&](ESource* source) {
+        auto* const local = E_SOURCE_LOCAL(e_source_get_extension(source, E_SOURCE_EXTENSION_LOCAL_BACKEND));
+        e_source_local_set_custom_file(local, file);
+        e_source_local_set_writable(local, FALSE);
+    });
     g_object_unref(file);
-    g_object_unref(source);
-    g_object_unref(registry);
 }
 
 pid_t EvolutionService::processOf(const char* busName) {
     GError* error = nullptr;
-    GDBusConnection* const bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error);
+    GDBusConnection* const bus = sessionBus();
     EXPECT_TRUE(bus);
     const auto ask = [&](const char* method, GVariant* arguments, const char* type) {
         return g_dbus_connection_call_sync(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
@@ -157,6 +174,85 @@ void EvolutionService::kill(const char* busName) {
     pollfd waiting{handle, POLLIN, 0};
     EXPECT_EQ(::poll(&waiting, 1, 10'000), 1);
     ::close(handle);
+}
+
+ForeignList::ForeignList(const QString& list, ECalClientSourceType type) {
+    GError* error = nullptr;
+    registry_ = e_source_registry_new_sync(nullptr, &error);
+    EXPECT_TRUE(registry_);
+    source_ = e_source_registry_ref_source(registry_, list.toUtf8().constData());
+    EXPECT_TRUE(source_);
+    EClient* const client =
+        e_cal_client_connect_sync(source_, type, static_cast<guint32>(-1), nullptr, &error);
+    EXPECT_TRUE(client) << (error ? error->message : "");
+    client_ = E_CAL_CLIENT(client);
+    g_clear_error(&error);
+}
+
+ForeignList::~ForeignList() {
+    g_clear_object(&client_);
+    g_clear_object(&source_);
+    g_clear_object(&registry_);
+}
+
+void ForeignList::addZone(const QByteArray& definition) {
+    ICalComponent* const component = i_cal_component_new_from_string(definition.constData());
+    ICalTimezone* const zone = i_cal_timezone_new();
+    EXPECT_TRUE(i_cal_timezone_set_component(zone, component));
+    EXPECT_TRUE(e_cal_client_add_timezone_sync(client_, zone, nullptr, nullptr));
+    g_object_unref(zone);
+    g_object_unref(component);
+}
+
+void ForeignList::add(const QByteArray& component) {
+    GError* error = nullptr;
+    ICalComponent* const item = i_cal_component_new_from_string(component.constData());
+    EXPECT_TRUE(
+        e_cal_client_create_object_sync(client_, item, E_CAL_OPERATION_FLAG_NONE, nullptr, nullptr, &error))
+        << (error ? error->message : "");
+    g_object_unref(item);
+    g_clear_error(&error);
+}
+
+void ForeignList::replace(const QByteArray& component) {
+    GError* error = nullptr;
+    ICalComponent* const item = i_cal_component_new_from_string(component.constData());
+    const auto extent = component.contains("RECURRENCE-ID") ? E_CAL_OBJ_MOD_THIS : E_CAL_OBJ_MOD_ALL;
+    EXPECT_TRUE(
+        e_cal_client_modify_object_sync(client_, item, extent, E_CAL_OPERATION_FLAG_NONE, nullptr, &error))
+        << (error ? error->message : "");
+    g_object_unref(item);
+    g_clear_error(&error);
+}
+
+std::vector<std::multiset<QByteArray>> ForeignList::linesOf(const QByteArray& uid) {
+    GSList* components = nullptr;
+    EXPECT_TRUE(
+        e_cal_client_get_objects_for_uid_sync(client_, uid.constData(), &components, nullptr, nullptr));
+    std::vector<std::multiset<QByteArray>> result;
+    for (const GSList* link = components; link; link = link->next) {
+        gchar* const text =
+            i_cal_component_as_ical_string(e_cal_component_get_icalcomponent(E_CAL_COMPONENT(link->data)));
+        QByteArray unfolded(text);
+        g_free(text);
+        unfolded.replace("\r\n ", "").replace("\r\n", "\n");
+        std::multiset<QByteArray> lines;
+        for (const QByteArray& line : unfolded.split('\n')) {
+            const auto isAbout = [&](const char* name) { return line.startsWith(name); };
+            if (!isAbout("DTSTAMP") && !isAbout("LAST-MODIFIED") && !isAbout("SEQUENCE") && !line.isEmpty())
+                lines.insert(line);
+        }
+        result.push_back(std::move(lines));
+    }
+    g_slist_free_full(components, g_object_unref);
+    return result;
+}
+
+void ForeignList::setSettings(const std::function<void(ESource*)>& change) {
+    GError* error = nullptr;
+    change(source_);
+    EXPECT_TRUE(e_source_write_sync(source_, nullptr, &error)) << (error ? error->message : "");
+    g_clear_error(&error);
 }
 
 }  // namespace kestrant

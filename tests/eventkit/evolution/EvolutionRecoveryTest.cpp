@@ -1,0 +1,127 @@
+#include "contracts/EvolutionHouse.h"
+#include "support/EventStoreDriver.h"
+
+#include <gmock/gmock.h>
+#include <signal.h>
+
+namespace kestrant {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+class EvolutionRecovery : public ::testing::Test {
+  protected:
+    explicit EvolutionRecovery(std::chrono::milliseconds longestCall = EvolutionEventStore::longestCall)
+        : house(longestCall) {}
+    void open() {
+        ASSERT_EQ(driver.requestAccess(), std::nullopt);
+        list = driver.addList("Groceries");
+        identifier = add("bread")->calendarItemIdentifier();
+    }
+    EKReminderRef add(const char* title) {
+        return driver.add(aReminder("").titled(QString::fromLatin1(title)).in(list));
+    }
+    /// Lets time go on until this holds.
+    void awaitThat(const std::function<bool()>& holds) {
+        while (!holds()) {
+            ASSERT_TRUE(
+                house.scheduler.runUntil([&] { return holds() || house.scheduler.pendingCount() > 0; }));
+            house.scheduler.advance(1s);
+        }
+    }
+    [[nodiscard]] std::vector<QString> listTitles() const {
+        std::vector<QString> result;
+        for (const EKCalendar& calendar : house.store.calendars(EKEntityType::reminder))
+            result.push_back(calendar.title);
+        return result;
+    }
+    void addElsewhere(const QByteArray& uid) {
+        ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS)
+            .add("BEGIN:VTODO\r\nUID:" + uid + "\r\nDTSTAMP:20260101T000000Z\r\nSUMMARY:" + uid +
+                 "\r\nEND:VTODO\r\n");
+    }
+
+    EvolutionHouse house;
+    EventStoreDriver driver{house.store, house.scheduler};
+    QString list;
+    QString identifier;
+};
+
+TEST_F(EvolutionRecovery, GoesOnWhenAProcessOfTheServiceWasKilled) {
+    open();
+    for (const char* name :
+         {"org.gnome.evolution.dataserver.Calendar", "org.gnome.evolution.dataserver.Sources"}) {
+        house.service.kill(name);
+        // Whether the loss has been noticed by now or not, a change is either made or refused, never lost.
+        const QByteArray uid = QByteArray("after ") + name;
+        awaitThat([&] { return driver.openTitles() == std::vector<QString>{"bread"}; });
+        addElsewhere(uid);
+        awaitThat([&] { return house.store.calendarItem(uid) != nullptr && house.store.problems().empty(); });
+        EXPECT_TRUE(house.store.calendarItem(identifier));
+        const EKReminderRef reminder = house.store.calendarItem(uid);
+        ASSERT_TRUE(driver.remove(reminder).has_value());
+    }
+}
+
+/// With little patience.
+class EvolutionSilence : public EvolutionRecovery {
+  protected:
+    EvolutionSilence() : EvolutionRecovery(2s) {}
+};
+
+TEST_F(EvolutionSilence, IsToldAndWhatWasSeenLastIsShown) {
+    open();
+    const pid_t process = house.service.processOf("org.gnome.evolution.dataserver.Calendar");
+    ASSERT_GT(process, 0);
+    ASSERT_EQ(::kill(process, SIGSTOP), 0);
+    const EKReminderRef reminder = house.store.calendarItem(identifier);
+    reminder->data.title = "milk";
+    const auto refused = driver.save(reminder);
+    ASSERT_FALSE(refused.has_value());
+    EXPECT_EQ(refused.error().code, EKError::Code::storage);
+    awaitThat([&] { return !house.store.problems().empty(); });
+    EXPECT_TRUE(house.store.problems()[0].english.startsWith(u"“Groceries” does not answer"));
+    EXPECT_THAT(driver.openTitles(), ElementsAre("bread"));
+    EXPECT_FALSE(house.store.calendarWithIdentifier(list)->allowsContentModifications);
+
+    ASSERT_EQ(::kill(process, SIGCONT), 0);
+    awaitThat([&] { return house.store.problems().empty(); });
+    EXPECT_TRUE(driver.save(reminder).has_value());
+    EXPECT_THAT(driver.openTitles(), ElementsAre("milk"));
+}
+
+TEST_F(EvolutionRecovery, FollowsListsThatOthersMakeChangeDisableAndRemove) {
+    open();
+    EvolutionHouse::Other other(house.calendar.calendar());
+    const auto made = other.database.saveCalendar({.title = "Aardvarks", .color = Color{1, 2, 3}},
+                                                  house.calendar.calendar());
+    ASSERT_TRUE(made.has_value());
+    house.awaitNotice();
+    EXPECT_THAT(listTitles(), ElementsAre("Aardvarks", "Groceries"));
+    EXPECT_EQ(house.store.calendars(EKEntityType::reminder)[0].color, (Color{1, 2, 3}));
+
+    ForeignList(made->calendarIdentifier, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([](ESource* source) {
+        e_source_set_display_name(source, "Zebras");
+    });
+    awaitThat([&] { return listTitles() == std::vector<QString>{"Groceries", "Zebras"}; });
+    ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([](ESource* source) {
+        e_source_set_enabled(source, FALSE);
+    });
+    awaitThat([&] { return listTitles() == std::vector<QString>{"Zebras"}; });
+    EXPECT_THAT(driver.openTitles(), IsEmpty());
+    ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([](ESource* source) {
+        e_source_set_enabled(source, TRUE);
+    });
+    awaitThat([&] { return listTitles().size() == 2; });
+    EXPECT_THAT(driver.openTitles(), ElementsAre("bread"));
+    house.service.removeAll();
+    awaitThat([&] { return listTitles().empty(); });
+    EXPECT_THAT(driver.openTitles(), IsEmpty());
+    EXPECT_THAT(house.store.problems(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace kestrant
