@@ -171,7 +171,8 @@ tl::expected<void, TextPair> AppDelegate::createPanel() {
         .history = history_,
         .calendarStore = calendar,
         .feedbackClient = [this]() -> FeedbackAPIClient& { return feedbackClient(); },
-        .collection = collectionSwitch(),
+        .settings = settingsServices(),
+        .ledger = ledger_,
     });
     createPanelController();
     return {};
@@ -221,6 +222,25 @@ FeedbackAPIClient& AppDelegate::feedbackClient() {
         feedbackClient_ = std::make_unique<FeedbackAPIClient>(information_, *feedbackSession_);
     }
     return *feedbackClient_;
+}
+
+SettingsServices AppDelegate::settingsServices() {
+    return {
+        .collection = collectionSwitch(),
+        .launchAtLogin = &launchAtLoginManager_,
+        .dataStore = {.defaultFolder = EventStoreLocation::embeddedDefault().folder,
+                      .opened = defaults_.string(preferenceKeys::eventStore)},
+        .problems = [this] { return problems(); },
+        .showTutorial = [this] { notifications_.post(notifications::showTutorial); },
+        .version = QCoreApplication::applicationVersion(),
+    };
+}
+
+std::vector<TextPair> AppDelegate::problems() {
+    std::vector<TextPair> problems = reminderStore().problems();
+    if (auto problem = defaults_.problem())
+        problems.insert(problems.begin(), std::move(*problem));
+    return problems;
 }
 
 std::optional<CollectionSwitch> AppDelegate::collectionSwitch() {
@@ -287,6 +307,9 @@ void AppDelegate::createPanelController() {
     connect(&interface_->calendar, &CalendarViewModel::privacyPageRequested, this,
             [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(CalendarStore::privacyPage))); });
     connect(&interface_->settings, &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
+    connect(reminderStore_.get(), &ReminderStore::problemsChanged, &interface_->settings,
+            &SettingsViewModel::problemsChanged);
+    settingsProblems_ = defaults_.observeProblem([this] { Q_EMIT interface_->settings.problemsChanged(); });
 }
 
 void AppDelegate::togglePanel() {

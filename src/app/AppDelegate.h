@@ -42,6 +42,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace kestrant {
 
@@ -52,6 +53,7 @@ class WakeObserver;
 class X11PanelWindow;
 class X11PointerProvider;
 struct CollectionSwitch;
+struct SettingsServices;
 
 /// Builds every long-lived object in its fixed order, owns them all for the life of the process, and answers
 /// what happens to the application as a whole. The one place that names adapters. Thread: main.
@@ -98,6 +100,9 @@ class AppDelegate : public QObject {
     [[nodiscard]] FeedbackAPIClient& feedbackClient();
     /// Absent where nothing is counted.
     [[nodiscard]] std::optional<CollectionSwitch> collectionSwitch();
+    [[nodiscard]] SettingsServices settingsServices();
+    /// What cannot be read or kept, one sentence each.
+    [[nodiscard]] std::vector<TextPair> problems();
     [[nodiscard]] Lifecycle::Actions lifecycleActions();
     [[nodiscard]] tl::expected<void, TextPair> createPanel();
     void createOnboarding();
@@ -142,6 +147,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<QtScreenProvider> screens_;
     std::unique_ptr<NotchGeometry> geometry_;
     std::unique_ptr<PanelInterface> interface_;
+    Subscription settingsProblems_;
     std::unique_ptr<X11PointerProvider> pointer_;
     std::unique_ptr<X11PanelWindow> panelWindow_;
     std::unique_ptr<NotchPanelController> panelController_;

@@ -15,6 +15,7 @@
 #include "ui/ReminderEditViewModel.h"
 #include "ui/RemindersViewModel.h"
 #include "ui/SettingsViewModel.h"
+#include "ui/YearRevealViewModel.h"
 
 #include <QLocale>
 
@@ -24,6 +25,7 @@
 namespace kestrant {
 
 class CalendarStore;
+class CompletionLedgerRepository;
 class Feedback;
 class Localization;
 class NotchGeometry;
@@ -49,7 +51,8 @@ class PanelInterface {
         ReminderActionHistory& history;
         CalendarStore& calendarStore;
         std::function<FeedbackAPIClient&()> feedbackClient;
-        std::optional<CollectionSwitch> collection;
+        SettingsServices settings;
+        CompletionLedgerRepository& ledger;
     };
 
     explicit PanelInterface(const Models& models)
@@ -61,13 +64,15 @@ class PanelInterface {
                    [] { return QLocale::system(); })
         , quickAdd(models.reminders, models.clock, models.calendar, localizer)
         , feedback(models.feedbackClient, localizer)
-        , settings(models.preferences, localizer, feedback, {.collection = models.collection})
+        , settings(models.preferences, localizer, feedback, models.settings)
         , newEvent(models.calendarStore, models.clock, models.calendar, localizer)
         , calendarEdit(models.calendarStore, models.clock, models.calendar, localizer)
         , reminderEdit(models.reminders, models.clock, models.calendar, localizer)
         , history(models.history, models.notifications, localizer)
+        , yearReveal(models.interaction, models.ledger, models.preferences, models.clock, models.calendar,
+                     localizer)
         , view({models.interaction, localizer, appearance, panel, reminders, calendar, quickAdd, settings,
-                newEvent, calendarEdit, reminderEdit, history}) {}
+                newEvent, calendarEdit, reminderEdit, history, yearReveal}) {}
 
     Localizer localizer;
     Appearance appearance{nullptr};
@@ -81,6 +86,7 @@ class PanelInterface {
     CalendarEditViewModel calendarEdit;
     ReminderEditViewModel reminderEdit;
     HistoryViewModel history;
+    YearRevealViewModel yearReveal;
     PanelView view;
 };
 

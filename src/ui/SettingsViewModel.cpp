@@ -16,6 +16,7 @@ SettingsViewModel::SettingsViewModel(Preferences& preferences, Localizer& locali
     , dataStore_(preferences, localizer, services_.dataStore)
     , subscription_(preferences.observeChanges([this](const QString&) { Q_EMIT changed(); })) {
     connect(&localizer, &Localizer::languageChanged, this, &SettingsViewModel::changed);
+    connect(&localizer, &Localizer::languageChanged, this, &SettingsViewModel::problemsChanged);
     if (services_.launchAtLogin)
         connect(services_.launchAtLogin, &LaunchAtLoginManager::isEnabledChanged, this,
                 &SettingsViewModel::changed);
@@ -146,6 +147,15 @@ void SettingsViewModel::setCounts(bool on) {
 
 QString SettingsViewModel::countsHelp() const {
     return canCount() ? localizer_(services_.collection->help) : QString();
+}
+
+QStringList SettingsViewModel::problems() const {
+    QStringList sentences;
+    if (services_.problems) {
+        for (const TextPair& problem : services_.problems())
+            sentences.append(localizer_(problem));
+    }
+    return sentences;
 }
 
 bool SettingsViewModel::launchesAtLogin() const {

@@ -8,10 +8,12 @@
 #include <QObject>
 #include <QQmlEngine>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace kestrant {
 
@@ -31,6 +33,8 @@ struct SettingsServices {
     std::optional<CollectionSwitch> collection;
     LaunchAtLoginManager* launchAtLogin = nullptr;
     DataStoreServices dataStore;
+    /// What keeps the program from reading or keeping something, one sentence each.
+    std::function<std::vector<TextPair>()> problems;
     /// Opens the introduction at its tutorial.
     std::function<void()> showTutorial;
     /// Such as "1.2.0".
@@ -69,6 +73,8 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(bool counts READ counts WRITE setCounts NOTIFY changed)
     Q_PROPERTY(QString countsHelp READ countsHelp NOTIFY changed)
     Q_PROPERTY(DataStoreViewModel* dataStore READ dataStore CONSTANT)
+    /// What keeps the program from reading or keeping something, one sentence each; mostly none.
+    Q_PROPERTY(QStringList problems READ problems NOTIFY problemsChanged)
     Q_PROPERTY(bool canLaunchAtLogin READ canLaunchAtLogin CONSTANT)
     Q_PROPERTY(bool launchesAtLogin READ launchesAtLogin WRITE setLaunchesAtLogin NOTIFY changed)
     /// Why that could not be changed; empty for none.
@@ -115,6 +121,7 @@ class SettingsViewModel : public QObject {
     [[nodiscard]] QString countsHelp() const;
     [[nodiscard]] FeedbackViewModel* feedback() const { return &feedback_; }
     [[nodiscard]] DataStoreViewModel* dataStore() { return &dataStore_; }
+    [[nodiscard]] QStringList problems() const;
     [[nodiscard]] bool canLaunchAtLogin() const { return services_.launchAtLogin != nullptr; }
     [[nodiscard]] bool launchesAtLogin() const;
     void setLaunchesAtLogin(bool launches);
@@ -132,6 +139,9 @@ class SettingsViewModel : public QObject {
 
   Q_SIGNALS:
     void changed();
+    /// To be emitted by whoever knows that there are others now; the view model does so when the language
+    /// changes.
+    void problemsChanged();
     /// The introduction is about to be shown.
     void tutorialRequested();
     /// The person wants the program to end.

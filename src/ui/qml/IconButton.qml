@@ -7,6 +7,8 @@ FocusScope {
     required property string iconName
     required property string spokenName
     property bool checked: false
+    /// Something behind the button wants to be looked at.
+    property bool warns: false
     property string tip: spokenName
     readonly property bool hovered: pointer.hovered
     signal clicked
@@ -37,6 +39,16 @@ FocusScope {
         anchors.centerIn: parent
         name: button.iconName
         color: button.hovered || button.checked ? Theme.text : Theme.chipText
+    }
+    Rectangle {
+        visible: button.warns
+        anchors.right: parent.right
+        anchors.rightMargin: 3
+        y: 3
+        width: 6
+        height: 6
+        radius: 3
+        color: Theme.flag
     }
     HoverHandler { id: pointer; enabled: button.enabled }
     TapHandler { onTapped: button.clicked() }

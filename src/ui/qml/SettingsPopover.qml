@@ -94,6 +94,10 @@ Popover {
             x: 8
             width: popover.contentWidth
 
+            ProblemList {
+                width: parent.width
+                problems: popover.settings.problems
+            }
             Heading {
                 topPadding: 6
                 text: Localizer.text("Panel", "Panneau")
