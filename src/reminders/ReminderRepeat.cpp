@@ -71,14 +71,19 @@ std::optional<TextPair> ordinalInWords(int ordinal) {
     }
 }
 
-/// On which days of the week: " on Mon, Thu".
-std::optional<QString> daysOfTheWeek(const std::vector<RecurrenceRule::WeekDay>& days, Language language) {
-    if (std::any_of(days.begin(), days.end(), [](const auto& day) { return day.ordinal != 0; }))
-        return std::nullopt;
+bool picksDaysOfTheWeek(const RecurrenceRule& rule) {
+    return rule.frequency == RecurrenceRule::Frequency::weekly && rule.byMonthDay.empty() &&
+           !rule.byDay.empty() && std::all_of(rule.byDay.begin(), rule.byDay.end(), [](const auto& day) {
+               return day.ordinal == 0;
+           });
+}
+
+/// "Mon, Thu"
+QString daysOfTheWeek(const std::vector<RecurrenceRule::WeekDay>& days, Language language) {
     QStringList names;
     for (const auto& day : days)
         names.append(namesOf(language).dayName(day.day, QLocale::ShortFormat));
-    return text(" on %1", " : %1").in(language).arg(names.join(QStringLiteral(", ")));
+    return names.join(QStringLiteral(", "));
 }
 
 /// On which day of the month: " on the last Friday", " on day 15".
@@ -106,8 +111,8 @@ std::optional<QString> daysInWords(const RecurrenceRule& rule, Language language
     others.byMonthDay.clear();
     if (others.hasByParts())
         return std::nullopt;
-    if (rule.frequency == RecurrenceRule::Frequency::weekly && rule.byMonthDay.empty())
-        return daysOfTheWeek(rule.byDay, language);
+    if (picksDaysOfTheWeek(rule))
+        return text(" on %1", " : %1").in(language).arg(daysOfTheWeek(rule.byDay, language));
     if (rule.frequency == RecurrenceRule::Frequency::monthly)
         return dayOfTheMonth(rule, language);
     return std::nullopt;
@@ -172,6 +177,9 @@ QString repeatInWords(const std::vector<EKRecurrenceRule>& rules, Language langu
     const auto days = rule ? daysInWords(*rule, language) : std::nullopt;
     if (often.isEmpty() || !days)
         return text("custom", "personnalisée").in(language);
+    if (rule->interval == 1 && picksDaysOfTheWeek(*rule))
+        return text("every %1", "tous les %1").in(language).arg(daysOfTheWeek(rule->byDay, language)) +
+               endInWords(*rule, language);
     return often + *days + endInWords(*rule, language);
 }
 

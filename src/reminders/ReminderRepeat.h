@@ -29,7 +29,7 @@ inline constexpr std::array allReminderRepeats{ReminderRepeat::none, ReminderRep
 /// The rules that stand for a choice.
 [[nodiscard]] std::vector<EKRecurrenceRule> recurrenceRules(ReminderRepeat repeat);
 
-/// Any rules in words, for use inside a sentence: "never", "yearly", "every 2 weeks on Mon, Thu",
+/// Any rules in words, for use inside a sentence: "never", "yearly", "every Mon, Thu",
 /// "monthly on the last Friday, until 3 May 2027", "custom".
 [[nodiscard]] QString repeatInWords(const std::vector<EKRecurrenceRule>& rules, Language language);
 /// How often alone, for where there is little room: "every 2 weeks". Empty where that cannot be said.

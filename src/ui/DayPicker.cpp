@@ -124,6 +124,12 @@ QString DayPicker::tomorrow() const {
     return iso(currentDay().addDays(1));
 }
 
+QString DayPicker::weekend() const {
+    const QDate now = currentDay();
+    const int days = Qt::Saturday - now.dayOfWeek();
+    return iso(now.addDays(days > 0 ? days : days + 7));
+}
+
 QString DayPicker::nextWeek() const {
     const QDate now = currentDay();
     return iso(now.addDays(8 - now.dayOfWeek()));

@@ -32,6 +32,8 @@ class DayPicker : public QObject {
     Q_PROPERTY(QVariantList days READ days NOTIFY monthChanged)
     Q_PROPERTY(QString today READ today NOTIFY monthChanged)
     Q_PROPERTY(QString tomorrow READ tomorrow NOTIFY monthChanged)
+    /// The Saturday to come.
+    Q_PROPERTY(QString weekend READ weekend NOTIFY monthChanged)
     /// The first day of the coming week.
     Q_PROPERTY(QString nextWeek READ nextWeek NOTIFY monthChanged)
 
@@ -60,6 +62,7 @@ class DayPicker : public QObject {
     [[nodiscard]] QVariantList days() const;
     [[nodiscard]] QString today() const;
     [[nodiscard]] QString tomorrow() const;
+    [[nodiscard]] QString weekend() const;
     [[nodiscard]] QString nextWeek() const;
 
   Q_SIGNALS:

@@ -22,6 +22,7 @@ struct DemoReminder {
     int priority = 0;
     const char* recurrence = nullptr;
     std::optional<int> alertMinutesBefore;
+    bool isFlagged = false;
 };
 
 struct DemoEvent {
@@ -48,7 +49,14 @@ std::vector<DemoList> demoLists() {
 
 std::vector<DemoReminder> demoReminders() {
     return {
-        {work, text("Send the signed lease back to Maren", "Renvoyer le bail signé à Maren"), -1, {}, 1},
+        {work,
+         text("Send the signed lease back to Maren", "Renvoyer le bail signé à Maren"),
+         -1,
+         {},
+         1,
+         nullptr,
+         {},
+         true},
         {personal, text("Water the plants", "Arroser les plantes"), 0, {}},
         {home, text("Buy oat milk, basil, lemons", "Acheter lait d’avoine, basilic, citrons"), 0, {}},
         {personal,
@@ -62,7 +70,10 @@ std::vector<DemoReminder> demoReminders() {
          text("Prepare dossier for the residence permit", "Préparer le dossier du titre de séjour"),
          1,
          {9, 0},
-         5},
+         5,
+         nullptr,
+         {},
+         true},
         {home,
          text("Bike: new brake pads", "Vélo : changer les plaquettes de frein"),
          2,
@@ -227,6 +238,7 @@ class DemoWriter : public std::enable_shared_from_this<DemoWriter> {
         data.calendarIdentifier = listIDs_[demo.list];
         data.title = demo.title.in(language_);
         data.priority = demo.priority;
+        data.isFlagged = demo.isFlagged;
         if (demo.day) {
             const QDate day = calendar_.dayOf(now_).addDays(*demo.day);
             data.dueDateComponents = demo.time.isValid() ? DateComponents::fromDateTime(day, demo.time)

@@ -15,6 +15,21 @@
 #include <utility>
 
 namespace kestrant {
+namespace {
+
+TextPair priorityTitle(NewReminderPriority priority) {
+    switch (priority) {
+    case NewReminderPriority::high:
+        return text("High priority", "Priorité haute");
+    case NewReminderPriority::normal:
+        return text("Medium priority", "Priorité moyenne");
+    case NewReminderPriority::low:
+        return text("Low priority", "Priorité basse");
+    }
+    return {};
+}
+
+}  // namespace
 
 QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
                                      const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
@@ -162,11 +177,15 @@ QVariantList QuickAddViewModel::pieces() const {
         }
         return QString();
     };
+    const auto words = [this](const QuickAddPiece& piece) {
+        return piece.kind == QuickAddPiece::Kind::priority && line_.priority
+                   ? localizer_(priorityTitle(*line_.priority))
+                   : title_.mid(piece.range.start, piece.range.length);
+    };
     QVariantList result;
     for (const QuickAddPiece& piece : line_.pieces)
         result.append(
-            QVariantMap{{QStringLiteral("kind"), name(piece.kind)},
-                        {QStringLiteral("words"), title_.mid(piece.range.start, piece.range.length)}});
+            QVariantMap{{QStringLiteral("kind"), name(piece.kind)}, {QStringLiteral("words"), words(piece)}});
     return result;
 }
 

@@ -29,7 +29,8 @@ class QuickAddViewModel : public QObject {
     /// The line as typed. A day, a time, a priority and a list in it are understood and are no part of the
     /// reminder's title; what is chosen by hand afterwards wins.
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
-    /// {kind, words} each: what was understood; kind is "day", "time", "priority" or "list".
+    /// {kind, words, spoken} each: what was understood, also for assistive technology; kind is "day", "time",
+    /// "priority" or "list".
     Q_PROPERTY(QVariantList pieces READ pieces NOTIFY changed)
     /// "high", "normal" or "low".
     Q_PROPERTY(QString priority READ priority WRITE setPriority NOTIFY changed)

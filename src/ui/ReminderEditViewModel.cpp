@@ -42,6 +42,13 @@ QString rawPriority(int priority) {
                                     : NewReminderPriority::low);
 }
 
+bool differsInDueDateAlone(const ReminderEditDetails& details, ReminderEditDetails before) {
+    before.dueDate = details.dueDate;
+    before.dueDateIncludesTime = details.dueDateIncludesTime;
+    before.dueAlertSchedule = details.dueAlertSchedule;
+    return details == before;
+}
+
 }  // namespace
 
 ReminderEditViewModel::ReminderEditViewModel(ReminderStore& store, const Clock& clock,
@@ -191,11 +198,18 @@ void ReminderEditViewModel::save() {
     }
     isSaving_ = true;
     edited();
-    store_.edit(id_, details, repeat,
-                [self = QPointer(this), form = form_](const tl::expected<void, ReminderStoreError>& result) {
-                    if (self)
-                        self->finishSaving(form, result);
-                });
+    const auto finish = [self = QPointer(this),
+                         form = form_](const tl::expected<void, ReminderStoreError>& result) {
+        if (self)
+            self->finishSaving(form, result);
+    };
+    if (repeat || !differsInDueDateAlone(details, *loaded_))
+        store_.edit(id_, details, repeat, finish);
+    else if (details.dueDate)
+        store_.reschedule(id_, *details.dueDate, details.dueDateIncludesTime, details.dueAlertSchedule,
+                          finish);
+    else
+        store_.clearDueDate(id_, finish);
 }
 
 void ReminderEditViewModel::finishSaving(int form, const tl::expected<void, ReminderStoreError>& result) {

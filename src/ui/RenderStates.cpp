@@ -1,20 +1,25 @@
 #include "ui/RenderStates.h"
 
-#include "ui/RenderStage.h"
+#include "ui/PictureState.h"
 
 #include <QDir>
 #include <QGuiApplication>
 #include <QLinearGradient>
 #include <QPainter>
 
+#include <algorithm>
+#include <iterator>
+
 namespace kestrant {
 namespace {
 
-constexpr double pixelsPerPoint = 2.0;
+double pixelsPerPoint() {
+    return qGuiApp->devicePixelRatio();
+}
 
 QImage desktop() {
-    QImage image(pictureSize * pixelsPerPoint, QImage::Format_ARGB32_Premultiplied);
-    image.setDevicePixelRatio(pixelsPerPoint);
+    QImage image(pictureSize * pixelsPerPoint(), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(pixelsPerPoint());
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     QLinearGradient sky(0, 0, pictureSize.width(), pictureSize.height());
@@ -60,7 +65,8 @@ bool save(Stage& stage, const QString& path) {
     QImage image = desktop();
     QPainter painter(&image);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    drawWindow(painter, stage.view);
+    if (stage.view.isVisible())
+        drawWindow(painter, stage.view);
     // The newest comes first, and lies uppermost.
     const QWindowList windows = QGuiApplication::allWindows();
     for (auto window = windows.crbegin(); window != windows.crend(); ++window) {
@@ -73,22 +79,6 @@ bool save(Stage& stage, const QString& path) {
         return true;
     qWarning("cannot write %s", qUtf8Printable(path));
     return false;
-}
-
-struct State {
-    QString name;
-    std::function<void(Stage&)> arrange;
-    double screenWidth = 1512;
-};
-
-/// The usual beginning of a picture: the expanded panel with its reminders.
-std::function<void(Stage&)> expanded(std::function<void(Stage&)> then = [](Stage&) {}) {
-    return [then = std::move(then)](Stage& stage) {
-        stage.addReminders();
-        stage.load();
-        stage.expand();
-        then(stage);
-    };
 }
 
 /// Chooses an entry of the menu of a calendar row, counted from 1.
@@ -113,7 +103,7 @@ void fillDisk(Stage& stage, InMemoryEventStore::Operation operation) {
                                                         "Le disque est plein ; rien n’a été écrit.")});
 }
 
-std::vector<State> states() {
+std::vector<PictureState> states() {
     const auto named = [](const char* name) { return QString::fromUtf8(name); };
     const TextPair visit = text("Dinner at Tomas’s", "Dîner chez Tomas");
     const TextPair slides =
@@ -170,7 +160,11 @@ std::vector<State> states() {
              stage.load();
              stage.expand();
          }},
-        {named("all-done"), expanded([](Stage& stage) { stage.reminders.setShowsFlaggedOnly(true); })},
+        {named("all-done"), expanded([](Stage& stage) {
+             stage.reminders.setSelectedListId(stage.store.lists().at(4).id);
+             stage.reminders.setShowsTodayOnly(true);
+             stage.time.advance(Duration(0));
+         })},
         {named("nothing-found"),
          expanded([](Stage& stage) { stage.reminders.setSearchQuery(QStringLiteral("xylophone")); })},
         {named("loading"),
@@ -331,7 +325,6 @@ std::vector<State> states() {
              stage.newEvent.times()->setEndTime(QStringLiteral("14:00"));
              stage.press(Qt::Key_Return);
          })},
-        {named("settings"), expanded([](Stage& stage) { stage.call("openSettings"); })},
     };
 }
 
@@ -339,7 +332,8 @@ std::vector<State> states() {
 
 void prepareRendering() {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QT_SCALE_FACTOR", "2");
+    if (!qEnvironmentVariableIsSet("QT_SCALE_FACTOR"))
+        qputenv("QT_SCALE_FACTOR", "2");
     qputenv("QT_QUICK_BACKEND", "software");
 }
 
@@ -349,10 +343,13 @@ bool renderStates(const QString& directory) {
         return false;
     }
     PanelView::chooseTypeface();
+    std::vector<PictureState> pictures = states();
+    std::ranges::move(reminderPictures(), std::back_inserter(pictures));
+    std::ranges::move(introductionPictures(), std::back_inserter(pictures));
     bool complete = true;
     for (const Language language : {Language::english, Language::french}) {
         const QString code = language == Language::french ? QStringLiteral("fr") : QStringLiteral("en");
-        for (const State& state : states()) {
+        for (const PictureState& state : pictures) {
             Stage stage(language, state.screenWidth);
             state.arrange(stage);
             complete &= save(stage, QDir(directory).filePath(code + QLatin1Char('-') + state.name +

@@ -24,6 +24,24 @@ TEST(DayPicker, ShowsMonthsFromTheLanguagesFirstDayOfTheWeek) {
     EXPECT_EQ(picker.days().size(), 42);
 }
 
+TEST(DayPicker, NamesTheWeekendAndTheWeekThatAreToCome) {
+    Program program;
+    DayPicker picker(program.time, program.calendar, program.localizer);
+    struct Case {
+        int daysLater;
+        const char* weekend;
+        const char* nextWeek;
+    };
+    // From a Saturday on.
+    for (const Case& c : {Case{0, "2026-11-28", "2026-11-23"}, Case{1, "2026-11-28", "2026-11-23"},
+                          Case{1, "2026-11-28", "2026-11-30"}, Case{4, "2026-11-28", "2026-11-30"},
+                          Case{1, "2026-12-05", "2026-11-30"}}) {
+        program.time.advance(std::chrono::days(c.daysLater));
+        EXPECT_EQ(picker.weekend(), QString::fromUtf8(c.weekend)) << picker.today().toStdString();
+        EXPECT_EQ(picker.nextWeek(), QString::fromUtf8(c.nextWeek)) << picker.today().toStdString();
+    }
+}
+
 TEST(DayPicker, MovesTheDayByKeyboardAndFollowsItWithTheMonth) {
     Program program;
     DayPicker picker(program.time, program.calendar, program.localizer);

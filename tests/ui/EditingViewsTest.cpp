@@ -60,6 +60,15 @@ struct Editing : WithCalendars<PanelProgram> {
         return {};
     }
 
+    /// When the reminder with this title is due.
+    [[nodiscard]] std::optional<Instant> dueDate(const char* title) {
+        for (const EKReminderData& data : database.reminders()) {
+            if (data.title == QString::fromUtf8(title) && data.dueDateComponents)
+                return calendar.calendar().instantFrom(*data.dueDateComponents);
+        }
+        return std::nullopt;
+    }
+
     /// Lets reloads pass and the views follow.
     void settle() {
         WithCalendars::settle();
@@ -211,6 +220,62 @@ TEST(EditingViews, EditAReminderFromItsRowAndFromItsCard) {
     program.press(Qt::Key_Return);
     EXPECT_TRUE(program.isOpen("edit"));
     EXPECT_TRUE(program.shows("Plants and herbs"));
+}
+
+TEST(EditingViews, MoveADueDateByKeyboardInOneStepOfTheHistory) {
+    Editing program;
+    const auto before = program.dueDate("Plants");
+    program.press(Qt::Key_D);
+    ASSERT_TRUE(program.isOpen("due"));
+    EXPECT_THAT(program.interaction.presentedOverlayIDs(), testing::Contains(QStringLiteral("due")));
+    program.press(Qt::Key_Right);
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_FALSE(program.isOpen("due"));
+    EXPECT_EQ(program.dueDate("Plants"), at("Europe/Paris", program.day(1), {18, 0}));
+    EXPECT_EQ(program.history.undoText(), QStringLiteral("Undo: Reschedule reminder"));
+
+    program.press(Qt::Key_D);
+    program.tabTo("No date");
+    program.press(Qt::Key_Space);
+    program.tabTo("Save");
+    program.press(Qt::Key_Space);
+    program.settle();
+    EXPECT_EQ(program.dueDate("Plants"), std::nullopt);
+    program.history.undo();
+    program.settle();
+    program.history.undo();
+    program.settle();
+    EXPECT_EQ(program.dueDate("Plants"), before);
+
+    program.press(Qt::Key_D);
+    program.press(Qt::Key_Down);
+    program.press(Qt::Key_Escape);
+    program.settle();
+    EXPECT_EQ(program.dueDate("Plants"), before);
+}
+
+TEST(EditingViews, GiveACardWithoutADateTheDayThatIsToday) {
+    Editing program;
+    program.add(QStringLiteral("Undated"));
+    program.settle();
+    program.press(Qt::Key_End);
+    program.press(Qt::Key_D);
+    program.tabTo("Time, empty for the whole day");
+    program.type(QStringLiteral("20:15"));
+    program.press(Qt::Key_Return);
+    program.settle();
+    EXPECT_EQ(program.dueDate("Undated"), at("Europe/Paris", program.day(0), {20, 15}));
+}
+
+TEST(EditingViews, OpenTheDueDateOnAClickOnWhatItSays) {
+    Editing program;
+    const QPointF card(26, 44);
+    program.click(program.view, card + QPointF(45, 57));
+    EXPECT_TRUE(program.isOpen("due"));
+    program.press(Qt::Key_Escape);
+    program.click(program.view, card + QPointF(200, 57));
+    EXPECT_FALSE(program.isOpen("due"));
 }
 
 TEST(EditingViews, OpenTheReminderOnADoubleClickOnItsCard) {

@@ -126,9 +126,9 @@ TEST(ReminderEditViewModel, OffersRepetitionsAndKeepsARuleOfAnotherKind) {
     for (const QVariant& choice : test.form.repeats())
         offered.append(choice.toMap()[QStringLiteral("title")].toString());
     EXPECT_EQ(offered.join(QStringLiteral(" | ")),
-              QStringLiteral("Never | Daily | Weekly | Monthly | Yearly | Weekly on Tue, Thu"));
+              QStringLiteral("Never | Daily | Weekly | Monthly | Yearly | Every Tue, Thu"));
     EXPECT_EQ(test.form.repeatId(), QString());
-    EXPECT_EQ(test.form.repeatTitle(), QStringLiteral("Weekly on Tue, Thu"));
+    EXPECT_EQ(test.form.repeatTitle(), QStringLiteral("Every Tue, Thu"));
 
     test.form.setTitle(QStringLiteral("x"));
     test.form.setRepeatId(QStringLiteral("daily"));

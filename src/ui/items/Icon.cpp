@@ -80,6 +80,21 @@ Drawing arrowRight() {
     return drawing;
 }
 
+Drawing arrowsRight() {
+    Drawing drawing;
+    for (const double x : {3.5, 8.5})
+        polyline(drawing.lines, {{x, 4}, {x + 4, 8}, {x, 12}});
+    return drawing;
+}
+
+Drawing warning() {
+    Drawing drawing;
+    polyline(drawing.lines, {{8, 2.5}, {14, 13}, {2, 13}, {8, 2.5}});
+    polyline(drawing.lines, {{8, 6.5}, {8, 9.3}});
+    drawing.areas.addEllipse(QPointF(8, 11.1), 0.8, 0.8);
+    return drawing;
+}
+
 Drawing overdue() {
     Drawing drawing;
     drawing.lines.addEllipse(QPointF(8, 8), 5.5, 5.5);
@@ -206,6 +221,8 @@ const Drawing& drawingOf(const QString& name) {
         {QStringLiteral("overdue"), overdue()},
         {QStringLiteral("calendarMinus"), calendarMinus()},
         {QStringLiteral("arrowRight"), arrowRight()},
+        {QStringLiteral("arrowsRight"), arrowsRight()},
+        {QStringLiteral("warning"), warning()},
         {QStringLiteral("chevronDown"), chevronDown()},
         {QStringLiteral("chevronLeft"), chevronLeft()},
         {QStringLiteral("chevronRight"), chevronRight()},

@@ -23,6 +23,8 @@ FocusScope {
     property color color: Theme.control
     property color textColor: Theme.chipText
     property string tip
+    /// Something about this is not as it should be.
+    property bool warns: false
     signal clicked
     signal crossClicked
 
@@ -97,6 +99,7 @@ FocusScope {
             width: Math.min(implicitWidth, Math.max(0, room))
             readonly property real besides: (dot.visible ? 13 : 0) + (chip.showsIcon ? 19 : 0)
                                             + (number.visible ? number.implicitWidth + 5 : 0)
+                                            + (warning.visible ? 17 : 0)
                                             + (chevron.visible ? 15 : 0) + (cross.visible ? 15 : 0)
             height: parent.height
             verticalAlignment: Text.AlignVCenter
@@ -115,6 +118,16 @@ FocusScope {
             color: chip.checked ? Theme.text : chip.countColor
             font.pixelSize: 12
             font.weight: Font.Medium
+        }
+        Icon {
+            id: warning
+            visible: chip.warns
+            name: "warning"
+            width: 12
+            height: 12
+            strokeWidth: 1.3
+            anchors.verticalCenter: parent.verticalCenter
+            color: Theme.flag
         }
         Icon {
             id: chevron

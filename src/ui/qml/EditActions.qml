@@ -12,6 +12,11 @@ QtObject {
     function editReminder(id, anchor) {
         overlays.present("edit", "ReminderEditPopover.qml", anchor, { form: reminderEdit, reminderId: id })
     }
+    /// Opens below the point `at` of the anchor.
+    function editDueDate(id, anchor, at) {
+        overlays.present("due", "DuePopover.qml", anchor,
+                         { form: reminderEdit, reminderId: id, at: at, alignment: "left" })
+    }
     function editRow(row, anchor) {
         if (calendarEdit.isReminder(row))
             editReminder(calendarEdit.reminderId(row), anchor)

@@ -17,6 +17,9 @@ FocusScope {
     required property OverlayHost overlays
 
     readonly property int sideMargin: panel.earRadius + Theme.margin
+    /// Why not all flagged reminders may be on show, while only those are.
+    readonly property string flagProblem: reminders.showsFlaggedOnly ? reminders.flagFilterError : ""
+    onFlagProblemChanged: if (flagProblem !== "") toast.show(flagProblem)
     readonly property bool showsCards: panel.showReminders && reminders.content === "cards"
 
     // The width is parted where the line between the modules stands.
@@ -64,6 +67,7 @@ FocusScope {
     function openCardMenu(index, x, y) { grid.openMenu(index, x, y) }
     function openRowMenu(index, x, y) { calendarModule.openMenu(index, x, y) }
     function editCard(index) { grid.editAt(index) }
+    function editDueDate(index) { grid.editDueDateAt(index) }
     function editRow(row) { editActions.editRow(row, grid) }
     function removeRow(row) { editActions.removeRow(row, grid) }
     function makeCurrent(index) { grid.makeCurrent(index, Qt.TabFocusReason) }

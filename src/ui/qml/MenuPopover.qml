@@ -1,7 +1,8 @@
 import QtQuick
 import Kestrant
 
-// A list to choose one entry of: {title, checked, color, iconName, shortcut, destructive, enabled} each.
+// A list to choose one entry of: {title, checked, color, iconName, shortcut, destructive, enabled, begins} each; one
+// that begins a group has a line above it.
 Popover {
     id: menu
 
@@ -101,8 +102,10 @@ Popover {
                 readonly property color ink: !usable ? Theme.white(0.35)
                                            : modelData.destructive && !isCurrent ? Theme.destructiveText : Theme.text
 
+                readonly property int above: modelData.begins ? 9 : 0
+
                 width: menu.contentWidth
-                height: 28
+                height: 28 + above
                 Component.onCompleted: menu.widest = Math.max(menu.widest, Math.ceil(
                     menu.leading + words.implicitWidth + (shortcut.visible ? shortcut.implicitWidth + 28 : 0)
                     + (dot.visible ? 16 : 0) + 14))
@@ -116,7 +119,16 @@ Popover {
                 Accessible.onPressAction: menu.pick(index)
 
                 Rectangle {
+                    visible: row.above > 0
+                    x: 10
+                    y: 4
+                    width: parent.width - 20
+                    height: 1
+                    color: Theme.separator
+                }
+                Rectangle {
                     anchors.fill: parent
+                    anchors.topMargin: row.above
                     radius: 10
                     color: !row.isCurrent ? "transparent"
                          : row.modelData.destructive ? Theme.destructiveFill : Theme.primaryFill
@@ -127,6 +139,7 @@ Popover {
                     width: 14
                     height: 14
                     anchors.verticalCenter: parent.verticalCenter
+                    anchors.verticalCenterOffset: row.above / 2
                     name: "check"
                     strokeWidth: 1.75
                     color: row.ink
@@ -137,6 +150,7 @@ Popover {
                     width: 16
                     height: 16
                     anchors.verticalCenter: parent.verticalCenter
+                    anchors.verticalCenterOffset: row.above / 2
                     name: row.modelData.iconName ?? ""
                     strokeWidth: 1.4
                     color: row.ink
@@ -149,6 +163,7 @@ Popover {
                     height: 9
                     radius: 4.5
                     anchors.verticalCenter: parent.verticalCenter
+                    anchors.verticalCenterOffset: row.above / 2
                     color: row.modelData.color ?? "transparent"
                     border.color: row.isCurrent ? Theme.white(0.7) : "transparent"
                     border.width: row.isCurrent ? 1 : 0
@@ -157,7 +172,8 @@ Popover {
                     id: words
                     x: menu.leading + (dot.visible ? 16 : 0)
                     width: Math.min(implicitWidth, parent.width - x - 12)
-                    height: parent.height
+                    y: row.above
+                    height: parent.height - y
                     verticalAlignment: Text.AlignVCenter
                     text: row.modelData.title
                     textFormat: Text.PlainText
@@ -170,7 +186,8 @@ Popover {
                     visible: text !== ""
                     anchors.right: parent.right
                     anchors.rightMargin: 12
-                    height: parent.height
+                    y: row.above
+                    height: parent.height - y
                     verticalAlignment: Text.AlignVCenter
                     text: row.modelData.shortcut ?? ""
                     color: row.isCurrent ? Theme.white(0.85) : Theme.secondaryText

@@ -25,8 +25,8 @@ Column {
                 required property var modelData
                 required property int index
                 text: modelData.words
-                showsIcon: true
-                iconName: ({ day: "calendar", time: "overdue", priority: "priority", list: "list" })[modelData.kind]
+                showsIcon: iconName !== ""
+                iconName: ({ day: "calendar", time: "overdue" })[modelData.kind] ?? ""
                 showsCross: true
                 color: Theme.controlOn
                 textColor: Theme.text
@@ -72,7 +72,7 @@ Column {
                 if (fields.picksDate) {
                     if (fields.form.dueDay.day === "")
                         fields.form.dueDay.day = fields.form.dueDay.today
-                    month.forceActiveFocus(Qt.OtherFocusReason)
+                    duePicker.focusMonth()
                 }
             }
             onCrossClicked: {
@@ -117,56 +117,14 @@ Column {
         }
     }
 
-    Row {
+    DuePicker {
+        id: duePicker
         visible: fields.picksDate
         width: parent.width
-        spacing: 16
-        MonthPicker {
-            id: month
-            width: 7 * 34
-            picker: fields.form.dueDay
-            onAccepted: fields.accepted()
-        }
-        Column {
-            width: parent.width - month.width - parent.spacing
-            spacing: 8
-            topPadding: 2
-            Chip {
-                text: Localizer.text("Today", "Aujourd’hui")
-                checkable: true
-                checked: fields.form.dueDay.day === fields.form.dueDay.today
-                onClicked: fields.form.dueDay.day = fields.form.dueDay.today
-            }
-            Chip {
-                text: Localizer.text("Tomorrow", "Demain")
-                checkable: true
-                checked: fields.form.dueDay.day === fields.form.dueDay.tomorrow
-                onClicked: fields.form.dueDay.day = fields.form.dueDay.tomorrow
-            }
-            Chip {
-                text: Localizer.text("Next Monday", "Lundi prochain")
-                checkable: true
-                checked: fields.form.dueDay.day === fields.form.dueDay.nextWeek
-                onClicked: fields.form.dueDay.day = fields.form.dueDay.nextWeek
-            }
-            Item { width: 1; height: 6 }
-            Text {
-                text: Localizer.text("Time", "Heure")
-                color: Theme.secondaryText
-                font.pixelSize: 11
-                font.weight: Font.DemiBold
-            }
-            TextBox {
-                id: timeBox
-                width: 96
-                text: fields.form.timeText
-                selectsOnFocus: true
-                placeholder: Localizer.text("all day", "journée")
-                spokenName: Localizer.text("Time, empty for the whole day", "Heure, vide pour la journée entière")
-                onEdited: text => fields.form.timeText = text
-                onAccepted: fields.accepted()
-            }
-        }
+        picker: fields.form.dueDay
+        timeText: fields.form.timeText
+        onTimeEdited: text => fields.form.timeText = text
+        onAccepted: fields.accepted()
     }
 
     Row {

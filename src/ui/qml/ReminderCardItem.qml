@@ -16,6 +16,9 @@ Item {
     signal toggled
     signal menuWanted(real x, real y)
     signal editWanted
+    /// The due date is to be changed; the point lies below what it says now.
+    signal dueDateWanted(point at)
+    readonly property point belowDueDate: Qt.point(facts.x - 14, facts.y + facts.height + 6)
 
     Accessible.role: Accessible.CheckBox
     Accessible.name: card.spokenText
@@ -87,17 +90,18 @@ Item {
     Text {
         id: title
         x: 38
-        y: 10
+        // Two lines end above the facts whatever their size.
+        y: 27 - lineHeight
         width: root.width - x - 12
         text: root.card.title
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
         elide: Text.ElideRight
         maximumLineCount: 2
-        lineHeight: 17
+        lineHeight: Theme.panelText(17)
         lineHeightMode: Text.FixedHeight
         color: root.card.isPending ? Theme.secondaryText : Theme.text
-        font.pixelSize: 13
+        font.pixelSize: Theme.panelText(13)
         font.weight: Font.Medium
         font.strikeout: root.card.isPending
         Accessible.ignored: true
@@ -122,7 +126,7 @@ Item {
             text: root.card.priorityMarks
             textFormat: Text.PlainText
             color: Theme.flag
-            font.pixelSize: 11
+            font.pixelSize: Theme.panelText(11)
             font.weight: Font.Bold
             Accessible.ignored: true
         }
@@ -134,9 +138,17 @@ Item {
             elide: Text.ElideRight
             text: root.dueText
             textFormat: Text.PlainText
-            color: root.dueColor
-            font.pixelSize: 11
+            color: duePointer.hovered && !root.card.isOverdue ? Theme.text : root.dueColor
+            font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
+            HoverHandler { id: duePointer; enabled: dueTap.enabled; margin: 5 }
+            TapHandler {
+                id: dueTap
+                enabled: root.card.isWritable && !root.card.isPending
+                margin: 5
+                gesturePolicy: TapHandler.ReleaseWithinBounds
+                onTapped: root.dueDateWanted(root.belowDueDate)
+            }
         }
         Icon {
             id: repeat
@@ -156,7 +168,7 @@ Item {
             text: root.card.repeatText
             textFormat: Text.PlainText
             color: Theme.secondaryText
-            font.pixelSize: 11
+            font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
         }
         Text {
@@ -166,7 +178,7 @@ Item {
             text: "· " + root.card.alertText
             textFormat: Text.PlainText
             color: Theme.secondaryText
-            font.pixelSize: 11
+            font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
         }
     }

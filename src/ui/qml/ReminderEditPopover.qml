@@ -85,44 +85,27 @@ Popover {
                     }
                 }
             }
-            FormLine {
-                visible: popover.form.dueDay.day !== ""
+            DueChoiceLine {
                 width: parent.width
                 label: Localizer.text("Alert", "Alerte")
-                ChoiceChip {
-                    overlays: popover.overlays
-                    subject: Localizer.text("Alert", "Alerte")
-                    text: popover.form.alertTitle
-                    chosenId: popover.form.alertId
-                    choices: () => popover.form.alerts()
-                    onChosen: id => popover.form.alertId = id
-                }
+                overlays: popover.overlays
+                isPossible: popover.form.dueDay.day !== ""
+                title: popover.form.alertTitle
+                chosenId: popover.form.alertId
+                choices: () => popover.form.alerts()
+                onChosen: id => popover.form.alertId = id
             }
-            FormLine {
-                id: repeatLine
-                readonly property bool isPossible: popover.form.dueDay.day !== ""
+            DueChoiceLine {
                 width: parent.width
                 label: Localizer.text("Repeat", "Répétition")
-                ChoiceChip {
-                    visible: repeatLine.isPossible
-                    overlays: popover.overlays
-                    subject: repeatLine.label
-                    maximumWidth: 260
-                    iconName: "repeat"
-                    showsIcon: popover.form.repeatId !== "none"
-                    text: popover.form.repeatTitle
-                    chosenId: popover.form.repeatId
-                    choices: () => popover.form.repeats()
-                    onChosen: id => popover.form.repeatId = id
-                }
-                Text {
-                    visible: !repeatLine.isPossible
-                    text: Localizer.text("needs a due date", "demande une échéance")
-                    color: Theme.secondaryText
-                    font.pixelSize: 12
-                    Accessible.role: Accessible.StaticText
-                    Accessible.name: repeatLine.label + ", " + text
-                }
+                overlays: popover.overlays
+                isPossible: popover.form.dueDay.day !== ""
+                iconName: "repeat"
+                showsIcon: popover.form.repeatId !== "none"
+                title: popover.form.repeatTitle
+                chosenId: popover.form.repeatId
+                choices: () => popover.form.repeats()
+                onChosen: id => popover.form.repeatId = id
             }
             FormLine {
                 width: parent.width

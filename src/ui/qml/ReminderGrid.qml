@@ -77,6 +77,11 @@ FocusScope {
         if (item)
             actions.editReminder(item.card.id, item)
     }
+    function editDueDateAt(index) {
+        const item = grid.itemAtIndex(index)
+        if (item && item.card.isWritable)
+            actions.editDueDate(item.card.id, item, item.belowDueDate)
+    }
     function openMenu(index, x, y) {
         const item = grid.itemAtIndex(index)
         if (!item)
@@ -95,22 +100,27 @@ FocusScope {
                                              : Localizer.text("Flag", "Signaler"), iconName: "flag" },
                 { title: Localizer.text("Move to list…", "Déplacer vers la liste…"), iconName: "list",
                   enabled: item.card.isWritable },
+                { title: item.card.dueText === "" ? Localizer.text("Add date…", "Ajouter une date…")
+                                                  : Localizer.text("Change date…", "Modifier la date…"),
+                  iconName: "calendar", shortcut: "D", enabled: item.card.isWritable, begins: true },
                 { title: Localizer.text("Move to today", "Reporter à aujourd’hui"), iconName: "today",
                   enabled: item.card.isWritable },
                 { title: Localizer.text("Move to tomorrow", "Reporter à demain"), iconName: "arrowRight",
                   enabled: item.card.isWritable },
-                { title: Localizer.text("Move to next week", "Reporter à la semaine prochaine"), iconName: "calendar",
+                { title: Localizer.text("Move to next week", "Reporter à la semaine prochaine"), iconName: "arrowsRight",
                   enabled: item.card.isWritable },
                 { title: Localizer.text("Clear due date", "Effacer l’échéance"), iconName: "close",
                   enabled: item.card.isWritable && item.card.dueText !== "" },
                 { title: Localizer.text("Delete", "Supprimer"), iconName: "trash",
-                  shortcut: Localizer.text("Del", "Suppr"), destructive: true, enabled: item.card.isWritable }
+                  shortcut: Localizer.text("Del", "Suppr"), destructive: true, begins: true,
+                  enabled: item.card.isWritable }
             ],
             choose: entry => [
                 () => reminders.toggleCompletion(id),
                 () => actions.editReminder(id, item),
                 () => reminders.toggleFlag(id),
                 () => chooseList(id, item, x, y),
+                () => actions.editDueDate(id, item, item.belowDueDate),
                 () => reminders.moveToDay(id, reminders.dayNamed("today")),
                 () => reminders.moveToDay(id, reminders.dayNamed("tomorrow")),
                 () => reminders.moveToDay(id, reminders.dayNamed("nextWeek")),
@@ -212,6 +222,10 @@ FocusScope {
             onToggled: root.toggle(index)
             onMenuWanted: (x, y) => root.openMenu(index, x, y)
             onEditWanted: root.editAt(index)
+            onDueDateWanted: {
+                root.makeCurrent(index, Qt.MouseFocusReason)
+                root.editDueDateAt(index)
+            }
         }
 
         remove: Transition {
@@ -273,6 +287,7 @@ FocusScope {
             case Qt.Key_Return:
             case Qt.Key_Enter: root.editAt(grid.currentIndex); break
             case Qt.Key_Delete: root.removeAt(grid.currentIndex); break
+            case Qt.Key_D: root.editDueDateAt(grid.currentIndex); break
             case Qt.Key_Menu: root.openMenu(grid.currentIndex, 30, 30); break
             case Qt.Key_F10:
                 if (event.modifiers & Qt.ShiftModifier)

@@ -116,7 +116,8 @@ FocusScope {
             tip: toolbar.reminders.isFlagLoading ? Localizer.text("Reading flags…", "Lecture des drapeaux…")
                : toolbar.reminders.flagFilterError !== "" ? toolbar.reminders.flagFilterError
                : compact ? text : ""
-            countColor: toolbar.reminders.flagFilterError !== "" ? Theme.flag : Theme.secondaryText
+            warns: toolbar.reminders.flagFilterError !== ""
+            spokenName: warns ? text + ", " + toolbar.reminders.flagFilterError : text
             count: toolbar.reminders.flaggedCount
             checkable: true
             checked: toolbar.reminders.showsFlaggedOnly
@@ -191,7 +192,10 @@ FocusScope {
             id: settingsButton
             anchors.verticalCenter: parent.verticalCenter
             iconName: "settings"
-            spokenName: Localizer.text("Settings", "Réglages")
+            warns: toolbar.settings.problems.length > 0
+            spokenName: warns ? Localizer.text("Settings, %1", "Réglages, %1").arg(toolbar.settings.problems[0])
+                              : Localizer.text("Settings", "Réglages")
+            tip: warns ? toolbar.settings.problems[0] : spokenName
             checked: toolbar.overlays.topmost === "settings"
             onClicked: toolbar.openSettings()
             onHoveredChanged: toolbar.tooltip.follow(this)
