@@ -44,7 +44,7 @@ _kestrant() {
                 COMPREPLY=("${COMPREPLY[@]/#/vdir:}")
                 cur=vdir:$cur
             else
-                COMPREPLY=(vdir:)
+                mapfile -t COMPREPLY < <(compgen -W 'vdir: evolution' -- "$cur")
             fi
             compopt -o nospace
             __ltrim_colon_completions "$cur"

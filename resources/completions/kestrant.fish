@@ -45,13 +45,13 @@ function __kestrant_in
 end
 
 complete --command kestrant --no-files
-complete --command kestrant --long-option store --require-parameter --arguments 'vdir:(__fish_complete_directories (string replace --regex "^vdir:" "" -- (commandline --current-token)))' --description 'Work on another folder of iCalendar files'
+complete --command kestrant --long-option store --exclusive --arguments 'evolution vdir:(__fish_complete_directories (string replace --regex "^vdir:" "" -- (commandline --current-token)))' --description 'Work on another store'
 complete --command kestrant --short-option h --long-option help --description 'Tell how to call the program'
 complete --command kestrant --condition 'not __kestrant_needs_command' --long-option json --description 'Print data as JSON'
 complete --command kestrant --condition 'not __kestrant_needs_command' --long-option now --exclusive --description 'Take a fixed time for the present'
 complete --command kestrant --condition __kestrant_needs_command --long-option version --description 'Print the version'
 complete --command kestrant --condition __kestrant_needs_command --long-option toggle --description 'Open or close the panel that is running'
-complete --command kestrant --condition __kestrant_needs_command --long-option render --require-parameter --arguments '(__fish_complete_directories)' --description 'Write pictures of every state'
+complete --command kestrant --condition __kestrant_needs_command --long-option render --exclusive --arguments '(__fish_complete_directories)' --description 'Write pictures of every state'
 complete --command kestrant --condition __kestrant_needs_command --long-option configuration --require-parameter --force-files --description 'Use other deployment values'
 
 for line in \
