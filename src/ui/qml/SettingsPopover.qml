@@ -82,6 +82,7 @@ Popover {
     }
     ScrollArea {
         id: area
+        objectName: "settings.area"
         // A margin of its own for the scroll mark and for the lines around what has the focus.
         x: -8
         width: parent.width + 16
