@@ -14,12 +14,12 @@ BUILD = pathlib.Path(os.environ.get("BUILD", SOURCES / "build/release"))
 KESTRANT = str(BUILD / "src/app/kestrant")
 
 
-def furnish(desktop, reminders):
+def furnish(desktop, reminders, **preferences):
     """Gives the home folder of a virtual desktop this many reminders, and no first-run questions."""
     identifier = "com.Kestrant.notchapp"
     make_store(f"{desktop.environment['XDG_DATA_HOME']}/{identifier}/calendars", reminders=reminders, events=0)
     configuration = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"]) / identifier
     configuration.mkdir(parents=True)
-    (configuration / "preferences.json").write_text(json.dumps({"kestrantCompletedInitialOnboarding": True}))
+    (configuration / "preferences.json").write_text(json.dumps({"kestrantCompletedInitialOnboarding": True, **preferences}))
     # Away from the panel.
     desktop.move(100, desktop.height - 100)

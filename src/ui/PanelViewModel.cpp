@@ -119,6 +119,8 @@ QString PanelViewModel::material() const {
 }
 
 void PanelViewModel::setSearchIsFocused(bool focused) {
+    if (focused && !interaction_.searchIsFocused())
+        feedback_.play(Cue::focus);
     interaction_.setSearchIsFocused(focused);
 }
 

@@ -1,0 +1,147 @@
+"""The interface sounds, as the real program plays them."""
+
+import itertools
+import math
+import os
+import tempfile
+import unittest
+
+from harness import EXPANDED, HOVERING, IDLE, PROGRAM, DesktopTest, stop, wait_until
+
+from sound_recording import LOG_ENVIRONMENT, WaveWriterRecording, asked_for
+
+DRAG_START, EXPAND, COLLAPSE, DROP, FOCUS = (
+    "UISFX-Zen-25-drag-start", "UISFX-Zen-23-expand", "UISFX-Zen-24-collapse", "UISFX-Zen-26-drop", "UISFX-Zen-05-focus")
+
+# Of full scale; the softest cue is a hundred times as loud.
+SILENCE = 3e-4
+# No sound is longer, and what is asked for later than this is never played.
+LONGEST_SOUND = 0.3
+LATEST_START = 0.2
+
+
+class SoundTest(DesktopTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.desktop.environment.update(LOG_ENVIRONMENT)
+
+    def setUp(self):
+        super().setUp()
+        folder = tempfile.mkdtemp(dir=self.desktop.folder)
+        self.log = os.path.join(folder, "log")
+        settings = self.configuration.parent / "alsoft.conf"
+        # The hand waits for the pointer to move, so that it must.
+        self.steps = itertools.cycle((1, 2))
+        self.recording = WaveWriterRecording(folder, settings)
+        self.addCleanup(self.recording.close)
+
+    def start(self, **preferences):
+        self.set_preferences(**preferences)
+        with open(self.log, "wb") as log:
+            self.program = self.desktop.spawn([PROGRAM], stderr=log)
+        self.addCleanup(stop, self.program)
+        self.wait_for_panel(IDLE)
+        wait_until(lambda: "device open" in self.text_of_log(), "the sounds are prepared")
+
+    def text_of_log(self):
+        with open(self.log, encoding="utf-8") as log:
+            return log.read()
+
+    def wait_for_silence(self):
+        """So that the next sound is heard by itself."""
+
+        def has_ended():
+            asked = asked_for(self.log)
+            return asked and self.recording.end > asked[-1][0] + LONGEST_SOUND
+
+        wait_until(has_ended, "what was asked for has been played")
+
+    def hover(self):
+        self.desktop.move(self.middle, 10)
+        self.wait_for_panel(HOVERING)
+        self.wait_for_silence()
+
+    def leave(self):
+        self.collapse()
+        self.wait_for_silence()
+
+    def click(self, size):
+        self.desktop.click(self.middle + 2 * next(self.steps), 12)
+        self.wait_for_panel(size)
+        self.wait_for_silence()
+
+    def finish(self):
+        """The cues that were asked for, after the last of them has been played."""
+        self.assertEqual(stop(self.program), 0)
+        self.recording.close()
+        return asked_for(self.log)
+
+    def hear_each(self, expected):
+        asked = self.finish()
+        self.assertEqual([cue for _, cue in asked], expected)
+        for moment, cue in asked:
+            heard, like, late = self.recording.recognise(moment, moment + LATEST_START + 0.05)
+            self.assertEqual(heard, cue, f"asked for {moment}, like it by {like:.2f}")
+            self.assertGreater(like, 0.9, f"{cue} sounds as it was made")
+            self.assertLess(late, LATEST_START, f"{cue} begins when it is asked for")
+        # And nothing else.
+        ends = [-math.inf] + [moment + LATEST_START + LONGEST_SOUND for moment, _ in asked]
+        for begin, end in zip(ends, [moment - 0.03 for moment, _ in asked] + [math.inf]):
+            self.assertLess(self.recording.loudest(begin, end), SILENCE)
+
+    def test_each_phase_is_heard_as_it_begins(self):
+        self.start(requiresClickOrSwipeToExpand=True)
+        self.hover()
+        self.leave()
+        self.hover()
+        self.click(EXPANDED)
+        self.desktop.key("ctrl+f")
+        wait_until(lambda: FOCUS in self.text_of_log(), "the search field has the focus")
+        self.wait_for_silence()
+        self.desktop.key("Escape")
+        self.leave()
+        self.hear_each([DRAG_START, DROP, DRAG_START, EXPAND, FOCUS, COLLAPSE])
+
+    def test_the_soft_profile_opens_and_closes_with_the_drag_sounds(self):
+        self.start(requiresClickOrSwipeToExpand=True, soundEffectsProfile=2)
+        self.hover()
+        self.click(EXPANDED)
+        self.leave()
+        self.hear_each([DRAG_START, DRAG_START, DROP])
+
+    def test_is_silent_while_sounds_are_off(self):
+        self.start(soundEffectsProfile=0)
+        self.expand()
+        self.collapse()
+        # What is recorded is known to be all once a sound is in it.
+        self.set_preferences(soundEffectsProfile=1)
+        before = self.text_of_log()
+        self.assertNotIn("asked for", before)
+
+        def is_asked_for():
+            self.expand()
+            self.collapse()
+            return "asked for" in self.text_of_log()
+
+        wait_until(is_asked_for, "sounds are on")
+        asked = self.finish()
+        self.assertLess(self.recording.loudest(end=asked[0][0] - 0.03), SILENCE)
+        self.assertGreater(self.recording.loudest(), SILENCE)
+
+    def test_works_without_a_sound_device(self):
+        (self.configuration.parent / "alsoft.conf").write_text("[general]\ndrivers = null-is-not-a-driver\n")
+        self.set_preferences(soundEffectsProfile="loud", hapticFeedbackProfile=[])
+        with open(self.log, "wb") as log:
+            self.program = self.desktop.spawn([PROGRAM], stderr=log)
+        self.addCleanup(stop, self.program)
+        self.wait_for_panel(IDLE)
+        self.expand()
+        self.collapse()
+        self.assertEqual(stop(self.program), 0)
+        lines = [line for line in self.text_of_log().splitlines() if "asked for" not in line]
+        self.assertTrue(lines and all(line.endswith("no device") for line in lines), lines)
+
+
+if __name__ == "__main__":
+    unittest.main()
