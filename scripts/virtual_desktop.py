@@ -202,7 +202,9 @@ class VirtualDesktop:
     # Hands
 
     def move(self, x, y):
-        self.output("xdotool", "mousemove", "--sync", str(x), str(y))
+        # For a pointer that is there already xdotool would wait in vain.
+        if f"x:{x} y:{y} " not in self.output("xdotool", "getmouselocation").decode():
+            self.output("xdotool", "mousemove", "--sync", str(x), str(y))
 
     def click(self, x, y, times=1, button=1):
         """Clicks once, or several times a quarter of a second apart; the right button is the third."""
