@@ -15,6 +15,8 @@ import subprocess
 import threading
 import time
 
+from virtual_desktop import stop, wait_until
+
 RATE = 44100
 # Enough to tell the cues from each other, and quick to compare: the sounds have little above 2 kHz.
 STEP = 4
@@ -91,6 +93,10 @@ class Recording:
             for descriptor in (self._descriptor, self._stop_reader, self._stop_writer):
                 os.close(descriptor)
             self._place()
+
+    def is_loud(self):
+        """Whether anything has been heard by now."""
+        return any(max(samples) > 0.01 for _, samples in list(self._parts))
 
     def _place(self):
         """Finds the stretches. A part comes when it is out, or later when its way was held up; and whenever the device
@@ -180,7 +186,6 @@ class SoundServiceRecording(Recording):
         self._service = desktop.spawn(
             ["pulseaudio", "--daemonize=no", "--exit-idle-time=-1", "-n", "-L", "module-native-protocol-unix",
              "-L", f"module-null-sink sink_name=card rate={RATE}"], stderr=subprocess.DEVNULL)
-        from virtual_desktop import wait_until
         wait_until(lambda: subprocess.run(["pactl", "info"], env=desktop.environment, stdout=subprocess.DEVNULL,
                                           stderr=subprocess.DEVNULL).returncode == 0, "the sound service answers")
         self._recorder = desktop.spawn(
@@ -189,7 +194,7 @@ class SoundServiceRecording(Recording):
         super().__init__(os.dup(self._recorder.stdout.fileno()), lambda data: array.array("f", data[: len(data) // 4 * 4]))
 
     def close(self):
-        from virtual_desktop import stop
+        """Ends the service as well."""
         super().close()
         stop(self._recorder)
         stop(self._service)

@@ -7,7 +7,7 @@ import unittest
 
 from harness import EXPANDED, HOVERING, IDLE, PROGRAM, DesktopTest, stop, wait_until
 
-from sound_recording import LOG_ENVIRONMENT, WaveWriterRecording, asked_for
+from sound_recording import LOG_ENVIRONMENT, SoundServiceRecording, WaveWriterRecording, asked_for
 
 DRAG_START, EXPAND, COLLAPSE, DROP, FOCUS = (
     "UISFX-Zen-25-drag-start", "UISFX-Zen-23-expand", "UISFX-Zen-24-collapse", "UISFX-Zen-26-drop", "UISFX-Zen-05-focus")
@@ -27,11 +27,11 @@ class SoundTest(DesktopTest):
 
     def setUp(self):
         super().setUp()
-        folder = tempfile.mkdtemp(dir=self.desktop.folder)
-        self.log = os.path.join(folder, "log")
-        settings = self.configuration.parent / "alsoft.conf"
-        self.recording = WaveWriterRecording(folder, settings)
-        self.addCleanup(self.recording.close)
+        self.folder = tempfile.mkdtemp(dir=self.desktop.folder)
+        self.log = os.path.join(self.folder, "log")
+        # Where OpenAL looks for a person's settings.
+        self.sound_settings = self.configuration.parent / "alsoft.conf"
+        self.sound_settings.parent.mkdir(parents=True, exist_ok=True)
 
     def start(self, **preferences):
         self.set_preferences(**preferences)
@@ -39,7 +39,14 @@ class SoundTest(DesktopTest):
             self.program = self.desktop.spawn([PROGRAM], stderr=log)
         self.addCleanup(stop, self.program)
         self.wait_for_panel(IDLE)
-        wait_until(lambda: "device open" in self.text_of_log(), "the sounds are prepared")
+        wait_until(lambda: " device" in self.text_of_log(), "the sounds are prepared")
+
+    def record(self, recording):
+        self.addCleanup(recording.close)
+        self.recording = recording
+
+    def record_waves(self):
+        self.record(WaveWriterRecording(self.folder, self.sound_settings))
 
     def text_of_log(self):
         with open(self.log, encoding="utf-8") as log:
@@ -88,6 +95,7 @@ class SoundTest(DesktopTest):
             self.assertLess(self.recording.loudest(begin, end), SILENCE)
 
     def test_each_phase_is_heard_as_it_begins(self):
+        self.record_waves()
         self.start(requiresClickOrSwipeToExpand=True)
         self.hover()
         self.leave()
@@ -101,6 +109,7 @@ class SoundTest(DesktopTest):
         self.hear_each([DRAG_START, DROP, DRAG_START, EXPAND, FOCUS, COLLAPSE])
 
     def test_the_soft_profile_opens_and_closes_with_the_drag_sounds(self):
+        self.record_waves()
         self.start(requiresClickOrSwipeToExpand=True, soundEffectsProfile=2)
         self.hover()
         self.click(EXPANDED)
@@ -108,6 +117,7 @@ class SoundTest(DesktopTest):
         self.hear_each([DRAG_START, DRAG_START, DROP])
 
     def test_is_silent_while_sounds_are_off(self):
+        self.record_waves()
         self.start(soundEffectsProfile=0)
         self.expand()
         self.collapse()
@@ -127,17 +137,33 @@ class SoundTest(DesktopTest):
         self.assertGreater(self.recording.loudest(), SILENCE)
 
     def test_works_without_a_sound_device(self):
-        (self.configuration.parent / "alsoft.conf").write_text("[general]\ndrivers = null-is-not-a-driver\n")
-        self.set_preferences(soundEffectsProfile="loud", hapticFeedbackProfile=[])
-        with open(self.log, "wb") as log:
-            self.program = self.desktop.spawn([PROGRAM], stderr=log)
-        self.addCleanup(stop, self.program)
-        self.wait_for_panel(IDLE)
+        self.sound_settings.write_text("[general]\ndrivers = nothing\n")
+        self.start(soundEffectsProfile="loud", hapticFeedbackProfile=[])
         self.expand()
         self.collapse()
         self.assertEqual(stop(self.program), 0)
-        lines = [line for line in self.text_of_log().splitlines() if "asked for" not in line]
-        self.assertTrue(lines and all(line.endswith("no device") for line in lines), lines)
+        lines = [line.split(maxsplit=1)[1] for line in self.text_of_log().splitlines()]
+        self.assertEqual({line for line in lines if not line.startswith(("asked for", "dropped"))}, {"no device"})
+
+    def test_plays_again_when_the_sound_service_has_come_back(self):
+        self.sound_settings.write_text("[general]\ndrivers = pulse\n[pulse]\nspawn-server = false\n")
+        self.record(SoundServiceRecording(self.desktop))
+        self.start(requiresClickOrSwipeToExpand=True)
+        self.hover()
+        self.recording.close()
+        self.collapse()
+        self.record(SoundServiceRecording(self.desktop))
+
+        def is_heard():
+            self.hover()
+            self.leave()
+            return self.recording.is_loud()
+
+        wait_until(is_heard, "a cue is heard")
+        asked = self.finish()
+        heard, like, _ = self.recording.recognise(asked[-1][0], asked[-1][0] + LATEST_START + 0.05)
+        self.assertEqual(heard, DROP)
+        self.assertGreater(like, 0.9)
 
 
 if __name__ == "__main__":
