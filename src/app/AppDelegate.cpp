@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/PanelInterface.h"
+#include "eventkit/EvolutionModule.h"
 #include "platform/linux/ApplicationState.h"
 #include "platform/linux/OpenALOutput.h"
 #include "platform/linux/QtScreenProvider.h"
@@ -40,7 +41,9 @@ AppDelegate::AppDelegate(Options options)
                  .information = information_,
                  .folder = options.supportFolder + u'/' +
                            QString::fromLatin1(AggregateCompletionReporter::folderName)})
-    , eventStore_(options.store.value_or(storeFromPreferences()).folder, scheduler_, clock_, calendar_)
+    , storeLocation_(eventStoreToUse(options.store, defaults_.string(preferenceKeys::eventStore),
+                                     EventStoreLocation::embeddedDefault(), options.desktopHasStore))
+    , eventStore_(openEventStore(storeLocation_, scheduler_, clock_, calendar_))
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
     , history_(scheduler_, clock_)
@@ -58,13 +61,6 @@ AppDelegate::AppDelegate(Options options)
                  lifecycleActions()) {}
 
 AppDelegate::~AppDelegate() = default;
-
-EventStoreLocation AppDelegate::storeFromPreferences() const {
-    const auto stored = defaults_.string(preferenceKeys::eventStore);
-    if (!stored)
-        return EventStoreLocation::embeddedDefault();
-    return EventStoreLocation::parse(*stored).value_or(EventStoreLocation::embeddedDefault());
-}
 
 ReminderStore& AppDelegate::reminderStore() {
     if (!reminderStore_) {
@@ -254,6 +250,11 @@ std::optional<CollectionSwitch> AppDelegate::collectionSwitch() {
 }
 
 void AppDelegate::startRinging() {
+    // There the desktop rings by itself.
+    if (storeLocation_.kind == EventStoreLocation::Kind::evolution &&
+        !defaults_.boolean(preferenceKeys::ringsAlertsOnEvolution)
+             .value_or(preferenceKeys::ringsAlertsOnEvolution.defaultValue))
+        return;
     notifier_ = std::make_unique<DesktopNotifier>();
     ringer_ = std::make_unique<DueAlertRinger>(DueAlertServices{
         .eventStore = eventStore_,

@@ -5,7 +5,7 @@
 #include "completion/BackgroundLedgerWriter.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/EventStoreLocation.h"
-#include "eventkit/vdir/VdirEventStore.h"
+#include "eventkit/EventStoreSwitch.h"
 #include "feedback/Feedback.h"
 #include "feedback/SoundFeedback.h"
 #include "foundation/Clocks.h"
@@ -40,6 +40,7 @@
 
 #include <tl/expected.hpp>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -62,8 +63,10 @@ class AppDelegate : public QObject {
 
   public:
     struct Options {
-        /// Absent: the one the preferences name, else the embedded default.
+        /// Absent: the one the preferences name, else the desktop's or the embedded one.
         std::optional<EventStoreLocation> store;
+        /// Whether the desktop has a database of its own; may be empty.
+        std::function<bool()> desktopHasStore;
         QString preferencesFile;
         QString ledgerFile;
         /// Where the program keeps what belongs to nobody else; need not exist.
@@ -94,7 +97,6 @@ class AppDelegate : public QObject {
     [[nodiscard]] CalendarStore& calendarStore();
 
   private:
-    [[nodiscard]] EventStoreLocation storeFromPreferences() const;
     void createPanelController();
     /// Built on first use.
     [[nodiscard]] FeedbackAPIClient& feedbackClient();
@@ -127,7 +129,8 @@ class AppDelegate : public QObject {
     AggregateCompletionReporter reporter_;
     std::unique_ptr<HttpSession> feedbackSession_;
     std::unique_ptr<FeedbackAPIClient> feedbackClient_;
-    VdirEventStore eventStore_;
+    EventStoreLocation storeLocation_;
+    EventStoreSwitch eventStore_;
     BackgroundLedgerWriter ledgerWriter_;
     CompletionLedgerRepository ledger_;
     ReminderActionHistory history_;

@@ -3,8 +3,10 @@
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
 #include "cli/CommandLine.h"
+#include "eventkit/EvolutionModule.h"
 #include "foundation/InformationDictionary.h"
 #include "foundation/StandardFolders.h"
+#include "platform/linux/DesktopDatabase.h"
 #include "platform/linux/Platform.h"
 #include "ui/PanelView.h"
 #include "ui/RenderStates.h"
@@ -38,6 +40,10 @@ int fail(const TextPair& message, int status) {
     return status;
 }
 
+bool desktopHasStore() {
+    return hasEvolutionModule() && desktopHasCalendarService();
+}
+
 int runCommand(int& argc, char** argv, const QStringList& arguments) {
     const QCoreApplication application(argc, argv);
     const SystemClock clock;
@@ -45,6 +51,7 @@ int runCommand(int& argc, char** argv, const QStringList& arguments) {
                           {
                               .version = QCoreApplication::applicationVersion(),
                               .storeFolder = EventStoreLocation::embeddedDefault().folder,
+                              .desktopHasStore = desktopHasStore,
                               .preferencesFile = preferencesPath(),
                               .ledgerFile = completionLedgerPath(),
                               .systemLocale = QLocale::system(),
@@ -102,6 +109,7 @@ int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
 
     AppDelegate delegate({
         .store = std::move(store),
+        .desktopHasStore = desktopHasStore,
         .preferencesFile = preferencesPath(),
         .ledgerFile = completionLedgerPath(),
         .supportFolder = applicationSupportFolder(),

@@ -84,16 +84,16 @@ int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& e
     }
 
     // A folder that was named by mistake is not made, unless something is to be put there.
-    if (parsed->store && !makesItems(parsed->command) && !QFileInfo(parsed->store->folder).isDir()) {
+    if (parsed->store && parsed->store->kind == EventStoreLocation::Kind::vdir &&
+        !makesItems(parsed->command) && !QFileInfo(parsed->store->folder).isDir()) {
         environment.err(localization(text("There is no folder %1.\n", "Le dossier %1 n’existe pas.\n"))
                             .arg(parsed->store->folder));
         return refused;
     }
-    const auto preferred =
-        EventStoreLocation::parse(defaults.string(preferenceKeys::eventStore).value_or(QString()));
     const EventStoreLocation store =
-        parsed->store.value_or(preferred.value_or(EventStoreLocation{environment.storeFolder}));
-    CommandRun run(*parsed, environment, defaults, preferences, localization, store.folder);
+        eventStoreToUse(parsed->store, defaults.string(preferenceKeys::eventStore),
+                        EventStoreLocation{environment.storeFolder}, environment.desktopHasStore);
+    CommandRun run(*parsed, environment, defaults, preferences, localization, store);
     return isAboutCalendar(parsed->command) ? carryOut<CalendarCommands>(run)
                                             : carryOut<ReminderCommands>(run);
 }

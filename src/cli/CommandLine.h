@@ -16,6 +16,9 @@ struct CommandLineEnvironment {
     QString version;
     /// The folder of the store that is used when neither the arguments nor the preferences name one.
     QString storeFolder;
+    /// Whether the desktop has a database of its own, to be used rather than a store folder without lists;
+    /// may be empty.
+    std::function<bool()> desktopHasStore;
     QString preferencesFile;
     QString ledgerFile;
     /// Gives the language while the preferences choose none.

@@ -1,5 +1,7 @@
 #include "cli/CommandRun.h"
 
+#include "eventkit/EvolutionModule.h"
+
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -9,7 +11,7 @@ namespace kestrant {
 
 CommandRun::CommandRun(const CommandLineArguments& asked, const CommandLineEnvironment& surroundings,
                        UserDefaults& userDefaults, Preferences& personsPreferences, Localization& texts,
-                       const QString& storeFolder)
+                       const EventStoreLocation& store)
     : arguments(asked)
     , environment(surroundings)
     , defaults(userDefaults)
@@ -17,7 +19,8 @@ CommandRun::CommandRun(const CommandLineArguments& asked, const CommandLineEnvir
     , localization(texts)
     , clock(asked.now.value_or(surroundings.clock.now()))
     , calendar(surroundings.calendar)
-    , eventStore(storeFolder, scheduler, clock, calendar) {}
+    , openedStore(openEventStore(store, scheduler, clock, calendar))
+    , eventStore(*openedStore) {}
 
 OutputContext CommandRun::outputContext() const {
     return {clock.now(), environment.calendar, localization.language(), localization.dateLocale()};

@@ -3,7 +3,8 @@
 #include "cli/CommandLine.h"
 #include "cli/CommandLineArguments.h"
 #include "cli/CommandLineOutput.h"
-#include "eventkit/vdir/VdirEventStore.h"
+#include "eventkit/EKEventStore.h"
+#include "eventkit/EventStoreLocation.h"
 #include "foundation/Clocks.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/NotificationCenter.h"
@@ -14,6 +15,8 @@
 
 #include <QString>
 
+#include <memory>
+
 namespace kestrant {
 
 /// One command on its way to the exit status: what was asked, the surroundings, the database, and the means
@@ -22,7 +25,7 @@ class CommandRun {
   public:
     CommandRun(const CommandLineArguments& asked, const CommandLineEnvironment& surroundings,
                UserDefaults& userDefaults, Preferences& personsPreferences, Localization& texts,
-               const QString& storeFolder);
+               const EventStoreLocation& store);
     CommandRun(const CommandRun&) = delete;
     CommandRun& operator=(const CommandRun&) = delete;
 
@@ -36,7 +39,8 @@ class CommandRun {
     FixedClock clock;
     FixedCurrentCalendar calendar;
     NotificationCenter notifications;
-    VdirEventStore eventStore;
+    const std::unique_ptr<EKEventStore> openedStore;
+    EKEventStore& eventStore;
 
     [[nodiscard]] OutputContext outputContext() const;
     void print(const QString& text) const { environment.out(text); }

@@ -1,41 +1,61 @@
 #include "eventkit/EvolutionModule.h"
 
+#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/vdir/VdirEventStore.h"
+
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QLibrary>
-#include <QStringList>
 
 namespace kestrant {
 namespace {
 
 using MakeStore = EKEventStore* (*)(Scheduler&, const Clock&, const CurrentCalendar&);
 
-TextPair missing(const QString& detail) {
-    const TextPair pair = text("The desktop’s calendar service cannot be used: %1",
-                               "Le service d’agenda du bureau ne peut pas être utilisé : %1");
-    return {pair.english.arg(detail), pair.french.arg(detail)};
-}
-
-/// Where the module may be, from the folder of the program.
-QStringList candidates() {
+/// The module's file, by where it may be from the folder of the program; absent where there is none.
+std::optional<QString> modulePath() {
     const QString folder = QCoreApplication::applicationDirPath();
-    const QString name = QStringLiteral("/kestrant_evolution");
-    return {folder + name, folder + QStringLiteral("/../" KESTRANT_MODULE_FOLDER) + name};
+    for (const char* where : {"/", "/../" KESTRANT_MODULE_FOLDER "/"}) {
+        QString path = folder + QLatin1String(where) + QStringLiteral("kestrant_evolution.so");
+        if (QFileInfo::exists(path))
+            return path;
+    }
+    return std::nullopt;
 }
 
 }  // namespace
 
+bool hasEvolutionModule() {
+    return modulePath().has_value();
+}
+
 tl::expected<std::unique_ptr<EKEventStore>, TextPair>
 makeEvolutionStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar) {
-    QString error;
-    for (const QString& path : candidates()) {
-        QLibrary library(path);
-        const auto make = reinterpret_cast<MakeStore>(library.resolve("kestrantMakeEvolutionStore"));
-        if (make)
-            return std::unique_ptr<EKEventStore>(make(scheduler, clock, calendar));
-        if (error.isEmpty() || QLibrary::isLibrary(path))
-            error = library.errorString();
-    }
-    return tl::unexpected(missing(error));
+    const auto path = modulePath();
+    if (!path)
+        return tl::unexpected(text("Kestrant was built or installed without the desktop’s calendar service.",
+                                   "Kestrant a été compilé ou installé sans le service d’agenda du bureau."));
+    QLibrary library(*path);
+    if (const auto make = reinterpret_cast<MakeStore>(library.resolve("kestrantMakeEvolutionStore")))
+        return std::unique_ptr<EKEventStore>(make(scheduler, clock, calendar));
+    const TextPair pair = text("The desktop’s calendar service cannot be used: %1",
+                               "Le service d’agenda du bureau est inutilisable : %1");
+    return tl::unexpected(
+        TextPair{pair.english.arg(library.errorString()), pair.french.arg(library.errorString())});
+}
+
+std::unique_ptr<EKEventStore> openEventStore(const EventStoreLocation& location, Scheduler& scheduler,
+                                             const Clock& clock, const CurrentCalendar& calendar) {
+    if (location.kind == EventStoreLocation::Kind::vdir)
+        return std::make_unique<VdirEventStore>(location.folder, scheduler, clock, calendar);
+    auto store = makeEvolutionStore(scheduler, clock, calendar);
+    if (store)
+        return std::move(*store);
+    auto unusable = std::make_unique<InMemoryEventStore>(scheduler, clock, calendar);
+    unusable->setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
+    unusable->setFailure(InMemoryEventStore::Operation::requestAccess,
+                         EKError{EKError::Code::accessDenied, store.error()});
+    return unusable;
 }
 
 }  // namespace kestrant

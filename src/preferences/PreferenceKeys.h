@@ -97,8 +97,11 @@ inline const PreferenceKey reminderManualOrder{QStringLiteral("reminderManualOrd
 inline const PreferenceKey defaultReminderListID{QStringLiteral("defaultReminderListID")};
 /// Bool; mirrors the login item.
 inline const PreferenceKey launchAtLogin{QStringLiteral("launchAtLogin")};
-/// Where reminders and events live: "vdir:PATH"; absent for the embedded default.
+/// Where reminders and events live: "vdir:PATH" or "evolution"; absent for what is there.
 inline const PreferenceKey eventStore{QStringLiteral("kestrantEventStore")};
+/// Alerts of the desktop's own database ring here too; the desktop rings them by itself.
+inline const Preference<bool> ringsAlertsOnEvolution{{QStringLiteral("kestrantRingsAlertsOnEvolution")},
+                                                     false};
 
 }  // namespace preferenceKeys
 
