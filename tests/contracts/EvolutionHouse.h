@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 
 namespace kestrant {
 
@@ -49,6 +50,14 @@ struct EvolutionHouse {
         const Subscription subscription = store.observeChanges([&] { told = true; });
         while (!told) {
             ASSERT_TRUE(scheduler.runUntil([&] { return told || scheduler.pendingCount() > 0; }));
+            scheduler.advance(std::chrono::seconds(1));
+        }
+    }
+
+    /// Lets time go on until this holds.
+    void awaitThat(const std::function<bool()>& holds) {
+        while (!holds()) {
+            ASSERT_TRUE(scheduler.runUntil([&] { return holds() || scheduler.pendingCount() > 0; }));
             scheduler.advance(std::chrono::seconds(1));
         }
     }

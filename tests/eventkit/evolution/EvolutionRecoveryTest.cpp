@@ -24,14 +24,6 @@ class EvolutionRecovery : public ::testing::Test {
     EKReminderRef add(const char* title) {
         return driver.add(aReminder("").titled(QString::fromLatin1(title)).in(list));
     }
-    /// Lets time go on until this holds.
-    void awaitThat(const std::function<bool()>& holds) {
-        while (!holds()) {
-            ASSERT_TRUE(
-                house.scheduler.runUntil([&] { return holds() || house.scheduler.pendingCount() > 0; }));
-            house.scheduler.advance(1s);
-        }
-    }
     [[nodiscard]] std::vector<QString> listTitles() const {
         std::vector<QString> result;
         for (const EKCalendar& calendar : house.store.calendars(EKEntityType::reminder))
@@ -57,9 +49,10 @@ TEST_F(EvolutionRecovery, GoesOnWhenAProcessOfTheServiceWasKilled) {
         house.service.kill(name);
         // Whether the loss has been noticed by now or not, a change is either made or refused, never lost.
         const QByteArray uid = QByteArray("after ") + name;
-        awaitThat([&] { return driver.openTitles() == std::vector<QString>{"bread"}; });
+        house.awaitThat([&] { return driver.openTitles() == std::vector<QString>{"bread"}; });
         addElsewhere(uid);
-        awaitThat([&] { return house.store.calendarItem(uid) != nullptr && house.store.problems().empty(); });
+        house.awaitThat(
+            [&] { return house.store.calendarItem(uid) != nullptr && house.store.problems().empty(); });
         EXPECT_TRUE(house.store.calendarItem(identifier));
         const EKReminderRef reminder = house.store.calendarItem(uid);
         ASSERT_TRUE(driver.remove(reminder).has_value());
@@ -82,13 +75,13 @@ TEST_F(EvolutionSilence, IsToldAndWhatWasSeenLastIsShown) {
     const auto refused = driver.save(reminder);
     ASSERT_FALSE(refused.has_value());
     EXPECT_EQ(refused.error().code, EKError::Code::storage);
-    awaitThat([&] { return !house.store.problems().empty(); });
+    house.awaitThat([&] { return !house.store.problems().empty(); });
     EXPECT_TRUE(house.store.problems()[0].english.startsWith(u"“Groceries” does not answer"));
     EXPECT_THAT(driver.openTitles(), ElementsAre("bread"));
     EXPECT_FALSE(house.store.calendarWithIdentifier(list)->allowsContentModifications);
 
     ASSERT_EQ(::kill(process, SIGCONT), 0);
-    awaitThat([&] { return house.store.problems().empty(); });
+    house.awaitThat([&] { return house.store.problems().empty(); });
     EXPECT_TRUE(driver.save(reminder).has_value());
     EXPECT_THAT(driver.openTitles(), ElementsAre("milk"));
 }
@@ -106,19 +99,19 @@ TEST_F(EvolutionRecovery, FollowsListsThatOthersMakeChangeDisableAndRemove) {
     ForeignList(made->calendarIdentifier, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([](ESource* source) {
         e_source_set_display_name(source, "Zebras");
     });
-    awaitThat([&] { return listTitles() == std::vector<QString>{"Groceries", "Zebras"}; });
+    house.awaitThat([&] { return listTitles() == std::vector<QString>{"Groceries", "Zebras"}; });
     ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([](ESource* source) {
         e_source_set_enabled(source, FALSE);
     });
-    awaitThat([&] { return listTitles() == std::vector<QString>{"Zebras"}; });
+    house.awaitThat([&] { return listTitles() == std::vector<QString>{"Zebras"}; });
     EXPECT_THAT(driver.openTitles(), IsEmpty());
     ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([](ESource* source) {
         e_source_set_enabled(source, TRUE);
     });
-    awaitThat([&] { return listTitles().size() == 2; });
+    house.awaitThat([&] { return listTitles().size() == 2; });
     EXPECT_THAT(driver.openTitles(), ElementsAre("bread"));
     house.service.removeAll();
-    awaitThat([&] { return listTitles().empty(); });
+    house.awaitThat([&] { return listTitles().empty(); });
     EXPECT_THAT(driver.openTitles(), IsEmpty());
     EXPECT_THAT(house.store.problems(), IsEmpty());
 }
