@@ -21,8 +21,16 @@ NewEventViewModel::NewEventViewModel(CalendarStore& store, const Clock& clock,
 }
 
 void NewEventViewModel::begin() {
-    if (isSaving_ || error_)
+    if (title_.trimmed().isEmpty())
+        discard();
+    else
+        Q_EMIT changed();
+}
+
+void NewEventViewModel::discard() {
+    if (isSaving_)
         return;
+    error_.reset();
     title_.clear();
     times_.showNextHalfHour();
     Q_EMIT changed();
@@ -56,7 +64,7 @@ void NewEventViewModel::submit() {
         self->isSaving_ = false;
         if (!result)
             return self->fail(result.error().message());
-        self->begin();
+        self->discard();
         Q_EMIT self->added();
     });
 }

@@ -36,8 +36,10 @@ class NewEventViewModel : public QObject {
     NewEventViewModel(CalendarStore& store, const Clock& clock, const CurrentCalendar& calendar,
                       Localizer& localizer, QObject* parent = nullptr);
 
-    /// Starts an empty event at the next half hour. An event that could not be saved is kept.
+    /// Shows what was written and neither added nor discarded, or else an empty event at the next half hour.
     Q_INVOKABLE void begin();
+    /// Gives up what was written.
+    Q_INVOKABLE void discard();
     /// Saves; ends with `added`, or with errorText set and everything left as it was written.
     Q_INVOKABLE void submit();
     /// The calendars that take events, {id, title, color} each.

@@ -59,8 +59,17 @@ QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
 }
 
 void QuickAddViewModel::begin() {
-    if (isSaving_ || error_)
+    if (title_.trimmed().isEmpty())
+        return discard();
+    // The days that words such as "tomorrow" stand for may be others by now.
+    understand();
+    Q_EMIT changed();
+}
+
+void QuickAddViewModel::discard() {
+    if (isSaving_)
         return;
+    error_.reset();
     title_.clear();
     line_ = {};
     refused_.clear();
@@ -108,7 +117,7 @@ void QuickAddViewModel::submit() {
             return;
         self->isSaving_ = false;
         if (result) {
-            self->begin();
+            self->discard();
             Q_EMIT self->added();
         } else {
             self->error_ = result.error().message();
@@ -177,15 +186,15 @@ QVariantList QuickAddViewModel::pieces() const {
         }
         return QString();
     };
-    const auto words = [this](const QuickAddPiece& piece) {
-        return piece.kind == QuickAddPiece::Kind::priority && line_.priority
-                   ? localizer_(priorityTitle(*line_.priority))
-                   : title_.mid(piece.range.start, piece.range.length);
-    };
     QVariantList result;
-    for (const QuickAddPiece& piece : line_.pieces)
-        result.append(
-            QVariantMap{{QStringLiteral("kind"), name(piece.kind)}, {QStringLiteral("words"), words(piece)}});
+    for (const QuickAddPiece& piece : line_.pieces) {
+        const QString words = title_.mid(piece.range.start, piece.range.length);
+        const bool isMark = piece.kind == QuickAddPiece::Kind::priority && line_.priority;
+        result.append(QVariantMap{
+            {QStringLiteral("kind"), name(piece.kind)},
+            {QStringLiteral("words"), words},
+            {QStringLiteral("spoken"), isMark ? localizer_(priorityTitle(*line_.priority)) : words}});
+    }
     return result;
 }
 
@@ -252,7 +261,7 @@ QVariantList QuickAddViewModel::priorities() const {
                            {QStringLiteral("title"), localizer_(title)}};
     };
     return {entry(NewReminderPriority::low, text("Low", "Basse")),
-            entry(NewReminderPriority::normal, text("Normal", "Normale")),
+            entry(NewReminderPriority::normal, text("Medium", "Moyenne")),
             entry(NewReminderPriority::high, text("High", "Haute"))};
 }
 

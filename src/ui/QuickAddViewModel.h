@@ -61,9 +61,11 @@ class QuickAddViewModel : public QObject {
     QuickAddViewModel(ReminderStore& store, const Clock& clock, const CurrentCalendar& calendar,
                       Localizer& localizer, QObject* parent = nullptr);
 
-    /// Starts an empty reminder in the list that is preferred now. A reminder that could not be saved is
-    /// kept.
+    /// Shows what was written and neither added nor discarded, or else an empty reminder in the list that is
+    /// preferred now.
     Q_INVOKABLE void begin();
+    /// Gives up what was written.
+    Q_INVOKABLE void discard();
     /// Saves; ends with `added`, or with errorText set and everything left as it was written.
     Q_INVOKABLE void submit();
     /// The words of this piece mean nothing but themselves.

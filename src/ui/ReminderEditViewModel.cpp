@@ -29,7 +29,7 @@ std::array<PriorityChoice, 4> priorityChoices() {
     };
     return {PriorityChoice{QStringLiteral("none"), text("None", "Aucune"), 0},
             choice(NewReminderPriority::low, text("Low", "Basse")),
-            choice(NewReminderPriority::normal, text("Normal", "Normale")),
+            choice(NewReminderPriority::normal, text("Medium", "Moyenne")),
             choice(NewReminderPriority::high, text("High", "Haute"))};
 }
 
@@ -87,11 +87,46 @@ int ReminderEditViewModel::begin(const QString& reminderId) {
     list_ = list ? *list : ReminderList{.id = details.listID};
     dueDay_.setDay(details.dueDate ? calendar_.dayOf(*details.dueDate) : QDate());
     dueTime_ = details.dueDateIncludesTime ? timeText(calendar_.timeOf(*details.dueDate)) : QString();
+    begun_ = fields();
+    isRestored_ = false;
     if (loaded_)
         Q_EMIT changed();
     else
         fail(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
     return form_;
+}
+
+ReminderEditViewModel::Fields ReminderEditViewModel::fields() const {
+    return {title_, dueDay_.day(), dueTime_, priority_, list_, notes_, alert_, shownRules()};
+}
+
+void ReminderEditViewModel::restore() {
+    if (!loaded_ || !draft_ || draft_->id != id_ || draft_->before != begun_)
+        return;
+    const Fields written = draft_->written;
+    title_ = written.title;
+    dueDay_.setDay(written.dueDay);
+    dueTime_ = written.dueTime;
+    priority_ = written.priority;
+    list_ = written.list;
+    notes_ = written.notes;
+    alert_ = written.alert;
+    repeat_ = draft_->repeat;
+    isRestored_ = true;
+    Q_EMIT changed();
+}
+
+void ReminderEditViewModel::keep(int form) {
+    if (form != form_ || !loaded_ || isReadOnly())
+        return;
+    if (const Fields written = fields(); written != begun_)
+        draft_ = Draft{id_, begun_, written, repeat_};
+}
+
+void ReminderEditViewModel::discard() {
+    if (loaded_)
+        begin(id_);
+    draft_.reset();
 }
 
 void ReminderEditViewModel::end(int form) {
@@ -193,6 +228,7 @@ void ReminderEditViewModel::save() {
     // Without a due date there is none.
     const auto repeat = details.dueDate ? repeat_ : std::nullopt;
     if (details == *loaded_ && !repeat) {
+        discard();
         Q_EMIT saved();
         return;
     }
@@ -221,6 +257,8 @@ void ReminderEditViewModel::finishSaving(int form, const tl::expected<void, Remi
     isSaving_ = false;
     if (!result)
         return fail(result.error().message());
+    draft_.reset();
+    begun_ = fields();
     Q_EMIT changed();
     Q_EMIT saved();
 }

@@ -47,6 +47,8 @@ class ReminderEditViewModel : public QObject {
     Q_PROPERTY(QString notes READ notes WRITE setNotes NOTIFY changed)
     /// The reminder's list takes no changes.
     Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
+    /// What is shown was kept of an earlier form.
+    Q_PROPERTY(bool isRestored READ isRestored NOTIFY changed)
     Q_PROPERTY(bool isSaving READ isSaving NOTIFY changed)
     Q_PROPERTY(bool canSave READ canSave NOTIFY changed)
     /// Why the reminder could not be loaded or saved; empty when nothing is wrong.
@@ -57,9 +59,15 @@ class ReminderEditViewModel : public QObject {
     ReminderEditViewModel(ReminderStore& store, const Clock& clock, const CurrentCalendar& calendar,
                           Localizer& localizer, QObject* parent = nullptr);
 
-    /// Shows a reminder, or in errorText that it is gone.
-    /// Returns the form's number, for end().
+    /// Shows a reminder, or in errorText that it is gone. Returns the form's number, for end().
     Q_INVOKABLE int begin(const QString& reminderId);
+    /// Shows what was kept of an earlier form of this reminder, as long as the reminder is what it was then.
+    Q_INVOKABLE void restore();
+    /// Keeps what was written for restore(), until it is saved or another form is kept. To be called before
+    /// end() when a form goes that nobody has given up.
+    Q_INVOKABLE void keep(int form);
+    /// Gives up what was written.
+    Q_INVOKABLE void discard();
     /// Ends with `saved`, or with errorText set and everything left as it was written. Nothing is written
     /// when nothing was changed.
     Q_INVOKABLE void save();
@@ -96,6 +104,7 @@ class ReminderEditViewModel : public QObject {
     [[nodiscard]] const QString& notes() const { return notes_; }
     void setNotes(const QString& notes) { set(notes_, notes); }
     [[nodiscard]] bool isReadOnly() const { return !list_.allowsContentModifications; }
+    [[nodiscard]] bool isRestored() const { return isRestored_; }
     [[nodiscard]] bool isSaving() const { return isSaving_; }
     [[nodiscard]] bool canSave() const { return loaded_ && !isReadOnly() && !isSaving_; }
     [[nodiscard]] QString errorText() const;
@@ -107,6 +116,27 @@ class ReminderEditViewModel : public QObject {
     void changeFailed(const QString& message);
 
   private:
+    /// Everything that can be changed.
+    struct Fields {
+        QString title;
+        QDate dueDay;
+        QString dueTime;
+        int priority = 0;
+        ReminderList list;
+        QString notes;
+        std::optional<ReminderAlertSchedule> alert;
+        std::vector<EKRecurrenceRule> rules;
+
+        bool operator==(const Fields&) const = default;
+    };
+    struct Draft {
+        QString id;
+        Fields before;
+        Fields written;
+        std::optional<ReminderRepeat> repeat;
+    };
+
+    [[nodiscard]] Fields fields() const;
     void set(QString& field, const QString& value);
     void edited();
     void fail(const TextPair& reason);
@@ -137,6 +167,9 @@ class ReminderEditViewModel : public QObject {
     /// What the form began with, and what was chosen instead.
     std::vector<EKRecurrenceRule> rules_;
     std::optional<ReminderRepeat> repeat_;
+    Fields begun_;
+    std::optional<Draft> draft_;
+    bool isRestored_ = false;
     bool isSaving_ = false;
     std::optional<TextPair> error_;
     /// Counts forms, to tell a late result from one of the form that is shown.

@@ -222,6 +222,31 @@ TEST(EditingViews, EditAReminderFromItsRowAndFromItsCard) {
     EXPECT_TRUE(program.shows("Plants and herbs"));
 }
 
+TEST(EditingViews, KeepWhatWasWrittenWhenThePanelFolds) {
+    Editing program;
+    program.edit("Plants");
+    program.type(QStringLiteral(" and"));
+    program.view.overlays().dismissAll();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    program.edit("Plants");
+    EXPECT_TRUE(program.shows("Plants and"));
+    EXPECT_TRUE(program.shows("Unsaved changes restored"));
+    program.press(Qt::Key_Escape);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    program.edit("Plants");
+    EXPECT_FALSE(program.shows("Plants and"));
+    program.press(Qt::Key_Escape);
+
+    program.call("openQuickAdd");
+    program.type(QStringLiteral("Call"));
+    program.view.overlays().dismissAll();
+    program.settle();
+    program.call("openQuickAdd");
+    EXPECT_EQ(program.quickAdd.title(), QStringLiteral("Call"));
+    program.press(Qt::Key_Escape);
+    EXPECT_EQ(program.quickAdd.title(), QString());
+}
+
 TEST(EditingViews, MoveADueDateByKeyboardInOneStepOfTheHistory) {
     Editing program;
     const auto before = program.dueDate("Plants");

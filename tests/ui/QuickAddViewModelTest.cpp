@@ -92,6 +92,7 @@ TEST(QuickAddViewModel, UnderstandsTheLineAndLetsItsPiecesBeRefused) {
     EXPECT_EQ(form.priority(), QStringLiteral("high"));
     EXPECT_EQ(form.listTitle(), QStringLiteral("Work"));
     ASSERT_EQ(form.pieces().size(), 4);
+    EXPECT_EQ(form.pieces()[3].toMap()[QStringLiteral("spoken")], QStringLiteral("High priority"));
 
     form.refuse(0);
     EXPECT_EQ(form.pieces().size(), 3);

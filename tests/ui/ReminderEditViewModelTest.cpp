@@ -222,6 +222,54 @@ TEST(ReminderEditViewModel, OnlyShowsAReminderOfAReadOnlyList) {
     EXPECT_FALSE(test.form.canSave());
 }
 
+TEST(ReminderEditViewModel, KeepsWhatWasWrittenUntilItIsSavedOrGivenUp) {
+    Editing test;
+    int number = test.form.begin(test.id);
+    const auto leave = [&] {
+        test.form.keep(number);
+        test.form.end(number);
+    };
+    const auto comeBack = [&] {
+        number = test.form.begin(test.id);
+        test.form.restore();
+    };
+    test.form.setNotes(QStringLiteral("half a sent"));
+    test.form.setDueTime(QStringLiteral("1"));
+    test.form.setRepeatId(QStringLiteral("weekly"));
+    leave();
+    number = test.form.begin(test.id);
+    EXPECT_EQ(test.form.notes(), QStringLiteral("Bring the card")) << "nobody asked for it";
+    leave();
+    comeBack();
+    EXPECT_TRUE(test.form.isRestored());
+    EXPECT_EQ(test.form.notes(), QStringLiteral("half a sent"));
+    EXPECT_EQ(test.form.dueTime(), QStringLiteral("1"));
+    EXPECT_EQ(test.form.repeatId(), QStringLiteral("weekly"));
+
+    test.form.setDueTime(QStringLiteral("10"));
+    test.save();
+    EXPECT_EQ(test.saved().notes, QStringLiteral("half a sent"));
+    EXPECT_FALSE(test.saved().recurrenceRules.empty());
+    leave();
+    comeBack();
+    EXPECT_FALSE(test.form.isRestored()) << "it was saved";
+
+    test.form.setNotes(QStringLiteral("other"));
+    test.form.discard();
+    leave();
+    comeBack();
+    EXPECT_EQ(test.form.notes(), QStringLiteral("half a sent")) << "it was given up";
+
+    test.form.setNotes(QStringLiteral("other"));
+    leave();
+    EKReminderData changed = test.saved();
+    changed.title = QStringLiteral("Somebody else’s");
+    test.database.putReminder(changed);
+    comeBack();
+    EXPECT_FALSE(test.form.isRestored()) << "it would overwrite what somebody else wrote";
+    EXPECT_EQ(test.form.title(), QStringLiteral("Somebody else’s"));
+}
+
 TEST(ReminderEditViewModel, TellsOfAFailureWhenItsFormIsGone) {
     Editing test;
     QSignalSpy failed(&test.form, &ReminderEditViewModel::changeFailed);

@@ -31,7 +31,7 @@ Column {
                 color: Theme.controlOn
                 textColor: Theme.text
                 spokenName: Localizer.text("Understood: %1. Press to keep it in the title.",
-                                           "Compris : %1. Appuyer pour le garder dans le titre.").arg(text)
+                                           "Compris : %1. Appuyer pour le garder dans le titre.").arg(modelData.spoken)
                 onClicked: fields.form.refuse(index)
                 onCrossClicked: fields.form.refuse(index)
             }

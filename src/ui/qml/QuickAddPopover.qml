@@ -27,10 +27,18 @@ Popover {
         form.type = type
         current.title = title
     }
+    /// Gives up what was written in either form.
+    function discard() {
+        form.discard()
+        newEvent.discard()
+    }
     function added() {
+        discard()
         overlays.dismissAfterSaving(overlayId)
     }
 
+    // It is closed by the surface itself.
+    Keys.onEscapePressed: discard()
     Keys.onReturnPressed: submit()
     Keys.onEnterPressed: submit()
     Component.onCompleted: {
@@ -103,7 +111,10 @@ Popover {
             acceptText: Localizer.text("Add", "Ajouter")
             canAccept: quickAdd.current.canSubmit
             onAccepted: quickAdd.submit()
-            onCancelled: quickAdd.close()
+            onCancelled: {
+                quickAdd.discard()
+                quickAdd.close()
+            }
         }
     }
 }

@@ -19,13 +19,19 @@ Popover {
             form.save()
     }
 
+    // It is closed by the surface itself.
+    Keys.onEscapePressed: form.discard()
     Keys.onReturnPressed: save()
     Keys.onEnterPressed: save()
     Component.onCompleted: {
         ticket = form.begin(reminderId)
+        form.restore()
         titleBox.forceActiveFocus(Qt.PopupFocusReason)
     }
-    Component.onDestruction: form.end(ticket)
+    Component.onDestruction: {
+        form.keep(ticket)
+        form.end(ticket)
+    }
     Connections {
         target: popover.form
         function onSaved() { popover.overlays.dismissAfterSaving(popover.overlayId) }
@@ -143,12 +149,16 @@ Popover {
             width: parent.width
             topPadding: 2
             hint: popover.form.isReadOnly ? Localizer.text("This list is read-only.", "Cette liste est en lecture seule.")
+                : popover.form.isRestored ? Localizer.text("Unsaved changes restored", "Modifications restaurées")
                                           : Localizer.text("Enter saves · Esc closes", "Entrée enregistre · Échap ferme")
             errorText: popover.form.errorText
             acceptText: Localizer.text("Save", "Enregistrer")
             canAccept: popover.form.canSave
             onAccepted: popover.save()
-            onCancelled: popover.close()
+            onCancelled: {
+                popover.form.discard()
+                popover.close()
+            }
         }
     }
 }
