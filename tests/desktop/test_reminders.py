@@ -1,6 +1,9 @@
 """Working with reminders on the panel, seen in the files they live in."""
 
+import datetime
+import json
 import unittest
+import zoneinfo
 
 from harness import DesktopTest, wait_until
 
@@ -8,6 +11,16 @@ from harness import DesktopTest, wait_until
 class RemindersTest(DesktopTest):
     def wait_for_completion(self, path):
         wait_until(lambda: "STATUS:COMPLETED" in self.text(path), f"{path.name} is completed")
+
+    def files(self):
+        """The lines of every file of the list by its name, without the marks of a revision."""
+        marks = ("DTSTAMP", "LAST-MODIFIED", "SEQUENCE")
+        return {path.name: [line for line in self.text(path).splitlines(keepends=True) if not line.startswith(marks)]
+                for path in self.list.iterdir()}
+
+    def order(self):
+        """The identifiers of the cards as they were placed by hand."""
+        return json.loads((self.configuration / "preferences.json").read_text())["reminderManualOrder"]
 
     def test_a_click_on_the_circle_completes_the_reminder_in_its_file_and_in_the_ledger(self):
         path = self.add_reminder("Water the plants", more="DUE;VALUE=DATE:20260327\r\n")
@@ -50,6 +63,58 @@ class RemindersTest(DesktopTest):
         self.assertEqual(len(created), 1)
         self.assertIn("SUMMARY:Buy a lamp\r\n", self.text(created[0]))
         self.assertIn(f"UID:{created[0].stem}", self.text(created[0]))
+
+    def test_what_was_made_flagged_placed_and_deleted_is_undone_step_by_step(self):
+        read = self.add_reminder("Read", more="DUE;VALUE=DATE:20260327\r\nPRIORITY:3\r\nX-ODD;A=b:c\\, d\r\n")
+        water = self.add_reminder("Water", more="RRULE:FREQ=DAILY\r\nDUE;VALUE=DATE:20260327\r\n")
+        untouched = self.add_reminder("Untouched")
+        untouched_bytes = untouched.read_bytes()
+        before = self.files()
+        self.start(reminderSortMode="manual", reminderManualOrder=["read", "water", "untouched"])
+        self.expand()
+        self.wait_for_circles(3)
+        panel = self.desktop.focused_window()
+
+        self.desktop.key("ctrl+n")
+        wait_until(lambda: self.desktop.focused_window() != panel, "the form has the keyboard")
+        self.desktop.type("Buy a lamp tomorrow 9am")
+        self.desktop.key("Return")
+        lamp = wait_until(lambda: [path for path in self.list.glob("*.ics") if path.name not in before],
+                          "the new file is there")[0]
+        tomorrow = datetime.datetime.now(zoneinfo.ZoneInfo(self.desktop.environment["TZ"])) + datetime.timedelta(1)
+        self.assertIn("SUMMARY:Buy a lamp\r\n", self.text(lamp))
+        self.assertRegex(self.text(lamp), f"DUE[^:]*:{tomorrow:%Y%m%d}T090000\r\n")
+        cards = self.wait_for_circles(4)
+        wait_until(lambda: self.desktop.focused_window() == panel, "the panel has the keyboard")
+
+        self.desktop.click(cards[0][0] + 60, cards[0][1])
+        self.desktop.key("Menu")
+        wait_until(lambda: self.desktop.focused_window() != panel, "the menu has the keyboard")
+        self.desktop.key("f", "Return")
+        wait_until(lambda: "X-PINNED:true\r\n" in self.text(read), "the flag is in the file")
+        wait_until(lambda: self.desktop.focused_window() == panel, "the panel has the keyboard")
+
+        start, end = cards[0], cards[2]
+        self.desktop.drag((start[0] + 60, start[1] + 20), (end[0] + 150, end[1] + 20))
+        wait_until(lambda: self.order() == ["water", "untouched", "read", lamp.stem], "the card lies behind the third")
+
+        self.wait_for_circles(4)
+        self.desktop.click(cards[0][0] + 60, cards[0][1])
+        self.desktop.key("Delete")
+        wait_until(lambda: not water.exists(), "the file is gone")
+        self.wait_for_circles(3)
+
+        self.desktop.key("ctrl+z")
+        wait_until(lambda: len(self.files()) == len(before) + 1, "what was deleted is back")
+        self.desktop.key("ctrl+z")
+        wait_until(lambda: self.order()[0] == "read", "the card lies where it lay")
+        self.desktop.key("ctrl+z")
+        wait_until(lambda: "X-PINNED" not in self.text(read), "the flag is gone")
+        self.desktop.key("ctrl+z")
+        wait_until(lambda: not lamp.exists(), "what was made is gone")
+        self.wait_for_circles(3)
+        self.assertEqual(self.files(), before)
+        self.assertEqual(untouched.read_bytes(), untouched_bytes)
 
     def test_typing_in_the_search_field_leaves_the_cards_that_match(self):
         for title in ("Read the report", "Write a letter", "Write the report"):
