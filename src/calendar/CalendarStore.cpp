@@ -67,7 +67,12 @@ void CalendarStore::Private::requestAccess() {
     switch (services.eventStore.authorizationStatus(EKEntityType::event)) {
     case EKAuthorizationStatus::notDetermined:
         enter(AccessKind::requesting);
-        services.eventStore.requestFullAccessToEvents(whileAlive(&Private::accessAnswered));
+        services.eventStore.requestFullAccessToEvents(
+            whileAlive([generation = accessGeneration](Private& self, bool granted,
+                                                       const std::optional<EKError>& error) {
+                if (generation == self.accessGeneration)
+                    self.accessAnswered(granted, error);
+            }));
         break;
     case EKAuthorizationStatus::fullAccess:
         enter(AccessKind::authorized);
@@ -93,6 +98,17 @@ void CalendarStore::Private::accessAnswered(bool granted, const std::optional<EK
         state.kind = AccessKind::restricted;
     publish(accessState, state, &CalendarStore::accessStateChanged);
     reload();
+}
+
+void CalendarStore::Private::databaseWasExchanged() {
+    const bool wasRequested = accessState.kind != AccessKind::notDetermined;
+    ++accessGeneration;
+    ++*fetchGeneration;
+    publish(accessState, {}, &CalendarStore::accessStateChanged);
+    publish(isLoading, false, &CalendarStore::isLoadingChanged);
+    publish(isLoadingMoreEvents, false, &CalendarStore::isLoadingMoreEventsChanged);
+    if (wasRequested)
+        requestAccess();
 }
 
 void CalendarStore::Private::reload() {
@@ -224,6 +240,10 @@ const CalendarAccessState& CalendarStore::accessState() const {
 
 void CalendarStore::requestAccess() {
     d_->requestAccess();
+}
+
+void CalendarStore::databaseWasExchanged() {
+    d_->databaseWasExchanged();
 }
 
 const QList<CalendarDayGroup>& CalendarStore::dayGroups() const {

@@ -81,6 +81,9 @@ class CalendarStore : public QObject {
     [[nodiscard]] const CalendarAccessState& accessState() const;
     /// Takes the state the database reports; asks where it was never asked, loads where it allows.
     void requestAccess();
+    /// Another database answers from now on: what the former one answers late is dropped, and the new one is
+    /// asked to open if that was.
+    void databaseWasExchanged();
 
     // What is shown
 

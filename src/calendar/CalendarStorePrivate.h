@@ -67,6 +67,7 @@ class CalendarStore::Private : public std::enable_shared_from_this<Private> {
         return accessState.kind == CalendarAccessState::Kind::authorized;
     }
     void requestAccess();
+    void databaseWasExchanged();
     void accessAnswered(bool granted, const std::optional<EKError>& error);
 
     void reload();
@@ -103,6 +104,8 @@ class CalendarStore::Private : public std::enable_shared_from_this<Private> {
     bool needsManualLoadLater = false;
     /// Days and not instants, so that they stay whole days when the time zone changes.
     std::optional<DayRange> loadedCalendarRange;
+    /// Counts the databases, so that the answer of a former one to a request for access is known.
+    int accessGeneration = 0;
     /// Counts fetches; shared with the work they give away, which ends when its fetch is no longer the last.
     std::shared_ptr<std::atomic<int>> fetchGeneration = std::make_shared<std::atomic<int>>(0);
     /// For which moment and in which mode `dayGroups` was made.

@@ -52,6 +52,13 @@ void ReminderActionHistory::remove(const QUuid& id) {
     Q_EMIT entriesChanged();
 }
 
+void ReminderActionHistory::clear() {
+    undoEntries_.clear();
+    redoEntries_.clear();
+    scheduleExpiry();
+    Q_EMIT entriesChanged();
+}
+
 void ReminderActionHistory::removeExpired() {
     const auto isOld = [&](const Entry& entry) { return isExpired(entry); };
     const bool removed = std::erase_if(undoEntries_, isOld) + std::erase_if(redoEntries_, isOld) > 0;

@@ -58,6 +58,8 @@ class ReminderActionHistory : public QObject {
     void undo(Done done = {});
     void redo(Done done = {});
 
+    /// Drops all entries: what they would take back is out of reach. One that is being replayed ends.
+    void clear();
     /// Drops the entries that are too old. For when the machine has woken up: timers stand still while it
     /// sleeps.
     void removeExpired();

@@ -100,27 +100,45 @@ void ReminderStore::requestAccess() {
         return;
     setAccessState({ReminderAccessState::Kind::requesting, {}});
     beginActivity();
-    services_.eventStore.requestFullAccessToReminders(
-        [self = QPointer(this)](bool granted, const std::optional<EKError>& error) {
-            if (!self)
-                return;
-            const auto status = self->services_.eventStore.authorizationStatus(EKEntityType::reminder);
-            if (granted)
-                self->setAccessState({ReminderAccessState::Kind::authorized, {}});
-            else if (error && error->code != EKError::Code::accessDenied)
-                self->setAccessState(ReminderAccessState::failed(error->message));
-            else if (status == EKAuthorizationStatus::restricted)
-                self->setAccessState({ReminderAccessState::Kind::restricted, {}});
-            else
-                self->setAccessState({ReminderAccessState::Kind::denied, {}});
-            self->endActivity();
-        });
+    services_.eventStore.requestFullAccessToReminders([self = QPointer(this), generation = accessGeneration_](
+                                                          bool granted, const std::optional<EKError>& error) {
+        if (!self)
+            return;
+        if (generation != self->accessGeneration_)
+            return self->endActivity();
+        const auto status = self->services_.eventStore.authorizationStatus(EKEntityType::reminder);
+        if (granted)
+            self->setAccessState({ReminderAccessState::Kind::authorized, {}});
+        else if (error && error->code != EKError::Code::accessDenied)
+            self->setAccessState(ReminderAccessState::failed(error->message));
+        else if (status == EKAuthorizationStatus::restricted)
+            self->setAccessState({ReminderAccessState::Kind::restricted, {}});
+        else
+            self->setAccessState({ReminderAccessState::Kind::denied, {}});
+        self->endActivity();
+    });
 }
 
 void ReminderStore::refreshAccessState() {
     if (accessState_.kind == ReminderAccessState::Kind::requesting)
         return;
     setAccessState({accessKind(services_.eventStore.authorizationStatus(EKEntityType::reminder)), {}});
+}
+
+void ReminderStore::databaseWasExchanged() {
+    const bool wasRequested = accessState_.kind != ReminderAccessState::Kind::notDetermined;
+    ++accessGeneration_;
+    ++fetchGeneration_;
+    setAccessState({});
+    lists_.clear();
+    Q_EMIT listsChanged();
+    setFetchedTasks({});
+    if (services_.history)
+        services_.history->clear();
+    if (std::exchange(isLoading_, false))
+        Q_EMIT isLoadingChanged();
+    if (wasRequested)
+        requestAccess();
 }
 
 void ReminderStore::reload() {

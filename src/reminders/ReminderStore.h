@@ -86,6 +86,9 @@ class ReminderStore : public QObject {
     void requestAccess();
     /// Takes the state the database reports; loads when access has become possible. The way out of `failed`.
     void refreshAccessState();
+    /// Another database answers from now on: everything of the former one is forgotten, what it answers late
+    /// is dropped, and the new one is asked to open if that was. Commit what is pending before.
+    void databaseWasExchanged();
 
     // What is shown
 
@@ -310,6 +313,7 @@ class ReminderStore : public QObject {
     bool isLoading_ = false;
     bool hasLoaded_ = false;
     int fetchGeneration_ = 0;
+    int accessGeneration_ = 0;
     ReminderFlagSync flags_;
     /// Of new reminders whose flag is about to be written.
     std::map<QString, ScheduledTask> flagWriteTasks_;

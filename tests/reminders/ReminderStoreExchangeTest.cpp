@@ -1,0 +1,82 @@
+#include "ReminderStoreFixture.h"
+#include "eventkit/EventStoreSwitch.h"
+
+#include <memory>
+
+namespace kestrant {
+namespace {
+
+/// The store over a database that is exchanged for another one while it runs.
+class ReminderStoreExchangeTest : public ReminderStoreTest {
+  protected:
+    std::unique_ptr<InMemoryEventStore> databaseWith(const char* id) {
+        auto made = std::make_unique<InMemoryEventStore>(scheduler, scheduler, calendar);
+        made->putCalendar({.calendarIdentifier = QStringLiteral("list"), .title = QString::fromUtf8(id)});
+        made->putReminder(aReminder(id));
+        scheduler.advance(1s);
+        return made;
+    }
+    ReminderStore& storeOn(EKEventStore& eventStore) {
+        store.emplace(ReminderStoreServices{.eventStore = eventStore,
+                                            .scheduler = scheduler,
+                                            .clock = scheduler,
+                                            .calendar = calendar,
+                                            .defaults = defaults,
+                                            .localization = localization,
+                                            .notifications = notifications,
+                                            .ledger = ledger,
+                                            .completionsCommitted = [](int) {},
+                                            .history = &history,
+                                            .flags = nullptr});
+        return *store;
+    }
+    void exchange(EventStoreSwitch& eventStore, std::unique_ptr<InMemoryEventStore> other) {
+        eventStore.switchTo(std::move(other));
+        store->databaseWasExchanged();
+    }
+};
+
+TEST_F(ReminderStoreExchangeTest, ShowsTheOtherDatabaseAndForgetsWhatCouldBeUndone) {
+    EventStoreSwitch eventStore(databaseWith("first"));
+    storeOn(eventStore).requestAccess();
+    scheduler.advance(1s);
+    store->remove(QStringLiteral("first"), [](const auto&) {});
+    scheduler.advance(1s);
+    ASSERT_EQ(recorded().size(), 1u);
+
+    exchange(eventStore, databaseWith("second"));
+    EXPECT_EQ(visibleIDs(), std::vector<std::string>{});
+    scheduler.advance(1s);
+    EXPECT_EQ(visibleIDs(), std::vector<std::string>{"second"});
+    EXPECT_EQ(store->lists().front().title, QStringLiteral("second"));
+    EXPECT_FALSE(history.canUndo());
+}
+
+TEST_F(ReminderStoreExchangeTest, LateAnswersOfTheFormerDatabaseAreDropped) {
+    auto first = databaseWith("first");
+    first->setAuthorizationStatus(EKAuthorizationStatus::denied);
+    EventStoreSwitch eventStore(std::move(first));
+    storeOn(eventStore).requestAccess();
+    // Its refusal is on the way when another one takes its place.
+    exchange(eventStore, databaseWith("second"));
+    scheduler.advance(1s);
+    EXPECT_EQ(store->accessState().kind, ReminderAccessState::Kind::authorized);
+    EXPECT_EQ(visibleIDs(), std::vector<std::string>{"second"});
+
+    store->reloadTasks();
+    exchange(eventStore, databaseWith("third"));
+    scheduler.advance(1s);
+    EXPECT_EQ(visibleIDs(), std::vector<std::string>{"third"});
+    EXPECT_FALSE(store->isLoading());
+}
+
+TEST_F(ReminderStoreExchangeTest, BeforeAccessWasRequestedNothingIsAskedOfTheOther) {
+    EventStoreSwitch eventStore(databaseWith("first"));
+    storeOn(eventStore);
+    exchange(eventStore, databaseWith("second"));
+    scheduler.advance(1s);
+    EXPECT_EQ(store->accessState().kind, ReminderAccessState::Kind::notDetermined);
+}
+
+}  // namespace
+}  // namespace kestrant
