@@ -18,6 +18,7 @@ class Localization {
     [[nodiscard]] Language language() const { return language_; }
     [[nodiscard]] bool isFrench() const { return language_ == Language::french; }
     [[nodiscard]] QLocale dateLocale() const { return preferences_.dateLocale(); }
+    [[nodiscard]] ClockHours clockHours() const { return preferences_.clockHours(); }
     [[nodiscard]] const QString& operator()(const TextPair& pair) const { return pair.in(language_); }
 
     /// Told after the language has changed.

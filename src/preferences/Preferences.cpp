@@ -50,6 +50,10 @@ QLocale Preferences::dateLocale() const {
                       : QLocale(QLocale::English, QLocale::UnitedStates);
 }
 
+ClockHours Preferences::clockHours() const {
+    return kestrant::clockHours(isFrench() ? Language::french : Language::english, systemLocale_());
+}
+
 void Preferences::setLanguage(Language language) {
     defaults_.set(keys::language, language == Language::french ? QStringLiteral("fr") : QStringLiteral("en"));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/ClockText.h"
 #include "foundation/Subscription.h"
 #include "foundation/Text.h"
 #include "foundation/UserDefaults.h"
@@ -22,7 +23,7 @@ enum class SoundProfile { off = 0, full = 1, soft = 2 };
 /// is not stored. A value of the wrong type counts as absent. Thread: main.
 class Preferences {
   public:
-    /// `systemLocale` gives the language while none was chosen; asked each time.
+    /// `systemLocale` gives the hours of the clock, and the language while none was chosen; asked each time.
     Preferences(UserDefaults& defaults, std::function<QLocale()> systemLocale);
 
     /// "en", "fr", or whatever else is stored, which behaves as English.
@@ -31,6 +32,8 @@ class Preferences {
     [[nodiscard]] Language language() const { return isFrench() ? Language::french : Language::english; }
     /// fr_FR or en_US: the locale of every date and time a person sees.
     [[nodiscard]] QLocale dateLocale() const;
+    /// How every time of day is told on the screen.
+    [[nodiscard]] ClockHours clockHours() const;
     void setLanguage(Language language);
 
     [[nodiscard]] bool completedInitialOnboarding() const;

@@ -133,7 +133,7 @@ UserNotification DueAlertRinger::notificationFor(const EKReminderData& reminder)
     QStringList parts;
     if (task.dueDate)
         parts.append(reminderDueText(*task.dueDate, task.dueDateIncludesTime, services_.clock.now(), calendar,
-                                     language));
+                                     language, services_.localization.clockHours()));
     if (const auto list = services_.eventStore.calendarWithIdentifier(reminder.calendarIdentifier))
         parts.append(list->title);
     notification.body = parts.join(QStringLiteral(" · "));

@@ -130,7 +130,7 @@ TextPair label(ReminderDateOnlyAlertDay day) {
                                                       : text("On day of event", "Le jour même");
 }
 
-TextPair label(const ReminderAlertSchedule& schedule) {
+TextPair label(const ReminderAlertSchedule& schedule, ClockHours hours) {
     if (const auto* relative = std::get_if<RelativeToDueTime>(&schedule)) {
         const auto timing = reminderAlertTiming(relative->seconds);
         return timing ? shortLabel(*timing) : offsetInWords(relative->seconds);
@@ -138,7 +138,7 @@ TextPair label(const ReminderAlertSchedule& schedule) {
     const auto& day = std::get<DayRelativeToDueDate>(schedule);
     const auto offered = reminderDateOnlyAlertDay(day.dayOffset);
     const TextPair words = offered ? label(*offered) : offsetInWords(86400.0 * day.dayOffset);
-    const QString time = QTime(day.hour, day.minute).toString(QStringLiteral("HH:mm"));
+    const QString time = clockText(QTime(day.hour, day.minute), hours);
     return {QStringLiteral("%1 at %2").arg(words.english, time),
             QStringLiteral("%1 à %2").arg(words.french, time)};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/EKReminder.h"
+#include "foundation/ClockText.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
 #include "reminders/ReminderAlertSchedule.h"
@@ -45,7 +46,8 @@ inline constexpr std::array allReminderDateOnlyAlertDays{ReminderDateOnlyAlertDa
 
 /// Any schedule in words, one that no picker offers included: "15 min before", "Day before at 09:00",
 /// "3 days before at 18:30".
-[[nodiscard]] TextPair label(const ReminderAlertSchedule& schedule);
+[[nodiscard]] TextPair label(const ReminderAlertSchedule& schedule,
+                             ClockHours hours = ClockHours::twentyFour);
 
 /// A reminder's due date together with its alert.
 struct ReminderDueAlert {

@@ -27,11 +27,11 @@ QString dayInWords(QDate day, QDate today, bool includesTime, Language language)
 }  // namespace
 
 QString reminderDueText(Instant dueDate, bool includesTime, Instant now, const ZoneCalendar& calendar,
-                        Language language) {
+                        Language language, ClockHours hours) {
     QString day = dayInWords(calendar.dayOf(dueDate), calendar.dayOf(now), includesTime, language);
     if (!includesTime)
         return day;
-    return day + QLatin1Char(' ') + calendar.timeOf(dueDate).toString(QStringLiteral("HH:mm"));
+    return day + QLatin1Char(' ') + clockText(calendar.timeOf(dueDate), hours);
 }
 
 }  // namespace kestrant

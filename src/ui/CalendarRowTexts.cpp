@@ -16,22 +16,8 @@ QString until(const QString& when, const TimeStyle& style) {
     return text("until %1", "jusqu’à %1").in(style.language).arg(when);
 }
 
-/// The time of day alone, and the half of the day where there are halves.
-QString clockText(QTime time, const TimeStyle& style) {
-    if (!style.twelveHours)
-        return time.toString(QStringLiteral("HH:mm"));
-    const int hour = time.hour() % 12;
-    return QString::number(hour == 0 ? 12 : hour) + time.toString(QStringLiteral(":mm"));
-}
-
-QString halfText(QTime time, const TimeStyle& style) {
-    if (!style.twelveHours)
-        return {};
-    return QChar(QChar::Nbsp) + (time.hour() < 12 ? QStringLiteral("AM") : QStringLiteral("PM"));
-}
-
 QString timeText(QTime time, const TimeStyle& style) {
-    return clockText(time, style) + halfText(time, style);
+    return clockText(time, style.hours);
 }
 
 QString dash(const QString& start, const QString& end) {
@@ -42,9 +28,7 @@ QString dash(const QString& start, const QString& end) {
 
 TimeStyle timeStyle(const ZoneCalendar& calendar, Language language, const QLocale& dates,
                     const QLocale& personal) {
-    const bool hasHalves =
-        personal.timeFormat(QLocale::ShortFormat).contains(QLatin1String("ap"), Qt::CaseInsensitive);
-    return {calendar, language, dates, language == Language::english && hasHalves};
+    return {calendar, language, dates, clockHours(language, personal)};
 }
 
 QString timeText(Instant instant, const TimeStyle& style) {
@@ -67,9 +51,10 @@ RowTimeTexts rowTimeTexts(const CalendarEventItem& row, QDate day, const TimeSty
     if (first == last) {
         if (row.endDate <= row.startDate)
             return {timeText(start, style), timeText(start, style)};
-        const bool sameHalf = halfText(start, style) == halfText(end, style);
-        return {dash(sameHalf ? clockText(start, style) : timeText(start, style), timeText(end, style)),
-                timeText(start, style)};
+        // The half of the day is told once where it is the same.
+        const bool isSameHalf = (start.hour() < 12) == (end.hour() < 12);
+        const QString begin = timeText(start, style);
+        return {dash(isSameHalf ? begin.section(QChar::Nbsp, 0, 0) : begin, timeText(end, style)), begin};
     }
     if (day <= first)
         return {dash(timeText(start, style),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calendar/CalendarItems.h"
+#include "foundation/ClockText.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <QLocale>
@@ -13,10 +14,9 @@ struct TimeStyle {
     Language language = Language::english;
     /// Names days and months.
     QLocale dates;
-    bool twelveHours = false;
+    ClockHours hours = ClockHours::twentyFour;
 };
 
-/// French is written in 24 hours; English as the person's locale has it.
 [[nodiscard]] TimeStyle timeStyle(const ZoneCalendar& calendar, Language language, const QLocale& dates,
                                   const QLocale& personal);
 

@@ -1,6 +1,7 @@
 #include "ui/EventTimes.h"
 
 #include "calendar/CalendarError.h"
+#include "ui/Localizer.h"
 #include "ui/TimeOfDay.h"
 
 #include <algorithm>
@@ -18,8 +19,8 @@ QDateTime wallTimeAt(QDate day, QTime time) {
 
 }  // namespace
 
-QString EventTimes::Side::text() const {
-    return typed.value_or(timeText(wall.time()));
+QString EventTimes::text(const Side& side) const {
+    return side.typed.value_or(clockText(side.wall.time(), localizer_.clockHours()));
 }
 
 std::optional<QTime> EventTimes::Side::takeTyped() {
@@ -31,7 +32,7 @@ std::optional<QTime> EventTimes::Side::takeTyped() {
         return std::nullopt;
     typed.reset();
     // The time that is there may have seconds.
-    return timeText(*time) == timeText(wall.time()) ? std::nullopt : time;
+    return isSameMinute(*time, wall.time()) ? std::nullopt : time;
 }
 
 EventTimes::EventTimes(const Clock& clock, const CurrentCalendar& calendar, const Localizer& localizer,
@@ -39,6 +40,7 @@ EventTimes::EventTimes(const Clock& clock, const CurrentCalendar& calendar, cons
     : QObject(parent)
     , clock_(clock)
     , currentCalendar_(calendar)
+    , localizer_(localizer)
     , calendar_(calendar.calendar())
     , start_{.day = DayPicker(clock, calendar, localizer), .wall = {}, .original = {}, .typed = {}}
     , end_{.day = DayPicker(clock, calendar, localizer), .wall = {}, .original = {}, .typed = {}} {
@@ -128,7 +130,7 @@ void EventTimes::setAllDay(bool allDay) {
 }
 
 void EventTimes::setTyped(Side& side, const QString& typed) {
-    if (typed == side.text())
+    if (typed == text(side))
         return;
     side.typed = typed;
     side.isWrong = false;

@@ -58,9 +58,9 @@ class EventTimes : public QObject {
     void setAllDay(bool allDay);
     [[nodiscard]] DayPicker* startDay() { return &start_.day; }
     [[nodiscard]] DayPicker* endDay() { return &end_.day; }
-    [[nodiscard]] QString startTime() const { return start_.text(); }
+    [[nodiscard]] QString startTime() const { return text(start_); }
     void setStartTime(const QString& typed) { setTyped(start_, typed); }
-    [[nodiscard]] QString endTime() const { return end_.text(); }
+    [[nodiscard]] QString endTime() const { return text(end_); }
     void setEndTime(const QString& typed) { setTyped(end_, typed); }
     /// True for typed times that were applied and could not be read.
     [[nodiscard]] bool startTimeIsWrong() const { return start_.isWrong; }
@@ -73,7 +73,6 @@ class EventTimes : public QObject {
 
   private:
     struct Side {
-        [[nodiscard]] QString text() const;
         /// Takes typed text in; absent when there is none, or none that says another time.
         [[nodiscard]] std::optional<QTime> takeTyped();
 
@@ -86,6 +85,7 @@ class EventTimes : public QObject {
         bool isWrong = false;
     };
 
+    [[nodiscard]] QString text(const Side& side) const;
     void show(const QDateTime& start, const QDateTime& end);
     void setTyped(Side& side, const QString& typed);
     void pickDay(Side& side);
@@ -98,6 +98,7 @@ class EventTimes : public QObject {
 
     const Clock& clock_;
     const CurrentCalendar& currentCalendar_;
+    const Localizer& localizer_;
     /// The zone does not change under what is shown.
     ZoneCalendar calendar_;
     std::optional<Span> given_;

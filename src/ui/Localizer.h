@@ -17,6 +17,8 @@ class Localizer : public QObject {
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool isFrench READ isFrench NOTIFY languageChanged)
+    /// Times of day are told with AM and PM.
+    Q_PROPERTY(bool hasTwelveHours READ hasTwelveHours NOTIFY languageChanged)
     Q_PROPERTY(QJSValue text READ textFunction NOTIFY languageChanged)
 
   public:
@@ -32,6 +34,8 @@ class Localizer : public QObject {
     [[nodiscard]] QString operator()(const TextPair& pair) const { return localization_(pair); }
     /// For dates and numbers: fr_FR or en_US.
     [[nodiscard]] QLocale locale() const { return localization_.dateLocale(); }
+    [[nodiscard]] ClockHours clockHours() const { return localization_.clockHours(); }
+    [[nodiscard]] bool hasTwelveHours() const { return clockHours() == ClockHours::twelve; }
 
   Q_SIGNALS:
     void languageChanged();

@@ -2,7 +2,6 @@
 
 #include "reminders/ReminderDueText.h"
 #include "reminders/ReminderStore.h"
-#include "ui/AlertChoices.h"
 #include "ui/Choices.h"
 #include "ui/ListColor.h"
 #include "ui/Localizer.h"
@@ -38,7 +37,9 @@ QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
     , clock_(clock)
     , calendar_(calendar)
     , localizer_(localizer)
+    , alert_(localizer)
     , dueDay_(clock, calendar, localizer) {
+    connect(&alert_, &AlertPicker::edited, this, &QuickAddViewModel::edited);
     connect(&dueDay_, &DayPicker::dayChanged, this, [this] {
         if (!dueDay_.day().isValid())
             timeText_.clear();
@@ -74,7 +75,7 @@ void QuickAddViewModel::discard() {
     line_ = {};
     refused_.clear();
     isFlagged_ = false;
-    alert_.reset();
+    alert_.setSchedule(std::nullopt);
     repeat_ = ReminderRepeat::none;
     priority_ = NewReminderPriority::normal;
     listID_.reset();
@@ -84,8 +85,15 @@ void QuickAddViewModel::discard() {
     Q_EMIT changed();
 }
 
+void QuickAddViewModel::updateAlert() {
+    alert_.setDue(!dueDay_.day().isValid() ? AlertPicker::Due::nothing
+                  : hasTime()              ? AlertPicker::Due::time
+                                           : AlertPicker::Due::day);
+}
+
 void QuickAddViewModel::edited() {
     error_.reset();
+    updateAlert();
     Q_EMIT changed();
 }
 
@@ -104,7 +112,10 @@ void QuickAddViewModel::submit() {
         return refuse(unreadableTimeText());
     const ZoneCalendar calendar = calendar_.calendar();
     reminder.dueDateIncludesTime = hasTime();
-    reminder.dueAlertSchedule = alert();
+    const auto alert = alert_.takeSchedule();
+    if (!alert)
+        return refuse(alert.error());
+    reminder.dueAlertSchedule = *alert;
     reminder.repeat = repeat();
     if (const QDate day = dueDay_.day(); day.isValid())
         reminder.dueDate = hasTime() ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
@@ -156,7 +167,7 @@ void QuickAddViewModel::understand() {
     if (line_.day != before.day)
         dueDay_.setDay(line_.day.value_or(QDate()));
     if (line_.time != before.time)
-        timeText_ = line_.time ? kestrant::timeText(*line_.time) : QString();
+        timeText_ = line_.time ? clockText(*line_.time, localizer_.clockHours()) : QString();
     if (line_.priority != before.priority)
         priority_ = line_.priority.value_or(NewReminderPriority::normal);
     if (line_.listID != before.listID)
@@ -203,27 +214,6 @@ void QuickAddViewModel::setFlagged(bool flagged) {
         return;
     isFlagged_ = flagged;
     edited();
-}
-
-std::optional<ReminderAlertSchedule> QuickAddViewModel::alert() const {
-    return dueDay_.day().isValid() ? fittingAlert(alert_, hasTime()) : std::nullopt;
-}
-
-QString QuickAddViewModel::alertId() const {
-    return kestrant::alertId(alert());
-}
-
-void QuickAddViewModel::setAlertId(const QString& id) {
-    alert_ = alertWithId(id);
-    edited();
-}
-
-QString QuickAddViewModel::alertTitle() const {
-    return kestrant::alertTitle(alert(), localizer_);
-}
-
-QVariantList QuickAddViewModel::alerts() const {
-    return alertChoices(hasTime(), alert(), localizer_);
 }
 
 ReminderRepeat QuickAddViewModel::repeat() const {
@@ -320,7 +310,8 @@ QString QuickAddViewModel::dueText() const {
     const ZoneCalendar calendar = calendar_.calendar();
     const auto time = timeOfDay(timeText_);
     const Instant due = time ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
-    return reminderDueText(due, time.has_value(), clock_.now(), calendar, localizer_.language());
+    return reminderDueText(due, time.has_value(), clock_.now(), calendar, localizer_.language(),
+                           localizer_.clockHours());
 }
 
 bool QuickAddViewModel::canSubmit() const {

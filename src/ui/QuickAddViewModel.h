@@ -2,6 +2,7 @@
 
 #include "reminders/QuickAddParser.h"
 #include "reminders/ReminderTask.h"
+#include "ui/AlertPicker.h"
 #include "ui/DayPicker.h"
 
 #include <QColor>
@@ -45,9 +46,7 @@ class QuickAddViewModel : public QObject {
     /// As typed; empty for a whole day.
     Q_PROPERTY(QString timeText READ timeText WRITE setTimeText NOTIFY changed)
     Q_PROPERTY(bool isFlagged READ isFlagged WRITE setFlagged NOTIFY changed)
-    /// See AlertChoices; empty for none.
-    Q_PROPERTY(QString alertId READ alertId WRITE setAlertId NOTIFY changed)
-    Q_PROPERTY(QString alertTitle READ alertTitle NOTIFY changed)
+    Q_PROPERTY(kestrant::AlertPicker* alert READ alert CONSTANT)
     /// See RepeatChoices; "none" without a due date.
     Q_PROPERTY(QString repeatId READ repeatId WRITE setRepeatId NOTIFY changed)
     Q_PROPERTY(QString repeatTitle READ repeatTitle NOTIFY changed)
@@ -70,8 +69,6 @@ class QuickAddViewModel : public QObject {
     Q_INVOKABLE void submit();
     /// The words of this piece mean nothing but themselves.
     Q_INVOKABLE void refuse(int piece);
-    /// {id, title} each, for the due date as it is.
-    Q_INVOKABLE [[nodiscard]] QVariantList alerts() const;
     /// {id, title} each.
     Q_INVOKABLE [[nodiscard]] QVariantList repeats() const;
 
@@ -82,9 +79,7 @@ class QuickAddViewModel : public QObject {
     [[nodiscard]] QVariantList pieces() const;
     [[nodiscard]] bool isFlagged() const { return isFlagged_; }
     void setFlagged(bool flagged);
-    [[nodiscard]] QString alertId() const;
-    void setAlertId(const QString& id);
-    [[nodiscard]] QString alertTitle() const;
+    [[nodiscard]] AlertPicker* alert() { return &alert_; }
     [[nodiscard]] QString repeatId() const { return rawValue(repeat()); }
     void setRepeatId(const QString& id);
     [[nodiscard]] QString repeatTitle() const;
@@ -114,7 +109,8 @@ class QuickAddViewModel : public QObject {
     /// Reads the line, and takes over what it says now and did not say before.
     void understand();
     [[nodiscard]] bool hasTime() const { return !timeText_.trimmed().isEmpty(); }
-    [[nodiscard]] std::optional<ReminderAlertSchedule> alert() const;
+    /// Tells the alert what there is to ring for.
+    void updateAlert();
     [[nodiscard]] ReminderRepeat repeat() const;
     [[nodiscard]] const ReminderList* list() const;
     [[nodiscard]] std::optional<QString> preferredListID() const;
@@ -129,7 +125,7 @@ class QuickAddViewModel : public QObject {
     /// Words that were refused.
     QStringList refused_;
     bool isFlagged_ = false;
-    std::optional<ReminderAlertSchedule> alert_;
+    AlertPicker alert_;
     ReminderRepeat repeat_ = ReminderRepeat::none;
     NewReminderPriority priority_ = NewReminderPriority::normal;
     std::optional<QString> listID_;

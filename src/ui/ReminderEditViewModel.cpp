@@ -1,7 +1,6 @@
 #include "ui/ReminderEditViewModel.h"
 
 #include "reminders/ReminderStore.h"
-#include "ui/AlertChoices.h"
 #include "ui/Choices.h"
 #include "ui/ListColor.h"
 #include "ui/Localizer.h"
@@ -59,12 +58,14 @@ ReminderEditViewModel::ReminderEditViewModel(ReminderStore& store, const Clock& 
     , currentCalendar_(calendar)
     , localizer_(localizer)
     , calendar_(calendar.calendar())
-    , dueDay_(clock, calendar, localizer) {
+    , dueDay_(clock, calendar, localizer)
+    , alert_(localizer) {
     connect(&dueDay_, &DayPicker::dayChanged, this, [this] {
         if (!dueDay_.day().isValid())
             dueTime_.clear();
         edited();
     });
+    connect(&alert_, &AlertPicker::edited, this, &ReminderEditViewModel::edited);
     connect(&localizer, &Localizer::languageChanged, this, &ReminderEditViewModel::changed);
 }
 
@@ -80,13 +81,16 @@ int ReminderEditViewModel::begin(const QString& reminderId) {
     title_ = details.title;
     notes_ = details.notes;
     priority_ = details.priority;
-    alert_ = details.dueAlertSchedule;
+    alert_.setSchedule(details.dueAlertSchedule);
     rules_ = store_.recurrenceRules(id_);
     repeat_.reset();
     const ReminderList* list = find(store_.lists(), details.listID);
     list_ = list ? *list : ReminderList{.id = details.listID};
     dueDay_.setDay(details.dueDate ? calendar_.dayOf(*details.dueDate) : QDate());
-    dueTime_ = details.dueDateIncludesTime ? timeText(calendar_.timeOf(*details.dueDate)) : QString();
+    dueTime_ = details.dueDateIncludesTime
+                   ? clockText(calendar_.timeOf(*details.dueDate), localizer_.clockHours())
+                   : QString();
+    updateAlert();
     begun_ = fields();
     isRestored_ = false;
     if (loaded_)
@@ -97,7 +101,7 @@ int ReminderEditViewModel::begin(const QString& reminderId) {
 }
 
 ReminderEditViewModel::Fields ReminderEditViewModel::fields() const {
-    return {title_, dueDay_.day(), dueTime_, priority_, list_, notes_, alert_, shownRules()};
+    return {title_, dueDay_.day(), dueTime_, priority_, list_, notes_, alert_.value(), shownRules()};
 }
 
 void ReminderEditViewModel::restore() {
@@ -110,7 +114,8 @@ void ReminderEditViewModel::restore() {
     priority_ = written.priority;
     list_ = written.list;
     notes_ = written.notes;
-    alert_ = written.alert;
+    alert_.setValue(written.alert);
+    updateAlert();
     repeat_ = draft_->repeat;
     isRestored_ = true;
     Q_EMIT changed();
@@ -139,8 +144,15 @@ void ReminderEditViewModel::fail(const TextPair& reason) {
     Q_EMIT changed();
 }
 
+void ReminderEditViewModel::updateAlert() {
+    alert_.setDue(!dueDay_.day().isValid() ? AlertPicker::Due::nothing
+                  : hasTime()              ? AlertPicker::Due::time
+                                           : AlertPicker::Due::day);
+}
+
 void ReminderEditViewModel::edited() {
     error_.reset();
+    updateAlert();
     Q_EMIT changed();
 }
 
@@ -204,7 +216,7 @@ bool ReminderEditViewModel::takeDueDate(ReminderEditDetails& details) {
     const bool isUnchanged =
         details.dueDate.has_value() == day.isValid() && details.dueDateIncludesTime == hasTime &&
         (!details.dueDate || (calendar_.dayOf(*details.dueDate) == day &&
-                              (!hasTime || timeText(calendar_.timeOf(*details.dueDate)) == timeText(*time))));
+                              (!hasTime || isSameMinute(calendar_.timeOf(*details.dueDate), *time))));
     if (isUnchanged)
         return true;
     details.dueDateIncludesTime = hasTime;
@@ -224,7 +236,10 @@ void ReminderEditViewModel::save() {
     details.listID = list_.id;
     if (!takeDueDate(details))
         return fail(unreadableTimeText());
-    details.dueAlertSchedule = alert();
+    const auto alert = alert_.takeSchedule();
+    if (!alert)
+        return fail(alert.error());
+    details.dueAlertSchedule = *alert;
     // Without a due date there is none.
     const auto repeat = details.dueDate ? repeat_ : std::nullopt;
     if (details == *loaded_ && !repeat) {
@@ -261,29 +276,6 @@ void ReminderEditViewModel::finishSaving(int form, const tl::expected<void, Remi
     begun_ = fields();
     Q_EMIT changed();
     Q_EMIT saved();
-}
-
-std::optional<ReminderAlertSchedule> ReminderEditViewModel::alert() const {
-    return dueDay_.day().isValid() ? fittingAlert(alert_, hasTime()) : std::nullopt;
-}
-
-QString ReminderEditViewModel::alertId() const {
-    return kestrant::alertId(alert());
-}
-
-void ReminderEditViewModel::setAlertId(const QString& id) {
-    if (id == alertId())
-        return;
-    alert_ = alertWithId(id);
-    edited();
-}
-
-QString ReminderEditViewModel::alertTitle() const {
-    return kestrant::alertTitle(alert(), localizer_);
-}
-
-QVariantList ReminderEditViewModel::alerts() const {
-    return alertChoices(hasTime(), alert(), localizer_);
 }
 
 std::vector<EKRecurrenceRule> ReminderEditViewModel::shownRules() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "reminders/ReminderTask.h"
+#include "ui/AlertPicker.h"
 #include "ui/DayPicker.h"
 
 #include <QColor>
@@ -38,9 +39,7 @@ class ReminderEditViewModel : public QObject {
     Q_PROPERTY(QString listId READ listId WRITE setListId NOTIFY changed)
     Q_PROPERTY(QString listTitle READ listTitle NOTIFY changed)
     Q_PROPERTY(QColor listColor READ listColor NOTIFY changed)
-    /// See AlertChoices; empty for none.
-    Q_PROPERTY(QString alertId READ alertId WRITE setAlertId NOTIFY changed)
-    Q_PROPERTY(QString alertTitle READ alertTitle NOTIFY changed)
+    Q_PROPERTY(kestrant::AlertPicker* alert READ alert CONSTANT)
     /// See RepeatChoices; empty for rules that are none of the choices.
     Q_PROPERTY(QString repeatId READ repeatId WRITE setRepeatId NOTIFY changed)
     Q_PROPERTY(QString repeatTitle READ repeatTitle NOTIFY changed)
@@ -76,8 +75,6 @@ class ReminderEditViewModel : public QObject {
     Q_INVOKABLE void end(int form);
     /// The lists that take reminders, {id, title, color} each.
     Q_INVOKABLE [[nodiscard]] QVariantList lists() const;
-    /// {id, title} each, for the due date as it is.
-    Q_INVOKABLE [[nodiscard]] QVariantList alerts() const;
     /// {id, title} each, the rules that the reminder came with among them.
     Q_INVOKABLE [[nodiscard]] QVariantList repeats() const;
 
@@ -95,9 +92,7 @@ class ReminderEditViewModel : public QObject {
     void setListId(const QString& id);
     [[nodiscard]] const QString& listTitle() const { return list_.title; }
     [[nodiscard]] QColor listColor() const;
-    [[nodiscard]] QString alertId() const;
-    void setAlertId(const QString& id);
-    [[nodiscard]] QString alertTitle() const;
+    [[nodiscard]] AlertPicker* alert() { return &alert_; }
     [[nodiscard]] QString repeatId() const;
     void setRepeatId(const QString& id);
     [[nodiscard]] QString repeatTitle() const;
@@ -124,7 +119,7 @@ class ReminderEditViewModel : public QObject {
         int priority = 0;
         ReminderList list;
         QString notes;
-        std::optional<ReminderAlertSchedule> alert;
+        AlertPicker::Value alert;
         std::vector<EKRecurrenceRule> rules;
 
         bool operator==(const Fields&) const = default;
@@ -142,8 +137,8 @@ class ReminderEditViewModel : public QObject {
     void fail(const TextPair& reason);
     void finishSaving(int form, const tl::expected<void, ReminderStoreError>& result);
     [[nodiscard]] bool hasTime() const { return !dueTime_.trimmed().isEmpty(); }
-    /// The alert, as far as it fits the due date that is shown.
-    [[nodiscard]] std::optional<ReminderAlertSchedule> alert() const;
+    /// Tells the alert what there is to ring for.
+    void updateAlert();
     [[nodiscard]] std::vector<EKRecurrenceRule> shownRules() const;
     /// Puts the due date that is shown into the details; false when its time cannot be read.
     [[nodiscard]] bool takeDueDate(ReminderEditDetails& details);
@@ -163,7 +158,7 @@ class ReminderEditViewModel : public QObject {
     int priority_ = 0;
     ReminderList list_;
     QString notes_;
-    std::optional<ReminderAlertSchedule> alert_;
+    AlertPicker alert_;
     /// What the form began with, and what was chosen instead.
     std::vector<EKRecurrenceRule> rules_;
     std::optional<ReminderRepeat> repeat_;

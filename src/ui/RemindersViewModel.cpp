@@ -24,7 +24,7 @@ TextPair priorityInWords(const QString& marks) {
                                : text("low priority", "priorité basse");
 }
 
-QString alertText(const ReminderTask& task, Language language) {
+QString alertText(const ReminderTask& task, Language language, ClockHours hours) {
     if (!task.dueAlertSchedule)
         return {};
     if (const auto* relative = std::get_if<RelativeToDueTime>(&*task.dueAlertSchedule)) {
@@ -33,7 +33,7 @@ QString alertText(const ReminderTask& task, Language language) {
                                                                    : QString();
     }
     const auto& day = std::get<DayRelativeToDueDate>(*task.dueAlertSchedule);
-    const QString time = QTime(day.hour, day.minute).toString(QStringLiteral("HH:mm"));
+    const QString time = clockText(QTime(day.hour, day.minute), hours);
     return day.dayOffset == 0 ? time : text("day before %1", "veille %1").in(language).arg(time);
 }
 
@@ -95,13 +95,14 @@ ReminderCard RemindersViewModel::card(const ReminderTask& task, bool isPending) 
     card.id = task.id;
     card.title = task.title;
     if (task.dueDate)
-        card.dueText = reminderDueText(*task.dueDate, task.dueDateIncludesTime, now, calendar, language);
+        card.dueText = reminderDueText(*task.dueDate, task.dueDateIncludesTime, now, calendar, language,
+                                       localizer_.clockHours());
     card.isOverdue = isOverdue(task, ReminderPresent::at(now, calendar));
     card.priorityMarks = marksOf(task.priority);
     card.isFlagged = task.isFlagged;
     card.isRecurring = task.isRecurring;
     card.repeatText = shortRepeatText(task.recurrenceRules, language);
-    card.alertText = alertText(task, language);
+    card.alertText = alertText(task, language, localizer_.clockHours());
     card.listColor = listColor(list);
     card.isPending = isPending;
     card.isWritable = !list || list->allowsContentModifications;
@@ -318,7 +319,7 @@ QString RemindersViewModel::dueTextOn(const QString& taskId, const QString& day)
     if (!task || !date.isValid())
         return {};
     return reminderDueText(dueDateOn(*task, date), task->dueDate && task->dueDateIncludesTime, clock_.now(),
-                           calendar_.calendar(), localizer_.language());
+                           calendar_.calendar(), localizer_.language(), localizer_.clockHours());
 }
 
 QString RemindersViewModel::dayNamed(const QString& name) const {

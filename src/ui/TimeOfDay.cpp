@@ -8,7 +8,7 @@ std::optional<QTime> timeOfDay(QStringView typed) {
     static const QRegularExpression form(
         QStringLiteral(R"(^(\d{1,2})(?:\s*[:h.]\s*(\d{2})|(?<=\d)(\d{2})|\s*h)?\s*(am|pm|a\.m\.|p\.m\.)?$)"),
         QRegularExpression::CaseInsensitiveOption);
-    const QRegularExpressionMatch match = form.match(typed.trimmed().toString());
+    const QRegularExpressionMatch match = form.match(typed.toString().simplified());
     if (!match.hasMatch())
         return std::nullopt;
     int hour = match.captured(1).toInt();
@@ -22,8 +22,8 @@ std::optional<QTime> timeOfDay(QStringView typed) {
     return time.isValid() ? std::optional(time) : std::nullopt;
 }
 
-QString timeText(QTime time) {
-    return time.toString(QStringLiteral("HH:mm"));
+bool isSameMinute(QTime a, QTime b) {
+    return a.hour() == b.hour() && a.minute() == b.minute();
 }
 
 TextPair unreadableTimeText() {

@@ -13,8 +13,8 @@ namespace kestrant {
 /// that is no time of a 24-hour (or, with am or pm, 12-hour) clock.
 [[nodiscard]] std::optional<QTime> timeOfDay(QStringView typed);
 
-/// How a form shows a time of day: "09:30".
-[[nodiscard]] QString timeText(QTime time);
+/// Whether a form shows both times alike.
+[[nodiscard]] bool isSameMinute(QTime a, QTime b);
 
 /// What to say when a time could not be read.
 [[nodiscard]] TextPair unreadableTimeText();

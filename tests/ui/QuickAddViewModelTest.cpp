@@ -1,4 +1,3 @@
-#include "ui/AlertChoices.h"
 #include "ui/Program.h"
 
 #include <QSignalSpy>
@@ -100,7 +99,7 @@ TEST(QuickAddViewModel, UnderstandsTheLineAndLetsItsPiecesBeRefused) {
     EXPECT_EQ(form.pieces().size(), 3) << "what was refused stays refused";
 
     form.dueDay()->setIsoDay(QStringLiteral("2026-11-30"));
-    form.setAlertId(form.alerts()[1].toMap()[QStringLiteral("id")].toString());
+    form.alert()->setId(QStringLiteral("time -900"));
     form.setRepeatId(QStringLiteral("weekly"));
     form.setFlagged(true);
     form.submit();
@@ -124,26 +123,6 @@ TEST(QuickAddViewModel, TakesALineOfNothingButADateForATitle) {
     EXPECT_EQ(program.quickAdd.dueText(), QStringLiteral("Tomorrow"));
     program.quickAdd.setTitle(QStringLiteral("run"));
     EXPECT_EQ(program.quickAdd.dueText(), QString()) << "what the line no longer says is forgotten";
-}
-
-TEST(AlertChoices, OfferWhatFitsTheDueDateAndKeepWhatTheyDoNotKnow) {
-    Program program;
-    const auto titles = [&](bool timed, std::optional<ReminderAlertSchedule> present) {
-        QStringList result;
-        for (const QVariant& choice : alertChoices(timed, present, program.localizer))
-            result.append(choice.toMap()[QStringLiteral("title")].toString());
-        return result.join(QStringLiteral(" | "));
-    };
-    EXPECT_EQ(titles(true, RelativeToDueTime{-2700}),
-              QStringLiteral("No alert | At due time | 5 min before | 15 min before | 1 hr before | "
-                             "1 day before | 45 min before"));
-    EXPECT_EQ(titles(false, DayRelativeToDueDate{-1, 18, 0}),
-              QStringLiteral("No alert | On day of event at 09:00 | On day of event at 18:00 | "
-                             "Day before at 09:00 | Day before at 18:00"));
-    for (const ReminderAlertSchedule& schedule : {ReminderAlertSchedule(RelativeToDueTime{-2700.5}),
-                                                  ReminderAlertSchedule(DayRelativeToDueDate{-1, 7, 5})})
-        EXPECT_EQ(alertWithId(alertId(schedule)), schedule);
-    EXPECT_EQ(fittingAlert(RelativeToDueTime{0}, false), std::nullopt);
 }
 
 }  // namespace

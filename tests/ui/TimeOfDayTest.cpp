@@ -27,6 +27,7 @@ TEST(TimeOfDay, IsReadAsPeopleTypeIt) {
         {u"9 pm", QTime(21, 0)},
         {u"12am", QTime(0, 0)},
         {u"12:15 PM", QTime(12, 15)},
+        {u"2:05\u00a0PM", QTime(14, 5)},
         {u"", {}},
         {u"24", {}},
         {u"9:60", {}},

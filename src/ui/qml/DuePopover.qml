@@ -56,16 +56,16 @@ Popover {
             onTimeEdited: text => popover.form.dueTime = text
             onAccepted: popover.save()
         }
-        DueChoiceLine {
+        DueLine {
             width: parent.width
             last: true
             label: Localizer.text("Alert", "Alerte")
-            overlays: popover.overlays
             isPossible: popover.form.dueDay.day !== ""
-            title: popover.form.alertTitle
-            chosenId: popover.form.alertId
-            choices: () => popover.form.alerts()
-            onChosen: id => popover.form.alertId = id
+            AlertChoice {
+                picker: popover.form.alert
+                overlays: popover.overlays
+                onAccepted: popover.save()
+            }
         }
         FormFooter {
             width: parent.width

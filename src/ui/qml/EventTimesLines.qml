@@ -27,7 +27,7 @@ Column {
             }
             TextBox {
                 visible: !lines.times.isAllDay
-                width: 62
+                width: Localizer.hasTwelveHours ? 86 : 62
                 height: 26
                 text: side.time
                 isWrong: side.isWrong

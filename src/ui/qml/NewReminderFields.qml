@@ -95,15 +95,11 @@ Column {
     Row {
         visible: fields.form.dueDay.day !== ""
         spacing: 8
-        ChoiceChip {
+        AlertChoice {
+            picker: fields.form.alert
             overlays: fields.overlays
-            subject: Localizer.text("Alert", "Alerte")
-            text: fields.form.alertTitle
-            iconName: "bell"
             showsIcon: true
-            chosenId: fields.form.alertId
-            choices: () => fields.form.alerts()
-            onChosen: id => fields.form.alertId = id
+            onAccepted: fields.accepted()
         }
         ChoiceChip {
             overlays: fields.overlays

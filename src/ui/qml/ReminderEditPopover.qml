@@ -78,7 +78,7 @@ Popover {
                     }
                     TextBox {
                         visible: popover.form.dueDay.day !== ""
-                        width: 76
+                        width: Localizer.hasTwelveHours ? 86 : 76
                         height: 26
                         text: popover.form.dueTime
                         isWrong: popover.form.dueTimeIsWrong
@@ -91,27 +91,32 @@ Popover {
                     }
                 }
             }
-            DueChoiceLine {
+            DueLine {
                 width: parent.width
                 label: Localizer.text("Alert", "Alerte")
-                overlays: popover.overlays
                 isPossible: popover.form.dueDay.day !== ""
-                title: popover.form.alertTitle
-                chosenId: popover.form.alertId
-                choices: () => popover.form.alerts()
-                onChosen: id => popover.form.alertId = id
+                AlertChoice {
+                    picker: popover.form.alert
+                    overlays: popover.overlays
+                    onAccepted: popover.save()
+                }
             }
-            DueChoiceLine {
+            DueLine {
+                id: repeatLine
                 width: parent.width
                 label: Localizer.text("Repeat", "Répétition")
-                overlays: popover.overlays
                 isPossible: popover.form.dueDay.day !== ""
-                iconName: "repeat"
-                showsIcon: popover.form.repeatId !== "none"
-                title: popover.form.repeatTitle
-                chosenId: popover.form.repeatId
-                choices: () => popover.form.repeats()
-                onChosen: id => popover.form.repeatId = id
+                ChoiceChip {
+                    overlays: popover.overlays
+                    subject: repeatLine.label
+                    maximumWidth: 290
+                    iconName: "repeat"
+                    showsIcon: popover.form.repeatId !== "none"
+                    text: popover.form.repeatTitle
+                    chosenId: popover.form.repeatId
+                    choices: () => popover.form.repeats()
+                    onChosen: id => popover.form.repeatId = id
+                }
             }
             FormLine {
                 width: parent.width
