@@ -234,6 +234,12 @@ FocusScope {
         headingShift = next ? Math.min(0, next.y - list.contentY - Theme.headingHeight) : 0
     }
 
+    // The list would give the focus back to the button that has it within the list.
+    function returnToRows(button) {
+        button.focus = false
+        list.forceActiveFocus(Qt.BacktabFocusReason)
+    }
+
     ListView {
         id: list
         anchors.fill: parent
@@ -257,7 +263,8 @@ FocusScope {
             id: item
             required property int index
             width: ListView.view.width
-            isCurrent: ListView.isCurrentItem && list.activeFocus
+            // Not while a button above or below the rows has the focus.
+            isCurrent: ListView.isCurrentItem && list.Window.activeFocusItem === list
             isTarget: root.dropDay !== "" && root.dropDay === row.day
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
             onOpened: {
@@ -276,6 +283,7 @@ FocusScope {
                 anchors.centerIn: parent
                 text: Localizer.text("Load earlier dates", "Charger les dates précédentes")
                 onClicked: root.calendar.loadMore(true)
+                Keys.onBacktabPressed: root.returnToRows(this)
             }
         }
         footer: Item {
@@ -293,6 +301,7 @@ FocusScope {
                     else
                         root.calendar.showsAllEvents = true
                 }
+                Keys.onBacktabPressed: root.returnToRows(this)
             }
         }
 
