@@ -54,7 +54,7 @@ std::unique_ptr<EKEventStore> openEventStore(const EventStoreLocation& location,
     auto unusable = std::make_unique<InMemoryEventStore>(scheduler, clock, calendar);
     unusable->setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
     unusable->setFailure(InMemoryEventStore::Operation::requestAccess,
-                         EKError{EKError::Code::accessDenied, store.error()});
+                         EKError{EKError::Code::storage, store.error()});
     return unusable;
 }
 

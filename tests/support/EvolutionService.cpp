@@ -26,7 +26,7 @@ std::unique_ptr<EvolutionService>& theService() {
 /// The service ends with the tests, not among the last things that a program does.
 class Shutdown final : public ::testing::Environment {
   public:
-    void TearDown() override { theService().reset(); }
+    void TearDown() override { EvolutionService::end(); }
 };
 [[maybe_unused]] const ::testing::Environment* const shutdown =
     ::testing::AddGlobalTestEnvironment(new Shutdown);
@@ -45,6 +45,10 @@ EvolutionService& EvolutionService::emptied() {
         theService().reset(new EvolutionService);
     theService()->removeAll();
     return *theService();
+}
+
+void EvolutionService::end() {
+    theService().reset();
 }
 
 EvolutionService::EvolutionService() {
@@ -121,15 +125,29 @@ void EvolutionService::removeAll() {
     g_object_unref(registry);
 }
 
+void EvolutionService::changeSettings(const QString& list, const std::function<void(ESource*)>& change) {
+    GError* error = nullptr;
+    ESourceRegistry* const registry = e_source_registry_new_sync(nullptr, &error);
+    ESource* const source = e_source_registry_ref_source(registry, list.toUtf8().constData());
+    ASSERT_TRUE(source);
+    change(source);
+    EXPECT_TRUE(e_source_write_sync(source, nullptr, &error)) << (error ? error->message : "");
+    g_clear_error(&error);
+    g_object_unref(source);
+    g_object_unref(registry);
+}
+
 void EvolutionService::makeReadOnly(const QString& list) {
-    GFile* const file = g_file_new_for_path(
-        QFile::encodeName(folder_.path() + "/data/evolution/tasks/" + list + "/tasks.ics").constData());
-    ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([&](ESource* source) {
+    changeSettings(list, [&](ESource* source) {
+        const bool isTasks = e_source_has_extension(source, E_SOURCE_EXTENSION_TASK_LIST);
+        const QString path = folder_.path() + "/data/evolution/" + (isTasks ? "tasks/" : "calendar/") + list +
+                             (isTasks ? "/tasks.ics" : "/calendar.ics");
+        GFile* const file = g_file_new_for_path(QFile::encodeName(path).constData());
         auto* const local = E_SOURCE_LOCAL(e_source_get_extension(source, E_SOURCE_EXTENSION_LOCAL_BACKEND));
         e_source_local_set_custom_file(local, file);
         e_source_local_set_writable(local, FALSE);
+        g_object_unref(file);
     });
-    g_object_unref(file);
 }
 
 pid_t EvolutionService::processOf(const char* busName) {
@@ -246,13 +264,6 @@ std::vector<std::multiset<QByteArray>> ForeignList::linesOf(const QByteArray& ui
     }
     g_slist_free_full(components, g_object_unref);
     return result;
-}
-
-void ForeignList::setSettings(const std::function<void(ESource*)>& change) {
-    GError* error = nullptr;
-    change(source_);
-    EXPECT_TRUE(e_source_write_sync(source_, nullptr, &error)) << (error ? error->message : "");
-    g_clear_error(&error);
 }
 
 }  // namespace kestrant

@@ -18,6 +18,8 @@ class EvolutionService {
   public:
     /// Started by the first call, and without any list or calendar.
     static EvolutionService& emptied();
+    /// Tests end it when all have been run.
+    static void end();
     EvolutionService(const EvolutionService&) = delete;
     EvolutionService& operator=(const EvolutionService&) = delete;
     ~EvolutionService();
@@ -28,6 +30,8 @@ class EvolutionService {
     /// Ends a process of the service by its name on the bus (its beginning); the bus starts it again when it
     /// is asked for. Returns when the process is gone.
     void kill(const char* busName);
+    /// Changes the settings of a list or calendar.
+    static void changeSettings(const QString& list, const std::function<void(ESource*)>& change);
     /// Lets the items of a local list be read only.
     void makeReadOnly(const QString& list);
     /// The process that has a name on the bus.
@@ -49,6 +53,7 @@ class ForeignList {
     ForeignList& operator=(const ForeignList&) = delete;
     ~ForeignList();
 
+    [[nodiscard]] ECalClient* client() const { return client_; }
     /// Lets the service know a zone by its definition.
     void addZone(const QByteArray& definition);
     /// Adds an item, or writes it (or a single date of it) in the place of what is there.
@@ -56,9 +61,6 @@ class ForeignList {
     void replace(const QByteArray& component);
     /// The components of an item, each as a set of unfolded lines, without what says when it was changed.
     [[nodiscard]] std::vector<std::multiset<QByteArray>> linesOf(const QByteArray& uid);
-
-    /// Changes the settings of the list.
-    void setSettings(const std::function<void(ESource*)>& change);
 
   private:
     ESourceRegistry* registry_ = nullptr;

@@ -59,6 +59,7 @@ std::unique_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEnt
     }
     auto result = std::unique_ptr<EvolutionClient>(
         new EvolutionClient(std::move(client), type, limit, std::move(observer)));
+    result->reader_ = ServiceReader::open(type, e_source_get_uid(source), call.cancellable());
     result->observe();
     return result;
 }
@@ -73,8 +74,11 @@ EvolutionClient::~EvolutionClient() {
     stopObserving();
 }
 
-bool EvolutionClient::isWritable() const {
-    return !e_client_is_readonly(client_.get());
+bool EvolutionClient::isWritable() {
+    // The client library hears of it only between two pieces of work.
+    const auto call = limit_.call();
+    const auto fresh = reader_ ? reader_->isWritable(call.cancellable()) : std::nullopt;
+    return fresh.value_or(!e_client_is_readonly(client_.get()));
 }
 
 void EvolutionClient::observe() {
@@ -168,22 +172,45 @@ QByteArray EvolutionClient::fileFrom(std::vector<QByteArray> components) {
     return fileOf(std::move(components), zones);
 }
 
+std::optional<std::vector<QByteArray>> EvolutionClient::allComponents(Error& error) {
+    const auto call = limit_.call();
+    if (reader_)
+        return reader_->readAll(call.cancellable(), error);
+    ObjectList<GSList> found;
+    if (!e_cal_client_get_object_list_sync(calendar(), everything, found.out(), call.cancellable(),
+                                           error.out()))
+        return std::nullopt;
+    std::vector<QByteArray> result;
+    for (const GSList* link = found.first(); link; link = link->next)
+        result.push_back(textOf(I_CAL_COMPONENT(link->data)));
+    return result;
+}
+
+std::optional<std::vector<QByteArray>> EvolutionClient::componentsOf(const QByteArray& uid, Error& error) {
+    const auto call = limit_.call();
+    if (reader_)
+        return reader_->read(uid, call.cancellable(), error);
+    ObjectList<GSList> found;
+    if (!e_cal_client_get_objects_for_uid_sync(calendar(), uid.constData(), found.out(), call.cancellable(),
+                                               error.out()))
+        return std::nullopt;
+    std::vector<QByteArray> result;
+    for (const GSList* link = found.first(); link; link = link->next)
+        result.push_back(textOf(e_cal_component_get_icalcomponent(E_CAL_COMPONENT(link->data))));
+    return result;
+}
+
 std::optional<std::map<QByteArray, QByteArray>> EvolutionClient::readAll() {
     Error error;
-    ObjectList<GSList> found;
-    {
-        const auto call = limit_.call();
-        if (!e_cal_client_get_object_list_sync(calendar(), everything, found.out(), call.cancellable(),
-                                               error.out())) {
-            isLost_ = true;
-            return std::nullopt;
-        }
+    auto all = allComponents(error);
+    if (!all) {
+        isLost_ = true;
+        return std::nullopt;
     }
     std::map<QByteArray, std::vector<QByteArray>> components;
-    for (const GSList* link = found.first(); link; link = link->next) {
-        auto* const component = I_CAL_COMPONENT(link->data);
-        if (const char* const uid = i_cal_component_get_uid(component))
-            components[uid].push_back(textOf(component));
+    for (QByteArray& component : *all) {
+        QByteArray uid = uidOf(component);
+        components[std::move(uid)].push_back(std::move(component));
     }
     std::map<QByteArray, QByteArray> result;
     for (auto& [uid, texts] : components)
@@ -193,22 +220,14 @@ std::optional<std::map<QByteArray, QByteArray>> EvolutionClient::readAll() {
 
 EvolutionClient::Answer<std::optional<QByteArray>> EvolutionClient::read(const QByteArray& uid) {
     Error error;
-    ObjectList<GSList> found;
-    {
-        const auto call = limit_.call();
-        if (!e_cal_client_get_objects_for_uid_sync(calendar(), uid.constData(), found.out(),
-                                                   call.cancellable(), error.out())) {
-            if (error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_NOT_FOUND))
-                return std::nullopt;
-            return tl::unexpected(failure(error, {}));
-        }
-    }
-    std::vector<QByteArray> components;
-    for (const GSList* link = found.first(); link; link = link->next)
-        components.push_back(textOf(e_cal_component_get_icalcomponent(E_CAL_COMPONENT(link->data))));
-    if (components.empty())
+    auto components = componentsOf(uid, error);
+    if (!components && error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_NOT_FOUND))
         return std::nullopt;
-    return fileFrom(std::move(components));
+    if (!components)
+        return tl::unexpected(failure(error, {}));
+    if (components->empty())
+        return std::nullopt;
+    return fileFrom(std::move(*components));
 }
 
 WriteError EvolutionClient::failure(const Error& error, const QString& title) {

@@ -3,6 +3,7 @@
 #include "eventkit/EKTypes.h"
 #include "eventkit/evolution/CallLimit.h"
 #include "eventkit/evolution/Glib.h"
+#include "eventkit/evolution/ServiceReader.h"
 #include "eventkit/evolution/ServiceText.h"
 #include "eventkit/items/ItemStorage.h"
 
@@ -37,7 +38,7 @@ class EvolutionClient {
     ~EvolutionClient();
 
     [[nodiscard]] bool isLost() const { return isLost_; }
-    [[nodiscard]] bool isWritable() const;
+    [[nodiscard]] bool isWritable();
     [[nodiscard]] QByteArrayView componentName() const { return componentName_; }
 
     /// Every item as a file, by UID. Absent when the service did not answer.
@@ -58,6 +59,8 @@ class EvolutionClient {
     EvolutionClient(Ref<EClient> client, EKEntityType type, CallLimit& limit, Observer observer);
 
     [[nodiscard]] ECalClient* calendar() const { return E_CAL_CLIENT(client_.get()); }
+    [[nodiscard]] std::optional<std::vector<QByteArray>> allComponents(Error& error);
+    [[nodiscard]] std::optional<std::vector<QByteArray>> componentsOf(const QByteArray& uid, Error& error);
     void observe();
     void stopObserving();
     [[nodiscard]] QByteArray fileFrom(std::vector<QByteArray> components);
@@ -71,6 +74,8 @@ class EvolutionClient {
     CallLimit& limit_;
     Observer observer_;
     Ref<EClient> client_;
+    /// Null where the client library has to read.
+    std::unique_ptr<ServiceReader> reader_;
     QByteArray componentName_;
     Ref<ECalClientView> view_;
     std::vector<std::pair<GObject*, gulong>> handlers_;

@@ -38,7 +38,7 @@ StoredText stored(QByteArray text) {
 EKError noService(const QString& detail) {
     const TextPair pair = text("The desktop’s calendar service cannot be reached: %1",
                                "Le service d’agenda du bureau est injoignable : %1");
-    return {EKError::Code::accessDenied, {pair.english.arg(detail), pair.french.arg(detail)}};
+    return {EKError::Code::storage, {pair.english.arg(detail), pair.french.arg(detail)}};
 }
 
 TextPair silentList(const QString& title, const QString& detail) {

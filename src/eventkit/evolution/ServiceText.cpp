@@ -55,6 +55,22 @@ std::vector<ServicePart> partsOf(const Document& document, QByteArrayView name) 
     return result;
 }
 
+QByteArray uidOf(const QByteArray& component) {
+    constexpr QByteArrayView name("\nUID:");
+    const qsizetype begin = component.indexOf(name) + name.size();
+    const qsizetype end = component.indexOf('\n', begin);
+    const qsizetype nested = component.indexOf("\nBEGIN:");
+    const auto isFolded = [&] {
+        return end + 1 < component.size() && (component[end + 1] == ' ' || component[end + 1] == '\t');
+    };
+    // Nearly every one can be told without taking the component apart.
+    if (begin >= name.size() && end >= 0 && (nested < 0 || begin < nested) && !isFolded())
+        return component.mid(begin, end - begin).trimmed();
+    const auto parsed = Component::parse(component, "\r\n");
+    const auto uid = parsed ? parsed->view().property("UID") : std::nullopt;
+    return uid ? uid->value : QByteArray();
+}
+
 QByteArray fileOf(std::vector<QByteArray> components, const std::vector<QByteArray>& zones) {
     if (components.size() > 1)
         std::stable_sort(components.begin(), components.end(),

@@ -22,6 +22,9 @@ struct ServicePart {
 /// The components of this name.
 [[nodiscard]] std::vector<ServicePart> partsOf(const icalendar::Document& document, QByteArrayView name);
 
+/// The UID of a component; empty where it has none.
+[[nodiscard]] QByteArray uidOf(const QByteArray& component);
+
 /// The file made of these components, in an order that depends on nothing but what is in them, with these
 /// definitions of zones.
 [[nodiscard]] QByteArray fileOf(std::vector<QByteArray> components, const std::vector<QByteArray>& zones);

@@ -96,18 +96,13 @@ TEST_F(EvolutionRecovery, FollowsListsThatOthersMakeChangeDisableAndRemove) {
     EXPECT_THAT(listTitles(), ElementsAre("Aardvarks", "Groceries"));
     EXPECT_EQ(house.store.calendars(EKEntityType::reminder)[0].color, (Color{1, 2, 3}));
 
-    ForeignList(made->calendarIdentifier, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([](ESource* source) {
-        e_source_set_display_name(source, "Zebras");
-    });
+    EvolutionService::changeSettings(made->calendarIdentifier,
+                                     [](ESource* source) { e_source_set_display_name(source, "Zebras"); });
     house.awaitThat([&] { return listTitles() == std::vector<QString>{"Groceries", "Zebras"}; });
-    ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([](ESource* source) {
-        e_source_set_enabled(source, FALSE);
-    });
+    EvolutionService::changeSettings(list, [](ESource* source) { e_source_set_enabled(source, FALSE); });
     house.awaitThat([&] { return listTitles() == std::vector<QString>{"Zebras"}; });
     EXPECT_THAT(driver.openTitles(), IsEmpty());
-    ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS).setSettings([](ESource* source) {
-        e_source_set_enabled(source, TRUE);
-    });
+    EvolutionService::changeSettings(list, [](ESource* source) { e_source_set_enabled(source, TRUE); });
     house.awaitThat([&] { return listTitles().size() == 2; });
     EXPECT_THAT(driver.openTitles(), ElementsAre("bread"));
     house.service.removeAll();

@@ -48,6 +48,15 @@ TEST(ServiceText, GivesNewDatesTheVersionThatTheServerKnows) {
     EXPECT_THAT(change.removed, IsEmpty());
 }
 
+TEST(ServiceText, FindsTheUidWhereverAndHoweverItIsWritten) {
+    const QByteArray alarm = "BEGIN:VALARM\r\nUID:alarm\r\nEND:VALARM\r\n";
+    EXPECT_EQ(uidOf("BEGIN:VTODO\r\nSUMMARY:x\r\nUID:u\r\n" + alarm + "END:VTODO\r\n"), "u");
+    EXPECT_EQ(uidOf("BEGIN:VTODO\r\n" + alarm + "UID:u\r\nEND:VTODO\r\n"), "u");
+    EXPECT_EQ(uidOf("BEGIN:VTODO\r\nUID:long\r\n er\r\nEND:VTODO\r\n"), "longer");
+    EXPECT_EQ(uidOf("BEGIN:VTODO\r\nUID;X-A=b:u\r\nEND:VTODO\r\n"), "u");
+    EXPECT_EQ(uidOf("BEGIN:VTODO\r\n" + alarm + "END:VTODO\r\n"), "");
+}
+
 TEST(ServiceText, AsksForZonesThatMeanNothingByTheirNames) {
     EXPECT_THAT(obscureZones("DTSTART;TZID=Europe/Paris:20260101T000000\r\n"
                              "DUE;TZID=/freeassociation.sourceforge.net/Europe/Berlin:20260101T000000\r\n"

@@ -1,0 +1,141 @@
+#include "eventkit/evolution/ServiceReader.h"
+
+#include "eventkit/icalendar/Document.h"
+
+#include <libecal/libecal.h>
+
+#include <utility>
+
+namespace kestrant::evolution {
+namespace {
+
+constexpr const char* factoryPath = "/org/gnome/evolution/dataserver/CalendarFactory";
+constexpr const char* factoryInterface = "org.gnome.evolution.dataserver.CalendarFactory";
+constexpr const char* calendarInterface = "org.gnome.evolution.dataserver.Calendar";
+/// Names on the bus go on with the version of the service's interface.
+constexpr const char* factoryName = "org.gnome.evolution.dataserver.Calendar";
+constexpr int longestWait = G_MAXINT;  // the caller's cancellable ends it
+
+struct UnrefVariant {
+    void operator()(GVariant* variant) const { g_variant_unref(variant); }
+};
+using Variant = std::unique_ptr<GVariant, UnrefVariant>;
+
+/// The factory's name on the bus with its version; empty where there is none.
+QByteArray findFactory(GDBusConnection* bus, GCancellable* cancellable) {
+    const Variant names(g_dbus_connection_call_sync(
+        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ListNames", nullptr,
+        G_VARIANT_TYPE("(as)"), G_DBUS_CALL_FLAGS_NONE, longestWait, cancellable, nullptr));
+    if (!names)
+        return {};
+    const Variant list(g_variant_get_child_value(names.get(), 0));
+    GVariantIter iterator;
+    g_variant_iter_init(&iterator, list.get());
+    const gchar* name = nullptr;
+    QByteArray result;
+    while (g_variant_iter_next(&iterator, "&s", &name)) {
+        const QByteArray version = QByteArray(name).mid(static_cast<qsizetype>(qstrlen(factoryName)));
+        bool isNumber = false;
+        (void)version.toInt(&isNumber);
+        if (isNumber && g_str_has_prefix(name, factoryName))
+            result = name;
+    }
+    return result;
+}
+
+}  // namespace
+
+std::unique_ptr<ServiceReader> ServiceReader::open(EKEntityType type, const QByteArray& listUid,
+                                                   GCancellable* cancellable) {
+    Ref<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable, nullptr));
+    const QByteArray factory = bus ? findFactory(bus.get(), cancellable) : QByteArray();
+    if (factory.isEmpty())
+        return nullptr;
+    const Variant answer(
+        g_dbus_connection_call_sync(bus.get(), factory.constData(), factoryPath, factoryInterface,
+                                    type == EKEntityType::reminder ? "OpenTaskList" : "OpenCalendar",
+                                    g_variant_new("(s)", listUid.constData()), G_VARIANT_TYPE("(ss)"),
+                                    G_DBUS_CALL_FLAGS_NONE, longestWait, cancellable, nullptr));
+    if (!answer)
+        return nullptr;
+    const gchar* path = nullptr;
+    const gchar* name = nullptr;
+    g_variant_get(answer.get(), "(&s&s)", &path, &name);
+    auto reader = std::unique_ptr<ServiceReader>(new ServiceReader(type, std::move(bus), name, path));
+    const Variant opened(reader->call("Open", nullptr, "(as)", cancellable, nullptr));
+    return opened ? std::move(reader) : nullptr;
+}
+
+ServiceReader::ServiceReader(EKEntityType type, Ref<GDBusConnection> bus, QByteArray busName,
+                             QByteArray objectPath)
+    : type_(type)
+    , bus_(std::move(bus))
+    , busName_(std::move(busName))
+    , objectPath_(std::move(objectPath)) {}
+
+ServiceReader::~ServiceReader() {
+    // Nobody waits for the answer.
+    g_dbus_connection_call(bus_.get(), busName_.constData(), objectPath_.constData(), calendarInterface,
+                           "Close", nullptr, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr,
+                           nullptr);
+}
+
+GVariant* ServiceReader::call(const char* method, GVariant* arguments, const char* answerType,
+                              GCancellable* cancellable, GError** error) const {
+    return g_dbus_connection_call_sync(bus_.get(), busName_.constData(), objectPath_.constData(),
+                                       calendarInterface, method, arguments, G_VARIANT_TYPE(answerType),
+                                       G_DBUS_CALL_FLAGS_NO_AUTO_START, longestWait, cancellable, error);
+}
+
+std::optional<bool> ServiceReader::isWritable(GCancellable* cancellable) {
+    const Variant answer(g_dbus_connection_call_sync(
+        bus_.get(), busName_.constData(), objectPath_.constData(), "org.freedesktop.DBus.Properties", "Get",
+        g_variant_new("(ss)", calendarInterface, "Writable"), G_VARIANT_TYPE("(v)"),
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestWait, cancellable, nullptr));
+    if (!answer)
+        return std::nullopt;
+    const Variant boxed(g_variant_get_child_value(answer.get(), 0));
+    const Variant value(g_variant_get_variant(boxed.get()));
+    return g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN)
+               ? std::optional(g_variant_get_boolean(value.get()) != FALSE)
+               : std::nullopt;
+}
+
+std::optional<std::vector<QByteArray>> ServiceReader::readAll(GCancellable* cancellable, Error& error) {
+    const Variant answer(call("GetObjectList", g_variant_new("(s)", "#t"), "(as)", cancellable, error.out()));
+    if (!answer)
+        return std::nullopt;
+    const Variant list(g_variant_get_child_value(answer.get(), 0));
+    std::vector<QByteArray> result;
+    result.reserve(g_variant_n_children(list.get()));
+    GVariantIter iterator;
+    g_variant_iter_init(&iterator, list.get());
+    const gchar* text = nullptr;
+    while (g_variant_iter_next(&iterator, "&s", &text))
+        result.emplace_back(text);
+    return result;
+}
+
+std::optional<std::vector<QByteArray>> ServiceReader::read(const QByteArray& uid, GCancellable* cancellable,
+                                                           Error& error) {
+    // Makes the service's errors known by their names.
+    (void)E_CLIENT_ERROR;
+    (void)E_CAL_CLIENT_ERROR;
+    const Variant answer(
+        call("GetObject", g_variant_new("(ss)", uid.constData(), ""), "(s)", cancellable, error.out()));
+    if (!answer)
+        return std::nullopt;
+    const gchar* text = nullptr;
+    g_variant_get(answer.get(), "(&s)", &text);
+    // One component stands alone, several stand in a calendar.
+    const auto calendar = icalendar::Document::parse(text);
+    if (!calendar)
+        return std::vector<QByteArray>{text};
+    std::vector<QByteArray> result;
+    for (const icalendar::ComponentView& component :
+         calendar->components(type_ == EKEntityType::reminder ? "VTODO" : "VEVENT"))
+        result.push_back(component.text());
+    return result;
+}
+
+}  // namespace kestrant::evolution
