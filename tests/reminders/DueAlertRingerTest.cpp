@@ -56,7 +56,7 @@ TEST_F(DueAlertRingerTest, RingsAtTheInstantAndOffersWhatCanBeDone) {
     scheduler.advance(1us);
     const UserNotification& shown = notifier.onShow.at(a);
     EXPECT_EQ(shown.title, a);
-    EXPECT_EQ(shown.body, QStringLiteral("Today 12:10 · list"));
+    EXPECT_EQ(shown.body, QStringLiteral("Today 12:10\u00a0PM · list"));
     using Action = UserNotification::Action;
     EXPECT_THAT(
         shown.actions,
