@@ -195,7 +195,8 @@ void AppDelegate::followSystem() {
     observeApplicationState(this, [this](bool isActive) {
         if (isActive)
             lifecycle_.becameActive();
-        else
+        // A panel that folds gives the focus back by itself; it stays under the pointer then.
+        else if (interactionModel_.isExpanded())
             panelController_->applicationResignedActive();
     });
     observeQuitRequests(this, [this] { terminate(); });

@@ -60,6 +60,8 @@ FocusScope {
                 Accessible.name: modelData.title
                 Accessible.checkable: true
                 Accessible.checked: isChosen
+                Accessible.focusable: true
+                Accessible.focused: isChosen && segmented.activeFocus
                 Accessible.onPressAction: segmented.chosen(modelData.rawValue)
 
                 Text {
