@@ -69,6 +69,12 @@ std::vector<PictureState> reminderPictures() {
          })},
         {named("edit-undated"), expanded([](Stage& stage) { callFor(stage, "editCard", knives); })},
         {named("due"), expanded([](Stage& stage) { callFor(stage, "editDueDate", slides); })},
+        {named("due-all-day"), expanded([](Stage& stage) {
+             callFor(stage, "editDueDate", lease);
+             stage.press(Qt::Key_PageDown);
+             stage.reminderEdit.alert()->setId(QStringLiteral("day -1"));
+             stage.reminderEdit.alert()->setTime(QStringLiteral("18:30"));
+         })},
         {named("due-failed"), expanded([](Stage& stage) {
              callFor(stage, "editDueDate", lease);
              stage.press(Qt::Key_Right);
