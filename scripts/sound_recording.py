@@ -18,8 +18,10 @@ import time
 from virtual_desktop import stop, wait_until
 
 RATE = 44100
-# Enough to tell the cues from each other, and quick to compare: the sounds have little above 2 kHz.
-STEP = 4
+# Enough to tell the cues from each other, and quick to compare: the sounds have little above 2 kHz, and those that are made
+# of two strokes have begun with the second by then.
+STEP = 8
+COMPARED = 0.12
 
 # Makes the program say when it asks for a cue, on the clock of time.monotonic().
 LOG_ENVIRONMENT = {"QT_LOGGING_RULES": "kestrant.sound.debug=true", "QT_MESSAGE_PATTERN": "%{time boot} %{message}"}
@@ -32,11 +34,12 @@ def asked_for(log):
 
 
 def known_sounds():
-    """The first 50 ms of each cue, thinned out."""
+    """How each cue begins, thinned out."""
     path = str(pathlib.Path(__file__).with_name("make-sounds"))
     loader = importlib.machinery.SourceFileLoader("make_sounds", path)
     loader.exec_module(module := importlib.util.module_from_spec(importlib.util.spec_from_loader("make_sounds", loader)))
-    return {cue: thinned([value / 32768 for value in module.sound(*made)])[: RATE // 20 // STEP]
+    length = round(COMPARED * RATE)
+    return {cue: thinned([*(value / 32768 for value in module.sound(*made)[:length]), *([0.0] * length)][:length])
             for cue, made in module.SOUNDS.items()}
 
 
@@ -124,12 +127,12 @@ class Recording:
     def recognise(self, asked, until):
         """(cue, likeness, seconds) of what begins between two moments: the known sound it is most like, how much so, and
         how long after the first moment it begins."""
-        samples, first = self.part(asked - 0.01, until + 0.05)
+        samples, first = self.part(asked - 0.01, until + COMPARED)
         passage = thinned(samples)
         best = (None, 0.0, 0.0)
         for cue, sound in known_sounds().items():
             for at in range(len(passage) - len(sound)):
-                if abs(passage[at + 1]) + abs(passage[at + 4]) > 1e-3:
+                if abs(passage[at + 1]) + abs(passage[at + 2]) > 1e-3:
                     like = likeness(passage[at : at + len(sound)], sound)
                     if like > best[1]:
                         best = (cue, like, first + at * STEP / RATE - asked)

@@ -41,7 +41,8 @@ class Accessible:
 
     @property
     def is_usable(self):
-        return self.is_showing and "enabled" in self.states and "sensitive" in self.states
+        # Qt tells nothing of an item's being disabled but that it takes no focus.
+        return self.is_showing and "focusable" in self.states
 
     def focused(self):
         """The innermost objects that have the focus."""
@@ -244,6 +245,29 @@ class AccessibilityTest(DesktopTest):
         self.check_surface("the form of an event")
         self.escape()
         self.assertEqual(stop(self.program), 0)
+
+    def test_states_follow_what_is_done(self):
+        self.open_panel()
+        self.tab_to("check box", "Pay the rent")
+        self.assertTrue(self.press("Right").name.startswith("Buy bread"), "the arrows move from card to card")
+        for state in (True, False):
+            self.press_on("check box", "Overdue")
+            wait_until(lambda: ("checked" in self.find("check box", "Overdue").states) == state, f"the filter is {state}")
+        self.press_on("check box", "Buy bread")
+        wait_until(lambda: "STATUS:COMPLETED" in self.text(self.list / "buy-bread.ics"), "the reminder is completed")
+
+        self.press_on("push button", "New reminder")
+        self.opens("dialog", "New reminder")
+        self.assertFalse(self.find("push button", "Add").is_usable)
+        self.desktop.type("Water the plants")
+        wait_until(lambda: self.find("push button", "Add").is_usable, "it can be added")
+        self.escape()
+
+        self.press_on("push button", "Settings")
+        self.opens("dialog", "Settings")
+        self.tab_to("radio button", "Glass")
+        self.assertEqual(self.press("Right").name, "Black")
+        self.assertIn("checked", self.focus().states)
 
 
 if __name__ == "__main__":

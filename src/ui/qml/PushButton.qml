@@ -20,8 +20,8 @@ FocusScope {
     Accessible.role: Accessible.Button
     Accessible.name: text
     Accessible.description: spokenDescription
-    Accessible.focusable: true
-    Accessible.onPressAction: clicked()
+    Accessible.focusable: enabled
+    Accessible.onPressAction: if (enabled) clicked()
 
     Keys.onPressed: event => {
         if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
