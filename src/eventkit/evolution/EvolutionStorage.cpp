@@ -349,7 +349,7 @@ tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const 
     return Created{place, *created, std::move(*text)};
 }
 
-tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library& /*library*/,
+tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library& library,
                                                                    const EKCalendar& calendar) {
     const auto refuse = [](const Error& error) { return tl::unexpected(noService(error.message())); };
     const EKEntityType type = calendar.allowsReminders ? EKEntityType::reminder : EKEntityType::event;
@@ -362,8 +362,8 @@ tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library
         e_source_set_display_name(source.get(), calendar.title.toUtf8().constData());
         ESourceSelectable* const selectable = selectableOf(source.get(), type);
         e_source_backend_set_backend_name(E_SOURCE_BACKEND(selectable), "local");
-        if (calendar.color)
-            e_source_selectable_set_color(selectable, calendar.color->toString().toUtf8().constData());
+        const Color color = calendar.color.value_or(items::unusedColor(library));
+        e_source_selectable_set_color(selectable, color.toString().toUtf8().constData());
         const auto call = limit_.call();
         if (!e_source_registry_commit_source_sync(registry_.get(), source.get(), call.cancellable(),
                                                   error.out()))

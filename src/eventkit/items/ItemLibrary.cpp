@@ -5,9 +5,34 @@
 #include <QFile>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace kestrant::items {
+namespace {
+
+/// Calm colours that stay apart on a dark ground.
+constexpr std::array<Color, 10> palette{{{0x4C, 0x9F, 0xFF},
+                                         {0xFF, 0x9F, 0x43},
+                                         {0x5C, 0xC8, 0x7A},
+                                         {0xF2, 0x6D, 0x78},
+                                         {0xB0, 0x8C, 0xF5},
+                                         {0xF4, 0xC9, 0x4E},
+                                         {0x4F, 0xC7, 0xC7},
+                                         {0xEC, 0x84, 0xC0},
+                                         {0xA3, 0xB8, 0x6C},
+                                         {0xC2, 0x9B, 0x79}}};
+
+}  // namespace
+
+Color unusedColor(const Library& library) {
+    const auto isUsed = [&](const Color& color) {
+        return std::any_of(library.collections.begin(), library.collections.end(),
+                           [&](const auto& collection) { return collection.second.color == color; });
+    };
+    const auto found = std::find_if_not(palette.begin(), palette.end(), isUsed);
+    return found != palette.end() ? *found : palette[library.collections.size() % palette.size()];
+}
 
 void Changes::add(const Changes& other) {
     everything = everything || other.everything;

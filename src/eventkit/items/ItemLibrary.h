@@ -87,6 +87,9 @@ struct Place {
 /// What a file with this text holds.
 [[nodiscard]] ItemFile readItems(const QByteArray& text, const Place& place, const ZoneCalendar& local);
 
+/// A colour for a new collection: one that none of the others has, as long as there are any.
+[[nodiscard]] Color unusedColor(const Library& library);
+
 /// Whether two states of a file show the same.
 [[nodiscard]] bool sameContent(const ItemFile& a, const ItemFile& b);
 

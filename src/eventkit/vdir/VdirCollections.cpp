@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <system_error>
 
@@ -17,27 +16,6 @@ namespace kestrant::vdir {
 using items::Library;
 
 namespace {
-
-/// Calm colours that stay apart on a dark ground.
-constexpr std::array<Color, 10> palette{{{0x4C, 0x9F, 0xFF},
-                                         {0xFF, 0x9F, 0x43},
-                                         {0x5C, 0xC8, 0x7A},
-                                         {0xF2, 0x6D, 0x78},
-                                         {0xB0, 0x8C, 0xF5},
-                                         {0xF4, 0xC9, 0x4E},
-                                         {0x4F, 0xC7, 0xC7},
-                                         {0xEC, 0x84, 0xC0},
-                                         {0xA3, 0xB8, 0x6C},
-                                         {0xC2, 0x9B, 0x79}}};
-
-Color unusedColor(const Library& library) {
-    const auto isUsed = [&](const Color& color) {
-        return std::any_of(library.collections.begin(), library.collections.end(),
-                           [&](const auto& collection) { return collection.second.color == color; });
-    };
-    const auto found = std::find_if_not(palette.begin(), palette.end(), isUsed);
-    return found != palette.end() ? *found : palette[library.collections.size() % palette.size()];
-}
 
 /// Letters and digits of a title that every file system takes, other characters
 /// as hyphens.
@@ -90,7 +68,7 @@ tl::expected<QByteArray, EKError> VdirStorage::saveCollection(const Library& lib
     const auto name = isNew ? makeCollection(calendar.title) : QFile::encodeName(calendar.calendarIdentifier);
     if (!name)
         return name;
-    const Color color = calendar.color.value_or(unusedColor(library));
+    const Color color = calendar.color.value_or(items::unusedColor(library));
     const QByteArray folder = root_ + '/' + *name;
     const auto present = library.collections.find(*name);
     std::optional<EKError> error;
