@@ -119,6 +119,8 @@ PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQml
 }
 
 PanelView::~PanelView() {
+    // Whoever follows the surfaces may have gone before the view.
+    overlays_->disconnect();
     overlays_->dismissAll();
     // The views go before what they are bound to.
     setSource({});

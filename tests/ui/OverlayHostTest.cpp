@@ -114,4 +114,14 @@ TEST(OverlayHost, KeepsThePanelOpenForTheWayBackAfterSaving) {
     EXPECT_TRUE(program.panel.isExpanded());
 }
 
+TEST(OverlayHost, TellsNobodyOfItsSurfacesAtTheEndOfThePanel) {
+    auto program = std::make_unique<PanelProgram>();
+    int told = 0;
+    QObject::connect(&program->view.overlays(), &OverlayHost::allOverlaysClosed, qApp, [&] { ++told; });
+    program->expand();
+    program->call("openSort");
+    program.reset();
+    EXPECT_EQ(told, 0);
+}
+
 }  // namespace
