@@ -6,7 +6,7 @@ import pathlib
 import subprocess
 import unittest
 
-from harness import DesktopTest, stop, wait_until
+from harness import IDLE, PROGRAM, DesktopTest, stop, wait_until
 
 # What a person acts on.
 CONTROLS = {"push button", "check box", "radio button", "text", "menu item", "list item"}
@@ -245,6 +245,24 @@ class AccessibilityTest(DesktopTest):
         self.check_surface("the form of an event")
         self.escape()
         self.assertEqual(stop(self.program), 0)
+
+    def test_the_introduction_is_gone_through_by_the_keyboard(self):
+        self.set_preferences(kestrantCompletedInitialOnboarding=False)
+        self.program = self.desktop.spawn([PROGRAM])
+        self.addCleanup(stop, self.program)
+        self.opens("dialog", "Welcome to Kestrant")
+        title = "Welcome to Kestrant"
+        while self.find("push button", "Continue"):
+            self.check_surface(title)
+            self.tab_to("push button", "Continue")
+            before = title
+            self.desktop.key("Return")
+            title = wait_until(lambda: next((one.name for one in self.surface()
+                                             if one.role == "dialog" and one.name != before), None), "the next page is shown")
+        self.check_surface(title)
+        self.tab_to("push button", "Start")
+        self.desktop.key("Return")
+        self.wait_for_panel(IDLE)
 
     def test_states_follow_what_is_done(self):
         self.open_panel()
