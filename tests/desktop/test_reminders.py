@@ -116,6 +116,21 @@ class RemindersTest(DesktopTest):
         self.assertEqual(self.files(), before)
         self.assertEqual(untouched.read_bytes(), untouched_bytes)
 
+    def test_a_click_on_what_a_card_says_of_its_due_date_changes_it(self):
+        path = self.add_reminder("Water", more="RRULE:FREQ=WEEKLY\r\nDUE;VALUE=DATE:20260327\r\n")
+        self.start()
+        self.expand()
+        panel = self.desktop.focused_window()
+        x, y = self.wait_for_circles(1)[0]
+        self.desktop.click(x + 35, y + 38)
+        wait_until(lambda: self.desktop.focused_window() != panel, "the month has the keyboard")
+        self.desktop.key("Down", "Right", "Return")
+        wait_until(lambda: "DUE;VALUE=DATE:20260404\r\n" in self.text(path), "it is due eight days later")
+        self.assertIn("RRULE:FREQ=WEEKLY\r\n", self.text(path))
+        wait_until(lambda: self.desktop.focused_window() == panel, "the panel has the keyboard")
+        self.desktop.key("ctrl+z")
+        wait_until(lambda: "DUE;VALUE=DATE:20260327\r\n" in self.text(path), "it is due when it was")
+
     def test_typing_in_the_search_field_leaves_the_cards_that_match(self):
         for title in ("Read the report", "Write a letter", "Write the report"):
             self.add_reminder(title)
