@@ -3,6 +3,8 @@
 #include "app/PanelInterface.h"
 #include "eventkit/EvolutionModule.h"
 #include "platform/linux/ApplicationState.h"
+#include "platform/linux/DesktopAppearance.h"
+#include "platform/linux/FolderDialog.h"
 #include "platform/linux/OpenALOutput.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "platform/linux/WakeObserver.h"
@@ -41,8 +43,9 @@ AppDelegate::AppDelegate(Options options)
                  .information = information_,
                  .folder = options.supportFolder + u'/' +
                            QString::fromLatin1(AggregateCompletionReporter::folderName)})
-    , storeLocation_(eventStoreToUse(options.store, defaults_.string(preferenceKeys::eventStore),
-                                     EventStoreLocation::embeddedDefault(), options.desktopHasStore))
+    , namedStore_(std::move(options.store))
+    , desktopHasStore_(std::move(options.desktopHasStore))
+    , storeLocation_(chosenStore())
     , eventStore_(openEventStore(storeLocation_, scheduler_, clock_, calendar_))
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
@@ -140,7 +143,11 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
             },
         .checkForDueReport = [this] { reporter_.runDueCheck(); },
         .prepareSounds = [this] { cuePlayer_.prepare(); },
-        .finishStart = [this] { reporter_.runDueCheck(); },
+        .finishStart =
+            [this] {
+                followDesktopAppearance();
+                reporter_.runDueCheck();
+            },
     };
 }
 
@@ -183,6 +190,7 @@ void AppDelegate::createOnboarding() {
             .settings = interface_->settings,
             .scheduler = scheduler_,
             .feedback = feedback_,
+            .touchpadsScrollNaturally = [this] { return panelWindow_->touchpadScrollsNaturally(); },
         },
         [this] { lifecycle_.onboardingCompleted(); });
     connect(onboardingController_.get(), &OnboardingWindowController::dismissed, this, [this] {
@@ -201,6 +209,10 @@ void AppDelegate::followSystem() {
     });
     observeQuitRequests(this, [this] { terminate(); });
     wakeObserver_ = std::make_unique<WakeObserver>([this] { wokeUp(); });
+    storeChoice_ = preferences_.observeChanges([this](const QString& key) {
+        if (key == preferenceKeys::eventStore.name)
+            exchangeStore();
+    });
 }
 
 void AppDelegate::wokeUp() {
@@ -225,8 +237,11 @@ SettingsServices AppDelegate::settingsServices() {
     return {
         .collection = collectionSwitch(),
         .launchAtLogin = &launchAtLoginManager_,
-        .dataStore = {.defaultFolder = EventStoreLocation::embeddedDefault().folder,
-                      .opened = defaults_.string(preferenceKeys::eventStore)},
+        .dataStore = {.defaultFolder = namedStore_ ? QString() : EventStoreLocation::embeddedDefault().folder,
+                      .inUse = [this] { return storeLocation_; },
+                      .evolutionIsAvailable = desktopHasStore_,
+                      .pickFolder = [this](const QString& start,
+                                           auto done) { pickFolder(start, std::move(done)); }},
         .problems = [this] { return problems(); },
         .showTutorial = [this] { notifications_.post(notifications::showTutorial); },
         .version = QCoreApplication::applicationVersion(),
@@ -248,6 +263,48 @@ std::optional<CollectionSwitch> AppDelegate::collectionSwitch() {
         .isOn = [this] { return reporter_.configuration().isEnabled; },
         .setOn = [this](bool on) { reporter_.setEnabled(on); },
     };
+}
+
+void AppDelegate::followDesktopAppearance() {
+    desktopAppearance_ = std::make_unique<DesktopAppearance>();
+    connect(desktopAppearance_.get(), &DesktopAppearance::changed, this, [this] {
+        const AppearanceWishes& wishes = desktopAppearance_->wishes();
+        Appearance& appearance = interface_->appearance;
+        appearance.setReducedMotion(wishes.reducedMotion);
+        appearance.setHighContrast(wishes.highContrast);
+        appearance.setTextScale(wishes.textScale);
+    });
+}
+
+void AppDelegate::pickFolder(const QString& start,
+                             std::function<void(tl::expected<QString, TextPair>)> done) {
+    if (!folderDialog_)
+        folderDialog_ = std::make_unique<FolderDialog>();
+    folderDialog_->open(
+        localization_(text("Folder of reminders and events", "Dossier des rappels et des événements")), start,
+        std::move(done));
+}
+
+EventStoreLocation AppDelegate::chosenStore() const {
+    return eventStoreToUse(namedStore_, defaults_.string(preferenceKeys::eventStore),
+                           EventStoreLocation::embeddedDefault(), desktopHasStore_);
+}
+
+void AppDelegate::exchangeStore() {
+    // What was begun belongs to the database that is open.
+    reminderStore().commitPendingCompletions([this] {
+        const EventStoreLocation chosen = chosenStore();
+        if (chosen == storeLocation_)
+            return;
+        storeLocation_ = chosen;
+        const bool reads = reminderStore().accessState().kind != ReminderAccessState::Kind::notDetermined;
+        ringer_.reset();
+        eventStore_.switchTo(openEventStore(storeLocation_, scheduler_, clock_, calendar_));
+        reminderStore().databaseWasExchanged();
+        calendarStore().databaseWasExchanged();
+        if (reads)
+            ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
+    });
 }
 
 void AppDelegate::startRinging() {
@@ -316,7 +373,7 @@ void AppDelegate::createPanelController() {
 
 void AppDelegate::togglePanel() {
     if (!preferences_.completedInitialOnboarding())
-        onboardingController_->show(OnboardingWindowController::Page::welcome);
+        onboardingController_->activate();
     else
         panelController_->toggle();
 }

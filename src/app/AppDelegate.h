@@ -50,6 +50,8 @@ namespace kestrant {
 class OnboardingWindowController;
 class PanelInterface;
 class QtScreenProvider;
+class DesktopAppearance;
+class FolderDialog;
 class WakeObserver;
 class X11PanelWindow;
 class X11PointerProvider;
@@ -109,6 +111,12 @@ class AppDelegate : public QObject {
     [[nodiscard]] tl::expected<void, TextPair> createPanel();
     void createOnboarding();
     void followSystem();
+    /// Has the views look as the desktop's settings ask.
+    void followDesktopAppearance();
+    void pickFolder(const QString& start, std::function<void(tl::expected<QString, TextPair>)> done);
+    [[nodiscard]] EventStoreLocation chosenStore() const;
+    /// Uses the database that is chosen now, if it is another one.
+    void exchangeStore();
     void startRinging();
     void wokeUp();
 
@@ -129,6 +137,9 @@ class AppDelegate : public QObject {
     AggregateCompletionReporter reporter_;
     std::unique_ptr<HttpSession> feedbackSession_;
     std::unique_ptr<FeedbackAPIClient> feedbackClient_;
+    /// The one that was named when the program was started.
+    std::optional<EventStoreLocation> namedStore_;
+    std::function<bool()> desktopHasStore_;
     EventStoreLocation storeLocation_;
     EventStoreSwitch eventStore_;
     BackgroundLedgerWriter ledgerWriter_;
@@ -151,6 +162,9 @@ class AppDelegate : public QObject {
     std::unique_ptr<NotchGeometry> geometry_;
     std::unique_ptr<PanelInterface> interface_;
     Subscription settingsProblems_;
+    Subscription storeChoice_;
+    std::unique_ptr<DesktopAppearance> desktopAppearance_;
+    std::unique_ptr<FolderDialog> folderDialog_;
     std::unique_ptr<X11PointerProvider> pointer_;
     std::unique_ptr<X11PanelWindow> panelWindow_;
     std::unique_ptr<NotchPanelController> panelController_;

@@ -13,7 +13,6 @@ namespace {
 const QString defaultKind = QStringLiteral("default");
 const QString folderKind = QStringLiteral("folder");
 const QString evolutionKind = QStringLiteral("evolution");
-const QString folderScheme = QStringLiteral("vdir:");
 
 }  // namespace
 
@@ -53,17 +52,27 @@ DataStoreViewModel::DataStoreViewModel(Preferences& preferences, Localizer& loca
     connect(&localizer, &Localizer::languageChanged, this, &DataStoreViewModel::changed);
 }
 
-std::optional<QString> DataStoreViewModel::stored() const {
-    return preferences_.defaults().string(preferenceKeys::eventStore);
+EventStoreLocation DataStoreViewModel::location() const {
+    if (const auto stored = preferences_.defaults().string(preferenceKeys::eventStore)) {
+        if (const auto chosen = EventStoreLocation::parse(*stored))
+            return *chosen;
+    }
+    return services_.inUse ? services_.inUse() : EventStoreLocation{services_.defaultFolder};
+}
+
+void DataStoreViewModel::choose(const EventStoreLocation& location) {
+    awaitsFolder_ = false;
+    problem_.reset();
+    preferences_.defaults().set(preferenceKeys::eventStore, location.toString());
 }
 
 QString DataStoreViewModel::kind() const {
     if (awaitsFolder_)
         return folderKind;
-    const auto choice = stored();
-    if (!choice)
-        return defaultKind;
-    return *choice == evolutionKind ? evolutionKind : folderKind;
+    const EventStoreLocation shown = location();
+    if (shown.kind == EventStoreLocation::Kind::evolution)
+        return evolutionKind;
+    return shown.folder == services_.defaultFolder ? defaultKind : folderKind;
 }
 
 QVariantList DataStoreViewModel::kinds() const {
@@ -74,7 +83,9 @@ QVariantList DataStoreViewModel::kinds() const {
     };
     offer(defaultKind, text("In Kestrant’s own folder", "Dans le dossier de Kestrant"));
     offer(folderKind, text("In another folder", "Dans un autre dossier"));
-    if (kind() == evolutionKind || (services_.evolutionIsAvailable && services_.evolutionIsAvailable()))
+    if (!evolutionIsThere_)
+        evolutionIsThere_ = services_.evolutionIsAvailable && services_.evolutionIsAvailable();
+    if (*evolutionIsThere_ || kind() == evolutionKind)
         offer(evolutionKind, text("In this desktop’s calendar", "Dans le calendrier du bureau"));
     return kinds;
 }
@@ -82,21 +93,20 @@ QVariantList DataStoreViewModel::kinds() const {
 void DataStoreViewModel::setKind(const QString& kind) {
     if (kind == this->kind())
         return;
-    awaitsFolder_ = kind == folderKind;
-    problem_.reset();
-    // A folder is stored once it is known.
-    if (kind == defaultKind)
-        preferences_.defaults().remove(preferenceKeys::eventStore);
-    else if (kind == evolutionKind)
-        preferences_.defaults().set(preferenceKeys::eventStore, evolutionKind);
+    if (kind == defaultKind) {
+        choose({services_.defaultFolder});
+    } else if (kind == evolutionKind) {
+        choose(EventStoreLocation::evolution());
+    } else {
+        // Stored once the folder is known.
+        awaitsFolder_ = true;
+        problem_.reset();
+    }
     Q_EMIT changed();
 }
 
 QString DataStoreViewModel::folder() const {
-    const auto choice = stored();
-    QString path = choice && choice->startsWith(folderScheme) ? choice->mid(folderScheme.size()) : QString();
-    if (kind() == defaultKind)
-        path = services_.defaultFolder;
+    QString path = awaitsFolder_ ? QString() : location().folder;
     const QString home = QDir::homePath();
     if (path == home || path.startsWith(home + u'/'))
         path.replace(0, home.size(), QStringLiteral("~"));
@@ -107,17 +117,11 @@ QString DataStoreViewModel::problem() const {
     return problem_ ? localizer_(*problem_) : QString();
 }
 
-bool DataStoreViewModel::needsRestart() const {
-    return stored() != services_.opened;
-}
-
 void DataStoreViewModel::chooseFolder(const QString& path) {
-    const auto usable = usableFolder(path);
-    problem_ = usable ? std::nullopt : std::optional(usable.error());
-    if (usable) {
-        awaitsFolder_ = false;
-        preferences_.defaults().set(preferenceKeys::eventStore, folderScheme + *usable);
-    }
+    if (const auto usable = usableFolder(path))
+        choose({*usable});
+    else
+        problem_ = usable.error();
     Q_EMIT changed();
 }
 
@@ -133,14 +137,11 @@ void DataStoreViewModel::pickFolder() {
     });
 }
 
-void DataStoreViewModel::forgetUnfinished() {
+void DataStoreViewModel::refresh() {
+    evolutionIsThere_.reset();
     awaitsFolder_ = false;
     problem_.reset();
     Q_EMIT changed();
-}
-
-void DataStoreViewModel::restart() {
-    services_.restart();
 }
 
 }  // namespace kestrant

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "eventkit/EventStoreLocation.h"
 #include "foundation/Subscription.h"
 #include "foundation/Text.h"
 
@@ -21,19 +22,17 @@ class Preferences;
 /// What choosing the place of reminders and events takes. Functions may be empty: what they do is then not
 /// offered.
 struct DataStoreServices {
-    /// The folder in use while nothing was chosen. Empty when the place cannot be chosen at all.
+    /// The program's own folder. Empty when the place cannot be chosen at all.
     QString defaultFolder;
-    /// The choice that was in force when the program opened its database; absent for the default.
-    std::optional<QString> opened;
-    /// Whether this desktop's own calendar service is there; asked whenever the choices are shown.
+    /// What is in use while nothing was chosen; the default folder where this is empty.
+    std::function<EventStoreLocation()> inUse;
+    /// Whether this desktop's own calendar service is there; asked once each time the choices are shown.
     std::function<bool()> evolutionIsAvailable;
     /// Lets the person pick a folder, starting in one, and tells which, or why that cannot be; nothing when
     /// they change their mind. Not called after the view model is gone.
     std::function<void(const QString& start,
                        std::function<void(tl::expected<QString, TextPair> folder)> done)>
         pickFolder;
-    /// Ends the program and starts it anew.
-    std::function<void()> restart;
 };
 
 /// The absolute path of a folder that was typed, if a folder of files can be there: it exists and can be
@@ -41,7 +40,7 @@ struct DataStoreServices {
 [[nodiscard]] tl::expected<QString, TextPair> usableFolder(const QString& typed);
 
 /// Where reminders and events live: the program's own folder, another one, or the desktop's calendar service.
-/// The choice is stored at once; the program opens it when it next starts. Thread: main.
+/// The choice is stored at once, and whoever uses the database follows it. Thread: main.
 class DataStoreViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -56,9 +55,6 @@ class DataStoreViewModel : public QObject {
     /// Why the folder that was last given cannot be used; empty for none.
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
     Q_PROPERTY(bool canPick READ canPick CONSTANT)
-    /// Another database is open than the one that is chosen.
-    Q_PROPERTY(bool needsRestart READ needsRestart NOTIFY changed)
-    Q_PROPERTY(bool canRestart READ canRestart CONSTANT)
 
   public:
     /// Everything must outlive the view model.
@@ -72,26 +68,26 @@ class DataStoreViewModel : public QObject {
     [[nodiscard]] QString folder() const;
     [[nodiscard]] QString problem() const;
     [[nodiscard]] bool canPick() const { return bool(services_.pickFolder); }
-    [[nodiscard]] bool needsRestart() const;
-    [[nodiscard]] bool canRestart() const { return bool(services_.restart); }
 
     /// Takes a folder over if it can be used; else the problem says why not, and nothing changes.
     Q_INVOKABLE void chooseFolder(const QString& path);
     /// Lets the person pick the folder.
     Q_INVOKABLE void pickFolder();
-    /// Forgets a choice that was begun and not made.
-    Q_INVOKABLE void forgetUnfinished();
-    Q_INVOKABLE void restart();
+    /// Begins anew: forgets a choice that was begun and not made, and what the desktop has.
+    Q_INVOKABLE void refresh();
 
   Q_SIGNALS:
     void changed();
 
   private:
-    [[nodiscard]] std::optional<QString> stored() const;
+    /// What was chosen, else what is in use.
+    [[nodiscard]] EventStoreLocation location() const;
+    void choose(const EventStoreLocation& location);
 
     Preferences& preferences_;
     Localizer& localizer_;
     DataStoreServices services_;
+    mutable std::optional<bool> evolutionIsThere_;
     bool awaitsFolder_ = false;
     std::optional<TextPair> problem_;
     Subscription subscription_;

@@ -52,6 +52,11 @@ void OnboardingWindowController::createWindow() {
     window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kestrant/qml/OnboardingWindow.qml")));
     connect(&services_.appearance, &Appearance::compositingChanged, this,
             &OnboardingWindowController::cutCorners);
+    // It grows and shrinks with the desktop's size of texts.
+    connect(window_.get(), &QWindow::heightChanged, this, [this] {
+        center();
+        cutCorners();
+    });
     cutCorners();
 }
 
@@ -67,13 +72,23 @@ void OnboardingWindowController::show(Page page) {
         createWindow();
     model_->begin(page == Page::welcome ? OnboardingViewModel::Page::welcome
                                         : OnboardingViewModel::Page::tutorial);
-    if (window_->windowStates() & Qt::WindowMinimized)
-        window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
+    center();
+    activate();
+}
+
+void OnboardingWindowController::center() {
     QRect frame({}, window_->size());
     frame.moveCenter(window_->screen()->availableGeometry().center());
     window_->setPosition(frame.topLeft());
+}
+
+void OnboardingWindowController::activate() {
+    if (window_->windowStates() & Qt::WindowMinimized)
+        window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
+    // What has just come onto the screen is in front already.
+    if (window_->isVisible())
+        window_->raise();
     window_->show();
-    window_->raise();
     window_->requestActivate();
 }
 
@@ -89,10 +104,6 @@ bool OnboardingWindowController::isVisible() const {
 void OnboardingWindowController::finish() {
     openApp_();
     orderOut();
-    // Only a new start opens the database that was chosen.
-    DataStoreViewModel& store = *services_.settings.dataStore();
-    if (store.needsRestart() && store.canRestart())
-        store.restart();
 }
 
 bool OnboardingWindowController::eventFilter(QObject* watched, QEvent* event) {

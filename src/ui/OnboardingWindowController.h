@@ -46,6 +46,8 @@ class OnboardingWindowController : public QObject {
     /// Shows the window on a page, in the middle of the screen, in front of everything and with the keyboard
     /// focus; also when it is shown already, or miniaturised.
     void show(Page page);
+    /// Brings the window, which is on the screen, to the front as it is.
+    void activate();
     /// Takes the window off the screen, as if it had been finished.
     void orderOut();
     [[nodiscard]] bool isVisible() const;
@@ -63,6 +65,7 @@ class OnboardingWindowController : public QObject {
 
   private:
     void createWindow();
+    void center();
     /// Rounds the window's corners where they cannot be transparent.
     void cutCorners();
     void finish();

@@ -170,7 +170,7 @@ struct Stage {
                      std::chrono::minutes(13 * 60 + 30)};
     FixedCurrentCalendar calendar{ZoneCalendar(QTimeZone("Europe/Paris"))};
     PictureDefaults defaults;
-    Preferences preferences{defaults, [] { return QLocale(); }};
+    Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
     Localization localization{preferences};
     SilentCuePlayer cues;
     SilentHapticPerformer haptics;
@@ -236,8 +236,7 @@ struct Stage {
          .dataStore = {.defaultFolder =
                            QDir::homePath() + QStringLiteral("/.local/share/com.Kestrant.notchapp/calendars"),
                        .evolutionIsAvailable = [] { return true; },
-                       .pickFolder = [](const QString&, const auto&) {},
-                       .restart = [] {}},
+                       .pickFolder = [](const QString&, const auto&) {}},
          .showTutorial = [] {},
          .version = QStringLiteral("1.0.0")}};
     NewEventViewModel newEvent{calendarStore, time, calendar, localizer};

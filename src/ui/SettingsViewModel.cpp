@@ -178,7 +178,7 @@ void SettingsViewModel::refresh() {
     launchAtLoginProblem_.reset();
     if (services_.launchAtLogin)
         services_.launchAtLogin->refresh();
-    dataStore_.forgetUnfinished();
+    dataStore_.refresh();
     Q_EMIT changed();
 }
 

@@ -51,14 +51,9 @@ struct Introduction : PanelProgram {
     }
 
     int opened = 0;
-    int restarts = 0;
     bool naturalTouchpad = false;
-    QTemporaryDir otherFolder;
     SettingsViewModel choices{
-        preferences,
-        localizer,
-        feedbackForm,
-        {.dataStore = {.defaultFolder = folder.path(), .restart = [this] { ++restarts; }}}};
+        preferences, localizer, feedbackForm, {.dataStore = {.defaultFolder = folder.path()}}};
     OnboardingWindowController controller{{.engine = *view.engine(),
                                            .appearance = appearance,
                                            .preferences = preferences,
@@ -97,7 +92,6 @@ TEST(Onboarding, IsWalkedThroughByKeyboardAlone) {
     program.key(Qt::Key_Return);
     EXPECT_EQ(program.opened, 1);
     EXPECT_FALSE(program.controller.isVisible());
-    EXPECT_EQ(program.restarts, 0);
 }
 
 TEST(Onboarding, NamesEveryControlThatTabReaches) {
@@ -165,19 +159,10 @@ TEST(Onboarding, TakesEachChoiceOverAtOnce) {
     press("onboarding.sounds", Qt::Key_Left);
     EXPECT_TRUE(program.preferences.requiresClickOrSwipeToExpand());
     EXPECT_EQ(program.preferences.soundProfile(), SoundProfile::soft);
-}
-
-TEST(Onboarding, StartsAnewWhenAnotherDatabaseWasChosen) {
-    Introduction program;
-    program.show();
-    program.goTo(Page::habits);
-    program.item("onboarding.store").forceActiveFocus();
-    program.key(Qt::Key_Down);
-    program.choices.dataStore()->chooseFolder(program.otherFolder.path());
+    press("onboarding.store", Qt::Key_Down);
+    EXPECT_EQ(program.choices.dataStore()->kind(), QStringLiteral("folder"));
     program.goTo(Page::ready);
-    program.key(Qt::Key_Return);
-    EXPECT_EQ(program.opened, 1);
-    EXPECT_EQ(program.restarts, 1);
+    EXPECT_EQ(program.choices.dataStore()->kind(), QStringLiteral("default")) << "no folder was given";
 }
 
 TEST(Onboarding, IsDismissedOnlyByClosingItsWindow) {

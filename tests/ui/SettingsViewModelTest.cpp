@@ -35,22 +35,23 @@ struct Settings : PanelProgram {
     DesktopRecord record;
     LaunchAtLoginManager launchAtLogin{record, defaults};
     bool hasEvolution = false;
-    int restarts = 0;
+    EventStoreLocation inUse{QDir::homePath() + QStringLiteral("/data")};
     int tutorials = 0;
     std::function<void(tl::expected<QString, TextPair>)> picked;
-    SettingsViewModel model{preferences,
-                            localizer,
-                            feedbackForm,
-                            {.collection = CollectionSwitch{.help = text("what is sent", "ce qui est envoyé"),
-                                                            .isOn = [] { return true; },
-                                                            .setOn = [](bool) {}},
-                             .launchAtLogin = &launchAtLogin,
-                             .dataStore = {.defaultFolder = QDir::homePath() + QStringLiteral("/data"),
-                                           .evolutionIsAvailable = [this] { return hasEvolution; },
-                                           .pickFolder = [this](const QString&, auto done) { picked = done; },
-                                           .restart = [this] { ++restarts; }},
-                             .showTutorial = [this] { ++tutorials; },
-                             .version = QStringLiteral("1.2.3")}};
+    SettingsViewModel model{
+        preferences,
+        localizer,
+        feedbackForm,
+        {.collection = CollectionSwitch{.help = text("what is sent", "ce qui est envoyé"),
+                                        .isOn = [] { return true; },
+                                        .setOn = [](bool) {}},
+         .launchAtLogin = &launchAtLogin,
+         .dataStore = {.defaultFolder = QDir::homePath() + QStringLiteral("/data"),
+                       .inUse = [this] { return inUse; },
+                       .evolutionIsAvailable = [this] { return hasEvolution; },
+                       .pickFolder = [this](const QString&, auto done) { picked = done; }},
+         .showTutorial = [this] { ++tutorials; },
+         .version = QStringLiteral("1.2.3")}};
     DataStoreViewModel& store = *model.dataStore();
 
     [[nodiscard]] std::optional<QString> stored() { return defaults.string(preferenceKeys::eventStore); }
@@ -150,7 +151,6 @@ TEST(DataStoreViewModel, StoresAFolderOnceItIsKnown) {
     EXPECT_EQ(program.store.kind(), QStringLiteral("folder"));
     EXPECT_EQ(program.store.folder(), QString());
     EXPECT_FALSE(program.stored().has_value());
-    EXPECT_FALSE(program.store.needsRestart());
 
     program.store.chooseFolder(QStringLiteral("nowhere"));
     EXPECT_FALSE(program.store.problem().isEmpty());
@@ -158,21 +158,33 @@ TEST(DataStoreViewModel, StoresAFolderOnceItIsKnown) {
     program.store.chooseFolder(folder.path());
     EXPECT_EQ(program.store.problem(), QString());
     EXPECT_EQ(program.stored(), QStringLiteral("vdir:") + folder.path());
-    EXPECT_TRUE(program.store.needsRestart());
 
     program.store.setKind(QStringLiteral("default"));
-    EXPECT_FALSE(program.stored().has_value());
-    EXPECT_FALSE(program.store.needsRestart());
+    EXPECT_EQ(program.stored(), QStringLiteral("vdir:") + QDir::homePath() + QStringLiteral("/data"));
+    EXPECT_EQ(program.store.folder(), QStringLiteral("~/data"));
+}
+
+TEST(DataStoreViewModel, ShowsWhatIsInUseWhileNothingWasChosen) {
+    Settings program;
+    program.inUse = EventStoreLocation::evolution();
+    EXPECT_EQ(program.store.kind(), QStringLiteral("evolution"));
+    program.inUse = {QStringLiteral("/elsewhere")};
+    EXPECT_EQ(program.store.kind(), QStringLiteral("folder"));
+    EXPECT_EQ(program.store.folder(), QStringLiteral("/elsewhere"));
+    program.defaults.set(preferenceKeys::eventStore, QStringLiteral("nonsense"));
+    EXPECT_EQ(program.store.folder(), QStringLiteral("/elsewhere"));
 }
 
 TEST(DataStoreViewModel, OffersTheDesktopsCalendarWhereItIs) {
     Settings program;
     EXPECT_EQ(program.store.kinds().size(), 2);
     program.hasEvolution = true;
+    program.model.refresh();
     EXPECT_EQ(program.store.kinds().size(), 3);
     program.store.setKind(QStringLiteral("evolution"));
     EXPECT_EQ(program.stored(), QStringLiteral("evolution"));
     program.hasEvolution = false;
+    program.model.refresh();
     EXPECT_EQ(program.store.kinds().size(), 3) << "what is chosen is shown, whether or not it is there";
 }
 

@@ -72,6 +72,8 @@ AppearanceWishes appearanceWishes(const QMap<QString, QVariantMap>& settings) {
 DesktopAppearance::DesktopAppearance(const QDBusConnection& bus, QObject* parent)
     : QObject(parent)
     , bus_(bus) {
+    // The slot is found by the names of its types, and this one is not known by itself.
+    qRegisterMetaType<QDBusVariant>("QDBusVariant");
     bus_.connect(serviceName, objectPath, interfaceName, QStringLiteral("SettingChanged"), this,
                  SLOT(settingChanged(QString, QString, QDBusVariant)));
     QDBusMessage message =

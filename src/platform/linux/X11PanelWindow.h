@@ -42,6 +42,8 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     void focusPanel();
 
     [[nodiscard]] bool isCompositing() const { return compositor_.isCompositing(); }
+    /// Whether what is scrolled follows the fingers on the touchpad.
+    [[nodiscard]] bool touchpadScrollsNaturally() const { return scroll_.touchpadScrollsNaturally(); }
 
     void setEventHandler(PanelEventHandler* handler) override { handler_ = handler; }
     void setFrame(const QRectF& frame) override;

@@ -104,6 +104,18 @@ void XInputScroll::refresh() {
     }
 }
 
+bool XInputScroll::touchpadScrollsNaturally() const {
+    bool scrollsNaturally = false;
+    for (const auto& [id, device] : devices_) {
+        if (device.kind == ScrollDeviceKind::touchpad)
+            return device.naturalScrolling;
+        // It may stand for a touchpad.
+        if (device.kind == ScrollDeviceKind::unknown)
+            scrollsNaturally = scrollsNaturally || device.naturalScrolling;
+    }
+    return scrollsNaturally;
+}
+
 bool XInputScroll::isExtensionEvent(const xcb_generic_event_t& event, int type) const {
     if (opcode_ == 0 || (event.response_type & ~0x80) != XCB_GE_GENERIC)
         return false;

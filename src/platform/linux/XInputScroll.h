@@ -23,6 +23,9 @@ class XInputScroll {
     /// elsewhere), and when devices come and go. A few round trips.
     void refresh();
 
+    /// Whether what is scrolled follows the fingers on the touchpad, as far as devices tell theirs.
+    [[nodiscard]] bool touchpadScrollsNaturally() const;
+
     /// The extension's motion event in a generic event; null when it is something else.
     [[nodiscard]] const xcb_input_motion_event_t* motionEvent(const xcb_generic_event_t& event) const;
     /// Whether a generic event says that devices came or went.

@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// Below the choice where reminders and events live: the folder, what is wrong with it, what has to happen yet.
+// Below the choice where reminders and events live: the folder, and what is wrong with it.
 Column {
     id: fields
 
@@ -81,26 +81,5 @@ Column {
         wrapMode: Text.Wrap
         color: Theme.secondaryText
         font.pixelSize: 12
-    }
-    Item {
-        visible: !fields.compact && fields.store.needsRestart
-        width: parent.width
-        height: 30
-
-        Text {
-            width: parent.width - (restart.visible ? restart.width + 8 : 0)
-            anchors.verticalCenter: parent.verticalCenter
-            text: Localizer.text("In force after a restart.", "Prend effet au redémarrage.")
-            wrapMode: Text.Wrap
-            color: Theme.flag
-            font.pixelSize: 12
-        }
-        PushButton {
-            id: restart
-            visible: fields.store.canRestart
-            anchors.right: parent.right
-            text: Localizer.text("Restart", "Redémarrer")
-            onClicked: fields.store.restart()
-        }
     }
 }

@@ -13,7 +13,8 @@ OnboardingPage {
         height: 38
     }
 
-    Component.onDestruction: settings.dataStore.forgetUnfinished()
+    Component.onCompleted: settings.refresh()
+    Component.onDestruction: settings.dataStore.refresh()
 
     Column {
         Line {

@@ -36,7 +36,7 @@ FocusScope {
     Component { id: tutorial; OnboardingTutorial { onboarding: root.onboarding; settings: root.settings } }
     Component { id: panelChoices; OnboardingPanelChoices { settings: root.settings } }
     Component { id: habits; OnboardingHabits { settings: root.settings } }
-    Component { id: ready; OnboardingReady { settings: root.settings } }
+    Component { id: ready; OnboardingReady {} }
 
     Item {
         width: parent.width / root.zoom
