@@ -81,15 +81,20 @@ bool save(Stage& stage, const QString& path) {
     return false;
 }
 
+/// Opens the menu of a card or row at a point of it.
+void openMenu(Stage& stage, const char* function, int index, QPoint at) {
+    QMetaObject::invokeMethod(stage.content(), function, Q_ARG(QVariant, index), Q_ARG(QVariant, at.x()),
+                              Q_ARG(QVariant, at.y()));
+    // Gives the menu the keyboard focus.
+    QCoreApplication::processEvents();
+}
+
 /// Chooses an entry of the menu of a calendar row, counted from 1.
 void chooseForRow(Stage& stage, const TextPair& title, int entry) {
     int row = 0;
     while (stage.days.rows()->rowAt(row).title != stage.localizer(title))
         ++row;
-    QMetaObject::invokeMethod(stage.content(), "openRowMenu", Q_ARG(QVariant, row), Q_ARG(QVariant, 60),
-                              Q_ARG(QVariant, 20));
-    // Gives the menu the keyboard focus.
-    QCoreApplication::processEvents();
+    openMenu(stage, "openRowMenu", row, {60, 20});
     for (int press = 0; press < entry; ++press)
         stage.press(Qt::Key_Down);
     stage.press(Qt::Key_Return);
@@ -194,8 +199,7 @@ std::vector<PictureState> states() {
         {named("lists"), expanded([](Stage& stage) { stage.call("openLists"); })},
         {named("sort"), expanded([](Stage& stage) { stage.call("openSort"); })},
         {named("card-menu"), expanded([](Stage& stage) {
-             QMetaObject::invokeMethod(stage.content(), "openCardMenu", Q_ARG(QVariant, 5),
-                                       Q_ARG(QVariant, 120), Q_ARG(QVariant, 40));
+             openMenu(stage, "openCardMenu", 5, {120, 40});
              stage.press(Qt::Key_Down);
          })},
         {named("quick-add"), expanded([](Stage& stage) {
@@ -262,13 +266,11 @@ std::vector<PictureState> states() {
              stage.expand();
          }},
         {named("row-menu"), expanded([](Stage& stage) {
-             QMetaObject::invokeMethod(stage.content(), "openRowMenu", Q_ARG(QVariant, 4),
-                                       Q_ARG(QVariant, 60), Q_ARG(QVariant, 20));
+             openMenu(stage, "openRowMenu", 4, {60, 20});
              stage.press(Qt::Key_Down);
          })},
         {named("reminder-row-menu"), expanded([](Stage& stage) {
-             QMetaObject::invokeMethod(stage.content(), "openRowMenu", Q_ARG(QVariant, 5),
-                                       Q_ARG(QVariant, 60), Q_ARG(QVariant, 20));
+             openMenu(stage, "openRowMenu", 5, {60, 20});
              stage.press(Qt::Key_Down);
          })},
         {named("drag"), expanded([](Stage& stage) {
