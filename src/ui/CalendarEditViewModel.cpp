@@ -25,6 +25,7 @@ int CalendarEditViewModel::begin(const QVariant& row) {
     loaded_.reset();
     error_.reset();
     isSaving_ = false;
+    isRestored_ = false;
     isReadOnly_ = false;
     title_ = row_.title;
     calendarID_.clear();
@@ -51,14 +52,31 @@ void CalendarEditViewModel::end(int form) {
         ++form_;
 }
 
-void CalendarEditViewModel::show(const CalendarEventEditDetails& details) {
-    loaded_ = details;
+void CalendarEditViewModel::keep(int form) {
+    if (form != form_ || !loaded_ || isReadOnly_)
+        return;
+    const EventTimes::Span before{loaded_->startDate, loaded_->endDate, loaded_->isAllDay};
+    if (const auto written = details(times_.span().value_or(before)); written != *loaded_)
+        draft_ = Draft{row_.id, *loaded_, written};
+}
+
+void CalendarEditViewModel::discard() {
+    draft_.reset();
+    ++form_;
+}
+
+void CalendarEditViewModel::show(const CalendarEventEditDetails& present) {
+    loaded_ = present;
+    isRestored_ = draft_ && draft_->rowID == row_.id && draft_->before == present;
+    const CalendarEventEditDetails& details = isRestored_ ? draft_->written : present;
     title_ = details.title;
     location_ = details.location;
     notes_ = details.notes;
-    calendarID_ = details.calendarID;
-    isReadOnly_ = !find(store_.writableCalendars(), details.calendarID);
+    calendarID_ = present.calendarID;
+    isReadOnly_ = !find(store_.writableCalendars(), present.calendarID);
     times_.show({details.startDate, details.endDate, details.isAllDay});
+    if (details.calendarID != present.calendarID)
+        setCalendarId(details.calendarID);
     Q_EMIT changed();
 }
 
@@ -96,28 +114,34 @@ void CalendarEditViewModel::save() {
     const auto span = times_.span();
     if (!span)
         return fail(span.error());
-    const CalendarEventEditDetails details{.title = title_,
-                                           .startDate = span->start,
-                                           .endDate = span->end,
-                                           .isAllDay = span->isAllDay,
-                                           .calendarID = calendarID_,
-                                           .location = location_,
-                                           .notes = notes_};
-    if (details == *loaded_) {
+    const CalendarEventEditDetails written = details(*span);
+    if (written == *loaded_) {
+        draft_.reset();
         Q_EMIT saved();
         return;
     }
     isSaving_ = true;
     edited();
     store_.updateEvent(
-        row_, details,
-        [self = QPointer(this), form = form_](const tl::expected<void, CalendarError>& result) {
+        row_, written,
+        [self = QPointer(this), form = form_, written](const tl::expected<void, CalendarError>& result) {
             if (self)
-                self->finishSaving(form, result);
+                self->finishSaving(form, written, result);
         });
 }
 
-void CalendarEditViewModel::finishSaving(int form, const tl::expected<void, CalendarError>& result) {
+CalendarEventEditDetails CalendarEditViewModel::details(const EventTimes::Span& span) const {
+    return {.title = title_,
+            .startDate = span.start,
+            .endDate = span.end,
+            .isAllDay = span.isAllDay,
+            .calendarID = calendarID_,
+            .location = location_,
+            .notes = notes_};
+}
+
+void CalendarEditViewModel::finishSaving(int form, const CalendarEventEditDetails& written,
+                                         const tl::expected<void, CalendarError>& result) {
     if (form != form_) {
         if (!result)
             Q_EMIT changeFailed(localizer_(result.error().message()));
@@ -126,6 +150,8 @@ void CalendarEditViewModel::finishSaving(int form, const tl::expected<void, Cale
     isSaving_ = false;
     if (!result)
         return fail(result.error().message());
+    draft_.reset();
+    loaded_ = written;
     Q_EMIT changed();
     Q_EMIT saved();
 }

@@ -34,6 +34,8 @@ class CalendarEditViewModel : public QObject {
     Q_PROPERTY(QString notes READ notes WRITE setNotes NOTIFY changed)
     /// The event's calendar takes no changes.
     Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
+    /// What is shown was kept of an earlier form.
+    Q_PROPERTY(bool isRestored READ isRestored NOTIFY changed)
     Q_PROPERTY(bool isSaving READ isSaving NOTIFY changed)
     Q_PROPERTY(bool canSave READ canSave NOTIFY changed)
     /// Why the event could not be loaded or saved; empty when nothing is wrong.
@@ -44,8 +46,9 @@ class CalendarEditViewModel : public QObject {
     CalendarEditViewModel(CalendarStore& store, const Clock& clock, const CurrentCalendar& calendar,
                           Localizer& localizer, QObject* parent = nullptr);
 
-    /// Shows the event behind a row; its details follow on a later turn, or errorText.
-    /// Returns the form's number, for end().
+    /// Shows the event behind a row; its details follow on a later turn, or errorText. What was kept of an
+    /// earlier form of this event is shown again, as long as the event is what it was then. Returns the
+    /// form's number, for end().
     Q_INVOKABLE int begin(const QVariant& row);
     /// Ends with `saved`, or with errorText set and everything left as it was written. Nothing is written
     /// when nothing was changed.
@@ -53,6 +56,12 @@ class CalendarEditViewModel : public QObject {
     /// The form of this number is gone: what fails from now on is told by `changeFailed`. Nothing happens
     /// when another form has begun.
     Q_INVOKABLE void end(int form);
+
+    /// Keeps what was written, until it is saved or another form is kept. To be called before end() when a
+    /// form goes that nobody has given up.
+    Q_INVOKABLE void keep(int form);
+    /// Gives up what was written.
+    Q_INVOKABLE void discard();
 
     /// Deletes what is behind the row; ends with `removed` or `removalFailed`.
     Q_INVOKABLE void remove(const QVariant& row);
@@ -76,6 +85,7 @@ class CalendarEditViewModel : public QObject {
     [[nodiscard]] const QString& notes() const { return notes_; }
     void setNotes(const QString& notes) { set(notes_, notes); }
     [[nodiscard]] bool isReadOnly() const { return isReadOnly_; }
+    [[nodiscard]] bool isRestored() const { return isRestored_; }
     [[nodiscard]] bool isSaving() const { return isSaving_; }
     [[nodiscard]] bool canSave() const { return loaded_ && !isReadOnly_ && !isSaving_; }
     [[nodiscard]] QString errorText() const;
@@ -89,11 +99,19 @@ class CalendarEditViewModel : public QObject {
     void changeFailed(const QString& message);
 
   private:
+    struct Draft {
+        QString rowID;
+        CalendarEventEditDetails before;
+        CalendarEventEditDetails written;
+    };
+
+    [[nodiscard]] CalendarEventEditDetails details(const EventTimes::Span& span) const;
     void set(QString& field, const QString& value);
     void edited();
-    void show(const CalendarEventEditDetails& details);
+    void show(const CalendarEventEditDetails& present);
     void fail(const TextPair& reason);
-    void finishSaving(int form, const tl::expected<void, CalendarError>& result);
+    void finishSaving(int form, const CalendarEventEditDetails& written,
+                      const tl::expected<void, CalendarError>& result);
     void finishRemoval(const tl::expected<void, CalendarError>& result);
 
     CalendarStore& store_;
@@ -109,6 +127,8 @@ class CalendarEditViewModel : public QObject {
     QString location_;
     QString notes_;
     bool isReadOnly_ = false;
+    std::optional<Draft> draft_;
+    bool isRestored_ = false;
     bool isSaving_ = false;
     std::optional<TextPair> error_;
     /// Counts forms, to tell a late result from one of the form that is shown.

@@ -57,6 +57,46 @@ TEST(CalendarEditViewModel, ShowsAnEventAndSavesWhatWasChanged) {
     EXPECT_EQ(test.onlyEvent(), wanted);
 }
 
+TEST(CalendarEditViewModel, KeepsWhatWasWrittenUntilItIsSavedOrGivenUp) {
+    Editing test;
+    int number = 0;
+    const auto comeBack = [&] {
+        test.form.keep(number);
+        test.form.end(number);
+        number = test.form.begin(test.shown("Piano"));
+        test.settle();
+    };
+    comeBack();
+    EXPECT_FALSE(test.form.isRestored());
+    test.form.setNotes(QStringLiteral("Ba"));
+    test.form.setCalendarId(test.office);
+    test.form.times()->setStartTime(QStringLiteral("17"));
+    comeBack();
+    EXPECT_TRUE(test.form.isRestored());
+    EXPECT_EQ(test.form.notes(), QStringLiteral("Ba"));
+    EXPECT_EQ(test.form.calendarId(), test.office);
+    EXPECT_EQ(test.form.times()->startTime(), QStringLiteral("17:00"));
+    test.form.save();
+    test.settle();
+    EXPECT_EQ(test.onlyEvent().notes, QStringLiteral("Ba"));
+    comeBack();
+    EXPECT_FALSE(test.form.isRestored()) << "it was saved";
+
+    test.form.setNotes(QStringLiteral("Bach"));
+    test.form.discard();
+    comeBack();
+    EXPECT_EQ(test.form.notes(), QStringLiteral("Ba")) << "it was given up";
+    test.form.setNotes(QStringLiteral("Bach"));
+    test.form.keep(number);
+    EKEventData moved = test.onlyEvent();
+    moved.location = QStringLiteral("Elsewhere");
+    test.database.putEvent(moved);
+    test.settle();
+    comeBack();
+    EXPECT_FALSE(test.form.isRestored()) << "it would overwrite what somebody else wrote";
+    EXPECT_EQ(test.form.location(), QStringLiteral("Elsewhere"));
+}
+
 TEST(CalendarEditViewModel, WritesNothingWhenNothingWasChanged) {
     Editing test;
     test.fillDisk();

@@ -20,13 +20,18 @@ Popover {
             form.save()
     }
 
+    // It is closed by the surface itself.
+    Keys.onEscapePressed: form.discard()
     Keys.onReturnPressed: save()
     Keys.onEnterPressed: save()
     Component.onCompleted: {
         ticket = form.begin(row)
         titleBox.forceActiveFocus(Qt.PopupFocusReason)
     }
-    Component.onDestruction: form.end(ticket)
+    Component.onDestruction: {
+        form.keep(ticket)
+        form.end(ticket)
+    }
     Connections {
         target: popover.form
         function onSaved() { popover.overlays.dismissAfterSaving(popover.overlayId) }
@@ -96,12 +101,16 @@ Popover {
             width: parent.width
             topPadding: 2
             hint: popover.form.isReadOnly ? Localizer.text("This calendar is read-only.", "Ce calendrier est en lecture seule.")
+                : popover.form.isRestored ? Localizer.text("Unsaved changes restored", "Modifications restaurées")
                                           : Localizer.text("Enter saves · Esc closes", "Entrée enregistre · Échap ferme")
             errorText: popover.form.errorText
             acceptText: Localizer.text("Save", "Enregistrer")
             canAccept: popover.form.canSave
             onAccepted: popover.save()
-            onCancelled: popover.close()
+            onCancelled: {
+                popover.form.discard()
+                popover.close()
+            }
         }
     }
 }
