@@ -1,6 +1,7 @@
 """The first start: the introduction, by mouse and by keyboard alone, and what is there afterwards."""
 
 import json
+import shutil
 import unittest
 
 from harness import IDLE, PROGRAM, DesktopTest, stop, wait_until
@@ -109,6 +110,27 @@ class FirstRunTest(DesktopTest):
         self.desktop.key("Return")
         self.wait_for_the_panel_alone()
         self.restart()
+
+    def test_the_folder_chosen_in_the_introduction_is_the_one_that_is_used(self):
+        chosen = self.data.parent / "elsewhere"
+        shutil.copytree(self.list, chosen / "errands")
+        self.add_item(chosen / "errands", "VTODO", "Water the plants", "")
+        self.introduce()
+        for page in range(1, LAST_PAGE):
+            self.desktop.key("Return")
+            self.wait_for_page(page)
+        # Past the buttons to the choice of the place, then on to its folder.
+        self.desktop.key("shift+Tab", "shift+Tab", "Down", "Tab")
+        self.desktop.type(str(chosen))
+        self.desktop.key("Tab")
+        self.wait_for_preference("kestrantEventStore", f"vdir:{chosen}")
+        self.desktop.key("Tab", "Tab", "Return")
+        self.wait_for_page(LAST_PAGE)
+        self.desktop.key("Return")
+        self.wait_for_the_panel_alone()
+        self.expand()
+        self.desktop.key("Escape")
+        self.wait_for_circles(1)
 
     def test_closing_the_introduction_ends_the_program_and_the_next_start_begins_anew(self):
         self.introduce()

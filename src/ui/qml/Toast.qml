@@ -67,7 +67,7 @@ Rectangle {
         textFormat: Text.PlainText
         elide: Text.ElideRight
         color: Theme.text
-        font.pixelSize: 12
+        font.pixelSize: Theme.panelText(12)
         Accessible.ignored: true
     }
     Item {
@@ -85,7 +85,7 @@ Rectangle {
             anchors.centerIn: parent
             anchors.horizontalCenterOffset: -3
             color: Theme.accentText
-            font.pixelSize: 12
+            font.pixelSize: Theme.panelText(12)
             font.weight: Font.DemiBold
             Accessible.ignored: true
         }

@@ -38,6 +38,6 @@ Rectangle {
         anchors.centerIn: parent
         text: tooltip.subject ? tooltip.subject.tip : ""
         color: Theme.text
-        font.pixelSize: 11
+        font.pixelSize: Theme.panelText(11)
     }
 }
