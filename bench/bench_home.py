@@ -20,6 +20,7 @@ def furnish(desktop, reminders, **preferences):
     make_store(f"{desktop.environment['XDG_DATA_HOME']}/{identifier}/calendars", reminders=reminders, events=0)
     configuration = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"]) / identifier
     configuration.mkdir(parents=True)
-    (configuration / "preferences.json").write_text(json.dumps({"kestrantCompletedInitialOnboarding": True, **preferences}))
+    preferences = {"kestrantCompletedInitialOnboarding": True, **preferences}
+    (configuration / "preferences.json").write_text(json.dumps(preferences))
     # Away from the panel.
     desktop.move(100, desktop.height - 100)

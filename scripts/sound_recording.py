@@ -1,5 +1,5 @@
-"""What Kestrant plays, recorded with the time of each sample, and its cues found in it. Python's standard library is all
-it takes, and a cue is known by the sound that make-sounds makes for it.
+"""What Kestrant plays, recorded with the time of each sample, and its cues found in it. Python's standard library is
+all it takes, and a cue is known by the sound that make-sounds makes for it.
 """
 
 import array
@@ -18,8 +18,8 @@ import time
 from virtual_desktop import stop, wait_until
 
 RATE = 44100
-# Enough to tell the cues from each other, and quick to compare: the sounds have little above 2 kHz, and those that are made
-# of two strokes have begun with the second by then.
+# Enough to tell the cues from each other, and quick to compare: the sounds have little above 2 kHz, and those that are
+# made of two strokes have begun with the second by then.
 STEP = 8
 COMPARED = 0.12
 
@@ -37,7 +37,8 @@ def known_sounds():
     """How each cue begins, thinned out."""
     path = str(pathlib.Path(__file__).with_name("make-sounds"))
     loader = importlib.machinery.SourceFileLoader("make_sounds", path)
-    loader.exec_module(module := importlib.util.module_from_spec(importlib.util.spec_from_loader("make_sounds", loader)))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("make_sounds", loader))
+    loader.exec_module(module)
     length = round(COMPARED * RATE)
     return {cue: thinned([*(value / 32768 for value in module.sound(*made)[:length]), *([0.0] * length)][:length])
             for cue, made in module.SOUNDS.items()}
@@ -163,8 +164,8 @@ class WaveWriterRecording(Recording):
         os.mkfifo(pipe)
         # Eight channels of floats, so that the four kilobytes that the writer keeps back are three milliseconds.
         settings.parent.mkdir(parents=True, exist_ok=True)
-        settings.write_text(f"[general]\ndrivers = wave\nchannels = surround71\nsample-type = float32\nfrequency = {RATE}\n"
-                            f"[wave]\nfile = {pipe}\n")
+        settings.write_text("[general]\ndrivers = wave\nchannels = surround71\nsample-type = float32\n"
+                            f"frequency = {RATE}\n[wave]\nfile = {pipe}\n")
         descriptor = os.open(pipe, os.O_RDWR | os.O_NONBLOCK)
         fcntl.fcntl(descriptor, 1031, 1 << 20)  # F_SETPIPE_SZ
         self._rest = b""
@@ -194,7 +195,10 @@ class SoundServiceRecording(Recording):
         self._recorder = desktop.spawn(
             ["parec", "--device=card.monitor", "--latency-msec=5", "--process-time-msec=5", "--raw", f"--rate={RATE}",
              "--channels=1", "--format=float32le"], stdout=subprocess.PIPE)
-        super().__init__(os.dup(self._recorder.stdout.fileno()), lambda data: array.array("f", data[: len(data) // 4 * 4]))
+        super().__init__(os.dup(self._recorder.stdout.fileno()), self._samples)
+
+    def _samples(self, data):
+        return array.array("f", data[: len(data) // 4 * 4])
 
     def close(self):
         """Ends the service as well."""

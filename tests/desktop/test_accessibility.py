@@ -159,8 +159,9 @@ class AccessibilityTest(DesktopTest):
                 if one.role in CONTROLS and one.is_usable and not any(
                         one.path[: len(path)] == path for path in within + paths):
                     problems.append(f"Tab does not reach {one}")
-                if one.role in COMPOSITES and any(inner.role in CONTROLS and inner.is_usable for inner in one) and not any(
-                        path[: len(one.path)] == one.path for path in paths):
+                is_worth_a_stop = any(inner.role in CONTROLS and inner.is_usable for inner in one)
+                is_reached = any(path[: len(one.path)] == one.path for path in paths)
+                if one.role in COMPOSITES and is_worth_a_stop and not is_reached:
                     problems.append(f"Tab does not reach {one}")
             back = [self.press("shift+Tab") for _ in reached]
             if sorted(one.path for one in back) != sorted(paths):
@@ -257,8 +258,9 @@ class AccessibilityTest(DesktopTest):
             self.tab_to("push button", "Continue")
             before = title
             self.desktop.key("Return")
-            title = wait_until(lambda: next((one.name for one in self.surface()
-                                             if one.role == "dialog" and one.name != before), None), "the next page is shown")
+            title = wait_until(
+                lambda: next((one.name for one in self.surface() if one.role == "dialog" and one.name != before), None),
+                "the next page is shown")
         self.check_surface(title)
         self.tab_to("push button", "Start")
         self.desktop.key("Return")
@@ -270,7 +272,8 @@ class AccessibilityTest(DesktopTest):
         self.assertTrue(self.press("Right").name.startswith("Buy bread"), "the arrows move from card to card")
         for state in (True, False):
             self.press_on("check box", "Overdue")
-            wait_until(lambda: ("checked" in self.find("check box", "Overdue").states) == state, f"the filter is {state}")
+            wait_until(lambda: ("checked" in self.find("check box", "Overdue").states) == state,
+                       f"the filter is {state}")
         self.press_on("check box", "Buy bread")
         wait_until(lambda: "STATUS:COMPLETED" in self.text(self.list / "buy-bread.ics"), "the reminder is completed")
 

@@ -42,9 +42,9 @@ FocusScope {
     Accessible.name: count >= 0 ? spokenName + ", " + count : spokenName
     Accessible.checkable: checkable
     Accessible.checked: checked
-    Accessible.focusable: true
-    Accessible.onPressAction: clicked()
-    Accessible.onToggleAction: clicked()
+    Accessible.focusable: enabled
+    Accessible.onPressAction: if (enabled) clicked()
+    Accessible.onToggleAction: if (enabled) clicked()
 
     Keys.onPressed: event => {
         if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {

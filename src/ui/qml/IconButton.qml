@@ -19,8 +19,8 @@ FocusScope {
 
     Accessible.role: Accessible.Button
     Accessible.name: spokenName
-    Accessible.focusable: true
-    Accessible.onPressAction: clicked()
+    Accessible.focusable: enabled
+    Accessible.onPressAction: if (enabled) clicked()
 
     Keys.onPressed: event => {
         if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {

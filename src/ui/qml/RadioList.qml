@@ -48,9 +48,9 @@ FocusScope {
                 Accessible.name: modelData.title
                 Accessible.checkable: true
                 Accessible.checked: isChosen
-                Accessible.focusable: true
+                Accessible.focusable: list.enabled
                 Accessible.focused: isChosen && list.activeFocus
-                Accessible.onPressAction: list.chosen(modelData.rawValue)
+                Accessible.onPressAction: if (list.enabled) list.chosen(modelData.rawValue)
 
                 Rectangle {
                     id: circle

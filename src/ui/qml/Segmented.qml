@@ -60,9 +60,9 @@ FocusScope {
                 Accessible.name: modelData.title
                 Accessible.checkable: true
                 Accessible.checked: isChosen
-                Accessible.focusable: true
+                Accessible.focusable: segmented.enabled
                 Accessible.focused: isChosen && segmented.activeFocus
-                Accessible.onPressAction: segmented.chosen(modelData.rawValue)
+                Accessible.onPressAction: if (segmented.enabled) segmented.chosen(modelData.rawValue)
 
                 Text {
                     anchors.centerIn: parent

@@ -16,9 +16,9 @@ FocusScope {
     Accessible.name: spokenName
     Accessible.checkable: true
     Accessible.checked: checked
-    Accessible.focusable: true
-    Accessible.onToggleAction: toggled(!checked)
-    Accessible.onPressAction: toggled(!checked)
+    Accessible.focusable: enabled
+    Accessible.onToggleAction: if (enabled) toggled(!checked)
+    Accessible.onPressAction: if (enabled) toggled(!checked)
     Keys.onSpacePressed: toggled(!checked)
 
     Rectangle {
