@@ -1,5 +1,7 @@
 #include "reminders/ReminderFlagSync.h"
 
+#include "foundation/UserDefaults.h"
+#include "preferences/PreferenceKeys.h"
 #include "reminders/FlaggedReminderAutomation.h"
 
 #include <QPointer>
@@ -28,13 +30,25 @@ ReminderFlagSync::ReminderFlagSync(Scheduler& scheduler, UserDefaults& defaults,
     : scheduler_(scheduler)
     , defaults_(defaults)
     , automation_(automation)
-    , index_(ReminderFlagIndex::load(defaults)) {}
+    , index_(ReminderFlagIndex::load(defaults))
+    , defaultsObserver_(defaults.observe([this](const QString& key) {
+        if (key == preferenceKeys::reminderFlagLocalOverrides.name)
+            takeOverLocalFlags();
+    })) {}
+
+void ReminderFlagSync::takeOverLocalFlags() {
+    auto local = ReminderFlagIndex::load(defaults_).localOverrides;
+    if (local == index_.localOverrides)
+        return;
+    index_.localOverrides = std::move(local);
+    Q_EMIT indexChanged();
+}
 
 void ReminderFlagSync::setIndex(ReminderFlagIndex index) {
     if (index == index_)
         return;
-    index.save(defaults_, index_);
-    index_ = std::move(index);
+    const ReminderFlagIndex previous = std::exchange(index_, std::move(index));
+    index_.save(defaults_, previous);
     Q_EMIT indexChanged();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Scheduler.h"
+#include "foundation/Subscription.h"
 #include "foundation/Text.h"
 #include "reminders/ReminderFlagIndex.h"
 
@@ -59,6 +60,8 @@ class ReminderFlagSync : public QObject {
 
   private:
     void setIndex(ReminderFlagIndex index);
+    /// Another process has changed them, or this one has.
+    void takeOverLocalFlags();
     void setLoading(bool loading);
     void setError(std::optional<TextPair> error);
     void end();
@@ -75,6 +78,7 @@ class ReminderFlagSync : public QObject {
     ScheduledTask timeoutTask_;
     /// By flag key: the number of the latest write.
     std::map<QString, int> writeGenerations_;
+    Subscription defaultsObserver_;
 };
 
 }  // namespace kestrant

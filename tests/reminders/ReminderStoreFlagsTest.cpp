@@ -63,6 +63,20 @@ class ReminderStoreFlags : public ReminderStoreTest {
     std::optional<FlaggedReminderAutomation> flags{std::in_place, host, queue, scheduler};
 };
 
+TEST_F(ReminderStoreFlags, ALocalFlagThatAnotherProcessTakesBackIsNotPutBack) {
+    loadedStore();
+    store->setFlagged(a, true, {});
+    scheduler.advance(1s);
+    ASSERT_THAT(flaggedIDs(), ElementsAre("a"));
+    defaults.set(QStringLiteral("reminderFlagIndex.localOverrides"), QJsonObject{{"a", false}});
+    EXPECT_THAT(flaggedIDs(), IsEmpty());
+    store->setFlagged(b, true, {});
+    scheduler.advance(1s);
+    EXPECT_THAT(flaggedIDs(), ElementsAre("b"));
+    EXPECT_EQ(defaults.object(QStringLiteral("reminderFlagIndex.localOverrides")).toObject(),
+              (QJsonObject{{"a", false}, {"b", true}}));
+}
+
 TEST_F(ReminderStoreFlags, WhatIsFlaggedElsewhereIsReadAndKept) {
     host.flagged = {QStringLiteral("x-kestrant-reminder://A"), QStringLiteral("x-other://x/y")};
     loadedStore();
