@@ -61,8 +61,9 @@ void OnboardingWindowController::createWindow() {
 }
 
 void OnboardingWindowController::cutCorners() {
+    const double radius = cornerRadius * window_->rootObject()->property("zoom").toDouble();
     QPainterPath outline;
-    outline.addRoundedRect(QRectF(QPointF(), window_->size()), cornerRadius, cornerRadius);
+    outline.addRoundedRect(QRectF(QPointF(), window_->size()), radius, radius);
     window_->setMask(services_.appearance.compositing() ? QRegion()
                                                         : QRegion(outline.toFillPolygon().toPolygon()));
 }
