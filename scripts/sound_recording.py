@@ -11,6 +11,7 @@ import os
 import pathlib
 import re
 import select
+import signal
 import subprocess
 import threading
 import time
@@ -200,8 +201,13 @@ class SoundServiceRecording(Recording):
     def _samples(self, data):
         return array.array("f", data[: len(data) // 4 * 4])
 
+    def hang(self):
+        """The service answers nobody any more."""
+        self._service.send_signal(signal.SIGSTOP)
+
     def close(self):
         """Ends the service as well."""
+        self._service.send_signal(signal.SIGCONT)
         super().close()
         stop(self._recorder)
         stop(self._service)

@@ -127,7 +127,8 @@ class AppDelegate : public QObject {
     JsonFileUserDefaults defaults_;
     Preferences preferences_;
     Localization localization_;
-    EventLoopThread soundQueue_{SoundFeedback::queueLabel};
+    // A sound service that hangs must not keep the program from ending.
+    EventLoopThread soundQueue_{SoundFeedback::queueLabel, std::chrono::seconds(1)};
     SoundFeedback cuePlayer_;
     FeedbackdHapticPerformer hapticPerformer_;
     Feedback feedback_;

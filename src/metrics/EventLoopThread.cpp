@@ -10,7 +10,6 @@
 #include <pthread.h>
 
 #include <deque>
-#include <future>
 #include <mutex>
 #include <utility>
 
@@ -60,21 +59,27 @@ class EventLoopThread::Loop : public QObject {
     std::deque<std::function<void()>> work_;
 };
 
-EventLoopThread::EventLoopThread(const char* label) {
+EventLoopThread::EventLoopThread(const char* label, std::optional<Duration> patience) : patience_(patience) {
     std::promise<Loop*> started;
     auto loop = started.get_future();
-    thread_ = std::thread([started = std::move(started), label]() mutable {
+    std::promise<void> ended;
+    ended_ = ended.get_future();
+    thread_ = std::thread([started = std::move(started), ended = std::move(ended), label]() mutable {
         nameThread(label);
         Loop own;
         started.set_value(&own);
         own.run();
+        ended.set_value();
     });
     loop_ = loop.get();
 }
 
 EventLoopThread::~EventLoopThread() {
-    post([this] { loop_->quit(); });
-    thread_.join();
+    post([loop = loop_] { loop->quit(); });
+    if (patience_ && ended_.wait_for(*patience_) == std::future_status::timeout)
+        thread_.detach();
+    else
+        thread_.join();
 }
 
 ScheduledTask EventLoopThread::after(Duration delay, std::function<void()> work) {

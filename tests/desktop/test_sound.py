@@ -148,6 +148,15 @@ class SoundTest(DesktopTest):
         lines = [line.split(maxsplit=1)[1] for line in self.text_of_log().splitlines()]
         self.assertEqual({line for line in lines if not line.startswith(("asked for", "dropped"))}, {"no device"})
 
+    def test_neither_opening_nor_ending_waits_for_a_sound_service_that_hangs(self):
+        self.sound_settings.write_text("[general]\ndrivers = pulse\n")
+        self.record(SoundServiceRecording(self.desktop))
+        self.start()
+        self.recording.hang()
+        self.expand()
+        self.collapse()
+        self.assertEqual(stop(self.program), 0)
+
     def test_plays_again_when_the_sound_service_has_come_back(self):
         self.sound_settings.write_text("[general]\ndrivers = pulse\n[pulse]\nspawn-server = false\n")
         self.record(SoundServiceRecording(self.desktop))

@@ -3,6 +3,7 @@
 #include "platform/linux/SoundFile.h"
 
 #include <QByteArray>
+#include <QFile>
 #include <QtGlobal>
 
 #include <AL/al.h>
@@ -35,7 +36,7 @@ constexpr char configurationVariable[] = "ALSOFT_CONF";
 constexpr char verbosityVariable[] = "ALSOFT_LOGLEVEL";
 
 void chooseMixing() {
-    if (qEnvironmentVariableIsSet(configurationVariable))
+    if (QFile::exists(qEnvironmentVariable(configurationVariable)))
         return;
     // The library reads its settings from files only. This one is in memory and there as long as the process.
     const int file = memfd_create("openal-settings", MFD_CLOEXEC);
