@@ -7,8 +7,8 @@
 namespace kestrant {
 namespace {
 
-using ::testing::IsEmpty;
 using items::ReminderChange;
+using ::testing::IsEmpty;
 using vdir::VdirDatabase;
 using Result = tl::expected<EKSaveResult, EKError>;
 
