@@ -74,11 +74,8 @@ EvolutionClient::~EvolutionClient() {
     stopObserving();
 }
 
-bool EvolutionClient::isWritable() {
-    // The client library hears of it only between two pieces of work.
-    const auto call = limit_.call();
-    const auto fresh = reader_ ? reader_->isWritable(call.cancellable()) : std::nullopt;
-    return fresh.value_or(!e_client_is_readonly(client_.get()));
+bool EvolutionClient::isWritable() const {
+    return !e_client_is_readonly(client_.get());
 }
 
 void EvolutionClient::observe() {

@@ -38,7 +38,7 @@ class EvolutionClient {
     ~EvolutionClient();
 
     [[nodiscard]] bool isLost() const { return isLost_; }
-    [[nodiscard]] bool isWritable();
+    [[nodiscard]] bool isWritable() const;
     [[nodiscard]] QByteArrayView componentName() const { return componentName_; }
 
     /// Every item as a file, by UID. Absent when the service did not answer.

@@ -5,6 +5,7 @@
 #include <QCryptographicHash>
 
 #include <algorithm>
+#include <thread>
 #include <tuple>
 #include <utility>
 
@@ -368,7 +369,11 @@ tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library
         if (!e_source_registry_commit_source_sync(registry_.get(), source.get(), call.cancellable(),
                                                   error.out()))
             return refuse(error);
-        return QByteArray(e_source_get_uid(source.get()));
+        const QByteArray uid = e_source_get_uid(source.get());
+        // The process that keeps the items hears of the new list a moment later, and nothing tells when.
+        for (auto pause = 5ms; !openClient(uid) && pause < 1s; pause *= 2)
+            std::this_thread::sleep_for(pause);
+        return uid;
     }
     const auto lists = enabledLists();
     const auto list = lists.find(calendar.calendarIdentifier.toUtf8());

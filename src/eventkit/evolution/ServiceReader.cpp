@@ -87,20 +87,6 @@ GVariant* ServiceReader::call(const char* method, GVariant* arguments, const cha
                                        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestWait, cancellable, error);
 }
 
-std::optional<bool> ServiceReader::isWritable(GCancellable* cancellable) {
-    const Variant answer(g_dbus_connection_call_sync(
-        bus_.get(), busName_.constData(), objectPath_.constData(), "org.freedesktop.DBus.Properties", "Get",
-        g_variant_new("(ss)", calendarInterface, "Writable"), G_VARIANT_TYPE("(v)"),
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestWait, cancellable, nullptr));
-    if (!answer)
-        return std::nullopt;
-    const Variant boxed(g_variant_get_child_value(answer.get(), 0));
-    const Variant value(g_variant_get_variant(boxed.get()));
-    return g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN)
-               ? std::optional(g_variant_get_boolean(value.get()) != FALSE)
-               : std::nullopt;
-}
-
 std::optional<std::vector<QByteArray>> ServiceReader::readAll(GCancellable* cancellable, Error& error) {
     const Variant answer(call("GetObjectList", g_variant_new("(s)", "#t"), "(as)", cancellable, error.out()));
     if (!answer)

@@ -23,8 +23,6 @@ class ServiceReader {
     ServiceReader& operator=(const ServiceReader&) = delete;
     ~ServiceReader();
 
-    /// Whether items may be changed, as the service says at this moment; absent where it does not.
-    [[nodiscard]] std::optional<bool> isWritable(GCancellable* cancellable);
     /// The text of every component. Absent with an error.
     [[nodiscard]] std::optional<std::vector<QByteArray>> readAll(GCancellable* cancellable, Error& error);
     /// The text of every component of one item. Absent with an error, which is that of the client library

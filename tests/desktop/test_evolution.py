@@ -1,0 +1,67 @@
+"""The panel on the desktop's own database: what its other programs show is there at the first start, and stays there when
+the service ends in between.
+"""
+
+import json
+import os
+import pathlib
+import shutil
+import signal
+import unittest
+
+from harness import LIST_COLOUR, DesktopTest, wait_until
+
+SERVICE = "evolution-calendar-factory"
+
+
+class EvolutionTest(DesktopTest):
+    def setUp(self):
+        super().setUp()
+        # Nobody has used Kestrant's own folder yet.
+        shutil.rmtree(self.data / "calendars")
+        sources = pathlib.Path(self.desktop.environment["XDG_CONFIG_HOME"]) / "evolution/sources"
+        sources.mkdir(parents=True)
+        (sources / "errands.source").write_text(
+            "[Data Source]\nDisplayName=Errands\nEnabled=true\nParent=local-stub\n\n"
+            "[Task List]\nBackendName=local\nColor=#%02X%02X%02X\nSelected=true\n" % LIST_COLOUR
+        )
+
+    def titles(self):
+        return sorted(task["title"] for task in json.loads(self.kestrant("list", "--json").stdout))
+
+    def add(self, title):
+        done = self.kestrant("add", title, "--list", "Errands", "--literal")
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def process_of_service(self):
+        """The service that was started for this desktop."""
+        home = ("HOME=" + self.desktop.environment["HOME"]).encode()
+        for process in pathlib.Path("/proc").iterdir():
+            try:
+                if SERVICE.encode() in (process / "cmdline").read_bytes() and home in (process / "environ").read_bytes():
+                    return int(process.name)
+            except OSError:
+                continue
+        return None
+
+    def test_the_persons_own_lists_are_there_and_stay(self):
+        self.add("Water the plants")
+        self.add("Call Theo")
+        self.start()
+        self.expand()
+        circles = self.wait_for_circles(2)
+        self.assertFalse((self.data / "calendars").exists(), "nothing was put into a folder of Kestrant's own")
+        self.desktop.click(*circles[0])
+        self.wait_for_circles(1)
+        wait_until(lambda: len(self.titles()) == 1, "the service knows of the completion")
+
+        os.kill(self.process_of_service(), signal.SIGKILL)
+        self.add("Buy a lamp")
+        first, _ = self.wait_for_circles(2)
+        self.desktop.click(*first)
+        self.wait_for_circles(1)
+        wait_until(lambda: len(self.titles()) == 1, "the service that was started anew knows of it")
+
+
+if __name__ == "__main__":
+    unittest.main()
