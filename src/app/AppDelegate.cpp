@@ -204,7 +204,7 @@ void AppDelegate::followSystem() {
         if (isActive)
             lifecycle_.becameActive();
         // A panel that folds gives the focus back by itself; it stays under the pointer then.
-        else if (interactionModel_.isExpanded())
+        else if (panelWindow_->keyWasTakenAway())
             panelController_->applicationResignedActive();
     });
     observeQuitRequests(this, [this] { terminate(); });

@@ -42,6 +42,7 @@ bool KeyFocus::asksWindowManager(const QWindow& surface) const {
 void KeyFocus::take(QWindow& surface) {
     const xcb_window_t focus = server_.inputFocus();
     if (!isOwnWindow(focus)) {
+        hasArrived_ = false;
         previousIsActiveWindow_ = asksWindowManager(surface);
         const xcb_window_t holder = previousIsActiveWindow_ ? server_.activeWindow() : focus;
         if (!isOwnWindow(holder))
@@ -57,6 +58,7 @@ void KeyFocus::take(QWindow& surface) {
 }
 
 void KeyFocus::giveBack() {
+    hasArrived_ = false;
     if (!isOurs())
         return;
     // Kept: a request for the focus that is granted late needs it once more.

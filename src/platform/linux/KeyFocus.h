@@ -22,6 +22,11 @@ class KeyFocus : public QObject {
     void giveBack();
     /// Whether one of the application's windows has the focus, as the server sees it.
     [[nodiscard]] bool isOurs() const;
+    /// Whether somebody else took the focus from our surfaces: not while what was asked for with take() is
+    /// still to come, nor when it went because it was given back.
+    [[nodiscard]] bool wasTakenAway() const { return hasArrived_ && !isOurs(); }
+    /// To be called when one of our surfaces is told that it has the focus.
+    void arrived() { hasArrived_ = true; }
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -36,6 +41,8 @@ class KeyFocus : public QObject {
     /// manager is not asked.
     xcb_window_t previous_ = XCB_WINDOW_NONE;
     bool previousIsActiveWindow_ = false;
+    /// Since it was last asked for.
+    bool hasArrived_ = false;
     std::unique_ptr<QWindow> handOverWindow_;
 };
 

@@ -238,15 +238,22 @@ bool X11PanelWindow::eventFilter(QObject* watched, QEvent* event) {
     }
 }
 
+void X11PanelWindow::focusArrived(const xcb_focus_in_event_t& event) {
+    // One that follows the pointer is nobody's.
+    if (event.detail == XCB_NOTIFY_DETAIL_POINTER)
+        return;
+    focus_.arrived();
+    // A request for the focus may be granted after the panel has folded.
+    if (!isKey_ && event.event == static_cast<xcb_window_t>(window_.winId()))
+        focus_.giveBack();
+}
+
 bool X11PanelWindow::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
     if (eventType != "xcb_generic_event_t")
         return false;
     const auto& event = *static_cast<const xcb_generic_event_t*>(message);
-    // A request for the focus may be granted after the panel has folded.
-    if (!isKey_ && (event.response_type & ~0x80) == XCB_FOCUS_IN &&
-        reinterpret_cast<const xcb_focus_in_event_t&>(event).event ==
-            static_cast<xcb_window_t>(window_.winId()))
-        focus_.giveBack();
+    if ((event.response_type & ~0x80) == XCB_FOCUS_IN)
+        focusArrived(reinterpret_cast<const xcb_focus_in_event_t&>(event));
     if (scroll_.isHierarchyChange(event)) {
         scroll_.refresh();
     } else if (const auto* motion = scroll_.motionEvent(event);

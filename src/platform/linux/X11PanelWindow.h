@@ -41,6 +41,10 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     /// moved it out of the application.
     void focusPanel();
 
+    /// Whether the panel should have the keyboard focus and somebody else took it. The news that a surface
+    /// has lost it comes late: by then the panel may have given it back by itself and asked for it again.
+    [[nodiscard]] bool keyWasTakenAway() const { return isKey_ && focus_.wasTakenAway(); }
+
     [[nodiscard]] bool isCompositing() const { return compositor_.isCompositing(); }
     /// Whether what is scrolled follows the fingers on the touchpad.
     [[nodiscard]] bool touchpadScrollsNaturally() const { return scroll_.touchpadScrollsNaturally(); }
@@ -69,6 +73,7 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     [[nodiscard]] bool keyPressed(QEvent* event);
     [[nodiscard]] std::vector<QRect> pixelsOf(const NotchContainerShape& shape) const;
     void applyShapes();
+    void focusArrived(const xcb_focus_in_event_t& event);
     void focusTopmostExcept(const QWindow* closing);
 
     QWindow& window_;

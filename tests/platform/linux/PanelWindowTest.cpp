@@ -184,6 +184,26 @@ TEST_F(PanelWindowTest, AFocusThatHasMovedOnIsLeftAlone) {
     other.closeWindow(next);
 }
 
+TEST_F(PanelWindowTest, AFocusThatWasGivenBackAndAskedForAgainWasNotTakenAway) {
+    const auto isActive = [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; };
+    expand();
+    panel->resignKey();
+    EXPECT_FALSE(panel->keyWasTakenAway());
+    ASSERT_TRUE(other.waitUntil([&] { return !isActive(); }));
+    panel->makeKey();
+    EXPECT_FALSE(panel->keyWasTakenAway());
+    panel->resignKey();
+    panel->makeKey();
+    EXPECT_FALSE(panel->keyWasTakenAway());
+    ASSERT_TRUE(other.waitUntil([&] { return isActive() && isFocused(surface); }));
+    EXPECT_FALSE(panel->keyWasTakenAway());
+
+    const xcb_window_t next = other.openWindow({0, 500, 300, 200});
+    ASSERT_TRUE(other.waitUntil([&] { return !isActive(); }));
+    EXPECT_TRUE(panel->keyWasTakenAway());
+    other.closeWindow(next);
+}
+
 TEST_F(PanelWindowTest, TheFocusIsGivenUpAlsoWhenItsFormerHolderIsGone) {
     const xcb_window_t passing = other.openWindow({0, 500, 300, 200});
     expand();
