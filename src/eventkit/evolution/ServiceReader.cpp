@@ -61,9 +61,8 @@ std::unique_ptr<ServiceReader> ServiceReader::open(EKEntityType type, const QByt
     const gchar* path = nullptr;
     const gchar* name = nullptr;
     g_variant_get(answer.get(), "(&s&s)", &path, &name);
-    auto reader = std::unique_ptr<ServiceReader>(new ServiceReader(type, std::move(bus), name, path));
-    const Variant opened(reader->call("Open", nullptr, "(as)", cancellable, nullptr));
-    return opened ? std::move(reader) : nullptr;
+    // The list is open already, for the client library.
+    return std::unique_ptr<ServiceReader>(new ServiceReader(type, std::move(bus), name, path));
 }
 
 ServiceReader::ServiceReader(EKEntityType type, Ref<GDBusConnection> bus, QByteArray busName,

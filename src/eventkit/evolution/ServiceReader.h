@@ -16,7 +16,7 @@ namespace kestrant::evolution {
 /// again. Thread: any one at a time; blocks for the service.
 class ServiceReader {
   public:
-    /// Null where the service does not answer as expected.
+    /// For a list that the client library has opened. Null where the service does not answer as expected.
     [[nodiscard]] static std::unique_ptr<ServiceReader> open(EKEntityType type, const QByteArray& listUid,
                                                              GCancellable* cancellable);
     ServiceReader(const ServiceReader&) = delete;
