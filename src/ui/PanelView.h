@@ -51,7 +51,8 @@ class PanelView : public QQuickView {
     };
     /// When the expanded content is loaded.
     enum class Loading {
-        /// In small steps after the first frame, so that nothing stutters.
+        /// In small steps after the first frame, so that nothing stutters; at once when the panel is expanded
+        /// earlier.
         inBackground,
         /// At once: for pictures and tests.
         immediate,

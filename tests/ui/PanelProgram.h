@@ -8,16 +8,18 @@
 #include <QQuickItem>
 #include <QTest>
 
+#include <gtest/gtest.h>
+
 namespace kestrant::test {
 
 /// The first visible text item that shows this text.
-inline QQuickItem* findText(QQuickItem* item, const QString& text) {
+inline QQuickItem* findText(QQuickItem* item, const QString& text, const char* property = "text") {
     if (!item->isVisible())
         return nullptr;
-    if (item->property("text").toString() == text)
+    if (item->property(property).toString() == text)
         return item;
     for (QQuickItem* child : item->childItems()) {
-        if (QQuickItem* found = findText(child, text))
+        if (QQuickItem* found = findText(child, text, property))
             return found;
     }
     return nullptr;
@@ -25,7 +27,10 @@ inline QQuickItem* findText(QQuickItem* item, const QString& text) {
 
 /// The program with its window.
 struct PanelProgram : Program {
-    PanelProgram() {
+    explicit PanelProgram(PanelView::Loading loading = PanelView::Loading::immediate)
+        : view({interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
+                calendarEdit, reminderEdit, history, yearReveal},
+               loading) {
         // As the platform does: the uppermost surface, at last the panel, gets the focus.
         OverlayHost& overlays = view.overlays();
         QObject::connect(&overlays, &OverlayHost::overlaySurfaceShown, &view,
@@ -65,6 +70,13 @@ struct PanelProgram : Program {
         QTest::mouseClick(&window, Qt::LeftButton, {}, at.toPoint());
         QCoreApplication::processEvents();
     }
+    /// Clicks on the middle of the control of the panel that is spoken like this.
+    void click(const char* spokenName) {
+        view.grabWindow();
+        QQuickItem* control = findText(view.contentItem(), QString::fromUtf8(spokenName), "spokenName");
+        ASSERT_NE(control, nullptr) << spokenName;
+        click(view, control->mapToScene({control->width() / 2, control->height() / 2}));
+    }
     void call(const char* function) {
         QMetaObject::invokeMethod(view.rootObject()->property("content").value<QQuickItem*>(), function);
         QCoreApplication::processEvents();
@@ -77,9 +89,7 @@ struct PanelProgram : Program {
         return view.overlays().isPresented(QString::fromUtf8(overlay));
     }
 
-    PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
-                    calendarEdit, reminderEdit, history, yearReveal},
-                   PanelView::Loading::immediate};
+    PanelView view;
 };
 
 }  // namespace kestrant::test

@@ -125,6 +125,15 @@ TEST(Views, ExpandForANewReminderFromTheRestingNotch) {
     EXPECT_TRUE(program.isOpen("quickAdd"));
 }
 
+TEST(Views, TakeClicksAlsoWhenTheirContentWasStillToBeLoaded) {
+    PanelProgram program(PanelView::Loading::inBackground);
+    program.load();
+    program.view.show();
+    program.interaction.expand();
+    program.click("New reminder");
+    EXPECT_TRUE(program.isOpen("quickAdd"));
+}
+
 TEST(Views, ChooseFromMenusByKeyboard) {
     ThreeCards program;
     program.call("openSort");

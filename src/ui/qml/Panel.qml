@@ -24,18 +24,16 @@ Item {
     function scrollsDownAt(x, y) {
         return content !== null && content.scrollsDownAt(x, y)
     }
-    function focusContent(content) {
+    function focusContent() {
         if (reveal.item)
             reveal.item.forceActiveFocus(Qt.OtherFocusReason)
         else
             content.focusFirst()
     }
-    function whenLoaded(action) {
-        expanded.active = true
-        if (expanded.item)
-            action(expanded.item)
-        else
-            expanded.pending = action
+    /// What is expanded takes clicks from then on, so that the rest of its content cannot come little by little.
+    function finishLoading() {
+        expanded.asynchronous = false
+        root.started = true
     }
 
     NotchOutline {
@@ -74,7 +72,6 @@ Item {
 
         Loader {
             id: expanded
-            property var pending: null
             anchors.horizontalCenter: parent.horizontalCenter
             width: root.panel.expandedWidth
             height: root.panel.expandedHeight
@@ -93,13 +90,6 @@ Item {
                 reminderEdit: root.reminderEdit
                 history: root.history
                 overlays: root.overlays
-            }
-            onLoaded: {
-                if (root.panel.isExpanded)
-                    root.focusContent(item)
-                if (pending)
-                    pending(item)
-                pending = null
             }
         }
     }
@@ -137,8 +127,8 @@ Item {
         target: root.panel
         function onPhaseChanged() {
             if (root.panel.isExpanded) {
-                root.started = true
-                root.whenLoaded(content => root.focusContent(content))
+                root.finishLoading()
+                root.focusContent()
             } else {
                 root.overlays.dismissAll()
                 root.reminders.searchQuery = ""
@@ -148,11 +138,11 @@ Item {
         }
         function onNewReminderRequested() {
             root.yearReveal.finish()
-            root.whenLoaded(content => content.openQuickAdd())
+            root.content.openQuickAdd()
         }
         function onFindReminderRequested() {
             root.yearReveal.finish()
-            root.whenLoaded(content => content.openSearch())
+            root.content.openSearch()
         }
     }
 }
