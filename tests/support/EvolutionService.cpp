@@ -93,10 +93,12 @@ void EvolutionService::startBus() {
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, output[1], 1);
     ::posix_spawn_file_actions_addclose(&actions, output[0]);
-    std::array<const char*, 6> arguments{"dbus-daemon", "--session",         "--nofork",
+    // A bus whose tests have crashed ends too.
+    std::array<const char*, 9> arguments{"setpriv",     "--pdeathsig",       "TERM",
+                                         "dbus-daemon", "--session",         "--nofork",
                                          "--nopidfile", "--print-address=1", nullptr};
-    ASSERT_EQ(::posix_spawnp(&bus_, "dbus-daemon", &actions, nullptr,
-                             const_cast<char* const*>(arguments.data()), environ),
+    ASSERT_EQ(::posix_spawnp(&bus_, "setpriv", &actions, nullptr, const_cast<char* const*>(arguments.data()),
+                             environ),
               0);
     ::posix_spawn_file_actions_destroy(&actions);
     ::close(output[1]);

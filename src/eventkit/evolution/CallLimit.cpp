@@ -1,5 +1,7 @@
 #include "eventkit/evolution/CallLimit.h"
 
+#include <algorithm>
+
 namespace kestrant::evolution {
 
 CallLimit::CallLimit(std::chrono::milliseconds longest) : longest_(longest), thread_([this] { loop(); }) {}
@@ -11,6 +13,15 @@ CallLimit::~CallLimit() {
     }
     changed_.notify_one();
     thread_.join();
+}
+
+void CallLimit::setLongest(std::chrono::milliseconds longest) {
+    {
+        const std::lock_guard lock(mutex_);
+        longest_ = longest;
+        deadline_ = std::min(deadline_, std::chrono::steady_clock::now() + longest);
+    }
+    changed_.notify_one();
 }
 
 void CallLimit::loop() {

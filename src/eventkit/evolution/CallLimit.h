@@ -18,6 +18,9 @@ class CallLimit {
     CallLimit& operator=(const CallLimit&) = delete;
     ~CallLimit();
 
+    /// For later calls and for the one that is under way. Thread: any.
+    void setLongest(std::chrono::milliseconds longest);
+
     /// A call that is under way as long as this exists.
     class Call {
       public:

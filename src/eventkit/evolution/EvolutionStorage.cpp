@@ -24,6 +24,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// How long each call may take when the program ends.
+constexpr auto longestAtTheEnd = 1s;
 /// More items than this that changed at once are read with all the others.
 constexpr std::size_t mostReadAlone = 50;
 
@@ -43,9 +45,10 @@ EKError noService(const QString& detail) {
 }
 
 TextPair silentList(const QString& title, const QString& detail) {
-    const TextPair pair = text("“%1” does not answer; it is shown as it was last seen. (%2)",
-                               "« %1 » ne répond pas ; la liste est affichée telle qu’elle était. (%2)");
-    return {pair.english.arg(title, detail), pair.french.arg(title, detail)};
+    const TextPair pair = text("“%1” does not answer; it is shown as it was last seen.",
+                               "« %1 » ne répond pas ; la liste est affichée telle qu’elle était.");
+    const QString reason = detail.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(detail);
+    return {pair.english.arg(title) + reason, pair.french.arg(title) + reason};
 }
 
 EKError listDoesNotAnswer(const QString& title) {
@@ -93,6 +96,10 @@ std::optional<EKError> EvolutionStorage::open() {
         return noService(error.message());
     observeRegistry();
     return std::nullopt;
+}
+
+void EvolutionStorage::hurry() {
+    limit_.setLongest(longestAtTheEnd);
 }
 
 void EvolutionStorage::close() {

@@ -24,6 +24,7 @@ class EvolutionStorage final : public items::ItemStorage {
     ~EvolutionStorage() override;
 
     [[nodiscard]] std::optional<EKError> open() override;
+    void hurry() override;
     void close() override;
     [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
                               const ZoneCalendar& local) override;

@@ -36,12 +36,12 @@ std::vector<Part> partsOf(ComponentView component) {
 }
 
 /// What is said under each name, however it is folded. That an alarm was dealt with is no part of what it
-/// says.
+/// says, nor is what a service calls it.
 std::map<QByteArray, QByteArrayList> contentsOf(const std::vector<Part>& parts) {
     std::map<QByteArray, QByteArrayList> result;
     for (const Part& part : parts) {
         for (const Line& line : part.lines) {
-            if (!line.isNamed("ACKNOWLEDGED"))
+            if (!line.isNamed("ACKNOWLEDGED") && !line.isNamed("X-EVOLUTION-ALARM-UID"))
                 result[part.name].append(line.content().toByteArray());
         }
     }
@@ -54,9 +54,11 @@ const QByteArrayList& find(const std::map<QByteArray, QByteArrayList>& contents,
     return found == contents.end() ? nothing : found->second;
 }
 
-/// The date of creation is among them: it was noted when the date of the revision took its place.
+/// The date of creation is among them: it was noted when the date of the revision took its place. So is what
+/// a service notes of the server's version.
 bool isRevisionMark(const QByteArray& name) {
-    return name == "CREATED" || name == "DTSTAMP" || name == "LAST-MODIFIED" || name == "SEQUENCE";
+    return name == "CREATED" || name == "X-EVOLUTION-CALDAV-ETAG" || name == "DTSTAMP" ||
+           name == "LAST-MODIFIED" || name == "SEQUENCE";
 }
 
 /// The names to restore; absent where somebody else has changed one of them.

@@ -30,6 +30,7 @@ ItemEventStore::ItemEventStore(
     , worker_(std::move(worker)) {}
 
 ItemEventStore::~ItemEventStore() {
+    storage_->hurry();
     worker_->run([this] { storage_->close(); });
 }
 

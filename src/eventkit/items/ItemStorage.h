@@ -33,6 +33,8 @@ class ItemStorage {
     /// Makes ready whatever is needed; the error says why it cannot be.
     [[nodiscard]] virtual std::optional<EKError> open() = 0;
 
+    /// The end is near: nothing waits longer than it must any more. Thread: any.
+    virtual void hurry() {}
     /// The end of all use.
     virtual void close() {}
 
