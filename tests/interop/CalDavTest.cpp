@@ -134,5 +134,19 @@ TEST_F(CalDav, OutlivesAServerThatGoesAwayAndComesBack) {
     EXPECT_THAT(server.text("tasks", "bread").toStdString(), HasSubstr("SUMMARY:Toast"));
 }
 
+TEST_F(CalDav, ShowsWhatWasSeenLastWhenItStartsWithoutTheServer) {
+    server.stop();
+    house.service.kill("org.gnome.evolution.dataserver.Calendar");
+    EvolutionEventStore store(house.scheduler, house.scheduler, house.calendar);
+    EventStoreDriver fresh(store, house.scheduler);
+    ASSERT_EQ(fresh.requestAccess(), std::nullopt);
+    EXPECT_THAT(fresh.openTitles(), ElementsAre("Bread"));
+
+    server.put("tasks", "butter", task("butter", "Butter"));
+    server.start();
+    server.refresh();
+    house.awaitThat([&] { return fresh.openTitles() == std::vector<QString>{"Bread", "Butter"}; });
+}
+
 }  // namespace
 }  // namespace kestrant
