@@ -1,6 +1,5 @@
 #include "eventkit/evolution/GlibWorker.h"
 
-#include <functional>
 #include <utility>
 
 namespace kestrant::evolution {
@@ -22,19 +21,31 @@ GlibWorker::~GlibWorker() {
 }
 
 void GlibWorker::run(std::function<void()> work) {
-    using Work = std::function<void()>;
-    // Sources of one priority are served in the order in which they were attached.
+    {
+        const std::lock_guard lock(mutex_);
+        queue_.push_back(std::move(work));
+    }
     GSource* const source = g_idle_source_new();
     g_source_set_priority(source, G_PRIORITY_DEFAULT);
     g_source_set_callback(
         source,
-        [](gpointer data) -> gboolean {
-            (*static_cast<Work*>(data))();
+        [](gpointer worker) -> gboolean {
+            static_cast<GlibWorker*>(worker)->runNext();
             return G_SOURCE_REMOVE;
         },
-        new Work(std::move(work)), [](gpointer data) { delete static_cast<Work*>(data); });
+        this, nullptr);
     g_source_attach(source, context_);
     g_source_unref(source);
+}
+
+void GlibWorker::runNext() {
+    std::function<void()> work;
+    {
+        const std::lock_guard lock(mutex_);
+        work = std::move(queue_.front());
+        queue_.pop_front();
+    }
+    work();
 }
 
 }  // namespace kestrant::evolution

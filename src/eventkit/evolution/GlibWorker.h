@@ -3,6 +3,9 @@
 #include "eventkit/evolution/Glib.h"
 #include "foundation/BackgroundExecutor.h"
 
+#include <deque>
+#include <functional>
+#include <mutex>
 #include <thread>
 
 namespace kestrant::evolution {
@@ -19,6 +22,10 @@ class GlibWorker final : public BackgroundExecutor {
     void run(std::function<void()> work) override;
 
   private:
+    void runNext();
+
+    std::mutex mutex_;
+    std::deque<std::function<void()>> queue_;
     GMainContext* context_;
     GMainLoop* loop_;
     std::thread thread_;
