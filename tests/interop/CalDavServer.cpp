@@ -162,8 +162,7 @@ void CalDavServer::refresh() {
     ESourceRegistry* const registry = e_source_registry_new_sync(nullptr, &error);
     for (const auto& [uid, type] : accounts_) {
         ESource* const source = e_source_registry_ref_source(registry, uid.toUtf8().constData());
-        EClient* client =
-            e_cal_client_connect_sync(source, type, static_cast<guint32>(-1), nullptr, &error);
+        EClient* client = e_cal_client_connect_sync(source, type, static_cast<guint32>(-1), nullptr, &error);
         EXPECT_TRUE(client && e_client_refresh_sync(client, nullptr, &error))
             << (error ? error->message : "");
         g_clear_object(&client);

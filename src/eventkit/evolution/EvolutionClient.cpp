@@ -319,8 +319,13 @@ EvolutionClient::Answer<QByteArray> EvolutionClient::create(const QByteArray& ui
                 : e_cal_client_modify_object_sync(calendar(), component.get(), E_CAL_OBJ_MOD_THIS,
                                                   E_CAL_OPERATION_FLAG_NONE, call.cancellable(), error.out());
         const Text owned(given);
-        if (!isDone)
-            return tl::unexpected(failure(error, QString::fromUtf8(uid)));
+        if (!isDone) {
+            WriteError reason = failure(error, QString::fromUtf8(uid));
+            // Half of an item does not stay.
+            if (!isFirst)
+                (void)remove(result, {});
+            return tl::unexpected(std::move(reason));
+        }
         if (isFirst && given && *given)
             result = given;
         isFirst = false;
