@@ -66,6 +66,7 @@ void Lifecycle::onboardingCompleted() {
     Preferences& preferences = services_.preferences;
     if (!preferences.completedInitialOnboarding()) {
         preferences.setCompletedInitialOnboarding(true);
+        preferences.setInitialCommandNTipPending(true);
         services_.interactionModel.setExpansionEnabled(true);
         if (!preferences.startedInitialYearReveal()) {
             preferences.setStartedInitialYearReveal(true);

@@ -56,6 +56,8 @@ std::vector<PictureState> introductionPictures() {
              stage.interaction.setInitialYearRevealIsArmed(true);
              stage.expand();
          }},
+        {named("first-tip"),
+         expanded([](Stage& stage) { stage.preferences.setInitialCommandNTipPending(true); })},
         {named("onboarding-welcome"),
          [](Stage& stage) { stage.introduce(OnboardingViewModel::Page::welcome); }},
         {named("onboarding-tutorial"),

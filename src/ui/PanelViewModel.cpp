@@ -12,7 +12,7 @@
 namespace kestrant {
 
 PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry& geometry,
-                               ReminderStore& reminders, const Preferences& preferences,
+                               ReminderStore& reminders, Preferences& preferences,
                                NotificationCenter& notifications, const Feedback& feedback, QObject* parent)
     : QObject(parent)
     , interaction_(interaction)
@@ -36,6 +36,8 @@ PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry
             Q_EMIT modulesChanged();
         else if (key == preferenceKeys::notchMaterial)
             Q_EMIT materialChanged();
+        else if (key == preferenceKeys::initialCommandNTipPending)
+            Q_EMIT newReminderTipPendingChanged();
     }));
     updateDueTodayCount();
 }
@@ -116,6 +118,15 @@ double PanelViewModel::firstShare() const {
 QString PanelViewModel::material() const {
     const QString black = QStringLiteral("black");
     return preferences_.notchMaterial() == black ? black : QStringLiteral("glass");
+}
+
+bool PanelViewModel::newReminderTipPending() const {
+    return preferences_.initialCommandNTipPending();
+}
+
+void PanelViewModel::finishNewReminderTip() {
+    if (newReminderTipPending())
+        preferences_.setInitialCommandNTipPending(false);
 }
 
 void PanelViewModel::setSearchIsFocused(bool focused) {

@@ -49,12 +49,14 @@ class PanelViewModel : public QObject {
     Q_PROPERTY(double firstShare READ firstShare NOTIFY modulesChanged)
     /// Background of the expanded panel: "glass" or "black"; an unknown name is "glass".
     Q_PROPERTY(QString material READ material NOTIFY materialChanged)
+    /// The tip about the new-reminder shortcut, which follows the introduction, is still to be shown.
+    Q_PROPERTY(bool newReminderTipPending READ newReminderTipPending NOTIFY newReminderTipPendingChanged)
 
   public:
     /// Everything must outlive the view model.
     PanelViewModel(NotchInteractionModel& interaction, NotchGeometry& geometry, ReminderStore& reminders,
-                   const Preferences& preferences, NotificationCenter& notifications,
-                   const Feedback& feedback, QObject* parent = nullptr);
+                   Preferences& preferences, NotificationCenter& notifications, const Feedback& feedback,
+                   QObject* parent = nullptr);
 
     [[nodiscard]] int phase() const;
     [[nodiscard]] bool isExpanded() const;
@@ -74,11 +76,14 @@ class PanelViewModel : public QObject {
     [[nodiscard]] bool calendarFirst() const;
     [[nodiscard]] double firstShare() const;
     [[nodiscard]] QString material() const;
+    [[nodiscard]] bool newReminderTipPending() const;
 
     /// The search field has gained or lost the keyboard focus; while it has it the panel stays open.
     Q_INVOKABLE void setSearchIsFocused(bool focused);
     /// Folds the panel, as Escape does when nothing else is left to leave.
     Q_INVOKABLE void fold();
+    /// The tip was read, or is not needed any more.
+    Q_INVOKABLE void finishNewReminderTip();
     /// A card is being carried; while that lasts the panel stays open. `calendar` is where the days are that
     /// it can be let go on, in the panel, in points with y downwards.
     Q_INVOKABLE void beginReminderDrag(const QString& id, const QRectF& calendar);
@@ -94,6 +99,7 @@ class PanelViewModel : public QObject {
     void nextEventTextChanged();
     void modulesChanged();
     void materialChanged();
+    void newReminderTipPendingChanged();
     /// Ctrl+N and Ctrl+F, or whoever posts their notifications; the panel is expanded by then, if it may be.
     void newReminderRequested();
     void findReminderRequested();
@@ -106,7 +112,7 @@ class PanelViewModel : public QObject {
     NotchInteractionModel& interaction_;
     NotchGeometry& geometry_;
     ReminderStore& reminders_;
-    const Preferences& preferences_;
+    Preferences& preferences_;
     const Feedback& feedback_;
     std::vector<Subscription> subscriptions_;
     int dueTodayCount_ = 0;

@@ -102,11 +102,14 @@ TEST_F(LifecycleTest, CompletingTheIntroductionOpensTheWayOnce) {
     EXPECT_TRUE(model.initialYearRevealIsArmed());
     EXPECT_EQ(stored(preferenceKeys::completedInitialOnboarding), true);
     EXPECT_EQ(stored(preferenceKeys::startedInitialYearReveal), true);
+    EXPECT_EQ(stored(preferenceKeys::initialCommandNTipPending), true);
 
     model.setInitialYearRevealIsArmed(false);
+    preferences.setInitialCommandNTipPending(false);
     lifecycle.onboardingCompleted();
     EXPECT_EQ(taken(), QStringList{"present"});
     EXPECT_FALSE(model.initialYearRevealIsArmed());
+    EXPECT_FALSE(preferences.initialCommandNTipPending());
 }
 
 TEST_F(LifecycleTest, ALaterStartPresentsThePanelAndAsksForAccess) {

@@ -15,6 +15,8 @@ FocusScope {
     required property ReminderEditViewModel reminderEdit
     required property HistoryViewModel history
     required property OverlayHost overlays
+    /// Something else is shown in its place.
+    property bool isCovered: false
 
     readonly property int sideMargin: panel.earRadius + Theme.margin
     /// Why not all flagged reminders may be on show, while only those are.
@@ -84,7 +86,10 @@ FocusScope {
     Toolbar {
         id: toolbar
         x: content.sideMargin
+        // Its tip lies upon the modules.
+        z: showsTip ? 1 : 0
         width: parent.width - 2 * x
+        isCovered: content.isCovered
         panel: content.panel
         reminders: content.reminders
         calendar: content.calendar
@@ -166,7 +171,7 @@ FocusScope {
     }
     Tooltip {
         id: tooltip
-        silent: content.overlays.topmost !== "" || drag.active
+        silent: content.overlays.topmost !== "" || drag.active || toolbar.showsTip
     }
 
     Connections {

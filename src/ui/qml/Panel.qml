@@ -90,6 +90,7 @@ Item {
                 reminderEdit: root.reminderEdit
                 history: root.history
                 overlays: root.overlays
+                isCovered: root.yearReveal.isShowing
             }
         }
     }

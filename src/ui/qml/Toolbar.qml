@@ -14,6 +14,9 @@ FocusScope {
     required property OverlayHost overlays
     /// Whatever the pointer rests on tells its name here.
     required property Tooltip tooltip
+    property bool isCovered: false
+    readonly property bool showsTip: panel.newReminderTipPending && panel.isExpanded && !isCovered
+                                     && addButton.visible && overlays.topmost === ""
     signal modulesWanted
 
     readonly property real sideWidth: (width - panel.cameraSafeWidth) / 2 - 2
@@ -22,6 +25,7 @@ FocusScope {
     height: Theme.toolbarHeight
 
     function openQuickAdd() {
+        panel.finishNewReminderTip()
         overlays.present("quickAdd", "QuickAddPopover.qml", addButton, { form: quickAdd, newEvent: newEvent })
     }
     function openSettings() {
@@ -201,5 +205,11 @@ FocusScope {
             onHoveredChanged: toolbar.tooltip.follow(this)
             Keys.onDownPressed: toolbar.modulesWanted()
         }
+    }
+    NewReminderTip {
+        y: toolbar.height + 3
+        buttonX: right.x + addButton.x + addButton.width / 2
+        shown: toolbar.showsTip
+        onDone: toolbar.panel.finishNewReminderTip()
     }
 }
