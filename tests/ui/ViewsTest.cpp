@@ -115,6 +115,17 @@ TEST(Views, AddAReminderByKeyboardAlone) {
     EXPECT_THAT(program.titles(), ElementsAre(QStringLiteral("tea")));
 }
 
+TEST(Views, SayWhatIsChosenForANewReminderAndItsSubjectOnce) {
+    PanelProgram program;
+    program.expand();
+    program.call("openQuickAdd");
+    program.quickAdd.dueDay()->setIsoDay(QStringLiteral("2026-11-23"));
+    for (const char* spoken : {"List: Home", "Alert, No alert", "Repeat, Never"})
+        EXPECT_NE(findText(program.keyWindow().contentItem(), QString::fromUtf8(spoken), "spokenName"),
+                  nullptr)
+            << spoken;
+}
+
 TEST(Views, ExpandForANewReminderFromTheRestingNotch) {
     PanelProgram program;
     program.load();

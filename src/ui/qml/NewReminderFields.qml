@@ -105,6 +105,7 @@ Column {
             overlays: fields.overlays
             subject: Localizer.text("Repeat", "Répétition")
             text: fields.form.repeatId === "none" ? subject : fields.form.repeatTitle
+            spokenName: subject + ", " + fields.form.repeatTitle
             iconName: "repeat"
             showsIcon: true
             chosenId: fields.form.repeatId
