@@ -18,7 +18,7 @@ QString marks(const ReminderTask& task) {
         result = QString(task.priority < 5 ? 3 : task.priority == 5 ? 2 : 1, u'!');
     if (task.isFlagged)
         result += u'⚑';
-    if (task.isRecurring)
+    if (task.isRecurring())
         result += u'↻';
     return result;
 }
@@ -139,7 +139,7 @@ QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder
     if (task.dueAlertSchedule)
         add("Alert", "Alerte", label(*task.dueAlertSchedule).in(context.language));
     add("Marks", "Marques", marks(task));
-    if (task.isRecurring)
+    if (task.isRecurring())
         add("Repeats", "Répétition", repeatInWords(reminder.recurrenceRules, context.language));
     if (reminder.isCompleted)
         add("Completed", "Terminé",

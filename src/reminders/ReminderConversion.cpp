@@ -31,7 +31,6 @@ ReminderTask reminderTask(const EKReminderData& reminder, const ZoneCalendar& ca
     task.priority = reminder.priority;
     task.listID = reminder.calendarIdentifier;
     task.isFlagged = flags.isFlagged(task.id);
-    task.isRecurring = !reminder.recurrenceRules.empty();
     task.recurrenceRules = reminder.recurrenceRules;
     return task;
 }

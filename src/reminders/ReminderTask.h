@@ -31,9 +31,10 @@ struct ReminderTask {
     QString listID;
     /// From the flag index, not from the database.
     bool isFlagged = false;
-    /// Completing it moves it to its next date, as recurrenceRules say.
-    bool isRecurring = false;
     std::vector<EKRecurrenceRule> recurrenceRules;
+
+    /// Completing it moves it to its next date, as recurrenceRules say.
+    [[nodiscard]] bool isRecurring() const { return !recurrenceRules.empty(); }
 
     bool operator==(const ReminderTask&) const = default;
 };

@@ -100,7 +100,7 @@ ReminderCard RemindersViewModel::card(const ReminderTask& task, bool isPending) 
     card.isOverdue = isOverdue(task, ReminderPresent::at(now, calendar));
     card.priorityMarks = marksOf(task.priority);
     card.isFlagged = task.isFlagged;
-    card.isRecurring = task.isRecurring;
+    card.isRecurring = task.isRecurring();
     card.repeatText = shortRepeatText(task.recurrenceRules, language);
     card.alertText = alertText(task, language, localizer_.clockHours());
     card.listColor = listColor(list);

@@ -297,7 +297,7 @@ TEST_F(ReminderStoreChanges, AReminderRepeatsFromItsDueDateOnAsChosen) {
     EXPECT_EQ(stored("a").startDateComponents, stored("a").dueDateComponents) << "what others count from";
     EXPECT_EQ(store->task(a)->recurrenceRules, weekly);
     EXPECT_EQ(edit(details, ReminderRepeat::none), done);
-    EXPECT_FALSE(store->task(a)->isRecurring);
+    EXPECT_FALSE(store->task(a)->isRecurring());
 
     NewReminder reminder = newReminder("new");
     reminder.dueDate = paris({2026, 3, 29});

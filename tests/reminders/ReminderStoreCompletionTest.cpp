@@ -101,7 +101,7 @@ TEST_F(ReminderStoreCompletion, ARecurringReminderComesBackWithItsNextDateAndIts
     const ReminderTask* next = store->task(a);
     ASSERT_NE(next, nullptr);
     EXPECT_EQ(next->dueDate, paris({2026, 3, 28}));
-    EXPECT_TRUE(next->isRecurring);
+    EXPECT_TRUE(next->isRecurring());
     ASSERT_EQ(store->completionRecords().size(), 1U);
     EXPECT_NE(recordIDs().front(), "a");
 }
