@@ -14,7 +14,9 @@ from harness import LIST_COLOUR, DesktopTest, wait_until
 SERVICE = "evolution-calendar-factory"
 
 
-class EvolutionTest(DesktopTest):
+class DesktopWithService(DesktopTest):
+    """A service keeps what it knows of a home, so each test class has one test."""
+
     def setUp(self):
         super().setUp()
         # Nobody has used Kestrant's own folder yet.
@@ -44,6 +46,8 @@ class EvolutionTest(DesktopTest):
                 continue
         return None
 
+
+class EvolutionTest(DesktopWithService):
     def test_the_persons_own_lists_are_there_and_stay(self):
         self.add("Water the plants")
         self.add("Call Theo")
@@ -61,6 +65,27 @@ class EvolutionTest(DesktopTest):
         self.desktop.click(*first)
         self.wait_for_circles(1)
         wait_until(lambda: len(self.titles()) == 1, "the service that was started anew knows of it")
+
+
+class ExchangeTest(DesktopWithService):
+    def test_another_database_takes_its_place_while_the_panel_is_open(self):
+        self.add("Water the plants")
+        self.list = self.make_list("Home", LIST_COLOUR)
+        for title in ("Buy bread", "Call Theo"):
+            self.add_reminder(title)
+        self.start(kestrantEventStore="evolution")
+        self.expand()
+        self.wait_for_circles(1)
+        self.set_preferences(kestrantEventStore=f"vdir:{self.data}/calendars")
+        first, _ = self.wait_for_circles(2)
+        self.desktop.click(*first)
+        self.wait_for_circles(1)
+        wait_until(lambda: sum("STATUS:COMPLETED" in self.text(path) for path in self.list.iterdir()
+                               if path.suffix == ".ics") == 1, "the completion is in the folder")
+        self.set_preferences(kestrantEventStore="evolution")
+        self.expand()
+        self.wait_for_circles(1)
+        self.assertEqual(self.titles(), ["Water the plants"])
 
 
 if __name__ == "__main__":
