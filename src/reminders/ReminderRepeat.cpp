@@ -173,7 +173,8 @@ QString repeatInWords(const std::vector<EKRecurrenceRule>& rules, Language langu
     if (rules.empty())
         return text("never", "jamais").in(language);
     const auto rule = rules.size() == 1 ? RecurrenceRule::parse(rules.front().text.toUtf8()) : std::nullopt;
-    const QString often = shortRepeatText(rules, language);
+    const QString often =
+        rule ? howOften(rules.front().frequency, rules.front().interval, language) : QString();
     const auto days = rule ? daysInWords(*rule, language) : std::nullopt;
     if (often.isEmpty() || !days)
         return text("custom", "personnalisée").in(language);
@@ -184,8 +185,25 @@ QString repeatInWords(const std::vector<EKRecurrenceRule>& rules, Language langu
 }
 
 QString shortRepeatText(const std::vector<EKRecurrenceRule>& rules, Language language) {
-    return rules.size() == 1 ? howOften(rules.front().frequency, rules.front().interval, language)
-                             : QString();
+    if (rules.size() != 1)
+        return {};
+    const EKRecurrenceRule& rule = rules.front();
+    // The adjectives are half as long.
+    if (language == Language::french && rule.interval == 1) {
+        switch (rule.frequency) {
+        case EKRecurrenceFrequency::daily:
+            return QStringLiteral("quotidien");
+        case EKRecurrenceFrequency::weekly:
+            return QStringLiteral("hebdo");
+        case EKRecurrenceFrequency::monthly:
+            return QStringLiteral("mensuel");
+        case EKRecurrenceFrequency::yearly:
+            return QStringLiteral("annuel");
+        case EKRecurrenceFrequency::other:
+            return {};
+        }
+    }
+    return howOften(rule.frequency, rule.interval, language);
 }
 
 }  // namespace kestrant

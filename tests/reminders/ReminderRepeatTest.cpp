@@ -73,5 +73,15 @@ TEST(ReminderRepeat, AnyRulesAreToldInWords) {
     }
 }
 
+TEST(ReminderRepeat, FrenchIsBriefWhereThereIsLittleRoom) {
+    const auto briefly = [](const char* rule) {
+        return shortRepeatText(rules({rule}), Language::french).toStdString();
+    };
+    EXPECT_THAT(
+        (std::vector{briefly("FREQ=DAILY"), briefly("FREQ=WEEKLY;BYDAY=MO"), briefly("FREQ=MONTHLY"),
+                     briefly("FREQ=YEARLY"), briefly("FREQ=YEARLY;INTERVAL=2"), briefly("FREQ=HOURLY")}),
+        testing::ElementsAre("quotidien", "hebdo", "mensuel", "annuel", "tous les 2 ans", ""));
+}
+
 }  // namespace
 }  // namespace kestrant
