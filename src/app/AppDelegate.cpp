@@ -46,7 +46,7 @@ AppDelegate::AppDelegate(Options options)
     , namedStore_(std::move(options.store))
     , desktopHasStore_(std::move(options.desktopHasStore))
     , storeLocation_(chosenStore())
-    , eventStore_(openEventStore(storeLocation_, scheduler_, clock_, calendar_))
+    , eventStore_(storeLocation_.toString(), [this] { return openStore(); })
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
     , history_(scheduler_, clock_)
@@ -290,6 +290,10 @@ EventStoreLocation AppDelegate::chosenStore() const {
                            EventStoreLocation::embeddedDefault(), desktopHasStore_);
 }
 
+std::unique_ptr<EKEventStore> AppDelegate::openStore() {
+    return openEventStore(storeLocation_, scheduler_, clock_, calendar_);
+}
+
 void AppDelegate::exchangeStore() {
     // What was begun belongs to the database that is open.
     reminderStore().commitPendingCompletions([this] {
@@ -299,7 +303,7 @@ void AppDelegate::exchangeStore() {
         storeLocation_ = chosen;
         const bool reads = reminderStore().accessState().kind != ReminderAccessState::Kind::notDetermined;
         ringer_.reset();
-        eventStore_.switchTo(openEventStore(storeLocation_, scheduler_, clock_, calendar_));
+        eventStore_.switchTo(storeLocation_.toString(), [this] { return openStore(); });
         reminderStore().databaseWasExchanged();
         calendarStore().databaseWasExchanged();
         if (reads)

@@ -115,6 +115,7 @@ class AppDelegate : public QObject {
     void followDesktopAppearance();
     void pickFolder(const QString& start, std::function<void(tl::expected<QString, TextPair>)> done);
     [[nodiscard]] EventStoreLocation chosenStore() const;
+    [[nodiscard]] std::unique_ptr<EKEventStore> openStore();
     /// Uses the database that is chosen now, if it is another one.
     void exchangeStore();
     void startRinging();

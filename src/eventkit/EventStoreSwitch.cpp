@@ -4,19 +4,22 @@
 
 namespace kestrant {
 
-EventStoreSwitch::EventStoreSwitch(std::unique_ptr<EKEventStore> store) : store_(std::move(store)) {
-    follow();
+EventStoreSwitch::EventStoreSwitch(const QString& name, const Make& make) {
+    use(name, make);
 }
 
 EventStoreSwitch::~EventStoreSwitch() = default;
 
-void EventStoreSwitch::follow() {
+void EventStoreSwitch::use(const QString& name, const Make& make) {
+    auto& store = stores_[name];
+    if (!store)
+        store = make();
+    store_ = store.get();
     changes_ = store_->observeChanges([this] { observers_.notify(); });
 }
 
-void EventStoreSwitch::switchTo(std::unique_ptr<EKEventStore> store) {
-    formerStores_.push_back(std::exchange(store_, std::move(store)));
-    follow();
+void EventStoreSwitch::switchTo(const QString& name, const Make& make) {
+    use(name, make);
     observers_.notify();
 }
 

@@ -3,6 +3,8 @@
 #include "eventkit/EKEventStore.h"
 #include "foundation/ObserverList.h"
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -13,12 +15,16 @@ namespace kestrant {
 /// What was asked of a database that is no longer in use is still answered by it. Thread: main.
 class EventStoreSwitch final : public EKEventStore {
   public:
-    explicit EventStoreSwitch(std::unique_ptr<EKEventStore> store);
+    /// Makes a database when it is first used.
+    using Make = std::function<std::unique_ptr<EKEventStore>()>;
+
+    /// `name` is what tells databases apart.
+    EventStoreSwitch(const QString& name, const Make& make);
     ~EventStoreSwitch() override;
 
-    /// Uses another database from now on. What is in hand of the former one can no longer be saved: it is not
-    /// found.
-    void switchTo(std::unique_ptr<EKEventStore> store);
+    /// Uses another database from now on; one that was in use before is used again. What is in hand of the
+    /// former one can no longer be saved: it is not found.
+    void switchTo(const QString& name, const Make& make);
 
     [[nodiscard]] EKAuthorizationStatus authorizationStatus(EKEntityType type) const override;
     void requestFullAccessToReminders(AccessCompletion completion) override;
@@ -43,11 +49,12 @@ class EventStoreSwitch final : public EKEventStore {
 
   private:
     [[nodiscard]] std::optional<Stored> storedReminder(const QString& identifier) const override;
-    void follow();
+    void use(const QString& name, const Make& make);
 
-    std::unique_ptr<EKEventStore> store_;
-    /// Kept, because their answers may be under way and items of theirs in hand.
-    std::vector<std::unique_ptr<EKEventStore>> formerStores_;
+    /// By name. Former ones are kept, because their answers may be under way and items of theirs in hand.
+    std::map<QString, std::unique_ptr<EKEventStore>> stores_;
+    /// The one in use.
+    EKEventStore* store_ = nullptr;
     Subscription changes_;
     ObserverList<> observers_;
 };

@@ -19,6 +19,12 @@ class EventStoreSwitchTest : public testing::Test {
         scheduler.advance(seconds(1));
         return store;
     }
+    /// Gives a database that is there already.
+    static EventStoreSwitch::Make giving(std::unique_ptr<InMemoryEventStore> store) {
+        return [given = std::make_shared<std::unique_ptr<EKEventStore>>(std::move(store))] {
+            return std::move(*given);
+        };
+    }
     [[nodiscard]] static EKPredicate all() {
         return EKEventStore::predicateForIncompleteReminders({}, {}, {});
     }
@@ -28,14 +34,14 @@ class EventStoreSwitchTest : public testing::Test {
 };
 
 TEST_F(EventStoreSwitchTest, ShowsTheOtherDatabaseAndSaysThatEverythingChanged) {
-    EventStoreSwitch store(database(QStringLiteral("first")));
+    EventStoreSwitch store(QStringLiteral("first"), giving(database(QStringLiteral("first"))));
     EventStoreDriver driver(store, scheduler);
     int changes = 0;
     const Subscription subscription = store.observeChanges([&changes] { ++changes; });
     auto second = database(QStringLiteral("second"));
     InMemoryEventStore& inUse = *second;
 
-    store.switchTo(std::move(second));
+    store.switchTo(QStringLiteral("second"), giving(std::move(second)));
     EXPECT_EQ(changes, 1);
     EXPECT_EQ(driver.titles(all()), std::vector{QStringLiteral("second")});
     EXPECT_EQ(store.calendarWithIdentifier(QStringLiteral("list"))->title, QStringLiteral("second"));
@@ -43,12 +49,15 @@ TEST_F(EventStoreSwitchTest, ShowsTheOtherDatabaseAndSaysThatEverythingChanged) 
     inUse.putReminder(aReminder("another"));
     scheduler.advance(seconds(1));
     EXPECT_EQ(changes, 2);
+
+    store.switchTo(QStringLiteral("first"), [] { return std::unique_ptr<EKEventStore>(); });
+    EXPECT_EQ(driver.titles(all()), std::vector{QStringLiteral("first")}) << "the one that was in use before";
 }
 
 TEST_F(EventStoreSwitchTest, TheFormerDatabaseAnswersWhatItWasAskedAndIsNotHeardAnyMore) {
     auto first = database(QStringLiteral("first"));
     InMemoryEventStore& former = *first;
-    EventStoreSwitch store(std::move(first));
+    EventStoreSwitch store(QStringLiteral("first"), giving(std::move(first)));
     EventStoreDriver driver(store, scheduler);
     const EKReminderRef inHand = store.calendarItem(QStringLiteral("shared id"));
     std::optional<bool> saved;
@@ -56,7 +65,7 @@ TEST_F(EventStoreSwitchTest, TheFormerDatabaseAnswersWhatItWasAskedAndIsNotHeard
     store.save(inHand, [&saved](const auto& result) { saved = result.has_value(); });
     int changes = 0;
 
-    store.switchTo(database(QStringLiteral("second")));
+    store.switchTo(QStringLiteral("second"), giving(database(QStringLiteral("second"))));
     const Subscription subscription = store.observeChanges([&changes] { ++changes; });
     scheduler.advance(seconds(1));
     EXPECT_EQ(saved, true);
@@ -69,14 +78,14 @@ TEST_F(EventStoreSwitchTest, TheFormerDatabaseAnswersWhatItWasAskedAndIsNotHeard
 }
 
 TEST_F(EventStoreSwitchTest, ANewReminderRefreshesFromTheDatabaseInUse) {
-    EventStoreSwitch store(database(QStringLiteral("first")));
+    EventStoreSwitch store(QStringLiteral("first"), giving(database(QStringLiteral("first"))));
     EventStoreDriver driver(store, scheduler);
     const auto reminder = std::make_shared<EKReminder>(store);
     reminder->data.title = QStringLiteral("new");
     reminder->data.calendarIdentifier = QStringLiteral("list");
     ASSERT_TRUE(driver.save(reminder));
     EXPECT_TRUE(reminder->refresh());
-    store.switchTo(database(QStringLiteral("second")));
+    store.switchTo(QStringLiteral("second"), giving(database(QStringLiteral("second"))));
     EXPECT_FALSE(reminder->refresh());
 }
 

@@ -16,6 +16,12 @@ class ReminderStoreExchangeTest : public ReminderStoreTest {
         scheduler.advance(1s);
         return made;
     }
+    /// Gives a database that is there already.
+    static EventStoreSwitch::Make giving(std::unique_ptr<InMemoryEventStore> other) {
+        return [given = std::make_shared<std::unique_ptr<EKEventStore>>(std::move(other))] {
+            return std::move(*given);
+        };
+    }
     ReminderStore& storeOn(EKEventStore& eventStore) {
         store.emplace(ReminderStoreServices{.eventStore = eventStore,
                                             .scheduler = scheduler,
@@ -31,13 +37,16 @@ class ReminderStoreExchangeTest : public ReminderStoreTest {
         return *store;
     }
     void exchange(EventStoreSwitch& eventStore, std::unique_ptr<InMemoryEventStore> other) {
-        eventStore.switchTo(std::move(other));
+        eventStore.switchTo(QString::number(++exchanges), giving(std::move(other)));
+
         store->databaseWasExchanged();
     }
+
+    int exchanges = 0;
 };
 
 TEST_F(ReminderStoreExchangeTest, ShowsTheOtherDatabaseAndForgetsWhatCouldBeUndone) {
-    EventStoreSwitch eventStore(databaseWith("first"));
+    EventStoreSwitch eventStore(QStringLiteral("first"), giving(databaseWith("first")));
     storeOn(eventStore).requestAccess();
     scheduler.advance(1s);
     store->remove(QStringLiteral("first"), [](const auto&) {});
@@ -55,7 +64,7 @@ TEST_F(ReminderStoreExchangeTest, ShowsTheOtherDatabaseAndForgetsWhatCouldBeUndo
 TEST_F(ReminderStoreExchangeTest, LateAnswersOfTheFormerDatabaseAreDropped) {
     auto first = databaseWith("first");
     first->setAuthorizationStatus(EKAuthorizationStatus::denied);
-    EventStoreSwitch eventStore(std::move(first));
+    EventStoreSwitch eventStore(QStringLiteral("first"), giving(std::move(first)));
     storeOn(eventStore).requestAccess();
     // Its refusal is on the way when another one takes its place.
     exchange(eventStore, databaseWith("second"));
@@ -71,7 +80,7 @@ TEST_F(ReminderStoreExchangeTest, LateAnswersOfTheFormerDatabaseAreDropped) {
 }
 
 TEST_F(ReminderStoreExchangeTest, BeforeAccessWasRequestedNothingIsAskedOfTheOther) {
-    EventStoreSwitch eventStore(databaseWith("first"));
+    EventStoreSwitch eventStore(QStringLiteral("first"), giving(databaseWith("first")));
     storeOn(eventStore);
     exchange(eventStore, databaseWith("second"));
     scheduler.advance(1s);

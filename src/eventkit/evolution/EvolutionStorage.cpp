@@ -5,6 +5,7 @@
 #include <QCryptographicHash>
 
 #include <algorithm>
+#include <mutex>
 #include <thread>
 #include <tuple>
 #include <utility>
@@ -77,9 +78,28 @@ QString titleIn(const Document& document, QByteArrayView name) {
 
 }  // namespace
 
+class EvolutionStorage::Listener {
+  public:
+    explicit Listener(std::function<void(const Changes&)> observer) : observer_(std::move(observer)) {}
+
+    void tell(const Changes& changes) {
+        const std::lock_guard lock(mutex_);
+        if (observer_)
+            observer_(changes);
+    }
+    void end() {
+        const std::lock_guard lock(mutex_);
+        observer_ = nullptr;
+    }
+
+  private:
+    std::mutex mutex_;
+    std::function<void(const Changes&)> observer_;
+};
+
 EvolutionStorage::EvolutionStorage(std::function<void(const Changes&)> observer,
                                    std::chrono::milliseconds longestCall)
-    : observer_(std::move(observer))
+    : listener_(std::make_shared<Listener>(std::move(observer)))
     , limit_(longestCall) {}
 
 EvolutionStorage::~EvolutionStorage() {
@@ -103,7 +123,7 @@ void EvolutionStorage::hurry() {
 }
 
 void EvolutionStorage::close() {
-    observer_ = [](const Changes&) {};
+    listener_->end();
     clients_.clear();
     for (const gulong handler : handlers_)
         g_signal_handler_disconnect(registry_.get(), handler);
@@ -111,13 +131,17 @@ void EvolutionStorage::close() {
     registry_.reset();
 }
 
+void EvolutionStorage::registryChanged(ESourceRegistry*, gpointer, gpointer listener) {
+    (*static_cast<std::shared_ptr<Listener>*>(listener))->tell({.collections = true});
+}
+
 void EvolutionStorage::observeRegistry() {
-    const auto changed = +[](ESourceRegistry*, gpointer, gpointer data) {
-        static_cast<EvolutionStorage*>(data)->observer_({.collections = true});
-    };
+    const auto forget =
+        +[](gpointer listener, GClosure*) { delete static_cast<std::shared_ptr<Listener>*>(listener); };
     for (const char* signal : {"source-added", "source-removed", "source-changed", "source-enabled",
                                "source-disabled", "notify::default-task-list", "notify::default-calendar"})
-        handlers_.push_back(g_signal_connect(registry_.get(), signal, G_CALLBACK(changed), this));
+        handlers_.push_back(g_signal_connect_data(registry_.get(), signal, G_CALLBACK(registryChanged),
+                                                  new std::shared_ptr<Listener>(listener_), forget, {}));
 }
 
 std::map<QByteArray, EvolutionStorage::List> EvolutionStorage::enabledLists() {
@@ -142,17 +166,18 @@ EvolutionClient* EvolutionStorage::clientFor(const QByteArray& uid, const List& 
     if (client && client->isLost())
         client.reset();
     if (!client) {
-        client = EvolutionClient::connect(list.source.get(), list.type, limit_,
-                                          {.itemsChanged =
-                                               [this, uid](std::set<QByteArray> items) {
-                                                   observer_({.files = {{uid, std::move(items)}}});
-                                               },
-                                           .propertiesChanged = [this] { observer_({.collections = true}); },
-                                           .lost =
-                                               [this, uid] {
-                                                   observer_({.files = {{uid, {}}}});
-                                               }},
-                                          error);
+        client =
+            EvolutionClient::connect(list.source.get(), list.type, limit_,
+                                     {.itemsChanged =
+                                          [this, uid](std::set<QByteArray> items) {
+                                              listener_->tell({.files = {{uid, std::move(items)}}});
+                                          },
+                                      .propertiesChanged = [this] { listener_->tell({.collections = true}); },
+                                      .lost =
+                                          [this, uid] {
+                                              listener_->tell({.files = {{uid, {}}}});
+                                          }},
+                                     error);
     }
     return client.get();
 }

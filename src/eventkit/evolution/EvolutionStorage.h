@@ -18,7 +18,7 @@ namespace kestrant::evolution {
 /// and destroying it; blocks for the service, each call at most as long as the limit.
 class EvolutionStorage final : public items::ItemStorage {
   public:
-    /// `observer` is called on the worker's thread, until close().
+    /// `observer` is called on the worker's thread or another one, until close().
     EvolutionStorage(std::function<void(const items::Changes&)> observer,
                      std::chrono::milliseconds longestCall);
     ~EvolutionStorage() override;
@@ -49,6 +49,7 @@ class EvolutionStorage final : public items::ItemStorage {
         EKEntityType type = EKEntityType::reminder;
     };
 
+    static void registryChanged(ESourceRegistry* registry, gpointer, gpointer listener);
     void observeRegistry();
     [[nodiscard]] std::map<QByteArray, List> enabledLists();
     [[nodiscard]] EvolutionClient* clientFor(const QByteArray& uid, const List& list, QString& error);
@@ -61,7 +62,11 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] std::optional<items::WriteError> reasonNotToWrite(const items::Place& place,
                                                                     const QByteArray& expected);
 
-    std::function<void(const items::Changes&)> observer_;
+    /// Told of changes until the end. The registry is one for the whole process and tells on the thread that
+    /// came first, so this may be another one. Thread: any.
+    class Listener;
+
+    std::shared_ptr<Listener> listener_;
     CallLimit limit_;
     Ref<ESourceRegistry> registry_;
     std::vector<gulong> handlers_;
