@@ -61,8 +61,9 @@ class AggregateCompletionReporter {
         /// Where the store lies, folderName in the application's own folder; absent: nothing can be stored.
         std::optional<QString> folder;
         Randomness random = Randomness::system();
-        /// Names the trusted certificates.
-        QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+        /// Names the trusted certificates; absent: those of the machine, which are only looked up for an
+        /// upload, since that loads what encrypts.
+        std::optional<QSslConfiguration> tls;
     };
 
     static constexpr auto folderName = "AggregateMetrics";

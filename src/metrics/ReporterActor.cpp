@@ -193,7 +193,8 @@ void ReporterActor::upload(const Report& report, const CollectionTicket& ticket)
         return;
     isSending_ = true;
     if (!session_)
-        session_.emplace(services_.context, services_.tls);
+        session_.emplace(services_.context,
+                         services_.tls ? *services_.tls : QSslConfiguration::defaultConfiguration());
     const JsonPost post{.url = appendingPath(*baseURL, QStringLiteral("v1/completions")),
                         .userAgent = "Kestrant-AggregateMetrics/1",
                         .body = Payload::of(report).toJson(),
