@@ -61,3 +61,20 @@ function(kestrant_test name)
     TIMEOUT 300
     ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;TZ=Europe/Paris;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/thread-sanitizer.supp")
 endfunction()
+
+# Where the parts that are loaded when they are wanted are installed, from the prefix.
+include(GNUInstallDirs)
+set(KESTRANT_MODULE_FOLDER ${CMAKE_INSTALL_LIBDIR}/kestrant)
+
+# kestrant_module(<name> SOURCES ... LINK ... [INSTALL ...])
+# A part of the program, <name>.so, that is loaded when it is wanted, so that the program starts without the libraries behind
+# it. It is built beside the program.
+function(kestrant_module name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;INSTALL" ${ARGN})
+  add_library(${name} MODULE ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LINK})
+  target_link_options(${name} PRIVATE -Wl,--exclude-libs,ALL)
+  set_target_properties(${name} PROPERTIES
+    PREFIX "" CXX_VISIBILITY_PRESET hidden LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/src/app)
+  install(TARGETS ${name} LIBRARY DESTINATION ${KESTRANT_MODULE_FOLDER} ${ARG_INSTALL})
+endfunction()

@@ -5,7 +5,7 @@
 #include "platform/linux/ApplicationState.h"
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/FolderDialog.h"
-#include "platform/linux/OpenALOutput.h"
+#include "platform/linux/ModuleAudioOutput.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "platform/linux/WakeObserver.h"
 #include "platform/linux/X11PanelWindow.h"
@@ -24,6 +24,7 @@ namespace kestrant {
 
 namespace {
 
+constexpr Duration settlingDelay = std::chrono::milliseconds(100);
 constexpr Duration ringingDelay = std::chrono::milliseconds(500);
 /// Pending changes get this long to reach the disk when the program ends.
 constexpr Duration endingDeadline = std::chrono::seconds(10);
@@ -34,7 +35,7 @@ AppDelegate::AppDelegate(Options options)
     : defaults_(options.preferencesFile, scheduler_)
     , preferences_(defaults_, [] { return QLocale::system(); })
     , localization_(preferences_)
-    , cuePlayer_(std::make_unique<OpenALOutput>(soundQueue_), soundQueue_, clock_)
+    , cuePlayer_(std::make_unique<ModuleAudioOutput>(soundQueue_), soundQueue_, clock_)
     , feedback_(preferences_, cuePlayer_, hapticPerformer_)
     , information_(std::move(options.information))
     , reporter_({.context = metricsThread_,
@@ -145,8 +146,11 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
         .prepareSounds = [this] { cuePlayer_.prepare(); },
         .finishStart =
             [this] {
-                followDesktopAppearance();
-                reporter_.runDueCheck();
+                // The next turn of the loop may come before the first frame, and these take a moment.
+                settling_ = scheduler_.after(settlingDelay, [this] {
+                    followDesktopAppearance();
+                    reporter_.runDueCheck();
+                });
             },
     };
 }

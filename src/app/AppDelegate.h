@@ -173,6 +173,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<OnboardingWindowController> onboardingController_;
 
     std::unique_ptr<WakeObserver> wakeObserver_;
+    ScheduledTask settling_;
     ScheduledTask ringing_;
     ScheduledTask activationReload_;
     ScheduledTask endingTimeout_;

@@ -9,6 +9,7 @@
 #include <QLocalSocket>
 #include <QLockFile>
 #include <QThread>
+#include <QTimer>
 
 #include <unistd.h>
 
@@ -18,6 +19,7 @@ namespace {
 
 constexpr int answerTimeoutMilliseconds = 2000;
 constexpr int retryMilliseconds = 20;
+constexpr int announcementMilliseconds = 150;
 const QString serviceName = QStringLiteral("com.Kestrant.notchapp");
 const QString objectPath = QStringLiteral("/com/Kestrant/notchapp");
 const QString interfaceName = QStringLiteral("com.Kestrant.notchapp");
@@ -96,30 +98,42 @@ SingleInstance::~SingleInstance() {
 
 SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)> handler) {
     d_->lock.setStaleLockTime(0);
-    if (!d_->lock.tryLock(0) && d_->lock.error() == QLockFile::LockFailedError)
-        return Claim::taken;
-
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (bus.isConnected()) {
-        // The object is there before the name is, so that whoever sees the name gets an answer.
-        d_->endpoint = std::make_unique<BusEndpoint>(handler);
-        bus.registerObject(objectPath, d_->endpoint.get(), QDBusConnection::ExportAllSlots);
-        if (!bus.registerService(serviceName)) {
-            bus.unregisterObject(objectPath);
-            d_->endpoint.reset();
-            if (bus.interface()->isServiceRegistered(serviceName))
-                return Claim::taken;
-        }
+    if (d_->lock.tryLock(0)) {
+        // Nobody else can be the one now; how it is reached can wait for the first frame.
+        QTimer::singleShot(announcementMilliseconds, this, [this, handler = std::move(handler)] {
+            (void)claimOnBus(handler);
+            (void)listen(handler);
+        });
+        return Claim::first;
     }
+    if (d_->lock.error() == QLockFile::LockFailedError)
+        return Claim::taken;
+    const Claim onBus = claimOnBus(handler);
+    return onBus == Claim::unavailable && listen(handler) ? Claim::first : onBus;
+}
 
-    // For starts that have no bus, or another one. What is found at the path was left behind: the lock is
-    // ours.
+SingleInstance::Claim SingleInstance::claimOnBus(const std::function<void(InstanceCommand)>& handler) {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return Claim::unavailable;
+    // The object is there before the name is, so that whoever sees the name gets an answer.
+    d_->endpoint = std::make_unique<BusEndpoint>(handler);
+    bus.registerObject(objectPath, d_->endpoint.get(), QDBusConnection::ExportAllSlots);
+    if (bus.registerService(serviceName))
+        return Claim::first;
+    bus.unregisterObject(objectPath);
+    d_->endpoint.reset();
+    return bus.interface()->isServiceRegistered(serviceName) ? Claim::taken : Claim::unavailable;
+}
+
+bool SingleInstance::listen(const std::function<void(InstanceCommand)>& handler) {
     auto server = std::make_unique<QLocalServer>();
     server->setSocketOptions(QLocalServer::UserAccessOption);
+    // What is found at the path was left behind by a program that was killed.
     QLocalServer::removeServer(socketPath());
     if (!server->listen(socketPath()))
-        return d_->endpoint ? Claim::first : Claim::unavailable;
-    QObject::connect(server.get(), &QLocalServer::newConnection, this, [this, handler = std::move(handler)] {
+        return false;
+    QObject::connect(server.get(), &QLocalServer::newConnection, this, [this, handler] {
         while (QLocalSocket* socket = d_->server->nextPendingConnection()) {
             const auto answer = [socket, handler] {
                 if (!socket->canReadLine())
@@ -139,7 +153,7 @@ SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)>
         }
     });
     d_->server = std::move(server);
-    return Claim::first;
+    return true;
 }
 
 bool SingleInstance::send(InstanceCommand command) {

@@ -34,7 +34,8 @@ class SingleInstance : public QObject {
     explicit SingleInstance(QObject* parent = nullptr);
     ~SingleInstance() override;
 
-    /// Tries to become the one. `handler` is called for each command another start sends.
+    /// Tries to become the one; others can reach it a moment later. `handler` is called for each command
+    /// another start sends.
     [[nodiscard]] Claim claim(std::function<void(InstanceCommand)> handler);
 
     /// Sends a command to the running program; false when none is running or it does not answer within two
@@ -42,6 +43,9 @@ class SingleInstance : public QObject {
     [[nodiscard]] static bool send(InstanceCommand command);
 
   private:
+    [[nodiscard]] Claim claimOnBus(const std::function<void(InstanceCommand)>& handler);
+    [[nodiscard]] bool listen(const std::function<void(InstanceCommand)>& handler);
+
     struct Private;
     std::unique_ptr<Private> d_;
 };

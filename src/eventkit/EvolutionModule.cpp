@@ -2,9 +2,8 @@
 
 #include "eventkit/InMemoryEventStore.h"
 #include "eventkit/vdir/VdirEventStore.h"
+#include "foundation/Modules.h"
 
-#include <QCoreApplication>
-#include <QFileInfo>
 #include <QLibrary>
 
 namespace kestrant {
@@ -12,15 +11,8 @@ namespace {
 
 using MakeStore = EKEventStore* (*)(Scheduler&, const Clock&, const CurrentCalendar&);
 
-/// The module's file, by where it may be from the folder of the program; absent where there is none.
 std::optional<QString> modulePath() {
-    const QString folder = QCoreApplication::applicationDirPath();
-    for (const char* where : {"/", "/../" KESTRANT_MODULE_FOLDER "/"}) {
-        QString path = folder + QLatin1String(where) + QStringLiteral("kestrant_evolution.so");
-        if (QFileInfo::exists(path))
-            return path;
-    }
-    return std::nullopt;
+    return moduleFile(QStringLiteral("kestrant_evolution.so"));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ Item {
     required property YearRevealViewModel yearReveal
     required property OverlayHost overlays
     required property bool loadInBackground
-    readonly property Item content: expanded.item
+    readonly property Item content: expanded.item ? expanded.item.item : null
     property bool started: !loadInBackground
 
     /// Whether the content at this place can scroll further down.
@@ -32,8 +32,8 @@ Item {
     }
     /// What is expanded takes clicks from then on, so that the rest of its content cannot come little by little.
     function finishLoading() {
-        expanded.asynchronous = false
         root.started = true
+        expanded.item.asynchronous = false
     }
 
     NotchOutline {
@@ -78,20 +78,7 @@ Item {
             opacity: reveal.item ? 1 - reveal.item.opacity : 1
             focus: true
             active: root.started
-            asynchronous: root.loadInBackground
-            sourceComponent: ExpandedContent {
-                panel: root.panel
-                reminders: root.reminders
-                calendar: root.calendar
-                quickAdd: root.quickAdd
-                settings: root.settings
-                newEvent: root.newEvent
-                calendarEdit: root.calendarEdit
-                reminderEdit: root.reminderEdit
-                history: root.history
-                overlays: root.overlays
-                isCovered: root.yearReveal.isShowing
-            }
+            Component.onCompleted: setSource("PanelContent.qml", { host: root, asynchronous: root.loadInBackground })
         }
     }
 

@@ -11,8 +11,7 @@ namespace kestrant {
 /// libsndfile. While nothing is heard the device rests, so that neither the processor nor the sound card
 /// stays awake for it.
 ///
-/// To be constructed on the main thread before others may read the environment; used and destroyed on the
-/// thread of `queue`, as the port says. One for the process.
+/// Thread: that of `queue`, as the port says. One for the process.
 class OpenALOutput final : public AudioOutput {
   public:
     explicit OpenALOutput(Scheduler& queue);

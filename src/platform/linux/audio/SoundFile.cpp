@@ -1,4 +1,4 @@
-#include "platform/linux/SoundFile.h"
+#include "platform/linux/audio/SoundFile.h"
 
 #include <sndfile.h>
 

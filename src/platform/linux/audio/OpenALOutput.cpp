@@ -1,6 +1,6 @@
-#include "platform/linux/OpenALOutput.h"
+#include "platform/linux/audio/OpenALOutput.h"
 
-#include "platform/linux/SoundFile.h"
+#include "platform/linux/audio/SoundFile.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -10,8 +10,6 @@
 #include <AL/alc.h>
 #include <AL/alext.h>
 #include <dlfcn.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <utility>
@@ -26,36 +24,11 @@ constexpr Duration watchInterval = std::chrono::milliseconds(30);
 /// rests.
 constexpr Duration restDelay = std::chrono::seconds(1);
 
-// The sound is mixed in small parts, because a sound that begins waits for those that are mixed already: with
-// the library's own 64 ms cues were heard up to 40 ms late, with these 20 ms not after 15. A value that
-// somebody has set in the library's files for all programs gives way; ALSOFT_CONF, set for this one, does
-// not.
-constexpr char mixing[] = "[general]\nperiod_size = 256\nperiods = 4\n";
-
-constexpr char configurationVariable[] = "ALSOFT_CONF";
-constexpr char verbosityVariable[] = "ALSOFT_LOGLEVEL";
-
-void chooseMixing() {
-    if (QFile::exists(qEnvironmentVariable(configurationVariable)))
-        return;
-    // The library reads its settings from files only. This one is in memory and there as long as the process.
-    const int file = memfd_create("openal-settings", MFD_CLOEXEC);
-    if (file < 0)
-        return;
-    if (write(file, mixing, sizeof mixing - 1) == ssize_t{sizeof mixing - 1})
-        qputenv(configurationVariable,
-                "/proc/" + QByteArray::number(getpid()) + "/fd/" + QByteArray::number(file));
-    else
-        close(file);
-}
-
 // NOLINTNEXTLINE(cert-dcl50-cpp): the signature is ALSA's
 void ignoreComplaint(const char*, int, const char*, int, const char*, ...) {}
 
 /// A machine without sound is nothing to complain of.
 void silenceComplaints() {
-    if (!qEnvironmentVariableIsSet(verbosityVariable))
-        qputenv(verbosityVariable, "0");
     // ALSA is there where OpenAL was built with it.
     using SetHandler = int (*)(decltype(&ignoreComplaint));
     if (const auto set = reinterpret_cast<SetHandler>(dlsym(RTLD_DEFAULT, "snd_lib_error_set_handler")))
@@ -190,7 +163,6 @@ class OpenALOutput::Device {
 };
 
 OpenALOutput::OpenALOutput(Scheduler& queue) : queue_(queue) {
-    chooseMixing();
     silenceComplaints();
 }
 
