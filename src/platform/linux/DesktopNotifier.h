@@ -15,7 +15,7 @@ class QDBusPendingCallWatcher;
 namespace kestrant {
 
 /// Notifications through the desktop's own service (org.freedesktop.Notifications, version 1.2 of its
-/// specification), which the bus starts where it is installed. They stay until they are answered where the
+/// protocol), which the bus starts where it is installed. They stay until they are answered where the
 /// service allows that. Thread: main.
 class DesktopNotifier final : public QObject, public UserNotifier {
     Q_OBJECT

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int onceEach = -1;
 
-/// The service knows events, not patterns: the names are those of the sound naming specification, and a
+/// The service knows events, not patterns: the names are those that desktops give to sounds, and a
 /// button's release is felt more softly than its press.
 QString eventOf(HapticPattern pattern) {
     return pattern == HapticPattern::alignment ? QStringLiteral("button-released")
