@@ -22,23 +22,8 @@ class ReminderStoreExchangeTest : public ReminderStoreTest {
             return std::move(*given);
         };
     }
-    ReminderStore& storeOn(EKEventStore& eventStore) {
-        store.emplace(ReminderStoreServices{.eventStore = eventStore,
-                                            .scheduler = scheduler,
-                                            .clock = scheduler,
-                                            .calendar = calendar,
-                                            .defaults = defaults,
-                                            .localization = localization,
-                                            .notifications = notifications,
-                                            .ledger = ledger,
-                                            .completionsCommitted = [](int) {},
-                                            .history = &history,
-                                            .flags = nullptr});
-        return *store;
-    }
     void exchange(EventStoreSwitch& eventStore, std::unique_ptr<InMemoryEventStore> other) {
         eventStore.switchTo(QString::number(++exchanges), giving(std::move(other)));
-
         store->databaseWasExchanged();
     }
 
@@ -47,7 +32,7 @@ class ReminderStoreExchangeTest : public ReminderStoreTest {
 
 TEST_F(ReminderStoreExchangeTest, ShowsTheOtherDatabaseAndForgetsWhatCouldBeUndone) {
     EventStoreSwitch eventStore(QStringLiteral("first"), giving(databaseWith("first")));
-    storeOn(eventStore).requestAccess();
+    makeStoreOn(eventStore).requestAccess();
     scheduler.advance(1s);
     store->remove(QStringLiteral("first"), [](const auto&) {});
     scheduler.advance(1s);
@@ -65,7 +50,7 @@ TEST_F(ReminderStoreExchangeTest, LateAnswersOfTheFormerDatabaseAreDropped) {
     auto first = databaseWith("first");
     first->setAuthorizationStatus(EKAuthorizationStatus::denied);
     EventStoreSwitch eventStore(QStringLiteral("first"), giving(std::move(first)));
-    storeOn(eventStore).requestAccess();
+    makeStoreOn(eventStore).requestAccess();
     // Its refusal is on the way when another one takes its place.
     exchange(eventStore, databaseWith("second"));
     scheduler.advance(1s);
@@ -81,7 +66,7 @@ TEST_F(ReminderStoreExchangeTest, LateAnswersOfTheFormerDatabaseAreDropped) {
 
 TEST_F(ReminderStoreExchangeTest, BeforeAccessWasRequestedNothingIsAskedOfTheOther) {
     EventStoreSwitch eventStore(QStringLiteral("first"), giving(databaseWith("first")));
-    storeOn(eventStore);
+    makeStoreOn(eventStore);
     exchange(eventStore, databaseWith("second"));
     scheduler.advance(1s);
     EXPECT_EQ(store->accessState().kind, ReminderAccessState::Kind::notDetermined);

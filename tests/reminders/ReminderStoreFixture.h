@@ -72,8 +72,9 @@ class ReminderStoreTest : public testing::Test {
     void put(const EKReminderData& reminder) { database.putReminder(reminder); }
 
     /// Makes the store as it is at the start of the program; it has not asked for access yet.
-    ReminderStore& makeStore() {
-        store.emplace(ReminderStoreServices{.eventStore = database,
+    ReminderStore& makeStore() { return makeStoreOn(database); }
+    ReminderStore& makeStoreOn(EKEventStore& eventStore) {
+        store.emplace(ReminderStoreServices{.eventStore = eventStore,
                                             .scheduler = scheduler,
                                             .clock = scheduler,
                                             .calendar = calendar,
