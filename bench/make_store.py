@@ -78,6 +78,19 @@ class Generator:
         return "VEVENT", lines
 
 
+    def items(self, count, make):
+        """The uid and the lines of each item."""
+        for number in range(count):
+            component, lines = make(number)
+            uid = self.uid()
+            yield uid, [f"BEGIN:{component}", f"UID:{uid}", "DTSTAMP:20260101T000000Z", *lines, f"END:{component}"]
+
+
+def write_calendar(file, lines):
+    content = ["BEGIN:VCALENDAR", "VERSION:2.0", "PRODID:-//Kestrant//Benchmarks//EN", *lines, "END:VCALENDAR", ""]
+    file.write_bytes("\r\n".join(content).encode())
+
+
 def write_collections(root, prefix, count, items, generator, make):
     folders = []
     for number in range(count):
@@ -86,18 +99,23 @@ def write_collections(root, prefix, count, items, generator, make):
         (folder / "displayname").write_text(f"{prefix.capitalize()} {number}")
         (folder / "color").write_text("#%06X" % generator.random.getrandbits(24))
         folders.append(folder)
-    for number in range(items):
-        component, lines = make(number)
-        uid = generator.uid()
-        content = ["BEGIN:VCALENDAR", "VERSION:2.0", "PRODID:-//Kestrant//Benchmarks//EN", f"BEGIN:{component}",
-                   f"UID:{uid}", "DTSTAMP:20260101T000000Z", *lines, f"END:{component}", "END:VCALENDAR", ""]
-        (folders[number % count] / f"{uid}.ics").write_bytes("\r\n".join(content).encode())
+    for number, (uid, lines) in enumerate(generator.items(items, make)):
+        write_calendar(folders[number % count] / f"{uid}.ics", lines)
 
 
 def make_store(folder, reminders=10000, events=10000, collections=4, seed=1, around=datetime.datetime(2026, 3, 26)):
     generator = Generator(seed, around)
     write_collections(pathlib.Path(folder), "list", collections, reminders, generator, generator.reminder)
     write_collections(pathlib.Path(folder), "calendar", collections, events, generator, generator.event)
+
+
+def make_evolution_store(data_home, reminders=10000, events=10000, seed=1, around=datetime.datetime(2026, 3, 26)):
+    """The same items as the desktop's own database keeps them, in the list and the calendar that it always has."""
+    generator = Generator(seed, around)
+    for kind, count, make in (("tasks", reminders, generator.reminder), ("calendar", events, generator.event)):
+        folder = pathlib.Path(data_home) / "evolution" / kind / "system"
+        folder.mkdir(parents=True)
+        write_calendar(folder / f"{kind}.ics", [line for _, lines in generator.items(count, make) for line in lines])
 
 
 if __name__ == "__main__":

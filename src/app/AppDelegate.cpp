@@ -6,6 +6,7 @@
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/FolderDialog.h"
 #include "platform/linux/ModuleAudioOutput.h"
+#include "platform/linux/ProcessMemory.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "platform/linux/WakeObserver.h"
 #include "platform/linux/X11PanelWindow.h"
@@ -26,6 +27,8 @@ namespace {
 
 constexpr Duration settlingDelay = std::chrono::milliseconds(100);
 constexpr Duration ringingDelay = std::chrono::milliseconds(500);
+/// So long after something happened is nothing left to be done about it.
+constexpr Duration quietDelay = std::chrono::seconds(2);
 /// Pending changes get this long to reach the disk when the program ends.
 constexpr Duration endingDeadline = std::chrono::seconds(10);
 
@@ -112,8 +115,11 @@ CalendarStore& AppDelegate::calendarStore() {
 
 tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
     auto started = lifecycle_.start();
-    if (started)
+    if (started) {
         followSystem();
+        followPreferences();
+        keepMemorySmall();
+    }
     return started;
 }
 
@@ -143,7 +149,11 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
                 });
             },
         .checkForDueReport = [this] { reporter_.runDueCheck(); },
-        .prepareSounds = [this] { cuePlayer_.prepare(); },
+        .prepareSounds =
+            [this] {
+                if (preferences_.soundProfile() != SoundProfile::off)
+                    cuePlayer_.prepare();
+            },
         .finishStart =
             [this] {
                 // The next turn of the loop may come before the first frame, and these take a moment.
@@ -213,10 +223,29 @@ void AppDelegate::followSystem() {
     });
     observeQuitRequests(this, [this] { terminate(); });
     wakeObserver_ = std::make_unique<WakeObserver>([this] { wokeUp(); });
-    storeChoice_ = preferences_.observeChanges([this](const QString& key) {
+}
+
+void AppDelegate::followPreferences() {
+    preferenceChanges_ = preferences_.observeChanges([this](const QString& key) {
         if (key == preferenceKeys::eventStore.name)
             exchangeStore();
+        else if (key == preferenceKeys::soundEffectsProfile.name &&
+                 preferences_.soundProfile() != SoundProfile::off)
+            cuePlayer_.prepare();
     });
+}
+
+void AppDelegate::keepMemorySmall() {
+    // Reading a database takes several times the memory of what is then held, and so does a panel that is
+    // open.
+    const auto returnLater = [this] {
+        memoryReturn_ = scheduler_.after(quietDelay, [this] {
+            if (!interactionModel_.isExpanded())
+                returnFreeMemory();
+        });
+    };
+    databaseChanges_ = eventStore_.observeChanges(returnLater);
+    connect(&interactionModel_, &NotchInteractionModel::phaseChanged, this, returnLater);
 }
 
 void AppDelegate::wokeUp() {

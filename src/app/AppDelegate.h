@@ -111,6 +111,9 @@ class AppDelegate : public QObject {
     [[nodiscard]] tl::expected<void, TextPair> createPanel();
     void createOnboarding();
     void followSystem();
+    void followPreferences();
+    /// Has the process hold no more memory than it needs while the panel rests.
+    void keepMemorySmall();
     /// Has the views look as the desktop's settings ask.
     void followDesktopAppearance();
     void pickFolder(const QString& start, std::function<void(tl::expected<QString, TextPair>)> done);
@@ -164,7 +167,8 @@ class AppDelegate : public QObject {
     std::unique_ptr<NotchGeometry> geometry_;
     std::unique_ptr<PanelInterface> interface_;
     Subscription settingsProblems_;
-    Subscription storeChoice_;
+    Subscription preferenceChanges_;
+    Subscription databaseChanges_;
     std::unique_ptr<DesktopAppearance> desktopAppearance_;
     std::unique_ptr<FolderDialog> folderDialog_;
     std::unique_ptr<X11PointerProvider> pointer_;
@@ -173,6 +177,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<OnboardingWindowController> onboardingController_;
 
     std::unique_ptr<WakeObserver> wakeObserver_;
+    ScheduledTask memoryReturn_;
     ScheduledTask settling_;
     ScheduledTask ringing_;
     ScheduledTask activationReload_;

@@ -8,6 +8,7 @@
 #include "foundation/StandardFolders.h"
 #include "platform/linux/DesktopDatabase.h"
 #include "platform/linux/Platform.h"
+#include "platform/linux/ProcessMemory.h"
 #include "ui/PanelView.h"
 #include "ui/RenderStates.h"
 
@@ -83,6 +84,7 @@ int toggleRunningPanel(int& argc, char** argv) {
 }
 
 int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
+    useOneHeap();
     std::optional<EventStoreLocation> store;
     if (launch.store) {
         const auto location = EventStoreLocation::parse(*launch.store);

@@ -49,11 +49,8 @@ class EKEvent {
   public:
     /// A new event that no calendar holds yet.
     EKEvent() = default;
-    /// An occurrence as read; for event stores only. `version` stands for what was read.
-    EKEvent(std::shared_ptr<const EKEventData> stored, QByteArray version)
-        : data(*stored)
-        , stored_(std::move(stored))
-        , version_(std::move(version)) {}
+    /// An occurrence as read; for event stores only.
+    explicit EKEvent(std::shared_ptr<const EKEventData> stored) : data(*stored), stored_(std::move(stored)) {}
 
     /// The edited values; change them freely. The identifiers are the store's to set.
     EKEventData data;
@@ -65,17 +62,14 @@ class EKEvent {
 
     /// What was read, for the store to tell what changed; null for a new event.
     [[nodiscard]] const std::shared_ptr<const EKEventData>& stored() const { return stored_; }
-    [[nodiscard]] const QByteArray& version() const { return version_; }
     /// For event stores: the event now is what the database holds.
-    void setStored(std::shared_ptr<const EKEventData> stored, QByteArray version) {
+    void setStored(std::shared_ptr<const EKEventData> stored) {
         data = *stored;
         stored_ = std::move(stored);
-        version_ = std::move(version);
     }
 
   private:
     std::shared_ptr<const EKEventData> stored_;
-    QByteArray version_;
 };
 
 using EKEventRef = std::shared_ptr<EKEvent>;

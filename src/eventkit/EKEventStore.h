@@ -163,15 +163,9 @@ class EKEventStore {
   private:
     friend class EKReminder;
     friend class EventStoreSwitch;
-    struct StoredReminder {
-        std::shared_ptr<const EKReminderData> data;
-        QByteArray version;
-    };
-    /// Present values by identifier, for EKReminder::refresh().
-    [[nodiscard]] virtual std::optional<StoredReminder> storedReminder(const QString& identifier) const = 0;
-
-  protected:
-    using Stored = StoredReminder;
+    /// Present values by identifier, for EKReminder::refresh(); null when there is no such reminder.
+    [[nodiscard]] virtual std::shared_ptr<const EKReminderData>
+    storedReminder(const QString& identifier) const = 0;
 };
 
 }  // namespace kestrant

@@ -10,11 +10,10 @@ namespace kestrant {
 
 EKReminder::EKReminder(EKEventStore& store) : store_(store) {}
 
-EKReminder::EKReminder(EKEventStore& store, std::shared_ptr<const EKReminderData> stored, QByteArray version)
+EKReminder::EKReminder(EKEventStore& store, std::shared_ptr<const EKReminderData> stored)
     : data(*stored)
     , store_(store)
-    , stored_(std::move(stored))
-    , version_(std::move(version)) {}
+    , stored_(std::move(stored)) {}
 
 void EKReminder::addAlarm(const EKAlarm& alarm) {
     data.alarms.push_back(alarm);
@@ -32,9 +31,8 @@ bool EKReminder::refresh() {
     auto present = store_.storedReminder(stored_->calendarItemIdentifier);
     if (!present)
         return false;
-    data = mergeEdits(*stored_, data, *present->data).merged;
-    stored_ = std::move(present->data);
-    version_ = std::move(present->version);
+    data = mergeEdits(*stored_, data, *present).merged;
+    stored_ = std::move(present);
     return true;
 }
 
@@ -42,9 +40,8 @@ void EKReminder::reset() {
     data = stored_ ? *stored_ : EKReminderData{};
 }
 
-void EKReminder::setStored(std::shared_ptr<const EKReminderData> stored, QByteArray version) {
+void EKReminder::setStored(std::shared_ptr<const EKReminderData> stored) {
     stored_ = std::move(stored);
-    version_ = std::move(version);
     data = *stored_;
 }
 

@@ -15,9 +15,8 @@ class EKReminder {
   public:
     /// A new reminder that no list holds yet.
     explicit EKReminder(EKEventStore& store);
-    /// A reminder as read; for event stores only. `version` stands for what was read: the store gives it and
-    /// gets it back when the reminder is saved, so as to notice changes made meanwhile.
-    EKReminder(EKEventStore& store, std::shared_ptr<const EKReminderData> stored, QByteArray version);
+    /// A reminder as read; for event stores only.
+    EKReminder(EKEventStore& store, std::shared_ptr<const EKReminderData> stored);
 
     /// The edited values; change them freely. calendarItemIdentifier is the store's to set; it is empty until
     /// the first save. Setting isCompleted also sets or clears completionDate when it is saved.
@@ -40,14 +39,12 @@ class EKReminder {
 
     /// What was read, for the store to tell what changed; null for a new reminder.
     [[nodiscard]] const std::shared_ptr<const EKReminderData>& stored() const { return stored_; }
-    [[nodiscard]] const QByteArray& version() const { return version_; }
     /// For event stores: the reminder now is what the database holds.
-    void setStored(std::shared_ptr<const EKReminderData> stored, QByteArray version);
+    void setStored(std::shared_ptr<const EKReminderData> stored);
 
   private:
     EKEventStore& store_;
     std::shared_ptr<const EKReminderData> stored_;
-    QByteArray version_;
 };
 
 using EKReminderRef = std::shared_ptr<EKReminder>;

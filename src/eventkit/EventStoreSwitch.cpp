@@ -100,7 +100,7 @@ std::vector<TextPair> EventStoreSwitch::problems() const {
     return store_->problems();
 }
 
-std::optional<EventStoreSwitch::Stored> EventStoreSwitch::storedReminder(const QString& identifier) const {
+std::shared_ptr<const EKReminderData> EventStoreSwitch::storedReminder(const QString& identifier) const {
     return store_->storedReminder(identifier);
 }
 

@@ -48,7 +48,8 @@ class EventStoreSwitch final : public EKEventStore {
     [[nodiscard]] std::vector<TextPair> problems() const override;
 
   private:
-    [[nodiscard]] std::optional<Stored> storedReminder(const QString& identifier) const override;
+    [[nodiscard]] std::shared_ptr<const EKReminderData>
+    storedReminder(const QString& identifier) const override;
     void use(const QString& name, const Make& make);
 
     /// By name. Former ones are kept, because their answers may be under way and items of theirs in hand.

@@ -108,9 +108,8 @@ void InMemoryEventStore::fetchReminders(const EKPredicate& matching, FetchComple
     if (hasAccess()) {
         const ZoneCalendar local = calendar_.calendar();
         for (const auto& [identifier, entry] : entries_) {
-            if (matches(matching, *entry.data, local))
-                result.push_back(
-                    std::make_shared<EKReminder>(*this, entry.data, QByteArray::number(entry.version)));
+            if (matches(matching, *entry, local))
+                result.push_back(std::make_shared<EKReminder>(*this, entry));
         }
     }
     later([completion = std::move(completion), result = std::move(result)]() mutable {
@@ -120,14 +119,14 @@ void InMemoryEventStore::fetchReminders(const EKPredicate& matching, FetchComple
 
 EKReminderRef InMemoryEventStore::calendarItem(const QString& withIdentifier) {
     auto stored = storedReminder(withIdentifier);
-    return stored ? std::make_shared<EKReminder>(*this, stored->data, stored->version) : nullptr;
+    return stored ? std::make_shared<EKReminder>(*this, std::move(stored)) : nullptr;
 }
 
-std::optional<EKEventStore::Stored> InMemoryEventStore::storedReminder(const QString& identifier) const {
+std::shared_ptr<const EKReminderData> InMemoryEventStore::storedReminder(const QString& identifier) const {
     const auto found = entries_.find(identifier);
     if (!hasAccess() || found == entries_.end())
-        return std::nullopt;
-    return Stored{found->second.data, QByteArray::number(found->second.version)};
+        return nullptr;
+    return found->second;
 }
 
 std::optional<EKError> InMemoryEventStore::reasonNotToChange(const QString& calendarIdentifier) const {
@@ -143,7 +142,7 @@ std::optional<EKError> InMemoryEventStore::reasonNotToChange(const QString& cale
 
 void InMemoryEventStore::store(const QString& identifier, EKReminderData data) {
     data.calendarItemIdentifier = identifier;
-    entries_[identifier] = {std::make_shared<const EKReminderData>(std::move(data)), nextVersion_++};
+    entries_[identifier] = std::make_shared<const EKReminderData>(std::move(data));
     announceChange();
 }
 
@@ -160,7 +159,7 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::carryOut(const SaveReque
         const auto found = entries_.find(identifier);
         if (found == entries_.end())
             return tl::unexpected(itemNotFoundError());
-        before = *found->second.data;
+        before = *found->second;
         MergedEdits merge = mergeEdits(*request.base, request.edited, *before);
         if (merge.conflict)
             return tl::unexpected(conflictError(before->title));
@@ -186,12 +185,12 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::carryOut(const SaveReque
             result.completedCopyIdentifier = newIdentifier();
             store(*result.completedCopyIdentifier, std::move(*step.copy));
             change->items.push_back({*result.completedCopyIdentifier, std::nullopt,
-                                     *entries_.at(*result.completedCopyIdentifier).data});
+                                     *entries_.at(*result.completedCopyIdentifier)});
         }
         prepared = std::move(step.series);
     }
     store(identifier, std::move(prepared));
-    change->items.front().after = *entries_.at(identifier).data;
+    change->items.front().after = *entries_.at(identifier);
     result.change = change;
     return result;
 }
@@ -201,8 +200,7 @@ void InMemoryEventStore::save(const EKReminderRef& reminder, SaveCompletion comp
            completion = std::move(completion)] {
         auto result = carryOut(request);
         if (result) {
-            const Entry& entry = entries_.at(result->calendarItemIdentifier);
-            request.reminder->setStored(entry.data, QByteArray::number(entry.version));
+            request.reminder->setStored(entries_.at(result->calendarItemIdentifier));
         }
         completion(std::move(result));
     });
@@ -223,12 +221,12 @@ void InMemoryEventStore::remove(const EKReminderRef& reminder, SaveCompletion co
             completion(tl::unexpected(itemNotFoundError()));
             return;
         }
-        if (auto error = reasonNotToChange(found->second.data->calendarIdentifier)) {
+        if (auto error = reasonNotToChange(found->second->calendarIdentifier)) {
             completion(tl::unexpected(std::move(*error)));
             return;
         }
         const auto change = std::make_shared<Change>();
-        change->items.push_back({identifier, *found->second.data, std::nullopt});
+        change->items.push_back({identifier, *found->second, std::nullopt});
         entries_.erase(found);
         announceChange();
         completion(EKSaveResult{identifier, std::nullopt, change});
@@ -290,10 +288,9 @@ void InMemoryEventStore::dropCalendar(const QString& identifier) {
     std::erase_if(calendars_,
                   [&](const EKCalendar& calendar) { return calendar.calendarIdentifier == identifier; });
     std::erase_if(entries_,
-                  [&](const auto& entry) { return entry.second.data->calendarIdentifier == identifier; });
-    std::erase_if(series_, [&](const auto& entry) {
-        return entry.second.occurrences.front()->calendarIdentifier == identifier;
-    });
+                  [&](const auto& entry) { return entry.second->calendarIdentifier == identifier; });
+    std::erase_if(series_,
+                  [&](const auto& entry) { return entry.second.front()->calendarIdentifier == identifier; });
     announceChange();
 }
 
@@ -316,13 +313,13 @@ void InMemoryEventStore::dropReminder(const QString& identifier) {
 
 std::shared_ptr<const EKReminderData> InMemoryEventStore::reminder(const QString& identifier) const {
     const auto found = entries_.find(identifier);
-    return found == entries_.end() ? nullptr : found->second.data;
+    return found == entries_.end() ? nullptr : found->second;
 }
 
 std::vector<EKReminderData> InMemoryEventStore::reminders() const {
     std::vector<EKReminderData> result;
     for (const auto& [identifier, entry] : entries_)
-        result.push_back(*entry.data);
+        result.push_back(*entry);
     return result;
 }
 

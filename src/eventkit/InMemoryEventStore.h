@@ -72,18 +72,12 @@ class InMemoryEventStore final : public EKEventStore {
     [[nodiscard]] std::vector<EKEventData> allEvents() const;
 
   private:
-    struct Entry {
-        std::shared_ptr<const EKReminderData> data;
-        int version = 0;
-    };
     struct SaveRequest;
     struct Change;
-    struct Series {
-        std::vector<std::shared_ptr<const EKEventData>> occurrences;
-        int version = 0;
-    };
+    using Occurrences = std::vector<std::shared_ptr<const EKEventData>>;
 
-    [[nodiscard]] std::optional<Stored> storedReminder(const QString& identifier) const override;
+    [[nodiscard]] std::shared_ptr<const EKReminderData>
+    storedReminder(const QString& identifier) const override;
     [[nodiscard]] bool hasAccess() const;
     [[nodiscard]] std::optional<EKError> failure(Operation operation) const;
     [[nodiscard]] tl::expected<EKSaveResult, EKError> carryOut(const SaveRequest& request);
@@ -114,13 +108,12 @@ class InMemoryEventStore final : public EKEventStore {
     EKAuthorizationStatus status_ = EKAuthorizationStatus::fullAccess;
     std::map<Operation, EKError> failures_;
     std::vector<EKCalendar> calendars_;
-    std::map<QString, Entry> entries_;
-    std::map<QString, Series> series_;
+    std::map<QString, std::shared_ptr<const EKReminderData>> entries_;
+    std::map<QString, Occurrences> series_;
     std::vector<TextPair> problems_;
     ObserverList<> observers_;
     bool changeAnnounced_ = false;
     int nextIdentifier_ = 1;
-    int nextVersion_ = 1;
     std::shared_ptr<InMemoryEventStore*> self_ = std::make_shared<InMemoryEventStore*>(this);
 };
 

@@ -24,11 +24,10 @@ std::optional<EKCalendar> InMemoryEventStore::defaultCalendarForNewEvents() cons
 void InMemoryEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
     std::vector<EKEventRef> result;
     if (hasAccess()) {
-        for (const auto& [identifier, series] : series_) {
-            for (const auto& occurrence : series.occurrences) {
+        for (const auto& [identifier, occurrences] : series_) {
+            for (const auto& occurrence : occurrences) {
                 if (matches(matching, *occurrence))
-                    result.push_back(
-                        std::make_shared<EKEvent>(occurrence, QByteArray::number(series.version)));
+                    result.push_back(std::make_shared<EKEvent>(occurrence));
             }
         }
     }
@@ -41,19 +40,18 @@ EKEventRef InMemoryEventStore::event(const QString& withIdentifier) {
     if (!hasAccess())
         return nullptr;
     const auto found = std::find_if(series_.begin(), series_.end(), [&](const auto& entry) {
-        return entry.second.occurrences.front()->eventIdentifier == withIdentifier;
+        return entry.second.front()->eventIdentifier == withIdentifier;
     });
     if (found == series_.end())
         return nullptr;
-    return std::make_shared<EKEvent>(found->second.occurrences.front(),
-                                     QByteArray::number(found->second.version));
+    return std::make_shared<EKEvent>(found->second.front());
 }
 
 std::optional<std::size_t> InMemoryEventStore::positionOf(const EKEventData& base) const {
     const auto found = series_.find(base.calendarItemIdentifier);
     if (found == series_.end())
         return std::nullopt;
-    const auto& occurrences = found->second.occurrences;
+    const auto& occurrences = found->second;
     const auto position = std::find_if(occurrences.begin(), occurrences.end(), [&](const auto& occurrence) {
         return occurrence->occurrenceDate == base.occurrenceDate;
     });
@@ -74,8 +72,7 @@ InMemoryEventStore::carryOut(const EKEventRef& event, EKEventData edited,
     const auto position = positionOf(*base);
     if (!position)
         return tl::unexpected(itemNotFoundError());
-    Series& series = series_.at(base->calendarItemIdentifier);
-    auto& stored = series.occurrences[*position];
+    auto& stored = series_.at(base->calendarItemIdentifier)[*position];
     MergedEventEdits merge = mergeEdits(*base, edited, *stored);
     if (merge.conflict)
         return tl::unexpected(conflictError(stored->title));
@@ -94,16 +91,14 @@ InMemoryEventStore::carryOut(const EKEventRef& event, EKEventData edited,
             return storedAs(event, putEvent(separated(std::move(prepared))));
         }
         stored = std::make_shared<const EKEventData>(std::move(prepared));
-        series.version = nextVersion_++;
         announceChange();
     }
-    event->setStored(stored, QByteArray::number(series.version));
+    event->setStored(stored);
     return EKSaveResult{base->calendarItemIdentifier, std::nullopt};
 }
 
 EKSaveResult InMemoryEventStore::storedAs(const EKEventRef& event, const QString& identifier) const {
-    const Series& series = series_.at(identifier);
-    event->setStored(series.occurrences.front(), QByteArray::number(series.version));
+    event->setStored(series_.at(identifier).front());
     return {identifier, std::nullopt, nullptr};
 }
 
@@ -138,9 +133,8 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::addEvent(const EKEventRe
 
 void InMemoryEventStore::takeOut(const EKEventData& occurrence) {
     const auto entry = series_.find(occurrence.calendarItemIdentifier);
-    auto& occurrences = entry->second.occurrences;
+    auto& occurrences = entry->second;
     occurrences.erase(occurrences.begin() + static_cast<std::ptrdiff_t>(*positionOf(occurrence)));
-    entry->second.version = nextVersion_++;
     if (occurrences.empty())
         series_.erase(entry);
     announceChange();
@@ -161,8 +155,7 @@ InMemoryEventStore::reasonNotToRemove(const std::shared_ptr<const EKEventData>& 
     const auto position = base ? positionOf(*base) : std::nullopt;
     if (!position)
         return itemNotFoundError();
-    return reasonNotToChange(
-        series_.at(base->calendarItemIdentifier).occurrences[*position]->calendarIdentifier);
+    return reasonNotToChange(series_.at(base->calendarItemIdentifier)[*position]->calendarIdentifier);
 }
 
 void InMemoryEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion completion) {
@@ -197,11 +190,11 @@ QString InMemoryEventStore::putOccurrences(std::vector<EKEventData> occurrences)
     QString eventIdentifier = occurrences.front().eventIdentifier;
     if (eventIdentifier.isEmpty())
         eventIdentifier = identifier;
-    Series series{.version = nextVersion_++};
+    Occurrences series;
     for (EKEventData& occurrence : occurrences) {
         occurrence.calendarItemIdentifier = identifier;
         occurrence.eventIdentifier = eventIdentifier;
-        series.occurrences.push_back(std::make_shared<const EKEventData>(std::move(occurrence)));
+        series.push_back(std::make_shared<const EKEventData>(std::move(occurrence)));
     }
     series_[identifier] = std::move(series);
     announceChange();
@@ -215,8 +208,8 @@ void InMemoryEventStore::dropEvent(const QString& identifier) {
 
 std::vector<EKEventData> InMemoryEventStore::allEvents() const {
     std::vector<EKEventData> result;
-    for (const auto& [identifier, series] : series_) {
-        for (const auto& occurrence : series.occurrences)
+    for (const auto& [identifier, occurrences] : series_) {
+        for (const auto& occurrence : occurrences)
             result.push_back(*occurrence);
     }
     return result;

@@ -22,7 +22,7 @@ std::optional<EKError> InMemoryEventStore::reasonNotToTakeBack(const Change& cha
                 continue;
             return itemNotFoundError();
         }
-        const EKReminderData& current = *found->second.data;
+        const EKReminderData& current = *found->second;
         if (auto error = reasonNotToChange(current.calendarIdentifier))
             return error;
         if (item.before ? mergeEdits(*item.after, *item.before, current).conflict
@@ -48,7 +48,7 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::takeBack(const Change& c
         const auto found = entries_.find(name);
         std::optional<EKReminderData> current;
         if (item.after && found != entries_.end())
-            current = *found->second.data;
+            current = *found->second;
         std::optional<EKReminderData> restored = item.before;
         if (current && item.before) {
             restored = mergeEdits(*item.after, *item.before, *current).merged;
@@ -59,7 +59,7 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::takeBack(const Change& c
             if (!current)
                 name = newIdentifier();
             store(name, *restored);
-            restored = *entries_.at(name).data;
+            restored = *entries_.at(name);
         } else if (found != entries_.end()) {
             entries_.erase(found);
             announceChange();

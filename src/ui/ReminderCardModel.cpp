@@ -3,6 +3,7 @@
 #include "ui/RowChanges.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kestrant {
 namespace {
@@ -10,11 +11,19 @@ namespace {
 /// Beyond this many rows on the move nobody can follow them with the eye.
 constexpr int largestAnimatedChange = 60;
 
-std::vector<QString> idsOf(const std::vector<ReminderTask>& tasks) {
-    std::vector<QString> ids;
-    ids.reserve(tasks.size());
+std::vector<const ReminderTask*> rowsOf(const ReminderTaskList& tasks) {
+    std::vector<const ReminderTask*> rows;
+    rows.reserve(tasks.size());
     for (const ReminderTask& task : tasks)
-        ids.push_back(task.id);
+        rows.push_back(&task);
+    return rows;
+}
+
+std::vector<QString> idsOf(const std::vector<const ReminderTask*>& rows) {
+    std::vector<QString> ids;
+    ids.reserve(rows.size());
+    for (const ReminderTask* task : rows)
+        ids.push_back(task->id);
     return ids;
 }
 
@@ -24,26 +33,28 @@ ReminderCardModel::ReminderCardModel(Presenter presenter, QObject* parent)
     : QAbstractListModel(parent)
     , presenter_(std::move(presenter)) {}
 
-void ReminderCardModel::setTasks(const std::vector<ReminderTask>& tasks) {
+void ReminderCardModel::setTasks(const ReminderTaskList& tasks) {
     const int previousCount = count();
-    const auto changes = rowChanges(idsOf(tasks_), idsOf(tasks), largestAnimatedChange);
+    const std::vector<const ReminderTask*> wanted = rowsOf(tasks);
+    const auto changes = rowChanges(idsOf(rows_), idsOf(wanted), largestAnimatedChange);
     if (!changes) {
         beginResetModel();
+        rows_ = wanted;
         tasks_ = tasks;
         endResetModel();
     } else {
-        const auto at = [this](int row) { return tasks_.begin() + row; };
+        const auto at = [this](int row) { return rows_.begin() + row; };
         for (const RowChange& change : *changes) {
             switch (change.kind) {
             case RowChange::Kind::remove:
                 beginRemoveRows({}, change.first, change.last);
-                tasks_.erase(at(change.first), at(change.last + 1));
+                rows_.erase(at(change.first), at(change.last + 1));
                 endRemoveRows();
                 break;
             case RowChange::Kind::insert:
                 beginInsertRows({}, change.first, change.last);
-                tasks_.insert(at(change.first), tasks.begin() + change.first,
-                              tasks.begin() + change.last + 1);
+                rows_.insert(at(change.first), wanted.begin() + change.first,
+                             wanted.begin() + change.last + 1);
                 endInsertRows();
                 break;
             case RowChange::Kind::move: {
@@ -59,11 +70,11 @@ void ReminderCardModel::setTasks(const std::vector<ReminderTask>& tasks) {
             }
         }
         for (int row = 0; row < count(); ++row) {
-            if (tasks_[row] == tasks[row])
-                continue;
-            tasks_[row] = tasks[row];
-            Q_EMIT dataChanged(index(row), index(row));
+            const bool looksTheSame = *std::exchange(rows_[row], wanted[row]) == *wanted[row];
+            if (!looksTheSame)
+                Q_EMIT dataChanged(index(row), index(row));
         }
+        tasks_ = tasks;
     }
     if (count() != previousCount)
         Q_EMIT countChanged();
@@ -79,27 +90,27 @@ void ReminderCardModel::setPendingIDs(const QSet<QString>& ids) {
 }
 
 void ReminderCardModel::refreshTexts() {
-    if (!tasks_.empty())
+    if (!rows_.empty())
         Q_EMIT dataChanged(index(0), index(count() - 1));
 }
 
 int ReminderCardModel::rowOf(const QString& taskId) const {
-    const auto found = std::find_if(tasks_.begin(), tasks_.end(),
-                                    [&](const ReminderTask& task) { return task.id == taskId; });
-    return found == tasks_.end() ? -1 : int(found - tasks_.begin());
+    const auto found = std::find_if(rows_.begin(), rows_.end(),
+                                    [&](const ReminderTask* task) { return task->id == taskId; });
+    return found == rows_.end() ? -1 : int(found - rows_.begin());
 }
 
 QString ReminderCardModel::taskIdAt(int row) const {
-    return row >= 0 && row < count() ? tasks_[row].id : QString();
+    return row >= 0 && row < count() ? rows_[row]->id : QString();
 }
 
 bool ReminderCardModel::isWritableAt(int row) const {
-    return row >= 0 && row < count() && presenter_(tasks_[row], false).isWritable;
+    return row >= 0 && row < count() && presenter_(*rows_[row], false).isWritable;
 }
 
 QString ReminderCardModel::listIdOf(const QString& taskId) const {
     const int row = rowOf(taskId);
-    return row < 0 ? QString() : tasks_[std::size_t(row)].listID;
+    return row < 0 ? QString() : rows_[std::size_t(row)]->listID;
 }
 
 int ReminderCardModel::rowCount(const QModelIndex& parent) const {
@@ -109,7 +120,7 @@ int ReminderCardModel::rowCount(const QModelIndex& parent) const {
 QVariant ReminderCardModel::data(const QModelIndex& index, int role) const {
     if (role != cardRole || !checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    const ReminderTask& task = tasks_[index.row()];
+    const ReminderTask& task = *rows_[index.row()];
     return QVariant::fromValue(presenter_(task, pendingIDs_.contains(task.id)));
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reminders/ReminderTask.h"
+#include "reminders/ReminderTaskList.h"
 
 #include <QAbstractListModel>
 #include <QColor>
@@ -69,13 +69,13 @@ class ReminderCardModel : public QAbstractListModel {
 
     explicit ReminderCardModel(Presenter presenter, QObject* parent = nullptr);
 
-    void setTasks(const std::vector<ReminderTask>& tasks);
+    void setTasks(const ReminderTaskList& tasks);
     void setPendingIDs(const QSet<QString>& ids);
     /// The presenter would answer differently now.
     void refreshTexts();
 
-    [[nodiscard]] const std::vector<ReminderTask>& tasks() const { return tasks_; }
-    [[nodiscard]] int count() const { return int(tasks_.size()); }
+    [[nodiscard]] const ReminderTaskList& tasks() const { return tasks_; }
+    [[nodiscard]] int count() const { return int(rows_.size()); }
     /// -1 when there is none with this id.
     [[nodiscard]] Q_INVOKABLE int rowOf(const QString& taskId) const;
     /// Empty, and false, for a row that does not exist.
@@ -93,7 +93,9 @@ class ReminderCardModel : public QAbstractListModel {
 
   private:
     Presenter presenter_;
-    std::vector<ReminderTask> tasks_;
+    ReminderTaskList tasks_;
+    /// The tasks in `tasks_`, but while it is told what changed: some in those before, some in those after.
+    std::vector<const ReminderTask*> rows_;
     QSet<QString> pendingIDs_;
 };
 

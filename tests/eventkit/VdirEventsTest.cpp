@@ -55,7 +55,7 @@ class VdirEventsTest : public ::testing::Test {
     [[nodiscard]] std::vector<std::shared_ptr<const EKEventData>> events() const {
         std::vector<std::shared_ptr<const EKEventData>> result;
         for (auto& shown : database.snapshot()->eventsMatching({march, may, {}}))
-            result.push_back(std::move(shown.data));
+            result.push_back(std::move(shown));
         std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) {
             return std::tie(a->startDate, a->title) < std::tie(b->startDate, b->title);
         });
@@ -86,12 +86,12 @@ class VdirEventsTest : public ::testing::Test {
         const auto saved = database.saveEvent(base, wanted, now, paris);
         EXPECT_TRUE(saved.has_value()) << (saved ? "" : qPrintable(saved.error().message.english));
         const auto shown = database.snapshot()->event(base->calendarItemIdentifier, base->occurrenceDate);
-        EXPECT_TRUE(shown.has_value());
+        EXPECT_TRUE(shown);
         if (shown) {
-            EXPECT_EQ(shown->data->startDate, wanted.startDate);
-            EXPECT_EQ(shown->data->endDate, wanted.endDate);
-            EXPECT_EQ(shown->data->isAllDay, wanted.isAllDay);
-            EXPECT_EQ(shown->data->title, wanted.title);
+            EXPECT_EQ(shown->startDate, wanted.startDate);
+            EXPECT_EQ(shown->endDate, wanted.endDate);
+            EXPECT_EQ(shown->isAllDay, wanted.isAllDay);
+            EXPECT_EQ(shown->title, wanted.title);
         }
         return differences(before, folder.content("work/a.ics"));
     }
@@ -433,7 +433,7 @@ TEST_F(VdirEventsTest, ShowsManyEventsOfOneDay) {
     EXPECT_THAT(events(), SizeIs(5001));
     const auto found = database.snapshot()->eventsMatching({may, may + 24h, {}});
     ASSERT_THAT(found, SizeIs(1));
-    EXPECT_EQ(found[0].data->eventIdentifier, "long");
+    EXPECT_EQ(found[0]->eventIdentifier, "long");
     EXPECT_THAT(database.snapshot()->eventsMatching({may + 120h, may + 144h, {}}), IsEmpty());
 }
 
@@ -443,7 +443,7 @@ TEST_F(VdirEventsTest, FollowsThePersonIntoAnotherZone) {
     EXPECT_FALSE(database.adopt(paris));
     EXPECT_TRUE(database.adopt(ZoneCalendar(QTimeZone("Asia/Tokyo"))));
     EXPECT_EQ(events().at(0)->startDate, at("Asia/Tokyo", {2026, 3, 27}));
-    EXPECT_EQ(database.snapshot()->firstEvent("1")->data->startDate, at("Asia/Tokyo", {2026, 3, 27}));
+    EXPECT_EQ(database.snapshot()->firstEvent("1")->startDate, at("Asia/Tokyo", {2026, 3, 27}));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <numeric>
 #include <random>
 
 using namespace kestrant;
@@ -18,6 +19,12 @@ ReminderTask task(int id, const QString& title = QStringLiteral("title")) {
     task.id = QString::number(id);
     task.title = title;
     return task;
+}
+
+ReminderTaskList listOf(std::vector<ReminderTask> tasks) {
+    std::vector<std::uint32_t> order(tasks.size());
+    std::iota(order.begin(), order.end(), 0U);
+    return {std::make_shared<const std::vector<ReminderTask>>(std::move(tasks)), std::move(order)};
 }
 
 ReminderCard present(const ReminderTask& task, bool isPending) {
@@ -83,19 +90,19 @@ TEST(ReminderCardModel, TellsEveryChangeSoThatAFollowerHoldsTheSameCards) {
                 tasks.push_back(task(id, QString::number(random() % 3)));
         }
         std::shuffle(tasks.begin(), tasks.end(), random);
-        model.setTasks(tasks);
+        model.setTasks(listOf(tasks));
 
         std::vector<QString> expected;
         for (const ReminderTask& wanted : tasks)
             expected.push_back(wanted.id + QLatin1Char(' ') + wanted.title);
         ASSERT_EQ(follower.cards, expected) << "round " << round;
-        ASSERT_EQ(model.tasks(), tasks);
+        ASSERT_EQ(model.tasks(), listOf(tasks));
     }
 }
 
 TEST(ReminderCardModel, TellsOfTheRowsAloneWhoseCardsLookDifferent) {
     ReminderCardModel model(present);
-    model.setTasks({task(1), task(2), task(3)});
+    model.setTasks(listOf({task(1), task(2), task(3)}));
     QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
     const auto rows = [&changes] {
         std::vector<int> told;
@@ -106,7 +113,7 @@ TEST(ReminderCardModel, TellsOfTheRowsAloneWhoseCardsLookDifferent) {
         return told;
     };
 
-    model.setTasks({task(1), task(2, QStringLiteral("other")), task(3)});
+    model.setTasks(listOf({task(1), task(2, QStringLiteral("other")), task(3)}));
     EXPECT_THAT(rows(), ElementsAre(1));
     model.setPendingIDs({QStringLiteral("1"), QStringLiteral("3")});
     EXPECT_THAT(rows(), ElementsAre(0, 2));

@@ -30,13 +30,16 @@ constexpr auto longestAtTheEnd = 1s;
 /// More items than this that changed at once are read with all the others.
 constexpr std::size_t mostReadAlone = 50;
 
-QByteArray versionOf(const QByteArray& text) {
-    return QCryptographicHash::hash(text, QCryptographicHash::Md5);
+items::Version versionOf(const QByteArray& text) {
+    const QByteArray hash = QCryptographicHash::hash(text, QCryptographicHash::Md5);
+    items::Version result{};
+    std::copy(hash.begin(), hash.end(), reinterpret_cast<char*>(result.data()));
+    return result;
 }
 
 StoredText stored(QByteArray text) {
-    QByteArray version = versionOf(text);
-    return {std::move(version), std::move(text)};
+    const items::Version version = versionOf(text);
+    return {version, std::move(text)};
 }
 
 EKError noService(const QString& detail) {
@@ -234,13 +237,15 @@ bool EvolutionStorage::updateList(Collection& collection, const QByteArray& uid,
     EvolutionClient* const client = clientFor(uid, list, error);
     bool changed = false;
     bool isSilent = !client;
+    const items::ItemReader reader(uid, local);
     const auto keep = [&](const QByteArray& item, const QByteArray& text) {
-        QByteArray version = versionOf(text);
-        ItemFile& file = collection.files[item];
+        const items::Version version = versionOf(text);
+        const auto known = collection.files.try_emplace(item).first;
+        ItemFile& file = known->second;
         if (file.version == version)
             return;
-        file = items::readItems(text, {uid, item}, local);
-        file.version = std::move(version);
+        file = reader.read(text, known->first);
+        file.version = version;
         changed = true;
     };
     if (client && !named) {
@@ -319,7 +324,8 @@ std::optional<EKError> EvolutionStorage::reasonNotToChange(const Place&) {
     return std::nullopt;
 }
 
-std::optional<WriteError> EvolutionStorage::reasonNotToWrite(const Place& place, const QByteArray& expected) {
+std::optional<WriteError> EvolutionStorage::reasonNotToWrite(const Place& place,
+                                                             const items::Version& expected) {
     const auto present = read(place);
     if (!present)
         return present.error();
@@ -339,7 +345,7 @@ tl::expected<StoredText, WriteError> EvolutionStorage::readBack(const Place& pla
 
 tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& place, const Document& before,
                                                                const Document& after,
-                                                               const QByteArray& expected) {
+                                                               const items::Version& expected) {
     if (auto reason = reasonNotToWrite(place, expected))
         return tl::unexpected(std::move(*reason));
     const auto client = openClient(place.collection);
@@ -351,7 +357,7 @@ tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& plac
     return readBack(place);
 }
 
-std::optional<WriteError> EvolutionStorage::remove(const Place& place, const QByteArray& expected) {
+std::optional<WriteError> EvolutionStorage::remove(const Place& place, const items::Version& expected) {
     if (auto reason = reasonNotToWrite(place, expected))
         return reason;
     const auto client = openClient(place.collection);

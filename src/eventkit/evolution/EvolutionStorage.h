@@ -34,9 +34,9 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] std::optional<EKError> reasonNotToChange(const items::Place& place) override;
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
     replace(const items::Place& place, const icalendar::Document& before, const icalendar::Document& after,
-            const QByteArray& expected) override;
+            const items::Version& expected) override;
     [[nodiscard]] std::optional<items::WriteError> remove(const items::Place& place,
-                                                          const QByteArray& expected) override;
+                                                          const items::Version& expected) override;
     [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
                                                         const QByteArray& preferredName,
                                                         const icalendar::Document& document) override;
@@ -60,7 +60,7 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError> readBack(const items::Place& place);
     /// Why nothing may be written: the item is gone or is not what it was.
     [[nodiscard]] std::optional<items::WriteError> reasonNotToWrite(const items::Place& place,
-                                                                    const QByteArray& expected);
+                                                                    const items::Version& expected);
 
     /// Told of changes until the end. The registry is one for the whole process and tells on the thread that
     /// came first, so this may be another one. Thread: any.

@@ -43,11 +43,44 @@ QByteArray findFactory(GDBusConnection* bus, GCancellable* cancellable) {
     return result;
 }
 
+/// A connection to the session's bus that nobody shares, and that ends with this. Empty where there is none.
+class OwnConnection {
+  public:
+    explicit OwnConnection(GCancellable* cancellable) {
+        const Text address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, cancellable, nullptr));
+        if (address)
+            bus_.reset(g_dbus_connection_new_for_address_sync(
+                address.get(),
+                static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                  G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+                nullptr, cancellable, nullptr));
+    }
+    OwnConnection(const OwnConnection&) = delete;
+    OwnConnection& operator=(const OwnConnection&) = delete;
+    ~OwnConnection() {
+        if (bus_)
+            g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
+    }
+
+    explicit operator bool() const { return bus_ != nullptr; }
+    [[nodiscard]] Ref<GDBusConnection> bus() const {
+        return Ref<GDBusConnection>(G_DBUS_CONNECTION(g_object_ref(bus_.get())));
+    }
+
+  private:
+    Ref<GDBusConnection> bus_;
+};
+
 }  // namespace
 
 std::unique_ptr<ServiceReader> ServiceReader::open(EKEntityType type, const QByteArray& listUid,
                                                    GCancellable* cancellable) {
-    Ref<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable, nullptr));
+    return openOver(Ref<GDBusConnection>(g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable, nullptr)), type,
+                    listUid, cancellable);
+}
+
+std::unique_ptr<ServiceReader> ServiceReader::openOver(Ref<GDBusConnection> bus, EKEntityType type,
+                                                       const QByteArray& listUid, GCancellable* cancellable) {
     const QByteArray factory = bus ? findFactory(bus.get(), cancellable) : QByteArray();
     if (factory.isEmpty())
         return nullptr;
@@ -62,12 +95,13 @@ std::unique_ptr<ServiceReader> ServiceReader::open(EKEntityType type, const QByt
     const gchar* name = nullptr;
     g_variant_get(answer.get(), "(&s&s)", &path, &name);
     // The list is open already, for the client library.
-    return std::unique_ptr<ServiceReader>(new ServiceReader(type, std::move(bus), name, path));
+    return std::unique_ptr<ServiceReader>(new ServiceReader(type, listUid, std::move(bus), name, path));
 }
 
-ServiceReader::ServiceReader(EKEntityType type, Ref<GDBusConnection> bus, QByteArray busName,
-                             QByteArray objectPath)
+ServiceReader::ServiceReader(EKEntityType type, QByteArray listUid, Ref<GDBusConnection> bus,
+                             QByteArray busName, QByteArray objectPath)
     : type_(type)
+    , listUid_(std::move(listUid))
     , bus_(std::move(bus))
     , busName_(std::move(busName))
     , objectPath_(std::move(objectPath)) {}
@@ -87,6 +121,12 @@ GVariant* ServiceReader::call(const char* method, GVariant* arguments, const cha
 }
 
 std::optional<std::vector<QByteArray>> ServiceReader::readAll(GCancellable* cancellable, Error& error) {
+    const OwnConnection own(cancellable);
+    const auto reader = own ? openOver(own.bus(), type_, listUid_, cancellable) : nullptr;
+    return reader ? reader->list(cancellable, error) : list(cancellable, error);
+}
+
+std::optional<std::vector<QByteArray>> ServiceReader::list(GCancellable* cancellable, Error& error) {
     const Variant answer(call("GetObjectList", g_variant_new("(s)", "#t"), "(as)", cancellable, error.out()));
     if (!answer)
         return std::nullopt;

@@ -23,7 +23,8 @@ class ServiceReader {
     ServiceReader& operator=(const ServiceReader&) = delete;
     ~ServiceReader();
 
-    /// The text of every component. Absent with an error.
+    /// The text of every component. Absent with an error. Goes over a connection of its own, because a
+    /// connection keeps as much memory as its longest message took.
     [[nodiscard]] std::optional<std::vector<QByteArray>> readAll(GCancellable* cancellable, Error& error);
     /// The text of every component of one item. Absent with an error, which is that of the client library
     /// where there is no such item.
@@ -31,11 +32,17 @@ class ServiceReader {
                                                               GCancellable* cancellable, Error& error);
 
   private:
-    ServiceReader(EKEntityType type, Ref<GDBusConnection> bus, QByteArray busName, QByteArray objectPath);
+    ServiceReader(EKEntityType type, QByteArray listUid, Ref<GDBusConnection> bus, QByteArray busName,
+                  QByteArray objectPath);
+    [[nodiscard]] static std::unique_ptr<ServiceReader> openOver(Ref<GDBusConnection> bus, EKEntityType type,
+                                                                 const QByteArray& listUid,
+                                                                 GCancellable* cancellable);
+    [[nodiscard]] std::optional<std::vector<QByteArray>> list(GCancellable* cancellable, Error& error);
     [[nodiscard]] GVariant* call(const char* method, GVariant* arguments, const char* answerType,
                                  GCancellable* cancellable, GError** error) const;
 
     EKEntityType type_;
+    QByteArray listUid_;
     Ref<GDBusConnection> bus_;
     QByteArray busName_;
     QByteArray objectPath_;

@@ -60,17 +60,21 @@ QString standardOf(const std::vector<EKCalendar>& calendars, const QByteArray& c
     return result;
 }
 
-/// What an item is called: as it would be alone, where none of `entries` is,
-/// else by its place.
-template <typename Entries>
-QString identifierFor(const ItemEntry& item, const QString& alone, const Entries& entries) {
-    if (!alone.isEmpty() && !entries.contains(alone))
-        return alone;
-    QString result = alone + QLatin1Char('#') + QFile::decodeName(item.collection) + QLatin1Char('/') +
-                     QFile::decodeName(item.file);
-    if (item.ordinal > 0)
-        result += QStringLiteral("#%1").arg(item.ordinal + 1);
+/// How many of the file's items before each of them have the same identifier.
+template <typename Items, typename Identifier>
+std::vector<int> ordinalsOf(const Items& items, Identifier identifier) {
+    std::vector<int> result;
+    for (auto item = items.begin(); item != items.end(); ++item)
+        result.push_back(int(std::count_if(items.begin(), item, [&](const auto& before) {
+            return identifier(before) == identifier(*item);
+        })));
     return result;
+}
+
+/// What an item is called: as it would be alone, where none of `entries` is, else by its place.
+template <typename Entries>
+QString identifierFor(const QString& alone, const Place& place, int ordinal, const Entries& entries) {
+    return !alone.isEmpty() && !entries.contains(alone) ? alone : identifierByPlace(alone, place, ordinal);
 }
 
 }  // namespace
@@ -101,16 +105,13 @@ bool ItemDatabase::adopt(const ZoneCalendar& local) {
 }
 
 bool ItemDatabase::placeEvents(const ZoneCalendar& local) {
-    const bool isElsewhere = local_ && !(*local_ == local);
-    local_ = local;
-    if (!isElsewhere)
+    const auto before = std::exchange(local_, local);
+    if (!before || *before == local)
         return false;
     for (auto& [name, collection] : library_.collections) {
         for (auto& [file, items] : collection.files) {
-            for (FileEvent& event : items.events)
-                event.series =
-                    std::make_shared<const EventSeries>(event.series->item(), event.series->identifier(),
-                                                        event.series->calendarIdentifier(), local);
+            for (KeptEvent& event : items.events)
+                event = event.placedIn(local, *before);
         }
     }
     return true;
@@ -151,34 +152,38 @@ void ItemDatabase::rebuildSnapshot() {
 }
 
 void ItemDatabase::addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items) {
-    for (const FileReminder& reminder : items.reminders) {
-        Entry entry{{items.version, place.collection, place.file, reminder.key, reminder.ordinal},
-                    reminder.data};
-        const QString identifier =
-            identifierFor(entry, reminder.data->calendarItemIdentifier, snapshot.reminders);
-        if (identifier != reminder.data->calendarItemIdentifier) {
-            EKReminderData renamed = *reminder.data;
+    const auto identifierOf = [](const auto& reminder) -> const QString& {
+        return reminder->calendarItemIdentifier;
+    };
+    const std::vector<int> ordinals = ordinalsOf(items.reminders, identifierOf);
+    for (std::size_t i = 0; i < items.reminders.size(); ++i) {
+        Entry entry{place.file, items.reminders[i]};
+        const QString& alone = identifierOf(entry.data);
+        const QString identifier = identifierFor(alone, place, ordinals[i], snapshot.reminders);
+        if (identifier != alone) {
+            EKReminderData renamed = *entry.data;
             renamed.calendarItemIdentifier = identifier;
             entry.data = std::make_shared<const EKReminderData>(std::move(renamed));
         }
-        snapshot.reminders.insert(identifier, std::move(entry));
+        snapshot.reminders.insert(entry.data->calendarItemIdentifier, std::move(entry));
     }
 }
 
 void ItemDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const {
-    for (const FileEvent& event : items.events) {
-        EventEntry entry{{items.version, place.collection, place.file, event.key, event.ordinal},
-                         event.series};
-        const QString identifier = identifierFor(entry, event.series->identifier(), snapshot.events);
-        if (identifier != event.series->identifier())
-            entry.series = std::make_shared<const EventSeries>(event.series->item(), identifier,
-                                                               event.series->calendarIdentifier(), *local_);
-        for (const EventSeries::Occurrence& single : entry.series->singles())
-            snapshot.singleEvents.add(single.data->startDate, single.data->endDate,
-                                      {single.data, entry.version});
-        if (const auto& bounds = entry.series->ruled())
-            snapshot.ruledEvents.add(bounds->start, bounds->end.value_or(Instant::max()),
-                                     {entry.series, entry.version});
+    const auto identifierOf = [](const KeptEvent& event) -> const QString& { return event.identifier(); };
+    const std::vector<int> ordinals = ordinalsOf(items.events, identifierOf);
+    for (std::size_t i = 0; i < items.events.size(); ++i) {
+        EventEntry entry{place.file, items.events[i]};
+        const QString& alone = identifierOf(entry.event);
+        const QString identifier = identifierFor(alone, place, ordinals[i], snapshot.events);
+        if (identifier != alone)
+            entry.event = entry.event.called(identifier, *local_);
+        entry.event.forEachSingle([&](const std::shared_ptr<const EKEventData>& single) {
+            snapshot.singleEvents.add(single->startDate, single->endDate, single);
+        });
+        const auto& series = entry.event.series();
+        if (const auto bounds = series ? series->ruled() : std::nullopt)
+            snapshot.ruledEvents.add(bounds->start, bounds->end.value_or(Instant::max()), series);
         snapshot.events.insert(identifier, std::move(entry));
     }
 }

@@ -67,19 +67,21 @@ class ItemDatabase {
     bool placeEvents(const ZoneCalendar& local);
     static void addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items);
     void addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const;
+    /// What the first item with this key in a file is called; empty when there is none.
     template <typename Entries>
     [[nodiscard]] static QString identifierIn(const Entries& entries, const Place& place,
                                               const QByteArray& key) {
-        for (auto entry = entries.cbegin(); entry != entries.cend(); ++entry) {
-            if (entry->file == place.file && entry->collection == place.collection && entry->key == key &&
-                entry->ordinal == 0)
-                return entry.key();
+        const QString alone = QString::fromUtf8(key);
+        for (const QString& identifier : {alone, identifierByPlace(alone, place, 0)}) {
+            if (const auto entry = entries.constFind(identifier);
+                entry != entries.cend() && placeOf(*entry) == place)
+                return identifier;
         }
         return {};
     }
 
-    /// Opens an item's file; absent when there is none.
-    [[nodiscard]] tl::expected<std::optional<OpenFile>, EKError> openFileOf(const ItemEntry& entry) const;
+    /// Opens a file; absent when there is none.
+    [[nodiscard]] tl::expected<std::optional<OpenFile>, EKError> openFile(const Place& place) const;
     template <typename Item, typename Entries>
     [[nodiscard]] tl::expected<std::pair<OpenFile, Item>, EKError>
     openWith(Entries Snapshot::*entries,
@@ -109,7 +111,7 @@ class ItemDatabase {
     /// The result is the text that is then kept.
     [[nodiscard]] tl::expected<QByteArray, WriteError>
     replaceFile(const OpenFile& file, const icalendar::Document& document, const ZoneCalendar& local);
-    [[nodiscard]] std::optional<WriteError> removeFile(const Place& place, const QByteArray& expected);
+    [[nodiscard]] std::optional<WriteError> removeFile(const Place& place, const Version& expected);
     /// Takes an item, whose components have this name, out of its file.
     [[nodiscard]] std::optional<WriteError> takeOut(const OpenFile& file, QByteArrayView name,
                                                     const icalendar::ItemComponents& item,

@@ -131,7 +131,7 @@ void ItemEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion
             if (database_.isOpen()) {
                 for (const Entry& entry : database_.snapshot()->reminders) {
                     if (matches(matching, *entry.data, local))
-                        result.push_back(std::make_shared<EKReminder>(*this, entry.data, entry.version));
+                        result.push_back(std::make_shared<EKReminder>(*this, entry.data));
                 }
             }
             onMain([completion = std::move(completion), result = std::move(result)]() mutable {
@@ -141,15 +141,15 @@ void ItemEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion
 }
 
 EKReminderRef ItemEventStore::calendarItem(const QString& withIdentifier) {
-    const auto stored = storedReminder(withIdentifier);
-    return stored ? std::make_shared<EKReminder>(*this, stored->data, stored->version) : nullptr;
+    auto stored = storedReminder(withIdentifier);
+    return stored ? std::make_shared<EKReminder>(*this, std::move(stored)) : nullptr;
 }
 
-std::optional<EKEventStore::Stored> ItemEventStore::storedReminder(const QString& identifier) const {
+std::shared_ptr<const EKReminderData> ItemEventStore::storedReminder(const QString& identifier) const {
     const auto found = snapshot_->reminders.constFind(identifier);
     if (status_ != EKAuthorizationStatus::fullAccess || found == snapshot_->reminders.cend())
-        return std::nullopt;
-    return Stored{found->data, found->version};
+        return nullptr;
+    return found->data;
 }
 
 template <typename Change, typename Completion>
@@ -170,8 +170,8 @@ void ItemEventStore::save(const EKReminderRef& reminder, SaveCompletion completi
                  Instant now, const ZoneCalendar& local) { return database_.save(base, edited, now, local); },
              [this, reminder, completion = std::move(completion)](auto result) {
                  if (result) {
-                     if (const auto stored = storedReminder(result->calendarItemIdentifier))
-                         reminder->setStored(stored->data, stored->version);
+                     if (auto stored = storedReminder(result->calendarItemIdentifier))
+                         reminder->setStored(std::move(stored));
                  }
                  completion(std::move(result));
              });
@@ -202,8 +202,8 @@ void ItemEventStore::events(const EKEventPredicate& matching, EventsCompletion c
             if (database_.isOpen()) {
                 if (database_.adopt(local))
                     publish(false);
-                for (Snapshot::ShownEvent& shown : database_.snapshot()->eventsMatching(matching))
-                    result.push_back(std::make_shared<EKEvent>(std::move(shown.data), shown.version));
+                for (auto& shown : database_.snapshot()->eventsMatching(matching))
+                    result.push_back(std::make_shared<EKEvent>(std::move(shown)));
             }
             onMain([completion = std::move(completion), result = std::move(result)]() mutable {
                 completion(std::move(result));
@@ -215,7 +215,7 @@ EKEventRef ItemEventStore::event(const QString& withIdentifier) {
     if (status_ != EKAuthorizationStatus::fullAccess)
         return nullptr;
     auto shown = snapshot_->firstEvent(withIdentifier);
-    return shown ? std::make_shared<EKEvent>(std::move(shown->data), shown->version) : nullptr;
+    return shown ? std::make_shared<EKEvent>(std::move(shown)) : nullptr;
 }
 
 void ItemEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion completion) {
@@ -230,7 +230,7 @@ void ItemEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion comple
                 if (!shown)
                     shown = snapshot_->firstEvent(identifier);
                 if (shown)
-                    event->setStored(std::move(shown->data), shown->version);
+                    event->setStored(std::move(shown));
             }
             completion(std::move(result));
         });

@@ -50,7 +50,8 @@ class ItemEventStore : public EKEventStore {
     [[nodiscard]] std::vector<TextPair> problems() const override;
 
   private:
-    [[nodiscard]] std::optional<Stored> storedReminder(const QString& identifier) const override;
+    [[nodiscard]] std::shared_ptr<const EKReminderData>
+    storedReminder(const QString& identifier) const override;
     void requestAccess(AccessCompletion completion);
     /// Runs `change(now, local)` on the worker, shows what came of it and calls
     /// `completion(result)`.

@@ -28,8 +28,7 @@ int firstZoneYear(int year) {
 }
 
 tl::expected<std::optional<ItemDatabase::OpenFile>, EKError>
-ItemDatabase::openFileOf(const ItemEntry& entry) const {
-    const Place place{entry.collection, entry.file};
+ItemDatabase::openFile(const Place& place) const {
     auto stored = storage_.read(place);
     if (!stored)
         return tl::unexpected(std::move(stored.error()));
@@ -39,7 +38,7 @@ ItemDatabase::openFileOf(const ItemEntry& entry) const {
     if (!document)
         return tl::unexpected(
             storageError(QFile::decodeName(place.collection + '/' + place.file), document.error()));
-    return OpenFile{place, std::move((*stored)->version), std::move(*document), entry.ordinal};
+    return OpenFile{place, (*stored)->version, std::move(*document)};
 }
 
 tl::expected<QByteArray, EKError> ItemDatabase::writableCollection(const QString& identifier) const {
@@ -60,7 +59,7 @@ std::optional<EKError> ItemDatabase::reasonNotToChange(const Place& place) const
 
 void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local) {
     placeEvents(local);
-    ItemFile items = readItems(stored.text, place, local);
+    ItemFile items = ItemReader(place.collection, local).read(stored.text, place.file);
     items.version = stored.version;
     library_.collections[place.collection].files.insert_or_assign(place.file, std::move(items));
 }
@@ -74,7 +73,7 @@ tl::expected<QByteArray, WriteError> ItemDatabase::replaceFile(const OpenFile& f
     return std::move(stored->text);
 }
 
-std::optional<WriteError> ItemDatabase::removeFile(const Place& place, const QByteArray& expected) {
+std::optional<WriteError> ItemDatabase::removeFile(const Place& place, const Version& expected) {
     if (auto error = storage_.remove(place, expected))
         return error;
     library_.collections[place.collection].files.erase(place.file);

@@ -48,40 +48,37 @@ TextPair unreadable(const QString& name, const TextPair& reason) {
 }
 
 bool sameContent(const ItemFile& a, const ItemFile& b) {
-    return a.holdsEvents == b.holdsEvents && a.problem == b.problem &&
+    const auto isSameProblem = [&] {
+        return a.problem && b.problem ? *a.problem == *b.problem : a.problem == b.problem;
+    };
+    return a.holdsEvents == b.holdsEvents && isSameProblem() &&
            std::equal(a.reminders.begin(), a.reminders.end(), b.reminders.begin(), b.reminders.end(),
-                      [](const FileReminder& x, const FileReminder& y) {
-                          return x.key == y.key && x.ordinal == y.ordinal && *x.data == *y.data;
-                      }) &&
+                      [](const auto& x, const auto& y) { return *x == *y; }) &&
            std::equal(a.events.begin(), a.events.end(), b.events.begin(), b.events.end(),
-                      [](const FileEvent& x, const FileEvent& y) {
-                          return x.series->item() == y.series->item() && x.ordinal == y.ordinal;
-                      });
+                      [](const KeptEvent& x, const KeptEvent& y) { return x.isSame(y); });
 }
 
-ItemFile readItems(const QByteArray& text, const Place& place, const ZoneCalendar& local) {
+ItemReader::ItemReader(const QByteArray& collection, const ZoneCalendar& local)
+    : calendar_(QFile::decodeName(collection))
+    , local_(local) {}
+
+ItemFile ItemReader::read(const QByteArray& text, const QByteArray& file) const {
     ItemFile result;
     const auto document = icalendar::Document::parse(text);
     if (!document) {
-        result.problem = unreadable(QFile::decodeName(place.collection + '/' + place.file), document.error());
+        result.problem = std::make_shared<const TextPair>(
+            unreadable(calendar_ + QLatin1Char('/') + QFile::decodeName(file), document.error()));
         return result;
     }
     result.holdsEvents = !document->components("VEVENT").empty();
-    const QString calendar = QFile::decodeName(place.collection);
-    std::map<QByteArray, int> seen;
-    for (icalendar::TodoItem& item : icalendar::readTodos(*document, local)) {
-        FileReminder reminder{item.key, seen[item.key]++, nullptr};
-        item.data.calendarIdentifier = calendar;
+    for (icalendar::TodoItem& item : icalendar::readTodos(*document, local_)) {
+        item.data.calendarIdentifier = calendar_;
         item.data.calendarItemIdentifier = QString::fromUtf8(item.key);
-        reminder.data = std::make_shared<const EKReminderData>(std::move(item.data));
-        result.reminders.push_back(std::move(reminder));
+        result.reminders.push_back(std::make_shared<const EKReminderData>(std::move(item.data)));
     }
-    seen.clear();
-    for (icalendar::EventItem& item : icalendar::readEvents(*document, local)) {
-        FileEvent event{item.key, seen[item.key]++, nullptr};
-        event.series = std::make_shared<const EventSeries>(std::move(item), QString::fromUtf8(event.key),
-                                                           calendar, local);
-        result.events.push_back(std::move(event));
+    for (icalendar::EventItem& item : icalendar::readEvents(*document, local_)) {
+        const QString identifier = QString::fromUtf8(item.key);
+        result.events.emplace_back(std::move(item), identifier, calendar_, local_);
     }
     return result;
 }

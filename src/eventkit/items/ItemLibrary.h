@@ -1,11 +1,12 @@
 #pragma once
 
 #include "eventkit/EKTypes.h"
-#include "eventkit/EventSeries.h"
+#include "eventkit/items/KeptEvent.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <QByteArray>
 
+#include <array>
 #include <map>
 #include <memory>
 #include <optional>
@@ -14,35 +15,20 @@
 
 namespace kestrant::items {
 
-/// A reminder in a file. `key` and `ordinal` find it there again: it is the
-/// ordinal-th one with this key.
-struct FileReminder {
-    QByteArray key;
-    int ordinal = 0;
-    /// With the list's identifier, and with the identifier it has if it is the
-    /// only one of its UID.
-    std::shared_ptr<const EKReminderData> data;
-};
-
-/// An event in a file, found there again in the same way.
-struct FileEvent {
-    QByteArray key;
-    int ordinal = 0;
-    /// With the same identifiers.
-    std::shared_ptr<const EventSeries> series;
-};
+/// Tells one state of a file from another.
+using Version = std::array<quint64, 3>;
 
 /// What is known of one file: an iCalendar text that is kept and changed as a
 /// whole. The text itself is not here.
 struct ItemFile {
-    /// Tells one state of the file from another.
-    QByteArray version;
-    std::vector<FileReminder> reminders;
-    std::vector<FileEvent> events;
+    Version version{};
+    /// Each with the identifier it has if it is the only one of its UID, and with that of its list.
+    std::vector<std::shared_ptr<const EKReminderData>> reminders;
+    std::vector<KeptEvent> events;
     /// Also such as cannot be shown.
     bool holdsEvents = false;
-    /// Why it cannot be shown.
-    std::optional<TextPair> problem;
+    /// Why it cannot be shown; null where it can.
+    std::shared_ptr<const TextPair> problem;
 };
 
 /// One collection of files: a list, a calendar, or both.
@@ -82,10 +68,21 @@ struct Changes {
 struct Place {
     QByteArray collection;
     QByteArray file;
+    bool operator==(const Place&) const = default;
 };
 
-/// What a file with this text holds.
-[[nodiscard]] ItemFile readItems(const QByteArray& text, const Place& place, const ZoneCalendar& local);
+/// Reads the files of one collection. What they have in common is kept once. Thread: any one at a time.
+class ItemReader {
+  public:
+    ItemReader(const QByteArray& collection, const ZoneCalendar& local);
+
+    /// What a file with this text holds.
+    [[nodiscard]] ItemFile read(const QByteArray& text, const QByteArray& file) const;
+
+  private:
+    QString calendar_;
+    ZoneCalendar local_;
+};
 
 /// A colour for a new collection: one that none of the others has, as long as there are any.
 [[nodiscard]] Color unusedColor(const Library& library);

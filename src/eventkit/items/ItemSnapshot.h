@@ -1,8 +1,8 @@
 #pragma once
 
 #include "eventkit/EKEventStore.h"
-#include "eventkit/EventSeries.h"
 #include "eventkit/IntervalIndex.h"
+#include "eventkit/items/ItemLibrary.h"
 
 #include <QHash>
 
@@ -12,22 +12,24 @@
 
 namespace kestrant::items {
 
-/// Where an item is.
-struct ItemEntry {
-    QByteArray version;
-    QByteArray collection;
+/// A reminder and the file that holds it, in the collection that its calendarIdentifier names.
+struct Entry {
     QByteArray file;
-    QByteArray key;
-    int ordinal = 0;
-};
-
-struct Entry : ItemEntry {
     std::shared_ptr<const EKReminderData> data;
 };
 
-struct EventEntry : ItemEntry {
-    std::shared_ptr<const EventSeries> series;
+struct EventEntry {
+    QByteArray file;
+    KeptEvent event;
 };
+
+/// Where an item is.
+[[nodiscard]] Place placeOf(const Entry& entry);
+[[nodiscard]] Place placeOf(const EventEntry& entry);
+
+/// What an item is called where another one has its identifier: by its place, and by how many of the same
+/// identifier are before it in its file.
+[[nodiscard]] QString identifierByPlace(const QString& identifier, const Place& place, int ordinal);
 
 /// The whole database at one moment. Never changes, so any thread may read it.
 struct Snapshot {
@@ -43,26 +45,18 @@ struct Snapshot {
     QHash<QString, EventEntry> events;
     std::vector<TextPair> problems;
 
-    /// One occurrence, with the version of its file.
-    struct ShownEvent {
-        std::shared_ptr<const EKEventData> data;
-        QByteArray version;
-    };
     /// The occurrences that match, each of a series by itself.
-    [[nodiscard]] std::vector<ShownEvent> eventsMatching(const EKEventPredicate& predicate) const;
-    /// The occurrence of an event with this occurrenceDate.
-    [[nodiscard]] std::optional<ShownEvent> event(const QString& identifier,
-                                                  const std::optional<Instant>& occurrenceDate) const;
-    /// The first occurrence of an event.
-    [[nodiscard]] std::optional<ShownEvent> firstEvent(const QString& identifier) const;
+    [[nodiscard]] std::vector<std::shared_ptr<const EKEventData>>
+    eventsMatching(const EKEventPredicate& predicate) const;
+    /// The occurrence of an event with this occurrenceDate; null when there is none.
+    [[nodiscard]] std::shared_ptr<const EKEventData>
+    event(const QString& identifier, const std::optional<Instant>& occurrenceDate) const;
+    /// The first occurrence of an event; null when there is none.
+    [[nodiscard]] std::shared_ptr<const EKEventData> firstEvent(const QString& identifier) const;
     [[nodiscard]] std::optional<EKCalendar> calendar(const QString& identifier) const;
 
-    struct RuledEvent {
-        std::shared_ptr<const EventSeries> series;
-        QByteArray version;
-    };
-    IntervalIndex<ShownEvent> singleEvents;
-    IntervalIndex<RuledEvent> ruledEvents;
+    IntervalIndex<std::shared_ptr<const EKEventData>> singleEvents;
+    IntervalIndex<std::shared_ptr<const EventSeries>> ruledEvents;
 };
 
 }  // namespace kestrant::items

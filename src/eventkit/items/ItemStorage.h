@@ -13,7 +13,7 @@ namespace kestrant::items {
 
 /// A file as it is kept at one moment.
 struct StoredText {
-    QByteArray version;
+    Version version{};
     QByteArray text;
 };
 
@@ -61,9 +61,8 @@ class ItemStorage {
     [[nodiscard]] virtual tl::expected<StoredText, WriteError> replace(const Place& place,
                                                                        const icalendar::Document& before,
                                                                        const icalendar::Document& after,
-                                                                       const QByteArray& expected) = 0;
-    [[nodiscard]] virtual std::optional<WriteError> remove(const Place& place,
-                                                           const QByteArray& expected) = 0;
+                                                                       const Version& expected) = 0;
+    [[nodiscard]] virtual std::optional<WriteError> remove(const Place& place, const Version& expected) = 0;
 
     struct Created {
         Place place;

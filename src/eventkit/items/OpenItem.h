@@ -5,6 +5,7 @@
 #include "eventkit/items/ItemDatabase.h"
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -17,7 +18,7 @@ namespace kestrant::items {
 /// item in it.
 struct ItemDatabase::OpenFile {
     Place place;
-    QByteArray version;
+    Version version{};
     icalendar::Document document;
     /// Which of the items with its key the item is.
     int ordinal = 0;
@@ -80,14 +81,19 @@ ItemDatabase::openWith(Entries Snapshot::*entries,
         const auto entry = ((*snapshot_).*entries).constFind(identifier);
         if (entry == ((*snapshot_).*entries).cend())
             break;
-        auto file = openFileOf(*entry);
+        const Place place = placeOf(*entry);
+        auto file = openFile(place);
         if (!file)
             return tl::unexpected(file.error());
         if (*file) {
-            int ordinal = 0;
+            std::map<QByteArray, int> seen;
             for (Item& item : read((*file)->document, local)) {
-                if (item.key != entry->key || ordinal++ != entry->ordinal)
+                const QString alone = QString::fromUtf8(item.key);
+                const int ordinal = seen[item.key]++;
+                if ((identifier != alone || ordinal > 0) &&
+                    identifier != identifierByPlace(alone, place, ordinal))
                     continue;
+                (*file)->ordinal = ordinal;
                 (*file)->isAlone = !icalendar::holdsMore((*file)->document, item);
                 return std::pair(std::move(**file), std::move(item));
             }

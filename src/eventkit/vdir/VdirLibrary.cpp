@@ -148,16 +148,17 @@ struct Reading {
 
 void readFiles(int folder, const QByteArray& collection, const ZoneCalendar& local, Reading* begin,
                Reading* end) {
+    const items::ItemReader reader(collection, local);
     for (Reading* reading = begin; reading != end; ++reading) {
         const auto opened = openFileAt(folder, reading->name);
         if (opened) {
-            reading->result = items::readItems(opened->text, {collection, reading->name}, local);
-            reading->result->version = opened->stamp.toBytes();
+            reading->result = reader.read(opened->text, reading->name);
+            reading->result->version = opened->stamp.toVersion();
         } else if (opened.error() != ENOENT && opened.error() != EISDIR) {
             reading->result.emplace();
-            reading->result->version = stampAt(folder, reading->name).value_or(FileStamp{}).toBytes();
-            reading->result->problem =
-                unreadable(QFile::decodeName(collection + '/' + reading->name), systemReason(opened.error()));
+            reading->result->version = stampAt(folder, reading->name).value_or(FileStamp{}).toVersion();
+            reading->result->problem = std::make_shared<const TextPair>(unreadable(
+                QFile::decodeName(collection + '/' + reading->name), systemReason(opened.error())));
         }
     }
 }
@@ -188,7 +189,7 @@ bool updateFiles(Collection& collection, int folder, const QByteArray& collectio
         const auto known = files.find(name);
         const auto stamp =
             known != files.end() && !named.contains(name) ? stampAt(folder, name) : std::nullopt;
-        if (!stamp || stamp->toBytes() != known->second.version)
+        if (!stamp || stamp->toVersion() != known->second.version)
             readings.push_back({name, std::nullopt});
         present.insert(std::move(name));
     }
@@ -225,11 +226,6 @@ bool updateCollection(Collection& collection, const QByteArray& root, const QByt
 }
 
 }  // namespace
-
-QByteArray FileStamp::toBytes() const {
-    const std::array parts{static_cast<quint64>(modifiedNanoseconds), inode, static_cast<quint64>(size)};
-    return {reinterpret_cast<const char*>(parts.data()), sizeof parts};
-}
 
 bool isItemName(const QByteArray& name) {
     return name.endsWith(".ics") && !name.startsWith('.') && name.size() > 4;

@@ -18,8 +18,9 @@ struct FileStamp {
     quint64 inode = 0;
     qint64 size = 0;
 
-    /// The same, for others to keep.
-    [[nodiscard]] QByteArray toBytes() const;
+    [[nodiscard]] items::Version toVersion() const {
+        return {static_cast<quint64>(modifiedNanoseconds), inode, static_cast<quint64>(size)};
+    }
     bool operator==(const FileStamp&) const = default;
 };
 

@@ -85,7 +85,7 @@ tl::expected<std::optional<StoredText>, EKError> VdirStorage::read(const Place& 
     if (!opened)
         return tl::unexpected(
             writeError({QFile::decodeName(path), opened.error(), systemDescription(opened.error())}));
-    return StoredText{opened->stamp.toBytes(), std::move(opened->text)};
+    return StoredText{opened->stamp.toVersion(), std::move(opened->text)};
 }
 
 std::optional<EKError> VdirStorage::reasonNotToChange(const Place& place) {
@@ -96,14 +96,15 @@ std::optional<EKError> VdirStorage::reasonNotToChange(const Place& place) {
 }
 
 StoredText VdirStorage::storedAt(const Place& place, QByteArray text) const {
-    return {stampOf(pathOf(place)).value_or(FileStamp{}).toBytes(), std::move(text)};
+    return {stampOf(pathOf(place)).value_or(FileStamp{}).toVersion(), std::move(text)};
 }
 
 tl::expected<StoredText, WriteError> VdirStorage::replace(const Place& place, const Document& /*before*/,
-                                                          const Document& after, const QByteArray& expected) {
+                                                          const Document& after,
+                                                          const items::Version& expected) {
     const QByteArray path = pathOf(place);
     const auto stamp = stampOf(path);
-    if (!stamp || stamp->toBytes() != expected)
+    if (!stamp || stamp->toVersion() != expected)
         return tl::unexpected(WriteError(ChangedMeanwhile{}));
     QByteArray text = after.text();
     if (const auto written = writeFileAtomically(QFile::decodeName(path), text); !written)
@@ -111,10 +112,10 @@ tl::expected<StoredText, WriteError> VdirStorage::replace(const Place& place, co
     return storedAt(place, std::move(text));
 }
 
-std::optional<WriteError> VdirStorage::remove(const Place& place, const QByteArray& expected) {
+std::optional<WriteError> VdirStorage::remove(const Place& place, const items::Version& expected) {
     const QByteArray path = pathOf(place);
     const auto stamp = stampOf(path);
-    if (!stamp || stamp->toBytes() != expected)
+    if (!stamp || stamp->toVersion() != expected)
         return ChangedMeanwhile{};
     if (::unlink(path.constData()) != 0)
         return writeError({QFile::decodeName(path), errno, systemDescription(errno)});

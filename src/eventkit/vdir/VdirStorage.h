@@ -26,9 +26,9 @@ class VdirStorage : public items::ItemStorage {
     [[nodiscard]] std::optional<EKError> reasonNotToChange(const items::Place& place) override;
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
     replace(const items::Place& place, const icalendar::Document& before, const icalendar::Document& after,
-            const QByteArray& expected) override;
+            const items::Version& expected) override;
     [[nodiscard]] std::optional<items::WriteError> remove(const items::Place& place,
-                                                          const QByteArray& expected) override;
+                                                          const items::Version& expected) override;
     [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
                                                         const QByteArray& preferredName,
                                                         const icalendar::Document& document) override;

@@ -11,7 +11,8 @@ struct NotchContainerShape;
 /// The outline of a shape that hangs from the middle of the top edge of an area so many points wide.
 [[nodiscard]] QPainterPath outlinePath(const NotchContainerShape& shape, double areaWidth);
 
-/// The panel's black body, joined to the top edge of the item and centred in it.
+/// The panel's black body, joined to the top edge of the item and centred in it. What the item covers is kept
+/// in memory as pixels: let it be no higher than the shape.
 class NotchOutline : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
@@ -19,8 +20,9 @@ class NotchOutline : public QQuickPaintedItem {
     Q_PROPERTY(double shapeHeight MEMBER shapeHeight_ NOTIFY shapeChanged)
     Q_PROPERTY(double earRadius MEMBER earRadius_ NOTIFY shapeChanged)
     Q_PROPERTY(double bottomRadius MEMBER bottomRadius_ NOTIFY shapeChanged)
-    /// Black at the top edge, a shade lighter from the toolbar's lower edge on; else black all over.
-    Q_PROPERTY(bool graded MEMBER graded_ NOTIFY shapeChanged)
+    /// Black at the top edge, a shade lighter from the toolbar's lower edge on, and so to this height; black
+    /// all over where it is 0.
+    Q_PROPERTY(double shadeHeight MEMBER shadeHeight_ NOTIFY shapeChanged)
     /// A line of one point inside the outline; transparent for none.
     Q_PROPERTY(QColor borderColor MEMBER borderColor_ NOTIFY shapeChanged)
 
@@ -36,7 +38,7 @@ class NotchOutline : public QQuickPaintedItem {
     double shapeHeight_ = 0.0;
     double earRadius_ = 0.0;
     double bottomRadius_ = 0.0;
-    bool graded_ = true;
+    double shadeHeight_ = 0.0;
     QColor borderColor_ = Qt::transparent;
 };
 

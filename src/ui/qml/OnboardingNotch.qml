@@ -23,12 +23,13 @@ Item {
 
     NotchOutline {
         id: outline
-        anchors.fill: parent
+        width: parent.width
+        height: Math.ceil(shapeHeight)
         shapeWidth: [132, 168, 500][scene.phase]
         shapeHeight: scene.open ? 176 : 22
         earRadius: [4, 6, 7][scene.phase]
         bottomRadius: [8, 10, 18][scene.phase]
-        graded: scene.settings.material !== "black"
+        shadeHeight: scene.settings.material !== "black" ? scene.height : 0
         borderColor: Theme.outline
         Behavior on shapeWidth { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
         Behavior on shapeHeight { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }

@@ -38,12 +38,13 @@ Item {
 
     NotchOutline {
         id: outline
-        anchors.fill: parent
+        width: parent.width
+        height: Math.ceil(shapeHeight)
         shapeWidth: root.panel.shapeWidth
         shapeHeight: root.panel.shapeHeight
         earRadius: root.panel.earRadius
         bottomRadius: root.panel.bottomRadius
-        graded: root.panel.material === "glass"
+        shadeHeight: root.panel.material === "glass" ? root.height : 0
         borderColor: Theme.outline
         Behavior on shapeWidth { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
         Behavior on shapeHeight { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
