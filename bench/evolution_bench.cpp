@@ -111,6 +111,25 @@ void measureSaving() {
         times.push_back(milliseconds([&] { (void)database.save(base, edited, Instant(), local); }));
     }
     std::printf("save one of them: %.0f ms\n", median(times));
+
+    constexpr int together = 500;
+    for (const bool atOnce : {false, true}) {
+        std::vector<items::ReminderEdit> edits;
+        for (const items::Entry& entry : database.snapshot()->reminders) {
+            if (std::ssize(edits) < together)
+                edits.push_back({entry.data, *entry.data});
+        }
+        for (items::ReminderEdit& edit : edits)
+            edit.edited.isFlagged = !edit.base->isFlagged;
+        const double time = milliseconds([&] {
+            if (atOnce)
+                (void)database.saveAll(edits, Instant(), local);
+            else
+                for (const items::ReminderEdit& edit : edits)
+                    (void)database.save(edit.base, edit.edited, Instant(), local);
+        });
+        std::printf("flag %d of them %s: %.0f ms\n", together, atOnce ? "at once" : "one by one", time);
+    }
 }
 
 /// Opens the whole database and tells how much memory the process then has.

@@ -75,6 +75,8 @@ class EKEventStore {
     using FetchCompletion = std::function<void(std::vector<EKReminderRef> reminders)>;
     using EventsCompletion = std::function<void(std::vector<EKEventRef> events)>;
     using SaveCompletion = std::function<void(tl::expected<EKSaveResult, EKError> result)>;
+    /// The results are in the order of what was to be saved.
+    using SaveAllCompletion = std::function<void(std::vector<tl::expected<EKSaveResult, EKError>> results)>;
     using CalendarCompletion = std::function<void(tl::expected<EKCalendar, EKError> result)>;
 
     virtual ~EKEventStore() = default;
@@ -113,6 +115,9 @@ class EKEventStore {
     /// moves it to its next date and leaves a completed, non-recurring copy. On success the reminder in hand
     /// is what the database holds.
     virtual void save(const EKReminderRef& reminder, SaveCompletion completion) = 0;
+    /// Writes several reminders, each as save() would: one that fails keeps none of the others back. A
+    /// database that can write many at once does.
+    virtual void saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) = 0;
     /// Removes a reminder. Fails with itemNotFound when it is gone already.
     virtual void remove(const EKReminderRef& reminder, SaveCompletion completion) = 0;
 

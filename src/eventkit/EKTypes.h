@@ -132,16 +132,16 @@ struct EKReminderData {
     std::optional<QString> url;
     /// 0 none, 1 highest to 9 lowest.
     int priority = 0;
+    bool isCompleted = false;
+    /// Marked as important (X-PINNED). Set and asked for by scripts; the panel shows its own index of flags.
+    bool isFlagged = false;
     std::optional<DateComponents> dueDateComponents;
     std::optional<DateComponents> startDateComponents;
-    bool isCompleted = false;
     std::optional<Instant> completionDate;
     std::optional<Instant> creationDate;
     std::optional<Instant> lastModifiedDate;
     std::vector<EKAlarm> alarms;
     std::vector<EKRecurrenceRule> recurrenceRules;
-    /// Marked as important (X-PINNED). Set and asked for by scripts; the panel shows its own index of flags.
-    bool isFlagged = false;
     bool operator==(const EKReminderData&) const = default;
 };
 

@@ -63,6 +63,10 @@ void EventStoreSwitch::save(const EKReminderRef& reminder, SaveCompletion comple
     store_->save(reminder, std::move(completion));
 }
 
+void EventStoreSwitch::saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) {
+    store_->saveAll(reminders, std::move(completion));
+}
+
 void EventStoreSwitch::remove(const EKReminderRef& reminder, SaveCompletion completion) {
     store_->remove(reminder, std::move(completion));
 }

@@ -196,13 +196,22 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::carryOut(const SaveReque
 }
 
 void InMemoryEventStore::save(const EKReminderRef& reminder, SaveCompletion completion) {
-    later([this, request = SaveRequest{reminder, reminder->data, reminder->stored()},
-           completion = std::move(completion)] {
-        auto result = carryOut(request);
-        if (result) {
-            request.reminder->setStored(entries_.at(result->calendarItemIdentifier));
+    saveAll({reminder},
+            [completion = std::move(completion)](auto results) { completion(std::move(results.front())); });
+}
+
+void InMemoryEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) {
+    std::vector<SaveRequest> requests;
+    for (const EKReminderRef& reminder : reminders)
+        requests.push_back({reminder, reminder->data, reminder->stored()});
+    later([this, requests = std::move(requests), completion = std::move(completion)] {
+        std::vector<tl::expected<EKSaveResult, EKError>> results;
+        for (const SaveRequest& request : requests) {
+            results.push_back(carryOut(request));
+            if (results.back())
+                request.reminder->setStored(entries_.at(results.back()->calendarItemIdentifier));
         }
-        completion(std::move(result));
+        completion(std::move(results));
     });
 }
 

@@ -29,6 +29,7 @@ class InMemoryEventStore final : public EKEventStore {
     void fetchReminders(const EKPredicate& matching, FetchCompletion completion) override;
     [[nodiscard]] EKReminderRef calendarItem(const QString& withIdentifier) override;
     void save(const EKReminderRef& reminder, SaveCompletion completion) override;
+    void saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) override;
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
     void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
                 SaveCompletion completion) override;

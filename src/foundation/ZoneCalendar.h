@@ -8,6 +8,7 @@
 #include <QTime>
 #include <QTimeZone>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -20,12 +21,14 @@ class ZoneOffsets;
 /// a whole day. `timeZone` is an IANA identifier, "UTC" or a Windows zone name; absent means floating: read
 /// in the reader's own zone.
 struct DateComponents {
-    std::optional<int> year;
-    std::optional<int> month;
-    std::optional<int> day;
-    std::optional<int> hour;
-    std::optional<int> minute;
-    std::optional<int> second;
+    // Every reminder in memory has some of these.
+    using Part = std::optional<std::int16_t>;
+    Part year;
+    Part month;
+    Part day;
+    Part hour;
+    Part minute;
+    Part second;
     std::optional<QByteArray> timeZone;
 
     [[nodiscard]] bool includesTime() const { return hour.has_value(); }

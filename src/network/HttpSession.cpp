@@ -63,14 +63,17 @@ class BodyReadOnce final : public QIODevice {
     bool spent_ = false;
 };
 
+/// Has a network access of its own, which keeps connections open: a request that went over one that the
+/// server is about to close would fail without having been sent.
 class Exchange final : public QObject, public HttpExchange {
   public:
-    Exchange(Scheduler& scheduler, QNetworkAccessManager& manager, const QNetworkRequest& request,
-             const JsonPost& post, HttpSession::Completion completion)
+    Exchange(Scheduler& scheduler, const QNetworkRequest& request, const JsonPost& post,
+             HttpSession::Completion completion)
         : scheduler_(scheduler)
         , idleTimeout_(post.idleTimeout)
         , completion_(std::move(completion))
-        , reply_(start(manager, request, post.body)) {
+        , access_(new QNetworkAccessManager)
+        , reply_(start(*access_, request, post.body)) {
         reply_->setReadBufferSize(HttpSession::bodyLimit);
         connect(reply_, &QNetworkReply::readyRead, this, [this] { read(); });
         connect(reply_, &QNetworkReply::uploadProgress, this, [this] { armIdleTimer(); });
@@ -141,12 +144,14 @@ class Exchange final : public QObject, public HttpExchange {
         QNetworkReply* reply = std::exchange(reply_, nullptr);
         reply->disconnect(this);
         reply->abort();
-        reply->deleteLater();
+        // The reply, which may be calling this, goes with it.
+        access_->deleteLater();
     }
 
     Scheduler& scheduler_;
     Duration idleTimeout_;
     HttpSession::Completion completion_;
+    QNetworkAccessManager* access_;
     QNetworkReply* reply_;
     QByteArray body_;
     ScheduledTask idle_;
@@ -157,13 +162,10 @@ class Exchange final : public QObject, public HttpExchange {
 
 HttpSession::HttpSession(Scheduler& scheduler, const QSslConfiguration& tls)
     : scheduler_(scheduler)
-    , tls_(tls)
-    , manager_(std::make_unique<QNetworkAccessManager>()) {}
-
-HttpSession::~HttpSession() = default;
+    , tls_(tls) {}
 
 std::unique_ptr<HttpExchange> HttpSession::post(const JsonPost& request, Completion completion) {
-    return std::make_unique<Exchange>(scheduler_, *manager_, networkRequest(request, tls_), request,
+    return std::make_unique<Exchange>(scheduler_, networkRequest(request, tls_), request,
                                       std::move(completion));
 }
 

@@ -12,8 +12,6 @@
 #include <memory>
 #include <optional>
 
-class QNetworkAccessManager;
-
 namespace kestrant {
 
 /// One POST of a JSON text.
@@ -63,18 +61,15 @@ class HttpSession {
     /// `scheduler` measures the timeouts and must outlive the session. `tls` names the trusted certificates.
     explicit HttpSession(Scheduler& scheduler,
                          const QSslConfiguration& tls = QSslConfiguration::defaultConfiguration());
-    ~HttpSession();
     HttpSession(const HttpSession&) = delete;
     HttpSession& operator=(const HttpSession&) = delete;
 
-    /// The completion is called once, on a later turn; it may destroy the exchange. The exchange must not
-    /// outlive the session.
+    /// The completion is called once, on a later turn; it may destroy the exchange.
     [[nodiscard]] std::unique_ptr<HttpExchange> post(const JsonPost& request, Completion completion);
 
   private:
     Scheduler& scheduler_;
     QSslConfiguration tls_;
-    std::unique_ptr<QNetworkAccessManager> manager_;
 };
 
 }  // namespace kestrant

@@ -224,6 +224,53 @@ TYPED_TEST(EventStoreContract, RefusesToOverwriteWhatWasChangedElsewhere) {
     EXPECT_TRUE(this->driver.save(reminder).has_value());
 }
 
+TYPED_TEST(EventStoreContract, SavesManyEachByItself) {
+    this->open();
+    const QString other = this->driver.addList("Work");
+    const auto make = [this](EKReminderData data) { return this->driver.add(this->inList(std::move(data))); };
+    const EKReminderRef flagged = make(aReminder("").titled("flagged"));
+    const EKReminderRef noted = make(aReminder("").titled("noted"));
+    const EKReminderRef contested = make(aReminder("").titled("contested"));
+    const EKReminderRef gone = make(aReminder("").titled("gone"));
+    const EKReminderRef moved = make(aReminder("").titled("moved"));
+    const EKReminderRef done = make(aReminder("").titled("done").due({2026, 3, 27}).repeating("FREQ=DAILY"));
+    const EKReminderRef same = make(aReminder("").titled("same"));
+    const auto fresh = std::make_shared<EKReminder>(this->house.store);
+    fresh->data = this->inList(aReminder("").titled("fresh"));
+    const EKReminderRef again = this->house.store.calendarItem(noted->calendarItemIdentifier());
+    this->house.changeElsewhere(contested->calendarItemIdentifier(),
+                                [](EKReminderData& data) { data.title = "theirs"; });
+    this->house.removeElsewhere(gone->calendarItemIdentifier());
+
+    flagged->data.isFlagged = true;
+    noted->data.notes = "first";
+    contested->data.title = "ours";
+    gone->data.isFlagged = true;
+    moved->data.calendarIdentifier = other;
+    done->data.isCompleted = true;
+    again->data.priority = 1;
+    const auto results =
+        this->driver.saveAll({flagged, noted, contested, gone, moved, done, same, fresh, again});
+    ASSERT_EQ(results.size(), 9U);
+    EXPECT_EQ(codeOf(results[2]), EKError::Code::conflict);
+    EXPECT_EQ(codeOf(results[3]), EKError::Code::itemNotFound);
+    for (const std::size_t i : {0U, 1U, 4U, 5U, 6U, 7U, 8U})
+        EXPECT_TRUE(results[i].has_value()) << i;
+
+    EXPECT_TRUE(this->shown(flagged->calendarItemIdentifier()).isFlagged);
+    EXPECT_FALSE(flagged->hasChanges());
+    EXPECT_EQ(this->shown(noted->calendarItemIdentifier()).notes, "first");
+    EXPECT_EQ(this->shown(noted->calendarItemIdentifier()).priority, 1);
+    EXPECT_EQ(this->shown(contested->calendarItemIdentifier()).title, "theirs");
+    EXPECT_EQ(this->shown(results[4]->calendarItemIdentifier).calendarIdentifier, other);
+    EXPECT_TRUE(results[5]->completedCopyIdentifier.has_value());
+    EXPECT_EQ(this->shown(results[7]->calendarItemIdentifier).title, "fresh");
+
+    ASSERT_TRUE(this->driver.revert(*results[0]).has_value());
+    EXPECT_FALSE(this->shown(flagged->calendarItemIdentifier()).isFlagged);
+    EXPECT_THAT(this->driver.saveAll({}), IsEmpty());
+}
+
 TYPED_TEST(EventStoreContract, DoesNotCompleteAnOccurrenceTwice) {
     this->open();
     const EKReminderRef reminder =

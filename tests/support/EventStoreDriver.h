@@ -31,6 +31,9 @@ class EventStoreDriver {
     SaveAnswer save(const EKReminderRef& reminder) {
         return ask<SaveAnswer>([&](auto done) { store_.save(reminder, done); });
     }
+    std::vector<SaveAnswer> saveAll(const std::vector<EKReminderRef>& reminders) {
+        return ask<std::vector<SaveAnswer>>([&](auto done) { store_.saveAll(reminders, done); });
+    }
     SaveAnswer remove(const EKReminderRef& reminder) {
         return ask<SaveAnswer>([&](auto done) { store_.remove(reminder, done); });
     }

@@ -290,6 +290,30 @@ std::optional<WriteError> EvolutionClient::write(const QByteArray& uid, const Se
     return std::nullopt;
 }
 
+bool EvolutionClient::writeAll(const std::vector<ServiceChange>& changes) {
+    std::vector<Ref<ICalComponent>> components;
+    for (const ServiceChange& change : changes) {
+        // Single dates of an item are written by themselves.
+        if (!change.removed.empty() || change.written.size() != 1 || !change.written.front().date.isEmpty())
+            return false;
+        components.push_back(componentFrom(change.written.front().text));
+        if (!components.back())
+            return false;
+        for (const QByteArray& zone : change.zones)
+            addZone(zone);
+    }
+    GSList* list = nullptr;
+    for (auto component = components.rbegin(); component != components.rend(); ++component)
+        list = g_slist_prepend(list, component->get());
+    Error error;
+    const auto call = limit_.call();
+    const bool isDone =
+        e_cal_client_modify_objects_sync(calendar(), list, E_CAL_OBJ_MOD_ALL,
+                                         E_CAL_OPERATION_FLAG_CONFLICT_FAIL, call.cancellable(), error.out());
+    g_slist_free(list);
+    return isDone;
+}
+
 std::optional<WriteError> EvolutionClient::remove(const QByteArray& uid, const QString& title) {
     Error error;
     const auto call = limit_.call();

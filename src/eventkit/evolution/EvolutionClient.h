@@ -51,6 +51,9 @@ class EvolutionClient {
     /// Writes what differs. `title` is what a conflict is called by.
     [[nodiscard]] std::optional<items::WriteError> write(const QByteArray& uid, const ServiceChange& change,
                                                          const QString& title);
+    /// Writes many items in one call. False where they have to be written one by one; some of them may be
+    /// written then.
+    [[nodiscard]] bool writeAll(const std::vector<ServiceChange>& changes);
     [[nodiscard]] std::optional<items::WriteError> remove(const QByteArray& uid, const QString& title);
     /// The result is the UID it has now.
     [[nodiscard]] Answer<QByteArray> create(const QByteArray& uid, const ServiceChange& content);

@@ -357,6 +357,83 @@ tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& plac
     return readBack(place);
 }
 
+std::vector<tl::expected<std::optional<StoredText>, EKError>>
+EvolutionStorage::readAll(const std::vector<Place>& places) {
+    std::map<QByteArray, std::size_t> counts;
+    for (const Place& place : places)
+        ++counts[place.collection];
+    std::map<QByteArray, std::optional<std::map<QByteArray, QByteArray>>> whole;
+    for (const auto& [collection, count] : counts) {
+        const auto client = count > mostReadAlone ? openClient(collection) : nullptr;
+        if (client && *client)
+            whole[collection] = (*client)->readAll();
+    }
+    std::vector<tl::expected<std::optional<StoredText>, EKError>> results;
+    results.reserve(places.size());
+    for (const Place& place : places) {
+        const auto list = whole.find(place.collection);
+        if (list == whole.end() || !list->second) {
+            results.push_back(read(place));
+            continue;
+        }
+        const auto text = list->second->find(place.file);
+        results.push_back(text == list->second->end() ? std::nullopt : std::optional(stored(text->second)));
+    }
+    return results;
+}
+
+std::set<std::size_t> EvolutionStorage::writeTogether(const std::vector<Replacement>& replacements) {
+    std::vector<Place> places;
+    for (const Replacement& wanted : replacements)
+        places.push_back(wanted.place);
+    const auto present = readAll(places);
+    std::map<QByteArray, std::vector<std::size_t>> lists;
+    for (std::size_t i = 0; i < replacements.size(); ++i) {
+        if (present[i] && *present[i] && (*present[i])->version == replacements[i].expected)
+            lists[replacements[i].place.collection].push_back(i);
+    }
+    std::set<std::size_t> result;
+    for (const auto& [collection, indices] : lists) {
+        const auto client = openClient(collection);
+        if (!client)
+            continue;
+        std::vector<ServiceChange> changes;
+        for (const std::size_t i : indices)
+            changes.push_back(
+                changeBetween(replacements[i].before, replacements[i].after, (*client)->componentName()));
+        if ((*client)->writeAll(changes))
+            result.insert(indices.begin(), indices.end());
+    }
+    return result;
+}
+
+std::vector<tl::expected<StoredText, WriteError>>
+EvolutionStorage::replaceAll(const std::vector<Replacement>& replacements) {
+    const std::set<std::size_t> together =
+        replacements.size() > 1 ? writeTogether(replacements) : std::set<std::size_t>();
+    std::vector<Place> places;
+    for (const std::size_t i : together)
+        places.push_back(replacements[i].place);
+    auto kept = readAll(places);
+    auto next = kept.begin();
+    std::vector<tl::expected<StoredText, WriteError>> results;
+    results.reserve(replacements.size());
+    for (std::size_t i = 0; i < replacements.size(); ++i) {
+        const Replacement& wanted = replacements[i];
+        if (!together.contains(i)) {
+            results.push_back(replace(wanted.place, wanted.before, wanted.after, wanted.expected));
+            continue;
+        }
+        auto& text = *next++;
+        if (text && *text)
+            results.emplace_back(std::move(**text));
+        else
+            results.push_back(
+                tl::unexpected(WriteError(text ? itemNotFoundError() : std::move(text.error()))));
+    }
+    return results;
+}
+
 std::optional<WriteError> EvolutionStorage::remove(const Place& place, const items::Version& expected) {
     if (auto reason = reasonNotToWrite(place, expected))
         return reason;

@@ -35,6 +35,10 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
     replace(const items::Place& place, const icalendar::Document& before, const icalendar::Document& after,
             const items::Version& expected) override;
+    [[nodiscard]] std::vector<tl::expected<std::optional<items::StoredText>, EKError>>
+    readAll(const std::vector<items::Place>& places) override;
+    [[nodiscard]] std::vector<tl::expected<items::StoredText, items::WriteError>>
+    replaceAll(const std::vector<Replacement>& replacements) override;
     [[nodiscard]] std::optional<items::WriteError> remove(const items::Place& place,
                                                           const items::Version& expected) override;
     [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
@@ -58,6 +62,8 @@ class EvolutionStorage final : public items::ItemStorage {
     bool updateDefaults(items::Library& library) const;
     [[nodiscard]] tl::expected<EvolutionClient*, EKError> openClient(const QByteArray& collection);
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError> readBack(const items::Place& place);
+    /// Which of `replacements` were written in one call for each list.
+    [[nodiscard]] std::set<std::size_t> writeTogether(const std::vector<Replacement>& replacements);
     /// Why nothing may be written: the item is gone or is not what it was.
     [[nodiscard]] std::optional<items::WriteError> reasonNotToWrite(const items::Place& place,
                                                                     const items::Version& expected);

@@ -14,6 +14,12 @@
 
 namespace kestrant::items {
 
+/// A reminder as it was read, null for a new one, and as it was edited.
+struct ReminderEdit {
+    std::shared_ptr<const EKReminderData> base;
+    EKReminderData edited;
+};
+
 /// A database of iCalendar texts, read and written at once. Every write begins
 /// with a look at what is stored: what was changed there meanwhile is kept, or
 /// the write is refused where both sides changed the same. Thread: any one at a
@@ -40,6 +46,10 @@ class ItemDatabase {
     [[nodiscard]] tl::expected<EKSaveResult, EKError> save(const std::shared_ptr<const EKReminderData>& base,
                                                            const EKReminderData& edited, Instant now,
                                                            const ZoneCalendar& local);
+    /// The same for several reminders, each by itself; the results are in their
+    /// order.
+    [[nodiscard]] std::vector<tl::expected<EKSaveResult, EKError>>
+    saveAll(const std::vector<ReminderEdit>& edits, Instant now, const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> remove(const QString& identifier,
                                                              const ZoneCalendar& local);
     /// Takes a change back; `identifier` is what the reminder is called now.
@@ -60,6 +70,7 @@ class ItemDatabase {
     struct OpenItem;
     struct OpenEvent;
     struct Revision;
+    struct PreparedSave;
     struct WrittenRevision;
     using Created = ItemStorage::Created;
 
@@ -82,6 +93,14 @@ class ItemDatabase {
 
     /// Opens a file; absent when there is none.
     [[nodiscard]] tl::expected<std::optional<OpenFile>, EKError> openFile(const Place& place) const;
+    /// What was read at a place, taken apart.
+    [[nodiscard]] static tl::expected<std::optional<OpenFile>, EKError>
+    opened(const Place& place, tl::expected<std::optional<StoredText>, EKError> stored);
+    template <typename Item>
+    [[nodiscard]] static std::optional<std::pair<OpenFile, Item>>
+    findIn(std::optional<OpenFile> file,
+           std::vector<Item> (*read)(const icalendar::Document&, const ZoneCalendar&),
+           const QString& identifier, const ZoneCalendar& local);
     template <typename Item, typename Entries>
     [[nodiscard]] tl::expected<std::pair<OpenFile, Item>, EKError>
     openWith(Entries Snapshot::*entries,
@@ -100,6 +119,12 @@ class ItemDatabase {
     persist(const QString& title, const std::function<tl::expected<EKSaveResult, WriteError>()>& attempt);
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>
     trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const ZoneCalendar& local);
+    /// What is to be written where `opened` is edited; absent where nothing is.
+    [[nodiscard]] tl::expected<std::optional<PreparedSave>, EKError>
+    prepareSave(const OpenItem& opened, const EKReminderData& base, const EKReminderData& edited, Instant now,
+                const ZoneCalendar& local) const;
+    /// To be asked once the snapshot shows what was written.
+    [[nodiscard]] EKSaveResult saved(const OpenItem& opened, const WrittenRevision& written) const;
     [[nodiscard]] static Revision revised(const OpenItem& opened, EKReminderData wanted, Instant now,
                                           const ZoneCalendar& local);
     [[nodiscard]] tl::expected<WrittenRevision, WriteError> writeRevision(const OpenItem& opened,

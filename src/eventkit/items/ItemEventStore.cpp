@@ -177,6 +177,23 @@ void ItemEventStore::save(const EKReminderRef& reminder, SaveCompletion completi
              });
 }
 
+void ItemEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) {
+    std::vector<ReminderEdit> edits;
+    for (const EKReminderRef& reminder : reminders)
+        edits.push_back({reminder->stored(), reminder->data});
+    carryOut([this, edits = std::move(edits)](
+                 Instant now, const ZoneCalendar& local) { return database_.saveAll(edits, now, local); },
+             [this, reminders, completion = std::move(completion)](auto results) {
+                 for (std::size_t i = 0; i < reminders.size(); ++i) {
+                     if (!results[i])
+                         continue;
+                     if (auto stored = storedReminder(results[i]->calendarItemIdentifier))
+                         reminders[i]->setStored(std::move(stored));
+                 }
+                 completion(std::move(results));
+             });
+}
+
 void ItemEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
     carryOut([this, identifier = reminder->calendarItemIdentifier()](
                  Instant, const ZoneCalendar& local) { return database_.remove(identifier, local); },

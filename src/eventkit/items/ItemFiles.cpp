@@ -2,7 +2,6 @@
 #include "eventkit/items/OpenItem.h"
 
 #include <QFile>
-#include <QUuid>
 
 #include <algorithm>
 #include <utility>
@@ -19,17 +18,17 @@ constexpr int attempts = 5;
 
 }  // namespace
 
-QByteArray newUid() {
-    return QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
-}
-
 int firstZoneYear(int year) {
     return std::max(1970, year - 1);
 }
 
 tl::expected<std::optional<ItemDatabase::OpenFile>, EKError>
 ItemDatabase::openFile(const Place& place) const {
-    auto stored = storage_.read(place);
+    return opened(place, storage_.read(place));
+}
+
+tl::expected<std::optional<ItemDatabase::OpenFile>, EKError>
+ItemDatabase::opened(const Place& place, tl::expected<std::optional<StoredText>, EKError> stored) {
     if (!stored)
         return tl::unexpected(std::move(stored.error()));
     if (!*stored)

@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <variant>
+#include <vector>
 
 namespace kestrant::items {
 
@@ -62,6 +63,20 @@ class ItemStorage {
                                                                        const icalendar::Document& before,
                                                                        const icalendar::Document& after,
                                                                        const Version& expected) = 0;
+    /// A file that is to be written as by replace().
+    struct Replacement {
+        Place place;
+        icalendar::Document before;
+        icalendar::Document after;
+        Version expected{};
+    };
+    /// The same for many files, no two of them in one place, each by itself; the
+    /// results are in their order.
+    [[nodiscard]] virtual std::vector<tl::expected<std::optional<StoredText>, EKError>>
+    readAll(const std::vector<Place>& places);
+    [[nodiscard]] virtual std::vector<tl::expected<StoredText, WriteError>>
+    replaceAll(const std::vector<Replacement>& replacements);
+
     [[nodiscard]] virtual std::optional<WriteError> remove(const Place& place, const Version& expected) = 0;
 
     struct Created {

@@ -4,6 +4,8 @@
 #include "eventkit/icalendar/ItemWriting.h"
 #include "eventkit/items/ItemDatabase.h"
 
+#include <QFile>
+
 #include <functional>
 #include <map>
 #include <optional>
@@ -31,6 +33,14 @@ struct ItemDatabase::OpenItem : OpenFile {
     /// The values with their identifiers.
     EKReminderData current;
 
+    [[nodiscard]] static OpenItem of(std::pair<OpenFile, icalendar::TodoItem> found,
+                                     const QString& identifier) {
+        OpenItem result{std::move(found.first), std::move(found.second), {}};
+        result.current = result.item.data;
+        result.current.calendarItemIdentifier = identifier;
+        result.current.calendarIdentifier = QFile::decodeName(result.place.collection);
+        return result;
+    }
     [[nodiscard]] ItemState state() const {
         return {place.collection, place.file, document.text(), ordinal, isAlone};
     }
@@ -42,6 +52,13 @@ struct ItemDatabase::Revision {
     /// The file of the occurrence that was finished, if the reminder recurs.
     std::optional<icalendar::Document> copy;
     QByteArray copyUid;
+};
+
+/// What a save has to write.
+struct ItemDatabase::PreparedSave {
+    /// The collection that then holds the item.
+    QByteArray target;
+    Revision revision;
 };
 
 /// What became of a revision.
@@ -69,6 +86,28 @@ template <typename Written>
 /// first months too.
 [[nodiscard]] int firstZoneYear(int year);
 
+/// Finds the item that goes by this identifier in its file.
+template <typename Item>
+std::optional<std::pair<ItemDatabase::OpenFile, Item>>
+ItemDatabase::findIn(std::optional<OpenFile> file,
+                     std::vector<Item> (*read)(const icalendar::Document&, const ZoneCalendar&),
+                     const QString& identifier, const ZoneCalendar& local) {
+    if (!file)
+        return std::nullopt;
+    std::map<QByteArray, int> seen;
+    for (Item& item : read(file->document, local)) {
+        const QString alone = QString::fromUtf8(item.key);
+        const int ordinal = seen[item.key]++;
+        if ((identifier != alone || ordinal > 0) &&
+            identifier != identifierByPlace(alone, file->place, ordinal))
+            continue;
+        file->ordinal = ordinal;
+        file->isAlone = !icalendar::holdsMore(file->document, item);
+        return std::pair(std::move(*file), std::move(item));
+    }
+    return std::nullopt;
+}
+
 /// Opens the file of an item and finds the item in it. Where it is there no
 /// more, another program may have moved it: everything is compared, and it is
 /// looked for once more.
@@ -81,23 +120,11 @@ ItemDatabase::openWith(Entries Snapshot::*entries,
         const auto entry = ((*snapshot_).*entries).constFind(identifier);
         if (entry == ((*snapshot_).*entries).cend())
             break;
-        const Place place = placeOf(*entry);
-        auto file = openFile(place);
+        auto file = openFile(placeOf(*entry));
         if (!file)
             return tl::unexpected(file.error());
-        if (*file) {
-            std::map<QByteArray, int> seen;
-            for (Item& item : read((*file)->document, local)) {
-                const QString alone = QString::fromUtf8(item.key);
-                const int ordinal = seen[item.key]++;
-                if ((identifier != alone || ordinal > 0) &&
-                    identifier != identifierByPlace(alone, place, ordinal))
-                    continue;
-                (*file)->ordinal = ordinal;
-                (*file)->isAlone = !icalendar::holdsMore((*file)->document, item);
-                return std::pair(std::move(**file), std::move(item));
-            }
-        }
+        if (auto found = findIn(std::move(*file), read, identifier, local))
+            return std::move(*found);
         refresh({.everything = true}, local);
     }
     return tl::unexpected(itemNotFoundError());

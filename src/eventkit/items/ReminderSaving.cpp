@@ -27,7 +27,7 @@ int firstYearOf(const EKReminderData& data) {
     int year = 9999;
     for (const auto& date : {data.startDateComponents, data.dueDateComponents}) {
         if (date && date->year)
-            year = std::min(year, *date->year);
+            year = std::min<int>(year, *date->year);
     }
     return firstZoneYear(year);
 }
@@ -44,11 +44,7 @@ tl::expected<ItemDatabase::OpenItem, EKError> ItemDatabase::openItem(const QStri
     auto opened = openWith(&Snapshot::reminders, &icalendar::readTodos, identifier, local);
     if (!opened)
         return tl::unexpected(opened.error());
-    OpenItem result{std::move(opened->first), std::move(opened->second), {}};
-    result.current = result.item.data;
-    result.current.calendarItemIdentifier = identifier;
-    result.current.calendarIdentifier = QFile::decodeName(result.place.collection);
-    return result;
+    return OpenItem::of(std::move(*opened), identifier);
 }
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::save(const std::shared_ptr<const EKReminderData>& base,
@@ -86,38 +82,50 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveNew(const EKReminderData& 
 tl::expected<EKSaveResult, WriteError> ItemDatabase::trySave(const EKReminderData& base,
                                                              const EKReminderData& edited, Instant now,
                                                              const ZoneCalendar& local) {
-    const auto refuse = [](EKError error) { return tl::unexpected(WriteError(std::move(error))); };
     auto opened = openItem(base.calendarItemIdentifier, local);
     if (!opened)
-        return refuse(opened.error());
-    MergedEdits merge = mergeEdits(base, edited, opened->current);
-    if (merge.conflict || merge.merged == opened->current) {
-        // Nothing to write, but what the file says now is known from here on.
+        return tl::unexpected(WriteError(opened.error()));
+    const auto prepared = prepareSave(*opened, base, edited, now, local);
+    if (!prepared || !*prepared) {
+        // What the file says now is known from here on.
         (void)refresh({.files = {{opened->place.collection, {opened->place.file}}}}, local);
-        if (merge.conflict)
-            return refuse(conflictError(opened->current.title));
+        if (!prepared)
+            return tl::unexpected(WriteError(prepared.error()));
         return EKSaveResult{base.calendarItemIdentifier, std::nullopt};
     }
-    if (auto error = reasonNotToChange(opened->place))
-        return refuse(std::move(*error));
-    const auto target = writableCollection(merge.merged.calendarIdentifier);
-    if (!target)
-        return refuse(target.error());
-    if (auto error = invalidReason(opened->current, merge.merged))
-        return refuse(std::move(*error));
-
-    const Revision revision =
-        revised(*opened, preparedForSave(opened->current, std::move(merge.merged), now), now, local);
-    const auto written = writeRevision(*opened, *target, revision, local);
+    const auto written = writeRevision(*opened, (*prepared)->target, (*prepared)->revision, local);
     if (!written)
         return tl::unexpected(written.error());
     rebuildSnapshot();
-    EKSaveResult result{base.calendarItemIdentifier, std::nullopt};
-    if (written->place.collection != opened->place.collection)
-        result.calendarItemIdentifier = identifierIn(snapshot_->reminders, written->place, opened->item.key);
+    return saved(*opened, *written);
+}
+
+tl::expected<std::optional<ItemDatabase::PreparedSave>, EKError>
+ItemDatabase::prepareSave(const OpenItem& opened, const EKReminderData& base, const EKReminderData& edited,
+                          Instant now, const ZoneCalendar& local) const {
+    MergedEdits merge = mergeEdits(base, edited, opened.current);
+    if (merge.conflict)
+        return tl::unexpected(conflictError(opened.current.title));
+    if (merge.merged == opened.current)
+        return std::nullopt;
+    if (auto error = reasonNotToChange(opened.place))
+        return tl::unexpected(std::move(*error));
+    const auto target = writableCollection(merge.merged.calendarIdentifier);
+    if (!target)
+        return tl::unexpected(target.error());
+    if (auto error = invalidReason(opened.current, merge.merged))
+        return tl::unexpected(std::move(*error));
+    return PreparedSave{
+        *target, revised(opened, preparedForSave(opened.current, std::move(merge.merged), now), now, local)};
+}
+
+EKSaveResult ItemDatabase::saved(const OpenItem& opened, const WrittenRevision& written) const {
+    EKSaveResult result{opened.current.calendarItemIdentifier, std::nullopt};
+    if (written.place.collection != opened.place.collection)
+        result.calendarItemIdentifier = identifierIn(snapshot_->reminders, written.place, opened.item.key);
     std::vector<ItemChange> changes{
-        {result.calendarItemIdentifier, opened->item.key, opened->state(), written->stateAfter(*opened)}};
-    if (const auto& copy = written->copy) {
+        {result.calendarItemIdentifier, opened.item.key, opened.state(), written.stateAfter(opened)}};
+    if (const auto& copy = written.copy) {
         result.completedCopyIdentifier = identifierIn(snapshot_->reminders, copy->place, copy->uid);
         changes.push_back({*result.completedCopyIdentifier, copy->uid, std::nullopt,
                            ItemState{copy->place.collection, copy->place.file, copy->stored.text}});

@@ -128,6 +128,45 @@ TEST_F(EvolutionWriting, TakesBackWhatItWroteAndKeepsWhatOthersWrote) {
     EXPECT_THAT(without(present[0], other.linesOf("rich")[0]), ElementsAre("DESCRIPTION:notes"));
 }
 
+TEST_F(EvolutionWriting, WritesManyWithOneCallAndLosesNothingOfAny) {
+    ForeignList other(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS);
+    // More than are read one by one.
+    constexpr int count = 60;
+    const auto uidOf = [](int number) { return "rich" + QByteArray::number(number); };
+    for (int number = 0; number < count; ++number)
+        other.add(QByteArray(richTask).replace("UID:rich", "UID:" + uidOf(number)));
+    house.awaitNotice();
+    const auto before = other.linesOf(uidOf(0));
+    std::vector<EKReminderRef> items;
+    for (int number = 0; number < count; ++number) {
+        items.push_back(reminder(QString::fromLatin1(uidOf(number))));
+        ASSERT_TRUE(items.back()) << number;
+        items.back()->data.isFlagged = true;
+    }
+    // Nobody here has heard of this yet.
+    other.replace(QByteArray(richTask).replace("UID:rich", "UID:" + uidOf(7)).replace("old", "theirs"));
+    items[7]->data.title = "ours";
+
+    const auto results = driver.saveAll(items);
+    ASSERT_EQ(results.size(), items.size());
+    for (int number = 0; number < count; ++number) {
+        const auto after = other.linesOf(uidOf(number));
+        ASSERT_EQ(after.size(), 1U);
+        if (number == 7) {
+            ASSERT_FALSE(results[7].has_value());
+            EXPECT_EQ(results[7].error().code, EKError::Code::conflict);
+            EXPECT_EQ(after[0].count("SUMMARY;LANGUAGE=en:theirs"), 1U);
+            EXPECT_EQ(after[0].count("X-PINNED:true"), 0U);
+            continue;
+        }
+        ASSERT_TRUE(results[std::size_t(number)].has_value()) << number;
+        EXPECT_EQ(after[0].count("X-PINNED:true"), 1U) << number;
+        EXPECT_EQ(after[0].size(), before[0].size() + 1) << number;
+    }
+    EXPECT_THAT(without(other.linesOf(uidOf(0))[0], before[0]), ElementsAre("X-PINNED:true"));
+    EXPECT_THAT(without(before[0], other.linesOf(uidOf(0))[0]), IsEmpty());
+}
+
 TEST_F(EvolutionWriting, NoticesAChangeOfOthersThatItHasNotHeardOf) {
     ForeignList other(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS);
     other.add(richTask);
