@@ -81,7 +81,7 @@ _kestrant() {
                 offered=$commands
             else
                 case $command:$subjects in
-                    edit:0 | reschedule:0 | move:0 | flag:0 | unflag:0 | complete:0 | delete:0 | show:0)
+                    edit:0 | reschedule:0 | move:0 | flag:* | unflag:* | complete:0 | delete:0 | show:0)
                         offered=$(_kestrant_identifiers list)
                         ;;
                     delete-event:0) offered=$(_kestrant_identifiers agenda --no-reminders) ;;

@@ -74,7 +74,7 @@ for line in \
     complete --command kestrant --condition __kestrant_needs_command --arguments $command[1] --description $command[2]
 end
 
-complete --command kestrant --condition '__kestrant_at 0 edit reschedule move flag unflag complete delete show' --arguments '(__kestrant_rows list)'
+complete --command kestrant --condition '__kestrant_at 0 edit reschedule move complete delete show; or __kestrant_in flag unflag' --arguments '(__kestrant_rows list)'
 complete --command kestrant --condition '__kestrant_at 0 delete-event' --arguments '(__kestrant_rows agenda --no-reminders)'
 complete --command kestrant --condition '__kestrant_at 1 move' --arguments '(__kestrant_rows lists)'
 complete --command kestrant --condition '__kestrant_at 1 reschedule' --arguments 'none today tomorrow'

@@ -327,13 +327,15 @@ tl::expected<CommandLineArguments, TextPair> parseCommandLine(const QStringList&
             TextPair{QStringLiteral("%1 needs %2.").arg(name, QString::fromUtf8(missing.english)),
                      QStringLiteral("%1 demande %2.").arg(name, QString::fromUtf8(missing.french))});
     }
-    if (subjects > wanted)
+    if (subjects > wanted && !command->takesMore)
         return failure("“%1” is one argument too many; a text of several words goes in quotes.",
                        "« %1 » est de trop ; un texte de plusieurs mots se met entre guillemets.",
                        given->words[wanted + 1]);
     if (subjects > 0)
         result.subject = given->words[1];
-    if (subjects > 1) {
+    if (command->takesMore) {
+        result.moreSubjects = given->words.sliced(2);
+    } else if (subjects > 1) {
         if (const auto taken = takeSecondSubject(given->words[2], *command, context, result); !taken)
             return Failure(taken.error());
     }

@@ -46,6 +46,8 @@ struct CommandLineArguments {
     Command command = Command::help;
     /// The title to add, the identifier of the reminder, or the row of the agenda.
     QString subject;
+    /// The identifiers of further reminders.
+    QStringList moreSubjects;
     bool json = false;
     /// Where one was named.
     std::optional<EventStoreLocation> store;

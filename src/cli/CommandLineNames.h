@@ -21,6 +21,8 @@ struct CommandName {
     const char* name;
     /// As many as are needed, in their order.
     std::vector<CommandSubject> subjects;
+    /// Whether there may be more like the last one.
+    bool takesMore = false;
 };
 
 enum class CommandOption {

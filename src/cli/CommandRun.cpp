@@ -41,6 +41,13 @@ void CommandRun::printIdentifier(const QString& identifier) const {
         print(identifier + u'\n');
 }
 
+void CommandRun::printIdentifiers(const QStringList& identifiers) const {
+    QJsonArray rows;
+    for (const QString& identifier : identifiers)
+        rows.append(QJsonObject{{QStringLiteral("id"), identifier}});
+    printJson(rows);
+}
+
 void CommandRun::printCalendars(EKEntityType type) const {
     const std::vector<EKCalendar> calendars = eventStore.calendars(type);
     if (arguments.json)

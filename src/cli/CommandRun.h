@@ -48,6 +48,8 @@ class CommandRun {
     void printJson(const QJsonObject& json) const;
     /// Prints the identifier of what a command has made or changed: alone in its line, or as {"id": …}.
     void printIdentifier(const QString& identifier) const;
+    /// As JSON.
+    void printIdentifiers(const QStringList& identifiers) const;
     /// The lists of reminders or the calendars of events.
     void printCalendars(EKEntityType type) const;
     void printError(const TextPair& message) const;

@@ -25,15 +25,19 @@ ReminderTask taskOf(const EKReminderData& reminder, const CommandRun& run) {
     return reminderTask(reminder, run.environment.calendar, flags);
 }
 
-/// A flag that the panel has set outweighs what the file says, so it has to follow.
-tl::expected<void, TextPair> updateFlagOfPanel(const QString& identifier, bool flag, CommandRun& run) {
-    const QString key = ReminderFlagIndex::flagKey(identifier);
-    if (ReminderFlagIndex::load(run.defaults).localOverrides.value(key, flag) == flag)
+/// Flags that the panel has set outweigh what the database says, so they have to follow.
+tl::expected<void, TextPair> updateFlagsOfPanel(QStringList identifiers, bool flag, CommandRun& run) {
+    const auto overrides = ReminderFlagIndex::load(run.defaults).localOverrides;
+    identifiers.removeIf([&](const QString& identifier) {
+        return overrides.value(ReminderFlagIndex::flagKey(identifier), flag) == flag;
+    });
+    if (identifiers.isEmpty())
         return {};
     JsonFileUserDefaults preferences(run.environment.preferencesFile, run.scheduler);
     const ReminderFlagIndex before = ReminderFlagIndex::load(preferences);
     ReminderFlagIndex after = before;
-    after.localOverrides.insert(key, flag);
+    for (const QString& identifier : identifiers)
+        after.localOverrides.insert(ReminderFlagIndex::flagKey(identifier), flag);
     after.save(preferences, before);
     if (preferences.flush())
         return {};
@@ -130,7 +134,8 @@ void ReminderCommands::loaded() {
 void ReminderCommands::carryOut() {
     const CommandLineArguments& arguments = run_.arguments;
     const auto setFlag = [this](bool flag) {
-        setFlagged(run_.arguments.subject, flag, [this] { changed({}); });
+        setFlagged(QStringList(run_.arguments.subject) + run_.arguments.moreSubjects, flag,
+                   [this] { changed({}); });
     };
     switch (arguments.command) {
     case Command::list:
@@ -211,7 +216,7 @@ void ReminderCommands::add() {
         if (!line.pieces.empty() && !run_.arguments.json)
             run_.environment.err(understoodAsTable(line, store_.lists(), run_.outputContext()));
         if (run_.arguments.isFlagged)
-            setFlagged(*result, true, [this, identifier = *result] { added(identifier); });
+            setFlagged({*result}, true, [this, identifier = *result] { added(identifier); });
         else
             added(*result);
     });
@@ -252,25 +257,44 @@ void ReminderCommands::reschedule() {
         store_.clearDueDate(identifier, done);
 }
 
-void ReminderCommands::setFlagged(const QString& identifier, bool flag, const std::function<void()>& done) {
-    const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
-    if (!reminder) {
-        run_.refuse(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
-        return;
+void ReminderCommands::setFlagged(const QStringList& identifiers, bool flag,
+                                  const std::function<void()>& done) {
+    std::vector<EKReminderRef> reminders;
+    for (const QString& identifier : identifiers) {
+        const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
+        if (!reminder) {
+            run_.refuse(nameIfSeveral(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}},
+                                      identifier));
+            return;
+        }
+        reminder->data.isFlagged = flag;
+        reminders.push_back(reminder);
     }
-    reminder->data.isFlagged = flag;
-    run_.eventStore.save(reminder,
-                         [this, identifier, flag, done](const tl::expected<EKSaveResult, EKError>& result) {
-                             if (!result) {
-                                 run_.refuse(ReminderStoreError::from(result.error()).message());
-                                 return;
-                             }
-                             if (const auto updated = updateFlagOfPanel(identifier, flag, run_); !updated) {
-                                 run_.refuse(updated.error());
-                                 return;
-                             }
-                             done();
-                         });
+    run_.eventStore.saveAll(reminders, [this, identifiers, flag, done](const auto& results) {
+        QStringList written;
+        std::optional<TextPair> failure;
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            const QString& identifier = identifiers[qsizetype(i)];
+            if (results[i])
+                written.append(identifier);
+            else if (!failure)
+                failure = nameIfSeveral(ReminderStoreError::from(results[i].error()), identifier);
+        }
+        if (const auto updated = updateFlagsOfPanel(written, flag, run_); !updated && !failure)
+            failure = updated.error();
+        if (failure)
+            run_.refuse(*failure);
+        else
+            done();
+    });
+}
+
+TextPair ReminderCommands::nameIfSeveral(const ReminderStoreError& error, const QString& identifier) const {
+    const TextPair message = error.message();
+    if (run_.arguments.moreSubjects.isEmpty())
+        return message;
+    return {identifier + QStringLiteral(": ") + message.english,
+            identifier + QStringLiteral(" : ") + message.french};
 }
 
 void ReminderCommands::changed(const tl::expected<void, ReminderStoreError>& result) {
@@ -278,8 +302,10 @@ void ReminderCommands::changed(const tl::expected<void, ReminderStoreError>& res
         run_.refuse(result.error().message());
         return;
     }
-    if (run_.arguments.json)
+    if (run_.arguments.json && run_.arguments.moreSubjects.isEmpty())
         run_.printIdentifier(run_.arguments.subject);
+    else if (run_.arguments.json)
+        run_.printIdentifiers(QStringList(run_.arguments.subject) + run_.arguments.moreSubjects);
     store_.whenIdle([this] {
         if (store_.completionLedgerError())
             run_.printError(*store_.completionLedgerError());

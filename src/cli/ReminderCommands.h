@@ -41,7 +41,10 @@ class ReminderCommands {
     void edit();
     void reschedule();
     /// Writes the flag of a reminder to its file.
-    void setFlagged(const QString& identifier, bool flag, const std::function<void()>& done);
+    /// All of them exist, or nothing is written.
+    void setFlagged(const QStringList& identifiers, bool flag, const std::function<void()>& done);
+    /// The error's message, which says of which reminder it tells where the command names several.
+    [[nodiscard]] TextPair nameIfSeveral(const ReminderStoreError& error, const QString& identifier) const;
     void changed(const tl::expected<void, ReminderStoreError>& result);
 
     CommandRun& run_;

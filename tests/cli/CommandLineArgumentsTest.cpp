@@ -59,6 +59,8 @@ TEST(CommandLineArguments, ThatAreWrongAreRefusedWithTheReason) {
         {{"reschedule", "id", "some day"},
          "reschedule: “some day” is no date; write it like 2026-03-27, 2026-03-27T14:30 or “tomorrow 9am”."},
         {{"flag"}, "flag needs the identifier of a reminder."},
+        {{"complete", "id", "other"},
+         "“other” is one argument too many; a text of several words goes in quotes."},
         {{"unflag", "id", "--flagged"}, "unflag has no option --flagged."},
         {{"complete"}, "complete needs the identifier of a reminder."},
         {{"delete"}, "delete needs the identifier of a reminder."},

@@ -183,6 +183,21 @@ TEST_F(ReminderChangesTest, FlagWritesTheMarkOfOtherProgramsAndNothingElse) {
     EXPECT_FALSE(QFile::exists(path("preferences.json")));
 }
 
+TEST_F(ReminderChangesTest, SeveralAreFlaggedTogetherOrNoneAtAll) {
+    const QStringList before = lines("store/home/milk.ics");
+    const auto refused = run({"flag", "milk", "nobody"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.err.startsWith("nobody: ")) << refused.err.toStdString();
+    EXPECT_EQ(lines("store/home/milk.ics"), before);
+    put("preferences.json", R"({"reminderFlagIndex.localOverrides": {"milk": false}})");
+    EXPECT_EQ(run({"flag", "milk", "taxes", "--json"}).json().array(),
+              (QJsonArray{QJsonObject{{"id", "milk"}}, QJsonObject{{"id", "taxes"}}}));
+    EXPECT_THAT(run({"list", "--flagged", "--json"}).ids(), testing::UnorderedElementsAre("milk", "taxes"));
+    EXPECT_EQ(run({"unflag", "taxes", "milk"}).status, 0);
+    EXPECT_EQ(run({"list", "--flagged", "--json"}).ids(), QStringList());
+    EXPECT_EQ(lines("store/home/milk.ics"), before);
+}
+
 TEST_F(ReminderChangesTest, AFlagOutweighsWhatThePanelHasSetBefore) {
     put("preferences.json",
         R"({"other": [1], "reminderFlagIndex.localOverrides": {"milk": false, "taxes": true}})");
