@@ -57,7 +57,7 @@ QByteArray item(const QByteArray& component, int number) {
 /// A list with many items, as another program makes it; returns its identifier.
 QString makeList(EKEntityType type) {
     const bool isTasks = type == EKEntityType::reminder;
-    evolution::EvolutionStorage storage([](const items::Changes&) {}, std::chrono::minutes(5));
+    evolution::EvolutionStorage storage({}, std::chrono::minutes(5));
     items::ItemDatabase database(storage);
     (void)database.open(local);
     const auto calendar = database.saveCalendar(
@@ -76,7 +76,7 @@ QString makeList(EKEntityType type) {
 
 void compareListing(const QString& list) {
     ForeignList foreign(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS);
-    evolution::EvolutionStorage storage([](const items::Changes&) {}, std::chrono::minutes(5));
+    evolution::EvolutionStorage storage({}, std::chrono::minutes(5));
     (void)storage.open();
     std::vector<double> bare;
     std::vector<double> ours;
@@ -100,7 +100,7 @@ void compareListing(const QString& list) {
 }
 
 void measureSaving() {
-    evolution::EvolutionStorage storage([](const items::Changes&) {}, std::chrono::minutes(5));
+    evolution::EvolutionStorage storage({}, std::chrono::minutes(5));
     items::ItemDatabase database(storage);
     (void)database.open(local);
     std::vector<double> times;

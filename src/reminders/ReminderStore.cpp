@@ -65,7 +65,10 @@ void ReminderStore::restorePreferences() {
 }
 
 void ReminderStore::observe() {
-    eventStoreObserver_ = services_.eventStore.observeChanges([this] { scheduleReload(); });
+    eventStoreObserver_ = services_.eventStore.observeChanges([this] {
+        updateProblems();
+        scheduleReload();
+    });
     zoneObserver_ = services_.calendar.observeChanges([this] {
         // Date-only due dates are instants of the zone: read them anew.
         reloadTasks();
@@ -203,13 +206,18 @@ void ReminderStore::applyFetch(const std::vector<EKReminderRef>& reminders, bool
     setFetchedTasks(std::move(tasks));
     updateManualOrder(isRestricted);
     Q_EMIT isLoadingChanged();
-    if (auto problems = services_.eventStore.problems(); problems != problems_) {
-        problems_ = std::move(problems);
-        Q_EMIT problemsChanged();
-    }
+    updateProblems();
     if (!revealOnceLoaded_.isEmpty())
         reveal(std::exchange(revealOnceLoaded_, {}));
     reconciler_.schedule(reconciliationDelay);
+}
+
+void ReminderStore::updateProblems() {
+    auto problems = services_.eventStore.problems();
+    if (problems == problems_)
+        return;
+    problems_ = std::move(problems);
+    Q_EMIT problemsChanged();
 }
 
 void ReminderStore::setFetchedTasks(std::vector<ReminderTask> tasks) {

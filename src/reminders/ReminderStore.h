@@ -243,6 +243,7 @@ class ReminderStore : public QObject {
     void setAccessState(ReminderAccessState state);
     void reload();
     void applyFetch(const std::vector<EKReminderRef>& reminders, bool isRestricted);
+    void updateProblems();
     void setFetchedTasks(std::vector<ReminderTask> tasks);
     void updateManualOrder(bool isRestricted);
     [[nodiscard]] ReminderTaskList filteredTasks(ReminderSortMode mode) const;

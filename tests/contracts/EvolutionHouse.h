@@ -65,7 +65,7 @@ struct EvolutionHouse {
     /// Another program that uses the service.
     struct Other {
         explicit Other(const ZoneCalendar& local) { EXPECT_FALSE(database.open(local)); }
-        evolution::EvolutionStorage storage{[](const items::Changes&) {}, EvolutionEventStore::longestCall};
+        evolution::EvolutionStorage storage{{}, EvolutionEventStore::longestCall};
         items::ItemDatabase database{storage};
     };
 };

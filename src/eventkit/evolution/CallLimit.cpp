@@ -1,10 +1,21 @@
 #include "eventkit/evolution/CallLimit.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kestrant::evolution {
 
-CallLimit::CallLimit(std::chrono::milliseconds longest) : longest_(longest), thread_([this] { loop(); }) {}
+namespace {
+
+/// A call is slow after this part of the time that it may take.
+constexpr int slowPart = 5;
+
+}  // namespace
+
+CallLimit::CallLimit(std::chrono::milliseconds longest, std::function<void(bool isSlow)> slow)
+    : longest_(longest)
+    , slow_(std::move(slow))
+    , thread_([this] { loop(); }) {}
 
 CallLimit::~CallLimit() {
     {
@@ -29,8 +40,15 @@ void CallLimit::loop() {
     while (!ending_) {
         if (!current_) {
             changed_.wait(lock);
-        } else if (changed_.wait_until(lock, deadline_) == std::cv_status::timeout && current_ &&
-                   std::chrono::steady_clock::now() >= deadline_) {
+            continue;
+        }
+        const auto next = isSlow_ ? deadline_ : std::min(slowAt_, deadline_);
+        if (changed_.wait_until(lock, next) != std::cv_status::timeout || !current_)
+            continue;
+        const auto now = std::chrono::steady_clock::now();
+        if (now >= slowAt_ && !std::exchange(isSlow_, true))
+            slow_(true);
+        if (now >= deadline_) {
             const Ref<GCancellable> overdue(G_CANCELLABLE(g_object_ref(current_)));
             current_ = nullptr;
             lock.unlock();
@@ -43,8 +61,10 @@ void CallLimit::loop() {
 CallLimit::Call::Call(CallLimit& limit) : limit_(limit), cancellable_(g_cancellable_new()) {
     {
         const std::lock_guard lock(limit_.mutex_);
+        const auto now = std::chrono::steady_clock::now();
         limit_.current_ = cancellable_.get();
-        limit_.deadline_ = std::chrono::steady_clock::now() + limit_.longest_;
+        limit_.deadline_ = now + limit_.longest_;
+        limit_.slowAt_ = now + limit_.longest_ / slowPart;
     }
     limit_.changed_.notify_one();
 }
@@ -52,6 +72,8 @@ CallLimit::Call::Call(CallLimit& limit) : limit_(limit), cancellable_(g_cancella
 CallLimit::Call::~Call() {
     const std::lock_guard lock(limit_.mutex_);
     limit_.current_ = nullptr;
+    if (std::exchange(limit_.isSlow_, false))
+        limit_.slow_(false);
 }
 
 }  // namespace kestrant::evolution

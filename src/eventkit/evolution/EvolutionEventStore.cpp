@@ -11,7 +11,7 @@ EvolutionEventStore::EvolutionEventStore(Scheduler& scheduler, const Clock& cloc
                                          const CurrentCalendar& calendar, std::chrono::milliseconds longest)
     : ItemEventStore(
           scheduler, clock, calendar,
-          [&](ChangesObserver observer) {
+          [&](items::StorageObserver observer) {
               return std::make_unique<evolution::EvolutionStorage>(std::move(observer), longest);
           },
           std::make_unique<evolution::GlibWorker>()) {}

@@ -48,6 +48,11 @@ EKError noService(const QString& detail) {
     return {EKError::Code::storage, {pair.english.arg(detail), pair.french.arg(detail)}};
 }
 
+TextPair slowService() {
+    return text("The desktop’s calendar service takes long to answer. Changes wait until it does.",
+                "Le service d’agenda du bureau tarde à répondre. Les changements attendent sa réponse.");
+}
+
 TextPair silentList(const QString& title, const QString& detail) {
     const TextPair pair = text("“%1” does not answer; it is shown as it was last seen.",
                                "« %1 » ne répond pas ; la liste est affichée telle qu’elle était.");
@@ -83,27 +88,31 @@ QString titleIn(const Document& document, QByteArrayView name) {
 
 class EvolutionStorage::Listener {
   public:
-    explicit Listener(std::function<void(const Changes&)> observer) : observer_(std::move(observer)) {}
+    explicit Listener(items::StorageObserver observer) : observer_(std::move(observer)) {}
 
     void tell(const Changes& changes) {
         const std::lock_guard lock(mutex_);
-        if (observer_)
-            observer_(changes);
+        if (observer_.changed)
+            observer_.changed(changes);
+    }
+    void tellOfWaiting(bool waits) {
+        const std::lock_guard lock(mutex_);
+        if (observer_.waits)
+            observer_.waits(waits ? std::optional(slowService()) : std::nullopt);
     }
     void end() {
         const std::lock_guard lock(mutex_);
-        observer_ = nullptr;
+        observer_ = {};
     }
 
   private:
     std::mutex mutex_;
-    std::function<void(const Changes&)> observer_;
+    items::StorageObserver observer_;
 };
 
-EvolutionStorage::EvolutionStorage(std::function<void(const Changes&)> observer,
-                                   std::chrono::milliseconds longestCall)
+EvolutionStorage::EvolutionStorage(items::StorageObserver observer, std::chrono::milliseconds longestCall)
     : listener_(std::make_shared<Listener>(std::move(observer)))
-    , limit_(longestCall) {}
+    , limit_(longestCall, [listener = listener_](bool isSlow) { listener->tellOfWaiting(isSlow); }) {}
 
 EvolutionStorage::~EvolutionStorage() {
     close();

@@ -19,8 +19,7 @@ namespace kestrant::evolution {
 class EvolutionStorage final : public items::ItemStorage {
   public:
     /// `observer` is called on the worker's thread or another one, until close().
-    EvolutionStorage(std::function<void(const items::Changes&)> observer,
-                     std::chrono::milliseconds longestCall);
+    EvolutionStorage(items::StorageObserver observer, std::chrono::milliseconds longestCall);
     ~EvolutionStorage() override;
 
     [[nodiscard]] std::optional<EKError> open() override;

@@ -19,13 +19,17 @@ constexpr Duration gatheringTime = 200ms;
 
 ItemEventStore::ItemEventStore(
     Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
-    const std::function<std::unique_ptr<ItemStorage>(ChangesObserver observer)>& makeStorage,
+    const std::function<std::unique_ptr<ItemStorage>(StorageObserver observer)>& makeStorage,
     std::unique_ptr<BackgroundExecutor> worker)
     : scheduler_(scheduler)
     , clock_(clock)
     , calendar_(calendar)
-    , storage_(
-          makeStorage([this](const Changes& changes) { onMain([this, changes] { itemsChanged(changes); }); }))
+    , storage_(makeStorage(
+          {.changed = [this](const Changes& changes) { onMain([this, changes] { itemsChanged(changes); }); },
+           .waits =
+               [this](std::optional<TextPair> reason) {
+                   onMain([this, reason = std::move(reason)] { storageWaits(reason); });
+               }}))
     , database_(*storage_)
     , worker_(std::move(worker)) {}
 
@@ -61,6 +65,11 @@ void ItemEventStore::itemsChanged(const Changes& changes) {
     pendingChanges_.add(changes);
     if (!readTask_.isPending())
         readTask_ = scheduler_.after(gatheringTime, [this] { readChanges(); });
+}
+
+void ItemEventStore::storageWaits(std::optional<TextPair> reason) {
+    waiting_ = std::move(reason);
+    observers_.notify();
 }
 
 void ItemEventStore::readChanges() {
@@ -275,7 +284,10 @@ Subscription ItemEventStore::observeChanges(std::function<void()> observer) {
 }
 
 std::vector<TextPair> ItemEventStore::problems() const {
-    return snapshot_->problems;
+    std::vector<TextPair> problems = snapshot_->problems;
+    if (waiting_)
+        problems.insert(problems.begin(), *waiting_);
+    return problems;
 }
 
 }  // namespace kestrant::items

@@ -16,15 +16,12 @@ namespace kestrant::items {
 /// in.
 class ItemEventStore : public EKEventStore {
   public:
-    /// Told about changes by others. Thread: any.
-    using ChangesObserver = std::function<void(const Changes&)>;
-
     /// Nothing is read before access is requested. `makeStorage` is called at
     /// once; what it makes calls its observer at most until it is destroyed. The
     /// worker runs one piece of work after the other, in order, and its end waits
     /// for all of it.
     ItemEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
-                   const std::function<std::unique_ptr<ItemStorage>(ChangesObserver observer)>& makeStorage,
+                   const std::function<std::unique_ptr<ItemStorage>(StorageObserver observer)>& makeStorage,
                    std::unique_ptr<BackgroundExecutor> worker);
     ~ItemEventStore() override;
 
@@ -65,6 +62,7 @@ class ItemEventStore : public EKEventStore {
     /// worker.
     void publish(bool announce);
     void itemsChanged(const Changes& changes);
+    void storageWaits(std::optional<TextPair> reason);
     void readChanges();
 
     Scheduler& scheduler_;
@@ -75,6 +73,8 @@ class ItemEventStore : public EKEventStore {
     EKAuthorizationStatus status_ = EKAuthorizationStatus::notDetermined;
     std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
     ObserverList<> observers_;
+    /// What the storage is waiting for.
+    std::optional<TextPair> waiting_;
     Changes pendingChanges_;
     ScheduledTask readTask_;
     ScheduledTask recheckTask_;

@@ -46,7 +46,8 @@ tl::expected<QByteArray, EKError> ItemDatabase::writableCollection(const QString
     if (found == library_.collections.end())
         return tl::unexpected(calendarNotFoundError());
     if (!found->second.isWritable)
-        return tl::unexpected(readOnlyError(found->second.title));
+        return tl::unexpected(found->second.problem ? EKError{EKError::Code::storage, *found->second.problem}
+                                                    : readOnlyError(found->second.title));
     return name;
 }
 

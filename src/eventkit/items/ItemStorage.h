@@ -6,6 +6,7 @@
 
 #include <tl/expected.hpp>
 
+#include <functional>
 #include <optional>
 #include <variant>
 #include <vector>
@@ -21,6 +22,15 @@ struct StoredText {
 /// Nothing was written because the file is not what it was when it was read.
 struct ChangedMeanwhile {};
 using WriteError = std::variant<ChangedMeanwhile, EKError>;
+
+/// What a storage tells of by itself. Thread: any.
+struct StorageObserver {
+    /// Others have changed something.
+    std::function<void(const Changes& changes)> changed;
+    /// It has been waiting for an answer for a while, with a sentence for the
+    /// person; without one when it waits no more.
+    std::function<void(std::optional<TextPair> reason)> waits;
+};
 
 /// Where the files of items are kept: a folder, a service. Thread: any one at a
 /// time; may block.

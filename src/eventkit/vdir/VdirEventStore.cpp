@@ -14,9 +14,9 @@ VdirEventStore::VdirEventStore(const QString& root, Scheduler& scheduler, const 
                                const CurrentCalendar& calendar)
     : ItemEventStore(
           scheduler, clock, calendar,
-          [&](ChangesObserver observer) {
+          [&](items::StorageObserver observer) {
               return std::make_unique<vdir::VdirStorage>(
-                  QFile::encodeName(QDir::cleanPath(QDir(root).absolutePath())), std::move(observer));
+                  QFile::encodeName(QDir::cleanPath(QDir(root).absolutePath())), std::move(observer.changed));
           },
           std::make_unique<SerialWorker>()) {}
 
