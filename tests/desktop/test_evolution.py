@@ -9,9 +9,11 @@ import shutil
 import signal
 import unittest
 
-from harness import LIST_COLOUR, DesktopTest, wait_until
+from harness import EXPANDED, LIST_COLOUR, TOOLBAR_HEIGHT, DesktopTest, wait_until
 
 SERVICE = "evolution-calendar-factory"
+# Of the dot on the settings' button when there is something to say.
+WARNING = (0xFF, 0x9F, 0x0A)
 
 
 class DesktopWithService(DesktopTest):
@@ -34,6 +36,11 @@ class DesktopWithService(DesktopTest):
     def add(self, title):
         done = self.kestrant("add", title, "--list", "Errands", "--literal")
         self.assertEqual(done.returncode, 0, done.stderr)
+
+    def warns(self):
+        width, _ = EXPANDED
+        toolbar = (self.middle + width // 4, 0, self.middle + width // 2, TOOLBAR_HEIGHT)
+        return bool(self.desktop.picture().near(WARNING, toolbar, 10))
 
     def process_of_service(self):
         """The service that was started for this desktop."""
@@ -65,6 +72,16 @@ class EvolutionTest(DesktopWithService):
         self.desktop.click(*first)
         self.wait_for_circles(1)
         wait_until(lambda: len(self.titles()) == 1, "the service that was started anew knows of it")
+        self.assertFalse(self.warns())
+
+        hanging = self.process_of_service()
+        os.kill(hanging, signal.SIGSTOP)
+        self.desktop.click(*self.circles()[0])
+        self.wait_for(self.warns, lambda warns: warns, "the panel says that the service does not answer")
+        os.kill(hanging, signal.SIGCONT)
+        wait_until(lambda: self.titles() == [], "the change that waited arrives")
+        self.wait_for(self.warns, lambda warns: not warns, "all is well again")
+        self.wait_for_circles(0)
 
 
 class ExchangeTest(DesktopWithService):
