@@ -17,9 +17,9 @@ struct EKEventData {
     QString eventIdentifier;
     QString calendarIdentifier;
     QString title;
-    std::optional<QString> notes;
-    std::optional<QString> location;
-    std::optional<QString> url;
+    Rare<QString> notes;
+    Rare<QString> location;
+    Rare<QString> url;
     bool isAllDay = false;
     /// All-day: the start of the first day in the person's calendar. Never after endDate.
     Instant startDate;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Instant.h"
+#include "foundation/Rare.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
 
@@ -127,9 +128,9 @@ struct EKReminderData {
     QString calendarItemIdentifier;
     QString calendarIdentifier;
     QString title;
-    std::optional<QString> notes;
-    std::optional<QString> location;
-    std::optional<QString> url;
+    Rare<QString> notes;
+    Rare<QString> location;
+    Rare<QString> url;
     /// 0 none, 1 highest to 9 lowest.
     int priority = 0;
     bool isCompleted = false;

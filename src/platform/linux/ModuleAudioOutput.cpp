@@ -19,9 +19,8 @@ using MakeOutput = AudioOutput* (*)(Scheduler&);
 // The sound is mixed in small parts, because a sound that begins waits for those that are mixed already: with
 // the library's own 64 ms cues were heard up to 40 ms late, with these 20 ms not after 15. A value that
 // somebody has set in the library's files for all programs gives way; ALSOFT_CONF, set for this one, does
-// not. Of the ways to the loudspeakers, the sound server's and the kernel's own are what desktops have;
-// looking for others as well loads a dozen libraries on a machine that has no sound.
-constexpr char mixing[] = "[general]\ndrivers = pulse,alsa\nperiod_size = 256\nperiods = 4\n";
+// not.
+constexpr char mixing[] = "[general]\nperiod_size = 256\nperiods = 4\n";
 
 constexpr char configurationVariable[] = "ALSOFT_CONF";
 constexpr char verbosityVariable[] = "ALSOFT_LOGLEVEL";
