@@ -438,12 +438,37 @@ TEST_F(VdirEventsTest, ShowsManyEventsOfOneDay) {
 }
 
 TEST_F(VdirEventsTest, FollowsThePersonIntoAnotherZone) {
-    folder.put("work/a.ics", fileWith(event("DTSTART;VALUE=DATE:20260327\n")));
+    // In Paris the night of the second day is an hour short.
+    folder.put("work/days.ics",
+               fileWith(event("DTSTART;VALUE=DATE:20260328\nDTEND;VALUE=DATE:20260330\n", "days")));
+    folder.put("work/floating.ics", fileWith(event("DTSTART:20260328T090000\nDURATION:PT1H\n", "floating")));
+    folder.put(
+        "work/zoned.ics",
+        fileWith(event("DTSTART;TZID=Europe/Paris:20260328T090000\nDTEND:20260328T100000\n", "zoned")));
+    folder.put("work/utc.ics", fileWith(event("DTSTART:20260328T080000Z\nDTEND:20260328T090000Z\n", "utc")));
+    folder.put("work/ruled.ics",
+               fileWith(event("DTSTART;VALUE=DATE:20260328\nRRULE:FREQ=DAILY;COUNT=2\n", "ruled")));
     open();
     EXPECT_FALSE(database.adopt(paris));
-    EXPECT_TRUE(database.adopt(ZoneCalendar(QTimeZone("Asia/Tokyo"))));
-    EXPECT_EQ(events().at(0)->startDate, at("Asia/Tokyo", {2026, 3, 27}));
-    EXPECT_EQ(database.snapshot()->firstEvent("1")->startDate, at("Asia/Tokyo", {2026, 3, 27}));
+    const auto interval = [this](const char* identifier) {
+        const auto shown = database.snapshot()->firstEvent(identifier);
+        return DateInterval{shown->startDate, shown->endDate};
+    };
+    const DateInterval inUtc = interval("utc");
+    for (const char* zone : {"Asia/Tokyo", "America/New_York", "Europe/Paris"}) {
+        EXPECT_TRUE(database.adopt(ZoneCalendar(QTimeZone(zone))));
+        EXPECT_EQ(interval("days"), (DateInterval{at(zone, {2026, 3, 28}), at(zone, {2026, 3, 30})}));
+        EXPECT_EQ(interval("floating"),
+                  (DateInterval{at(zone, {2026, 3, 28}, {9, 0}), at(zone, {2026, 3, 28}, {10, 0})}));
+        EXPECT_EQ(interval("zoned").start, at("Europe/Paris", {2026, 3, 28}, {9, 0}));
+        EXPECT_EQ(interval("zoned").end, std::max(interval("zoned").start, at(zone, {2026, 3, 28}, {10, 0})));
+        EXPECT_EQ(interval("utc"), inUtc);
+        EXPECT_EQ(interval("ruled"), (DateInterval{at(zone, {2026, 3, 28}), at(zone, {2026, 3, 29})}));
+        EXPECT_THAT(
+            database.snapshot()->eventsMatching({at(zone, {2026, 3, 29}), at(zone, {2026, 3, 30}), {}}),
+            SizeIs(2))
+            << "the days and the second of the series, found where they are now";
+    }
 }
 
 }  // namespace
