@@ -1,8 +1,12 @@
 #include "reminders/ReminderOrdering.h"
 
+#include <QHash>
+#include <QSet>
+
 #include <algorithm>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace kestrant {
 namespace {
@@ -11,6 +15,10 @@ constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max();
 /// Priorities are stored as they come; these bounds keep a senseless one within its part of a key.
 constexpr std::int64_t priorityLimit = std::int64_t{1} << 29;
 
+/// More new titles than this are ordered with all the others by keys, which cost as much as many comparisons.
+constexpr qsizetype mostInserted = 64;
+constexpr auto unranked = std::numeric_limits<std::uint32_t>::max();
+
 /// Date-only or timed, then priority, then the place in the title order, in one number.
 std::int64_t packed(bool timed, std::int64_t priority, std::uint32_t titleRank) {
     return (timed ? std::int64_t{1} << 62 : 0) | ((priority + priorityLimit) << 32) | titleRank;
@@ -18,15 +26,72 @@ std::int64_t packed(bool timed, std::int64_t priority, std::uint32_t titleRank) 
 
 }  // namespace
 
+std::vector<ReminderOrdering::RankedTitle>
+ReminderOrdering::rankedTitles(const std::vector<ReminderTask>& tasks, const TextCollation& collation,
+                               const std::vector<RankedTitle>& known) {
+    QSet<QString> wanted;
+    wanted.reserve(static_cast<qsizetype>(tasks.size()));
+    for (const ReminderTask& task : tasks)
+        wanted.insert(task.title);
+
+    std::vector<RankedTitle> result;
+    result.reserve(static_cast<std::size_t>(wanted.size()));
+    for (const RankedTitle& title : known) {
+        if (wanted.remove(title.title))
+            result.push_back(title);
+    }
+    if (wanted.size() > mostInserted) {
+        using Keyed = std::pair<QCollatorSortKey, QString>;
+        std::vector<Keyed> keyed;
+        for (const RankedTitle& title : result)
+            wanted.insert(title.title);
+        keyed.reserve(static_cast<std::size_t>(wanted.size()));
+        for (const QString& title : wanted)
+            keyed.emplace_back(collation.sortKey(title), title);
+        std::sort(keyed.begin(), keyed.end(),
+                  [](const Keyed& a, const Keyed& b) { return a.first.compare(b.first) < 0; });
+        result.clear();
+        for (std::size_t i = 0; i < keyed.size(); ++i) {
+            const bool isEqual = i > 0 && keyed[i - 1].first.compare(keyed[i].first) == 0;
+            result.push_back({keyed[i].second, i == 0 ? 0 : result.back().rank + (isEqual ? 0 : 1)});
+        }
+        return result;
+    }
+
+    for (const QString& title : wanted)
+        result.insert(std::lower_bound(result.begin(), result.end(), title,
+                                       [&](const RankedTitle& ranked, const QString& inserted) {
+                                           return collation.compare(ranked.title, inserted) < 0;
+                                       }),
+                      {title, unranked});
+    std::uint32_t before = unranked;
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        const std::uint32_t own = std::exchange(result[i].rank, 0);
+        if (i > 0) {
+            const bool areKnown = own != unranked && before != unranked;
+            const bool isEqual =
+                areKnown ? own == before : collation.compare(result[i - 1].title, result[i].title) == 0;
+            result[i].rank = result[i - 1].rank + (isEqual ? 0 : 1);
+        }
+        before = own;
+    }
+    return result;
+}
+
 ReminderOrdering::ReminderOrdering(const std::vector<ReminderTask>& tasks, const TextCollation& collation,
                                    const ReminderOrdering& previous)
-    : locale_(collation.locale()) {
-    const bool lends = previous.locale_ == locale_;
-    std::vector<QCollatorSortKey> keys;
-    keys.reserve(tasks.size());
+    : titles_(rankedTitles(tasks, collation,
+                           previous.locale_ == collation.locale() ? previous.titles_
+                                                                  : std::vector<RankedTitle>()))
+    , locale_(collation.locale()) {
+    QHash<QString, std::uint32_t> ranks;
+    ranks.reserve(static_cast<qsizetype>(titles_.size()));
+    for (const RankedTitle& title : titles_)
+        ranks.insert(title.title, title.rank);
+    std::vector<std::uint32_t> ofTask;
+    ofTask.reserve(tasks.size());
     facts_.reserve(tasks.size());
     ids_.reserve(tasks.size());
-    sortKeys_.reserve(static_cast<qsizetype>(tasks.size()));
     for (const ReminderTask& task : tasks) {
         facts_.push_back(
             {.due = task.dueDate ? task.dueDate->time_since_epoch().count() : last,
@@ -38,20 +103,12 @@ ReminderOrdering::ReminderOrdering(const std::vector<ReminderTask>& tasks, const
              .hasCreationDate = task.creationDate.has_value(),
              .place = last});
         ids_.push_back(task.id);
-        auto known = sortKeys_.constFind(task.title);
-        if (known == sortKeys_.constEnd()) {
-            const auto lent =
-                lends ? previous.sortKeys_.constFind(task.title) : previous.sortKeys_.constEnd();
-            known = sortKeys_.insert(
-                task.title, lent != previous.sortKeys_.constEnd() ? *lent : collation.sortKey(task.title));
-        }
-        keys.push_back(*known);
+        ofTask.push_back(ranks.value(task.title));
     }
     byTitle_.resize(tasks.size());
     std::iota(byTitle_.begin(), byTitle_.end(), 0U);
     std::sort(byTitle_.begin(), byTitle_.end(), [&](std::uint32_t a, std::uint32_t b) {
-        const int compared = keys[a].compare(keys[b]);
-        return compared != 0 ? compared < 0 : ids_[a] < ids_[b];
+        return ofTask[a] != ofTask[b] ? ofTask[a] < ofTask[b] : ids_[a] < ids_[b];
     });
     titleRanks_.resize(tasks.size());
     for (std::uint32_t rank = 0; rank < byTitle_.size(); ++rank)

@@ -3,7 +3,6 @@
 #include "foundation/TextCollation.h"
 #include "reminders/ReminderTask.h"
 
-#include <QHash>
 #include <QStringList>
 
 #include <array>
@@ -54,13 +53,23 @@ class ReminderOrdering {
         std::int64_t place = 0;
     };
 
+    /// One of the titles. Those that count as equal have the same rank.
+    struct RankedTitle {
+        QString title;
+        std::uint32_t rank = 0;
+    };
+
+    /// The tasks' titles, each once, in their order. `known` are those of earlier tasks.
+    [[nodiscard]] static std::vector<RankedTitle> rankedTitles(const std::vector<ReminderTask>& tasks,
+                                                               const TextCollation& collation,
+                                                               const std::vector<RankedTitle>& known);
     [[nodiscard]] Key key(ReminderSortMode mode, std::uint32_t index) const;
 
     std::vector<Facts> facts_;
     std::vector<QString> ids_;
     std::vector<std::uint32_t> titleRanks_;
     std::vector<std::uint32_t> byTitle_;
-    QHash<QString, QCollatorSortKey> sortKeys_;
+    std::vector<RankedTitle> titles_;
     QLocale locale_;
 };
 

@@ -87,6 +87,29 @@ TEST(ReminderOrdering, KnowledgeLentByAnEarlierOrderingIsDroppedWithItsLocale) {
         EXPECT_THAT(swedish.ordered(mode, notFirst), ElementsAre(2U, 1U)) << rawValue(mode).toStdString();
 }
 
+TEST(ReminderOrdering, IsTheSameWhateverWasKnownBefore) {
+    constexpr std::array titles{"a", "A",  "á",  "Á", "b", "B 2", "b 10", "",
+                                "ß", "ss", "SS", "Z", "z", "é",   "E",    "e"};
+    const auto all = [](std::uint32_t) { return true; };
+    std::mt19937 random(3);
+    const auto pick = [&](int count) { return std::uniform_int_distribution(0, count - 1)(random); };
+    ReminderOrdering known;
+    for (int round = 0; round < 200; ++round) {
+        std::vector<ReminderTask> tasks;
+        // Now and then far more titles are new than can be compared one by one.
+        const int count = round % 20 == 19 ? 300 : pick(40);
+        for (int n = 0; n < count; ++n) {
+            const std::string title = std::string(titles.at(std::size_t(pick(titles.size())))) +
+                                      (count == 300 ? std::to_string(pick(100)) : std::string());
+            tasks.push_back(task(std::to_string(pick(1000000)).c_str(), title.c_str()));
+        }
+        known = ReminderOrdering(tasks, TextCollation(english), known);
+        const ReminderOrdering fresh(tasks, TextCollation(english));
+        ASSERT_EQ(known.ordered(ReminderSortMode::title, all), fresh.ordered(ReminderSortMode::title, all))
+            << "round " << round;
+    }
+}
+
 // The rules once more, one pair at a time and as they are told, to hold the prepared numbers against.
 class PairwiseOrder {
   public:
