@@ -64,10 +64,10 @@ QString standardOf(const std::vector<EKCalendar>& calendars, const QByteArray& c
 template <typename Items, typename Identifier>
 std::vector<int> ordinalsOf(const Items& items, Identifier identifier) {
     std::vector<int> result;
-    for (auto item = items.begin(); item != items.end(); ++item)
-        result.push_back(int(std::count_if(items.begin(), item, [&](const auto& before) {
-            return identifier(before) == identifier(*item);
-        })));
+    result.reserve(items.size());
+    QHash<QString, int> seen;
+    for (const auto& item : items)
+        result.push_back(seen[identifier(item)]++);
     return result;
 }
 

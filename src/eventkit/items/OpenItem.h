@@ -5,9 +5,9 @@
 #include "eventkit/items/ItemDatabase.h"
 
 #include <QFile>
+#include <QHash>
 
 #include <functional>
-#include <map>
 #include <optional>
 #include <utility>
 
@@ -94,10 +94,10 @@ ItemDatabase::findIn(std::optional<OpenFile> file,
                      const QString& identifier, const ZoneCalendar& local) {
     if (!file)
         return std::nullopt;
-    std::map<QByteArray, int> seen;
+    QHash<QString, int> seen;
     for (Item& item : read(file->document, local)) {
         const QString alone = QString::fromUtf8(item.key);
-        const int ordinal = seen[item.key]++;
+        const int ordinal = seen[alone]++;
         if ((identifier != alone || ordinal > 0) &&
             identifier != identifierByPlace(alone, file->place, ordinal))
             continue;
