@@ -15,8 +15,8 @@ class Rare {
     Rare() = default;
     Rare(std::nullopt_t) {}  // NOLINT(google-explicit-constructor): as std::optional
     template <std::convertible_to<Value> Given>
-    Rare(Given&& value)  // NOLINT(google-explicit-constructor)
-        : value_(std::make_unique<Value>(std::forward<Given>(value))) {}
+    Rare(const Given& value)  // NOLINT(google-explicit-constructor)
+        : value_(std::make_unique<Value>(value)) {}
     Rare(std::optional<Value> value)  // NOLINT(google-explicit-constructor)
         : value_(value ? std::make_unique<Value>(std::move(*value)) : nullptr) {}
     Rare(const Rare& other) : value_(other.value_ ? std::make_unique<Value>(*other.value_) : nullptr) {}

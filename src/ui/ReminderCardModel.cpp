@@ -33,14 +33,14 @@ ReminderCardModel::ReminderCardModel(Presenter presenter, QObject* parent)
     : QAbstractListModel(parent)
     , presenter_(std::move(presenter)) {}
 
-void ReminderCardModel::setTasks(const ReminderTaskList& tasks) {
+void ReminderCardModel::setTasks(ReminderTaskList tasks) {
     const int previousCount = count();
     const std::vector<const ReminderTask*> wanted = rowsOf(tasks);
     const auto changes = rowChanges(idsOf(rows_), idsOf(wanted), largestAnimatedChange);
     if (!changes) {
         beginResetModel();
         rows_ = wanted;
-        tasks_ = tasks;
+        tasks_ = std::move(tasks);
         endResetModel();
     } else {
         const auto at = [this](int row) { return rows_.begin() + row; };
@@ -74,7 +74,7 @@ void ReminderCardModel::setTasks(const ReminderTaskList& tasks) {
             if (!looksTheSame)
                 Q_EMIT dataChanged(index(row), index(row));
         }
-        tasks_ = tasks;
+        tasks_ = std::move(tasks);
     }
     if (count() != previousCount)
         Q_EMIT countChanged();

@@ -69,7 +69,7 @@ class ReminderCardModel : public QAbstractListModel {
 
     explicit ReminderCardModel(Presenter presenter, QObject* parent = nullptr);
 
-    void setTasks(const ReminderTaskList& tasks);
+    void setTasks(ReminderTaskList tasks);
     void setPendingIDs(const QSet<QString>& ids);
     /// The presenter would answer differently now.
     void refreshTexts();

@@ -47,6 +47,9 @@ class EvolutionStorage final : public items::ItemStorage {
                                                                    const EKCalendar& calendar) override;
 
   private:
+    /// More items than this of one list are read with all the others.
+    static constexpr std::size_t mostReadAlone = 50;
+
     struct List {
         Ref<ESource> source;
         EKEntityType type = EKEntityType::reminder;

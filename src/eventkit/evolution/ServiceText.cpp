@@ -2,6 +2,8 @@
 
 #include "eventkit/icalendar/DateValue.h"
 
+#include <QCryptographicHash>
+
 #include <algorithm>
 #include <utility>
 
@@ -52,6 +54,13 @@ std::vector<ServicePart> partsOf(const Document& document, QByteArrayView name) 
         result.push_back({dateOf(component), component.text()});
     std::stable_sort(result.begin(), result.end(),
                      [](const ServicePart& a, const ServicePart& b) { return a.date < b.date; });
+    return result;
+}
+
+items::Version versionOf(const QByteArray& text) {
+    const QByteArray hash = QCryptographicHash::hash(text, QCryptographicHash::Md5);
+    items::Version result{};
+    std::copy(hash.begin(), hash.end(), reinterpret_cast<char*>(result.data()));
     return result;
 }
 

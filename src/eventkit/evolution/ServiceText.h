@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/icalendar/Document.h"
+#include "eventkit/items/ItemLibrary.h"
 
 #include <QByteArray>
 
@@ -21,6 +22,9 @@ struct ServicePart {
 
 /// The components of this name.
 [[nodiscard]] std::vector<ServicePart> partsOf(const icalendar::Document& document, QByteArrayView name);
+
+/// Tells one text of an item from another.
+[[nodiscard]] items::Version versionOf(const QByteArray& text);
 
 /// The UID of a component; empty where it has none.
 [[nodiscard]] QByteArray uidOf(const QByteArray& component);

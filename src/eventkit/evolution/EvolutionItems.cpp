@@ -1,0 +1,188 @@
+#include "eventkit/EKErrors.h"
+#include "eventkit/evolution/EvolutionStorage.h"
+
+#include <utility>
+
+// Reading and writing items one by one and many at once.
+
+namespace kestrant::evolution {
+
+using icalendar::Document;
+using items::Place;
+using items::StoredText;
+using items::WriteError;
+
+namespace {
+
+StoredText stored(QByteArray text) {
+    const items::Version version = versionOf(text);
+    return {version, std::move(text)};
+}
+
+/// The title of an item, for a sentence about it.
+QString titleIn(const Document& document, QByteArrayView name) {
+    const auto components = document.components(name);
+    const auto title = components.empty() ? std::nullopt : components.front().property("SUMMARY");
+    return title ? QString::fromUtf8(title->value) : QString();
+}
+
+}  // namespace
+
+tl::expected<std::optional<StoredText>, EKError> EvolutionStorage::read(const Place& place) {
+    const auto client = openClient(place.collection);
+    if (!client)
+        return tl::unexpected(client.error());
+    auto text = (*client)->read(place.file);
+    if (!text) {
+        const auto* const error = std::get_if<EKError>(&text.error());
+        return tl::unexpected(error ? *error : itemNotFoundError());
+    }
+    return *text ? std::optional(stored(std::move(**text))) : std::nullopt;
+}
+
+std::optional<EKError> EvolutionStorage::reasonNotToChange(const Place&) {
+    return std::nullopt;
+}
+
+std::optional<WriteError> EvolutionStorage::reasonNotToWrite(const Place& place,
+                                                             const items::Version& expected) {
+    const auto present = read(place);
+    if (!present)
+        return present.error();
+    if (!*present || (*present)->version != expected)
+        return items::ChangedMeanwhile{};
+    return std::nullopt;
+}
+
+tl::expected<StoredText, WriteError> EvolutionStorage::readBack(const Place& place) {
+    auto text = read(place);
+    if (!text)
+        return tl::unexpected(WriteError(std::move(text.error())));
+    if (!*text)
+        return tl::unexpected(WriteError(itemNotFoundError()));
+    return std::move(**text);
+}
+
+tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& place, const Document& before,
+                                                               const Document& after,
+                                                               const items::Version& expected) {
+    if (auto reason = reasonNotToWrite(place, expected))
+        return tl::unexpected(std::move(*reason));
+    const auto client = openClient(place.collection);
+    if (!client)
+        return tl::unexpected(WriteError(client.error()));
+    const QByteArrayView name = (*client)->componentName();
+    if (auto error = (*client)->write(place.file, changeBetween(before, after, name), titleIn(before, name)))
+        return tl::unexpected(std::move(*error));
+    return readBack(place);
+}
+
+std::vector<tl::expected<std::optional<StoredText>, EKError>>
+EvolutionStorage::readAll(const std::vector<Place>& places) {
+    std::map<QByteArray, std::size_t> counts;
+    for (const Place& place : places)
+        ++counts[place.collection];
+    std::map<QByteArray, std::optional<std::map<QByteArray, QByteArray>>> whole;
+    for (const auto& [collection, count] : counts) {
+        const auto client = count > mostReadAlone ? openClient(collection) : nullptr;
+        if (client && *client)
+            whole[collection] = (*client)->readAll();
+    }
+    std::vector<tl::expected<std::optional<StoredText>, EKError>> results;
+    results.reserve(places.size());
+    for (const Place& place : places) {
+        const auto list = whole.find(place.collection);
+        if (list == whole.end() || !list->second) {
+            results.push_back(read(place));
+            continue;
+        }
+        const auto text = list->second->find(place.file);
+        results.push_back(text == list->second->end() ? std::nullopt : std::optional(stored(text->second)));
+    }
+    return results;
+}
+
+std::set<std::size_t> EvolutionStorage::writeTogether(const std::vector<Replacement>& replacements) {
+    std::vector<Place> places;
+    for (const Replacement& wanted : replacements)
+        places.push_back(wanted.place);
+    const auto present = readAll(places);
+    std::map<QByteArray, std::vector<std::size_t>> lists;
+    for (std::size_t i = 0; i < replacements.size(); ++i) {
+        if (present[i] && *present[i] && (*present[i])->version == replacements[i].expected)
+            lists[replacements[i].place.collection].push_back(i);
+    }
+    std::set<std::size_t> result;
+    for (const auto& [collection, indices] : lists) {
+        const auto client = openClient(collection);
+        if (!client)
+            continue;
+        std::vector<ServiceChange> changes;
+        for (const std::size_t i : indices)
+            changes.push_back(
+                changeBetween(replacements[i].before, replacements[i].after, (*client)->componentName()));
+        if ((*client)->writeAll(changes))
+            result.insert(indices.begin(), indices.end());
+    }
+    return result;
+}
+
+std::vector<tl::expected<StoredText, WriteError>>
+EvolutionStorage::replaceAll(const std::vector<Replacement>& replacements) {
+    const std::set<std::size_t> together =
+        replacements.size() > 1 ? writeTogether(replacements) : std::set<std::size_t>();
+    std::vector<Place> places;
+    for (const std::size_t i : together)
+        places.push_back(replacements[i].place);
+    auto kept = readAll(places);
+    auto next = kept.begin();
+    std::vector<tl::expected<StoredText, WriteError>> results;
+    results.reserve(replacements.size());
+    for (std::size_t i = 0; i < replacements.size(); ++i) {
+        const Replacement& wanted = replacements[i];
+        if (!together.contains(i)) {
+            results.push_back(replace(wanted.place, wanted.before, wanted.after, wanted.expected));
+            continue;
+        }
+        auto& text = *next++;
+        if (text && *text)
+            results.emplace_back(std::move(**text));
+        else
+            results.push_back(
+                tl::unexpected(WriteError(text ? itemNotFoundError() : std::move(text.error()))));
+    }
+    return results;
+}
+
+std::optional<WriteError> EvolutionStorage::remove(const Place& place, const items::Version& expected) {
+    if (auto reason = reasonNotToWrite(place, expected))
+        return reason;
+    const auto client = openClient(place.collection);
+    if (!client)
+        return client.error();
+    return (*client)->remove(place.file, QString::fromUtf8(place.file));
+}
+
+tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const QByteArray& collection,
+                                                                          const QByteArray& uid,
+                                                                          const QByteArray& /*preferredName*/,
+                                                                          const Document& document) {
+    const auto failed = [&](WriteError error) {
+        auto* const known = std::get_if<EKError>(&error);
+        return tl::unexpected(known ? std::move(*known) : itemNotFoundError());
+    };
+    const auto client = openClient(collection);
+    if (!client)
+        return tl::unexpected(client.error());
+    const auto created =
+        (*client)->create(uid, changeBetween(Document::make(), document, (*client)->componentName()));
+    if (!created)
+        return failed(created.error());
+    const Place place{collection, *created};
+    auto text = readBack(place);
+    if (!text)
+        return failed(std::move(text.error()));
+    return Created{place, *created, std::move(*text)};
+}
+
+}  // namespace kestrant::evolution
