@@ -290,7 +290,7 @@ void ReminderCommands::setFlagged(const QStringList& identifiers, bool flag,
 }
 
 TextPair ReminderCommands::nameIfSeveral(const ReminderStoreError& error, const QString& identifier) const {
-    const TextPair message = error.message();
+    TextPair message = error.message();
     if (run_.arguments.moreSubjects.isEmpty())
         return message;
     return {identifier + QStringLiteral(": ") + message.english,

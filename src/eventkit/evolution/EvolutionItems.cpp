@@ -104,6 +104,7 @@ EvolutionStorage::readAll(const std::vector<Place>& places) {
 
 std::set<std::size_t> EvolutionStorage::writeTogether(const std::vector<Replacement>& replacements) {
     std::vector<Place> places;
+    places.reserve(replacements.size());
     for (const Replacement& wanted : replacements)
         places.push_back(wanted.place);
     const auto present = readAll(places);
@@ -132,6 +133,7 @@ EvolutionStorage::replaceAll(const std::vector<Replacement>& replacements) {
     const std::set<std::size_t> together =
         replacements.size() > 1 ? writeTogether(replacements) : std::set<std::size_t>();
     std::vector<Place> places;
+    places.reserve(together.size());
     for (const std::size_t i : together)
         places.push_back(replacements[i].place);
     auto kept = readAll(places);

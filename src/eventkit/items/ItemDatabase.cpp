@@ -165,7 +165,7 @@ void ItemDatabase::addReminders(Snapshot& snapshot, const Place& place, const It
             renamed.calendarItemIdentifier = identifier;
             entry.data = std::make_shared<const EKReminderData>(std::move(renamed));
         }
-        snapshot.reminders.insert(entry.data->calendarItemIdentifier, std::move(entry));
+        snapshot.reminders.insert(entry.data->calendarItemIdentifier, entry);
     }
 }
 
@@ -184,7 +184,7 @@ void ItemDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemF
         const auto& series = entry.event.series();
         if (const auto bounds = series ? series->ruled() : std::nullopt)
             snapshot.ruledEvents.add(bounds->start, bounds->end.value_or(Instant::max()), series);
-        snapshot.events.insert(identifier, std::move(entry));
+        snapshot.events.insert(identifier, entry);
     }
 }
 

@@ -11,7 +11,7 @@ namespace kestrant {
 
 void useOneHeap() {
 #ifdef __GLIBC__
-    mallopt(M_ARENA_MAX, 1);
+    mallopt(M_ARENA_MAX, 1);  // NOLINT(concurrency-mt-unsafe): there is no other thread yet
 #endif
 }
 
