@@ -6,10 +6,11 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
+# The settings let ccache serve objects that were built with a precompiled header.
 find_program(KESTRANT_CCACHE ccache)
 if(KESTRANT_CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${KESTRANT_CCACHE})
-  set(CMAKE_C_COMPILER_LAUNCHER ${KESTRANT_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros ${KESTRANT_CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${CMAKE_CXX_COMPILER_LAUNCHER})
 endif()
 find_program(KESTRANT_MOLD mold)
 if(KESTRANT_MOLD)
@@ -27,6 +28,33 @@ if(KESTRANT_SANITIZE)
   # The instrumentation hides from GCC that optionals inside expected values are initialised.
   add_compile_options(-Wno-maybe-uninitialized)
 endif()
+
+# Precompiled headers, one set for libraries and one for tests, each built once and used by all targets of its kind. They hold
+# only headers that most files include anyway; a file still includes what it uses, so that it compiles without them, too.
+option(KESTRANT_PRECOMPILED_HEADERS "Precompile the headers that most files include" ON)
+# Programs and libraries share the sets, so both are compiled as position-independent code of one kind.
+add_compile_options(-fPIC)
+
+function(kestrant_precompiled_headers name)
+  cmake_parse_arguments(ARG "" "" "HEADERS;LINK" ${ARGN})
+  if(KESTRANT_PRECOMPILED_HEADERS)
+    file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/${name}.cpp CONTENT "")
+    add_library(${name} OBJECT ${PROJECT_BINARY_DIR}/${name}.cpp)
+    target_link_libraries(${name} PRIVATE ${ARG_LINK})
+    target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
+  endif()
+endfunction()
+
+function(kestrant_use_precompiled_headers target name)
+  if(KESTRANT_PRECOMPILED_HEADERS)
+    target_precompile_headers(${target} REUSE_FROM ${name})
+  endif()
+endfunction()
+
+set(KESTRANT_COMMON_HEADERS
+  <algorithm> <array> <chrono> <functional> <map> <memory> <optional> <string> <utility> <vector> <tl/expected.hpp>
+  <QByteArray> <QDate> <QDateTime> <QDir> <QFile> <QHash> <QJsonArray> <QJsonDocument> <QJsonObject> <QLocale> <QObject>
+  <QPointer> <QSet> <QString> <QStringList> <QTimeZone> <QVariant>)
 
 # The include roots hold one link each, to the folder they stand for. They are shared by all build trees, so that a
 # compiler cache recognises the same file in each of them.
@@ -48,6 +76,7 @@ function(kestrant_library folder)
   endif()
   target_include_directories(${target} PUBLIC ${root})
   target_link_libraries(${target} PUBLIC ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
+  kestrant_use_precompiled_headers(${target} kestrant_library_headers)
 endfunction()
 
 # kestrant_test(<name> SOURCES ... LINK ...)
@@ -56,6 +85,7 @@ function(kestrant_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LINK} kestrant_test_support GTest::gmock)
+  kestrant_use_precompiled_headers(${name} kestrant_test_headers)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES
     TIMEOUT 300
