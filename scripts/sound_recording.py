@@ -34,6 +34,17 @@ def asked_for(log):
     return [(float(moment), cue) for moment, cue in lines]
 
 
+def dropped(log):
+    """The indices, among what asked_for() gives, of the cues that could not be heard at once and were dropped."""
+    waiting, found = [], []
+    for index, (what, cue) in enumerate(re.findall(r"(asked for|dropped) (\S+)$", pathlib.Path(log).read_text(), re.M)):
+        if what == "dropped":
+            found.append(waiting.pop([waiting_cue for _, waiting_cue in waiting].index(cue))[0])
+        else:
+            waiting.append((index - len(found), cue))
+    return found
+
+
 def known_sounds():
     """How each cue begins, thinned out."""
     path = str(pathlib.Path(__file__).with_name("make-sounds"))

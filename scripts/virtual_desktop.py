@@ -35,7 +35,7 @@ class Timeout(AssertionError):
     """What was waited for did not happen in time."""
 
 
-def wait_until(condition, what, seconds=15):
+def wait_until(condition, what, seconds=60):
     """Returns the first true value of condition(); raises Timeout, naming `what`, when there is none in time."""
     deadline = time.monotonic() + seconds
     while True:

@@ -7,7 +7,7 @@ import unittest
 
 from harness import EXPANDED, HOVERING, IDLE, PROGRAM, DesktopTest, stop, wait_until
 
-from sound_recording import LOG_ENVIRONMENT, SoundServiceRecording, WaveWriterRecording, asked_for
+from sound_recording import LOG_ENVIRONMENT, SoundServiceRecording, WaveWriterRecording, asked_for, dropped
 
 DRAG_START, EXPAND, COLLAPSE, DROP, FOCUS = (
     "UISFX-Zen-25-drag-start", "UISFX-Zen-23-expand", "UISFX-Zen-24-collapse", "UISFX-Zen-26-drop", "UISFX-Zen-05-focus")
@@ -61,7 +61,7 @@ class SoundTest(DesktopTest):
 
         def has_ended():
             asked = asked_for(self.log)
-            return asked and self.recording.end > asked[-1][0] + LONGEST_SOUND
+            return asked and self.recording.end > asked[-1][0] + LATEST_START + LONGEST_SOUND
 
         wait_until(has_ended, "what was asked for has been played")
 
@@ -85,18 +85,26 @@ class SoundTest(DesktopTest):
         self.recording.close()
         return asked_for(self.log)
 
+    def played(self):
+        """What was asked for and not dropped."""
+        left_out = dropped(self.log)
+        return [pair for index, pair in enumerate(asked_for(self.log)) if index not in left_out]
+
     def hear_each(self, expected):
+        """Each cue that was asked for, in this order, was played as it was made, and nothing else was. What a busy machine
+        dropped, because it would have been late, was not played at all."""
         asked = self.finish()
         self.assertEqual([cue for _, cue in asked], expected)
-        for moment, cue in asked:
-            heard, like, late = self.recording.recognise(moment, moment + LATEST_START + 0.05)
+        played = self.played()
+        self.assertTrue(played)
+        quiet_from = -math.inf
+        for (moment, cue), (following, _) in zip(played, [*played[1:], (math.inf, None)]):
+            heard, like, late = self.recording.recognise(moment, min(following, moment + 2))
             self.assertEqual(heard, cue, f"asked for {moment}, like it by {like:.2f}")
             self.assertGreater(like, 0.9, f"{cue} sounds as it was made")
-            self.assertLess(late, LATEST_START, f"{cue} begins when it is asked for")
-        # And nothing else.
-        ends = [-math.inf] + [moment + LATEST_START + LONGEST_SOUND for moment, _ in asked]
-        for begin, end in zip(ends, [moment - 0.03 for moment, _ in asked] + [math.inf]):
-            self.assertLess(self.recording.loudest(begin, end), SILENCE)
+            self.assertLess(self.recording.loudest(quiet_from, moment + min(late, 0) - 0.03), SILENCE)
+            quiet_from = moment + late + LONGEST_SOUND
+        self.assertLess(self.recording.loudest(quiet_from), SILENCE)
 
     def test_each_phase_is_heard_as_it_begins(self):
         self.record_waves()
@@ -135,12 +143,12 @@ class SoundTest(DesktopTest):
         self.wait_until_prepared()
         self.assertNotIn("asked for", self.text_of_log())
 
-        def is_asked_for():
+        def is_heard():
             self.expand()
             self.collapse()
-            return "asked for" in self.text_of_log()
+            return self.recording.is_loud()
 
-        wait_until(is_asked_for, "sounds are on")
+        wait_until(is_heard, "sounds are on")
         asked = self.finish()
         self.assertLess(self.recording.loudest(end=asked[0][0] - 0.03), SILENCE)
         self.assertGreater(self.recording.loudest(), SILENCE)
@@ -178,8 +186,9 @@ class SoundTest(DesktopTest):
             return self.recording.is_loud()
 
         wait_until(is_heard, "a cue is heard")
-        asked = self.finish()
-        heard, like, _ = self.recording.recognise(asked[-1][0], asked[-1][0] + LATEST_START + 0.05)
+        self.finish()
+        asked = self.played()
+        heard, like, _ = self.recording.recognise(asked[-1][0], asked[-1][0] + 2)
         self.assertEqual(heard, DROP)
         self.assertGreater(like, 0.9)
 
