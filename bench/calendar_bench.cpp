@@ -25,7 +25,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const ZoneCalendar calendar(QTimeZone("Europe/Paris"));
+const ZoneCalendar calendar(*TimeZone::named("Europe/Paris"));
 const QDate today(2026, 3, 27);
 
 CalendarPresent present() {

@@ -82,7 +82,7 @@ class LoadedFolder {
 
     std::mt19937 random_{11};
     QTemporaryDir folder_;
-    ZoneCalendar calendar_{QTimeZone("Europe/Paris")};
+    ZoneCalendar calendar_{*TimeZone::named("Europe/Paris")};
     QtScheduler scheduler_;
     FixedClock clock_{calendar_.instantAt(today, {12, 0})};
     FixedCurrentCalendar currentCalendar_{calendar_};

@@ -28,7 +28,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int itemCount = 10'000;
 constexpr int runs = 7;
 
-const ZoneCalendar local{QTimeZone("Europe/Paris")};
+const ZoneCalendar local{*TimeZone::named("Europe/Paris")};
 
 double milliseconds(const std::function<void()>& work) {
     const auto begin = Clock::now();

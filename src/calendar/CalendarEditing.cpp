@@ -38,7 +38,7 @@ tl::expected<EKEventData, CalendarError> newEventData(const NewCalendarEvent& ev
     } else {
         data.startDate = event.startDate;
         data.endDate = std::max(event.endDate, event.startDate + shortestNewEvent);
-        data.timeZone = calendar.zone().id();
+        data.timeZone = calendar.zone();
     }
     return data;
 }
@@ -76,7 +76,7 @@ void apply(const CalendarEventEditDetails& details, const ZoneCalendar& calendar
     if (details.isAllDay)
         event.timeZone.reset();
     else if (event.isAllDay)
-        event.timeZone = calendar.zone().id();
+        event.timeZone = calendar.zone();
     event.title = details.title;
     event.isAllDay = details.isAllDay;
     event.startDate = details.startDate;

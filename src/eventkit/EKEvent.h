@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/EKTypes.h"
+#include "foundation/TimeZone.h"
 
 #include <memory>
 #include <optional>
@@ -25,9 +26,8 @@ struct EKEventData {
     Instant startDate;
     /// Excluded. All-day: the start of the day after the last one.
     Instant endDate;
-    /// The zone the event is written in: an IANA name, "UTC", or a distance from it such as "UTC+05:30".
-    /// Absent for all-day and floating events.
-    std::optional<QByteArray> timeZone;
+    /// The zone the event is written in. Absent for all-day and floating events.
+    std::optional<TimeZone> timeZone;
     /// For an occurrence of a series, the start that the rule gives it; it stays when the occurrence is
     /// moved.
     std::optional<Instant> occurrenceDate;

@@ -1,12 +1,14 @@
 #include "foundation/CurrentCalendars.h"
 
+#include "foundation/SystemTimeZone.h"
+
 #include <QFile>
 
 namespace kestrant {
 
 SystemCurrentCalendar::SystemCurrentCalendar(const QString& settingsFolder)
-    : timeZoneFile_(settingsFolder + QStringLiteral("/timezone"))
-    , calendar_(QTimeZone::systemTimeZone()) {
+    : settingsFolder_(settingsFolder)
+    , calendar_(systemTimeZone(settingsFolder)) {
     // "localtime" is a link that is replaced, which only its folder shows; "timezone" may be written in
     // place.
     watcher_.addPath(settingsFolder);
@@ -20,13 +22,14 @@ SystemCurrentCalendar::SystemCurrentCalendar(const QString& settingsFolder)
 }
 
 void SystemCurrentCalendar::watch() {
+    const QString timeZoneFile = settingsFolder_ + QStringLiteral("/timezone");
     // A file that was replaced is no longer watched.
-    if (watcher_.files().isEmpty() && QFile::exists(timeZoneFile_))
-        watcher_.addPath(timeZoneFile_);
+    if (watcher_.files().isEmpty() && QFile::exists(timeZoneFile))
+        watcher_.addPath(timeZoneFile);
 }
 
 void SystemCurrentCalendar::refresh() {
-    const ZoneCalendar calendar(QTimeZone::systemTimeZone());
+    const ZoneCalendar calendar(systemTimeZone(settingsFolder_));
     if (calendar == calendar_)
         return;
     calendar_ = calendar;

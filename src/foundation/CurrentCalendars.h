@@ -26,7 +26,7 @@ class SystemCurrentCalendar final : public CurrentCalendar {
   private:
     void watch();
 
-    QString timeZoneFile_;
+    QString settingsFolder_;
     QFileSystemWatcher watcher_;
     ZoneCalendar calendar_;
     ObserverList<> observers_;

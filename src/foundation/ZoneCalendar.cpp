@@ -1,10 +1,5 @@
 #include "foundation/ZoneCalendar.h"
 
-#include "foundation/ZoneOffsets.h"
-
-#include <QDateTime>
-
-#include <algorithm>
 #include <utility>
 
 namespace kestrant {
@@ -13,16 +8,9 @@ namespace {
 
 constexpr qint64 unixEpochJulianDay = 2440588;
 constexpr qint64 microsecondsPerDay = 86'400'000'000;
-/// More than any zone's distance from UTC, so that the instants of a local time lie this near to it read as
-/// UTC.
-constexpr qint64 largestOffset = 26LL * 3'600'000'000;
 
 qint64 floorDivide(qint64 a, qint64 b) {
     return a / b - (a % b < 0 ? 1 : 0);
-}
-
-Instant fromMicroseconds(qint64 value) {
-    return Instant(Duration(value));
 }
 
 }  // namespace
@@ -45,7 +33,7 @@ DateComponents DateComponents::fromDate(QDate date) {
     return {.year = date.year(), .month = date.month(), .day = date.day()};
 }
 
-DateComponents DateComponents::fromDateTime(QDate date, QTime time, std::optional<QByteArray> zone) {
+DateComponents DateComponents::fromDateTime(QDate date, QTime time, std::optional<TimeZone> zone) {
     return {.year = date.year(),
             .month = date.month(),
             .day = date.day(),
@@ -55,28 +43,8 @@ DateComponents DateComponents::fromDateTime(QDate date, QTime time, std::optiona
             .timeZone = std::move(zone)};
 }
 
-std::optional<QTimeZone> timeZoneFromIdentifier(const QByteArray& identifier) {
-    if (identifier.isEmpty() || identifier.startsWith('/') || identifier.contains(".."))
-        return std::nullopt;  // never a path to somewhere else on the disk
-    QTimeZone zone(identifier);
-    if (!zone.isValid()) {
-        const QByteArray standardName = QTimeZone::windowsIdToDefaultIanaId(identifier);
-        if (standardName.isEmpty())
-            return std::nullopt;
-        zone = QTimeZone(standardName);
-    }
-    if (!zone.isValid())
-        return std::nullopt;
-    return zone;
-}
-
-ZoneCalendar::ZoneCalendar(const QTimeZone& zone)
-    : zone_(zone.isValid() ? zone : QTimeZone::utc())
-    , offsets_(ZoneOffsets::of(zone_)) {}
-
 qint64 ZoneCalendar::localMicroseconds(Instant instant) const {
-    const qint64 utc = instant.time_since_epoch().count();
-    return utc + offsets_->at(utc);
+    return (instant.time_since_epoch() + zone_.offsetAt(instant)).count();
 }
 
 QDate ZoneCalendar::dayOf(Instant instant) const {
@@ -97,21 +65,9 @@ Instant ZoneCalendar::startOfDay(QDate day) const {
 Instant ZoneCalendar::instantAt(QDate day, QTime time, GapPolicy policy) const {
     if (!day.isValid() || !time.isValid())
         return {};
-    const qint64 local = (day.toJulianDay() - unixEpochJulianDay) * microsecondsPerDay +
-                         qint64{time.msecsSinceStartOfDay()} * 1000;
-    // The local time exists where applying a span's offset to it leads into that span; the earliest such span
-    // is its first occurrence. Where it leads before the next span only, the clock has skipped the local time
-    // between the two.
-    qint64 offset = 0;
-    for (const ZoneOffsets::Span& span :
-         offsets_->spansBetween(local - largestOffset, local + largestOffset)) {
-        if (local - span.offset < span.start)
-            return fromMicroseconds(policy == GapPolicy::nextExisting ? span.start : local - offset);
-        offset = span.offset;
-        if (local - offset < span.end)
-            break;
-    }
-    return fromMicroseconds(local - offset);
+    return zone_.instantAt(Duration((day.toJulianDay() - unixEpochJulianDay) * microsecondsPerDay +
+                                    qint64{time.msecsSinceStartOfDay()} * 1000),
+                           policy);
 }
 
 DateInterval ZoneCalendar::yearContaining(Instant instant) const {
@@ -128,15 +84,12 @@ std::optional<Instant> ZoneCalendar::instantFrom(const DateComponents& component
     const QTime time = components.time();
     if (!time.isValid())
         return std::nullopt;
-    if (components.timeZone && *components.timeZone != zone_.id()) {
-        if (const std::optional<QTimeZone> zone = timeZoneFromIdentifier(*components.timeZone))
-            return ZoneCalendar(*zone).instantAt(date, time);
-    }
-    return instantAt(date, time);
+    return components.timeZone ? ZoneCalendar(*components.timeZone).instantAt(date, time)
+                               : instantAt(date, time);
 }
 
 DateComponents ZoneCalendar::componentsOf(Instant instant) const {
-    return DateComponents::fromDateTime(dayOf(instant), timeOf(instant), zone_.id());
+    return DateComponents::fromDateTime(dayOf(instant), timeOf(instant), zone_);
 }
 
 }  // namespace kestrant

@@ -2,24 +2,20 @@
 
 #include "foundation/Instant.h"
 #include "foundation/Subscription.h"
+#include "foundation/TimeZone.h"
 
-#include <QByteArray>
 #include <QDate>
 #include <QTime>
-#include <QTimeZone>
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
+#include <utility>
 
 namespace kestrant {
 
-class ZoneOffsets;
-
 /// Parts of a date as a person or a file gives them; absent parts are unknown. A due date without an hour is
-/// a whole day. `timeZone` is an IANA identifier, "UTC" or a Windows zone name; absent means floating: read
-/// in the reader's own zone.
+/// a whole day. Without a zone it is floating: read in the reader's own.
 struct DateComponents {
     // Every reminder in memory has some of these.
     using Part = std::optional<std::int16_t>;
@@ -29,7 +25,7 @@ struct DateComponents {
     Part hour;
     Part minute;
     Part second;
-    std::optional<QByteArray> timeZone;
+    std::optional<TimeZone> timeZone;
 
     [[nodiscard]] bool includesTime() const { return hour.has_value(); }
     /// The day; invalid when year, month or day is absent or they name no day of the proleptic Gregorian
@@ -40,14 +36,10 @@ struct DateComponents {
 
     [[nodiscard]] static DateComponents fromDate(QDate date);
     [[nodiscard]] static DateComponents fromDateTime(QDate date, QTime time,
-                                                     std::optional<QByteArray> zone = {});
+                                                     std::optional<TimeZone> zone = {});
 
     bool operator==(const DateComponents&) const = default;
 };
-
-/// The zone of an IANA identifier, of "UTC", or of a Windows zone name ("Romance Standard Time"); absent when
-/// unknown.
-[[nodiscard]] std::optional<QTimeZone> timeZoneFromIdentifier(const QByteArray& identifier);
 
 /// A half-open span of time: start included, end excluded.
 struct DateInterval {
@@ -56,23 +48,13 @@ struct DateInterval {
     bool operator==(const DateInterval&) const = default;
 };
 
-/// What becomes of a local time that the clock skips. A repeated local time is always its first occurrence.
-enum class GapPolicy {
-    /// The offset before the gap is applied, so 02:30 in a gap of one hour is 03:30 (RFC 5545, 3.3.5).
-    keepOffset,
-    /// The first existing time after the gap: 03:00.
-    nextExisting,
-};
-
 /// The Gregorian calendar in one time zone: every question about days, local times and instants goes through
-/// here. A value; cheap to copy. Thread: any. Answers for all years from 0001 to 9999; where a zone is
-/// unknown the caller decides, this class is always given a valid one (an invalid QTimeZone is taken for
-/// UTC).
+/// here. A value; cheap to copy. Thread: any. Answers for all years from 0001 to 9999.
 class ZoneCalendar {
   public:
-    explicit ZoneCalendar(const QTimeZone& zone);
+    explicit ZoneCalendar(TimeZone zone) : zone_(std::move(zone)) {}
 
-    [[nodiscard]] const QTimeZone& zone() const { return zone_; }
+    [[nodiscard]] const TimeZone& zone() const { return zone_; }
 
     [[nodiscard]] QDate dayOf(Instant instant) const;
     [[nodiscard]] QTime timeOf(Instant instant) const;
@@ -90,20 +72,18 @@ class ZoneCalendar {
     [[nodiscard]] DateInterval yearContaining(Instant instant) const;
 
     /// The instant the components denote: a whole day is its start; a time is read in the components' own
-    /// zone, or in this calendar's zone when they name none or an unknown one. Absent when they name no day
-    /// or no valid time.
+    /// zone, or in this calendar's zone when they have none. Absent when they name no day or no valid time.
     [[nodiscard]] std::optional<Instant> instantFrom(const DateComponents& components) const;
 
-    /// Components of an instant in this zone, with this zone's identifier.
+    /// Components of an instant in this zone, with this zone.
     [[nodiscard]] DateComponents componentsOf(Instant instant) const;
 
-    bool operator==(const ZoneCalendar& other) const { return zone_ == other.zone_; }
+    bool operator==(const ZoneCalendar& other) const = default;
 
   private:
     [[nodiscard]] qint64 localMicroseconds(Instant instant) const;
 
-    QTimeZone zone_;
-    std::shared_ptr<const ZoneOffsets> offsets_;
+    TimeZone zone_;
 };
 
 /// The person's own calendar: follows the machine's time zone while the program runs. Thread: main.

@@ -56,14 +56,8 @@ DateComponents dueComponents(Instant dueDate, bool includesTime, const ZoneCalen
     }
     if (previous && previous->includesTime() && calendar.instantFrom(*previous) == dueDate)
         return *previous;
-    std::optional<QByteArray> zone;
-    ZoneCalendar teller = calendar;
-    if (previous && previous->includesTime() && previous->timeZone) {
-        if (const auto known = timeZoneFromIdentifier(*previous->timeZone)) {
-            zone = previous->timeZone;
-            teller = ZoneCalendar(*known);
-        }
-    }
+    const auto zone = previous && previous->includesTime() ? previous->timeZone : std::nullopt;
+    const ZoneCalendar teller = zone ? ZoneCalendar(*zone) : calendar;
     DateComponents components =
         DateComponents::fromDateTime(teller.dayOf(dueDate), teller.timeOf(dueDate), zone);
     components.second.reset();

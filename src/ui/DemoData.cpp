@@ -227,7 +227,7 @@ class DemoWriter : public std::enable_shared_from_this<DemoWriter> {
         } else {
             data.startDate = calendar_.instantAt(day, demo.start);
             data.endDate = data.startDate + std::chrono::minutes(demo.length);
-            data.timeZone = calendar_.zone().id();
+            data.timeZone = calendar_.zone();
         }
         return data;
     }

@@ -168,7 +168,7 @@ struct Stage {
     /// Saturday 21 November 2026, 14:30 in Paris.
     PictureTime time{std::chrono::sys_days{std::chrono::year(2026) / 11 / 21} +
                      std::chrono::minutes(13 * 60 + 30)};
-    FixedCurrentCalendar calendar{ZoneCalendar(QTimeZone("Europe/Paris"))};
+    FixedCurrentCalendar calendar{ZoneCalendar(*TimeZone::named("Europe/Paris"))};
     PictureDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
     Localization localization{preferences};

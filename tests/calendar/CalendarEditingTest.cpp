@@ -13,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using Code = CalendarError::Code;
 
-const ZoneCalendar calendar(QTimeZone("Europe/Paris"));
+const ZoneCalendar calendar(*TimeZone::named("Europe/Paris"));
 
 Instant paris(QDate day, QTime time = {0, 0}) {
     return at("Europe/Paris", day, time);
@@ -94,7 +94,7 @@ TEST(EventEdit, IsRefusedOrBroughtIntoForm) {
 
 TEST(EventEdit, OfNothingChangesNothing) {
     EKEventData timed = anEvent("a").lasting(paris({2026, 3, 28}, {10, 0}), 1h);
-    timed.timeZone = "America/New_York";
+    timed.timeZone = TimeZone::named("America/New_York");
     timed.notes = QStringLiteral("n");
     for (const EKEventData& event : {timed, EKEventData(anEvent("b").allDay({2026, 3, 28}, {2026, 3, 30}))}) {
         EKEventData saved = event;
@@ -111,7 +111,7 @@ TEST(EventEdit, WritesATimeInTheOwnZoneAndBlankTextsAsAbsent) {
     details.location = QStringLiteral("  ");
     details.notes = QStringLiteral(" n ");
     apply(*validated(details, calendar), calendar, event);
-    EXPECT_EQ(event.timeZone, QByteArray("Europe/Paris"));
+    EXPECT_EQ(event.timeZone, TimeZone::named("Europe/Paris"));
     EXPECT_EQ(event.location, std::nullopt);
     EXPECT_EQ(event.notes, QStringLiteral("n"));
     details.isAllDay = true;

@@ -17,7 +17,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 CalendarPresent presentAt(const char* zone, QDate day, QTime time) {
-    return {at(zone, day, time), ZoneCalendar(QTimeZone(zone)), Language::english,
+    return {at(zone, day, time), ZoneCalendar(*TimeZone::named(zone)), Language::english,
             QLocale(QLocale::English, QLocale::UnitedStates)};
 }
 

@@ -63,7 +63,7 @@ class CommandLineFixture : public testing::Test {
             .preferencesFile = path(QStringLiteral("preferences.json")),
             .ledgerFile = path(QStringLiteral("ledger.json")),
             .systemLocale = QLocale(QLocale::English, QLocale::UnitedStates),
-            .calendar = ZoneCalendar(QTimeZone("Europe/Paris")),
+            .calendar = ZoneCalendar(*TimeZone::named("Europe/Paris")),
             .clock = clock,
             .out = [&](const QString& text) { result.out += text; },
             .err = [&](const QString& text) { result.err += text; },

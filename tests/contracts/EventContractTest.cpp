@@ -16,7 +16,7 @@ Instant paris(QDate day, QTime time = {0, 0}) {
     return at("Europe/Paris", day, time);
 }
 
-const ZoneCalendar parisCalendar{QTimeZone("Europe/Paris")};
+const ZoneCalendar parisCalendar{*TimeZone::named("Europe/Paris")};
 
 template <typename House>
 class EventContract : public ::testing::Test {
@@ -39,7 +39,7 @@ class EventContract : public ::testing::Test {
                                .titled("Meeting")
                                .lasting(paris({2026, 3, 27}, {9, 0}), 1h)
                                .repeating("FREQ=DAILY;COUNT=5");
-        data.timeZone = "Europe/Paris";
+        data.timeZone = TimeZone::named("Europe/Paris");
         return add(data);
     }
     EKEventRef meetingOn(int day) {
@@ -76,7 +76,7 @@ TYPED_TEST(EventContract, KeepsEveryPropertyOfAnEvent) {
     data.notes = "two\nlines";
     data.location = "Rue de l’Église, 3";
     data.url = "https://example.org/?a=b,c;d";
-    data.timeZone = "America/New_York";
+    data.timeZone = TimeZone::named("America/New_York");
     data.alarms = {EKAlarm{.relativeOffset = -15min}};
     data.creationDate = at("UTC", {2026, 1, 1});
     const EKEventRef saved = this->add(data);
@@ -105,13 +105,13 @@ TYPED_TEST(EventContract, KeepsEveryKindOfTime) {
         Instant start;
         Instant end;
         bool isAllDay;
-        std::optional<QByteArray> zone;
+        const char* zone;
     };
     const Case cases[] = {
-        {"a day of 23 hours", paris({2026, 3, 29}), paris({2026, 3, 30}), true, {}},
-        {"three days", paris({2026, 3, 28}), paris({2026, 3, 31}), true, {}},
-        {"a year and more", paris({2026, 3, 28}), paris({2027, 5, 2}), true, {}},
-        {"a floating time", paris({2026, 3, 28}, {9, 0}), paris({2026, 3, 28}, {10, 0}), false, {}},
+        {"a day of 23 hours", paris({2026, 3, 29}), paris({2026, 3, 30}), true, ""},
+        {"three days", paris({2026, 3, 28}), paris({2026, 3, 31}), true, ""},
+        {"a year and more", paris({2026, 3, 28}), paris({2027, 5, 2}), true, ""},
+        {"a floating time", paris({2026, 3, 28}, {9, 0}), paris({2026, 3, 28}, {10, 0}), false, ""},
         {"over the change of the clocks", paris({2026, 3, 28}, {22, 0}), paris({2026, 3, 29}, {6, 0}), false,
          "Europe/Paris"},
         {"in UTC", paris({2026, 3, 28}, {9, 0}), paris({2026, 3, 28}, {9, 1}), false, "UTC"},
@@ -121,13 +121,13 @@ TYPED_TEST(EventContract, KeepsEveryKindOfTime) {
     for (const Case& each : cases) {
         EKEventData data = anEvent("").lasting(each.start, each.end);
         data.isAllDay = each.isAllDay;
-        data.timeZone = each.zone;
+        data.timeZone = TimeZone::named(each.zone);
         const EKEventRef found = this->house.store.event(this->add(data)->data.eventIdentifier);
         ASSERT_TRUE(found) << each.what;
         EXPECT_EQ(found->data.startDate, each.start) << each.what;
         EXPECT_EQ(found->data.endDate, each.end) << each.what;
         EXPECT_EQ(found->data.isAllDay, each.isAllDay) << each.what;
-        EXPECT_EQ(found->data.timeZone, each.zone) << each.what;
+        EXPECT_EQ(found->data.timeZone, TimeZone::named(each.zone)) << each.what;
     }
 }
 
@@ -349,12 +349,12 @@ TYPED_TEST(EventContract, TurnsATimeIntoADayAndBack) {
     EXPECT_EQ(event->data.endDate, paris({2026, 3, 29}));
 
     event->data.isAllDay = false;
-    event->data.timeZone = "Europe/Paris";
+    event->data.timeZone = TimeZone::named("Europe/Paris");
     event->data.startDate = morning;
     event->data.endDate = morning + 30min;
     ASSERT_TRUE(this->driver.save(event).has_value());
     EXPECT_EQ(event->data.endDate, morning + 30min);
-    EXPECT_EQ(event->data.timeZone, QByteArray("Europe/Paris"));
+    EXPECT_EQ(event->data.timeZone, TimeZone::named("Europe/Paris"));
 }
 
 TYPED_TEST(EventContract, RemovesAnEventAndTellsOfIt) {

@@ -94,11 +94,11 @@ TYPED_TEST(EventStoreContract, KeepsEveryPropertyOfAReminder) {
 
 TYPED_TEST(EventStoreContract, KeepsEveryKindOfDate) {
     this->open();
-    const DateComponents dates[] = {DateComponents::fromDate({2026, 3, 29}),
-                                    DateComponents::fromDateTime({2026, 3, 29}, {2, 30}),
-                                    DateComponents::fromDateTime({2026, 10, 25}, {2, 30}, "Europe/Paris"),
-                                    DateComponents::fromDateTime({2026, 12, 31}, {23, 59, 59}, "UTC"),
-                                    DateComponents::fromDate({9999, 12, 31})};
+    const DateComponents dates[] = {
+        DateComponents::fromDate({2026, 3, 29}), DateComponents::fromDateTime({2026, 3, 29}, {2, 30}),
+        DateComponents::fromDateTime({2026, 10, 25}, {2, 30}, TimeZone::named("Europe/Paris")),
+        DateComponents::fromDateTime({2026, 12, 31}, {23, 59, 59}, TimeZone::named("UTC")),
+        DateComponents::fromDate({9999, 12, 31})};
     for (const DateComponents& date : dates) {
         EKReminderData data = this->inList(aReminder("").titled("x"));
         data.dueDateComponents = date;
@@ -159,7 +159,7 @@ TYPED_TEST(EventStoreContract, CompletingARecurringReminderMovesItOnAndLeavesACo
                                            .starting({2026, 3, 26}, {18, 0})
                                            .alarmAt(at("Europe/Paris", {2026, 3, 27}, {8, 45}))
                                            .repeating("FREQ=DAILY;INTERVAL=3;COUNT=2"));
-    data.startDateComponents->timeZone = "Europe/Paris";
+    data.startDateComponents->timeZone = TimeZone::named("Europe/Paris");
     const EKReminderRef reminder = this->driver.add(data);
     reminder->data.isCompleted = true;
     const auto answer = this->driver.save(reminder);
@@ -169,9 +169,9 @@ TYPED_TEST(EventStoreContract, CompletingARecurringReminderMovesItOnAndLeavesACo
     // The clocks change on 29 March: nine o'clock stays nine o'clock.
     EXPECT_FALSE(reminder->data.isCompleted);
     EXPECT_EQ(reminder->data.dueDateComponents,
-              DateComponents::fromDateTime({2026, 3, 30}, {9, 0}, "Europe/Paris"));
+              DateComponents::fromDateTime({2026, 3, 30}, {9, 0}, TimeZone::named("Europe/Paris")));
     EXPECT_EQ(reminder->data.startDateComponents,
-              DateComponents::fromDateTime({2026, 3, 29}, {18, 0}, "Europe/Paris"));
+              DateComponents::fromDateTime({2026, 3, 29}, {18, 0}, TimeZone::named("Europe/Paris")));
     ASSERT_EQ(reminder->data.alarms.size(), 1U);
     EXPECT_EQ(reminder->data.alarms[0].absoluteDate, at("Europe/Paris", {2026, 3, 30}, {8, 45}));
     // In whatever order a database writes the parts of a rule.

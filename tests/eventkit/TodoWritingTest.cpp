@@ -12,7 +12,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const ZoneCalendar paris{QTimeZone("Europe/Paris")};
+const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
 const Instant now = at("UTC", {2026, 3, 27}, {12, 0});
 
 /// What an edit does to the lines of a file: those taken away with "-", new ones with "+", in their order,
@@ -98,18 +98,19 @@ TEST(TodoWritingTest, WritesTheDueDateInPlaceOfADuration) {
     const QByteArray lines = "DTSTART:20260327T090000Z\nDURATION:PT1H\n";
     EXPECT_THAT(edit(lines,
                      [](EKReminderData& data) {
-                         data.dueDateComponents = DateComponents::fromDateTime({2026, 3, 28}, {9, 0}, "UTC");
+                         data.dueDateComponents =
+                             DateComponents::fromDateTime({2026, 3, 28}, {9, 0}, TimeZone::named("UTC"));
                      })
                     .changes,
                 ElementsAre("+DUE:20260328T090000Z", "-DURATION:PT1H"));
-    EXPECT_THAT(
-        edit(lines,
-             [](EKReminderData& data) {
-                 data.startDateComponents = DateComponents::fromDateTime({2026, 3, 27}, {8, 0}, "UTC");
-             })
-            .changes,
-        ElementsAre("+DTSTART:20260327T080000Z", "+DUE:20260327T100000Z", "-DTSTART:20260327T090000Z",
-                    "-DURATION:PT1H"));
+    EXPECT_THAT(edit(lines,
+                     [](EKReminderData& data) {
+                         data.startDateComponents =
+                             DateComponents::fromDateTime({2026, 3, 27}, {8, 0}, TimeZone::named("UTC"));
+                     })
+                    .changes,
+                ElementsAre("+DTSTART:20260327T080000Z", "+DUE:20260327T100000Z", "-DTSTART:20260327T090000Z",
+                            "-DURATION:PT1H"));
 }
 
 TEST(TodoWritingTest, MarksTheRevision) {

@@ -16,7 +16,7 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using vdir::VdirDatabase;
 
-const ZoneCalendar paris{QTimeZone("Europe/Paris")};
+const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
 const Instant now = at("UTC", {2026, 3, 27}, {12, 0});
 const Instant march = at("Europe/Paris", {2026, 3, 1});
 const Instant may = at("Europe/Paris", {2026, 5, 1});
@@ -185,7 +185,7 @@ TEST_F(VdirEventsTest, WritesTimesTheWayTheFileHasThem) {
         {"DTSTART;VALUE=DATE:20260327\n",
          [](EKEventData& data) {
              data.isAllDay = false;
-             data.timeZone = "UTC";
+             data.timeZone = TimeZone::named("UTC");
              data.endDate = data.startDate + 1h;
          },
          {"+DTSTART:20260326T230000Z", "+DTEND:20260327T000000Z", "-DTSTART;VALUE=DATE:20260327"}},
@@ -273,7 +273,7 @@ TEST_F(VdirEventsTest, WritesANewEventWithTheZonesItUses) {
                            .in("work")
                            .lasting(at("Europe/Paris", {2026, 3, 28}, {9, 0}), 1h)
                            .repeating("FREQ=WEEKLY");
-    data.timeZone = "Europe/Paris";
+    data.timeZone = TimeZone::named("Europe/Paris");
     const auto saved = database.saveEvent(nullptr, data, now, paris);
     ASSERT_TRUE(saved.has_value());
     const QByteArray uid = saved->calendarItemIdentifier.toUtf8();
@@ -456,7 +456,7 @@ TEST_F(VdirEventsTest, FollowsThePersonIntoAnotherZone) {
     };
     const DateInterval inUtc = interval("utc");
     for (const char* zone : {"Asia/Tokyo", "America/New_York", "Europe/Paris"}) {
-        EXPECT_TRUE(database.adopt(ZoneCalendar(QTimeZone(zone))));
+        EXPECT_TRUE(database.adopt(ZoneCalendar(*TimeZone::named(zone))));
         EXPECT_EQ(interval("days"), (DateInterval{at(zone, {2026, 3, 28}), at(zone, {2026, 3, 30})}));
         EXPECT_EQ(interval("floating"),
                   (DateInterval{at(zone, {2026, 3, 28}, {9, 0}), at(zone, {2026, 3, 28}, {10, 0})}));

@@ -12,7 +12,7 @@ using ::testing::IsEmpty;
 using vdir::VdirDatabase;
 using Result = tl::expected<EKSaveResult, EKError>;
 
-const ZoneCalendar paris{QTimeZone("Europe/Paris")};
+const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
 const Instant now = at("UTC", {2026, 3, 27}, {12, 0});
 
 class VdirRevertingTest : public ::testing::Test {
@@ -65,7 +65,8 @@ TEST_F(VdirRevertingTest, RestoresEveryByteThatNobodyElseHasTouched) {
         {"an edit", "X-KEEP;a=b:c\nDESCRIPTION:long\n  er\nSEQUENCE:7\n", edited(rename)},
         {"a due date with its zone", "DUE;TZID=Europe/Paris:20260401T090000\n" + alarm,
          edited([](EKReminderData& data) {
-             data.dueDateComponents = DateComponents::fromDateTime({2026, 5, 1}, {9, 0}, "America/New_York");
+             data.dueDateComponents =
+                 DateComponents::fromDateTime({2026, 5, 1}, {9, 0}, TimeZone::named("America/New_York"));
              data.alarms = {EKAlarm::at(now)};
          })},
         {"a completion of something half done", "STATUS:IN-PROCESS\nPERCENT-COMPLETE:50\n", edited(complete)},

@@ -16,7 +16,7 @@ constexpr auto stJohns = "America/St_Johns";
 constexpr auto apia = "Pacific/Apia";
 
 ZoneCalendar calendarIn(const char* zone) {
-    return ZoneCalendar(QTimeZone(zone));
+    return ZoneCalendar(*TimeZone::named(zone));
 }
 
 Instant utc(const char* text) {
@@ -166,22 +166,21 @@ struct ComponentsCase {
 TEST(DateComponentsInParis, DenoteInstants) {
     const QDate day(2026, 3, 27);
     const QTime time(14, 30);
-    const auto timed = [&](std::optional<QByteArray> zone) {
-        return DateComponents::fromDateTime(day, time, std::move(zone));
+    const auto timed = [&](const char* zone) {
+        return DateComponents::fromDateTime(day, time, TimeZone::named(zone));
     };
     DateComponents hourOnly = DateComponents::fromDate(day);
     hourOnly.hour = 14;
-    DateComponents leapSecond = timed({});
+    DateComponents leapSecond = timed("");
     leapSecond.second = 60;
     const ComponentsCase cases[] = {
         {"whole day", DateComponents::fromDate(day), "2026-03-26T23:00:00Z"},
-        {"floating", timed({}), "2026-03-27T13:30:00Z"},
+        {"floating", timed(""), "2026-03-27T13:30:00Z"},
         {"own zone", timed("Europe/Paris"), "2026-03-27T13:30:00Z"},
         {"other zone", timed("America/New_York"), "2026-03-27T18:30:00Z"},
         {"UTC", timed("UTC"), "2026-03-27T14:30:00Z"},
         {"Windows name", timed("Pacific Standard Time"), "2026-03-27T21:30:00Z"},
         {"unknown zone", timed("Atlantis/Poseidonis"), "2026-03-27T13:30:00Z"},
-        {"path", timed("../../etc/localtime"), "2026-03-27T13:30:00Z"},
         {"hour alone", hourOnly, "2026-03-27T13:00:00Z"},
         {"leap second", leapSecond, "2026-03-27T13:30:59Z"},
         {"no such day", {.year = 2026, .month = 2, .day = 29}, {}},
@@ -208,11 +207,7 @@ TEST(DateComponentsInParis, OfAnInstantNameTheZone) {
                               .hour = 14,
                               .minute = 30,
                               .second = 5,
-                              .timeZone = "Europe/Paris"}));
-}
-
-TEST(AnInvalidZone, CountsAsUtc) {
-    EXPECT_EQ(ZoneCalendar(QTimeZone()), calendarIn("UTC"));
+                              .timeZone = TimeZone::named("Europe/Paris")}));
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 
 constexpr auto paris = "Europe/Paris";
-const ZoneCalendar calendar((QTimeZone(paris)));
+const ZoneCalendar calendar(*TimeZone::named(paris));
 const Instant ten = at(paris, {2026, 3, 27}, {10, 0});
 
 EKAlarm atPlace() {

@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 
 constexpr auto paris = "Europe/Paris";
-const ZoneCalendar calendar((QTimeZone(paris)));
+const ZoneCalendar calendar(*TimeZone::named(paris));
 const DateComponents wholeDay = DateComponents::fromDate({2026, 3, 12});
 const DateComponents tenOClock = DateComponents::fromDateTime({2026, 3, 12}, {10, 0});
 
@@ -40,7 +40,7 @@ TEST(ReminderAlerts, TheAlarmRingsWhereTheScheduleFitsTheDueDate) {
         {"negative hour", wholeDay, DayRelativeToDueDate{0, -1, 0}, {}},
         {"minute 60", wholeDay, DayRelativeToDueDate{0, 9, 60}, {}},
         {"day schedule on a time", tenOClock, DayRelativeToDueDate{0, 9, 0}, {}},
-        {"no such day", DateComponents::fromDateTime({2026, 3, 12}, {10, 0}, QByteArray("Mars/Base")),
+        {"no such day", DateComponents::fromDateTime({2026, 3, 12}, {10, 0}, TimeZone::named("Mars/Base")),
          RelativeToDueTime{0}, at(paris, {2026, 3, 12}, {10, 0})},
         {"a time that is skipped", DateComponents::fromDate({2026, 3, 29}), DayRelativeToDueDate{0, 2, 30},
          at(paris, {2026, 3, 29}, {3, 0})},

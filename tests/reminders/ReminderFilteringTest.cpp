@@ -54,7 +54,7 @@ TEST(ReminderFiltering, TodayAndOverdueFollowTheCalendarsDays) {
         {"the day before it", saoPaulo, {2018, 11, 4}, {1, 0}, {2018, 11, 3}, {}, false, true},
     };
     for (const Case& param : cases) {
-        const ZoneCalendar calendar((QTimeZone(param.zone)));
+        const ZoneCalendar calendar(*TimeZone::named(param.zone));
         const auto present = ReminderPresent::at(calendar.instantAt(param.day, param.now), calendar);
         const ReminderTask task = param.dueTime
                                       ? dueAt(calendar.instantAt(param.dueDay, *param.dueTime), true)
@@ -65,7 +65,7 @@ TEST(ReminderFiltering, TodayAndOverdueFollowTheCalendarsDays) {
 }
 
 TEST(ReminderFiltering, EveryFilterThatIsOnMustPassAndEachCountsByItself) {
-    const ZoneCalendar calendar((QTimeZone(paris)));
+    const ZoneCalendar calendar(*TimeZone::named(paris));
     const auto present = ReminderPresent::at(at(paris, {2026, 3, 27}, {12, 0}), calendar);
     ReminderTask todayOverdueFlagged = dueAt(at(paris, {2026, 3, 27}, {9, 0}), true);
     todayOverdueFlagged.isFlagged = true;
@@ -102,7 +102,7 @@ TEST(ReminderFiltering, SearchTrimsTheQueryAndIgnoresLetterCase) {
 }
 
 TEST(ReminderFiltering, TheAnswersNextChangeWhenATaskFallsDueOrTheDayEnds) {
-    const ZoneCalendar calendar((QTimeZone(paris)));
+    const ZoneCalendar calendar(*TimeZone::named(paris));
     const auto present = ReminderPresent::at(at(paris, {2026, 3, 28}, {12, 0}), calendar);
     const Instant midnight = at(paris, {2026, 3, 29});
     EXPECT_EQ(nextFilterChange({}, present), midnight);
@@ -133,7 +133,7 @@ TEST(ReminderDueText, SaysDaysInWordsInBothLanguages) {
         {{2026, 11, 7}, {}, "Sat 7 Nov", "Sam. 7 nov."},
         {{2027, 1, 1}, {}, "Fri 1 Jan 2027", "Ven. 1 janv. 2027"},
     };
-    const ZoneCalendar calendar((QTimeZone(paris)));
+    const ZoneCalendar calendar(*TimeZone::named(paris));
     const Instant now = at(paris, {2026, 11, 21}, {14, 30});
     for (const Case& expected : cases) {
         const Instant due = at(paris, expected.day, expected.time.value_or(QTime(0, 0)));

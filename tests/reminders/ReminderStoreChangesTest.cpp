@@ -255,10 +255,12 @@ TEST_F(ReminderStoreChanges, AnotherDueDateTakesTheAlertAlongAndKeepsItsZone) {
     loadedStore();
     EXPECT_EQ(reschedule(paris({2026, 4, 2}, {18, 0}), true), done);
     EKReminderData written = stored("a");
-    EXPECT_EQ(
-        written.dueDateComponents,
-        (DateComponents{
-            .year = 2026, .month = 4, .day = 2, .hour = 12, .minute = 0, .timeZone = "America/New_York"}));
+    EXPECT_EQ(written.dueDateComponents, (DateComponents{.year = 2026,
+                                                         .month = 4,
+                                                         .day = 2,
+                                                         .hour = 12,
+                                                         .minute = 0,
+                                                         .timeZone = TimeZone::named("America/New_York")}));
     EXPECT_THAT(written.alarms,
                 ElementsAre(EKAlarm::at(paris({2026, 3, 1})), EKAlarm::at(paris({2026, 4, 2}, {17, 0}))));
     EXPECT_EQ(written.startDateComponents, DateComponents::fromDateTime({2026, 3, 20}, {9, 0}));

@@ -13,12 +13,12 @@ class MovableCalendar : public CurrentCalendar {
         return observers_.add(std::move(observer));
     }
     void moveTo(const char* zone) {
-        zone_ = QTimeZone(zone);
+        zone_ = *TimeZone::named(zone);
         observers_.notify();
     }
 
   private:
-    QTimeZone zone_{"Europe/Paris"};
+    TimeZone zone_ = *TimeZone::named("Europe/Paris");
     ObserverList<> observers_;
 };
 

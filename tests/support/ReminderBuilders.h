@@ -18,8 +18,8 @@ class ReminderBuilder {
     ReminderBuilder& titled(const QString& title) { return set(data_.title, title); }
     ReminderBuilder& in(const QString& list) { return set(data_.calendarIdentifier, list); }
     ReminderBuilder& due(QDate day) { return set(data_.dueDateComponents, DateComponents::fromDate(day)); }
-    ReminderBuilder& due(QDate day, QTime time, std::optional<QByteArray> zone = {}) {
-        return set(data_.dueDateComponents, DateComponents::fromDateTime(day, time, std::move(zone)));
+    ReminderBuilder& due(QDate day, QTime time, const char* zone = "") {
+        return set(data_.dueDateComponents, DateComponents::fromDateTime(day, time, TimeZone::named(zone)));
     }
     ReminderBuilder& priority(int priority) { return set(data_.priority, priority); }
     ReminderBuilder& notes(const QString& notes) { return set(data_.notes, notes); }
@@ -58,7 +58,7 @@ class ReminderBuilder {
 
 /// A local time of day in a zone, for expectations: at("Europe/Paris", {2026, 3, 27}, {9, 0}).
 [[nodiscard]] inline Instant at(const char* zone, QDate day, QTime time = {0, 0}) {
-    return ZoneCalendar(QTimeZone(zone)).instantAt(day, time);
+    return ZoneCalendar(*TimeZone::named(zone)).instantAt(day, time);
 }
 
 }  // namespace kestrant

@@ -86,7 +86,7 @@ struct Program {
     }
 
     ManualScheduler time{*parseIso8601(u"2026-11-21T14:30:00+01:00")};
-    FixedCurrentCalendar calendar{ZoneCalendar(QTimeZone("Europe/Paris"))};
+    FixedCurrentCalendar calendar{ZoneCalendar(*TimeZone::named("Europe/Paris"))};
     MemoryUserDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(); }};
     Localization localization{preferences};

@@ -106,9 +106,8 @@ std::set<QByteArray> obscureZones(QByteArrayView components) {
         at = end;
     }
     static const Document nothing = Document::make();
-    std::erase_if(names, [](const QByteArray& name) {
-        return icalendar::zoneNamed(name, nothing, QDate(2000, 1, 1)).has_value();
-    });
+    std::erase_if(names,
+                  [](const QByteArray& name) { return icalendar::zoneNamed(name, nothing).has_value(); });
     return names;
 }
 

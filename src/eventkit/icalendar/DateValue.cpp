@@ -2,43 +2,22 @@
 
 #include "eventkit/icalendar/TimeZoneText.h"
 
-#include <QHash>
-#include <QTimeZone>
-
 #include <algorithm>
 #include <chrono>
 
 namespace kestrant::icalendar {
 namespace {
 
-/// An IANA name at the end of a text such as "/vendor.example/20260101/Europe/Paris".
-std::optional<QByteArray> ianaNameIn(const QByteArray& text) {
-    if (text == "UTC" || text == "Z")
-        return "UTC";
-    qsizetype start = 0;
-    while (start >= 0 && start < text.size()) {
-        const QByteArray candidate = text.sliced(start);
-        if (QTimeZone::isTimeZoneIdAvailable(candidate))
-            return candidate;
-        const qsizetype slash = text.indexOf('/', start);
-        start = slash < 0 ? -1 : slash + 1;
+/// A longer name is none.
+constexpr qsizetype longestName = 255;
+
+/// The zone whose name a vendor has put a prefix before: "/vendor.example/20260101/Europe/Paris".
+std::optional<TimeZone> zoneAfterPrefix(const QByteArray& identifier) {
+    for (qsizetype slash = identifier.indexOf('/'); slash >= 0; slash = identifier.indexOf('/', slash + 1)) {
+        if (auto zone = TimeZone::named(identifier.sliced(slash + 1)))
+            return zone;
     }
     return std::nullopt;
-}
-
-std::optional<QByteArray> standardZoneNamed(const QByteArray& identifier) {
-    static thread_local QHash<QByteArray, QByteArray> known;  // empty: none
-    const auto found = known.constFind(identifier);
-    if (found != known.cend())
-        return found->isEmpty() ? std::nullopt : std::optional(*found);
-    auto zone = ianaNameIn(identifier);
-    if (!zone) {
-        const QByteArray windows = QTimeZone::windowsIdToDefaultIanaId(identifier);
-        if (!windows.isEmpty())
-            zone = windows;
-    }
-    known.insert(identifier, zone.value_or(QByteArray()));
-    return zone;
 }
 
 std::optional<int> digits(QByteArrayView text, qsizetype from, qsizetype length) {
@@ -60,18 +39,16 @@ QByteArray dayText(QDate day) {
 
 }  // namespace
 
-std::optional<QByteArray> zoneNamed(const QByteArray& zoneIdentifier, const Document& document, QDate day) {
-    if (auto zone = standardZoneNamed(zoneIdentifier))
+std::optional<TimeZone> zoneNamed(const QByteArray& zoneIdentifier, const Document& document) {
+    if (zoneIdentifier.size() > longestName)
+        return document.definedZone(zoneIdentifier);
+    if (auto zone = TimeZone::named(zoneIdentifier))
         return zone;
-    for (const ComponentView& definition : document.components("VTIMEZONE")) {
-        const auto identifier = definition.property("TZID");
-        if (!identifier || identifier->value != zoneIdentifier)
-            continue;
-        const auto location = definition.property("X-LIC-LOCATION");
-        const auto zone = location ? standardZoneNamed(location->value) : std::nullopt;
-        return zone ? zone : zoneDescribedBy(definition, day);
-    }
-    return std::nullopt;
+    const bool isPrefixed = zoneIdentifier.startsWith('/');
+    auto zone = isPrefixed ? zoneAfterPrefix(zoneIdentifier) : std::nullopt;
+    if (!zone)
+        zone = document.definedZone(zoneIdentifier);
+    return zone || isPrefixed ? zone : zoneAfterPrefix(zoneIdentifier);
 }
 
 std::optional<DateComponents> readDate(const Property& property, const Document& document) {
@@ -104,7 +81,7 @@ std::optional<DateComponents> readLocalDate(QByteArrayView value) {
     result.minute = minute;
     result.second = std::min(*second, 59);
     if (utc)
-        result.timeZone = "UTC";
+        result.timeZone = TimeZone();
     return result;
 }
 
@@ -117,7 +94,7 @@ std::optional<DateComponents> readDate(QByteArrayView value, const Property& pro
         return DateComponents::fromDate(date->date());
     if (!date->timeZone) {
         if (const auto identifier = property.parameter("TZID"))
-            date->timeZone = zoneNamed(*identifier, document, date->date());
+            date->timeZone = zoneNamed(*identifier, document);
     }
     return date;
 }
@@ -129,14 +106,7 @@ std::optional<Instant> readInstant(const std::optional<Property>& property, cons
 }
 
 ZoneCalendar calendarOf(const DateComponents& date, const ZoneCalendar& local) {
-    if (!date.timeZone)
-        return local;
-    static thread_local QHash<QByteArray, ZoneCalendar> known;
-    const auto found = known.constFind(*date.timeZone);
-    if (found != known.cend())
-        return *found;
-    const auto zone = timeZoneFromIdentifier(*date.timeZone);
-    return zone ? *known.insert(*date.timeZone, ZoneCalendar(*zone)) : local;
+    return date.timeZone ? ZoneCalendar(*date.timeZone) : local;
 }
 
 LocalTime localTimeOf(const DateComponents& date) {
@@ -163,13 +133,12 @@ void writeDate(Property& property, const DateComponents& date, const Document& d
         return;
     }
     property.value += date.time().toString(QStringLiteral("'T'HHmmss")).toLatin1();
-    if (date.timeZone == QByteArray("UTC")) {
-        property.value += 'Z';
-    } else if (oldZone && zoneNamed(*oldZone, document, date.date()) == date.timeZone) {
+    if (oldZone && zoneNamed(*oldZone, document) == date.timeZone)
         property.parameters.push_back({"TZID", *oldZone});
-    } else if (date.timeZone) {
-        property.parameters.push_back({"TZID", *date.timeZone});
-    }
+    else if (date.timeZone && date.timeZone->isUtc())
+        property.value += 'Z';
+    else if (date.timeZone)
+        property.parameters.push_back({"TZID", date.timeZone->id()});
 }
 
 QByteArray utcText(Instant instant) {

@@ -8,17 +8,14 @@
 
 namespace kestrant::icalendar {
 
-/// The zone that a TZID names: by an IANA name with or without a vendor's prefix, a Windows name, or what the
-/// file's own definition says, its location or how its clocks are set in the year of `day`. Absent for any
-/// other; such times are read in the person's own zone.
-[[nodiscard]] std::optional<QByteArray> zoneNamed(const QByteArray& zoneIdentifier, const Document& document,
-                                                  QDate day);
+/// The zone that a TZID names: by an IANA or a Windows name, also one with a vendor's prefix, else by what
+/// the file's own definition says. Absent for any other; such times are read in the person's own zone.
+[[nodiscard]] std::optional<TimeZone> zoneNamed(const QByteArray& zoneIdentifier, const Document& document);
 
 /// Reads one value, with a zone only where it says itself that it is in UTC.
 [[nodiscard]] std::optional<DateComponents> readLocalDate(QByteArrayView value);
 /// Reads DATE and DATE-TIME values, also a date that does not say that it is one, and dates written with
-/// hyphens and colons. Zones are IANA names, "UTC", or distances from it such as "UTC+05:30". Absent for
-/// anything else.
+/// hyphens and colons. Absent for anything else.
 [[nodiscard]] std::optional<DateComponents> readDate(const Property& property, const Document& document);
 /// Reads one value of a list that stands in this property.
 [[nodiscard]] std::optional<DateComponents> readDate(QByteArrayView value, const Property& property,
@@ -27,8 +24,7 @@ namespace kestrant::icalendar {
 [[nodiscard]] std::optional<Instant> readInstant(const std::optional<Property>& property,
                                                  const Document& document, const ZoneCalendar& local);
 
-/// The calendar in which a date is meant: that of its own zone, or the person's where it names none or an
-/// unknown one.
+/// The calendar in which a date is meant: that of its own zone, or the person's where it has none.
 [[nodiscard]] ZoneCalendar calendarOf(const DateComponents& date, const ZoneCalendar& local);
 /// A day is its midnight.
 [[nodiscard]] LocalTime localTimeOf(const DateComponents& date);

@@ -1,5 +1,7 @@
 #include "eventkit/icalendar/Document.h"
 
+#include "eventkit/icalendar/TimeZoneText.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -233,6 +235,7 @@ Document Document::make() {
 
 void Document::findParts() {
     parts_.clear();
+    zones_.clear();
     const std::span<const Line> lines(lines_);
     forEachComponent(lines, [&](std::size_t begin, std::size_t end) {
         if (lines[begin].componentName() != "VCALENDAR")
@@ -252,6 +255,28 @@ std::vector<ComponentView> Document::components(QByteArrayView componentName) co
     return result;
 }
 
+std::optional<TimeZone> Document::definedZone(const QByteArray& name) const {
+    const bool definesZones =
+        std::any_of(parts_.begin(), parts_.end(), [](const Part& part) { return part.name == "VTIMEZONE"; });
+    if (!definesZones)
+        return std::nullopt;
+    const auto found = zones_.find(name);
+    return found != zones_.end() ? found->second : zones_.emplace(name, findZone(name)).first->second;
+}
+
+std::optional<TimeZone> Document::findZone(const QByteArray& name) const {
+    for (const ComponentView& definition : components("VTIMEZONE")) {
+        const auto identifier = definition.property("TZID");
+        if (!identifier || zoneIdentifierIn(*identifier) != name)
+            continue;
+        if (auto zone = zoneDefinedBy(definition))
+            return zone;
+        const auto location = definition.property("X-LIC-LOCATION");
+        return location ? TimeZone::named(location->value.trimmed()) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
 std::span<const Line> Document::linesOf(QByteArrayView componentName, qsizetype index) const {
     return components(componentName).at(static_cast<std::size_t>(index)).lines();
 }
@@ -268,6 +293,13 @@ void Document::remove(QByteArrayView componentName, qsizetype index) {
     const auto old = linesOf(componentName, index);
     const auto begin = old.data() - lines_.data();
     lines_.erase(lines_.begin() + begin, lines_.begin() + begin + static_cast<qsizetype>(old.size()));
+    findParts();
+}
+
+void Document::insertAfter(qsizetype index, const Component& component) {
+    const auto before = linesOf(component.view().name(), index);
+    const auto end = before.data() - lines_.data() + static_cast<qsizetype>(before.size());
+    lines_.insert(lines_.begin() + end, component.lines().begin(), component.lines().end());
     findParts();
 }
 

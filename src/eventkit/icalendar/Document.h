@@ -2,10 +2,12 @@
 
 #include "eventkit/icalendar/ContentLine.h"
 #include "foundation/Text.h"
+#include "foundation/TimeZone.h"
 
 #include <tl/expected.hpp>
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <span>
 #include <vector>
@@ -62,7 +64,7 @@ class Component {
     std::vector<Line> lines_;
 };
 
-/// An iCalendar file, line by line.
+/// An iCalendar file, line by line. Thread: one at a time.
 class Document {
   public:
     /// Fails, with a reason, for a text that is empty, is something else or breaks off. Otherwise tolerant:
@@ -78,10 +80,16 @@ class Document {
     /// The components of this name directly within the calendars, in order.
     [[nodiscard]] std::vector<ComponentView> components(QByteArrayView componentName) const;
 
+    /// The zone that a VTIMEZONE of this name defines; absent where none does, or none that makes sense.
+    /// Worked out once.
+    [[nodiscard]] std::optional<TimeZone> definedZone(const QByteArray& name) const;
+
     /// Puts `component` in the place of the index-th one of its name.
     void replace(qsizetype index, const Component& component);
     /// Removes the index-th component of this name.
     void remove(QByteArrayView componentName, qsizetype index);
+    /// Puts a component behind the index-th one of its name.
+    void insertAfter(qsizetype index, const Component& component);
     /// Adds a component at the end of the last calendar, or before its first component.
     enum class Place { first, last };
     void add(const Component& component, Place place = Place::last);
@@ -95,11 +103,13 @@ class Document {
     };
 
     void findParts();
+    [[nodiscard]] std::optional<TimeZone> findZone(const QByteArray& name) const;
     [[nodiscard]] std::span<const Line> linesOf(QByteArrayView componentName, qsizetype index) const;
 
     std::vector<Line> lines_;
     std::vector<Part> parts_;
     QByteArray lineEnd_;
+    mutable std::map<QByteArray, std::optional<TimeZone>> zones_;
 };
 
 }  // namespace kestrant::icalendar

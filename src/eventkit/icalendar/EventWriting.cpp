@@ -18,8 +18,8 @@ DateComponents inFormOf(const DateComponents& form, Instant instant, const ZoneC
     const QTime time = zone.timeOf(instant);
     if (zone.instantAt(day, time) == instant)
         return DateComponents::fromDateTime(day, time, form.timeZone);
-    const ZoneCalendar utc(QTimeZone::utc());
-    return DateComponents::fromDateTime(utc.dayOf(instant), utc.timeOf(instant), "UTC");
+    const ZoneCalendar utc{TimeZone()};
+    return DateComponents::fromDateTime(utc.dayOf(instant), utc.timeOf(instant), utc.zone());
 }
 
 bool haveSameForm(const DateComponents& a, const DateComponents& b) {
@@ -56,9 +56,7 @@ void writeTimes(Editor& editor, const std::optional<EventTimes>& present, const 
         after.isAllDay ? wholeDays(after, local) : DateInterval{after.startDate, after.endDate};
     DateComponents form = DateComponents::fromDate(QDate(1970, 1, 1));
     if (!after.isAllDay)
-        form = DateComponents::fromDateTime(QDate(1970, 1, 1), QTime(0, 0),
-                                            after.timeZone && !after.timeZone->isEmpty() ? after.timeZone
-                                                                                         : std::nullopt);
+        form = DateComponents::fromDateTime(QDate(1970, 1, 1), QTime(0, 0), after.timeZone);
     EventTimes times = present.value_or(EventTimes{});
     const bool keepsForm = present && haveSameForm(times.start, form);
     if (keepsForm && intervalOf(times, local) == wanted)
@@ -149,6 +147,13 @@ Component makeChange(const EventItem& series, const LocalTime& date, const Docum
 Document makeSeparateEvent(const QByteArray& uid, Component occurrence, Document document) {
     Editor editor(occurrence, document);
     removeRepetition(editor);
+    if (!editor.has("DTSTART")) {
+        // It starts when its series says.
+        Property start = editor.present("RECURRENCE-ID");
+        start.name = "DTSTART";
+        start.removeParameter("RANGE");
+        editor.set(start);
+    }
     editor.remove("RECURRENCE-ID");
     editor.remove("SEQUENCE");
     editor.setValue("UID", uid);

@@ -169,7 +169,7 @@ bool Occurrences::isPastEnd(const LocalTime& candidate) const {
     case RecurrenceRule::UntilForm::utc:
         break;
     }
-    const Instant last = ZoneCalendar(QTimeZone::utc()).instantAt(end.day, end.time);
+    const Instant last = ZoneCalendar(TimeZone()).instantAt(end.day, end.time);
     if (kind_ == DateKind::day)
         return candidate.day > zone_.dayOf(last);
     return zone_.instantAt(candidate.day, candidate.time) > last;

@@ -1,29 +1,35 @@
 #include "eventkit/icalendar/DateValue.h"
-#include "eventkit/icalendar/Occurrences.h"
 #include "eventkit/icalendar/TimeZoneText.h"
 
-#include <QDateTime>
 #include <QHash>
-#include <QTimeZone>
 
 #include <algorithm>
+#include <limits>
+#include <mutex>
 #include <utility>
 #include <vector>
 
 namespace kestrant::icalendar {
 namespace {
 
-/// The clocks are set to another distance from UTC.
-struct Change {
-    QDateTime at;
-    int before = 0;
-    int after = 0;
-};
+/// What a definition may cost. Clocks are set a few times a year at most.
+constexpr std::size_t mostOnsets = 500;
+constexpr std::size_t mostOnsetsAYear = 100;
+constexpr int mostDaysLookedAt = 200'000;
+constexpr qsizetype longestDefinition = 65'536;
+constexpr qsizetype mostDefinitionsKept = 200;
 
-/// "+0130" or "-053015".
+/// The years of rules without an end are written out up to this one at least, and go on as the last 28 did.
+constexpr int firstRepeatedYear = 2038;
+constexpr int cycle = 28;
+/// Dates that are given one by one are kept up to this year.
+constexpr int lastYear = 2100;
+constexpr qint64 unixEpochJulianDay = 2440588;
+
+/// "+0130", "-053015" or "+01:30".
 std::optional<int> readOffset(ComponentView observance, QByteArrayView name) {
     const auto property = observance.property(name);
-    const QByteArray text = property ? property->value.trimmed() : QByteArray();
+    const QByteArray text = property ? property->value.trimmed().replace(":", "") : QByteArray();
     bool ok = false;
     const int number = text.sliced(text.isEmpty() ? 0 : 1).leftJustified(6, '0').toInt(&ok);
     if (!ok || (text.size() != 5 && text.size() != 7) || (text[0] != '+' && text[0] != '-'))
@@ -32,130 +38,281 @@ std::optional<int> readOffset(ComponentView observance, QByteArrayView name) {
     return seconds < 86'400 ? std::optional(text[0] == '-' ? -seconds : seconds) : std::nullopt;
 }
 
-/// The last time before the year that the clocks are set so, and all times in it.
-void addChanges(ComponentView observance, int year, std::vector<Change>& changes) {
-    const auto before = readOffset(observance, "TZOFFSETFROM");
-    const auto after = readOffset(observance, "TZOFFSETTO");
-    const auto begin = observance.property("DTSTART");
-    const auto start = begin ? readLocalDate(begin->value) : std::nullopt;
-    if (!before || !after || !start)
-        return;
-    const auto add = [&](const LocalTime& time) {
-        changes.push_back({QDateTime(time.day, time.time, Qt::UTC).addSecs(-*before), *before, *after});
-    };
-    for (const Property& property : observance.properties("RDATE")) {
-        for (const QByteArray& value : property.value.split(',')) {
-            if (const auto date = readLocalDate(value))
-                add(localTimeOf(*date));
-        }
-    }
-    const auto rule = observance.property("RRULE");
-    const auto parsed = rule ? RecurrenceRule::parse(rule->value) : std::nullopt;
-    if (!parsed) {
-        add(localTimeOf(*start));
-        return;
-    }
-    // Many definitions begin centuries ago; what came before the last year matters only where the rule ended.
-    for (const int from : {year - 1, start->date().year()}) {
-        Occurrences dates(*parsed, localTimeOf(*start), DateKind::time, ZoneCalendar(QTimeZone(*before)));
-        dates.skipTo({QDate(from, 1, 1), QTime(0, 0)});
-        const std::size_t known = changes.size();
-        for (auto date = dates.next(); date && date->day.year() <= year; date = dates.next())
-            add(*date);
-        if (changes.size() > known)
-            break;
-    }
+bool contains(const std::vector<int>& numbers, int number) {
+    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-bool doesTheSame(const QTimeZone& zone, const QDateTime& begin, int offset,
-                 const std::vector<Change>& changes) {
-    if (zone.offsetFromUtc(begin) != offset)
-        return false;
-    std::size_t same = 0;
-    for (const QTimeZone::OffsetData& transition : zone.transitions(begin, begin.addYears(1).addSecs(-1))) {
-        if (transition.offsetFromUtc == offset)
-            continue;
-        offset = transition.offsetFromUtc;
-        if (same == changes.size() || changes[same].at != transition.atUtc || changes[same].after != offset)
-            return false;
-        ++same;
-    }
-    return same == changes.size();
+/// Whether a position, also one counted from the end, is among the numbers, or there are none.
+bool isAmong(const std::vector<int>& numbers, int position, int size) {
+    return numbers.empty() || contains(numbers, position) || contains(numbers, position - size - 1);
 }
 
-QByteArray distanceName(int seconds) {
-    if (seconds == 0)
-        return "UTC";
-    const int minutes = std::abs(seconds) / 60;
-    return QString::asprintf("UTC%c%02d:%02d", seconds < 0 ? '-' : '+', minutes / 60, minutes % 60)
-        .toLatin1();
+qint64 secondsOf(const LocalTime& time) {
+    return (time.day.toJulianDay() - unixEpochJulianDay) * 86'400 + QTime(0, 0).secsTo(time.time);
 }
 
-/// What a definition says about one year.
-struct Description {
-    /// In order; the first are from before the year.
-    std::vector<Change> changes;
-    /// Only where the clocks are changed in that year.
-    std::optional<QByteArray> zone;
+/// One STANDARD or DAYLIGHT part.
+struct Observance {
+    ZoneChange change;
+    /// The offset that its local times are in.
+    int before = 0;
+    LocalTime start;
+    std::optional<RecurrenceRule> rule;
+    std::vector<LocalTime> dates;
 
-    [[nodiscard]] int offsetAt(const QDateTime& time) const {
-        int result = changes.front().before;
-        for (const Change& change : changes) {
-            if (change.at <= time)
-                result = change.after;
-        }
-        return result;
-    }
+    [[nodiscard]] bool isEndless() const { return rule && !rule->count && !rule->until; }
+    [[nodiscard]] bool isPastEnd(const LocalTime& time) const;
+    [[nodiscard]] bool fits(QDate day) const;
 };
 
-std::optional<QByteArray> zoneLike(const Description& description, const QDateTime& begin,
-                                   const QByteArray& name) {
-    std::vector<Change> changes = description.changes;
-    std::erase_if(changes, [&](const Change& change) {
-        return change.at <= begin || change.at >= begin.addYears(1) || change.after == change.before;
-    });
-    if (changes.empty())
+/// Whether the parts of a rule are those by which clocks are set.
+bool isSensible(const RecurrenceRule& rule) {
+    using Frequency = RecurrenceRule::Frequency;
+    return (rule.frequency == Frequency::yearly || rule.frequency == Frequency::monthly) &&
+           rule.byHour.size() <= 1 && rule.byMinute.size() <= 1 && rule.bySecond.size() <= 1 &&
+           rule.byWeekNumber.empty();
+}
+
+/// Fills in what the rule leaves to its start.
+RecurrenceRule completed(RecurrenceRule rule, const LocalTime& start) {
+    if (rule.byDay.empty() && rule.byMonthDay.empty() && rule.byYearDay.empty()) {
+        rule.byMonthDay = {start.day.day()};
+        if (rule.frequency == RecurrenceRule::Frequency::yearly && rule.byMonth.empty())
+            rule.byMonth = {start.day.month()};
+    }
+    return rule;
+}
+
+std::optional<Observance> readObservance(ComponentView part) {
+    const auto before = readOffset(part, "TZOFFSETFROM");
+    const auto after = readOffset(part, "TZOFFSETTO");
+    const auto begin = part.property("DTSTART");
+    const auto start = begin ? readLocalDate(begin->value) : std::nullopt;
+    if (!before || !after || !start)
         return std::nullopt;
-    const int offset = description.offsetAt(begin);
-    std::optional<QByteArray> result;
-    for (const QByteArray& zone : QTimeZone::availableTimeZoneIds()) {
-        const bool isMentioned = name.contains(zone.sliced(zone.lastIndexOf('/') + 1));
-        if ((result && !isMentioned) || !doesTheSame(QTimeZone(zone), begin, offset, changes))
-            continue;
-        result = zone;
-        if (isMentioned)
-            break;
+    const auto name = part.property("TZNAME");
+    Observance result{.change = {.offset = *after,
+                                 .isDaylight = part.name() == "DAYLIGHT",
+                                 .abbreviation = name ? name->value.trimmed() : QByteArray()},
+                      .before = *before,
+                      .start = localTimeOf(*start)};
+    const auto property = part.property("RRULE");
+    auto rule = property ? RecurrenceRule::parse(property->value) : std::nullopt;
+    if (rule && isSensible(*rule))
+        result.rule = completed(std::move(*rule), result.start);
+    for (const Property& list : part.properties("RDATE")) {
+        for (const QByteArray& value : list.value.split(',')) {
+            if (result.dates.size() > mostOnsets)
+                break;
+            if (const auto date = readLocalDate(value); date && date->date().year() <= lastYear)
+                result.dates.push_back(localTimeOf(*date));
+        }
     }
     return result;
 }
 
-Description describe(ComponentView definition, int year) {
-    Description result;
-    for (const char* kind : {"STANDARD", "DAYLIGHT"}) {
-        for (const ComponentView& observance : definition.components(kind))
-            addChanges(observance, year, result.changes);
+bool Observance::isPastEnd(const LocalTime& time) const {
+    if (!rule->until)
+        return false;
+    switch (rule->until->form) {
+    case RecurrenceRule::UntilForm::date:
+        return time.day > rule->until->time.day;
+    case RecurrenceRule::UntilForm::local:
+        return rule->until->time < time;
+    case RecurrenceRule::UntilForm::utc:
+        break;
     }
-    if (result.changes.empty())
+    return secondsOf(time) - before > secondsOf(rule->until->time);
+}
+
+bool Observance::fits(QDate day) const {
+    if (!isAmong(rule->byMonthDay, day.day(), day.daysInMonth()) ||
+        !isAmong(rule->byYearDay, day.dayOfYear(), day.daysInYear()))
+        return false;
+    const bool perYear = rule->frequency == RecurrenceRule::Frequency::yearly && rule->byMonth.empty();
+    const int position = perYear ? day.dayOfYear() : day.day();
+    const int size = perYear ? day.daysInYear() : day.daysInMonth();
+    return rule->byDay.empty() ||
+           std::any_of(rule->byDay.begin(), rule->byDay.end(), [&](const RecurrenceRule::WeekDay& weekDay) {
+               return weekDay.day == day.dayOfWeek() &&
+                      (weekDay.ordinal == 0 || weekDay.ordinal == (position - 1) / 7 + 1 ||
+                       weekDay.ordinal == -((size - position) / 7 + 1));
+           });
+}
+
+/// Writes out when the clocks of a definition are set, as far as that does not cost too much.
+class Onsets {
+  public:
+    explicit Onsets(const std::vector<Observance>& observances) : observances_(observances) {
+        bool isEndless = false;
+        for (const Observance& each : observances) {
+            isEndless = isEndless || each.isEndless();
+            lastNamed_ = std::max(lastNamed_, each.start.day.year());
+            for (const LocalTime& date : each.dates)
+                lastNamed_ = std::max(lastNamed_, date.day.year());
+            if (each.rule && each.rule->until)
+                lastNamed_ = std::max(lastNamed_, each.rule->until->time.day.year());
+        }
+        end_ = std::max(firstRepeatedYear, std::min(lastNamed_, lastYear) + cycle + 1);
+        if (isEndless)
+            repeatsFrom_ = end_;
+    }
+
+    /// Rules are followed from `firstYear` on. False where there are more onsets than a zone has; then they
+    /// are not all there.
+    bool writeOut(int firstYear) {
+        onsets_.clear();
+        daysLeft_ = mostDaysLookedAt;
+        const bool isComplete =
+            std::all_of(observances_.begin(), observances_.end(), [&](const Observance& each) {
+                return add(each, each.start) &&
+                       std::all_of(each.dates.begin(), each.dates.end(),
+                                   [&](const LocalTime& date) { return add(each, date); }) &&
+                       (!each.rule || follow(each, firstYear));
+            });
+        return isComplete;
+    }
+
+    [[nodiscard]] ZoneChanges zone(bool isComplete) {
+        std::stable_sort(onsets_.begin(), onsets_.end(),
+                         [](const Onset& a, const Onset& b) { return a.change.at < b.change.at; });
+        ZoneChanges result{.before = {.offset = onsets_.front().before}};
+        for (Onset& onset : onsets_)
+            result.changes.push_back(std::move(onset.change));
+        if (isComplete)
+            result.repeatsFrom = repeatsFrom_;
         return result;
-    std::stable_sort(result.changes.begin(), result.changes.end(),
-                     [](const Change& a, const Change& b) { return a.at < b.at; });
-    const auto name = definition.property("TZID");
-    result.zone = zoneLike(result, QDateTime(QDate(year, 1, 1), QTime(0, 0), Qt::UTC),
-                           name ? name->value : QByteArray());
-    return result;
+    }
+
+  private:
+    struct Onset {
+        ZoneChange change;
+        int before = 0;
+    };
+
+    bool add(const Observance& each, const LocalTime& time) {
+        if (onsets_.size() == mostOnsets)
+            return false;
+        onsets_.push_back({each.change, each.before});
+        onsets_.back().change.at = secondsOf(time) - each.before;
+        return true;
+    }
+
+    /// Adds the dates of a rule after its start.
+    bool follow(const Observance& each, int firstYear) {
+        const int startYear = each.start.day.year();
+        qint64 left = each.rule->count ? *each.rule->count - 1LL : std::numeric_limits<qint64>::max();
+        for (int year = each.rule->count ? startYear : std::max(startYear, firstYear); year < end_; ++year) {
+            const auto times = timesIn(each, year);
+            if (!times)
+                return false;
+            for (const LocalTime& time : *times) {
+                if (!(each.start < time))
+                    continue;
+                if (left-- <= 0 || each.isPastEnd(time))
+                    return true;
+                if (year >= firstYear && !add(each, time))
+                    return false;
+            }
+        }
+        return true;
+    }
+
+    /// Absent where there are too many.
+    std::optional<std::vector<LocalTime>> timesIn(const Observance& each, int year) {
+        const RecurrenceRule& rule = *each.rule;
+        const LocalTime& start = each.start;
+        const bool isYearly = rule.frequency == RecurrenceRule::Frequency::yearly;
+        std::vector<LocalTime> result;
+        if (isYearly && (year - start.day.year()) % rule.interval != 0)
+            return result;
+        const auto orElse = [](const std::vector<int>& numbers, int other) {
+            return numbers.empty() ? other : numbers.front();
+        };
+        const QTime time(orElse(rule.byHour, start.time.hour()), orElse(rule.byMinute, start.time.minute()),
+                         std::min(orElse(rule.bySecond, start.time.second()), 59));
+        std::vector<LocalTime> period;
+        for (int month = 1; month <= 12; ++month) {
+            const int months = (year - start.day.year()) * 12 + month - start.day.month();
+            const bool isPassedOver = (!rule.byMonth.empty() && !contains(rule.byMonth, month)) ||
+                                      (!isYearly && (months < 0 || months % rule.interval != 0));
+            if (!isPassedOver) {
+                const QDate first(year, month, 1);
+                daysLeft_ -= first.daysInMonth();
+                for (int day = 0; day < first.daysInMonth(); ++day) {
+                    if (each.fits(first.addDays(day)))
+                        period.push_back({first.addDays(day), time});
+                }
+            }
+            if (isYearly && month < 12)
+                continue;
+            const auto size = static_cast<int>(period.size());
+            for (int i = 0; i < size; ++i) {
+                if (isAmong(rule.bySetPosition, i + 1, size))
+                    result.push_back(period[static_cast<std::size_t>(i)]);
+            }
+            period.clear();
+        }
+        const bool isTooMuch = daysLeft_ < 0 || result.size() > mostOnsetsAYear;
+        return isTooMuch ? std::nullopt : std::optional(std::move(result));
+    }
+
+    const std::vector<Observance>& observances_;
+    std::vector<Onset> onsets_;
+    int daysLeft_ = 0;
+    int lastNamed_ = 0;
+    /// Rules are followed up to this year.
+    int end_ = 0;
+    std::optional<int> repeatsFrom_;
+};
+
+std::optional<ZoneChanges> changesOf(ComponentView definition) {
+    std::vector<Observance> observances;
+    for (const char* kind : {"STANDARD", "DAYLIGHT"}) {
+        for (const ComponentView& part : definition.components(kind)) {
+            if (observances.size() == mostOnsets)
+                break;
+            if (auto observance = readObservance(part))
+                observances.push_back(std::move(*observance));
+        }
+    }
+    if (observances.empty())
+        return std::nullopt;
+    Onsets onsets(observances);
+    // Where there is more than that, what is long past matters least.
+    for (const int firstYear : {1900, 1970, 2000}) {
+        if (onsets.writeOut(firstYear))
+            return onsets.zone(true);
+    }
+    return onsets.zone(false);
 }
 
 }  // namespace
 
-std::optional<QByteArray> zoneDescribedBy(ComponentView definition, QDate day) {
-    static thread_local QHash<std::pair<QByteArray, int>, Description> known;
-    const std::pair key(definition.text(), day.year());
-    auto found = known.constFind(key);
-    if (found == known.cend())
-        found = known.insert(key, describe(definition, day.year()));
-    if (found->zone || found->changes.empty())
-        return found->zone;
-    return distanceName(found->offsetAt(QDateTime(day, QTime(12, 0), Qt::UTC)));
+std::optional<TimeZone> zoneDefinedBy(ComponentView definition) {
+    static std::mutex mutex;
+    static QHash<QByteArray, std::optional<TimeZone>> known;
+
+    const auto identifier = definition.property("TZID");
+    qsizetype size = 0;
+    for (const Line& line : definition.lines())
+        size += line.raw().size();
+    if (!identifier || size > longestDefinition)
+        return std::nullopt;
+    const QByteArray text = definition.text();
+    {
+        const std::lock_guard lock(mutex);
+        const auto found = known.constFind(text);
+        if (found != known.cend())
+            return *found;
+    }
+    auto changes = changesOf(definition);
+    auto zone = changes ? std::optional(TimeZone::defined(zoneIdentifierIn(*identifier), std::move(*changes)))
+                        : std::nullopt;
+    const std::lock_guard lock(mutex);
+    if (known.size() >= mostDefinitionsKept)
+        known.clear();
+    return *known.insert(text, std::move(zone));
 }
 
 }  // namespace kestrant::icalendar

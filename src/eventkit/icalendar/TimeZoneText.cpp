@@ -1,8 +1,8 @@
 #include "eventkit/icalendar/TimeZoneText.h"
 
 #include <QDateTime>
-#include <QTimeZone>
 
+#include <algorithm>
 #include <array>
 #include <set>
 
@@ -28,15 +28,16 @@ QByteArray yearlyRule(QDate day) {
            ";BYDAY=" + QByteArray::number(position) + names[static_cast<std::size_t>(day.dayOfWeek() - 1)];
 }
 
-Component observance(bool daylight, const QDateTime& onset, int offsetFrom, int offsetTo, const QString& name,
-                     const QByteArray& rule, QByteArrayView lineEnd) {
-    Component component(daylight ? "DAYLIGHT" : "STANDARD", lineEnd.toByteArray());
+/// The clocks show `change` from a local time on that they showed before.
+Component observance(const ZoneChange& change, const QDateTime& onset, int offsetFrom, const QByteArray& rule,
+                     QByteArrayView lineEnd) {
+    Component component(change.isDaylight ? "DAYLIGHT" : "STANDARD", lineEnd.toByteArray());
     component.append(Property{"DTSTART", {}, onset.toString(QStringLiteral("yyyyMMdd'T'HHmmss")).toLatin1()},
                      lineEnd);
     component.append(Property{"TZOFFSETFROM", {}, offsetText(offsetFrom)}, lineEnd);
-    component.append(Property{"TZOFFSETTO", {}, offsetText(offsetTo)}, lineEnd);
-    if (!name.isEmpty())
-        component.append(Property{"TZNAME", {}, name.toUtf8()}, lineEnd);
+    component.append(Property{"TZOFFSETTO", {}, offsetText(change.offset)}, lineEnd);
+    if (!change.abbreviation.isEmpty())
+        component.append(Property{"TZNAME", {}, change.abbreviation}, lineEnd);
     if (!rule.isEmpty())
         component.append(Property{"RRULE", {}, rule}, lineEnd);
     return component;
@@ -59,41 +60,45 @@ std::set<QByteArray> zonesUsedIn(const Document& document) {
 
 }  // namespace
 
-std::optional<Component> timeZoneDefinition(const QByteArray& zone, int year, QByteArrayView lineEnd) {
-    const QTimeZone timeZone(zone);
-    if (!timeZone.isValid())
-        return std::nullopt;
+Component timeZoneDefinition(const TimeZone& zone, int year, QByteArrayView lineEnd) {
     Component result("VTIMEZONE", lineEnd.toByteArray());
-    result.append(Property{"TZID", {}, zone}, lineEnd);
-    const QDateTime start(QDate(year, 1, 1), QTime(0, 0), Qt::UTC);
-    const auto changes = timeZone.transitions(start, start.addYears(1));
-    int offset = timeZone.offsetFromUtc(start);
-    for (const QTimeZone::OffsetData& change : changes) {
+    result.append(Property{"TZID", {}, escapedText(QString::fromUtf8(zone.id()))}, lineEnd);
+    const auto startOf = [](int each) {
+        return Instant(std::chrono::sys_days(std::chrono::year(each) / std::chrono::January / 1));
+    };
+    const auto changes = zone.changesBetween(startOf(year), startOf(year + 1));
+    ZoneChange present = zone.presentAt(startOf(year) - std::chrono::seconds(1));
+    for (const ZoneChange& change : changes) {
         // An onset is given in the local time that was in use before it.
-        const QDateTime onset = change.atUtc.addSecs(offset);
+        const QDateTime onset = QDateTime::fromSecsSinceEpoch(change.at + present.offset, Qt::UTC);
         const QByteArray rule = changes.size() == 2 ? yearlyRule(onset.date()) : QByteArray();
-        result.append(observance(change.daylightTimeOffset != 0, onset, offset, change.offsetFromUtc,
-                                 change.abbreviation, rule, lineEnd));
-        offset = change.offsetFromUtc;
+        result.append(observance(change, onset, present.offset, rule, lineEnd));
+        present = change;
     }
-    if (changes.isEmpty()) {
-        const QDateTime epoch(QDate(1970, 1, 1), QTime(0, 0), Qt::UTC);
-        result.append(observance(false, epoch, offset, offset, timeZone.abbreviation(start), {}, lineEnd));
-    }
+    if (changes.empty())
+        result.append(observance(present, QDateTime(QDate(1970, 1, 1), QTime(0, 0), Qt::UTC), present.offset,
+                                 {}, lineEnd));
     return result;
 }
 
-void addMissingTimeZones(Document& document, const Document& before, int year) {
-    std::set<QByteArray> known = zonesUsedIn(before);
+QByteArray zoneIdentifierIn(const Property& identifier) {
+    return unescapedText(identifier.value.trimmed()).toUtf8();
+}
+
+void addMissingTimeZones(Document& document, const Document& before, int year,
+                         const std::vector<std::optional<TimeZone>>& known) {
+    std::set<QByteArray> done = zonesUsedIn(before);
     for (const ComponentView& definition : document.components("VTIMEZONE")) {
         if (const auto identifier = definition.property("TZID"))
-            known.insert(identifier->value);
+            done.insert(zoneIdentifierIn(*identifier));
     }
-    for (const QByteArray& zone : zonesUsedIn(document)) {
-        if (known.contains(zone))
+    for (const QByteArray& name : zonesUsedIn(document)) {
+        if (done.contains(name))
             continue;
-        if (const auto definition = timeZoneDefinition(zone, year, document.lineEnd()))
-            document.add(*definition, Document::Place::first);
+        const auto given = std::find_if(known.begin(), known.end(),
+                                        [&](const auto& zone) { return zone && zone->id() == name; });
+        if (const auto zone = given != known.end() ? *given : TimeZone::named(name))
+            document.add(timeZoneDefinition(*zone, year, document.lineEnd()), Document::Place::first);
     }
 }
 

@@ -45,7 +45,8 @@ namespace {
 
 void defineZones(Document& document, const Document& before, const EKEventData& event,
                  const ZoneCalendar& local) {
-    icalendar::addMissingTimeZones(document, before, firstZoneYear(local.dayOf(event.startDate).year()));
+    icalendar::addMissingTimeZones(document, before, firstZoneYear(local.dayOf(event.startDate).year()),
+                                   {event.timeZone});
 }
 
 }  // namespace
@@ -163,7 +164,7 @@ ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
     if (opened.hasComponent())
         document.replace(opened.index(), component);
     else
-        document.add(component);
+        document.insertAfter(opened.item.index, component);
     defineZones(document, opened.document, after, local);
     if (!moves) {
         if (auto error = failureOf(replaceFile(opened, document, local)))

@@ -32,6 +32,13 @@ int firstYearOf(const EKReminderData& data) {
     return firstZoneYear(year);
 }
 
+void defineZones(Document& document, const Document& before, const EKReminderData& reminder) {
+    std::vector<std::optional<TimeZone>> zones;
+    for (const auto& date : {reminder.startDateComponents, reminder.dueDateComponents})
+        zones.push_back(date ? date->timeZone : std::nullopt);
+    icalendar::addMissingTimeZones(document, before, firstYearOf(reminder), zones);
+}
+
 }  // namespace
 
 Document aloneIn(Document document, const TodoItem& item) {
@@ -67,7 +74,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveNew(const EKReminderData& 
     const EKReminderData prepared = preparedForSave(std::nullopt, edited, now);
     const QByteArray uid = newUid();
     Document document = icalendar::makeTodo(uid, prepared, local, now);
-    icalendar::addMissingTimeZones(document, Document::make(), firstYearOf(prepared));
+    defineZones(document, Document::make(), prepared);
     const auto created = createFile(*collection, uid, {}, document, local);
     if (!created)
         return tl::unexpected(created.error());
@@ -151,7 +158,7 @@ ItemDatabase::Revision ItemDatabase::revised(const OpenItem& opened, EKReminderD
         icalendar::writeTodo(todo, opened.item, wanted, opened.document, local, now);
     }
     result.document.replace(opened.item.index, todo);
-    icalendar::addMissingTimeZones(result.document, opened.document, firstYearOf(wanted));
+    defineZones(result.document, opened.document, wanted);
     return result;
 }
 

@@ -1,0 +1,176 @@
+#include "foundation/TimeZone.h"
+
+#include "foundation/ZoneFile.h"
+
+#include <QDate>
+#include <QHash>
+#include <QTimeZone>
+
+#include <algorithm>
+#include <limits>
+#include <mutex>
+#include <shared_mutex>
+#include <utility>
+
+namespace kestrant {
+namespace {
+
+constexpr qint64 secondsPerDay = 86'400;
+constexpr qint64 unixEpochJulianDay = 2440588;
+/// More than any zone's distance from UTC.
+constexpr qint64 largestOffset = 26LL * 3600;
+/// Names that lead to no zone may be many and long.
+constexpr qsizetype mostNamesKept = 4000;
+
+qint64 wholeSeconds(Instant instant) {
+    return std::chrono::floor<std::chrono::seconds>(instant).time_since_epoch().count();
+}
+
+int yearOf(qint64 seconds) {
+    const qint64 days = seconds / secondsPerDay - (seconds % secondsPerDay < 0 ? 1 : 0);
+    return QDate::fromJulianDay(unixEpochJulianDay + days).year();
+}
+
+qint64 startOfYear(int year) {
+    return (QDate(year, 1, 1).toJulianDay() - unixEpochJulianDay) * secondsPerDay;
+}
+
+bool isLater(qint64 seconds, const ZoneChange& change) {
+    return seconds < change.at;
+}
+
+/// The distance in "UTC+05:30" or "UTC-3".
+std::optional<int> distanceIn(const QByteArray& name) {
+    if (!name.startsWith("UTC") || name.size() < 5 || (name[3] != '+' && name[3] != '-'))
+        return std::nullopt;
+    const QByteArrayList parts = name.sliced(4).split(':');
+    int seconds = 0;
+    int unit = 3600;
+    for (const QByteArray& part : parts) {
+        bool isNumber = false;
+        const int number = part.toInt(&isNumber);
+        if (!isNumber || part.size() > 2 || number < 0 || number > (unit == 3600 ? 23 : 59) || unit == 0)
+            return std::nullopt;
+        seconds += number * unit;
+        unit /= 60;
+    }
+    return name[3] == '-' ? -seconds : seconds;
+}
+
+}  // namespace
+
+TimeZone::TimeZone() {
+    static const auto utc = std::make_shared<const Data>(Data{.kind = Kind::utc,
+                                                              .identifier = "UTC",
+                                                              .zone = {.before = {.abbreviation = "UTC"}},
+                                                              .end = std::numeric_limits<qint64>::max()});
+    data_ = utc;
+}
+
+TimeZone::TimeZone(Kind kind, const QByteArray& identifier, ZoneChanges zone) {
+    const qint64 end = zone.repeatsFrom ? startOfYear(*zone.repeatsFrom) : std::numeric_limits<qint64>::max();
+    data_ = std::make_shared<const Data>(Data{kind, identifier, std::move(zone), end});
+}
+
+TimeZone TimeZone::defined(const QByteArray& identifier, ZoneChanges changes) {
+    return {Kind::defined, identifier, std::move(changes)};
+}
+
+std::optional<TimeZone> TimeZone::named(const QByteArray& name) {
+    static std::shared_mutex mutex;
+    static QHash<QByteArray, std::optional<TimeZone>> known;
+    {
+        const std::shared_lock lock(mutex);
+        const auto found = known.constFind(name);
+        if (found != known.cend())
+            return *found;
+    }
+    auto zone = find(name);
+    const std::unique_lock lock(mutex);
+    if (known.size() >= mostNamesKept)
+        known.clear();
+    // Another thread may have been faster; all are to share one.
+    const auto found = known.constFind(name);
+    return found != known.cend() ? *found : *known.insert(name, std::move(zone));
+}
+
+std::optional<TimeZone> TimeZone::find(const QByteArray& name) {
+    if (name.toUpper() == "UTC" || name == "Z")
+        return TimeZone();
+    // The same zones over again, the second time with leap seconds.
+    for (const QByteArrayView collection : {QByteArrayView("posix/"), QByteArrayView("right/")}) {
+        if (name.startsWith(collection))
+            return named(name.sliced(collection.size()));
+    }
+    if (auto changes = readNamedZone(name))
+        return TimeZone(Kind::named, name, std::move(*changes));
+    if (const auto distance = distanceIn(name))
+        return TimeZone(Kind::named, name, {.before = {.offset = *distance, .abbreviation = name}});
+    const QByteArray standardName = QTimeZone::windowsIdToDefaultIanaId(name);
+    return standardName.isEmpty() ? std::nullopt : named(standardName);
+}
+
+/// How far back the year begins in which the clocks do the same.
+qint64 TimeZone::secondsToRepeated(qint64 seconds) const {
+    if (seconds < data_->end)
+        return 0;
+    const int year = yearOf(seconds);
+    const QDate first(year, 1, 1);
+    for (int like = *data_->zone.repeatsFrom - 1;; --like) {
+        const QDate start(like, 1, 1);
+        const bool isAlike =
+            start.dayOfWeek() == first.dayOfWeek() && QDate::isLeapYear(like) == QDate::isLeapYear(year);
+        if (isAlike)
+            return startOfYear(year) - startOfYear(like);
+    }
+}
+
+const ZoneChange& TimeZone::presentIn(qint64 seconds) const {
+    const auto& changes = data_->zone.changes;
+    const auto next =
+        std::upper_bound(changes.begin(), changes.end(), seconds - secondsToRepeated(seconds), isLater);
+    return next == changes.begin() ? data_->zone.before : *std::prev(next);
+}
+
+std::chrono::seconds TimeZone::offsetAt(Instant instant) const {
+    return std::chrono::seconds(presentIn(wholeSeconds(instant)).offset);
+}
+
+ZoneChange TimeZone::presentAt(Instant instant) const {
+    return presentIn(wholeSeconds(instant));
+}
+
+Instant TimeZone::instantAt(Duration local, GapPolicy policy) const {
+    const auto& changes = data_->zone.changes;
+    const qint64 whole = std::chrono::floor<std::chrono::seconds>(local).count();
+    const qint64 moved = secondsToRepeated(whole);
+    const qint64 wanted = whole - moved;
+    // The local time exists where applying a span's offset to it leads into that span; the earliest such span
+    // is its first occurrence. Where it leads before the next span only, the clock has skipped the local time
+    // between the two.
+    auto next = std::upper_bound(changes.begin(), changes.end(), wanted - largestOffset, isLater);
+    int offset = next == changes.begin() ? data_->zone.before.offset : std::prev(next)->offset;
+    for (; next != changes.end() && wanted - offset >= next->at; ++next) {
+        if (wanted - next->offset < next->at) {
+            if (policy == GapPolicy::nextExisting)
+                return Instant(std::chrono::seconds(next->at + moved));
+            break;
+        }
+        offset = next->offset;
+    }
+    return Instant(local - std::chrono::seconds(offset));
+}
+
+std::vector<ZoneChange> TimeZone::changesBetween(Instant first, Instant end) const {
+    const qint64 begin = wholeSeconds(first);
+    const qint64 moved = secondsToRepeated(begin);
+    std::vector<ZoneChange> result;
+    for (ZoneChange change : data_->zone.changes) {
+        change.at += moved;
+        if (change.at >= begin && change.at < wholeSeconds(end))
+            result.push_back(std::move(change));
+    }
+    return result;
+}
+
+}  // namespace kestrant
