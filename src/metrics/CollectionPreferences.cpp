@@ -5,14 +5,29 @@
 #include "network/ServiceUrl.h"
 #include "preferences/PreferenceKeys.h"
 
+#include <QJsonObject>
+
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace kestrant::metrics {
 
+namespace {
+
+constexpr auto countName = QLatin1String("count");
+constexpr auto epochName = QLatin1String("epoch");
+
+}  // namespace
+
+qint64 cappedSum(qint64 a, qint64 b) {
+    return a + std::min(b, std::numeric_limits<qint64>::max() - a);
+}
+
 Configuration Configuration::from(const InformationDictionary& information) {
     Configuration configuration;
     if (const auto url = information.string(InformationDictionary::aggregateMetricsBaseUrlKey))
-        configuration.baseURL = serviceBaseUrl(*url);
+        configuration.baseURL = protectedServiceUrl(*url);
     configuration.isAvailable =
         information.boolean(InformationDictionary::aggregateMetricsPrivacyReadyKey) == true &&
         information.boolean(InformationDictionary::aggregateMetricsUploadEnabledKey) == true &&
@@ -44,6 +59,7 @@ void CollectionPreferences::setEnabled(bool enabled) {
     defaults_.set(preferenceKeys::aggregateMetricsEnabled, enabled);
     if (enabled)
         return;
+    forgetLeft();
     defaults_.set(preferenceKeys::aggregateMetricsDiscardPending, true);
     if (const auto upload = std::exchange(state_.upload, std::nullopt))
         upload->cancel();
@@ -81,6 +97,22 @@ bool CollectionPreferences::isDiscardPending() const {
 
 void CollectionPreferences::discardDone() {
     defaults_.remove(preferenceKeys::aggregateMetricsDiscardPending);
+}
+
+UnsavedCount CollectionPreferences::left() const {
+    const QJsonObject value = defaults_.object(preferenceKeys::aggregateMetricsUnsaved).toObject();
+    return {std::max<qint64>(value[countName].toInteger(), 0), epochFrom(value[epochName].toString())};
+}
+
+void CollectionPreferences::leave(const UnsavedCount& unsaved) {
+    const UnsavedCount before = left();
+    const qint64 sum = before.epoch == unsaved.epoch ? cappedSum(before.count, unsaved.count) : unsaved.count;
+    defaults_.set(preferenceKeys::aggregateMetricsUnsaved,
+                  QJsonObject{{countName, sum}, {epochName, epochText(unsaved.epoch)}});
+}
+
+void CollectionPreferences::forgetLeft() {
+    defaults_.remove(preferenceKeys::aggregateMetricsUnsaved);
 }
 
 bool CollectionPreferences::beginUpload(PreferenceState::Upload upload) {

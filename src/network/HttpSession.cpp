@@ -1,172 +1,119 @@
 #include "network/HttpSession.h"
 
-#include <QIODevice>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QNetworkRequest>
+#include "network/HttpConnection.h"
+
 #include <QObject>
 
-#include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace kestrant {
 
 namespace {
 
-QNetworkRequest networkRequest(const JsonPost& post, const QSslConfiguration& tls) {
-    QNetworkRequest request(post.url);
-    request.setRawHeader("Content-Type", "application/json");
-    request.setRawHeader("Accept", "application/json");
-    request.setRawHeader("User-Agent", post.userAgent);
-    request.setRawHeader("Connection", "close");
-    // Both would be filled in otherwise: the first with the person's languages, the second with compressions
-    // whose expansion is not bounded by what is read.
-    request.setRawHeader("Accept-Language", "*");
-    request.setRawHeader("Accept-Encoding", "identity");
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
-    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    request.setSslConfiguration(tls);
-    return request;
-}
+constexpr int mostRedirects = 10;
+/// The thread itself never waits; what the system does on it, such as choosing a proxy, might.
+constexpr auto longestEnding = std::chrono::milliseconds(500);
 
-/// A body that is given out once. Where the connection breaks before the answer, the network access sends its
-/// request again, twice, and the server might take every one; without a body it takes none. Refusing the
-/// reset itself would turn a redirect into an error.
-class BodyReadOnce final : public QIODevice {
-  public:
-    explicit BodyReadOnce(QByteArray content) : content_(std::move(content)) { open(ReadOnly | Unbuffered); }
-
-    [[nodiscard]] qint64 size() const override { return content_.size(); }
-    bool seek(qint64 position) override { return position == pos() && QIODevice::seek(position); }
-    bool reset() override {
-        spent_ = true;
-        return true;
-    }
-
-  protected:
-    qint64 readData(char* data, qint64 limit) override {
-        if (spent_)
-            return -1;
-        const qint64 length = std::min<qint64>(limit, content_.size() - pos());
-        std::copy_n(content_.constData() + pos(), length, data);
-        return length;
-    }
-    qint64 writeData(const char*, qint64) override { return -1; }
-
-  private:
-    QByteArray content_;
-    bool spent_ = false;
-};
-
-/// Has a network access of its own, which keeps connections open: a request that went over one that the
-/// server is about to close would fail without having been sent.
+/// On the session's thread, with one connection after the other on the network's.
 class Exchange final : public QObject, public HttpExchange {
   public:
-    Exchange(Scheduler& scheduler, const QNetworkRequest& request, const JsonPost& post,
-             HttpSession::Completion completion)
+    Exchange(Scheduler& scheduler, QThread& thread, std::optional<QSslConfiguration> tls,
+             const JsonPost& post, HttpSession::Completion completion)
         : scheduler_(scheduler)
+        , thread_(thread)
+        , tls_(std::move(tls))
         , idleTimeout_(post.idleTimeout)
+        , redirectsLeft_(post.redirects == JsonPost::Redirects::followed ? mostRedirects : 0)
         , completion_(std::move(completion))
-        , access_(new QNetworkAccessManager)
-        , reply_(start(*access_, request, post.body)) {
-        reply_->setReadBufferSize(HttpSession::bodyLimit);
-        connect(reply_, &QNetworkReply::readyRead, this, [this] { read(); });
-        connect(reply_, &QNetworkReply::uploadProgress, this, [this] { armIdleTimer(); });
-        connect(reply_, &QNetworkReply::metaDataChanged, this, [this] { armIdleTimer(); });
-        connect(reply_, &QNetworkReply::finished, this, [this] { finished(); });
-        total_ = scheduler_.after(post.totalTimeout,
-                                  [this] { fail(QStringLiteral("the answer takes too long")); });
+        , request_{.url = post.url, .userAgent = post.userAgent, .body = post.body} {
+        total_ = scheduler_.after(post.totalTimeout, [this] { fail("the answer takes too long"); });
+        open();
+    }
+
+    ~Exchange() override { close(); }
+
+  private:
+    void open() {
+        connection_ = new HttpConnection(request_, tls_, bytesLeft_);
+        connection_->moveToThread(&thread_);
+        connect(connection_, &HttpConnection::progressed, this, &Exchange::armIdleTimer);
+        connect(connection_, &HttpConnection::finished, this, &Exchange::finished);
+        QMetaObject::invokeMethod(connection_, &HttpConnection::start, Qt::QueuedConnection);
         armIdleTimer();
     }
 
-    ~Exchange() override { release(); }
-
-  private:
-    static QNetworkReply* start(QNetworkAccessManager& manager, const QNetworkRequest& request,
-                                const QByteArray& content) {
-        auto* body = new BodyReadOnce(content);
-        QNetworkReply* reply = manager.post(request, body);
-        body->setParent(reply);
-        return reply;
+    void close() {
+        if (!connection_)
+            return;
+        connection_->disconnect(this);
+        std::exchange(connection_, nullptr)->deleteLater();
     }
 
     void armIdleTimer() {
-        idle_ = scheduler_.after(idleTimeout_, [this] { fail(QStringLiteral("no answer in time")); });
+        idle_ = scheduler_.after(idleTimeout_, [this] { fail("no answer in time"); });
     }
 
-    void read() {
-        armIdleTimer();
-        body_ += reply_->read(HttpSession::bodyLimit + 1 - body_.size());
-        if (isTooLong())
-            end(answer(std::nullopt));
-    }
-
-    [[nodiscard]] bool isTooLong() const { return body_.size() > HttpSession::bodyLimit; }
-
-    void finished() {
-        const auto error = reply_->error();
-        const bool isStatus = status() >= 400 && (error >= QNetworkReply::ContentAccessDenied ||
-                                                  error == QNetworkReply::ProxyAuthenticationRequiredError);
-        if (error != QNetworkReply::NoError && !isStatus) {
-            fail(reply_->errorString());
+    void finished(const HttpResult& result, qint64 received) {
+        bytesLeft_ -= received;
+        auto next = result && redirectsLeft_ > 0 ? request_.redirectedBy(*result) : std::nullopt;
+        if (!next) {
+            end(result);
             return;
         }
-        body_ += reply_->read(HttpSession::bodyLimit + 1 - body_.size());
-        end(answer(isTooLong() ? std::nullopt : std::optional(body_)));
+        --redirectsLeft_;
+        request_ = std::move(*next);
+        close();
+        open();
     }
 
-    [[nodiscard]] int status() const {
-        return reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    void fail(const char* description) {
+        end(tl::unexpected(TransportError{QString::fromLatin1(description)}));
     }
 
-    [[nodiscard]] HttpReply answer(std::optional<QByteArray> body) const {
-        return {status(), reply_->rawHeader("Retry-After"), std::move(body)};
-    }
-
-    void fail(const QString& description) { end(tl::unexpected(TransportError{description})); }
-
-    void end(const tl::expected<HttpReply, TransportError>& result) {
-        release();
+    void end(const HttpResult& result) {
+        idle_.cancel();
+        total_.cancel();
+        close();
         const auto completion = std::exchange(completion_, nullptr);
         completion(result);
     }
 
-    void release() {
-        idle_.cancel();
-        total_.cancel();
-        if (!reply_)
-            return;
-        QNetworkReply* reply = std::exchange(reply_, nullptr);
-        reply->disconnect(this);
-        reply->abort();
-        // The reply, which may be calling this, goes with it.
-        access_->deleteLater();
-    }
-
     Scheduler& scheduler_;
+    QThread& thread_;
+    std::optional<QSslConfiguration> tls_;
     Duration idleTimeout_;
+    int redirectsLeft_;
     HttpSession::Completion completion_;
-    QNetworkAccessManager* access_;
-    QNetworkReply* reply_;
-    QByteArray body_;
+    HttpRequest request_;
+    qint64 bytesLeft_ = HttpSession::answerLimit;
+    HttpConnection* connection_ = nullptr;
     ScheduledTask idle_;
     ScheduledTask total_;
 };
 
 }  // namespace
 
-HttpSession::HttpSession(Scheduler& scheduler, const QSslConfiguration& tls)
+HttpSession::HttpSession(Scheduler& scheduler, std::optional<QSslConfiguration> tls)
     : scheduler_(scheduler)
-    , tls_(tls) {}
+    , tls_(std::move(tls)) {}
+
+HttpSession::~HttpSession() {
+    if (!thread_)
+        return;
+    thread_->quit();
+    // Left to the end of the process then.
+    if (!thread_->wait(longestEnding))
+        static_cast<void>(thread_.release());
+}
 
 std::unique_ptr<HttpExchange> HttpSession::post(const JsonPost& request, Completion completion) {
-    return std::make_unique<Exchange>(scheduler_, networkRequest(request, tls_), request,
-                                      std::move(completion));
+    if (!thread_) {
+        thread_ = std::make_unique<QThread>();
+        thread_->setObjectName(QStringLiteral("network"));
+        thread_->start();
+    }
+    return std::make_unique<Exchange>(scheduler_, *thread_, tls_, request, std::move(completion));
 }
 
 }  // namespace kestrant

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "foundation/Scheduler.h"
+#include "network/HttpAnswer.h"
 
 #include <QByteArray>
 #include <QSslConfiguration>
+#include <QThread>
 #include <QUrl>
-
-#include <tl/expected.hpp>
 
 #include <functional>
 #include <memory>
@@ -23,53 +23,49 @@ struct JsonPost {
     Duration idleTimeout;
     /// The longest time the whole exchange may take.
     Duration totalTimeout;
+    enum class Redirects {
+        /// A redirect is an answer like any other.
+        refused,
+        /// Followed to https, and from http to http; what leads elsewhere is an answer like any other.
+        followed,
+    } redirects = Redirects::refused;
 };
 
-/// What the server answered. A redirect is an answer like any other.
-struct HttpReply {
-    int status = 0;
-    /// The value of "Retry-After"; empty when the answer has none.
-    QByteArray retryAfter;
-    /// Absent when it is longer than HttpSession::bodyLimit; the rest is not received then.
-    std::optional<QByteArray> body;
-};
-
-/// No complete answer came: no connection, no trust in the server's certificate, silence, or an answer
-/// shorter than announced. One in chunks may end early without this; its JSON tells.
-struct TransportError {
-    /// For logs.
-    QString description;
-};
-
-/// A request under way. Destroying it ends the exchange; its completion is not called then. Thread: its
-/// session's.
+/// A request under way. Destroying it ends the exchange and its connection at once, without waiting; its
+/// completion is not called then. Thread: its session's.
 class HttpExchange {
   public:
     virtual ~HttpExchange() = default;
 };
 
-/// Sends requests that leave no trace: no cookie, credential or cached content is kept or sent, no redirect
-/// followed, no language of the person named, no connection held open afterwards. Thread: the one it is
-/// created on, which runs a Qt event loop.
+/// Sends requests that leave no trace: no cookie, credential or cached content is kept or sent, no language
+/// of the person named, no connection held open afterwards. Nothing is sent twice. Connections live on a
+/// thread of the session's own, so that whatever the other side does, the session's thread neither waits nor
+/// works for it. Thread: the one it is created on, which runs a Qt event loop.
 class HttpSession {
   public:
-    using Completion = std::function<void(tl::expected<HttpReply, TransportError>)>;
+    using Completion = std::function<void(HttpResult)>;
 
-    /// No more of a body is read.
-    static constexpr qint64 bodyLimit = 64LL * 1024;
+    /// So many bytes are received in one exchange: status lines, headers, interim answers, redirects and the
+    /// body, all counted together.
+    static constexpr qint64 answerLimit = 64LL * 1024;
 
-    /// `scheduler` measures the timeouts and must outlive the session. `tls` names the trusted certificates.
-    explicit HttpSession(Scheduler& scheduler,
-                         const QSslConfiguration& tls = QSslConfiguration::defaultConfiguration());
+    /// `scheduler` measures the timeouts and must outlive the session. `tls` names the trusted certificates;
+    /// absent: those of the machine.
+    explicit HttpSession(Scheduler& scheduler, std::optional<QSslConfiguration> tls = {});
     HttpSession(const HttpSession&) = delete;
     HttpSession& operator=(const HttpSession&) = delete;
+    /// Its exchanges have been destroyed.
+    ~HttpSession();
 
     /// The completion is called once, on a later turn; it may destroy the exchange.
     [[nodiscard]] std::unique_ptr<HttpExchange> post(const JsonPost& request, Completion completion);
 
   private:
     Scheduler& scheduler_;
-    QSslConfiguration tls_;
+    std::optional<QSslConfiguration> tls_;
+    /// Runs from the first request on.
+    std::unique_ptr<QThread> thread_;
 };
 
 }  // namespace kestrant

@@ -4,21 +4,23 @@
 
 namespace kestrant {
 
-namespace {
-
 bool isLoopback(const QString& host) {
     return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
 }
 
-}  // namespace
-
-std::optional<QUrl> serviceBaseUrl(const QString& text) {
+std::optional<QUrl> serviceUrl(const QString& text) {
     const QUrl url(text, QUrl::StrictMode);
-    if (!url.isValid() || url.host().isEmpty() || !url.userInfo().isEmpty() || url.hasQuery() ||
-        url.hasFragment())
+    if (!url.isValid() || url.scheme().isEmpty() || url.host().isEmpty())
         return std::nullopt;
-    if (url.scheme() == QLatin1String("https") ||
-        (url.scheme() == QLatin1String("http") && isLoopback(url.host())))
+    return url;
+}
+
+std::optional<QUrl> protectedServiceUrl(const QString& text) {
+    const auto url = serviceUrl(text);
+    if (!url || !url->userInfo().isEmpty() || url->hasQuery() || url->hasFragment())
+        return std::nullopt;
+    if (url->scheme() == QLatin1String("https") ||
+        (url->scheme() == QLatin1String("http") && isLoopback(url->host())))
         return url;
     return std::nullopt;
 }

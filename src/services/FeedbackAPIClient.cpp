@@ -4,6 +4,7 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLoggingCategory>
 
 #include <chrono>
 #include <utility>
@@ -16,6 +17,13 @@ constexpr auto timeout = std::chrono::seconds(20);
 /// An answer that trickles in without end is none.
 constexpr auto longestExchange = std::chrono::seconds(60);
 
+Q_LOGGING_CATEGORY(logger, "kestrant.feedback")
+
+std::optional<QUrl> configuredUrl(const InformationDictionary& information) {
+    const auto text = information.string(InformationDictionary::feedbackBaseUrlKey);
+    return text ? serviceUrl(*text) : std::nullopt;
+}
+
 std::optional<QJsonObject> objectFrom(const QByteArray& json) {
     const QJsonDocument document = QJsonDocument::fromJson(json);
     return document.isObject() ? std::optional(document.object()) : std::nullopt;
@@ -23,8 +31,10 @@ std::optional<QJsonObject> objectFrom(const QByteArray& json) {
 
 tl::expected<void, FeedbackSubmissionError> outcome(const tl::expected<HttpReply, TransportError>& result) {
     using Kind = FeedbackSubmissionError::Kind;
-    if (!result)
+    if (!result) {
+        qCInfo(logger, "A message was not sent: %s", qUtf8Printable(result.error().description));
         return tl::unexpected(FeedbackSubmissionError{Kind::unavailable});
+    }
     const QByteArray body = result->body.value_or(QByteArray());
     if (result->status < 200 || result->status > 299) {
         const auto response = ErrorResponse::fromJson(body).value_or(ErrorResponse());
@@ -120,12 +130,16 @@ TextPair FeedbackSubmissionError::description() const {
     return text("Couldn’t send feedback. Please try again.", "L’envoi du retour a échoué. Réessayez.");
 }
 
+bool FeedbackAPIClient::isConfigured(const InformationDictionary& information) {
+    return configuredUrl(information).has_value();
+}
+
 FeedbackAPIClient::FeedbackAPIClient(const InformationDictionary& information, HttpSession& session)
-    : appVersion_(information.string(InformationDictionary::shortVersionKey))
+    : feedbackBaseURL_(configuredUrl(information).value_or(QUrl(QLatin1String(defaultBaseUrl))))
+    , appVersion_(information.string(InformationDictionary::shortVersionKey))
     , session_(session) {
-    const auto configured = information.string(InformationDictionary::feedbackBaseUrlKey);
-    const auto usable = configured ? serviceBaseUrl(*configured) : std::nullopt;
-    feedbackBaseURL_ = usable.value_or(QUrl(QLatin1String(defaultBaseUrl)));
+    if (feedbackBaseURL_.scheme() == QLatin1String("http") && !isLoopback(feedbackBaseURL_.host()))
+        qCWarning(logger, "Messages go to %s without encryption", qUtf8Printable(feedbackBaseURL_.host()));
 }
 
 std::unique_ptr<HttpExchange> FeedbackAPIClient::submitFeedback(const QString& category,
@@ -137,7 +151,8 @@ std::unique_ptr<HttpExchange> FeedbackAPIClient::submitFeedback(const QString& c
                         .userAgent = "Kestrant",
                         .body = request.toJson(),
                         .idleTimeout = timeout,
-                        .totalTimeout = longestExchange};
+                        .totalTimeout = longestExchange,
+                        .redirects = JsonPost::Redirects::followed};
     return session_.post(
         post, [completion = std::move(completion)](const auto& result) { completion(outcome(result)); });
 }

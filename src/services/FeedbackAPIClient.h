@@ -74,10 +74,14 @@ class FeedbackAPIClient {
   public:
     using Completion = std::function<void(tl::expected<void, FeedbackSubmissionError>)>;
 
-    /// Where messages go when the configuration names no usable address.
+    /// Where messages go when the configuration names no address; a placeholder, which takes none.
     static constexpr auto defaultBaseUrl = "https://feedback.kestrant.example/";
 
-    /// `session` must outlive the client.
+    /// Whether the configuration names an address, and there is a service to write to.
+    [[nodiscard]] static bool isConfigured(const InformationDictionary& information);
+
+    /// An address that is configured is used as it is. Where it is http to another machine, which lets others
+    /// read what is sent, the log says so. `session` must outlive the client.
     FeedbackAPIClient(const InformationDictionary& information, HttpSession& session);
 
     /// Sends one message. The completion is called once, on a later turn, unless the exchange is destroyed

@@ -70,14 +70,18 @@ void HttpTestServer::incomingConnection(qintptr descriptor) {
     socket->setSocketDescriptor(descriptor);
     auto received = std::make_shared<QByteArray>();
     connect(socket, &QTcpSocket::readyRead, this, [this, socket, received] { receive(socket, *received); });
-    connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    ++openConnections_;
+    connect(socket, &QTcpSocket::disconnected, socket, [this, socket] {
+        --openConnections_;
+        socket->deleteLater();
+    });
     if (tls_) {
         socket->setSslConfiguration(*tls_);
         socket->startServerEncryption();
     }
 }
 
-void HttpTestServer::receive(QTcpSocket* socket, QByteArray& received) {
+void HttpTestServer::receive(QSslSocket* socket, QByteArray& received) {
     received += socket->readAll();
     const auto length = requestLength(received);
     if (!length || received.size() < *length)
@@ -87,22 +91,25 @@ void HttpTestServer::receive(QTcpSocket* socket, QByteArray& received) {
     const Answer answer = handler_(requests_.back());
     socket->write(answer.bytes);
     if (answer.padding > 0)
-        pad(socket, answer.padding);
+        pad(socket, answer);
     else if (answer.ending == Answer::Ending::close)
         socket->disconnectFromHost();
 }
 
-void HttpTestServer::pad(QTcpSocket* socket, qint64 remaining) {
-    auto left = std::make_shared<qint64>(remaining);
-    const auto writeMore = [this, socket, left] {
-        while (*left > 0 && socket->bytesToWrite() < 64 * 1024) {
-            const qint64 block = std::min<qint64>(*left, 64LL * 1024);
-            paddingWritten_ += block;
-            *left -= block;
-            socket->write(QByteArray(block, '0'));
+void HttpTestServer::pad(QSslSocket* socket, const Answer& answer) {
+    constexpr qint64 blockSize = 64LL * 1024;
+    auto left = std::make_shared<qint64>(answer.padding);
+    const QByteArray block = answer.pattern.repeated(blockSize / answer.pattern.size() + 1);
+    const auto writeMore = [this, socket, left, block] {
+        while (*left > 0 && socket->bytesToWrite() + socket->encryptedBytesToWrite() < blockSize) {
+            const qint64 size = std::min<qint64>(*left, block.size());
+            paddingWritten_ += size;
+            *left -= size;
+            socket->write(block.constData(), size);
         }
     };
-    connect(socket, &QTcpSocket::bytesWritten, socket, writeMore);
+    connect(socket, &QSslSocket::bytesWritten, socket, writeMore);
+    connect(socket, &QSslSocket::encryptedBytesWritten, socket, writeMore);
     writeMore();
 }
 

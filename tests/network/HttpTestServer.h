@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-class QTcpSocket;
+class QSslSocket;
 
 namespace kestrant {
 
@@ -28,9 +28,11 @@ struct RecordedRequest {
 /// What a server does with a request.
 struct Answer {
     QByteArray bytes;
-    /// As many zero bytes follow, written as fast as they are taken.
+    /// As many bytes follow, written as fast as they are taken.
     qint64 padding = 0;
     enum class Ending { close, keepOpen } ending = Ending::close;
+    /// What the padding repeats.
+    QByteArray pattern = "0";
 
     [[nodiscard]] static Answer status(int status, const QByteArray& body = {},
                                        const QByteArray& extraHeaders = {});
@@ -52,19 +54,21 @@ class HttpTestServer : public QTcpServer {
     void setHandler(Handler handler) { handler_ = std::move(handler); }
     [[nodiscard]] const std::vector<RecordedRequest>& requests() const { return requests_; }
     [[nodiscard]] qint64 paddingWritten() const { return paddingWritten_; }
+    [[nodiscard]] int openConnections() const { return openConnections_; }
     [[nodiscard]] QString url(const QString& host = QStringLiteral("127.0.0.1")) const;
 
   protected:
     void incomingConnection(qintptr descriptor) override;
 
   private:
-    void receive(QTcpSocket* socket, QByteArray& received);
-    void pad(QTcpSocket* socket, qint64 remaining);
+    void receive(QSslSocket* socket, QByteArray& received);
+    void pad(QSslSocket* socket, const Answer& answer);
 
     Handler handler_;
     std::optional<QSslConfiguration> tls_;
     std::vector<RecordedRequest> requests_;
     qint64 paddingWritten_ = 0;
+    int openConnections_ = 0;
 };
 
 }  // namespace kestrant

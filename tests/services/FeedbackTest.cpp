@@ -130,7 +130,7 @@ TEST_F(FeedbackTest, EveryAnswerHasItsWords) {
         {Answer::status(500, "oops"), refused},
         {Answer::status(500, R"({"code":7,"error":"not shown"})"), refused},
         {Answer::status(500, R"({"code":null,"error":"  "})"), refused},
-        {Answer::status(307, "", "Location: http://127.0.0.1:1/\r\n"), refused},
+        {Answer::status(307, "", "Location: file:///etc/passwd\r\n"), refused},
         {Answer::cutOff(), "Couldn’t send feedback. Check your internet connection and try again."},
     };
     form.setMessage("Keep this");
@@ -156,14 +156,41 @@ TEST_F(FeedbackTest, NoAnswerWithinTwentySecondsIsNone) {
     EXPECT_EQ(form.errorMessage(), FeedbackSubmissionError{Kind::unavailable}.description());
 }
 
-TEST_F(FeedbackTest, AMissingOrUselessAddressIsTheDefaultOne) {
-    for (const QJsonValue& value :
-         {QJsonValue(QJsonValue::Undefined), QJsonValue(7), QJsonValue(""), QJsonValue("::no url"),
-          QJsonValue("feedback.example"), QJsonValue("http://feedback.example")}) {
-        const FeedbackAPIClient other(Dictionary().overlaidBy({{Dictionary::feedbackBaseUrlKey, value}}),
-                                      session);
-        EXPECT_EQ(other.feedbackBaseURL(), QUrl(FeedbackAPIClient::defaultBaseUrl));
+TEST_F(FeedbackTest, AMessageFollowsTheService) {
+    HttpTestServer moved([](const auto&) { return Answer::status(200, "{\"ok\":true}"); });
+    answer = Answer::status(308, "", "Location: " + moved.url().toLatin1() + "/new\r\n");
+    form.setMessage("Hello");
+    EXPECT_EQ(send(), "");
+    ASSERT_EQ(moved.requests().size(), 1U);
+    EXPECT_EQ(moved.requests().front().requestLine(), "POST /new HTTP/1.1");
+    EXPECT_EQ(moved.requests().front().body(), server.requests().front().body());
+}
+
+TEST_F(FeedbackTest, AnAddressThatIsOneIsUsedAndAnyOtherIsTheDefaultOne) {
+    const QUrl placeholder(FeedbackAPIClient::defaultBaseUrl);
+    const std::pair<QJsonValue, QUrl> cases[] = {
+        {"http://feedback.example", QUrl("http://feedback.example")},
+        {"https://feedback.example/api?key=1", QUrl("https://feedback.example/api?key=1")},
+        {"https://user@feedback.example", QUrl("https://user@feedback.example")},
+        {"ftp://feedback.example", QUrl("ftp://feedback.example")},
+        {QJsonValue(QJsonValue::Undefined), placeholder},
+        {7, placeholder},
+        {"", placeholder},
+        {"::no url", placeholder},
+        {"feedback.example", placeholder},
+    };
+    for (const auto& [value, used] : cases) {
+        const Dictionary configured = Dictionary().overlaidBy({{Dictionary::feedbackBaseUrlKey, value}});
+        EXPECT_EQ(FeedbackAPIClient(configured, session).feedbackBaseURL(), used);
+        EXPECT_EQ(FeedbackAPIClient::isConfigured(configured), used != placeholder);
     }
+    FeedbackAPIClient unusable(Dictionary().overlaidBy({{Dictionary::feedbackBaseUrlKey, "ftp://127.0.0.1"}}),
+                               session);
+    FeedbackForm nowhere(unusable);
+    nowhere.setMessage("x");
+    nowhere.send();
+    ASSERT_TRUE(turnUntil([&] { return !nowhere.isSending(); }));
+    EXPECT_EQ(nowhere.errorMessage(), FeedbackSubmissionError{Kind::unavailable}.description());
 }
 
 }  // namespace kestrant
