@@ -18,7 +18,10 @@ AggregateCompletionReporter::AggregateCompletionReporter(Services services)
 
 AggregateCompletionReporter::~AggregateCompletionReporter() {
     // The store and the session belong to the context, so they end there.
-    context_.post([actor = std::move(actor_)]() mutable { actor.reset(); });
+    context_.post([actor = std::move(actor_)]() mutable {
+        actor->finish();
+        actor.reset();
+    });
 }
 
 void AggregateCompletionReporter::recordCompletions(qint64 count) {

@@ -70,7 +70,8 @@ class AggregateCompletionReporter {
 
     /// Does nothing before the first call.
     explicit AggregateCompletionReporter(Services services);
-    /// What was recorded before is still stored; an upload under way ends and is repeated some other time.
+    /// What was recorded before is still stored, or where the store cannot be used left in the user defaults
+    /// for the next process; an upload under way ends and is repeated some other time.
     ~AggregateCompletionReporter();
     AggregateCompletionReporter(const AggregateCompletionReporter&) = delete;
     AggregateCompletionReporter& operator=(const AggregateCompletionReporter&) = delete;

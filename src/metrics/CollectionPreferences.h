@@ -35,6 +35,17 @@ struct CollectionTicket {
     bool operator==(const CollectionTicket&) const = default;
 };
 
+/// Completions counted while the store could not be used.
+struct UnsavedCount {
+    qint64 count = 0;
+    /// Null when it was the first that was yet to be chosen.
+    QUuid epoch;
+    bool operator==(const UnsavedCount&) const = default;
+};
+
+/// Of two numbers that are not negative; what cannot be held is dropped.
+[[nodiscard]] qint64 cappedSum(qint64 a, qint64 b);
+
 /// What the switch and the reporter share.
 struct PreferenceState {
     struct Upload {
@@ -73,6 +84,12 @@ class CollectionPreferences {
     /// Whether counts and reports of the past are still to be deleted.
     [[nodiscard]] bool isDiscardPending() const;
     void discardDone();
+
+    /// What processes that ended have left to the next one; nothing when its count is 0.
+    [[nodiscard]] UnsavedCount left() const;
+    /// Adds to it; what belongs to another epoch goes.
+    void leave(const UnsavedCount& unsaved);
+    void forgetLeft();
 
     /// Registers an upload. False when counting has been switched off, or off and on, since its ticket was
     /// handed out.

@@ -2,8 +2,10 @@
 
 #include <QFile>
 
+#include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 
@@ -55,6 +57,15 @@ bool makePrivateFolder(const QString& path) {
     }
     struct stat status {};
     return errno == EEXIST && ::stat(name.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// Makes an empty file where there is none; SQLite itself would have everybody read what it makes.
+void makePrivateFile(const QByteArray& path) {
+    const int file = ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (file < 0)
+        return;
+    ::fchmod(file, S_IRUSR | S_IWUSR);
+    ::close(file);
 }
 
 int bind(sqlite3_stmt* statement, int position, const SQLValue& value) {
@@ -118,6 +129,7 @@ StoreResult<MetricsDatabase> MetricsDatabase::open(const QString& folder) {
     if (!makePrivateFolder(folder))
         return unavailable();
     const QByteArray path = QFile::encodeName(pathIn(folder));
+    makePrivateFile(path);
     sqlite3* handle = nullptr;
     const int opened =
         sqlite3_open_v2(path.constData(), &handle,

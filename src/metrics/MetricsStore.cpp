@@ -68,11 +68,20 @@ StoreResult<> MetricsStore::add(qint64 count, double firstReportAt, const QUuid&
                    "    next_report_at = COALESCE(next_report_at, ?)\n"
                    "WHERE singleton = 1 AND pending_count <= ? AND collection_epoch = ?",
                    {count, firstReportAt, std::numeric_limits<qint64>::max() - count, epochText(epoch)})
-        .and_then([this]() -> StoreResult<> {
-            if (database_->changes() != 1)
-                return tl::unexpected(StoreError::unavailable);
-            return {};
-        });
+        .and_then([this] { return succeedIfOneRowChanged(); });
+}
+
+StoreResult<> MetricsStore::succeedIfOneRowChanged() const {
+    if (database_->changes() != 1)
+        return tl::unexpected(StoreError::unavailable);
+    return {};
+}
+
+StoreResult<> MetricsStore::adoptFirstEpoch(const QUuid& epoch) {
+    return execute("UPDATE aggregate_state SET collection_epoch = ? WHERE singleton = 1 AND collection_epoch "
+                   "IS NULL",
+                   {epochText(epoch)})
+        .and_then([this] { return succeedIfOneRowChanged(); });
 }
 
 StoreResult<> MetricsStore::adoptEpoch(const QUuid& epoch) {
@@ -118,12 +127,29 @@ StoreResult<> MetricsStore::cut(const Report& report, double createdDayEpoch, do
                    "INSERT INTO reports (report_id, count, created_day, created_day_epoch, next_attempt_at)\n"
                    "VALUES (?, ?, ?, ?, ?)",
                    {report.reportID, report.count, report.createdDay, createdDayEpoch, report.nextAttemptAt})
-            .and_then([&] {
-                return execute(
-                    "UPDATE aggregate_state SET pending_count = pending_count - ?, next_report_at = ? "
-                    "WHERE singleton = 1",
-                    {report.count, nextReportAt});
+            .and_then([&] { return state(); })
+            .and_then([&](const AggregateState& before) {
+                return takeOut(report.count, before.pendingCount > report.count ? std::optional(nextReportAt)
+                                                                                : std::nullopt);
             });
+    });
+}
+
+StoreResult<> MetricsStore::takeOut(qint64 count, std::optional<double> nextReportAt) {
+    return execute("UPDATE aggregate_state SET pending_count = pending_count - ?, next_report_at = ? "
+                   "WHERE singleton = 1",
+                   {count, nextReportAt ? SQLValue(*nextReportAt) : SQLValue(nullptr)});
+}
+
+StoreResult<> MetricsStore::arrangeNextReport(Instant now, double nextReportAt) {
+    return transaction([&] {
+        return state().and_then([&](const AggregateState& present) -> StoreResult<> {
+            if (present.pendingCount == 0)
+                return present.nextReportAt ? takeOut(0, std::nullopt) : StoreResult<>();
+            if (!present.nextReportAt || isTooFarAhead(*present.nextReportAt, now))
+                return postponeNextReport(nextReportAt);
+            return {};
+        });
     });
 }
 

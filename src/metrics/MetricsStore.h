@@ -41,6 +41,9 @@ class MetricsStore {
     [[nodiscard]] StoreResult<AggregateState> state();
     /// Fails unless `epoch` is the present one and the sum can be held.
     [[nodiscard]] StoreResult<> add(qint64 count, double firstReportAt, const QUuid& epoch);
+    /// Lets counting begin under `epoch`, the first there is: what was counted before there were epochs
+    /// stays. Fails where the store has an epoch.
+    [[nodiscard]] StoreResult<> adoptFirstEpoch(const QUuid& epoch);
     /// Deletes every count and report and lets counting begin under `epoch`.
     [[nodiscard]] StoreResult<> adoptEpoch(const QUuid& epoch);
     /// Deletes every count and report; nothing may be counted afterwards.
@@ -48,8 +51,12 @@ class MetricsStore {
 
     /// The report waiting for upload, if there is one.
     [[nodiscard]] StoreResult<std::optional<Report>> pendingReport();
-    /// Moves `report.count` completions into a report. Fails while one is pending.
+    /// Moves `report.count` completions into a report; what is still counted waits for `nextReportAt`. Fails
+    /// while a report is pending.
     [[nodiscard]] StoreResult<> cut(const Report& report, double createdDayEpoch, double nextReportAt);
+    /// Puts the time of the next report right: none while nothing is counted, `nextReportAt` where there is
+    /// none or it was set while the clock was ahead.
+    [[nodiscard]] StoreResult<> arrangeNextReport(Instant now, double nextReportAt);
     [[nodiscard]] StoreResult<> recordFailedAttempt(const QString& reportID, const Backoff& backoff);
     /// The report has arrived and is deleted; what is still counted waits for `nextReportAt`.
     [[nodiscard]] StoreResult<> acknowledge(const QString& reportID, double nextReportAt);
@@ -66,6 +73,9 @@ class MetricsStore {
     [[nodiscard]] StoreResult<> execute(const char* sql, const std::vector<SQLValue>& parameters = {});
     template <typename Body>
     [[nodiscard]] StoreResult<> transaction(Body body);
+    [[nodiscard]] StoreResult<> succeedIfOneRowChanged() const;
+    /// Counts `count` fewer.
+    [[nodiscard]] StoreResult<> takeOut(qint64 count, std::optional<double> nextReportAt);
     [[nodiscard]] StoreResult<> postponeNextReport(double nextReportAt);
 
     std::optional<QString> folder_;

@@ -1,7 +1,6 @@
 #include "metrics/ReportSchedule.h"
 
-#include <QLocale>
-#include <QTimeZone>
+#include "network/HttpDate.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,6 +12,7 @@ namespace kestrant::metrics {
 namespace {
 
 constexpr double longestRetryAfter = 86400;
+constexpr double longestDelay = 86400;
 
 std::optional<double> parseNumber(const QByteArray& text) {
     double number = 0;
@@ -21,18 +21,6 @@ std::optional<double> parseNumber(const QByteArray& text) {
     if (error != std::errc() || last != end || !std::isfinite(number))
         return std::nullopt;
     return number;
-}
-
-/// "Fri, 27 Mar 2026 13:30:00 GMT"
-std::optional<Instant> parseHttpDate(const QByteArray& text) {
-    if (!text.endsWith(" GMT"))
-        return std::nullopt;
-    QDateTime date = QLocale::c().toDateTime(QString::fromLatin1(text.chopped(4)),
-                                             QStringLiteral("ddd, dd MMM yyyy HH:mm:ss"));
-    if (!date.isValid())
-        return std::nullopt;
-    date = QDateTime(date.date(), date.time(), QTimeZone::utc());
-    return Instant(std::chrono::milliseconds(date.toMSecsSinceEpoch()));
 }
 
 }  // namespace
@@ -53,6 +41,12 @@ double nextReportTime(Instant now, double random) {
     return secondsSince1970(now) + minimumReportInterval + random * minimumReportInterval;
 }
 
+bool isTooFarAhead(double time, Instant now) {
+    static_assert(2 * minimumReportInterval <= longestDelay && longestRetryAfter <= longestDelay);
+    constexpr double rounding = 1;
+    return time > secondsSince1970(now) + longestDelay + rounding;
+}
+
 Backoff backoff(qint64 attempts, Instant now, double random, std::optional<double> retryAfter) {
     const qint64 failures = std::clamp<qint64>(attempts, 0, 30) + 1;
     double delay = std::min(600 * std::exp2(std::min<qint64>(failures, 8) - 1), minimumReportInterval);
@@ -67,7 +61,7 @@ std::optional<double> retryAfterSeconds(const QByteArray& header, Instant now) {
     if (seconds && *seconds < 0)
         return std::nullopt;
     if (!seconds) {
-        if (const auto date = parseHttpDate(text))
+        if (const auto date = httpDate(text, now))
             seconds = std::max(secondsSince1970(*date) - secondsSince1970(now), 0.0);
     }
     if (!seconds)

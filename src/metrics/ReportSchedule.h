@@ -33,6 +33,9 @@ struct DayStamp {
 /// 12 to 24 hours from now.
 [[nodiscard]] double nextReportTime(Instant now, double random);
 
+/// Whether `time` was set while the clock was ahead: nothing is put off for more than a day.
+[[nodiscard]] bool isTooFarAhead(double time, Instant now);
+
 /// What a report's row says after another failed attempt.
 struct Backoff {
     int attempts = 0;
@@ -44,8 +47,8 @@ struct Backoff {
 /// (`retryAfter`, in seconds). `attempts` is the number of failures before this one.
 [[nodiscard]] Backoff backoff(qint64 attempts, Instant now, double random, std::optional<double> retryAfter);
 
-/// Seconds to wait according to a "Retry-After" header: a number of seconds or an HTTP date in GMT, at most a
-/// day. A date in the past is 0. Absent when the value is negative or anything else.
+/// Seconds to wait according to a "Retry-After" header: a number of seconds or an HTTP date, at most a day. A
+/// date in the past is 0. Absent when the value is negative or anything else.
 [[nodiscard]] std::optional<double> retryAfterSeconds(const QByteArray& header, Instant now);
 
 /// When to try the store again after it failed: in 300 to 360 seconds.

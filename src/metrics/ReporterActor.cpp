@@ -52,10 +52,8 @@ void ReporterActor::record(qint64 count, const CollectionTicket& ticket) {
     const auto current = reconcile();
     if (current && *current != resolved(ticket))
         return;
-    const StoreResult<> added = current.and_then([&](const auto& present) {
-        return store_.add(count, nextReportTime(services_.clock.now(), services_.random.unit()),
-                          present->epoch);
-    });
+    const StoreResult<> added = current.and_then(
+        [&](const auto& present) { return store_.add(count, nextReportTime(), present->epoch); });
     if (!added) {
         keepInMemory(count, resolved(ticket));
         storageFailed();
@@ -80,6 +78,17 @@ void ReporterActor::check(std::function<void()> finished) {
         tellWaiting();
 }
 
+void ReporterActor::finish() {
+    scheduledCheck_.cancel();
+    exchange_.reset();
+    if (unpersisted_.count == 0 || reconcile() || unpersisted_.count == 0)
+        return;
+    qCWarning(logger,
+              "%lld completions could not be stored; they are left in the settings for the next start",
+              static_cast<long long>(unpersisted_.count));
+    preferences.leave(std::exchange(unpersisted_, {}));
+}
+
 ReporterActor::CurrentTicket ReporterActor::reconcile() {
     if (preferences.isDiscardPending()) {
         if (const auto discarded = discard(); !discarded)
@@ -91,32 +100,48 @@ ReporterActor::CurrentTicket ReporterActor::reconcile() {
     const auto state = store_.state();
     if (!state)
         return tl::unexpected(state.error());
-    if (ticket->epoch.isNull()) {
+    const bool isFirst = ticket->epoch.isNull();
+    if (isFirst) {
         ticket = preferences.ticketWithEpoch(state->collectionEpoch);
         if (!ticket)
             return std::nullopt;
         firstEpoch_ = ticket->epoch;
-        if (unpersistedEpoch_.isNull())
-            unpersistedEpoch_ = ticket->epoch;
     }
-    if (state->collectionEpoch != ticket->epoch) {
-        if (const auto adopted = store_.adoptEpoch(ticket->epoch); !adopted)
-            return tl::unexpected(adopted.error());
+    return adopt(*ticket, *state, isFirst)
+        .and_then([&] { return storeUnsaved(*ticket); })
+        .and_then([&] { return store_.arrangeNextReport(services_.clock.now(), nextReportTime()); })
+        .map([&] { return ticket; });
+}
+
+StoreResult<> ReporterActor::adopt(const CollectionTicket& ticket, const AggregateState& state,
+                                   bool isFirst) {
+    if (state.collectionEpoch == ticket.epoch)
+        return {};
+    return isFirst ? store_.adoptFirstEpoch(ticket.epoch) : store_.adoptEpoch(ticket.epoch);
+}
+
+StoreResult<> ReporterActor::storeUnsaved(const CollectionTicket& ticket) {
+    const UnsavedCount left = preferences.left();
+    qint64 count = 0;
+    for (const UnsavedCount& unsaved : {unpersisted_, left}) {
+        // Counted before an epoch was chosen: switching off would have dropped it.
+        if (unsaved.epoch == ticket.epoch || unsaved.epoch.isNull())
+            count = cappedSum(count, unsaved.count);
     }
-    if (unpersistedCount_ > 0 && unpersistedEpoch_ == ticket->epoch) {
-        const auto added = store_.add(
-            unpersistedCount_, nextReportTime(services_.clock.now(), services_.random.unit()), ticket->epoch);
-        if (!added)
-            return tl::unexpected(added.error());
+    if (count > 0) {
+        if (const auto added = store_.add(count, nextReportTime(), ticket.epoch); !added)
+            return added;
     }
-    unpersistedCount_ = 0;
-    return ticket;
+    unpersisted_ = {};
+    if (left.count > 0)
+        preferences.forgetLeft();
+    return {};
 }
 
 StoreResult<> ReporterActor::discard() {
     const auto ticket = preferences.ticket();
-    if (!ticket || unpersistedEpoch_ != ticket->epoch)
-        unpersistedCount_ = 0;
+    if (!ticket || unpersisted_.epoch != ticket->epoch)
+        unpersisted_ = {};
     if (store_.mayExist()) {
         if (const auto discarded = store_.discardAll(); !discarded)
             return discarded;
@@ -132,16 +157,15 @@ CollectionTicket ReporterActor::resolved(const CollectionTicket& ticket) const {
 
 bool ReporterActor::addAtOnce(qint64 count, const CollectionTicket& ticket) {
     // The store refuses any epoch but its own, and a check is on its way.
-    return (isSending_ || scheduledCheck_.isPending()) && unpersistedCount_ == 0 &&
+    return (isSending_ || scheduledCheck_.isPending()) && unpersisted_.count == 0 &&
            !preferences.isDiscardPending() && preferences.ticket() == ticket &&
-           store_.add(count, nextReportTime(services_.clock.now(), services_.random.unit()), ticket.epoch);
+           store_.add(count, nextReportTime(), ticket.epoch);
 }
 
 void ReporterActor::keepInMemory(qint64 count, const CollectionTicket& ticket) {
-    if (unpersistedEpoch_ != ticket.epoch)
-        unpersistedCount_ = 0;
-    unpersistedEpoch_ = ticket.epoch;
-    unpersistedCount_ += std::min(count, std::numeric_limits<qint64>::max() - unpersistedCount_);
+    if (unpersisted_.epoch != ticket.epoch)
+        unpersisted_ = {.epoch = ticket.epoch};
+    unpersisted_.count = cappedSum(unpersisted_.count, count);
 }
 
 StoreResult<> ReporterActor::work(const CollectionTicket& ticket) {
@@ -153,7 +177,9 @@ StoreResult<> ReporterActor::work(const CollectionTicket& ticket) {
     const auto report = cutIfDue();
     if (!report)
         return tl::unexpected(report.error());
-    if (!*report || (*report)->nextAttemptAt > secondsSince1970(services_.clock.now()))
+    const Instant now = services_.clock.now();
+    if (!*report ||
+        ((*report)->nextAttemptAt > secondsSince1970(now) && !isTooFarAhead((*report)->nextAttemptAt, now)))
         return scheduleNext();
     upload(**report, ticket);
     return {};
@@ -174,9 +200,7 @@ StoreResult<std::optional<Report>> ReporterActor::cutIfDue() {
                         .count = std::min(state->pendingCount, maximumReportCount),
                         .createdDay = today.day,
                         .nextAttemptAt = secondsSince1970(now)};
-    return store_.cut(report, today.startOfDay, nextReportTime(now, services_.random.unit())).map([&] {
-        return std::optional(report);
-    });
+    return store_.cut(report, today.startOfDay, nextReportTime()).map([&] { return std::optional(report); });
 }
 
 void ReporterActor::upload(const Report& report, const CollectionTicket& ticket) {
@@ -193,8 +217,7 @@ void ReporterActor::upload(const Report& report, const CollectionTicket& ticket)
         return;
     isSending_ = true;
     if (!session_)
-        session_.emplace(services_.context,
-                         services_.tls ? *services_.tls : QSslConfiguration::defaultConfiguration());
+        session_.emplace(services_.context, services_.tls);
     const JsonPost post{.url = appendingPath(*baseURL, QStringLiteral("v1/completions")),
                         .userAgent = "Kestrant-AggregateMetrics/1",
                         .body = Payload::of(report).toJson(),
@@ -226,17 +249,14 @@ void ReporterActor::finishUpload(const Report& report, int number,
 
 StoreResult<> ReporterActor::settle(const Report& report,
                                     const tl::expected<HttpReply, TransportError>& result) {
-    if (!result) {
-        qCDebug(logger, "Upload failed: %s", qUtf8Printable(result.error().description));
-        return retryLater(report, {});
-    }
+    if (!result)
+        return retryLater(report, result.error().description);
     const int status = result->status;
     if (status >= 200 && status <= 299)
         return confirm(report, *result);
     if (status < 400 || status >= 500 || status == 408 || status == 429)
-        return retryLater(report, result->retryAfter);
-    const auto rejected = store_.reject(report.reportID, status,
-                                        nextReportTime(services_.clock.now(), services_.random.unit()));
+        return retryLater(report, QStringLiteral("status %1").arg(status), result->retryAfter);
+    const auto rejected = store_.reject(report.reportID, status, nextReportTime());
     if (rejected)
         diagnose(LocalDiagnostic::reportRejected);
     return rejected;
@@ -245,16 +265,21 @@ StoreResult<> ReporterActor::settle(const Report& report,
 StoreResult<> ReporterActor::confirm(const Report& report, const HttpReply& reply) {
     const auto acknowledgement = Acknowledgement::fromJson(reply.body.value_or(QByteArray()));
     if (acknowledgement && acknowledgement->isFor(report))
-        return store_.acknowledge(report.reportID,
-                                  nextReportTime(services_.clock.now(), services_.random.unit()));
+        return store_.acknowledge(report.reportID, nextReportTime());
     diagnose(LocalDiagnostic::invalidAcknowledgement);
-    return retryLater(report, reply.retryAfter);
+    return retryLater(report, QStringLiteral("not acknowledged"), reply.retryAfter);
 }
 
-StoreResult<> ReporterActor::retryLater(const Report& report, const QByteArray& retryAfter) {
+StoreResult<> ReporterActor::retryLater(const Report& report, const QString& why,
+                                        const QByteArray& retryAfter) {
+    qCInfo(logger, "Upload failed: %s", qUtf8Printable(why));
     const Instant now = services_.clock.now();
     return store_.recordFailedAttempt(report.reportID, backoff(report.attempts, now, services_.random.unit(),
                                                                retryAfterSeconds(retryAfter, now)));
+}
+
+double ReporterActor::nextReportTime() const {
+    return metrics::nextReportTime(services_.clock.now(), services_.random.unit());
 }
 
 bool ReporterActor::storageMayBeTried() const {

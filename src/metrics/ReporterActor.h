@@ -21,6 +21,8 @@ class ReporterActor : public std::enable_shared_from_this<ReporterActor> {
 
     void record(qint64 count, const CollectionTicket& ticket);
     void check(std::function<void()> finished);
+    /// The last work: one more try to store what is in memory, which is left to the next process otherwise.
+    void finish();
     /// Thread: any.
     [[nodiscard]] std::optional<LocalDiagnostic> latestDiagnostic() const { return latestDiagnostic_; }
 
@@ -37,6 +39,11 @@ class ReporterActor : public std::enable_shared_from_this<ReporterActor> {
     /// counted.
     [[nodiscard]] bool addAtOnce(qint64 count, const CollectionTicket& ticket);
     void keepInMemory(qint64 count, const CollectionTicket& ticket);
+    /// Lets counting begin under `ticket` in a store of another epoch. `isFirst`: there was none before.
+    [[nodiscard]] StoreResult<> adopt(const CollectionTicket& ticket, const AggregateState& state,
+                                      bool isFirst);
+    /// Stores what was kept in memory and what an earlier process left.
+    [[nodiscard]] StoreResult<> storeUnsaved(const CollectionTicket& ticket);
 
     [[nodiscard]] StoreResult<> work(const CollectionTicket& ticket);
     [[nodiscard]] StoreResult<std::optional<Report>> cutIfDue();
@@ -47,7 +54,9 @@ class ReporterActor : public std::enable_shared_from_this<ReporterActor> {
     [[nodiscard]] StoreResult<> settle(const Report& report,
                                        const tl::expected<HttpReply, TransportError>& result);
     [[nodiscard]] StoreResult<> confirm(const Report& report, const HttpReply& reply);
-    [[nodiscard]] StoreResult<> retryLater(const Report& report, const QByteArray& retryAfter);
+    [[nodiscard]] StoreResult<> retryLater(const Report& report, const QString& why,
+                                           const QByteArray& retryAfter = {});
+    [[nodiscard]] double nextReportTime() const;
 
     [[nodiscard]] bool storageMayBeTried() const;
     void storageFailed();
@@ -64,8 +73,7 @@ class ReporterActor : public std::enable_shared_from_this<ReporterActor> {
     std::unique_ptr<HttpExchange> exchange_;
     bool isSending_ = false;
     int uploadNumber_ = 0;
-    qint64 unpersistedCount_ = 0;
-    QUuid unpersistedEpoch_;
+    UnsavedCount unpersisted_;
     /// The epoch chosen here because there was none.
     QUuid firstEpoch_;
     std::optional<Instant> storageRetryAt_;

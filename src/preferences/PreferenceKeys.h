@@ -77,6 +77,8 @@ inline const PreferenceKey aggregateMetricsDiscardPending{
 /// String.
 inline const PreferenceKey aggregateMetricsCollectionEpoch{
     QStringLiteral("kestrantAggregateMetricsCollectionEpoch")};
+/// {"count", "epoch"}: what could not be stored when the program ended.
+inline const PreferenceKey aggregateMetricsUnsaved{QStringLiteral("kestrantAggregateMetricsUnsaved")};
 
 /// Stored objects.
 inline const PreferenceKey recapShareLinks{QStringLiteral("kestrant.recap.share-links.v1")};

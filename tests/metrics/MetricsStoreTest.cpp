@@ -102,6 +102,31 @@ TEST_F(MetricsStoreTest, AFreshStoreIsPrivateAndEmpty) {
                 ElementsAre("table|aggregate_state", "index|one_pending_report", "table|reports"));
 }
 
+TEST_F(MetricsStoreTest, WhateverTheMaskNobodyElseMayReadWhatIsMadeAtAnyTime) {
+    for (const mode_t mask : {mode_t(0), mode_t(022), mode_t(0777)}) {
+        const QTemporaryDir own(scratchTemplate());
+        const QString made = own.filePath("folder");
+        const mode_t before = ::umask(mask);
+        unsigned widest = 0;
+        {
+            const FaultyDisk disk([&] {
+                for (const char* file : {"", "-journal"})
+                    widest |= modeOf(MetricsDatabase::pathIn(made) + file);
+                return SQLITE_OK;
+            });
+            EXPECT_TRUE(MetricsStore(made).open()) << mask;
+        }
+        ::umask(before);
+        EXPECT_EQ(modeOf(made), 0700U) << mask;
+        EXPECT_EQ(modeOf(MetricsDatabase::pathIn(made)), 0600U) << mask;
+        EXPECT_EQ(widest, 0600U) << mask;
+    }
+    const QTemporaryDir shared(scratchTemplate());
+    ASSERT_EQ(::chmod(shared.path().toUtf8().constData(), 0750), 0);
+    EXPECT_TRUE(MetricsStore(shared.path()).open());
+    EXPECT_EQ(modeOf(shared.path()), 0750U) << "not a folder made here";
+}
+
 TEST_F(MetricsStoreTest, WritesAreSynchronisedAndDeletedContentIsOverwritten) {
     auto database = MetricsDatabase::open(folder);
     ASSERT_TRUE(database);
@@ -267,6 +292,38 @@ TEST_F(MetricsStoreTest, AReportIsCutOnceAndWithinBounds) {
     EXPECT_THAT(look("SELECT pending_count, next_report_at FROM aggregate_state; SELECT * FROM reports"),
                 ElementsAre("10000|99", "A|10000|2026-03-27|1774569600|100|0|pending|NULL"));
     EXPECT_EQ(store.pendingReport().value(), report(10000, "A"));
+    ASSERT_TRUE(store.acknowledge("A", 99) && store.cut(report(10000, "B"), 1774569600, 99));
+    EXPECT_THAT(look("SELECT pending_count, next_report_at FROM aggregate_state"), ElementsAre("0|NULL"));
+}
+
+TEST_F(MetricsStoreTest, TheTimeOfTheNextReportIsPutRight) {
+    const Instant now = *parseIso8601(u"2026-03-27T12:00:00Z");
+    open();
+    for (const auto& [before, after] :
+         {std::pair("0, 1774000000.0", "0|NULL"), std::pair("0, NULL", "0|NULL"),
+          std::pair("3, NULL", "3|77"), std::pair("3, 1774000000.0", "3|1774000000"),
+          std::pair("3, 1774699200.0", "3|1774699200"), std::pair("3, 1900000000.0", "3|77")}) {
+        look(("UPDATE aggregate_state SET (pending_count, next_report_at) = (" + std::string(before) + ")")
+                 .c_str());
+        EXPECT_TRUE(store.arrangeNextReport(now, 77));
+        EXPECT_THAT(look("SELECT pending_count, next_report_at FROM aggregate_state"), ElementsAre(after))
+            << before;
+    }
+}
+
+TEST_F(MetricsStoreTest, TheFirstEpochKeepsWhatWasCountedBeforeAndALaterOneDoesNot) {
+    makeByHand(folder, versionOne);
+    open();
+    ASSERT_TRUE(store.cut(report(1, "A"), 1000, 1774000000));
+    EXPECT_TRUE(store.adoptFirstEpoch(epoch));
+    EXPECT_FALSE(store.adoptFirstEpoch(QUuid::createUuid()));
+    EXPECT_THAT(
+        look("SELECT pending_count, next_report_at, collection_epoch FROM aggregate_state; SELECT count "
+             "FROM reports"),
+        ElementsAre("40|1774000000|" + std::string(epochSql).substr(1, 36), "1"));
+    EXPECT_TRUE(store.adoptEpoch(QUuid::createUuid()));
+    EXPECT_THAT(look("SELECT pending_count, next_report_at FROM aggregate_state; SELECT count FROM reports"),
+                ElementsAre("0|NULL"));
 }
 
 TEST_F(MetricsStoreTest, ReportsEndByAcknowledgementRejectionOrAge) {
@@ -280,7 +337,7 @@ TEST_F(MetricsStoreTest, ReportsEndByAcknowledgementRejectionOrAge) {
     ASSERT_TRUE(store.cut(report(5, "B"), 2000, 40) && store.acknowledge("B", 50));
     ASSERT_TRUE(store.cut(report(1, "C"), 2000, 60));
     EXPECT_THAT(everythingIn(folder),
-                ElementsAre((std::string("1|0|60|") + std::string(epochSql).substr(1, 36)),
+                ElementsAre((std::string("1|0|NULL|") + std::string(epochSql).substr(1, 36)),
                             "A|4|2026-03-27|1000|77|3|rejected|418",
                             "C|1|2026-03-27|2000|100|0|pending|NULL"));
     EXPECT_EQ(store.expire(2000).value(), MetricsStore::Expired::nothingPending);

@@ -70,11 +70,16 @@ TEST(ReportSchedule, RetryAfterIsSecondsOrADate) {
         {"Fri, 27 Mar 2026 12:30:00 PST", {}},
         {"Fri, 32 Mar 2026 12:30:00 GMT", {}},
         {"Fri, 27 Mar 2026 25:30:00 GMT", {}},
+        {"Friday, 27-Mar-26 12:30:00 GMT", 1800},
+        {"Fri Mar 27 12:30:00 2026", 1800},
         {"ven., 27 mars 2026 12:30:00 GMT", {}},
         {"2026-03-27T12:30:00Z", {}},
     };
     for (const auto& [header, seconds] : cases)
         EXPECT_EQ(retryAfterSeconds(header, noon), seconds) << header;
+    // The hour that Paris leaves out in spring.
+    EXPECT_EQ(retryAfterSeconds("Sun, 29 Mar 2026 02:30:00 GMT", *parseIso8601(u"2026-03-29T02:00:00Z")),
+              1800);
     EXPECT_EQ(retryAfterSeconds(QByteArray(100000, '9'), noon).has_value(), false);
 }
 

@@ -24,6 +24,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 constexpr auto discardKey = "kestrantAggregateMetricsDiscardPending";
+constexpr auto unsavedKey = "kestrantAggregateMetricsUnsaved";
 constexpr auto epochKey = "kestrantAggregateMetricsCollectionEpoch";
 
 class ReporterTest : public ::testing::Test, protected ReporterHarness {
@@ -275,11 +276,116 @@ TEST_F(ReporterTest, AClockThatIsSetBackDoesNotKeepTheStoreClosed) {
     EXPECT_EQ(counted(), "2");
 }
 
+TEST_F(ReporterTest, AfterAnIdleDayCompletionsWaitForTheirBatchAgain) {
+    count(1);
+    passADay();
+    EXPECT_EQ(look("SELECT pending_count, next_report_at FROM aggregate_state").at(0), "0|NULL");
+    pass(48h);
+    count(1);
+    EXPECT_EQ(look("SELECT next_report_at FROM aggregate_state").at(0), inSeconds(43200 * 1.5));
+    count(1);
+    EXPECT_EQ(service.server.requests().size(), 1U);
+    passADay();
+    EXPECT_EQ(service.stored.size(), 2U);
+    EXPECT_EQ(service.total(), 3);
+    // As an earlier version left it.
+    stop();
+    look("UPDATE aggregate_state SET next_report_at = 1774000000");
+    start();
+    count(1);
+    EXPECT_EQ(look("SELECT next_report_at FROM aggregate_state").at(0), inSeconds(43200 * 1.5));
+}
+
+TEST_F(ReporterTest, AClockThatIsSetBackYearsDelaysNothingByMoreThanADay) {
+    count(1);
+    scheduler.jumpWall(-std::chrono::days(3650));
+    stop();
+    start();
+    EXPECT_EQ(look("SELECT next_report_at FROM aggregate_state").at(0), inSeconds(43200 * 1.5));
+    answerWith(Answer::status(503));
+    pass(18h + 10s);
+    EXPECT_EQ(service.server.requests().size(), 1U);
+    service.mood = nullptr;
+    scheduler.jumpWall(-std::chrono::days(3650));
+    passADay();
+    EXPECT_EQ(service.total(), 1);
+}
+
+TEST_F(ReporterTest, WhatAVersionOneDatabaseHoldsIsReported) {
+    for (const bool hasEpoch : {false, true}) {
+        ReporterHarness own;
+        own.stop();
+        Sqlite(own.path)(
+            "UPDATE aggregate_state SET pending_count = 41, collection_epoch = NULL, next_report_at = "
+            "1774000000; ALTER TABLE aggregate_state DROP COLUMN collection_epoch; "
+            "INSERT INTO reports (report_id, count, created_day, created_day_epoch, next_attempt_at) "
+            "VALUES ('OLD', 9, '2026-03-26', 1774483200, 0); PRAGMA user_version = 1");
+        if (!hasEpoch)
+            own.defaults.remove(epochKey);
+        own.start();
+        own.passADay();
+        own.passADay();
+        // With an epoch the person has switched counting off since.
+        EXPECT_EQ(own.service.total(), hasEpoch ? 0 : 50);
+    }
+}
+
 TEST_F(ReporterTest, WhatWasRecordedBeforeTheEndIsStored) {
     reporter->recordCompletions(3);
     stop();
     EXPECT_EQ(counted(), "3");
     EXPECT_EQ(scheduler.pendingCount(), 0U);
+}
+
+TEST_F(ReporterTest, WhatCouldNotBeStoredBeforeTheEndIsStoredThenOrAtTheNextStart) {
+    enum class Store { neverUsable, usableAtTheEnd, usableAtTheNextStart };
+    for (const bool isFirstEver : {false, true}) {
+        for (const Store when : {Store::usableAtTheEnd, Store::usableAtTheNextStart, Store::neverUsable}) {
+            ReporterHarness own;
+            own.count(1);
+            own.stop();
+            if (isFirstEver) {
+                QFile::remove(own.path);
+                own.defaults.remove(epochKey);
+            }
+            bool isFull = true;
+            const FaultyDisk disk([&] { return isFull ? SQLITE_FULL : SQLITE_OK; });
+            own.start();
+            own.count(2);
+            own.count(3);
+            isFull = when != Store::usableAtTheEnd;
+            own.stop();
+            if (when == Store::neverUsable) {
+                own.start();
+                own.count(10);
+                own.stop();
+            }
+            isFull = false;
+            own.start();
+            const int whole = (isFirstEver ? 5 : 6) + (when == Store::neverUsable ? 10 : 0);
+            EXPECT_EQ(own.counted(), std::to_string(whole)) << isFirstEver << int(when);
+            own.stop();
+            own.start();
+            EXPECT_EQ(own.counted(), std::to_string(whole)) << "once only";
+        }
+    }
+}
+
+TEST_F(ReporterTest, WhatWasLeftIsDroppedWhenCountingIsSwitchedOff) {
+    bool isFull = true;
+    stop();
+    const FaultyDisk disk([&] { return isFull ? SQLITE_FULL : SQLITE_OK; });
+    start();
+    count(5);
+    stop();
+    EXPECT_NE(defaults.object(unsavedKey), QJsonValue(QJsonValue::Undefined));
+    start();
+    setEnabled(false);
+    EXPECT_EQ(defaults.object(unsavedKey), QJsonValue(QJsonValue::Undefined));
+    setEnabled(true);
+    isFull = false;
+    pass(6min);
+    EXPECT_EQ(counted(), "0");
 }
 
 }  // namespace kestrant
