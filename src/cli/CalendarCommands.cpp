@@ -71,7 +71,10 @@ void CalendarCommands::proceed() {
         return;
     }
     run_.printProblems();
-    carryOut();
+    if (run_.hasAnswer(EKEntityType::event, {}))
+        carryOut();
+    else
+        run_.finish(refused);
 }
 
 void CalendarCommands::carryOut() {
@@ -95,6 +98,8 @@ void CalendarCommands::carryOut() {
 }
 
 void CalendarCommands::printAgenda() {
+    if (const auto shortage = store_.shortage())
+        run_.printError(*shortage);
     if (run_.arguments.json)
         run_.printJson(dayGroupsAsJson(store_.dayGroups()));
     else
@@ -115,7 +120,7 @@ void CalendarCommands::addEvent() {
     const ZoneCalendar& calendar = run_.environment.calendar;
     const auto refuse = [this](const CalendarError& error) { run_.refuse(error.message()); };
 
-    NewCalendarEvent event{.title = arguments.subject,
+    NewCalendarEvent event{.title = arguments.subjects.first(),
                            .startDate = arguments.start->instant,
                            .endDate = arguments.start->instant,
                            .isAllDay = arguments.isAllDay};
@@ -123,7 +128,7 @@ void CalendarCommands::addEvent() {
         event.endDate = arguments.end->instant;
         if (arguments.isAllDay)
             event.endDate = calendar.startOfDay(calendar.dayOf(event.endDate).addDays(1));
-        if (event.endDate <= event.startDate)
+        if (event.endDate <= event.startDate && !arguments.end->isAfter(*arguments.start))
             return refuse({ErrorCode::invalidDateRange, {}});
     }
     auto data = newEventData(event, calendar);
@@ -148,7 +153,7 @@ void CalendarCommands::addEvent() {
 }
 
 void CalendarCommands::deleteEvent() {
-    const auto start = startOfRow(run_.arguments.subject);
+    const auto start = startOfRow(run_.arguments.subjects.first());
     if (!start) {
         deleteRowAmong({});
         return;
@@ -160,7 +165,7 @@ void CalendarCommands::deleteEvent() {
 void CalendarCommands::deleteRowAmong(const CalendarItems& items) {
     for (const auto& event : items.events) {
         const CalendarEventItem row = eventRow(*event, nullptr, run_.localization.language());
-        if (row.id != run_.arguments.subject)
+        if (row.id != run_.arguments.subjects.first())
             continue;
         store_.deleteItem(row, [this](const tl::expected<void, CalendarError>& result) {
             if (!result) {
@@ -168,12 +173,12 @@ void CalendarCommands::deleteRowAmong(const CalendarItems& items) {
                 return;
             }
             if (run_.arguments.json)
-                run_.printIdentifier(run_.arguments.subject);
+                run_.printIdentifier(run_.arguments.subjects.first());
             run_.finish();
         });
         return;
     }
-    if (const auto reminder = reminderIdentifier(run_.arguments.subject)) {
+    if (const auto reminder = reminderIdentifier(run_.arguments.subjects.first())) {
         const TextPair message = text("This row is a reminder; delete it with kestrant delete %1.",
                                       "Cette ligne est un rappel ; supprimez-le avec kestrant delete %1.");
         run_.refuse({message.english.arg(*reminder), message.french.arg(*reminder)});

@@ -1,10 +1,15 @@
 #include "cli/CalendarOutput.h"
 
+#include "foundation/ClockText.h"
+#include "foundation/ControlCharacters.h"
+
 #include <QJsonObject>
 
 namespace kestrant {
 
 namespace {
+
+const QString indent = QStringLiteral("  ");
 
 QJsonObject rowAsJson(const CalendarEventItem& row) {
     return {{QStringLiteral("id"), row.id},
@@ -24,7 +29,7 @@ QString timeText(const CalendarEventItem& row, const CalendarDayGroup& day, cons
     if (row.isAllDay)
         return text("All day", "Journée").in(context.language);
     const auto clock = [&](Instant instant) {
-        return context.calendar.timeOf(instant).toString(QStringLiteral("HH:mm"));
+        return clockText(context.calendar.timeOf(instant), context.hours);
     };
     if (row.isReminder || row.endDate == row.startDate)
         return clock(row.startDate);
@@ -66,11 +71,14 @@ QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, CalendarMode mode
     TextRows rows;
     for (const CalendarDayGroup& group : groups) {
         for (const CalendarEventItem& row : group.events)
-            rows.push_back({timeText(row, group, context), mark(row), printable(row.title),
-                            printable(row.location.value_or(QString())), printable(row.calendarTitle),
-                            printable(row.id)});
+            rows.push_back({timeText(row, group, context), mark(row), onOneLine(row.title),
+                            onOneLine(row.location.value_or(QString())), onOneLine(row.calendarTitle),
+                            onOneLine(row.id)});
     }
-    const QStringList lines = alignedLines(rows);
+    // Title, place and calendar; the lines stand below their day.
+    const auto lineWidth =
+        context.lineWidth ? std::optional(*context.lineWidth - indent.size()) : std::nullopt;
+    const QStringList lines = alignedLines(rows, {2, 3, 4}, lineWidth);
     QString result;
     auto line = lines.begin();
     for (const CalendarDayGroup& group : groups) {
@@ -81,7 +89,7 @@ QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, CalendarMode mode
             result += QStringLiteral(" · ") + context.dates.toString(group.day, QStringLiteral("MMMM yyyy"));
         result += u'\n';
         for (qsizetype row = 0; row < group.events.size(); ++row)
-            result += QStringLiteral("  ") + *line++ + u'\n';
+            result += indent + *line++ + u'\n';
     }
     return result;
 }

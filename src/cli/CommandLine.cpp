@@ -5,6 +5,7 @@
 #include "cli/CommandRun.h"
 #include "cli/ReminderCommands.h"
 #include "foundation/AtomicFile.h"
+#include "foundation/ControlCharacters.h"
 #include "foundation/ObserverList.h"
 #include "preferences/PreferenceKeys.h"
 
@@ -62,7 +63,16 @@ int carryOut(CommandRun& run) {
 
 }  // namespace
 
-int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& environment) {
+Language preferredLanguage(const QString& preferencesFile, const QLocale& systemLocale) {
+    ReadOnceUserDefaults defaults(preferencesFile);
+    const Preferences preferences(defaults, [&] { return systemLocale; });
+    return Localization(preferences).language();
+}
+
+int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& surroundings) {
+    CommandLineEnvironment environment = surroundings;
+    environment.out = [&](const QString& text) { surroundings.out(withoutControlCharacters(text)); };
+    environment.err = [&](const QString& text) { surroundings.err(withoutControlCharacters(text)); };
     ReadOnceUserDefaults defaults(environment.preferencesFile);
     Preferences preferences(defaults, [&] { return environment.systemLocale; });
     Localization localization(preferences);
@@ -70,7 +80,7 @@ int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& e
     const auto parsed =
         parseCommandLine(arguments, {environment.clock.now(), environment.calendar, localization.language()});
     if (!parsed) {
-        environment.err(localization(parsed.error()) + u' ' +
+        environment.err(onOneLine(localization(parsed.error())) + u' ' +
                         localization(text("See kestrant --help.", "Voir kestrant --help.")) + u'\n');
         return wrongUsage;
     }
@@ -87,7 +97,7 @@ int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& e
     if (parsed->store && parsed->store->kind == EventStoreLocation::Kind::vdir &&
         !makesItems(parsed->command) && !QFileInfo(parsed->store->folder).isDir()) {
         environment.err(localization(text("There is no folder %1.\n", "Le dossier %1 n’existe pas.\n"))
-                            .arg(parsed->store->folder));
+                            .arg(onOneLine(parsed->store->folder)));
         return refused;
     }
     const EventStoreLocation store =

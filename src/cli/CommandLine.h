@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Scheduler.h"
+#include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <QLocale>
@@ -8,6 +9,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 namespace kestrant {
 
@@ -28,14 +30,23 @@ struct CommandLineEnvironment {
     /// Take text for the standard output and for the standard error.
     std::function<void(const QString& text)> out;
     std::function<void(const QString& text)> err;
+    /// Columns of the terminal that the standard output goes to; absent when it goes elsewhere.
+    std::optional<int> lineWidth = {};
+    /// Told how many reminders a command has completed; may be empty.
+    std::function<void(int count)> completionsCommitted = {};
     /// Ends the process with this exit status as soon as what was printed is out. A command that has only
     /// read ends by it, since giving back a large database takes long; may be empty.
     std::function<void(int status)> leave;
 };
 
+/// The language that the preferences in a file choose, else that of `systemLocale`: for texts of a process
+/// that holds no preferences.
+[[nodiscard]] Language preferredLanguage(const QString& preferencesFile, const QLocale& systemLocale);
+
 /// Carries out one command; `arguments` are those after the program's name. Needs a QCoreApplication, whose
 /// event loop it runs until the command has ended. Preferences are read and never written, but for a flag
-/// that the panel has set and a command changes. Returns the exit status: 0 done, 1 refused, 2 wrong usage;
+/// that the panel has set and a command changes. Texts that come from the database or the arguments cannot
+/// command a terminal. Returns the exit status: 0 done, 1 refused, 2 wrong usage;
 /// whatever is refused is explained on `err`. Thread: main.
 [[nodiscard]] int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& environment);
 

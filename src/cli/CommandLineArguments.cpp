@@ -331,12 +331,11 @@ tl::expected<CommandLineArguments, TextPair> parseCommandLine(const QStringList&
         return failure("“%1” is one argument too many; a text of several words goes in quotes.",
                        "« %1 » est de trop ; un texte de plusieurs mots se met entre guillemets.",
                        given->words[wanted + 1]);
-    if (subjects > 0)
-        result.subject = given->words[1];
-    if (command->takesMore) {
-        result.moreSubjects = given->words.sliced(2);
-    } else if (subjects > 1) {
-        if (const auto taken = takeSecondSubject(given->words[2], *command, context, result); !taken)
+    // What stands behind the identifiers comes last.
+    const bool hasSecond = wanted > 1;
+    result.subjects = given->words.sliced(1, subjects - (hasSecond ? 1 : 0));
+    if (hasSecond) {
+        if (const auto taken = takeSecondSubject(given->words.last(), *command, context, result); !taken)
             return Failure(taken.error());
     }
     tl::expected<void, TextPair> checked;

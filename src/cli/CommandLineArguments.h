@@ -44,10 +44,9 @@ struct CommandLineArguments {
     };
 
     Command command = Command::help;
-    /// The title to add, the identifier of the reminder, or the row of the agenda.
-    QString subject;
-    /// The identifiers of further reminders.
-    QStringList moreSubjects;
+    /// The title to add, the row of the agenda, or the identifiers of reminders; these may be cut short as
+    /// long as they fit one reminder only.
+    QStringList subjects;
     bool json = false;
     /// Where one was named.
     std::optional<EventStoreLocation> store;

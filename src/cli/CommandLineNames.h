@@ -21,7 +21,7 @@ struct CommandName {
     const char* name;
     /// As many as are needed, in their order.
     std::vector<CommandSubject> subjects;
-    /// Whether there may be more like the last one.
+    /// Whether there may be more like the first one.
     bool takesMore = false;
 };
 

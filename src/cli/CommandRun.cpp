@@ -1,11 +1,16 @@
 #include "cli/CommandRun.h"
 
+#include "cli/TerminalText.h"
 #include "eventkit/EvolutionModule.h"
+#include "foundation/ControlCharacters.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <algorithm>
+#include <vector>
 
 namespace kestrant {
 
@@ -23,15 +28,20 @@ CommandRun::CommandRun(const CommandLineArguments& asked, const CommandLineEnvir
     , eventStore(*openedStore) {}
 
 OutputContext CommandRun::outputContext() const {
-    return {clock.now(), environment.calendar, localization.language(), localization.dateLocale()};
+    return {clock.now(),
+            environment.calendar,
+            localization.language(),
+            localization.dateLocale(),
+            localization.clockHours(),
+            environment.lineWidth};
 }
 
 void CommandRun::printJson(const QJsonArray& json) const {
-    print(QString::fromUtf8(QJsonDocument(json).toJson()));
+    print(terminalJson(QString::fromUtf8(QJsonDocument(json).toJson())));
 }
 
 void CommandRun::printJson(const QJsonObject& json) const {
-    print(QString::fromUtf8(QJsonDocument(json).toJson()));
+    print(terminalJson(QString::fromUtf8(QJsonDocument(json).toJson())));
 }
 
 void CommandRun::printIdentifier(const QString& identifier) const {
@@ -53,11 +63,11 @@ void CommandRun::printCalendars(EKEntityType type) const {
     if (arguments.json)
         printJson(calendarsAsJson(calendars));
     else
-        print(calendarsAsTable(calendars, type, localization.language()));
+        print(calendarsAsTable(calendars, type, outputContext()));
 }
 
 void CommandRun::printError(const TextPair& message) const {
-    environment.err(localization(message) + u'\n');
+    environment.err(onOneLine(localization(message)) + u'\n');
 }
 
 void CommandRun::printProblems() const {
@@ -65,8 +75,16 @@ void CommandRun::printProblems() const {
         printError(problem);
 }
 
-void CommandRun::finish() const {
-    QCoreApplication::exit(done);
+bool CommandRun::hasAnswer(EKEntityType type, const std::optional<QString>& list) const {
+    const std::vector<EKCalendar> calendars = eventStore.calendars(type);
+    const auto isSilent = [&](const EKCalendar& each) {
+        return !each.isAnswering || (list && each.calendarIdentifier != *list);
+    };
+    return calendars.empty() || !std::all_of(calendars.begin(), calendars.end(), isSilent);
+}
+
+void CommandRun::finish(CommandStatus status) const {
+    QCoreApplication::exit(status);
 }
 
 void CommandRun::finishReading() const {

@@ -16,8 +16,11 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace kestrant {
+
+enum CommandStatus { done = 0, refused = 1, wrongUsage = 2 };
 
 /// One command on its way to the exit status: what was asked, the surroundings, the database, and the means
 /// to answer. Thread: main, whose event loop runs until end().
@@ -53,16 +56,16 @@ class CommandRun {
     /// The lists of reminders or the calendars of events.
     void printCalendars(EKEntityType type) const;
     void printError(const TextPair& message) const;
-    /// The files that could not be read.
+    /// The files that could not be read, and the lists that do not answer.
     void printProblems() const;
+    /// Whether any list of reminders (or calendar of events) could be asked: any at all, or the one named.
+    [[nodiscard]] bool hasAnswer(EKEntityType type, const std::optional<QString>& list) const;
 
-    void finish() const;
+    void finish(CommandStatus status = done) const;
     /// Ends a command that has changed nothing.
     void finishReading() const;
     /// Ends without having done what was asked.
     void refuse(const TextPair& reason) const;
 };
-
-enum CommandStatus { done = 0, refused = 1, wrongUsage = 2 };
 
 }  // namespace kestrant

@@ -8,6 +8,8 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace kestrant {
@@ -63,6 +65,7 @@ ReminderCommands::ReminderCommands(CommandRun& run)
                                    .localization = run.localization,
                                    .notifications = run.notifications,
                                    .ledger = ledger_,
+                                   .completionsCommitted = run.environment.completionsCommitted,
                                    .flags = flags_ ? &flags_->automation : nullptr}) {
     const CommandLineArguments& arguments = run.arguments;
     store_.setShowsTodayOnly(arguments.todayOnly);
@@ -128,15 +131,14 @@ void ReminderCommands::loaded() {
     run_.printProblems();
     if (store_.flagFilterError())
         run_.printError(*store_.flagFilterError());
-    carryOut();
+    if (run_.hasAnswer(EKEntityType::reminder, listID_))
+        carryOut();
+    else
+        run_.finish(refused);
 }
 
 void ReminderCommands::carryOut() {
     const CommandLineArguments& arguments = run_.arguments;
-    const auto setFlag = [this](bool flag) {
-        setFlagged(QStringList(run_.arguments.subject) + run_.arguments.moreSubjects, flag,
-                   [this] { changed({}); });
-    };
     switch (arguments.command) {
     case Command::list:
         if (arguments.json)
@@ -149,11 +151,53 @@ void ReminderCommands::carryOut() {
         run_.printCalendars(EKEntityType::reminder);
         run_.finishReading();
         return;
-    case Command::show:
-        show();
-        return;
     case Command::add:
         add();
+        return;
+    default:
+        findReminders();
+        return;
+    }
+}
+
+void ReminderCommands::findReminders() {
+    const QStringList& typed = run_.arguments.subjects;
+    const bool areWhole = std::all_of(typed.begin(), typed.end(), [this](const QString& identifier) {
+        return run_.eventStore.calendarItem(identifier) != nullptr;
+    });
+    const auto take = [this, typed](const QStringList& known) {
+        if (const auto meant = remindersMeant(typed, known)) {
+            identifiers_ = *meant;
+            foundReminders();
+        } else {
+            run_.refuse(meant.error());
+        }
+    };
+    if (areWhole) {
+        take(typed);
+        return;
+    }
+    const auto identifiers = [](const std::vector<EKReminderRef>& reminders) {
+        QStringList result;
+        for (const EKReminderRef& reminder : reminders)
+            result.append(reminder->calendarItemIdentifier());
+        return result;
+    };
+    run_.eventStore.fetchReminders(
+        EKEventStore::predicateForIncompleteReminders({}, {}, {}),
+        [this, take, identifiers](const std::vector<EKReminderRef>& open) {
+            run_.eventStore.fetchReminders(
+                EKEventStore::predicateForCompletedReminders({}, {}, {}),
+                [take, identifiers, known = identifiers(open)](const std::vector<EKReminderRef>& completed) {
+                    take(known + identifiers(completed));
+                });
+        });
+}
+
+void ReminderCommands::foundReminders() {
+    switch (run_.arguments.command) {
+    case Command::show:
+        show();
         return;
     case Command::edit:
         edit();
@@ -162,22 +206,18 @@ void ReminderCommands::carryOut() {
         reschedule();
         return;
     case Command::move:
-        store_.move(arguments.subject, *listID_, [this](const auto& result) { changed(result); });
+        move();
         return;
     case Command::flag:
-        setFlag(true);
-        return;
     case Command::unflag:
-        setFlag(false);
+        setFlagged(identifiers_, run_.arguments.command == Command::flag, [this] { end()({}); });
         return;
     case Command::complete:
-        store_.completeNow(arguments.subject, [this](const auto& result) { changed(result); });
+        complete();
         return;
     case Command::remove:
         // A completed reminder is to be in the ledger before it goes.
-        store_.whenIdle([this] {
-            store_.remove(run_.arguments.subject, [this](const auto& result) { changed(result); });
-        });
+        store_.whenIdle([this] { remove(); });
         return;
     default:
         return;
@@ -185,7 +225,7 @@ void ReminderCommands::carryOut() {
 }
 
 void ReminderCommands::show() {
-    const EKReminderRef reminder = run_.eventStore.calendarItem(run_.arguments.subject);
+    const EKReminderRef reminder = run_.eventStore.calendarItem(identifiers_.first());
     if (!reminder) {
         run_.refuse(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
         return;
@@ -229,11 +269,11 @@ void ReminderCommands::added(const QString& identifier) {
             reminderAsJson(taskOf(reminder->data, run_), reminder->data, run_.environment.calendar));
     else
         run_.printIdentifier(identifier);
-    run_.finish();
+    run_.finish(hasFailed_ ? refused : done);
 }
 
 void ReminderCommands::edit() {
-    const QString& identifier = run_.arguments.subject;
+    const QString& identifier = identifiers_.first();
     const auto present = store_.editDetails(identifier);
     if (!present) {
         run_.refuse(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
@@ -244,73 +284,126 @@ void ReminderCommands::edit() {
         run_.refuse(details.error());
         return;
     }
-    store_.edit(identifier, *details, run_.arguments.repeat, [this](const auto& result) { changed(result); });
+    store_.edit(identifier, *details, run_.arguments.repeat, end());
 }
 
 void ReminderCommands::reschedule() {
-    const QString& identifier = run_.arguments.subject;
+    const QString& identifier = identifiers_.first();
     const std::optional<TypedDate>& due = *run_.arguments.due;
-    const auto done = [this](const auto& result) { changed(result); };
     if (due)
-        store_.reschedule(identifier, due->instant, due->includesTime, done);
+        store_.reschedule(identifier, due->instant, due->includesTime, end());
     else
-        store_.clearDueDate(identifier, done);
+        store_.clearDueDate(identifier, end());
+}
+
+void ReminderCommands::move() {
+    if (identifiers_.size() == 1) {
+        store_.move(identifiers_.first(), *listID_, end());
+        return;
+    }
+    saveTogether(
+        identifiers_, [this](EKReminderData& reminder) { reminder.calendarIdentifier = *listID_; },
+        [this](const QStringList&) { end()({}); });
+}
+
+void ReminderCommands::complete() {
+    if (identifiers_.size() == 1) {
+        store_.completeNow(identifiers_.first(), end());
+        return;
+    }
+    QStringList open = identifiers_;
+    open.removeIf([this](const QString& identifier) {
+        const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
+        return reminder && reminder->data.isCompleted;
+    });
+    saveTogether(
+        open, [](EKReminderData& reminder) { reminder.isCompleted = true; },
+        [this](const QStringList& written) {
+            if (!written.isEmpty() && run_.environment.completionsCommitted)
+                run_.environment.completionsCommitted(int(written.size()));
+            // What is fetched now is what the ledger learns.
+            store_.reloadTasks();
+            end()({});
+        });
+}
+
+void ReminderCommands::remove() {
+    const auto waiting = std::make_shared<qsizetype>(identifiers_.size());
+    for (const QString& identifier : std::as_const(identifiers_)) {
+        store_.remove(identifier, [this, waiting, identifier](const auto& result) {
+            if (!result)
+                printFailure(result.error(), identifier);
+            if (--*waiting == 0)
+                end()({});
+        });
+    }
 }
 
 void ReminderCommands::setFlagged(const QStringList& identifiers, bool flag,
                                   const std::function<void()>& done) {
+    saveTogether(
+        identifiers, [flag](EKReminderData& reminder) { reminder.isFlagged = flag; },
+        [this, flag, done](const QStringList& written) {
+            if (const auto updated = updateFlagsOfPanel(written, flag, run_); !updated) {
+                run_.printError(updated.error());
+                hasFailed_ = true;
+            }
+            done();
+        });
+}
+
+void ReminderCommands::saveTogether(const QStringList& identifiers,
+                                    const std::function<void(EKReminderData&)>& change,
+                                    std::function<void(const QStringList& written)> done) {
     std::vector<EKReminderRef> reminders;
     for (const QString& identifier : identifiers) {
         const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
         if (!reminder) {
-            run_.refuse(nameIfSeveral(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}},
-                                      identifier));
+            run_.refuse(about(identifier,
+                              ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message()));
             return;
         }
-        reminder->data.isFlagged = flag;
+        change(reminder->data);
         reminders.push_back(reminder);
     }
-    run_.eventStore.saveAll(reminders, [this, identifiers, flag, done](const auto& results) {
+    if (reminders.empty())
+        return done({});
+    run_.eventStore.saveAll(reminders, [this, identifiers, done = std::move(done)](const auto& results) {
         QStringList written;
-        std::optional<TextPair> failure;
         for (std::size_t i = 0; i < results.size(); ++i) {
             const QString& identifier = identifiers[qsizetype(i)];
             if (results[i])
                 written.append(identifier);
-            else if (!failure)
-                failure = nameIfSeveral(ReminderStoreError::from(results[i].error()), identifier);
+            else
+                printFailure(ReminderStoreError::from(results[i].error()), identifier);
         }
-        if (const auto updated = updateFlagsOfPanel(written, flag, run_); !updated && !failure)
-            failure = updated.error();
-        if (failure)
-            run_.refuse(*failure);
-        else
-            done();
+        done(written);
     });
 }
 
-TextPair ReminderCommands::nameIfSeveral(const ReminderStoreError& error, const QString& identifier) const {
-    TextPair message = error.message();
-    if (run_.arguments.moreSubjects.isEmpty())
-        return message;
-    return {identifier + QStringLiteral(": ") + message.english,
-            identifier + QStringLiteral(" : ") + message.french};
+void ReminderCommands::printFailure(const ReminderStoreError& error, const QString& identifier) {
+    hasFailed_ = true;
+    run_.printError(identifiers_.size() > 1 ? about(identifier, error.message()) : error.message());
 }
 
-void ReminderCommands::changed(const tl::expected<void, ReminderStoreError>& result) {
-    if (!result) {
-        run_.refuse(result.error().message());
-        return;
-    }
-    if (run_.arguments.json && run_.arguments.moreSubjects.isEmpty())
-        run_.printIdentifier(run_.arguments.subject);
-    else if (run_.arguments.json)
-        run_.printIdentifiers(QStringList(run_.arguments.subject) + run_.arguments.moreSubjects);
-    store_.whenIdle([this] {
-        if (store_.completionLedgerError())
-            run_.printError(*store_.completionLedgerError());
-        run_.finish();
-    });
+std::function<void(const tl::expected<void, ReminderStoreError>&)> ReminderCommands::end() {
+    return [this](const tl::expected<void, ReminderStoreError>& result) {
+        if (!result)
+            printFailure(result.error(), identifiers_.first());
+        if (!hasFailed_ && run_.arguments.json) {
+            if (run_.arguments.subjects.size() == 1)
+                run_.printIdentifier(identifiers_.first());
+            else
+                run_.printIdentifiers(identifiers_);
+        }
+        store_.whenIdle([this] { finish(); });
+    };
+}
+
+void ReminderCommands::finish() {
+    if (store_.completionLedgerError())
+        run_.printError(*store_.completionLedgerError());
+    run_.finish(hasFailed_ ? refused : done);
 }
 
 }  // namespace kestrant

@@ -7,6 +7,8 @@
 #include "reminders/ReminderStore.h"
 #include "reminders/scripting/EventStoreScriptHost.h"
 
+#include <QStringList>
+
 #include <functional>
 #include <optional>
 
@@ -35,17 +37,27 @@ class ReminderCommands {
     [[nodiscard]] tl::expected<void, TextPair> takeList();
     void loaded();
     void carryOut();
+    /// Finds the reminders that were named; all of them exist, or the command is refused.
+    void findReminders();
+    void foundReminders();
     void show();
     void add();
     void added(const QString& identifier);
     void edit();
     void reschedule();
-    /// Writes the flag of a reminder to its file.
-    /// All of them exist, or nothing is written.
+    void move();
+    void complete();
+    void remove();
+    /// Writes the flags of reminders to their files.
     void setFlagged(const QStringList& identifiers, bool flag, const std::function<void()>& done);
-    /// The error's message, which says of which reminder it tells where the command names several.
-    [[nodiscard]] TextPair nameIfSeveral(const ReminderStoreError& error, const QString& identifier) const;
-    void changed(const tl::expected<void, ReminderStoreError>& result);
+    /// Changes reminders and saves them together, tells `done` of those that were written, and says why the
+    /// others were not.
+    void saveTogether(const QStringList& identifiers, const std::function<void(EKReminderData&)>& change,
+                      std::function<void(const QStringList& written)> done);
+    void printFailure(const ReminderStoreError& error, const QString& identifier);
+    [[nodiscard]] std::function<void(const tl::expected<void, ReminderStoreError>&)> end();
+    /// Ends the command when everything that was begun has ended.
+    void finish();
 
     CommandRun& run_;
     CompletionLedgerRepository ledger_;
@@ -53,7 +65,10 @@ class ReminderCommands {
     std::optional<FlagReading> flags_;
     ReminderStore store_;
     std::optional<QString> listID_;
+    /// The identifiers of the reminders that the command is about.
+    QStringList identifiers_;
     bool hasBegun_ = false;
+    bool hasFailed_ = false;
 };
 
 }  // namespace kestrant

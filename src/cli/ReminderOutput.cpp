@@ -1,6 +1,7 @@
 #include "cli/ReminderOutput.h"
 
 #include "cli/TypedDate.h"
+#include "foundation/ControlCharacters.h"
 #include "reminders/ReminderAlerts.h"
 #include "reminders/ReminderDueText.h"
 
@@ -11,6 +12,10 @@
 namespace kestrant {
 
 namespace {
+
+/// Of the table of reminders.
+constexpr std::size_t titleColumn = 2;
+constexpr std::size_t listColumn = 3;
 
 QString marks(const ReminderTask& task) {
     QString result;
@@ -23,11 +28,24 @@ QString marks(const ReminderTask& task) {
     return result;
 }
 
+/// As the option names it, in French in French.
+TextPair priorityWord(NewReminderPriority priority) {
+    switch (priority) {
+    case NewReminderPriority::high:
+        return text("high", "haute");
+    case NewReminderPriority::normal:
+        return text("normal", "normale");
+    case NewReminderPriority::low:
+        return text("low", "basse");
+    }
+    return {};
+}
+
 QString dueText(const ReminderTask& task, const OutputContext& context) {
     if (!task.dueDate)
         return {};
     return reminderDueText(*task.dueDate, task.dueDateIncludesTime, context.now, context.calendar,
-                           context.language);
+                           context.language, context.hours);
 }
 
 QString listTitle(const QString& id, const std::vector<ReminderList>& lists) {
@@ -83,13 +101,13 @@ QString tasksAsTable(const std::vector<ReminderTask>& tasks, const std::vector<R
         return text("No reminders.\n", "Aucun rappel.\n").in(context.language);
     QHash<QString, QString> titles;
     for (const ReminderList& list : lists)
-        titles.insert(list.id, printable(list.title));
+        titles.insert(list.id, onOneLine(list.title));
     TextRows rows;
     rows.reserve(tasks.size());
     for (const ReminderTask& task : tasks)
-        rows.push_back({dueText(task, context), marks(task), printable(task.title),
-                        titles.value(task.listID, task.listID), printable(task.id)});
-    return alignedText(rows);
+        rows.push_back({dueText(task, context), marks(task), onOneLine(task.title),
+                        titles.value(task.listID, onOneLine(task.listID)), onOneLine(task.id)});
+    return alignedText(rows, {titleColumn, listColumn}, context.lineWidth);
 }
 
 QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder,
@@ -108,15 +126,15 @@ QString understoodAsTable(const QuickAddLine& line, const std::vector<ReminderLi
                           const OutputContext& context) {
     TextRows rows;
     const auto add = [&](const char* english, const char* french, const QString& value) {
-        rows.push_back({text(english, french).in(context.language), printable(value)});
+        rows.push_back({text(english, french).in(context.language), onOneLine(value)});
     };
     add("Title", "Titre", line.title);
     if (const auto due = dateOf(line, context.calendar))
         add("Due", "Échéance",
-            reminderDueText(due->instant, due->includesTime, context.now, context.calendar,
-                            context.language));
+            reminderDueText(due->instant, due->includesTime, context.now, context.calendar, context.language,
+                            context.hours));
     if (line.priority)
-        add("Priority", "Priorité", rawValue(*line.priority));
+        add("Priority", "Priorité", priorityWord(*line.priority).in(context.language));
     if (line.listID)
         add("List", "Liste", listTitle(*line.listID, lists));
     return alignedText(rows);
@@ -127,17 +145,18 @@ QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder
     TextRows rows;
     const auto add = [&](const char* english, const char* french, const QString& value) {
         if (!value.isEmpty())
-            rows.push_back({text(english, french).in(context.language), printable(value)});
+            rows.push_back({text(english, french).in(context.language), onOneLine(value)});
     };
     const auto moment = [&](const std::optional<Instant>& instant) {
-        return instant ? reminderDueText(*instant, true, context.now, context.calendar, context.language)
+        return instant ? reminderDueText(*instant, true, context.now, context.calendar, context.language,
+                                         context.hours)
                        : QString();
     };
     add("Title", "Titre", task.title);
     add("List", "Liste", listTitle(task.listID, lists));
     add("Due", "Échéance", dueText(task, context));
     if (task.dueAlertSchedule)
-        add("Alert", "Alerte", label(*task.dueAlertSchedule).in(context.language));
+        add("Alert", "Alerte", label(*task.dueAlertSchedule, context.hours).in(context.language));
     add("Marks", "Marques", marks(task));
     if (task.isRecurring())
         add("Repeats", "Répétition", repeatInWords(reminder.recurrenceRules, context.language));
@@ -150,7 +169,7 @@ QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder
     const QStringList notes = reminder.notes.value_or(QString()).split(u'\n');
     add("Notes", "Notes", notes.first());
     for (qsizetype line = 1; line < notes.size(); ++line)
-        rows.push_back({QString(), printable(notes[line])});
+        rows.push_back({QString(), onOneLine(notes[line])});
     add("Identifier", "Identifiant", task.id);
     return alignedText(rows);
 }

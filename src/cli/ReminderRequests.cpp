@@ -1,8 +1,11 @@
 #include "cli/ReminderRequests.h"
 
+#include "reminders/ReminderStoreError.h"
+
 #include <QStringList>
 
 #include <algorithm>
+#include <iterator>
 
 namespace kestrant {
 
@@ -67,14 +70,51 @@ tl::expected<QString, TextPair> listNamed(const QString& name, const std::vector
         TextPair{message.english.arg(name, identifiers), message.french.arg(name, identifiers)});
 }
 
+tl::expected<QStringList, TextPair> remindersMeant(const QStringList& typed, const QStringList& known) {
+    constexpr qsizetype mostShown = 5;
+    QStringList result;
+    for (const QString& each : typed) {
+        QStringList meant;
+        if (known.contains(each))
+            meant.append(each);
+        else if (!each.isEmpty())
+            std::copy_if(known.begin(), known.end(), std::back_inserter(meant),
+                         [&](const QString& identifier) { return identifier.startsWith(each); });
+        if (meant.isEmpty()) {
+            TextPair message = ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message();
+            if (typed.size() > 1)
+                message = about(each, message);
+            return tl::unexpected(message);
+        }
+        if (meant.size() > 1) {
+            const TextPair message = text("“%1” is the beginning of several identifiers: %2.",
+                                          "« %1 » est le début de plusieurs identifiants : %2.");
+            meant.sort();
+            QString shown = meant.mid(0, mostShown).join(QStringLiteral(", "));
+            if (meant.size() > mostShown)
+                shown += QStringLiteral(", …");
+            return tl::unexpected(
+                TextPair{message.english.arg(each, shown), message.french.arg(each, shown)});
+        }
+        if (!result.contains(meant.first()))
+            result.append(meant.first());
+    }
+    return result;
+}
+
+TextPair about(const QString& identifier, const TextPair& message) {
+    return {identifier + QStringLiteral(": ") + message.english,
+            identifier + QStringLiteral(" : ") + message.french};
+}
+
 QuickAddLine readLineToAdd(const CommandLineArguments& arguments, const QuickAddContext& context) {
-    const QuickAddLine literal{.title = arguments.subject};
+    const QuickAddLine literal{.title = arguments.subjects.first()};
     if (arguments.isLiteral)
         return literal;
     // Words that are refused may uncover others of the same kind.
     std::vector<TextRange> refused;
     while (true) {
-        QuickAddLine line = parseQuickAdd(arguments.subject, context, refused);
+        QuickAddLine line = parseQuickAdd(arguments.subjects.first(), context, refused);
         const std::size_t before = refused.size();
         for (const QuickAddPiece& piece : line.pieces) {
             if (isSaidByOption(piece.kind, arguments))

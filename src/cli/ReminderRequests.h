@@ -7,6 +7,7 @@
 #include "reminders/ReminderTask.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <tl/expected.hpp>
 
@@ -21,6 +22,14 @@ namespace kestrant {
 /// Fails when there is none, or more than one.
 [[nodiscard]] tl::expected<QString, TextPair> listNamed(const QString& name,
                                                         const std::vector<EKCalendar>& lists);
+
+/// The reminders that are meant, each once: an identifier by itself, else the only one among `known` that
+/// begins with what was typed. Fails when there is none, or more than one.
+[[nodiscard]] tl::expected<QStringList, TextPair> remindersMeant(const QStringList& typed,
+                                                                 const QStringList& known);
+
+/// A message that says which reminder it is about.
+[[nodiscard]] TextPair about(const QString& identifier, const TextPair& message);
 
 /// The title to add with what it says of day, time, priority and list. Words about what an option says are
 /// left in the title.

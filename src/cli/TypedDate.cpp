@@ -7,7 +7,7 @@ std::optional<TypedDate> readTypedDate(const QString& typed, const ZoneCalendar&
     if (!day.isValid() || day.year() < 1)
         return std::nullopt;
     if (typed.size() == 10)
-        return TypedDate{calendar.startOfDay(day), false};
+        return TypedDate{calendar.startOfDay(day), false, std::pair(day, QTime(0, 0))};
     const QChar separator = typed[10];
     if (separator != u'T' && separator != u't' && separator != u' ')
         return std::nullopt;
@@ -17,7 +17,7 @@ std::optional<TypedDate> readTypedDate(const QString& typed, const ZoneCalendar&
     for (const QString& format : {QStringLiteral("HH:mm"), QStringLiteral("HH:mm:ss")}) {
         const QTime local = QTime::fromString(time, format);
         if (local.isValid())
-            return TypedDate{calendar.instantAt(day, local), true};
+            return TypedDate{calendar.instantAt(day, local), true, std::pair(day, local)};
     }
     return std::nullopt;
 }
@@ -33,8 +33,8 @@ std::optional<TypedDate> dateOf(const QuickAddLine& line, const ZoneCalendar& ca
     if (!line.day)
         return std::nullopt;
     if (!line.time)
-        return TypedDate{calendar.startOfDay(*line.day), false};
-    return TypedDate{calendar.instantAt(*line.day, *line.time), true};
+        return TypedDate{calendar.startOfDay(*line.day), false, std::pair(*line.day, QTime(0, 0))};
+    return TypedDate{calendar.instantAt(*line.day, *line.time), true, std::pair(*line.day, *line.time)};
 }
 
 }  // namespace kestrant

@@ -4,9 +4,12 @@
 #include "foundation/ZoneCalendar.h"
 #include "reminders/QuickAddParser.h"
 
+#include <QDate>
 #include <QString>
+#include <QTime>
 
 #include <optional>
+#include <utility>
 
 namespace kestrant {
 
@@ -15,6 +18,13 @@ struct TypedDate {
     /// For a date alone, the start of its day.
     Instant instant;
     bool includesTime = false;
+    /// What was typed, where that is a local time; the clock may skip it.
+    std::optional<std::pair<QDate, QTime>> local;
+
+    /// Whether it is later, be it only by what was typed, where the clock skips one of the two.
+    [[nodiscard]] bool isAfter(const TypedDate& other) const {
+        return instant > other.instant || (local && other.local && *local > *other.local);
+    }
 };
 
 /// Reads "2026-03-27", with "T14:30", " 14:30" or seconds behind it for a local time of `calendar`, or a

@@ -16,14 +16,25 @@ void insertText(QJsonObject& values, const char* key, const char* text) {
         values.insert(QLatin1String(key), QString::fromUtf8(text));
 }
 
-tl::expected<QJsonObject, QString> parse(const QString& path, const QByteArray& content) {
+/// `reason` has a place for the detail.
+tl::unexpected<TextPair> unusable(const QString& path, const TextPair& reason, const QString& detail = {}) {
+    const auto arranged = [&](const QString& because) {
+        return detail.isNull() ? because : because.arg(detail);
+    };
+    return tl::unexpected(TextPair{
+        QStringLiteral("The configuration in %1 cannot be used: %2.").arg(path, arranged(reason.english)),
+        QStringLiteral("La configuration de %1 est inutilisable : %2.").arg(path, arranged(reason.french))});
+}
+
+tl::expected<QJsonObject, TextPair> parse(const QString& path, const QByteArray& content) {
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(content, &error);
     if (error.error != QJsonParseError::NoError)
-        return tl::unexpected(
-            QStringLiteral("%1: %2 (at byte %3)").arg(path, error.errorString()).arg(error.offset));
+        return unusable(path,
+                        text("it is not JSON from byte %1 on", "ce n’est pas du JSON à partir de l’octet %1"),
+                        QString::number(error.offset));
     if (!document.isObject())
-        return tl::unexpected(QStringLiteral("%1: not a JSON object").arg(path));
+        return unusable(path, text("it holds no JSON object", "il ne contient pas d’objet JSON"));
     return document.object();
 }
 
@@ -44,7 +55,7 @@ InformationDictionary::OverridePolicy InformationDictionary::builtInPolicy() {
     return built_in::isRelease ? OverridePolicy::onlyNamedFile : OverridePolicy::usualFile;
 }
 
-tl::expected<InformationDictionary, QString>
+tl::expected<InformationDictionary, TextPair>
 InformationDictionary::load(const std::optional<QString>& namedFile, const QString& usualFile,
                             OverridePolicy policy) {
     if (!namedFile && policy == OverridePolicy::onlyNamedFile)
@@ -54,7 +65,7 @@ InformationDictionary::load(const std::optional<QString>& namedFile, const QStri
     if (!content) {
         if (!namedFile && content.error().errorNumber == ENOENT)
             return builtIn();
-        return tl::unexpected(QStringLiteral("%1: %2").arg(path, content.error().description));
+        return unusable(path, {QStringLiteral("%1"), QStringLiteral("%1")}, content.error().description);
     }
     return parse(path, *content).map([](const QJsonObject& values) { return builtIn().overlaidBy(values); });
 }

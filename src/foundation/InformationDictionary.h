@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/Text.h"
+
 #include <QJsonObject>
 #include <QString>
 
@@ -39,7 +41,7 @@ class InformationDictionary {
     /// The built-in values, overlaid by those of the named file, or where none is named and the policy allows
     /// it, by those of the usual file if that exists. Both hold one JSON object. Fails with a sentence for
     /// the person who starts the program when a file cannot be read or holds anything else.
-    [[nodiscard]] static tl::expected<InformationDictionary, QString>
+    [[nodiscard]] static tl::expected<InformationDictionary, TextPair>
     load(const std::optional<QString>& namedFile, const QString& usualFile,
          OverridePolicy policy = builtInPolicy());
 

@@ -80,7 +80,7 @@ TEST_F(CalendarCommandsTest, AgendaPrintsDaysInThePersonsLanguage) {
     EXPECT_EQ(run({"agenda"}).out.toStdString(),
               "TODAY · FRI 27\n"
               "  All day         Trip                       home    trip_1774479600.0\n"
-              "  11:30–13:00  ▸  Lunch at [2J noon  Room 4  Office  lunch_1774607400.0\n"
+              "  11:30–13:00  ▸  Lunch at␛[2J noon  Room 4  Office  lunch_1774607400.0\n"
               "  14:30        ○  Buy milk                   tasks   reminder_milk\n"
               "\n"
               "TOMORROW · SAT 28\n"

@@ -53,13 +53,11 @@ TEST(CommandLineArguments, ThatAreWrongAreRefusedWithTheReason) {
         {{"edit", "--title", "x"}, "edit needs the identifier of a reminder."},
         {{"edit", "id", "--literal"}, "edit has no option --literal."},
         {{"move", "id"}, "move needs a list."},
-        {{"move", "id", "work", "home"},
-         "“home” is one argument too many; a text of several words goes in quotes."},
         {{"reschedule", "id"}, "reschedule needs a date, or none."},
         {{"reschedule", "id", "some day"},
          "reschedule: “some day” is no date; write it like 2026-03-27, 2026-03-27T14:30 or “tomorrow 9am”."},
         {{"flag"}, "flag needs the identifier of a reminder."},
-        {{"complete", "id", "other"},
+        {{"show", "id", "other"},
          "“other” is one argument too many; a text of several words goes in quotes."},
         {{"unflag", "id", "--flagged"}, "unflag has no option --flagged."},
         {{"complete"}, "complete needs the identifier of a reminder."},
@@ -214,8 +212,11 @@ TEST(CommandLineArguments, MayStandInAnyOrder) {
     EXPECT_TRUE(parsed->todayOnly && parsed->json);
     EXPECT_FALSE(parsed->overdueOnly || parsed->isFlagged);
 
-    EXPECT_EQ(parseCommandLine({"add", "--", "--help"}, paris)->subject, "--help");
-    EXPECT_EQ(parseCommandLine({"add", "-"}, paris)->subject, "-");
+    EXPECT_EQ(parseCommandLine({"add", "--", "--help"}, paris)->subjects, QStringList{"--help"});
+    EXPECT_EQ(parseCommandLine({"add", "-"}, paris)->subjects, QStringList{"-"});
+    const auto moved = parseCommandLine({"move", "one", "--json", "two", "Work"}, paris);
+    EXPECT_EQ(moved->subjects, (QStringList{"one", "two"}));
+    EXPECT_EQ(moved->list, "Work");
     EXPECT_EQ(parseCommandLine({"complete", "x", "--help"}, paris)->command, Command::help);
     EXPECT_EQ(parseCommandLine({"--version"}, paris)->command, Command::version);
 }

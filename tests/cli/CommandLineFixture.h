@@ -13,6 +13,8 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
+
 namespace kestrant {
 
 /// What a command answered.
@@ -20,6 +22,8 @@ struct Result {
     int status = -1;
     QString out;
     QString err;
+    /// Completions that were told to be counted.
+    int counted = 0;
 
     [[nodiscard]] QJsonDocument json() const { return QJsonDocument::fromJson(out.toUtf8()); }
     [[nodiscard]] QStringList ids() const {
@@ -62,11 +66,13 @@ class CommandLineFixture : public testing::Test {
             .storeFolder = path(QStringLiteral("store")),
             .preferencesFile = path(QStringLiteral("preferences.json")),
             .ledgerFile = path(QStringLiteral("ledger.json")),
-            .systemLocale = QLocale(QLocale::English, QLocale::UnitedStates),
+            .systemLocale = locale,
             .calendar = ZoneCalendar(*TimeZone::named("Europe/Paris")),
             .clock = clock,
             .out = [&](const QString& text) { result.out += text; },
             .err = [&](const QString& text) { result.err += text; },
+            .lineWidth = lineWidth,
+            .completionsCommitted = [&](int count) { result.counted += count; },
         };
         result.status = runCommandLine(arguments, environment);
         return result;
@@ -77,6 +83,8 @@ class CommandLineFixture : public testing::Test {
     char* programArguments[2] = {programName, nullptr};
     QCoreApplication application{argumentCount, programArguments};
     QTemporaryDir root;
+    QLocale locale{QLocale::English, QLocale::UnitedKingdom};
+    std::optional<int> lineWidth;
     FixedClock clock{parseIso8601(u"2026-03-27T11:00:00Z").value()};
 };
 

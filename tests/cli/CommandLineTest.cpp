@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
+
 namespace kestrant {
 namespace {
 
@@ -94,10 +96,85 @@ TEST_F(CommandLineTest, ListPrintsAlignedColumnsInThePersonsLanguage) {
             "SUMMARY:Tidy\\nup\x1B[2J\r\nDUE;VALUE=DATE:20260328\r\nRRULE:FREQ=WEEKLY\r\nX-PINNED:TRUE\r\n");
     EXPECT_EQ(run({"list"}).out, "Yesterday    !    Fill in taxes  home  taxes\n"
                                  "Today 14:30  !!!  Buy milk       home  milk\n"
-                                 "Tomorrow     ⚑↻   Tidy up [2J    仕事  report\n");
+                                 "Tomorrow     ⚑↻   Tidy up␛[2J    仕事  report\n");
     put("preferences.json", R"({"kestrantLanguage": "fr"})");
     EXPECT_EQ(run({"list", "--today"}).out, "Aujourd’hui 14:30  !!!  Buy milk  home  milk\n");
     EXPECT_EQ(run({"list", "--search", "nothing"}).out, "Aucun rappel.\n");
+}
+
+TEST_F(CommandLineTest, TimesFollowThePersonsClock) {
+    locale = QLocale(QLocale::English, QLocale::UnitedStates);
+    EXPECT_EQ(run({"list", "--today"}).out, "Today 2:30\u00a0PM  !!!  Buy milk  home  milk\n");
+    EXPECT_TRUE(run({"show", "taxes"}).out.contains("Mon 2 Mar 9:00\u00a0AM\n"));
+    put("preferences.json", R"({"kestrantLanguage": "fr"})");
+    EXPECT_EQ(run({"list", "--today"}).out, "Aujourd’hui 14:30  !!!  Buy milk  home  milk\n");
+}
+
+TEST_F(CommandLineTest, ALongTitleMovesNothingButItsOwnLineAndIsCutAtATerminal) {
+    const QString title = QStringLiteral("Report ") + QString(500, 'x');
+    putTodo("work", "report", "SUMMARY:" + title.toUtf8() + "\r\n");
+    const QStringList lines = run({"list"}).out.split('\n');
+    EXPECT_EQ(lines[0].size(), QString("Yesterday    !    ").size() + 60 + 2 + QString("home  taxes").size());
+    EXPECT_TRUE(lines[2].endsWith(title + "  work  report")) << "whole, for other programs";
+    for (const int width : {80, 50, 10}) {
+        lineWidth = width;
+        const QString out = run({"list"}).out;
+        for (const QString& line : out.split('\n'))
+            EXPECT_LE(line.size(), std::max(width, 50)) << "as far as that goes";
+        EXPECT_TRUE(out.contains("xx…  work  report\n")) << out.toStdString();
+    }
+}
+
+TEST_F(CommandLineTest, TextOfOthersCannotCommandTheTerminal) {
+    const QByteArray hostile = "a\x1B]0;x\x07\xC2\x9B"
+                               "2J\xE2\x80\xAE"
+                               "b";
+    put("store/work/displayname", hostile);
+    putTodo("work", "report",
+            "SUMMARY:" + hostile + "\r\nDESCRIPTION:" + hostile + "\r\nLOCATION:" + hostile +
+                "\r\nURL:" + hostile + "\r\nRRULE:FREQ=DAILY;X=" + hostile + "\r\n");
+    putEvent("work", "lunch",
+             "SUMMARY:" + hostile +
+                 "\r\nDTSTART:20260327T120000Z\r\nDTEND:20260327T130000Z\r\n"
+                 "LOCATION:" +
+                 hostile + "\r\n");
+    put("store/home/" + QString::fromUtf8(hostile).remove(u'/') + ".ics",
+        "BEGIN:VCALENDAR\r\nBEGIN:VTODO\r\n");
+    const auto isHarmless = [](const QString& text) {
+        return std::none_of(text.begin(), text.end(), [](QChar character) {
+            return (character.category() == QChar::Other_Control && character != u'\n') ||
+                   character == QChar(0x202e);
+        });
+    };
+    const QString word = QString::fromUtf8(hostile);
+    const QStringList commands[] = {{"list"},
+                                    {"list", "--json"},
+                                    {"lists"},
+                                    {"lists", "--json"},
+                                    {"show", "report"},
+                                    {"show", "report", "--json"},
+                                    {"agenda"},
+                                    {"agenda", "--json"},
+                                    {"calendars"},
+                                    {word},
+                                    {"show", word},
+                                    {"list", "--" + word},
+                                    {"list", "--list", word + "?"},
+                                    {"list", "--store", "vdir:/" + word},
+                                    {"add", word + " tomorrow"}};
+    for (const QStringList& command : commands) {
+        const Result result = run(command);
+        EXPECT_TRUE(isHarmless(result.out)) << result.out.toStdString();
+        EXPECT_TRUE(isHarmless(result.err)) << result.err.toStdString();
+    }
+    EXPECT_EQ(run({"show", "report", "--json"}).json().object()["title"].toString(), word) << "exactly";
+}
+
+TEST_F(CommandLineTest, CompletionsAreToldOnceEach) {
+    EXPECT_EQ(run({"complete", "milk"}).counted, 1);
+    EXPECT_EQ(run({"complete", "milk"}).counted, 0) << "it is";
+    EXPECT_EQ(run({"complete", "milk", "report", "taxes"}).counted, 2);
+    EXPECT_EQ(run({"complete", "done"}).counted, 0);
 }
 
 TEST_F(CommandLineTest, ListsPrintsTheLists) {
@@ -135,7 +212,7 @@ TEST_F(CommandLineTest, AddMakesTheFolderAndTheFirstListOfANewStore) {
     const QString store = "vdir:" + path("new/store");
     EXPECT_EQ(run({"list", "--store", store}).status, 1);
     EXPECT_FALSE(QFile::exists(path("new")));
-    EXPECT_EQ(run({"add", "First", "--store", store}).status, 0);
+    EXPECT_EQ(run({"add", "First", "--store", store}).err, "");
     EXPECT_EQ(run({"list", "--json", "--store", store}).ids().size(), 1);
 }
 

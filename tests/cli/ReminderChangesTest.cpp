@@ -92,8 +92,9 @@ TEST_F(ReminderChangesTest, AddTellsWhatItUnderstoodBesideTheIdentifier) {
                          "List      Maison\n");
     EXPECT_EQ(shown(added.out.trimmed())["title"], "Call Ilse");
     put("preferences.json", R"({"kestrantLanguage": "fr"})");
-    EXPECT_EQ(run({"add", "Fête le 3/4"}).err, "Titre     Fête\n"
-                                               "Échéance  Ven. 3 avr.\n");
+    EXPECT_EQ(run({"add", "Fête le 3/4 !!!"}).err, "Titre     Fête\n"
+                                                   "Échéance  Ven. 3 avr.\n"
+                                                   "Priorité  haute\n");
     EXPECT_EQ(run({"add", "Nothing to understand"}).err, "");
 }
 
@@ -198,6 +199,53 @@ TEST_F(ReminderChangesTest, SeveralAreFlaggedTogetherOrNoneAtAll) {
     EXPECT_EQ(lines("store/home/milk.ics"), before);
 }
 
+TEST_F(ReminderChangesTest, SeveralAreCompletedMovedAndDeletedTogether) {
+    putTodo("home", "water", "SUMMARY:Water\r\nDUE;VALUE=DATE:20260327\r\nRRULE:FREQ=DAILY\r\n");
+    EXPECT_EQ(run({"move", "milk", "taxes", "work", "--json"}).json().array(),
+              (QJsonArray{QJsonObject{{"id", "milk"}}, QJsonObject{{"id", "taxes"}}}));
+    EXPECT_TRUE(QFile::exists(path("store/work/milk.ics")) && QFile::exists(path("store/work/taxes.ics")));
+
+    const Result completed = run({"complete", "milk", "water", "done", "milk"});
+    EXPECT_EQ(completed.status, 0) << completed.err.toStdString();
+    EXPECT_EQ(run({"list", "--json"}).ids(), (QStringList{"taxes", "water", "report"}));
+    EXPECT_EQ(shown("water")["dueDate"], "2026-03-28");
+    const QJsonObject records =
+        QJsonDocument::fromJson(file("ledger.json").toUtf8()).object()["records"].toObject();
+    EXPECT_EQ(records.size(), 3) << "what was done before, and the copy of the one that repeats";
+    EXPECT_TRUE(records.contains("milk"));
+
+    EXPECT_EQ(run({"delete", "milk", "taxes", "report"}).status, 0);
+    EXPECT_EQ(QDir(path("store/work")).entryList(QDir::Files), QStringList{"done.ics"});
+}
+
+TEST_F(ReminderChangesTest, AnIdentifierMayBeCutShortAsLongAsItFitsOneOnly) {
+    putTodo("home", "milk-2", "SUMMARY:More milk\r\n");
+    putTodo("home", "dune", "SUMMARY:Read\r\n");
+    struct Case {
+        QStringList arguments;
+        int status;
+        const char* error;
+    };
+    const Case cases[] = {
+        {{"show", "milk"}, 0, ""},
+        {{"show", "milk-"}, 0, ""},
+        {{"show", "Tax"}, 1, "This reminder is no longer available.\n"},
+        {{"show", "mil"}, 1, "“mil” is the beginning of several identifiers: milk, milk-2.\n"},
+        {{"show", "d"}, 1, "“d” is the beginning of several identifiers: done, dune.\n"},
+        {{"complete", "rep", "milk-", "d"}, 1, "“d” is the beginning of several identifiers: done, dune.\n"},
+        {{"edit", "t", "--title", "Less"}, 0, ""},
+        {{"reschedule", "rep", "2026-04-01"}, 0, ""},
+        {{"complete", "rep", "report", "t"}, 0, ""},
+    };
+    for (const Case& testCase : cases) {
+        const Result result = run(testCase.arguments);
+        EXPECT_EQ(result.status, testCase.status) << testCase.arguments.join(u' ').toStdString();
+        EXPECT_EQ(result.err, QString::fromUtf8(testCase.error));
+    }
+    EXPECT_THAT(run({"list", "--json"}).ids(), testing::UnorderedElementsAre("milk", "milk-2", "dune"));
+    EXPECT_EQ(run({"complete", "dun", "--json"}).json().object(), (QJsonObject{{"id", "dune"}}));
+}
+
 TEST_F(ReminderChangesTest, AFlagOutweighsWhatThePanelHasSetBefore) {
     put("preferences.json",
         R"({"other": [1], "reminderFlagIndex.localOverrides": {"milk": false, "taxes": true}})");
@@ -242,7 +290,20 @@ TEST_F(ReminderChangesTest, WhatIsRefusedIsExplainedInBothLanguagesAndChangesNot
         {{"reschedule", "nobody", "2026-04-01"}, 1, gone, goneFrench},
         {{"reschedule", "nobody", "none"}, 1, gone, goneFrench},
         {{"flag", "nobody"}, 1, gone, goneFrench},
-        {{"unflag", "mil"}, 1, gone, goneFrench},
+        {{"unflag", "ilk"}, 1, gone, goneFrench},
+        {{"delete", ""}, 1, gone, goneFrench},
+        {{"complete", "milk", "nobody"},
+         1,
+         "nobody: This reminder is no longer available.\n",
+         "nobody : Ce rappel n’est plus disponible.\n"},
+        {{"move", "milk", "nobody", "work"},
+         1,
+         "nobody: This reminder is no longer available.\n",
+         "nobody : Ce rappel n’est plus disponible.\n"},
+        {{"delete", "nobody", "milk"},
+         1,
+         "nobody: This reminder is no longer available.\n",
+         "nobody : Ce rappel n’est plus disponible.\n"},
         {{"move", "milk", "nowhere"}, 1, noList, noListFrench},
         {{"edit", "milk", "--list", "nowhere"}, 1, noList, noListFrench},
         {{"move", "milk", "TWIN"}, 1, twins, twinsFrench},

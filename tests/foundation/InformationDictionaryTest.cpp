@@ -48,7 +48,7 @@ TEST_F(InformationDictionaryTest, AFileThatHoldsNoObjectIsAnErrorThatNamesIt) {
         const QString file = write(content);
         const auto loaded = D::load(file, absent);
         ASSERT_FALSE(loaded) << content;
-        EXPECT_TRUE(loaded.error().contains(file));
+        EXPECT_TRUE(loaded.error().english.contains(file));
         EXPECT_FALSE(D::load({}, file, D::OverridePolicy::usualFile)) << content;
     }
 }
