@@ -44,6 +44,18 @@ EKError noSuchDateError() {
     return invalidItemError(text("This date does not exist.", "Cette date n’existe pas."));
 }
 
+EKError noAnswerError(const QString& list) {
+    return {EKError::Code::storage, withArgument(text("“%1” does not answer. Nothing was written.",
+                                                      "« %1 » ne répond pas. Rien n’a été enregistré."),
+                                                 list)};
+}
+
+EKError outcomeUnknownError(const QString& title, const QString& list) {
+    const TextPair pair = text("“%1” does not answer. It is not known yet whether “%2” was changed.",
+                               "« %1 » ne répond pas. On ne sait pas encore si « %2 » a été modifié.");
+    return {EKError::Code::outcomeUnknown, {pair.english.arg(list, title), pair.french.arg(list, title)}};
+}
+
 EKError storageError(const QString& path, const QString& detail) {
     return storageError(path, TextPair{detail, detail});
 }

@@ -62,10 +62,10 @@ struct EKSaveResult {
 /// The reminders-and-calendar database. One object is shared by everything in the process.
 ///
 /// Thread: main only. No call blocks for the disk or a service: questions are answered from memory, changes
-/// are carried out elsewhere, one after the other in the order they were asked for, and each completion is
-/// called exactly once, on the main thread, on a later turn. A completion may be called after whoever asked
-/// is gone: let it check. A store that is destroyed first finishes the changes it has accepted; their
-/// completions are then not called.
+/// are carried out elsewhere, those of one item, and at least those of one list, one after the other in the
+/// order they were asked for, and each completion is called exactly once, on the main thread, on a later
+/// turn. A completion may be called after whoever asked is gone: let it check. A store that is destroyed
+/// first finishes the changes it has accepted; their completions are then not called.
 ///
 /// Before access is granted (or when it is refused) there are no calendars and every change fails with
 /// accessDenied.
@@ -130,6 +130,11 @@ class EKEventStore {
     /// brings one.
     virtual void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
                         SaveCompletion completion) = 0;
+
+    /// After a change of the reminder that ended with outcomeUnknown, to be asked in its completion: answers
+    /// as that change would have, once it is known what became of it. That takes until the source answers
+    /// again.
+    virtual void awaitOutcome(const QString& identifier, SaveCompletion completion) = 0;
 
     [[nodiscard]] static EKEventPredicate predicateForEvents(Instant start, Instant end,
                                                              std::optional<std::vector<QString>> calendars);

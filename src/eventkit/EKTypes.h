@@ -46,6 +46,9 @@ struct EKError {
         invalidItem,
         /// The disk, the folder or the service failed; nothing was written.
         storage,
+        /// The service has not said in time whether it made the change: it may yet turn out to be made. Ask
+        /// EKEventStore::awaitOutcome() for what became of it.
+        outcomeUnknown,
         /// The person (or the machine) does not allow access.
         accessDenied,
     };
@@ -120,6 +123,8 @@ struct EKCalendar {
     bool allowsContentModifications = true;
     bool allowsReminders = true;
     bool allowsEvents = false;
+    /// Whether its source answers. What is shown of one that does not is what was seen last, if anything.
+    bool isAnswering = true;
     bool operator==(const EKCalendar&) const = default;
 };
 

@@ -76,6 +76,10 @@ void EventStoreSwitch::revert(const std::shared_ptr<const EKReminderChange>& cha
     store_->revert(change, identifier, std::move(completion));
 }
 
+void EventStoreSwitch::awaitOutcome(const QString& identifier, SaveCompletion completion) {
+    store_->awaitOutcome(identifier, std::move(completion));
+}
+
 void EventStoreSwitch::events(const EKEventPredicate& matching, EventsCompletion completion) {
     store_->events(matching, std::move(completion));
 }

@@ -207,39 +207,66 @@ void InMemoryEventStore::saveAll(const std::vector<EKReminderRef>& reminders, Sa
     later([this, requests = std::move(requests), completion = std::move(completion)] {
         std::vector<tl::expected<EKSaveResult, EKError>> results;
         for (const SaveRequest& request : requests) {
-            results.push_back(carryOut(request));
-            if (results.back())
-                request.reminder->setStored(entries_.at(results.back()->calendarItemIdentifier));
+            results.push_back(attempt(request.reminder->calendarItemIdentifier(), [this, request] {
+                auto result = carryOut(request);
+                if (result)
+                    request.reminder->setStored(entries_.at(result->calendarItemIdentifier));
+                return result;
+            }));
         }
         completion(std::move(results));
     });
 }
 
+tl::expected<EKSaveResult, EKError> InMemoryEventStore::attempt(const QString& identifier, Operate change) {
+    if (isAnswering_)
+        return change();
+    const auto present = reminder(identifier);
+    undecided_.emplace_back(identifier, std::move(change));
+    return tl::unexpected(outcomeUnknownError(present ? present->title : identifier, {}));
+}
+
+void InMemoryEventStore::setAnswering(bool answers) {
+    isAnswering_ = answers;
+    if (!answers)
+        return;
+    later([this] {
+        for (const auto& [identifier, change] : std::exchange(undecided_, {})) {
+            const auto result = change();
+            for (const auto& [awaited, completion] : outcomeWaiters_) {
+                if (awaited == identifier)
+                    completion(result);
+            }
+            std::erase_if(outcomeWaiters_, [&](const auto& waiter) { return waiter.first == identifier; });
+        }
+    });
+}
+
+void InMemoryEventStore::awaitOutcome(const QString& identifier, SaveCompletion completion) {
+    outcomeWaiters_.emplace_back(identifier, std::move(completion));
+}
+
 void InMemoryEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
     later([this, identifier = reminder->calendarItemIdentifier(), completion = std::move(completion)] {
-        if (auto error = failure(Operation::remove)) {
-            completion(tl::unexpected(std::move(*error)));
-            return;
-        }
-        if (!hasAccess()) {
-            completion(tl::unexpected(accessDeniedError()));
-            return;
-        }
-        const auto found = entries_.find(identifier);
-        if (found == entries_.end()) {
-            completion(tl::unexpected(itemNotFoundError()));
-            return;
-        }
-        if (auto error = reasonNotToChange(found->second->calendarIdentifier)) {
-            completion(tl::unexpected(std::move(*error)));
-            return;
-        }
-        const auto change = std::make_shared<Change>();
-        change->items.push_back({identifier, *found->second, std::nullopt});
-        entries_.erase(found);
-        announceChange();
-        completion(EKSaveResult{identifier, std::nullopt, change});
+        completion(attempt(identifier, [this, identifier] { return takeOut(identifier); }));
     });
+}
+
+tl::expected<EKSaveResult, EKError> InMemoryEventStore::takeOut(const QString& identifier) {
+    if (auto error = failure(Operation::remove))
+        return tl::unexpected(std::move(*error));
+    if (!hasAccess())
+        return tl::unexpected(accessDeniedError());
+    const auto found = entries_.find(identifier);
+    if (found == entries_.end())
+        return tl::unexpected(itemNotFoundError());
+    if (auto error = reasonNotToChange(found->second->calendarIdentifier))
+        return tl::unexpected(std::move(*error));
+    const auto change = std::make_shared<Change>();
+    change->items.push_back({identifier, *found->second, std::nullopt});
+    entries_.erase(found);
+    announceChange();
+    return EKSaveResult{identifier, std::nullopt, change};
 }
 
 void InMemoryEventStore::saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) {

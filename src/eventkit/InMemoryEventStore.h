@@ -33,6 +33,7 @@ class InMemoryEventStore final : public EKEventStore {
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
     void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
                 SaveCompletion completion) override;
+    void awaitOutcome(const QString& identifier, SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;
     [[nodiscard]] EKEventRef event(const QString& withIdentifier) override;
     void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) override;
@@ -48,6 +49,9 @@ class InMemoryEventStore final : public EKEventStore {
     void setAuthorizationStatus(EKAuthorizationStatus status);
     /// Every later operation of this kind fails with the error, until it is set to nothing.
     void setFailure(Operation operation, std::optional<EKError> error);
+    /// While the database does not answer, changes of reminders end with outcomeUnknown; they are carried out
+    /// when it answers again.
+    void setAnswering(bool answers);
     void setProblems(std::vector<TextPair> problems) { problems_ = std::move(problems); }
     /// Adds or replaces a list; an empty identifier is filled in. Returns the identifier. Lists keep the
     /// order in which they were added; the default list is the first one that may be changed.
@@ -97,6 +101,10 @@ class InMemoryEventStore final : public EKEventStore {
     [[nodiscard]] std::optional<std::size_t> positionOf(const EKEventData& base) const;
     [[nodiscard]] std::optional<EKError> reasonNotToChange(const QString& calendarIdentifier) const;
     void requestAccess(AccessCompletion completion);
+    using Operate = std::function<tl::expected<EKSaveResult, EKError>()>;
+    /// Carries a change of a reminder out, unless the database does not answer.
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> attempt(const QString& identifier, Operate change);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> takeOut(const QString& identifier);
     [[nodiscard]] QString newIdentifier();
     void store(const QString& identifier, EKReminderData data);
     void announceChange();
@@ -112,6 +120,10 @@ class InMemoryEventStore final : public EKEventStore {
     std::map<QString, std::shared_ptr<const EKReminderData>> entries_;
     std::map<QString, Occurrences> series_;
     std::vector<TextPair> problems_;
+    bool isAnswering_ = true;
+    /// By the identifiers of their reminders: changes that nobody knows the outcome of, and who waits for it.
+    std::vector<std::pair<QString, Operate>> undecided_;
+    std::vector<std::pair<QString, SaveCompletion>> outcomeWaiters_;
     ObserverList<> observers_;
     bool changeAnnounced_ = false;
     int nextIdentifier_ = 1;

@@ -79,7 +79,7 @@ void InMemoryEventStore::revert(const std::shared_ptr<const EKReminderChange>& c
     later([this, change = std::dynamic_pointer_cast<const Change>(change), identifier,
            completion = std::move(completion)] {
         if (change)
-            completion(takeBack(*change, identifier));
+            completion(attempt(identifier, [this, change, identifier] { return takeBack(*change, identifier); }));
         else
             completion(tl::unexpected(itemNotFoundError()));
     });

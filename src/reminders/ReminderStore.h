@@ -270,6 +270,9 @@ class ReminderStore : public QObject {
     RecordedChangeRef recordCompletion(const QString& id);
     [[nodiscard]] RecordedChangeRef newRecordedChange(ChangeKind kind, const QString& id);
     void endRecording(const RecordedChangeRef& recorded, const tl::expected<EKSaveResult, EKError>& result);
+    /// Ends it at once, or when it is known what became of the change.
+    void endRecordingOnceKnown(const RecordedChangeRef& recorded, const QString& id,
+                               const tl::expected<EKSaveResult, EKError>& result);
     void withdraw(const RecordedChangeRef& recorded);
     void replay(const RecordedChangeRef& recorded, const ReminderActionHistory::Done& done);
     void replayed(const RecordedChangeRef& recorded, const EKSaveResult& result);
@@ -287,7 +290,7 @@ class ReminderStore : public QObject {
     void cancelCompletion(const QString& id);
     void commitCompletion(const QString& id, Completion completion);
     void commitCompletion(const QString& id, Completion completion, const RecordedChangeRef& recorded);
-    void completionSaved(const QString& id, const EKReminder& reminder, const RecordedChangeRef& recorded,
+    void completionSaved(const QString& id, const EKReminderRef& reminder, const RecordedChangeRef& recorded,
                          const tl::expected<EKSaveResult, EKError>& result);
     void completionCommitted(const EKReminder& reminder, const EKSaveResult& result);
     void setPendingCompletion(const QString& id, bool pending);

@@ -160,17 +160,18 @@ void ReminderStore::change(const TextPair& title, const QString& id, const Edit&
         return answer(completion, std::move(edited));
     const RecordedChangeRef recorded = recordChange(ChangeKind::edit, title, id);
     beginActivity();
-    services_.eventStore.save(reminder, [self = QPointer(this), recorded, completion = std::move(completion)](
-                                            const tl::expected<EKSaveResult, EKError>& result) {
-        if (!self)
-            return;
-        self->endRecording(recorded, result);
-        self->reload();
-        if (completion)
-            completion(outcome(result));
-        if (self)
-            self->endActivity();
-    });
+    services_.eventStore.save(reminder,
+                              [self = QPointer(this), recorded, id, completion = std::move(completion)](
+                                  const tl::expected<EKSaveResult, EKError>& result) {
+                                  if (!self)
+                                      return;
+                                  self->endRecordingOnceKnown(recorded, id, result);
+                                  self->reload();
+                                  if (completion)
+                                      completion(outcome(result));
+                                  if (self)
+                                      self->endActivity();
+                              });
 }
 
 void ReminderStore::edit(const QString& id, const ReminderEditDetails& details,
@@ -273,7 +274,7 @@ void ReminderStore::remove(const QString& id, Completion completion) {
                                     const tl::expected<EKSaveResult, EKError>& result) {
                                     if (!self)
                                         return;
-                                    self->endRecording(recorded, result);
+                                    self->endRecordingOnceKnown(recorded, id, result);
                                     if (result)
                                         self->reconciler_.note(id, ReminderCompletionState::deleted());
                                     self->reload();

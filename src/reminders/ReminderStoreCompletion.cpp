@@ -94,20 +94,34 @@ void ReminderStore::commitCompletion(const QString& id, Completion completion,
     services_.eventStore.save(reminder, [self = QPointer(this), id, reminder,
                                          recorded](const tl::expected<EKSaveResult, EKError>& result) {
         if (self)
-            self->completionSaved(id, *reminder, recorded, result);
+            self->completionSaved(id, reminder, recorded, result);
     });
 }
 
-void ReminderStore::completionSaved(const QString& id, const EKReminder& reminder,
+void ReminderStore::completionSaved(const QString& id, const EKReminderRef& reminder,
                                     const RecordedChangeRef& recorded,
                                     const tl::expected<EKSaveResult, EKError>& result) {
     const auto waiting = std::exchange(committing_[id], {});
-    committing_.erase(id);
     tl::expected<void, ReminderStoreError> outcome;
-    if (result) {
-        completionCommitted(reminder, *result);
-    } else {
+    if (!result)
         outcome = tl::unexpected(ReminderStoreError::from(result.error()));
+    // The card stays as it is until it is known what became of it.
+    if (!result && result.error().code == EKError::Code::outcomeUnknown) {
+        services_.eventStore.awaitOutcome(id, [self = QPointer(this), id, reminder,
+                                               recorded](const tl::expected<EKSaveResult, EKError>& known) {
+            if (!self)
+                return;
+            self->beginActivity();
+            self->completionSaved(id, reminder, recorded, known);
+        });
+        for (const Completion& completion : waiting)
+            answer(completion, outcome);
+        return endActivity();
+    }
+    committing_.erase(id);
+    if (result) {
+        completionCommitted(*reminder, *result);
+    } else {
         reloadTasks();
         setPendingCompletion(id, false);
         setAccessState(ReminderAccessState::failed(result.error().message));

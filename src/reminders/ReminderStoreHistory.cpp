@@ -107,6 +107,21 @@ void ReminderStore::endRecording(const RecordedChangeRef& recorded,
         waiting();
 }
 
+void ReminderStore::endRecordingOnceKnown(const RecordedChangeRef& recorded, const QString& id,
+                                          const tl::expected<EKSaveResult, EKError>& result) {
+    if (result || result.error().code != EKError::Code::outcomeUnknown)
+        return endRecording(recorded, result);
+    services_.eventStore.awaitOutcome(
+        id, [self = QPointer(this), recorded](const tl::expected<EKSaveResult, EKError>& known) {
+            if (!self)
+                return;
+            self->endRecording(recorded, known);
+            if (known && recorded->kind == ChangeKind::removal)
+                self->reconciler_.note(known->calendarItemIdentifier, ReminderCompletionState::deleted());
+            self->reload();
+        });
+}
+
 void ReminderStore::withdraw(const RecordedChangeRef& recorded) {
     if (services_.history && recorded->entry)
         services_.history->remove(*std::exchange(recorded->entry, std::nullopt));

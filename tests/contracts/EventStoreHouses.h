@@ -3,6 +3,9 @@
 #ifdef KESTRANT_WITH_EVOLUTION
 #include "EvolutionHouse.h"
 #endif
+#ifdef KESTRANT_ON_CALDAV
+#include "interop/CalDavHouse.h"
+#endif
 #include "eventkit/InMemoryEventStore.h"
 #include "eventkit/vdir/VdirDatabase.h"
 #include "eventkit/vdir/VdirEventStore.h"
@@ -102,7 +105,9 @@ struct VdirHouse {
     }
 };
 
-#ifdef KESTRANT_WITH_EVOLUTION
+#if defined KESTRANT_ON_CALDAV
+using Houses = ::testing::Types<CalDavHouse>;
+#elif defined KESTRANT_WITH_EVOLUTION
 using Houses = ::testing::Types<MemoryHouse, VdirHouse, EvolutionHouse>;
 #else
 using Houses = ::testing::Types<MemoryHouse, VdirHouse>;

@@ -44,13 +44,8 @@ bool CalDavServer::isInstalled() {
 }
 
 CalDavServer::CalDavServer() : port_(freePort()) {
-    for (const auto& [name, component] : {std::pair("tasks", "VTODO"), std::pair("events", "VEVENT")}) {
-        const QString path = folder_.path() + "/collection-root/someone/" + name;
-        EXPECT_TRUE(QDir().mkpath(path));
-        write(path + "/.Radicale.props",
-              QByteArray(R"({"tag": "VCALENDAR", "C:supported-calendar-component-set": ")") + component +
-                  R"("})");
-    }
+    makeCollection(QStringLiteral("tasks"), "VTODO");
+    makeCollection(QStringLiteral("events"), "VEVENT");
     write(folder_.path() + "/rights", "[everybody]\nuser: .*\ncollection: .*\npermissions: RrWw\n");
 }
 
@@ -91,9 +86,27 @@ void CalDavServer::start() {
     ::close(output[0]);
 }
 
+void CalDavServer::makeCollection(const QString& name, const QByteArray& component) {
+    const QString path = folder_.path() + "/collection-root/someone/" + name;
+    EXPECT_TRUE(QDir().mkpath(path));
+    write(path + "/.Radicale.props",
+          R"({"tag": "VCALENDAR", "C:supported-calendar-component-set": ")" + component + R"("})");
+}
+
+void CalDavServer::pause() {
+    ASSERT_EQ(::kill(process_, SIGSTOP), 0);
+    siginfo_t stopped{};
+    ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(process_), &stopped, WSTOPPED), 0);
+}
+
+void CalDavServer::resume() {
+    ASSERT_EQ(::kill(process_, SIGCONT), 0);
+}
+
 void CalDavServer::stop() {
     if (process_ <= 0)
         return;
+    resume();
     ::kill(process_, SIGTERM);
     ::waitpid(process_, nullptr, 0);
     process_ = 0;

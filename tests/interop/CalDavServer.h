@@ -24,6 +24,12 @@ class CalDavServer {
     /// Returns when it answers.
     void start();
     void stop();
+    /// Takes requests and answers none, until resume().
+    void pause();
+    void resume();
+
+    /// Makes a collection for components of this name; "tasks" and "events" are there from the start.
+    void makeCollection(const QString& name, const QByteArray& component);
 
     void put(const QString& collection, const QString& name, const QByteArray& text);
     void remove(const QString& collection, const QString& name);

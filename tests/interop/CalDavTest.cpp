@@ -4,12 +4,20 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
+
 namespace kestrant {
 namespace {
 
+using namespace std::chrono_literals;
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::UnorderedElementsAre;
 
 /// A task list and a calendar that an online account brings into the desktop's database.
 class CalDav : public ::testing::Test {
@@ -44,6 +52,9 @@ class CalDav : public ::testing::Test {
             result.push_back(event->data.title);
         return result;
     }
+
+    explicit CalDav(std::chrono::milliseconds longestCall = EvolutionEventStore::longestCall)
+        : house(longestCall) {}
 
     EvolutionHouse house;
     CalDavServer server;
@@ -132,6 +143,165 @@ TEST_F(CalDav, OutlivesAServerThatGoesAwayAndComesBack) {
     reminder->data.title = "Toast";
     ASSERT_TRUE(driver.save(reminder).has_value());
     EXPECT_THAT(server.text("tasks", "bread").toStdString(), HasSubstr("SUMMARY:Toast"));
+}
+
+TEST_F(CalDav, RemovesAChangedDateOfASeriesInOneGo) {
+    const auto meetings = [&] { return driver.events(at("UTC", {2026, 3, 30}), at("UTC", {2026, 4, 2})); };
+    const EKEventRef changed = meetings()[1];
+    changed->data.title = "Retrospective";
+    ASSERT_TRUE(driver.save(changed).has_value());
+    const auto removed = driver.remove(meetings()[1]);
+    ASSERT_TRUE(removed.has_value()) << removed.error().message.english.toStdString();
+    const std::string written = server.text("events", "standup").toStdString();
+    EXPECT_THAT(written, AllOf(HasSubstr("EXDATE"), Not(HasSubstr("Retrospective"))));
+    EXPECT_EQ(meetings().size(), 2u);
+}
+
+TEST_F(CalDav, FindsItemsByIdentifiersWithSpecialCharacters) {
+    const QString uid = "a,b;c\\d";
+    server.put("tasks", "odd", task("a\\,b\\;c\\\\d", "Odd"));
+    server.put("events", "odd", event("a\\,b\\;c\\\\d", "Odd"));
+    server.refresh();
+    house.awaitThat([&] { return house.store.calendarItem(uid) && house.store.event(uid); });
+    const EKReminderRef reminder = house.store.calendarItem(uid);
+    reminder->data.title = "Even";
+    ASSERT_TRUE(driver.save(reminder).has_value());
+    reminder->data.isCompleted = true;
+    ASSERT_TRUE(driver.save(reminder).has_value());
+    EXPECT_THAT(driver.openTitles(), ElementsAre("Bread"));
+    EXPECT_THAT(server.text("tasks", "odd").toStdString(),
+                AllOf(HasSubstr("SUMMARY:Even"), HasSubstr("STATUS:COMPLETED")));
+    ASSERT_TRUE(driver.remove(reminder).has_value());
+    EXPECT_EQ(server.text("tasks", "odd"), QByteArray());
+    ASSERT_TRUE(driver.remove(house.store.event(uid)).has_value());
+    EXPECT_THAT(server.text("events", "odd").toStdString(), HasSubstr("EXDATE"));
+    EXPECT_FALSE(house.store.calendarItem(uid));
+}
+
+TEST_F(CalDav, RefusesToMoveAnItemToWhereItIsAlready) {
+    const QString other = driver.addList("Other");
+    ForeignList(other, E_CAL_CLIENT_SOURCE_TYPE_TASKS)
+        .add("BEGIN:VTODO\r\nUID:bread\r\nDTSTAMP:20260101T000000Z\r\nSUMMARY:Copy\r\nEND:VTODO\r\n");
+    house.awaitThat([&] { return driver.openTitles().size() == 2; });
+    for (const EKReminderRef& reminder :
+         driver.fetch(EKEventStore::predicateForIncompleteReminders({}, {}, {}))) {
+        const QString here = reminder->data.calendarIdentifier;
+        reminder->data.calendarIdentifier = here == list ? other : list;
+        const auto refused = driver.save(reminder);
+        ASSERT_FALSE(refused.has_value());
+        EXPECT_THAT(refused.error().message.english.toStdString(), HasSubstr("already"))
+            << here.toStdString();
+    }
+    EXPECT_THAT(driver.openTitles(), ElementsAre("Bread", "Copy"));
+}
+
+/// An account whose server takes requests and does not answer, with little patience.
+class CalDavSilence : public CalDav {
+  protected:
+    CalDavSilence() : CalDav(2s) {}
+
+    /// A list with one reminder of the same name.
+    QString addList(const QString& name) {
+        server.makeCollection(name, "VTODO");
+        server.put(name, name, task(name.toUtf8(), name.toUtf8()));
+        const QString result = server.addAccount(name, name, E_CAL_CLIENT_SOURCE_TYPE_TASKS);
+        house.awaitThat([&] { return house.store.calendarItem(name) != nullptr; });
+        return result;
+    }
+    EKReminderRef edited(const QString& name, const std::function<void(EKReminderData&)>& edit) {
+        const EKReminderRef reminder = house.store.calendarItem(name);
+        edit(reminder->data);
+        return reminder;
+    }
+};
+
+TEST_F(CalDavSilence, HoldsUpNoOtherList) {
+    const QString local = driver.addList("Local");
+    driver.add(aReminder("").titled("Milk").in(local));
+    server.pause();
+    std::optional<EventStoreDriver::SaveAnswer> answer;
+    house.store.save(edited("bread", [](EKReminderData& data) { data.title = "Rye"; }),
+                     [&](const auto& result) { answer = result; });
+    const EKReminderRef milk = driver.add(aReminder("").titled("More milk").in(local));
+    ASSERT_TRUE(driver.remove(milk).has_value());
+    ForeignList(local, E_CAL_CLIENT_SOURCE_TYPE_TASKS)
+        .add("BEGIN:VTODO\r\nUID:theirs\r\nDTSTAMP:20260101T000000Z\r\nSUMMARY:x\r\nEND:VTODO\r\n");
+    house.awaitThat([&] { return house.store.calendarItem("theirs") != nullptr; });
+    EXPECT_FALSE(answer.has_value()) << "nobody has given up yet";
+    server.resume();
+    house.awaitThat([&] { return answer.has_value(); });
+    EXPECT_TRUE(answer->has_value());
+}
+
+TEST_F(CalDavSilence, LeavesOpenWhatBecomesOfAChangeUntilTheServerAnswers) {
+    const QString local = driver.addList("Local");
+    const EKReminderRef there = driver.add(aReminder("").titled("there").in(local));
+    const auto titled = [](EKReminderData& data) { data.title += " changed"; };
+    const auto completed = [](EKReminderData& data) { data.isCompleted = true; };
+    const auto flagged = [](EKReminderData& data) { data.isFlagged = true; };
+    for (const char* name : {"edited", "completed", "removed", "away", "flagged"})
+        addList(name);
+    const QString target = addList("target");
+    const QString created = addList("created");
+
+    std::map<std::string, EKError::Code> told;
+    std::map<std::string, EventStoreDriver::SaveAnswer> ended;
+    const auto tell = [&](const std::string& name, const QString& identifier) {
+        return [&, name, identifier](const EventStoreDriver::SaveAnswer& answer) {
+            ASSERT_FALSE(answer.has_value()) << name;
+            told[name] = answer.error().code;
+            house.store.awaitOutcome(identifier, [&, name](const auto& known) { ended[name] = known; });
+        };
+    };
+    const auto save = [&](const EKReminderRef& reminder, const std::string& name) {
+        house.store.save(reminder, tell(name, reminder->calendarItemIdentifier()));
+    };
+    server.pause();
+    save(edited("edited", titled), "edit");
+    save(edited("completed", completed), "complete");
+    save(edited("away", [&](EKReminderData& data) { data.calendarIdentifier = local; }), "move away");
+    there->data.calendarIdentifier = target;
+    save(there, "move there");
+    house.store.remove(house.store.calendarItem("removed"), tell("remove", "removed"));
+    const EKReminderRef made = std::make_shared<EKReminder>(house.store);
+    made->data = aReminder("").titled("new").in(created);
+    made->data.calendarItemIdentifier.clear();
+    save(made, "create");
+    house.store.saveAll({edited("flagged", flagged)},
+                        [&](const auto& answers) { tell("flag", "flagged")(answers.front()); });
+    house.awaitThat([&] { return told.size() == 7; });
+    for (const auto& [name, code] : told)
+        EXPECT_EQ(code, EKError::Code::outcomeUnknown) << name;
+    EXPECT_GE(house.store.problems().size(), 7u);
+    const auto behind = driver.save(edited("edited", titled));
+    ASSERT_FALSE(behind.has_value());
+    EXPECT_EQ(behind.error().code, EKError::Code::storage) << "it was not even sent";
+
+    server.resume();
+    house.awaitThat([&] { return ended.size() == 7 && house.store.problems().empty(); });
+    for (const auto& [name, answer] : ended)
+        EXPECT_TRUE(answer.has_value()) << name << ": " << answer.error().message.english.toStdString();
+    EXPECT_THAT(driver.openTitles(), UnorderedElementsAre("Bread", "away", "created", "edited changed",
+                                                          "flagged", "new", "target", "there"));
+    EXPECT_EQ(house.store.calendarItem("away")->data.calendarIdentifier, local);
+    EXPECT_THAT(server.text("edited", "edited").toStdString(), HasSubstr("SUMMARY:edited changed"));
+    EXPECT_THAT(server.text("completed", "completed").toStdString(), HasSubstr("STATUS:COMPLETED"));
+    EXPECT_THAT(server.text("flagged", "flagged").toStdString(), HasSubstr("X-PINNED"));
+    EXPECT_EQ(server.text("removed", "removed"), QByteArray());
+    EXPECT_EQ(server.text("away", "away"), QByteArray());
+    EXPECT_NE(server.textWith("target", "SUMMARY:there"), QByteArray());
+    EXPECT_NE(server.textWith("created", "SUMMARY:new"), QByteArray());
+
+    // What is known can be taken back.
+    for (const auto& [name, answer] : ended) {
+        const auto reverted = driver.revert(*answer);
+        EXPECT_TRUE(reverted.has_value())
+            << name << ": " << (reverted ? "" : reverted.error().message.english.toStdString());
+    }
+    EXPECT_THAT(driver.openTitles(), UnorderedElementsAre("Bread", "away", "completed", "created", "edited",
+                                                          "flagged", "removed", "target", "there"));
+    EXPECT_NE(server.textWith("removed", "SUMMARY:removed"), QByteArray());
+    EXPECT_EQ(server.textWith("target", "SUMMARY:there"), QByteArray());
 }
 
 TEST_F(CalDav, ShowsWhatWasSeenLastWhenItStartsWithoutTheServer) {

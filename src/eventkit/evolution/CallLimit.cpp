@@ -7,14 +7,16 @@ namespace kestrant::evolution {
 
 namespace {
 
+using std::chrono::steady_clock;
+
 /// A call is slow after this part of the time that it may take.
 constexpr int slowPart = 5;
 
 }  // namespace
 
-CallLimit::CallLimit(std::chrono::milliseconds longest, std::function<void(bool isSlow)> slow)
+CallLimit::CallLimit(std::chrono::milliseconds longest, Observer observer)
     : longest_(longest)
-    , slow_(std::move(slow))
+    , observer_(std::move(observer))
     , thread_([this] { loop(); }) {}
 
 CallLimit::~CallLimit() {
@@ -22,58 +24,108 @@ CallLimit::~CallLimit() {
         const std::lock_guard lock(mutex_);
         ending_ = true;
     }
-    changed_.notify_one();
+    changed_.notify_all();
     thread_.join();
 }
 
-void CallLimit::setLongest(std::chrono::milliseconds longest) {
+std::chrono::milliseconds CallLimit::longest() const {
+    const std::lock_guard lock(mutex_);
+    return longest_;
+}
+
+void CallLimit::hurry(std::chrono::milliseconds longest) {
     {
         const std::lock_guard lock(mutex_);
         longest_ = longest;
-        deadline_ = std::min(deadline_, std::chrono::steady_clock::now() + longest);
+        isHurrying_ = true;
+        for (Call* const call : calls_) {
+            call->isCutOff_ = true;
+            call->deadline_ = std::min(call->deadline_, steady_clock::now() + longest);
+        }
     }
-    changed_.notify_one();
+    changed_.notify_all();
+}
+
+bool CallLimit::pause(std::chrono::milliseconds time) {
+    const SourceQueues::Away away;
+    std::unique_lock lock(mutex_);
+    return !changed_.wait_for(lock, time, [this] { return isHurrying_; });
+}
+
+void CallLimit::noteWrite() {
+    if (auto* const work = SourceQueues::current())
+        work->hasBegunToWrite = true;
+}
+
+void CallLimit::tellSlow() {
+    std::set<QString> slow;
+    for (const Call* const call : calls_) {
+        if (call->isSlow_)
+            slow.insert(call->list_);
+    }
+    if (slow != slow_) {
+        slow_ = std::move(slow);
+        observer_.slow(slow_);
+    }
+}
+
+void CallLimit::look(Call& call, Time now) {
+    if (now >= call.slowAt_)
+        call.isSlow_ = true;
+    if (now < call.deadline_ || std::exchange(call.isOverdue_, true))
+        return;
+    if (!call.isCutOff_)
+        return observer_.overdue(call.queue_, call.list_);
+    if (isHurrying_)
+        silent_.insert(call.queue_);
+    // What hears of it only notes that for the thread that waits.
+    g_cancellable_cancel(call.cancellable_.get());
 }
 
 void CallLimit::loop() {
     std::unique_lock lock(mutex_);
     while (!ending_) {
-        if (!current_) {
+        const Time now = steady_clock::now();
+        Time next = Time::max();
+        for (Call* const call : calls_) {
+            look(*call, now);
+            if (!call->isSlow_)
+                next = std::min(next, call->slowAt_);
+            if (!call->isOverdue_)
+                next = std::min(next, call->deadline_);
+        }
+        tellSlow();
+        if (next == Time::max())
             changed_.wait(lock);
-            continue;
-        }
-        const auto next = isSlow_ ? deadline_ : std::min(slowAt_, deadline_);
-        if (changed_.wait_until(lock, next) != std::cv_status::timeout || !current_)
-            continue;
-        const auto now = std::chrono::steady_clock::now();
-        if (now >= slowAt_ && !std::exchange(isSlow_, true))
-            slow_(true);
-        if (now >= deadline_) {
-            const Ref<GCancellable> overdue(G_CANCELLABLE(g_object_ref(current_)));
-            current_ = nullptr;
-            lock.unlock();
-            g_cancellable_cancel(overdue.get());
-            lock.lock();
-        }
+        else
+            changed_.wait_until(lock, next);
     }
 }
 
-CallLimit::Call::Call(CallLimit& limit) : limit_(limit), cancellable_(g_cancellable_new()) {
+CallLimit::Call::Call(CallLimit& limit, const QString& list)
+    : limit_(limit)
+    , list_(list)
+    , cancellable_(g_cancellable_new()) {
+    const auto* const work = SourceQueues::current();
     {
         const std::lock_guard lock(limit_.mutex_);
-        const auto now = std::chrono::steady_clock::now();
-        limit_.current_ = cancellable_.get();
-        limit_.deadline_ = now + limit_.longest_;
-        limit_.slowAt_ = now + limit_.longest_ / slowPart;
+        const Time now = steady_clock::now();
+        if (work) {
+            queue_ = work->queue;
+            isCutOff_ = limit_.isHurrying_ || !work->hasBegunToWrite;
+        }
+        const Time begun = work && isCutOff_ && !limit_.isHurrying_ ? work->begun : now;
+        deadline_ = limit_.silent_.contains(queue_) ? now : begun + limit_.longest_;
+        slowAt_ = now + limit_.longest_ / slowPart;
+        limit_.calls_.push_back(this);
     }
-    limit_.changed_.notify_one();
+    limit_.changed_.notify_all();
 }
 
 CallLimit::Call::~Call() {
     const std::lock_guard lock(limit_.mutex_);
-    limit_.current_ = nullptr;
-    if (std::exchange(limit_.isSlow_, false))
-        limit_.slow_(false);
+    limit_.calls_.remove(this);
+    limit_.tellSlow();
 }
 
 }  // namespace kestrant::evolution

@@ -1,57 +1,91 @@
 #pragma once
 
 #include "eventkit/evolution/Glib.h"
+#include "eventkit/evolution/SourceQueues.h"
+
+#include <QString>
 
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <list>
 #include <mutex>
-#include <optional>
+#include <set>
 #include <thread>
 
 namespace kestrant::evolution {
 
-/// Ends calls that wait for a service longer than they may, and tells of those that take a good part of that
-/// time. One call at a time.
+/// Watches the calls that wait for the service. The calls of one piece of work share one limit: at its end
+/// they are cancelled, since nothing has been lost by then. A piece of work that has begun to write is never
+/// cut off in the middle, as nobody would know what became of it; that it takes too long is told instead.
 class CallLimit {
   public:
-    /// `slow` is told true once a call has been under way for long, and false when that one has ended.
-    /// Thread: any; not within a call of this.
-    CallLimit(std::chrono::milliseconds longest, std::function<void(bool isSlow)> slow);
+    struct Observer {
+        /// The titles of the lists whose calls take a good part of the limit, whenever those become others;
+        /// an empty title stands for the service itself.
+        std::function<void(const std::set<QString>& lists)> slow;
+        /// Work of this queue has waited for this list longer than the limit and goes on waiting.
+        std::function<void(const QByteArray& queue, const QString& list)> overdue;
+    };
+    /// The observer is called on any thread, and must not make a call.
+    CallLimit(std::chrono::milliseconds longest, Observer observer);
     CallLimit(const CallLimit&) = delete;
     CallLimit& operator=(const CallLimit&) = delete;
     ~CallLimit();
 
-    /// For later calls and for the one that is under way. Thread: any.
-    void setLongest(std::chrono::milliseconds longest);
+    [[nodiscard]] std::chrono::milliseconds longest() const;
+    /// The program ends: from here on every call is cut off after this time, those under way too, and those
+    /// of a queue that had one cut off at once. Thread: any.
+    void hurry(std::chrono::milliseconds longest);
+    /// Waits this long, while others have their turn. False when the program ends; then it returns at once.
+    /// Thread: any.
+    [[nodiscard]] bool pause(std::chrono::milliseconds time);
 
-    /// A call that is under way as long as this exists.
+    /// A call that is under way as long as this exists. Others have their turn meanwhile.
     class Call {
       public:
-        explicit Call(CallLimit& limit);
+        Call(CallLimit& limit, const QString& list);
         Call(const Call&) = delete;
         Call& operator=(const Call&) = delete;
         ~Call();
         [[nodiscard]] GCancellable* cancellable() const { return cancellable_.get(); }
 
       private:
+        friend class CallLimit;
+        using Time = std::chrono::steady_clock::time_point;
+
         CallLimit& limit_;
+        QString list_;
+        QByteArray queue_;
         Ref<GCancellable> cancellable_;
+        bool isCutOff_ = true;
+        Time deadline_;
+        /// When the call is to be told of as a slow one.
+        Time slowAt_;
+        bool isSlow_ = false;
+        bool isOverdue_ = false;
+        SourceQueues::Away away_;
     };
-    [[nodiscard]] Call call() { return Call(*this); }
+    /// `list` is the title of the list that is called; empty for the service itself.
+    [[nodiscard]] Call call(const QString& list) { return {*this, list}; }
+    /// The calling thread's work has begun to write.
+    static void noteWrite();
 
   private:
+    using Time = Call::Time;
     void loop();
+    void look(Call& call, Time now);
+    void tellSlow();
 
-    std::chrono::milliseconds longest_;
-    std::function<void(bool isSlow)> slow_;
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::condition_variable changed_;
-    GCancellable* current_ = nullptr;
-    std::chrono::steady_clock::time_point deadline_;
-    /// When the call under way is to be told of, and whether it was.
-    std::chrono::steady_clock::time_point slowAt_;
-    bool isSlow_ = false;
+    std::chrono::milliseconds longest_;
+    Observer observer_;
+    std::list<Call*> calls_;
+    std::set<QString> slow_;
+    bool isHurrying_ = false;
+    /// Queues that had a call cut off when the program ended.
+    std::set<QByteArray> silent_;
     bool ending_ = false;
     std::thread thread_;
 };

@@ -1,6 +1,7 @@
 #include "eventkit/evolution/EvolutionClient.h"
 
 #include "eventkit/EKErrors.h"
+#include "eventkit/evolution/ServiceErrors.h"
 
 #include <algorithm>
 #include <utility>
@@ -23,81 +24,102 @@ Ref<ICalComponent> componentFrom(const QByteArray& text) {
     return Ref<ICalComponent>(i_cal_component_new_from_string(text.constData()));
 }
 
-bool meansDisconnection(const Error& error) {
-    return error.isIn(G_DBUS_ERROR) || error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_DBUS_ERROR) ||
-           error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_CANCELLED) ||
-           error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_NOT_OPENED) || error.is(G_IO_ERROR, G_IO_ERROR_CLOSED) ||
-           error.is(G_IO_ERROR, G_IO_ERROR_CANCELLED) || error.is(G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
+EKError refused(const TextPair& reason) {
+    const TextPair pair = text("The desktop’s calendar service could not write it: %1.",
+                               "Le service d’agenda du bureau n’a pas pu l’enregistrer : %1.");
+    return {EKError::Code::storage, {pair.english.arg(reason.english), pair.french.arg(reason.french)}};
 }
 
-bool meansConflict(const Error& error) {
-    return error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_OUT_OF_SYNC) ||
-           error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_ID_ALREADY_EXISTS);
+EKError notUnderstood() {
+    return refused(text("the item cannot be read", "l’élément est illisible"));
 }
 
-EKError serviceError(const QString& detail) {
+EKError alreadyThere(const QString& title, const QString& list) {
+    const TextPair pair = text("“%1” is in “%2” already. Nothing was written.",
+                               "« %1 » est déjà dans « %2 ». Rien n’a été enregistré.");
+    return invalidItemError({pair.english.arg(title, list), pair.french.arg(title, list)});
+}
+
+WriteError partlyWritten(const QString& title) {
     const TextPair pair =
-        text("The desktop’s calendar service refused: %1", "Le service d’agenda du bureau a refusé : %1");
-    return {EKError::Code::storage, {pair.english.arg(detail), pair.french.arg(detail)}};
+        text("“%1” was changed elsewhere meanwhile. Only a part of the change was written.",
+             "« %1 » a été modifié ailleurs entre-temps. Une partie seulement du changement "
+             "a été enregistrée.");
+    return EKError{EKError::Code::conflict, {pair.english.arg(title), pair.french.arg(title)}};
+}
+
+template <typename Work>
+void forgetShared(gpointer shared, GClosure*) {
+    delete static_cast<std::shared_ptr<Work>*>(shared);
 }
 
 }  // namespace
 
-std::unique_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEntityType type,
+std::shared_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEntityType type,
                                                           CallLimit& limit, Observer observer,
-                                                          QString& error) {
+                                                          TextPair& reason) {
     constexpr guint32 withoutWaiting = static_cast<guint32>(-1);
     Error failed;
-    const auto call = limit.call();
+    const Text title(e_source_dup_display_name(source));
+    const CallLimit::Call call(limit, QString::fromUtf8(title.get()));
     Ref<EClient> client(e_cal_client_connect_sync(
         source,
         type == EKEntityType::reminder ? E_CAL_CLIENT_SOURCE_TYPE_TASKS : E_CAL_CLIENT_SOURCE_TYPE_EVENTS,
         withoutWaiting, call.cancellable(), failed.out()));
     if (!client) {
-        error = failed.message();
+        reason = reasonIn(failed);
         return nullptr;
     }
-    auto result = std::unique_ptr<EvolutionClient>(
+    auto result = std::shared_ptr<EvolutionClient>(
         new EvolutionClient(std::move(client), type, limit, std::move(observer)));
     result->reader_ = ServiceReader::open(type, e_source_get_uid(source), call.cancellable());
-    result->observe();
+    result->observe(call.cancellable());
+    if (result->isLost()) {
+        reason = text("there was no answer in time", "il n’a pas répondu à temps");
+        return nullptr;
+    }
     return result;
 }
 
 EvolutionClient::EvolutionClient(Ref<EClient> client, EKEntityType type, CallLimit& limit, Observer observer)
     : limit_(limit)
-    , observer_(std::move(observer))
+    , state_(std::make_shared<State>())
     , client_(std::move(client))
-    , componentName_(type == EKEntityType::reminder ? "VTODO" : "VEVENT") {}
+    , componentName_(type == EKEntityType::reminder ? "VTODO" : "VEVENT") {
+    state_->observer = std::move(observer);
+    const Text title(e_source_dup_display_name(e_client_get_source(client_.get())));
+    title_ = QString::fromUtf8(title.get());
+}
 
 EvolutionClient::~EvolutionClient() {
-    stopObserving();
+    for (const auto& [object, handler] : handlers_)
+        g_signal_handler_disconnect(object, handler);
 }
 
 bool EvolutionClient::isWritable() const {
     return !e_client_is_readonly(client_.get());
 }
 
-void EvolutionClient::observe() {
-    const auto listen = [this](gpointer object, const char* signal, GCallback handler) {
-        handlers_.emplace_back(G_OBJECT(object), g_signal_connect(object, signal, handler, this));
-    };
-    listen(client_.get(), "backend-died", G_CALLBACK(+[](EClient*, gpointer data) {
-               auto* const self = static_cast<EvolutionClient*>(data);
-               self->isLost_ = true;
-               self->observer_.lost();
+void EvolutionClient::listen(gpointer object, const char* signal, GCallback handler) {
+    handlers_.emplace_back(G_OBJECT(object),
+                           g_signal_connect_data(object, signal, handler, new StateRef(state_),
+                                                 forgetShared<State>, GConnectFlags(0)));
+}
+
+void EvolutionClient::observe(GCancellable* cancellable) {
+    listen(client_.get(), "backend-died", G_CALLBACK(+[](EClient*, gpointer state) {
+               State& told = **static_cast<StateRef*>(state);
+               told.isLost = true;
+               told.observer.lost();
            }));
-    listen(client_.get(), "notify::readonly", G_CALLBACK(+[](GObject*, GParamSpec*, gpointer data) {
-               static_cast<EvolutionClient*>(data)->observer_.propertiesChanged();
+    listen(client_.get(), "notify::readonly", G_CALLBACK(+[](GObject*, GParamSpec*, gpointer state) {
+               (*static_cast<StateRef*>(state))->observer.propertiesChanged();
            }));
     Error error;
     ECalClientView* view = nullptr;
-    {
-        const auto call = limit_.call();
-        if (!e_cal_client_get_view_sync(calendar(), everything, &view, call.cancellable(), error.out())) {
-            isLost_ = true;
-            return;
-        }
+    if (!e_cal_client_get_view_sync(calendar(), everything, &view, cancellable, error.out())) {
+        state_->isLost = true;
+        return;
     }
     view_.reset(view);
     listen(view, "objects-added", G_CALLBACK(objectsTold));
@@ -113,30 +135,23 @@ void EvolutionClient::observe() {
     Error notStarted;
     GError** const starting = notStarted.out();
     e_cal_client_view_start(view, starting);
-    isLost_ = *starting != nullptr;
+    state_->isLost = *starting != nullptr;
 }
 
-void EvolutionClient::stopObserving() {
-    for (const auto& [object, handler] : handlers_)
-        g_signal_handler_disconnect(object, handler);
-    handlers_.clear();
-    view_.reset();
-}
-
-void EvolutionClient::objectsTold(ECalClientView*, const GSList* components, gpointer self) {
+void EvolutionClient::objectsTold(ECalClientView*, const GSList* components, gpointer state) {
     std::set<QByteArray> uids;
     for (const GSList* link = components; link; link = link->next) {
         if (const char* const uid = i_cal_component_get_uid(I_CAL_COMPONENT(link->data)))
             uids.insert(uid);
     }
-    static_cast<EvolutionClient*>(self)->observer_.itemsChanged(std::move(uids));
+    (*static_cast<StateRef*>(state))->observer.itemsChanged(std::move(uids));
 }
 
-void EvolutionClient::objectsRemoved(ECalClientView*, const GSList* identifiers, gpointer self) {
+void EvolutionClient::objectsRemoved(ECalClientView*, const GSList* identifiers, gpointer state) {
     std::set<QByteArray> uids;
     for (const GSList* link = identifiers; link; link = link->next)
         uids.insert(e_cal_component_id_get_uid(static_cast<ECalComponentId*>(link->data)));
-    static_cast<EvolutionClient*>(self)->observer_.itemsChanged(std::move(uids));
+    (*static_cast<StateRef*>(state))->observer.itemsChanged(std::move(uids));
 }
 
 QByteArray EvolutionClient::zoneDefinition(const QByteArray& name) {
@@ -144,14 +159,16 @@ QByteArray EvolutionClient::zoneDefinition(const QByteArray& name) {
         return known->second;
     Error error;
     ICalTimezone* zone = nullptr;
-    const auto call = limit_.call();
     QByteArray definition;
-    // The zone remains the client's.
-    if (e_cal_client_get_timezone_sync(calendar(), name.constData(), &zone, call.cancellable(),
-                                       error.out()) &&
-        zone) {
-        if (const Ref<ICalComponent> component{i_cal_timezone_get_component(zone)})
-            definition = textOf(component.get());
+    {
+        const auto waiting = call();
+        // The zone remains the client's.
+        if (e_cal_client_get_timezone_sync(calendar(), name.constData(), &zone, waiting.cancellable(),
+                                           error.out()) &&
+            zone) {
+            if (const Ref<ICalComponent> component{i_cal_timezone_get_component(zone)})
+                definition = textOf(component.get());
+        }
     }
     zones_.emplace(name, definition);
     return definition;
@@ -170,11 +187,11 @@ QByteArray EvolutionClient::fileFrom(std::vector<QByteArray> components) {
 }
 
 std::optional<std::vector<QByteArray>> EvolutionClient::allComponents(Error& error) {
-    const auto call = limit_.call();
+    const auto waiting = call();
     if (reader_)
-        return reader_->readAll(call.cancellable(), error);
+        return reader_->readAll(waiting.cancellable(), error);
     ObjectList<GSList> found;
-    if (!e_cal_client_get_object_list_sync(calendar(), everything, found.out(), call.cancellable(),
+    if (!e_cal_client_get_object_list_sync(calendar(), everything, found.out(), waiting.cancellable(),
                                            error.out()))
         return std::nullopt;
     std::vector<QByteArray> result;
@@ -184,12 +201,12 @@ std::optional<std::vector<QByteArray>> EvolutionClient::allComponents(Error& err
 }
 
 std::optional<std::vector<QByteArray>> EvolutionClient::componentsOf(const QByteArray& uid, Error& error) {
-    const auto call = limit_.call();
+    const auto waiting = call();
     if (reader_)
-        return reader_->read(uid, call.cancellable(), error);
+        return reader_->read(uid, waiting.cancellable(), error);
     ObjectList<GSList> found;
-    if (!e_cal_client_get_objects_for_uid_sync(calendar(), uid.constData(), found.out(), call.cancellable(),
-                                               error.out()))
+    if (!e_cal_client_get_objects_for_uid_sync(calendar(), uid.constData(), found.out(),
+                                               waiting.cancellable(), error.out()))
         return std::nullopt;
     std::vector<QByteArray> result;
     for (const GSList* link = found.first(); link; link = link->next)
@@ -201,7 +218,7 @@ std::optional<std::map<QByteArray, QByteArray>> EvolutionClient::readAll() {
     Error error;
     auto all = allComponents(error);
     if (!all) {
-        isLost_ = true;
+        state_->isLost = true;
         return std::nullopt;
     }
     std::map<QByteArray, std::vector<QByteArray>> components;
@@ -229,23 +246,30 @@ EvolutionClient::Answer<std::optional<QByteArray>> EvolutionClient::read(const Q
 
 WriteError EvolutionClient::failure(const Error& error, const QString& title) {
     if (meansDisconnection(error)) {
-        isLost_ = true;
-        observer_.lost();
+        state_->isLost = true;
+        state_->observer.lost();
+        return noAnswerError(title_);
     }
     if (meansConflict(error)) {
         // The service keeps a copy of what is on the server, and has just learned that it is an old one.
         Error ignored;
-        const auto call = limit_.call();
-        (void)e_client_refresh_sync(client_.get(), call.cancellable(), ignored.out());
+        const auto waiting = call();
+        (void)e_client_refresh_sync(client_.get(), waiting.cancellable(), ignored.out());
         return conflictError(title);
     }
     if (error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_NOT_FOUND))
         return items::ChangedMeanwhile{};
-    if (error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_PERMISSION_DENIED)) {
-        const Text name(e_source_dup_display_name(e_client_get_source(client_.get())));
-        return readOnlyError(QString::fromUtf8(name.get()));
-    }
-    return serviceError(error.message());
+    if (error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_ID_ALREADY_EXISTS))
+        return alreadyThere(title, title_);
+    if (error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_PERMISSION_DENIED))
+        return readOnlyError(title_);
+    return refused(reasonIn(error));
+}
+
+WriteError EvolutionClient::writeFailure(const Error& error, const QString& title) {
+    const bool isLost = meansDisconnection(error);
+    WriteError result = failure(error, title);
+    return isLost ? outcomeUnknownError(title, title_) : std::move(result);
 }
 
 void EvolutionClient::addZone(const QByteArray& definition) {
@@ -256,36 +280,55 @@ void EvolutionClient::addZone(const QByteArray& definition) {
     if (!i_cal_timezone_set_component(zone.get(), component.get()))
         return;
     Error error;
-    const auto call = limit_.call();
+    const auto waiting = call();
     // Without it the times are read by the zone's name all the same.
-    (void)e_cal_client_add_timezone_sync(calendar(), zone.get(), call.cancellable(), error.out());
+    (void)e_cal_client_add_timezone_sync(calendar(), zone.get(), waiting.cancellable(), error.out());
 }
 
 std::optional<WriteError> EvolutionClient::write(const QByteArray& uid, const ServiceChange& change,
                                                  const QString& title) {
     for (const QByteArray& zone : change.zones)
         addZone(zone);
+    CallLimit::noteWrite();
+    int steps = 0;
     Error error;
+    const auto failed = [&] {
+        WriteError reason = writeFailure(error, title);
+        const auto* const known = std::get_if<EKError>(&reason);
+        const bool saysNothingWasWritten = !known || known->code == EKError::Code::conflict;
+        return steps > 0 && saysNothingWasWritten ? partlyWritten(title) : std::move(reason);
+    };
     // The service notes by itself that the dates are left out; what the item itself then says comes after it.
     for (const ServicePart& part : change.removed) {
         const Ref<ICalComponent> component = componentFrom(part.text);
         const Text date(component ? e_cal_util_component_get_recurid_as_string(component.get()) : nullptr);
-        const auto call = limit_.call();
+        const auto waiting = call();
         if (!e_cal_client_remove_object_sync(calendar(), uid.constData(), date.get(), E_CAL_OBJ_MOD_THIS,
-                                             E_CAL_OPERATION_FLAG_CONFLICT_FAIL, call.cancellable(),
+                                             E_CAL_OPERATION_FLAG_CONFLICT_FAIL, waiting.cancellable(),
                                              error.out()) &&
             !error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_NOT_FOUND))
-            return failure(error, title);
+            return failed();
+        ++steps;
     }
     for (const ServicePart& part : change.written) {
-        const Ref<ICalComponent> component = componentFrom(part.text);
+        QByteArray text = part.text;
+        if (steps > 0) {
+            // The step before gave the item another version on the server.
+            const auto present = componentsOf(uid, error);
+            if (!present)
+                return failed();
+            if (!present->empty())
+                text = withServerVersionOf(present->front(), text);
+        }
+        const Ref<ICalComponent> component = componentFrom(text);
         if (!component)
-            return serviceError(QString::fromUtf8(part.text));
-        const auto call = limit_.call();
+            return notUnderstood();
+        const auto waiting = call();
         if (!e_cal_client_modify_object_sync(
                 calendar(), component.get(), part.date.isEmpty() ? E_CAL_OBJ_MOD_ALL : E_CAL_OBJ_MOD_THIS,
-                E_CAL_OPERATION_FLAG_CONFLICT_FAIL, call.cancellable(), error.out()))
-            return failure(error, title);
+                E_CAL_OPERATION_FLAG_CONFLICT_FAIL, waiting.cancellable(), error.out()))
+            return failed();
+        ++steps;
     }
     return std::nullopt;
 }
@@ -302,52 +345,61 @@ bool EvolutionClient::writeAll(const std::vector<ServiceChange>& changes) {
         for (const QByteArray& zone : change.zones)
             addZone(zone);
     }
+    CallLimit::noteWrite();
     GSList* list = nullptr;
     for (auto component = components.rbegin(); component != components.rend(); ++component)
         list = g_slist_prepend(list, component->get());
     Error error;
-    const auto call = limit_.call();
-    const bool isDone =
-        e_cal_client_modify_objects_sync(calendar(), list, E_CAL_OBJ_MOD_ALL,
-                                         E_CAL_OPERATION_FLAG_CONFLICT_FAIL, call.cancellable(), error.out());
+    const auto waiting = call();
+    const bool isDone = e_cal_client_modify_objects_sync(calendar(), list, E_CAL_OBJ_MOD_ALL,
+                                                         E_CAL_OPERATION_FLAG_CONFLICT_FAIL,
+                                                         waiting.cancellable(), error.out());
     g_slist_free(list);
     return isDone;
 }
 
 std::optional<WriteError> EvolutionClient::remove(const QByteArray& uid, const QString& title) {
+    CallLimit::noteWrite();
     Error error;
-    const auto call = limit_.call();
-    if (!e_cal_client_remove_object_sync(calendar(), uid.constData(), nullptr, E_CAL_OBJ_MOD_ALL,
-                                         E_CAL_OPERATION_FLAG_CONFLICT_FAIL, call.cancellable(), error.out()))
-        return failure(error, title);
-    return std::nullopt;
+    {
+        const auto waiting = call();
+        if (e_cal_client_remove_object_sync(calendar(), uid.constData(), nullptr, E_CAL_OBJ_MOD_ALL,
+                                            E_CAL_OPERATION_FLAG_CONFLICT_FAIL, waiting.cancellable(),
+                                            error.out()))
+            return std::nullopt;
+    }
+    return writeFailure(error, title);
 }
 
-EvolutionClient::Answer<QByteArray> EvolutionClient::create(const QByteArray& uid,
-                                                            const ServiceChange& content) {
+EvolutionClient::Answer<QByteArray>
+EvolutionClient::create(const QByteArray& uid, const ServiceChange& content, const QString& title) {
     for (const QByteArray& zone : content.zones)
         addZone(zone);
+    CallLimit::noteWrite();
     QByteArray result = uid;
     bool isFirst = true;
     for (const ServicePart& part : content.written) {
         const Ref<ICalComponent> component = componentFrom(part.text);
         if (!component)
-            return tl::unexpected(WriteError(serviceError(QString::fromUtf8(part.text))));
+            return tl::unexpected(WriteError(notUnderstood()));
         Error error;
         gchar* given = nullptr;
-        const auto call = limit_.call();
-        const bool isDone =
-            isFirst
-                ? e_cal_client_create_object_sync(calendar(), component.get(), E_CAL_OPERATION_FLAG_NONE,
-                                                  &given, call.cancellable(), error.out())
-                : e_cal_client_modify_object_sync(calendar(), component.get(), E_CAL_OBJ_MOD_THIS,
-                                                  E_CAL_OPERATION_FLAG_NONE, call.cancellable(), error.out());
+        const auto send = [&] {
+            const auto waiting = call();
+            return isFirst ? e_cal_client_create_object_sync(calendar(), component.get(),
+                                                             E_CAL_OPERATION_FLAG_NONE, &given,
+                                                             waiting.cancellable(), error.out())
+                           : e_cal_client_modify_object_sync(calendar(), component.get(), E_CAL_OBJ_MOD_THIS,
+                                                             E_CAL_OPERATION_FLAG_NONE, waiting.cancellable(),
+                                                             error.out());
+        };
+        const bool isDone = send();
         const Text owned(given);
         if (!isDone) {
-            WriteError reason = failure(error, QString::fromUtf8(uid));
+            WriteError reason = writeFailure(error, title);
             // Half of an item does not stay.
             if (!isFirst)
-                (void)remove(result, {});
+                (void)remove(result, title);
             return tl::unexpected(std::move(reason));
         }
         if (isFirst && given && *given)

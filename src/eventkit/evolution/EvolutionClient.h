@@ -9,6 +9,7 @@
 
 #include <libecal/libecal.h>
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
@@ -18,26 +19,29 @@
 
 namespace kestrant::evolution {
 
-/// One task list or calendar of the service, as it is stored there. Thread: that of a GlibWorker; blocks for
-/// the service as long as the limit allows.
+/// One task list or calendar of the service, as it is stored there. Thread: made on that of a GlibWorker, on
+/// which the observer is called, then any whose turn it is; blocks for the service as long as the limit
+/// allows.
 class EvolutionClient {
   public:
     /// Told about items (by UID) that others, or this program, changed; about the list itself, when there are
-    /// none; about the connection, when it is lost. Comes between two calls.
+    /// none; about the connection, when it is lost.
     struct Observer {
         std::function<void(std::set<QByteArray> uids)> itemsChanged;
         std::function<void()> propertiesChanged;
         std::function<void()> lost;
     };
 
-    /// `error` receives the service's own description.
-    [[nodiscard]] static std::unique_ptr<EvolutionClient>
-    connect(ESource* source, EKEntityType type, CallLimit& limit, Observer observer, QString& error);
+    /// Null with `reason`.
+    [[nodiscard]] static std::shared_ptr<EvolutionClient>
+    connect(ESource* source, EKEntityType type, CallLimit& limit, Observer observer, TextPair& reason);
     EvolutionClient(const EvolutionClient&) = delete;
     EvolutionClient& operator=(const EvolutionClient&) = delete;
     ~EvolutionClient();
 
-    [[nodiscard]] bool isLost() const { return isLost_; }
+    [[nodiscard]] bool isLost() const { return state_->isLost; }
+    /// The list's.
+    [[nodiscard]] const QString& title() const { return title_; }
     [[nodiscard]] bool isWritable() const;
     [[nodiscard]] QByteArrayView componentName() const { return componentName_; }
 
@@ -48,7 +52,8 @@ class EvolutionClient {
     using Answer = tl::expected<Value, items::WriteError>;
     /// An item as a file; absent when there is none.
     [[nodiscard]] Answer<std::optional<QByteArray>> read(const QByteArray& uid);
-    /// Writes what differs. `title` is what a conflict is called by.
+    /// Writes what differs. `title` is what a conflict is called by. Like every function that writes it fails
+    /// with outcomeUnknown where the connection was lost meanwhile.
     [[nodiscard]] std::optional<items::WriteError> write(const QByteArray& uid, const ServiceChange& change,
                                                          const QString& title);
     /// Writes many items in one call. False where they have to be written one by one; some of them may be
@@ -56,26 +61,37 @@ class EvolutionClient {
     [[nodiscard]] bool writeAll(const std::vector<ServiceChange>& changes);
     [[nodiscard]] std::optional<items::WriteError> remove(const QByteArray& uid, const QString& title);
     /// The result is the UID it has now.
-    [[nodiscard]] Answer<QByteArray> create(const QByteArray& uid, const ServiceChange& content);
+    [[nodiscard]] Answer<QByteArray> create(const QByteArray& uid, const ServiceChange& content,
+                                            const QString& title);
 
   private:
+    /// What signals of the service tell, on another thread.
+    struct State {
+        Observer observer;
+        std::atomic<bool> isLost = false;
+    };
+    using StateRef = std::shared_ptr<State>;
+
     EvolutionClient(Ref<EClient> client, EKEntityType type, CallLimit& limit, Observer observer);
 
     [[nodiscard]] ECalClient* calendar() const { return E_CAL_CLIENT(client_.get()); }
     [[nodiscard]] std::optional<std::vector<QByteArray>> allComponents(Error& error);
     [[nodiscard]] std::optional<std::vector<QByteArray>> componentsOf(const QByteArray& uid, Error& error);
-    void observe();
-    void stopObserving();
+    void observe(GCancellable* cancellable);
+    void listen(gpointer object, const char* signal, GCallback handler);
+    [[nodiscard]] CallLimit::Call call() { return limit_.call(title_); }
     [[nodiscard]] QByteArray fileFrom(std::vector<QByteArray> components);
     [[nodiscard]] QByteArray zoneDefinition(const QByteArray& name);
     void addZone(const QByteArray& definition);
     /// What a failed call means.
     [[nodiscard]] items::WriteError failure(const Error& error, const QString& title);
-    static void objectsTold(ECalClientView* view, const GSList* components, gpointer self);
-    static void objectsRemoved(ECalClientView* view, const GSList* identifiers, gpointer self);
+    [[nodiscard]] items::WriteError writeFailure(const Error& error, const QString& title);
+    static void objectsTold(ECalClientView* view, const GSList* components, gpointer state);
+    static void objectsRemoved(ECalClientView* view, const GSList* identifiers, gpointer state);
 
     CallLimit& limit_;
-    Observer observer_;
+    StateRef state_;
+    QString title_;
     Ref<EClient> client_;
     /// Null where the client library has to read.
     std::unique_ptr<ServiceReader> reader_;
@@ -83,7 +99,6 @@ class EvolutionClient {
     Ref<ECalClientView> view_;
     std::vector<std::pair<GObject*, gulong>> handlers_;
     std::map<QByteArray, QByteArray> zones_;
-    bool isLost_ = false;
 };
 
 }  // namespace kestrant::evolution

@@ -1,7 +1,7 @@
 #include "eventkit/evolution/EvolutionEventStore.h"
 
 #include "eventkit/evolution/EvolutionStorage.h"
-#include "eventkit/evolution/GlibWorker.h"
+#include "eventkit/evolution/SourceQueues.h"
 
 #include <utility>
 
@@ -9,11 +9,16 @@ namespace kestrant {
 
 EvolutionEventStore::EvolutionEventStore(Scheduler& scheduler, const Clock& clock,
                                          const CurrentCalendar& calendar, std::chrono::milliseconds longest)
+    : EvolutionEventStore(scheduler, clock, calendar, longest, new evolution::SourceQueues) {}
+
+EvolutionEventStore::EvolutionEventStore(Scheduler& scheduler, const Clock& clock,
+                                         const CurrentCalendar& calendar, std::chrono::milliseconds longest,
+                                         evolution::SourceQueues* queues)
     : ItemEventStore(
           scheduler, clock, calendar,
           [&](items::StorageObserver observer) {
-              return std::make_unique<evolution::EvolutionStorage>(std::move(observer), longest);
+              return std::make_unique<evolution::EvolutionStorage>(std::move(observer), longest, queues);
           },
-          std::make_unique<evolution::GlibWorker>()) {}
+          std::unique_ptr<items::WorkQueues>(queues)) {}
 
 }  // namespace kestrant

@@ -1,6 +1,8 @@
 #include "eventkit/EKErrors.h"
 #include "eventkit/evolution/EvolutionStorage.h"
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 // Reading and writing items one by one and many at once.
@@ -14,6 +16,8 @@ using items::WriteError;
 
 namespace {
 
+using namespace std::chrono_literals;
+
 StoredText stored(QByteArray text) {
     const items::Version version = versionOf(text);
     return {version, std::move(text)};
@@ -25,6 +29,15 @@ QString titleIn(const Document& document, QByteArrayView name) {
     const auto title = components.empty() ? std::nullopt : components.front().property("SUMMARY");
     return title ? QString::fromUtf8(title->value) : QString();
 }
+
+/// The error where nobody knows whether something was written.
+const EKError* whereUnknown(const WriteError& error) {
+    const auto* const known = std::get_if<EKError>(&error);
+    return known && known->code == EKError::Code::outcomeUnknown ? known : nullptr;
+}
+
+constexpr std::chrono::milliseconds firstPause = 50ms;
+constexpr std::chrono::milliseconds longestPause = 60s;
 
 }  // namespace
 
@@ -44,18 +57,20 @@ std::optional<EKError> EvolutionStorage::reasonNotToChange(const Place&) {
     return std::nullopt;
 }
 
-std::optional<WriteError> EvolutionStorage::reasonNotToWrite(const Place& place,
-                                                             const items::Version& expected) {
-    const auto present = read(place);
+tl::expected<StoredText, WriteError> EvolutionStorage::readToChange(const Place& place,
+                                                                    const items::Version& expected) {
+    auto present = read(place);
     if (!present)
-        return present.error();
+        return tl::unexpected(WriteError(std::move(present.error())));
     if (!*present || (*present)->version != expected)
-        return items::ChangedMeanwhile{};
-    return std::nullopt;
+        return tl::unexpected(WriteError(items::ChangedMeanwhile{}));
+    return std::move(**present);
 }
 
 tl::expected<StoredText, WriteError> EvolutionStorage::readBack(const Place& place) {
     auto text = read(place);
+    if (!text && text.error().code == EKError::Code::storage)
+        text = readOnceItAnswers(place, text.error());
     if (!text)
         return tl::unexpected(WriteError(std::move(text.error())));
     if (!*text)
@@ -63,18 +78,39 @@ tl::expected<StoredText, WriteError> EvolutionStorage::readBack(const Place& pla
     return std::move(**text);
 }
 
+tl::expected<std::optional<StoredText>, EKError> EvolutionStorage::readOnceItAnswers(const Place& place,
+                                                                                     const EKError& unknown) {
+    for (auto pause = firstPause; limit_.pause(pause); pause = std::min(2 * pause, longestPause)) {
+        auto present = read(place);
+        // Any other error than a silence is an answer.
+        if (present || present.error().code != EKError::Code::storage)
+            return present;
+    }
+    return tl::unexpected(unknown);
+}
+
 tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& place, const Document& before,
                                                                const Document& after,
                                                                const items::Version& expected) {
-    if (auto reason = reasonNotToWrite(place, expected))
-        return tl::unexpected(std::move(*reason));
+    if (const auto present = readToChange(place, expected); !present)
+        return tl::unexpected(present.error());
     const auto client = openClient(place.collection);
     if (!client)
         return tl::unexpected(WriteError(client.error()));
     const QByteArrayView name = (*client)->componentName();
-    if (auto error = (*client)->write(place.file, changeBetween(before, after, name), titleIn(before, name)))
+    auto error = (*client)->write(place.file, changeBetween(before, after, name), titleIn(before, name));
+    if (!error)
+        return readBack(place);
+    const EKError* const unknown = whereUnknown(*error);
+    if (!unknown)
         return tl::unexpected(std::move(*error));
-    return readBack(place);
+    auto present = readOnceItAnswers(place, *unknown);
+    if (!present)
+        return tl::unexpected(WriteError(std::move(present.error())));
+    // It was as expected a moment before, so that what is another text is what was written.
+    if (!*present || (*present)->version == expected)
+        return tl::unexpected(WriteError(items::ChangedMeanwhile{}));
+    return std::move(**present);
 }
 
 std::vector<tl::expected<std::optional<StoredText>, EKError>>
@@ -84,8 +120,9 @@ EvolutionStorage::readAll(const std::vector<Place>& places) {
         ++counts[place.collection];
     std::map<QByteArray, std::optional<std::map<QByteArray, QByteArray>>> whole;
     for (const auto& [collection, count] : counts) {
-        const auto client = count > mostReadAlone ? openClient(collection) : nullptr;
-        if (client && *client)
+        if (count <= mostReadAlone)
+            continue;
+        if (const auto client = openClient(collection))
             whole[collection] = (*client)->readAll();
     }
     std::vector<tl::expected<std::optional<StoredText>, EKError>> results;
@@ -157,12 +194,22 @@ EvolutionStorage::replaceAll(const std::vector<Replacement>& replacements) {
 }
 
 std::optional<WriteError> EvolutionStorage::remove(const Place& place, const items::Version& expected) {
-    if (auto reason = reasonNotToWrite(place, expected))
-        return reason;
+    const auto present = readToChange(place, expected);
+    if (!present)
+        return present.error();
     const auto client = openClient(place.collection);
     if (!client)
         return client.error();
-    return (*client)->remove(place.file, QString::fromUtf8(place.file));
+    const auto document = Document::parse(present->text);
+    auto error =
+        (*client)->remove(place.file, document ? titleIn(*document, (*client)->componentName()) : QString());
+    const EKError* const unknown = error ? whereUnknown(*error) : nullptr;
+    if (!unknown)
+        return error;
+    const auto left = readOnceItAnswers(place, *unknown);
+    if (!left)
+        return left.error();
+    return *left ? std::optional<WriteError>(items::ChangedMeanwhile{}) : std::nullopt;
 }
 
 tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const QByteArray& collection,
@@ -176,15 +223,26 @@ tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const 
     const auto client = openClient(collection);
     if (!client)
         return tl::unexpected(client.error());
-    const auto created =
-        (*client)->create(uid, changeBetween(Document::make(), document, (*client)->componentName()));
-    if (!created)
-        return failed(created.error());
-    const Place place{collection, *created};
-    auto text = readBack(place);
-    if (!text)
-        return failed(std::move(text.error()));
-    return Created{place, *created, std::move(*text)};
+    const QByteArrayView name = (*client)->componentName();
+    auto created =
+        (*client)->create(uid, changeBetween(Document::make(), document, name), titleIn(document, name));
+    if (created) {
+        const Place place{collection, *created};
+        auto text = readBack(place);
+        if (!text)
+            return failed(std::move(text.error()));
+        return Created{place, *created, std::move(*text)};
+    }
+    const EKError* const unknown = whereUnknown(created.error());
+    if (!unknown)
+        return failed(std::move(created.error()));
+    const Place place{collection, uid};
+    auto present = readOnceItAnswers(place, *unknown);
+    if (!present)
+        return tl::unexpected(std::move(present.error()));
+    if (!*present)
+        return tl::unexpected(noAnswerError((*client)->title()));
+    return Created{place, uid, std::move(**present)};
 }
 
 }  // namespace kestrant::evolution

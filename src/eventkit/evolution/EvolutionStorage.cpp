@@ -1,10 +1,11 @@
 #include "eventkit/evolution/EvolutionStorage.h"
 
 #include "eventkit/EKErrors.h"
+#include "eventkit/evolution/ServiceErrors.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <mutex>
-#include <thread>
 #include <tuple>
 #include <utility>
 
@@ -21,29 +22,32 @@ using namespace std::chrono_literals;
 
 /// How long each call may take when the program ends.
 constexpr auto longestAtTheEnd = 1s;
+/// What calls that were cancelled need to end.
+constexpr auto grace = 1s;
 
-EKError noService(const QString& detail) {
-    const TextPair pair = text("The desktop’s calendar service cannot be reached: %1",
-                               "Le service d’agenda du bureau est injoignable : %1");
-    return {EKError::Code::storage, {pair.english.arg(detail), pair.french.arg(detail)}};
+EKError noService(const TextPair& reason) {
+    const TextPair pair = text("The desktop’s calendar service cannot be used: %1.",
+                               "Le service d’agenda du bureau est inutilisable : %1.");
+    return {EKError::Code::storage, {pair.english.arg(reason.english), pair.french.arg(reason.french)}};
 }
 
-TextPair slowService() {
-    return text("The desktop’s calendar service takes long to answer. Changes wait until it does.",
-                "Le service d’agenda du bureau tarde à répondre. Les changements attendent sa réponse.");
+TextPair slowAnswer(const std::set<QString>& lists) {
+    if (lists.size() != 1 || lists.begin()->isEmpty())
+        return text("The desktop’s calendar service takes long to answer. Changes wait until it does.",
+                    "Le service d’agenda du bureau tarde à répondre. Les changements attendent sa réponse.");
+    const TextPair pair = text("“%1” takes long to answer. Changes to it wait until it does.",
+                               "« %1 » tarde à répondre. Ses changements attendent sa réponse.");
+    return {pair.english.arg(*lists.begin()), pair.french.arg(*lists.begin())};
 }
 
-TextPair silentList(const QString& title, const QString& detail) {
-    const TextPair pair = text("“%1” does not answer; it is shown as it was last seen.",
-                               "« %1 » ne répond pas ; la liste est affichée telle qu’elle était.");
-    const QString reason = detail.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(detail);
-    return {pair.english.arg(title) + reason, pair.french.arg(title) + reason};
+TextPair silentList(const QString& title, const TextPair& reason) {
+    const TextPair pair = text("“%1” does not answer; it is shown as it was last seen (%2).",
+                               "« %1 » ne répond pas ; la liste est affichée telle qu’elle était (%2).");
+    return {pair.english.arg(title, reason.english), pair.french.arg(title, reason.french)};
 }
 
-EKError listDoesNotAnswer(const QString& title) {
-    const TextPair pair =
-        text("“%1” does not answer. Nothing was written.", "« %1 » ne répond pas. Rien n’a été enregistré.");
-    return {EKError::Code::storage, {pair.english.arg(title), pair.french.arg(title)}};
+TextPair noAnswerInTime() {
+    return text("there was no answer in time", "il n’a pas répondu à temps");
 }
 
 QString titleOf(ESource* source) {
@@ -68,10 +72,15 @@ class EvolutionStorage::Listener {
         if (observer_.changed)
             observer_.changed(changes);
     }
-    void tellOfWaiting(bool waits) {
+    void tellOfWaiting(const std::set<QString>& lists) {
         const std::lock_guard lock(mutex_);
         if (observer_.waits)
-            observer_.waits(waits ? std::optional(slowService()) : std::nullopt);
+            observer_.waits(lists.empty() ? std::nullopt : std::optional(slowAnswer(lists)));
+    }
+    void tellOfOverdue(const QByteArray& queue, const QString& list) {
+        const std::lock_guard lock(mutex_);
+        if (observer_.overdue)
+            observer_.overdue(queue, list);
     }
     void end() {
         const std::lock_guard lock(mutex_);
@@ -83,9 +92,15 @@ class EvolutionStorage::Listener {
     items::StorageObserver observer_;
 };
 
-EvolutionStorage::EvolutionStorage(items::StorageObserver observer, std::chrono::milliseconds longestCall)
+EvolutionStorage::EvolutionStorage(items::StorageObserver observer, std::chrono::milliseconds longest,
+                                   SourceQueues* queues)
     : listener_(std::make_shared<Listener>(std::move(observer)))
-    , limit_(longestCall, [listener = listener_](bool isSlow) { listener->tellOfWaiting(isSlow); }) {}
+    , limit_(
+          longest,
+          {.slow = [listener = listener_](const std::set<QString>& lists) { listener->tellOfWaiting(lists); },
+           .overdue = [listener = listener_](const QByteArray& queue,
+                                             const QString& list) { listener->tellOfOverdue(queue, list); }})
+    , queues_(queues) {}
 
 EvolutionStorage::~EvolutionStorage() {
     close();
@@ -95,16 +110,20 @@ std::optional<EKError> EvolutionStorage::open() {
     if (registry_)
         return std::nullopt;
     Error error;
-    const auto call = limit_.call();
-    registry_.reset(e_source_registry_new_sync(call.cancellable(), error.out()));
-    if (!registry_)
-        return noService(error.message());
+    Ref<ESourceRegistry> registry;
+    {
+        const auto call = limit_.call({});
+        registry.reset(e_source_registry_new_sync(call.cancellable(), error.out()));
+    }
+    if (!registry)
+        return noService(reasonIn(error));
+    registry_ = std::move(registry);
     observeRegistry();
     return std::nullopt;
 }
 
 void EvolutionStorage::hurry() {
-    limit_.setLongest(longestAtTheEnd);
+    limit_.hurry(longestAtTheEnd);
 }
 
 void EvolutionStorage::close() {
@@ -131,6 +150,8 @@ void EvolutionStorage::observeRegistry() {
 
 std::map<QByteArray, EvolutionStorage::List> EvolutionStorage::enabledLists() {
     std::map<QByteArray, List> result;
+    if (!registry_)
+        return result;
     for (const EKEntityType type : {EKEntityType::reminder, EKEntityType::event}) {
         const ObjectList<GList> sources(e_source_registry_list_enabled(
             registry_.get(),
@@ -146,49 +167,201 @@ std::map<QByteArray, EvolutionStorage::List> EvolutionStorage::enabledLists() {
     return result;
 }
 
-EvolutionClient* EvolutionStorage::clientFor(const QByteArray& uid, const List& list, QString& error) {
-    auto& client = clients_[uid];
-    if (client && client->isLost())
-        client.reset();
-    if (!client) {
-        client =
-            EvolutionClient::connect(list.source.get(), list.type, limit_,
-                                     {.itemsChanged =
-                                          [this, uid](std::set<QByteArray> items) {
-                                              listener_->tell({.files = {{uid, std::move(items)}}});
-                                          },
-                                      .propertiesChanged = [this] { listener_->tell({.collections = true}); },
-                                      .lost =
-                                          [this, uid] {
-                                              listener_->tell({.files = {{uid, {}}}});
-                                          }},
-                                     error);
-    }
-    return client.get();
+std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& uid, const List& list,
+                                                             TextPair& reason) {
+    const auto known = [&] {
+        const auto found = clients_.find(uid);
+        return found != clients_.end() && !found->second->isLost() ? found->second : nullptr;
+    };
+    if (auto client = known())
+        return client;
+    clients_.erase(uid);
+    auto client = EvolutionClient::connect(
+        list.source.get(), list.type, limit_,
+        {.itemsChanged =
+             [listener = listener_, uid](std::set<QByteArray> items) {
+                 listener->tell({.files = {{uid, std::move(items)}}});
+             },
+         .propertiesChanged = [listener = listener_] { listener->tell({.collections = true}); },
+         .lost =
+             [listener = listener_, uid] {
+                 listener->tell({.files = {{uid, {}}}});
+             }},
+        reason);
+    // Somebody else may have connected meanwhile.
+    if (auto other = known())
+        return other;
+    if (client)
+        clients_[uid] = client;
+    return client;
 }
 
 bool EvolutionStorage::update(Library& library, const Changes& changes, const ZoneCalendar& local) {
     if (!registry_)
         return false;
     const auto lists = enabledLists();
-    bool changed = std::erase_if(library.collections, [&](const auto& collection) {
-                       return !lists.contains(collection.first);
-                   }) > 0;
-    std::erase_if(clients_, [&](const auto& client) { return !lists.contains(client.first); });
-    std::erase_if(silent_, [&](const auto& list) { return !lists.contains(list.first); });
+    bool changed = updateLists(library, lists);
+    const bool readsAll = changes.everything && (!queues_ || !hasRead_);
+    if (readsAll) {
+        readAllLists(library, lists, local);
+        hasRead_ = true;
+        changed = true;
+    }
     for (const auto& [uid, list] : lists) {
-        const bool isNew = !library.collections.contains(uid);
         const auto named = changes.files.find(uid);
-        const std::set<QByteArray> none;
-        // Without names, everything in the list is compared.
-        const bool isAll =
-            isNew || changes.everything || !clients_.contains(uid) || silent_.contains(uid) ||
-            (named != changes.files.end() && (named->second.empty() || named->second.size() > mostReadAlone));
-        const std::set<QByteArray>* items = named == changes.files.end() ? &none : &named->second;
-        changed = updateList(library.collections[uid], uid, list, isAll ? nullptr : items, local) || isNew ||
-                  changed;
+        if (named != changes.files.end() && !readsAll)
+            changed = readList(library, uid, list, named->second, local) || changed;
+        else if (!readsAll && (changes.everything || (!clients_.contains(uid) && !silent_.contains(uid))))
+            // Not now: it would hold up the queue that this is done in.
+            listener_->tell({.files = {{uid, {}}}});
     }
     return updateDefaults(library) || changed;
+}
+
+bool EvolutionStorage::updateLists(Library& library, const std::map<QByteArray, List>& lists) {
+    const auto isGone = [&](const auto& entry) { return !lists.contains(entry.first); };
+    bool changed = std::erase_if(library.collections, isGone) > 0;
+    std::erase_if(clients_, isGone);
+    std::erase_if(silent_, isGone);
+    for (auto& [uid, collection] : library.collections)
+        changed = describe(collection, uid, lists.at(uid)) || changed;
+    return changed;
+}
+
+bool EvolutionStorage::describe(Collection& collection, const QByteArray& uid, const List& list) {
+    ESourceSelectable* const selectable = selectableOf(list.source.get(), list.type);
+    const Text color(e_source_selectable_dup_color(selectable));
+    const guint order = e_source_selectable_get_order(selectable);
+    const auto client = clients_.find(uid);
+    const std::tuple now(
+        titleOf(list.source.get()), color ? Color::parse(QString::fromUtf8(color.get())) : std::nullopt,
+        order > 0 ? std::optional(static_cast<int>(order)) : std::nullopt, std::optional(list.type),
+        client != clients_.end() && !silent_.contains(uid) && client->second->isWritable());
+    auto present = std::tie(collection.title, collection.color, collection.order, collection.holdsOnly,
+                            collection.isWritable);
+    if (present == now)
+        return false;
+    present = now;
+    return true;
+}
+
+void EvolutionStorage::readAllLists(Library& library, const std::map<QByteArray, List>& lists,
+                                    const ZoneCalendar& local) {
+    if (!queues_) {
+        for (const auto& [uid, list] : lists)
+            readList(library, uid, list, {}, local);
+        return;
+    }
+    struct Reading {
+        std::mutex mutex;
+        std::condition_variable changed;
+        std::set<QByteArray> awaited;
+        bool isOver = false;
+    };
+    const auto reading = std::make_shared<Reading>();
+    for (const auto& [uid, list] : lists)
+        reading->awaited.insert(uid);
+    for (const auto& [uid, list] : lists) {
+        queues_->run(uid, [this, &library, uid = uid, local, reading] {
+            const auto present = enabledLists();
+            if (const auto found = present.find(uid); found != present.end())
+                readList(library, uid, found->second, {}, local);
+            const std::lock_guard lock(reading->mutex);
+            reading->awaited.erase(uid);
+            reading->changed.notify_one();
+            // Nobody has looked since at what it found.
+            if (reading->isOver)
+                listener_->tell({.files = {{uid, {}}}});
+        });
+    }
+    std::set<QByteArray> late;
+    {
+        const SourceQueues::Away away;
+        std::unique_lock lock(reading->mutex);
+        // Each ends with the limit by itself, but for what cannot be cancelled.
+        reading->changed.wait_for(lock, limit_.longest() + grace, [&] { return reading->awaited.empty(); });
+        reading->isOver = true;
+        late = reading->awaited;
+    }
+    for (const QByteArray& uid : late) {
+        Collection& collection = library.collections[uid];
+        (void)describe(collection, uid, lists.at(uid));
+        noteSilence(collection, uid, noAnswerInTime());
+    }
+}
+
+void EvolutionStorage::noteSilence(Collection& collection, const QByteArray& uid, const TextPair& reason) {
+    ++silent_[uid];
+    collection.isAnswering = false;
+    collection.isWritable = false;
+    collection.problem = silentList(collection.title, reason);
+}
+
+bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const List& list,
+                                const std::set<QByteArray>& named, const ZoneCalendar& local) {
+    // Many are read faster with all the others; and after a silence, anything may have changed.
+    const bool isAll = named.empty() || named.size() > mostReadAlone || !clients_.contains(uid) ||
+                       clients_[uid]->isLost() || silent_.contains(uid);
+    TextPair reason = noAnswerInTime();
+    const auto client = clientFor(uid, list, reason);
+    std::optional<std::map<QByteArray, QByteArray>> all;
+    std::map<QByteArray, std::optional<QByteArray>> some;
+    bool isSilent = !client;
+    if (client && isAll) {
+        all = client->readAll();
+        isSilent = !all;
+    } else if (client) {
+        for (const QByteArray& item : named) {
+            if (auto text = client->read(item))
+                some[item] = std::move(*text);
+            else
+                isSilent = true;
+        }
+    }
+    // It may have been taken away meanwhile.
+    if (!enabledLists().contains(uid))
+        return library.collections.erase(uid) > 0;
+    // A list is there once what is in it is known.
+    const auto [place, isNew] = library.collections.try_emplace(uid);
+    Collection& collection = place->second;
+    bool changed = describe(collection, uid, list) || isNew;
+    const items::ItemReader reader(uid, local);
+    const auto keep = [&](const QByteArray& item, const QByteArray& text) {
+        const items::Version version = versionOf(text);
+        const auto known = collection.files.try_emplace(item).first;
+        ItemFile& file = known->second;
+        if (file.version == version)
+            return;
+        file = reader.read(text, known->first);
+        file.version = version;
+        changed = true;
+    };
+    if (all) {
+        changed = std::erase_if(collection.files,
+                                [&](const auto& file) { return !all->contains(file.first); }) > 0 ||
+                  changed;
+        for (const auto& [item, text] : *all)
+            keep(item, text);
+    }
+    for (const auto& [item, text] : some) {
+        if (text)
+            keep(item, *text);
+        else
+            changed = collection.files.erase(item) > 0 || changed;
+    }
+    const auto state = [&] {
+        return std::tuple(collection.isWritable, collection.isAnswering, collection.problem);
+    };
+    const auto before = state();
+    if (isSilent) {
+        noteSilence(collection, uid, reason);
+    } else {
+        silent_.erase(uid);
+        collection.isAnswering = true;
+        collection.isWritable = client->isWritable();
+        collection.problem.reset();
+    }
+    return changed || before != state();
 }
 
 bool EvolutionStorage::updateDefaults(Library& library) const {
@@ -205,68 +378,6 @@ bool EvolutionStorage::updateDefaults(Library& library) const {
     return true;
 }
 
-bool EvolutionStorage::updateList(Collection& collection, const QByteArray& uid, const List& list,
-                                  const std::set<QByteArray>* named, const ZoneCalendar& local) {
-    ESourceSelectable* const selectable = selectableOf(list.source.get(), list.type);
-    const Text color(e_source_selectable_dup_color(selectable));
-    const guint order = e_source_selectable_get_order(selectable);
-    Collection read{.title = titleOf(list.source.get()),
-                    .color = color ? Color::parse(QString::fromUtf8(color.get())) : std::nullopt,
-                    .order = order > 0 ? std::optional(static_cast<int>(order)) : std::nullopt,
-                    .holdsOnly = list.type};
-
-    QString error;
-    EvolutionClient* const client = clientFor(uid, list, error);
-    bool changed = false;
-    bool isSilent = !client;
-    const items::ItemReader reader(uid, local);
-    const auto keep = [&](const QByteArray& item, const QByteArray& text) {
-        const items::Version version = versionOf(text);
-        const auto known = collection.files.try_emplace(item).first;
-        ItemFile& file = known->second;
-        if (file.version == version)
-            return;
-        file = reader.read(text, known->first);
-        file.version = version;
-        changed = true;
-    };
-    if (client && !named) {
-        if (const auto all = client->readAll()) {
-            changed = std::erase_if(collection.files,
-                                    [&](const auto& file) { return !all->contains(file.first); }) > 0;
-            for (const auto& [item, text] : *all)
-                keep(item, text);
-        } else {
-            isSilent = true;
-        }
-    } else if (client) {
-        for (const QByteArray& item : *named) {
-            const auto text = client->read(item);
-            if (text && *text)
-                keep(item, **text);
-            else if (text)
-                changed = collection.files.erase(item) > 0 || changed;
-            isSilent = isSilent || !text;
-        }
-    }
-    if (isSilent) {
-        ++silent_[uid];
-        read.problem = silentList(read.title, error);
-    } else {
-        silent_.erase(uid);
-        read.isWritable = client->isWritable();
-    }
-    const auto key = [](const Collection& c) {
-        return std::tie(c.title, c.color, c.order, c.isWritable, c.holdsOnly, c.problem);
-    };
-    if (key(collection) != key(read)) {
-        read.files = std::move(collection.files);
-        collection = std::move(read);
-        changed = true;
-    }
-    return changed;
-}
-
 std::optional<EvolutionStorage::Recheck> EvolutionStorage::recheck() const {
     if (silent_.empty())
         return std::nullopt;
@@ -278,21 +389,22 @@ std::optional<EvolutionStorage::Recheck> EvolutionStorage::recheck() const {
     return result;
 }
 
-tl::expected<EvolutionClient*, EKError> EvolutionStorage::openClient(const QByteArray& collection) {
+tl::expected<std::shared_ptr<EvolutionClient>, EKError>
+EvolutionStorage::openClient(const QByteArray& collection) {
     const auto lists = enabledLists();
     const auto list = lists.find(collection);
     if (list == lists.end())
         return tl::unexpected(calendarNotFoundError());
-    QString error;
-    EvolutionClient* const client = clientFor(collection, list->second, error);
+    TextPair reason;
+    auto client = clientFor(collection, list->second, reason);
     if (!client)
-        return tl::unexpected(listDoesNotAnswer(titleOf(list->second.source.get())));
+        return tl::unexpected(noAnswerError(titleOf(list->second.source.get())));
     return client;
 }
 
 tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library& library,
                                                                    const EKCalendar& calendar) {
-    const auto refuse = [](const Error& error) { return tl::unexpected(noService(error.message())); };
+    const auto refuse = [](const Error& error) { return tl::unexpected(noService(reasonIn(error))); };
     const EKEntityType type = calendar.allowsReminders ? EKEntityType::reminder : EKEntityType::event;
     Error error;
     if (calendar.calendarIdentifier.isEmpty()) {
@@ -305,14 +417,17 @@ tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library
         e_source_backend_set_backend_name(E_SOURCE_BACKEND(selectable), "local");
         const Color color = calendar.color.value_or(items::unusedColor(library));
         e_source_selectable_set_color(selectable, color.toString().toUtf8().constData());
-        const auto call = limit_.call();
-        if (!e_source_registry_commit_source_sync(registry_.get(), source.get(), call.cancellable(),
-                                                  error.out()))
+        const auto isCommitted = [&] {
+            const auto call = limit_.call({});
+            return e_source_registry_commit_source_sync(registry_.get(), source.get(), call.cancellable(),
+                                                        error.out());
+        };
+        if (!isCommitted())
             return refuse(error);
         const QByteArray uid = e_source_get_uid(source.get());
         // The process that keeps the items hears of the new list a moment later, and nothing tells when.
         for (auto pause = 5ms; !openClient(uid) && pause < 1s; pause *= 2)
-            std::this_thread::sleep_for(pause);
+            (void)limit_.pause(pause);
         return uid;
     }
     const auto lists = enabledLists();
@@ -326,8 +441,11 @@ tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library
     if (calendar.color)
         e_source_selectable_set_color(selectableOf(source, list->second.type),
                                       calendar.color->toString().toUtf8().constData());
-    const auto call = limit_.call();
-    if (!e_source_write_sync(source, call.cancellable(), error.out()))
+    const auto isWritten = [&] {
+        const auto call = limit_.call({});
+        return e_source_write_sync(source, call.cancellable(), error.out());
+    };
+    if (!isWritten())
         return refuse(error);
     return list->first;
 }

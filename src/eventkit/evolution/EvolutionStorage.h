@@ -3,23 +3,27 @@
 #include "eventkit/evolution/CallLimit.h"
 #include "eventkit/evolution/EvolutionClient.h"
 #include "eventkit/evolution/Glib.h"
+#include "eventkit/evolution/SourceQueues.h"
 #include "eventkit/items/ItemStorage.h"
 
 #include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace kestrant::evolution {
 
 /// The task lists and calendars of the desktop's calendar service: each enabled one is a collection, called
-/// by its UID, and each item in it a file, called by its UID. Thread: that of a GlibWorker, but for making
-/// and destroying it; blocks for the service, each call at most as long as the limit.
+/// by its UID, and each item in it a file, called by its UID. Thread: that of any piece of work whose turn it
+/// is, but for making and destroying it; blocks for the service as CallLimit says.
 class EvolutionStorage final : public items::ItemStorage {
   public:
-    /// `observer` is called on the worker's thread or another one, until close().
-    EvolutionStorage(items::StorageObserver observer, std::chrono::milliseconds longestCall);
+    /// `observer` is called on any thread, until close(). `queues` are those that it is used from, and where
+    /// each list is read in the queue of its name; without any all is done by the caller.
+    EvolutionStorage(items::StorageObserver observer, std::chrono::milliseconds longest,
+                     SourceQueues* queues = nullptr);
     ~EvolutionStorage() override;
 
     [[nodiscard]] std::optional<EKError> open() override;
@@ -58,17 +62,32 @@ class EvolutionStorage final : public items::ItemStorage {
     static void registryChanged(ESourceRegistry* registry, gpointer, gpointer listener);
     void observeRegistry();
     [[nodiscard]] std::map<QByteArray, List> enabledLists();
-    [[nodiscard]] EvolutionClient* clientFor(const QByteArray& uid, const List& list, QString& error);
-    bool updateList(items::Collection& collection, const QByteArray& uid, const List& list,
-                    const std::set<QByteArray>* named, const ZoneCalendar& local);
+    [[nodiscard]] std::shared_ptr<EvolutionClient> clientFor(const QByteArray& uid, const List& list,
+                                                             TextPair& reason);
+    /// Takes lists away that are gone, and sees what the others are called.
+    bool updateLists(items::Library& library, const std::map<QByteArray, List>& lists);
+    bool describe(items::Collection& collection, const QByteArray& uid, const List& list);
     bool updateDefaults(items::Library& library) const;
-    [[nodiscard]] tl::expected<EvolutionClient*, EKError> openClient(const QByteArray& collection);
+    /// Reads all lists, at the same time where there are queues, and waits as long as the limit.
+    void readAllLists(items::Library& library, const std::map<QByteArray, List>& lists,
+                      const ZoneCalendar& local);
+    /// What is in a list; all of it where no items are named.
+    bool readList(items::Library& library, const QByteArray& uid, const List& list,
+                  const std::set<QByteArray>& named, const ZoneCalendar& local);
+    /// The list keeps what was seen last, and is asked again later.
+    void noteSilence(items::Collection& collection, const QByteArray& uid, const TextPair& reason);
+    [[nodiscard]] tl::expected<std::shared_ptr<EvolutionClient>, EKError>
+    openClient(const QByteArray& collection);
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError> readBack(const items::Place& place);
+    /// What became of an item that was being written when the connection was lost: waits for the list to
+    /// answer again. Fails when the program ends before.
+    [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
+    readOnceItAnswers(const items::Place& place, const EKError& unknown);
     /// Which of `replacements` were written in one call for each list.
     [[nodiscard]] std::set<std::size_t> writeTogether(const std::vector<Replacement>& replacements);
-    /// Why nothing may be written: the item is gone or is not what it was.
-    [[nodiscard]] std::optional<items::WriteError> reasonNotToWrite(const items::Place& place,
-                                                                    const items::Version& expected);
+    /// The item as it is to be changed. Why nothing may be written, where it is gone or is not what it was.
+    [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
+    readToChange(const items::Place& place, const items::Version& expected);
 
     /// Told of changes until the end. The registry is one for the whole process and tells on the thread that
     /// came first, so this may be another one. Thread: any.
@@ -76,11 +95,13 @@ class EvolutionStorage final : public items::ItemStorage {
 
     std::shared_ptr<Listener> listener_;
     CallLimit limit_;
+    SourceQueues* queues_;
     Ref<ESourceRegistry> registry_;
     std::vector<gulong> handlers_;
-    std::map<QByteArray, std::unique_ptr<EvolutionClient>> clients_;
+    std::map<QByteArray, std::shared_ptr<EvolutionClient>> clients_;
     /// Lists that did not answer, and how often in a row.
     std::map<QByteArray, int> silent_;
+    bool hasRead_ = false;
 };
 
 }  // namespace kestrant::evolution

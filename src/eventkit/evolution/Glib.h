@@ -61,6 +61,7 @@ class Error {
     }
     [[nodiscard]] bool is(GQuark domain, int code) const { return g_error_matches(error_, domain, code); }
     [[nodiscard]] bool isIn(GQuark domain) const { return error_ && error_->domain == domain; }
+    [[nodiscard]] int code() const { return error_ ? error_->code : 0; }
     [[nodiscard]] QString message() const {
         return error_ ? QString::fromUtf8(error_->message).trimmed() : QString();
     }

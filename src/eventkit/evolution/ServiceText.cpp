@@ -1,5 +1,6 @@
 #include "eventkit/evolution/ServiceText.h"
 
+#include "eventkit/icalendar/ContentLine.h"
 #include "eventkit/icalendar/DateValue.h"
 
 #include <QCryptographicHash>
@@ -34,18 +35,6 @@ const ServicePart* findDate(const std::vector<ServicePart>& parts, const QByteAr
     return found == parts.end() ? nullptr : &*found;
 }
 
-QByteArray withServerVersionOf(const ServicePart& before, const QByteArray& after) {
-    auto component = Component::parse(after, "\r\n");
-    const auto present = Component::parse(before.text, "\r\n");
-    if (!component || !present)
-        return after;
-    if (const auto version = present->view().property(serverVersion))
-        component->set(*version, "\r\n");
-    else
-        component->remove(serverVersion);
-    return component->view().text();
-}
-
 }  // namespace
 
 std::vector<ServicePart> partsOf(const Document& document, QByteArrayView name) {
@@ -73,11 +62,26 @@ QByteArray uidOf(const QByteArray& component) {
         return end + 1 < component.size() && (component[end + 1] == ' ' || component[end + 1] == '\t');
     };
     // Nearly every one can be told without taking the component apart.
-    if (begin >= name.size() && end >= 0 && (nested < 0 || begin < nested) && !isFolded())
-        return component.mid(begin, end - begin).trimmed();
+    if (begin >= name.size() && end >= 0 && (nested < 0 || begin < nested) && !isFolded()) {
+        const QByteArrayView value = QByteArrayView(component).sliced(begin, end - begin).trimmed();
+        if (!value.contains('\\'))
+            return value.toByteArray();
+    }
     const auto parsed = Component::parse(component, "\r\n");
     const auto uid = parsed ? parsed->view().property("UID") : std::nullopt;
-    return uid ? uid->value : QByteArray();
+    return uid ? icalendar::unescapedText(uid->value.trimmed()).toUtf8() : QByteArray();
+}
+
+QByteArray withServerVersionOf(const QByteArray& present, const QByteArray& component) {
+    auto result = Component::parse(component, "\r\n");
+    const auto known = Component::parse(present, "\r\n");
+    if (!result || !known)
+        return component;
+    if (const auto version = known->view().property(serverVersion))
+        result->set(*version, "\r\n");
+    else
+        result->remove(serverVersion);
+    return result->view().text();
 }
 
 QByteArray fileOf(std::vector<QByteArray> components, const std::vector<QByteArray>& zones) {
@@ -119,9 +123,9 @@ ServiceChange changeBetween(const Document& before, const Document& after, QByte
         const ServicePart* const old = findDate(present, part.date);
         ServicePart written = part;
         if (old)
-            written.text = withServerVersionOf(*old, part.text);
+            written.text = withServerVersionOf(old->text, part.text);
         else if (!present.empty())
-            written.text = withServerVersionOf(present.front(), part.text);
+            written.text = withServerVersionOf(present.front().text, part.text);
         if (!old || old->text != written.text)
             result.written.push_back(std::move(written));
     }

@@ -26,8 +26,11 @@ struct ServicePart {
 /// Tells one text of an item from another.
 [[nodiscard]] items::Version versionOf(const QByteArray& text);
 
-/// The UID of a component; empty where it has none.
+/// The UID of a component as the service knows it, without escapes; empty where it has none.
 [[nodiscard]] QByteArray uidOf(const QByteArray& component);
+
+/// `component` with the version on the server that the service has noted in `present`.
+[[nodiscard]] QByteArray withServerVersionOf(const QByteArray& present, const QByteArray& component);
 
 /// The file made of these components, in an order that depends on nothing but what is in them, with these
 /// definitions of zones.

@@ -25,6 +25,9 @@ std::vector<ItemComponents> itemsAmong(const std::vector<ComponentView>& compone
             continue;
         const ComponentView component = components[static_cast<std::size_t>(i)];
         QByteArray uid = trimmedValue(component, "UID");
+        // Some write it with escapes, some without.
+        if (uid.contains('\\'))
+            uid = unescapedText(uid).toUtf8();
         QByteArray recurrenceId = trimmedValue(component, "RECURRENCE-ID");
         if (!recurrenceId.isEmpty()) {
             changes.push_back({std::move(uid), std::move(recurrenceId), i});

@@ -148,7 +148,7 @@ Document makeCompletedCopy(const QByteArray& uid, const Document& series, const 
         editor.remove(name);
     editor.remove(presentDateName);
     editor.setValue("UID", uid);
-    editor.append(Property{"RELATED-TO", {{"RELTYPE", "SIBLING"}}, item.key});
+    editor.append(Property{"RELATED-TO", {{"RELTYPE", "SIBLING"}}, escapedText(QString::fromUtf8(item.key))});
     document.add(todo);
     return document;
 }

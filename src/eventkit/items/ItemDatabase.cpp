@@ -24,7 +24,8 @@ EKCalendar calendarFrom(const QByteArray& name, const Collection& collection) {
             .allowsReminders = collection.holdsOnly ? collection.holdsOnly == EKEntityType::reminder
                                                     : holdsReminders || !holdsEvents,
             .allowsEvents = collection.holdsOnly ? collection.holdsOnly == EKEntityType::event
-                                                 : holdsEvents || !holdsReminders};
+                                                 : holdsEvents || !holdsReminders,
+            .isAnswering = collection.isAnswering};
 }
 
 std::vector<EKCalendar> orderedCalendars(const Library& library) {

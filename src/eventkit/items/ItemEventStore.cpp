@@ -1,6 +1,5 @@
 #include "eventkit/items/ItemEventStore.h"
 
-#include "eventkit/EKErrors.h"
 #include "eventkit/ReminderChanges.h"
 
 #include <algorithm>
@@ -20,7 +19,7 @@ constexpr Duration gatheringTime = 200ms;
 ItemEventStore::ItemEventStore(
     Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
     const std::function<std::unique_ptr<ItemStorage>(StorageObserver observer)>& makeStorage,
-    std::unique_ptr<BackgroundExecutor> worker)
+    std::unique_ptr<WorkQueues> queues)
     : scheduler_(scheduler)
     , clock_(clock)
     , calendar_(calendar)
@@ -29,13 +28,17 @@ ItemEventStore::ItemEventStore(
            .waits =
                [this](std::optional<TextPair> reason) {
                    onMain([this, reason = std::move(reason)] { storageWaits(reason); });
+               },
+           .overdue =
+               [this](const QByteArray& queue, const QString& list) {
+                   onMain([this, queue, list] { operationsOverdue(queue, list); });
                }}))
     , database_(*storage_)
-    , worker_(std::move(worker)) {}
+    , queues_(std::move(queues)) {}
 
 ItemEventStore::~ItemEventStore() {
     storage_->hurry();
-    worker_->run([this] { storage_->close(); });
+    queues_->finish([this] { storage_->close(); });
 }
 
 void ItemEventStore::onMain(std::function<void()> work) {
@@ -48,7 +51,7 @@ void ItemEventStore::onMain(std::function<void()> work) {
 void ItemEventStore::publish(bool announce) {
     onMain([this, snapshot = database_.snapshot(), recheck = database_.recheck(), announce] {
         // What the old one held is freed where that keeps nobody waiting.
-        worker_->run([old = std::exchange(snapshot_, snapshot)] {});
+        queues_->run({}, [old = std::exchange(snapshot_, snapshot)] {});
         if (!recheck)
             recheckTask_.cancel();
         else if (!recheckTask_.isPending())
@@ -73,11 +76,21 @@ void ItemEventStore::storageWaits(std::optional<TextPair> reason) {
 }
 
 void ItemEventStore::readChanges() {
-    worker_->run([this, changes = std::exchange(pendingChanges_, {}), local = calendar_.calendar()] {
-        const bool changed = database_.refresh(changes, local);
-        if (changed || database_.recheck())
-            publish(changed);
-    });
+    const auto read = [this, local = calendar_.calendar()](const QByteArray& queue, Changes changes) {
+        queues_->run(queue, [this, changes = std::move(changes), local] {
+            const bool changed = database_.refresh(changes, local);
+            if (changed || database_.recheck())
+                publish(changed);
+        });
+    };
+    Changes changes = std::exchange(pendingChanges_, {});
+    if (queues_->areSeveral()) {
+        for (auto& [collection, files] : std::exchange(changes.files, {}))
+            read(collection, {.files = {{collection, std::move(files)}}});
+        if (!changes.everything && !changes.collections)
+            return;
+    }
+    read({}, std::move(changes));
 }
 
 EKAuthorizationStatus ItemEventStore::authorizationStatus(EKEntityType) const {
@@ -93,7 +106,7 @@ void ItemEventStore::requestFullAccessToEvents(AccessCompletion completion) {
 }
 
 void ItemEventStore::requestAccess(AccessCompletion completion) {
-    worker_->run([this, completion = std::move(completion), local = calendar_.calendar()]() mutable {
+    queues_->run({}, [this, completion = std::move(completion), local = calendar_.calendar()]() mutable {
         std::optional<EKError> error;
         if (!database_.isOpen())
             error = database_.open(local);
@@ -134,8 +147,8 @@ std::optional<EKCalendar> ItemEventStore::defaultCalendarForNewEvents() const {
 }
 
 void ItemEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion completion) {
-    worker_->run(
-        [this, matching, completion = std::move(completion), local = calendar_.calendar()]() mutable {
+    queues_->run(
+        {}, [this, matching, completion = std::move(completion), local = calendar_.calendar()]() mutable {
             std::vector<EKReminderRef> result;
             if (database_.isOpen()) {
                 for (const Entry& entry : database_.snapshot()->reminders) {
@@ -161,69 +174,9 @@ std::shared_ptr<const EKReminderData> ItemEventStore::storedReminder(const QStri
     return found->data;
 }
 
-template <typename Change, typename Completion>
-void ItemEventStore::carryOut(Change change, Completion completion) {
-    worker_->run([this, change = std::move(change), now = clock_.now(), local = calendar_.calendar(),
-                  completion = std::move(completion)]() mutable {
-        const auto before = database_.snapshot();
-        auto result = change(now, local);
-        publish(database_.snapshot() != before);
-        onMain([completion = std::move(completion), result = std::move(result)]() mutable {
-            completion(std::move(result));
-        });
-    });
-}
-
-void ItemEventStore::save(const EKReminderRef& reminder, SaveCompletion completion) {
-    carryOut([this, edited = reminder->data, base = reminder->stored()](
-                 Instant now, const ZoneCalendar& local) { return database_.save(base, edited, now, local); },
-             [this, reminder, completion = std::move(completion)](auto result) {
-                 if (result) {
-                     if (auto stored = storedReminder(result->calendarItemIdentifier))
-                         reminder->setStored(std::move(stored));
-                 }
-                 completion(std::move(result));
-             });
-}
-
-void ItemEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) {
-    std::vector<ReminderEdit> edits;
-    for (const EKReminderRef& reminder : reminders)
-        edits.push_back({reminder->stored(), reminder->data});
-    carryOut([this, edits = std::move(edits)](
-                 Instant now, const ZoneCalendar& local) { return database_.saveAll(edits, now, local); },
-             [this, reminders, completion = std::move(completion)](auto results) {
-                 for (std::size_t i = 0; i < reminders.size(); ++i) {
-                     if (!results[i])
-                         continue;
-                     if (auto stored = storedReminder(results[i]->calendarItemIdentifier))
-                         reminders[i]->setStored(std::move(stored));
-                 }
-                 completion(std::move(results));
-             });
-}
-
-void ItemEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
-    carryOut([this, identifier = reminder->calendarItemIdentifier()](
-                 Instant, const ZoneCalendar& local) { return database_.remove(identifier, local); },
-             std::move(completion));
-}
-
-void ItemEventStore::revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
-                            SaveCompletion completion) {
-    carryOut(
-        [this, change = std::dynamic_pointer_cast<const ReminderChange>(change),
-         identifier](Instant now, const ZoneCalendar& local) -> tl::expected<EKSaveResult, EKError> {
-            if (!change)
-                return tl::unexpected(itemNotFoundError());
-            return database_.revert(*change, identifier, now, local);
-        },
-        std::move(completion));
-}
-
 void ItemEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
-    worker_->run(
-        [this, matching, completion = std::move(completion), local = calendar_.calendar()]() mutable {
+    queues_->run(
+        {}, [this, matching, completion = std::move(completion), local = calendar_.calendar()]() mutable {
             std::vector<EKEventRef> result;
             if (database_.isOpen()) {
                 if (database_.adopt(local))
@@ -244,50 +197,8 @@ EKEventRef ItemEventStore::event(const QString& withIdentifier) {
     return shown ? std::make_shared<EKEvent>(std::move(shown)) : nullptr;
 }
 
-void ItemEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion completion) {
-    carryOut(
-        [this, edited = event->data, base = event->stored()](Instant now, const ZoneCalendar& local) {
-            return database_.saveEvent(base, edited, now, local);
-        },
-        [this, event, completion = std::move(completion)](auto result) {
-            if (result) {
-                const QString& identifier = result->calendarItemIdentifier;
-                auto shown = snapshot_->event(identifier, event->data.occurrenceDate);
-                if (!shown)
-                    shown = snapshot_->firstEvent(identifier);
-                if (shown)
-                    event->setStored(std::move(shown));
-            }
-            completion(std::move(result));
-        });
-}
-
-void ItemEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion completion) {
-    carryOut(
-        [this, base = event->stored()](Instant now,
-                                       const ZoneCalendar& local) -> tl::expected<EKSaveResult, EKError> {
-            if (!base)
-                return tl::unexpected(itemNotFoundError());
-            return database_.removeEvent(*base, now, local);
-        },
-        std::move(completion));
-}
-
-void ItemEventStore::saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) {
-    carryOut([this, calendar](Instant,
-                              const ZoneCalendar& local) { return database_.saveCalendar(calendar, local); },
-             std::move(completion));
-}
-
 Subscription ItemEventStore::observeChanges(std::function<void()> observer) {
     return observers_.add(std::move(observer));
-}
-
-std::vector<TextPair> ItemEventStore::problems() const {
-    std::vector<TextPair> problems = snapshot_->problems;
-    if (waiting_)
-        problems.insert(problems.begin(), *waiting_);
-    return problems;
 }
 
 }  // namespace kestrant::items

@@ -2,7 +2,7 @@
 
 #include "eventkit/EKEventStore.h"
 #include "eventkit/items/ItemDatabase.h"
-#include "foundation/BackgroundExecutor.h"
+#include "eventkit/items/WorkQueues.h"
 #include "foundation/ObserverList.h"
 
 #include <functional>
@@ -11,18 +11,16 @@
 namespace kestrant::items {
 
 /// A database of iCalendar texts in some storage, shared with whatever other
-/// programs use it. All work with the storage happens on one worker thread;
-/// questions are answered from memory. Changes by others are noticed and read
-/// in.
+/// programs use it. All work with the storage happens away from the main thread,
+/// in the queue of the list that it is about; questions are answered from
+/// memory. Changes by others are noticed and read in.
 class ItemEventStore : public EKEventStore {
   public:
     /// Nothing is read before access is requested. `makeStorage` is called at
-    /// once; what it makes calls its observer at most until it is destroyed. The
-    /// worker runs one piece of work after the other, in order, and its end waits
-    /// for all of it.
+    /// once; what it makes calls its observer at most until it is destroyed.
     ItemEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
                    const std::function<std::unique_ptr<ItemStorage>(StorageObserver observer)>& makeStorage,
-                   std::unique_ptr<BackgroundExecutor> worker);
+                   std::unique_ptr<WorkQueues> queues);
     ~ItemEventStore() override;
 
     [[nodiscard]] EKAuthorizationStatus authorizationStatus(EKEntityType type) const override;
@@ -39,6 +37,7 @@ class ItemEventStore : public EKEventStore {
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
     void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
                 SaveCompletion completion) override;
+    void awaitOutcome(const QString& identifier, SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;
     [[nodiscard]] EKEventRef event(const QString& withIdentifier) override;
     void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) override;
@@ -51,15 +50,28 @@ class ItemEventStore : public EKEventStore {
     [[nodiscard]] std::shared_ptr<const EKReminderData>
     storedReminder(const QString& identifier) const override;
     void requestAccess(AccessCompletion completion);
-    /// Runs `change(now, local)` on the worker, shows what came of it and calls
-    /// `completion(result)`.
-    template <typename Change, typename Completion>
-    void carryOut(Change change, Completion completion);
+    /// A change on its way, and whom it is about.
+    struct Operation;
+    struct Subject {
+        QString identifier;
+        QString title;
+    };
+    /// The queue for changes that concern these lists.
+    [[nodiscard]] QByteArray queueFor(const std::vector<Subject>& subjects, const QString& from,
+                                      const QString& to) const;
+    /// Runs `change(now, local)` in a queue, shows what came of it, gives it to
+    /// `adopt` (the caller's items in hand) and calls `completion(result)`.
+    template <typename Change, typename Adopt, typename Completion>
+    void carryOut(const QByteArray& queue, std::vector<Subject> subjects, Change change, Adopt adopt,
+                  Completion completion);
+    /// Work of this queue that is under way may or may not come to a good end;
+    /// what waits behind it is refused.
+    void operationsOverdue(const QByteArray& queue, const QString& list);
     /// Runs work on the main thread, unless the store is gone by then. Thread:
     /// any.
     void onMain(std::function<void()> work);
-    /// Makes what the worker knows now what the main thread sees. Thread: the
-    /// worker.
+    /// Makes what the database knows now what the main thread sees. Thread: that
+    /// of a queue.
     void publish(bool announce);
     void itemsChanged(const Changes& changes);
     void storageWaits(std::optional<TextPair> reason);
@@ -75,14 +87,15 @@ class ItemEventStore : public EKEventStore {
     ObserverList<> observers_;
     /// What the storage is waiting for.
     std::optional<TextPair> waiting_;
+    std::vector<std::shared_ptr<Operation>> operations_;
     Changes pendingChanges_;
     ScheduledTask readTask_;
     ScheduledTask recheckTask_;
 
-    // Used by the worker alone, and destroyed after it has ended.
+    // Used in the queues alone, and destroyed after those have ended.
     std::unique_ptr<ItemStorage> storage_;
     ItemDatabase database_;
-    std::unique_ptr<BackgroundExecutor> worker_;
+    std::unique_ptr<WorkQueues> queues_;
 };
 
 }  // namespace kestrant::items

@@ -59,9 +59,13 @@ std::optional<EKError> ItemDatabase::reasonNotToChange(const Place& place) const
 
 void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local) {
     placeEvents(local);
+    const auto collection = library_.collections.find(place.collection);
+    // It may have been taken away meanwhile.
+    if (collection == library_.collections.end())
+        return;
     ItemFile items = ItemReader(place.collection, local).read(stored.text, place.file);
     items.version = stored.version;
-    library_.collections[place.collection].files.insert_or_assign(place.file, std::move(items));
+    collection->second.files.insert_or_assign(place.file, std::move(items));
 }
 
 tl::expected<QByteArray, WriteError> ItemDatabase::replaceFile(const OpenFile& file, const Document& document,
@@ -76,7 +80,9 @@ tl::expected<QByteArray, WriteError> ItemDatabase::replaceFile(const OpenFile& f
 std::optional<WriteError> ItemDatabase::removeFile(const Place& place, const Version& expected) {
     if (auto error = storage_.remove(place, expected))
         return error;
-    library_.collections[place.collection].files.erase(place.file);
+    if (const auto collection = library_.collections.find(place.collection);
+        collection != library_.collections.end())
+        collection->second.files.erase(place.file);
     return std::nullopt;
 }
 

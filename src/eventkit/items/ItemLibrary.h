@@ -37,6 +37,7 @@ struct Collection {
     std::optional<Color> color;
     std::optional<int> order;
     bool isWritable = false;
+    bool isAnswering = true;
     /// What it can hold; absent where what it does hold tells what it is.
     std::optional<EKEntityType> holdsOnly;
     std::optional<TextPair> problem;

@@ -120,12 +120,13 @@ ItemDatabase::openWith(Entries Snapshot::*entries,
         const auto entry = ((*snapshot_).*entries).constFind(identifier);
         if (entry == ((*snapshot_).*entries).cend())
             break;
-        auto file = openFile(placeOf(*entry));
+        const Place place = placeOf(*entry);
+        auto file = openFile(place);
         if (!file)
             return tl::unexpected(file.error());
         if (auto found = findIn(std::move(*file), read, identifier, local))
             return std::move(*found);
-        refresh({.everything = true}, local);
+        refresh({.everything = true, .files = {{place.collection, {place.file}}}}, local);
     }
     return tl::unexpected(itemNotFoundError());
 }

@@ -1,7 +1,6 @@
 #include "eventkit/vdir/VdirEventStore.h"
 
 #include "eventkit/vdir/VdirStorage.h"
-#include "foundation/SerialWorker.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,6 +17,6 @@ VdirEventStore::VdirEventStore(const QString& root, Scheduler& scheduler, const 
               return std::make_unique<vdir::VdirStorage>(
                   QFile::encodeName(QDir::cleanPath(QDir(root).absolutePath())), std::move(observer.changed));
           },
-          std::make_unique<SerialWorker>()) {}
+          std::make_unique<items::SingleQueue>()) {}
 
 }  // namespace kestrant

@@ -1,0 +1,316 @@
+#include "eventkit/EKErrors.h"
+#include "eventkit/items/ItemEventStore.h"
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+// Changes on their way through the queues.
+
+namespace kestrant::items {
+
+namespace {
+
+using SaveAnswer = tl::expected<EKSaveResult, EKError>;
+using SaveAnswers = std::vector<SaveAnswer>;
+
+}  // namespace
+
+struct ItemEventStore::Operation {
+    enum class State { waiting, begun, dropped };
+
+    QByteArray queue;
+    std::vector<Subject> subjects;
+    std::atomic<State> state = State::waiting;
+
+    // On the main thread.
+
+    /// Ends it for whoever asked, with an error made of each title.
+    std::function<void(const std::function<EKError(const QString& title)>& error)> fail;
+    /// The sentence, once whoever asked has been told that nobody knows what becomes of it; and the title of
+    /// the list that does not answer.
+    std::optional<TextPair> unknown;
+    QString silentList;
+    struct Waiter {
+        QString identifier;
+        SaveCompletion completion;
+    };
+    std::vector<Waiter> waiters;
+
+    /// False where it is in another state by now.
+    bool becomes(State next) {
+        State expected = State::waiting;
+        return state.compare_exchange_strong(expected, next);
+    }
+    [[nodiscard]] bool isAbout(const QString& identifier) const {
+        return std::any_of(subjects.begin(), subjects.end(),
+                           [&](const Subject& subject) { return subject.identifier == identifier; });
+    }
+
+    // The answers that operations have, and those for one of their subjects.
+
+    static void failWith(SaveAnswer& answer, const std::vector<Subject>& subjects, const auto& error) {
+        answer = tl::unexpected(error(subjects.front().title));
+    }
+    static void failWith(tl::expected<EKCalendar, EKError>& answer, const std::vector<Subject>& subjects,
+                         const auto& error) {
+        answer = tl::unexpected(error(subjects.front().title));
+    }
+    static void failWith(SaveAnswers& answers, const std::vector<Subject>& subjects, const auto& error) {
+        for (const Subject& subject : subjects)
+            answers.push_back(tl::unexpected(error(subject.title)));
+    }
+    void tellWaiters(const SaveAnswer& answer) {
+        for (const Waiter& waiter : std::exchange(waiters, {}))
+            waiter.completion(answer);
+    }
+    void tellWaiters(const tl::expected<EKCalendar, EKError>&) {}
+    void tellWaiters(const SaveAnswers& answers) {
+        for (const Waiter& waiter : std::exchange(waiters, {})) {
+            for (std::size_t i = 0; i < answers.size(); ++i) {
+                if (subjects[i].identifier == waiter.identifier) {
+                    waiter.completion(answers[i]);
+                    break;
+                }
+            }
+        }
+    }
+};
+
+QByteArray ItemEventStore::queueFor(const std::vector<Subject>& subjects, const QString& from,
+                                    const QString& to) const {
+    // Changes of one item are made in the order in which they were asked for, wherever it is moved.
+    for (const auto& operation : operations_) {
+        for (const Subject& subject : subjects) {
+            if (!subject.identifier.isEmpty() && operation->isAbout(subject.identifier))
+                return operation->queue;
+        }
+    }
+    // What concerns two lists holds up neither.
+    const QString name = from.isEmpty() || from == to ? to : from + QLatin1Char('|') + to;
+    return name.toUtf8();
+}
+
+template <typename Change, typename Adopt, typename Completion>
+void ItemEventStore::carryOut(const QByteArray& queue, std::vector<Subject> subjects, Change change,
+                              Adopt adopt, Completion completion) {
+    using Result = decltype(change(Instant(), calendar_.calendar()));
+    const auto operation = std::make_shared<Operation>();
+    operation->queue = queue;
+    operation->subjects = std::move(subjects);
+    operation->fail = [weak = std::weak_ptr(operation), completion](const auto& error) {
+        Result answer;
+        Operation::failWith(answer, weak.lock()->subjects, error);
+        completion(std::move(answer));
+    };
+    const auto isStuck = [&](const auto& other) { return other->unknown && other->queue == queue; };
+    if (const auto stuck = std::find_if(operations_.begin(), operations_.end(), isStuck);
+        stuck != operations_.end()) {
+        onMain([operation, list = (*stuck)->silentList] {
+            operation->fail([&](const QString&) { return noAnswerError(list); });
+        });
+        return;
+    }
+    operations_.push_back(operation);
+    queues_->run(queue, [this, operation, change = std::move(change), now = clock_.now(),
+                         local = calendar_.calendar(), adopt = std::move(adopt),
+                         completion = std::move(completion)]() mutable {
+        if (!operation->becomes(Operation::State::begun))
+            return;
+        const auto before = database_.snapshot();
+        auto result = change(now, local);
+        publish(database_.snapshot() != before);
+        onMain([this, operation, adopt = std::move(adopt), completion = std::move(completion),
+                result = std::move(result)]() mutable {
+            std::erase(operations_, operation);
+            adopt(result);
+            if (!operation->unknown) {
+                completion(std::move(result));
+                return;
+            }
+            operation->tellWaiters(result);
+            observers_.notify();
+        });
+    });
+}
+
+void ItemEventStore::operationsOverdue(const QByteArray& queue, const QString& list) {
+    const auto operations = operations_;
+    for (const auto& operation : operations) {
+        if (operation->queue != queue || operation->unknown)
+            continue;
+        if (operation->becomes(Operation::State::dropped)) {
+            std::erase(operations_, operation);
+            operation->fail([&](const QString&) { return noAnswerError(list); });
+            continue;
+        }
+        const auto unknown = [&](const QString& title) { return outcomeUnknownError(title, list); };
+        operation->unknown = unknown(operation->subjects.front().title).message;
+        operation->silentList = list;
+        operation->fail(unknown);
+    }
+    observers_.notify();
+}
+
+void ItemEventStore::awaitOutcome(const QString& identifier, SaveCompletion completion) {
+    const auto found = std::find_if(operations_.begin(), operations_.end(), [&](const auto& operation) {
+        return operation->unknown && operation->isAbout(identifier);
+    });
+    if (found == operations_.end())
+        onMain([completion = std::move(completion)] { completion(tl::unexpected(itemNotFoundError())); });
+    else
+        (*found)->waiters.push_back({identifier, std::move(completion)});
+}
+
+std::vector<TextPair> ItemEventStore::problems() const {
+    std::vector<TextPair> problems;
+    if (waiting_)
+        problems.push_back(*waiting_);
+    for (const auto& operation : operations_) {
+        if (operation->unknown)
+            problems.push_back(*operation->unknown);
+    }
+    problems.insert(problems.end(), snapshot_->problems.begin(), snapshot_->problems.end());
+    return problems;
+}
+
+void ItemEventStore::save(const EKReminderRef& reminder, SaveCompletion completion) {
+    saveAll({reminder},
+            [completion = std::move(completion)](auto results) { completion(std::move(results.front())); });
+}
+
+/// Those of each list are saved together.
+void ItemEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) {
+    struct Group {
+        std::vector<std::size_t> indices;
+        std::vector<Subject> subjects;
+        std::vector<ReminderEdit> edits;
+    };
+    std::map<QByteArray, Group> groups;
+    for (std::size_t i = 0; i < reminders.size(); ++i) {
+        const auto& [stored, data] = std::tie(reminders[i]->stored(), reminders[i]->data);
+        const Subject subject{data.calendarItemIdentifier, data.title};
+        const QString from = stored ? stored->calendarIdentifier : QString();
+        const QByteArray queue =
+            queues_->areSeveral() ? queueFor({subject}, from, data.calendarIdentifier) : QByteArray();
+        Group& group = groups[queue];
+        group.indices.push_back(i);
+        group.subjects.push_back(subject);
+        group.edits.push_back({stored, data});
+    }
+    struct Gathering {
+        SaveAnswers answers;
+        std::size_t missing = 0;
+        SaveAllCompletion completion;
+    };
+    const auto gathering = std::make_shared<Gathering>();
+    gathering->answers.resize(reminders.size());
+    gathering->missing = groups.size();
+    gathering->completion = std::move(completion);
+    if (groups.empty())
+        onMain([gathering] { gathering->completion({}); });
+    for (auto& [queue, group] : groups) {
+        carryOut(
+            queue, std::move(group.subjects),
+            [this, edits = std::move(group.edits)](Instant now, const ZoneCalendar& local) {
+                if (edits.size() > 1)
+                    return database_.saveAll(edits, now, local);
+                return SaveAnswers{database_.save(edits.front().base, edits.front().edited, now, local)};
+            },
+            [this, reminders, indices = group.indices](const SaveAnswers& results) {
+                for (std::size_t i = 0; i < results.size(); ++i) {
+                    if (!results[i])
+                        continue;
+                    if (auto stored = storedReminder(results[i]->calendarItemIdentifier))
+                        reminders[indices[i]]->setStored(std::move(stored));
+                }
+            },
+            [gathering, indices = group.indices](SaveAnswers results) {
+                for (std::size_t i = 0; i < results.size(); ++i)
+                    gathering->answers[indices[i]] = std::move(results[i]);
+                if (--gathering->missing == 0)
+                    gathering->completion(std::move(gathering->answers));
+            });
+    }
+}
+
+void ItemEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
+    const std::vector<Subject> subjects{{reminder->calendarItemIdentifier(), reminder->data.title}};
+    const auto& stored = reminder->stored();
+    const QString list = stored ? stored->calendarIdentifier : reminder->data.calendarIdentifier;
+    carryOut(
+        queueFor(subjects, list, list), subjects,
+        [this, identifier = reminder->calendarItemIdentifier()](Instant, const ZoneCalendar& local) {
+            return database_.remove(identifier, local);
+        },
+        [](const SaveAnswer&) {}, std::move(completion));
+}
+
+void ItemEventStore::revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+                            SaveCompletion completion) {
+    const auto known = std::dynamic_pointer_cast<const ReminderChange>(change);
+    if (!known || known->items.empty()) {
+        onMain([completion = std::move(completion)] { completion(tl::unexpected(itemNotFoundError())); });
+        return;
+    }
+    const ItemChange& item = known->items.front();
+    const auto listOf = [](const std::optional<ItemState>& state) {
+        return state ? QString::fromUtf8(state->collection) : QString();
+    };
+    const auto present = storedReminder(identifier);
+    const std::vector<Subject> subjects{{identifier, present ? present->title : identifier}};
+    const QString from = listOf(item.after ? item.after : item.before);
+    carryOut(
+        queueFor(subjects, from, item.before ? listOf(item.before) : from), subjects,
+        [this, known, identifier](Instant now, const ZoneCalendar& local) {
+            return database_.revert(*known, identifier, now, local);
+        },
+        [](const SaveAnswer&) {}, std::move(completion));
+}
+
+void ItemEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion completion) {
+    const EKEventData& data = event->data;
+    const std::vector<Subject> subjects{{data.calendarItemIdentifier, data.title}};
+    const auto& stored = event->stored();
+    carryOut(
+        queueFor(subjects, stored ? stored->calendarIdentifier : QString(), data.calendarIdentifier),
+        subjects,
+        [this, edited = data, base = stored](Instant now, const ZoneCalendar& local) {
+            return database_.saveEvent(base, edited, now, local);
+        },
+        [this, event](const SaveAnswer& result) {
+            if (!result)
+                return;
+            const QString& identifier = result->calendarItemIdentifier;
+            auto shown = snapshot_->event(identifier, event->data.occurrenceDate);
+            if (!shown)
+                shown = snapshot_->firstEvent(identifier);
+            if (shown)
+                event->setStored(std::move(shown));
+        },
+        std::move(completion));
+}
+
+void ItemEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion completion) {
+    const EKEventData& data = event->stored() ? *event->stored() : event->data;
+    const std::vector<Subject> subjects{{data.calendarItemIdentifier, data.title}};
+    carryOut(
+        queueFor(subjects, data.calendarIdentifier, data.calendarIdentifier), subjects,
+        [this, base = event->stored()](Instant now, const ZoneCalendar& local) -> SaveAnswer {
+            if (!base)
+                return tl::unexpected(itemNotFoundError());
+            return database_.removeEvent(*base, now, local);
+        },
+        [](const SaveAnswer&) {}, std::move(completion));
+}
+
+void ItemEventStore::saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) {
+    carryOut(
+        {}, {{{}, calendar.title}},
+        [this, calendar](Instant, const ZoneCalendar& local) {
+            return database_.saveCalendar(calendar, local);
+        },
+        [](const auto&) {}, std::move(completion));
+}
+
+}  // namespace kestrant::items
