@@ -143,5 +143,36 @@ TEST(ContentLineTest, EscapesTextSoThatItReadsBackTheSame) {
     EXPECT_EQ(escapedText("a\r\nb"), "a\\nb");
 }
 
+TEST(PropertyTest, TakesAQuoteThatDoesNotCloseForACharacter) {
+    struct Case {
+        const char* line;
+        const char* parameter;
+        const char* value;
+        const char* written;
+    };
+    const Case cases[] = {
+        {"DUE;X-A=\"b:c;d,e\":1", "b:c;d,e", "1", "DUE;X-A=\"b:c;d,e\":2"},
+        {"DUE;X-A=\"b\",\"c:d\":1", "\"b\",\"c:d\"", "1", "DUE;X-A=\"b\",\"c:d\":2"},
+        {"DUE;X-A=\"b:1", "b", "1", "DUE;X-A=b:2"},
+        {"DUE;X-A=b\":1", "b", "1", "DUE;X-A=b:2"},
+        {"DUE;X-A=b\"c\"d:1", "bcd", "1", "DUE;X-A=bcd:2"},
+        {"DUE;X-A=\"b:a \"word\", x", "b", "a \"word\", x", "DUE;X-A=b:2"},
+        {"DUE;X-A=\"\"\":1", "", "1", "DUE;X-A=:2"},
+        {"DUE;X-A=\"b:\"c\":1", "b", "\"c\":1", "DUE;X-A=b:2"},
+        {"DUE;X-A=\"\":1", "", "1", "DUE;X-A=:2"},
+        {"DUE;X-A:1", "", "1", "DUE;X-A=:2"},
+    };
+    for (const Case& each : cases) {
+        Property property = Property::parse(each.line);
+        EXPECT_EQ(property.parameter("X-A"), QByteArray(each.parameter)) << each.line;
+        EXPECT_EQ(property.value, each.value) << each.line;
+        property.value = "2";
+        EXPECT_EQ(property.toContent(), each.written) << each.line;
+        EXPECT_EQ(Property::parse(property.toContent()).value, "2") << each.line;
+    }
+    const Property made{"DUE", {{"X-A", "b\"c:d"}}, "2"};
+    EXPECT_EQ(made.toContent(), "DUE;X-A=\"bc:d\":2");
+}
+
 }  // namespace
 }  // namespace kestrant::icalendar

@@ -35,6 +35,30 @@ QByteArrayView argumentOf(QByteArrayView keyword, QByteArrayView content) {
     return content.sliced(keyword.size() + 1).trimmed();
 }
 
+/// Behind the quoted text that begins at `start` (RFC 5545, 3.2), or behind its quote where no other one ends
+/// it: such a quote is a character like any other.
+qsizetype quotedEnd(QByteArrayView content, qsizetype start) {
+    const qsizetype quote = content.indexOf('"', start + 1);
+    const qsizetype end = quote + 1;
+    const bool isQuoted = quote >= 0 && (end == content.size() || content[end] == ':' ||
+                                         content[end] == ';' || content[end] == ',');
+    return isQuoted ? end : start + 1;
+}
+
+/// The values of a parameter without the quotes that do not enclose one.
+QByteArray withoutStrayQuotes(QByteArrayView values) {
+    QByteArray result;
+    qsizetype position = 0;
+    while (position < values.size()) {
+        const bool mayBegin = values[position] == '"' && (position == 0 || values[position - 1] == ',');
+        const qsizetype end = mayBegin ? quotedEnd(values, position) : position + 1;
+        if (end > position + 1 || values[position] != '"')
+            result.append(values.sliced(position, end - position));
+        position = end;
+    }
+    return result;
+}
+
 bool isContinuationByte(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
@@ -94,18 +118,17 @@ Property Property::parse(QByteArrayView content) {
     result.name = content.first(position).trimmed().toByteArray().toUpper();
     while (position < content.size() && content[position] == ';') {
         const qsizetype start = ++position;
-        bool quoted = false;
-        while (position < content.size() && (quoted || !isDelimiter(content[position]))) {
-            if (content[position] == '"')
-                quoted = !quoted;
-            ++position;
+        while (position < content.size() && !isDelimiter(content[position])) {
+            const bool mayBegin =
+                content[position] == '"' && (content[position - 1] == '=' || content[position - 1] == ',');
+            position = mayBegin ? quotedEnd(content, position) : position + 1;
         }
         const QByteArrayView whole = content.sliced(start, position - start);
         const qsizetype equals = whole.indexOf('=');
         Parameter parameter;
         parameter.name = (equals < 0 ? whole : whole.first(equals)).trimmed().toByteArray().toUpper();
         if (equals >= 0)
-            parameter.value = whole.sliced(equals + 1).toByteArray();
+            parameter.value = withoutStrayQuotes(whole.sliced(equals + 1));
         const bool isOneQuoted = parameter.value.size() >= 2 && parameter.value.startsWith('"') &&
                                  parameter.value.endsWith('"') && parameter.value.count('"') == 2;
         if (isOneQuoted)
@@ -121,14 +144,15 @@ QByteArray Property::toContent() const {
     QByteArray content = name;
     for (const Parameter& parameter : parameters) {
         content.append(';').append(parameter.name).append('=');
-        const bool isList = parameter.value.contains('"');
-        const bool needsQuotes =
-            !isList && std::any_of(parameter.value.begin(), parameter.value.end(),
-                                   [](char c) { return c == ':' || c == ';' || c == ','; });
+        const QByteArray written = withoutStrayQuotes(parameter.value);
+        const bool isList = written.contains('"');
+        const bool needsQuotes = !isList && std::any_of(written.begin(), written.end(), [](char c) {
+            return c == ':' || c == ';' || c == ',';
+        });
         if (needsQuotes)
-            content.append('"').append(parameter.value).append('"');
+            content.append('"').append(written).append('"');
         else
-            content.append(parameter.value);
+            content.append(written);
     }
     return content.append(':').append(value);
 }

@@ -99,11 +99,23 @@ std::vector<EventItem> readEvents(const Document& document, const ZoneCalendar& 
         return components[static_cast<std::size_t>(index)];
     };
 
+    const auto isUsable = [&](qsizetype index) { return at(index).has_value(); };
+    const auto showsSameTime = [&](qsizetype series, qsizetype change) {
+        const DateComponents& start = at(series)->times.start;
+        const auto& date = at(change)->recurrenceId;
+        return date && localTimeIn(start, *date, local).time == localTimeOf(start).time;
+    };
     std::vector<EventItem> result;
-    for (ItemComponents& parts : itemsAmong(views, [&](qsizetype i) { return at(i).has_value(); })) {
+    for (ItemComponents& parts : itemsAmong(views, isUsable, showsSameTime)) {
         EventItem item;
         static_cast<ItemComponents&>(item) = std::move(parts);
         item.event = std::move(*at(item.index));
+        if (item.event.recurrenceId) {
+            // One date of a series that is not here does not recur, whatever it says.
+            item.event.data.recurrenceRules.clear();
+            result.push_back(std::move(item));
+            continue;
+        }
         const ComponentView view = views[static_cast<std::size_t>(item.index)];
         forEachListed(view, "RDATE", [&](const QByteArray& value, const Property& property) {
             if (auto date = readExtraDate(value, property, document))

@@ -5,15 +5,39 @@
 #include <utility>
 
 namespace kestrant::icalendar {
+namespace {
+
+/// So many series of one UID are compared with a change.
+constexpr qsizetype mostCompared = 8;
+
+/// To which of several series of one UID, whose indexes these are, a change belongs.
+std::size_t seriesOf(const std::vector<qsizetype>& series, qsizetype change,
+                     const std::function<bool(qsizetype, qsizetype)>& fits) {
+    const auto behind = std::upper_bound(series.begin(), series.end(), change);
+    const auto nearest = static_cast<qsizetype>(std::max<std::ptrdiff_t>(behind - series.begin(), 1)) - 1;
+    const qsizetype last = std::max<qsizetype>(nearest - mostCompared, -1);
+    for (qsizetype i = nearest; i > last && fits; --i) {
+        if (fits(series[static_cast<std::size_t>(i)], change))
+            return static_cast<std::size_t>(i);
+    }
+    return static_cast<std::size_t>(nearest);
+}
+
+}  // namespace
 
 std::vector<ItemComponents> itemsAmong(const std::vector<ComponentView>& components,
-                                       const std::function<bool(qsizetype)>& isUsable) {
+                                       const std::function<bool(qsizetype)>& isUsable,
+                                       const std::function<bool(qsizetype, qsizetype)>& fits) {
     const auto trimmedValue = [](ComponentView component, QByteArrayView name) {
         const auto property = component.property(name);
         return property ? property->value.trimmed() : QByteArray();
     };
     std::vector<ItemComponents> result;
-    std::map<QByteArray, std::size_t> firstOfUid;
+    struct Claimants {
+        std::vector<qsizetype> indexes;
+        std::vector<std::size_t> places;
+    };
+    std::map<QByteArray, Claimants> ofUid;
     struct Change {
         QByteArray uid;
         QByteArray recurrenceId;
@@ -33,15 +57,19 @@ std::vector<ItemComponents> itemsAmong(const std::vector<ComponentView>& compone
             changes.push_back({std::move(uid), std::move(recurrenceId), i});
             continue;
         }
-        firstOfUid.emplace(uid, result.size());
+        Claimants& claimants = ofUid[uid];
+        claimants.indexes.push_back(i);
+        claimants.places.push_back(result.size());
         result.push_back({std::move(uid), i, {}});
     }
     for (Change& change : changes) {
-        const auto series = firstOfUid.find(change.uid);
-        if (series != firstOfUid.end())
-            result[series->second].changeIndexes.push_back(change.index);
-        else
-            result.push_back({change.uid + '/' + change.recurrenceId, change.index, {}});
+        const auto found = ofUid.find(change.uid);
+        if (found != ofUid.end()) {
+            const auto& [indexes, places] = found->second;
+            result[places[seriesOf(indexes, change.index, fits)]].changeIndexes.push_back(change.index);
+            continue;
+        }
+        result.push_back({change.uid + '/' + change.recurrenceId, change.index, {}});
     }
     if (!changes.empty())
         std::sort(result.begin(), result.end(),

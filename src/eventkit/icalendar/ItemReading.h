@@ -25,10 +25,12 @@ struct ItemComponents {
     bool operator==(const ItemComponents&) const = default;
 };
 
-/// Tells the items of a file apart, in the order in which they stand in it. Where several claim one UID, the
-/// first has the changes of single dates. Components for which `isUsable` fails are passed over.
-[[nodiscard]] std::vector<ItemComponents> itemsAmong(const std::vector<ComponentView>& components,
-                                                     const std::function<bool(qsizetype)>& isUsable);
+/// Tells the items of a file apart, in the order in which they stand in it. Components for which `isUsable`
+/// fails are passed over. Where several claim one UID, a change of a single date belongs to the one of them
+/// that stands before it, of the last few the nearest for which `fits(series, change)` holds.
+[[nodiscard]] std::vector<ItemComponents>
+itemsAmong(const std::vector<ComponentView>& components, const std::function<bool(qsizetype)>& isUsable,
+           const std::function<bool(qsizetype, qsizetype)>& fits = {});
 
 /// Absent for a property that is missing or empty.
 [[nodiscard]] std::optional<QString> readText(ComponentView item, QByteArrayView name);
