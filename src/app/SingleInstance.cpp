@@ -1,11 +1,12 @@
 #include "app/SingleInstance.h"
 
+#include "app/CommandSocket.h"
+
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QLocalServer>
 #include <QLocalSocket>
 #include <QLockFile>
 #include <QThread>
@@ -86,7 +87,7 @@ struct SingleInstance::Private {
     /// Held by the one; the system lets go of it with the process, however that ends.
     QLockFile lock{lockPath()};
     std::unique_ptr<BusEndpoint> endpoint;
-    std::unique_ptr<QLocalServer> server;
+    std::unique_ptr<CommandSocket> server;
 };
 
 SingleInstance::SingleInstance(QObject* parent) : QObject(parent), d_(std::make_unique<Private>()) {}
@@ -127,31 +128,17 @@ SingleInstance::Claim SingleInstance::claimOnBus(const std::function<void(Instan
 }
 
 bool SingleInstance::listen(const std::function<void(InstanceCommand)>& handler) {
-    auto server = std::make_unique<QLocalServer>();
-    server->setSocketOptions(QLocalServer::UserAccessOption);
-    // What is found at the path was left behind by a program that was killed.
-    QLocalServer::removeServer(socketPath());
-    if (!server->listen(socketPath()))
-        return false;
-    QObject::connect(server.get(), &QLocalServer::newConnection, this, [this, handler] {
-        while (QLocalSocket* socket = d_->server->nextPendingConnection()) {
-            const auto answer = [socket, handler] {
-                if (!socket->canReadLine())
-                    return;
-                const QByteArray line = socket->readLine().trimmed();
-                for (const InstanceCommand command : {InstanceCommand::show, InstanceCommand::toggle}) {
-                    if (line != nameOf(command).toUtf8())
-                        continue;
-                    handler(command);
-                    socket->write("ok\n");
-                    socket->flush();
-                }
-            };
-            QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-            QObject::connect(socket, &QLocalSocket::readyRead, socket, answer);
-            answer();
+    auto server = std::make_unique<CommandSocket>([handler](const QByteArray& name) {
+        for (const InstanceCommand command : {InstanceCommand::show, InstanceCommand::toggle}) {
+            if (name != nameOf(command).toUtf8())
+                continue;
+            handler(command);
+            return true;
         }
+        return false;
     });
+    if (!server->listenAt(socketPath()))
+        return false;
     d_->server = std::move(server);
     return true;
 }
