@@ -1,16 +1,22 @@
 #include "foundation/AtomicFile.h"
 
-#include <QFile>
-#include <QFileInfo>
+#include "foundation/FileDescriptor.h"
 
+#include <QFile>
+
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -20,47 +26,24 @@ namespace kestrant {
 
 namespace {
 
+using namespace std::chrono_literals;
+
+constexpr auto temporaryPrefix = ".kestrant-";
+constexpr auto temporarySuffix = ".tmp";
+constexpr auto abandonedAfter = 1h;
+/// How often an exchange is gone back on while another program keeps replacing the same file.
+constexpr int exchanges = 8;
+
 tl::unexpected<FileError> failure(const QString& path, int errorNumber) {
-    return tl::unexpected(
-        FileError{path, errorNumber, QString::fromLocal8Bit(std::generic_category().message(errorNumber))});
+    return tl::unexpected(fileError(path, errorNumber));
 }
-
-/// An open file, closed at the end of its scope.
-class Descriptor {
-  public:
-    explicit Descriptor(int value) : value_(value) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { close(); }
-
-    [[nodiscard]] bool isOpen() const { return value_ >= 0; }
-    [[nodiscard]] int get() const { return value_; }
-    int close() { return value_ < 0 ? 0 : ::close(std::exchange(value_, -1)); }
-
-  private:
-    int value_;
-};
-
-/// A file that is removed again unless it was moved to its place.
-class TemporaryFile {
-  public:
-    explicit TemporaryFile(std::string path) : path_(std::move(path)) {}
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() {
-        if (!path_.empty())
-            ::unlink(path_.c_str());
-    }
-
-    [[nodiscard]] const std::string& path() const { return path_; }
-    void release() { path_.clear(); }
-
-  private:
-    std::string path_;
-};
 
 std::string nativePath(const QString& path) {
     return QFile::encodeName(path).toStdString();
+}
+
+QString shownPath(const std::string& path) {
+    return QFile::decodeName(path.c_str());
 }
 
 /// What a path stands for once symbolic links are followed; the path itself where nothing is there yet.
@@ -75,6 +58,33 @@ std::string folderOf(const std::string& path) {
         return ".";
     return slash == 0 ? "/" : path.substr(0, slash);
 }
+
+/// A hidden name that is not in use, such as synchronisers pass over. Short, so that it fits wherever the
+/// final name does; it tells whose it is.
+std::string newTemporaryPath(const std::string& folder) {
+    static std::atomic<unsigned> counter = 0;
+    return folder + '/' + temporaryPrefix + std::to_string(::getpid()) + '-' +
+           std::to_string(counter++) + temporarySuffix;
+}
+
+/// A file, or a folder with files, that is removed again unless it was moved to its place.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(std::string path) : path_(std::move(path)) {}
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile() {
+        std::error_code ignored;
+        if (!path_.empty())
+            std::filesystem::remove_all(path_, ignored);
+    }
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+    void release() { path_.clear(); }
+
+  private:
+    std::string path_;
+};
 
 bool writeAll(int descriptor, const QByteArray& content) {
     qsizetype written = 0;
@@ -105,56 +115,244 @@ bool renameToNew(const std::string& from, const std::string& to) {
 }
 
 void synchronizeFolder(const std::string& folder) {
-    const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     // The new name is in place by now and not every file system can do this, so there is nothing to report.
     if (descriptor.isOpen())
         (void)::fsync(descriptor.get());
 }
 
-/// Creates a hidden file of a name not in use. Short, so that it fits wherever the final name does.
-int createTemporary(const std::string& folder, std::string& path) {
-    static std::atomic<unsigned> counter = 0;
+FileDescriptor createTemporary(const std::string& folder, std::string& path) {
     while (true) {
-        path = folder + "/.kestrant-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".tmp";
-        const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (descriptor >= 0 || errno != EEXIST)
+        path = newTemporaryPath(folder);
+        FileDescriptor descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+        if (descriptor.isOpen() || errno != EEXIST)
             return descriptor;
     }
 }
 
+/// Gives a new file the permissions of the one it replaces, or those of a file of one's own, whatever the
+/// mask for new files has taken.
+bool setPermissions(int descriptor, const struct stat* replaced) {
+    struct stat created = {};
+    const mode_t wanted = replaced != nullptr ? replaced->st_mode & 07777 : 0600;
+    if (::fstat(descriptor, &created) != 0)
+        return false;
+    if ((created.st_mode & 07777) == wanted || ::fchmod(descriptor, wanted) == 0)
+        return true;
+    // Some file systems have no permissions of their own.
+    return replaced == nullptr && errno == EPERM;
+}
+
+/// A file with this content under a temporary name beside its place, on the disk.
+tl::expected<std::string, int> writeTemporary(const std::string& target, const QByteArray& content,
+                                              FileMode mode) {
+    std::string path;
+    FileDescriptor descriptor = createTemporary(folderOf(target), path);
+    if (!descriptor.isOpen())
+        return tl::unexpected(errno);
+    TemporaryFile temporary(path);
+    struct stat existing = {};
+    const bool replaces = mode == FileMode::replace && ::stat(target.c_str(), &existing) == 0;
+    if (!setPermissions(descriptor.get(), replaces ? &existing : nullptr) ||
+        !writeAll(descriptor.get(), content) || ::fsync(descriptor.get()) != 0 || descriptor.close() != 0)
+        return tl::unexpected(errno);
+    temporary.release();
+    return path;
+}
+
+enum class Exchange { done, otherFile, gone, unsupported, failed };
+
+/// Exchanges two files of one folder, and back again where what came out of the place is not what was
+/// expected there. `temporary` is then as before. With `failed`, errno says why.
+Exchange exchange(TemporaryFile& temporary, const std::string& target, const FileCheck& isExpected) {
+    const auto swap = [&] {
+        return ::renameat2(AT_FDCWD, temporary.path().c_str(), AT_FDCWD, target.c_str(), RENAME_EXCHANGE) ==
+               0;
+    };
+    const auto identity = [](const std::string& path) {
+        struct stat status = {};
+        return ::stat(path.c_str(), &status) == 0 ? std::pair(status.st_dev, status.st_ino)
+                                                  : std::pair(dev_t(0), ino_t(0));
+    };
+    const auto ours = identity(temporary.path());
+    if (!swap()) {
+        if (errno == ENOENT)
+            return Exchange::gone;
+        return errno == EINVAL || errno == ENOSYS ? Exchange::unsupported : Exchange::failed;
+    }
+    if (isExpected(shownPath(temporary.path())))
+        return Exchange::done;
+    // What another program has put there goes back; and so does what it has put in place of ours meanwhile.
+    for (int turn = 0; turn < exchanges; ++turn) {
+        if (!swap()) {
+            // Theirs is the one to keep, whatever it takes.
+            if (::rename(temporary.path().c_str(), target.c_str()) != 0)
+                return Exchange::failed;
+            break;
+        }
+        if (identity(temporary.path()) == ours)
+            break;
+    }
+    return Exchange::otherFile;
+}
+
+int makeFolder(const std::string& path) {
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) == 0)
+        return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
+    if (errno != ENOENT)
+        return errno;
+    if (const std::string above = folderOf(path); above != path) {
+        if (const int error = makeFolder(above); error != 0)
+            return error;
+    }
+    if (::mkdir(path.c_str(), 0700) != 0)
+        return errno == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) ? 0 : errno;
+    // The mask for new files may have taken the owner's own rights.
+    if (::stat(path.c_str(), &status) == 0 && (status.st_mode & 0777) != 0700)
+        (void)::chmod(path.c_str(), 0700);
+    return 0;
+}
+
 }  // namespace
+
+FileError fileError(const QString& path, int errorNumber) {
+    return {path, errorNumber, QString::fromLocal8Bit(std::generic_category().message(errorNumber))};
+}
 
 tl::expected<void, FileError> writeFileAtomically(const QString& path, const QByteArray& content,
                                                   FileMode mode) {
     const std::string target =
         mode == FileMode::replace ? followingLinks(nativePath(path)) : nativePath(path);
-    const std::string folder = folderOf(target);
-
-    std::string temporaryPath;
-    Descriptor descriptor(createTemporary(folder, temporaryPath));
-    if (!descriptor.isOpen())
-        return failure(path, errno);
-    TemporaryFile temporary(temporaryPath);
-
-    struct stat existing = {};
-    if (mode == FileMode::replace && ::stat(target.c_str(), &existing) == 0 &&
-        ::fchmod(descriptor.get(), existing.st_mode & 07777) != 0)
-        return failure(path, errno);
-    if (!writeAll(descriptor.get(), content) || ::fsync(descriptor.get()) != 0 || descriptor.close() != 0)
-        return failure(path, errno);
-
+    const auto written = writeTemporary(target, content, mode);
+    if (!written)
+        return failure(path, written.error());
+    TemporaryFile temporary(*written);
     const bool isInPlace = mode == FileMode::replace ? ::rename(temporary.path().c_str(), target.c_str()) == 0
                                                      : renameToNew(temporary.path(), target);
     if (!isInPlace)
         return failure(path, errno);
     temporary.release();
-    synchronizeFolder(folder);
+    synchronizeFolder(folderOf(target));
     return {};
+}
+
+tl::expected<void, FileError> replaceFileIf(const QString& path, const QByteArray& content,
+                                            const FileCheck& isExpected) {
+    const std::string target = followingLinks(nativePath(path));
+    const auto written = writeTemporary(target, content, FileMode::replace);
+    if (!written)
+        return failure(path, written.error());
+    TemporaryFile temporary(*written);
+    if (!isExpected(shownPath(target)))
+        return failure(path, ESTALE);
+    switch (exchange(temporary, target, isExpected)) {
+    case Exchange::done:
+        break;
+    case Exchange::otherFile:
+    case Exchange::gone:
+        return failure(path, ESTALE);
+    case Exchange::failed:
+        return failure(path, errno);
+    case Exchange::unsupported:
+        if (::rename(temporary.path().c_str(), target.c_str()) != 0)
+            return failure(path, errno);
+        temporary.release();
+        break;
+    }
+    synchronizeFolder(folderOf(target));
+    return {};
+}
+
+tl::expected<void, FileError> removeFileIf(const QString& path, const FileCheck& isExpected) {
+    const std::string target = nativePath(path);
+    if (!isExpected(path))
+        return failure(path, ESTALE);
+    TemporaryFile taken(newTemporaryPath(folderOf(target)));
+    if (!renameToNew(target, taken.path())) {
+        const int error = errno;
+        taken.release();
+        return failure(path, error == ENOENT ? ESTALE : error);
+    }
+    if (!isExpected(shownPath(taken.path()))) {
+        // Unless there is a newer one, which then holds.
+        if (renameToNew(taken.path(), target))
+            taken.release();
+        return failure(path, ESTALE);
+    }
+    if (::unlink(taken.path().c_str()) == 0)
+        taken.release();
+    synchronizeFolder(folderOf(target));
+    return {};
+}
+
+tl::expected<void, FileError>
+createFolderWithFiles(const QString& path, const std::vector<std::pair<QString, QByteArray>>& files) {
+    const std::string target = nativePath(path);
+    TemporaryFile temporary(newTemporaryPath(folderOf(target)));
+    if (const int error = makeFolder(temporary.path()); error != 0)
+        return failure(path, error);
+    for (const auto& [name, content] : files) {
+        if (const auto written = writeFileAtomically(shownPath(temporary.path()) + u'/' + name, content);
+            !written)
+            return written;
+    }
+    // A folder takes the place of an empty one, so there the name itself has to be new.
+    struct stat status = {};
+    const int moved =
+        ::renameat2(AT_FDCWD, temporary.path().c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE);
+    const bool isUnsupported = moved != 0 && (errno == EINVAL || errno == ENOSYS);
+    if (isUnsupported && ::lstat(target.c_str(), &status) == 0)
+        return failure(path, EEXIST);
+    if (moved != 0 && !(isUnsupported && ::rename(temporary.path().c_str(), target.c_str()) == 0))
+        return failure(path, errno);
+    temporary.release();
+    synchronizeFolder(folderOf(target));
+    return {};
+}
+
+std::optional<int> processNamedIn(QByteArrayView name, QByteArrayView prefix, QByteArrayView suffix) {
+    if (!name.startsWith(prefix) || !name.endsWith(suffix))
+        return std::nullopt;
+    int process = 0;
+    const char* const begin = name.data() + prefix.size();
+    const char* const limit = name.data() + name.size();
+    const auto [end, error] = std::from_chars(begin, limit, process);
+    return error == std::errc() && process > 0 && end != limit && *end == '-' ? std::optional(process)
+                                                                              : std::nullopt;
+}
+
+bool isRunning(int process) {
+    return ::kill(process, 0) == 0 || errno != ESRCH;
+}
+
+bool isTemporaryName(QByteArrayView name) {
+    return processNamedIn(name, temporaryPrefix, temporarySuffix).has_value();
+}
+
+void removeIfAbandoned(const QString& path) {
+    const QByteArray native = QFile::encodeName(path);
+    const QByteArrayView name = QByteArrayView(native).sliced(native.lastIndexOf('/') + 1);
+    const auto owner = processNamedIn(name, temporaryPrefix, temporarySuffix);
+    struct stat status = {};
+    if (!owner || isRunning(*owner) || ::lstat(native.constData(), &status) != 0 ||
+        std::chrono::seconds(::time(nullptr) - status.st_mtim.tv_sec) < abandonedAfter)
+        return;
+    const TemporaryFile removed(native.toStdString());
+}
+
+void removeAbandonedFiles(const QString& folder) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(::opendir(nativePath(folder).c_str()), ::closedir);
+    while (const dirent* entry =
+               stream ? ::readdir(stream.get()) : nullptr) {  // NOLINT(concurrency-mt-unsafe)
+        if (isTemporaryName(entry->d_name))
+            removeIfAbandoned(folder + u'/' + QFile::decodeName(entry->d_name));
+    }
 }
 
 tl::expected<QByteArray, FileError> readFile(const QString& path, qint64 sizeLimit) {
     // Without waiting: a named pipe would hold the thread until somebody writes to it.
-    const Descriptor descriptor(::open(nativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const FileDescriptor descriptor(::open(nativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!descriptor.isOpen())
         return failure(path, errno);
     struct stat status = {};
@@ -198,10 +396,11 @@ tl::expected<QString, FileError> setFileAside(const QString& path) {
 }
 
 tl::expected<void, FileError> createFolder(const QString& path) {
-    std::error_code error;
-    std::filesystem::create_directories(nativePath(path), error);
-    if (error)
-        return failure(path, error.value());
+    std::string native = nativePath(path);
+    while (native.size() > 1 && native.back() == '/')
+        native.pop_back();
+    if (const int error = makeFolder(native); error != 0)
+        return failure(path, error);
     return {};
 }
 

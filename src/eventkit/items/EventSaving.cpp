@@ -72,7 +72,8 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveEvent(const std::shared_pt
         return tl::unexpected(accessDeniedError());
     if (!base)
         return saveNewEvent(std::move(edited), now, local);
-    return persist(edited.title, [&] { return tryEventSave(*base, edited, now, local); });
+    return persist<EKSaveResult>(edited.title, {base->calendarIdentifier, edited.calendarIdentifier},
+                                 [&] { return tryEventSave(*base, edited, now, local); });
 }
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::saveNewEvent(EKEventData edited, Instant now,
@@ -159,7 +160,7 @@ ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
         const auto leave = [&] {
             return failureOf(replaceFile(opened, opened.withoutOccurrence(now), local));
         };
-        return writtenTo(move(target, uid, {}, document, leave, local));
+        return writtenTo(move(opened, SecondStep::rewrites, target, uid, document, leave, local));
     }
     if (opened.hasComponent())
         document.replace(opened.index(), component);
@@ -173,15 +174,15 @@ ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
     }
     icalendar::keepOnlyItem(document, "VEVENT", opened.item);
     return writtenTo(move(
-        target, opened.item.key, opened.isAlone ? opened.place.file : QByteArray(), document,
-        [&] { return takeOut(opened, "VEVENT", opened.item, local); }, local));
+        opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, opened.item.key,
+        document, [&] { return takeOut(opened, "VEVENT", opened.item, local); }, local));
 }
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData& base, Instant now,
                                                               const ZoneCalendar& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
-    return persist(base.title, [&]() -> tl::expected<EKSaveResult, WriteError> {
+    const auto attempt = [&]() -> tl::expected<EKSaveResult, WriteError> {
         const auto opened = openEvent(base, local);
         if (!opened)
             return tl::unexpected(WriteError(opened.error()));
@@ -194,7 +195,8 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData&
             return tl::unexpected(std::move(*failed));
         rebuildSnapshot();
         return EKSaveResult{base.calendarItemIdentifier, std::nullopt, nullptr};
-    });
+    };
+    return persist<EKSaveResult>(base.title, {base.calendarIdentifier}, attempt);
 }
 
 }  // namespace kestrant::items

@@ -125,8 +125,10 @@ void ItemDatabase::rebuildSnapshot() {
         standardOf(snapshot->calendars, library_.defaultForReminders, &EKCalendar::allowsReminders);
     snapshot->defaultForEvents =
         standardOf(snapshot->calendars, library_.defaultForEvents, &EKCalendar::allowsEvents);
-    if (library_.problem)
-        snapshot->problems.push_back(*library_.problem);
+    for (const auto& problem : {library_.problem, library_.notice}) {
+        if (problem)
+            snapshot->problems.push_back(*problem);
+    }
     qsizetype reminders = 0;
     qsizetype events = 0;
     for (const auto& [name, collection] : library_.collections) {

@@ -113,10 +113,12 @@ class ItemDatabase {
     [[nodiscard]] std::optional<EKError> reasonNotToChange(const Place& place) const;
     [[nodiscard]] tl::expected<QByteArray, EKError> writableCollection(const QString& identifier) const;
 
-    /// Carries a write out, and again as often as the file changes between
-    /// reading and writing it.
-    [[nodiscard]] tl::expected<EKSaveResult, EKError>
-    persist(const QString& title, const std::function<tl::expected<EKSaveResult, WriteError>()>& attempt);
+    /// Carries a write out that begins with reading, with the collections of these identifiers locked; and
+    /// again as often as the file changes between reading and writing it.
+    template <typename Result>
+    [[nodiscard]] tl::expected<Result, EKError>
+    persist(const QString& title, const std::vector<QString>& collections,
+            const std::function<tl::expected<Result, WriteError>()>& attempt);
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>
     trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const ZoneCalendar& local);
     /// What is to be written where `opened` is edited; absent where nothing is.
@@ -142,9 +144,9 @@ class ItemDatabase {
                                                     const icalendar::ItemComponents& item,
                                                     const ZoneCalendar& local);
     /// Creates a file in another collection for what `leave` then takes out of
-    /// the one it was in; it does not stay when that fails.
+    /// the file it was in; it does not stay when that fails.
     [[nodiscard]] tl::expected<Created, WriteError>
-    move(const QByteArray& target, const QByteArray& uid, const QByteArray& preferredName,
+    move(const OpenFile& from, SecondStep step, const QByteArray& target, const QByteArray& uid,
          const icalendar::Document& document, const std::function<std::optional<WriteError>()>& leave,
          const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>

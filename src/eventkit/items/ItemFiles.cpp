@@ -10,14 +10,6 @@ namespace kestrant::items {
 
 using icalendar::Document;
 
-namespace {
-
-/// So often a write is tried again when the file changes between reading and
-/// writing it.
-constexpr int attempts = 5;
-
-}  // namespace
-
 int firstZoneYear(int year) {
     return std::max(1970, year - 1);
 }
@@ -110,10 +102,12 @@ std::optional<WriteError> ItemDatabase::takeOut(const OpenFile& file, QByteArray
 }
 
 tl::expected<ItemDatabase::Created, WriteError>
-ItemDatabase::move(const QByteArray& target, const QByteArray& uid, const QByteArray& preferredName,
+ItemDatabase::move(const OpenFile& from, SecondStep step, const QByteArray& target, const QByteArray& uid,
                    const Document& document, const std::function<std::optional<WriteError>()>& leave,
                    const ZoneCalendar& local) {
-    auto created = createFile(target, uid, preferredName, document, local);
+    const StorageHold steps = storage_.beginTwoSteps(from.place, from.document.text(), step);
+    auto created = createFile(target, uid, step == SecondStep::removes ? from.place.file : QByteArray(),
+                              document, local);
     if (!created)
         return tl::unexpected(WriteError(std::move(created.error())));
     if (auto error = leave()) {
@@ -121,21 +115,6 @@ ItemDatabase::move(const QByteArray& target, const QByteArray& uid, const QByteA
         return tl::unexpected(std::move(*error));
     }
     return std::move(*created);
-}
-
-tl::expected<EKSaveResult, EKError>
-ItemDatabase::persist(const QString& title,
-                      const std::function<tl::expected<EKSaveResult, WriteError>()>& attempt) {
-    for (int i = 0; i < attempts; ++i) {
-        auto result = attempt();
-        if (result)
-            return std::move(*result);
-        if (const auto* error = std::get_if<EKError>(&result.error())) {
-            rebuildSnapshot();
-            return tl::unexpected(*error);
-        }
-    }
-    return tl::unexpected(conflictError(title));
 }
 
 }  // namespace kestrant::items

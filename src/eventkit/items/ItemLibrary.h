@@ -54,8 +54,10 @@ struct Library {
     std::optional<TextPair> problem;
 };
 
+    /// What else the person should know.
+    std::optional<TextPair> notice;
 /// What may have changed. Files named here are read again even if they look the
-/// same.
+/// same; an empty name stands for the collection's folder itself.
 struct Changes {
     bool everything = false;
     /// Which collections there are, or what one of them is called and may be used for.

@@ -7,6 +7,7 @@
 #include <tl/expected.hpp>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <variant>
 #include <vector>
@@ -34,6 +35,12 @@ struct StorageObserver {
     /// list with this title, and goes on waiting.
     std::function<void(const QByteArray& queue, const QString& list)> overdue;
 };
+
+/// Something in a storage that lasts as long as this does; null where there is nothing to it.
+using StorageHold = std::shared_ptr<void>;
+
+/// What the second step of a change does to the file that the first step left alone.
+enum class SecondStep { rewrites, removes };
 
 /// Where the files of items are kept: a folder, a service. Thread: any one at a
 /// time; may block.
@@ -103,6 +110,22 @@ class ItemStorage {
                                                                 const QByteArray& uid,
                                                                 const QByteArray& preferredName,
                                                                 const icalendar::Document& document) = 0;
+
+    /// Keeps other processes from changing what is in these collections, so that what is read and what is
+    /// written then belong together. Several may be held, of the same collections too. Fails where another
+    /// process does not let go of one of them in time.
+    [[nodiscard]] virtual tl::expected<StorageHold, EKError>
+    lock(const std::vector<QByteArray>& /*collections*/) {
+        return StorageHold();
+    }
+    /// Begins a change in two steps: first files are created, then `changed`, which holds `text`, is
+    /// rewritten or removed. Should the process end before the second step, whoever reads next takes the
+    /// first one back; so does the end of the result where the second step has failed. Within another such
+    /// change it is part of that.
+    [[nodiscard]] virtual StorageHold beginTwoSteps(const Place& /*changed*/, const QByteArray& /*text*/,
+                                                    SecondStep /*step*/) {
+        return {};
+    }
 
     /// Makes a collection (empty identifier), or gives the one with this name,
     /// which may be changed, another title or colour; an absent colour is the

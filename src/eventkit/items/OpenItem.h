@@ -86,6 +86,32 @@ template <typename Written>
 /// first months too.
 [[nodiscard]] int firstZoneYear(int year);
 
+/// So often a write is tried again when the file changes between reading and
+/// writing it.
+constexpr int writeAttempts = 5;
+
+template <typename Result>
+tl::expected<Result, EKError>
+ItemDatabase::persist(const QString& title, const std::vector<QString>& collections,
+                      const std::function<tl::expected<Result, WriteError>()>& attempt) {
+    std::vector<QByteArray> names;
+    for (const QString& identifier : collections)
+        names.push_back(QFile::encodeName(identifier));
+    const auto locked = storage_.lock(names);
+    if (!locked)
+        return tl::unexpected(locked.error());
+    for (int i = 0; i < writeAttempts; ++i) {
+        auto result = attempt();
+        if (result)
+            return std::move(*result);
+        if (const auto* error = std::get_if<EKError>(&result.error())) {
+            rebuildSnapshot();
+            return tl::unexpected(*error);
+        }
+    }
+    return tl::unexpected(conflictError(title));
+}
+
 /// Finds the item that goes by this identifier in its file.
 template <typename Item>
 std::optional<std::pair<ItemDatabase::OpenFile, Item>>

@@ -61,7 +61,8 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::save(const std::shared_ptr<con
         return tl::unexpected(accessDeniedError());
     if (!base)
         return saveNew(edited, now, local);
-    return persist(edited.title, [&] { return trySave(*base, edited, now, local); });
+    return persist<EKSaveResult>(edited.title, {base->calendarIdentifier, edited.calendarIdentifier},
+                                 [&] { return trySave(*base, edited, now, local); });
 }
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::saveNew(const EKReminderData& edited, Instant now,
@@ -169,13 +170,16 @@ ItemDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, co
     // The finished occurrence is stored before the series moves on, and does not
     // stay if that fails.
     if (revision.copy) {
+    const bool leaves = target != opened.place.collection;
+    const SecondStep step = leaves && opened.isAlone ? SecondStep::removes : SecondStep::rewrites;
+    StorageHold steps;
         const auto created = createFile(target, revision.copyUid, {}, *revision.copy, local);
         if (!created)
             return tl::unexpected(WriteError(created.error()));
         result.copy = *created;
     }
     std::optional<WriteError> error;
-    if (target == opened.place.collection) {
+    if (!leaves) {
         auto replaced = replaceFile(opened, revision.document, local);
         if (replaced)
             result.text = std::move(*replaced);
@@ -183,8 +187,7 @@ ItemDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, co
             error = std::move(replaced.error());
     } else {
         auto moved = move(
-            target, opened.item.key, opened.isAlone ? opened.place.file : QByteArray(),
-            aloneIn(revision.document, opened.item),
+            opened, step, target, opened.item.key, aloneIn(revision.document, opened.item),
             [&] { return takeOut(opened, "VTODO", opened.item, local); }, local);
         if (moved) {
             result.place = std::move(moved->place);
@@ -205,7 +208,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifi
                                                          const ZoneCalendar& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
-    return persist(identifier, [&]() -> tl::expected<EKSaveResult, WriteError> {
+    const auto attempt = [&]() -> tl::expected<EKSaveResult, WriteError> {
         const auto opened = openItem(identifier, local);
         if (!opened)
             return tl::unexpected(WriteError(opened.error()));
@@ -216,7 +219,11 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifi
         rebuildSnapshot();
         return EKSaveResult{identifier, std::nullopt,
                             changeOf({{identifier, opened->item.key, opened->state(), std::nullopt}})};
-    });
+    };
+    const auto entry = snapshot_->reminders.constFind(identifier);
+    if (entry == snapshot_->reminders.cend())
+        return tl::unexpected(itemNotFoundError());
+    return persist<EKSaveResult>(entry->data->title, {entry->data->calendarIdentifier}, attempt);
 }
 
 }  // namespace kestrant::items

@@ -16,10 +16,6 @@ using icalendar::TodoItem;
 
 namespace {
 
-/// So often a write is tried again when the file changes between reading and
-/// writing it.
-constexpr int attempts = 5;
-
 /// A reminder in the text of a file that was read before.
 struct KnownItem {
     Document document;
@@ -77,22 +73,22 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertItem(const ItemChange& cha
                                                            const ZoneCalendar& local) {
     if (!change.after)
         return bringBack(change, local);
-    for (int attempt = 0; attempt < attempts; ++attempt) {
+    const auto attempt = [&]() -> tl::expected<ItemChange, WriteError> {
         auto opened = openItem(identifier, local);
         if (!opened)
-            return tl::unexpected(opened.error());
+            return tl::unexpected(WriteError(opened.error()));
         if (auto error = reasonNotToChange(opened->place))
-            return tl::unexpected(std::move(*error));
+            return tl::unexpected(WriteError(std::move(*error)));
         auto done = change.before ? restore(change, *opened, now, local) : takeAway(change, *opened, local);
-        if (done)
-            return std::move(*done);
-        if (const auto* error = std::get_if<EKError>(&done.error())) {
-            // What the file says now is known from here on.
+        // What the file says now is known from here on.
+        if (!done && std::holds_alternative<EKError>(done.error()))
             (void)refresh({.files = {{opened->place.collection, {opened->place.file}}}}, local);
-            return tl::unexpected(*error);
-        }
-    }
-    return tl::unexpected(conflictError(identifier));
+        return done;
+    };
+    std::vector<QString> collections{QFile::decodeName(change.after->collection)};
+    if (change.before)
+        collections.push_back(QFile::decodeName(change.before->collection));
+    return persist<ItemChange>(identifier, collections, attempt);
 }
 
 tl::expected<ItemChange, WriteError> ItemDatabase::restore(const ItemChange& change, OpenItem& opened,

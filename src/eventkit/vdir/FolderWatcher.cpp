@@ -1,5 +1,6 @@
 #include "eventkit/vdir/FolderWatcher.h"
 
+#include "eventkit/vdir/Journal.h"
 #include "eventkit/vdir/VdirLibrary.h"
 
 #include <poll.h>
@@ -8,7 +9,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <utility>
 
@@ -37,56 +40,78 @@ FolderWatcher::FolderWatcher(QByteArray root, std::function<void(const items::Ch
     : root_(std::move(root))
     , observer_(std::move(observer))
     , inotify_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
-    , stop_(::eventfd(0, EFD_CLOEXEC))
-    , thread_([this] { loop(); }) {}
+    , stop_(inotify_ < 0 ? -1 : ::eventfd(0, EFD_CLOEXEC)) {
+    // Without an end there can be no beginning.
+    if (stop_ >= 0)
+        thread_ = std::thread([this] { loop(); });
+}
 
 FolderWatcher::~FolderWatcher() {
-    const std::uint64_t one = 1;
-    (void)!::write(stop_, &one, sizeof one);
-    thread_.join();
-    ::close(stop_);
+    if (stop_ >= 0) {
+        const std::uint64_t one = 1;
+        (void)!::write(stop_, &one, sizeof one);
+        thread_.join();
+        ::close(stop_);
+    }
     if (inotify_ >= 0)
         ::close(inotify_);
 }
 
-bool FolderWatcher::add(const QByteArray& path, Watched watched, std::map<int, Watched>& watches) const {
+FolderWatcher::Coverage FolderWatcher::add(const QByteArray& path, Watched watched,
+                                           std::map<int, Watched>& watches) const {
     const std::uint32_t events = watched.kind == Kind::collection ? collectionEvents
                                  : watched.kind == Kind::root     ? folderEvents
                                                                   : aboveEvents;
     const int descriptor = ::inotify_add_watch(inotify_, path.constData(), events);
     if (descriptor < 0)
-        return false;
+        return errno == ENOSPC || errno == ENOMEM ? Coverage::limited : Coverage::partial;
     watches.insert_or_assign(descriptor, std::move(watched));
-    return true;
+    return Coverage::complete;
 }
 
-bool FolderWatcher::watch(const std::vector<QByteArray>& collections) {
+FolderWatcher::Coverage FolderWatcher::watch(const std::vector<QByteArray>& collections) {
     const std::lock_guard lock(mutex_);
-    if (inotify_ < 0)
-        return false;
+    if (stop_ < 0)
+        return Coverage::limited;
     std::map<int, Watched> watches;
     const QByteArray nearest = nearestExistingFolder(root_);
-    bool complete = add(nearest, {nearest == root_ ? Kind::root : Kind::above, {}}, watches);
+    Coverage result = add(nearest, {nearest == root_ ? Kind::root : Kind::above, {}}, watches);
     for (const QByteArray& name : collections)
-        complete = add(root_ + '/' + name, {Kind::collection, name}, watches) && complete;
+        result = std::max(result, add(root_ + '/' + name, {Kind::collection, name}, watches));
     for (const auto& [descriptor, watched] : watches_) {
         if (!watches.contains(descriptor))
             ::inotify_rm_watch(inotify_, descriptor);
     }
     watches_ = std::move(watches);
-    return complete;
+    return result;
 }
 
 void FolderWatcher::loop() {
     while (true) {
         std::array<pollfd, 2> sources{{{stop_, POLLIN, 0}, {inotify_, POLLIN, 0}}};
-        if (::poll(sources.data(), inotify_ >= 0 ? 2 : 1, -1) < 0)
+        if (::poll(sources.data(), sources.size(), -1) < 0)
             continue;
         if (sources[0].revents != 0)
             return;
         const items::Changes changes = readEvents();
-        if (changes.everything || !changes.files.empty())
+        if (changes.everything || changes.collections || !changes.files.empty())
             observer_(changes);
+    }
+}
+
+void FolderWatcher::add(items::Changes& changes, const Watched& watched, const QByteArray& name) {
+    if (watched.kind == Kind::collection) {
+        // Without a name it is about the folder itself.
+        if (name.isEmpty() || isItemName(name) || isMetadataName(name))
+            changes.files[watched.collection].insert(name);
+        changes.collections = changes.collections || name.isEmpty();
+    } else if (watched.kind == Kind::above || name.isEmpty()) {
+        changes.everything = true;
+    } else if (!name.startsWith('.')) {
+        changes.files[name].insert(QByteArray());
+        changes.collections = true;
+    } else if (isJournalName(name)) {
+        changes.collections = true;
     }
 }
 
@@ -108,10 +133,7 @@ items::Changes FolderWatcher::readEvents() {
                 changes.everything = true;
             if (watched == watches_.end() || (event.mask & IN_IGNORED) != 0)
                 continue;
-            if (watched->second.kind != Kind::collection || name.isEmpty())
-                changes.everything = true;
-            else if (isItemName(name) || isMetadataName(name))
-                changes.files[watched->second.collection].insert(name);
+            add(changes, watched->second, name);
         }
     }
     return changes;

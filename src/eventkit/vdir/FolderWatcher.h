@@ -17,6 +17,14 @@ namespace kestrant::vdir {
 /// passed over.
 class FolderWatcher {
   public:
+    enum class Coverage {
+        complete,
+        /// Some folder is gone or may not be read.
+        partial,
+        /// The system has no more watches to give.
+        limited,
+    };
+
     /// `observer` is called on the watcher's own thread, at most until the
     /// watcher is destroyed.
     FolderWatcher(QByteArray root, std::function<void(const items::Changes&)> observer);
@@ -25,10 +33,10 @@ class FolderWatcher {
     ~FolderWatcher();
 
     /// Watches the root (or the nearest folder above it that exists) and these
-    /// collections in it, and nothing else. False when the system does not let us
-    /// watch all of it: then only a comparison finds out about changes. What
-    /// changes from the moment of this call on is told. Thread: any.
-    [[nodiscard]] bool watch(const std::vector<QByteArray>& collections);
+    /// collections in it, and nothing else. Unless it is all watched, only a
+    /// comparison finds out about changes. What changes from the moment of this
+    /// call on is told. Thread: any.
+    [[nodiscard]] Coverage watch(const std::vector<QByteArray>& collections);
 
   private:
     enum class Kind { collection, root, above };
@@ -39,7 +47,9 @@ class FolderWatcher {
 
     void loop();
     [[nodiscard]] items::Changes readEvents();
-    [[nodiscard]] bool add(const QByteArray& path, Watched watched, std::map<int, Watched>& watches) const;
+    static void add(items::Changes& changes, const Watched& watched, const QByteArray& name);
+    [[nodiscard]] Coverage add(const QByteArray& path, Watched watched,
+                               std::map<int, Watched>& watches) const;
 
     QByteArray root_;
     std::function<void(const items::Changes&)> observer_;

@@ -4,12 +4,9 @@
 
 #include <QFile>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <cerrno>
-#include <system_error>
+#include <optional>
+#include <utility>
 
 namespace kestrant::vdir {
 
@@ -45,45 +42,41 @@ std::optional<EKError> writeMetadata(const QByteArray& folder, const char* name,
 
 }  // namespace
 
-tl::expected<QByteArray, EKError> VdirStorage::makeCollection(const QString& title) const {
+tl::expected<QByteArray, EKError> VdirStorage::makeCollection(const QString& title,
+                                                              const Color& color) const {
     if (const auto created = createFolder(QFile::decodeName(root_)); !created)
         return tl::unexpected(storageError(created.error().path, created.error().description));
     const QByteArray wanted = folderNameFrom(title);
     QByteArray name = wanted;
-    int number = 1;
-    while (::mkdir((root_ + '/' + name).constData(), 0777) != 0) {
-        const int error = errno;
-        if (error != EEXIST)
-            return tl::unexpected(
-                storageError(QFile::decodeName(root_ + '/' + name),
-                             QString::fromStdString(std::generic_category().message(error))));
-        name = wanted + '-' + QByteArray::number(++number);
+    for (int number = 2;; ++number) {
+        const auto made = createFolderWithFiles(QFile::decodeName(root_ + '/' + name),
+                                                {{QStringLiteral("displayname"), title.toUtf8()},
+                                                 {QStringLiteral("color"), color.toString().toUtf8()}});
+        if (made)
+            return name;
+        if (made.error().errorNumber != EEXIST)
+            return tl::unexpected(storageError(made.error().path, made.error().description));
+        name = wanted + '-' + QByteArray::number(number);
     }
-    return name;
 }
 
 tl::expected<QByteArray, EKError> VdirStorage::saveCollection(const Library& library,
                                                               const EKCalendar& calendar) {
-    const bool isNew = calendar.calendarIdentifier.isEmpty();
-    const auto name = isNew ? makeCollection(calendar.title) : QFile::encodeName(calendar.calendarIdentifier);
-    if (!name)
-        return name;
-    const Color color = calendar.color.value_or(items::unusedColor(library));
-    const QByteArray folder = root_ + '/' + *name;
-    const auto present = library.collections.find(*name);
+    if (calendar.calendarIdentifier.isEmpty())
+        return makeCollection(calendar.title, calendar.color.value_or(items::unusedColor(library)));
+    const QByteArray name = QFile::encodeName(calendar.calendarIdentifier);
+    const auto locked = lock({name});
+    if (!locked)
+        return tl::unexpected(locked.error());
+    const QByteArray folder = root_ + '/' + name;
+    const auto& present = library.collections.find(name)->second;
     std::optional<EKError> error;
-    if (isNew || present->second.title != calendar.title)
+    if (present.title != calendar.title)
         error = writeMetadata(folder, "displayname", calendar.title);
-    const bool hasColor = !isNew && (!calendar.color || present->second.color == calendar.color);
-    if (!error && !hasColor)
-        error = writeMetadata(folder, "color", color.toString());
-    if (error) {
-        if (isNew) {
-            ::unlink((folder + "/displayname").constData());
-            ::rmdir(folder.constData());
-        }
+    if (!error && calendar.color && present.color != calendar.color)
+        error = writeMetadata(folder, "color", calendar.color->toString());
+    if (error)
         return tl::unexpected(std::move(*error));
-    }
     return name;
 }
 

@@ -7,6 +7,7 @@
 
 #include <tl/expected.hpp>
 
+#include <atomic>
 #include <optional>
 #include <vector>
 
@@ -24,15 +25,34 @@ struct FileStamp {
     bool operator==(const FileStamp&) const = default;
 };
 
-/// Names of the sub-folders that are collections; absent when the folder cannot
-/// be read.
-[[nodiscard]] std::optional<std::vector<QByteArray>> collectionNames(const QByteArray& root);
+/// What is in the folder of all collections.
+struct RootContents {
+    /// Sub-folders, by name.
+    std::vector<QByteArray> collections;
+    /// Notes of changes that were begun (isJournalName()).
+    std::vector<QByteArray> journals;
+};
+/// Lists the folder; what writers that were killed have left in it is removed. The error is a system error
+/// number.
+[[nodiscard]] tl::expected<RootContents, int> readRoot(const QByteArray& root);
 
-/// Brings the library up to date with the disk. Only files that differ in their
-/// stamp (or are named in `changes`) are read, on several threads when there
-/// are many. True when anything came out differently.
-[[nodiscard]] bool updateLibrary(items::Library& library, const QByteArray& root,
-                                 const items::Changes& changes, const ZoneCalendar& local);
+/// What an update has come to.
+struct Updated {
+    /// Whether anything came out differently.
+    bool changed = false;
+    /// What could not be read and may be readable without anybody having changed it.
+    items::Changes unread;
+};
+
+/// Brings the library up to date with the disk. Of a collection's files those named in `changes` are read, or
+/// with `everything`, or with no name or the empty one given, those that differ in their stamp; on several
+/// threads when there are many. Collections are only looked for where `collections` is given. What cannot be
+/// read becomes a problem, and what was known of it stays. Once `isEnding` is true long readings are broken
+/// off.
+[[nodiscard]] Updated updateLibrary(items::Library& library, const QByteArray& root,
+                                    const std::optional<tl::expected<RootContents, int>>& contents,
+                                    const items::Changes& changes, const ZoneCalendar& local,
+                                    const std::atomic<bool>& isEnding);
 
 struct OpenedFile {
     FileStamp stamp;

@@ -7,6 +7,7 @@
 #include <QFile>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -22,6 +23,7 @@ using items::ChangedMeanwhile;
 using items::Place;
 using items::StoredText;
 using items::WriteError;
+using Coverage = FolderWatcher::Coverage;
 
 namespace {
 
@@ -35,6 +37,10 @@ QString systemDescription(int errorNumber) {
 }
 
 EKError writeError(const FileError& error) {
+    if (error.errorNumber == EWOULDBLOCK)
+        return storageError(error.path,
+                            text("another Kestrant process has been changing it for too long.",
+                                 "un autre processus de Kestrant le modifie depuis trop longtemps."));
     if (error.errorNumber == EACCES || error.errorNumber == EPERM || error.errorNumber == EROFS)
         return readOnlyError(error.path);
     return storageError(error.path, error.description);
@@ -51,7 +57,64 @@ QByteArray fileNameFor(const QByteArray& uid) {
     return (isSafe ? uid : items::newUid()) + ".ics";
 }
 
+TextPair unwatchedNotice() {
+    return text(
+        "The system watches no more folders for Kestrant (see fs.inotify.max_user_watches): what other "
+        "programs change is seen after some seconds.",
+        "Le système ne surveille pas davantage de dossiers pour Kestrant (voir "
+        "fs.inotify.max_user_watches) : ce que d’autres programmes modifient apparaît après quelques "
+        "secondes.");
+}
+
+/// Whether a file is the one that was read.
+FileCheck fileIs(const items::Version& version, const std::optional<QByteArray>& text) {
+    return [version, text](const QString& path) {
+        const auto present = openFile(QFile::encodeName(path));
+        return present && present->stamp.toVersion() == version && (!text || present->text == *text);
+    };
+}
+
+WriteError failed(const FileError& error) {
+    if (error.errorNumber == ESTALE)
+        return ChangedMeanwhile{};
+    return writeError(error);
+}
+
 }  // namespace
+
+/// A change in two steps that is under way. Its note is written before the first file is made.
+class VdirStorage::TwoSteps {
+  public:
+    TwoSteps(VdirStorage& storage, Journal journal)
+        : storage_(storage)
+        , journal_(std::move(journal))
+        , name_(newJournalName()) {}
+    TwoSteps(const TwoSteps&) = delete;
+    TwoSteps& operator=(const TwoSteps&) = delete;
+    ~TwoSteps() {
+        if (isNoted_ && journal_.settle(storage_.root_))
+            ::unlink(path().constData());
+    }
+
+    [[nodiscard]] const QByteArray& name() const { return name_; }
+    std::optional<EKError> note(const Place& place, const QByteArray& text) {
+        journal_.made.push_back({place, digestOf(text)});
+        const auto written = writeFileAtomically(QFile::decodeName(path()), journal_.text());
+        isNoted_ = isNoted_ || written.has_value();
+        // Without a place for the note the change is made all the same.
+        if (written || written.error().errorNumber == EACCES || written.error().errorNumber == EROFS)
+            return std::nullopt;
+        return writeError(written.error());
+    }
+
+  private:
+    [[nodiscard]] QByteArray path() const { return storage_.root_ + '/' + name_; }
+
+    VdirStorage& storage_;
+    Journal journal_;
+    QByteArray name_;
+    bool isNoted_ = false;
+};
 
 VdirStorage::VdirStorage(QByteArray root, std::function<void(const items::Changes&)> observer)
     : root_(std::move(root))
@@ -64,13 +127,109 @@ std::optional<EKError> VdirStorage::open() {
 }
 
 bool VdirStorage::update(items::Library& library, const items::Changes& changes, const ZoneCalendar& local) {
-    if (watcher_)
-        isWatched_ = watcher_->watch(collectionNames(root_).value_or(std::vector<QByteArray>()));
-    return updateLibrary(library, root_, changes, local);
+    std::optional<tl::expected<RootContents, int>> contents;
+    bool isSettled = true;
+    if (changes.everything || changes.collections || library.problem) {
+        contents = readRoot(root_);
+        // Before anything is read, so that nothing that is taken back is seen.
+        if (*contents && !(**contents).journals.empty())
+            isSettled = settle((**contents).journals);
+        // While it cannot be listed, what was watched goes on to be.
+        const bool isKnown = *contents || contents->error() == ENOENT || contents->error() == ENOTDIR;
+        if (watcher_ && (isKnown || !wasRead_))
+            coverage_ = watcher_->watch(*contents ? (**contents).collections : std::vector<QByteArray>());
+    }
+    Updated updated = updateLibrary(library, root_, contents, changes, local, isEnding_);
+    unread_ = std::move(updated.unread);
+    unread_.collections = unread_.collections || !isSettled;
+    // Whoever is gone before the folder is compared need not know.
+    const auto notice =
+        wasRead_ && coverage_ == Coverage::limited ? std::optional(unwatchedNotice()) : std::nullopt;
+    wasRead_ = true;
+    return std::exchange(library.notice, notice) != notice || updated.changed;
 }
 
 std::optional<VdirStorage::Recheck> VdirStorage::recheck() const {
-    return isWatched_ ? std::nullopt : std::optional(Recheck{comparisonInterval, {.everything = true}});
+    if (coverage_ != Coverage::complete)
+        return Recheck{comparisonInterval, {.everything = true}};
+    if (unread_.everything || unread_.collections || !unread_.files.empty())
+        return Recheck{comparisonInterval, unread_};
+    return std::nullopt;
+}
+
+tl::expected<std::shared_ptr<VdirStorage::Locks>, FileError>
+VdirStorage::lockFolders(const std::vector<QByteArray>& collections, FileLock::Waiting waiting) {
+    // Everybody takes them in the same order, whatever the folders are called.
+    std::map<std::pair<dev_t, ino_t>, QByteArray> folders;
+    for (const QByteArray& name : collections) {
+        const QByteArray path = root_ + '/' + name;
+        struct stat status {};
+        if (::stat(path.constData(), &status) == 0)
+            folders.emplace(std::pair(status.st_dev, status.st_ino), path);
+    }
+    auto result = std::make_shared<Locks>();
+    for (const auto& [folder, path] : folders) {
+        auto held = locks_[folder].lock();
+        if (!held) {
+            auto taken = FileLock::ofFolder(QFile::decodeName(path), waiting);
+            // Without the right to list a folder one may still write in it.
+            if (!taken && taken.error().errorNumber == EACCES)
+                continue;
+            if (!taken)
+                return tl::unexpected(std::move(taken.error()));
+            held = std::make_shared<FileLock>(std::move(*taken));
+            locks_[folder] = held;
+        }
+        result->push_back(std::move(held));
+    }
+    return result;
+}
+
+tl::expected<items::StorageHold, EKError> VdirStorage::lock(const std::vector<QByteArray>& collections) {
+    auto locks = lockFolders(collections, FileLock::Waiting::bounded);
+    if (!locks)
+        return tl::unexpected(writeError(locks.error()));
+    return items::StorageHold(std::move(*locks));
+}
+
+items::StorageHold VdirStorage::beginTwoSteps(const Place& changed, const QByteArray& text,
+                                              items::SecondStep step) {
+    auto steps = twoSteps_.lock();
+    if (!steps) {
+        steps = std::make_shared<TwoSteps>(*this, Journal{.changed = changed,
+                                                          .before = digestOf(text),
+                                                          .isRemoved = step == items::SecondStep::removes});
+        twoSteps_ = steps;
+    }
+    return steps;
+}
+
+bool VdirStorage::settle(const std::vector<QByteArray>& journals) {
+    bool result = true;
+    for (const QByteArray& name : journals)
+        result = settle(name) && result;
+    return result;
+}
+
+bool VdirStorage::settle(const QByteArray& journalName) {
+    if (const auto steps = twoSteps_.lock(); steps && steps->name() == journalName)
+        return true;
+    const QByteArray path = root_ + '/' + journalName;
+    const auto opened = openFile(path);
+    const auto journal = opened ? Journal::parse(opened->text) : std::nullopt;
+    if (!journal)
+        return opened || opened.error() == ENOENT;
+    // Whoever is in the middle of it holds the locks.
+    const auto locks = lockFolders(journal->collections(), FileLock::Waiting::none);
+    const auto isHeld = [](const auto& lock) { return lock->isHeld(); };
+    const bool isAbandoned = locks && (std::all_of((*locks)->begin(), (*locks)->end(), isHeld) ||
+                                       !isOfRunningProcess(journalName));
+    if (!isAbandoned)
+        return false;
+    // It may have come to its end meanwhile.
+    if (!stampOf(path))
+        return true;
+    return journal->settle(root_) && ::unlink(path.constData()) == 0;
 }
 
 QByteArray VdirStorage::pathOf(const Place& place) const {
@@ -99,51 +258,57 @@ StoredText VdirStorage::storedAt(const Place& place, QByteArray text) const {
     return {stampOf(pathOf(place)).value_or(FileStamp{}).toVersion(), std::move(text)};
 }
 
-tl::expected<StoredText, WriteError> VdirStorage::replace(const Place& place, const Document& /*before*/,
+tl::expected<StoredText, WriteError> VdirStorage::replace(const Place& place, const Document& before,
                                                           const Document& after,
                                                           const items::Version& expected) {
-    const QByteArray path = pathOf(place);
-    const auto stamp = stampOf(path);
-    if (!stamp || stamp->toVersion() != expected)
-        return tl::unexpected(WriteError(ChangedMeanwhile{}));
+    const auto locked = lock({place.collection});
+    if (!locked)
+        return tl::unexpected(WriteError(locked.error()));
     QByteArray text = after.text();
-    if (const auto written = writeFileAtomically(QFile::decodeName(path), text); !written)
-        return tl::unexpected(WriteError(writeError(written.error())));
+    const auto written =
+        replaceFileIf(QFile::decodeName(pathOf(place)), text, fileIs(expected, before.text()));
+    if (!written)
+        return tl::unexpected(failed(written.error()));
     return storedAt(place, std::move(text));
 }
 
 std::optional<WriteError> VdirStorage::remove(const Place& place, const items::Version& expected) {
-    const QByteArray path = pathOf(place);
-    const auto stamp = stampOf(path);
-    if (!stamp || stamp->toVersion() != expected)
-        return ChangedMeanwhile{};
-    if (::unlink(path.constData()) != 0)
-        return writeError({QFile::decodeName(path), errno, systemDescription(errno)});
-    const int folder =
-        ::open((root_ + '/' + place.collection).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder >= 0) {
-        (void)::fsync(folder);
-        ::close(folder);
-    }
-    return std::nullopt;
+    const auto locked = lock({place.collection});
+    if (!locked)
+        return WriteError(locked.error());
+    const auto removed = removeFileIf(QFile::decodeName(pathOf(place)), fileIs(expected, std::nullopt));
+    return removed ? std::nullopt : std::optional(failed(removed.error()));
+}
+
+QByteArray VdirStorage::freeName(const QByteArray& collection, const QByteArray& wanted) const {
+    struct stat status {};
+    const bool isFree = ::lstat(pathOf({collection, wanted}).constData(), &status) != 0 && errno == ENOENT;
+    return isFree ? wanted : items::newUid() + ".ics";
 }
 
 tl::expected<VdirStorage::Created, EKError> VdirStorage::create(const QByteArray& collection,
                                                                 const QByteArray& uid,
                                                                 const QByteArray& preferredName,
                                                                 const Document& document) {
+    const auto locked = lock({collection});
+    if (!locked)
+        return tl::unexpected(locked.error());
     QByteArray text = document.text();
-    Place place{collection, preferredName.isEmpty() ? fileNameFor(uid) : preferredName};
-    auto written = writeFileAtomically(QFile::decodeName(pathOf(place)), text, FileMode::createNew);
-    if (!written && (written.error().errorNumber == EEXIST || written.error().errorNumber == ENAMETOOLONG)) {
-        place.file = items::newUid() + ".ics";
-        written = writeFileAtomically(QFile::decodeName(pathOf(place)), text, FileMode::createNew);
+    QByteArray wanted = preferredName.isEmpty() ? fileNameFor(uid) : preferredName;
+    while (true) {
+        const Place place{collection, freeName(collection, std::exchange(wanted, {}))};
+        if (const auto steps = twoSteps_.lock()) {
+            if (auto error = steps->note(place, text))
+                return tl::unexpected(std::move(*error));
+        }
+        const auto written = writeFileAtomically(QFile::decodeName(pathOf(place)), text, FileMode::createNew);
+        if (written)
+            return Created{place, uid, storedAt(place, std::move(text))};
+        if (written.error().errorNumber == ENOENT)
+            return tl::unexpected(calendarNotFoundError());
+        if (written.error().errorNumber != EEXIST)
+            return tl::unexpected(writeError(written.error()));
     }
-    if (!written && written.error().errorNumber == ENOENT)
-        return tl::unexpected(calendarNotFoundError());
-    if (!written)
-        return tl::unexpected(writeError(written.error()));
-    return Created{place, uid, storedAt(place, std::move(text))};
 }
 
 }  // namespace kestrant::vdir

@@ -1,0 +1,139 @@
+#include "eventkit/vdir/Journal.h"
+
+#include "eventkit/vdir/VdirLibrary.h"
+#include "foundation/AtomicFile.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+
+namespace kestrant::vdir {
+
+using items::Place;
+
+namespace {
+
+constexpr auto prefix = ".kestrant-";
+constexpr auto suffix = ".journal";
+
+const auto changedKey = QStringLiteral("changed");
+const auto beforeKey = QStringLiteral("before");
+const auto isRemovedKey = QStringLiteral("removed");
+const auto madeKey = QStringLiteral("made");
+const auto listKey = QStringLiteral("list");
+const auto fileKey = QStringLiteral("file");
+const auto digestKey = QStringLiteral("text");
+
+// Names are bytes, which JSON cannot hold.
+QString encoded(const QByteArray& name) {
+    return QString::fromLatin1(name.toPercentEncoding());
+}
+
+QByteArray decoded(const QJsonValue& name) {
+    return QByteArray::fromPercentEncoding(name.toString().toLatin1());
+}
+
+QJsonObject toJson(const Place& place) {
+    return {{listKey, encoded(place.collection)}, {fileKey, encoded(place.file)}};
+}
+
+/// Absent where it is no place of an item below the root.
+std::optional<Place> placeFrom(const QJsonObject& json) {
+    Place place{decoded(json.value(listKey)), decoded(json.value(fileKey))};
+    if (place.collection.isEmpty() || place.collection.startsWith('.') || place.collection.contains('/') ||
+        place.file.contains('/') || !isItemName(place.file))
+        return std::nullopt;
+    return place;
+}
+
+QByteArray pathOf(const QByteArray& root, const Place& place) {
+    return root + '/' + place.collection + '/' + place.file;
+}
+
+}  // namespace
+
+QByteArray Journal::text() const {
+    QJsonArray files;
+    for (const Made& file : made) {
+        QJsonObject json = toJson(file.place);
+        json.insert(digestKey, QString::fromLatin1(file.digest));
+        files.append(json);
+    }
+    const QJsonObject json{{changedKey, toJson(changed)},
+                           {beforeKey, QString::fromLatin1(before)},
+                           {isRemovedKey, isRemoved},
+                           {madeKey, files}};
+    return QJsonDocument(json).toJson(QJsonDocument::Compact) + '\n';
+}
+
+std::optional<Journal> Journal::parse(QByteArrayView text) {
+    const QJsonObject json = QJsonDocument::fromJson(text.toByteArray()).object();
+    const auto changed = placeFrom(json.value(changedKey).toObject());
+    if (!changed)
+        return std::nullopt;
+    Journal result{.made = {},
+                   .changed = *changed,
+                   .before = json.value(beforeKey).toString().toLatin1(),
+                   .isRemoved = json.value(isRemovedKey).toBool()};
+    for (const QJsonValue& file : json.value(madeKey).toArray()) {
+        const auto place = placeFrom(file.toObject());
+        if (!place)
+            return std::nullopt;
+        result.made.push_back({*place, file.toObject().value(digestKey).toString().toLatin1()});
+    }
+    return result;
+}
+
+std::vector<QByteArray> Journal::collections() const {
+    std::vector<QByteArray> result{changed.collection};
+    for (const Made& file : made)
+        result.push_back(file.place.collection);
+    return result;
+}
+
+bool Journal::settle(const QByteArray& root) const {
+    const auto present = openFile(pathOf(root, changed));
+    if (!present && present.error() != ENOENT)
+        return false;
+    if (!present || (digestOf(present->text) != before && !isRemoved))
+        return true;
+    bool isKnown = true;
+    return std::all_of(made.begin(), made.end(), [&](const Made& file) {
+        // One that somebody has changed meanwhile is theirs.
+        const auto isAsMade = [&](const QString& path) {
+            const auto opened = openFile(QFile::encodeName(path));
+            isKnown = isKnown && (opened || opened.error() == ENOENT);
+            return opened && digestOf(opened->text) == file.digest;
+        };
+        const auto removed = removeFileIf(QFile::decodeName(pathOf(root, file.place)), isAsMade);
+        return removed || (isKnown && removed.error().errorNumber == ESTALE);
+    });
+}
+
+QByteArray digestOf(const QByteArray& text) {
+    return QCryptographicHash::hash(text, QCryptographicHash::Sha256).toHex();
+}
+
+QByteArray newJournalName() {
+    static std::atomic<unsigned> counter = 0;
+    return prefix + QByteArray::number(::getpid()) + '-' + QByteArray::number(counter++) + suffix;
+}
+
+bool isJournalName(QByteArrayView name) {
+    return processNamedIn(name, prefix, suffix).has_value();
+}
+
+bool isOfRunningProcess(QByteArrayView journalName) {
+    const auto process = processNamedIn(journalName, prefix, suffix);
+    return process && isRunning(*process);
+}
+
+}  // namespace kestrant::vdir
