@@ -5,6 +5,9 @@
 
 #include <QThreadPool>
 
+#include <memory>
+#include <utility>
+
 namespace kestrant {
 
 /// Writes ledgers on a thread of its own, one after the other, so that a slow disk holds nobody up. Its end
@@ -20,9 +23,9 @@ class BackgroundLedgerWriter {
 
     /// The writer to give to a repository; good for as long as this object lives.
     [[nodiscard]] CompletionLedgerWriter writer() {
-        return [this](const QString& path, const QByteArray& document, auto done) {
-            pool_.start([this, path, document, done = std::move(done)] {
-                scheduler_.post([done, result = writeLedgerFile(path, document)] { done(result); });
+        return [this](const QString& path, const std::shared_ptr<const LedgerChange>& change, auto done) {
+            pool_.start([this, path, change, done = std::move(done)] {
+                scheduler_.post([done, result = writeLedgerFile(path, *change)] { done(result); });
             });
         };
     }

@@ -98,6 +98,20 @@ bool mergeCompletions(CompletionLedgerV1& ledger, const std::map<QString, Remind
     return changed;
 }
 
+CompletionLedgerV1 withChange(CompletionLedgerV1 present, const LedgerChange& change) {
+    for (const auto& [identifier, record] : change.before.records) {
+        if (!change.after.records.contains(identifier))
+            present.records.erase(identifier);
+    }
+    for (const auto& [identifier, record] : change.after.records) {
+        const auto before = change.before.records.find(identifier);
+        if (before == change.before.records.end() || before->second != record)
+            present.records.insert_or_assign(identifier, record);
+    }
+    present.didBackfill = present.didBackfill || change.after.didBackfill;
+    return present;
+}
+
 std::vector<CompletionRecord> sortedRecords(const CompletionLedgerV1& ledger) {
     std::vector<CompletionRecord> records;
     records.reserve(ledger.records.size());

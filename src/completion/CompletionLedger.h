@@ -65,6 +65,14 @@ struct ReminderCompletionState {
                                     const std::map<QString, ReminderCompletionState>& states,
                                     const std::vector<CompletionObservation>& observations, Instant now);
 
+/// What a ledger's owner has done to it since it was last the same as the file.
+struct LedgerChange {
+    CompletionLedgerV1 before;
+    CompletionLedgerV1 after;
+};
+/// `present`, which others may have written meanwhile, with that done to it too.
+[[nodiscard]] CompletionLedgerV1 withChange(CompletionLedgerV1 present, const LedgerChange& change);
+
 /// The records by completion date, then by identifier.
 [[nodiscard]] std::vector<CompletionRecord> sortedRecords(const CompletionLedgerV1& ledger);
 

@@ -1,5 +1,6 @@
 #include "completion/CompletionLedgerRepository.h"
 
+#include "foundation/FileLock.h"
 #include "foundation/StandardFolders.h"
 
 #include <QFileInfo>
@@ -9,18 +10,26 @@
 
 namespace kestrant {
 
-tl::expected<void, FileError> writeLedgerFile(const QString& path, const QByteArray& document) {
+LedgerWriteResult writeLedgerFile(const QString& path, const LedgerChange& change) {
     if (auto folder = createFolder(QFileInfo(path).path()); !folder)
-        return folder;
-    const auto present = readFile(path);
-    const bool isUnusable =
-        present ? !decodeLedger(*present)
-                : present.error().errorNumber == EACCES || present.error().errorNumber == EFBIG;
+        return tl::unexpected(std::move(folder.error()));
+    const auto lock = FileLock::besideFile(path);
+    if (!lock)
+        return tl::unexpected(lock.error());
+    const auto document = readFile(path);
+    if (!document && document.error().errorNumber != ENOENT && document.error().errorNumber != EACCES &&
+        document.error().errorNumber != EFBIG)
+        return tl::unexpected(document.error());
+    auto present = document ? decodeLedger(*document) : std::nullopt;
+    const bool isUnusable = !present && (document || document.error().errorNumber != ENOENT);
     if (isUnusable) {
         if (const auto aside = setFileAside(path); !aside)
             return tl::unexpected(aside.error());
     }
-    return writeFileAtomically(path, document);
+    CompletionLedgerV1 ledger = present ? withChange(std::move(*present), change) : change.after;
+    if (const auto written = writeFileAtomically(path, encodeLedger(ledger)); !written)
+        return tl::unexpected(written.error());
+    return ledger;
 }
 
 QString completionLedgerPath() {
@@ -31,18 +40,19 @@ CompletionLedgerRepository::CompletionLedgerRepository(QString path, CompletionL
     : path_(std::move(path))
     , writer_(std::move(writer)) {
     if (!writer_) {
-        writer_ = [](const QString& file, const QByteArray& document, const auto& done) {
-            done(writeLedgerFile(file, document));
-        };
+        writer_ = [](const QString& file, const std::shared_ptr<const LedgerChange>& change,
+                     const auto& done) { done(writeLedgerFile(file, *change)); };
     }
     load();
 }
 
 void CompletionLedgerRepository::load() {
+    removeAbandonedFiles(QFileInfo(path_).path());
     const auto document = readFile(path_);
     if (document) {
         if (auto ledger = decodeLedger(*document)) {
             ledger_ = std::move(*ledger);
+            written_ = ledger_;
             return;
         }
     }
@@ -80,12 +90,12 @@ tl::expected<void, FileError> CompletionLedgerRepository::finishBackfill() {
 tl::expected<void, FileError> CompletionLedgerRepository::save() {
     needsPersistenceRetry_ = false;
     const int number = ++begunWrites_;
-    writer_(
-        path_, encodeLedger(ledger_),
-        [this, number, alive = std::weak_ptr<bool>(isAlive_)](const tl::expected<void, FileError>& result) {
-            if (!alive.expired())
-                writeEnded(number, result);
-        });
+    const auto change = std::make_shared<const LedgerChange>(LedgerChange{written_, ledger_});
+    writer_(path_, change,
+            [this, number, change, alive = std::weak_ptr<bool>(isAlive_)](const LedgerWriteResult& result) {
+                if (!alive.expired())
+                    writeEnded(number, *change, result);
+            });
     if (endedWrites_ == number && lastFailure_)
         return tl::unexpected(*lastFailure_);
     return {};
@@ -96,8 +106,17 @@ CompletionLedgerRepository::observeWrites(std::function<void(const std::optional
     return writeObservers_.add(std::move(observer));
 }
 
-void CompletionLedgerRepository::writeEnded(int number, const tl::expected<void, FileError>& result) {
+void CompletionLedgerRepository::writeEnded(int number, const LedgerChange& change,
+                                            const LedgerWriteResult& result) {
     endedWrites_ = number;
+    if (result) {
+        written_ = *result;
+        // What others have recorded, and what was changed here since the write began.
+        if (auto merged = withChange(*result, {change.after, ledger_}); merged != ledger_) {
+            ledger_ = std::move(merged);
+            sortedRecordsCache_.reset();
+        }
+    }
     lastFailure_ = result ? std::nullopt : std::optional(result.error());
     if (lastFailure_)
         needsPersistenceRetry_ = true;

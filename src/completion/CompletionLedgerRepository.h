@@ -15,21 +15,26 @@
 
 namespace kestrant {
 
-/// Writes a ledger document to its file and tells `done`, exactly once, how that went: within the call or
-/// later, on the thread of the call. Documents are written in the order they were given.
-using CompletionLedgerWriter =
-    std::function<void(const QString& path, const QByteArray& document,
-                       std::function<void(const tl::expected<void, FileError>& result)> done)>;
+/// What the file of a ledger holds once a change was written.
+using LedgerWriteResult = tl::expected<CompletionLedgerV1, FileError>;
 
-/// Creates the folder and writes the document atomically. A file already there that is no usable ledger is
-/// set aside first. Thread: any; blocks for the disk.
-[[nodiscard]] tl::expected<void, FileError> writeLedgerFile(const QString& path, const QByteArray& document);
+/// Writes what changed in a ledger to its file and tells `done`, exactly once, how that went: within the call
+/// or later, on the thread of the call. Changes are written in the order they were given.
+using CompletionLedgerWriter =
+    std::function<void(const QString& path, const std::shared_ptr<const LedgerChange>& change,
+                       std::function<void(const LedgerWriteResult& result)> done)>;
+
+/// Creates the folder, does the change to what the file holds and writes it atomically; other processes that
+/// do the same wait. A file that is missing then holds all of the ledger, and one that is no usable ledger is
+/// set aside first. Thread: any; blocks for the disk, and up to five seconds for another process.
+[[nodiscard]] LedgerWriteResult writeLedgerFile(const QString& path, const LedgerChange& change);
 
 /// "completion-ledger-v1.json" in the application's own folder.
 [[nodiscard]] QString completionLedgerPath();
 
-/// Owns the completion ledger and its file. The ledger in memory is right also while it cannot be written; a
-/// write that failed is tried again with every later reconciliation. Thread: main.
+/// Owns the completion ledger and its file, which other processes write too: what they have recorded is there
+/// after the next write. The ledger in memory is right also while it cannot be written; a write that failed
+/// is tried again with every later reconciliation. Thread: main.
 class CompletionLedgerRepository {
   public:
     /// Loads the ledger; a file that is missing or unusable gives an empty one and stays as it is. Without a
@@ -71,11 +76,13 @@ class CompletionLedgerRepository {
 
   private:
     void load();
-    void writeEnded(int number, const tl::expected<void, FileError>& result);
+    void writeEnded(int number, const LedgerChange& change, const LedgerWriteResult& result);
 
     QString path_;
     CompletionLedgerWriter writer_;
     CompletionLedgerV1 ledger_;
+    /// What the file held when it was last read or written here.
+    CompletionLedgerV1 written_;
     bool recoveredCorruptFile_ = false;
     bool needsPersistenceRetry_ = false;
     mutable std::optional<std::vector<CompletionRecord>> sortedRecordsCache_;

@@ -1,15 +1,14 @@
 #include "foundation/JsonFileUserDefaults.h"
 
 #include "foundation/AtomicFile.h"
+#include "foundation/FileLock.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <sys/file.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -45,6 +44,13 @@ TextPair unwritable(const FileError& error) {
                 .arg(error.path, error.description)};
 }
 
+TextPair inUse(const QString& path) {
+    return {QStringLiteral("The settings cannot be saved: another Kestrant process holds %1.").arg(path),
+            QStringLiteral("Les réglages ne peuvent pas être enregistrés : un autre processus de Kestrant "
+                           "retient %1.")
+                .arg(path)};
+}
+
 TextPair setAsideAs(const QString& path) {
     return {QStringLiteral("The settings were damaged. They were kept as %1, and new ones begun.").arg(path),
             QStringLiteral(
@@ -52,24 +58,32 @@ TextPair setAsideAs(const QString& path) {
                 .arg(path)};
 }
 
-/// Keeps other processes from changing the file between its being read and its being replaced.
-class FileLock {
-  public:
-    explicit FileLock(const QString& path)
-        : descriptor_(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
-        if (descriptor_ >= 0)
-            (void)::flock(descriptor_, LOCK_EX);
+/// `theirs` with what leads from `before` to `ours`. Of objects that is done member by member, so that two
+/// processes may add to one at a time.
+QJsonValue merged(const QJsonValue& before, const QJsonValue& ours, const QJsonValue& theirs) {
+    if (!ours.isObject() || !theirs.isObject())
+        return ours;
+    const QJsonObject from = before.toObject();
+    const QJsonObject to = ours.toObject();
+    QJsonObject result = theirs.toObject();
+    for (auto member = from.constBegin(); member != from.constEnd(); ++member) {
+        if (!to.contains(member.key()))
+            result.remove(member.key());
     }
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-    ~FileLock() {
-        if (descriptor_ >= 0)
-            ::close(descriptor_);
+    for (auto member = to.constBegin(); member != to.constEnd(); ++member) {
+        if (from.value(member.key()) != member.value())
+            result.insert(member.key(), member.value());
     }
+    return result;
+}
 
-  private:
-    int descriptor_;
-};
+/// Puts a value in, or takes the key out where it is undefined.
+void put(QJsonObject& values, const QString& key, const QJsonValue& value) {
+    if (value.isUndefined())
+        values.remove(key);
+    else
+        values.insert(key, value);
+}
 
 /// Notices when a file in a folder is written, replaced or removed.
 class FileWatch {
@@ -166,13 +180,12 @@ QJsonValue JsonFileUserDefaults::object(const QString& key) const {
 void JsonFileUserDefaults::set(const QString& key, const QJsonValue& value) {
     {
         const std::lock_guard lock(mutex_);
-        if (values_.value(key) == value)
+        const QJsonValue before = values_.value(key);
+        if (before == value)
             return;
-        if (value.isUndefined())
-            values_.remove(key);
-        else
-            values_.insert(key, value);
-        unwritten_.insert(key);
+        put(values_, key, value);
+        if (!unwritten_.contains(key))
+            unwritten_.insert(key, before);
     }
     changed_->raise();
     if (std::this_thread::get_id() == ownThread_)
@@ -224,6 +237,7 @@ void JsonFileUserDefaults::run() {
     // The folder has to be there to be watched.
     if (const auto folder = createFolder(QFileInfo(path_).path()); !folder)
         setProblem(unwritable(folder.error()));
+    removeAbandonedFiles(QFileInfo(path_).path());
     FileWatch watch(path_);
     // What happened between the first reading and the watch.
     takeOverFile();
@@ -261,13 +275,13 @@ void JsonFileUserDefaults::takeOverFile() {
 bool JsonFileUserDefaults::flush() {
     const std::lock_guard fileLock(fileMutex_);
     QJsonObject known;
-    QSet<QString> keys;
+    QHash<QString, QJsonValue> changed;
     {
         const std::lock_guard lock(mutex_);
         known = values_;
-        keys = unwritten_;
+        changed = unwritten_;
     }
-    if (keys.isEmpty())
+    if (changed.isEmpty())
         return true;
 
     const QFileInfo file(path_);
@@ -275,7 +289,11 @@ bool JsonFileUserDefaults::flush() {
         setProblem(unwritable(folder.error()));
         return false;
     }
-    const FileLock lock(file.path() + QStringLiteral("/.") + file.fileName() + QStringLiteral(".lock"));
+    const auto lock = FileLock::besideFile(path_);
+    if (!lock) {
+        setProblem(lock.error().errorNumber == EWOULDBLOCK ? inUse(path_) : unwritable(lock.error()));
+        return false;
+    }
     const auto document = readFile(path_);
     if (!document && document.error().errorNumber != ENOENT) {
         setProblem(unreadable(document.error()));
@@ -296,12 +314,9 @@ bool JsonFileUserDefaults::flush() {
             problem = setAsideAs(*aside);
         }
     }
-    for (const QString& key : std::as_const(keys)) {
-        const QJsonValue value = known.value(key);
-        if (value.isUndefined())
-            values.remove(key);
-        else
-            values.insert(key, value);
+    for (auto change = changed.cbegin(); change != changed.cend(); ++change) {
+        const QString& key = change.key();
+        put(values, key, merged(change.value(), known.value(key), values.value(key)));
     }
     if (const auto written = writeFileAtomically(path_, QJsonDocument(values).toJson()); !written) {
         setProblem(unwritable(written.error()));
@@ -309,9 +324,11 @@ bool JsonFileUserDefaults::flush() {
     }
     {
         const std::lock_guard valuesLock(mutex_);
-        for (const QString& key : std::as_const(keys)) {
-            if (values_.value(key) == known.value(key))
-                unwritten_.remove(key);
+        for (auto change = changed.cbegin(); change != changed.cend(); ++change) {
+            if (values_.value(change.key()) == known.value(change.key()))
+                unwritten_.remove(change.key());
+            else
+                unwritten_.insert(change.key(), known.value(change.key()));
         }
     }
     adopt(values);
@@ -324,12 +341,10 @@ void JsonFileUserDefaults::adopt(const QJsonObject& values) {
     {
         const std::lock_guard lock(mutex_);
         QJsonObject next = values;
-        for (const QString& key : std::as_const(unwritten_)) {
-            const QJsonValue value = values_.value(key);
-            if (value.isUndefined())
-                next.remove(key);
-            else
-                next.insert(key, value);
+        for (auto change = unwritten_.begin(); change != unwritten_.end(); ++change) {
+            const QJsonValue theirs = values.value(change.key());
+            put(next, change.key(), merged(change.value(), values_.value(change.key()), theirs));
+            change.value() = theirs;
         }
         for (auto entry = next.constBegin(); entry != next.constEnd(); ++entry) {
             if (values_.value(entry.key()) != entry.value())

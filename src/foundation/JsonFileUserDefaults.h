@@ -5,8 +5,9 @@
 #include "foundation/Text.h"
 #include "foundation/UserDefaults.h"
 
+#include <QHash>
 #include <QJsonObject>
-#include <QSet>
+#include <QJsonValue>
 #include <QString>
 
 #include <atomic>
@@ -20,8 +21,9 @@ namespace kestrant {
 
 /// User defaults in a JSON file that several processes may share. Values are read from memory; changes are
 /// written by a thread of its own, several at a time, and at the latest when the store goes. Before writing,
-/// the file is read again and only the keys changed here are changed there, so keys nobody here knows and
-/// changes by others survive. Changes by others are taken over when they happen.
+/// with other processes locked out, the file is read again and only the keys changed here are changed there
+/// (of an object, its members), so keys nobody here knows and changes by others survive. Changes by others
+/// are taken over when they happen.
 ///
 /// A file that holds no JSON object is left as it is until something is to be written, and then set aside.
 class JsonFileUserDefaults final : public UserDefaults {
@@ -38,7 +40,7 @@ class JsonFileUserDefaults final : public UserDefaults {
     [[nodiscard]] Subscription observe(std::function<void(const QString& key)> observer) override;
 
     /// Writes what has not been written. False when that failed; it is then tried again with the next change.
-    /// Blocks for the disk. Thread: any.
+    /// Blocks for the disk, and up to five seconds for another process. Thread: any.
     bool flush();
 
     /// What keeps the settings from being read or kept, in a sentence that names the file; absent while all
@@ -63,7 +65,8 @@ class JsonFileUserDefaults final : public UserDefaults {
 
     mutable std::mutex mutex_;
     QJsonObject values_;
-    QSet<QString> unwritten_;
+    /// The keys changed here since they were last written, with the values they had before.
+    QHash<QString, QJsonValue> unwritten_;
     std::optional<TextPair> problem_;
 
     /// Held while the file is read or written, before `mutex_`.

@@ -64,6 +64,10 @@ void CompletionReconciler::apply(const std::vector<EKReminderRef>& completed) {
     // How the writes go is told to writeEnded(), whether they end here or later.
     if (ledger_.reconcile(std::exchange(states_, {}), observations, clock_.now()))
         (void)ledger_.finishBackfill();
+    takeRecords();
+}
+
+void CompletionReconciler::takeRecords() {
     if (const auto& records = ledger_.sortedRecords(); records != records_) {
         records_ = records;
         Q_EMIT recordsChanged();
@@ -71,6 +75,8 @@ void CompletionReconciler::apply(const std::vector<EKReminderRef>& completed) {
 }
 
 void CompletionReconciler::writeEnded(bool succeeded) {
+    // With it came what other processes have recorded.
+    takeRecords();
     std::optional<TextPair> error;
     if (!succeeded)
         error = text("Completion history could not be saved.",

@@ -47,6 +47,7 @@ class CompletionReconciler : public QObject {
   private:
     void start();
     void apply(const std::vector<EKReminderRef>& completed);
+    void takeRecords();
     void writeEnded(bool succeeded);
     [[nodiscard]] bool isBusy() const;
 

@@ -103,26 +103,46 @@ TEST_F(LedgerRepository, AFailedWriteIsReportedAndTriedAgainWithoutNews) {
     EXPECT_EQ(repository.reconcile({}, {}, now), false);
 }
 
+TEST_F(LedgerRepository, KeepsWhatOthersHaveRecordedAndTakesItOver) {
+    CompletionLedgerRepository first(path());
+    EXPECT_EQ(first.reconcile({}, {{"a", now}, {"b", now}}, now), true);
+    CompletionLedgerRepository second(path());
+    EXPECT_EQ(second.reconcile({{"a", ReminderCompletionState::incomplete()}}, observed("c"), now), true);
+    EXPECT_EQ(first.reconcile({}, observed("d"), now), true);
+    const CompletionLedgerRepository third(path());
+    for (const CompletionLedgerRepository* each : {&std::as_const(first), &third}) {
+        std::vector<QString> recorded;
+        for (const CompletionRecord& record : each->sortedRecords())
+            recorded.push_back(record.reminderIdentifier);
+        EXPECT_THAT(recorded, testing::ElementsAre("b", "c", "d"));
+    }
+
+    // One that has gone is written anew, whole.
+    ASSERT_TRUE(QFile::remove(path()));
+    EXPECT_EQ(first.reconcile({}, observed("e"), now), true);
+    EXPECT_EQ(CompletionLedgerRepository(path()).sortedRecords().size(), 4U);
+}
+
 /// A disk that takes its time: writes end when the test says so.
 class SlowDisk {
   public:
     CompletionLedgerWriter writer() {
-        return [this](const QString&, const QByteArray& document, auto done) {
-            begun.push_back(document);
-            waiting.push_back(std::move(done));
+        return [this](const QString&, const std::shared_ptr<const LedgerChange>& change, auto done) {
+            ++begun;
+            waiting.emplace_back([change, done](const std::optional<FileError>& failure) {
+                done(failure ? LedgerWriteResult(tl::unexpected(*failure)) : change->after);
+            });
         };
     }
     void endNext(std::optional<int> errorNumber = {}) {
         const auto done = waiting.front();
         waiting.erase(waiting.begin());
-        if (errorNumber)
-            done(tl::unexpected(FileError{QStringLiteral("ledger"), *errorNumber, {}}));
-        else
-            done({});
+        done(errorNumber ? std::optional(FileError{QStringLiteral("ledger"), *errorNumber, {}})
+                         : std::nullopt);
     }
 
-    std::vector<QByteArray> begun;
-    std::vector<std::function<void(const tl::expected<void, FileError>&)>> waiting;
+    int begun = 0;
+    std::vector<std::function<void(const std::optional<FileError>&)>> waiting;
 };
 
 TEST_F(LedgerRepository, AWriteThatFailsLaterIsTriedAgainAndTheObserversLearnOfIt) {
@@ -142,7 +162,7 @@ TEST_F(LedgerRepository, AWriteThatFailsLaterIsTriedAgainAndTheObserversLearnOfI
     disk.endNext();
     EXPECT_FALSE(repository.needsPersistenceRetry());
     EXPECT_THAT(told, testing::ElementsAre(ENOSPC, 0));
-    EXPECT_EQ(disk.begun.size(), 2U);
+    EXPECT_EQ(disk.begun, 2);
 }
 
 TEST_F(LedgerRepository, AFailureOvertakenByALaterSuccessIsNotTriedAgain) {

@@ -136,12 +136,12 @@ class ReminderStoreTest : public testing::Test {
     std::vector<ScheduledTask> ledgerWrites;
     CompletionLedgerRepository ledger{
         folder.filePath(QStringLiteral("ledger.json")),
-        [this](const QString& path, const QByteArray& document, const auto& done) {
-            const auto write = [this, path, document, done] {
+        [this](const QString& path, const std::shared_ptr<const LedgerChange>& change, const auto& done) {
+            const auto write = [this, path, change, done] {
                 if (ledgerFails)
                     done(tl::unexpected(FileError{path, ENOSPC, QStringLiteral("disk full")}));
                 else
-                    done(writeLedgerFile(path, document));
+                    done(writeLedgerFile(path, *change));
             };
             if (ledgerDelay)
                 ledgerWrites.push_back(scheduler.after(*ledgerDelay, write));
