@@ -24,6 +24,8 @@ struct EvolutionHouse {
     FixedCalendar calendar{"Europe/Paris"};
     EvolutionService& service = EvolutionService::emptied();
     EvolutionEventStore store;
+    /// The one that the tests use.
+    EKEventStore* used = &store;
 
     template <typename Change>
     void changeElsewhere(const QString& identifier, Change change) {
@@ -47,7 +49,7 @@ struct EvolutionHouse {
     /// Lets time go on until the store has told of a change.
     void awaitNotice() {
         bool told = false;
-        const Subscription subscription = store.observeChanges([&] { told = true; });
+        const Subscription subscription = used->observeChanges([&] { told = true; });
         while (!told) {
             ASSERT_TRUE(scheduler.runUntil([&] { return told || scheduler.pendingCount() > 0; }));
             scheduler.advance(std::chrono::seconds(1));

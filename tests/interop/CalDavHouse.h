@@ -9,7 +9,10 @@ namespace kestrant {
 
 /// The desktop's calendar service with accounts on a CalDAV server: every new list is one.
 struct CalDavHouse : EvolutionHouse {
-    CalDavHouse() { server.start(); }
+    CalDavHouse() {
+        server.start();
+        used = &store;
+    }
 
     class Store final : public EvolutionEventStore {
       public:
@@ -26,10 +29,12 @@ struct CalDavHouse : EvolutionHouse {
             const QString identifier = house_.server.addAccount(
                 collection, calendar.title,
                 calendar.allowsReminders ? E_CAL_CLIENT_SOURCE_TYPE_TASKS : E_CAL_CLIENT_SOURCE_TYPE_EVENTS);
+            const Instant before = house_.scheduler.now();
             house_.awaitThat([&] {
                 const auto list = calendarWithIdentifier(identifier);
                 return list && list->allowsContentModifications;
             });
+            house_.scheduler.jumpWall(before - house_.scheduler.now());
             house_.scheduler.post([completion = std::move(completion),
                                    made = *calendarWithIdentifier(identifier)] { completion(made); });
         }
@@ -37,6 +42,16 @@ struct CalDavHouse : EvolutionHouse {
       private:
         CalDavHouse& house_;
     };
+
+    void makeReadOnly(const QString& list) {
+        server.makeReadOnly();
+        // Only a process that is new to the server asks what it may do there.
+        service.kill("org.gnome.evolution.dataserver.Calendar");
+        awaitThat([&] {
+            return store.problems().empty() &&
+                   !store.calendarWithIdentifier(list)->allowsContentModifications;
+        });
+    }
 
     CalDavServer server;
     int collections = 0;

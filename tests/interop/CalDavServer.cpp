@@ -46,7 +46,7 @@ bool CalDavServer::isInstalled() {
 CalDavServer::CalDavServer() : port_(freePort()) {
     makeCollection(QStringLiteral("tasks"), "VTODO");
     makeCollection(QStringLiteral("events"), "VEVENT");
-    write(folder_.path() + "/rights", "[everybody]\nuser: .*\ncollection: .*\npermissions: RrWw\n");
+    allow("RrWw");
 }
 
 CalDavServer::~CalDavServer() {
@@ -84,6 +84,15 @@ void CalDavServer::start() {
     EXPECT_TRUE(said.contains("Radicale server ready")) << said.constData();
     // What it says from here on goes nowhere.
     ::close(output[0]);
+}
+
+void CalDavServer::allow(const QByteArray& permissions) {
+    write(folder_.path() + "/rights",
+          "[everybody]\nuser: .*\ncollection: .*\npermissions: " + permissions + "\n");
+}
+
+void CalDavServer::makeReadOnly() {
+    allow("Rr");
 }
 
 void CalDavServer::makeCollection(const QString& name, const QByteArray& component) {

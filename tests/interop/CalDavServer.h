@@ -28,6 +28,9 @@ class CalDavServer {
     void pause();
     void resume();
 
+    /// Lets nobody write any more.
+    void makeReadOnly();
+
     /// Makes a collection for components of this name; "tasks" and "events" are there from the start.
     void makeCollection(const QString& name, const QByteArray& component);
 
@@ -44,6 +47,7 @@ class CalDavServer {
     void refresh();
 
   private:
+    void allow(const QByteArray& permissions);
     [[nodiscard]] QString pathOf(const QString& collection, const QString& name) const;
 
     QTemporaryDir folder_;

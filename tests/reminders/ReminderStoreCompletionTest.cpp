@@ -106,6 +106,55 @@ TEST_F(ReminderStoreCompletion, ARecurringReminderComesBackWithItsNextDateAndIts
     EXPECT_NE(recordIDs().front(), "a");
 }
 
+TEST_F(ReminderStoreCompletion, AnOverdueSeriesComesToTodayWithOneCompletionCounted) {
+    put(aReminder("a").due({2026, 3, 13}, {9, 0}).repeating(QStringLiteral("FREQ=DAILY")));
+    loadedStore().completeNow(a, nullptr);
+    scheduler.advance(2s);
+    EXPECT_EQ(store->task(a)->dueDate, paris({2026, 3, 27}, {9, 0}));
+    EXPECT_EQ(reported, 1);
+    EXPECT_EQ(store->completionRecords().size(), 1U);
+    history.undo();
+    scheduler.advance(1s);
+    EXPECT_EQ(store->task(a)->dueDate, paris({2026, 3, 13}, {9, 0}));
+    EXPECT_THAT(store->completionRecords(), IsEmpty());
+}
+
+TEST_F(ReminderStoreCompletion, StaysPendingUntilItIsKnownWhatBecameOfTheWrite) {
+    for (const bool turnsOutMade : {true, false}) {
+        SCOPED_TRACE(turnsOutMade);
+        const QString& id = turnsOutMade ? a : b;
+        reported = 0;
+        Outcome outcome;
+        loadedStore().toggleCompletion(id);
+        database.setAnswering(false);
+        store->completeNow(id, outcome.completion());
+        scheduler.advance(1min);
+        EXPECT_EQ(outcome.calls, 1);
+        EXPECT_TRUE(outcome.error) << "whoever asked is told at once";
+        EXPECT_TRUE(isPending(id));
+        EXPECT_EQ(store->accessState().kind, Kind::authorized);
+        store->toggleCompletion(id);
+        scheduler.advance(1s);
+        EXPECT_TRUE(isPending(id));
+        EXPECT_EQ(reported, 0);
+
+        if (!turnsOutMade)
+            database.setFailure(Operation::save, diskFull());
+        database.setAnswering(true);
+        scheduler.advance(1s);
+        EXPECT_FALSE(isPending(id));
+        EXPECT_EQ(reported, turnsOutMade ? 1 : 0);
+        EXPECT_EQ(outcome.calls, 1);
+        EXPECT_THAT(recordIDs(), ElementsAre("a"));
+        EXPECT_THAT(visibleIDs(), ElementsAre("b"));
+        EXPECT_EQ(store->accessState().kind, turnsOutMade ? Kind::authorized : Kind::failed);
+    }
+    history.undo();
+    database.setFailure(Operation::save, std::nullopt);
+    scheduler.advance(1s);
+    EXPECT_THAT(recorded(), IsEmpty()) << "the one that was made was taken back, the other never was there";
+}
+
 TEST_F(ReminderStoreCompletion, AFetchThatBeganBeforeTheWriteDoesNotBringTheCardBack) {
     loadedStore();
     std::vector<std::size_t> shown;
