@@ -3,6 +3,7 @@
 #include "eventkit/icalendar/RecurrenceRule.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace kestrant {
 
@@ -27,6 +28,17 @@ std::optional<Color> Color::parse(QStringView text) {
 
 QString Color::toString() const {
     return QString::asprintf("#%02X%02X%02X", red, green, blue);
+}
+
+bool EKAlarm::operator==(const EKAlarm& other) const {
+    const auto parts = [](const EKAlarm& alarm) {
+        return std::tie(alarm.relativeOffset, alarm.structuredLocation, alarm.proximity, alarm.sourceText,
+                        alarm.identifier, alarm.acknowledgedDate, alarm.snoozedAlarm);
+    };
+    if (parts(*this) != parts(other))
+        return false;
+    return relativeOffset ? relativeDays == other.relativeDays && followsStart == other.followsStart
+                          : absoluteDate == other.absoluteDate;
 }
 
 EKRecurrenceRule EKRecurrenceRule::parse(const QString& text) {

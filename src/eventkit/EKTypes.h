@@ -72,10 +72,16 @@ enum class EKAlarmProximity { none, enter, leave };
 /// One alarm of an item. An alarm that was read keeps its source text, so that copying it to another item or
 /// leaving it alone loses nothing; a new one is built from its absolute date.
 struct EKAlarm {
-    /// When it rings, if it is bound to an instant. Absent for relative and for location alarms.
+    /// When it rings. Of an alarm with an offset from a date of a reminder this is what the database works
+    /// out; to bind the alarm to an instant instead, set this and take the offset away. Absent for alarms at
+    /// places and for those that this program does not carry out.
     std::optional<Instant> absoluteDate;
-    /// Offset to the start (or due) date, if it is bound to that.
+    /// Distance from a date of the item, if it follows that: with `followsStart` the start, else the due date
+    /// (of an event, the end); where the item has one of them only, that one.
     std::optional<Duration> relativeOffset;
+    /// How many days of the offset the calendar counts, so that the time of day stays when the clocks change.
+    int relativeDays = 0;
+    bool followsStart = false;
     std::optional<EKStructuredLocation> structuredLocation;
     EKAlarmProximity proximity = EKAlarmProximity::none;
     /// The alarm as it stands in its file (iCalendar lines from BEGIN:VALARM to END:VALARM); empty for a new
@@ -90,7 +96,8 @@ struct EKAlarm {
     QByteArray snoozedAlarm;
 
     [[nodiscard]] static EKAlarm at(Instant absoluteDate) { return EKAlarm{.absoluteDate = absoluteDate}; }
-    bool operator==(const EKAlarm&) const = default;
+    /// Alarms with an offset are the same wherever their dates have been moved to.
+    bool operator==(const EKAlarm& other) const;
 };
 
 enum class EKRecurrenceFrequency { daily, weekly, monthly, yearly, other };

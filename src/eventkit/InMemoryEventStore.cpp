@@ -2,6 +2,7 @@
 
 #include "eventkit/EKErrors.h"
 #include "eventkit/InMemoryChange.h"
+#include "eventkit/ReminderAlarms.h"
 #include "eventkit/ReminderChanges.h"
 #include "eventkit/ReminderSeries.h"
 
@@ -142,6 +143,7 @@ std::optional<EKError> InMemoryEventStore::reasonNotToChange(const QString& cale
 
 void InMemoryEventStore::store(const QString& identifier, EKReminderData data) {
     data.calendarItemIdentifier = identifier;
+    placeAlarms(data, calendar_.calendar());
     entries_[identifier] = std::make_shared<const EKReminderData>(std::move(data));
     announceChange();
 }
@@ -175,12 +177,13 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::carryOut(const SaveReque
         return tl::unexpected(std::move(*error));
     if (identifier.isEmpty())
         identifier = newIdentifier();
-    EKReminderData prepared = preparedForSave(before, std::move(wanted), clock_.now());
+    const ZoneCalendar local = calendar_.calendar();
+    EKReminderData prepared = preparedForSave(before, std::move(wanted), clock_.now(), local);
     EKSaveResult result{identifier, std::nullopt};
     const auto change = std::make_shared<Change>();
     change->items.push_back({identifier, before, std::nullopt});
     if (before && !before->isCompleted && prepared.isCompleted) {
-        CompletedOccurrence step = completeOccurrence(std::move(prepared), {}, calendar_.calendar());
+        CompletedOccurrence step = completeOccurrence(std::move(prepared), {}, clock_.now(), local);
         if (step.copy) {
             result.completedCopyIdentifier = newIdentifier();
             store(*result.completedCopyIdentifier, std::move(*step.copy));

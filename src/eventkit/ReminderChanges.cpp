@@ -17,15 +17,14 @@ bool namesADay(const DateComponents& components) {
     return components.date().isValid() && (!components.includesTime() || components.time().isValid());
 }
 
-/// Whether `start` is a valid start for something due at `due`. Times in different zones are left alone.
-bool fits(const DateComponents& start, const DateComponents& due) {
-    if (start.includesTime() != due.includesTime())
-        return false;
-    if (start.timeZone != due.timeZone)
-        return true;
-    if (start.date() != due.date())
-        return start.date() < due.date();
-    return !start.includesTime() || start.time() <= due.time();
+/// The same day as a date of the kind of `due`, which has a time or has none.
+DateComponents inKindOf(const DateComponents& due, const DateComponents& start, const ZoneCalendar& local) {
+    if (start.includesTime() == due.includesTime())
+        return start;
+    if (due.includesTime())
+        return DateComponents::fromDateTime(start.date(), QTime(0, 0), due.timeZone);
+    const auto instant = local.instantFrom(start);
+    return instant ? DateComponents::fromDate(local.dayOf(*instant)) : start;
 }
 
 }  // namespace
@@ -80,7 +79,7 @@ std::optional<EKError> invalidReason(const std::optional<EKReminderData>& before
 }
 
 EKReminderData preparedForSave(const std::optional<EKReminderData>& before, EKReminderData edited,
-                               Instant now) {
+                               Instant now, const ZoneCalendar& local) {
     now = wholeSeconds(now);
     if (!edited.isCompleted)
         edited.completionDate.reset();
@@ -102,14 +101,24 @@ EKReminderData preparedForSave(const std::optional<EKReminderData>& before, EKRe
 
     const auto& due = edited.dueDateComponents;
     auto& start = edited.startDateComponents;
-    const bool dueMoved = before && before->dueDateComponents != due;
-    const bool startEdited = before && before->startDateComponents != start;
-    if (due && start && (!before || dueMoved || startEdited)) {
-        const bool follows = dueMoved && !startEdited && before->dueDateComponents == start;
-        if (follows || !fits(*start, *due))
-            start = due;
-    }
+    const bool startEdited = !before || before->startDateComponents != start;
+    if (startEdited || before->dueDateComponents != due)
+        start = startFitting(start, startEdited ? std::nullopt : before->dueDateComponents, due, local);
     return edited;
+}
+
+std::optional<DateComponents> startFitting(const std::optional<DateComponents>& start,
+                                           const std::optional<DateComponents>& dueBefore,
+                                           const std::optional<DateComponents>& due,
+                                           const ZoneCalendar& local) {
+    if (!start || !due || start == due)
+        return start;
+    if (start == dueBefore)
+        return due;
+    const DateComponents fitting = inKindOf(*due, *start, local);
+    const auto begins = local.instantFrom(fitting);
+    const auto ends = local.instantFrom(*due);
+    return begins && ends && *begins > *ends ? *due : fitting;
 }
 
 bool saysTheSame(EKReminderData a, EKReminderData b) {

@@ -29,11 +29,17 @@ struct MergedEdits {
                                                    const EKReminderData& edited);
 
 /// `edited` with what a save sets by itself: the completion date, the creation date of a new reminder, the
-/// date of the change, instants in whole seconds, and a start that fits the due date. A start that was the
-/// due date follows it; one that would come after it, or that is a day where the due date has a time (or the
-/// reverse), becomes it.
+/// date of the change, instants in whole seconds, and a start that fits the due date.
 [[nodiscard]] EKReminderData preparedForSave(const std::optional<EKReminderData>& before,
-                                             EKReminderData edited, Instant now);
+                                             EKReminderData edited, Instant now, const ZoneCalendar& local);
+
+/// The start that goes with another due date: what was the due date itself follows it; any other keeps its
+/// day and, where the new due date has one too, its time, unless it would come after the due date, which it
+/// then becomes. `local` is the person's calendar.
+[[nodiscard]] std::optional<DateComponents> startFitting(const std::optional<DateComponents>& start,
+                                                         const std::optional<DateComponents>& dueBefore,
+                                                         const std::optional<DateComponents>& due,
+                                                         const ZoneCalendar& local);
 
 /// Whether two states of a reminder differ in nothing but what programs note by themselves: identifiers,
 /// flags, dates of changes, and that an alarm was dealt with or snoozed.

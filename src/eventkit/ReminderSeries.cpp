@@ -13,6 +13,7 @@ namespace {
 using icalendar::calendarOf;
 using icalendar::DateKind;
 using icalendar::LocalTime;
+using icalendar::localTimeIn;
 using icalendar::localTimeOf;
 using icalendar::Occurrences;
 using icalendar::RecurrenceRule;
@@ -58,6 +59,20 @@ std::vector<EKRecurrenceRule> remainingRules(const std::vector<EKRecurrenceRule>
         result.push_back(EKRecurrenceRule::parse(text.replace(count, QStringLiteral("COUNT=%1").arg(left))));
     }
     return result;
+}
+
+/// The date of a series whose occurrence is due when today begins.
+LocalTime dateDueToday(const EKReminderData& data, const DateComponents& anchor, Instant now,
+                       const ZoneCalendar& local) {
+    LocalTime today{local.dayOf(now), QTime(0, 0)};
+    if (const ZoneCalendar zone = calendarOf(anchor, local); anchor.includesTime() && !(zone == local)) {
+        const Instant midnight = local.startOfDay(now);
+        today = {zone.dayOf(midnight), zone.timeOf(midnight)};
+    }
+    if (!data.dueDateComponents || !data.dueDateComponents->date().isValid())
+        return today;
+    const LocalTime due = localTimeIn(anchor, *data.dueDateComponents, local);
+    return plus(today, secondsBetween(due, localTimeOf(anchor)));
 }
 
 }  // namespace
@@ -111,9 +126,13 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
     const ZoneCalendar zone = calendarOf(*present, local);
     const RecurrenceRule startAlone{.count = 1};
     std::vector<Occurrences> rules;
-    for (const EKRecurrenceRule& rule : data.recurrenceRules)
-        rules.emplace_back(RecurrenceRule::parse(rule.text.toUtf8()).value_or(startAlone), anchor, kind,
-                           zone);
+    for (const EKRecurrenceRule& rule : data.recurrenceRules) {
+        const auto parsed = RecurrenceRule::parse(rule.text.toUtf8()).value_or(startAlone);
+        rules.emplace_back(parsed, anchor, kind, zone);
+        // What a COUNT has spent is counted below.
+        if (!parsed.count)
+            rules.back().skipTo(from);
+    }
     if (rules.empty())
         rules.emplace_back(startAlone, anchor, kind, zone);
     std::vector<int> skipped(rules.size(), 0);
@@ -145,7 +164,7 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
     return best;
 }
 
-CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDates& dates,
+CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDates& dates, Instant now,
                                        const ZoneCalendar& local) {
     const auto present = seriesAnchor(completed);
     const bool understood = std::any_of(
@@ -155,7 +174,9 @@ CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDat
     if (!present || !recurs)
         return {std::move(completed), std::nullopt};
     const LocalTime from = localTimeOf(*present);
-    const auto next = findSeriesDate(completed, dates, from, SearchFrom::excluded, local);
+    const LocalTime today = dateDueToday(completed, *present, now, local);
+    const auto next = from < today ? findSeriesDate(completed, dates, today, SearchFrom::included, local)
+                                   : findSeriesDate(completed, dates, from, SearchFrom::excluded, local);
     if (!next)
         return {std::move(completed), std::nullopt};
 
@@ -177,7 +198,7 @@ CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDat
     // What was to ring once more for the finished occurrence has nothing to say about the next one.
     std::erase_if(series.alarms, [](const EKAlarm& alarm) { return !alarm.snoozedAlarm.isEmpty(); });
     for (EKAlarm& alarm : series.alarms) {
-        if (alarm.absoluteDate)
+        if (alarm.absoluteDate && !alarm.relativeOffset)
             alarm.absoluteDate = movedAlong(*alarm.absoluteDate, secondsBetween(from, next->time), zone);
     }
     if (!result.keepsAnchor)

@@ -44,7 +44,7 @@ enum class SearchFrom { included, excluded };
                                                        SearchFrom searchFrom, const ZoneCalendar& local);
 
 struct CompletedOccurrence {
-    /// The series at its next date; completed itself when there is none.
+    /// The series at its next date; completed itself when it has none left.
     EKReminderData series;
     /// The finished occurrence as a reminder of its own that does not recur and does not ring; absent when
     /// the series itself was completed.
@@ -53,9 +53,11 @@ struct CompletedOccurrence {
     bool keepsAnchor = false;
 };
 
-/// Completes the present occurrence of a recurring reminder. `completed` has isCompleted and completionDate
-/// set already.
+/// Completes the present occurrence of a recurring reminder and, where it is overdue, every other that was
+/// due before the day of `now`: the series goes on to its first date after the present one that is not due
+/// before that day. Dates that are passed over count against a COUNT. `completed` has isCompleted and
+/// completionDate set already; `local` is the person's calendar.
 [[nodiscard]] CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDates& dates,
-                                                     const ZoneCalendar& local);
+                                                     Instant now, const ZoneCalendar& local);
 
 }  // namespace kestrant

@@ -1,5 +1,7 @@
 #include "reminders/DueAlerts.h"
 
+#include "eventkit/ReminderAlarms.h"
+
 #include <algorithm>
 #include <chrono>
 
@@ -17,28 +19,15 @@ bool wasDealtWith(const EKAlarm& alarm, Instant rings) {
 /// Calls `visit(alarm, instant)` for each alarm that has an instant and was not dealt with.
 template <typename Reminder, typename Visit>
 void forEachOpenAlarm(Reminder& reminder, const ZoneCalendar& calendar, Visit visit) {
+    const AlarmDates dates = AlarmDates::of(reminder);
     for (auto& alarm : reminder.alarms) {
-        const auto instant = ringInstant(alarm, reminder, calendar);
+        const auto instant = ringInstant(alarm, dates, calendar);
         if (instant && !wasDealtWith(alarm, *instant))
             visit(alarm, *instant);
     }
 }
 
 }  // namespace
-
-std::optional<Instant> ringInstant(const EKAlarm& alarm, const EKReminderData& reminder,
-                                   const ZoneCalendar& calendar) {
-    if (alarm.structuredLocation)
-        return std::nullopt;
-    if (alarm.absoluteDate)
-        return alarm.absoluteDate;
-    const auto& anchor =
-        reminder.dueDateComponents ? reminder.dueDateComponents : reminder.startDateComponents;
-    const auto instant = anchor ? calendar.instantFrom(*anchor) : std::nullopt;
-    if (!instant || !alarm.relativeOffset)
-        return std::nullopt;
-    return *instant + *alarm.relativeOffset;
-}
 
 std::optional<Instant> dueAlert(const EKReminderData& reminder, Instant since, Instant now,
                                 const ZoneCalendar& calendar) {

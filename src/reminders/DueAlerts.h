@@ -9,11 +9,6 @@
 
 namespace kestrant {
 
-/// When an alarm rings: at its own instant, or at its distance from the due date or, without one, the start.
-/// Absent for an alarm at a place, for a placeholder, and for an offset from nothing.
-[[nodiscard]] std::optional<Instant> ringInstant(const EKAlarm& alarm, const EKReminderData& reminder,
-                                                 const ZoneCalendar& calendar);
-
 /// The latest instant after `since` and not after `now` at which the reminder rings and that nobody has dealt
 /// with yet.
 [[nodiscard]] std::optional<Instant> dueAlert(const EKReminderData& reminder, Instant since, Instant now,

@@ -1,8 +1,14 @@
 #include "reminders/ReminderAlerts.h"
 
+#include "eventkit/ReminderAlarms.h"
+#include "eventkit/ReminderChanges.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstddef>
+#include <utility>
+#include <vector>
 
 namespace kestrant {
 namespace {
@@ -12,9 +18,18 @@ using namespace std::chrono_literals;
 /// Farther from the due date than any calendar reaches; more would not fit an instant.
 constexpr double longestOffset = 1e11;
 
-bool ringsAt(const EKAlarm& alarm, Instant instant) {
-    return alarm.absoluteDate && !alarm.structuredLocation &&
-           std::chrono::abs(*alarm.absoluteDate - instant) <= 1s;
+/// Whether two instants are one for an alarm.
+bool coincide(const std::optional<Instant>& a, const std::optional<Instant>& b) {
+    return a && b && std::chrono::abs(*a - *b) <= 1s;
+}
+
+/// The alarm that stands for the reminder's alert.
+const EKAlarm* shownAlarm(const std::vector<EKAlarm>& alarms, const AlarmDates& dates,
+                          const ZoneCalendar& calendar) {
+    const auto found = std::find_if(alarms.begin(), alarms.end(), [&](const EKAlarm& alarm) {
+        return alarm.snoozedAlarm.isEmpty() && ringInstant(alarm, dates, calendar);
+    });
+    return found == alarms.end() ? nullptr : &*found;
 }
 
 std::optional<Instant> instantOf(const RelativeToDueTime& schedule, const DateComponents& due,
@@ -54,6 +69,124 @@ TextPair offsetInWords(double seconds) {
     return {words.english.arg(count) + QLatin1Char(' ') + side.english,
             words.french.arg(count) + QLatin1Char(' ') + side.french};
 }
+
+/// What an alarm that rings then stands for.
+std::optional<ReminderAlertSchedule> scheduleOf(Instant rings, const std::optional<DateComponents>& due,
+                                                const ZoneCalendar& calendar) {
+    const auto dueInstant = due ? calendar.instantFrom(*due) : std::nullopt;
+    if (!dueInstant)
+        return std::nullopt;
+    if (due->includesTime())
+        return RelativeToDueTime{std::chrono::duration<double>(rings - *dueInstant).count()};
+    const QTime time = calendar.timeOf(rings);
+    const qint64 days = due->date().daysTo(calendar.dayOf(rings));
+    return DayRelativeToDueDate{static_cast<int>(days), time.hour(), time.minute()};
+}
+
+class AlarmReplacement {
+  public:
+    AlarmReplacement(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
+                     const ZoneCalendar& calendar)
+        : alarms_(reminder.alarms)
+        , calendar_(calendar)
+        , before_{reminder.startDateComponents, before.dueComponents}
+        , after_{startFitting(before_.start, before_.due, after.dueComponents, calendar), after.dueComponents}
+        , keepsDistance_(before.schedule && before.schedule == after.schedule)
+        , former_(alarmInstant(before, calendar))
+        , wanted_(alarmInstant(after, calendar)) {
+        const EKAlarm* shown = before.schedule ? shownAlarm(alarms_, before_, calendar) : nullptr;
+        const auto rang = shown ? ringInstant(*shown, before_, calendar) : std::nullopt;
+        if (!rang || scheduleOf(*rang, before_.due, calendar) != before.schedule)
+            return;
+        shown_ = rang;
+        if (const auto moved = keepsDistance_ ? movedAlong(*shown_, *after.schedule) : std::nullopt)
+            wanted_ = moved;
+    }
+
+    void carryOut() {
+        const std::vector<EKAlarm> former = alarms_;
+        std::vector<EKAlarm> replaced;
+        std::optional<std::size_t> place;
+        alarms_.clear();
+        for (const EKAlarm& alarm : former) {
+            const auto rang = ringInstant(alarm, before_, calendar_);
+            if (!coincide(rang, former_) && !coincide(rang, shown_)) {
+                // One that followed a date that is gone has nothing left to follow.
+                if (!rang || ringInstant(alarm, after_, calendar_))
+                    alarms_.push_back(alarm);
+                continue;
+            }
+            if (!place)
+                place = alarms_.size();
+            replaced.push_back(alarm);
+        }
+        if (wanted_ && std::none_of(alarms_.begin(), alarms_.end(), [&](const EKAlarm& alarm) {
+                return coincide(ringInstant(alarm, after_, calendar_), wanted_);
+            }))
+            alarms_.insert(alarms_.begin() + static_cast<std::ptrdiff_t>(place.value_or(alarms_.size())),
+                           successorOf(replaced));
+        removeVoidRepetitions(former);
+    }
+
+  private:
+    /// Where an alarm that stood for this alert stands for it on the new due day; by its own clock, since an
+    /// alarm may be more exact than an alert and farther from its day than one that can be chosen.
+    [[nodiscard]] std::optional<Instant> movedAlong(Instant rang,
+                                                    const ReminderAlertSchedule& schedule) const {
+        const auto* day = std::get_if<DayRelativeToDueDate>(&schedule);
+        if (!day || !after_.due || after_.due->includesTime() || !after_.due->date().isValid())
+            return std::nullopt;
+        return calendar_.instantAt(after_.due->date().addDays(day->dayOffset), calendar_.timeOf(rang),
+                                   GapPolicy::nextExisting);
+    }
+
+    /// Whether an alarm comes to ring at the wanted instant without being changed.
+    [[nodiscard]] bool follows(const EKAlarm& alarm) const {
+        const bool keepsItsDistance = keepsDistance_ && alarm.relativeOffset &&
+                                      before_.followedBy(alarm) == before_.due &&
+                                      after_.followedBy(alarm) == after_.due;
+        return keepsItsDistance || coincide(ringInstant(alarm, after_, calendar_), wanted_);
+    }
+
+    [[nodiscard]] EKAlarm successorOf(const std::vector<EKAlarm>& replaced) const {
+        for (const EKAlarm& alarm : replaced) {
+            if (follows(alarm))
+                return alarm;
+        }
+        if (!keepsDistance_ || replaced.empty())
+            return EKAlarm::at(*wanted_);
+        EKAlarm moved = replaced.front();
+        moved.absoluteDate = wanted_;
+        moved.relativeOffset.reset();
+        return moved;
+    }
+
+    void removeVoidRepetitions(const std::vector<EKAlarm>& former) {
+        const auto stillRings = [&](const EKAlarm& alarm) {
+            return std::any_of(alarms_.begin(), alarms_.end(), [&](const EKAlarm& left) {
+                return left.identifier == alarm.identifier &&
+                       coincide(ringInstant(left, after_, calendar_), ringInstant(alarm, before_, calendar_));
+            });
+        };
+        for (const EKAlarm& alarm : former) {
+            if (alarm.identifier.isEmpty() || alarm.structuredLocation || stillRings(alarm))
+                continue;
+            std::erase_if(alarms_,
+                          [&](const EKAlarm& again) { return again.snoozedAlarm == alarm.identifier; });
+        }
+    }
+
+    std::vector<EKAlarm>& alarms_;
+    const ZoneCalendar& calendar_;
+    const AlarmDates before_;
+    const AlarmDates after_;
+    /// The alert stays the same, and the due date moves.
+    const bool keepsDistance_;
+    /// When the alert rang, as it is computed and as the alarm has it, and when it is to ring.
+    const std::optional<Instant> former_;
+    std::optional<Instant> shown_;
+    std::optional<Instant> wanted_;
+};
 
 }  // namespace
 
@@ -153,42 +286,17 @@ std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert, const Zone
 
 void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
                   const ZoneCalendar& calendar) {
-    const auto oldInstant = alarmInstant(before, calendar);
-    const auto newInstant = alarmInstant(after, calendar);
-    if (oldInstant && oldInstant != newInstant) {
-        std::vector<QByteArray> removed;
-        for (const EKAlarm& alarm : reminder.alarms) {
-            if (ringsAt(alarm, *oldInstant) && !alarm.identifier.isEmpty())
-                removed.push_back(alarm.identifier);
-        }
-        std::erase_if(reminder.alarms, [&](const EKAlarm& alarm) {
-            return ringsAt(alarm, *oldInstant) ||
-                   std::find(removed.begin(), removed.end(), alarm.snoozedAlarm) != removed.end();
-        });
-    }
-    if (newInstant && std::none_of(reminder.alarms.begin(), reminder.alarms.end(),
-                                   [&](const EKAlarm& alarm) { return ringsAt(alarm, *newInstant); }))
-        reminder.alarms.push_back(EKAlarm::at(*newInstant));
+    if (before == after)
+        return;
+    AlarmReplacement(reminder, before, after, calendar).carryOut();
 }
 
 std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder,
                                                    const ZoneCalendar& calendar) {
-    const auto alarm =
-        std::find_if(reminder.alarms.begin(), reminder.alarms.end(), [](const EKAlarm& candidate) {
-            return candidate.absoluteDate && !candidate.structuredLocation &&
-                   candidate.snoozedAlarm.isEmpty();
-        });
-    if (alarm == reminder.alarms.end() || !reminder.dueDateComponents)
-        return std::nullopt;
-    const auto due = calendar.instantFrom(*reminder.dueDateComponents);
-    if (!due)
-        return std::nullopt;
-    const Instant rings = *alarm->absoluteDate;
-    if (reminder.dueDateComponents->includesTime())
-        return RelativeToDueTime{std::chrono::duration<double>(rings - *due).count()};
-    const QTime time = calendar.timeOf(rings);
-    const qint64 days = reminder.dueDateComponents->date().daysTo(calendar.dayOf(rings));
-    return DayRelativeToDueDate{static_cast<int>(days), time.hour(), time.minute()};
+    const AlarmDates dates = AlarmDates::of(reminder);
+    const EKAlarm* alarm = shownAlarm(reminder.alarms, dates, calendar);
+    const auto rings = alarm ? ringInstant(*alarm, dates, calendar) : std::nullopt;
+    return rings ? scheduleOf(*rings, dates.due, calendar) : std::nullopt;
 }
 
 }  // namespace kestrant

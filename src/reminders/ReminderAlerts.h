@@ -53,6 +53,7 @@ inline constexpr std::array allReminderDateOnlyAlertDays{ReminderDateOnlyAlertDa
 struct ReminderDueAlert {
     std::optional<DateComponents> dueComponents;
     std::optional<ReminderAlertSchedule> schedule;
+    bool operator==(const ReminderDueAlert&) const = default;
 };
 
 /// When the alert rings; absent when there is none, or when the schedule does not fit the due date. A time
@@ -60,14 +61,18 @@ struct ReminderDueAlert {
 [[nodiscard]] std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert,
                                                   const ZoneCalendar& calendar);
 
-/// Moves the one alarm that belongs to `before` to where `after` wants it, within a second's tolerance.
-/// Alarms at other times, at places, or relative to a date stay as they are; so does the alarm itself when
-/// its instant does not change. Where it was snoozed, that goes with it.
+/// Puts the alarm that `after` wants in the place of the one that belongs to `before`: the alarm at the
+/// instant of `before` and, where alertSchedule() read `before` from one, that very alarm, within a second's
+/// tolerance. Nothing is added where one rings at the wanted instant already. An alert that stays while the
+/// due date moves keeps its distance, whatever it is, and its alarm keeps its text; one that follows the due
+/// date by itself is not touched. Alarms at other times and at places stay as they are. What was snoozed of
+/// an alarm that rings at another time now, or not at all, goes with it. The reminder's own due date is not
+/// looked at.
 void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
                   const ZoneCalendar& calendar);
 
-/// The schedule that the first alarm with an absolute date and without a place stands for, one that was
-/// snoozed passed over; absent when there is none or the reminder has no due date.
+/// The schedule that the first alarm with a date and without a place stands for, repetitions of snoozed ones
+/// passed over; absent when there is none or the reminder has no due date.
 [[nodiscard]] std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder,
                                                                  const ZoneCalendar& calendar);
 

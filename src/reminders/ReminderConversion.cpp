@@ -71,12 +71,6 @@ void applyDueDate(EKReminderData& reminder, const std::optional<DateComponents>&
     replaceAlarm(reminder, before, {due, schedule}, calendar);
     if (!due && before.dueComponents)
         reminder.recurrenceRules.clear();
-    if (due && due != before.dueComponents && reminder.startDateComponents) {
-        const auto start = calendar.instantFrom(*reminder.startDateComponents);
-        const auto end = calendar.instantFrom(*due);
-        if (start && end && *start > *end)
-            reminder.startDateComponents = due;
-    }
 }
 
 void applyRepeat(EKReminderData& reminder, ReminderRepeat repeat) {

@@ -24,8 +24,8 @@ namespace kestrant {
 [[nodiscard]] DateComponents dueComponents(Instant dueDate, bool includesTime, const ZoneCalendar& calendar,
                                            const std::optional<DateComponents>& previous);
 
-/// Sets due date and alert, and moves the reminder's one alarm accordingly. A start later than the new due
-/// date is drawn back to it. With its due date a reminder loses the alarm and the repetition too.
+/// Sets due date and alert, and moves the reminder's one alarm accordingly. With its due date a reminder
+/// loses the alarm and the repetition too.
 void applyDueDate(EKReminderData& reminder, const std::optional<DateComponents>& due,
                   const std::optional<ReminderAlertSchedule>& schedule, const ZoneCalendar& calendar);
 

@@ -195,6 +195,32 @@ TYPED_TEST(EventStoreContract, CompletingARecurringReminderMovesItOnAndLeavesACo
     EXPECT_THAT(this->completedTitles(), ElementsAre("Water the plants", "Water the plants"));
 }
 
+TYPED_TEST(EventStoreContract, CompletingAnOverdueSeriesMovesItToTodayInOneStep) {
+    this->open();
+    EKReminderData data = this->inList(aReminder("")
+                                           .titled("Water the plants")
+                                           .due({2026, 3, 13}, {7, 30}, "Europe/Paris")
+                                           .alarmAt(at("Europe/Paris", {2026, 3, 13}, {7, 15}))
+                                           .repeating("FREQ=DAILY;COUNT=20"));
+    const EKReminderRef reminder = this->driver.add(data);
+    const EKReminderData before = reminder->data;
+    reminder->data.isCompleted = true;
+    const auto answer = this->driver.save(reminder);
+    ASSERT_TRUE(answer && answer->completedCopyIdentifier);
+    EXPECT_EQ(reminder->data.dueDateComponents,
+              DateComponents::fromDateTime({2026, 3, 27}, {7, 30}, TimeZone::named("Europe/Paris")));
+    EXPECT_EQ(reminder->data.alarms.at(0).absoluteDate, at("Europe/Paris", {2026, 3, 27}, {7, 15}));
+    EXPECT_TRUE(reminder->data.recurrenceRules.at(0).text.contains("COUNT=6"));
+    EXPECT_THAT(this->completedTitles(), ElementsAre("Water the plants"));
+    EXPECT_EQ(this->shown(*answer->completedCopyIdentifier).dueDateComponents, before.dueDateComponents);
+
+    ASSERT_TRUE(this->driver.revert(*answer).has_value());
+    const EKReminderData back = this->shown(reminder->calendarItemIdentifier());
+    EXPECT_EQ(back.dueDateComponents, before.dueDateComponents);
+    EXPECT_EQ(back.alarms.at(0).absoluteDate, before.alarms.at(0).absoluteDate);
+    EXPECT_THAT(this->completedTitles(), IsEmpty());
+}
+
 TYPED_TEST(EventStoreContract, KeepsWhatWasChangedElsewhereInOtherProperties) {
     this->open();
     const EKReminderRef reminder = this->driver.add(this->inList(aReminder("").titled("old").priority(1)));
@@ -378,7 +404,7 @@ TYPED_TEST(EventStoreContract, KeepsStartAndDueDateTogether) {
         {day(5), day(5), day(9), day(9)},          // one and the same date
         {day(1), day(5), day(9), day(1)},          // still before
         {day(4), day(5), day(2), day(2)},          // would be after
-        {hour(5, 8), hour(5, 9), day(7), day(7)},  // a day has no start time
+        {hour(5, 8), hour(5, 9), day(7), day(5)},  // a day has no start time
     };
     for (const Case& each : cases) {
         EKReminderData data = this->inList(aReminder("").titled("x"));

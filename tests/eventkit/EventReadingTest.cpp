@@ -143,7 +143,9 @@ TEST(EventReadingTest, ReadsTheOtherProperties) {
     EXPECT_EQ(data.calendarIdentifier, "calendar");
     ASSERT_EQ(data.alarms.size(), 2U);
     EXPECT_EQ(data.alarms[0].relativeOffset, -15min);
-    EXPECT_EQ(data.alarms[1].relativeOffset, 1h);
+    EXPECT_TRUE(data.alarms[0].followsStart);
+    EXPECT_EQ(data.alarms[1].relativeOffset, 0min);
+    EXPECT_FALSE(data.alarms[1].followsStart);
 }
 
 TEST(EventReadingTest, TellsTheEventsOfAFileApart) {

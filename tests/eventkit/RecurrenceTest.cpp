@@ -1,4 +1,3 @@
-#include "eventkit/ReminderSeries.h"
 #include "eventkit/icalendar/Occurrences.h"
 #include "support/ReminderBuilders.h"
 
@@ -139,77 +138,6 @@ TEST(RecurrenceRuleTest, SaysWhatAPersonNeedsToKnow) {
     EXPECT_FALSE(EKRecurrenceRule::parse("FREQ=DAILY;COUNT=3").isSimple);
     EXPECT_EQ(EKRecurrenceRule::parse("FREQ=HOURLY").frequency, EKRecurrenceFrequency::other);
     EXPECT_EQ(EKRecurrenceRule::parse("nonsense").frequency, EKRecurrenceFrequency::other);
-}
-
-EKReminderData dueDaily(QDate day) {
-    return aReminder("x").due(day, {9, 0}, "Europe/Paris").repeating("FREQ=DAILY;COUNT=10");
-}
-
-TEST(ReminderSeriesTest, PassesOverWhatIsLeftOutAndCountsIt) {
-    SeriesDates dates;
-    dates.excludedTimes = {{QDate(2026, 3, 28), QTime(9, 0)}};
-    dates.excludedDays = {QDate(2026, 3, 29)};
-    const CompletedOccurrence step = completeOccurrence(dueDaily({2026, 3, 27}), dates, paris);
-    EXPECT_EQ(step.series.dueDateComponents,
-              DateComponents::fromDateTime({2026, 3, 30}, {9, 0}, TimeZone::named("Europe/Paris")));
-    EXPECT_EQ(step.series.recurrenceRules[0].text, "FREQ=DAILY;COUNT=7");
-}
-
-TEST(ReminderSeriesTest, TakesExtraDatesInTheirOrder) {
-    SeriesDates dates;
-    dates.extraTimes = {{QDate(2026, 3, 27), QTime(15, 0)}, {QDate(2026, 3, 27), QTime(8, 0)}};
-    const CompletedOccurrence step = completeOccurrence(dueDaily({2026, 3, 27}), dates, paris);
-    EXPECT_EQ(step.series.dueDateComponents,
-              DateComponents::fromDateTime({2026, 3, 27}, {15, 0}, TimeZone::named("Europe/Paris")));
-    EXPECT_TRUE(step.keepsAnchor);
-    EXPECT_EQ(step.series.recurrenceRules[0].text, "FREQ=DAILY;COUNT=10");
-}
-
-TEST(ReminderSeriesTest, KeepsTheLocalTimeWhenTheClocksChange) {
-    struct Case {
-        const char* zone;
-        QTime time;
-        QDate day;
-        const char* expectedInstant;
-    };
-    const Case cases[] = {
-        {"Europe/Paris", {2, 30}, {2026, 3, 28}, "2026-03-29T01:30:00Z"},   // in the gap: 03:30
-        {"Europe/Paris", {2, 30}, {2026, 10, 24}, "2026-10-25T00:30:00Z"},  // the first of two
-        {"UTC", {8, 0}, {2026, 3, 28}, "2026-03-29T08:00:00Z"},
-        {"", {9, 0}, {2026, 3, 28}, "2026-03-29T07:00:00Z"},  // floating: the person's clock
-        {"America/Sao_Paulo", {0, 0}, {2018, 11, 3}, "2018-11-04T03:00:00Z"},
-    };
-    for (const Case& each : cases) {
-        EKReminderData data = aReminder("x").due(each.day, each.time, each.zone).repeating("FREQ=DAILY");
-        data.isCompleted = true;
-        const CompletedOccurrence step = completeOccurrence(data, {}, paris);
-        EXPECT_EQ(step.series.dueDateComponents->time(), each.time);
-        EXPECT_EQ(toIso8601(*paris.instantFrom(*step.series.dueDateComponents)), each.expectedInstant);
-    }
-}
-
-TEST(ReminderSeriesTest, MovesDatesInDifferentZonesByTheSameLocalTime) {
-    EKReminderData data = aReminder("x").due({2026, 3, 28}, {8, 0}, "UTC").repeating("FREQ=DAILY");
-    data.startDateComponents =
-        DateComponents::fromDateTime({2026, 3, 28}, {8, 0}, TimeZone::named("Europe/Paris"));
-    const CompletedOccurrence step = completeOccurrence(data, {}, paris);
-    // Paris has gone an hour ahead meanwhile.
-    EXPECT_EQ(step.series.dueDateComponents,
-              DateComponents::fromDateTime({2026, 3, 29}, {7, 0}, TimeZone::named("UTC")));
-}
-
-TEST(ReminderSeriesTest, CompletesForGoodWhatHasNoNextDate) {
-    const EKReminderData cases[] = {
-        aReminder("x").due({2026, 3, 27}).repeating("FREQ=DAILY;UNTIL=20260327"),
-        aReminder("x").due({2026, 3, 27}).repeating("not understood"),
-        aReminder("x").repeating("FREQ=DAILY"),
-    };
-    for (EKReminderData data : cases) {
-        data.isCompleted = true;
-        const CompletedOccurrence step = completeOccurrence(data, {}, paris);
-        EXPECT_EQ(step.series, data);
-        EXPECT_FALSE(step.copy.has_value());
-    }
 }
 
 }  // namespace

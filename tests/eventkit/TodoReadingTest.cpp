@@ -31,7 +31,7 @@ EKReminderData dataOf(const QByteArray& lines) {
 }
 
 DateComponents inParis(QDate day, QTime time) {
-    return DateComponents::fromDateTime(day, time, "Europe/Paris");
+    return DateComponents::fromDateTime(day, time, TimeZone::named("Europe/Paris"));
 }
 
 TEST(TodoReadingTest, ReadsAnEmptyReminderAsEmpty) {
@@ -88,16 +88,37 @@ TEST(TodoReadingTest, ReadsNumbersAndDatesForWhatTheyAreWorth) {
 }
 
 TEST(TodoReadingTest, ReadsAlarmsForWhatTheyAreBoundTo) {
-    const auto alarm = [](const QByteArray& lines, const QByteArray& dates = "DUE:20260327T120000Z\n") {
-        return dataOf(dates + "BEGIN:VALARM\nACTION:DISPLAY\n" + lines + "END:VALARM\n").alarms.at(0);
+    const auto alarm = [](const QByteArray& lines, const QByteArray& dates = "DUE:20260327T120000Z\n",
+                          const QByteArray& action = "DISPLAY") {
+        return dataOf(dates + "BEGIN:VALARM\nACTION:" + action + '\n' + lines + "END:VALARM\n").alarms.at(0);
     };
     EXPECT_EQ(alarm("TRIGGER;VALUE=DATE-TIME:20260327T114500Z\n").absoluteDate,
               at("UTC", {2026, 3, 27}, {11, 45}));
     EXPECT_EQ(alarm("TRIGGER:20260327T114500Z\n").absoluteDate, at("UTC", {2026, 3, 27}, {11, 45}));
-    EXPECT_EQ(alarm("TRIGGER:-PT15M\n").relativeOffset, std::chrono::minutes(-15));
-    EXPECT_EQ(alarm("TRIGGER;RELATED=END:-P1D\n").relativeOffset, std::chrono::days(-1));
-    EXPECT_EQ(alarm("TRIGGER:-PT15M\n", "DTSTART:20260327T110000Z\nDUE:20260327T120000Z\n").relativeOffset,
-              std::chrono::minutes(-75));
+    const struct {
+        QByteArray trigger;
+        QByteArray dates;
+        Instant rings;
+    } relative[] = {
+        {"TRIGGER:-PT15M\n", "DUE:20260327T120000Z\n", at("UTC", {2026, 3, 27}, {11, 45})},
+        {"TRIGGER;RELATED=END:-P1D\n", "DUE:20260327T120000Z\n", at("UTC", {2026, 3, 26}, {12, 0})},
+        {"TRIGGER:-PT15M\n", "DTSTART:20260327T110000Z\nDUE:20260327T120000Z\n",
+         at("UTC", {2026, 3, 27}, {10, 45})},
+        {"TRIGGER;RELATED=end:PT0S\n", "DTSTART:20260327T110000Z\nDURATION:PT90M\n",
+         at("UTC", {2026, 3, 27}, {12, 30})},
+        {"TRIGGER;RELATED=END:-PT5M\n", "DTSTART:20260327T110000Z\n", at("UTC", {2026, 3, 27}, {10, 55})},
+        {"TRIGGER:-PT15H\n", "DUE;VALUE=DATE:20260328\n", at("Europe/Paris", {2026, 3, 27}, {9, 0})},
+        {"TRIGGER;RELATED=END:-P1D\n", "DUE;TZID=Europe/Paris:20260329T090000\n",
+         at("Europe/Paris", {2026, 3, 28}, {9, 0})},
+        {"TRIGGER:-PT15M\n", "DUE:20260327T120000Z\nRRULE:FREQ=DAILY\nEXDATE:20260327T120000Z\n",
+         at("UTC", {2026, 3, 28}, {11, 45})},
+    };
+    for (const auto& each : relative)
+        EXPECT_EQ(alarm(each.trigger, each.dates).absoluteDate, each.rings)
+            << (each.trigger + each.dates).constData();
+    for (const char* action : {"AUDIO", "EMAIL", "PROCEDURE", "NONE"})
+        EXPECT_EQ(alarm("TRIGGER:-PT15M\n", "DUE:20260327T120000Z\n", action).absoluteDate, std::nullopt)
+            << action;
 
     const EKAlarm place =
         alarm("TRIGGER;VALUE=DATE-TIME:19760401T005545Z\nX-APPLE-PROXIMITY:DEPART\n"

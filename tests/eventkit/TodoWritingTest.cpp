@@ -143,6 +143,17 @@ TEST(TodoWritingTest, LeavesOtherAlarmsAloneWhenOneIsReplaced) {
     EXPECT_TRUE(replaced.changes.contains("-TRIGGER;VALUE=DATE-TIME:20260327T084500Z"));
     EXPECT_EQ(replaced.readBack.alarms[0].sourceText, relativeAlarm);
 
+    const Edit bound = edit(lines, [](EKReminderData& data) {
+        data.alarms[0].relativeOffset.reset();
+        data.alarms[0].absoluteDate = at("UTC", {2026, 3, 28}, {8, 45});
+    });
+    EXPECT_EQ(bound.changes.size(), 2) << bound.changes.join('\n').constData();
+    EXPECT_TRUE(bound.changes.contains("+TRIGGER;VALUE=DATE-TIME:20260328T084500Z"));
+    const Edit followed = edit(lines, [](EKReminderData& data) {
+        data.dueDateComponents = DateComponents::fromDateTime({2026, 4, 1}, {9, 0}, TimeZone::named("UTC"));
+    });
+    EXPECT_THAT(followed.changes, ElementsAre("+DUE:20260401T090000Z", "-DUE:20260327T090000Z"));
+
     const Edit moved = edit(lines, [](EKReminderData& data) {
         data.alarms[1].absoluteDate = at("UTC", {2026, 3, 28}, {8, 45});
     });
@@ -151,7 +162,8 @@ TEST(TodoWritingTest, LeavesOtherAlarmsAloneWhenOneIsReplaced) {
 }
 
 TEST(TodoWritingTest, CopiesAnAlarmWithItsText) {
-    EKAlarm foreign{.relativeOffset = std::chrono::minutes(-5), .sourceText = relativeAlarm};
+    EKAlarm foreign{
+        .relativeOffset = std::chrono::minutes(-5), .followsStart = true, .sourceText = relativeAlarm};
     foreign.sourceText.replace("\n", "\r\n");
     const Edit copied =
         edit("DUE:20260327T090000Z\n", [&](EKReminderData& data) { data.alarms = {foreign}; });
@@ -239,7 +251,7 @@ Completed completeSeries(const QByteArray& components) {
     EKReminderData data = item.data;
     data.isCompleted = true;
     data.completionDate = now;
-    const CompletedOccurrence step = completeOccurrence(data, item.dates, paris);
+    const CompletedOccurrence step = completeOccurrence(data, item.dates, now, paris);
     Component component(document.components("VTODO")[static_cast<std::size_t>(item.index)].lines());
     Completed result;
     result.copy = makeCompletedCopy("NEW", document, item, step.copy.value_or(data), paris, now).text();

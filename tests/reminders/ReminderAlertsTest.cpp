@@ -73,12 +73,15 @@ class ReplacingAnAlarm : public testing::Test {
 };
 
 TEST_F(ReplacingAnAlarm, MovesItsOwnAlarmWithinASecondAndNoOther) {
-    reminder.alarms = {alarmAtTen(-900s + 1s), alarmAtTen(-900s - 1s - 1us), alarmAtTen(1h)};
+    reminder.alarms = {alarmAtTen(-900s - 1s - 1us), alarmAtTen(-900s + 1s), alarmAtTen(1h)};
     replace(quarter, hour);
-    EXPECT_THAT(reminder.alarms, ElementsAre(alarmAtTen(-900s - 1s - 1us), alarmAtTen(1h), alarmAtTen(-1h)));
+    EXPECT_THAT(reminder.alarms, ElementsAre(alarmAtTen(-900s - 1s - 1us), alarmAtTen(-1h), alarmAtTen(1h)));
     const auto once = reminder;
     replace(hour, hour);
     EXPECT_EQ(reminder, once);
+    replace(hour, {tenOClock, RelativeToDueTime{3600}});
+    EXPECT_THAT(reminder.alarms, ElementsAre(alarmAtTen(-900s - 1s - 1us), alarmAtTen(1h)))
+        << "one rings at that moment already";
 }
 
 TEST_F(ReplacingAnAlarm, KeepsTheAlarmAsItStandsWhenItsInstantDoesNotChange) {
@@ -86,33 +89,136 @@ TEST_F(ReplacingAnAlarm, KeepsTheAlarmAsItStandsWhenItsInstantDoesNotChange) {
     source.sourceText = "BEGIN:VALARM...";
     reminder.alarms = {source};
     replace(quarter, quarter);
+    replace(quarter, {DateComponents::fromDateTime({2026, 3, 12}, {10, 45}), RelativeToDueTime{-3600}});
     EXPECT_THAT(reminder.alarms, ElementsAre(source));
 }
 
-TEST_F(ReplacingAnAlarm, KeepsAlarmsAtPlacesAndRelativeOnes) {
+TEST_F(ReplacingAnAlarm, LeavesAlarmsAtPlacesAlone) {
     EKAlarm place = alarmAtTen(-900s);
     place.structuredLocation = EKStructuredLocation{QStringLiteral("Home")};
-    const EKAlarm relative{.relativeOffset = -900s};
-    reminder.alarms = {place, relative};
+    reminder.alarms = {place};
     replace(none, quarter);
-    EXPECT_THAT(reminder.alarms, ElementsAre(place, relative, alarmAtTen(-900s)));
+    EXPECT_THAT(reminder.alarms, ElementsAre(place, alarmAtTen(-900s)));
     replace(quarter, none);
-    EXPECT_THAT(reminder.alarms, ElementsAre(place, relative));
+    EXPECT_THAT(reminder.alarms, ElementsAre(place));
 }
 
-TEST_F(ReplacingAnAlarm, AddsNoneBesideOneThatRingsAtThatMomentAlready) {
-    reminder.alarms = {alarmAtTen(-1h + 1s)};
-    replace(none, hour);
-    EXPECT_EQ(reminder.alarms.size(), 1U);
+/// What becomes of the alarms of a reminder with this alert when alert and due date are changed.
+TEST(ReminderAlerts, WhatIsShownCanBeTakenAwayReplacedAndMoved) {
+    struct Case {
+        const char* what;
+        EKReminderData reminder;
+        ReminderDueAlert wanted;
+        std::vector<EKAlarm> expected;
+    };
+    using Parts = DateComponents;
+    const auto with = [](EKReminderData data, std::vector<EKAlarm> alarms) {
+        data.alarms = std::move(alarms);
+        return data;
+    };
+    const auto march = [](int day, QTime time) { return EKAlarm::at(at(paris, {2026, 3, day}, time)); };
+    const EKReminderData timed = aReminder("r").due({2026, 3, 12}, {10, 0});
+    const EKReminderData dayLong = aReminder("r").due({2026, 3, 12});
+    EKReminderData started = timed;
+    started.startDateComponents = Parts::fromDateTime({2026, 3, 10}, {8, 0});
+    EKReminderData startsWhenDue = timed;
+    startsWhenDue.startDateComponents = timed.dueDateComponents;
+    const Parts elevenOClock = Parts::fromDateTime({2026, 3, 20}, {11, 0});
+    const Parts otherDay = Parts::fromDate({2026, 3, 20});
+    const EKAlarm before{.relativeOffset = -15min, .sourceText = "BEGIN:VALARM..."};
+    const EKAlarm beforeStart{.relativeOffset = -15min, .followsStart = true};
+    const EKAlarm dayBefore{.relativeOffset = -24h, .relativeDays = -1};
+    EKAlarm described = march(9, {9, 0});
+    described.sourceText = "BEGIN:VALARM...";
+    EKAlarm describedLater = described;
+    describedLater.absoluteDate = march(17, {9, 0}).absoluteDate;
+    EKAlarm snoozed = before;
+    snoozed.identifier = "A";
+    snoozed.acknowledgedDate = at(paris, {2026, 3, 12}, {9, 46});
+    EKAlarm again = march(12, {9, 56});
+    again.snoozedAlarm = "A";
+    const RelativeToDueTime quarterBefore{-900};
+    const Case cases[] = {
+        {"none in place of a relative one", with(timed, {before}), {tenOClock, {}}, {}},
+        {"another in place of a relative one",
+         with(timed, {before}),
+         {tenOClock, RelativeToDueTime{-300}},
+         {march(12, {9, 55})}},
+        {"a relative one follows",
+         with(timed, {before, march(1, {9, 0})}),
+         {elevenOClock, quarterBefore},
+         {before, march(1, {9, 0})}},
+        {"it follows a start that moves along",
+         with(startsWhenDue, {beforeStart}),
+         {elevenOClock, quarterBefore},
+         {beforeStart}},
+        {"it keeps its distance where the start stays",
+         with(started, {beforeStart}),
+         {elevenOClock, RelativeToDueTime{-(2 * 86400 + 2 * 3600 + 900)}},
+         {march(18, {8, 45})}},
+        {"over a change of clocks",
+         with(timed, {dayBefore}),
+         {Parts::fromDateTime({2026, 3, 29}, {9, 0}), RelativeToDueTime{-86400}},
+         {dayBefore}},
+        {"two at one instant are one",
+         with(timed, {before, march(12, {9, 45})}),
+         {elevenOClock, quarterBefore},
+         {before}},
+        {"and go together", with(timed, {march(12, {9, 45}), before}), {tenOClock, {}}, {}},
+        {"the wanted one is there, and follows",
+         with(timed, {march(12, {9, 55}), before}),
+         {elevenOClock, quarterBefore},
+         {before}},
+        {"what was snoozed goes along",
+         with(timed, {snoozed, again}),
+         {elevenOClock, quarterBefore},
+         {snoozed}},
+        {"what was snoozed stays with an unchanged alert",
+         with(timed, {snoozed, again}),
+         {tenOClock, quarterBefore},
+         {snoozed, again}},
+        {"three days before, taken away", with(dayLong, {described}), {wholeDay, {}}, {}},
+        {"three days before, replaced",
+         with(dayLong, {described, march(1, {9, 0})}),
+         {wholeDay, DayRelativeToDueDate{0, 8, 0}},
+         {march(12, {8, 0}), march(1, {9, 0})}},
+        {"three days before, moved",
+         with(dayLong, {described}),
+         {otherDay, DayRelativeToDueDate{-3, 9, 0}},
+         {describedLater}},
+        {"with seconds, unchanged",
+         with(dayLong, {march(12, {9, 0, 30})}),
+         {wholeDay, DayRelativeToDueDate{0, 9, 0}},
+         {march(12, {9, 0, 30})}},
+        {"with seconds, moved",
+         with(dayLong, {march(12, {9, 0, 30})}),
+         {otherDay, DayRelativeToDueDate{0, 9, 0}},
+         {march(20, {9, 0, 30})}},
+        {"with seconds, taken away", with(dayLong, {march(12, {9, 0, 30})}), {wholeDay, {}}, {}},
+        {"no due date any more", with(timed, {march(12, {9, 45}), before, dayBefore}), {{}, {}}, {}},
+        {"an alert that does not fit", with(timed, {before}), {otherDay, quarterBefore}, {}},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.what);
+        EKReminderData changed = each.reminder;
+        replaceAlarm(changed, {changed.dueDateComponents, alertSchedule(changed, calendar)}, each.wanted,
+                     calendar);
+        EXPECT_EQ(changed.alarms, each.expected);
+    }
 }
 
-TEST(ReminderAlerts, ReadsTheFirstAbsoluteAlarmWithoutAPlace) {
+TEST(ReminderAlerts, ReadsTheFirstAlarmThatRingsByDate) {
     EKAlarm place = EKAlarm::at(at(paris, {2026, 3, 12}, {8, 0}));
     place.structuredLocation = EKStructuredLocation{QStringLiteral("Home")};
+    EKAlarm again = place;
+    again.structuredLocation.reset();
+    again.snoozedAlarm = "A";
     EKReminderData timed = aReminder("r").due({2026, 3, 12}, {10, 0});
     EXPECT_EQ(alertSchedule(timed, calendar), std::nullopt);
-    timed.alarms = {place, EKAlarm{.relativeOffset = -5min}, EKAlarm::at(at(paris, {2026, 3, 12}, {9, 59})),
-                    EKAlarm::at(at(paris, {2026, 3, 12}, {9, 0}))};
+    timed.alarms = {place, again, EKAlarm{}, EKAlarm{.relativeOffset = -5min},
+                    EKAlarm::at(at(paris, {2026, 3, 12}, {9, 59}))};
+    EXPECT_EQ(alertSchedule(timed, calendar), ReminderAlertSchedule(RelativeToDueTime{-300}));
+    timed.alarms.erase(timed.alarms.begin() + 3);
     EXPECT_EQ(alertSchedule(timed, calendar), ReminderAlertSchedule(RelativeToDueTime{-60}));
 
     EKReminderData wholeDays = aReminder("r").due({2026, 3, 30}).alarmAt(at(paris, {2026, 3, 28}, {18, 5}));

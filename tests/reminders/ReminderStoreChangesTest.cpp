@@ -262,7 +262,7 @@ TEST_F(ReminderStoreChanges, AnotherDueDateTakesTheAlertAlongAndKeepsItsZone) {
                                                          .minute = 0,
                                                          .timeZone = TimeZone::named("America/New_York")}));
     EXPECT_THAT(written.alarms,
-                ElementsAre(EKAlarm::at(paris({2026, 3, 1})), EKAlarm::at(paris({2026, 4, 2}, {17, 0}))));
+                ElementsAre(EKAlarm::at(paris({2026, 4, 2}, {17, 0})), EKAlarm::at(paris({2026, 3, 1}))));
     EXPECT_EQ(written.startDateComponents, DateComponents::fromDateTime({2026, 3, 20}, {9, 0}));
 
     EXPECT_EQ(reschedule(paris({2026, 3, 10}), false), done);

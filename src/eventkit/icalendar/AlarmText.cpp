@@ -64,21 +64,23 @@ std::optional<EKStructuredLocation> readLocation(ComponentView alarm) {
     return location;
 }
 
-Component newAlarm(const EKAlarm& alarm, const AlarmAnchor& anchor, QByteArrayView lineEnd) {
+Component newAlarm(const EKAlarm& alarm, const QString& title, QByteArrayView lineEnd) {
     Component component("VALARM", lineEnd.toByteArray());
     if (!alarm.identifier.isEmpty())
         component.append(Property{"UID", {}, alarm.identifier}, lineEnd);
     component.append(Property{"ACTION", {}, "DISPLAY"}, lineEnd);
-    component.append(Property{"DESCRIPTION", {}, escapedText(anchor.title)}, lineEnd);
-    if (alarm.absoluteDate) {
-        component.append(Property{"TRIGGER", {{"VALUE", "DATE-TIME"}}, utcText(*alarm.absoluteDate)},
-                         lineEnd);
-    } else if (alarm.structuredLocation || !alarm.relativeOffset) {
-        component.append(Property{"TRIGGER", {{"VALUE", "DATE-TIME"}}, placeholderTrigger.toByteArray()},
-                         lineEnd);
-    } else {
+    component.append(Property{"DESCRIPTION", {}, escapedText(title)}, lineEnd);
+    if (alarm.relativeOffset) {
         const auto offset = std::chrono::floor<std::chrono::seconds>(*alarm.relativeOffset).count();
-        component.append(Property{"TRIGGER", {{"RELATED", anchor.related}}, durationText(offset)}, lineEnd);
+        component.append(
+            Property{"TRIGGER", {{"RELATED", alarm.followsStart ? "START" : "END"}}, durationText(offset)},
+            lineEnd);
+    } else {
+        const bool rings = alarm.absoluteDate && !alarm.structuredLocation;
+        component.append(Property{"TRIGGER",
+                                  {{"VALUE", "DATE-TIME"}},
+                                  rings ? utcText(*alarm.absoluteDate) : placeholderTrigger.toByteArray()},
+                         lineEnd);
     }
     if (alarm.acknowledgedDate)
         component.append(Property{"ACKNOWLEDGED", {}, utcText(*alarm.acknowledgedDate)}, lineEnd);
@@ -90,9 +92,9 @@ Component newAlarm(const EKAlarm& alarm, const AlarmAnchor& anchor, QByteArrayVi
         Property location{"X-APPLE-STRUCTURED-LOCATION", {{"VALUE", "URI"}}, "geo:"};
         if (place->radius)
             location.parameters.push_back({"X-APPLE-RADIUS", QByteArray::number(*place->radius, 'g', 10)});
-        QString title = place->title;
-        title.remove(QLatin1Char('"')).replace(QLatin1Char('\n'), QLatin1Char(' '));
-        location.parameters.push_back({"X-TITLE", title.toUtf8()});
+        QString name = place->title;
+        name.remove(QLatin1Char('"')).replace(QLatin1Char('\n'), QLatin1Char(' '));
+        location.parameters.push_back({"X-TITLE", name.toUtf8()});
         if (place->latitude && place->longitude)
             location.value += QByteArray::number(*place->latitude, 'f', 6) + ',' +
                               QByteArray::number(*place->longitude, 'f', 6);
@@ -103,19 +105,7 @@ Component newAlarm(const EKAlarm& alarm, const AlarmAnchor& anchor, QByteArrayVi
 
 }  // namespace
 
-AlarmAnchor alarmAnchorOf(const EKReminderData& reminder, const ZoneCalendar& local) {
-    AlarmAnchor result{.related = reminder.dueDateComponents ? "END" : "START", .title = reminder.title};
-    if (!reminder.startDateComponents || !reminder.dueDateComponents)
-        return result;
-    const auto start = local.instantFrom(*reminder.startDateComponents);
-    const auto due = local.instantFrom(*reminder.dueDateComponents);
-    if (start && due)
-        result.start = *start - *due;
-    return result;
-}
-
-EKAlarm readAlarm(ComponentView alarm, const AlarmAnchor& anchor, const Document& document,
-                  const ZoneCalendar& local) {
+EKAlarm readAlarm(ComponentView alarm, const Document& document, const ZoneCalendar& local) {
     EKAlarm result;
     result.sourceText = alarm.text();
     if (const auto uid = alarm.property("UID"))
@@ -129,31 +119,34 @@ EKAlarm readAlarm(ComponentView alarm, const AlarmAnchor& anchor, const Document
     result.structuredLocation = readLocation(alarm);
     if (result.proximity != EKAlarmProximity::none && !result.structuredLocation)
         result.structuredLocation.emplace();
+    const auto action = alarm.property("ACTION");
+    const bool showsMessage = !action || action->value.trimmed().toUpper() == "DISPLAY";
     const auto trigger = alarm.property("TRIGGER");
-    if (!trigger || result.structuredLocation || trigger->value.trimmed() == placeholderTrigger)
+    if (!trigger || !showsMessage || result.structuredLocation ||
+        trigger->value.trimmed() == placeholderTrigger)
         return result;
     if (const auto duration = readDuration(trigger->value)) {
         result.relativeOffset = std::chrono::days(duration->days) + std::chrono::seconds(duration->seconds);
-        *result.relativeOffset +=
-            trigger->parameter("RELATED") == QByteArray("END") ? anchor.end : anchor.start;
+        result.relativeDays = duration->days;
+        result.followsStart = trigger->parameter("RELATED").value_or(QByteArray()).toUpper() != "END";
     } else {
         result.absoluteDate = readInstant(trigger, document, local);
     }
     return result;
 }
 
-void writeAlarms(Component& item, const std::vector<EKAlarm>& alarms, const AlarmAnchor& anchor,
+void writeAlarms(Component& item, const std::vector<EKAlarm>& alarms, const QString& title,
                  const Document& document, const ZoneCalendar& local) {
     const QByteArrayView lineEnd = document.lineEnd();
     std::vector<Component> wanted;
     for (const EKAlarm& alarm : alarms) {
         auto component = Component::parse(alarm.sourceText, lineEnd);
         if (!component) {
-            wanted.push_back(newAlarm(alarm, anchor, lineEnd));
+            wanted.push_back(newAlarm(alarm, title, lineEnd));
             continue;
         }
-        const EKAlarm present = readAlarm(component->view(), anchor, document, local);
-        if (alarm.absoluteDate && alarm.absoluteDate != present.absoluteDate)
+        const EKAlarm present = readAlarm(component->view(), document, local);
+        if (alarm.absoluteDate && !alarm.relativeOffset && alarm.absoluteDate != present.absoluteDate)
             component->set(Property{"TRIGGER", {{"VALUE", "DATE-TIME"}}, utcText(*alarm.absoluteDate)},
                            lineEnd);
         if (alarm.identifier != present.identifier)

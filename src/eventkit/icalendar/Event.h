@@ -65,9 +65,6 @@ struct EventItem : ItemComponents {
 /// when it takes place is passed over. `local` is the person's calendar.
 [[nodiscard]] std::vector<EventItem> readEvents(const Document& document, const ZoneCalendar& local);
 
-/// Offsets are counted from the start.
-[[nodiscard]] AlarmAnchor alarmAnchorOf(const EKEventData& event);
-
 /// Writes into a VEVENT that says `times` (absent: nothing yet) what leads from `before` to `after`; nothing
 /// else but the marks of a revision. An end is written as it was, be it as a duration or in a zone of its
 /// own. `document` is the file that holds it, `now` the time of the change.

@@ -27,8 +27,7 @@ std::optional<EventComponent> readEvent(ComponentView event, const Document& doc
     readProperties(data, event, document, local);
     data.isAllDay = !result.times.start.includesTime();
     data.timeZone = result.times.start.timeZone;
-    const auto [from, to] = intervalOf(result.times, local);
-    data.alarms = readAlarms(event, {.end = to - from, .related = "START"}, document, local);
+    data.alarms = readAlarms(event, document, local);
     return result;
 }
 

@@ -107,10 +107,6 @@ void removeRepetition(Editor& editor) {
 
 }  // namespace
 
-AlarmAnchor alarmAnchorOf(const EKEventData& event) {
-    return {.end = event.endDate - event.startDate, .related = "START", .title = event.title};
-}
-
 void writeEvent(Component& event, const std::optional<EventTimes>& times, const EKEventData& before,
                 const EKEventData& after, const Document& document, const ZoneCalendar& local, Instant now) {
     Editor editor(event, document);
@@ -118,7 +114,7 @@ void writeEvent(Component& event, const std::optional<EventTimes>& times, const 
     writeTimes(editor, times, after, local);
     writeRules(editor, before, after);
     if (before.alarms != after.alarms)
-        writeAlarms(event, after.alarms, alarmAnchorOf(after), document, local);
+        writeAlarms(event, after.alarms, after.title, document, local);
     writeRevision(editor, before, after, now);
 }
 

@@ -90,11 +90,10 @@ std::optional<DateComponents> readDateProperty(ComponentView item, QByteArrayVie
     return property ? readDate(*property, document) : std::nullopt;
 }
 
-std::vector<EKAlarm> readAlarms(ComponentView item, const AlarmAnchor& anchor, const Document& document,
-                                const ZoneCalendar& local) {
+std::vector<EKAlarm> readAlarms(ComponentView item, const Document& document, const ZoneCalendar& local) {
     std::vector<EKAlarm> result;
     for (const ComponentView& alarm : item.components("VALARM"))
-        result.push_back(readAlarm(alarm, anchor, document, local));
+        result.push_back(readAlarm(alarm, document, local));
     return result;
 }
 

@@ -53,8 +53,8 @@ void readProperties(Data& data, ComponentView item, const Document& document, co
         data.recurrenceRules.push_back(EKRecurrenceRule::parse(QString::fromUtf8(rule.value)));
 }
 
-[[nodiscard]] std::vector<EKAlarm> readAlarms(ComponentView item, const AlarmAnchor& anchor,
-                                              const Document& document, const ZoneCalendar& local);
+[[nodiscard]] std::vector<EKAlarm> readAlarms(ComponentView item, const Document& document,
+                                              const ZoneCalendar& local);
 
 /// Calls `visit(value, property)` for each value of a list of dates (RDATE, EXDATE), whatever lines it stands
 /// in.

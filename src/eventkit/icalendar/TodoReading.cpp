@@ -1,3 +1,4 @@
+#include "eventkit/ReminderAlarms.h"
 #include "eventkit/icalendar/Todo.h"
 
 #include <algorithm>
@@ -116,8 +117,9 @@ TodoItem readTodo(ComponentView todo, const std::vector<ComponentView>& override
     data.completionDate = completion.date;
     const auto pinned = todo.property("X-PINNED");
     data.isFlagged = pinned && pinned->value.trimmed().toUpper() == "TRUE";
-    data.alarms = readAlarms(todo, alarmAnchorOf(data, local), document, local);
+    data.alarms = readAlarms(todo, document, local);
     readSeries(item, todo, overrides, document, local);
+    placeAlarms(data, local);
     return item;
 }
 

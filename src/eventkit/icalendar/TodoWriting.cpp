@@ -104,7 +104,7 @@ void writeTodo(Component& todo, const TodoItem& item, const EKReminderData& afte
     if (after.recurrenceRules.empty() && !before.recurrenceRules.empty())
         editor.remove(presentDateName);
     if (before.alarms != after.alarms)
-        writeAlarms(todo, after.alarms, alarmAnchorOf(after, local), document, local);
+        writeAlarms(todo, after.alarms, after.title, document, local);
     writeRevision(editor, before, after, now);
 }
 

@@ -72,7 +72,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveNew(const EKReminderData& 
         return tl::unexpected(collection.error());
     if (auto error = invalidReason(std::nullopt, edited))
         return tl::unexpected(std::move(*error));
-    const EKReminderData prepared = preparedForSave(std::nullopt, edited, now);
+    const EKReminderData prepared = preparedForSave(std::nullopt, edited, now, local);
     const QByteArray uid = newUid();
     Document document = icalendar::makeTodo(uid, prepared, local, now);
     defineZones(document, Document::make(), prepared);
@@ -124,7 +124,8 @@ ItemDatabase::prepareSave(const OpenItem& opened, const EKReminderData& base, co
     if (auto error = invalidReason(opened.current, merge.merged))
         return tl::unexpected(std::move(*error));
     return PreparedSave{
-        *target, revised(opened, preparedForSave(opened.current, std::move(merge.merged), now), now, local)};
+        *target,
+        revised(opened, preparedForSave(opened.current, std::move(merge.merged), now, local), now, local)};
 }
 
 EKSaveResult ItemDatabase::saved(const OpenItem& opened, const WrittenRevision& written) const {
@@ -148,7 +149,7 @@ ItemDatabase::Revision ItemDatabase::revised(const OpenItem& opened, EKReminderD
     Component todo(opened.document.components("VTODO")[static_cast<std::size_t>(opened.item.index)].lines());
     std::optional<CompletedOccurrence> step;
     if (wanted.isCompleted && !opened.current.isCompleted)
-        step = completeOccurrence(wanted, opened.item.dates, local);
+        step = completeOccurrence(wanted, opened.item.dates, now, local);
     if (step && step->copy) {
         icalendar::writeAdvancedTodo(todo, opened.item, *step, opened.document, local, now);
         result.copyUid = newUid();
