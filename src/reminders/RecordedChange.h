@@ -12,10 +12,13 @@ struct ReminderStore::HistoryReference {
 /// A change of one reminder that the history can take back and make again.
 struct ReminderStore::RecordedChange {
     ChangeKind kind = ChangeKind::edit;
+    TextPair title;
     HistoryReferenceRef reminder;
-    /// The history's entry, while the change may still have to be withdrawn from it.
+    /// The number of the history's action while the change is being written; unused by completions.
+    std::optional<int> action;
+    /// The history's entry of a completion, while it may still have to be withdrawn from it.
     std::optional<QUuid> entry;
-    /// Being written for the first time; replays wait for the end.
+    /// A completion that is being written for the first time; replays wait for the end.
     bool isUnderWay = false;
     std::vector<std::function<void()>> waiting;
     /// What the next replay takes back; null when nothing was written.

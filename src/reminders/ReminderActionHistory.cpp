@@ -15,6 +15,13 @@ constexpr std::size_t capacity = 10;
 constexpr Duration lifetime = 3600s;
 constexpr Duration shortestDelay = 1ms;
 
+/// Whether an action can no longer be replayed because of what somebody else did.
+bool isOutOfReach(const ReminderStoreError& error) {
+    return error.code == ReminderStoreError::Code::changedElsewhere ||
+           error.code == ReminderStoreError::Code::reminderNotFound ||
+           error.code == ReminderStoreError::Code::listUnavailable;
+}
+
 }  // namespace
 
 ReminderActionHistory::ReminderActionHistory(Scheduler& scheduler, const Clock& clock, QObject* parent)
@@ -30,18 +37,77 @@ bool ReminderActionHistory::holdsAny(const Entries& entries) const {
     return std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) { return !isExpired(entry); });
 }
 
+std::span<const ReminderActionHistory::Entry> ReminderActionHistory::undoEntries() const {
+    const std::span all(undoEntries_);
+    return all.last(std::min(all.size(), capacity));
+}
+
 std::optional<QUuid> ReminderActionHistory::record(const TextPair& title, Operation undo, Operation redo) {
+    return add({QUuid::createUuid(), title, clock_.now(), std::move(undo), std::move(redo)});
+}
+
+std::optional<QUuid> ReminderActionHistory::recordPending(const TextPair& title, Operation undo,
+                                                          Operation redo) {
+    return add({QUuid::createUuid(), title, clock_.now(), std::move(undo), std::move(redo), true});
+}
+
+std::optional<QUuid> ReminderActionHistory::add(Entry entry) {
     if (isReplaying_)
         return std::nullopt;
     removeExpired();
-    redoEntries_.clear();
-    undoEntries_.push_back({QUuid::createUuid(), title, clock_.now(), std::move(undo), std::move(redo)});
-    if (undoEntries_.size() > capacity)
-        undoEntries_.erase(undoEntries_.begin(), undoEntries_.end() - static_cast<std::ptrdiff_t>(capacity));
+    if (!entry.isPending)
+        redoEntries_.clear();
+    undoEntries_.push_back(std::move(entry));
     const QUuid id = undoEntries_.back().id;
+    trim();
     scheduleExpiry();
     Q_EMIT entriesChanged();
     return id;
+}
+
+void ReminderActionHistory::confirm(const QUuid& id) {
+    const auto entry = std::find_if(undoEntries_.begin(), undoEntries_.end(), [&](const Entry& candidate) {
+        return candidate.id == id && candidate.isPending;
+    });
+    if (entry == undoEntries_.end())
+        return;
+    entry->isPending = false;
+    redoEntries_.clear();
+    trim();
+    scheduleExpiry();
+    Q_EMIT entriesChanged();
+}
+
+void ReminderActionHistory::trim() {
+    const auto pending =
+        std::count_if(undoEntries_.begin(), undoEntries_.end(), [](const Entry& e) { return e.isPending; });
+    const std::size_t most = capacity + static_cast<std::size_t>(pending);
+    if (undoEntries_.size() > most)
+        undoEntries_.erase(undoEntries_.begin(), undoEntries_.end() - static_cast<std::ptrdiff_t>(most));
+}
+
+int ReminderActionHistory::beginAction() {
+    actions_.insert(++lastAction_);
+    return lastAction_;
+}
+
+void ReminderActionHistory::endAction(int action, ActionEnd end) {
+    actions_.erase(action);
+    std::vector<Done> pointless;
+    if (end == ActionEnd::failed) {
+        for (Replay& replay : waiting_) {
+            if (replay.behind == action)
+                pointless.push_back(std::move(replay.done));
+        }
+        std::erase_if(waiting_, [&](const Replay& replay) { return replay.behind == action; });
+    }
+    const QPointer self(this);
+    for (const Done& done : pointless) {
+        if (done)
+            done({});
+    }
+    if (self)
+        replayNext();
 }
 
 void ReminderActionHistory::remove(const QUuid& id) {
@@ -82,15 +148,24 @@ void ReminderActionHistory::scheduleExpiry() {
 }
 
 void ReminderActionHistory::undo(Done done) {
-    waiting_.push_back({&ReminderActionHistory::undoEntries_, &ReminderActionHistory::redoEntries_,
-                        &Entry::undo, std::move(done)});
-    replayNext();
+    ask({&ReminderActionHistory::undoEntries_, &ReminderActionHistory::redoEntries_, &Entry::undo,
+         std::move(done)});
 }
 
 void ReminderActionHistory::redo(Done done) {
-    waiting_.push_back({&ReminderActionHistory::redoEntries_, &ReminderActionHistory::undoEntries_,
-                        &Entry::redo, std::move(done)});
+    ask({&ReminderActionHistory::redoEntries_, &ReminderActionHistory::undoEntries_, &Entry::redo,
+         std::move(done)});
+}
+
+void ReminderActionHistory::ask(Replay replay) {
+    if (!actions_.empty())
+        replay.behind = *actions_.rbegin();
+    waiting_.push_back(std::move(replay));
     replayNext();
+}
+
+bool ReminderActionHistory::isReady(const Replay& replay) const {
+    return actions_.empty() || *actions_.begin() > replay.behind;
 }
 
 void ReminderActionHistory::replayNext() {
@@ -99,7 +174,7 @@ void ReminderActionHistory::replayNext() {
         return;
     const QPointer self(this);
     isBeginning_ = true;
-    while (!isReplaying_ && !waiting_.empty()) {
+    while (!isReplaying_ && !waiting_.empty() && isReady(waiting_.front())) {
         Replay next = std::move(waiting_.front());
         waiting_.pop_front();
         begin(std::move(next));
@@ -136,17 +211,27 @@ void ReminderActionHistory::end(const Replay& replay, const QUuid& id,
     const auto entry =
         std::find_if(from.begin(), from.end(), [&](const Entry& candidate) { return candidate.id == id; });
     const bool moves = result && entry != from.end();
+    bool isDropped = false;
     if (moves) {
+        entry->isPending = false;
+        entry->isBlocked = false;
         (this->*replay.to).push_back(std::move(*entry));
         from.erase(entry);
+        trim();
+    } else if (!result && isOutOfReach(result.error()) && entry != from.end()) {
+        isDropped = std::exchange(entry->isBlocked, true);
+        if (isDropped)
+            from.erase(entry);
     }
     isReplaying_ = false;
     scheduleExpiry();
-    if (moves)
+    if (moves || isDropped)
         Q_EMIT entriesChanged();
     if (self)
         Q_EMIT isReplayingChanged();
-    if (replay.done)
+    if (self && isDropped)
+        waiting_.push_front(replay);
+    else if (replay.done)
         replay.done(result);
     if (self)
         replayNext();

@@ -12,13 +12,15 @@
 #include <deque>
 #include <functional>
 #include <optional>
+#include <set>
+#include <span>
 #include <vector>
 
 namespace kestrant {
 
 /// The last actions a person performed, so that they can be taken back and done again: no more than ten, none
-/// older than an hour. Undo and redo are carried out one after the other, in the order they were asked for.
-/// Thread: main.
+/// older than an hour. Undo and redo are carried out one after the other, in the order they were asked for,
+/// and not before the actions under way have ended. Thread: main.
 class ReminderActionHistory : public QObject {
     Q_OBJECT
 
@@ -33,13 +35,18 @@ class ReminderActionHistory : public QObject {
         Instant createdAt;
         Operation undo;
         Operation redo;
+        /// It was asked for and may still be called off.
+        bool isPending = false;
+        /// The person has been told that somebody else has changed what it would replay.
+        bool isBlocked = false;
     };
+    enum class ActionEnd { succeeded, failed };
 
     /// Scheduler and clock outlive the history.
     ReminderActionHistory(Scheduler& scheduler, const Clock& clock, QObject* parent = nullptr);
 
     /// Oldest first: the last one is the next to undo.
-    [[nodiscard]] const std::vector<Entry>& undoEntries() const { return undoEntries_; }
+    [[nodiscard]] std::span<const Entry> undoEntries() const;
     /// The last one is the next to redo.
     [[nodiscard]] const std::vector<Entry>& redoEntries() const { return redoEntries_; }
     [[nodiscard]] bool canUndo() const { return holdsAny(undoEntries_); }
@@ -50,11 +57,25 @@ class ReminderActionHistory : public QObject {
     /// Adds an action that can be taken back; what was undone can no longer be redone. Gives the entry's id;
     /// absent when nothing was recorded because an entry is being replayed.
     std::optional<QUuid> record(const TextPair& title, Operation undo, Operation redo);
+    /// The same for an action that was asked for and is yet to happen. What it would displace or forfeit is
+    /// lost when it is confirmed, and not when it is withdrawn.
+    std::optional<QUuid> recordPending(const TextPair& title, Operation undo, Operation redo);
+    /// The action has happened. Does nothing when its entry was replayed or has gone meanwhile.
+    void confirm(const QUuid& id);
     /// Withdraws an entry whose action did not happen after all.
     void remove(const QUuid& id);
 
+    /// An action is under way that is recorded when it succeeds. An undo or redo that is asked for meanwhile
+    /// waits for its end, and does nothing when it fails: it was meant for this action. Gives a number for
+    /// endAction().
+    [[nodiscard]] int beginAction();
+    /// To be called once, after the action was recorded.
+    void endAction(int action, ActionEnd end);
+
     /// Takes the last action back, or does the last undone one again; nothing happens when there is none. On
-    /// failure the entry stays where it was. `done` may be empty, and may be called within the call.
+    /// failure the entry stays where it was. One that fails again because somebody else has changed or
+    /// removed what it would replay is dropped, and the one below it is replayed instead. `done` may be
+    /// empty, and may be called within the call.
     void undo(Done done = {});
     void redo(Done done = {});
 
@@ -80,10 +101,17 @@ class ReminderActionHistory : public QObject {
         Entries ReminderActionHistory::*to;
         Operation Entry::*operation;
         Done done;
+        /// The last action begun before it was asked for.
+        int behind = 0;
     };
 
+    std::optional<QUuid> add(Entry entry);
+    /// Drops the oldest entries beyond the capacity. As long as others are pending, as many more stay.
+    void trim();
     [[nodiscard]] bool isExpired(const Entry& entry) const;
     [[nodiscard]] bool holdsAny(const Entries& entries) const;
+    void ask(Replay replay);
+    [[nodiscard]] bool isReady(const Replay& replay) const;
     void scheduleExpiry();
     void replayNext();
     void begin(Replay replay);
@@ -95,6 +123,9 @@ class ReminderActionHistory : public QObject {
     Entries redoEntries_;
     bool isReplaying_ = false;
     std::deque<Replay> waiting_;
+    /// Numbers of the actions under way.
+    std::set<int> actions_;
+    int lastAction_ = 0;
     bool isBeginning_ = false;
     ScheduledTask expiryTimer_;
 };

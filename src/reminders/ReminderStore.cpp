@@ -1,5 +1,6 @@
 #include "reminders/ReminderStore.h"
 
+#include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
 #include "preferences/Localization.h"
 #include "preferences/PreferenceKeys.h"
@@ -69,11 +70,14 @@ void ReminderStore::observe() {
         updateProblems();
         scheduleReload();
     });
+    calendarEventObserver_ = services_.notifications.observe(QLatin1String(calendarEventChangedNotification),
+                                                             [this] { scheduleReload(); });
     zoneObserver_ = services_.calendar.observeChanges([this] {
         // Date-only due dates are instants of the zone: read them anew.
         reloadTasks();
         presentDidChange();
     });
+    languageObserver_ = services_.localization.observeChanges([this] { languageChanged(); });
     connect(&reconciler_, &CompletionReconciler::recordsChanged, this,
             &ReminderStore::completionRecordsChanged);
     connect(&reconciler_, &CompletionReconciler::errorChanged, this,
@@ -84,6 +88,16 @@ void ReminderStore::observe() {
     connect(&flags_, &ReminderFlagSync::errorChanged, this, &ReminderStore::flagFilterErrorChanged);
     connect(&flags_, &ReminderFlagSync::pendingIDsChanged, this, &ReminderStore::pendingFlagIDsChanged);
     connect(&flags_, &ReminderFlagSync::ended, this, &ReminderStore::callBackWhenIdle);
+}
+
+void ReminderStore::languageChanged() {
+    ordering_ =
+        ReminderOrdering(*fetchedTasks_, TextCollation(services_.localization.dateLocale()), ordering_);
+    ordering_.setManualOrder(manualOrderIDs_);
+    visibleTasksCache_.reset();
+    recompute();
+    if (!searchQuery_.trimmed().isEmpty())
+        Q_EMIT tasksChanged();
 }
 
 void ReminderStore::setAccessState(ReminderAccessState state) {
@@ -136,6 +150,7 @@ void ReminderStore::databaseWasExchanged() {
     lists_.clear();
     Q_EMIT listsChanged();
     setFetchedTasks({});
+    hasLoaded_ = false;
     if (services_.history)
         services_.history->clear();
     if (std::exchange(isLoading_, false))
@@ -146,7 +161,11 @@ void ReminderStore::databaseWasExchanged() {
 
 void ReminderStore::reload() {
     if (accessState_.kind == ReminderAccessState::Kind::failed) {
-        refreshAccessState();
+        const auto status = services_.eventStore.authorizationStatus(EKEntityType::reminder);
+        if (status == EKAuthorizationStatus::notDetermined)
+            requestAccess();
+        else
+            refreshAccessState();
     } else if (accessState_.kind == ReminderAccessState::Kind::authorized) {
         reloadLists();
         reloadTasks();

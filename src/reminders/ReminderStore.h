@@ -55,10 +55,10 @@ struct ReminderStoreServices {
 /// signal is never emitted for a change that is none.
 ///
 /// Changes are written to the database at once and end with a completion that is called exactly once, on a
-/// later turn, with the failure if there was one; it may be empty. Each is recorded in the history when it is
-/// asked for, and withdrawn from it when it fails or changes nothing. Taking it back, and making it again,
-/// waits for its write, restores everything the change touched, and fails where somebody else has changed the
-/// same since. Nothing is called once the store is gone.
+/// later turn, with the failure if there was one; it may be empty. Each is recorded in the history when it
+/// has succeeded, a completion when it is asked for; what fails or changes nothing leaves no trace there.
+/// Taking it back, and making it again, waits for its write, restores everything the change touched, and
+/// fails where somebody else has changed the same since. Nothing is called once the store is gone.
 ///
 /// Thread: main.
 class ReminderStore : public QObject {
@@ -70,6 +70,8 @@ class ReminderStore : public QObject {
 
     /// Posted after a reminder has been created.
     static constexpr auto reminderCreatedNotification = "kestrantReminderCreated";
+    /// Posted by the calendar after an event, or a reminder's place in the calendar, has changed; reloads.
+    static constexpr auto calendarEventChangedNotification = "kestrantCalendarEventChanged";
     /// Where the home platform lets the person allow access.
     static constexpr auto privacyPage =
         "x-apple.systempreferences:com.apple.preference.security?Privacy_Reminders";
@@ -103,7 +105,7 @@ class ReminderStore : public QObject {
     /// Counts over all tasks of the last fetch.
     [[nodiscard]] const ReminderFilterCounts& filterCounts() const { return filterCounts_; }
     [[nodiscard]] bool isLoading() const { return isLoading_; }
-    /// True once a fetch has been applied.
+    /// True once a fetch has been applied, until another database answers.
     [[nodiscard]] bool hasLoaded() const { return hasLoaded_; }
     /// Completions asked for and not yet committed; their cards look completed.
     [[nodiscard]] const QSet<QString>& pendingCompletionIDs() const { return pendingCompletionIDs_; }
@@ -186,7 +188,7 @@ class ReminderStore : public QObject {
     void toggleFlag(const QString& id, Completion completion);
 
     /// Marks as completed, to be committed 0.75 s later, or takes the mark back. Does nothing while the
-    /// commit is under way. A failure shows as `accessState` `failed`.
+    /// commit is under way. A failure shows as `accessState` `failed`; what was loaded stays.
     void toggleCompletion(const QString& id);
     /// Completes without the wait.
     void completeNow(const QString& id, Completion completion);
@@ -239,6 +241,8 @@ class ReminderStore : public QObject {
 
     void restorePreferences();
     void observe();
+    /// Titles are ordered by the language's own rules.
+    void languageChanged();
 
     void setAccessState(ReminderAccessState state);
     void reload();
@@ -265,7 +269,7 @@ class ReminderStore : public QObject {
     struct HistoryReference;
     using HistoryReferenceRef = std::shared_ptr<HistoryReference>;
     [[nodiscard]] HistoryReferenceRef referenceTo(const QString& id);
-    /// Makes the history's entry for a change whose write begins now.
+    /// For the history's entry of a change whose write begins now.
     RecordedChangeRef recordChange(ChangeKind kind, const TextPair& title, const QString& id);
     RecordedChangeRef recordCompletion(const QString& id);
     [[nodiscard]] RecordedChangeRef newRecordedChange(ChangeKind kind, const QString& id);
@@ -274,6 +278,8 @@ class ReminderStore : public QObject {
     void endRecordingOnceKnown(const RecordedChangeRef& recorded, const QString& id,
                                const tl::expected<EKSaveResult, EKError>& result);
     void withdraw(const RecordedChangeRef& recorded);
+    /// Takes the change back, or makes it again.
+    [[nodiscard]] ReminderActionHistory::Operation replayOf(const RecordedChangeRef& recorded);
     void replay(const RecordedChangeRef& recorded, const ReminderActionHistory::Done& done);
     void replayed(const RecordedChangeRef& recorded, const EKSaveResult& result);
     /// Whatever is known of the reminder by its identifier is known by this one from here on.
@@ -354,7 +360,9 @@ class ReminderStore : public QObject {
     ScheduledTask eventStoreReloadTask_;
     ScheduledTask presentTask_;
     Subscription eventStoreObserver_;
+    Subscription calendarEventObserver_;
     Subscription zoneObserver_;
+    Subscription languageObserver_;
 };
 
 }  // namespace kestrant

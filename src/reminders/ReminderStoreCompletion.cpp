@@ -74,6 +74,9 @@ void ReminderStore::commitCompletion(const QString& id, Completion completion,
         underWay->second.push_back(std::move(completion));
         return;
     }
+    // An earlier failure is past when the next one is tried.
+    if (accessState_.kind == ReminderAccessState::Kind::failed)
+        refreshAccessState();
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     if (!reminder || !reminder->refresh() || reminder->data.isCompleted) {
         endRecording(recorded, tl::unexpected(itemNotFoundError()));

@@ -15,6 +15,8 @@ ReminderStoreError ReminderStoreError::from(const EKError& error) {
         return {Code::reminderNotFound, {}};
     case EKError::Code::calendarNotFound:
         return {Code::listUnavailable, {}};
+    case EKError::Code::conflict:
+        return {Code::changedElsewhere, error.message};
     default:
         return {Code::database, error.message};
     }
@@ -42,6 +44,7 @@ TextPair ReminderStoreError::message() const {
                     "Cette liste Rappels n’est plus disponible.");
     case Code::flagNotUpdated:
         return text("The flag could not be updated.", "Le drapeau n’a pas pu être modifié.");
+    case Code::changedElsewhere:
     case Code::database:
         return detail;
     }

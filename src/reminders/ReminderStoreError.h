@@ -24,6 +24,8 @@ struct ReminderStoreError {
         listUnavailable,
         /// The flag is set here but not where other programs see it.
         flagNotUpdated,
+        /// Somebody else has changed the same meanwhile; `underlying` is the database's own text.
+        changedElsewhere,
         /// The database refused; `underlying` is its own text.
         database,
     };

@@ -53,16 +53,19 @@ ReminderStore::RecordedChangeRef ReminderStore::newRecordedChange(ChangeKind kin
 ReminderStore::RecordedChangeRef ReminderStore::recordChange(ChangeKind kind, const TextPair& title,
                                                              const QString& id) {
     RecordedChangeRef recorded = newRecordedChange(kind, id);
-    recorded->isUnderWay = true;
-    const auto operation = [self = QPointer(this), recorded](const Done& done) {
+    recorded->title = title;
+    if (services_.history)
+        recorded->action = services_.history->beginAction();
+    return recorded;
+}
+
+ReminderActionHistory::Operation ReminderStore::replayOf(const RecordedChangeRef& recorded) {
+    return [self = QPointer(this), recorded](const Done& done) {
         if (self)
             self->replay(recorded, done);
         else
             done({});
     };
-    if (services_.history)
-        recorded->entry = services_.history->record(title, operation, operation);
-    return recorded;
 }
 
 ReminderStore::RecordedChangeRef ReminderStore::recordCompletion(const QString& id) {
@@ -89,7 +92,8 @@ ReminderStore::RecordedChangeRef ReminderStore::recordCompletion(const QString& 
         self->setPendingCompletion(recorded->reminder->identifier, true);
         self->commitCompletion(recorded->reminder->identifier, done, recorded);
     };
-    recorded->entry = services_.history->record(text("Complete reminder", "Terminer le rappel"), undo, redo);
+    recorded->entry =
+        services_.history->recordPending(text("Complete reminder", "Terminer le rappel"), undo, redo);
     return recorded;
 }
 
@@ -103,8 +107,15 @@ void ReminderStore::endRecording(const RecordedChangeRef& recorded,
     }
     if (!recorded->change)
         withdraw(recorded);
+    else if (recorded->entry)
+        services_.history->confirm(*recorded->entry);
+    else if (recorded->action)
+        services_.history->record(recorded->title, replayOf(recorded), replayOf(recorded));
     for (const auto& waiting : std::exchange(recorded->waiting, {}))
         waiting();
+    using End = ReminderActionHistory::ActionEnd;
+    if (const auto action = std::exchange(recorded->action, std::nullopt))
+        services_.history->endAction(*action, result ? End::succeeded : End::failed);
 }
 
 void ReminderStore::endRecordingOnceKnown(const RecordedChangeRef& recorded, const QString& id,

@@ -63,7 +63,7 @@ void HistoryViewModel::finish(bool succeeded) {
 }
 
 void HistoryViewModel::followEntries() {
-    const auto& entries = history_.undoEntries();
+    const auto entries = history_.undoEntries();
     const bool isNew = !entries.empty() && !known_.contains(entries.back().id);
     known_.clear();
     for (const auto& entry : entries)

@@ -19,6 +19,15 @@ class ReminderActionHistoryTest : public testing::Test {
   protected:
     /// An action that counts how often it was done; its replays end when the test says so, or at once.
     std::optional<QUuid> record(const std::string& title) {
+        return recordBy(&ReminderActionHistory::record, title);
+    }
+    std::optional<QUuid> recordPending(const std::string& title) {
+        return recordBy(&ReminderActionHistory::recordPending, title);
+    }
+    using Operation = ReminderActionHistory::Operation;
+    std::optional<QUuid> recordBy(std::optional<QUuid> (ReminderActionHistory::*how)(const TextPair&,
+                                                                                     Operation, Operation),
+                                  const std::string& title) {
         const auto operation = [this](std::string what) {
             return [this, what = std::move(what)](const Done& done) {
                 replays.push_back(what);
@@ -31,7 +40,7 @@ class ReminderActionHistoryTest : public testing::Test {
             };
         };
         const QString text = QString::fromStdString(title);
-        return history.record({text, text}, operation("undo " + title), operation("redo " + title));
+        return (history.*how)({text, text}, operation("undo " + title), operation("redo " + title));
     }
     Done answer() {
         return [this](const tl::expected<void, ReminderStoreError>& result) {
@@ -85,6 +94,58 @@ TEST_F(ReminderActionHistoryTest, HoldsTheTenNewestOfTenThousandActions) {
     record("x");
     EXPECT_EQ(entries(), "123456789x|");
     EXPECT_EQ(scheduler.pendingCount(), 1U);
+}
+
+TEST_F(ReminderActionHistoryTest, WhatIsPendingCostsNothingBeforeItHasHappened) {
+    for (int n = 0; n < 10; ++n)
+        record(std::to_string(n));
+    history.undo();
+    record("x");
+    history.undo();
+    record("9");
+    EXPECT_EQ(entries(), "0123456789|") << "ten, and nothing to redo";
+    history.undo();
+    record("a");
+    history.undo();
+    EXPECT_EQ(entries(), "012345678|a");
+    record("9");
+    auto pending = recordPending("p");
+    EXPECT_EQ(entries(), "123456789p|") << "no more than ten are on show";
+    history.remove(*pending);
+    EXPECT_EQ(entries(), "0123456789|");
+    history.undo();
+    pending = recordPending("p");
+    EXPECT_EQ(entries(), "012345678p|9");
+    history.remove(*pending);
+    EXPECT_EQ(entries(), "012345678|9");
+    pending = recordPending("p");
+    history.confirm(*pending);
+    EXPECT_EQ(entries(), "012345678p|") << "now it has happened";
+    pending = recordPending("q");
+    history.undo();
+    EXPECT_EQ(entries(), "012345678p|q");
+    history.confirm(*pending);
+    history.redo();
+    EXPECT_EQ(entries(), "12345678pq|");
+}
+
+TEST_F(ReminderActionHistoryTest, ReplaysWaitForTheActionsUnderWay) {
+    record("a");
+    const int succeeding = history.beginAction();
+    history.undo(answer());
+    EXPECT_THAT(answers, IsEmpty());
+    record("b");
+    history.endAction(succeeding, ReminderActionHistory::ActionEnd::succeeded);
+    EXPECT_EQ(entries(), "a|b");
+    const int failed = history.beginAction();
+    history.undo(answer());
+    history.endAction(failed, ReminderActionHistory::ActionEnd::failed);
+    EXPECT_EQ(entries(), "a|b") << "it was meant for what did not happen";
+    EXPECT_THAT(answers, ElementsAre("done", "done"));
+    const int later = history.beginAction();
+    history.endAction(later, ReminderActionHistory::ActionEnd::succeeded);
+    history.undo(answer());
+    EXPECT_EQ(entries(), "|ba");
 }
 
 TEST_F(ReminderActionHistoryTest, AFailedReplayLeavesItsEntryAndSaysWhy) {

@@ -86,6 +86,12 @@ TEST_F(ReminderStoreCompletion, ARefusedWriteBringsTheCardBackAndSaysWhy) {
     EXPECT_THAT(visibleIDs(), ElementsAre("a", "b"));
     EXPECT_EQ(store->accessState(), ReminderAccessState::failed(diskFull().message));
     EXPECT_EQ(reported, 0);
+    int told = 0;
+    QObject::connect(&*store, &ReminderStore::accessStateChanged, &*store, [&] { ++told; });
+    store->toggleCompletion(a);
+    scheduler.advance(750ms);
+    EXPECT_EQ(store->accessState().kind, Kind::failed);
+    EXPECT_GT(told, 0) << "the second failure is told like the first";
 
     database.setFailure(Operation::save, std::nullopt);
     put(aReminder("c"));

@@ -215,9 +215,14 @@ TEST_F(ReminderStoreHistory, ACompletionStillPendingIsTakenBackWithoutAWrite) {
     EXPECT_EQ(undo(), done);
     EXPECT_FALSE(stored("a").isCompleted);
 
+    EXPECT_TRUE(history.canRedo());
     store->toggleCompletion(a);
     store->toggleCompletion(a);
     EXPECT_THAT(recorded(), IsEmpty()) << "taken back by hand";
+    EXPECT_TRUE(history.canRedo()) << "nothing has happened";
+    store->toggleCompletion(a);
+    scheduler.advance(1s);
+    EXPECT_FALSE(history.canRedo());
 }
 
 TEST_F(ReminderStoreHistory, TheLedgerFollowsCompletionsThatAreTakenBack) {
@@ -275,6 +280,8 @@ TEST_F(ReminderStoreHistory, AnUndoWaitsForTheWriteItTakesBack) {
 TEST_F(ReminderStoreHistory, WhatDidNotHappenIsWithdrawn) {
     put(aReminder("a"));
     loadedStore();
+    renameA("once");
+    EXPECT_EQ(undo(), done);
     store->rename(a, a, nullptr);
     scheduler.advance(1s);
     EXPECT_THAT(recorded(), IsEmpty()) << "nothing to write";
@@ -291,7 +298,7 @@ TEST_F(ReminderStoreHistory, WhatDidNotHappenIsWithdrawn) {
     store->toggleCompletion(a);
     scheduler.advance(1s);
     EXPECT_THAT(recorded(), IsEmpty());
-    EXPECT_FALSE(history.canRedo());
+    EXPECT_EQ(history.redoEntries().size(), 1U) << "what was undone before can still be redone";
 }
 
 TEST_F(ReminderStoreHistory, ARefusedUndoOverwritesNothingAndCanBeTriedAgain) {
@@ -301,7 +308,7 @@ TEST_F(ReminderStoreHistory, ARefusedUndoOverwritesNothingAndCanBeTriedAgain) {
     EKReminderData theirs = stored("a");
     theirs.title = QStringLiteral("theirs");
     put(theirs);
-    EXPECT_EQ(undo(), Code::database);
+    EXPECT_EQ(undo(), Code::changedElsewhere);
     EXPECT_EQ(stored("a").title, QStringLiteral("theirs"));
     EXPECT_THAT(recorded(), ElementsAre("Edit reminder"));
     theirs.title = QStringLiteral("ours");
@@ -315,6 +322,22 @@ TEST_F(ReminderStoreHistory, ARefusedUndoOverwritesNothingAndCanBeTriedAgain) {
     database.dropCalendar(QStringLiteral("list"));
     EXPECT_EQ(undo(), Code::listUnavailable);
     EXPECT_THAT(recorded(), ElementsAre("Delete reminder"));
+}
+
+TEST_F(ReminderStoreHistory, WhatSomebodyElseHasChangedIsToldOnceAndBarsNothingOlder) {
+    put(aReminder("a"));
+    put(aReminder("b"));
+    loadedStore();
+    store->rename(b, QStringLiteral("older"), nullptr);
+    scheduler.advance(1s);
+    renameA("ours");
+    put(aReminder("a").titled(QStringLiteral("theirs")));
+    EXPECT_EQ(undo(), Code::changedElsewhere);
+    EXPECT_EQ(recorded().size(), 2U) << "it may still become possible";
+    EXPECT_EQ(undo(), done);
+    EXPECT_EQ(stored("b").title, b);
+    EXPECT_EQ(stored("a").title, QStringLiteral("theirs"));
+    EXPECT_THAT(recorded(), IsEmpty());
 }
 
 TEST_F(ReminderStoreHistory, TenThousandActionsLeaveTheLastTen) {

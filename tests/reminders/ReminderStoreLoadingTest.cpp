@@ -54,9 +54,13 @@ TEST_F(ReminderStoreLoading, RefusedAccessIsToldApartFromADatabaseThatDoesNotOpe
     database.setFailure(InMemoryEventStore::Operation::requestAccess, diskFull());
     EXPECT_EQ(stateAfterRequest(), ReminderAccessState::failed(diskFull().message));
 
+    database.setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
+    store->scheduleReload();
+    scheduler.advance(1s);
+    EXPECT_EQ(store->accessState().kind, Kind::failed) << "tried again in vain";
     put(aReminder("a"));
-    database.setAuthorizationStatus(EKAuthorizationStatus::fullAccess);
-    store->refreshAccessState();
+    database.setFailure(InMemoryEventStore::Operation::requestAccess, std::nullopt);
+    store->scheduleReload();
     scheduler.advance(1s);
     EXPECT_EQ(store->accessState().kind, Kind::authorized);
     EXPECT_THAT(visibleIDs(), ElementsAre("a"));
@@ -73,6 +77,14 @@ TEST_F(ReminderStoreLoading, ABurstOfChangesIsReadOnceThreeTenthsOfASecondAfterT
     scheduler.advance(1ms);
     EXPECT_EQ(*loads, 2) << "once true, once false";
     EXPECT_THAT(visibleIDs(), ElementsAre("a", "b"));
+}
+
+TEST_F(ReminderStoreLoading, WhatTheCalendarHasChangedIsReadAnew) {
+    loadedStore();
+    const auto loads = count(&ReminderStore::isLoadingChanged);
+    notifications.post(QStringLiteral("kestrantCalendarEventChanged"));
+    scheduler.advance(1s);
+    EXPECT_EQ(*loads, 2) << "once true, once false";
 }
 
 TEST_F(ReminderStoreLoading, ALateResultOfAnEarlierFetchIsDropped) {
