@@ -187,7 +187,9 @@ tl::expected<void, TextPair> AppDelegate::createPanel() {
         .reminders = reminders,
         .history = history_,
         .calendarStore = calendar,
-        .feedbackClient = [this]() -> FeedbackAPIClient& { return feedbackClient(); },
+        .feedbackClient = FeedbackAPIClient::isConfigured(information_)
+                              ? [this]() -> FeedbackAPIClient& { return feedbackClient(); }
+                              : std::function<FeedbackAPIClient&()>(),
         .settings = settingsServices(),
         .ledger = ledger_,
     });

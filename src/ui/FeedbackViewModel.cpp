@@ -20,6 +20,8 @@ FeedbackViewModel::FeedbackViewModel(std::function<FeedbackAPIClient&()> client,
 }
 
 void FeedbackViewModel::begin() {
+    if (!isAvailable())
+        return;
     connect(&form_.emplace(client_()), &FeedbackForm::changed, this, &FeedbackViewModel::changed);
     Q_EMIT changed();
 }

@@ -27,6 +27,9 @@ class FeedbackViewModel : public QObject {
     /// What the entry that opens the form says to a pointer resting on it and to screen readers.
     Q_PROPERTY(QString entryHelp READ entryHelp NOTIFY textsChanged)
 
+    /// Whether there is a service to write to; without one there is no entry.
+    Q_PROPERTY(bool isAvailable READ isAvailable CONSTANT)
+
     Q_PROPERTY(QString category READ category WRITE setCategory NOTIFY changed)
     Q_PROPERTY(QString message READ message WRITE setMessage NOTIFY changed)
     Q_PROPERTY(QString replyEmail READ replyEmail WRITE setReplyEmail NOTIFY changed)
@@ -43,8 +46,8 @@ class FeedbackViewModel : public QObject {
     Q_PROPERTY(QString errorText READ errorText NOTIFY changed)
 
   public:
-    /// `client` gives the way to the service, asked when the form is opened. Everything must outlive the view
-    /// model.
+    /// `client` gives the way to the service, asked when the form is opened; an empty one: there is none.
+    /// Everything must outlive the view model.
     FeedbackViewModel(std::function<FeedbackAPIClient&()> client, Localizer& localizer,
                       QObject* parent = nullptr);
 
@@ -54,6 +57,7 @@ class FeedbackViewModel : public QObject {
     Q_INVOKABLE void end();
     Q_INVOKABLE void send();
 
+    [[nodiscard]] bool isAvailable() const { return client_ != nullptr; }
     [[nodiscard]] QVariantList categories() const;
     [[nodiscard]] QVariantMap texts() const;
     [[nodiscard]] QString entryHelp() const;

@@ -39,6 +39,7 @@ struct OpenForm : PanelProgram {
 TEST(FeedbackPopover, SendsWhatIsTypedAndIsLeftByTheDoneButton) {
     OpenForm program;
     EXPECT_FALSE(program.form.canSend());
+    EXPECT_TRUE(program.shows("0/4000"));
     program.write(QStringLiteral("hello"));
     program.pressTab();
     program.write(QStringLiteral("me@example"));
@@ -60,6 +61,8 @@ TEST(FeedbackPopover, KeepsTheWordsWhenTheServiceRefusesThem) {
     program.answer = Answer::status(429, "{\"code\":\"rate_limited\"}");
     program.write(QStringLiteral("hello"));
     program.form.send();
+    EXPECT_TRUE(program.form.isSending());
+    EXPECT_TRUE(program.shows("Send")) << "while sending, too";
     ASSERT_TRUE(turnUntil([&] { return !program.form.isSending(); }));
     EXPECT_EQ(program.form.errorText(),
               QStringLiteral("A few messages were sent recently. Please try again later."));
@@ -70,6 +73,30 @@ TEST(FeedbackPopover, KeepsTheWordsWhenTheServiceRefusesThem) {
     program.press(Qt::Key_Escape);
     EXPECT_FALSE(program.isOpen("feedback"));
     EXPECT_TRUE(program.form.message().isEmpty()) << "nothing is kept between openings";
+}
+
+TEST(FeedbackPopover, IsReachedFromTheSettingsWhereThereIsAServiceToWriteTo) {
+    PanelProgram program;
+    program.expand();
+    FeedbackViewModel nowhere({}, program.localizer);
+    SettingsViewModel without(program.preferences, program.localizer, nowhere);
+    for (SettingsViewModel* settings : {&without, &program.settings}) {
+        program.view.overlays().present(QStringLiteral("settings"), QStringLiteral("SettingsPopover.qml"),
+                                        program.view.contentItem(),
+                                        {{QStringLiteral("settings"), QVariant::fromValue(settings)}});
+        program.settle();
+        EXPECT_EQ(program.shows("Send feedback"), settings == &program.settings);
+        if (settings == &without) {
+            program.view.overlays().dismissAll();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        }
+    }
+    auto* entry = program.keyItem().findChild<QQuickItem*>(QStringLiteral("settings.feedback"));
+    ASSERT_NE(entry, nullptr);
+    entry->forceActiveFocus(Qt::TabFocusReason);
+    program.settle();
+    QTest::mouseMove(&program.view, entry->mapToScene({10, 10}).toPoint());
+    EXPECT_TRUE(turnUntil([&] { return program.shows("Send feedback from Kestrant"); }));
 }
 
 }  // namespace

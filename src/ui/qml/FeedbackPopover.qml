@@ -74,7 +74,6 @@ Popover {
             Section {
                 anchors.bottom: parent.bottom
                 anchors.right: parent.right
-                visible: feedback.form.message !== ""
                 text: feedback.form.messageCounter
                 color: feedback.form.isMessageTooLong ? Theme.overdue : Theme.secondaryText
             }
@@ -124,7 +123,7 @@ Popover {
             width: parent.width
             topPadding: 2
             errorText: feedback.form.errorText
-            acceptText: feedback.form.isSending ? Localizer.text("Sending…", "Envoi…") : feedback.texts.send
+            acceptText: feedback.texts.send
             canAccept: feedback.form.canSend
             onAccepted: feedback.form.send()
             onCancelled: feedback.close()

@@ -294,9 +294,12 @@ Popover {
                 }
                 PushButton {
                     id: feedbackEntry
+                    readonly property string tip: popover.settings.feedback.entryHelp
                     objectName: "settings.feedback"
+                    visible: popover.settings.feedback.isAvailable
                     text: popover.settings.feedback.texts.title
-                    spokenDescription: popover.settings.feedback.entryHelp
+                    spokenDescription: tip
+                    onHoveredChanged: tooltip.follow(this)
                     onClicked: popover.overlays.present("feedback", "FeedbackPopover.qml", feedbackEntry,
                                                         { form: popover.settings.feedback, alignment: "right" })
                 }
@@ -311,5 +314,11 @@ Popover {
                       + Localizer.text("free software under the MIT licence", "logiciel libre sous licence MIT")
             }
         }
+    }
+
+    Tooltip {
+        id: tooltip
+        parent: popover
+        silent: popover.overlays.topmost !== popover.overlayId
     }
 }

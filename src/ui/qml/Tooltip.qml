@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// Tells the name of the control under the pointer, below it, after a moment.
+// Tells the name of the control under the pointer, below it or where there is no room above it, after a moment.
 Rectangle {
     id: tooltip
 
@@ -23,7 +23,8 @@ Rectangle {
         ? subject.mapToItem(parent, subject.width / 2, subject.height + 5) : Qt.point(0, 0)
 
     x: Math.round(Math.max(12, Math.min(place.x - width / 2, (parent ? parent.width : 0) - width - 12)))
-    y: Math.round(place.y)
+    y: Math.round(subject && parent && place.y + height > parent.height
+                  ? subject.mapToItem(parent, 0, -5).y - height : place.y)
     z: 10
     width: Math.ceil(words.implicitWidth) + 16
     height: 22
