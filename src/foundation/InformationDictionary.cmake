@@ -3,7 +3,7 @@
 set(KESTRANT_AGGREGATE_METRICS_BASE_URL "" CACHE STRING "Base URL of the aggregate completion counter; empty: no counting")
 option(KESTRANT_AGGREGATE_METRICS_PRIVACY_READY "The aggregate counter's privacy statement is published" OFF)
 option(KESTRANT_AGGREGATE_METRICS_UPLOAD_ENABLED "Count completions and send the totals" OFF)
-set(KESTRANT_FEEDBACK_API_BASE_URL "" CACHE STRING "Base URL of the feedback service; empty: the default one")
+set(KESTRANT_FEEDBACK_API_BASE_URL "" CACHE STRING "Base URL of the feedback service; empty: none, and no form to write to it")
 set(KESTRANT_RECAP_SHARE_BASE_URL "" CACHE STRING "Base URL of shared recaps; empty: none")
 
 foreach(switch KESTRANT_AGGREGATE_METRICS_PRIVACY_READY KESTRANT_AGGREGATE_METRICS_UPLOAD_ENABLED)
