@@ -1,9 +1,11 @@
 #include "app/AppDelegate.h"
+#include "app/CompletionCounting.h"
 #include "app/LaunchArguments.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
 #include "cli/CommandLine.h"
 #include "eventkit/EvolutionModule.h"
+#include "foundation/ControlCharacters.h"
 #include "foundation/InformationDictionary.h"
 #include "foundation/StandardFolders.h"
 #include "platform/linux/DesktopDatabase.h"
@@ -16,8 +18,12 @@
 #include <QGuiApplication>
 #include <QLocale>
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 using namespace kestrant;
 
@@ -31,14 +37,25 @@ QString preferencesPath() {
     return configurationFolder() + QStringLiteral("/preferences.json");
 }
 
-/// For texts before the preferences are read.
-Language systemLanguage() {
-    return QLocale::system().language() == QLocale::French ? Language::french : Language::english;
+QString configurationPath() {
+    return configurationFolder() + QStringLiteral("/configuration.json");
+}
+
+Language language() {
+    return preferredLanguage(preferencesPath(), QLocale::system());
 }
 
 int fail(const TextPair& message, int status) {
-    std::fprintf(stderr, "kestrant: %s\n", qUtf8Printable(message.in(systemLanguage())));
+    std::fprintf(stderr, "kestrant: %s\n", qUtf8Printable(onOneLine(message.in(language()))));
     return status;
+}
+
+/// Columns of the terminal behind the standard output, if there is one.
+std::optional<int> terminalWidth() {
+    winsize size{};
+    if (isatty(STDOUT_FILENO) == 0 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
+        return {};
+    return size.ws_col;
 }
 
 bool desktopHasStore() {
@@ -48,6 +65,14 @@ bool desktopHasStore() {
 int runCommand(int& argc, char** argv, const QStringList& arguments) {
     const QCoreApplication application(argc, argv);
     const SystemClock clock;
+    std::optional<CompletionCounting> counting;
+    const auto count = [&counting](int completions) {
+        const auto information = InformationDictionary::load({}, configurationPath());
+        if (!counting && information)
+            counting.emplace(*information, preferencesPath(), applicationSupportFolder());
+        if (counting)
+            counting->record(completions);
+    };
     return runCommandLine(arguments,
                           {
                               .version = QCoreApplication::applicationVersion(),
@@ -60,6 +85,8 @@ int runCommand(int& argc, char** argv, const QStringList& arguments) {
                               .clock = clock,
                               .out = [](const QString& text) { std::fputs(qUtf8Printable(text), stdout); },
                               .err = [](const QString& text) { std::fputs(qUtf8Printable(text), stderr); },
+                              .lineWidth = terminalWidth(),
+                              .completionsCommitted = count,
                               .leave =
                                   [](int status) {
                                       std::fflush(stdout);
@@ -92,10 +119,9 @@ int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
             return fail(location.error(), wrongUsage);
         store = *location;
     }
-    const auto information = InformationDictionary::load(
-        launch.configurationFile, configurationFolder() + QStringLiteral("/configuration.json"));
+    const auto information = InformationDictionary::load(launch.configurationFile, configurationPath());
     if (!information)
-        return fail({information.error(), information.error()}, wrongUsage);
+        return fail(information.error(), wrongUsage);
 
     auto platform = preparePlatform();
     if (!platform)
@@ -127,12 +153,18 @@ int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
     });
     if (claim == SingleInstance::Claim::taken) {
         // Starting the program again is asking for its panel.
-        return SingleInstance::send(InstanceCommand::show) ? done : refused;
+        if (SingleInstance::send(InstanceCommand::show))
+            return done;
+        const TextPair silent =
+            text("Another process holds %1, but does not answer. If it is Kestrant, end it and start again.",
+                 "Un autre processus retient %1, mais ne répond pas. Si c’est Kestrant, terminez-le et "
+                 "recommencez.");
+        const QString lock = SingleInstance::lockPath();
+        return fail({silent.english.arg(lock), silent.french.arg(lock)}, refused);
     }
 
     const TerminationSignals signals([&delegate] { delegate.terminate(); });
-    if (const auto started = delegate.applicationDidFinishLaunching(); !started)
-        return fail(started.error(), refused);
+    delegate.applicationDidFinishLaunching();
     return QGuiApplication::exec();
 }
 
@@ -150,6 +182,13 @@ int main(int argc, char** argv) {
     if (!launch)
         return fail(launch.error(), wrongUsage);
 
+    const auto noFolders = reasonForNoFolders();
+    const bool asksAboutProgram = launch->mode == LaunchArguments::Mode::help ||
+                                  arguments.contains(QStringLiteral("--help")) ||
+                                  arguments.contains(QStringLiteral("--version"));
+    if (noFolders && !asksAboutProgram && launch->mode != LaunchArguments::Mode::render)
+        return fail(*noFolders, refused);
+
     switch (launch->mode) {
     case LaunchArguments::Mode::panel:
         return runPanel(argc, argv, *launch);
@@ -158,7 +197,7 @@ int main(int argc, char** argv) {
     case LaunchArguments::Mode::render:
         return render(argc, argv, launch->renderFolder);
     case LaunchArguments::Mode::help:
-        std::printf("%s\n", qUtf8Printable(launchUsage().in(systemLanguage())));
+        std::printf("%s\n", qUtf8Printable(launchUsage().in(language())));
         [[fallthrough]];
     case LaunchArguments::Mode::command:
         return runCommand(argc, argv, arguments);
