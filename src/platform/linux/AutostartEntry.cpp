@@ -77,7 +77,13 @@ bool startsSomething(const QByteArray& entry) {
            valueOf(entry, sessionKey) != QByteArrayLiteral("false");
 }
 
-/// A path as one argument of an Exec line: quoted, then escaped as any string of a desktop entry.
+/// A text as the value of a key.
+QByteArray asValue(QByteArray text) {
+    text.replace('\\', "\\\\");
+    return text.replace('\n', "\\n").replace('\r', "\\r").replace('\t', "\\t");
+}
+
+/// A path as one argument of an Exec line: quoted, then escaped as any value.
 QByteArray asArgument(const QString& path) {
     QByteArray quoted = "\"";
     for (const char character : path.toUtf8()) {
@@ -87,8 +93,7 @@ QByteArray asArgument(const QString& path) {
         if (character == '%')
             quoted += '%';
     }
-    quoted += '"';
-    return quoted.replace('\\', "\\\\");
+    return asValue(quoted + '"');
 }
 
 TextPair sentence(const FileError& error) {
@@ -120,10 +125,9 @@ QString AutostartEntry::path() const {
 }
 
 QByteArray AutostartEntry::newEntry() const {
-    QByteArray program = program_.toUtf8();
-    program.replace('\\', "\\\\");
     return mainGroup + "\nType=Application\nName=Kestrant\nIcon=" + bundleIdentifier.toUtf8() +
-           "\nExec=" + asArgument(program_) + "\nTryExec=" + program + "\nTerminal=false\n";
+           "\nExec=" + asArgument(program_) + "\nTryExec=" + asValue(program_.toUtf8()) +
+           "\nTerminal=false\n";
 }
 
 bool AutostartEntry::isEnabled() const {

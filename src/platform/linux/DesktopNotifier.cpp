@@ -1,5 +1,7 @@
 #include "platform/linux/DesktopNotifier.h"
 
+#include "foundation/ControlCharacters.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -93,9 +95,12 @@ void DesktopNotifier::notify(const UserNotification& notification, bool readsMar
         {QStringLiteral("category"), QStringLiteral("x-kestrant.reminder")},
         {QStringLiteral("sound-name"), QStringLiteral("alarm-clock-elapsed")},
     };
-    const QString body = readsMarkup ? notification.body.toHtmlEscaped() : notification.body;
+    // Only the body may hold markup.
+    const QString title = onOneLine(notification.title);
+    const QString plainBody = withoutControlCharacters(notification.body);
+    const QString body = readsMarkup ? plainBody.toHtmlEscaped() : plainBody;
     call(QStringLiteral("Notify"),
-         {applicationName, replaced, desktopEntry, notification.title, body, actions, hints, neverExpires},
+         {applicationName, replaced, desktopEntry, title, body, actions, hints, neverExpires},
          [this, id = notification.id, generation,
           shown = std::move(shown)](const QDBusPendingCallWatcher& watcher) {
              const QDBusPendingReply<uint> reply = watcher;

@@ -56,6 +56,12 @@ TEST_F(AutostartEntryTest, QuotesAPathSoThatItStaysOneArgument) {
         << text().constData();
 }
 
+TEST_F(AutostartEntryTest, AddsNoLinesForAPathThatHasSome) {
+    ASSERT_TRUE(entry(QStringLiteral("/opt/a\nHidden=true\n/k")).setEnabled(true));
+    EXPECT_TRUE(text().contains("\nExec=\"/opt/a\\nHidden=true\\n/k\"\nTryExec=/opt/a\\nHidden=true\\n/k\n"))
+        << text().constData();
+}
+
 TEST_F(AutostartEntryTest, ReadsWhatAnybodyLeftThere) {
     const struct {
         const char* text;

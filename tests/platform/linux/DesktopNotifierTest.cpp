@@ -161,9 +161,9 @@ TEST_F(DesktopNotifierTest, EscapesTheBodyForServicesThatReadMarkup) {
         QString body;
     };
     for (const Case& c :
-         {Case{{"body", "body-markup"}, "a &lt;b&gt; &amp; c"}, Case{{"body"}, "a <b> & c"}}) {
+         {Case{{"body", "body-markup"}, "a &lt;b&gt; &amp; c␛"}, Case{{"body"}, "a <b> & c␛"}}) {
         Service service(c.capabilities);
-        ASSERT_TRUE(show("a", "a <b> & c"));
+        ASSERT_TRUE(show("a", "a <b> & c\x1B"));
         EXPECT_EQ(service.shown[0].body, c.body);
     }
 }
