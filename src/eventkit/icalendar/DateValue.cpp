@@ -40,15 +40,19 @@ QByteArray dayText(QDate day) {
 }  // namespace
 
 std::optional<TimeZone> zoneNamed(const QByteArray& zoneIdentifier, const Document& document) {
-    if (zoneIdentifier.size() > longestName)
-        return document.definedZone(zoneIdentifier);
-    if (auto zone = TimeZone::named(zoneIdentifier))
-        return zone;
-    const bool isPrefixed = zoneIdentifier.startsWith('/');
-    auto zone = isPrefixed ? zoneAfterPrefix(zoneIdentifier) : std::nullopt;
-    if (!zone)
-        zone = document.definedZone(zoneIdentifier);
-    return zone || isPrefixed ? zone : zoneAfterPrefix(zoneIdentifier);
+    const QByteArray name = zoneIdentifier.trimmed();
+    if (name.size() > longestName)
+        return document.definedZone(name);
+    auto known = TimeZone::named(name);
+    if (!known && name.startsWith('/'))
+        known = zoneAfterPrefix(name);
+    // "UTC+01:00" says less than a definition.
+    const bool isDistance = name.startsWith("UTC+") || name.startsWith("UTC-");
+    if (known && !isDistance)
+        return known;
+    if (auto defined = document.definedZone(name))
+        return defined;
+    return known ? known : zoneAfterPrefix(name);
 }
 
 std::optional<DateComponents> readDate(const Property& property, const Document& document) {

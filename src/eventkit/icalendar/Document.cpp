@@ -267,7 +267,7 @@ std::optional<TimeZone> Document::definedZone(const QByteArray& name) const {
 std::optional<TimeZone> Document::findZone(const QByteArray& name) const {
     for (const ComponentView& definition : components("VTIMEZONE")) {
         const auto identifier = definition.property("TZID");
-        if (!identifier || zoneIdentifierIn(*identifier) != name)
+        if (!identifier || (zoneIdentifierIn(*identifier) != name && identifier->value.trimmed() != name))
             continue;
         if (auto zone = zoneDefinedBy(definition))
             return zone;
