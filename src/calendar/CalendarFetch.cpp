@@ -22,15 +22,6 @@ QHash<QString, CalendarAppearance> appearances(const EKEventStore& store) {
     return result;
 }
 
-template <typename Value, typename Ref>
-std::vector<std::shared_ptr<const Value>> storedValues(const std::vector<Ref>& items) {
-    std::vector<std::shared_ptr<const Value>> result;
-    result.reserve(items.size());
-    for (const Ref& item : items)
-        result.push_back(item->stored());
-    return result;
-}
-
 }  // namespace
 
 void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool showReminders,
@@ -51,8 +42,9 @@ void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool show
     pending->parts = showReminders ? 2 : 1;
     pending->completion = std::move(completion);
     store.events(EKEventStore::predicateForEvents(from, to, std::nullopt),
-                 [pending, &store](const std::vector<EKEventRef>& events) {
-                     pending->items.events = storedValues<EKEventData>(events);
+                 [pending, &store](EKEvents found) {
+                     pending->items.events = std::move(found.events);
+                     pending->items.isCut = found.isCut;
                      pending->end(store);
                  });
     if (!showReminders)
@@ -60,7 +52,8 @@ void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool show
     store.fetchReminders(EKEventStore::predicateForIncompleteReminders(
                              movedByDays(from, -1, calendar), movedByDays(to, 1, calendar), std::nullopt),
                          [pending, &store](const std::vector<EKReminderRef>& reminders) {
-                             pending->items.reminders = storedValues<EKReminderData>(reminders);
+                             for (const EKReminderRef& reminder : reminders)
+                                 pending->items.reminders.push_back(reminder->stored());
                              pending->end(store);
                          });
 }

@@ -16,6 +16,8 @@ namespace kestrant {
 struct CalendarItems {
     std::vector<std::shared_ptr<const EKEventData>> events;
     std::vector<std::shared_ptr<const EKReminderData>> reminders;
+    /// There are more events than these: those farthest from the present are left out.
+    bool isCut = false;
     /// By calendar identifier.
     QHash<QString, CalendarAppearance> calendars;
 };

@@ -3,10 +3,14 @@
 #include "calendar/CalendarFetch.h"
 #include "calendar/CalendarRows.h"
 
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <numeric>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -57,28 +61,78 @@ bool isOver(const CalendarEventItem& row, Instant now) {
     return !row.isReminder && !row.isAllDay && row.endDate < now;
 }
 
+std::optional<Placement> placementOf(const EKEventData& event, const DayStarts& days) {
+    const qsizetype day = days.dayOf(event.startDate);
+    if (event.startDate == event.endDate && day >= 0 && days.start(day) == event.startDate)
+        return std::nullopt;
+    // The end is excluded; an event without length takes the instant it starts at.
+    const Instant lastInstant = std::max(event.startDate, event.endDate - instantStep);
+    const Placement result{std::max<qsizetype>(day, 0), std::min(days.dayOf(lastInstant), days.count() - 1)};
+    return result.first <= result.last ? std::optional(result) : std::nullopt;
+}
+
+std::optional<Placement> placementOf(const EKReminderData& reminder, const DayStarts& days,
+                                     const ZoneCalendar& calendar) {
+    const auto dueDate = reminderDueDate(reminder, calendar);
+    const qsizetype day = dueDate ? days.dayOf(*dueDate) : -1;
+    return day >= 0 && day < days.count() ? std::optional(Placement{day, day}) : std::nullopt;
+}
+
+/// Grows from the day nearest to today by whichever neighbour is nearer, as long as the rows fit; `rows` and
+/// `distance` (from today, negative for earlier days) tell about a position below `count`. Gives the first
+/// position and the one after the last.
+template <typename Rows, typename Distance>
+std::pair<qsizetype, qsizetype> nearestThatFit(qsizetype count, qsizetype most, Rows rows,
+                                               Distance distance) {
+    if (count == 0)
+        return {0, 0};
+    qsizetype first = 0;
+    while (first < count - 1 && std::abs(distance(first + 1)) <= std::abs(distance(first)))
+        ++first;
+    qsizetype end = first + 1;
+    qsizetype total = rows(first);
+    while (first > 0 || end < count) {
+        const bool isEarlier = end == count || (first > 0 && -distance(first - 1) < distance(end));
+        total += rows(isEarlier ? first - 1 : end);
+        if (total > most)
+            break;
+        if (isEarlier)
+            --first;
+        else
+            ++end;
+    }
+    return {first, end};
+}
+
+/// Gives a row an id of its own where another date of its series begins at the same instant.
+void makeUnique(CalendarEventItem& row, const EKEventData& event, QHash<QString, int>& known) {
+    if (!event.occurrenceDate)
+        return;
+    if (const int number = ++known[row.id]; number > 1)
+        row.id =
+            eventRowID(event.calendarItemIdentifier + QStringLiteral("#%1").arg(number), event.startDate);
+}
+
 PlacedRows placedRows(const CalendarItems& items, const DayStarts& days, const CalendarPresent& present) {
     const auto appearance = [&](const QString& calendar) {
         const auto found = items.calendars.constFind(calendar);
         return found == items.calendars.constEnd() ? nullptr : &*found;
     };
     PlacedRows result;
+    QHash<QString, int> known;
     for (const auto& event : items.events) {
-        // The end is excluded; an event without length takes the instant it starts at.
-        const Instant lastInstant = std::max(event->startDate, event->endDate - instantStep);
-        const qsizetype first = std::max<qsizetype>(days.dayOf(event->startDate), 0);
-        const qsizetype last = std::min(days.dayOf(lastInstant), days.count() - 1);
-        if (first <= last)
-            result.add(eventRow(*event, appearance(event->calendarIdentifier), present.language),
-                       {first, last});
+        const auto placement = placementOf(*event, days);
+        if (!placement)
+            continue;
+        CalendarEventItem row = eventRow(*event, appearance(event->calendarIdentifier), present.language);
+        makeUnique(row, *event, known);
+        result.add(std::move(row), *placement);
     }
     for (const auto& reminder : items.reminders) {
-        const auto dueDate = reminderDueDate(*reminder, present.calendar);
-        const qsizetype day = dueDate ? days.dayOf(*dueDate) : -1;
-        if (day >= 0 && day < days.count())
-            result.add(
-                reminderRow(*reminder, *dueDate, appearance(reminder->calendarIdentifier), present.language),
-                {day, day});
+        if (const auto placement = placementOf(*reminder, days, present.calendar))
+            result.add(reminderRow(*reminder, *reminderDueDate(*reminder, present.calendar),
+                                   appearance(reminder->calendarIdentifier), present.language),
+                       *placement);
     }
     return result;
 }
@@ -118,6 +172,36 @@ CalendarDayGroup united(const CalendarDayGroup& a, const CalendarDayGroup& b,
 DayRange compactDays(const CalendarPresent& present) {
     const QDate today = present.calendar.dayOf(present.now);
     return {today, today.addDays(7)};
+}
+
+DayRange daysThatFit(const CalendarItems& items, const DayRange& days, const CalendarPresent& present,
+                     qsizetype most) {
+    const DayStarts starts(days, present.calendar);
+    // How many rows more a day has than the one before.
+    std::vector<qsizetype> changes(static_cast<std::size_t>(starts.count()) + 1);
+    const auto count = [&](const std::optional<Placement>& placement) {
+        if (placement) {
+            ++changes[static_cast<std::size_t>(placement->first)];
+            --changes[static_cast<std::size_t>(placement->last) + 1];
+        }
+    };
+    for (const auto& event : items.events)
+        count(placementOf(*event, starts));
+    for (const auto& reminder : items.reminders)
+        count(placementOf(*reminder, starts, present.calendar));
+    std::partial_sum(changes.begin(), changes.end(), changes.begin());
+    const qint64 today = days.first.daysTo(present.calendar.dayOf(present.now));
+    const auto [first, end] = nearestThatFit(
+        starts.count(), most, [&](qsizetype day) { return changes[static_cast<std::size_t>(day)]; },
+        [&](qsizetype day) { return day - today; });
+    return {days.first.addDays(first), days.first.addDays(end)};
+}
+
+QList<CalendarDayGroup> groupsThatFit(const QList<CalendarDayGroup>& groups, QDate today, qsizetype most) {
+    const auto [first, end] = nearestThatFit(
+        groups.size(), most, [&](qsizetype index) { return groups.at(index).events.size(); },
+        [&](qsizetype index) { return today.daysTo(groups.at(index).day); });
+    return groups.mid(first, end - first);
 }
 
 QList<CalendarDayGroup> groupByDay(const CalendarItems& items, const DayRange& days, CalendarMode mode,

@@ -40,9 +40,20 @@ struct CalendarPresent {
 /// The days that the compact mode shows.
 [[nodiscard]] DayRange compactDays(const CalendarPresent& present);
 
-/// The day groups of `days`, in order. An item is listed on every day it touches; an event without length is
-/// listed on the day it starts on. Costs what the rows and days cost, whatever the product of days and events
-/// is. Compact: a single empty group for today becomes no group at all.
+/// So many rows are shown at most.
+inline constexpr qsizetype mostRows = 50'000;
+
+/// Those of `days` around today, or nearest to it, that have at most so many rows; one day at least.
+[[nodiscard]] DayRange daysThatFit(const CalendarItems& items, const DayRange& days,
+                                   const CalendarPresent& present, qsizetype most = mostRows);
+/// The same of groups.
+[[nodiscard]] QList<CalendarDayGroup> groupsThatFit(const QList<CalendarDayGroup>& groups, QDate today,
+                                                    qsizetype most = mostRows);
+
+/// The day groups of `days`, in order. An item is listed on every day it touches: it starts before the day
+/// ends and ends after the day starts. An event without length is so listed on the day it lies in, and on
+/// none where it lies on the border of two. Costs what the rows and days cost, whatever the product of days
+/// and events is. Compact: a single empty group for today becomes no group at all.
 [[nodiscard]] QList<CalendarDayGroup> groupByDay(const CalendarItems& items, const DayRange& days,
                                                  CalendarMode mode, const CalendarPresent& present);
 

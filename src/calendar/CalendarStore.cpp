@@ -1,6 +1,7 @@
 #include "calendar/CalendarFetch.h"
 #include "calendar/CalendarStorePrivate.h"
 #include "foundation/BackgroundExecutor.h"
+#include "foundation/NotificationCenter.h"
 #include "preferences/PreferenceKeys.h"
 #include "preferences/Preferences.h"
 
@@ -20,10 +21,16 @@ constexpr int yearsPerChunk = 3;
 FetchResult resultOf(const FetchRequest& request, const CalendarItems& items, const CalendarPresent& present,
                      const QList<CalendarDayGroup>& onShow) {
     FetchResult result;
-    result.groups = groupByDay(items, request.shown, request.mode, present);
+    const DayRange days = daysThatFit(items, request.shown, present);
+    result.groups = groupByDay(items, days, request.mode, present);
     result.isEmpty = result.groups.isEmpty();
-    if (request.isExtension)
-        result.groups = merged(onShow, result.groups, present.locale);
+    result.isCut = items.isCut || !(days == request.shown);
+    if (request.isExtension) {
+        const QList<CalendarDayGroup> all = merged(onShow, result.groups, present.locale);
+        result.groups = groupsThatFit(all, present.calendar.dayOf(present.now));
+        result.isEmpty = result.isEmpty || result.groups.size() <= onShow.size();
+        result.isCut = result.isCut || result.groups.size() < all.size();
+    }
     result.isChange = result.groups != onShow;
     // Without a change the new rows are let go of here and not on the main thread.
     if (!result.isChange)
@@ -42,6 +49,9 @@ bool isRepresentable(const DayRange& days) {
 void CalendarStore::Private::observe() {
     observers.push_back(services.eventStore.observeChanges(
         [this] { reloadDebounceTask = services.scheduler.after(reloadDelay, [this] { reload(); }); }));
+    for (const char* notification : {eventCreatedNotification, eventChangedNotification})
+        observers.push_back(
+            services.notifications.observe(QString::fromLatin1(notification), [this] { reload(); }));
     observers.push_back(services.preferences.observeChanges([this](const QString& key) {
         if (key == preferenceKeys::showRemindersInCalendar || key == preferenceKeys::language)
             reload();
@@ -131,6 +141,7 @@ void CalendarStore::Private::reload() {
     changeTask.cancel();
     fetch(request, [mode = request.mode](Private& self, const FetchResult& result) {
         self.hasLoaded = true;
+        self.publish(self.isCut, result.isCut, &CalendarStore::shortageChanged);
         self.fetched(result, mode);
         self.publish(self.isLoading, false, &CalendarStore::isLoadingChanged);
     });
@@ -159,6 +170,7 @@ void CalendarStore::Private::loadMore(bool earlier) {
     publish(isLoadingMoreEvents, true, &CalendarStore::isLoadingMoreEventsChanged);
     fetch({chunk, chunk, CalendarMode::full, true},
           [needsManualLoad](Private& self, const FetchResult& result) {
+              self.publish(self.isCut, self.isCut || result.isCut, &CalendarStore::shortageChanged);
               self.fetched(result, CalendarMode::full);
               self.publish(self.*needsManualLoad, result.isEmpty, &CalendarStore::needsManualLoadChanged);
               self.publish(self.isLoadingMoreEvents, false, &CalendarStore::isLoadingMoreEventsChanged);
@@ -259,6 +271,13 @@ QList<CalendarEventItem> CalendarStore::upcomingEvents() const {
 
 std::optional<CalendarEventItem> CalendarStore::nextEvent() const {
     return kestrant::nextEvent(d_->dayGroups, d_->services.clock.now());
+}
+
+std::optional<TextPair> CalendarStore::shortage() const {
+    if (!d_->isCut)
+        return std::nullopt;
+    return text("There is more than can be shown: what is farthest from today is left out.",
+                "Il y a plus que ce qui peut être affiché : le plus éloigné d’aujourd’hui est omis.");
 }
 
 bool CalendarStore::isLoading() const {

@@ -93,6 +93,9 @@ class CalendarStore : public QObject {
     [[nodiscard]] QList<CalendarEventItem> upcomingEvents() const;
     /// The first timed event that starts after now, of those shown.
     [[nodiscard]] std::optional<CalendarEventItem> nextEvent() const;
+    /// The sentence for the person where not everything could be shown; what is left out is what is farthest from
+    /// today.
+    [[nodiscard]] std::optional<TextPair> shortage() const;
     /// True while a load is under way; not while loadMore() is.
     [[nodiscard]] bool isLoading() const;
     /// False until the first load has ended.
@@ -124,6 +127,8 @@ class CalendarStore : public QObject {
 
     /// The event calendars that take changes, for the calendar picker.
     [[nodiscard]] std::vector<EKCalendar> writableCalendars() const;
+    /// The one of them that the database puts new events into, else the first; absent when there is none.
+    [[nodiscard]] std::optional<EKCalendar> defaultCalendar() const;
     void createEvent(const NewCalendarEvent& event, const Completion& completion);
     /// What an edit form starts from.
     void loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion);
@@ -137,6 +142,7 @@ class CalendarStore : public QObject {
   Q_SIGNALS:
     void accessStateChanged();
     void dayGroupsChanged();
+    void shortageChanged();
     void isLoadingChanged();
     void showsAllEventsChanged();
     void isLoadingMoreEventsChanged();

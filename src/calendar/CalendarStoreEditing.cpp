@@ -28,11 +28,12 @@ void CalendarStore::Private::findEvent(const CalendarEventItem& row,
     const auto [start, end] = searchIntervalFor(row);
     services.eventStore.events(
         EKEventStore::predicateForEvents(start, end, std::nullopt),
-        whileAlive([row, done = std::move(done)](Private& self, const std::vector<EKEventRef>& events) {
-            const auto found = std::find_if(events.begin(), events.end(), [&](const EKEventRef& candidate) {
-                return isOccurrenceBehind(row, candidate->data);
+        whileAlive([row, done = std::move(done)](Private& self, const EKEvents& found) {
+            const auto& events = found.events;
+            const auto occurrence = std::find_if(events.begin(), events.end(), [&](const auto& candidate) {
+                return isOccurrenceBehind(row, *candidate);
             });
-            done(self, found == events.end() ? nullptr : *found);
+            done(self, occurrence == events.end() ? nullptr : std::make_shared<EKEvent>(*occurrence));
         }));
 }
 
@@ -57,8 +58,8 @@ void CalendarStore::Private::fail(const Completion& completion, const CalendarEr
 }
 
 void CalendarStore::Private::changed(const char* notification, const Completion& completion) {
+    // The reload is what observe() does about it.
     services.notifications.post(QString::fromLatin1(notification));
-    reload();
     if (completion)
         completion({});
 }
@@ -84,6 +85,14 @@ std::vector<EKCalendar> CalendarStore::writableCalendars() const {
     std::vector<EKCalendar> calendars = d_->services.eventStore.calendars(EKEntityType::event);
     std::erase_if(calendars, [](const EKCalendar& calendar) { return !calendar.allowsContentModifications; });
     return calendars;
+}
+
+std::optional<EKCalendar> CalendarStore::defaultCalendar() const {
+    const std::vector<EKCalendar> calendars = writableCalendars();
+    const auto chosen = d_->services.eventStore.defaultCalendarForNewEvents();
+    if (chosen && std::find(calendars.begin(), calendars.end(), *chosen) != calendars.end())
+        return chosen;
+    return calendars.empty() ? std::nullopt : std::optional(calendars.front());
 }
 
 void CalendarStore::createEvent(const NewCalendarEvent& event, const Completion& completion) {

@@ -34,8 +34,10 @@ struct FetchResult {
     Instant moment;
     /// The groups differ from those that were on show when the fetch was started.
     bool isChange = false;
-    /// The fetch itself gave no group.
+    /// The fetch itself added no group.
     bool isEmpty = false;
+    /// Rows that are farthest from today were left out.
+    bool isCut = false;
 };
 
 class CalendarStore::Private : public std::enable_shared_from_this<Private> {
@@ -102,6 +104,7 @@ class CalendarStore::Private : public std::enable_shared_from_this<Private> {
     bool isLoadingMoreEvents = false;
     bool needsManualLoadEarlier = false;
     bool needsManualLoadLater = false;
+    bool isCut = false;
     /// Days and not instants, so that they stay whole days when the time zone changes.
     std::optional<DayRange> loadedCalendarRange;
     /// Counts the databases, so that the answer of a former one to a request for access is known.

@@ -38,6 +38,13 @@ struct EKEventPredicate {
     std::optional<std::vector<QString>> calendars;
 };
 
+/// The occurrences that a fetch has found.
+struct EKEvents {
+    std::vector<std::shared_ptr<const EKEventData>> events;
+    /// There are more than are told: those farthest from the present were left out.
+    bool isCut = false;
+};
+
 /// A change of a reminder as the database remembers it, so that it can be taken back. What is in it is the
 /// database's own affair. Thread: any; it never changes.
 class EKReminderChange {
@@ -73,7 +80,7 @@ class EKEventStore {
   public:
     using AccessCompletion = std::function<void(bool granted, std::optional<EKError> error)>;
     using FetchCompletion = std::function<void(std::vector<EKReminderRef> reminders)>;
-    using EventsCompletion = std::function<void(std::vector<EKEventRef> events)>;
+    using EventsCompletion = std::function<void(EKEvents events)>;
     using SaveCompletion = std::function<void(tl::expected<EKSaveResult, EKError> result)>;
     /// The results are in the order of what was to be saved.
     using SaveAllCompletion = std::function<void(std::vector<tl::expected<EKSaveResult, EKError>> results)>;
@@ -83,7 +90,7 @@ class EKEventStore {
 
     [[nodiscard]] virtual EKAuthorizationStatus authorizationStatus(EKEntityType type) const = 0;
     /// Opens the database; the first request loads it. A database that cannot be opened is not granted, with
-    /// the reason.
+    /// the reason; its status then is as if it had never been asked for.
     virtual void requestFullAccessToReminders(AccessCompletion completion) = 0;
     virtual void requestFullAccessToEvents(AccessCompletion completion) = 0;
 
@@ -140,9 +147,9 @@ class EKEventStore {
                                                              std::optional<std::vector<QString>> calendars);
 
     /// The occurrences that match, each of a series by itself. Waits for a load that is under way; series are
-    /// expanded away from the main thread, at a cost in proportion to what the span holds. No order is
-    /// promised. The events belong to whoever receives them, who may pass them on to another thread as a
-    /// whole.
+    /// expanded away from the main thread. No order is promised. There is a limit to how many are told, and
+    /// to what is spent on each series, counted from the present in both directions; problems() names what
+    /// has cost more.
     virtual void events(const EKEventPredicate& matching, EventsCompletion completion) = 0;
 
     /// The event with this event identifier as it is in memory now, of a series the earliest occurrence; null

@@ -86,9 +86,13 @@ bool matches(const EKEventPredicate& predicate, const EKEventData& data) {
     if (predicate.calendars && std::find(predicate.calendars->begin(), predicate.calendars->end(),
                                          data.calendarIdentifier) == predicate.calendars->end())
         return false;
-    if (data.startDate == data.endDate)
-        return data.startDate >= predicate.start && data.startDate < predicate.end;
-    return data.startDate < predicate.end && data.endDate > predicate.start;
+    return touches(predicate, {data.startDate, data.endDate});
+}
+
+bool touches(const EKEventPredicate& predicate, const DateInterval& event) {
+    if (event.start == event.end)
+        return event.start >= predicate.start && event.start < predicate.end;
+    return event.start < predicate.end && event.end > predicate.start;
 }
 
 }  // namespace kestrant

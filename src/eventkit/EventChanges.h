@@ -41,5 +41,7 @@ struct MergedEventEdits {
 
 /// Whether an occurrence with these values is found by the predicate.
 [[nodiscard]] bool matches(const EKEventPredicate& predicate, const EKEventData& data);
+/// Whether an event that takes place then is in the predicate's span.
+[[nodiscard]] bool touches(const EKEventPredicate& predicate, const DateInterval& event);
 
 }  // namespace kestrant

@@ -15,6 +15,8 @@ constexpr Duration followedFor = std::chrono::days(5 * 365);
 }  // namespace
 
 std::optional<EKCalendar> InMemoryEventStore::defaultCalendarForNewEvents() const {
+    if (defaultForNewEvents_)
+        return calendarWithIdentifier(*defaultForNewEvents_);
     const auto found = calendars(EKEntityType::event);
     const auto first = std::find_if(found.begin(), found.end(),
                                     [](const EKCalendar& list) { return list.allowsContentModifications; });
@@ -22,12 +24,12 @@ std::optional<EKCalendar> InMemoryEventStore::defaultCalendarForNewEvents() cons
 }
 
 void InMemoryEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
-    std::vector<EKEventRef> result;
+    EKEvents result;
     if (hasAccess()) {
         for (const auto& [identifier, occurrences] : series_) {
             for (const auto& occurrence : occurrences) {
                 if (matches(matching, *occurrence))
-                    result.push_back(std::make_shared<EKEvent>(occurrence));
+                    result.events.push_back(occurrence);
             }
         }
     }
@@ -125,9 +127,11 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::addEvent(const EKEventRe
     const EventSeries series(icalendar::readEvents(document, local).front(), {}, prepared.calendarIdentifier,
                              local);
     std::vector<EKEventData> occurrences;
-    series.forEachRuled(
-        prepared.startDate, prepared.startDate + followedFor,
-        [&](const std::shared_ptr<const EKEventData>& data) { occurrences.push_back(*data); });
+    series.forEachRecurring({prepared.startDate, prepared.startDate + followedFor, prepared.startDate},
+                            [&](const EventSeries::Date& date) {
+                                occurrences.push_back(*series.dataOf(date));
+                                return true;
+                            });
     return storedAs(event, putSeries(std::move(occurrences)));
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <random>
+#include <set>
 
 namespace kestrant {
 namespace {
@@ -59,12 +60,50 @@ TEST_F(CalendarGrouping, AnItemIsListedOnEveryDayItTouches) {
     put(anEvent("untilMidnight").lasting(paris({2026, 3, 28}, {22, 0}), paris({2026, 3, 29})));
     put(anEvent("fair").allDay({2026, 3, 26}, {2026, 3, 30}));
     put(anEvent("before").lasting(paris({2026, 3, 26}, {8, 0}), paris({2026, 3, 27})));
-    put(anEvent("instant").lasting(paris({2026, 4, 1}), 0s));
+    put(anEvent("instant").lasting(paris({2026, 4, 1}, {0, 1}), 0s));
+    put(anEvent("onTheBorder").lasting(paris({2026, 4, 1}), 0s));
     put(anEvent("late").lasting(paris({2026, 4, 2}, {23, 59}), 1h));
     put(anEvent("after").lasting(paris({2026, 4, 3}), 1h));
     EXPECT_THAT(lines(compact()),
                 ElementsAre("2026-03-27 today: fair night", "2026-03-28: fair night untilMidnight",
                             "2026-03-29: fair", "2026-04-01: instant", "2026-04-02: late"));
+}
+
+TEST_F(CalendarGrouping, WhatDoesNotFitIsWhatIsFarthestFromToday) {
+    // Two rows a day, five today.
+    put(anEvent("fair").allDay({2026, 3, 1}, {2026, 5, 1}));
+    put(anEvent("age").allDay({2020, 3, 1}, {9999, 12, 31}));
+    for (int hour = 12; hour < 15; ++hour)
+        put(anEvent("today").lasting(paris({2026, 3, 27}, {hour, 0}), 1h));
+    struct Case {
+        DayRange days;
+        qsizetype most;
+        DayRange expected;
+    };
+    const DayRange all{{2026, 3, 20}, {2026, 4, 4}};
+    const DayRange before{{2026, 3, 2}, {2026, 3, 12}};
+    const DayRange after{{2026, 4, 10}, {2026, 4, 20}};
+    for (const Case& each :
+         {Case{all, 100, all}, Case{all, 1, {{2026, 3, 27}, {2026, 3, 28}}},
+          Case{all, 10, {{2026, 3, 26}, {2026, 3, 29}}}, Case{all, 13, {{2026, 3, 25}, {2026, 3, 30}}},
+          Case{before, 7, {{2026, 3, 9}, {2026, 3, 12}}}, Case{after, 6, {{2026, 4, 10}, {2026, 4, 13}}}}) {
+        EXPECT_EQ(daysThatFit(items, each.days, present, each.most), each.expected) << each.most;
+        const auto groups = groupsThatFit(full(each.days.first, each.days.end), {2026, 3, 27}, each.most);
+        EXPECT_EQ(groups, full(each.expected.first, each.expected.end)) << each.most;
+    }
+    EXPECT_TRUE(groupsThatFit({}, {2026, 3, 27}).isEmpty());
+}
+
+TEST_F(CalendarGrouping, DatesOfASeriesThatBeginAtOneInstantHaveIdsOfTheirOwn) {
+    for (const int day : {24, 25, 26}) {
+        EKEventData moved = anEvent("series").lasting(paris({2026, 3, 28}, {9, 0}), 1h);
+        moved.occurrenceDate = paris({2026, 3, day}, {9, 0});
+        put(moved);
+    }
+    std::set<QString> ids;
+    for (const CalendarEventItem& row : compact().back().events)
+        ids.insert(row.id);
+    EXPECT_EQ(ids.size(), 3U);
 }
 
 TEST_F(CalendarGrouping, AReminderBelongsToTheDayItIsDueOn) {
@@ -164,9 +203,8 @@ QList<CalendarDayGroup> plainGrouping(const CalendarItems& items, const DayRange
         const Instant end = present.calendar.startOfDay(day.addDays(1));
         CalendarDayGroup group{day, start, headerTitle(day, today, present.language), day == today, {}};
         for (const auto& event : items.events) {
-            const Instant eventEnd = std::max(event->endDate, event->startDate + 1us);
             const bool isOver = !event->isAllDay && event->endDate < present.now;
-            if (event->startDate >= end || eventEnd <= start ||
+            if (event->startDate >= end || event->endDate <= start ||
                 (mode == CalendarMode::compact && group.isToday && isOver))
                 continue;
             group.events.push_back(eventRow(*event, nullptr, present.language));

@@ -40,8 +40,30 @@ QString occurrencesIn(const QByteArray& components) {
     for (const EventSeries& series : seriesIn(components)) {
         for (const EventSeries::Occurrence& single : series.singles())
             found.push_back(single.data);
-        series.forEachRuled(at("Europe/Paris", {2026, 3, 20}), at("Europe/Paris", {2026, 4, 19}),
-                            [&](const auto& data) { found.push_back(data); });
+        const Instant from = at("Europe/Paris", {2026, 3, 20});
+        // Wherever the present is, the same occurrences come to light.
+        std::optional<std::vector<std::shared_ptr<const EKEventData>>> expected;
+        for (const int days : {-400, 0, 9, 60}) {
+            std::vector<std::shared_ptr<const EKEventData>> recurring;
+            const auto cost =
+                series.forEachRecurring({from, at("Europe/Paris", {2026, 4, 19}), from + days * 24h},
+                                        [&](const EventSeries::Date& date) {
+                                            recurring.push_back(series.dataOf(date));
+                                            return true;
+                                        });
+            EXPECT_FALSE(cost.isExceeded) << components.constData();
+            const auto key = [](const auto& data) {
+                return std::pair(data->startDate, *data->occurrenceDate);
+            };
+            std::sort(recurring.begin(), recurring.end(),
+                      [&](const auto& a, const auto& b) { return key(a) < key(b); });
+            if (!expected)
+                expected = recurring;
+            EXPECT_TRUE(std::equal(recurring.begin(), recurring.end(), expected->begin(), expected->end(),
+                                   [](const auto& a, const auto& b) { return *a == *b; }))
+                << components.constData() << " seen from " << days << " days later";
+        }
+        found.insert(found.end(), expected->begin(), expected->end());
     }
     std::sort(found.begin(), found.end(),
               [](const auto& a, const auto& b) { return a->startDate < b->startDate; });
@@ -256,6 +278,50 @@ TEST(EventSeriesTest, ShowsTheOccurrencesOfASeries) {
              change("RECURRENCE-ID:20260328T080000Z\nDTSTART:20260328T130000Z\n"),
          "28 14:00-14:00*"},
         {"a cancelled series", event(daily + "STATUS:CANCELLED\n"), ""},
+        {"the newest of several changes of one date",
+         event(daily) + change("RECURRENCE-ID:20260328T080000Z\nSEQUENCE:2\nDTSTAMP:20260101T000000Z\n"
+                               "DTSTART:20260328T120000Z\n") +
+             change("RECURRENCE-ID;TZID=Europe/Paris:20260328T090000\nSEQUENCE:2\nDTSTAMP:20260102T000000Z\n"
+                    "DTSTART:20260328T130000Z\n") +
+             change("RECURRENCE-ID:20260328T080000Z\nSEQUENCE:1\nDTSTAMP:20260103T000000Z\n"
+                    "DTSTART:20260328T140000Z\n"),
+         "27 09:00-10:00, 28 14:00-14:00*, 29 09:00-10:00, 30 09:00-10:00"},
+        // What changes all later dates
+        {"moved and longer, by the clock",
+         event(daily) + change("RECURRENCE-ID;RANGE=THISANDFUTURE;TZID=Europe/Paris:20260328T090000\n"
+                               "DTSTART;TZID=Europe/Paris:20260329T140000\nDURATION:PT2H\n"),
+         "27 09:00-10:00, 29 14:00-16:00*, 30 14:00-16:00, 31 14:00-16:00"},
+        {"several in a row, and one of a single date",
+         event(daily.chopped(2) + "9\n") +
+             change("RECURRENCE-ID;RANGE=THISANDFUTURE:20260331T070000Z\nDTSTART:20260331T090000Z\n") +
+             change("RECURRENCE-ID;RANGE=THISANDFUTURE:20260328T080000Z\nDTSTART:20260328T070000Z\n") +
+             change("RECURRENCE-ID:20260401T070000Z\nDTSTART:20260401T200000Z\n") +
+             change("RECURRENCE-ID;RANGE=THISANDFUTURE:20260403T070000Z\nDTSTART:20260403T070000Z\n"
+                    "STATUS:CANCELLED\n"),
+         "27 09:00-10:00, 28 08:00-08:00*, 29 08:00-08:00, 30 08:00-08:00, 31 11:00-11:00*, "
+         "01 22:00-22:00*, 02 11:00-11:00"},
+        {"whole days to times",
+         event(days) + change("RECURRENCE-ID;VALUE=DATE;RANGE=THISANDFUTURE:20260328\n"
+                              "DTSTART;TZID=Europe/Paris:20260328T100000\nDURATION:PT1H\n"),
+         "27-28, 28 10:00-11:00*, 29 10:00-11:00"},
+        // What the clocks skip or show twice
+        {"a skipped time that coincides with another",
+         event("DTSTART;TZID=Europe/Paris:20260328T020000\nRRULE:FREQ=DAILY;BYHOUR=2,3;COUNT=5\n"),
+         "28 02:00-02:00, 28 03:00-03:00, 29 03:00-03:00, 30 02:00-02:00, 30 03:00-03:00"},
+        {"every hour of a short night",
+         event("DTSTART;TZID=Europe/Paris:20260329T000000\nRRULE:FREQ=HOURLY;COUNT=5\n"),
+         "29 00:00-00:00, 29 01:00-01:00, 29 03:00-03:00, 29 04:00-04:00, 29 05:00-05:00"},
+        {"an extra date, another rule and an exception at a skipped time",
+         event("DTSTART;TZID=Europe/Paris:20260328T023000\nRRULE:FREQ=DAILY;COUNT=3\n"
+               "RRULE:FREQ=DAILY;BYHOUR=3;COUNT=3\nRDATE:20260329T013000Z\n") +
+             change("RECURRENCE-ID:20260330T003000Z\nDTSTART:20260330T013000Z\nSTATUS:CANCELLED\n"),
+         "28 02:30-02:30, 28 03:30-03:30, 29 03:30-03:30"},
+        {"left out by the moment", event("DTSTART;TZID=Europe/Paris:20260328T023000\nRRULE:FREQ=DAILY;COUNT=3\n"
+                                         "EXDATE:20260329T013000Z\n"),
+         "28 02:30-02:30, 30 02:30-02:30"},
+        {"rules of exceptions",
+         event(daily + "EXRULE:FREQ=WEEKLY;BYDAY=SA\nEXRULE:FREQ=DAILY;INTERVAL=3;COUNT=2\n"),
+         "29 09:00-10:00"},
         // Rules that make no sense: the start alone
         {"a negative count", event(daily.chopped(8) + "COUNT=-1\n"), "27 09:00-10:00"},
         {"no such weekday", event("DTSTART;VALUE=DATE:20260327\nRRULE:FREQ=WEEKLY;BYDAY=XX\n"), "27-28"},
@@ -272,13 +338,14 @@ TEST(EventSeriesTest, FindsOccurrencesFarFromTheStartAtOnce) {
     const auto series = seriesIn(event("DTSTART:19600101T000000Z\nRRULE:FREQ=SECONDLY\n"));
     int count = 0;
     const Instant noon = at("UTC", {2026, 3, 27}, {12, 0});
-    series.at(0).forEachRuled(noon, noon + 2s, [&](const auto& data) {
-        EXPECT_EQ(data->startDate, noon + std::chrono::seconds(count++));
+    series.at(0).forEachRecurring({noon, noon + 2s, noon}, [&](const EventSeries::Date& date) {
+        EXPECT_EQ(date.interval.start, noon + std::chrono::seconds(count++));
+        return true;
     });
     EXPECT_EQ(count, 3);
     EXPECT_EQ(series[0].occurrence(noon)->data->startDate, noon);
     EXPECT_FALSE(series[0].occurrence(noon + 500ms).has_value());
-    EXPECT_EQ(series[0].ruled()->end, std::nullopt);
+    EXPECT_EQ(series[0].recurring()->end, std::nullopt);
 }
 
 TEST(EventSeriesTest, BoundsWhatARuleCanGive) {
@@ -289,14 +356,15 @@ TEST(EventSeriesTest, BoundsWhatARuleCanGive) {
     const Case cases[] = {
         {"FREQ=DAILY", std::nullopt},
         {"FREQ=DAILY;COUNT=3", at("UTC", {2026, 3, 29}, {10, 0})},
-        {"FREQ=SECONDLY;COUNT=2000000000", std::nullopt},
+        {"FREQ=SECONDLY;COUNT=2000000000", at("UTC", {2026, 3, 27}, {10, 0}) + std::chrono::seconds(1'999'999'999)},
+        {"FREQ=MONTHLY;COUNT=2000000000", std::nullopt},
     };
     for (const Case& each : cases) {
         const auto series =
             seriesIn(event("DTSTART:20260327T090000Z\nDURATION:PT1H\nRRULE:" + QByteArray(each.rule) + "\n"));
-        ASSERT_TRUE(series.at(0).ruled().has_value()) << each.rule;
-        EXPECT_EQ(series[0].ruled()->start, at("UTC", {2026, 3, 27}, {9, 0})) << each.rule;
-        EXPECT_EQ(series[0].ruled()->end, each.end) << each.rule;
+        ASSERT_TRUE(series.at(0).recurring().has_value()) << each.rule;
+        EXPECT_EQ(series[0].recurring()->start, at("UTC", {2026, 3, 27}, {9, 0})) << each.rule;
+        EXPECT_EQ(series[0].recurring()->end, each.end) << each.rule;
     }
 }
 

@@ -54,6 +54,11 @@ void expectTheSameAfterSkipping(const char* ruleText, const QString& start) {
         skipped.skipTo(*dates[i]);
         for (std::size_t next = i; next < dates.size(); ++next)
             EXPECT_EQ(skipped.next(), dates[next]) << ruleText << " from date " << i << " to " << next;
+        Occurrences back(*rule, timeFrom(start), kind, paris);
+        back.skipTo(*dates[i]);
+        for (std::size_t previous = i; previous > 0; --previous)
+            EXPECT_EQ(back.previous(), dates[previous - 1]) << ruleText << " back from date " << i;
+        EXPECT_FALSE(back.previous().has_value()) << ruleText << " back from date " << i;
         Occurrences between(*rule, timeFrom(start), kind, paris);
         between.skipTo({dates[i]->day.addDays(1), QTime(0, 0)});
         const auto following = std::find_if(
@@ -89,12 +94,35 @@ TEST(OccurrencesTest, FollowsEveryKindOfRule) {
         {"FREQ=YEARLY;BYDAY=20MO", "19970519", "19980518 19990517"},
         {"FREQ=YEARLY;BYWEEKNO=20;BYDAY=MO", "19970512", "19980511 19990517"},
         {"FREQ=YEARLY;BYYEARDAY=1,-1", "20260101", "20261231 20270101"},
+        // Weeks belong to the year that has most of their days, which is what an interval counts.
+        {"FREQ=YEARLY;INTERVAL=2;BYWEEKNO=1;BYDAY=MO", "20240101", "20251229 20280103 20291231"},
+        {"FREQ=YEARLY;INTERVAL=3;BYWEEKNO=-1", "20201228", "20231225 20261228 20291224"},
+        {"FREQ=YEARLY;BYWEEKNO=53;BYDAY=SA", "20210102", "20270102 20330101"},
+        {"FREQ=YEARLY;BYWEEKNO=20", "19970514", "19980513 19990519"},
+        {"FREQ=MONTHLY;BYDAY=MO, WE;BYSETPOS= 1, -1", "20260401", "20260429 20260504 20260527"},
+        // Days that a month or year does not have
+        {"RSCALE=GREGORIAN;FREQ=MONTHLY;SKIP=OMIT", "20260131", "20260331 20260531"},
+        {"RSCALE=GREGORIAN;FREQ=MONTHLY;SKIP=BACKWARD", "20260131", "20260228 20260331 20260430"},
+        {"RSCALE=GREGORIAN;FREQ=MONTHLY;SKIP=FORWARD", "20260131", "20260301 20260331 20260501 20260531"},
+        {"RSCALE=GREGORIAN;FREQ=MONTHLY;SKIP=FORWARD;BYMONTHDAY=1,31;COUNT=6", "20260131",
+         "20260201 20260301 20260331 20260401 20260501 |"},
+        {"RSCALE=GREGORIAN;FREQ=YEARLY;SKIP=FORWARD", "20240229", "20250301 20260301 20270301 20280229"},
+        {"RSCALE=GREGORIAN;FREQ=YEARLY;SKIP=BACKWARD;BYYEARDAY=366", "20241231", "20251231 20261231"},
+        {"RSCALE=GREGORIAN;FREQ=YEARLY;SKIP=FORWARD;BYMONTH=2;BYMONTHDAY=30", "20260302",
+         "20270301 20280301"},
         {"FREQ=YEARLY;INTERVAL=4;BYMONTH=11;BYDAY=TU;BYMONTHDAY=2,3,4,5,6,7,8", "19961105",
          "20001107 20041102"},
         {"FREQ=DAILY;BYHOUR=9,17;BYMINUTE=0,30;BYSETPOS=1,-1", "20260101T0900",
          "20260101T1730 20260102T0900"},
         {"FREQ=HOURLY;INTERVAL=6", "20260101T2100", "20260102T0300 20260102T0900"},
         {"FREQ=MINUTELY;INTERVAL=90;BYDAY=SA", "20260101T0000", "20260103T0000 20260103T0130"},
+        // On the way to summer time: 02:00 and 03:00 are one moment, which counts once.
+        {"FREQ=HOURLY;COUNT=4", "20260329T0000", "20260329T0100 20260329T0300 20260329T0400 |"},
+        {"FREQ=MINUTELY;INTERVAL=30;COUNT=4", "20260329T0130", "20260329T0300 20260329T0330 20260329T0400 |"},
+        {"FREQ=DAILY;BYHOUR=2,3;COUNT=4", "20260328T0200", "20260328T0300 20260329T0300 20260330T0200 |"},
+        {"FREQ=HOURLY;COUNT=4", "20261025T0100", "20261025T0200 20261025T0300 20261025T0400 |"},
+        // Where hours are meant for times, days know nothing of them.
+        {"FREQ=HOURLY;INTERVAL=48;BYHOUR=5", "20260101", "20260103 20260105"},
         // The start counts though it fits the rule in none of these.
         {"FREQ=WEEKLY;BYDAY=MO;COUNT=3", "20260327", "20260330 20260406 |"},
         {"FREQ=DAILY;COUNT=1", "20260327", "|"},
@@ -120,13 +148,62 @@ TEST(OccurrencesTest, EndsWhereARuleHasNoDates) {
         EXPECT_EQ(datesOf(rule, "20260101T0900", 1), "|") << rule;
 }
 
+QByteArray upTo(int first, int last) {
+    QByteArray result;
+    for (int number = first; number <= last; ++number)
+        result += QByteArray::number(number) + ',';
+    return result.chopped(1);
+}
+
+TEST(OccurrencesTest, FindsByArithmeticWhatLiesFarAway) {
+    const QByteArray everySecond =
+        ";BYHOUR=" + upTo(0, 23) + ";BYMINUTE=" + upTo(0, 59) + ";BYSECOND=" + upTo(0, 59);
+    struct Case {
+        QByteArray rule;
+        const char* nextAfter2026;
+        qint64 steps;
+    };
+    for (const Case& each :
+         {Case{"FREQ=SECONDLY", "20260101T0000", 3}, Case{"FREQ=DAILY;COUNT=2147483647", "20260101T0930", 3},
+          Case{"FREQ=MINUTELY;INTERVAL=7;COUNT=2147483647", "20260101T0003", 3},
+          Case{"FREQ=YEARLY;BYMONTH=" + upTo(1, 12) + ";BYMONTHDAY=" + upTo(1, 31) + everySecond,
+               "20260101T0000", 400},
+          Case{"FREQ=YEARLY" + everySecond + ";BYDAY=MO,TU,WE,TH,FR,SA,SU;BYSETPOS=-1", "20261231T2359",
+               400}}) {
+        Occurrences dates(*RecurrenceRule::parse(each.rule), timeFrom("19700101T0930"), DateKind::time,
+                          paris);
+        dates.limitSteps(100'000);
+        dates.skipTo(timeFrom("20260101T0000"));
+        const auto next = dates.next();
+        EXPECT_EQ(next ? textFrom(*next, DateKind::time) : "|", each.nextAfter2026) << each.rule.constData();
+        EXPECT_LE(100'000 - dates.stepsLeft(), each.steps) << each.rule.constData();
+    }
+}
+
+TEST(OccurrencesTest, GivesUpAfterAsManySteps) {
+    Occurrences dates(*RecurrenceRule::parse("FREQ=SECONDLY;INTERVAL=60;BYSECOND=30"),
+                      timeFrom("20260101T0000"), DateKind::time, paris);
+    dates.limitSteps(1000);
+    EXPECT_TRUE(dates.next().has_value());
+    EXPECT_FALSE(dates.next().has_value());
+    EXPECT_TRUE(dates.ranOut());
+    // What has no date in the span costs no more than the span.
+    Occurrences never(*RecurrenceRule::parse("FREQ=YEARLY;BYYEARDAY=1;BYMONTH=12"), timeFrom("20200101T0000"),
+                      DateKind::time, paris);
+    never.limitSteps(1000);
+    never.skipTo(timeFrom("20260101T0000"));
+    never.endWith({2025, 1, 1}, {2027, 1, 1});
+    EXPECT_FALSE(never.next().has_value());
+    EXPECT_LT(1000 - never.stepsLeft(), 20);
+}
+
 TEST(RecurrenceRuleTest, RefusesWhatIsNoRule) {
     for (const char* rule :
          {"", "DAILY", "FREQ=SOMETIMES", "FREQ=DAILY;COUNT=-1", "FREQ=DAILY;COUNT=x", "FREQ=DAILY;INTERVAL=0",
           "INTERVAL=2", "FREQ=DAILY;BYDAY=XX", "FREQ=DAILY;BYDAY=0MO", "FREQ=DAILY;BYMONTH=13",
           "FREQ=DAILY;UNTIL=20260230", "FREQ=DAILY;UNTIL=tomorrow", "FREQ=DAILY;FREQ=WEEKLY",
           "FREQ=DAILY;NONSENSE=1", "FREQ=DAILY;=", "FREQ=DAILY;BYDAY=", "FREQ=MONTHLY;RSCALE=HEBREW",
-          "FREQ=DAILY;COUNT=99999999999"})
+          "FREQ=DAILY;COUNT=99999999999", "FREQ=MONTHLY;RSCALE=GREGORIAN;SKIP=SIDEWAYS"})
         EXPECT_FALSE(RecurrenceRule::parse(rule).has_value()) << rule;
     EXPECT_TRUE(RecurrenceRule::parse("freq=weekly;byday=mo;X-OWN=1;rscale=gregorian;").has_value());
 }

@@ -85,9 +85,12 @@ class EventStoreDriver {
     /// In the order of their starts.
     std::vector<EKEventRef> events(Instant from, Instant to,
                                    std::optional<std::vector<QString>> calendars = {}) {
-        auto result = ask<std::vector<EKEventRef>>([&](auto done) {
+        const auto found = ask<EKEvents>([&](auto done) {
             store_.events(EKEventStore::predicateForEvents(from, to, std::move(calendars)), done);
         });
+        std::vector<EKEventRef> result;
+        for (const auto& data : found.events)
+            result.push_back(std::make_shared<EKEvent>(data));
         std::sort(result.begin(), result.end(), [](const EKEventRef& a, const EKEventRef& b) {
             return std::tie(a->data.startDate, a->data.title) < std::tie(b->data.startDate, b->data.title);
         });

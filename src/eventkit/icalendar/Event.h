@@ -41,7 +41,12 @@ struct EventComponent {
     EventTimes times;
     /// Which date of its series it stands for.
     std::optional<DateComponents> recurrenceId;
+    /// It stands for all later dates too (RANGE=THISANDFUTURE).
+    bool isForLaterDates = false;
     bool isCancelled = false;
+    /// Which of several that stand for one date is the newest: only said where there is a recurrenceId.
+    int sequence = 0;
+    std::optional<Instant> stamp;
     /// All else. The identifiers are left to the caller, what depends on the occurrence to EventSeries.
     EKEventData data;
 
@@ -55,6 +60,8 @@ struct EventItem : ItemComponents {
     std::vector<EventComponent> changes;
     std::vector<EventTimes> extraDates;
     std::vector<DateComponents> excludedDates;
+    /// Values of EXRULE.
+    std::vector<QByteArray> exceptionRules;
 
     /// Whether it has more dates than one, by what its file says; the rules may not be understood.
     [[nodiscard]] bool recurs() const { return !event.data.recurrenceRules.empty() || !extraDates.empty(); }
@@ -75,9 +82,11 @@ void writeEvent(Component& event, const std::optional<EventTimes>& times, const 
 [[nodiscard]] Document makeEvent(const QByteArray& uid, const EKEventData& data, const ZoneCalendar& local,
                                  Instant now);
 
-/// A VEVENT for one date of a series, to be changed by itself: the series' own without its repetition. It
-/// still says when the series starts.
-[[nodiscard]] Component makeChange(const EventItem& series, const LocalTime& date, const Document& document);
+/// A VEVENT for one date of a series, to be changed by itself: the series' own without its repetition, or that of
+/// the change for all later dates (an index in `series.changes`) that says what the date is. It still says when
+/// that starts.
+[[nodiscard]] Component makeChange(const EventItem& series, const LocalTime& date,
+                                   const std::optional<std::size_t>& source, const Document& document);
 
 /// The file of an occurrence that leaves its series under a new UID, made from the series' file and the
 /// occurrence's VEVENT in it.

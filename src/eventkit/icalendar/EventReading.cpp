@@ -23,6 +23,13 @@ std::optional<EventComponent> readEvent(ComponentView event, const Document& doc
     }
     if (const auto status = event.property("STATUS"))
         result.isCancelled = status->value.trimmed().toUpper() == "CANCELLED";
+    if (const auto date = event.property("RECURRENCE-ID"); date && result.recurrenceId) {
+        const auto range = date->parameter("RANGE");
+        result.isForLaterDates = range && range->trimmed().toUpper() == "THISANDFUTURE";
+        const auto sequence = event.property("SEQUENCE");
+        result.sequence = sequence ? sequence->value.trimmed().toInt() : 0;
+        result.stamp = readInstant(event.property("DTSTAMP"), document, local);
+    }
     EKEventData& data = result.data;
     readProperties(data, event, document, local);
     data.isAllDay = !result.times.start.includesTime();
@@ -124,6 +131,8 @@ std::vector<EventItem> readEvents(const Document& document, const ZoneCalendar& 
             if (auto date = readDate(value, property, document))
                 item.excludedDates.push_back(std::move(*date));
         });
+        for (const Property& rule : view.properties("EXRULE"))
+            item.exceptionRules.push_back(rule.value);
         for (const qsizetype index : item.changeIndexes) {
             item.changes.push_back(std::move(*at(index)));
             item.changes.back().data.recurrenceRules = item.event.data.recurrenceRules;

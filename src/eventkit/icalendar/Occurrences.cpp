@@ -1,115 +1,75 @@
 #include "eventkit/icalendar/Occurrences.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace kestrant::icalendar {
 namespace {
 
-using Frequency = RecurrenceRule::Frequency;
+using UntilForm = RecurrenceRule::UntilForm;
 
-constexpr int lastYear = 9999;
-/// So many periods in a row without a date end a rule: more than any rule that has dates ever leaves empty.
-constexpr int emptyPeriodLimit = 100'000;
-constexpr qint64 secondsPerDay = 86'400;
+/// The days after which the Gregorian calendar repeats itself. A rule that has had no date for so many steps,
+/// each of which is a day or more, has none.
+constexpr qint64 emptySteps = 400 * 366;
+/// The end that a COUNT means is not looked for any longer: it lies centuries after the start.
+constexpr qint64 countingSteps = 100'000;
+/// Zones are not asked about later years, where each answer takes long.
+constexpr int lastYearOfClocks = 2099;
 
-bool contains(const std::vector<int>& numbers, int number) {
-    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+LocalTime localTimeAt(Instant instant, const ZoneCalendar& zone) {
+    return {zone.dayOf(instant), zone.timeOf(instant)};
 }
 
-/// Whether a position, or the same one counted from the end of `size`, is among the numbers.
-bool containsPosition(const std::vector<int>& numbers, int position, int size) {
-    return contains(numbers, position) || contains(numbers, position - size - 1);
+/// The last second of the day before.
+Instant eveOf(QDate day, const ZoneCalendar& zone) {
+    return zone.startOfDay(day) - std::chrono::seconds(1);
 }
 
-/// The first day of the first week of a year: the week that has at least four of its days (ISO 8601, for any
-/// first day).
-QDate firstWeekOf(int year, int weekStart) {
-    const QDate fourth(year, 1, 4);
-    return fourth.addDays(-((fourth.dayOfWeek() - weekStart + 7) % 7));
-}
-
-bool fitsWeekNumber(QDate day, const std::vector<int>& numbers, int weekStart) {
-    int year = day.year();
-    if (day >= firstWeekOf(year + 1, weekStart))
-        ++year;
-    else if (day < firstWeekOf(year, weekStart))
-        --year;
-    const QDate first = firstWeekOf(year, weekStart);
-    const auto weeks = static_cast<int>(first.daysTo(firstWeekOf(year + 1, weekStart)) / 7);
-    return containsPosition(numbers, static_cast<int>(first.daysTo(day) / 7) + 1, weeks);
-}
-
-qint64 secondsOf(const LocalTime& time) {
-    return time.day.toJulianDay() * secondsPerDay + QTime(0, 0).secsTo(time.time);
-}
-
-LocalTime fromSeconds(qint64 seconds) {
-    return {QDate::fromJulianDay(seconds / secondsPerDay),
-            QTime(0, 0).addSecs(static_cast<int>(seconds % secondsPerDay))};
-}
-
-std::vector<int> orElse(const std::vector<int>& numbers, int fallback) {
-    return numbers.empty() ? std::vector{fallback} : numbers;
-}
-
-void addTimes(QDate day, const std::vector<int>& hours, const std::vector<int>& minutes,
-              const std::vector<int>& seconds, std::vector<LocalTime>& result) {
-    for (const int hour : hours) {
-        for (const int minute : minutes) {
-            for (const int second : seconds)
-                result.push_back({day, QTime(hour, minute, std::min(second, 59))});
-        }
-    }
-}
-
-/// The rule with the parts that it leaves to its start.
-RecurrenceRule completed(RecurrenceRule rule, const LocalTime& start) {
-    const bool namesDays = !rule.byDay.empty() || !rule.byMonthDay.empty() || !rule.byYearDay.empty();
-    if (namesDays)
-        return rule;
-    const bool takesWeekDay = rule.frequency == Frequency::weekly ||
-                              (rule.frequency == Frequency::yearly && !rule.byWeekNumber.empty());
-    if (takesWeekDay) {
-        rule.byDay = {{0, start.day.dayOfWeek()}};
-    } else if (rule.frequency == Frequency::monthly || rule.frequency == Frequency::yearly) {
-        rule.byMonthDay = {start.day.day()};
-        if (rule.frequency == Frequency::yearly && rule.byMonth.empty())
-            rule.byMonth = {start.day.month()};
-    }
-    return rule;
+/// How far the clocks are ahead of UTC.
+Duration distanceAt(Instant instant, const ZoneCalendar& zone) {
+    const QDate day = zone.dayOf(instant);
+    const ZoneCalendar utc{TimeZone()};
+    return utc.instantAt(day, zone.timeOf(instant)) - utc.instantAt(utc.dayOf(instant), utc.timeOf(instant));
 }
 
 }  // namespace
 
-Occurrences::Occurrences(RecurrenceRule rule, LocalTime start, DateKind kind, const ZoneCalendar& zone)
-    : rule_(completed(std::move(rule), start))
+Occurrences::Occurrences(RecurrenceRule rule, LocalTime start, DateKind kind, const ZoneCalendar& zone,
+                         Start meaning)
+    : rule_(std::move(rule))
+    , periods_(rule_, start, kind)
     , start_(start)
     , kind_(kind)
-    , zone_(zone) {}
+    , zone_(zone)
+    , meaning_(meaning) {
+    if (rule_.until && rule_.until->form == UntilForm::utc) {
+        const LocalTime& end = rule_.until->time;
+        untilLocal_ = localTimeAt(ZoneCalendar(TimeZone()).instantAt(end.day, end.time), zone_);
+    }
+}
 
 std::optional<LocalTime> Occurrences::next() {
-    if (emitted_ == 0) {
-        emitted_ = 1;
+    begin(Way::forward);
+    if (!std::exchange(startIsPast_, true) && meaning_ == Start::isDate) {
+        given_ = start_;
+        ++count_;
         if (!(start_ < earliest_))
             return start_;
     }
-    int emptyPeriods = 0;
-    while (!finished_ && (!rule_.count || emitted_ < *rule_.count)) {
-        if (position_ == pending_.size()) {
-            pending_ = nextPeriod();
-            position_ = 0;
-            emptyPeriods = pending_.empty() ? emptyPeriods + 1 : 0;
-            if (emptyPeriods > emptyPeriodLimit)
-                finished_ = true;
+    while (!finished_ && (!rule_.count || count_ < *rule_.count)) {
+        if (position_ == period_.dates.size()) {
+            if (!advance(Way::forward))
+                break;
             continue;
         }
-        const LocalTime candidate = pending_[position_++];
-        if (!(start_ < candidate))
-            continue;
-        if (isPastEnd(candidate))
+        const LocalTime candidate = period_.dates.at(position_++);
+        if (!spend(1) || isPastEnd(candidate) || (lastDay_.isValid() && candidate.day > lastDay_))
             break;
-        ++emitted_;
+        if (isBeforeStart(candidate) || (given_ && !(*given_ < candidate)) || coincidesAfterGap(candidate))
+            continue;
+        given_ = candidate;
+        ++count_;
         if (!(candidate < earliest_))
             return candidate;
     }
@@ -117,44 +77,89 @@ std::optional<LocalTime> Occurrences::next() {
     return std::nullopt;
 }
 
+std::optional<LocalTime> Occurrences::previous() {
+    begin(Way::back);
+    while (!finished_) {
+        if (position_ == 0) {
+            if (!advance(Way::back))
+                break;
+            continue;
+        }
+        const LocalTime candidate = period_.dates.at(--position_);
+        if (!spend(1) || isBeforeStart(candidate) || (firstDay_.isValid() && candidate.day < firstDay_))
+            break;
+        if (isPastEnd(candidate) || !(candidate < given_.value_or(earliest_)) || coincidesAfterGap(candidate))
+            continue;
+        given_ = candidate;
+        return candidate;
+    }
+    const bool givesStart = !finished_ && !ranOut() && meaning_ == Start::isDate &&
+                            start_ < given_.value_or(earliest_) &&
+                            (!firstDay_.isValid() || start_.day >= firstDay_);
+    finished_ = true;
+    return givesStart ? std::optional(start_) : std::nullopt;
+}
+
 void Occurrences::skipTo(const LocalTime& time) {
+    endByCount();
     earliest_ = time;
-    if (rule_.count || !(start_ < time))
+    startIsPast_ = start_ < time;
+    given_.reset();
+}
+
+void Occurrences::endWith(QDate first, QDate last) {
+    firstDay_ = first;
+    lastDay_ = last;
+}
+
+void Occurrences::begin(Way way) {
+    if (std::exchange(hasBegun_, true) || !(start_ < earliest_))
         return;
-    emitted_ = 1;
-    const qint64 period = periodOf(time);
-    if (period > period_) {
-        period_ = period;
-        pending_.clear();
-        position_ = 0;
-    }
+    LocalTime from = earliest_;
+    if (way == Way::back && rule_.until)
+        from = std::min(from, LocalTime{rule_.until->time.day.addDays(2)});
+    qint64 index = periods_.indexOf(from);
+    if (way == Way::forward && periods_.reachesIntoNext())
+        index = std::max<qint64>(index - 1, 0);
+    qint64 steps = 0;
+    period_ = periods_.period(index, steps);
+    position_ = period_.dates.countBefore(from);
+    (void)spend(steps);
 }
 
-/// The last period that begins at or before `time`.
-qint64 Occurrences::periodOf(const LocalTime& time) const {
-    switch (rule_.frequency) {
-    case Frequency::yearly:
-        return (time.day.year() - start_.day.year()) / rule_.interval;
-    case Frequency::monthly:
-        return ((time.day.year() - start_.day.year()) * 12 + time.day.month() - start_.day.month()) /
-               rule_.interval;
-    case Frequency::weekly:
-        return firstWeek().daysTo(time.day) / 7 / rule_.interval;
-    case Frequency::daily:
-        return start_.day.daysTo(time.day) / rule_.interval;
-    default:
-        return (secondsOf(time) - secondsOf(start_)) / (unit() * rule_.interval);
-    }
+bool Occurrences::advance(Way way) {
+    const bool forward = way == Way::forward;
+    qint64 empty = 0;
+    do {
+        const qint64 index = forward ? period_.next : period_.previous;
+        if (index < 0 || periods_.isImpossible())
+            return false;
+        const QDate first = periods_.firstDayOf(index);
+        if (!first.isValid() || (forward && lastDay_.isValid() && first > lastDay_))
+            return false;
+        if (!forward && firstDay_.isValid()) {
+            // A date may have been moved to the first day of the period that follows.
+            const QDate following = periods_.firstDayOf(index + 1);
+            if (following.isValid() && following.addDays(1) < firstDay_)
+                return false;
+        }
+        qint64 steps = 0;
+        period_ = periods_.period(index, steps);
+        empty += steps;
+        if (!spend(steps) || empty > emptySteps)
+            return false;
+    } while (period_.dates.size() == 0);
+    position_ = forward ? 0 : period_.dates.size();
+    return true;
 }
 
-/// The first day of the week in which the rule starts.
-QDate Occurrences::firstWeek() const {
-    return start_.day.addDays(-((start_.day.dayOfWeek() - rule_.weekStart + 7) % 7));
+bool Occurrences::spend(qint64 steps) {
+    stepsLeft_ -= steps;
+    return stepsLeft_ > 0;
 }
 
-/// The seconds of a period that is less than a day.
-qint64 Occurrences::unit() const {
-    return rule_.frequency == Frequency::hourly ? 3600 : rule_.frequency == Frequency::minutely ? 60 : 1;
+bool Occurrences::isBeforeStart(const LocalTime& candidate) const {
+    return candidate < start_ || (meaning_ == Start::isDate && candidate == start_);
 }
 
 bool Occurrences::isPastEnd(const LocalTime& candidate) const {
@@ -162,142 +167,170 @@ bool Occurrences::isPastEnd(const LocalTime& candidate) const {
         return false;
     const LocalTime& end = rule_.until->time;
     switch (rule_.until->form) {
-    case RecurrenceRule::UntilForm::date:
+    case UntilForm::date:
         return candidate.day > end.day;
-    case RecurrenceRule::UntilForm::local:
+    case UntilForm::local:
         return kind_ == DateKind::day ? candidate.day > end.day : end < candidate;
-    case RecurrenceRule::UntilForm::utc:
+    case UntilForm::utc:
         break;
     }
-    const Instant last = ZoneCalendar(TimeZone()).instantAt(end.day, end.time);
-    if (kind_ == DateKind::day)
-        return candidate.day > zone_.dayOf(last);
-    return zone_.instantAt(candidate.day, candidate.time) > last;
+    const qint64 days = untilLocal_->day.daysTo(candidate.day);
+    if (kind_ == DateKind::day || std::abs(days) > 2)
+        return days > 0;
+    return zone_.instantAt(candidate.day, candidate.time) >
+           ZoneCalendar(TimeZone()).instantAt(end.day, end.time);
 }
 
-std::vector<LocalTime> Occurrences::nextPeriod() {
-    const bool withinDay = rule_.frequency == Frequency::hourly || rule_.frequency == Frequency::minutely ||
-                           rule_.frequency == Frequency::secondly;
-    return selectedPositions(withinDay ? nextTimes() : nextDays());
-}
-
-std::vector<LocalTime> Occurrences::nextDays() {
-    const qint64 steps = period_++ * rule_.interval;
-    QDate first;
-    QDate end;
-    switch (rule_.frequency) {
-    case Frequency::yearly:
-        if (start_.day.year() + steps <= lastYear) {
-            first = QDate(static_cast<int>(start_.day.year() + steps), 1, 1);
-            end = first.addYears(1);
-        }
-        break;
-    case Frequency::monthly: {
-        const qint64 month = start_.day.year() * 12LL + start_.day.month() - 1 + steps;
-        if (month / 12 <= lastYear) {
-            first = QDate(static_cast<int>(month / 12), static_cast<int>(month % 12) + 1, 1);
-            end = first.addMonths(1);
-        }
-        break;
-    }
-    case Frequency::weekly:
-        first = firstWeek().addDays(7 * steps);
-        end = first.addDays(7);
-        break;
-    default:
-        first = start_.day.addDays(steps);
-        end = first.addDays(1);
-        break;
-    }
-    std::vector<LocalTime> result;
-    if (!first.isValid() || first.year() > lastYear) {
-        finished_ = true;
-        return result;
-    }
-    const bool timed = kind_ == DateKind::time;
-    const std::vector<int> hours = timed ? orElse(rule_.byHour, start_.time.hour()) : std::vector{0};
-    const std::vector<int> minutes = timed ? orElse(rule_.byMinute, start_.time.minute()) : std::vector{0};
-    const std::vector<int> seconds = timed ? orElse(rule_.bySecond, start_.time.second()) : std::vector{0};
-    for (QDate day = first; day < end; day = day.addDays(1)) {
-        if (fits(day))
-            addTimes(day, hours, minutes, seconds, result);
-    }
-    return result;
-}
-
-std::vector<LocalTime> Occurrences::nextTimes() {
-    const qint64 unit = this->unit();
-    const qint64 step = unit * rule_.interval;
-    const qint64 origin = secondsOf(start_);
-    const qint64 present = origin + period_ * step;
-    const LocalTime time = fromSeconds(present);
-    std::vector<LocalTime> result;
-    if (time.day.year() > lastYear) {
-        finished_ = true;
-        return result;
-    }
-    const auto continueAt = [&](qint64 earliest) {
-        period_ = std::max(period_ + 1, (earliest - origin + step - 1) / step);
-    };
-    const auto excludes = [](const std::vector<int>& numbers, int number) {
-        return !numbers.empty() && !contains(numbers, number);
-    };
-    if (!fits(time.day)) {
-        continueAt((present / secondsPerDay + 1) * secondsPerDay);
-    } else if (excludes(rule_.byHour, time.time.hour())) {
-        continueAt((present / 3600 + 1) * 3600);
-    } else if (unit < 3600 && excludes(rule_.byMinute, time.time.minute())) {
-        continueAt((present / 60 + 1) * 60);
-    } else if (unit == 1 && excludes(rule_.bySecond, time.time.second())) {
-        continueAt(present + 1);
-    } else {
-        addTimes(time.day, {time.time.hour()},
-                 unit == 3600 ? orElse(rule_.byMinute, time.time.minute()) : std::vector{time.time.minute()},
-                 unit > 1 ? orElse(rule_.bySecond, time.time.second()) : std::vector{time.time.second()},
-                 result);
-        continueAt(present + 1);
-    }
-    return result;
-}
-
-bool Occurrences::fits(QDate day) const {
-    if (!rule_.byMonth.empty() && !contains(rule_.byMonth, day.month()))
-        return false;
-    if (!rule_.byMonthDay.empty() && !containsPosition(rule_.byMonthDay, day.day(), day.daysInMonth()))
-        return false;
-    if (!rule_.byYearDay.empty() && !containsPosition(rule_.byYearDay, day.dayOfYear(), day.daysInYear()))
-        return false;
-    if (!rule_.byWeekNumber.empty() && !fitsWeekNumber(day, rule_.byWeekNumber, rule_.weekStart))
-        return false;
-    return fitsWeekDay(day);
-}
-
-bool Occurrences::fitsWeekDay(QDate day) const {
-    if (rule_.byDay.empty())
+/// Whether the pattern of the rule has this date, its end aside.
+bool Occurrences::gives(const LocalTime& time) {
+    if (meaning_ == Start::isDate && time == start_)
         return true;
-    const bool perYear =
-        rule_.frequency == Frequency::yearly && rule_.byMonth.empty() && rule_.byWeekNumber.empty();
-    const bool perMonth = rule_.frequency == Frequency::monthly ||
-                          (rule_.frequency == Frequency::yearly && !rule_.byMonth.empty());
-    return std::any_of(rule_.byDay.begin(), rule_.byDay.end(), [&](const RecurrenceRule::WeekDay& weekDay) {
-        if (weekDay.day != day.dayOfWeek())
-            return false;
-        if (weekDay.ordinal == 0 || (!perYear && !perMonth))
-            return true;
-        const int position = perYear ? day.dayOfYear() : day.day();
-        const int size = perYear ? day.daysInYear() : day.daysInMonth();
-        return weekDay.ordinal == (position - 1) / 7 + 1 || weekDay.ordinal == -((size - position) / 7 + 1);
-    });
+    if (isBeforeStart(time) || periods_.isImpossible())
+        return false;
+    qint64 steps = 0;
+    const qint64 index = periods_.indexOf(time);
+    const bool result =
+        periods_.period(index, steps).dates.contains(time) ||
+        (periods_.reachesIntoNext() && index > 0 && periods_.period(index - 1, steps).dates.contains(time));
+    (void)spend(steps);
+    return result;
 }
 
-std::vector<LocalTime> Occurrences::selectedPositions(std::vector<LocalTime> candidates) const {
-    if (rule_.bySetPosition.empty())
-        return candidates;
-    std::vector<LocalTime> result;
-    const auto size = static_cast<int>(candidates.size());
-    for (int i = 0; i < size; ++i) {
-        if (containsPosition(rule_.bySetPosition, i + 1, size))
-            result.push_back(candidates[static_cast<std::size_t>(i)]);
+/// Whether the clocks skip this time and the rule has another date at the moment that is meant.
+bool Occurrences::coincidesAfterGap(const LocalTime& candidate) {
+    const LocalTime shown = localTimeAt(zone_.instantAt(candidate.day, candidate.time), zone_);
+    return !(shown == candidate) && gives(kind_ == DateKind::day ? LocalTime{shown.day} : shown);
+}
+
+bool Occurrences::contains(const LocalTime& time) {
+    endByCount();
+    return gives(time) && !isPastEnd(time) && !coincidesAfterGap(time);
+}
+
+/// Where the rule has a COUNT, gives it the end that this means.
+void Occurrences::endByCount() {
+    if (!rule_.count)
+        return;
+    const qint64 stepsOfWalk = std::exchange(stepsLeft_, countingSteps);
+    const auto last = lastByCount();
+    stepsLeft_ = stepsOfWalk;
+    rule_.count.reset();
+    if (last && !isPastEnd(*last))
+        rule_.until = {*last, UntilForm::local};
+}
+
+std::optional<LocalTime> Occurrences::lastByCount() {
+    if (!rule_.count)
+        return std::nullopt;
+    if (meaning_ == Start::isDate && *rule_.count == 1)
+        return start_;
+    if (periods_.reachesIntoNext()) {
+        // A date that two periods have counts once.
+        Occurrences dates = *this;
+        std::optional<LocalTime> latest;
+        while (const auto date = dates.next())
+            latest = date;
+        stepsLeft_ = dates.stepsLeft_;
+        return ranOut() ? std::nullopt : latest;
+    }
+    auto last = nthAfterStart(*rule_.count - (meaning_ == Start::isDate ? 1 : 0));
+    qint64 uncounted = last ? coincidencesUntil(*last) : 0;
+    if (uncounted == 0)
+        return last;
+    Occurrences rest = *this;
+    rest.rule_.count.reset();
+    rest.skipTo(*last);
+    for (auto date = rest.next(); date && uncounted > 0; date = rest.next()) {
+        if (*last < *date) {
+            last = date;
+            --uncounted;
+        }
+    }
+    stepsLeft_ = rest.stepsLeft_;
+    return last;
+}
+
+/// The date that comes `count` dates after the start, by the pattern alone. A period is counted as a whole,
+/// and so is a day where every time on it has equally many dates.
+std::optional<LocalTime> Occurrences::nthAfterStart(qint64 count) {
+    const auto perTime = static_cast<qint64>(periods_.datesPerTime());
+    qint64 looked = 0;
+    qint64 index = 0;
+    while (looked <= emptySteps && !periods_.isImpossible()) {
+        const QDate first = periods_.firstDayOf(index);
+        if (!first.isValid())
+            break;
+        const qint64 dayEnd = perTime > 0 ? periods_.periodsBefore(first.addDays(1)) : 0;
+        const qint64 inDay = (dayEnd - index) * perTime;
+        if (index > 0 && perTime > 0 && inDay < count && periods_.fits(first)) {
+            count -= inDay;
+            index = dayEnd;
+            looked = 0;
+            if (!spend(1))
+                break;
+            continue;
+        }
+        qint64 steps = 0;
+        const RulePeriods::Period period = periods_.period(index, steps);
+        if (!spend(steps))
+            break;
+        std::size_t from = 0;
+        while (from < period.dates.size() && isBeforeStart(period.dates.at(from)))
+            ++from;
+        const auto dates = static_cast<qint64>(period.dates.size() - from);
+        if (dates >= count)
+            return period.dates.at(from + static_cast<std::size_t>(count) - 1);
+        count -= dates;
+        looked = dates > 0 ? 0 : looked + steps;
+        index = period.next;
+    }
+    return std::nullopt;
+}
+
+/// How many dates up to `last` coincide with others because the clocks were set forward.
+qint64 Occurrences::coincidencesUntil(const LocalTime& last) {
+    constexpr int span = 7;
+    qint64 result = 0;
+    const int lastYear = std::min(last.day.year(), lastYearOfClocks);
+    for (QDate day = start_.day; day <= last.day && day.year() <= lastYear && spend(1);
+         day = day.addDays(span)) {
+        if (eveOf(day.addDays(span), zone_) - eveOf(day, zone_) >= std::chrono::days(span))
+            continue;
+        for (int i = 0; i < span; ++i)
+            result += coincidencesOn(day.addDays(i));
+    }
+    return result;
+}
+
+qint64 Occurrences::coincidencesOn(QDate day) {
+    Instant before = eveOf(day, zone_);
+    Instant after = eveOf(day.addDays(1), zone_);
+    if (after - before >= std::chrono::days(1))
+        return 0;
+    // The moment at which the clocks are set lies between the two.
+    const Duration offset = distanceAt(before, zone_);
+    while (after - before > std::chrono::seconds(1)) {
+        const Instant middle = before + (after - before) / 2;
+        (distanceAt(middle, zone_) == offset ? before : after) = middle;
+    }
+    const LocalTime first = localTimeAt(before, zone_);
+    const LocalTime end = localTimeAt(after, zone_);
+    qint64 result = 0;
+    qint64 index = periods_.indexOf(first);
+    while (spend(1)) {
+        qint64 steps = 0;
+        const RulePeriods::Period period = periods_.period(index, steps);
+        for (std::size_t i = period.dates.countBefore(first); i < period.dates.size(); ++i) {
+            const LocalTime date = period.dates.at(i);
+            if (end < date || !spend(1))
+                return result;
+            if (!isBeforeStart(date) && coincidesAfterGap(date))
+                ++result;
+        }
+        index = period.next;
+        const QDate next = periods_.firstDayOf(index);
+        if (!next.isValid() || next > end.day)
+            break;
     }
     return result;
 }

@@ -12,7 +12,7 @@ namespace {
 
 std::optional<int> wholeNumber(const QByteArray& text) {
     bool ok = false;
-    const int value = text.toInt(&ok);
+    const int value = text.trimmed().toInt(&ok);
     return ok ? std::optional(value) : std::nullopt;
 }
 
@@ -43,7 +43,8 @@ std::optional<int> weekDayNumber(QByteArrayView name) {
 }
 
 bool readWeekDays(const QByteArray& text, std::vector<RecurrenceRule::WeekDay>& days) {
-    for (const QByteArray& part : text.split(',')) {
+    for (const QByteArray& entry : text.split(',')) {
+        const QByteArray part = entry.trimmed();
         const auto day = weekDayNumber(QByteArrayView(part).last(std::min<qsizetype>(2, part.size())));
         if (!day)
             return false;
@@ -130,7 +131,12 @@ bool readPart(const QByteArray& name, const QByteArray& value, RecurrenceRule& r
         return readNumbers(value, 1, 12, Sign::positive, rule.byMonth);
     if (name == "BYSETPOS")
         return readNumbers(value, 1, 366, Sign::either, rule.bySetPosition);
-    return (name == "RSCALE" && value == "GREGORIAN") || (name == "SKIP" && value == "OMIT");
+    if (name == "SKIP") {
+        using Skip = RecurrenceRule::Skip;
+        rule.skip = value == "FORWARD" ? Skip::forward : value == "BACKWARD" ? Skip::backward : Skip::omit;
+        return rule.skip != Skip::omit || value == "OMIT";
+    }
+    return name == "RSCALE" && value == "GREGORIAN";
 }
 
 }  // namespace
@@ -138,7 +144,7 @@ bool readPart(const QByteArray& name, const QByteArray& value, RecurrenceRule& r
 bool RecurrenceRule::hasByParts() const {
     return !bySecond.empty() || !byMinute.empty() || !byHour.empty() || !byDay.empty() ||
            !byMonthDay.empty() || !byYearDay.empty() || !byWeekNumber.empty() || !byMonth.empty() ||
-           !bySetPosition.empty();
+           !bySetPosition.empty() || skip != Skip::omit;
 }
 
 std::optional<RecurrenceRule> RecurrenceRule::parse(QByteArrayView text) {

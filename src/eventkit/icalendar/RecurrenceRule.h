@@ -25,6 +25,9 @@ struct LocalTime {
 struct RecurrenceRule {
     enum class Frequency { secondly, minutely, hourly, daily, weekly, monthly, yearly };
     enum class UntilForm { date, local, utc };
+    /// What becomes of a date on a day that its month or year does not have: it is left out, moved to the day
+    /// before or to the day after (RFC 7529, 4.1).
+    enum class Skip { omit, backward, forward };
     /// A day of the week, 1 = Monday; `ordinal` counts such days in the month or year, from the end when
     /// negative; 0 stands for all of them.
     struct WeekDay {
@@ -51,11 +54,13 @@ struct RecurrenceRule {
     std::vector<int> byMonth;
     std::vector<int> bySetPosition;
     int weekStart = 1;
+    Skip skip = Skip::omit;
 
+    /// Whether more than frequency, interval and end is said.
     [[nodiscard]] bool hasByParts() const;
 
     /// Absent for a text that is no valid rule: a part that is missing, unknown, repeated or out of its
-    /// range. Parts whose name begins with "X-" are passed over; RSCALE=GREGORIAN is accepted.
+    /// range. Parts whose name begins with "X-" are passed over; the only RSCALE is GREGORIAN.
     [[nodiscard]] static std::optional<RecurrenceRule> parse(QByteArrayView text);
 };
 

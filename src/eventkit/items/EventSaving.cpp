@@ -22,21 +22,26 @@ struct ItemDatabase::OpenEvent : OpenFile {
 
     [[nodiscard]] const EKEventData& current() const { return *occurrence.data; }
     /// Whether a component of the file is about this occurrence alone.
-    [[nodiscard]] bool hasComponent() const { return !item.recurs() || occurrence.change; }
+    [[nodiscard]] bool hasComponent() const { return !item.recurs() || ownChange(); }
     /// Whether it is one of several of the file's series.
     [[nodiscard]] bool isOfSeries() const { return item.recurs(); }
     /// The component that says what the occurrence is, and where it is in the
     /// file.
     [[nodiscard]] const EventComponent& component() const {
-        return occurrence.change ? item.changes[*occurrence.change] : item.event;
+        const auto change = ownChange() ? ownChange() : occurrence.source;
+        return change ? item.changes[*change] : item.event;
     }
     [[nodiscard]] qsizetype index() const {
-        return occurrence.change ? item.changeIndexes[*occurrence.change] : item.index;
+        return ownChange() ? item.changeIndexes[*ownChange()] : item.index;
+    }
+    /// The change that is about this occurrence and no later one.
+    [[nodiscard]] std::optional<std::size_t> ownChange() const {
+        return occurrence.source == occurrence.change ? std::nullopt : occurrence.change;
     }
     /// The file without this occurrence of its series.
     [[nodiscard]] Document withoutOccurrence(Instant now) const {
         Document result = document;
-        icalendar::excludeDate(result, item, occurrence.time, occurrence.change, now);
+        icalendar::excludeDate(result, item, occurrence.time, ownChange(), now);
         return result;
     }
 };
@@ -147,7 +152,7 @@ ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
     Component component =
         opened.hasComponent()
             ? Component(document.components("VEVENT")[static_cast<std::size_t>(opened.index())].lines())
-            : icalendar::makeChange(opened.item, opened.occurrence.time, document);
+            : icalendar::makeChange(opened.item, opened.occurrence.time, opened.occurrence.source, document);
     icalendar::writeEvent(component, opened.component().times, opened.current(), after, document, local, now);
     const bool moves = target != opened.place.collection;
     const auto writtenTo = [](const tl::expected<Created, WriteError>& moved) {

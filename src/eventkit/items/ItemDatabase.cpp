@@ -1,4 +1,5 @@
 #include "eventkit/EKErrors.h"
+#include "eventkit/items/EventFetch.h"
 #include "eventkit/items/OpenItem.h"
 
 #include <QFile>
@@ -118,6 +119,26 @@ bool ItemDatabase::placeEvents(const ZoneCalendar& local) {
     return true;
 }
 
+EKEvents ItemDatabase::events(const EKEventPredicate& predicate, Instant now) {
+    EventsFound result = fetchEvents(*snapshot_, predicate, now);
+    bool isNews = false;
+    for (const auto& series : result.costly) {
+        const auto entry = snapshot_->events.constFind(series->identifier());
+        if (entry == snapshot_->events.cend())
+            continue;
+        const auto [collection, file] = placeOf(*entry);
+        ItemFile& items = library_.collections[collection].files[file];
+        if (items.warning)
+            continue;
+        items.warning = std::make_shared<const TextPair>(
+            tooCostly(QFile::decodeName(collection) + QLatin1Char('/') + QFile::decodeName(file)));
+        isNews = true;
+    }
+    if (isNews)
+        rebuildSnapshot();
+    return std::move(result.found);
+}
+
 void ItemDatabase::rebuildSnapshot() {
     auto snapshot = std::make_shared<Snapshot>();
     snapshot->calendars = orderedCalendars(library_);
@@ -145,6 +166,8 @@ void ItemDatabase::rebuildSnapshot() {
         for (const auto& [file, items] : collection.files) {
             if (items.problem)
                 snapshot->problems.push_back(*items.problem);
+            if (items.warning)
+                snapshot->problems.push_back(*items.warning);
             addReminders(*snapshot, {name, file}, items);
             addEvents(*snapshot, {name, file}, items);
         }
@@ -185,7 +208,7 @@ void ItemDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemF
             snapshot.singleEvents.add(single->startDate, single->endDate, single);
         });
         const auto& series = entry.event.series();
-        if (const auto bounds = series ? series->ruled() : std::nullopt)
+        if (const auto bounds = series ? series->recurring() : std::nullopt)
             snapshot.ruledEvents.add(bounds->start, bounds->end.value_or(Instant::max()), series);
         snapshot.events.insert(identifier, entry);
     }

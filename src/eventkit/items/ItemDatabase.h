@@ -39,6 +39,10 @@ class ItemDatabase {
     /// another one.
     bool adopt(const ZoneCalendar& local);
 
+    /// The occurrences that match; what is farthest from `now` is left out where there are too many. A file
+    /// whose series is too costly is named among the snapshot's problems from then on, until it changes.
+    [[nodiscard]] EKEvents events(const EKEventPredicate& predicate, Instant now);
+
     [[nodiscard]] const std::shared_ptr<const Snapshot>& snapshot() const { return snapshot_; }
     [[nodiscard]] std::optional<ItemStorage::Recheck> recheck() const { return storage_.recheck(); }
 

@@ -113,7 +113,8 @@ void ItemEventStore::requestAccess(AccessCompletion completion) {
         publish(false);
         onMain([this, completion = std::move(completion), error = std::move(error)] {
             const bool opened = !error && status_ != EKAuthorizationStatus::fullAccess;
-            status_ = error ? EKAuthorizationStatus::denied : EKAuthorizationStatus::fullAccess;
+            // Nobody has refused anything: whoever asks again tries again.
+            status_ = error ? EKAuthorizationStatus::notDetermined : EKAuthorizationStatus::fullAccess;
             completion(!error, error);
             if (opened)
                 observers_.notify();
@@ -176,13 +177,17 @@ std::shared_ptr<const EKReminderData> ItemEventStore::storedReminder(const QStri
 
 void ItemEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
     queues_->run(
-        {}, [this, matching, completion = std::move(completion), local = calendar_.calendar()]() mutable {
-            std::vector<EKEventRef> result;
+        {}, [this, matching, completion = std::move(completion), now = clock_.now(),
+             local = calendar_.calendar()]() mutable {
+            EKEvents result;
             if (database_.isOpen()) {
                 if (database_.adopt(local))
                     publish(false);
-                for (auto& shown : database_.snapshot()->eventsMatching(matching))
-                    result.push_back(std::make_shared<EKEvent>(std::move(shown)));
+                const auto before = database_.snapshot();
+                result = database_.events(matching, now);
+                // There is a new problem to tell.
+                if (database_.snapshot() != before)
+                    publish(true);
             }
             onMain([completion = std::move(completion), result = std::move(result)]() mutable {
                 completion(std::move(result));

@@ -29,6 +29,8 @@ struct ItemFile {
     bool holdsEvents = false;
     /// Why it cannot be shown; null where it can.
     std::shared_ptr<const TextPair> problem;
+    /// Why it is not shown in full; null where it is, as far as that was asked for.
+    std::shared_ptr<const TextPair> warning;
 };
 
 /// One collection of files: a list, a calendar, or both.
@@ -52,10 +54,10 @@ struct Library {
     QByteArray defaultForReminders;
     QByteArray defaultForEvents;
     std::optional<TextPair> problem;
-};
-
     /// What else the person should know.
     std::optional<TextPair> notice;
+};
+
 /// What may have changed. Files named here are read again even if they look the
 /// same; an empty name stands for the collection's folder itself.
 struct Changes {
@@ -96,5 +98,7 @@ class ItemReader {
 /// The sentence about something that is left alone; `name` is what people know
 /// it by.
 [[nodiscard]] TextPair unreadable(const QString& name, const TextPair& reason);
+/// The sentence about a file whose series has more occurrences than can be shown.
+[[nodiscard]] TextPair tooCostly(const QString& name);
 
 }  // namespace kestrant::items

@@ -1,7 +1,5 @@
 #include "eventkit/items/ItemSnapshot.h"
 
-#include "eventkit/EventChanges.h"
-
 #include <QFile>
 
 #include <algorithm>
@@ -20,25 +18,9 @@ Place placeOf(const EventEntry& entry) {
 QString identifierByPlace(const QString& identifier, const Place& place, int ordinal) {
     QString result = identifier + QLatin1Char('#') + QFile::decodeName(place.collection) + QLatin1Char('/') +
                      QFile::decodeName(place.file);
+    result.replace(QLatin1Char('%'), QLatin1String("%25")).replace(QLatin1Char('/'), QLatin1String("%2F"));
     if (ordinal > 0)
         result += QStringLiteral("#%1").arg(ordinal + 1);
-    return result;
-}
-
-std::vector<std::shared_ptr<const EKEventData>>
-Snapshot::eventsMatching(const EKEventPredicate& predicate) const {
-    std::vector<std::shared_ptr<const EKEventData>> result;
-    const auto add = [&](const std::shared_ptr<const EKEventData>& data) {
-        if (matches(predicate, *data))
-            result.push_back(data);
-    };
-    singleEvents.forEachTouching(predicate.start, predicate.end, add);
-    ruledEvents.forEachTouching(
-        predicate.start, predicate.end, [&](const std::shared_ptr<const EventSeries>& series) {
-            if (!predicate.calendars || std::find(predicate.calendars->begin(), predicate.calendars->end(),
-                                                  series->calendarIdentifier()) != predicate.calendars->end())
-                series->forEachRuled(predicate.start, predicate.end, add);
-        });
     return result;
 }
 

@@ -45,9 +45,6 @@ struct Snapshot {
     QHash<QString, EventEntry> events;
     std::vector<TextPair> problems;
 
-    /// The occurrences that match, each of a series by itself.
-    [[nodiscard]] std::vector<std::shared_ptr<const EKEventData>>
-    eventsMatching(const EKEventPredicate& predicate) const;
     /// The occurrence of an event with this occurrenceDate; null when there is none.
     [[nodiscard]] std::shared_ptr<const EKEventData>
     event(const QString& identifier, const std::optional<Instant>& occurrenceDate) const;
