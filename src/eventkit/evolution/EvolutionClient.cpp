@@ -75,7 +75,7 @@ std::shared_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEnt
     result->reader_ = ServiceReader::open(type, e_source_get_uid(source), call.cancellable());
     result->observe(call.cancellable());
     if (result->isLost()) {
-        reason = text("there was no answer in time", "il n’a pas répondu à temps");
+        reason = text("there was no answer in time", "pas de réponse à temps");
         return nullptr;
     }
     return result;

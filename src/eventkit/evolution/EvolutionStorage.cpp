@@ -47,7 +47,7 @@ TextPair silentList(const QString& title, const TextPair& reason) {
 }
 
 TextPair noAnswerInTime() {
-    return text("there was no answer in time", "il n’a pas répondu à temps");
+    return text("there was no answer in time", "pas de réponse à temps");
 }
 
 QString titleOf(ESource* source) {
