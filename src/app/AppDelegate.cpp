@@ -285,6 +285,8 @@ SettingsServices AppDelegate::settingsServices() {
 
 std::vector<TextPair> AppDelegate::problems() {
     std::vector<TextPair> problems = reminderStore().problems();
+    if (const auto& error = reminderStore().completionLedgerError())
+        problems.push_back(*error);
     if (auto problem = defaults_.problem())
         problems.insert(problems.begin(), std::move(*problem));
     return problems;
@@ -406,6 +408,8 @@ void AppDelegate::createPanelController() {
             [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(CalendarStore::privacyPage))); });
     connect(&interface_->settings, &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
     connect(reminderStore_.get(), &ReminderStore::problemsChanged, &interface_->settings,
+    connect(reminderStore_.get(), &ReminderStore::completionLedgerErrorChanged, &interface_->settings,
+            &SettingsViewModel::problemsChanged);
             &SettingsViewModel::problemsChanged);
     settingsProblems_ = defaults_.observeProblem([this] { Q_EMIT interface_->settings.problemsChanged(); });
 }

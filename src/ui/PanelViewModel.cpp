@@ -30,6 +30,9 @@ PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry
         notifications::newReminder, [this] { request(&PanelViewModel::newReminderRequested); }));
     subscriptions_.push_back(notifications.observe(
         notifications::findReminder, [this] { request(&PanelViewModel::findReminderRequested); }));
+    // Who has made one knows how.
+    subscriptions_.push_back(notifications.observe(QLatin1String(ReminderStore::reminderCreatedNotification),
+                                                   [this] { finishNewReminderTip(); }));
     subscriptions_.push_back(preferences.observeChanges([this](const QString& key) {
         if (key == preferenceKeys::showReminders || key == preferenceKeys::showCalendar ||
             key == preferenceKeys::moduleOrder || key == preferenceKeys::layoutRatio)

@@ -25,16 +25,19 @@ TextPair priorityInWords(const QString& marks) {
 }
 
 QString alertText(const ReminderTask& task, Language language, ClockHours hours) {
-    if (!task.dueAlertSchedule)
+    if (!task.dueAlertSchedule || task.dueAlertSchedule == ReminderAlertSchedule(RelativeToDueTime{0}))
         return {};
-    if (const auto* relative = std::get_if<RelativeToDueTime>(&*task.dueAlertSchedule)) {
-        const auto timing = reminderAlertTiming(relative->seconds);
-        return timing && *timing != ReminderAlertTiming::atDueTime ? shortLabel(*timing).in(language)
-                                                                   : QString();
-    }
-    const auto& day = std::get<DayRelativeToDueDate>(*task.dueAlertSchedule);
-    const QString time = clockText(QTime(day.hour, day.minute), hours);
-    return day.dayOffset == 0 ? time : text("day before %1", "veille %1").in(language).arg(time);
+    const auto* day = std::get_if<DayRelativeToDueDate>(&*task.dueAlertSchedule);
+    if (!day || !reminderDateOnlyAlertDay(day->dayOffset))
+        return label(*task.dueAlertSchedule, hours).in(language);
+    const QString time = clockText(QTime(day->hour, day->minute), hours);
+    return day->dayOffset == 0 ? time : text("day before %1", "veille %1").in(language).arg(time);
+}
+
+/// What a bell beside it does not say already.
+QString besideBell(const QString& alert, Language language) {
+    const QString before = text(" before", " avant").in(language);
+    return alert.endsWith(before) ? alert.chopped(before.size()) : alert;
 }
 
 }  // namespace
@@ -55,7 +58,11 @@ RemindersViewModel::RemindersViewModel(ReminderStore& store, const Clock& clock,
     connect(&store, &ReminderStore::pendingCompletionIDsChanged, this,
             [this] { cards_.setPendingIDs(store_.pendingCompletionIDs()); });
     connect(&store, &ReminderStore::presentChanged, &cards_, &ReminderCardModel::refreshTexts);
-    connect(&store, &ReminderStore::accessStateChanged, this, &RemindersViewModel::updateContent);
+    connect(&store, &ReminderStore::accessStateChanged, this, [this] {
+        updateContent();
+        if (store_.accessState().kind == ReminderAccessState::Kind::failed && store_.hasLoaded())
+            Q_EMIT changeFailed(failureText());
+    });
     connect(&store, &ReminderStore::isLoadingChanged, this, &RemindersViewModel::updateContent);
     connect(&store, &ReminderStore::filtersChanged, this, [this] {
         Q_EMIT filtersChanged();
@@ -135,6 +142,9 @@ QString RemindersViewModel::computedContent() const {
         return QStringLiteral("failed");
     case ReminderAccessState::Kind::notDetermined:
     case ReminderAccessState::Kind::requesting:
+        // What was loaded stays on show under the message.
+        if (store_.hasLoaded())
+            break;
         return QStringLiteral("loading");
     case ReminderAccessState::Kind::authorized:
         break;

@@ -203,6 +203,20 @@ class AccessibilityTest(DesktopTest):
         self.wait_to_find("check box", "Buy bread")
         self.wait_to_find("list item", "Meeting")
 
+    def test_the_settings_button_says_while_completions_cannot_be_recorded(self):
+        ledger = self.data / "completion-ledger-v1.json"
+        ledger.mkdir()
+        self.add_reminder("Water the plants")
+        self.start()
+        self.expand()
+        self.wait_to_find("push button", "Settings, Completion history could not be saved.")
+        self.set_preferences(kestrantLanguage="fr")
+        self.wait_to_find("push button", "Réglages, L’historique des tâches terminées n’a pas pu être enregistré.")
+        ledger.rmdir()
+        # What is reconciled next writes it.
+        self.add_reminder("Read the report", more="STATUS:COMPLETED\r\nCOMPLETED:20260302T080000Z\r\n")
+        self.wait_to_find("push button", "Réglages")
+
     def test_everything_has_a_name_and_is_reached_by_the_keyboard(self):
         self.open_panel()
         self.check_surface("the panel")

@@ -55,6 +55,10 @@ TEST(NewReminderTip, GoesForGoodWithAClickOnItOrWithANewReminder) {
              EXPECT_EQ(program.view.overlays().topmost(), QString()) << "nothing beneath it is clicked";
          }},
         {"the button", [](IntroducedProgram& program) { program.click("New reminder"); }},
+        {"a reminder that was made some other way",
+         [](IntroducedProgram& program) {
+             program.notifications.post(QStringLiteral("kestrantReminderCreated"));
+         }},
         {"the keyboard",
          [](IntroducedProgram& program) { program.notifications.post(notifications::newReminder); }},
     };

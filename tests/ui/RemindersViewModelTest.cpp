@@ -99,23 +99,40 @@ TEST(RemindersViewModel, SaysWhatIsShownInsteadOfCards) {
     EXPECT_EQ(program.reminders.content(), QStringLiteral("denied"));
 }
 
-TEST(RemindersViewModel, ComesBackFromAFailedCompletionWhenTriedAgain) {
+TEST(RemindersViewModel, TellsWhyACompletionFailedOverTheCards) {
     Program program;
     const QString id = program.add(QStringLiteral("Read"));
     program.load();
+    QSignalSpy failed(&program.reminders, &RemindersViewModel::changeFailed);
     program.database.setFailure(InMemoryEventStore::Operation::save,
                                 EKError{EKError::Code::storage, text("Disk full.", "Disque plein.")});
-    program.reminders.toggleCompletion(id);
-    EXPECT_TRUE(program.card(0).isPending);
-    program.time.advance(std::chrono::seconds(2));
-    EXPECT_EQ(program.reminders.content(), QStringLiteral("failed"));
-    EXPECT_EQ(program.reminders.failureText(), QStringLiteral("Disk full."));
+    for (int attempt = 1; attempt <= 2; ++attempt) {
+        program.reminders.toggleCompletion(id);
+        EXPECT_TRUE(program.card(0).isPending);
+        program.time.advance(std::chrono::seconds(2));
+        ASSERT_EQ(failed.count(), attempt);
+        EXPECT_EQ(failed.last().at(0), QStringLiteral("Disk full."));
+        EXPECT_EQ(program.reminders.content(), QStringLiteral("cards"));
+        EXPECT_FALSE(program.card(0).isPending);
+    }
+}
 
-    program.database.setFailure(InMemoryEventStore::Operation::save, {});
+TEST(RemindersViewModel, ADatabaseThatDoesNotOpenIsTriedAgain) {
+    Program program;
+    program.add(QStringLiteral("Read"));
+    program.database.setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
+    program.database.setFailure(InMemoryEventStore::Operation::requestAccess,
+                                EKError{EKError::Code::storage, text("No folder.", "Pas de dossier.")});
+    program.load();
+    EXPECT_EQ(program.reminders.content(), QStringLiteral("failed"));
+    EXPECT_EQ(program.reminders.failureText(), QStringLiteral("No folder."));
+    program.reminders.retry();
+    program.settle();
+    EXPECT_EQ(program.reminders.content(), QStringLiteral("failed"));
+    program.database.setFailure(InMemoryEventStore::Operation::requestAccess, {});
     program.reminders.retry();
     program.settle();
     EXPECT_EQ(program.reminders.content(), QStringLiteral("cards"));
-    EXPECT_FALSE(program.card(0).isPending);
 }
 
 TEST(RemindersViewModel, TellsWhyADeletionDidNotHappen) {
