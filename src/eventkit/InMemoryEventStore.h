@@ -56,6 +56,8 @@ class InMemoryEventStore final : public EKEventStore {
     /// Adds or replaces a list; an empty identifier is filled in. Returns the identifier. Lists keep the
     /// order in which they were added; the default list is the first one that may be changed.
     QString putCalendar(EKCalendar calendar);
+    /// The calendar for new events, in place of the first one that may be changed.
+    void setDefaultForNewEvents(const QString& identifier) { defaultForNewEvents_ = identifier; }
     /// Removes a list with everything in it.
     void dropCalendar(const QString& identifier);
     /// Adds or replaces a reminder as it is given; an empty identifier is filled in. Returns the identifier.
@@ -117,6 +119,7 @@ class InMemoryEventStore final : public EKEventStore {
     EKAuthorizationStatus status_ = EKAuthorizationStatus::fullAccess;
     std::map<Operation, EKError> failures_;
     std::vector<EKCalendar> calendars_;
+    std::optional<QString> defaultForNewEvents_;
     std::map<QString, std::shared_ptr<const EKReminderData>> entries_;
     std::map<QString, Occurrences> series_;
     std::vector<TextPair> problems_;

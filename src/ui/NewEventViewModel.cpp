@@ -80,7 +80,7 @@ std::optional<EKCalendar> NewEventViewModel::calendar() const {
     const std::vector<EKCalendar> calendars = store_.writableCalendars();
     if (const EKCalendar* chosen = find(calendars, chosenCalendarID_))
         return *chosen;
-    return calendars.empty() ? std::nullopt : std::optional(calendars.front());
+    return store_.defaultCalendar();
 }
 
 QString NewEventViewModel::calendarId() const {

@@ -24,7 +24,7 @@ class NewEventViewModel : public QObject {
 
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
     Q_PROPERTY(kestrant::EventTimes* times READ times CONSTANT)
-    /// The calendar chosen last, else the first that takes events; empty when one is yet to be made.
+    /// The calendar chosen last, else the database's default; empty when one is yet to be made.
     Q_PROPERTY(QString calendarId READ calendarId WRITE setCalendarId NOTIFY changed)
     Q_PROPERTY(QString calendarTitle READ calendarTitle NOTIFY changed)
     Q_PROPERTY(QColor calendarColor READ calendarColor NOTIFY changed)

@@ -11,6 +11,7 @@
 #include "ui/QuickAddViewModel.h"
 #include "ui/ReminderEditViewModel.h"
 #include "ui/RemindersViewModel.h"
+#include "ui/SealedEngine.h"
 #include "ui/SettingsViewModel.h"
 #include "ui/YearRevealViewModel.h"
 
@@ -81,7 +82,7 @@ void PanelView::chooseTypeface() {
 }
 
 PanelView::PanelView(const Models& models, Loading loading)
-    : PanelView(models, loading, std::make_unique<QQmlEngine>()) {}
+    : PanelView(models, loading, std::make_unique<SealedEngine>()) {}
 
 PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQmlEngine> engine)
     : QQuickView(engine.get(), nullptr)

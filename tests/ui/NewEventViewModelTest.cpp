@@ -87,6 +87,17 @@ TEST(NewEventViewModel, RefusesAnEndBeforeTheStart) {
 
 TEST(NewEventViewModel, OffersTheCalendarsThatThereAre) {
     Writing test;
+    test.database.setDefaultForNewEvents(test.office);
+    EXPECT_EQ(test.form.calendarId(), test.office);
+    test.form.setTitle(QStringLiteral("Lunch"));
+    test.submit();
+    EXPECT_EQ(test.onlyEvent().calendarIdentifier, test.office);
+    test.database.dropEvent(test.onlyEvent().calendarItemIdentifier);
+    const QString feed = test.putCalendar("Feed", false);
+    test.database.setDefaultForNewEvents(feed);
+    EXPECT_EQ(test.form.calendarId(), test.personal) << "not one that takes no events";
+    test.database.dropCalendar(feed);
+
     test.form.setCalendarId(test.office);
     test.form.begin();
     EXPECT_EQ(test.form.calendarId(), test.office);

@@ -23,25 +23,22 @@ Popover {
         width: parent.width
         spacing: 8
 
-        Text {
+        PlainText {
             text: popover.title
             width: parent.width
             wrapMode: Text.Wrap
+            maximumLineCount: 3
+            elide: Text.ElideRight
             color: Theme.text
             font.pixelSize: 14
             font.weight: Font.DemiBold
         }
-        Text {
+        ScrolledText {
             text: popover.message
             width: parent.width
-            bottomPadding: 6
-            wrapMode: Text.Wrap
+            maximumHeight: 200
             color: Theme.chipText
-            font.pixelSize: 13
-            lineHeight: 18
-            lineHeightMode: Text.FixedHeight
-            Accessible.role: Accessible.AlertMessage
-            Accessible.name: text
+            pixelSize: 13
         }
         PushButton {
             id: understood

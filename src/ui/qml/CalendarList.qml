@@ -264,7 +264,7 @@ FocusScope {
             required property int index
             width: ListView.view.width
             // Not while a button above or below the rows has the focus.
-            isCurrent: ListView.isCurrentItem && list.Window.activeFocusItem === list
+            isCurrent: ListView.isCurrentItem && (activeFocus || list.Window.activeFocusItem === list)
             isTarget: root.dropDay !== "" && root.dropDay === row.day
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
             onOpened: {

@@ -84,7 +84,7 @@ Item {
             color: root.row.color
         }
 
-        Text {
+        PlainText {
             id: title
             readonly property real startX: root.wide ? 134 : 18
             readonly property real endX: root.wide ? calendarTitle.x - 12 : time.text === "" ? parent.width - 8 : time.x - 10
@@ -94,14 +94,13 @@ Item {
             height: root.hasSecondLine ? 16 : parent.height
             verticalAlignment: Text.AlignVCenter
             text: root.row.title
-            textFormat: Text.PlainText
             elide: Text.ElideRight
             color: root.ink
             font.pixelSize: Theme.panelText(root.row.isAllDay ? 12 : 13)
             font.weight: Font.Medium
             Accessible.ignored: true
         }
-        Text {
+        PlainText {
             id: place
             visible: text !== "" && (root.wide || root.hasSecondLine)
             x: root.wide ? title.x + title.width + 10 : title.startX
@@ -110,13 +109,12 @@ Item {
             height: root.hasSecondLine ? 14 : parent.height
             verticalAlignment: Text.AlignVCenter
             text: root.row.place
-            textFormat: Text.PlainText
             elide: Text.ElideRight
             color: Theme.secondaryText
             font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
         }
-        Text {
+        PlainText {
             id: calendarTitle
             visible: root.wide
             x: parent.width - width - 8
@@ -125,7 +123,6 @@ Item {
             horizontalAlignment: Text.AlignRight
             verticalAlignment: Text.AlignVCenter
             text: root.row.calendarTitle
-            textFormat: Text.PlainText
             elide: Text.ElideRight
             color: Theme.secondaryText
             font.pixelSize: Theme.panelText(11)

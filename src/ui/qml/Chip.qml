@@ -33,6 +33,11 @@ FocusScope {
     /// What the chip takes with its word in full.
     readonly property real fullWidth: Math.ceil(2 * sidePadding + measure.advanceWidth + label.besides)
 
+    function isOnCross(place) {
+        const x = cross.mapFromItem(chip, place).x
+        return cross.visible && x >= -5 && x <= cross.width + 5
+    }
+
     height: 24
     implicitWidth: Math.min(maximumWidth, Math.ceil(row.implicitWidth) + 2 * sidePadding)
     width: implicitWidth
@@ -90,7 +95,7 @@ FocusScope {
             anchors.verticalCenter: parent.verticalCenter
             color: chip.checked ? Theme.text : chip.textColor
         }
-        Text {
+        PlainText {
             id: label
             readonly property real room: chip.maximumWidth - 2 * chip.sidePadding - besides
             // A word of which nothing could be read is left out.
@@ -109,7 +114,7 @@ FocusScope {
             font.pixelSize: 12
             font.weight: Font.Medium
         }
-        Text {
+        PlainText {
             id: number
             visible: chip.count >= 0
             height: parent.height
@@ -149,7 +154,6 @@ FocusScope {
             anchors.verticalCenter: parent.verticalCenter
             color: crossPointer.hovered ? Theme.text : Theme.secondaryText
             HoverHandler { id: crossPointer; margin: 5 }
-            TapHandler { margin: 5; onTapped: chip.crossClicked() }
         }
     }
 
@@ -159,6 +163,9 @@ FocusScope {
         text: chip.text
     }
     HoverHandler { id: pointer; enabled: chip.enabled }
-    TapHandler { onTapped: chip.clicked() }
+    // One tap has one effect.
+    TapHandler {
+        onTapped: eventPoint => chip.isOnCross(eventPoint.position) ? chip.crossClicked() : chip.clicked()
+    }
     FocusRing { target: chip; radius: height / 2 }
 }

@@ -44,18 +44,22 @@ Popover {
         width: parent.width
         spacing: 8
 
-        Text {
+        PlainText {
             text: popover.title
             width: parent.width
             wrapMode: Text.Wrap
+            maximumLineCount: 3
+            elide: Text.ElideRight
             color: Theme.text
             font.pixelSize: 14
             font.weight: Font.DemiBold
         }
-        Text {
+        PlainText {
             text: popover.message
             width: parent.width
             wrapMode: Text.Wrap
+            maximumLineCount: 6
+            elide: Text.ElideRight
             color: Theme.chipText
             font.pixelSize: 13
             lineHeight: 18

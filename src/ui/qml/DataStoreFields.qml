@@ -11,16 +11,15 @@ Column {
 
     spacing: 8
 
-    Text {
+    PlainText {
         visible: fields.store.kind === "default"
         width: parent.width
         text: fields.store.folder
-        textFormat: Text.PlainText
         elide: Text.ElideMiddle
         color: Theme.secondaryText
         font.pixelSize: 12
     }
-    Text {
+    PlainText {
         visible: fields.store.kind === "evolution"
         width: parent.width
         text: Localizer.text("Shared with the other programs that use this desktop’s calendar service.",
@@ -62,18 +61,17 @@ Column {
         // Typing has parted the box from what is stored.
         function onChanged() { if (fields.store.problem === "") box.text = fields.store.folder }
     }
-    Text {
+    PlainText {
         visible: text !== ""
         width: parent.width
         text: fields.store.problem
-        textFormat: Text.PlainText
         wrapMode: Text.Wrap
         color: Theme.overdue
         font.pixelSize: 12
         Accessible.role: Accessible.AlertMessage
         Accessible.name: text
     }
-    Text {
+    PlainText {
         visible: !fields.compact && fields.store.kind === "folder" && fields.store.problem === ""
         width: parent.width
         text: Localizer.text("A folder for each list, a file for each item: other programs can share and synchronise it.",

@@ -13,7 +13,7 @@ Item {
 
     height: Theme.headingHeight
 
-    Text {
+    PlainText {
         x: 1
         y: heading.topPadding
         width: parent.width - x - (month.visible ? month.width + 6 : 0)
@@ -27,7 +27,7 @@ Item {
         font.letterSpacing: 0.6
         Accessible.ignored: true
     }
-    Text {
+    PlainText {
         id: month
         visible: text !== ""
         anchors.right: parent.right

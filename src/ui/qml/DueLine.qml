@@ -14,7 +14,7 @@ FormLine {
             visible: line.isPossible
             height: 26
         }
-        Text {
+        PlainText {
             visible: !line.isPossible
             height: 26
             verticalAlignment: Text.AlignVCenter

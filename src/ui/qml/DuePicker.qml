@@ -46,7 +46,7 @@ Row {
                 onClicked: due.picker.day = modelData.day
             }
         }
-        Text {
+        PlainText {
             topPadding: 2
             text: Localizer.text("Time", "Heure")
             color: Theme.secondaryText

@@ -39,7 +39,7 @@ Popover {
         width: parent.width
         spacing: 10
 
-        Text {
+        PlainText {
             id: heading
             text: Localizer.text("Due date", "Échéance")
             color: Theme.text

@@ -27,7 +27,7 @@ Popover {
         }
     }
 
-    component Section: Text {
+    component Section: PlainText {
         color: Theme.secondaryText
         font.pixelSize: 11
         font.weight: Font.DemiBold
@@ -41,13 +41,13 @@ Popover {
         width: parent.width
         spacing: 6
 
-        Text {
+        PlainText {
             text: feedback.texts.title
             color: Theme.text
             font.pixelSize: 14
             font.weight: Font.DemiBold
         }
-        Text {
+        PlainText {
             width: parent.width
             bottomPadding: 8
             text: feedback.texts.subtitle
@@ -102,7 +102,7 @@ Popover {
             onEdited: text => feedback.form.replyEmail = text
             onAccepted: feedback.form.send()
         }
-        Text {
+        PlainText {
             id: problem
             visible: text !== ""
             text: feedback.form.emailProblem
@@ -111,7 +111,7 @@ Popover {
             Accessible.role: Accessible.AlertMessage
             Accessible.name: text
         }
-        Text {
+        PlainText {
             width: parent.width
             topPadding: 4
             text: feedback.texts.privacy
@@ -144,7 +144,7 @@ Popover {
             width: 28
             height: 28
         }
-        Text {
+        PlainText {
             width: parent.width
             topPadding: 6
             horizontalAlignment: Text.AlignHCenter
@@ -156,7 +156,7 @@ Popover {
             Accessible.role: Accessible.AlertMessage
             Accessible.name: text
         }
-        Text {
+        PlainText {
             width: parent.width
             bottomPadding: 10
             horizontalAlignment: Text.AlignHCenter

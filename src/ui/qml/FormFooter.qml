@@ -16,21 +16,16 @@ Column {
 
     spacing: 12
 
-    Text {
+    ScrolledText {
         visible: text !== ""
         width: parent.width
         text: footer.errorText
-        textFormat: Text.PlainText
-        wrapMode: Text.Wrap
         color: Theme.overdue
-        font.pixelSize: 12
-        Accessible.role: Accessible.AlertMessage
-        Accessible.name: text
     }
     Item {
         width: parent.width
         height: 32
-        Text {
+        PlainText {
             anchors.verticalCenter: parent.verticalCenter
             anchors.verticalCenterOffset: 1
             text: footer.hint

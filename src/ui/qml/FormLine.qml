@@ -11,7 +11,7 @@ Item {
 
     height: 36
 
-    Text {
+    PlainText {
         anchors.verticalCenter: parent.verticalCenter
         text: line.label
         color: Theme.text

@@ -15,7 +15,7 @@ Item {
     visible: opacity > 0
     Behavior on opacity { enabled: !Theme.still; NumberAnimation { duration: Theme.hoverDuration } }
 
-    Text {
+    PlainText {
         visible: hints.panel.dueTodayCount > 0
         x: 14
         height: parent.height
@@ -27,7 +27,7 @@ Item {
         Accessible.role: Accessible.StaticText
         Accessible.name: Localizer.text("%1 due today", "%1 pour aujourd’hui").arg(hints.panel.dueTodayCount)
     }
-    Text {
+    PlainText {
         anchors.right: parent.right
         anchors.rightMargin: 11
         height: parent.height

@@ -10,16 +10,24 @@ Popover {
     property string title
     property var choose: null
     property int current: -1
+    /// Where the pointer was when the menu appeared below it: until it moves it has chosen nothing.
+    property var restingPoint: null
 
     padding: 6
-    contentWidth: Math.max(148, widest)
-    contentHeight: rows.height
+    contentWidth: Math.min(360, Math.max(148, widest))
+    contentHeight: Math.min(rows.height, 428, Math.max(180, overlays.roomHeight() / zoom - 120))
     spokenName: title
     property real widest: 0
 
     readonly property bool hasChecks: entries.some(entry => entry.checked !== undefined)
     readonly property real leading: hasChecks ? 30 : entries.some(entry => entry.iconName) ? 34 : 12
 
+    function pointAt(index, place) {
+        if (restingPoint === null)
+            restingPoint = Qt.point(place.x, place.y)
+        else if (restingPoint.x !== place.x || restingPoint.y !== place.y)
+            current = index
+    }
     function pick(index) {
         if (entries[index].enabled === false)
             return
@@ -29,7 +37,7 @@ Popover {
     }
     // From the entry in force, else from the first or the last.
     function begin(distance) {
-        current = entries.findIndex(entry => entry.checked === true)
+        makeCurrent(entries.findIndex(entry => entry.checked === true))
         if (current < 0) {
             current = distance > 0 ? -1 : 0
             step(distance)
@@ -42,7 +50,13 @@ Popover {
             if (entries[next].enabled !== false)
                 break
         }
-        current = next
+        makeCurrent(next)
+    }
+    function makeCurrent(index) {
+        current = index
+        const item = entryItems.itemAt(index)
+        if (item)
+            scroll.showItem(item)
     }
 
     focus: true
@@ -68,7 +82,7 @@ Popover {
             for (let offset = 1; offset <= entries.length; ++offset) {
                 const index = (current + offset) % entries.length
                 if (entries[index].title.toLowerCase().startsWith(wanted)) {
-                    current = index
+                    makeCurrent(index)
                     break
                 }
             }
@@ -77,126 +91,131 @@ Popover {
         }
     }
 
-    Column {
-        id: rows
-        width: menu.contentWidth
+    ScrollArea {
+        id: scroll
+        anchors.fill: parent
+        contentHeight: rows.height
+        Column {
+            id: rows
+            width: menu.contentWidth
 
-        Text {
-            visible: menu.title !== ""
-            height: visible ? 26 : 0
-            leftPadding: 10
-            verticalAlignment: Text.AlignVCenter
-            text: menu.title
-            color: Theme.secondaryText
-            font.pixelSize: 11
-            font.weight: Font.DemiBold
-        }
-        Repeater {
-            model: menu.entries
-            delegate: Item {
-                id: row
-                required property var modelData
-                required property int index
-                readonly property bool usable: modelData.enabled !== false
-                readonly property bool isCurrent: menu.current === index && usable
-                readonly property color ink: !usable ? Theme.white(0.35)
-                                           : modelData.destructive && !isCurrent ? Theme.destructiveText : Theme.text
+            PlainText {
+                visible: menu.title !== ""
+                height: visible ? 26 : 0
+                leftPadding: 10
+                verticalAlignment: Text.AlignVCenter
+                text: menu.title
+                color: Theme.secondaryText
+                font.pixelSize: 11
+                font.weight: Font.DemiBold
+            }
+            Repeater {
+                id: entryItems
+                model: menu.entries
+                delegate: Item {
+                    id: row
+                    required property var modelData
+                    required property int index
+                    readonly property bool usable: modelData.enabled !== false
+                    readonly property bool isCurrent: menu.current === index && usable
+                    readonly property color ink: !usable ? Theme.white(0.35)
+                                               : modelData.destructive && !isCurrent ? Theme.destructiveText : Theme.text
 
-                readonly property int above: modelData.begins ? 9 : 0
+                    readonly property int above: modelData.begins ? 9 : 0
 
-                width: menu.contentWidth
-                height: 28 + above
-                Component.onCompleted: menu.widest = Math.max(menu.widest, Math.ceil(
-                    menu.leading + words.implicitWidth + (shortcut.visible ? shortcut.implicitWidth + 28 : 0)
-                    + (dot.visible ? 16 : 0) + 14))
+                    width: menu.contentWidth
+                    height: 28 + above
+                    Component.onCompleted: menu.widest = Math.max(menu.widest, Math.ceil(
+                        menu.leading + words.implicitWidth + (shortcut.visible ? shortcut.implicitWidth + 28 : 0)
+                        + (dot.visible ? 16 : 0) + 14))
 
-                Accessible.role: menu.hasChecks ? Accessible.RadioButton : Accessible.MenuItem
-                Accessible.name: modelData.title
-                Accessible.checkable: menu.hasChecks
-                Accessible.checked: modelData.checked === true
-                Accessible.focusable: usable
-                Accessible.focused: isCurrent
-                Accessible.onPressAction: menu.pick(index)
+                    Accessible.role: menu.hasChecks ? Accessible.RadioButton : Accessible.MenuItem
+                    Accessible.name: modelData.title
+                    Accessible.checkable: menu.hasChecks
+                    Accessible.checked: modelData.checked === true
+                    Accessible.focusable: usable
+                    Accessible.focused: isCurrent
+                    Accessible.onPressAction: menu.pick(index)
 
-                Rectangle {
-                    visible: row.above > 0
-                    x: 10
-                    y: 4
-                    width: parent.width - 20
-                    height: 1
-                    color: Theme.separator
+                    Rectangle {
+                        visible: row.above > 0
+                        x: 10
+                        y: 4
+                        width: parent.width - 20
+                        height: 1
+                        color: Theme.separator
+                    }
+                    Rectangle {
+                        anchors.fill: parent
+                        anchors.topMargin: row.above
+                        radius: 10
+                        color: !row.isCurrent ? "transparent"
+                             : row.modelData.destructive ? Theme.destructiveFill : Theme.primaryFill
+                    }
+                    Icon {
+                        visible: row.modelData.checked === true
+                        x: 9
+                        width: 14
+                        height: 14
+                        anchors.verticalCenter: parent.verticalCenter
+                        anchors.verticalCenterOffset: row.above / 2
+                        name: "check"
+                        strokeWidth: 1.75
+                        color: row.ink
+                    }
+                    Icon {
+                        visible: name !== ""
+                        x: 10
+                        width: 16
+                        height: 16
+                        anchors.verticalCenter: parent.verticalCenter
+                        anchors.verticalCenterOffset: row.above / 2
+                        name: row.modelData.iconName ?? ""
+                        strokeWidth: 1.4
+                        color: row.ink
+                    }
+                    Rectangle {
+                        id: dot
+                        visible: row.modelData.color !== undefined
+                        x: menu.leading
+                        width: 9
+                        height: 9
+                        radius: 4.5
+                        anchors.verticalCenter: parent.verticalCenter
+                        anchors.verticalCenterOffset: row.above / 2
+                        color: row.modelData.color ?? "transparent"
+                        border.color: row.isCurrent ? Theme.white(0.7) : "transparent"
+                        border.width: row.isCurrent ? 1 : 0
+                    }
+                    PlainText {
+                        id: words
+                        x: menu.leading + (dot.visible ? 16 : 0)
+                        width: Math.min(implicitWidth, parent.width - x - 12 - (shortcut.visible ? shortcut.width + 16 : 0))
+                        y: row.above
+                        height: parent.height - y
+                        verticalAlignment: Text.AlignVCenter
+                        text: row.modelData.title
+                        elide: Text.ElideRight
+                        color: row.ink
+                        font.pixelSize: 13
+                    }
+                    PlainText {
+                        id: shortcut
+                        visible: text !== ""
+                        anchors.right: parent.right
+                        anchors.rightMargin: 12
+                        y: row.above
+                        height: parent.height - y
+                        verticalAlignment: Text.AlignVCenter
+                        text: row.modelData.shortcut ?? ""
+                        color: row.isCurrent ? Theme.white(0.85) : Theme.secondaryText
+                        font.pixelSize: 11
+                    }
+                    HoverHandler {
+                        onPointChanged: if (hovered) menu.pointAt(row.index, point.scenePosition)
+                    }
+                    TapHandler { onTapped: menu.pick(row.index) }
                 }
-                Rectangle {
-                    anchors.fill: parent
-                    anchors.topMargin: row.above
-                    radius: 10
-                    color: !row.isCurrent ? "transparent"
-                         : row.modelData.destructive ? Theme.destructiveFill : Theme.primaryFill
-                }
-                Icon {
-                    visible: row.modelData.checked === true
-                    x: 9
-                    width: 14
-                    height: 14
-                    anchors.verticalCenter: parent.verticalCenter
-                    anchors.verticalCenterOffset: row.above / 2
-                    name: "check"
-                    strokeWidth: 1.75
-                    color: row.ink
-                }
-                Icon {
-                    visible: name !== ""
-                    x: 10
-                    width: 16
-                    height: 16
-                    anchors.verticalCenter: parent.verticalCenter
-                    anchors.verticalCenterOffset: row.above / 2
-                    name: row.modelData.iconName ?? ""
-                    strokeWidth: 1.4
-                    color: row.ink
-                }
-                Rectangle {
-                    id: dot
-                    visible: row.modelData.color !== undefined
-                    x: menu.leading
-                    width: 9
-                    height: 9
-                    radius: 4.5
-                    anchors.verticalCenter: parent.verticalCenter
-                    anchors.verticalCenterOffset: row.above / 2
-                    color: row.modelData.color ?? "transparent"
-                    border.color: row.isCurrent ? Theme.white(0.7) : "transparent"
-                    border.width: row.isCurrent ? 1 : 0
-                }
-                Text {
-                    id: words
-                    x: menu.leading + (dot.visible ? 16 : 0)
-                    width: Math.min(implicitWidth, parent.width - x - 12)
-                    y: row.above
-                    height: parent.height - y
-                    verticalAlignment: Text.AlignVCenter
-                    text: row.modelData.title
-                    textFormat: Text.PlainText
-                    elide: Text.ElideRight
-                    color: row.ink
-                    font.pixelSize: 13
-                }
-                Text {
-                    id: shortcut
-                    visible: text !== ""
-                    anchors.right: parent.right
-                    anchors.rightMargin: 12
-                    y: row.above
-                    height: parent.height - y
-                    verticalAlignment: Text.AlignVCenter
-                    text: row.modelData.shortcut ?? ""
-                    color: row.isCurrent ? Theme.white(0.85) : Theme.secondaryText
-                    font.pixelSize: 11
-                }
-                HoverHandler {
-                    onHoveredChanged: if (hovered) menu.current = row.index
-                }
-                TapHandler { onTapped: menu.pick(row.index) }
             }
         }
     }

@@ -48,7 +48,7 @@ FocusScope {
             border.width: 2
             visible: day.isSelected && days.activeFocus && Appearance.showsFocus
         }
-        Text {
+        PlainText {
             anchors.centerIn: parent
             text: day.modelData.day
             color: day.isSelected ? Theme.text : day.modelData.isToday ? Theme.accentText
@@ -66,7 +66,7 @@ FocusScope {
         }
     }
 
-    Text {
+    PlainText {
         x: Math.round((month.cellWidth - 14) / 2)
         height: 28
         verticalAlignment: Text.AlignVCenter
@@ -94,7 +94,7 @@ FocusScope {
         y: 28
         Repeater {
             model: month.picker.weekdays
-            delegate: Text {
+            delegate: PlainText {
                 required property var modelData
                 width: month.cellWidth
                 height: 20

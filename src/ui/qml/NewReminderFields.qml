@@ -126,7 +126,7 @@ Column {
 
     Row {
         spacing: 12
-        Text {
+        PlainText {
             height: 26
             verticalAlignment: Text.AlignVCenter
             text: Localizer.text("Priority", "Priorité")

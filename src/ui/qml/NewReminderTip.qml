@@ -51,7 +51,7 @@ Item {
         height: 2
         color: bubble.color
     }
-    Text {
+    PlainText {
         id: words
         anchors.centerIn: parent
         text: Localizer.text("Ctrl N adds a reminder from here", "Ctrl N ajoute un rappel depuis ici")

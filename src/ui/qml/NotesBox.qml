@@ -72,7 +72,7 @@ FocusScope {
                 }
             }
 
-            Text {
+            PlainText {
                 y: input.topPadding
                 width: parent.width
                 visible: input.text === "" && input.preeditText === ""

@@ -31,7 +31,7 @@ Item {
             subject: notice.subject
         }
         Item { width: 1; height: notice.picture === "" ? 0 : 10 }
-        Text {
+        PlainText {
             width: parent.width
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
@@ -42,12 +42,11 @@ Item {
             Accessible.ignored: true
         }
         Item { width: 1; height: 4; visible: notice.explanation !== "" }
-        Text {
+        PlainText {
             visible: text !== ""
             anchors.horizontalCenter: parent.horizontalCenter
             width: Math.min(implicitWidth, notice.width - (notice.narrow ? 8 : 80), 520)
             text: notice.explanation
-            textFormat: Text.PlainText
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
             maximumLineCount: notice.narrow ? 4 : 2

@@ -52,11 +52,10 @@ OnboardingPage {
                 onToggled: checked => page.settings.launchesAtLogin = checked
             }
         }
-        Text {
+        PlainText {
             visible: text !== ""
             width: (page.width - 40) / 2
             text: page.settings.launchAtLoginProblem
-            textFormat: Text.PlainText
             wrapMode: Text.Wrap
             color: Theme.overdue
             font.pixelSize: 12

@@ -49,7 +49,7 @@ Item {
             visible: scene.phase === 1 && area.height < 30
             width: parent.width
             height: 22
-            Text {
+            PlainText {
                 width: 26
                 height: parent.height
                 horizontalAlignment: Text.AlignRight
@@ -60,7 +60,7 @@ Item {
                 font.weight: Font.DemiBold
                 Accessible.ignored: true
             }
-            Text {
+            PlainText {
                 width: area.width - 44
                 height: parent.height
                 horizontalAlignment: Text.AlignRight
@@ -100,7 +100,7 @@ Item {
                     name: scene.shownIcon
                     color: Theme.accentText
                 }
-                Text {
+                PlainText {
                     anchors.verticalCenter: parent.verticalCenter
                     text: scene.shownText
                     color: Theme.text

@@ -10,7 +10,7 @@ Item {
     property bool centered: false
     default property alias content: body.data
 
-    Text {
+    PlainText {
         id: heading
         y: page.centered ? 12 : 0
         width: parent.width
@@ -22,7 +22,7 @@ Item {
         Accessible.role: Accessible.Heading
         Accessible.name: text
     }
-    Text {
+    PlainText {
         id: words
         visible: text !== ""
         anchors.top: heading.bottom

@@ -131,7 +131,7 @@ Item {
             }
         }
     }
-    Text {
+    PlainText {
         visible: !preview.settings.showReminders && !preview.settings.showCalendar
         anchors.centerIn: parent
         text: Localizer.text("Nothing to show", "Rien à afficher")

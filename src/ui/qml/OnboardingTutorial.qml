@@ -53,7 +53,7 @@ OnboardingPage {
             radius: 6
             color: Theme.control
             border.color: Theme.border
-            Text {
+            PlainText {
                 anchors.centerIn: parent
                 text: gesture.keys
                 color: Theme.text
@@ -61,7 +61,7 @@ OnboardingPage {
                 font.weight: Font.Medium
             }
         }
-        Text {
+        PlainText {
             x: cap.visible ? 104 : 32
             width: parent.width - x
             height: parent.height
@@ -110,7 +110,7 @@ OnboardingPage {
             words: Localizer.text("Take the last change back", "Annuler le dernier changement")
             done: page.onboarding.undone
         }
-        Text {
+        PlainText {
             x: 32
             width: (page.width - 40) / 2 - x
             height: 32

@@ -29,7 +29,7 @@ Column {
                 name: "warning"
                 color: Theme.flag
             }
-            Text {
+            PlainText {
                 id: sentence
                 x: 32
                 y: 8

@@ -41,7 +41,7 @@ FocusScope {
         border.width: Theme.contrast ? 1 : 0
         Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
     }
-    Text {
+    PlainText {
         id: label
         anchors.centerIn: parent
         text: button.text

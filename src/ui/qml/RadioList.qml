@@ -26,7 +26,7 @@ FocusScope {
         id: column
         width: parent.width
 
-        Text {
+        PlainText {
             height: 24
             text: list.title
             color: Theme.secondaryText
@@ -70,7 +70,7 @@ FocusScope {
                         color: "white"
                     }
                 }
-                Text {
+                PlainText {
                     id: words
                     x: 28
                     height: parent.height

@@ -87,14 +87,13 @@ Item {
         }
     }
 
-    Text {
+    PlainText {
         id: title
         x: 38
         // Two lines end above the facts whatever their size.
         y: 27 - lineHeight
         width: root.width - x - 12
         text: root.card.title
-        textFormat: Text.PlainText
         wrapMode: Text.Wrap
         elide: Text.ElideRight
         maximumLineCount: 2
@@ -119,25 +118,23 @@ Item {
         /// What is left beside all that, for what is told where there is room.
         readonly property real room: width - besidesDue - (due.visible ? due.width + spacing : 0)
 
-        Text {
+        PlainText {
             id: marks
             visible: text !== ""
             height: 14
             text: root.card.priorityMarks
-            textFormat: Text.PlainText
             color: Theme.flag
             font.pixelSize: Theme.panelText(11)
             font.weight: Font.Bold
             Accessible.ignored: true
         }
-        Text {
+        PlainText {
             id: due
             visible: text !== ""
             width: Math.min(implicitWidth, facts.width - facts.besidesDue)
             height: 14
             elide: Text.ElideRight
             text: root.dueText
-            textFormat: Text.PlainText
             color: duePointer.hovered && !root.card.isOverdue ? Theme.text : root.dueColor
             font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
@@ -160,23 +157,21 @@ Item {
             name: "repeat"
             color: Theme.secondaryText
         }
-        Text {
+        PlainText {
             id: repeatWords
             visible: root.card.repeatText !== "" && implicitWidth <= facts.room
             leftPadding: -2
             height: 14
             text: root.card.repeatText
-            textFormat: Text.PlainText
             color: Theme.secondaryText
             font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
         }
-        Text {
+        PlainText {
             visible: root.card.alertText !== ""
                      && implicitWidth <= facts.room - (repeatWords.visible ? repeatWords.width + facts.spacing : 0)
             height: 14
             text: "· " + root.card.alertText
-            textFormat: Text.PlainText
             color: Theme.secondaryText
             font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true

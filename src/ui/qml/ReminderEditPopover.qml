@@ -42,7 +42,7 @@ Popover {
         width: parent.width
         spacing: 10
 
-        Text {
+        PlainText {
             id: heading
             text: Localizer.text("Edit reminder", "Modifier le rappel")
             color: Theme.text

@@ -78,7 +78,7 @@ FocusScope {
             Keys.onEnterPressed: search.dismissed()
             Keys.onDownPressed: search.dismissed()
 
-            Text {
+            PlainText {
                 anchors.fill: parent
                 visible: input.text === "" && input.preeditText === ""
                 verticalAlignment: Text.AlignVCenter

@@ -64,7 +64,7 @@ FocusScope {
                 Accessible.focused: isChosen && segmented.activeFocus
                 Accessible.onPressAction: if (segmented.enabled) segmented.chosen(modelData.rawValue)
 
-                Text {
+                PlainText {
                     anchors.centerIn: parent
                     text: cell.modelData.title
                     color: cell.isChosen ? Theme.text : Theme.secondaryText

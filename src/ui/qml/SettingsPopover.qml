@@ -19,7 +19,7 @@ Popover {
     readonly property string offTitle: Localizer.text("Off", "Aucun")
     readonly property bool showsBoth: settings.showReminders && settings.showCalendar
 
-    component Heading: Text {
+    component Heading: PlainText {
         topPadding: 14
         bottomPadding: 4
         color: Theme.secondaryText
@@ -32,7 +32,7 @@ Popover {
         width: column.width
         height: visible ? 34 : 0
     }
-    component Explanation: Text {
+    component Explanation: PlainText {
         width: column.width
         topPadding: 2
         color: Theme.secondaryText
@@ -72,7 +72,7 @@ Popover {
         return values.includes(present) ? values : values.concat(present).sort((a, b) => a - b)
     }
 
-    Text {
+    PlainText {
         id: title
         height: 26
         text: Localizer.text("Settings", "Réglages")
@@ -262,7 +262,6 @@ Popover {
                 visible: text !== ""
                 bottomPadding: 6
                 text: popover.settings.launchAtLoginProblem
-                textFormat: Text.PlainText
                 color: Theme.overdue
                 Accessible.role: Accessible.AlertMessage
                 Accessible.name: text

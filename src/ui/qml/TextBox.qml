@@ -50,7 +50,7 @@ FocusScope {
         Accessible.role: Accessible.EditableText
         Accessible.name: box.spokenName
 
-        Text {
+        PlainText {
             anchors.fill: parent
             visible: input.text === "" && input.preeditText === ""
             verticalAlignment: Text.AlignVCenter

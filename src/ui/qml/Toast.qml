@@ -57,14 +57,13 @@ Rectangle {
         onHoveredChanged: hovered ? stay.stop() : stay.restart()
     }
     TapHandler { enabled: !toast.isOffer; onTapped: toast.hide() }
-    Text {
+    PlainText {
         id: words
         anchors.fill: parent
         anchors.leftMargin: 14
         anchors.rightMargin: 14 + toast.actionWidth
         verticalAlignment: Text.AlignVCenter
         horizontalAlignment: Text.AlignHCenter
-        textFormat: Text.PlainText
         elide: Text.ElideRight
         color: Theme.text
         font.pixelSize: Theme.panelText(12)
@@ -80,7 +79,7 @@ Rectangle {
         Accessible.name: actionLabel.text
         Accessible.onPressAction: toast.perform()
 
-        Text {
+        PlainText {
             id: actionLabel
             anchors.centerIn: parent
             anchors.horizontalCenterOffset: -3

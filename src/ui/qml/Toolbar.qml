@@ -32,7 +32,8 @@ FocusScope {
         overlays.present("settings", "SettingsPopover.qml", settingsButton, { alignment: "right", settings: settings })
     }
     function openSearch() {
-        search.open()
+        if (showsCards)
+            search.open()
     }
     function openLists() {
         const entries = [{ title: Localizer.text("All lists", "Toutes les listes"), color: Theme.accent,

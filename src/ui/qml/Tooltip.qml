@@ -26,7 +26,7 @@ Rectangle {
     y: Math.round(subject && parent && place.y + height > parent.height
                   ? subject.mapToItem(parent, 0, -5).y - height : place.y)
     z: 10
-    width: Math.ceil(words.implicitWidth) + 16
+    width: Math.min(Math.ceil(words.implicitWidth) + 16, (parent ? parent.width : 0) - 24)
     height: 22
     radius: 7
     color: "#2a2b31"
@@ -34,9 +34,11 @@ Rectangle {
     visible: subject !== null && !delay.running && !silent
 
     Timer { id: delay; interval: 600 }
-    Text {
+    PlainText {
         id: words
         anchors.centerIn: parent
+        width: parent.width - 16
+        elide: Text.ElideRight
         text: tooltip.subject ? tooltip.subject.tip : ""
         color: Theme.text
         font.pixelSize: Theme.panelText(11)

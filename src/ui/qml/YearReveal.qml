@@ -63,7 +63,7 @@ FocusScope {
         width: reveal.greets ? 520 : 280
         opacity: Math.min(1, reveal.progress * 4)
 
-        Text {
+        PlainText {
             width: parent.width
             horizontalAlignment: reveal.greets ? Text.AlignHCenter : Text.AlignLeft
             text: reveal.year.heading
@@ -71,7 +71,7 @@ FocusScope {
             font.pixelSize: reveal.greets ? 34 : 15
             font.weight: Font.DemiBold
         }
-        Text {
+        PlainText {
             visible: !reveal.greets
             text: Number(Math.round(reveal.year.total * reveal.progress)).toLocaleString(
                       Qt.locale(Localizer.isFrench ? "fr_FR" : "en_US"), "f", 0)
@@ -79,7 +79,7 @@ FocusScope {
             font.pixelSize: 84
             font.weight: Font.DemiBold
         }
-        Text {
+        PlainText {
             width: parent.width
             topPadding: reveal.greets ? 10 : 0
             horizontalAlignment: reveal.greets ? Text.AlignHCenter : Text.AlignLeft
@@ -111,7 +111,7 @@ FocusScope {
                 width: 26
                 height: bars.height
 
-                Text {
+                PlainText {
                     anchors.horizontalCenter: parent.horizontalCenter
                     y: column.y - height - 4
                     visible: bar.modelData.count > 0
@@ -131,7 +131,7 @@ FocusScope {
                     color: bar.modelData.count === 0 ? Theme.white(Theme.contrast ? 0.3 : 0.1)
                          : bar.modelData.isCurrent ? Theme.accentText : Theme.accent
                 }
-                Text {
+                PlainText {
                     id: letter
                     anchors.horizontalCenter: parent.horizontalCenter
                     anchors.bottom: parent.bottom
@@ -143,7 +143,7 @@ FocusScope {
             }
         }
     }
-    Text {
+    PlainText {
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
         anchors.bottomMargin: 16
