@@ -143,5 +143,28 @@ TEST_F(ReminderStoreFiles, EverythingDoneAndUndoneLeavesTheFilesAsTheyWere) {
     }
 }
 
+TEST_F(ReminderStoreFiles, RemindersOfOneIdentifierInSeveralListsHaveFlagsOfTheirOwn) {
+    write("second/a.ics", "SUMMARY:second\r\n");
+    write("third/a.ics", "SUMMARY:third\r\n");
+    ASSERT_TRUE(scheduler.runUntil([&] { return store.tasks().size() == 4; }));
+    const auto find = [&](const char* title) {
+        for (const ReminderTask& task : store.tasks()) {
+            if (task.title == QLatin1String(title))
+                return task;
+        }
+        return ReminderTask{};
+    };
+    for (const bool flag : {true, false}) {
+        bool isDone = false;
+        store.setFlagged(find("third").id, flag, [&](const auto& result) { isDone = result.has_value(); });
+        ASSERT_TRUE(scheduler.runUntil([&] { return isDone; }));
+        settle();
+        EXPECT_EQ(find("third").isFlagged, flag);
+        EXPECT_FALSE(find("second").isFlagged || find("Call the plumber").isFlagged);
+        EXPECT_EQ(files()[QStringLiteral("third/a.ics")].contains("X-PINNED:true\r"), flag);
+        EXPECT_FALSE(files()[QStringLiteral("second/a.ics")].contains("X-PINNED:true\r"));
+    }
+}
+
 }  // namespace
 }  // namespace kestrant
