@@ -1,10 +1,10 @@
 #include "eventkit/icalendar/DateValue.h"
+#include "eventkit/icalendar/Occurrences.h"
 #include "eventkit/icalendar/TimeZoneText.h"
 
 #include <QHash>
 
 #include <algorithm>
-#include <limits>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -14,8 +14,8 @@ namespace {
 
 /// What a definition may cost. Clocks are set a few times a year at most.
 constexpr std::size_t mostOnsets = 500;
-constexpr std::size_t mostOnsetsAYear = 100;
-constexpr int mostDaysLookedAt = 200'000;
+constexpr int mostOnsetsAYear = 100;
+constexpr qint64 mostSteps = 200'000;
 constexpr qsizetype longestDefinition = 65'536;
 constexpr qsizetype mostDefinitionsKept = 200;
 
@@ -38,15 +38,6 @@ std::optional<int> readOffset(ComponentView observance, QByteArrayView name) {
     return seconds < 86'400 ? std::optional(text[0] == '-' ? -seconds : seconds) : std::nullopt;
 }
 
-bool contains(const std::vector<int>& numbers, int number) {
-    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
-}
-
-/// Whether a position, also one counted from the end, is among the numbers, or there are none.
-bool isAmong(const std::vector<int>& numbers, int position, int size) {
-    return numbers.empty() || contains(numbers, position) || contains(numbers, position - size - 1);
-}
-
 qint64 secondsOf(const LocalTime& time) {
     return (time.day.toJulianDay() - unixEpochJulianDay) * 86'400 + QTime(0, 0).secsTo(time.time);
 }
@@ -61,26 +52,12 @@ struct Observance {
     std::vector<LocalTime> dates;
 
     [[nodiscard]] bool isEndless() const { return rule && !rule->count && !rule->until; }
-    [[nodiscard]] bool isPastEnd(const LocalTime& time) const;
-    [[nodiscard]] bool fits(QDate day) const;
 };
 
-/// Whether the parts of a rule are those by which clocks are set.
+/// Whether clocks are set by rules of this kind.
 bool isSensible(const RecurrenceRule& rule) {
     using Frequency = RecurrenceRule::Frequency;
-    return (rule.frequency == Frequency::yearly || rule.frequency == Frequency::monthly) &&
-           rule.byHour.size() <= 1 && rule.byMinute.size() <= 1 && rule.bySecond.size() <= 1 &&
-           rule.byWeekNumber.empty();
-}
-
-/// Fills in what the rule leaves to its start.
-RecurrenceRule completed(RecurrenceRule rule, const LocalTime& start) {
-    if (rule.byDay.empty() && rule.byMonthDay.empty() && rule.byYearDay.empty()) {
-        rule.byMonthDay = {start.day.day()};
-        if (rule.frequency == RecurrenceRule::Frequency::yearly && rule.byMonth.empty())
-            rule.byMonth = {start.day.month()};
-    }
-    return rule;
+    return rule.frequency == Frequency::yearly || rule.frequency == Frequency::monthly;
 }
 
 std::optional<Observance> readObservance(ComponentView part) {
@@ -99,7 +76,7 @@ std::optional<Observance> readObservance(ComponentView part) {
     const auto property = part.property("RRULE");
     auto rule = property ? RecurrenceRule::parse(property->value) : std::nullopt;
     if (rule && isSensible(*rule))
-        result.rule = completed(std::move(*rule), result.start);
+        result.rule = std::move(rule);
     for (const Property& list : part.properties("RDATE")) {
         for (const QByteArray& value : list.value.split(',')) {
             if (result.dates.size() > mostOnsets)
@@ -109,35 +86,6 @@ std::optional<Observance> readObservance(ComponentView part) {
         }
     }
     return result;
-}
-
-bool Observance::isPastEnd(const LocalTime& time) const {
-    if (!rule->until)
-        return false;
-    switch (rule->until->form) {
-    case RecurrenceRule::UntilForm::date:
-        return time.day > rule->until->time.day;
-    case RecurrenceRule::UntilForm::local:
-        return rule->until->time < time;
-    case RecurrenceRule::UntilForm::utc:
-        break;
-    }
-    return secondsOf(time) - before > secondsOf(rule->until->time);
-}
-
-bool Observance::fits(QDate day) const {
-    if (!isAmong(rule->byMonthDay, day.day(), day.daysInMonth()) ||
-        !isAmong(rule->byYearDay, day.dayOfYear(), day.daysInYear()))
-        return false;
-    const bool perYear = rule->frequency == RecurrenceRule::Frequency::yearly && rule->byMonth.empty();
-    const int position = perYear ? day.dayOfYear() : day.day();
-    const int size = perYear ? day.daysInYear() : day.daysInMonth();
-    return rule->byDay.empty() ||
-           std::any_of(rule->byDay.begin(), rule->byDay.end(), [&](const RecurrenceRule::WeekDay& weekDay) {
-               return weekDay.day == day.dayOfWeek() &&
-                      (weekDay.ordinal == 0 || weekDay.ordinal == (position - 1) / 7 + 1 ||
-                       weekDay.ordinal == -((size - position) / 7 + 1));
-           });
 }
 
 /// Writes out when the clocks of a definition are set, as far as that does not cost too much.
@@ -162,7 +110,7 @@ class Onsets {
     /// are not all there.
     bool writeOut(int firstYear) {
         onsets_.clear();
-        daysLeft_ = mostDaysLookedAt;
+        stepsLeft_ = mostSteps;
         const bool isComplete =
             std::all_of(observances_.begin(), observances_.end(), [&](const Observance& each) {
                 return add(each, each.start) &&
@@ -198,68 +146,30 @@ class Onsets {
         return true;
     }
 
-    /// Adds the dates of a rule after its start.
+    /// Adds the dates of a rule after its start; none where it is not one by which clocks are set.
     bool follow(const Observance& each, int firstYear) {
-        const int startYear = each.start.day.year();
-        qint64 left = each.rule->count ? *each.rule->count - 1LL : std::numeric_limits<qint64>::max();
-        for (int year = each.rule->count ? startYear : std::max(startYear, firstYear); year < end_; ++year) {
-            const auto times = timesIn(each, year);
-            if (!times)
-                return false;
-            for (const LocalTime& time : *times) {
-                if (!(each.start < time))
-                    continue;
-                if (left-- <= 0 || each.isPastEnd(time))
-                    return true;
-                if (year >= firstYear && !add(each, time))
-                    return false;
-            }
+        Occurrences dates(*each.rule, each.start, DateKind::time,
+                          ZoneCalendar(TimeZone::defined({}, {.before = {.offset = each.before}})));
+        dates.limitSteps(stepsLeft_);
+        dates.skipTo({QDate(firstYear, 1, 1), QTime(0, 0)});
+        dates.endWith(each.start.day, QDate(end_ - 1, 12, 31));
+        std::vector<LocalTime> found;
+        int inYear = 0;
+        for (auto date = dates.next(); date && found.size() <= mostOnsets; date = dates.next()) {
+            inYear = !found.empty() && found.back().day.year() == date->day.year() ? inYear + 1 : 1;
+            if (inYear > mostOnsetsAYear)
+                return true;
+            if (each.start < *date)
+                found.push_back(*date);
         }
-        return true;
-    }
-
-    /// Absent where there are too many.
-    std::optional<std::vector<LocalTime>> timesIn(const Observance& each, int year) {
-        const RecurrenceRule& rule = *each.rule;
-        const LocalTime& start = each.start;
-        const bool isYearly = rule.frequency == RecurrenceRule::Frequency::yearly;
-        std::vector<LocalTime> result;
-        if (isYearly && (year - start.day.year()) % rule.interval != 0)
-            return result;
-        const auto orElse = [](const std::vector<int>& numbers, int other) {
-            return numbers.empty() ? other : numbers.front();
-        };
-        const QTime time(orElse(rule.byHour, start.time.hour()), orElse(rule.byMinute, start.time.minute()),
-                         std::min(orElse(rule.bySecond, start.time.second()), 59));
-        std::vector<LocalTime> period;
-        for (int month = 1; month <= 12; ++month) {
-            const int months = (year - start.day.year()) * 12 + month - start.day.month();
-            const bool isPassedOver = (!rule.byMonth.empty() && !contains(rule.byMonth, month)) ||
-                                      (!isYearly && (months < 0 || months % rule.interval != 0));
-            if (!isPassedOver) {
-                const QDate first(year, month, 1);
-                daysLeft_ -= first.daysInMonth();
-                for (int day = 0; day < first.daysInMonth(); ++day) {
-                    if (each.fits(first.addDays(day)))
-                        period.push_back({first.addDays(day), time});
-                }
-            }
-            if (isYearly && month < 12)
-                continue;
-            const auto size = static_cast<int>(period.size());
-            for (int i = 0; i < size; ++i) {
-                if (isAmong(rule.bySetPosition, i + 1, size))
-                    result.push_back(period[static_cast<std::size_t>(i)]);
-            }
-            period.clear();
-        }
-        const bool isTooMuch = daysLeft_ < 0 || result.size() > mostOnsetsAYear;
-        return isTooMuch ? std::nullopt : std::optional(std::move(result));
+        stepsLeft_ = dates.stepsLeft();
+        return !dates.ranOut() && std::all_of(found.begin(), found.end(),
+                                              [&](const LocalTime& date) { return add(each, date); });
     }
 
     const std::vector<Observance>& observances_;
     std::vector<Onset> onsets_;
-    int daysLeft_ = 0;
+    qint64 stepsLeft_ = 0;
     int lastNamed_ = 0;
     /// Rules are followed up to this year.
     int end_ = 0;
