@@ -63,6 +63,8 @@ TEST_F(EventFetchTest, NoSeriesTakesMoreThanItsShare) {
         {"very many exceptions", start + "RRULE:FREQ=HOURLY\nEXDATE:" + manyTimes(100'000, 1) + "\n", true},
         {"no dates", start + "RRULE:FREQ=YEARLY;BYMONTH=2;BYMONTHDAY=30\n", false},
         {"no dates, hard to see", start + "RRULE:FREQ=SECONDLY;INTERVAL=60;BYSECOND=30\n", true},
+        {"many dates that ended shortly before",
+         "DTSTART:20260326T120000Z\nRRULE:FREQ=SECONDLY;UNTIL=20260326T122000Z\n", false},
         {"full lists", start + "RRULE:" + everySecond, true},
         {"an end that is far away", start + "DTEND:99991231T000000Z\nRRULE:FREQ=DAILY\n", false},
         {"many rules", start + QByteArray("RRULE:FREQ=HOURLY\nEXRULE:FREQ=HOURLY;INTERVAL=3\n").repeated(300),

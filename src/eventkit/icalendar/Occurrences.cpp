@@ -117,7 +117,7 @@ void Occurrences::begin(Way way) {
         return;
     LocalTime from = earliest_;
     if (way == Way::back && rule_.until)
-        from = std::min(from, LocalTime{rule_.until->time.day.addDays(2)});
+        from = std::min(from, afterEnd());
     qint64 index = periods_.indexOf(from);
     if (way == Way::forward && periods_.reachesIntoNext())
         index = std::max<qint64>(index - 1, 0);
@@ -125,6 +125,18 @@ void Occurrences::begin(Way way) {
     period_ = periods_.period(index, steps);
     position_ = period_.dates.countBefore(from);
     (void)spend(steps);
+}
+
+/// A time close after the end, before which all dates lie.
+LocalTime Occurrences::afterEnd() const {
+    const LocalTime& end = rule_.until->time;
+    if (rule_.until->form == UntilForm::date || kind_ == DateKind::day)
+        return {end.day.addDays(2)};
+    // Before the clocks were set back they showed later times.
+    constexpr int setBackBy = 3 * 3600;
+    const LocalTime& last = untilLocal_ ? *untilLocal_ : end;
+    const bool isNextDay = last.time.secsTo(QTime(23, 59, 59)) < setBackBy;
+    return {last.day.addDays(isNextDay ? 1 : 0), last.time.addSecs(setBackBy)};
 }
 
 bool Occurrences::advance(Way way) {

@@ -60,6 +60,7 @@ class Occurrences {
 
     [[nodiscard]] bool isBeforeStart(const LocalTime& candidate) const;
     [[nodiscard]] bool isPastEnd(const LocalTime& candidate) const;
+    [[nodiscard]] LocalTime afterEnd() const;
     [[nodiscard]] bool gives(const LocalTime& time);
     [[nodiscard]] bool coincidesAfterGap(const LocalTime& candidate);
     /// Enters the period from which skipTo() has the walk begin.
