@@ -1,18 +1,22 @@
 #include "app/SingleInstance.h"
 
 #include "app/CommandSocket.h"
+#include "foundation/FileLock.h"
+#include "foundation/StandardFolders.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDeadlineTimer>
-#include <QDir>
 #include <QLocalSocket>
-#include <QLockFile>
 #include <QThread>
 #include <QTimer>
 
 #include <unistd.h>
+
+#include <cerrno>
+#include <optional>
+#include <utility>
 
 namespace kestrant {
 
@@ -30,20 +34,17 @@ QString nameOf(InstanceCommand command) {
 }
 
 QString socketPath() {
-    QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    if (folder.isEmpty())
-        folder = QDir::tempPath();
-    return folder + QStringLiteral("/com.Kestrant.notchapp-%1.socket").arg(::getuid());
+    return runtimeFolder() + QStringLiteral("/com.Kestrant.notchapp-%1.socket").arg(::getuid());
 }
 
-QString lockPath() {
-    return socketPath() + QStringLiteral(".lock");
+/// What keeps the lock from being taken: EWOULDBLOCK where somebody else holds it.
+tl::expected<FileLock, FileError> takeLock() {
+    return FileLock::ofFile(SingleInstance::lockPath(), FileLock::Waiting::none);
 }
 
 bool isRunning() {
-    QLockFile lock(lockPath());
-    lock.setStaleLockTime(0);
-    return !lock.tryLock(0) && lock.error() == QLockFile::LockFailedError;
+    const auto lock = takeLock();
+    return !lock && lock.error().errorNumber == EWOULDBLOCK;
 }
 
 bool sendOverBus(InstanceCommand command) {
@@ -85,10 +86,14 @@ class BusEndpoint : public QObject {
 
 struct SingleInstance::Private {
     /// Held by the one; the system lets go of it with the process, however that ends.
-    QLockFile lock{lockPath()};
+    std::optional<FileLock> lock;
     std::unique_ptr<BusEndpoint> endpoint;
     std::unique_ptr<CommandSocket> server;
 };
+
+QString SingleInstance::lockPath() {
+    return socketPath() + QStringLiteral(".lock");
+}
 
 SingleInstance::SingleInstance(QObject* parent) : QObject(parent), d_(std::make_unique<Private>()) {}
 
@@ -98,8 +103,11 @@ SingleInstance::~SingleInstance() {
 }
 
 SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)> handler) {
-    d_->lock.setStaleLockTime(0);
-    if (d_->lock.tryLock(0)) {
+    // The person's own folder may not be there yet.
+    (void)createFolder(runtimeFolder());
+    auto lock = takeLock();
+    if (lock && lock->isHeld()) {
+        d_->lock = std::move(*lock);
         // Nobody else can be the one now; how it is reached can wait for the first frame.
         QTimer::singleShot(announcementMilliseconds, this, [this, handler = std::move(handler)] {
             (void)claimOnBus(handler);
@@ -107,8 +115,10 @@ SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)>
         });
         return Claim::first;
     }
-    if (d_->lock.error() == QLockFile::LockFailedError)
+    if (!lock && lock.error().errorNumber == EWOULDBLOCK)
         return Claim::taken;
+    qWarning("There is no lock at %s: %s", qUtf8Printable(lockPath()),
+             lock ? "the file system has none" : qUtf8Printable(lock.error().description));
     const Claim onBus = claimOnBus(handler);
     return onBus == Claim::unavailable && listen(handler) ? Claim::first : onBus;
 }

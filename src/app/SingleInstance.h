@@ -16,8 +16,9 @@ enum class InstanceCommand {
     toggle,
 };
 
-/// One running program per person and machine, told by a lock in the runtime folder. Other starts reach it by
-/// its name on the session bus, or by a local socket where they have no bus. Thread: main.
+/// One running program per person and machine, told by a lock in the runtime folder (or the person's own).
+/// Other starts reach it by its name on the session bus, or by a local socket where they have no bus. Thread:
+/// main.
 class SingleInstance : public QObject {
     Q_OBJECT
 
@@ -41,6 +42,9 @@ class SingleInstance : public QObject {
     /// Sends a command to the running program; false when none is running or it does not answer within two
     /// seconds. Blocks; for a process that has no window.
     [[nodiscard]] static bool send(InstanceCommand command);
+
+    /// The file that is locked by the running program, in the folder of the session.
+    [[nodiscard]] static QString lockPath();
 
   private:
     [[nodiscard]] Claim claimOnBus(const std::function<void(InstanceCommand)>& handler);

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "foundation/Text.h"
+
 #include <QString>
+
+#include <optional>
 
 namespace kestrant {
 
@@ -8,11 +12,17 @@ namespace kestrant {
 inline const QString bundleIdentifier = QStringLiteral("com.Kestrant.notchapp");
 
 /// The folder of what the application keeps for the person: $XDG_DATA_HOME (or ~/.local/share), then the
-/// bundle identifier. Where the machine names no home folder, the same below the folder for temporary files.
-/// It need not exist.
+/// bundle identifier. It need not exist.
 [[nodiscard]] QString applicationSupportFolder();
 
 /// The folder of the settings: as above below $XDG_CONFIG_HOME (or ~/.config).
 [[nodiscard]] QString configurationFolder();
+
+/// Why there are no such folders: the environment names no home and not both of the others. Nothing may then
+/// be kept, since any place that somebody could guess would be open to others.
+[[nodiscard]] std::optional<TextPair> reasonForNoFolders();
+
+/// The folder for what lasts as long as the session: $XDG_RUNTIME_DIR, or else the application's own folder.
+[[nodiscard]] QString runtimeFolder();
 
 }  // namespace kestrant

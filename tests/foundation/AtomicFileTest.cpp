@@ -4,24 +4,31 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <ctime>
+#include <functional>
+#include <optional>
 
 namespace kestrant {
 namespace {
 
 class AtomicFile : public testing::Test {
   protected:
-    [[nodiscard]] QString path(const char* name) const { return folder.filePath(QString::fromUtf8(name)); }
+    [[nodiscard]] QString path(const QByteArray& name) const {
+        return folder.filePath(QString::fromUtf8(name));
+    }
     [[nodiscard]] QStringList entries() const {
         return QDir(folder.path())
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
     }
-    void put(const char* name, const QByteArray& content) const {
+    void put(const QByteArray& name, const QByteArray& content) const {
         ASSERT_TRUE(writeFileAtomically(path(name), content).has_value());
     }
 
@@ -36,13 +43,98 @@ TEST_F(AtomicFile, HoldsWhatWasWrittenAndNothingElseStaysInTheFolder) {
     }
 }
 
-TEST_F(AtomicFile, KeepsThePermissionsOfTheFileItReplaces) {
+TEST_F(AtomicFile, IsItsOwnersAloneWhateverTheMaskAndKeepsThePermissionsItHas) {
+    const auto modeOf = [&](const QByteArray& name) {
+        struct stat status = {};
+        EXPECT_EQ(::stat(qPrintable(path(name)), &status), 0);
+        return status.st_mode & 07777;
+    };
+    for (const mode_t mask : {0000, 0022, 0777}) {
+        const mode_t before = ::umask(mask);
+        const QByteArray name = QByteArray::number(mask);
+        EXPECT_TRUE(createFolder(path(name + "/inner")).has_value());
+        put(name + "/inner/file", "one");
+        EXPECT_TRUE(createFolderWithFiles(path(name + "/list"), {{"color", "red"}}).has_value());
+        ::umask(before);
+        for (const char* inner : {"", "/inner", "/list"})
+            EXPECT_EQ(modeOf(name + inner), 0700U) << mask << inner;
+        for (const char* file : {"/inner/file", "/list/color"})
+            EXPECT_EQ(modeOf(name + file), 0600U) << mask << file;
+    }
     put("file", "one");
     ASSERT_EQ(::chmod(qPrintable(path("file")), 0640), 0);
     put("file", "two");
-    struct stat status = {};
-    ASSERT_EQ(::stat(qPrintable(path("file")), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, 0640U);
+    EXPECT_EQ(modeOf("file"), 0640U);
+    ASSERT_TRUE(replaceFileIf(path("file"), "three", [](const QString&) { return true; }).has_value());
+    EXPECT_EQ(modeOf("file"), 0640U);
+}
+
+TEST_F(AtomicFile, IsReplacedOrRemovedOnlyWhileItIsWhatWasExpected) {
+    // What another program does to the file before the look at it, or between that and the write.
+    const std::function<void()> deeds[] = {
+        [] {},
+        [&] { put("file", "theirs"); },
+        [&] { ASSERT_TRUE(QFile::remove(path("file"))); },
+    };
+    const std::optional<QByteArray> theirs[] = {"read", "theirs", std::nullopt};
+    for (const bool removes : {false, true}) {
+        for (std::size_t deed = 0; deed < std::size(deeds); ++deed) {
+            for (const bool late : {false, true}) {
+                (void)QFile::remove(path("file"));
+                put("file", "read");
+                int looks = 0;
+                if (!late)
+                    deeds[deed]();
+                const auto isRead = [&](const QString& shown) {
+                    const bool result = readFile(shown) == QByteArray("read");
+                    if (late && ++looks == 1)
+                        deeds[deed]();
+                    return result;
+                };
+                const auto done = removes ? removeFileIf(path("file"), isRead)
+                                          : replaceFileIf(path("file"), "ours", isRead);
+                EXPECT_EQ(done ? 0 : done.error().errorNumber, deed == 0 ? 0 : ESTALE)
+                    << removes << deed << late;
+                const auto expected = deed > 0  ? theirs[deed]
+                                      : removes ? std::nullopt
+                                                : std::optional<QByteArray>("ours");
+                const auto left = readFile(path("file"));
+                EXPECT_EQ(left ? std::optional(*left) : std::nullopt, expected) << removes << deed << late;
+                EXPECT_EQ(entries().size(), expected ? 1 : 0) << "nothing is left behind";
+            }
+        }
+    }
+}
+
+TEST_F(AtomicFile, LeftUnfinishedIsRemovedOnceItsProcessIsGoneAndAnHourHasPassed) {
+    // No process has a number as large as that.
+    const struct {
+        const char* name;
+        int age;
+        bool stays;
+    } cases[] = {
+        {".kestrant-999999999-0.tmp", 3700, false},
+        {".kestrant-999999999-1.tmp", 3500, true},
+        {".kestrant-1-0.tmp", 3700, true},
+        {".kestrant-999999999-0.other", 3700, true},
+        {".kestrant-x-0.tmp", 3700, true},
+        {"kestrant-999999999-0.tmp", 3700, true},
+        {".kestrant-999999999-2.tmp/color", 0, false},
+    };
+    QStringList staying;
+    for (const auto& each : cases) {
+        const QString top = QString::fromLatin1(each.name).section(u'/', 0, 0);
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path(each.name)).path()));
+        put(each.name, "x");
+        const timespec past{::time(nullptr) - std::max(each.age, 3700 * int(top != each.name)), 0};
+        const timespec times[] = {past, past};
+        ASSERT_EQ(::utimensat(AT_FDCWD, qPrintable(path(top.toLatin1())), times, 0), 0);
+        if (each.stays)
+            staying.append(top);
+    }
+    removeAbandonedFiles(folder.path());
+    staying.sort();
+    EXPECT_EQ(entries(), staying);
 }
 
 TEST_F(AtomicFile, ReplacesWhatALinkLeadsToAndKeepsTheLink) {

@@ -51,6 +51,20 @@ TEST_F(JsonFileUserDefaultsTest, SurviveTheProgramAndKeepWhatTheyDoNotKnow) {
     EXPECT_EQ(open().string(QStringLiteral("name")), QStringLiteral("é’"));
 }
 
+TEST_F(JsonFileUserDefaultsTest, OfTwoProcessesBothAddToTheSameObject) {
+    putFile(R"({"flags": {"a": true, "b": true}, "order": ["x"]})");
+    open();
+    JsonFileUserDefaults other(path(), scheduler);
+    const QString key = QStringLiteral("flags");
+    other.set(key, QJsonObject{{"a", true}, {"b", true}, {"theirs", true}});
+    defaults->set(key, QJsonObject{{"a", false}, {"ours", true}});
+    EXPECT_TRUE(other.flush());
+    EXPECT_TRUE(defaults->flush());
+    const QJsonObject expected{{"a", false}, {"ours", true}, {"theirs", true}};
+    EXPECT_EQ(fileValues().value(key).toObject(), expected);
+    EXPECT_EQ(defaults->object(key).toObject(), expected);
+}
+
 TEST_F(JsonFileUserDefaultsTest, ThatAreOnlyReadAreNotWritten) {
     EXPECT_TRUE(open().object(QStringLiteral("key")).isUndefined());
     defaults->remove(QStringLiteral("key"));
