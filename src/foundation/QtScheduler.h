@@ -9,9 +9,16 @@
 
 namespace kestrant {
 
-/// The scheduler of the thread that creates it, on Qt's event loop. Timers are precise to a millisecond and
-/// stand still while the machine sleeps. Work that was posted, or is delayed, when the scheduler goes is
-/// dropped.
+/// How long to wait, in the whole milliseconds that timers take, for work that is done every `interval`.
+/// `due` is the moment of the last time and becomes that of the next, so that the mean is exact; a moment
+/// that has passed meanwhile is made up for by none.
+[[nodiscard]] std::chrono::milliseconds untilNext(std::chrono::steady_clock::time_point& due,
+                                                  Duration interval,
+                                                  std::chrono::steady_clock::time_point now);
+
+/// The scheduler of the thread that creates it, on Qt's event loop. Timers are precise to a millisecond, and
+/// those that repeat keep their mean interval exactly; they stand still while the machine sleeps. Work that
+/// was posted, or is delayed, when the scheduler goes is dropped.
 class QtScheduler final : public Scheduler, private QObject {
   public:
     QtScheduler() = default;
@@ -25,12 +32,13 @@ class QtScheduler final : public Scheduler, private QObject {
         std::weak_ptr<ScheduledTask::State> task;
         /// What is left when the timer fires, for delays longer than a timer can be set to.
         std::chrono::milliseconds remaining;
-        bool repeats;
+        /// Zero for work that is done once.
+        Duration interval;
+        std::chrono::steady_clock::time_point due;
     };
 
     void timerEvent(QTimerEvent* event) override;
-    void start(std::chrono::milliseconds delay, const std::weak_ptr<ScheduledTask::State>& task,
-               bool repeats);
+    void start(std::chrono::milliseconds delay, Timer timer);
 
     std::unordered_map<int, Timer> timers_;
 };

@@ -69,6 +69,18 @@ TEST_F(QtSchedulerTest, RepeatsUntilCancelledEvenFromWithinTheWork) {
     EXPECT_THAT(events, ElementsAre("tick", "tick", "tick"));
 }
 
+TEST(QtScheduler, RepeatsSixtyTimesASecondWithTimersOfWholeMilliseconds) {
+    using std::chrono::steady_clock;
+    const Duration interval = std::chrono::microseconds(1'000'000 / 60);
+    steady_clock::time_point now{};
+    steady_clock::time_point due = now;
+    for (int tick = 0; tick < 60; ++tick)
+        now += untilNext(due, interval, now);
+    EXPECT_EQ(std::chrono::round<std::chrono::milliseconds>(now.time_since_epoch()), 1000ms);
+    now += 1h;
+    EXPECT_EQ(untilNext(due, interval, now), 17ms) << "what was slept through is not made up for";
+}
+
 TEST_F(QtSchedulerTest, KeepsDelaysLongerThanATimerCanHold) {
     const ScheduledTask inAYear = scheduler->after(24h * 365, note("a year"));
     const ScheduledTask last = scheduler->after(5ms, [this] { loop.quit(); });
