@@ -14,6 +14,22 @@
 
 namespace kestrant {
 
+namespace {
+
+using Command = CommandLineArguments::Command;
+
+/// What a command has to know of what is in the lists.
+EventStoreUse useOf(const CommandLineArguments& arguments) {
+    EventStoreUse use{.items = std::nullopt, .waitsForAll = true};
+    if (arguments.command == Command::add || arguments.command == Command::addEvent)
+        use.items = QStringList();
+    else if (arguments.command == Command::show)
+        use.items = arguments.subjects;
+    return use;
+}
+
+}  // namespace
+
 CommandRun::CommandRun(const CommandLineArguments& asked, const CommandLineEnvironment& surroundings,
                        UserDefaults& userDefaults, Preferences& personsPreferences, Localization& texts,
                        const EventStoreLocation& store)
@@ -24,7 +40,7 @@ CommandRun::CommandRun(const CommandLineArguments& asked, const CommandLineEnvir
     , localization(texts)
     , clock(asked.now.value_or(surroundings.clock.now()))
     , calendar(surroundings.calendar)
-    , openedStore(openEventStore(store, scheduler, clock, calendar))
+    , openedStore(openEventStore(store, scheduler, clock, calendar, useOf(asked)))
     , eventStore(*openedStore) {}
 
 OutputContext CommandRun::outputContext() const {

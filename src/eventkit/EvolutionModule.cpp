@@ -9,7 +9,7 @@
 namespace kestrant {
 namespace {
 
-using MakeStore = EKEventStore* (*)(Scheduler&, const Clock&, const CurrentCalendar&);
+using MakeStore = EKEventStore* (*)(Scheduler&, const Clock&, const CurrentCalendar&, const EventStoreUse&);
 
 std::optional<QString> modulePath() {
     return moduleFile(QStringLiteral("kestrant_evolution.so"));
@@ -21,15 +21,17 @@ bool hasEvolutionModule() {
     return modulePath().has_value();
 }
 
-tl::expected<std::unique_ptr<EKEventStore>, TextPair>
-makeEvolutionStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar) {
+tl::expected<std::unique_ptr<EKEventStore>, TextPair> makeEvolutionStore(Scheduler& scheduler,
+                                                                         const Clock& clock,
+                                                                         const CurrentCalendar& calendar,
+                                                                         const EventStoreUse& use) {
     const auto path = modulePath();
     if (!path)
         return tl::unexpected(text("Kestrant was built or installed without the desktop’s calendar service.",
                                    "Kestrant a été compilé ou installé sans le service d’agenda du bureau."));
     QLibrary library(*path);
     if (const auto make = reinterpret_cast<MakeStore>(library.resolve("kestrantMakeEvolutionStore")))
-        return std::unique_ptr<EKEventStore>(make(scheduler, clock, calendar));
+        return std::unique_ptr<EKEventStore>(make(scheduler, clock, calendar, use));
     const TextPair pair = text("The desktop’s calendar service cannot be used: %1",
                                "Le service d’agenda du bureau est inutilisable : %1");
     return tl::unexpected(
@@ -37,10 +39,11 @@ makeEvolutionStore(Scheduler& scheduler, const Clock& clock, const CurrentCalend
 }
 
 std::unique_ptr<EKEventStore> openEventStore(const EventStoreLocation& location, Scheduler& scheduler,
-                                             const Clock& clock, const CurrentCalendar& calendar) {
+                                             const Clock& clock, const CurrentCalendar& calendar,
+                                             const EventStoreUse& use) {
     if (location.kind == EventStoreLocation::Kind::vdir)
         return std::make_unique<VdirEventStore>(location.folder, scheduler, clock, calendar);
-    auto store = makeEvolutionStore(scheduler, clock, calendar);
+    auto store = makeEvolutionStore(scheduler, clock, calendar, use);
     if (store)
         return std::move(*store);
     auto unusable = std::make_unique<InMemoryEventStore>(scheduler, clock, calendar);

@@ -233,6 +233,24 @@ TEST_F(CalDavSilence, HoldsUpNoOtherList) {
     EXPECT_TRUE(answer->has_value());
 }
 
+TEST_F(CalDavSilence, BeginsWithoutAListThatIsLate) {
+    const QString local = driver.addList("Local");
+    server.pause();
+    // Whoever opens the account now has to wait for the server.
+    house.service.kill("org.gnome.evolution.dataserver.Calendar");
+    EvolutionEventStore store(house.scheduler, house.scheduler, house.calendar, 10s);
+    EventStoreDriver fresh(store, house.scheduler);
+    ASSERT_EQ(fresh.requestAccess(), std::nullopt);
+    EXPECT_FALSE(store.calendarWithIdentifier(list)->isAnswering);
+    ASSERT_TRUE(store.calendarWithIdentifier(local)->isAnswering);
+    EXPECT_FALSE(store.problems().empty());
+    fresh.add(aReminder("").titled("Milk").in(local));
+    server.resume();
+    house.awaitThat([&] {
+        return store.problems().empty() && fresh.openTitles() == std::vector<QString>{"Bread", "Milk"};
+    });
+}
+
 TEST_F(CalDavSilence, LeavesOpenWhatBecomesOfAChangeUntilTheServerAnswers) {
     const QString local = driver.addList("Local");
     const EKReminderRef there = driver.add(aReminder("").titled("there").in(local));

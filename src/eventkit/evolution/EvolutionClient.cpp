@@ -115,6 +115,8 @@ void EvolutionClient::observe(GCancellable* cancellable) {
     listen(client_.get(), "notify::readonly", G_CALLBACK(+[](GObject*, GParamSpec*, gpointer state) {
                (*static_cast<StateRef*>(state))->observer.propertiesChanged();
            }));
+    if (!state_->observer.itemsChanged)
+        return;
     Error error;
     ECalClientView* view = nullptr;
     if (!e_cal_client_get_view_sync(calendar(), everything, &view, cancellable, error.out())) {

@@ -27,6 +27,7 @@ class EvolutionClient {
     /// Told about items (by UID) that others, or this program, changed; about the list itself, when there are
     /// none; about the connection, when it is lost.
     struct Observer {
+        /// May be empty; then the service is spared the work.
         std::function<void(std::set<QByteArray> uids)> itemsChanged;
         std::function<void()> propertiesChanged;
         std::function<void()> lost;

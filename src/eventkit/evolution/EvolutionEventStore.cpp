@@ -8,16 +8,17 @@
 namespace kestrant {
 
 EvolutionEventStore::EvolutionEventStore(Scheduler& scheduler, const Clock& clock,
-                                         const CurrentCalendar& calendar, std::chrono::milliseconds longest)
-    : EvolutionEventStore(scheduler, clock, calendar, longest, new evolution::SourceQueues) {}
+                                         const CurrentCalendar& calendar, std::chrono::milliseconds longest,
+                                         const EventStoreUse& use)
+    : EvolutionEventStore(scheduler, clock, calendar, longest, use, new evolution::SourceQueues) {}
 
 EvolutionEventStore::EvolutionEventStore(Scheduler& scheduler, const Clock& clock,
                                          const CurrentCalendar& calendar, std::chrono::milliseconds longest,
-                                         evolution::SourceQueues* queues)
+                                         const EventStoreUse& use, evolution::SourceQueues* queues)
     : ItemEventStore(
           scheduler, clock, calendar,
           [&](items::StorageObserver observer) {
-              return std::make_unique<evolution::EvolutionStorage>(std::move(observer), longest, queues);
+              return std::make_unique<evolution::EvolutionStorage>(std::move(observer), longest, queues, use);
           },
           std::unique_ptr<items::WorkQueues>(queues)) {}
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "eventkit/EvolutionModule.h"
 #include "eventkit/items/ItemEventStore.h"
 
 #include <chrono>
@@ -20,12 +21,13 @@ class EvolutionEventStore : public items::ItemEventStore {
     static constexpr std::chrono::seconds longestCall{20};
 
     EvolutionEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
-                        std::chrono::milliseconds longest = longestCall);
+                        std::chrono::milliseconds longest = longestCall, const EventStoreUse& use = {});
 
   private:
     /// `queues` become the store's own.
     EvolutionEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
-                        std::chrono::milliseconds longest, evolution::SourceQueues* queues);
+                        std::chrono::milliseconds longest, const EventStoreUse& use,
+                        evolution::SourceQueues* queues);
 };
 
 }  // namespace kestrant

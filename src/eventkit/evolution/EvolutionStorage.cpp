@@ -24,6 +24,8 @@ using namespace std::chrono_literals;
 constexpr auto longestAtTheEnd = 1s;
 /// What calls that were cancelled need to end.
 constexpr auto grace = 1s;
+/// A list is late after this part of the limit, where others have answered.
+constexpr int latePart = 5;
 
 EKError noService(const TextPair& reason) {
     const TextPair pair = text("The desktop’s calendar service cannot be used: %1.",
@@ -61,6 +63,13 @@ ESourceSelectable* selectableOf(ESource* source, EKEntityType type) {
     return E_SOURCE_SELECTABLE(e_source_get_extension(source, extension));
 }
 
+/// Whether lists of this kind can be changed as a rule, for one that has not been opened.
+bool isWrittenMostly(ESourceSelectable* list) {
+    const Text kind(e_source_backend_dup_backend_name(E_SOURCE_BACKEND(list)));
+    const QByteArray name(kind.get());
+    return name != "webcal" && name != "contacts" && name != "weather";
+}
+
 }  // namespace
 
 class EvolutionStorage::Listener {
@@ -93,14 +102,21 @@ class EvolutionStorage::Listener {
 };
 
 EvolutionStorage::EvolutionStorage(items::StorageObserver observer, std::chrono::milliseconds longest,
-                                   SourceQueues* queues)
+                                   SourceQueues* queues, const EventStoreUse& use)
     : listener_(std::make_shared<Listener>(std::move(observer)))
     , limit_(
           longest,
           {.slow = [listener = listener_](const std::set<QString>& lists) { listener->tellOfWaiting(lists); },
            .overdue = [listener = listener_](const QByteArray& queue,
                                              const QString& list) { listener->tellOfOverdue(queue, list); }})
-    , queues_(queues) {}
+    , queues_(queues)
+    , waitsForAll_(use.waitsForAll) {
+    if (!use.items)
+        return;
+    wanted_.emplace();
+    for (const QString& identifier : *use.items)
+        wanted_->insert(identifier.toUtf8());
+}
 
 EvolutionStorage::~EvolutionStorage() {
     close();
@@ -176,18 +192,19 @@ std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& u
     if (auto client = known())
         return client;
     clients_.erase(uid);
-    auto client = EvolutionClient::connect(
-        list.source.get(), list.type, limit_,
-        {.itemsChanged =
-             [listener = listener_, uid](std::set<QByteArray> items) {
-                 listener->tell({.files = {{uid, std::move(items)}}});
-             },
-         .propertiesChanged = [listener = listener_] { listener->tell({.collections = true}); },
-         .lost =
-             [listener = listener_, uid] {
-                 listener->tell({.files = {{uid, {}}}});
-             }},
-        reason);
+    EvolutionClient::Observer observer{
+        .itemsChanged = {},
+        .propertiesChanged = [listener = listener_] { listener->tell({.collections = true}); },
+        .lost =
+            [listener = listener_, uid] {
+                listener->tell({.files = {{uid, {}}}});
+            }};
+    // Whoever wants single items is not there for long.
+    if (!wanted_)
+        observer.itemsChanged = [listener = listener_, uid](std::set<QByteArray> items) {
+            listener->tell({.files = {{uid, std::move(items)}}});
+        };
+    auto client = EvolutionClient::connect(list.source.get(), list.type, limit_, std::move(observer), reason);
     // Somebody else may have connected meanwhile.
     if (auto other = known())
         return other;
@@ -201,16 +218,28 @@ bool EvolutionStorage::update(Library& library, const Changes& changes, const Zo
         return false;
     const auto lists = enabledLists();
     bool changed = updateLists(library, lists);
-    const bool readsAll = changes.everything && (!queues_ || !hasRead_);
+    const bool readsAll = changes.everything && (!queues_ || !hasRead_ || wanted_);
     if (readsAll) {
+        if (hasRead_)
+            wanted_.reset();
         readAllLists(library, lists, local);
+        const auto isFound = [&](const QByteArray& item) {
+            return std::any_of(library.collections.begin(), library.collections.end(),
+                               [&](const auto& list) { return list.second.files.contains(item); });
+        };
+        if (wanted_ && !std::all_of(wanted_->begin(), wanted_->end(), isFound)) {
+            wanted_.reset();
+            readAllLists(library, lists, local);
+        }
         hasRead_ = true;
         changed = true;
     }
     for (const auto& [uid, list] : lists) {
         const auto named = changes.files.find(uid);
         if (named != changes.files.end() && !readsAll)
-            changed = readList(library, uid, list, named->second, local) || changed;
+            changed = readList(library, uid, list, needsAll(uid, named->second) ? nullptr : &named->second,
+                               local) ||
+                      changed;
         else if (!readsAll && (changes.everything || (!clients_.contains(uid) && !silent_.contains(uid))))
             // Not now: it would hold up the queue that this is done in.
             listener_->tell({.files = {{uid, {}}}});
@@ -236,7 +265,8 @@ bool EvolutionStorage::describe(Collection& collection, const QByteArray& uid, c
     const std::tuple now(
         titleOf(list.source.get()), color ? Color::parse(QString::fromUtf8(color.get())) : std::nullopt,
         order > 0 ? std::optional(static_cast<int>(order)) : std::nullopt, std::optional(list.type),
-        client != clients_.end() && !silent_.contains(uid) && client->second->isWritable());
+        client == clients_.end() ? wanted_ && wanted_->empty() && isWrittenMostly(selectable)
+                                 : !silent_.contains(uid) && client->second->isWritable());
     auto present = std::tie(collection.title, collection.color, collection.order, collection.holdsOnly,
                             collection.isWritable);
     if (present == now)
@@ -247,26 +277,33 @@ bool EvolutionStorage::describe(Collection& collection, const QByteArray& uid, c
 
 void EvolutionStorage::readAllLists(Library& library, const std::map<QByteArray, List>& lists,
                                     const ZoneCalendar& local) {
-    if (!queues_) {
+    if (wanted_ && wanted_->empty()) {
         for (const auto& [uid, list] : lists)
-            readList(library, uid, list, {}, local);
+            (void)describe(library.collections[uid], uid, list);
         return;
     }
-    struct Reading {
-        std::mutex mutex;
-        std::condition_variable changed;
-        std::set<QByteArray> awaited;
-        bool isOver = false;
-    };
+    if (!queues_) {
+        for (const auto& [uid, list] : lists)
+            readList(library, uid, list, wanted_ ? &*wanted_ : nullptr, local);
+        return;
+    }
     const auto reading = std::make_shared<Reading>();
     for (const auto& [uid, list] : lists)
         reading->awaited.insert(uid);
+    if (wanted_)
+        reading->missing = *wanted_;
     for (const auto& [uid, list] : lists) {
-        queues_->run(uid, [this, &library, uid = uid, local, reading] {
+        queues_->run(uid, [this, &library, uid = uid, local, reading, wanted = wanted_] {
             const auto present = enabledLists();
             if (const auto found = present.find(uid); found != present.end())
-                readList(library, uid, found->second, {}, local);
+                readList(library, uid, found->second, wanted ? &*wanted : nullptr, local);
+            const auto read = library.collections.find(uid);
             const std::lock_guard lock(reading->mutex);
+            if (read != library.collections.end()) {
+                reading->hasAnswer = reading->hasAnswer || read->second.isAnswering;
+                std::erase_if(reading->missing,
+                              [&](const QByteArray& item) { return read->second.files.contains(item); });
+            }
             reading->awaited.erase(uid);
             reading->changed.notify_one();
             // Nobody has looked since at what it found.
@@ -274,20 +311,25 @@ void EvolutionStorage::readAllLists(Library& library, const std::map<QByteArray,
                 listener_->tell({.files = {{uid, {}}}});
         });
     }
-    std::set<QByteArray> late;
-    {
-        const SourceQueues::Away away;
-        std::unique_lock lock(reading->mutex);
-        // Each ends with the limit by itself, but for what cannot be cancelled.
-        reading->changed.wait_for(lock, limit_.longest() + grace, [&] { return reading->awaited.empty(); });
-        reading->isOver = true;
-        late = reading->awaited;
-    }
-    for (const QByteArray& uid : late) {
+    for (const QByteArray& uid : awaitReading(*reading)) {
         Collection& collection = library.collections[uid];
         (void)describe(collection, uid, lists.at(uid));
         noteSilence(collection, uid, noAnswerInTime());
     }
+}
+
+std::set<QByteArray> EvolutionStorage::awaitReading(Reading& reading) const {
+    const SourceQueues::Away away;
+    std::unique_lock lock(reading.mutex);
+    const auto isFound = [&] { return wanted_ && reading.missing.empty(); };
+    const auto isEnough = [&] { return reading.awaited.empty() || isFound(); };
+    // Each ends with the limit by itself, but for what cannot be cancelled.
+    const auto longest = limit_.longest() + grace;
+    const auto patience = waitsForAll_ || wanted_ ? longest : limit_.longest() / latePart;
+    reading.changed.wait_for(lock, patience, isEnough);
+    reading.changed.wait_for(lock, longest - patience, [&] { return isEnough() || reading.hasAnswer; });
+    reading.isOver = true;
+    return isFound() ? std::set<QByteArray>() : reading.awaited;
 }
 
 void EvolutionStorage::noteSilence(Collection& collection, const QByteArray& uid, const TextPair& reason) {
@@ -297,21 +339,24 @@ void EvolutionStorage::noteSilence(Collection& collection, const QByteArray& uid
     collection.problem = silentList(collection.title, reason);
 }
 
+bool EvolutionStorage::needsAll(const QByteArray& uid, const std::set<QByteArray>& named) const {
+    const auto client = clients_.find(uid);
+    return named.empty() || named.size() > mostReadAlone || client == clients_.end() ||
+           client->second->isLost() || silent_.contains(uid);
+}
+
 bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const List& list,
-                                const std::set<QByteArray>& named, const ZoneCalendar& local) {
-    // Many are read faster with all the others; and after a silence, anything may have changed.
-    const bool isAll = named.empty() || named.size() > mostReadAlone || !clients_.contains(uid) ||
-                       clients_[uid]->isLost() || silent_.contains(uid);
+                                const std::set<QByteArray>* named, const ZoneCalendar& local) {
     TextPair reason = noAnswerInTime();
     const auto client = clientFor(uid, list, reason);
     std::optional<std::map<QByteArray, QByteArray>> all;
     std::map<QByteArray, std::optional<QByteArray>> some;
     bool isSilent = !client;
-    if (client && isAll) {
+    if (client && !named) {
         all = client->readAll();
         isSilent = !all;
     } else if (client) {
-        for (const QByteArray& item : named) {
+        for (const QByteArray& item : *named) {
             if (auto text = client->read(item))
                 some[item] = std::move(*text);
             else

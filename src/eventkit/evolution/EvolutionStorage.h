@@ -1,5 +1,6 @@
 #pragma once
 
+#include "eventkit/EvolutionModule.h"
 #include "eventkit/evolution/CallLimit.h"
 #include "eventkit/evolution/EvolutionClient.h"
 #include "eventkit/evolution/Glib.h"
@@ -7,9 +8,11 @@
 #include "eventkit/items/ItemStorage.h"
 
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <vector>
 
@@ -23,7 +26,7 @@ class EvolutionStorage final : public items::ItemStorage {
     /// `observer` is called on any thread, until close(). `queues` are those that it is used from, and where
     /// each list is read in the queue of its name; without any all is done by the caller.
     EvolutionStorage(items::StorageObserver observer, std::chrono::milliseconds longest,
-                     SourceQueues* queues = nullptr);
+                     SourceQueues* queues = nullptr, const EventStoreUse& use = {});
     ~EvolutionStorage() override;
 
     [[nodiscard]] std::optional<EKError> open() override;
@@ -31,6 +34,7 @@ class EvolutionStorage final : public items::ItemStorage {
     void close() override;
     [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
                               const ZoneCalendar& local) override;
+    [[nodiscard]] bool isPartlyRead() const override { return wanted_.has_value(); }
     [[nodiscard]] std::optional<Recheck> recheck() const override;
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
     read(const items::Place& place) override;
@@ -68,12 +72,26 @@ class EvolutionStorage final : public items::ItemStorage {
     bool updateLists(items::Library& library, const std::map<QByteArray, List>& lists);
     bool describe(items::Collection& collection, const QByteArray& uid, const List& list);
     bool updateDefaults(items::Library& library) const;
-    /// Reads all lists, at the same time where there are queues, and waits as long as the limit.
+    /// All lists being read at the same time.
+    struct Reading {
+        std::mutex mutex;
+        std::condition_variable changed;
+        std::set<QByteArray> awaited;
+        /// Items that are wanted and have not been found.
+        std::set<QByteArray> missing;
+        bool hasAnswer = false;
+        bool isOver = false;
+    };
+    /// The result is the lists that did not answer in time.
+    [[nodiscard]] std::set<QByteArray> awaitReading(Reading& reading) const;
+    /// Reads all lists, at the same time where there are queues.
     void readAllLists(items::Library& library, const std::map<QByteArray, List>& lists,
                       const ZoneCalendar& local);
-    /// What is in a list; all of it where no items are named.
+    /// What is in a list: all of it where `named` is null.
     bool readList(items::Library& library, const QByteArray& uid, const List& list,
-                  const std::set<QByteArray>& named, const ZoneCalendar& local);
+                  const std::set<QByteArray>* named, const ZoneCalendar& local);
+    /// Many are read faster with all the others, and after a silence anything may have changed.
+    [[nodiscard]] bool needsAll(const QByteArray& uid, const std::set<QByteArray>& named) const;
     /// The list keeps what was seen last, and is asked again later.
     void noteSilence(items::Collection& collection, const QByteArray& uid, const TextPair& reason);
     [[nodiscard]] tl::expected<std::shared_ptr<EvolutionClient>, EKError>
@@ -102,6 +120,9 @@ class EvolutionStorage final : public items::ItemStorage {
     /// Lists that did not answer, and how often in a row.
     std::map<QByteArray, int> silent_;
     bool hasRead_ = false;
+    /// The items that are read, while that is enough.
+    std::optional<std::set<QByteArray>> wanted_;
+    bool waitsForAll_ = false;
 };
 
 }  // namespace kestrant::evolution

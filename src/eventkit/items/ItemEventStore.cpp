@@ -151,6 +151,11 @@ void ItemEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion
     queues_->run(
         {}, [this, matching, completion = std::move(completion), local = calendar_.calendar()]() mutable {
             std::vector<EKReminderRef> result;
+            // The record of completions is made of all of them.
+            if (matching.kind == EKPredicate::Kind::completedReminders && storage_->isPartlyRead()) {
+                database_.refresh({.everything = true}, local);
+                publish(true);
+            }
             if (database_.isOpen()) {
                 for (const Entry& entry : database_.snapshot()->reminders) {
                     if (matches(matching, *entry.data, local))

@@ -63,6 +63,10 @@ class ItemStorage {
     [[nodiscard]] virtual bool update(Library& library, const Changes& changes,
                                       const ZoneCalendar& local) = 0;
 
+    /// Whether there may be items that the library does not know, because nobody has wanted them so far; an
+    /// update of everything reads those, too.
+    [[nodiscard]] virtual bool isPartlyRead() const { return false; }
+
     /// When to look again, and at what, because changes there are not told or it
     /// could not be read. Absent when all is well.
     struct Recheck {

@@ -97,6 +97,29 @@ TEST_F(EvolutionSilence, IsToldAndWhatWasSeenLastIsShown) {
     EXPECT_THAT(driver.openTitles(), ElementsAre("milk"));
 }
 
+TEST_F(EvolutionRecovery, ReadsNoMoreThanIsWanted) {
+    open();
+    add("milk");
+    const auto completed = EKEventStore::predicateForCompletedReminders({}, {}, {});
+    struct Case {
+        QStringList wanted;
+        std::vector<QString> known;
+    };
+    for (const Case& each :
+         {Case{{identifier}, {"bread"}}, Case{{}, {}}, Case{{identifier, "unknown"}, {"bread", "milk"}}}) {
+        EvolutionEventStore store(house.scheduler, house.scheduler, house.calendar,
+                                  EvolutionEventStore::longestCall, {.items = each.wanted});
+        EventStoreDriver other(store, house.scheduler);
+        ASSERT_EQ(other.requestAccess(), std::nullopt);
+        EXPECT_EQ(other.openTitles(), each.known);
+        const EKReminderRef added = other.add(aReminder("").titled("rice").in(list));
+        // The record of completions is never made of a part of the database.
+        (void)other.fetch(completed);
+        EXPECT_THAT(other.openTitles(), ElementsAre("bread", "milk", "rice"));
+        ASSERT_TRUE(other.remove(added).has_value());
+    }
+}
+
 TEST_F(EvolutionRecovery, FollowsListsThatOthersMakeChangeDisableAndRemove) {
     open();
     EvolutionHouse::Other other(house.calendar.calendar());
