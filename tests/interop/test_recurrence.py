@@ -72,7 +72,7 @@ def some_rule(generator):
         parts["BYMINUTE"] = some(generator, [0, 5, 15, 20, 30, 45, 59], 3)
     if chance(0.1):
         parts["BYSECOND"] = some(generator, [0, 1, 30, 59], 2)
-    if "BYWEEKNO" not in parts and any(name.startswith("BY") for name in parts) and chance(0.25):
+    if "BYWEEKNO" not in parts and frequency != "WEEKLY" and any(name.startswith("BY") for name in parts) and chance(0.25):
         parts["BYSETPOS"] = some(generator, [1, 2, 3, -1, -2, 5, -7], 2)
     if chance(0.2):
         parts["WKST"] = generator.choice(DAYS)
@@ -171,6 +171,8 @@ class RecurrenceTest(InteropTest):
             ("FREQ=YEARLY;INTERVAL=2;BYWEEKNO=1;BYDAY=MO;COUNT=2", "20240101T090000", ["2025-12-29"]),
             # The start counts, though it does not fit.
             ("FREQ=WEEKLY;BYDAY=MO;COUNT=2", "20260626T090000", ["2026-06-26", "2026-06-29"]),
+            # A set of positions begins with the week; there with the start.
+            ("FREQ=WEEKLY;INTERVAL=2;BYDAY=SU,TH;BYSETPOS=2;COUNT=3", "20261024T090000", ["2026-10-24", "2026-10-25", "2026-11-08"]),
             # Unknown there.
             ("RSCALE=GREGORIAN;FREQ=MONTHLY;SKIP=BACKWARD;COUNT=3", "20260131T090000", ["2026-01-31", "2026-02-28", "2026-03-31"]),
         )):
