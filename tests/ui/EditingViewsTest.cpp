@@ -48,7 +48,7 @@ struct Editing : WithCalendars<PanelProgram> {
     }
     /// The name of the control that has the focus; of a text field, that of its frame.
     [[nodiscard]] QString focusedName() {
-        for (QQuickItem* item = keyWindow().activeFocusItem(); item; item = item->parentItem()) {
+        for (QQuickItem* item = view.activeFocusItem(); item; item = item->parentItem()) {
             for (const char* property : {"spokenName", "label"}) {
                 if (const QString name = item->property(property).toString(); !name.isEmpty())
                     return name;
@@ -72,7 +72,7 @@ struct Editing : WithCalendars<PanelProgram> {
     /// Lets reloads pass and the views follow.
     void settle() {
         WithCalendars::settle();
-        keyWindow().grabWindow();
+        view.grabWindow();
         QCoreApplication::processEvents();
     }
 
@@ -128,7 +128,7 @@ TEST(EditingViews, ShowAFailureInThePopoverThatStaysOpenAndGrowsForIt) {
     Editing program;
     program.edit("Piano");
     program.type(QStringLiteral(" lesson"));
-    const int height = program.keyWindow().height();
+    const int height = program.keyItem().height();
     program.database.dropEvent(QStringLiteral("Piano"));
     program.settle();
     program.press(Qt::Key_Return);
@@ -136,7 +136,7 @@ TEST(EditingViews, ShowAFailureInThePopoverThatStaysOpenAndGrowsForIt) {
     EXPECT_TRUE(program.isOpen("edit"));
     EXPECT_TRUE(program.shows("This event is no longer available."));
     EXPECT_TRUE(program.shows("Piano lesson"));
-    EXPECT_GT(program.keyWindow().height(), height);
+    EXPECT_GT(program.keyItem().height(), height);
     program.preferences.setLanguage(Language::french);
     EXPECT_TRUE(program.shows("Cet événement n’est plus disponible."));
 }
@@ -168,7 +168,7 @@ TEST(EditingViews, DeleteAnEventOnlyAfterAsking) {
     Editing program;
     program.remove("Piano");
     EXPECT_TRUE(program.shows("Delete event?"));
-    EXPECT_TRUE(program.shows("This will delete the event from Apple Calendar."));
+    EXPECT_TRUE(program.shows("This will delete the event from “Private”."));
     program.press(Qt::Key_Escape);
     program.settle();
     EXPECT_EQ(program.database.allEvents().size(), 1u);
@@ -192,8 +192,7 @@ TEST(EditingViews, TakeAReminderOutOfTheCalendarOnlyAfterAsking) {
     program.preferences.setLanguage(Language::french);
     program.remove("Plants");
     EXPECT_TRUE(program.shows("Retirer le rappel du calendrier ?"));
-    EXPECT_TRUE(
-        program.shows("L’échéance sera effacée dans Apple Rappels. Le rappel restera dans sa liste."));
+    EXPECT_TRUE(program.shows("L’échéance sera effacée dans vos rappels. Le rappel restera dans sa liste."));
     EXPECT_TRUE(program.shows("Détacher"));
     program.press(Qt::Key_Return);
     program.settle();
@@ -296,17 +295,42 @@ TEST(EditingViews, GiveACardWithoutADateTheDayThatIsToday) {
 TEST(EditingViews, OpenTheDueDateOnAClickOnWhatItSays) {
     Editing program;
     const QPointF card(26, 44);
-    program.click(program.view, card + QPointF(45, 57));
+    program.click(card + QPointF(45, 57));
     EXPECT_TRUE(program.isOpen("due"));
     program.press(Qt::Key_Escape);
-    program.click(program.view, card + QPointF(200, 57));
+    program.click(card + QPointF(200, 57));
     EXPECT_FALSE(program.isOpen("due"));
+}
+
+TEST(EditingViews, ClearADateByItsCrossAndChooseAnotherBesideIt) {
+    Editing program;
+    const auto dateChip = [&]() -> QQuickItem& {
+        const QString day = program.reminderEdit.dueDay()->isoDay();
+        const QString says =
+            day.isEmpty() ? QStringLiteral("Add a date") : program.reminderEdit.dueDay()->text();
+        QQuickItem* chip = findText(&program.keyItem(), QStringLiteral("Due, ") + says, "spokenName");
+        EXPECT_NE(chip, nullptr) << says.toStdString();
+        return chip ? *chip : program.keyItem();
+    };
+    const auto clickChip = [&](double fromTheRight) {
+        QQuickItem& chip = dateChip();
+        program.click(chip.mapToScene({chip.width() - fromTheRight, chip.height() / 2}));
+        program.settle();
+    };
+    program.act("editReminder", program.reminder);
+    ASSERT_TRUE(dateChip().property("showsCross").toBool());
+    clickChip(15);
+    EXPECT_EQ(program.view.overlays().topmost(), QStringLiteral("edit")) << "nothing else opens";
+    EXPECT_EQ(program.reminderEdit.dueDay()->isoDay(), QString());
+    EXPECT_FALSE(dateChip().property("showsCross").toBool());
+    clickChip(15);
+    EXPECT_NE(program.view.overlays().topmost(), QStringLiteral("edit"));
 }
 
 TEST(EditingViews, OpenTheReminderOnADoubleClickOnItsCard) {
     Editing program;
     const QPoint card(146, 84);
-    program.click(program.view, card);
+    program.click(card);
     EXPECT_FALSE(program.isOpen("edit"));
     QTest::mouseDClick(&program.view, Qt::LeftButton, {}, card);
     EXPECT_TRUE(program.isOpen("edit"));

@@ -75,6 +75,22 @@ TEST(FeedbackPopover, KeepsTheWordsWhenTheServiceRefusesThem) {
     EXPECT_TRUE(program.form.message().isEmpty()) << "nothing is kept between openings";
 }
 
+TEST(FeedbackPopover, KeepsItsButtonsOnTheScreenBelowPagesOfAServer) {
+    OpenForm program;
+    const double usual = findText(&program.keyItem(), QStringLiteral("Send"))->mapToScene({0, 0}).y();
+    const QString pages = QStringLiteral("<h1>no</h1>\n").repeated(2'000);
+    program.answer =
+        Answer::status(400, QJsonDocument(QJsonObject{{"error", pages}}).toJson(QJsonDocument::Compact));
+    program.write(QStringLiteral("hello"));
+    program.form.send();
+    ASSERT_TRUE(turnUntil([&] { return !program.form.isSending(); }));
+    program.settle();
+    ASSERT_TRUE(program.form.errorText().startsWith(QStringLiteral("<h1>no</h1>")));
+    const double low = findText(&program.keyItem(), QStringLiteral("Send"))->mapToScene({0, 0}).y();
+    EXPECT_GT(low, usual);
+    EXPECT_LT(low, usual + 130);
+}
+
 TEST(FeedbackPopover, IsReachedFromTheSettingsWhereThereIsAServiceToWriteTo) {
     PanelProgram program;
     program.expand();

@@ -40,11 +40,11 @@ TEST(Views, CompleteByAClickOnTheCircleAndTakeBackByAClickOnTheCard) {
     ThreeCards program;
     const double left = 26.0;
     const double top = 44.0;
-    program.click(program.view, {left + 20, top + 19});
+    program.click({left + 20, top + 19});
     EXPECT_EQ(program.store.pendingCompletionIDs(), QSet<QString>{program.ids[0]});
-    program.click(program.view, {left + 120, top + 40});
+    program.click({left + 120, top + 40});
     EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
-    program.click(program.view, {left + 120, top + 40});
+    program.click({left + 120, top + 40});
     EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
 }
 
@@ -90,6 +90,17 @@ TEST(Views, SearchWhileTypingAndLeaveTheSearchStepByStep) {
     EXPECT_FALSE(program.panel.isExpanded());
 }
 
+TEST(Views, LeaveTheSearchAloneWhileThereAreNoReminders) {
+    ThreeCards program;
+    program.preferences.setShowReminders(false);
+    program.settle();
+    program.notifications.post(notifications::findReminder);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(program.interaction.searchIsFocused());
+    program.press(Qt::Key_B, QStringLiteral("b"));
+    EXPECT_EQ(program.reminders.searchQuery(), QString());
+}
+
 TEST(Views, ForgetTheSearchWhenThePanelFolds) {
     ThreeCards program;
     program.call("openSearch");
@@ -121,9 +132,7 @@ TEST(Views, SayWhatIsChosenForANewReminderAndItsSubjectOnce) {
     program.call("openQuickAdd");
     program.quickAdd.dueDay()->setIsoDay(QStringLiteral("2026-11-23"));
     for (const char* spoken : {"List: Home", "Alert, No alert", "Repeat, Never"})
-        EXPECT_NE(findText(program.keyWindow().contentItem(), QString::fromUtf8(spoken), "spokenName"),
-                  nullptr)
-            << spoken;
+        EXPECT_NE(findText(&program.keyItem(), QString::fromUtf8(spoken), "spokenName"), nullptr) << spoken;
 }
 
 TEST(Views, ExpandForANewReminderFromTheRestingNotch) {

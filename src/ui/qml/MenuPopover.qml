@@ -189,8 +189,8 @@ Popover {
                     }
                     PlainText {
                         id: words
-                        x: menu.leading + (dot.visible ? 16 : 0)
-                        width: Math.min(implicitWidth, parent.width - x - 12 - (shortcut.visible ? shortcut.width + 16 : 0))
+                        x: menu.leading + (row.modelData.color !== undefined ? 16 : 0)
+                        width: Math.min(implicitWidth, parent.width - x - 12 - (row.modelData.shortcut ? shortcut.width + 16 : 0))
                         y: row.above
                         height: parent.height - y
                         verticalAlignment: Text.AlignVCenter
