@@ -36,6 +36,8 @@ struct CalendarEventItem {
     /// Only timed events in today's group.
     bool isHappeningNow = false;
     bool isReminder = false;
+    /// One date of several.
+    bool isRecurring = false;
 
     bool operator==(const CalendarEventItem&) const = default;
 };

@@ -57,6 +57,7 @@ CalendarEventItem eventRow(const EKEventData& event, const CalendarAppearance* a
     row.calendarColor = appearance ? appearance->color.value_or(defaultEventColor) : defaultEventColor;
     row.location = event.location;
     row.notes = event.notes;
+    row.isRecurring = !event.recurrenceRules.empty() || event.occurrenceDate.has_value();
     return row;
 }
 
@@ -73,6 +74,7 @@ CalendarEventItem reminderRow(const EKReminderData& reminder, Instant dueDate,
     row.calendarColor = appearance ? appearance->color.value_or(defaultReminderColor) : defaultReminderColor;
     row.notes = reminder.notes;
     row.isReminder = true;
+    row.isRecurring = !reminder.recurrenceRules.empty();
     return row;
 }
 

@@ -17,8 +17,8 @@ void Feedback::play(Cue cue) const {
 }
 
 void Feedback::performHaptic(HapticPattern pattern) const {
-    if (preferences_.hapticProfile() != HapticProfile::off)
-        performer_.perform(pattern);
+    if (const HapticProfile profile = preferences_.hapticProfile(); profile != HapticProfile::off)
+        performer_.perform(pattern, profile);
 }
 
 }  // namespace kestrant

@@ -22,7 +22,8 @@ class CuePlayer {
 class HapticPerformer {
   public:
     virtual ~HapticPerformer() = default;
-    virtual void perform(HapticPattern pattern) = 0;
+    /// `strength` is never `off`.
+    virtual void perform(HapticPattern pattern, HapticProfile strength) = 0;
 };
 
 class SilentCuePlayer : public CuePlayer {
@@ -33,7 +34,7 @@ class SilentCuePlayer : public CuePlayer {
 
 class SilentHapticPerformer : public HapticPerformer {
   public:
-    void perform(HapticPattern) override {}
+    void perform(HapticPattern, HapticProfile) override {}
 };
 
 /// Sounds and touches behind the person's choice of profile, which is read anew for each of them. Thread:

@@ -35,6 +35,9 @@ struct CalendarRow {
     Q_PROPERTY(double progress MEMBER progress CONSTANT)
     Q_PROPERTY(bool isOver MEMBER isOver CONSTANT)
     Q_PROPERTY(QString nowLine MEMBER nowLine CONSTANT)
+    Q_PROPERTY(QString nowText MEMBER nowText CONSTANT)
+    Q_PROPERTY(bool isRecurring MEMBER isRecurring CONSTANT)
+    Q_PROPERTY(bool hasNotes MEMBER hasNotes CONSTANT)
     Q_PROPERTY(QString spokenText MEMBER spokenText CONSTANT)
 
   public:
@@ -49,7 +52,7 @@ struct CalendarRow {
     QString monthText;
     /// "09:30 – 10:15", "until Tue", "all day".
     QString spanText;
-    /// "09:30", "until Tue", or nothing.
+    /// "09:30", "– 02:00", "all day".
     QString briefTimeText;
     /// On one line; empty for none.
     QString place;
@@ -64,8 +67,14 @@ struct CalendarRow {
     double progress = 0.0;
     /// An event that has ended.
     bool isOver = false;
-    /// "above" or "below" when the present lies at that edge of the row, between two rows; else empty.
+    /// "above" or "below" when the present lies at that edge of the row, between what has begun and what has
+    /// not; else empty.
     QString nowLine;
+    /// The present, "14:30", where there is such a line.
+    QString nowText;
+    /// One date of several.
+    bool isRecurring = false;
+    bool hasNotes = false;
     /// Everything above in words, for assistive technology.
     QString spokenText;
 };

@@ -40,16 +40,17 @@ RowTimeTexts rowTimeTexts(const CalendarEventItem& row, QDate day, const TimeSty
     const Instant lastInstant = std::max(row.startDate, row.endDate - Duration(1));
     const QDate first = style.calendar.dayOf(row.startDate);
     const QDate last = style.calendar.dayOf(lastInstant);
+    const QString wholeDay = text("all day", "journée").in(style.language);
     if (row.isAllDay) {
         if (row.isReminder || day >= last)
-            return {text("all day", "toute la journée").in(style.language), {}};
-        const QString words = until(dayText(last, day, style), style);
-        return {words, words};
+            return {text("all day", "toute la journée").in(style.language), wholeDay};
+        return {until(dayText(last, day, style), style), wholeDay};
     }
     const QTime start = style.calendar.timeOf(row.startDate);
     const QTime end = style.calendar.timeOf(row.endDate);
     if (first == last) {
-        if (row.endDate <= row.startDate)
+        // A reminder is a moment: its length is only for its place among the rows.
+        if (row.isReminder || row.endDate <= row.startDate)
             return {timeText(start, style), timeText(start, style)};
         // The half of the day is told once where it is the same.
         const bool isSameHalf = (start.hour() < 12) == (end.hour() < 12);
@@ -60,8 +61,9 @@ RowTimeTexts rowTimeTexts(const CalendarEventItem& row, QDate day, const TimeSty
         return {dash(timeText(start, style),
                      dayText(style.calendar.dayOf(row.endDate), day, style) + u' ' + timeText(end, style)),
                 timeText(start, style)};
-    const QString words = until(day < last ? dayText(last, day, style) : timeText(end, style), style);
-    return {words, words};
+    if (day < last)
+        return {until(dayText(last, day, style), style), wholeDay};
+    return {until(timeText(end, style), style), QStringLiteral("– ") + timeText(end, style)};
 }
 
 }  // namespace kestrant

@@ -28,7 +28,8 @@ struct RowTimeTexts {
     /// "09:30 – 10:15", "all day"; of several days "22:00 – Tue 02:00" on the first, "until Tue" between,
     /// "until 02:00" on the last. Days a week or more ahead are dates: "until 3 Dec".
     QString span;
-    /// The same in few letters: the start alone, nothing for a whole day.
+    /// The same in few letters, for a narrow column: "09:30" where the row begins, "– 02:00" where it ends,
+    /// "all day" for a whole day.
     QString brief;
 };
 [[nodiscard]] RowTimeTexts rowTimeTexts(const CalendarEventItem& row, QDate day, const TimeStyle& style);

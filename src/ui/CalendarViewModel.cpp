@@ -12,14 +12,14 @@ namespace {
 
 /// Up to then a time of day can be no other day's.
 constexpr Duration unmistakable = std::chrono::hours(12);
-constexpr int mostColorsOfADay = 6;
+constexpr int mostColorsOfADay = 4;
 
 QColor colorOf(const CalendarEventItem& item) {
     return {item.calendarColor.red, item.calendarColor.green, item.calendarColor.blue};
 }
 
-/// Where the present lies between the timed rows of today: before which row, or after the last (-1 for
-/// neither): there is something before it, and nothing happens now that would show it better.
+/// Where the present lies between the timed rows of today: before the first that has not begun, or after the
+/// last (-1 for neither). Nothing is marked before the first row of the day.
 struct NowLine {
     int above = -1;
     int below = -1;
@@ -30,8 +30,6 @@ NowLine nowLineOf(const QList<CalendarEventItem>& rows, Instant now) {
     int lastBegun = -1;
     for (int index = 0; index < int(rows.size()); ++index) {
         const CalendarEventItem& row = rows.at(index);
-        if (row.isHappeningNow)
-            return {};
         if (row.isAllDay)
             continue;
         if (row.startDate <= now) {
@@ -44,6 +42,18 @@ NowLine nowLineOf(const QList<CalendarEventItem>& rows, Instant now) {
     }
     line.below = lastBegun;
     return line;
+}
+
+/// "Today", "Tomorrow", "Monday".
+QString dayName(QDate day, QDate today, const Localizer& localizer) {
+    const Language language = localizer.language();
+    if (day == today)
+        return text("Today", "Aujourd’hui").in(language);
+    if (day == today.addDays(1))
+        return text("Tomorrow", "Demain").in(language);
+    QString name = localizer.locale().toString(day, QStringLiteral("dddd"));
+    name[0] = name.at(0).toUpper();
+    return name;
 }
 
 }  // namespace
@@ -70,7 +80,9 @@ CalendarViewModel::CalendarViewModel(CalendarStore& store, const Clock& clock,
         });
     connect(&store, &CalendarStore::showsAllEventsChanged, this, &CalendarViewModel::showsAllEventsChanged);
     connect(&store, &CalendarStore::needsManualLoadChanged, this, &CalendarViewModel::needsManualLoadChanged);
+    connect(&store, &CalendarStore::shortageChanged, this, &CalendarViewModel::shortageChanged);
     connect(&localizer, &Localizer::languageChanged, this, [this] {
+        Q_EMIT shortageChanged();
         rows_.refreshTexts();
         updateNextEvent();
         Q_EMIT weekChanged();
@@ -128,6 +140,8 @@ CalendarRow CalendarViewModel::presented(const CalendarDayGroup& group, int even
     row.isReminder = item.isReminder;
     row.isOverdue = item.isReminder && hasPassed;
     row.isNow = item.isHappeningNow;
+    row.isRecurring = item.isRecurring;
+    row.hasNotes = item.notes && !item.notes->trimmed().isEmpty();
     row.isOver = !item.isReminder && hasPassed;
     if (row.isNow) {
         const auto length = std::chrono::duration<double>(item.endDate - item.startDate);
@@ -138,6 +152,8 @@ CalendarRow CalendarViewModel::presented(const CalendarDayGroup& group, int even
         row.nowLine = event == line.above   ? QStringLiteral("above")
                       : event == line.below ? QStringLiteral("below")
                                             : QString();
+        if (!row.nowLine.isEmpty())
+            row.nowText = timeText(now, times);
     }
 
     const Language language = localizer_.language();
@@ -150,6 +166,7 @@ CalendarRow CalendarViewModel::presented(const CalendarDayGroup& group, int even
     say(true, row.spanText);
     say(row.isNow, text("now", "en cours").in(language));
     say(row.isOver, text("over", "terminé").in(language));
+    say(row.isRecurring, text("repeats", "se répète").in(language));
     say(row.isOverdue, text("overdue", "en retard").in(language));
     say(true, row.place);
     say(true, row.calendarTitle);
@@ -216,7 +233,8 @@ QVariantList CalendarViewModel::week() const {
                 colors.append(colorOf(item));
         }
         week.append(QVariantMap{{QStringLiteral("day"), day.toString(Qt::ISODate)},
-                                {QStringLiteral("title"), headerTitle(day, days.first, present.language)},
+                                {QStringLiteral("name"), dayName(day, days.first, localizer_)},
+                                {QStringLiteral("number"), QString::number(day.day())},
                                 {QStringLiteral("isToday"), day == days.first},
                                 {QStringLiteral("colors"), colors}});
     }
@@ -241,6 +259,11 @@ bool CalendarViewModel::needsManualLoadEarlier() const {
 
 bool CalendarViewModel::needsManualLoadLater() const {
     return store_.needsManualLoadLater();
+}
+
+QString CalendarViewModel::shortageText() const {
+    const auto shortage = store_.shortage();
+    return shortage ? localizer_(*shortage) : QString();
 }
 
 QVariant CalendarViewModel::row(int index) const {

@@ -34,8 +34,8 @@ class CalendarViewModel : public QObject {
     Q_PROPERTY(QString failureText READ failureText NOTIFY contentChanged)
     /// "2026-11-21".
     Q_PROPERTY(QString today READ today NOTIFY weekChanged)
-    /// The seven days from today on, each {day, title, isToday, colors}: a colour for each of its items, at
-    /// most six.
+    /// The seven days from today on, each {day, name, number, isToday, colors}: a colour for each of its
+    /// items, at most four.
     Q_PROPERTY(QVariantList week READ week NOTIFY weekChanged)
 
     /// The full calendar rather than the coming week.
@@ -45,6 +45,8 @@ class CalendarViewModel : public QObject {
     /// Days further that way are loaded only when the person asks for them.
     Q_PROPERTY(bool needsManualLoadEarlier READ needsManualLoadEarlier NOTIFY needsManualLoadChanged)
     Q_PROPERTY(bool needsManualLoadLater READ needsManualLoadLater NOTIFY needsManualLoadChanged)
+    /// That not everything could be shown; empty where it is.
+    Q_PROPERTY(QString shortageText READ shortageText NOTIFY shortageChanged)
 
   public:
     /// Everything must outlive the view model. `personalLocale` says whether the day has 12 or 24 hours.
@@ -62,6 +64,7 @@ class CalendarViewModel : public QObject {
     [[nodiscard]] bool isLoading() const;
     [[nodiscard]] bool needsManualLoadEarlier() const;
     [[nodiscard]] bool needsManualLoadLater() const;
+    [[nodiscard]] QString shortageText() const;
 
     /// The item of a row as a CalendarEventItem, for whoever edits it; invalid for the heading of a day.
     [[nodiscard]] Q_INVOKABLE QVariant row(int index) const;
@@ -79,6 +82,7 @@ class CalendarViewModel : public QObject {
     void showsAllEventsChanged();
     void isLoadingChanged();
     void needsManualLoadChanged();
+    void shortageChanged();
     /// The person wants to allow access; the application opens the place where that is done.
     void privacyPageRequested();
 

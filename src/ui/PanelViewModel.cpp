@@ -91,6 +91,15 @@ double PanelViewModel::restingHeight() const {
     return geometry_.idleSize().height();
 }
 
+double PanelViewModel::hoverWidth() const {
+    return geometry_.hoverSize().width();
+}
+
+bool PanelViewModel::hasCamera() const {
+    const Screen& screen = geometry_.screen();
+    return screen.auxiliaryTopLeftArea || screen.auxiliaryTopRightArea || screen.topSafeAreaInset > 0.0;
+}
+
 double PanelViewModel::cameraSafeWidth() const {
     return geometry_.cameraSafeWidth();
 }
@@ -136,6 +145,13 @@ void PanelViewModel::setSearchIsFocused(bool focused) {
     if (focused && !interaction_.searchIsFocused())
         feedback_.play(Cue::focus);
     interaction_.setSearchIsFocused(focused);
+}
+
+void PanelViewModel::setShowsToast(bool shows) {
+    if (!shows)
+        interaction_.dismissRoute(NotchInteractionModel::toastRoute);
+    else if (interaction_.isExpanded() && !interaction_.pointerIsInside())
+        interaction_.presentRoute(NotchInteractionModel::toastRoute);
 }
 
 void PanelViewModel::fold() {

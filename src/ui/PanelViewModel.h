@@ -36,7 +36,10 @@ class PanelViewModel : public QObject {
     Q_PROPERTY(double expandedWidth READ expandedWidth NOTIFY shapeChanged)
     Q_PROPERTY(double expandedHeight READ expandedHeight NOTIFY shapeChanged)
     Q_PROPERTY(double restingHeight READ restingHeight NOTIFY shapeChanged)
+    Q_PROPERTY(double hoverWidth READ hoverWidth NOTIFY shapeChanged)
     Q_PROPERTY(double cameraSafeWidth READ cameraSafeWidth NOTIFY shapeChanged)
+    /// The screen has a camera at its upper edge, of which content keeps free.
+    Q_PROPERTY(bool hasCamera READ hasCamera NOTIFY shapeChanged)
     /// Open reminders due today; shown left of the camera while hovering.
     Q_PROPERTY(int dueTodayCount READ dueTodayCount NOTIFY dueTodayCountChanged)
     /// Start of the next event, such as "14:00"; shown right of the camera while hovering. Empty for none.
@@ -67,7 +70,9 @@ class PanelViewModel : public QObject {
     [[nodiscard]] double expandedWidth() const;
     [[nodiscard]] double expandedHeight() const;
     [[nodiscard]] double restingHeight() const;
+    [[nodiscard]] double hoverWidth() const;
     [[nodiscard]] double cameraSafeWidth() const;
+    [[nodiscard]] bool hasCamera() const;
     [[nodiscard]] int dueTodayCount() const { return dueTodayCount_; }
     [[nodiscard]] const QString& nextEventText() const { return nextEventText_; }
     void setNextEventText(const QString& text);
@@ -82,6 +87,9 @@ class PanelViewModel : public QObject {
     Q_INVOKABLE void setSearchIsFocused(bool focused);
     /// Folds the panel, as Escape does when nothing else is left to leave.
     Q_INVOKABLE void fold();
+    /// A message appears below the panel, or has gone. One that appears while the pointer is elsewhere keeps
+    /// the panel open, so that it is seen.
+    Q_INVOKABLE void setShowsToast(bool shows);
     /// The tip was read, or is not needed any more.
     Q_INVOKABLE void finishNewReminderTip();
     /// A card is being carried; while that lasts the panel stays open. `calendar` is where the days are that

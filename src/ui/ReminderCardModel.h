@@ -20,12 +20,14 @@ struct ReminderCard {
     Q_PROPERTY(QString id MEMBER id CONSTANT)
     Q_PROPERTY(QString title MEMBER title CONSTANT)
     Q_PROPERTY(QString dueText MEMBER dueText CONSTANT)
+    Q_PROPERTY(QString timeText MEMBER timeText CONSTANT)
     Q_PROPERTY(bool isOverdue MEMBER isOverdue CONSTANT)
     Q_PROPERTY(QString priorityMarks MEMBER priorityMarks CONSTANT)
     Q_PROPERTY(bool isFlagged MEMBER isFlagged CONSTANT)
     Q_PROPERTY(bool isRecurring MEMBER isRecurring CONSTANT)
     Q_PROPERTY(QString repeatText MEMBER repeatText CONSTANT)
     Q_PROPERTY(QString alertText MEMBER alertText CONSTANT)
+    Q_PROPERTY(QString alertBrief MEMBER alertBrief CONSTANT)
     Q_PROPERTY(QColor listColor MEMBER listColor CONSTANT)
     Q_PROPERTY(bool isPending MEMBER isPending CONSTANT)
     Q_PROPERTY(bool isWritable MEMBER isWritable CONSTANT)
@@ -36,6 +38,8 @@ struct ReminderCard {
     QString title;
     /// The due date in words; empty without one.
     QString dueText;
+    /// When it is due on its day, "17:00"; empty for a whole day.
+    QString timeText;
     bool isOverdue = false;
     /// "!!!" high, "!!" medium, "!" low; empty for none.
     QString priorityMarks;
@@ -45,6 +49,8 @@ struct ReminderCard {
     QString repeatText;
     /// When its notification rings, such as "15 min before"; empty when that is the due time or never.
     QString alertText;
+    /// The same beside the sign of a bell: "15 min".
+    QString alertBrief;
     QColor listColor;
     /// Completion was asked for and can still be taken back.
     bool isPending = false;

@@ -104,12 +104,15 @@ ReminderCard RemindersViewModel::card(const ReminderTask& task, bool isPending) 
     if (task.dueDate)
         card.dueText = reminderDueText(*task.dueDate, task.dueDateIncludesTime, now, calendar, language,
                                        localizer_.clockHours());
+    if (task.dueDate && task.dueDateIncludesTime)
+        card.timeText = clockText(calendar.timeOf(*task.dueDate), localizer_.clockHours());
     card.isOverdue = isOverdue(task, ReminderPresent::at(now, calendar));
     card.priorityMarks = marksOf(task.priority);
     card.isFlagged = task.isFlagged;
     card.isRecurring = task.isRecurring();
     card.repeatText = shortRepeatText(task.recurrenceRules, language);
     card.alertText = alertText(task, language, localizer_.clockHours());
+    card.alertBrief = besideBell(card.alertText, language);
     card.listColor = listColor(list);
     card.isPending = isPending;
     card.isWritable = !list || list->allowsContentModifications;
@@ -139,12 +142,12 @@ QString RemindersViewModel::computedContent() const {
     case ReminderAccessState::Kind::restricted:
         return QStringLiteral("restricted");
     case ReminderAccessState::Kind::failed:
-        return QStringLiteral("failed");
-    case ReminderAccessState::Kind::notDetermined:
-    case ReminderAccessState::Kind::requesting:
         // What was loaded stays on show under the message.
         if (store_.hasLoaded())
             break;
+        return QStringLiteral("failed");
+    case ReminderAccessState::Kind::notDetermined:
+    case ReminderAccessState::Kind::requesting:
         return QStringLiteral("loading");
     case ReminderAccessState::Kind::authorized:
         break;

@@ -37,6 +37,11 @@ struct SettingsServices {
     std::function<std::vector<TextPair>()> problems;
     /// Opens the introduction at its tutorial.
     std::function<void()> showTutorial;
+    /// Whether touch feedback can be felt on this machine.
+    std::function<bool()> canBeFelt;
+    /// Whether touchpads do not tell how they scroll, so that the direction of swipes may have to be
+    /// inverted.
+    std::function<bool()> canInvertSwipes;
     /// Such as "1.2.0".
     QString version;
 };
@@ -53,11 +58,14 @@ class SettingsViewModel : public QObject {
     /// Seconds.
     Q_PROPERTY(double hoverDelay READ hoverDelay WRITE setHoverDelay NOTIFY changed)
     Q_PROPERTY(double autoCloseDelay READ autoCloseDelay WRITE setAutoCloseDelay NOTIFY changed)
+    Q_PROPERTY(bool canInvertSwipes READ canInvertSwipes NOTIFY changed)
+    Q_PROPERTY(bool invertsSwipes READ invertsSwipes WRITE setInvertsSwipes NOTIFY changed)
     Q_PROPERTY(QString material READ material WRITE setMaterial NOTIFY changed)
     /// 0 off, 1 full, 2 soft.
     Q_PROPERTY(int sounds READ sounds WRITE setSounds NOTIFY changed)
     /// 0 off, 1 light, 2 full.
     Q_PROPERTY(int haptics READ haptics WRITE setHaptics NOTIFY changed)
+    Q_PROPERTY(bool canBeFelt READ canBeFelt NOTIFY changed)
     Q_PROPERTY(bool showReminders READ showReminders WRITE setShowReminders NOTIFY changed)
     Q_PROPERTY(bool showCalendar READ showCalendar WRITE setShowCalendar NOTIFY changed)
     /// Reminders that are due are listed among the events.
@@ -97,12 +105,18 @@ class SettingsViewModel : public QObject {
     void setHoverDelay(double seconds);
     [[nodiscard]] double autoCloseDelay() const;
     void setAutoCloseDelay(double seconds);
+    [[nodiscard]] bool canInvertSwipes() const {
+        return services_.canInvertSwipes && services_.canInvertSwipes();
+    }
+    [[nodiscard]] bool invertsSwipes() const;
+    void setInvertsSwipes(bool inverts);
     [[nodiscard]] QString material() const;
     void setMaterial(const QString& material);
     [[nodiscard]] int sounds() const;
     void setSounds(int profile);
     [[nodiscard]] int haptics() const;
     void setHaptics(int profile);
+    [[nodiscard]] bool canBeFelt() const { return services_.canBeFelt && services_.canBeFelt(); }
     [[nodiscard]] bool showReminders() const;
     void setShowReminders(bool show);
     [[nodiscard]] bool showCalendar() const;

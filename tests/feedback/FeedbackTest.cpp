@@ -11,7 +11,7 @@ namespace {
 struct Recorder : CuePlayer, HapticPerformer {
     void prepare() override {}
     void play(Cue) override { ++sounds; }
-    void perform(HapticPattern) override { ++touches; }
+    void perform(HapticPattern, HapticProfile) override { ++touches; }
 
     int sounds = 0;
     int touches = 0;

@@ -49,6 +49,8 @@ class ScriptedWindow : public PanelWindow {
     void setFrame(const QRectF& rectangle) override { frame = rectangle; }
     void setShape(const NotchContainerShape& outline) override { shape = outline; }
     void setRestingArea(QSizeF size) override { restingArea = size; }
+    void setExtent(QSizeF) override {}
+    void setSurfaces(const std::vector<PanelSurface>& value) override { surfaces = value; }
     void setPanelLevel() override { atPanelLevel = true; }
     void orderFrontRegardless() override {
         visible = true;
@@ -67,6 +69,7 @@ class ScriptedWindow : public PanelWindow {
     QRectF frame;
     NotchContainerShape shape;
     QSizeF restingArea;
+    std::vector<PanelSurface> surfaces;
     bool atPanelLevel = false;
     bool visible = false;
     int orderedFront = 0;
@@ -83,7 +86,7 @@ class RecordingFeedback : public CuePlayer, public HapticPerformer {
         static const QStringList names{"dragStart", "expand", "collapse", "drop", "snap", "focus"};
         log << names[static_cast<int>(cue)];
     }
-    void perform(HapticPattern pattern) override {
+    void perform(HapticPattern pattern, HapticProfile) override {
         static const QStringList names{"generic", "alignment", "levelChange"};
         log << names[static_cast<int>(pattern)];
     }

@@ -55,14 +55,14 @@ TEST(CalendarRowTexts, SayWhenSomethingIsOnEachOfItsDays) {
         {"no length", instant, 0, "09:30", "09:30", "09:30"},
         {"to midnight", toMidnight, 0, "22:00 – 00:00", "22:00", "22:00 – 00:00"},
         {"past midnight", party, 0, "22:00 – Sun 02:00", "22:00", "22:00 – dim. 02:00"},
-        {"past midnight, next day", party, 1, "until 02:00", "until 02:00", "jusqu’à 02:00"},
-        {"between", trip, 1, "until Tue", "until Tue", "jusqu’à mar."},
-        {"last day", trip, 3, "until 08:00", "until 08:00", "jusqu’à 08:00"},
+        {"past midnight, next day", party, 1, "until 02:00", "– 02:00", "jusqu’à 02:00"},
+        {"between", trip, 1, "until Tue", "all day", "jusqu’à mar."},
+        {"last day", trip, 3, "until 08:00", "– 08:00", "jusqu’à 08:00"},
         {"more than a week", longTrip, 0, "22:00 – 3 Dec 08:00", "22:00", "22:00 – 3 déc. 08:00"},
-        {"more than a week, between", longTrip, 1, "until 3 Dec", "until 3 Dec", "jusqu’à 3 déc."},
-        {"whole day", birthday, 0, "all day", "", "toute la journée"},
-        {"whole days", fair, 0, "until Mon", "until Mon", "jusqu’à lun."},
-        {"whole days, last", fair, 2, "all day", "", "toute la journée"},
+        {"more than a week, between", longTrip, 1, "until 3 Dec", "all day", "jusqu’à 3 déc."},
+        {"whole day", birthday, 0, "all day", "all day", "toute la journée"},
+        {"whole days", fair, 0, "until Mon", "all day", "jusqu’à lun."},
+        {"whole days, last", fair, 2, "all day", "all day", "toute la journée"},
     };
     for (const Case& c : cases) {
         const RowTimeTexts texts = rowTimeTexts(c.item, day(c.day), style());

@@ -3,7 +3,9 @@
 #include "feedback/Feedback.h"
 
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 
+#include <memory>
 #include <optional>
 
 namespace kestrant {
@@ -16,10 +18,20 @@ class FeedbackdHapticPerformer final : public HapticPerformer {
     FeedbackdHapticPerformer() = default;
     explicit FeedbackdHapticPerformer(const QDBusConnection& bus) : bus_(bus) {}
 
-    void perform(HapticPattern pattern) override;
+    void perform(HapticPattern pattern, HapticProfile strength) override;
+
+    /// Begins to follow whether the service is there; isAvailable() answers from then on, as soon as the bus
+    /// has.
+    void watch();
+    /// Whether anything can be felt.
+    [[nodiscard]] bool isAvailable() const { return isAvailable_; }
 
   private:
+    [[nodiscard]] QDBusConnection& bus();
+
     std::optional<QDBusConnection> bus_;
+    std::unique_ptr<QDBusServiceWatcher> watcher_;
+    bool isAvailable_ = false;
 };
 
 }  // namespace kestrant

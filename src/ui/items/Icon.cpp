@@ -47,8 +47,12 @@ Drawing plus() {
 
 Drawing settings() {
     Drawing drawing;
-    for (const double x : {3.5, 8.0, 12.5})
-        drawing.areas.addEllipse(QPointF(x, 8), 1.25, 1.25);
+    polyline(drawing.lines, {{2.5, 5}, {7.6, 5}});
+    drawing.lines.addEllipse(QPointF(9.5, 5), 1.9, 1.9);
+    polyline(drawing.lines, {{11.4, 5}, {13.5, 5}});
+    polyline(drawing.lines, {{2.5, 11}, {4.6, 11}});
+    drawing.lines.addEllipse(QPointF(6.5, 11), 1.9, 1.9);
+    polyline(drawing.lines, {{8.4, 11}, {13.5, 11}});
     return drawing;
 }
 
@@ -188,6 +192,14 @@ Drawing list() {
     return drawing;
 }
 
+Drawing notes() {
+    Drawing drawing;
+    for (const double y : {4.0, 8.0})
+        polyline(drawing.lines, {{2.5, y}, {13.5, y}});
+    polyline(drawing.lines, {{2.5, 12}, {9, 12}});
+    return drawing;
+}
+
 Drawing bell() {
     Drawing drawing;
     QPainterPath& body = drawing.lines;
@@ -235,6 +247,7 @@ const Drawing& drawingOf(const QString& name) {
         {QStringLiteral("edit"), edit()},
         {QStringLiteral("list"), list()},
         {QStringLiteral("bell"), bell()},
+        {QStringLiteral("notes"), notes()},
         {QStringLiteral("priority"), priority()},
     };
     static const Drawing nothing;

@@ -9,9 +9,6 @@ FocusScope {
     required property OverlayHost overlays
     required property EditActions actions
     required property Tooltip tooltip
-    /// What lies below the rows, to fade them into.
-    required property color ground
-    required property color upperGround
     /// The day that a card would be let go on; empty for none.
     property string dropDay
     signal leftUpwards
@@ -20,6 +17,8 @@ FocusScope {
     readonly property CalendarRowModel rows: calendar.rows
     readonly property real highestY: list.originY - list.topMargin
     readonly property real lowestY: Math.max(highestY, list.originY + list.contentHeight - list.height + list.bottomMargin)
+    /// The uppermost day is one of the coming week.
+    readonly property bool showsThisWeek: topRow === null || calendar.week.some(each => each.day === topRow.day)
     readonly property bool canScrollDown: list.contentY < lowestY - 1
 
     Accessible.role: Accessible.List
@@ -246,7 +245,6 @@ FocusScope {
         focus: true
         clip: true
         interactive: false
-        topMargin: 4
         bottomMargin: 6
         cacheBuffer: 260
         keyNavigationEnabled: false
@@ -263,6 +261,10 @@ FocusScope {
             id: item
             required property int index
             width: ListView.view.width
+            // Rows fade where they pass below the heading and where they leave at the lower edge; the first and the last, in
+            // their places, never do. The uppermost heading is the one drawn over the list.
+            opacity: row.isHeading && y < list.contentY + 1 ? 0
+                   : Math.min(1, 1 - (Theme.headingHeight - (y - list.contentY)) / 14, (list.contentY + list.height - y) / Theme.rowHeight)
             // Not while a button above or below the rows has the focus.
             isCurrent: ListView.isCurrentItem && (activeFocus || list.Window.activeFocusItem === list)
             isTarget: root.dropDay !== "" && root.dropDay === row.day
@@ -277,10 +279,17 @@ FocusScope {
 
         header: Item {
             width: list.width
-            height: root.calendar.showsAllEvents && root.calendar.needsManualLoadEarlier ? 36 : 0
+            readonly property bool offersMore: root.calendar.showsAllEvents && root.calendar.needsManualLoadEarlier
+            height: (offersMore ? 36 : 0) + upperShortage.height
             visible: height > 0
+            ShortageNote {
+                id: upperShortage
+                text: root.calendar.showsAllEvents ? root.calendar.shortageText : ""
+            }
             Chip {
-                anchors.centerIn: parent
+                visible: parent.offersMore
+                anchors.horizontalCenter: parent.horizontalCenter
+                y: upperShortage.height + (36 - height) / 2
                 text: Localizer.text("Load earlier dates", "Charger les dates précédentes")
                 onClicked: root.calendar.loadMore(true)
                 Keys.onBacktabPressed: root.returnToRows(this)
@@ -288,10 +297,17 @@ FocusScope {
         }
         footer: Item {
             width: list.width
-            height: !root.calendar.showsAllEvents || root.calendar.needsManualLoadLater ? 38 : 0
+            readonly property bool offersMore: !root.calendar.showsAllEvents || root.calendar.needsManualLoadLater
+            height: (offersMore ? 38 : 0) + lowerShortage.height
             visible: height > 0
+            ShortageNote {
+                id: lowerShortage
+                text: root.calendar.shortageText
+            }
             Chip {
-                anchors.centerIn: parent
+                visible: parent.offersMore
+                anchors.horizontalCenter: parent.horizontalCenter
+                y: lowerShortage.height + (38 - height) / 2
                 text: root.calendar.showsAllEvents
                     ? Localizer.text("Load later dates", "Charger les dates suivantes")
                     : Localizer.text("Show your full calendar", "Afficher tout le calendrier")
@@ -356,55 +372,25 @@ FocusScope {
         }
     }
 
-    // What scrolls away fades below the heading.
+    // The heading of the uppermost day, over the rows that have faded below it.
     Item {
-        visible: list.contentY > root.highestY + 1
+        visible: root.topRow !== null
         width: parent.width
-        height: Theme.headingHeight + 10
+        height: Theme.headingHeight
         clip: true
-        Item {
+        Rectangle {
+            anchors.fill: topHeadingText
+            visible: root.dropDay !== "" && root.topRow !== null && root.dropDay === root.topRow.day
+            radius: 8
+            color: Theme.targetFill
+        }
+        DayHeading {
+            id: topHeadingText
             y: root.headingShift
             width: parent.width
-            Rectangle {
-                width: parent.width
-                height: Theme.headingHeight
-                gradient: Gradient {
-                    GradientStop { position: 0; color: "black" }
-                    GradientStop { position: 1; color: root.upperGround }
-                }
-            }
-            Rectangle {
-                y: Theme.headingHeight
-                width: parent.width
-                height: 10
-                gradient: Gradient {
-                    GradientStop { position: 0; color: root.upperGround }
-                    GradientStop { position: 1; color: Qt.rgba(root.upperGround.r, root.upperGround.g, root.upperGround.b, 0) }
-                }
-            }
-            Rectangle {
-                anchors.fill: topHeadingText
-                visible: root.dropDay !== "" && root.topRow !== null && root.dropDay === root.topRow.day
-                opacity: 0.7
-                color: Theme.targetFill
-            }
-            DayHeading {
-                id: topHeadingText
-                width: parent.width
-                text: root.topRow?.title ?? ""
-                month: root.topRow?.monthText ?? ""
-                isToday: root.topRow?.isToday ?? false
-            }
-        }
-    }
-    Rectangle {
-        anchors.bottom: list.bottom
-        visible: root.canScrollDown
-        width: parent.width
-        height: 14
-        gradient: Gradient {
-            GradientStop { position: 0; color: Qt.rgba(root.ground.r, root.ground.g, root.ground.b, 0) }
-            GradientStop { position: 1; color: root.ground }
+            text: root.topRow?.title ?? ""
+            month: root.topRow?.monthText ?? ""
+            isToday: root.topRow?.isToday ?? false
         }
     }
 }

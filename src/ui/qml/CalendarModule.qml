@@ -11,17 +11,17 @@ FocusScope {
     required property Tooltip tooltip
     /// The panel is open.
     property bool isShown: true
-    /// What lies below the rows, to fade them into.
-    property color ground: Theme.panel
-    property color upperGround: "#0c0d11"
     signal leftUpwards
     signal escaped
 
     /// A card is being carried over the panel, and where it is held, in this item.
     property bool isTarget: false
     property point carriedAt: Qt.point(-1, -1)
-    /// The day that the card would be let go on; empty for none.
+    /// The day that the card would be let go on; empty for none, `anotherDay` where it is still to be chosen.
     property string dropDay
+    readonly property string anotherDay: targets.anotherDay
+    /// When the card is due on its day; empty for a whole day.
+    property string carriedTime
 
     readonly property CalendarRowModel rows: calendar.rows
     readonly property bool showsRows: calendar.content === "rows"
@@ -40,7 +40,7 @@ FocusScope {
         if (!inside)
             dropDay = ""
         else if (targets.visible)
-            dropDay = targets.dayAt(carriedAt.y - targets.y)
+            dropDay = targets.dayAt(carriedAt.x - targets.x, carriedAt.y - targets.y)
         else
             dropDay = list.dayAt(carriedAt.y)
     }
@@ -74,13 +74,10 @@ FocusScope {
     CalendarList {
         id: list
         anchors.fill: parent
-        anchors.bottomMargin: root.calendar.showsAllEvents ? 30 : 0
         visible: root.showsRows
         opacity: targets.visible ? 0 : 1
         enabled: !targets.visible
         focus: true
-        ground: root.ground
-        upperGround: root.upperGround
         calendar: root.calendar
         overlays: root.overlays
         actions: root.actions
@@ -90,10 +87,11 @@ FocusScope {
         onEscaped: root.escaped()
     }
     Chip {
-        visible: root.calendar.showsAllEvents && root.showsRows
+        visible: root.calendar.showsAllEvents && root.showsRows && !list.showsThisWeek && !root.isTarget
+        color: Theme.popover
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
-        anchors.bottomMargin: 2
+        anchors.bottomMargin: 4
         text: Localizer.text("Return to the current week", "Revenir à la semaine actuelle")
         onClicked: root.calendar.showsAllEvents = false
     }
@@ -106,9 +104,9 @@ FocusScope {
     DayTargets {
         id: targets
         anchors.fill: parent
-        anchors.topMargin: 11
         visible: root.isTarget && !root.calendar.showsAllEvents
         week: visible ? root.calendar.week : []
         day: root.dropDay
+        time: root.carriedTime
     }
 }

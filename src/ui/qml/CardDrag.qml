@@ -37,7 +37,8 @@ Item {
         grip = Qt.point(hand.x - origin.x, hand.y - origin.y)
         image.opacity = 1
         carried = item.card.id
-        const frame = calendar.visible ? calendar.mapToItem(null, 0, 0, calendar.width, calendar.height)
+        calendar.carriedTime = item.card.timeText
+        const frame = calendar.visible ? mapFromItem(calendar, 0, 0, calendar.width, calendar.height)
                                        : Qt.rect(0, 0, 0, 0)
         panel.beginReminderDrag(carried, frame)
         follow()
@@ -60,7 +61,10 @@ Item {
         const day = drag.day
         const place = grid.dropIndex
         putDown(day !== "" || place >= 0)
-        if (day !== "") {
+        if (day === calendar.anotherDay) {
+            fade.start()
+            grid.editDueDateOf(id)
+        } else if (day !== "") {
             reminders.moveToDay(id, day)
             fade.start()
         } else if (place >= 0 && grid.place(id, place)) {
@@ -92,39 +96,51 @@ Item {
         height: Theme.cardHeight
         opacity: 0
 
-        DropShadow {
-            visible: drag.active
+        // Over a day the card is only its circle beside the pointer, so that the tile is seen, which tells what will be.
+        Item {
+            id: whole
             anchors.fill: parent
-            anchors.leftMargin: -marginLeft
-            anchors.rightMargin: -marginLeft
-            anchors.topMargin: -marginTop
-            anchors.bottomMargin: -marginBottom
-            radius: Theme.cardRadius
-            blur: 24
-            offset: 10
-            marginLeft: 24
-            marginTop: 14
-            marginBottom: 34
+            visible: opacity > 0
+            opacity: drag.day === "" ? 1 : 0
+            Behavior on opacity { enabled: !Theme.still; NumberAnimation { duration: Theme.hoverDuration } }
+
+            DropShadow {
+                visible: drag.active
+                anchors.fill: parent
+                radius: Theme.cardRadius
+                kind: DropShadow.Card
+            }
+            Rectangle {
+                anchors.fill: parent
+                radius: Theme.cardRadius
+                color: "#2a2b31"
+                border.color: Theme.border
+                border.width: 1
+            }
+            Loader {
+                active: image.card !== null
+                anchors.fill: parent
+                sourceComponent: ReminderCardItem {
+                    card: image.card
+                    isCurrent: false
+                    enabled: false
+                    Accessible.ignored: true
+                }
+            }
         }
         Rectangle {
-            anchors.fill: parent
-            radius: Theme.cardRadius
+            visible: whole.opacity < 1
+            opacity: 1 - whole.opacity
+            x: drag.grip.x + 8
+            y: drag.grip.y + 8
+            width: 30
+            height: 30
+            radius: 15
             color: "#2a2b31"
-            opacity: drag.day !== "" ? 0.96 : 1
             border.color: Theme.border
-            border.width: 1
-        }
-        Loader {
-            active: image.card !== null
-            anchors.fill: parent
-            sourceComponent: ReminderCardItem {
-                card: image.card
-                // Over a day, the card tells what it will be there.
-                dueText: drag.day !== "" ? drag.reminders.dueTextOn(card.id, drag.day) : card.dueText
-                dueColor: drag.day !== "" ? Theme.accentText : card.isOverdue ? Theme.overdue : Theme.secondaryText
-                isCurrent: false
-                enabled: false
-                Accessible.ignored: true
+            CompletionCircle {
+                anchors.fill: parent
+                color: image.card ? image.card.listColor : "transparent"
             }
         }
     }

@@ -6,6 +6,8 @@ FocusScope {
     id: chip
 
     property string text
+    /// What is written in place of the text where there is less room.
+    property string shownText: text
     property string iconName
     /// The icon stands for the word.
     property bool compact: false
@@ -29,9 +31,10 @@ FocusScope {
     signal crossClicked
 
     readonly property bool hovered: pointer.hovered
-    readonly property int sidePadding: 8
-    /// What the chip takes with its word in full.
+    readonly property int sidePadding: 10
+    /// What the chip takes with its word in full, and with its icon in place of the word.
     readonly property real fullWidth: Math.ceil(2 * sidePadding + measure.advanceWidth + label.besides)
+    readonly property real compactWidth: 2 * sidePadding + 14 + label.besides
 
     function isOnCross(place) {
         const x = cross.mapFromItem(chip, place).x
@@ -108,7 +111,7 @@ FocusScope {
                                             + (chevron.visible ? 15 : 0) + (cross.visible ? 15 : 0)
             height: parent.height
             verticalAlignment: Text.AlignVCenter
-            text: chip.text
+            text: chip.shownText
             elide: Text.ElideRight
             color: chip.checked ? Theme.text : chip.textColor
             font.pixelSize: 12
@@ -116,7 +119,7 @@ FocusScope {
         }
         PlainText {
             id: number
-            visible: chip.count >= 0
+            visible: chip.count > 0
             height: parent.height
             verticalAlignment: Text.AlignVCenter
             text: chip.count

@@ -9,12 +9,12 @@ Item {
     property string month
     property bool isToday: false
     property color color: isToday ? Theme.accentText : Theme.secondaryText
-    property int topPadding: 4
+    property int topPadding: 0
 
     height: Theme.headingHeight
 
     PlainText {
-        x: 1
+        x: 5
         y: heading.topPadding
         width: parent.width - x - (month.visible ? month.width + 6 : 0)
         height: parent.height - y
@@ -24,7 +24,7 @@ Item {
         color: heading.color
         font.pixelSize: Theme.panelText(11)
         font.weight: Font.DemiBold
-        font.letterSpacing: 0.6
+        font.letterSpacing: 0.04 * Theme.panelText(11)
         Accessible.ignored: true
     }
     PlainText {

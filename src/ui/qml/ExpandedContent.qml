@@ -36,8 +36,7 @@ FocusScope {
     }
     readonly property real remindersX: moduleX(!panel.calendarFirst)
     readonly property real remindersWidth: moduleWidth(!panel.calendarFirst)
-    // Down to where the panel's lower corners begin to round off what would be drawn over them.
-    readonly property real modulesHeight: height - Theme.toolbarHeight - Theme.gap
+    readonly property real modulesHeight: height - Theme.toolbarHeight - Theme.margin
 
     /// Whether what is at this place can scroll further down.
     function scrollsDownAt(x, y) {
@@ -75,6 +74,7 @@ FocusScope {
     function makeCurrent(index) { grid.makeCurrent(index, Qt.TabFocusReason) }
     function showMessage(message) { toast.show(message) }
 
+    Component.onCompleted: overlays.controls = toolbar
     Keys.onEscapePressed: leave()
 
     EditActions {
@@ -89,6 +89,8 @@ FocusScope {
         // Its tip lies upon the modules.
         z: showsTip ? 1 : 0
         width: parent.width - 2 * x
+        cardsEnd: content.remindersX + content.remindersWidth - content.sideMargin
+        calendarStart: calendarModule.x - content.sideMargin
         isCovered: content.isCovered
         panel: content.panel
         reminders: content.reminders
@@ -104,7 +106,6 @@ FocusScope {
         id: grid
         visible: content.showsCards
         focus: true
-        ground: content.panel.material === "black" ? "black" : Theme.panel
         x: content.remindersX
         y: Theme.toolbarHeight
         width: content.remindersWidth
@@ -132,9 +133,9 @@ FocusScope {
     Rectangle {
         visible: content.showsBoth
         x: content.sideMargin + content.firstWidth
-        y: Theme.toolbarHeight + 11
+        y: Theme.toolbarHeight + 8
         width: 1
-        height: 3 * (Theme.cardHeight + Theme.gap) - Theme.gap
+        height: content.modulesHeight - 16
         color: Theme.separator
     }
     CalendarModule {
@@ -144,8 +145,6 @@ FocusScope {
         y: Theme.toolbarHeight
         width: content.moduleWidth(content.panel.calendarFirst)
         height: content.modulesHeight
-        ground: content.panel.material === "black" ? "black" : Theme.panel
-        upperGround: content.panel.material === "black" ? "black" : "#0c0d11"
         calendar: content.calendar
         overlays: content.overlays
         actions: editActions
@@ -166,8 +165,10 @@ FocusScope {
     Toast {
         id: toast
         anchors.horizontalCenter: parent.horizontalCenter
-        anchors.bottom: parent.bottom
-        anchors.bottomMargin: Theme.margin
+        y: parent.height + 12
+        readonly property rect hung: content.panel.isExpanded ? area : Qt.rect(0, 0, 0, 0)
+        onHungChanged: content.overlays.toast = hung
+        onShownChanged: content.panel.setShowsToast(shown)
     }
     Tooltip {
         id: tooltip
@@ -181,7 +182,8 @@ FocusScope {
     Connections {
         target: content.history
         function onRecorded(title) {
-            toast.offer(title, Localizer.text("Undo", "Annuler"), () => content.history.undo())
+            toast.offer(title, Localizer.text("Undo", "Annuler"), () => content.history.undo(),
+                        Localizer.text("Ctrl Z", "Ctrl Z"))
         }
         function onReplayed() { toast.hide() }
         function onFailed(title, message) {

@@ -11,8 +11,14 @@ Item {
     readonly property bool active: hovered || (isCurrent && Appearance.showsFocus)
     property real highlight: 0
     property string dueText: card.dueText
-    property color dueColor: card.isOverdue ? Theme.overdue : Theme.secondaryText
+    property color dueColor: isAway && dueText !== card.dueText ? Theme.accentText : card.isOverdue ? (active ? Theme.overdueActive : Theme.overdue) : quiet
+    readonly property color quiet: active ? Theme.secondaryTextActive : Theme.secondaryText
+    /// The card is carried elsewhere: its place is kept.
+    property bool isAway: false
+    /// What is often done to a card is at hand while the pointer is on it.
+    readonly property bool showsActions: hovered && enabled && card.isWritable && !card.isPending
     signal pressed
+    signal flagToggled
     signal toggled
     signal menuWanted(real x, real y)
     signal editWanted
@@ -32,9 +38,9 @@ Item {
     Rectangle {
         anchors.fill: parent
         radius: Theme.cardRadius
-        color: root.active ? Theme.cardActive : Theme.card
-        border.color: Theme.outline
-        border.width: Theme.contrast ? 1 : 0
+        color: root.isAway ? Theme.white(0.02) : root.active ? Theme.cardActive : Theme.card
+        border.color: root.isAway ? Theme.white(0.22) : Theme.outline
+        border.width: Theme.contrast || root.isAway ? 1 : 0
         Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
     }
     Rectangle {
@@ -64,11 +70,12 @@ Item {
 
     CompletionCircle {
         id: circle
-        x: 8
+        x: 9
         y: 7
         width: 24
         height: 24
         color: root.card.listColor
+        visible: !root.isAway
         opacity: root.card.isWritable ? 1 : 0.45
         progress: root.card.isPending ? 1 : 0
         hint: circlePointer.hovered && !root.card.isPending && root.card.isWritable ? 1 : 0
@@ -89,7 +96,7 @@ Item {
 
     PlainText {
         id: title
-        x: 38
+        x: 40
         // Two lines end above the facts whatever their size.
         y: 27 - lineHeight
         width: root.width - x - 12
@@ -99,24 +106,28 @@ Item {
         maximumLineCount: 2
         lineHeight: Theme.panelText(17)
         lineHeightMode: Text.FixedHeight
-        color: root.card.isPending ? Theme.secondaryText : Theme.text
+        color: root.card.isPending || root.isAway ? Theme.secondaryText : Theme.text
         font.pixelSize: Theme.panelText(13)
         font.weight: Font.Medium
         font.strikeout: root.card.isPending
         Accessible.ignored: true
     }
 
+    // Where there is not room for everything, the alert's words go first, then how often it repeats, then the alert.
     Row {
         id: facts
-        x: 38
+        x: 40
         y: 50
-        width: root.width - x - 12 - (flag.visible ? 20 : 0)
+        width: root.width - x - 12 - (actions.visible ? actions.width + 6 : flag.visible ? 20 : 0)
         height: 14
         spacing: 6
-        readonly property real besidesDue: (marks.visible ? marks.width + spacing : 0)
-                                           + (repeat.visible ? repeat.width + spacing : 0)
-        /// What is left beside all that, for what is told where there is room.
-        readonly property real room: width - besidesDue - (due.visible ? due.width + spacing : 0)
+        readonly property real taken: (marks.visible ? marks.width + spacing : 0) + (due.visible ? due.implicitWidth + spacing : 0)
+                                      + (root.card.isRecurring ? 12 + spacing : 0)
+        readonly property bool showsBell: root.card.alertText !== "" && width >= taken + 12
+        readonly property bool showsRepeat: root.card.repeatText !== ""
+                                            && width >= taken + (root.card.alertText !== "" ? 18 : 0) + repeatWords.implicitWidth
+        readonly property bool showsAlert: showsBell && width >= taken + 18 + alertWords.implicitWidth
+                                           + (root.card.repeatText !== "" ? repeatWords.implicitWidth + spacing : 0)
 
         PlainText {
             id: marks
@@ -131,10 +142,11 @@ Item {
         PlainText {
             id: due
             visible: text !== ""
-            width: Math.min(implicitWidth, facts.width - facts.besidesDue)
+            width: Math.min(implicitWidth, facts.width - (marks.visible ? marks.width + facts.spacing : 0)
+                                           - (root.card.isRecurring ? 12 + facts.spacing : 0))
             height: 14
             elide: Text.ElideRight
-            text: root.dueText
+            text: root.card.isPending ? Localizer.text("Completing…", "Bientôt terminé…") : root.dueText
             color: duePointer.hovered && !root.card.isOverdue ? Theme.text : root.dueColor
             font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
@@ -147,46 +159,90 @@ Item {
                 onTapped: root.dueDateWanted(root.belowDueDate)
             }
         }
-        Icon {
-            id: repeat
+        Row {
             visible: root.card.isRecurring
-            y: 1
-            width: 12
-            height: 12
-            strokeWidth: 1.2
-            name: "repeat"
-            color: Theme.secondaryText
-        }
-        PlainText {
-            id: repeatWords
-            visible: root.card.repeatText !== "" && implicitWidth <= facts.room
-            leftPadding: -2
             height: 14
-            text: root.card.repeatText
-            color: Theme.secondaryText
-            font.pixelSize: Theme.panelText(11)
-            Accessible.ignored: true
+            spacing: 4
+            Icon {
+                y: 1
+                width: 12
+                height: 12
+                strokeWidth: 1.2
+                name: "repeat"
+                color: root.quiet
+            }
+            PlainText {
+                id: repeatWords
+                visible: facts.showsRepeat
+                height: 14
+                text: root.card.repeatText
+                color: root.quiet
+                font.pixelSize: Theme.panelText(11)
+                Accessible.ignored: true
+            }
         }
-        PlainText {
-            visible: root.card.alertText !== ""
-                     && implicitWidth <= facts.room - (repeatWords.visible ? repeatWords.width + facts.spacing : 0)
+        Row {
+            visible: facts.showsBell
             height: 14
-            text: "· " + root.card.alertText
-            color: Theme.secondaryText
-            font.pixelSize: Theme.panelText(11)
-            Accessible.ignored: true
+            spacing: 4
+            Icon {
+                y: 1
+                width: 12
+                height: 12
+                strokeWidth: 1.2
+                name: "bell"
+                color: root.quiet
+            }
+            PlainText {
+                id: alertWords
+                visible: facts.showsAlert
+                height: 14
+                text: root.card.alertBrief
+                color: root.quiet
+                font.pixelSize: Theme.panelText(11)
+                Accessible.ignored: true
+            }
         }
     }
 
     Icon {
         id: flag
-        visible: root.card.isFlagged
-        x: root.width - width - 11
+        visible: root.card.isFlagged && !actions.visible
+        x: root.width - width - 12
         y: 50
         width: 14
         height: 14
         name: "flag"
         color: Theme.flag
+    }
+    // Each is in the card's menu, too, which is the way by keyboard and for screen readers.
+    Row {
+        id: actions
+        visible: root.showsActions
+        x: root.width - width - 9
+        y: 46
+        Repeater {
+            model: [{ icon: "overdue", act: () => root.dueDateWanted(root.belowDueDate) },
+                    { icon: "flag", act: () => root.flagToggled() },
+                    { icon: "edit", act: () => root.editWanted() }]
+            Item {
+                id: action
+                required property var modelData
+                width: 22
+                height: 22
+                Icon {
+                    anchors.centerIn: parent
+                    width: 13
+                    height: 13
+                    strokeWidth: 1.3
+                    name: action.modelData.icon
+                    color: action.modelData.icon === "flag" && root.card.isFlagged ? Theme.flag
+                         : actionPointer.hovered ? Theme.text : Theme.secondaryTextActive
+                }
+                HoverHandler { id: actionPointer }
+                TapHandler { gesturePolicy: TapHandler.ReleaseWithinBounds; onTapped: action.modelData.act() }
+            }
+        }
     }
 
     Rectangle {

@@ -20,8 +20,8 @@ FocusScope {
         return Math.min(grid.count, row * columns + column)
     }
     required property EditActions actions
-    /// What lies below the cards, to fade them into.
-    property color ground: Theme.panel
+    /// The day that the carried card would be let go on; empty for none.
+    readonly property string dayBelow: drag.day === "another" ? "" : drag.day
     signal leftUpwards
     signal escaped
 
@@ -77,6 +77,7 @@ FocusScope {
         if (item)
             actions.editReminder(item.card.id, item)
     }
+    function editDueDateOf(id) { editDueDateAt(reminders.cards.rowOf(id)) }
     function editDueDateAt(index) {
         const item = grid.itemAtIndex(index)
         if (item && item.card.isWritable)
@@ -195,7 +196,6 @@ FocusScope {
         focus: true
         clip: true
         interactive: false
-        topMargin: 11
         cellWidth: Math.floor(width / root.columns)
         cellHeight: Theme.cardHeight + Theme.gap
         cacheBuffer: 160
@@ -217,11 +217,17 @@ FocusScope {
             height: Theme.cardHeight
             isCurrent: GridView.isCurrentItem && grid.activeFocus
             highlight: reveal.card === card.id ? reveal.strength : 0
-            opacity: root.drag.carried === card.id ? 0.35 : 1
+            // What scrolls away fades instead of being cut.
+            opacity: Math.min(1, (y + height - grid.contentY) / 48,
+                              (grid.contentY + grid.height - y) / 48)
+            isAway: root.drag.carried === card.id
+            // The empty place tells what the card will be where it is let go.
+            dueText: isAway && root.dayBelow !== "" ? root.reminders.dueTextOn(card.id, root.dayBelow) : card.dueText
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
             onToggled: root.toggle(index)
             onMenuWanted: (x, y) => root.openMenu(index, x, y)
             onEditWanted: root.editAt(index)
+            onFlagToggled: root.reminders.toggleFlag(card.id)
             onDueDateWanted: {
                 root.makeCurrent(index, Qt.MouseFocusReason)
                 root.editDueDateAt(index)
@@ -360,26 +366,6 @@ FocusScope {
         }
     }
 
-    // What scrolls away fades instead of being cut.
-    Rectangle {
-        visible: grid.contentY > root.highestY + 1
-        width: parent.width
-        height: 12
-        gradient: Gradient {
-            GradientStop { position: 0; color: "#ff000000" }
-            GradientStop { position: 1; color: "#00000000" }
-        }
-    }
-    Rectangle {
-        anchors.bottom: parent.bottom
-        visible: root.canScrollDown
-        width: parent.width
-        height: 12
-        gradient: Gradient {
-            GradientStop { position: 0; color: Qt.rgba(root.ground.r, root.ground.g, root.ground.b, 0) }
-            GradientStop { position: 1; color: root.ground }
-        }
-    }
     Rectangle {
         readonly property real track: grid.height - grid.topMargin - 8
         visible: root.lowestY > root.highestY + 1

@@ -6,8 +6,10 @@ FocusScope {
     id: search
 
     property real openWidth: 160
+    /// There is room for the field itself.
+    property bool alwaysOpen: false
     property string query
-    readonly property bool isOpen: input.activeFocus || query !== "" || opening
+    readonly property bool isOpen: alwaysOpen || input.activeFocus || query !== "" || opening
     property bool opening: false
     property string tip: isOpen ? "" : button.tip
     readonly property bool hovered: button.hovered
@@ -42,13 +44,13 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         visible: search.isOpen
-        radius: 8
+        radius: search.alwaysOpen ? height / 2 : 8
         color: Theme.control
         border.width: input.activeFocus ? 1.5 : Theme.contrast ? 1 : 0
         border.color: input.activeFocus ? Theme.accent : Theme.outline
 
         Icon {
-            x: 6
+            x: search.alwaysOpen ? 10 : 6
             width: 13
             height: 13
             anchors.verticalCenter: parent.verticalCenter
@@ -57,19 +59,20 @@ FocusScope {
         }
         TextInput {
             id: input
-            x: 24
-            width: parent.width - 24 - (clear.visible ? 24 : 8)
+            x: search.alwaysOpen ? 28 : 24
+            width: parent.width - x - (clear.visible ? 24 : 8)
             height: parent.height
             clip: true
             verticalAlignment: TextInput.AlignVCenter
             text: search.query
             color: Theme.text
-            font.pixelSize: 13
+            font.pixelSize: search.alwaysOpen ? 12 : 13
             selectByMouse: true
             selectionColor: Theme.accent
             activeFocusOnTab: search.isOpen
             onTextEdited: search.queryEdited(text)
 
+            readonly property string spokenName: button.spokenName
             Accessible.role: Accessible.EditableText
             Accessible.name: Localizer.text("Search reminders", "Rechercher dans les rappels")
 

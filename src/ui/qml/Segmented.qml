@@ -54,7 +54,7 @@ FocusScope {
                 required property int index
                 readonly property bool isChosen: segmented.currentIndex === index
                 width: segmented.cellWidth
-                height: parent.height
+                height: segmented.height
 
                 Accessible.role: Accessible.RadioButton
                 Accessible.name: modelData.title

@@ -24,7 +24,7 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         radius: 10
-        color: toggle.checked ? Theme.done : Theme.white(Theme.contrast ? 0.3 : 0.18)
+        color: toggle.checked ? Theme.accent : Theme.white(Theme.contrast ? 0.3 : 0.18)
         Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
     }
     Rectangle {

@@ -19,8 +19,45 @@ FocusScope {
                                      && addButton.visible && overlays.topmost === ""
     signal modulesWanted
 
-    readonly property real sideWidth: (width - panel.cameraSafeWidth) / 2 - 2
     readonly property bool showsCards: panel.showReminders
+    /// Where the calendar begins, and where the cards end, in this item, while they stand in this order.
+    property real cardsEnd: 0
+    property real calendarStart: 0
+    readonly property bool partsAtModules: panel.showReminders && panel.showCalendar && !panel.calendarFirst
+    /// Without a camera the strip is the toolbar's whole width; then the search field is always there.
+    readonly property bool wide: !panel.hasCamera && width >= 680
+    readonly property int controlsY: panel.hasCamera ? 5 : 8
+    readonly property int gap: 6
+
+    /// How the chips are laid out: {x, compact} for each, and whether the list chip says "All". Words stay words while they
+    /// fit beside the camera, the filters that do not fit on its left going on right of it; then "All lists" becomes "All",
+    /// then filters become icons, from the last.
+    readonly property var chipPlaces: placeChips([todayFilter.fullWidth, overdueFilter.fullWidth, flaggedFilter.fullWidth],
+                                                 [todayFilter.fullWidth, overdueFilter.compactWidth, flaggedFilter.compactWidth])
+    /// What the list chip takes beside its words.
+    readonly property int besideListName: 2 * 10 + 13 + 15
+    readonly property real chipsEnd: sortButton.x - gap
+    function placeChips(words, icons) {
+        const longList = Math.ceil(listName.advanceWidth) + besideListName
+        const shortList = Math.ceil(allLists.advanceWidth) + besideListName
+        const cameraStart = panel.hasCamera ? (width - panel.cameraSafeWidth) / 2 : chipsEnd
+        const cameraEnd = width - cameraStart
+        const saysAll = reminders.selectedListId === ""
+        for (const [isShort, iconCount] of [[false, 0], [true, 0], [true, 1], [true, 2]]) {
+            const listWidth = isShort ? (saysAll ? shortList : Math.min(longList, 90)) : Math.min(longList, 160)
+            const widths = [listWidth].concat(words.map((width, index) => index >= words.length - iconCount ? icons[index] : width))
+            const places = []
+            let x = 0
+            for (const width of widths) {
+                if (x + width > cameraStart && x < cameraEnd)
+                    x = cameraEnd
+                places.push(x)
+                x += width + gap
+            }
+            if (x - gap <= chipsEnd || iconCount === 2)
+                return { x: places, firstWidth: listWidth, saysAll: isShort && saysAll, iconCount: iconCount }
+        }
+    }
 
     height: Theme.toolbarHeight
 
@@ -55,26 +92,29 @@ FocusScope {
         })
     }
 
-    Row {
+    // Not before the places are known, which takes the chips' own widths.
+    Binding {
+        target: listChip
+        property: "shownText"
+        value: toolbar.chipPlaces.saysAll ? allLists.text : listChip.text
+        delayed: true
+    }
+    TextMetrics { id: allLists; font.pixelSize: 12; font.weight: Font.Medium; text: Localizer.text("All", "Toutes") }
+    TextMetrics { id: listName; font: allLists.font; text: toolbar.reminders.selectedListTitle }
+
+    Item {
         id: left
         visible: toolbar.showsCards
-        height: parent.height
-        spacing: 5
-
-        // Words give way to icons, all at once, where they do not fit.
-        readonly property real wordsWidth: Math.min(100, listChip.fullWidth) + todayFilter.fullWidth
-                                           + overdueFilter.fullWidth + flaggedFilter.fullWidth + 3 * spacing
-        readonly property bool compact: wordsWidth > toolbar.sideWidth
-        readonly property real filtersWidth: todayFilter.width + overdueFilter.width + flaggedFilter.width
-                                             + 3 * spacing
+        y: toolbar.controlsY
+        height: 24
 
         Chip {
             id: listChip
-            anchors.verticalCenter: parent.verticalCenter
+            x: toolbar.chipPlaces.x[0]
             text: toolbar.reminders.selectedListTitle
             dotColor: toolbar.reminders.selectedListColor
             showsChevron: true
-            maximumWidth: toolbar.sideWidth - left.filtersWidth
+            maximumWidth: toolbar.chipPlaces.firstWidth
             spokenName: Localizer.text("List: %1", "Liste : %1").arg(text)
             tip: Localizer.text("Choose a list", "Choisir une liste")
             Accessible.role: Accessible.ButtonMenu
@@ -84,10 +124,10 @@ FocusScope {
         }
         Chip {
             id: todayFilter
-            anchors.verticalCenter: parent.verticalCenter
+            x: toolbar.chipPlaces.x[1]
             text: Localizer.text("Today", "Aujourd’hui")
             iconName: "today"
-            compact: left.compact
+            compact: toolbar.chipPlaces.iconCount >= 3
             tip: compact ? text : ""
             count: toolbar.reminders.todayCount
             checkable: true
@@ -98,10 +138,10 @@ FocusScope {
         }
         Chip {
             id: overdueFilter
-            anchors.verticalCenter: parent.verticalCenter
+            x: toolbar.chipPlaces.x[2]
             text: Localizer.text("Overdue", "En retard")
             iconName: "overdue"
-            compact: left.compact
+            compact: toolbar.chipPlaces.iconCount >= 2
             tip: compact ? text : ""
             count: toolbar.reminders.overdueCount
             countColor: count > 0 ? Theme.overdue : Theme.secondaryText
@@ -113,10 +153,10 @@ FocusScope {
         }
         Chip {
             id: flaggedFilter
-            anchors.verticalCenter: parent.verticalCenter
+            x: toolbar.chipPlaces.x[3]
             text: Localizer.text("Flagged", "Signalés")
             iconName: "flag"
-            compact: left.compact
+            compact: toolbar.chipPlaces.iconCount >= 1
             // Beside the filter stands whether flags that were set elsewhere are known.
             tip: toolbar.reminders.isFlagLoading ? Localizer.text("Reading flags…", "Lecture des drapeaux…")
                : toolbar.reminders.flagFilterError !== "" ? toolbar.reminders.flagFilterError
@@ -137,31 +177,10 @@ FocusScope {
         anchors.right: parent.right
         // The last icon's strokes, not its area, stand on the margin.
         anchors.rightMargin: -5
-        height: parent.height
-        spacing: 4
+        y: toolbar.controlsY
+        height: 24
+        spacing: toolbar.wide ? 2 : 4
 
-        SearchField {
-            id: search
-            visible: toolbar.showsCards
-            anchors.verticalCenter: parent.verticalCenter
-            openWidth: Math.min(170, toolbar.sideWidth - 4 * 30 - 10)
-            query: toolbar.reminders.searchQuery
-            onQueryEdited: query => toolbar.reminders.searchQuery = query
-            onDismissed: toolbar.modulesWanted()
-            onInputHasFocusChanged: toolbar.panel.setSearchIsFocused(inputHasFocus)
-            onHoveredChanged: toolbar.tooltip.follow(this)
-        }
-        IconButton {
-            id: sortButton
-            visible: toolbar.showsCards
-            anchors.verticalCenter: parent.verticalCenter
-            iconName: "sort"
-            spokenName: Localizer.text("Sort", "Trier")
-            checked: toolbar.overlays.topmost === "sort"
-            onClicked: toolbar.openSort()
-            onHoveredChanged: toolbar.tooltip.follow(this)
-            Keys.onDownPressed: toolbar.modulesWanted()
-        }
         IconButton {
             id: addButton
             visible: toolbar.panel.showReminders || toolbar.panel.showCalendar
@@ -173,13 +192,6 @@ FocusScope {
             onClicked: toolbar.openQuickAdd()
             onHoveredChanged: toolbar.tooltip.follow(this)
             Keys.onDownPressed: toolbar.modulesWanted()
-        }
-        Rectangle {
-            visible: addButton.visible && calendarButton.visible
-            anchors.verticalCenter: parent.verticalCenter
-            width: 1
-            height: 14
-            color: Theme.white(Theme.contrast ? 0.4 : 0.16)
         }
         IconButton {
             id: calendarButton
@@ -207,8 +219,33 @@ FocusScope {
             Keys.onDownPressed: toolbar.modulesWanted()
         }
     }
+    IconButton {
+        id: sortButton
+        visible: toolbar.showsCards
+        y: toolbar.controlsY
+        x: toolbar.wide && toolbar.partsAtModules ? toolbar.cardsEnd - width + 5 : search.x - width - (toolbar.wide ? 8 : right.spacing)
+        iconName: "sort"
+        spokenName: Localizer.text("Sort", "Trier")
+        checked: toolbar.overlays.topmost === "sort"
+        onClicked: toolbar.openSort()
+        onHoveredChanged: toolbar.tooltip.follow(this)
+        Keys.onDownPressed: toolbar.modulesWanted()
+    }
+    SearchField {
+        id: search
+        visible: toolbar.showsCards
+        y: toolbar.controlsY
+        alwaysOpen: toolbar.wide
+        x: toolbar.wide ? (toolbar.partsAtModules ? toolbar.calendarStart : right.x - width - 8) : right.x - width - right.spacing
+        openWidth: toolbar.wide ? Math.min(inputHasFocus || query !== "" ? 150 : 112, right.x - toolbar.calendarStart - 8) : 112
+        query: toolbar.reminders.searchQuery
+        onQueryEdited: query => toolbar.reminders.searchQuery = query
+        onDismissed: toolbar.modulesWanted()
+        onInputHasFocusChanged: toolbar.panel.setSearchIsFocused(inputHasFocus)
+        onHoveredChanged: toolbar.tooltip.follow(this)
+    }
     NewReminderTip {
-        y: toolbar.height + 3
+        y: toolbar.height - 2
         buttonX: right.x + addButton.x + addButton.width / 2
         shown: toolbar.showsTip
         onDone: toolbar.panel.finishNewReminderTip()

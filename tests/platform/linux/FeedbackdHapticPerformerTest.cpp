@@ -45,18 +45,20 @@ TEST(FeedbackdHapticPerformer, TellsTheServiceWhatIsToBeFeltAndNotHeard) {
     FeedbackService service;
     FeedbackdHapticPerformer performer;
     for (const auto pattern : {HapticPattern::generic, HapticPattern::alignment, HapticPattern::levelChange})
-        performer.perform(pattern);
-    EXPECT_TRUE(turnUntil([&service] { return service.events.size() == 3; }));
-    EXPECT_EQ(service.events,
-              (QStringList{"button-pressed quiet", "button-released quiet", "button-pressed quiet"}));
+        performer.perform(pattern, HapticProfile::full);
+    performer.perform(HapticPattern::generic, HapticProfile::light);
+    EXPECT_TRUE(turnUntil([&service] { return service.events.size() == 4; }));
+    EXPECT_EQ(service.events, (QStringList{"button-pressed quiet", "button-released quiet",
+                                           "button-pressed quiet", "button-released quiet"}));
 }
 
 TEST(FeedbackdHapticPerformer, DoesNothingWithoutAServiceOrWithoutABus) {
     ensureApplication();
     const auto session = QDBusConnection::sessionBus();
-    FeedbackdHapticPerformer().perform(HapticPattern::generic);
+    FeedbackdHapticPerformer().perform(HapticPattern::generic, HapticProfile::full);
     EXPECT_FALSE(session.interface()->isServiceRegistered(QStringLiteral("org.sigxcpu.Feedback")));
-    FeedbackdHapticPerformer(QDBusConnection(QStringLiteral("no such bus"))).perform(HapticPattern::generic);
+    FeedbackdHapticPerformer(QDBusConnection(QStringLiteral("no such bus")))
+        .perform(HapticPattern::generic, HapticProfile::full);
 }
 
 }  // namespace
