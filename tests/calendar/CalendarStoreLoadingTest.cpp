@@ -234,6 +234,30 @@ TEST_F(CalendarStoreLoading, PagingAddsThreeYearsAndTellsWhenThereWasNothing) {
     EXPECT_THAT(shown(), ElementsAre("MON 1: ancient", "SUN 1: old", "WED 26: boundary", "THU 27: boundary"));
 }
 
+TEST_F(CalendarStoreLoading, WhatIsTooMuchIsSaidAndCutFarFromToday) {
+    for (int i = 0; i < 70; ++i)
+        database.putEvent(anEvent("age").allDay({2020, 1, 1}, {2040, 1, 1}).in("calendar"));
+    loadedStore();
+    EXPECT_FALSE(store->shortage().has_value());
+    store->setShowsAllEvents(true);
+    scheduler.advance(1s);
+    const auto rows = [this] { return store->upcomingEvents().size(); };
+    EXPECT_TRUE(store->shortage().has_value());
+    EXPECT_EQ(rows(), mostRows / 70 * 70);
+    const QDate first = store->dayGroups().front().day;
+    const QDate last = store->dayGroups().back().day;
+    const QDate today(2026, 3, 27);
+    EXPECT_LE(std::abs(first.daysTo(today) - today.daysTo(last)), 1);
+    // Nothing is added beyond, and nobody goes on looking for it.
+    store->loadMore(false);
+    scheduler.advance(1s);
+    EXPECT_EQ(store->dayGroups().back().day, last);
+    EXPECT_TRUE(store->needsManualLoadLater());
+    store->setShowsAllEvents(false);
+    scheduler.advance(1s);
+    EXPECT_FALSE(store->shortage().has_value());
+}
+
 TEST_F(CalendarStoreLoading, ALoadTakesAnOvertakenExtensionAlong) {
     put("old", paris({2023, 1, 1}, {9, 0}));
     fullStore();
