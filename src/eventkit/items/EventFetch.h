@@ -13,7 +13,7 @@ struct FetchBudget {
     std::size_t events = 50'000;
     /// Steps of the search for dates of series (EventSeries::Cost). Every series has a few thousand of its
     /// own; the rest is shared by those that need more.
-    qint64 steps = 3'000'000;
+    qint64 steps = 1'500'000;
 };
 
 struct EventsFound {
