@@ -59,6 +59,9 @@ void ReminderStore::commitPendingCompletions(std::function<void()> done) {
         ids.append(id);
     for (const QString& id : ids)
         commitCompletion(id, nullptr);
+    // Before anything was shown nothing can have been changed, and the first reading may take long.
+    if (!hasLoaded_)
+        return services_.scheduler.post(std::move(done));
     whenIdle(std::move(done));
 }
 

@@ -6,7 +6,10 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <chrono>
 #include <optional>
+#include <random>
 
 namespace kestrant {
 namespace {
@@ -163,6 +166,84 @@ TEST_F(VdirSharingTest, ReadsOnlyWhatChanged) {
     EXPECT_TRUE(database.refresh({.files = {{"list", {QByteArray()}}}}, paris));
     EXPECT_EQ(database.snapshot()->reminders.value("4").data->title, "not told");
     EXPECT_FALSE(database.refresh({.files = {{"list", {"3.ics", "displayname"}}, {"a file", {}}}}, paris));
+}
+
+/// Everything that a database shows, as lines.
+std::vector<QString> shown(VdirDatabase& database) {
+    std::vector<QString> result;
+    const auto& snapshot = *database.snapshot();
+    for (const items::Entry& entry : snapshot.reminders)
+        result.push_back(entry.data->calendarItemIdentifier + '|' + entry.data->title + '|' +
+                         QString::fromLatin1(entry.file) + '|' + entry.data->calendarIdentifier);
+    for (auto entry = snapshot.events.cbegin(); entry != snapshot.events.cend(); ++entry)
+        result.push_back(entry.key() + '|' + QString::fromLatin1(entry->file));
+    const auto found =
+        database.events({now - std::chrono::hours(24 * 30), now + std::chrono::hours(24 * 30), {}}, now);
+    for (const auto& event : found.events)
+        result.push_back(QStringLiteral("event|%1|%2")
+                             .arg(event->eventIdentifier)
+                             .arg(secondsSince1970(event->startDate)));
+    for (const EKCalendar& calendar : snapshot.calendars)
+        result.push_back(QStringLiteral("calendar|%1|%2%3")
+                             .arg(calendar.calendarIdentifier)
+                             .arg(calendar.allowsReminders)
+                             .arg(calendar.allowsEvents));
+    for (const TextPair& problem : snapshot.problems)
+        result.push_back(problem.english);
+    result.push_back(snapshot.defaultForReminders + '|' + snapshot.defaultForEvents);
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
+TEST_F(VdirSharingTest, ExchangingWhatChangedComesToTheSameAsReadingEverything) {
+    for (const char* list : {"list/displayname", "work/displayname"})
+        folder.put(list, "x");
+    ASSERT_FALSE(database.open(paris).has_value());
+    std::mt19937 random(1);
+    const auto below = [&](unsigned limit) { return static_cast<int>(random() % limit); };
+    for (int step = 0; step < 400; ++step) {
+        const QByteArray list = below(2) == 0 ? "list" : "work";
+        const QByteArray name = QByteArray::number(below(6)) + ".ics";
+        const QString path = QString::fromLatin1(list + '/' + name);
+        // Mostly an identifier of its own; at times one that another file has too.
+        const QByteArray uid = below(40) == 0 ? QByteArray("shared") : list + name;
+        const QByteArray title = QByteArray::number(step);
+        const auto base = database.snapshot()->reminders.value(QString::fromLatin1(list + name)).data;
+        switch (below(8)) {
+        case 0:
+            (void)QFile::remove(folder.path(path));
+            break;
+        case 1:
+            folder.put(path, VdirFolder::event(uid));
+            break;
+        case 2:
+            folder.put(path, VdirFolder::event(uid).replace(
+                                 "END:VEVENT", "RRULE:FREQ=DAILY;COUNT=" + QByteArray::number(2 + below(5)) +
+                                                   "\r\nEND:VEVENT"));
+            break;
+        case 3:
+            folder.put(path, below(4) == 0 ? QByteArray("damaged") : VdirFolder::reminder(uid, title));
+            break;
+        case 4:
+        case 5:
+            if (base) {
+                EKReminderData edited = *base;
+                edited.title = QString::fromLatin1(title);
+                (void)database.save(base, edited, now, paris);
+            }
+            break;
+        case 6:
+            if (base)
+                (void)database.remove(base->calendarItemIdentifier, paris);
+            break;
+        default:
+            folder.put(path, VdirFolder::reminder(uid, title));
+        }
+        (void)database.refresh({.files = {{list, {name}}}}, paris);
+        VdirDatabase fresh(folder.nativeRoot());
+        ASSERT_FALSE(fresh.open(paris).has_value());
+        ASSERT_EQ(shown(database), shown(fresh)) << "step " << step;
+    }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "eventkit/items/ReminderChange.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -78,10 +79,21 @@ class ItemDatabase {
     struct WrittenRevision;
     using Created = ItemStorage::Created;
 
+    /// Makes the snapshot say what the library does. What that costs depends on the files that changed, as
+    /// long as they are few and known.
     void rebuildSnapshot();
+    [[nodiscard]] std::shared_ptr<const Snapshot> wholeSnapshot();
+    /// The snapshot with nothing but the changed files exchanged; null where that does not do.
+    [[nodiscard]] std::shared_ptr<const Snapshot> withChangedFiles() const;
+    /// Remembers what is known of a file that is about to change.
+    void noteBefore(const Place& place);
+    /// The same for all of the files, if nothing else is going to change; whether that is so.
+    [[nodiscard]] bool noteFiles(const Changes& changes);
+    [[nodiscard]] bool canBeReadStill(const Changes& changes) const;
     bool placeEvents(const ZoneCalendar& local);
-    static void addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items);
-    void addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const;
+    /// Whether none had to be renamed for the sake of another one.
+    static bool addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items);
+    bool addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const;
     /// What the first item with this key in a file is called; empty when there is none.
     template <typename Entries>
     [[nodiscard]] static QString identifierIn(const Entries& entries, const Place& place,
@@ -186,6 +198,10 @@ class ItemDatabase {
     std::optional<ZoneCalendar> local_;
     Library library_;
     std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
+    /// Whether items of the snapshot have identifiers with their place in them.
+    bool hasNamesakes_ = false;
+    /// What has changed since the snapshot was made, as it was then; absent where that is not known.
+    std::optional<std::map<Place, ItemFile>> changedFiles_;
 };
 
 }  // namespace kestrant::items

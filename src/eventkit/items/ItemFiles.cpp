@@ -57,6 +57,7 @@ void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, con
         return;
     ItemFile items = ItemReader(place.collection, local).read(stored.text, place.file);
     items.version = stored.version;
+    noteBefore(place);
     collection->second.files.insert_or_assign(place.file, std::move(items));
 }
 
@@ -72,6 +73,7 @@ tl::expected<QByteArray, WriteError> ItemDatabase::replaceFile(const OpenFile& f
 std::optional<WriteError> ItemDatabase::removeFile(const Place& place, const Version& expected) {
     if (auto error = storage_.remove(place, expected))
         return error;
+    noteBefore(place);
     if (const auto collection = library_.collections.find(place.collection);
         collection != library_.collections.end())
         collection->second.files.erase(place.file);

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <tuple>
 #include <vector>
 
 namespace kestrant::items {
@@ -74,6 +75,9 @@ struct Place {
     QByteArray collection;
     QByteArray file;
     bool operator==(const Place&) const = default;
+    bool operator<(const Place& other) const {
+        return std::tie(collection, file) < std::tie(other.collection, other.file);
+    }
 };
 
 /// Reads the files of one collection. What they have in common is kept once. Thread: any one at a time.

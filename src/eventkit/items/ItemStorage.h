@@ -67,6 +67,9 @@ class ItemStorage {
     /// update of everything reads those, too.
     [[nodiscard]] virtual bool isPartlyRead() const { return false; }
 
+    /// Whether an update for these changes reads nothing but the files that they name.
+    [[nodiscard]] virtual bool readsOnlyFilesNamed(const Changes& /*changes*/) const { return false; }
+
     /// When to look again, and at what, because changes there are not told or it
     /// could not be read. Absent when all is well.
     struct Recheck {

@@ -2,27 +2,16 @@
 #include "eventkit/items/OpenItem.h"
 
 #include <set>
-#include <tuple>
 #include <utility>
 
 namespace kestrant::items {
-namespace {
-
-struct Earlier {
-    bool operator()(const Place& a, const Place& b) const {
-        return std::tie(a.collection, a.file) < std::tie(b.collection, b.file);
-    }
-};
-
-}  // namespace
-
 /// Edits of one file each that stay in their file are written together. All others, and those whose file
 /// changed in between, are saved one by one.
 std::vector<tl::expected<EKSaveResult, EKError>>
 ItemDatabase::saveAll(const std::vector<ReminderEdit>& edits, Instant now, const ZoneCalendar& local) {
     std::vector<std::size_t> candidates;
     std::vector<Place> places;
-    std::set<Place, Earlier> taken;
+    std::set<Place> taken;
     for (std::size_t i = 0; isOpen_ && i < edits.size(); ++i) {
         if (!edits[i].base)
             continue;

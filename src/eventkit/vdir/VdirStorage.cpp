@@ -149,6 +149,14 @@ bool VdirStorage::update(items::Library& library, const items::Changes& changes,
     return std::exchange(library.notice, notice) != notice || updated.changed;
 }
 
+bool VdirStorage::readsOnlyFilesNamed(const items::Changes& changes) const {
+    if (changes.everything || changes.collections)
+        return false;
+    return std::all_of(changes.files.begin(), changes.files.end(), [](const auto& named) {
+        return !named.second.empty() && std::all_of(named.second.begin(), named.second.end(), isItemName);
+    });
+}
+
 std::optional<VdirStorage::Recheck> VdirStorage::recheck() const {
     if (coverage_ != Coverage::complete)
         return Recheck{comparisonInterval, {.everything = true}};

@@ -32,6 +32,7 @@ class VdirStorage : public items::ItemStorage {
     [[nodiscard]] std::optional<EKError> open() override;
     [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
                               const ZoneCalendar& local) override;
+    [[nodiscard]] bool readsOnlyFilesNamed(const items::Changes& changes) const override;
     [[nodiscard]] std::optional<Recheck> recheck() const override;
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
     read(const items::Place& place) override;
