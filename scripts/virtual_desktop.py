@@ -299,6 +299,7 @@ class EventWindow:
     def __init__(self, desktop):
         self._desktop = desktop
         self._log = desktop.folder / f"events-{len(desktop._processes)}.log"
+        self._others = self._all()
         with open(self._log, "wb") as log:
             self.process = desktop.spawn(
                 ["stdbuf", "-oL", "xev", "-geometry", f"{desktop.width}x{desktop.height}+0+0", "-bw", "0",
@@ -308,9 +309,12 @@ class EventWindow:
         self.window = wait_until(lambda: self._find(), "the other window is there")
         wait_until(lambda: desktop.active_window() == self.window, "the other window has the focus")
 
+    def _all(self):
+        tree = self._desktop.output("xwininfo", "-root", "-tree").decode()
+        return {int(window, 16) for window in re.findall(r'(0x[0-9a-f]+) "Event Tester"', tree)}
+
     def _find(self):
-        found = re.search(r'(0x[0-9a-f]+) "Event Tester"', self._desktop.output("xwininfo", "-root", "-tree").decode())
-        return int(found[1], 16) if found else None
+        return next(iter(self._all() - self._others), None)
 
     def clicks(self):
         """Where the buttons were pressed on this window, in the display's coordinates."""

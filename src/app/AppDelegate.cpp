@@ -113,19 +113,16 @@ CalendarStore& AppDelegate::calendarStore() {
     return *calendarStore_;
 }
 
-tl::expected<void, TextPair> AppDelegate::applicationDidFinishLaunching() {
-    auto started = lifecycle_.start();
-    if (started) {
-        followSystem();
-        followPreferences();
-        keepMemorySmall();
-    }
-    return started;
+void AppDelegate::applicationDidFinishLaunching() {
+    lifecycle_.start();
+    followSystem();
+    followPreferences();
+    keepMemorySmall();
 }
 
 Lifecycle::Actions AppDelegate::lifecycleActions() {
     return {
-        .createPanel = [this] { return createPanel(); },
+        .createPanel = [this] { createPanel(); },
         .createOnboarding = [this] { createOnboarding(); },
         .presentPanel = [this] { panelController_->present(); },
         .showOnboarding =
@@ -165,13 +162,9 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
     };
 }
 
-tl::expected<void, TextPair> AppDelegate::createPanel() {
+void AppDelegate::createPanel() {
     screens_ = std::make_unique<QtScreenProvider>();
-    const auto screen = NotchGeometry::chooseScreen(*screens_);
-    if (!screen)
-        return tl::unexpected(
-            text("There is no screen to show the panel on.", "Il n’y a pas d’écran où afficher le panneau."));
-    geometry_ = std::make_unique<NotchGeometry>(*screen);
+    geometry_ = std::make_unique<NotchGeometry>(NotchGeometry::chooseScreen(*screens_).value_or(Screen()));
     ReminderStore& reminders = reminderStore();
     CalendarStore& calendar = calendarStore();
 
@@ -194,7 +187,6 @@ tl::expected<void, TextPair> AppDelegate::createPanel() {
         .ledger = ledger_,
     });
     createPanelController();
-    return {};
 }
 
 void AppDelegate::createOnboarding() {
@@ -219,9 +211,12 @@ void AppDelegate::followSystem() {
     observeApplicationState(this, [this](bool isActive) {
         if (isActive)
             lifecycle_.becameActive();
-        // A panel that folds gives the focus back by itself; it stays under the pointer then.
-        else if (panelWindow_->keyWasTakenAway())
-            panelController_->applicationResignedActive();
+        else if (!panelWindow_->isAskingForKey()) {
+            // A panel that folds gives the focus back by itself; it stays under the pointer then.
+            if (panelWindow_->keyWasTakenAway())
+                panelController_->applicationResignedActive();
+            interface_->view.overlays().dismissAll();
+        }
     });
     observeQuitRequests(this, [this] { terminate(); });
     wakeObserver_ = std::make_unique<WakeObserver>([this] { wokeUp(); });
@@ -394,14 +389,15 @@ void AppDelegate::createPanelController() {
     followCompositor();
 
     OverlayHost& overlays = view.overlays();
-    connect(&overlays, &OverlayHost::overlaySurfaceCreated, this,
-            [this](QWindow* surface) { panelWindow_->adoptOverlay(*surface); });
-    connect(&overlays, &OverlayHost::overlaySurfaceShown, this,
-            [this](QWindow* surface) { panelWindow_->focusOverlay(*surface); });
-    connect(&overlays, &OverlayHost::allOverlaysClosed, this, [this] {
-        panelWindow_->focusPanel();
-        panelController_->popoverClosed();
-    });
+    connect(&overlays, &OverlayHost::surfacesChanged, this,
+            [this, &overlays] { panelController_->setSurfaces(overlays.surfaces()); });
+    connect(&overlays, &OverlayHost::allOverlaysClosed, this, [this] { panelController_->popoverClosed(); });
+    const auto resize = [this, &view] {
+        panelWindow_->setExtent(view.extent());
+        view.fillWindow();
+    };
+    connect(&view, &PanelView::extentChanged, this, resize);
+    resize();
     connect(&interface_->reminders, &RemindersViewModel::privacyPageRequested, this,
             [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(ReminderStore::privacyPage))); });
     connect(&interface_->calendar, &CalendarViewModel::privacyPageRequested, this,

@@ -79,9 +79,9 @@ class AppDelegate : public QObject {
     explicit AppDelegate(Options options);
     ~AppDelegate() override;
 
-    /// The start sequence; to be called once, when the event loop is about to run. Fails, with a text for the
-    /// person, when there is nothing to show the panel on.
-    [[nodiscard]] tl::expected<void, TextPair> applicationDidFinishLaunching();
+    /// The start sequence; to be called once, when the event loop is about to run. Without a screen the panel
+    /// waits for one.
+    void applicationDidFinishLaunching();
 
     /// Opens the panel or closes it, whatever the pointer does. Until the introduction was completed, brings
     /// that up.
@@ -108,7 +108,7 @@ class AppDelegate : public QObject {
     /// What cannot be read or kept, one sentence each.
     [[nodiscard]] std::vector<TextPair> problems();
     [[nodiscard]] Lifecycle::Actions lifecycleActions();
-    [[nodiscard]] tl::expected<void, TextPair> createPanel();
+    void createPanel();
     void createOnboarding();
     void followSystem();
     void followPreferences();

@@ -20,7 +20,7 @@ Lifecycle::Lifecycle(const Services& services, Actions actions)
     : services_(services)
     , actions_(std::move(actions)) {}
 
-tl::expected<void, TextPair> Lifecycle::start() {
+void Lifecycle::start() {
     Preferences& preferences = services_.preferences;
     NotchInteractionModel& model = services_.interactionModel;
 
@@ -32,8 +32,7 @@ tl::expected<void, TextPair> Lifecycle::start() {
     if (completed && preferences.startedInitialYearReveal() && !preferences.completedInitialYearReveal())
         model.setInitialYearRevealIsArmed(true);
 
-    if (auto created = actions_.createPanel(); !created)
-        return created;
+    actions_.createPanel();
     actions_.createOnboarding();
 
     if (completed) {
@@ -52,7 +51,6 @@ tl::expected<void, TextPair> Lifecycle::start() {
             requestCalendarAccess();
     }));
     deferred_ = services_.scheduler.after(Duration::zero(), [this] { finishStart(); });
-    return {};
 }
 
 void Lifecycle::finishStart() {
@@ -76,6 +74,11 @@ void Lifecycle::onboardingCompleted() {
     actions_.presentPanel();
     requestReminderAccess();
     requestCalendarAccess();
+}
+
+void Lifecycle::onboardingDismissed() {
+    if (!services_.preferences.completedInitialOnboarding())
+        actions_.presentPanel();
 }
 
 void Lifecycle::becameActive() {

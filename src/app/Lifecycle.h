@@ -3,9 +3,6 @@
 #include "foundation/NotificationCenter.h"
 #include "foundation/Scheduler.h"
 #include "foundation/Subscription.h"
-#include "foundation/Text.h"
-
-#include <tl/expected.hpp>
 
 #include <functional>
 #include <vector>
@@ -33,9 +30,8 @@ class Lifecycle {
     /// What is built and done at its time. Each is called on the main thread and never after the lifecycle is
     /// gone.
     struct Actions {
-        /// Chooses the screen and builds the stores, then the panel, which is not shown yet. Fails with a
-        /// text for the person.
-        std::function<tl::expected<void, TextPair>()> createPanel;
+        /// Chooses the screen and builds the stores, then the panel, which is not shown yet.
+        std::function<void()> createPanel;
         /// Readies the window of the introduction, which is not shown yet.
         std::function<void()> createOnboarding;
         std::function<void()> presentPanel;
@@ -63,11 +59,15 @@ class Lifecycle {
     Lifecycle(const Services& services, Actions actions);
 
     /// The start, once: what must be there for the panel or the introduction to be seen, and the rest on a
-    /// later turn. Fails when the panel cannot be built; nothing is shown then.
-    [[nodiscard]] tl::expected<void, TextPair> start();
+    /// later turn.
+    void start();
 
     /// The person has been through the introduction. Later times only bring the panel up again.
     void onboardingCompleted();
+
+    /// The person has closed the introduction before its end, any number of times: the notch rests where it
+    /// is, not to be opened yet, as the way back to it.
+    void onboardingDismissed();
 
     /// One of the program's surfaces got the keyboard focus.
     void becameActive();

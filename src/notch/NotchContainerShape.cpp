@@ -21,24 +21,42 @@ double insetAtDepth(const NotchContainerShape& shape, double y) {
     return ear;
 }
 
-std::vector<QRect> pixelRectangles(const NotchContainerShape& shape, double windowWidth, double scale) {
+namespace {
+
+/// The pixels whose centres lie in a frame, given in points, whose sides are `inset(y)` further in at the
+/// depth y below its top.
+template <typename Inset>
+std::vector<QRect> rowsOfPixels(const QRectF& frame, double scale, const Inset& inset) {
     std::vector<QRect> rectangles;
-    const double left = (windowWidth - shape.size.width()) / 2;
-    const double right = left + shape.size.width();
-    const int rows = static_cast<int>(std::floor(shape.size.height() * scale + 0.5));
-    for (int row = 0; row < rows; ++row) {
-        const double inset = insetAtDepth(shape, (row + 0.5) / scale);
-        const int first = static_cast<int>(std::ceil((left + inset) * scale - 0.5));
-        const int end = static_cast<int>(std::ceil((right - inset) * scale - 0.5));
-        if (end <= first)
+    const int end = static_cast<int>(std::floor(frame.bottom() * scale + 0.5));
+    for (int row = static_cast<int>(std::ceil(frame.top() * scale - 0.5)); row < end; ++row) {
+        const double cut = inset((row + 0.5) / scale - frame.top());
+        const int left = static_cast<int>(std::ceil((frame.left() + cut) * scale - 0.5));
+        const int right = static_cast<int>(std::ceil((frame.right() - cut) * scale - 0.5));
+        if (right <= left)
             continue;
-        if (!rectangles.empty() && rectangles.back().left() == first &&
-            rectangles.back().right() == end - 1 && rectangles.back().bottom() == row - 1)
+        if (!rectangles.empty() && rectangles.back().left() == left &&
+            rectangles.back().right() == right - 1 && rectangles.back().bottom() == row - 1)
             rectangles.back().setBottom(row);
         else
-            rectangles.emplace_back(first, row, end - first, 1);
+            rectangles.emplace_back(left, row, right - left, 1);
     }
     return rectangles;
+}
+
+}  // namespace
+
+std::vector<QRect> pixelRectangles(const NotchContainerShape& shape, double windowWidth, double scale) {
+    const QRectF frame(QPointF((windowWidth - shape.size.width()) / 2, 0), shape.size);
+    return rowsOfPixels(frame, scale, [&shape](double y) { return insetAtDepth(shape, y); });
+}
+
+std::vector<QRect> roundedPixelRectangles(const QRectF& frame, double cornerRadius, double scale) {
+    const double radius = std::clamp(cornerRadius, 0.0, std::min(frame.width(), frame.height()) / 2);
+    return rowsOfPixels(frame, scale, [&frame, radius](double y) {
+        const double reach = std::max({radius - y, radius - (frame.height() - y), 0.0});
+        return radius - std::sqrt(radius * radius - reach * reach);
+    });
 }
 
 }  // namespace kestrant

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QRect>
+#include <QRectF>
 #include <QSizeF>
 
 #include <vector>
@@ -28,5 +29,9 @@ struct NotchContainerShape {
 /// pixels per point.
 [[nodiscard]] std::vector<QRect> pixelRectangles(const NotchContainerShape& shape, double windowWidth,
                                                  double scale);
+
+/// The same for a rectangle with rounded corners, in the points of the window it is drawn in.
+[[nodiscard]] std::vector<QRect> roundedPixelRectangles(const QRectF& frame, double cornerRadius,
+                                                        double scale);
 
 }  // namespace kestrant

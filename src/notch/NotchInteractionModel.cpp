@@ -14,6 +14,7 @@ constexpr double overlayDismissalSettling = 0.05;
 
 const QString NotchInteractionModel::initialYearRevealRoute =
     QStringLiteral("onboarding.initial-year-reveal");
+const QString NotchInteractionModel::toastRoute = QStringLiteral("panel.toast");
 
 NotchInteractionModel::NotchInteractionModel(Scheduler& scheduler, const Preferences& preferences,
                                              const Feedback& feedback, QObject* parent)
@@ -111,7 +112,7 @@ bool NotchInteractionModel::pointerIsInsideNow() const {
 }
 
 void NotchInteractionModel::pointerEntered() {
-    if (pointerIsInside_)
+    if (pointerIsInside_ || ignoresPointer_)
         return;
     popoverSaveGraceTask_.cancel();
     pointerIsInside_ = true;
@@ -134,6 +135,7 @@ void NotchInteractionModel::pointerEntered() {
 }
 
 void NotchInteractionModel::pointerExited() {
+    ignoresPointer_ = false;
     const bool wasInside = std::exchange(pointerIsInside_, false);
     expandTask_.cancel();
     if (isHeldOpen())
@@ -158,6 +160,7 @@ void NotchInteractionModel::scheduleCollapse() {
 void NotchInteractionModel::expand() {
     if (!expansionEnabled_ || phase_ == NotchPhase::expanded)
         return;
+    ignoresPointer_ = false;
     expandTask_.cancel();
     collapseTask_.cancel();
     hoverClosureAlreadySounded_ = false;

@@ -32,6 +32,9 @@ class NotchInteractionModel : public QObject {
   public:
     /// The route of the first-run year reveal.
     static const QString initialYearRevealRoute;
+    /// The route of a message that was shown while the pointer was away: the panel stays open for it until
+    /// the pointer comes, or another program takes the keyboard.
+    static const QString toastRoute;
 
     /// All three must outlive the model.
     NotchInteractionModel(Scheduler& scheduler, const Preferences& preferences, const Feedback& feedback,
@@ -84,6 +87,9 @@ class NotchInteractionModel : public QObject {
     /// The pointer is in the interactive area, or is not. Called with every poll; only changes matter.
     void pointerEntered();
     void pointerExited();
+    /// The pointer counts for nothing until it has been outside once, or the panel is opened by other means:
+    /// where it rests was not chosen for the panel.
+    void ignorePointerUntilItLeaves() { ignoresPointer_ = true; }
 
     /// Goes to `expanded` if that is allowed.
     Q_INVOKABLE void expand();
@@ -133,6 +139,7 @@ class NotchInteractionModel : public QObject {
     QSet<QString> presentedRouteIDs_;
     QSet<QString> activeReminderDragIDs_;
     bool pointerIsInside_ = false;
+    bool ignoresPointer_ = false;
     bool searchIsFocused_ = false;
     bool hoverClosureAlreadySounded_ = false;
 };

@@ -2,6 +2,7 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>
@@ -21,13 +22,17 @@ NotchPanelController::NotchPanelController(const Environment& environment, Notch
     : environment_(environment)
     , model_(model)
     , geometry_(geometry)
-    , panel_(environment.window) {
+    , panel_(environment.window)
+    , hasScreen_(NotchGeometry::chooseScreen(environment.screens).has_value()) {
     panel_.onPrimaryClick = [this](QPointF location, const QRectF& frame) {
         return primaryClick(location, frame);
     };
     panel_.onSwipeDown = [this] { return swipeDown(); };
     panel_.onSwipeUp = [this] { return swipeUp(); };
-    panel_.onKeyboardCommand = [this](const QString& command) { return keyboardCommand(command); };
+    // An open popover has the keyboard to itself.
+    panel_.onKeyboardCommand = [this](const QString& command) {
+        return model_.presentedOverlayIDs().isEmpty() && keyboardCommand(command);
+    };
     panel_.window().setIgnoresMouseEvents(true);
 
     model_.setPointerPresenceProvider([this] { return pointerIsInside(); });
@@ -50,19 +55,41 @@ void NotchPanelController::placePanel() {
     panel_.window().setShape(geometry_.shape(model_.phase()));
 }
 
-void NotchPanelController::present() {
+void NotchPanelController::showPanel() {
     panel_.window().setPanelLevel();
     placePanel();
     panel_.window().orderFrontRegardless();
+}
+
+void NotchPanelController::present() {
+    if (hasScreen_)
+        showPanel();
     isPresented_ = true;
     evaluatePointer();
     if (!pointerTimer_.isPending())
         pointerTimer_ = environment_.scheduler.every(pollInterval, [this] { evaluatePointer(); });
 }
 
+void NotchPanelController::setSurfaces(std::vector<PanelSurface> surfaces) {
+    if (surfaces == surfaces_)
+        return;
+    surfaces_ = std::move(surfaces);
+    panel_.window().setSurfaces(surfaces_);
+}
+
 bool NotchPanelController::pointerIsInside() const {
-    const std::optional<QPointF> location = environment_.pointer.location();
-    return location && geometry_.isInteractive(*location, model_.phase());
+    const std::optional<QPointF> location =
+        hasScreen_ ? environment_.pointer.location() : std::optional<QPointF>();
+    if (!location)
+        return false;
+    if (geometry_.isInteractive(*location, model_.phase()))
+        return true;
+    const QRectF frame = geometry_.panelFrame();
+    const QPointF inPanel(location->x() - frame.left(), frame.bottom() - location->y());
+    return model_.phase() == NotchPhase::expanded &&
+           std::any_of(surfaces_.begin(), surfaces_.end(), [inPanel](const PanelSurface& surface) {
+               return surface.kind != PanelSurface::Kind::popover && surface.frame.contains(inPanel);
+           });
 }
 
 void NotchPanelController::evaluatePointer() {
@@ -72,6 +99,7 @@ void NotchPanelController::evaluatePointer() {
     updateIgnoresMouseEvents(inside);
     if (inside) {
         model_.dismissRoute(openedByCommandRoute);
+        model_.dismissRoute(NotchInteractionModel::toastRoute);
         model_.pointerEntered();
     } else {
         model_.pointerExited();
@@ -96,6 +124,7 @@ void NotchPanelController::phaseChanged() {
         window.makeKey();
     } else {
         model_.dismissRoute(openedByCommandRoute);
+        model_.dismissRoute(NotchInteractionModel::toastRoute);
         window.resignKey();
         updateIgnoresMouseEvents(pointerIsInside());
     }
@@ -103,18 +132,26 @@ void NotchPanelController::phaseChanged() {
 
 void NotchPanelController::screenParametersChanged() {
     const std::optional<Screen> screen = NotchGeometry::chooseScreen(environment_.screens);
+    hasScreen_ = screen.has_value();
     if (!screen)
         return;
     geometry_.update(*screen);
-    placePanel();
+    if (isPresented_)
+        showPanel();
+    else
+        placePanel();
     evaluatePointer();
 }
 
 void NotchPanelController::applicationResignedActive() {
     model_.dismissRoute(openedByCommandRoute);
+    model_.dismissRoute(NotchInteractionModel::toastRoute);
     const bool nothingIsOpen = model_.presentedOverlayIDs().isEmpty() && model_.presentedRouteIDs().isEmpty();
-    if (nothingIsOpen || model_.isShowingInitialYearReveal())
+    if (nothingIsOpen || model_.isShowingInitialYearReveal()) {
         model_.collapse(false);
+        if (!model_.isExpanded())
+            model_.ignorePointerUntilItLeaves();
+    }
 }
 
 void NotchPanelController::popoverClosed() {
@@ -142,9 +179,20 @@ void NotchPanelController::fold(bool pointerInside) {
     model_.collapse(pointerInside);
 }
 
+void NotchPanelController::setLockedHandler(std::function<void()> handler) {
+    locked_ = std::move(handler);
+}
+
+void NotchPanelController::open() {
+    if (model_.expansionEnabled())
+        model_.expand();
+    else if (locked_)
+        locked_();
+}
+
 bool NotchPanelController::primaryClick(QPointF locationInWindow, const QRectF& frame) {
     if (model_.phase() != NotchPhase::expanded) {
-        model_.expand();
+        open();
         return true;
     }
     const double fromCentre = locationInWindow.x() - frame.width() / 2;
@@ -158,7 +206,7 @@ bool NotchPanelController::primaryClick(QPointF locationInWindow, const QRectF& 
 bool NotchPanelController::swipeDown() {
     if (model_.phase() == NotchPhase::expanded)
         return false;
-    model_.expand();
+    open();
     return true;
 }
 

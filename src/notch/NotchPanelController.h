@@ -6,7 +6,9 @@
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
 #include "notch/NotchPanel.h"
+#include "notch/PanelWindow.h"
 #include "notch/PointerProvider.h"
+#include "notch/ScreenProvider.h"
 
 #include <QObject>
 
@@ -42,7 +44,8 @@ class NotchPanelController {
     NotchPanelController(const NotchPanelController&) = delete;
     NotchPanelController& operator=(const NotchPanelController&) = delete;
 
-    /// Shows the panel and starts polling the pointer; harmless when it is shown already.
+    /// Shows the panel and starts polling the pointer; harmless when it is shown already. Without a screen it
+    /// appears with the first one.
     void present();
     [[nodiscard]] bool isPresented() const { return isPresented_; }
 
@@ -54,7 +57,15 @@ class NotchPanelController {
     /// (points, origin lower left). Where it can, a swipe up scrolls; elsewhere it folds the panel.
     void setContentScrollsUpQuery(std::function<bool(QPointF locationInWindow)> query);
 
-    /// The keyboard focus has left every surface of the application.
+    /// Called instead of expanding when the person clicks the resting notch or swipes down on it while it may
+    /// not expand.
+    void setLockedHandler(std::function<void()> handler);
+
+    /// What is open on the panel has changed.
+    void setSurfaces(std::vector<PanelSurface> surfaces);
+
+    /// Another program has taken the keyboard focus. What the pointer rests on does not open the panel again
+    /// until it has left.
     void applicationResignedActive();
     /// A popover of the panel closed, for whatever reason.
     void popoverClosed();
@@ -63,12 +74,15 @@ class NotchPanelController {
 
   private:
     void placePanel();
+    void showPanel();
     void evaluatePointer();
     void updateIgnoresMouseEvents(bool pointerInside);
     void phaseChanged();
     void screenParametersChanged();
     [[nodiscard]] bool pointerIsInside() const;
     [[nodiscard]] bool primaryClick(QPointF locationInWindow, const QRectF& frame);
+    /// Expands a panel that is not expanded, if it may.
+    void open();
     [[nodiscard]] bool swipeDown();
     [[nodiscard]] bool swipeUp();
     void fold(bool pointerInside);
@@ -81,6 +95,9 @@ class NotchPanelController {
     std::vector<Subscription> cancellables_;
     ScheduledTask pointerTimer_;
     std::function<bool(QPointF)> contentScrollsUp_;
+    std::function<void()> locked_;
+    std::vector<PanelSurface> surfaces_;
+    bool hasScreen_;
     bool isPresented_ = false;
     /// Ends the connections to the model's signals and marks posted work as orphaned.
     QObject lifetime_;

@@ -3,84 +3,99 @@
 #include "notch/NotchInteractionModel.h"
 #include "ui/Appearance.h"
 
-#include <QGuiApplication>
+#include <QHoverEvent>
 #include <QKeyEvent>
-#include <QPainterPath>
+#include <QMouseEvent>
+#include <QPointerEvent>
+#include <QPropertyAnimation>
 #include <QQmlComponent>
 #include <QScreen>
+#include <QWheelEvent>
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
+#include <utility>
 
 namespace kestrant {
 namespace {
 
-/// Points between an anchor and the surface below it, and between a surface and the edge of the screen.
-constexpr double distance = 6.0;
-/// Points between the window and the part of it that the panel's ears leave.
+/// Points between an anchor and the overlay below it.
+constexpr double distance = 8.0;
+/// Points between an overlay and the lower edge of the screen.
+constexpr double screenMargin = 8.0;
+/// Points between an overlay and the sides of the panel's frame.
 constexpr double panelMargin = 16.0;
-constexpr double popoverRadius = 16.0;
+/// Points around an overlay that its shadow may cover.
+constexpr QMarginsF shadow(48.0, 28.0, 48.0, 68.0);
+constexpr int leaveMilliseconds = 110;
 
-double number(const QQuickItem& item, const char* property) {
-    return item.property(property).toDouble();
-}
-
-/// Gives a key to what has the focus within the window, whether or not the window has it: up to the first
-/// that takes it.
-void deliverKey(QQuickWindow& window, QEvent& event) {
-    QQuickItem* item = window.contentItem();
-    while (item->isFocusScope() && item->scopedFocusItem())
-        item = item->scopedFocusItem();
-    do {
-        event.accept();
-        QCoreApplication::sendEvent(item, &event);
-        item = item->parentItem();
-    } while (item && !event.isAccepted());
+/// Where a length may begin so that it lies within a range, as near to `wished` as possible; one that is
+/// longer lies over the whole range, as far on either side.
+double within(double wished, double length, double from, double to) {
+    return length <= to - from ? std::clamp(wished, from, to - length) : (from + to - length) / 2;
 }
 
 }  // namespace
 
+/// Lies over the whole scene and carries one overlay: what is beneath gets no pointer.
+class OverlayHost::Layer : public QQuickItem {
+  public:
+    Layer(OverlayHost& host, QQuickItem& frame) : QQuickItem(&frame), host_(host) {
+        setAcceptedMouseButtons(Qt::AllButtons);
+        setAcceptHoverEvents(true);
+        setZ(1);
+    }
+    /// Before the items lose their parents, which they are bound to.
+    ~Layer() override { delete overlay; }
+    [[nodiscard]] bool contains(const QPointF&) const override { return true; }
+    [[nodiscard]] QRectF surface() const {
+        return overlay ? QRectF(overlay->position(), overlay->size()) : QRectF();
+    }
+
+    QQuickItem* overlay = nullptr;
+
+  protected:
+    void mousePressEvent(QMouseEvent*) override {}
+    void mouseDoubleClickEvent(QMouseEvent*) override {}
+    void hoverEnterEvent(QHoverEvent* event) override { hoverMoveEvent(event); }
+    void hoverMoveEvent(QHoverEvent* event) override {
+        event->setAccepted(surface().contains(event->position()) || !host_.isOnControls(event->position()));
+    }
+    void wheelEvent(QWheelEvent* event) override { event->accept(); }
+
+  private:
+    OverlayHost& host_;
+};
+
 struct OverlayHost::Overlay {
     QString id;
-    std::unique_ptr<QQuickWindow> window;
-    QQuickItem* content = nullptr;
+    std::unique_ptr<Layer> layer;
     QPointer<QQuickItem> anchor;
     QString alignment;
     std::optional<QPointF> at;
-    /// Where the surface hangs from, in global points: known still when the anchor is gone.
+    /// Where the overlay hangs from: known still when the anchor is gone.
     QRectF hook;
 };
 
-OverlayHost::OverlayHost(QQuickWindow& panel, QQmlEngine& engine, NotchInteractionModel& interaction,
+OverlayHost::OverlayHost(QQuickWindow& window, QQmlEngine& engine, NotchInteractionModel& interaction,
                          const Appearance& appearance, QObject* parent)
     : QObject(parent)
-    , panel_(panel)
+    , window_(window)
     , engine_(engine)
     , interaction_(interaction)
     , appearance_(appearance) {
     interaction_.setOverlayDismissalHandler([this] { dismissAll(); });
-    panel_.installEventFilter(this);
-    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](QWindow* focused) {
-        // The focus passes through nothing on its way from one of our surfaces to another.
-        if (!focused && !overlays_.empty())
-            QMetaObject::invokeMethod(
-                this,
-                [this] {
-                    if (!QGuiApplication::focusWindow())
-                        dismissAll();
-                },
-                Qt::QueuedConnection);
-    });
+    window_.installEventFilter(this);
 }
 
 OverlayHost::~OverlayHost() {
     interaction_.setOverlayDismissalHandler({});
-    overlays_.clear();
 }
 
 void OverlayHost::present(const QString& id, const QString& file, QQuickItem* anchor,
                           const QVariantMap& properties) {
-    if (!anchor || !anchor->window())
+    if (!anchor || !frame_)
         return;
     if (isPresented(id)) {
         dismiss(id);
@@ -88,12 +103,9 @@ void OverlayHost::present(const QString& id, const QString& file, QQuickItem* an
     }
     // What is not beneath the new overlay closes for it.
     const auto beneath = std::find_if(overlays_.begin(), overlays_.end(), [&](const auto& overlay) {
-        return overlay->window.get() == anchor->window();
+        return overlay->layer.get() == anchor || overlay->layer->isAncestorOf(anchor);
     });
-    if (beneath == overlays_.end())
-        dismissAll();
-    else
-        closeDownTo(std::size_t(beneath - overlays_.begin()) + 1);
+    closeDownTo(beneath == overlays_.end() ? 0 : std::size_t(beneath - overlays_.begin()) + 1);
 
     auto overlay = std::make_unique<Overlay>();
     overlay->id = id;
@@ -108,86 +120,72 @@ void OverlayHost::present(const QString& id, const QString& file, QQuickItem* an
     QQmlComponent component(&engine_, QUrl(QStringLiteral("qrc:/qt/qml/Kestrant/qml/") + file));
     std::unique_ptr<QObject> object(component.isReady() ? component.createWithInitialProperties(initial)
                                                         : nullptr);
-    overlay->content = qobject_cast<QQuickItem*>(object.get());
-    if (!overlay->content) {
+    auto* content = qobject_cast<QQuickItem*>(object.get());
+    if (!content) {
         qWarning("%s", qUtf8Printable(component.errorString()));
         return;
     }
+    overlay->layer = std::make_unique<Layer>(*this, *frame_);
+    object.release()->setParent(overlay->layer.get());
+    content->setParentItem(overlay->layer.get());
+    overlay->layer->overlay = content;
 
-    overlay->window = std::make_unique<QQuickWindow>();
-    QQuickWindow& window = *overlay->window;
-    window.setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint |
-                    Qt::WindowStaysOnTopHint);
-    window.setColor(Qt::transparent);
-    QSurfaceFormat format = window.format();
-    format.setAlphaBufferSize(8);
-    window.setFormat(format);
-    window.setTransientParent(anchor->window());
-    window.setTitle(overlay->content->property("spokenName").toString());
-    object.release()->setParent(window.contentItem());
-    overlay->content->setParentItem(window.contentItem());
-    overlay->content->setFocus(true);
-    window.installEventFilter(this);
-
-    Overlay* placed = overlay.get();
-    const auto sized = [this, placed] { place(*placed); };
-    connect(overlay->content, &QQuickItem::implicitWidthChanged, this, sized);
-    connect(overlay->content, &QQuickItem::implicitHeightChanged, this, sized);
+    const std::size_t index = overlays_.size();
+    const auto sized = [this, index] { place(index); };
+    connect(content, &QQuickItem::implicitWidthChanged, this, sized);
+    connect(content, &QQuickItem::implicitHeightChanged, this, sized);
+    if (overlays_.empty())
+        focusBeneath_ = window_.contentItem()->scopedFocusItem();
     overlays_.push_back(std::move(overlay));
-    place(*placed);
+    place(index);
+    content->forceActiveFocus(Qt::PopupFocusReason);
 
     interaction_.presentOverlay(id);
-    Q_EMIT overlaySurfaceCreated(&window);
-    window.show();
-    Q_EMIT overlaySurfaceShown(&window);
     Q_EMIT overlaysChanged();
 }
 
-QRectF OverlayHost::room() const {
-    if (!placementArea_.isNull())
-        return placementArea_;
-    return panel_.screen() ? QRectF(panel_.screen()->geometry()) : QRectF();
+double OverlayHost::roomWidth() const {
+    return frame_ ? frame_->width() : window_.width();
 }
 
-void OverlayHost::place(Overlay& overlay) {
-    QQuickItem& content = *overlay.content;
-    QWindow& window = *overlay.window;
-    const QSizeF size(content.implicitWidth(), content.implicitHeight());
-    content.setSize(size);
+double OverlayHost::roomHeight() const {
+    const double height = roomHeight_ > 0.0  ? roomHeight_
+                          : window_.screen() ? window_.screen()->geometry().height()
+                                             : 0.0;
+    return height - screenMargin;
+}
+
+void OverlayHost::place(std::size_t index) {
+    Overlay& overlay = *overlays_[index];
+    QQuickItem& content = *overlay.layer->overlay;
     if (const QQuickItem* anchor = overlay.anchor; anchor && anchor->window()) {
         const QPointF origin = overlay.at.value_or(QPointF(0, anchor->height() + distance));
-        overlay.hook = QRectF(anchor->mapToGlobal(origin), QSizeF(overlay.at ? 0 : anchor->width(), 0));
+        overlay.hook = QRectF(anchor->mapToItem(frame_, origin), QSizeF(overlay.at ? 0 : anchor->width(), 0));
+        if (controls_ && controls_->isAncestorOf(anchor))
+            overlay.hook.moveTop(
+                controls_->mapToItem(frame_, QPointF(0, controls_->height() + distance)).y());
     }
-
-    // The margins around the visible surface, where its shadow falls.
-    const double side = number(content, "marginX");
-    const double above = number(content, "marginTop");
-    const double below = number(content, "marginBottom");
-    const double visibleWidth = size.width() - 2 * side;
-    const double visibleHeight = size.height() - above - below;
+    const double width = content.implicitWidth();
+    const double height = content.implicitHeight();
 
     double x = overlay.hook.x();
-    const double anchorWidth = overlay.hook.width();
     if (overlay.alignment == QLatin1String("right"))
-        x += anchorWidth - visibleWidth;
+        x += overlay.hook.width() - width;
     else if (overlay.alignment != QLatin1String("left"))
-        x += (anchorWidth - visibleWidth) / 2;
+        x += (overlay.hook.width() - width) / 2;
     double y = overlay.hook.y();
-    const QRectF area = room();
-    if (!area.isNull()) {
-        // Beside the panel a surface would look lost.
-        const QRectF across =
-            QRectF(panel_.geometry()).adjusted(panelMargin, 0, -panelMargin, 0).intersected(area);
-        x = std::clamp(x, across.left(), std::max(across.left(), across.right() - visibleWidth));
-        y = std::clamp(y, area.top(), std::max(area.top(), area.bottom() - distance - visibleHeight));
+    if (index > 0) {
+        const QRectF beneath = overlays_[index - 1]->layer->surface();
+        x = within(x, width, beneath.left(), beneath.right());
+        y = within(y, height, beneath.top(), beneath.bottom());
+    } else {
+        // Beside the panel an overlay would look lost.
+        x = within(x, width, panelMargin, frame_->width() - panelMargin);
     }
-    window.setGeometry(QRect(QPointF(x - side, y - above).toPoint(), size.toSize()));
-    if (!appearance_.compositing()) {
-        QPainterPath outline;
-        const double radius = popoverRadius * appearance_.textScale();
-        outline.addRoundedRect(QRectF(QPointF(), size), radius, radius);
-        window.setMask(QRegion(outline.toFillPolygon().toPolygon()));
-    }
+    y = std::max(0.0, std::min(y, roomHeight() - height));
+    content.setPosition({std::round(x), std::round(y)});
+    content.setSize({width, height});
+    Q_EMIT surfacesChanged();
 }
 
 int OverlayHost::indexOf(const QString& id) const {
@@ -203,18 +201,41 @@ void OverlayHost::closeDownTo(std::size_t count) {
         const std::unique_ptr<Overlay> closing = std::move(overlays_.back());
         overlays_.pop_back();
         // What goes may still change its size on the way.
-        closing->content->disconnect(this);
-        disconnect(closing->content, nullptr, this, nullptr);
-        closing->window->hide();
-        // Its own code may be what closes it.
-        closing->window.release()->deleteLater();
+        disconnect(closing->layer->overlay, nullptr, this, nullptr);
         interaction_.dismissOverlay(closing->id);
+        fadeOut(std::move(closing->layer));
     }
+    if (!overlays_.empty())
+        overlays_.back()->layer->overlay->forceActiveFocus(Qt::PopupFocusReason);
+    else if (focusBeneath_)
+        focusBeneath_->forceActiveFocus(Qt::PopupFocusReason);
+    Q_EMIT surfacesChanged();
     Q_EMIT overlaysChanged();
     if (overlays_.empty())
         Q_EMIT allOverlaysClosed();
-    else
-        Q_EMIT overlaySurfaceShown(overlays_.back()->window.get());
+}
+
+void OverlayHost::fadeOut(std::unique_ptr<Layer> layer) {
+    // Its own code may be what closes it.
+    Layer* leaving = layer.release();
+    leaving->overlay->setFocus(false);
+    if (appearance_.reducedMotion() || !appearance_.compositing()) {
+        drop(*leaving);
+        return;
+    }
+    std::erase_if(leaving_, [](const auto& item) { return item.isNull(); });
+    leaving_.emplace_back(leaving);
+    auto* fade = new QPropertyAnimation(leaving, "opacity", leaving);
+    fade->setEndValue(0.0);
+    fade->setDuration(leaveMilliseconds);
+    connect(fade, &QPropertyAnimation::finished, leaving, [leaving] { drop(*leaving); });
+    fade->start();
+}
+
+void OverlayHost::drop(QQuickItem& layer) {
+    // Hidden, its items would be shown once more as they lose their parents.
+    layer.setParentItem(nullptr);
+    layer.deleteLater();
 }
 
 void OverlayHost::dismiss(const QString& id) {
@@ -241,34 +262,96 @@ QString OverlayHost::topmost() const {
     return overlays_.empty() ? QString() : overlays_.back()->id;
 }
 
-QQuickWindow* OverlayHost::surface(const QString& id) const {
+QQuickItem* OverlayHost::surface(const QString& id) const {
     const int index = indexOf(id);
-    return index < 0 ? nullptr : overlays_[std::size_t(index)]->window.get();
+    return index < 0 ? nullptr : overlays_[std::size_t(index)]->layer->overlay;
+}
+
+void OverlayHost::setToast(const QRectF& frame) {
+    if (frame == toast_)
+        return;
+    toast_ = frame;
+    Q_EMIT surfacesChanged();
+}
+
+std::vector<PanelSurface> OverlayHost::surfaces() const {
+    std::vector<PanelSurface> surfaces;
+    if (!toast_.isEmpty() && frame_) {
+        const double edge = frame_->height();
+        surfaces.push_back({PanelSurface::Kind::toast, toast_, toast_.height() / 2});
+        surfaces.push_back(
+            {PanelSurface::Kind::gap, QRectF(toast_.left(), edge, toast_.width(), toast_.top() - edge), 0.0});
+    }
+    for (const auto& overlay : overlays_)
+        surfaces.push_back({PanelSurface::Kind::popover, overlay->layer->surface(),
+                            overlay->layer->overlay->property("cornerRadius").toDouble()});
+    return surfaces;
+}
+
+QRectF OverlayHost::drawnArea() const {
+    QRectF area;
+    for (const auto& overlay : overlays_)
+        area |= overlay->layer->surface().marginsAdded(shadow);
+    return area;
+}
+
+bool OverlayHost::isOnControls(QPointF place) const {
+    return controls_ && controls_->isVisible() && controls_->contains(controls_->mapFromItem(frame_, place));
+}
+
+bool OverlayHost::press(QPointF inWindow) {
+    // What is on its way out is not there any more.
+    for (const QPointer<QQuickItem>& leaving : std::exchange(leaving_, {})) {
+        if (leaving)
+            drop(*leaving);
+    }
+    if (overlays_.empty() || !frame_)
+        return false;
+    const QPointF place = frame_->mapFromScene(inWindow);
+    for (std::size_t count = overlays_.size(); count > 0; --count) {
+        if (overlays_[count - 1]->layer->surface().contains(place)) {
+            const bool closes = count < overlays_.size();
+            closeDownTo(count);
+            return closes;
+        }
+    }
+    const QQuickItem* opener = overlays_.front()->anchor;
+    const bool isOnOpener = opener && opener->contains(opener->mapFromScene(inWindow));
+    const bool isOnControl = isOnControls(place);
+    dismissAll();
+    return isOnOpener || !isOnControl;
+}
+
+bool OverlayHost::wrapFocus(bool forward) {
+    const QQuickItem& overlay = *overlays_.back()->layer->overlay;
+    QQuickItem* focused = window_.activeFocusItem();
+    if (!focused || overlay.isAncestorOf(focused->nextItemInFocusChain(forward)))
+        return false;
+    // Back to the other end.
+    QQuickItem* end = focused;
+    for (;;) {
+        QQuickItem* next = end->nextItemInFocusChain(!forward);
+        if (next == focused || !overlay.isAncestorOf(next))
+            break;
+        end = next;
+    }
+    end->forceActiveFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
 }
 
 bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
-    if (overlays_.empty())
-        return QObject::eventFilter(watched, event);
-    if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
-        // The keyboard is the uppermost surface's from the moment it opens, before the focus has reached it.
-        QQuickWindow& top = *overlays_.back()->window;
-        if (watched == &top)
-            return QObject::eventFilter(watched, event);
-        deliverKey(top, *event);
-        return true;
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::TouchBegin) {
+        const auto& pointer = *static_cast<const QPointerEvent*>(event);
+        pressIsSpent_ = press(pointer.points().constFirst().position());
+        return pressIsSpent_;
     }
-    if (event->type() != QEvent::MouseButtonPress)
-        return QObject::eventFilter(watched, event);
-    // A press beside the uppermost surface closes what lies above the pressed one, and does nothing else.
-    if (watched == &panel_) {
-        dismissAll();
-        return true;
-    }
-    for (std::size_t index = 0; index + 1 < overlays_.size(); ++index) {
-        if (overlays_[index]->window.get() == watched) {
-            closeDownTo(index + 1);
-            return true;
-        }
+    if (event->type() == QEvent::MouseButtonDblClick)
+        return pressIsSpent_;
+    if (event->type() == QEvent::KeyPress && !overlays_.empty()) {
+        const auto& key = *static_cast<const QKeyEvent*>(event);
+        const bool isTab = key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab;
+        if (isTab && !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)))
+            return wrapFocus(key.key() == Qt::Key_Tab && !(key.modifiers() & Qt::ShiftModifier));
     }
     return QObject::eventFilter(watched, event);
 }

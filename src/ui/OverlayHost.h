@@ -1,5 +1,7 @@
 #pragma once
 
+#include "notch/PanelWindow.h"
+
 #include <QObject>
 #include <QPointF>
 #include <QPointer>
@@ -18,19 +20,27 @@ namespace kestrant {
 class Appearance;
 class NotchInteractionModel;
 
-/// Shows popovers and menus as surfaces of their own, since they are taller than the panel, and tells the
-/// interaction model of them so that the panel stays open beneath. A popover that opens from another one lies
-/// upon it; closing one closes those upon it. Thread: main.
+/// Shows popovers and menus in the panel's own scene, above everything else in it, and tells the interaction
+/// model of them so that the panel stays open beneath. An overlay has the keyboard and the pointer to itself:
+/// a press beside it closes it. One that opens from another lies wholly upon it; closing one closes those
+/// upon it. Thread: main.
 class OverlayHost : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the panel's window")
     /// Identifier of the uppermost overlay; empty when none is open.
     Q_PROPERTY(QString topmost READ topmost NOTIFY overlaysChanged)
+    /// Covers the expanded panel's frame; the origin of every place below, and what overlays are put upon.
+    Q_PROPERTY(QQuickItem* frame MEMBER frame_)
+    /// Controls that a press reaches although it closes what is open: each opens something or changes what is
+    /// shown, and nobody wants to press twice for that. What was opened by the pressed one is only closed.
+    Q_PROPERTY(QQuickItem* controls MEMBER controls_)
+    /// Where a message hangs below the panel; empty for none.
+    Q_PROPERTY(QRectF toast READ toast WRITE setToast NOTIFY surfacesChanged)
 
   public:
     /// Everything must outlive the host.
-    OverlayHost(QQuickWindow& panel, QQmlEngine& engine, NotchInteractionModel& interaction,
+    OverlayHost(QQuickWindow& window, QQmlEngine& engine, NotchInteractionModel& interaction,
                 const Appearance& appearance, QObject* parent = nullptr);
     ~OverlayHost() override;
 
@@ -45,46 +55,66 @@ class OverlayHost : public QObject {
     Q_INVOKABLE void dismissAfterSaving(const QString& id);
     Q_INVOKABLE void dismissAll();
 
-    /// Keeps surfaces within this area (in global points) instead of within the panel's screen.
-    void setPlacementArea(const QRectF& area) { placementArea_ = area; }
-
-    /// Points from the top of the screen to its bottom.
-    [[nodiscard]] Q_INVOKABLE double roomHeight() const { return room().height(); }
+    /// Keeps overlays within so many points from the top of the screen instead of above its bottom.
+    void setRoomHeight(double height) { roomHeight_ = height; }
+    /// Points from the top of the screen to where overlays must end.
+    [[nodiscard]] Q_INVOKABLE double roomHeight() const;
+    /// Points across the panel, which overlays keep within.
+    [[nodiscard]] Q_INVOKABLE double roomWidth() const;
 
     [[nodiscard]] Q_INVOKABLE bool isPresented(const QString& id) const;
     [[nodiscard]] QString topmost() const;
-    /// The window of an open overlay, else null.
-    [[nodiscard]] QQuickWindow* surface(const QString& id) const;
+    /// The item of an open overlay, else null.
+    [[nodiscard]] QQuickItem* surface(const QString& id) const;
+
+    [[nodiscard]] QRectF toast() const { return toast_; }
+    void setToast(const QRectF& frame);
+    /// What is open, the lowest first.
+    [[nodiscard]] std::vector<PanelSurface> surfaces() const;
+    /// Around the frame, all that the open overlays and their shadows cover.
+    [[nodiscard]] QRectF drawnArea() const;
 
   Q_SIGNALS:
     void overlaysChanged();
-    /// A surface is about to be shown for the first time: make its native window what it has to be (above the
-    /// panel, on every desktop, in no task list).
-    void overlaySurfaceCreated(QWindow* surface);
-    /// A surface is on screen and wants the keyboard focus.
-    void overlaySurfaceShown(QWindow* surface);
-    /// The last open overlay has closed; the keyboard focus belongs to the panel again.
+    /// What is open has been opened, closed, moved or resized.
+    void surfacesChanged();
+    /// The last open overlay has closed.
     void allOverlaysClosed();
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    class Layer;
     struct Overlay;
 
     [[nodiscard]] int indexOf(const QString& id) const;
     /// Closes overlays from the top until `count` are left.
     void closeDownTo(std::size_t count);
-    void place(Overlay& overlay);
-    /// Where surfaces may be, in global points.
-    [[nodiscard]] QRectF room() const;
+    void fadeOut(std::unique_ptr<Layer> layer);
+    static void drop(QQuickItem& layer);
+    void place(std::size_t index);
+    /// Whether a press at a place in the window is the overlays' alone.
+    [[nodiscard]] bool press(QPointF inWindow);
+    [[nodiscard]] bool isOnControls(QPointF place) const;
+    /// Moves the focus on within the uppermost overlay where the next control in line lies outside of it.
+    [[nodiscard]] bool wrapFocus(bool forward);
 
-    QQuickWindow& panel_;
+    QQuickWindow& window_;
     QQmlEngine& engine_;
     NotchInteractionModel& interaction_;
     const Appearance& appearance_;
-    QRectF placementArea_;
+    QPointer<QQuickItem> frame_;
+    QPointer<QQuickItem> controls_;
+    /// Where the keyboard focus goes back to.
+    QPointer<QQuickItem> focusBeneath_;
+    /// The last press closed something and has no other effect, nor has what follows of it.
+    bool pressIsSpent_ = false;
+    double roomHeight_ = 0.0;
+    QRectF toast_;
     std::vector<std::unique_ptr<Overlay>> overlays_;
+    /// On their way out.
+    std::vector<QPointer<QQuickItem>> leaving_;
 };
 
 }  // namespace kestrant

@@ -20,10 +20,16 @@
 #include <QKeyEvent>
 #include <QQuickItem>
 
+#include <algorithm>
+
 extern void qml_register_types_Kestrant();
 
 namespace kestrant {
 namespace {
+
+/// Points around the open panel, and around the resting notch, for their shadows and a message below.
+constexpr QSizeF panelShadow(128, 96);
+constexpr QSizeF notchShadow(36, 24);
 
 /// Keys that move the focus rather than write.
 bool movesFocus(int key) {
@@ -86,6 +92,7 @@ PanelView::PanelView(const Models& models, Loading loading)
 
 PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQmlEngine> engine)
     : QQuickView(engine.get(), nullptr)
+    , panel_(models.panel)
     , engine_(std::move(engine)) {
     qml_register_types_Kestrant();
     engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
@@ -117,6 +124,12 @@ PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQml
         {QStringLiteral("loadInBackground"), loading == Loading::inBackground},
     });
     setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kestrant/qml/Panel.qml")));
+
+    connect(&panel_, &PanelViewModel::shapeChanged, this, &PanelView::updateExtent);
+    connect(overlays_.get(), &OverlayHost::surfacesChanged, this, &PanelView::updateExtent);
+    if (rootObject())
+        connect(rootObject(), SIGNAL(isSpreadChanged()), this, SLOT(updateExtent()));
+    updateExtent();
 }
 
 PanelView::~PanelView() {
@@ -127,12 +140,36 @@ PanelView::~PanelView() {
     setSource({});
 }
 
-bool PanelView::contentScrollsUp(QPointF locationInWindow) const {
+void PanelView::updateExtent() {
+    QSizeF extent = QSizeF(panel_.hoverWidth(), panel_.restingHeight()) + notchShadow;
+    if (rootObject() && rootObject()->property("isSpread").toBool()) {
+        const QSizeF frame(panel_.expandedWidth(), panel_.expandedHeight());
+        const QRectF drawn = overlays_->drawnArea();
+        const double beside = std::max({panelShadow.width() / 2, -drawn.left(), drawn.right() - frame.width()});
+        const double below = std::max(panelShadow.height(), std::min(drawn.bottom(), overlays_->roomHeight()) -
+                                                                frame.height());
+        extent = frame + QSizeF(2 * beside, below);
+        // Nothing is given back while the panel is open.
+        if (extent_.width() >= frame.width())
+            extent = extent.expandedTo(extent_);
+    }
+    if (extent == extent_)
+        return;
+    extent_ = extent;
+    Q_EMIT extentChanged();
+}
+
+void PanelView::fillWindow() {
+    if (rootObject())
+        rootObject()->setSize(size());
+}
+
+bool PanelView::contentScrollsUp(QPointF locationInPanel) const {
     QVariant scrolls;
     if (rootObject())
         QMetaObject::invokeMethod(rootObject(), "scrollsDownAt", Q_RETURN_ARG(QVariant, scrolls),
-                                  Q_ARG(QVariant, locationInWindow.x()),
-                                  Q_ARG(QVariant, height() - locationInWindow.y()));
+                                  Q_ARG(QVariant, locationInPanel.x()),
+                                  Q_ARG(QVariant, panel_.expandedHeight() - locationInPanel.y()));
     return scrolls.toBool();
 }
 

@@ -5,6 +5,7 @@
 #include <QPointF>
 #include <QQmlEngine>
 #include <QQuickView>
+#include <QSizeF>
 
 #include <memory>
 
@@ -24,12 +25,12 @@ class RemindersViewModel;
 class SettingsViewModel;
 class YearRevealViewModel;
 
-/// The panel's window content: the outline in every phase and, from the first expansion on, the modules.
+/// The panel's window content: the outline in every phase, from the first expansion on the modules, and what
+/// opens on them, with all their shadows.
 ///
-/// It is a plain window of the expanded panel's size; placing it, giving it its native nature and deciding
-/// which of its events are clicks, swipes and commands is the platform's matter: install an event filter on
-/// it before show(). Overlays come through overlays(): connect OverlayHost::overlaySurfaceCreated likewise.
-/// Thread: main.
+/// It is a plain window; placing it, giving it its native nature and the size it asks for, and deciding which
+/// of its events are clicks, swipes and commands is the platform's matter: install an event filter on it
+/// before show(). Whatever its size, the panel hangs from the middle of its top edge. Thread: main.
 class PanelView : public QQuickView {
     Q_OBJECT
 
@@ -70,13 +71,25 @@ class PanelView : public QQuickView {
 
     [[nodiscard]] OverlayHost& overlays() { return *overlays_; }
 
-    /// Whether content at a place in the window can still scroll when the fingers move up (further down its
-    /// contents). Points, origin lower left.
-    [[nodiscard]] bool contentScrollsUp(QPointF locationInWindow) const;
+    /// The size that the window should have for what it shows, in points. It grows before anything needs the
+    /// room and shrinks when nothing moves any more.
+    [[nodiscard]] QSizeF extent() const { return extent_; }
+    /// Has the content fill a window that was resized, before the window system tells of it.
+    void fillWindow();
+
+    /// Whether content at a place in the panel's frame can still scroll when the fingers move up (further down
+    /// its contents). Points, origin lower left.
+    [[nodiscard]] bool contentScrollsUp(QPointF locationInPanel) const;
+
+  Q_SIGNALS:
+    void extentChanged();
 
   private:
     PanelView(const Models& models, Loading loading, std::unique_ptr<QQmlEngine> engine);
+    Q_SLOT void updateExtent();
 
+    PanelViewModel& panel_;
+    QSizeF extent_;
     std::unique_ptr<QQmlEngine> engine_;
     std::unique_ptr<OverlayHost> overlays_;
 };

@@ -176,6 +176,8 @@ void PanelViewModel::endReminderDrag(const QString& id, bool dropped) {
         feedback_.play(Cue::drop);
     interaction_.setCalendarWindowFrame({});
     interaction_.endReminderDrag(id);
+    if (dropped)
+        Q_EMIT reminderDropped();
 }
 
 void PanelViewModel::updateDueTodayCount() {

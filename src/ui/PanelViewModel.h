@@ -101,6 +101,8 @@ class PanelViewModel : public QObject {
     Q_INVOKABLE void endReminderDrag(const QString& id, bool dropped);
 
   Q_SIGNALS:
+    /// A carried card was let go where it stays.
+    void reminderDropped();
     void phaseChanged();
     void shapeChanged();
     void dueTodayCountChanged();

@@ -162,7 +162,7 @@ struct Stage {
         preferences.setLanguage(language);
         appearance.setReducedMotion(true);
         interaction.setExpansionEnabled(true);
-        view.overlays().setPlacementArea(QRectF(QPointF(), pictureSize));
+        view.overlays().setRoomHeight(pictureSize.height());
     }
 
     /// Saturday 21 November 2026, 14:30 in Paris.
@@ -264,8 +264,7 @@ struct Stage {
         time.advance(Duration(0));
     }
     void show() {
-        view.resize(panel.expandedWidth(), panel.expandedHeight());
-        view.setPosition((pictureSize.width() - view.width()) / 2, 0);
+        view.setGeometry(QRect({}, pictureSize));
         view.show();
         // Lets the window be exposed and its content be laid out.
         QCoreApplication::processEvents();
@@ -285,7 +284,7 @@ struct Stage {
         return view.rootObject()->property("content").value<QQuickItem*>();
     }
     [[nodiscard]] QQuickItem* overlayContent(const char* id) {
-        return view.overlays().surface(QString::fromUtf8(id))->contentItem()->childItems().constFirst();
+        return view.overlays().surface(QString::fromUtf8(id));
     }
     /// The introduction, open at a page.
     void introduce(OnboardingViewModel::Page page) {
@@ -297,7 +296,9 @@ struct Stage {
         QCoreApplication::processEvents();
     }
     void focusCalendar() { call("focusCalendar"); }
+    /// Places are the panel's.
     void moveMouseTo(QPointF place) {
+        place.rx() += (view.width() - panel.expandedWidth()) / 2;
         QMouseEvent move(QEvent::MouseMove, place, view.mapToGlobal(place), Qt::NoButton, Qt::NoButton,
                          Qt::NoModifier);
         QCoreApplication::sendEvent(&view, &move);
@@ -305,6 +306,7 @@ struct Stage {
     /// Takes hold of one place and carries it to another, without letting go.
     void drag(QPointF from, QPointF to) {
         const auto send = [this](QEvent::Type type, QPointF place, Qt::MouseButton button) {
+            place.rx() += (view.width() - panel.expandedWidth()) / 2;
             QMouseEvent event(type, place, view.mapToGlobal(place), button, Qt::LeftButton, Qt::NoModifier);
             QCoreApplication::sendEvent(&view, &event);
             QCoreApplication::processEvents();
@@ -327,13 +329,10 @@ struct Stage {
             press(letter.toUpper().unicode(), letter);
     }
     void press(int key, const QString& text = {}) {
-        QQuickWindow* window = view.overlays().topmost().isEmpty()
-                                   ? static_cast<QQuickWindow*>(&view)
-                                   : view.overlays().surface(view.overlays().topmost());
         QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
-        QCoreApplication::sendEvent(window, &down);
+        QCoreApplication::sendEvent(&view, &down);
         QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
-        QCoreApplication::sendEvent(window, &up);
+        QCoreApplication::sendEvent(&view, &up);
     }
 };
 

@@ -25,7 +25,8 @@ IDENTIFIER = "com.Kestrant.notchapp"
 IDLE = (205 - 11, 33)
 HOVERING = (257 - 20, 33)
 EXPANDED = (940 - 20, 292)
-WINDOW = (940, 292)
+# The window at rest: the notch it grows to under the pointer, and room for its shadow.
+WINDOW = (294, 57)
 TOOLBAR_HEIGHT = 33
 
 # The colour of the list that the tests make: nothing else on the panel has it, so what has it belongs to that list.

@@ -81,10 +81,16 @@ class AccessibilityTest(DesktopTest):
     def tree(self):
         return Accessible(wait_until(lambda: self.ask(""), "the program tells what it shows"))
 
-    def surface(self):
-        """The uppermost window: the last one that was opened."""
+    def surfaces(self):
+        """The windows that are shown, the last one opened at the end, and then the dialogs in that one."""
         frames = [frame for frame in self.tree().children if frame.is_showing]
-        return frames[-1] if frames else self.tree()
+        dialogs = [one for one in frames[-1] if one.role == "dialog" and one.is_showing] if frames else []
+        return frames + dialogs
+
+    def surface(self):
+        """What is uppermost: the last one that was opened."""
+        surfaces = self.surfaces()
+        return surfaces[-1] if surfaces else self.tree()
 
     def find(self, role, name):
         """The showing object of a role whose name begins so."""
@@ -187,9 +193,9 @@ class AccessibilityTest(DesktopTest):
 
     def escape(self):
         """Closes what is uppermost."""
-        before = len([frame for frame in self.tree().children if frame.is_showing])
+        before = len(self.surfaces())
         self.desktop.key("Escape")
-        wait_until(lambda: len([frame for frame in self.tree().children if frame.is_showing]) < before, "it closes")
+        wait_until(lambda: len(self.surfaces()) < before, "it closes")
         wait_until(self.focus, "what lies below has the focus again")
 
     def open_panel(self):

@@ -59,6 +59,29 @@ class LifecycleTest(DesktopTest):
         self.assertEqual(self.kestrant().returncode, 0, "a second start finds the first without a bus")
         self.assertIsNone(self.program.poll())
 
+    def test_waits_for_a_screen_and_follows_it(self):
+        self.add_reminder("Water the plants")
+        output = self.desktop.output("xrandr").decode().splitlines()[1].split()[0]
+        mode = f"{self.desktop.width}x{self.desktop.height}"
+
+        def switch(on):
+            self.desktop.output("xrandr", "--fb", mode, "--output", output, *(["--mode", mode] if on else ["--off"]))
+
+        self.addCleanup(switch, True)
+        switch(False)
+        self.set_preferences()
+        self.program = self.desktop.spawn([PROGRAM])
+        self.addCleanup(stop, self.program)
+        wait_until(lambda: self.kestrant("--toggle").returncode == 0, "it runs without a screen")
+        switch(True)
+        self.wait_for_panel(EXPANDED)
+        self.assertEqual(self.kestrant("--toggle").returncode, 0)
+        self.wait_for_panel(IDLE)
+        switch(False)
+        switch(True)
+        self.wait_for_panel(IDLE)
+        self.expand()
+
     def test_of_two_started_at_once_one_stays(self):
         self.set_preferences()
         programs = [self.desktop.spawn([PROGRAM]) for _ in range(2)]

@@ -145,10 +145,66 @@ TEST_F(NotchPanelControllerTest, ScreenChangesMoveThePanelAndALostScreenLeavesIt
     EXPECT_EQ(window.frame, QRectF(810, 1148, 940, 292));
     screens.change({});
     EXPECT_EQ(geometry.screen(), wide);
+    moveTo(QPointF(1280, 1435));
+    EXPECT_EQ(model.phase(), NotchPhase::idle) << "nobody points at anything then";
     screens.change({wide, notchedScreen(185, 37)});
     EXPECT_EQ(window.restingArea, QSizeF(196.0, 37.5));
     moveTo(QPointF(756, 980));
     EXPECT_EQ(model.phase(), NotchPhase::expanded);
+}
+
+TEST_F(NotchPanelControllerTest, WithoutAScreenItWaitsForOne) {
+    screens.change({});
+    NotchGeometry none{Screen()};
+    controller = std::make_unique<NotchPanelController>(
+        NotchPanelController::Environment{window, screens, pointer, scheduler, notifications}, model, none);
+    controller->present();
+    EXPECT_TRUE(controller->isPresented());
+    EXPECT_FALSE(window.visible);
+    screens.change({wide});
+    EXPECT_TRUE(window.visible);
+    EXPECT_EQ(window.frame, QRectF(810, 1148, 940, 292));
+    moveTo(QPointF(1280, 1435));
+    EXPECT_EQ(model.phase(), NotchPhase::expanded);
+    controller.reset();
+}
+
+TEST_F(NotchPanelControllerTest, AMessageBelowThePanelBelongsToItAndAPopoverDoesNot) {
+    using Kind = PanelSurface::Kind;
+    struct Case {
+        Kind kind;
+        bool isOnPanel;
+    };
+    for (const auto& [kind, isOnPanel] :
+         {Case{Kind::toast, true}, Case{Kind::gap, true}, Case{Kind::popover, false}}) {
+        presentExpanded();
+        controller->setSurfaces({{kind, QRectF(300, 304, 200, 40), 20}});
+        EXPECT_EQ(window.surfaces.size(), 1U);
+        moveTo(window.frame.topLeft() + QPointF(350, -20));
+        scheduler.advance(seconds(1));
+        EXPECT_EQ(model.isExpanded(), isOnPanel);
+        controller->setSurfaces({});
+        moveTo(farAway);
+        scheduler.advance(seconds(1));
+        EXPECT_EQ(model.phase(), NotchPhase::idle);
+    }
+}
+
+TEST_F(NotchPanelControllerTest, AMessageShownWhileThePointerIsAwayKeepsThePanelOpen) {
+    controller->present();
+    model.expand();
+    model.presentRoute(NotchInteractionModel::toastRoute);
+    scheduler.advance(seconds(3));
+    EXPECT_EQ(model.phase(), NotchPhase::expanded);
+    moveTo(inPanel);
+    moveTo(farAway);
+    scheduler.advance(seconds(1));
+    EXPECT_EQ(model.phase(), NotchPhase::idle) << "whoever has been there has seen it";
+
+    model.expand();
+    model.presentRoute(NotchInteractionModel::toastRoute);
+    controller->applicationResignedActive();
+    EXPECT_EQ(model.phase(), NotchPhase::idle);
 }
 
 TEST_F(NotchPanelControllerTest, ClicksOpenAndTheCameraStripCloses) {
@@ -165,6 +221,24 @@ TEST_F(NotchPanelControllerTest, ClicksOpenAndTheCameraStripCloses) {
     EXPECT_TRUE(click(onNotch));
     EXPECT_EQ(model.phase(), NotchPhase::hovering);
     EXPECT_TRUE(model.presentedOverlayIDs().isEmpty()) << "nothing stays open on a folded panel";
+}
+
+TEST_F(NotchPanelControllerTest, AClickOrSwipeOnALockedNotchIsHandedOn) {
+    int asked = 0;
+    controller->setLockedHandler([&] { ++asked; });
+    model.setExpansionEnabled(false);
+    controller->present();
+    moveTo(onNotch);
+    scheduler.advance(seconds(5));
+    EXPECT_EQ(asked, 0) << "pointing at it asks for nothing";
+    EXPECT_TRUE(click(onNotch));
+    EXPECT_TRUE(swipe(-9.0));
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(model.phase(), NotchPhase::hovering);
+    model.setExpansionEnabled(true);
+    EXPECT_TRUE(click(onNotch));
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(model.phase(), NotchPhase::expanded);
 }
 
 TEST_F(NotchPanelControllerTest, SwipesOpenAndCloseExceptWhereContentScrolls) {
@@ -200,6 +274,8 @@ TEST_F(NotchPanelControllerTest, KeyboardCommandsArePostedAsNotifications) {
     EXPECT_FALSE(controller->panel().onKeyboardCommand("x"));
     EXPECT_EQ(posted, QStringList({"kestrant.newReminder", "kestrant.findReminder",
                                    "kestrant.undoReminderAction", "kestrant.redoReminderAction"}));
+    model.presentOverlay("edit");
+    EXPECT_FALSE(controller->panel().onKeyboardCommand("n")) << "an open popover has the keyboard to itself";
 }
 
 TEST_F(NotchPanelControllerTest, ResigningFoldsThePanelUnlessSomethingIsOpen) {
@@ -217,6 +293,28 @@ TEST_F(NotchPanelControllerTest, ResigningFoldsThePanelUnlessSomethingIsOpen) {
     presentExpanded();
     controller->applicationResignedActive();
     EXPECT_EQ(model.phase(), NotchPhase::idle);
+}
+
+TEST_F(NotchPanelControllerTest, AfterResigningAPointerThatRestsThereDoesNotOpenItAgain) {
+    presentExpanded();
+    controller->applicationResignedActive();
+    EXPECT_EQ(model.phase(), NotchPhase::idle);
+    scheduler.advance(seconds(5));
+    EXPECT_EQ(model.phase(), NotchPhase::idle);
+    EXPECT_FALSE(window.isKey);
+    EXPECT_FALSE(window.ignores) << "a click on it still counts";
+    EXPECT_TRUE(click(onNotch));
+    EXPECT_EQ(model.phase(), NotchPhase::expanded);
+    moveTo(inPanel);
+    controller->applicationResignedActive();
+    scheduler.advance(seconds(1));
+    EXPECT_EQ(model.phase(), NotchPhase::idle);
+    moveTo(onNotch);
+    EXPECT_EQ(model.phase(), NotchPhase::expanded) << "it was outside the resting notch meanwhile";
+    controller->applicationResignedActive();
+    moveTo(farAway);
+    moveTo(onNotch);
+    EXPECT_EQ(model.phase(), NotchPhase::expanded);
 }
 
 TEST_F(NotchPanelControllerTest, AfterAPopoverClosedThePointerIsLookedForAgain) {

@@ -1,6 +1,8 @@
 #include "ui/PanelProgram.h"
 #include "ui/WithEvents.h"
 
+#include <QSignalSpy>
+
 #include <gmock/gmock.h>
 
 using namespace kestrant;
@@ -157,6 +159,7 @@ TEST(CalendarModule, OpensTheFormByEnterAndAsksBeforeItDeletes) {
     program.press(Qt::Key_Delete);
     ASSERT_TRUE(program.isOpen("confirm"));
     EXPECT_EQ(program.database.allEvents().size(), 1u);
+    program.press(Qt::Key_Tab);
     program.press(Qt::Key_Return);
     program.settle();
     EXPECT_FALSE(program.isOpen("confirm"));
@@ -301,6 +304,11 @@ TEST(CalendarModule, LetsACardGoBackWhereItCameFrom) {
              EXPECT_EQ(program.calendarModule()->property("dropDay").toString(), QString());
              program.letGoAt({300, 200});
          }},
+        {"on the day it is due",
+         [](CalendarPanel& program) {
+             program.carryCardTo(program.placeOfDay(0));
+             program.letGoAt(program.placeOfDay(0));
+         }},
     };
     for (const Case& c : cases) {
         CalendarPanel program;
@@ -311,7 +319,31 @@ TEST(CalendarModule, LetsACardGoBackWhereItCameFrom) {
         EXPECT_EQ(program.database.reminder(id)->dueDateComponents->date(), program.day(0)) << c.what;
         EXPECT_TRUE(program.interaction.activeReminderDragIDs().isEmpty()) << c.what;
         EXPECT_TRUE(program.panel.isExpanded()) << c.what;
+        EXPECT_NE(program.cues.heard.back(), Cue::drop) << c.what;
     }
+}
+
+TEST(CalendarModule, LeavesACardThatIsLetGoAmongTheOthersWhereItIs) {
+    CalendarPanel program;
+    for (const char* title : {"a", "b", "c"})
+        program.Program::add(QString::fromUtf8(title));
+    program.store.setSortMode(ReminderSortMode::title);
+    program.expand();
+    QSignalSpy recorded(&program.history, &HistoryViewModel::recorded);
+    const QPointF behindB(436, 80);
+    program.cues.heard.clear();
+    program.carryCardTo(behindB);
+    program.letGoAt(behindB);
+    program.settle();
+    EXPECT_THAT(program.cues.heard, ElementsAre(Cue::dragStart, Cue::snap, Cue::drop));
+    EXPECT_EQ(program.titles(), (QStringList{"b", "a", "c"}));
+    EXPECT_EQ(program.store.sortMode(), ReminderSortMode::manual);
+    ASSERT_FALSE(recorded.empty());
+    EXPECT_EQ(recorded.back().front().toString(), QStringLiteral("“a” moved · now in manual order"));
+    program.history.undo();
+    program.settle();
+    EXPECT_EQ(program.titles(), (QStringList{"a", "b", "c"}));
+    EXPECT_EQ(program.store.sortMode(), ReminderSortMode::title);
 }
 
 TEST(CalendarModule, TakesACardOnADayOfTheFullCalendar) {

@@ -169,12 +169,16 @@ TEST(EditingViews, DeleteAnEventOnlyAfterAsking) {
     program.remove("Piano");
     EXPECT_TRUE(program.shows("Delete event?"));
     EXPECT_TRUE(program.shows("This will delete the event from “Private”."));
-    program.press(Qt::Key_Escape);
+    EXPECT_TRUE(program.shows("Piano"));
+    // The keyboard begins on Cancel.
+    program.press(Qt::Key_Return);
     program.settle();
+    EXPECT_FALSE(program.isOpen("confirm"));
     EXPECT_EQ(program.database.allEvents().size(), 1u);
 
     program.fillDisk();
     program.remove("Piano");
+    program.press(Qt::Key_Tab);
     program.press(Qt::Key_Return);
     program.settle();
     EXPECT_TRUE(program.isOpen("confirm"));
@@ -194,6 +198,7 @@ TEST(EditingViews, TakeAReminderOutOfTheCalendarOnlyAfterAsking) {
     EXPECT_TRUE(program.shows("Retirer le rappel du calendrier ?"));
     EXPECT_TRUE(program.shows("L’échéance sera effacée dans vos rappels. Le rappel restera dans sa liste."));
     EXPECT_TRUE(program.shows("Détacher"));
+    program.press(Qt::Key_Tab);
     program.press(Qt::Key_Return);
     program.settle();
     EXPECT_FALSE(program.isOpen("confirm"));

@@ -51,7 +51,7 @@ TEST(NewReminderTip, GoesForGoodWithAClickOnItOrWithANewReminder) {
          [](IntroducedProgram& program) {
              program.view.grabWindow();
              QQuickItem* words = findText(program.view.contentItem(), QString::fromUtf8(tip));
-             program.click(program.view, words->mapToScene({words->width() / 2, words->height() / 2}));
+             program.click(words->mapToScene({words->width() / 2, words->height() / 2}));
              EXPECT_EQ(program.view.overlays().topmost(), QString()) << "nothing beneath it is clicked";
          }},
         {"the button", [](IntroducedProgram& program) { program.click("New reminder"); }},

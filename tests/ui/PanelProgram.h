@@ -31,12 +31,9 @@ struct PanelProgram : Program {
         : view({interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
                 calendarEdit, reminderEdit, history, yearReveal},
                loading) {
-        // As the platform does: the uppermost surface, at last the panel, gets the focus.
-        OverlayHost& overlays = view.overlays();
-        QObject::connect(&overlays, &OverlayHost::overlaySurfaceShown, &view,
-                         [](QWindow* surface) { surface->requestActivate(); });
-        QObject::connect(&overlays, &OverlayHost::allOverlaysClosed, &view,
-                         [this] { view.requestActivate(); });
+        // As wide as the panel, so that places in one are places in the other, and high enough for all overlays.
+        view.resize(view.width(), 800);
+        appearance.setReducedMotion(true);
     }
 
     /// Opens the panel and lets it lay out its content.
@@ -53,21 +50,20 @@ struct PanelProgram : Program {
         view.grabWindow();
         QCoreApplication::processEvents();
     }
-    /// The surface that has the keyboard: the uppermost overlay, else the panel.
-    [[nodiscard]] QQuickWindow& keyWindow() {
-        QQuickWindow* surface = view.overlays().surface(view.overlays().topmost());
-        return surface ? *surface : view;
+    /// What has the keyboard: the uppermost overlay, else the panel.
+    [[nodiscard]] QQuickItem& keyItem() {
+        QQuickItem* surface = view.overlays().surface(view.overlays().topmost());
+        return surface ? *surface : *view.contentItem();
     }
     void press(int key, const QString& text = {}) {
-        QQuickWindow& window = keyWindow();
         QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
-        QCoreApplication::sendEvent(&window, &down);
+        QCoreApplication::sendEvent(&view, &down);
         QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
-        QCoreApplication::sendEvent(&window, &up);
+        QCoreApplication::sendEvent(&view, &up);
         QCoreApplication::processEvents();
     }
-    void click(QQuickWindow& window, QPointF at) {
-        QTest::mouseClick(&window, Qt::LeftButton, {}, at.toPoint());
+    void click(QPointF at) {
+        QTest::mouseClick(&view, Qt::LeftButton, {}, at.toPoint());
         QCoreApplication::processEvents();
     }
     /// Clicks on the middle of the control of the panel that is spoken like this.
@@ -75,7 +71,7 @@ struct PanelProgram : Program {
         view.grabWindow();
         QQuickItem* control = findText(view.contentItem(), QString::fromUtf8(spokenName), "spokenName");
         ASSERT_NE(control, nullptr) << spokenName;
-        click(view, control->mapToScene({control->width() / 2, control->height() / 2}));
+        click(control->mapToScene({control->width() / 2, control->height() / 2}));
     }
     void call(const char* function) {
         QMetaObject::invokeMethod(view.rootObject()->property("content").value<QQuickItem*>(), function);
@@ -83,7 +79,7 @@ struct PanelProgram : Program {
     }
     /// Whether a text is to be read on the surface that has the keyboard.
     [[nodiscard]] bool shows(const char* text) {
-        return findText(keyWindow().contentItem(), QString::fromUtf8(text)) != nullptr;
+        return findText(&keyItem(), QString::fromUtf8(text)) != nullptr;
     }
     [[nodiscard]] bool isOpen(const char* overlay) {
         return view.overlays().isPresented(QString::fromUtf8(overlay));

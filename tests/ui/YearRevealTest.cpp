@@ -63,7 +63,7 @@ TEST(YearReveal, IsSkippedByAClick) {
     program.add(QStringLiteral("untouched"));
     program.expand();
     EXPECT_TRUE(program.shows("Welcome")) << "without completions it greets";
-    program.click(program.view, {120, 80});
+    program.click({120, 80});
     EXPECT_FALSE(program.yearReveal.isShowing());
     EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty()) << "the click reaches nothing beneath";
 }

@@ -34,6 +34,13 @@ bool KeyFocus::isOurs() const {
     return isOwnWindow(server_.inputFocus());
 }
 
+bool KeyFocus::wasTakenAway() const {
+    const xcb_window_t focus = server_.inputFocus();
+    const bool isNobodys =
+        focus == XCB_INPUT_FOCUS_NONE || focus == XCB_INPUT_FOCUS_POINTER_ROOT || focus == server_.root();
+    return hasArrived_ && !isNobodys && !isOwnWindow(focus);
+}
+
 bool KeyFocus::asksWindowManager(const QWindow& surface) const {
     const bool managed = !surface.flags().testFlag(Qt::BypassWindowManagerHint);
     return (managed || isXWayland_) && server_.windowManagerSupports(activeWindowMessage);

@@ -10,7 +10,7 @@ class QWindow;
 
 namespace kestrant {
 
-/// Takes the keyboard focus for the panel's surfaces and gives it back to whoever had it. Thread: main.
+/// Takes the keyboard focus for the panel's window and gives it back to whoever had it. Thread: main.
 class KeyFocus : public QObject {
   public:
     KeyFocus();
@@ -22,9 +22,9 @@ class KeyFocus : public QObject {
     void giveBack();
     /// Whether one of the application's windows has the focus, as the server sees it.
     [[nodiscard]] bool isOurs() const;
-    /// Whether somebody else took the focus from our surfaces: not while what was asked for with take() is
-    /// still to come, nor when it went because it was given back.
-    [[nodiscard]] bool wasTakenAway() const { return hasArrived_ && !isOurs(); }
+    /// Whether another window took the focus from our surfaces: not while what was asked for with take() is
+    /// still to come, nor when it went to nobody or was given back.
+    [[nodiscard]] bool wasTakenAway() const;
     /// To be called when one of our surfaces is told that it has the focus.
     void arrived() { hasArrived_ = true; }
 

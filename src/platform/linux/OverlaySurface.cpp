@@ -44,12 +44,6 @@ void configureSurface(QWindow& window) {
     setAcceptsFocus(window, false);
 }
 
-void configureOverlaySurface(QWindow& surface, QWindow& panel) {
-    surface.setTransientParent(&panel);
-    configureSurface(surface);
-    setAcceptsFocus(surface, true);
-}
-
 void setAcceptsFocus(QWindow& surface, bool accepts) {
     const X11Connection server = X11Connection::ofApplication();
     const auto id = static_cast<xcb_window_t>(surface.winId());

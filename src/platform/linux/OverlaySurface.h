@@ -18,9 +18,6 @@ enum class SurfaceManagement { overrideRedirect, managedDock };
 /// not be changed afterwards. Only on the xcb platform. Thread: main.
 void configureSurface(QWindow& window);
 
-/// The same for a popover that belongs to the panel and lies above it.
-void configureOverlaySurface(QWindow& surface, QWindow& panel);
-
 /// Whether the window manager may give the surface the keyboard focus of its own accord, as by a click on it.
 void setAcceptsFocus(QWindow& surface, bool accepts);
 

@@ -14,14 +14,17 @@
 #include <xcb/shape.h>
 
 #include <algorithm>
-#include <utility>
+#include <cmath>
 
 namespace kestrant {
 
 namespace {
 
-/// Desktops under which touchpads scroll naturally unless told otherwise; asked only of devices that do not
-/// tell.
+/// As long as the focus may wander after it was asked for.
+constexpr Duration askingTime = std::chrono::milliseconds(300);
+
+/// Desktops under which touchpads scroll naturally unless told otherwise: the best guess until their settings
+/// are known.
 bool desktopScrollsNaturally() {
     return qgetenv("XDG_CURRENT_DESKTOP").contains("GNOME");
 }
@@ -35,25 +38,33 @@ bool isEditingText() {
     return query.value(Qt::ImEnabled).toBool();
 }
 
-std::vector<xcb_rectangle_t> toServer(const std::vector<QRect>& rectangles) {
-    std::vector<xcb_rectangle_t> result;
-    result.reserve(rectangles.size());
+void append(std::vector<xcb_rectangle_t>& region, const std::vector<QRect>& rectangles) {
     for (const QRect& rectangle : rectangles)
-        result.push_back({static_cast<int16_t>(rectangle.x()), static_cast<int16_t>(rectangle.y()),
+        region.push_back({static_cast<int16_t>(rectangle.x()), static_cast<int16_t>(rectangle.y()),
                           static_cast<uint16_t>(rectangle.width()),
                           static_cast<uint16_t>(rectangle.height())});
-    return result;
+}
+
+/// Has the server keep what is drawn where it is on the screen when the window grows or shrinks about the
+/// middle of its top edge, and nothing at all where it grows, until the new picture comes.
+void keepContentInPlace(const X11Connection& server, const QWindow& window) {
+    constexpr uint32_t transparent = 0;
+    const uint32_t values[] = {transparent, XCB_GRAVITY_NORTH};
+    xcb_change_window_attributes(server.get(), static_cast<xcb_window_t>(window.winId()),
+                                 XCB_CW_BACK_PIXEL | XCB_CW_BIT_GRAVITY, values);
 }
 
 }  // namespace
 
 X11PanelWindow::X11PanelWindow(QWindow& window, Scheduler& scheduler)
     : window_(window)
+    , scheduler_(scheduler)
     , server_(X11Connection::ofApplication())
     , scroll_(server_, desktopScrollsNaturally())
     , gestures_(scheduler,
                 [this](const ScrollEvent& event) { return handler_ && handler_->scrollWheel(event); }) {
     configureSurface(window_);
+    keepContentInPlace(server_, window_);
     window_.installEventFilter(this);
     qGuiApp->installNativeEventFilter(this);
     connect(&compositor_, &CompositorWatcher::changed, this, [this] {
@@ -72,40 +83,30 @@ bool X11PanelWindow::isManaged() const {
     return !window_.flags().testFlag(Qt::BypassWindowManagerHint);
 }
 
-void X11PanelWindow::adoptOverlay(QWindow& surface) {
-    configureOverlaySurface(surface, window_);
-    surface.installEventFilter(this);
-    overlays_.emplace_back(&surface);
-    // Before it goes: a focus that falls back to nobody is passed on by the window manager.
-    connect(&surface, &QWindow::visibleChanged, this, [this, &surface](bool visible) {
-        passFocusOn_ = !visible && focus_.isOurs();
-        if (passFocusOn_)
-            focusTopmostExcept(&surface);
-    });
-}
-
-void X11PanelWindow::focusOverlay(QWindow& surface) {
-    focus_.take(surface);
-}
-
-void X11PanelWindow::focusPanel() {
-    if (focus_.isOurs())
-        focusTopmostExcept(nullptr);
-}
-
-void X11PanelWindow::focusTopmostExcept(const QWindow* closing) {
-    std::erase_if(overlays_, [](const QPointer<QWindow>& overlay) { return !overlay; });
-    const auto topmost = std::find_if(overlays_.rbegin(), overlays_.rend(), [closing](const auto& overlay) {
-        return overlay != closing && overlay->isVisible();
-    });
-    if (topmost != overlays_.rend())
-        focus_.take(**topmost);
-    else if (isKey_)
-        focus_.take(window_);
+QPointF X11PanelWindow::inPanel(QPointF inWindow) const {
+    return inWindow - QPointF((window_.width() - frame_.width()) / 2, 0);
 }
 
 void X11PanelWindow::setFrame(const QRectF& frame) {
-    window_.setGeometry(flipped(frame).toRect());
+    frame_ = flipped(frame).toRect();
+    placeWindow();
+}
+
+void X11PanelWindow::setExtent(QSizeF size) {
+    // A window manager that is asked to move a window takes its time, in which it would jump about.
+    extent_ = isManaged() ? size.expandedTo(extent_) : size;
+    placeWindow();
+}
+
+void X11PanelWindow::placeWindow() {
+    if (frame_.isEmpty())
+        return;
+    const QSizeF size = extent_.isEmpty() ? frame_.size() : extent_;
+    // As much wider on either side, to the pixel.
+    const double beside = std::ceil((size.width() - frame_.width()) / 2);
+    window_.setGeometry(
+        QRectF(frame_.left() - beside, frame_.top(), frame_.width() + 2 * beside, std::ceil(size.height()))
+            .toRect());
     applyShapes();
 }
 
@@ -119,23 +120,37 @@ void X11PanelWindow::setRestingArea(QSizeF size) {
     applyShapes();
 }
 
-std::vector<QRect> X11PanelWindow::pixelsOf(const NotchContainerShape& shape) const {
-    return pixelRectangles(shape, window_.width(), window_.devicePixelRatio());
+void X11PanelWindow::setSurfaces(const std::vector<PanelSurface>& surfaces) {
+    surfaces_ = surfaces;
+    applyShapes();
 }
 
 void X11PanelWindow::applyShapes() {
     const auto id = static_cast<xcb_window_t>(window_.winId());
-    if (compositor_.isCompositing()) {
-        xcb_shape_mask(server_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, id, 0, 0, XCB_PIXMAP_NONE);
-    } else {
-        const auto drawn = toServer(pixelsOf(shape_));
-        xcb_shape_rectangles(server_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING,
-                             XCB_CLIP_ORDERING_YX_BANDED, id, 0, 0, static_cast<uint32_t>(drawn.size()),
-                             drawn.data());
+    const double scale = window_.devicePixelRatio();
+    const auto set = [this, id](xcb_shape_kind_t kind, const std::vector<xcb_rectangle_t>& rectangles) {
+        xcb_shape_rectangles(server_.get(), XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_UNSORTED, id, 0, 0,
+                             static_cast<uint32_t>(rectangles.size()), rectangles.data());
+    };
+    std::vector<xcb_rectangle_t> drawn;
+    append(drawn, pixelRectangles(shape_, window_.width(), scale));
+    std::vector<xcb_rectangle_t> reached = drawn;
+    for (const PanelSurface& surface : surfaces_) {
+        const QRectF frame = surface.frame.translated(-inPanel(QPointF()));
+        const std::vector<QRect> pixels = roundedPixelRectangles(frame, surface.cornerRadius, scale);
+        append(reached, pixels);
+        if (surface.kind != PanelSurface::Kind::gap)
+            append(drawn, pixels);
     }
-    const auto reached = toServer(pixelsOf(ignoresMouseEvents_ ? NotchContainerShape{restingArea_} : shape_));
-    xcb_shape_rectangles(server_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_YX_BANDED, id,
-                         0, 0, static_cast<uint32_t>(reached.size()), reached.data());
+    if (ignoresMouseEvents_) {
+        reached.clear();
+        append(reached, pixelRectangles(NotchContainerShape{restingArea_}, window_.width(), scale));
+    }
+    if (compositor_.isCompositing())
+        xcb_shape_mask(server_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, id, 0, 0, XCB_PIXMAP_NONE);
+    else
+        set(XCB_SHAPE_SK_BOUNDING, drawn);
+    set(XCB_SHAPE_SK_INPUT, reached);
     server_.flush();
 }
 
@@ -150,11 +165,6 @@ void X11PanelWindow::orderFrontRegardless() {
     if (!window_.isVisible())
         window_.show();
     window_.raise();
-    // Nothing but their order keeps popovers above the panel when no window manager looks after them.
-    for (const QPointer<QWindow>& overlay : overlays_) {
-        if (overlay && overlay->isVisible())
-            overlay->raise();
-    }
     applyShapes();
 }
 
@@ -167,17 +177,20 @@ void X11PanelWindow::setIgnoresMouseEvents(bool ignores) {
     applyShapes();
 }
 
+void X11PanelWindow::askForKey() {
+    asking_ = scheduler_.after(askingTime, [] {});
+    focus_.take(window_);
+}
+
 void X11PanelWindow::makeKey() {
     isKey_ = true;
-    if (isManaged())
-        setAcceptsFocus(window_, true);
-    focus_.take(window_);
+    setAcceptsFocus(window_, true);
+    askForKey();
 }
 
 void X11PanelWindow::resignKey() {
     isKey_ = false;
-    if (isManaged())
-        setAcceptsFocus(window_, false);
+    setAcceptsFocus(window_, false);
     focus_.giveBack();
 }
 
@@ -185,11 +198,16 @@ bool X11PanelWindow::mousePressed(QEvent* event) {
     const auto* press = static_cast<QMouseEvent*>(event);
     // No window manager gives the focus to a window it does not manage when it is clicked.
     if (isKey_ && !focus_.isOurs())
-        focus_.take(window_);
+        askForKey();
     if (press->button() != Qt::LeftButton || !handler_)
         return false;
-    const QPointF location(press->position().x(), window_.height() - press->position().y());
-    return handler_->leftMouseDown(location);
+    const QPointF place = inPanel(press->position());
+    const bool isOnSurface = std::any_of(surfaces_.begin(), surfaces_.end(), [place](const auto& surface) {
+        return surface.frame.contains(place);
+    });
+    if (isOnSurface || !QRectF(QPointF(), frame_.size()).contains(place))
+        return false;
+    return handler_->leftMouseDown({place.x(), frame_.height() - place.y()});
 }
 
 bool X11PanelWindow::keyPressed(QEvent* event) {
@@ -201,15 +219,8 @@ bool X11PanelWindow::keyPressed(QEvent* event) {
 }
 
 bool X11PanelWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != &window_) {
-        auto& overlay = *static_cast<QWindow*>(watched);
-        if (event->type() == QEvent::MouseButtonPress && !focus_.isOurs())
-            focus_.take(overlay);
-        // And once more when it has gone: a window manager that managed it has meanwhile chosen someone.
-        if (event->type() == QEvent::Hide && std::exchange(passFocusOn_, false) && isManaged())
-            focusTopmostExcept(&overlay);
+    if (watched != &window_)
         return false;
-    }
     switch (event->type()) {
     case QEvent::MouseButtonPress:
         pressConsumed_ = mousePressed(event);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/Scheduler.h"
 #include "notch/PanelWindow.h"
 #include "platform/linux/CompositorWatcher.h"
 #include "platform/linux/KeyFocus.h"
@@ -9,8 +10,8 @@
 
 #include <QAbstractNativeEventFilter>
 #include <QObject>
-#include <QPointer>
-#include <QRect>
+#include <QPointF>
+#include <QRectF>
 #include <QSizeF>
 #include <QWindow>
 
@@ -19,8 +20,8 @@
 namespace kestrant {
 
 /// The panel's window on X11, made of a Qt window that has not been shown yet. What is seen of it is cut out
-/// by its shape where nothing blends windows; with a compositor its own alpha draws the edge and the shape
-/// only says where the pointer reaches it. Thread: main.
+/// by its bounding shape where nothing blends windows; with a compositor its own alpha draws the edges. Where
+/// the pointer reaches it the input shape says, which follows the outline and the surfaces. Thread: main.
 class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativeEventFilter {
     Q_OBJECT
     /// False where windows cannot be transparent: the panel then changes its size in one step.
@@ -31,28 +32,25 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     X11PanelWindow(QWindow& window, Scheduler& scheduler);
     ~X11PanelWindow() override;
 
-    /// Makes a popover's window, not shown yet, one of the panel's surfaces: above the panel, and able to
-    /// take typing. When it closes while the application has the keyboard focus, the focus goes to the
-    /// surface below it.
-    void adoptOverlay(QWindow& surface);
-    /// Moves the keyboard focus to a visible popover.
-    void focusOverlay(QWindow& surface);
-    /// Moves the keyboard focus to the panel, or to a popover that is still visible, unless the person has
-    /// moved it out of the application.
-    void focusPanel();
-
-    /// Whether the panel should have the keyboard focus and somebody else took it. The news that a surface
+    /// Whether the panel should have the keyboard focus and another program took it. The news that the window
     /// has lost it comes late: by then the panel may have given it back by itself and asked for it again.
-    [[nodiscard]] bool keyWasTakenAway() const { return isKey_ && focus_.wasTakenAway(); }
+    [[nodiscard]] bool keyWasTakenAway() const {
+        return isKey_ && !isAskingForKey() && focus_.wasTakenAway();
+    }
+    /// The focus was asked for a moment ago. Some compositors hand it back and forth until they have settled.
+    [[nodiscard]] bool isAskingForKey() const { return asking_.isPending(); }
 
     [[nodiscard]] bool isCompositing() const { return compositor_.isCompositing(); }
     /// Whether what is scrolled follows the fingers on the touchpad.
     [[nodiscard]] bool touchpadScrollsNaturally() const { return scroll_.touchpadScrollsNaturally(); }
 
+
     void setEventHandler(PanelEventHandler* handler) override { handler_ = handler; }
     void setFrame(const QRectF& frame) override;
     void setShape(const NotchContainerShape& shape) override;
     void setRestingArea(QSizeF size) override;
+    void setExtent(QSizeF size) override;
+    void setSurfaces(const std::vector<PanelSurface>& surfaces) override;
     void setPanelLevel() override;
     void orderFrontRegardless() override;
     void orderOut() override;
@@ -71,12 +69,15 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     [[nodiscard]] bool isManaged() const;
     [[nodiscard]] bool mousePressed(QEvent* event);
     [[nodiscard]] bool keyPressed(QEvent* event);
-    [[nodiscard]] std::vector<QRect> pixelsOf(const NotchContainerShape& shape) const;
+    /// The same place counted from the panel's frame. Points, y downwards.
+    [[nodiscard]] QPointF inPanel(QPointF inWindow) const;
+    void placeWindow();
     void applyShapes();
+    void askForKey();
     void focusArrived(const xcb_focus_in_event_t& event);
-    void focusTopmostExcept(const QWindow* closing);
 
     QWindow& window_;
+    Scheduler& scheduler_;
     X11Connection server_;
     KeyFocus focus_;
     CompositorWatcher compositor_;
@@ -84,15 +85,17 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     ScrollGestureRecogniser gestures_;
     PanelEventHandler* handler_ = nullptr;
 
-    /// In the order in which they were adopted.
-    std::vector<QPointer<QWindow>> overlays_;
+    /// In Qt's global coordinates.
+    QRectF frame_;
+    /// Empty while the window is as large as the frame.
+    QSizeF extent_;
     NotchContainerShape shape_;
+    std::vector<PanelSurface> surfaces_;
     QSizeF restingArea_;
     bool ignoresMouseEvents_ = false;
     bool isKey_ = false;
     bool pressConsumed_ = false;
-    /// An overlay with the focus is closing.
-    bool passFocusOn_ = false;
+    ScheduledTask asking_;
     /// The server's time of the last scrolling that was consumed; Qt's wheel event for it has the same time.
     xcb_timestamp_t consumedScroll_ = 0;
 };

@@ -8,6 +8,12 @@
 #include <algorithm>
 
 namespace kestrant {
+namespace {
+
+/// The part of the height at which the light on the edge has faded.
+constexpr double rimTop = 0.4;
+
+}  // namespace
 
 QPainterPath outlinePath(const NotchContainerShape& shape, double areaWidth) {
     const double width = shape.size.width();
@@ -32,6 +38,7 @@ QPainterPath outlinePath(const NotchContainerShape& shape, double areaWidth) {
 NotchOutline::NotchOutline(QQuickItem* parent) : QQuickPaintedItem(parent) {
     setAntialiasing(true);
     connect(this, &NotchOutline::shapeChanged, this, [this] { update(); });
+    connect(this, &NotchOutline::rimChanged, this, [this] { update(); });
 }
 
 void NotchOutline::paint(QPainter* painter) {
@@ -47,10 +54,16 @@ void NotchOutline::paint(QPainter* painter) {
     } else {
         painter->fillPath(path, Qt::black);
     }
+    // Twice the width, of which the clip leaves the inner half.
     if (borderColor_.alpha() > 0) {
-        // Twice the width, of which the clip leaves the inner half.
         painter->setClipPath(path);
         painter->strokePath(path, QPen(borderColor_, 2));
+    } else if (rim_ > 0) {
+        QLinearGradient light(0, shapeHeight_ * rimTop, 0, shapeHeight_);
+        light.setColorAt(0, Qt::transparent);
+        light.setColorAt(1, QColor::fromRgbF(1, 1, 1, float(rim_)));
+        painter->setClipPath(path);
+        painter->strokePath(path, QPen(light, 2));
     }
 }
 

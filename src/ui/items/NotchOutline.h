@@ -25,6 +25,9 @@ class NotchOutline : public QQuickPaintedItem {
     Q_PROPERTY(double shadeHeight MEMBER shadeHeight_ NOTIFY shapeChanged)
     /// A line of one point inside the outline; transparent for none.
     Q_PROPERTY(QColor borderColor MEMBER borderColor_ NOTIFY shapeChanged)
+    /// Light on the lower edge, one point inside the outline: this strong at the bottom, 0 to 1, and fading
+    /// upwards.
+    Q_PROPERTY(double rim MEMBER rim_ NOTIFY rimChanged)
 
   public:
     explicit NotchOutline(QQuickItem* parent = nullptr);
@@ -32,6 +35,7 @@ class NotchOutline : public QQuickPaintedItem {
 
   Q_SIGNALS:
     void shapeChanged();
+    void rimChanged();
 
   private:
     double shapeWidth_ = 0.0;
@@ -40,6 +44,7 @@ class NotchOutline : public QQuickPaintedItem {
     double bottomRadius_ = 0.0;
     double shadeHeight_ = 0.0;
     QColor borderColor_ = Qt::transparent;
+    double rim_ = 0.0;
 };
 
 }  // namespace kestrant

@@ -11,7 +11,7 @@ Item {
     /// in it that the card is held over.
     required property CalendarModule calendar
 
-    /// The cards. Must have `dropIndex`, the place where a card would be let go, `carriedAt` as above, and `place`.
+    /// The cards. Must have `dropIndex`, the place where a card would be let go, `carriedAt` as above, `moves` and `place`.
     required property var grid
 
     /// Identifier of the carried reminder; empty when there is none.
@@ -20,6 +20,9 @@ Item {
     /// The carried card may get another day.
     readonly property bool canReschedule: image.card !== null && image.card.isWritable
     readonly property string day: active && canReschedule ? calendar.dropDay : ""
+
+    /// The place among the cards where the card would be let go; -1 where it would stay as it is.
+    readonly property int slot: active && day === "" && grid.moves(carried, grid.dropIndex) ? grid.dropIndex : -1
 
     property point origin
     property point grip
@@ -59,19 +62,15 @@ Item {
             return
         const id = carried
         const day = drag.day
-        const place = grid.dropIndex
-        putDown(day !== "" || place >= 0)
-        if (day === calendar.anotherDay) {
+        const asks = day === calendar.anotherDay
+        const stays = asks || (day !== "" ? reminders.moveToDay(id, day) : slot >= 0 && grid.place(id, slot))
+        putDown(stays)
+        if (stays)
             fade.start()
-            grid.editDueDateOf(id)
-        } else if (day !== "") {
-            reminders.moveToDay(id, day)
-            fade.start()
-        } else if (place >= 0 && grid.place(id, place)) {
-            fade.start()
-        } else {
+        else
             home.start()
-        }
+        if (asks)
+            grid.editDueDateOf(id)
     }
     function cancel() {
         if (!active)
@@ -85,6 +84,7 @@ Item {
         panel.endReminderDrag(id, onDay)
     }
     onDayChanged: if (day !== "") panel.snapReminderDrag()
+    onSlotChanged: if (slot >= 0) panel.snapReminderDrag()
     onVisibleChanged: if (!visible) cancel()
 
     Item {

@@ -1,12 +1,14 @@
 import QtQuick
 import Kestrant
 
-// Asks before something is taken away. Enter does it, Escape leaves everything as it was.
+// Asks before something is taken away. The keyboard begins on Cancel.
 Popover {
     id: popover
 
     required property CalendarEditViewModel form
     property string title
+    /// What it is about.
+    property string subject
     property string message
     property string confirmText
     /// Called when the person agrees; ends with the form's `removed` or `removalFailed`.
@@ -19,7 +21,7 @@ Popover {
     padding: 16
     spokenName: title
     focus: true
-    Accessible.description: message
+    Accessible.description: subject + ". " + message
 
     function accept() {
         if (isBusy)
@@ -29,7 +31,7 @@ Popover {
         confirm()
     }
 
-    Component.onCompleted: footer.acceptButton.forceActiveFocus(Qt.PopupFocusReason)
+    Component.onCompleted: footer.cancelButton.forceActiveFocus(Qt.PopupFocusReason)
     Connections {
         target: popover.form
         function onRemoved() { popover.overlays.dismissAfterSaving(popover.overlayId) }
@@ -53,6 +55,16 @@ Popover {
             color: Theme.text
             font.pixelSize: 14
             font.weight: Font.DemiBold
+        }
+        PlainText {
+            text: popover.subject
+            width: parent.width
+            wrapMode: Text.Wrap
+            maximumLineCount: 3
+            elide: Text.ElideRight
+            color: Theme.text
+            font.pixelSize: 13
+            font.weight: Font.Medium
         }
         PlainText {
             text: popover.message

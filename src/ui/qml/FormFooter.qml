@@ -11,6 +11,7 @@ Column {
     property bool canAccept: true
     property bool destructive: false
     property alias acceptButton: acceptButton
+    property alias cancelButton: cancelButton
     signal accepted
     signal cancelled
 
@@ -37,6 +38,7 @@ Column {
             anchors.bottom: parent.bottom
             spacing: 8
             PushButton {
+                id: cancelButton
                 text: Localizer.text("Cancel", "Annuler")
                 onClicked: footer.cancelled()
             }

@@ -17,6 +17,10 @@ Item {
     required property YearRevealViewModel yearReveal
     required property OverlayHost overlays
     required property bool loadInBackground
+    /// The keyboard goes to the content when the panel opens.
+    property bool takesKeyboard: true
+    /// What popovers are put upon.
+    property Item popoverFrame: frame
     readonly property Item content: expanded.item ? expanded.item.item : null
     property bool started: !loadInBackground
 
@@ -36,65 +40,118 @@ Item {
         expanded.item.asynchronous = false
     }
 
-    NotchOutline {
-        id: outline
-        width: parent.width
-        height: Math.ceil(shapeHeight)
-        shapeWidth: root.panel.shapeWidth
-        shapeHeight: root.panel.shapeHeight
-        earRadius: root.panel.earRadius
-        bottomRadius: root.panel.bottomRadius
-        shadeHeight: root.panel.material === "glass" ? root.height : 0
-        borderColor: Theme.outline
-        Behavior on shapeWidth { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-        Behavior on shapeHeight { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-        Behavior on earRadius { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-        Behavior on bottomRadius { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-    }
+    /// Room is needed for more than the resting notch.
+    readonly property bool isSpread: panel.isExpanded || outline.shapeHeight > panel.restingHeight
+    /// How far the panel is open, 0 to 1.
+    readonly property real openness: Math.max(0, (outline.shapeHeight - panel.restingHeight)
+                                                 / (panel.expandedHeight - panel.restingHeight))
 
-    // The first text brings the fonts with it, which takes longer than everything else the first frame needs.
-    Loader {
-        anchors.horizontalCenter: parent.horizontalCenter
-        active: root.started || root.panel.phase !== 0
-        sourceComponent: HoverHints { panel: root.panel }
-    }
-
+    // Where the expanded panel is, which is all that anything in it is placed by.
     Item {
-        id: window
-        anchors.horizontalCenter: parent.horizontalCenter
-        width: outline.shapeWidth
-        height: outline.shapeHeight
-        // Content comes to light inside the growing outline, never beside it.
-        clip: outline.shapeHeight < root.panel.expandedHeight
-        opacity: root.panel.isExpanded ? 1 : 0
-        visible: opacity > 0
-        enabled: root.panel.isExpanded
-        Behavior on opacity { enabled: !Theme.still; NumberAnimation { duration: Theme.leaveDuration; easing.type: Easing.OutCubic } }
-
-        Loader {
-            id: expanded
-            anchors.horizontalCenter: parent.horizontalCenter
-            width: root.panel.expandedWidth
-            height: root.panel.expandedHeight
-            opacity: reveal.item ? 1 - reveal.item.opacity : 1
-            focus: true
-            active: root.started
-            Component.onCompleted: setSource("PanelContent.qml", { host: root, asynchronous: root.loadInBackground })
-        }
-    }
-
-    Loader {
-        id: reveal
-        anchors.horizontalCenter: parent.horizontalCenter
+        id: frame
+        x: (parent.width - width) / 2
         width: root.panel.expandedWidth
         height: root.panel.expandedHeight
-        active: root.yearReveal.isShowing && root.panel.isExpanded
-        visible: outline.shapeHeight === root.panel.expandedHeight
-        sourceComponent: YearReveal {
-            year: root.yearReveal
+
+        component Shade: DropShadow {
+            // The ears and the upper edge have none: it begins far above that.
+            x: outline.x + (outline.width - width) / 2
+            y: -200
+            width: outline.shapeWidth - 2 * outline.earRadius
+            height: outline.shapeHeight - y
+            radius: outline.bottomRadius
         }
-        onLoaded: item.forceActiveFocus(Qt.OtherFocusReason)
-        onItemChanged: if (!item && root.content && root.panel.isExpanded) root.content.focusFirst()
+        Loader {
+            active: Appearance.compositing && root.openness < 1
+            sourceComponent: Shade {
+                kind: DropShadow.Notch
+                radius: 14
+                opacity: 1 - root.openness
+            }
+        }
+        Loader {
+            active: Appearance.compositing && root.isSpread
+            sourceComponent: Shade {
+                kind: DropShadow.Panel
+                radius: 26
+                opacity: root.openness
+            }
+        }
+        NotchOutline {
+            id: outline
+            // As many whole points from either side, so that it covers whole pixels.
+            x: Math.floor((parent.width - shapeWidth) / 2)
+            width: parent.width - 2 * x
+            height: Math.ceil(shapeHeight)
+            shapeWidth: root.panel.shapeWidth
+            shapeHeight: root.panel.shapeHeight
+            earRadius: root.panel.earRadius
+            bottomRadius: root.panel.bottomRadius
+            shadeHeight: root.panel.material === "glass" ? root.panel.expandedHeight : 0
+            borderColor: Theme.outline
+            rim: 0.16 * root.openness
+            component Move: NumberAnimation {
+                duration: root.panel.isExpanded ? Theme.panelDuration
+                        : root.openness > 0 ? Theme.leaveDuration : Theme.hoverDuration
+                easing.type: root.panel.isExpanded ? Easing.OutQuint
+                           : root.openness > 0 ? Easing.InOutCubic : Easing.OutCubic
+            }
+            Behavior on shapeWidth { enabled: !Theme.still; Move {} }
+            Behavior on shapeHeight { enabled: !Theme.still; Move {} }
+            Behavior on earRadius { enabled: !Theme.still; Move {} }
+            Behavior on bottomRadius { enabled: !Theme.still; Move {} }
+        }
+
+        // The first text brings the fonts with it, which takes longer than everything else the first frame needs.
+        Loader {
+            anchors.horizontalCenter: parent.horizontalCenter
+            active: root.started || root.panel.phase !== 0
+            sourceComponent: HoverHints { panel: root.panel }
+        }
+
+        Item {
+            id: window
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: outline.shapeWidth
+            height: outline.shapeHeight
+            // Content comes to light inside the growing outline, never beside it.
+            clip: root.openness < 1
+            opacity: root.panel.isExpanded ? 1 : 0
+            visible: opacity > 0
+            enabled: root.panel.isExpanded
+            Behavior on opacity {
+                enabled: !Theme.still
+                NumberAnimation {
+                    duration: root.panel.isExpanded ? Theme.leaveDuration : 90
+                    easing.type: Easing.OutCubic
+                }
+            }
+
+            Loader {
+                id: expanded
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: root.panel.expandedWidth
+                height: root.panel.expandedHeight
+                opacity: reveal.item ? 1 - reveal.item.opacity : 1
+                focus: true
+                active: root.started
+                Component.onCompleted: setSource("PanelContent.qml", { host: root, asynchronous: root.loadInBackground })
+            }
+        }
+
+        Loader {
+            id: reveal
+            width: root.panel.expandedWidth
+            height: root.panel.expandedHeight
+            active: root.yearReveal.isShowing && root.panel.isExpanded
+            visible: root.openness === 1
+            sourceComponent: YearReveal {
+                year: root.yearReveal
+            }
+            onLoaded: item.forceActiveFocus(Qt.OtherFocusReason)
+            onItemChanged: if (!item && root.content && root.panel.isExpanded) root.content.focusFirst()
+        }
+        Component.onCompleted: root.overlays.frame = root.popoverFrame
     }
 
     // Loaded once the resting notch is on screen, so that it appears at once and still opens without a pause.
@@ -117,11 +174,12 @@ Item {
         function onPhaseChanged() {
             if (root.panel.isExpanded) {
                 root.finishLoading()
-                root.focusContent()
+                if (root.takesKeyboard)
+                    root.focusContent()
             } else {
                 root.overlays.dismissAll()
                 root.reminders.searchQuery = ""
-                if (root.content)
+                if (root.content && root.takesKeyboard)
                     root.content.focusFirst()
             }
         }

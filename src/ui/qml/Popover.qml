@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// The surface that popovers and menus are made of: fills a window of its own, with room for its shadow.
+// The surface that popovers and menus are made of. Its shadow lies around it.
 FocusScope {
     id: popover
 
@@ -9,23 +9,16 @@ FocusScope {
     required property string overlayId
     property real contentWidth: 320
     property real contentHeight: 100
-    property int padding: 14
+    property int padding: 16
     property string spokenName
     default property alias content: body.data
 
-    readonly property bool translucent: Appearance.compositing
     /// Popovers grow with the texts on them.
     readonly property real zoom: Appearance.textScale
-    readonly property real shadowX: translucent ? 44 : 0
-    readonly property real shadowTop: translucent ? 28 : 0
-    readonly property real shadowBottom: translucent ? 60 : 0
-    // As much of the window as is only shadow.
-    readonly property real marginX: shadowX * zoom
-    readonly property real marginTop: shadowTop * zoom
-    readonly property real marginBottom: shadowBottom * zoom
+    readonly property real cornerRadius: Theme.popoverRadius * zoom
 
-    implicitWidth: (contentWidth + 2 * padding + 2 * shadowX) * zoom
-    implicitHeight: (contentHeight + 2 * padding + shadowTop + shadowBottom) * zoom
+    implicitWidth: (contentWidth + 2 * padding) * zoom
+    implicitHeight: (contentHeight + 2 * padding) * zoom
 
     Accessible.role: Accessible.Dialog
     Accessible.name: spokenName
@@ -36,16 +29,11 @@ FocusScope {
 
     Keys.onEscapePressed: close()
 
-    opacity: 0
-    Component.onCompleted: {
-        if (Theme.still)
-            opacity = 1
-        else
-            appear.start()
-    }
+    opacity: Theme.still ? 1 : 0
+    transform: Translate { id: rise }
     ParallelAnimation {
-        id: appear
-        NumberAnimation { target: popover; property: "opacity"; to: 1; duration: Theme.popoverDuration }
+        running: !Theme.still
+        NumberAnimation { target: popover; property: "opacity"; to: 1; duration: Theme.popoverDuration; easing.type: Easing.OutCubic }
         NumberAnimation {
             target: rise; property: "y"; from: 4; to: 0
             duration: Theme.popoverDuration; easing.type: Easing.OutCubic
@@ -53,25 +41,18 @@ FocusScope {
     }
 
     Item {
-        id: rise
         width: parent.width / popover.zoom
         height: parent.height / popover.zoom
         scale: popover.zoom
         transformOrigin: Item.TopLeft
 
         DropShadow {
-            visible: popover.translucent
+            visible: Appearance.compositing
             anchors.fill: parent
             radius: Theme.popoverRadius
-            marginLeft: popover.shadowX
-            marginTop: popover.shadowTop
-            marginBottom: popover.shadowBottom
         }
         Rectangle {
-            x: popover.shadowX
-            y: popover.shadowTop
-            width: parent.width - 2 * x
-            height: parent.height - y - popover.shadowBottom
+            anchors.fill: parent
             radius: Theme.popoverRadius
             color: Theme.popover
             // Opaque, since there is nothing of the surface below it.
@@ -80,8 +61,8 @@ FocusScope {
         }
         Item {
             id: body
-            x: popover.shadowX + popover.padding
-            y: popover.shadowTop + popover.padding
+            x: popover.padding
+            y: popover.padding
             width: popover.contentWidth
             height: popover.contentHeight
         }

@@ -1,93 +1,157 @@
 import QtQuick
 import Kestrant
 
-// A sentence that appears at the lower edge and goes by itself: what went wrong, or what was done and can be taken back.
-Rectangle {
+// A sentence that hangs below the panel and goes by itself: what went wrong, or what was done and can be taken back.
+Item {
     id: toast
 
     property bool shown: false
     property bool isOffer: false
     property var act: null
+    /// Of its time, 1 to 0.
+    property real remaining: 1
+    /// Where it is, in its parent; empty while it is not shown.
+    readonly property rect area: shown ? Qt.rect(x, y, width, height) : Qt.rect(0, 0, 0, 0)
 
     function show(message) {
         isOffer = false
         words.text = message
-        begin(5000)
+        begin()
     }
-    /// Tells what was done, with a button that calls `action`.
-    function offer(message, label, action) {
+    /// Tells what was done, with a button that calls `action`, as do the keys named by `shortcut`.
+    function offer(message, label, action, shortcut) {
         isOffer = true
         words.text = message
         actionLabel.text = label
+        keys.text = shortcut
         act = action
-        begin(4000)
+        begin()
     }
     function hide() { shown = false }
-    function begin(milliseconds) {
+    function begin() {
         shown = true
-        stay.interval = milliseconds
+        stay.restart()
         if (pointer.hovered)
-            stay.stop()
-        else
-            stay.restart()
+            stay.pause()
     }
     function perform() {
         hide()
         act()
     }
 
-    readonly property real actionWidth: isOffer ? Math.ceil(actionLabel.implicitWidth) + 24 : 0
+    readonly property real actionWidth: isOffer ? action.width + 6 : 16
 
-    width: Math.min(Math.ceil(words.implicitWidth) + 28 + actionWidth, parent.width - 80)
-    height: 32
-    radius: 16
-    color: isOffer ? "#2a2c34" : "#3a1f1f"
-    border.color: isOffer ? Theme.border : Qt.rgba(1, 0.41, 0.38, 0.4)
+    width: Math.min(Math.ceil(words.implicitWidth) + 42 + 12 + actionWidth, parent.width - 80)
+    height: 40
     visible: opacity > 0
     opacity: shown ? 1 : 0
-    Behavior on opacity { enabled: !Theme.still; NumberAnimation { duration: Theme.popoverDuration } }
+    Behavior on opacity {
+        enabled: !Theme.still
+        NumberAnimation { duration: toast.shown ? 180 : 140; easing.type: Easing.OutCubic }
+    }
+    transform: Translate {
+        y: toast.shown ? 0 : -8
+        Behavior on y {
+            enabled: !Theme.still && toast.shown
+            NumberAnimation { duration: 180; easing.type: Easing.OutCubic }
+        }
+    }
 
     Accessible.role: Accessible.AlertMessage
     Accessible.name: words.text
 
-    Timer { id: stay; onTriggered: toast.hide() }
+    NumberAnimation {
+        id: stay
+        target: toast
+        property: "remaining"
+        from: 1
+        to: 0
+        duration: 5000
+        onFinished: toast.hide()
+    }
     HoverHandler {
         id: pointer
         // What is being read stays.
-        onHoveredChanged: hovered ? stay.stop() : stay.restart()
+        onHoveredChanged: if (toast.shown) hovered ? stay.pause() : stay.resume()
     }
     TapHandler { enabled: !toast.isOffer; onTapped: toast.hide() }
+
+    DropShadow {
+        visible: Appearance.compositing
+        anchors.fill: parent
+        radius: height / 2
+        kind: DropShadow.Toast
+    }
+    Rectangle {
+        anchors.fill: parent
+        radius: height / 2
+        color: Theme.popover
+        border.color: Qt.tint(Theme.popover, Theme.border)
+    }
+    Icon {
+        x: 14
+        width: 18
+        height: 18
+        anchors.verticalCenter: parent.verticalCenter
+        name: toast.isOffer ? "check" : "warning"
+        color: toast.isOffer ? Theme.done : Theme.overdue
+    }
     PlainText {
         id: words
         anchors.fill: parent
-        anchors.leftMargin: 14
-        anchors.rightMargin: 14 + toast.actionWidth
+        anchors.leftMargin: 42
+        anchors.rightMargin: 12 + toast.actionWidth
         verticalAlignment: Text.AlignVCenter
-        horizontalAlignment: Text.AlignHCenter
         elide: Text.ElideRight
         color: Theme.text
-        font.pixelSize: Theme.panelText(12)
+        font.pixelSize: Theme.panelText(13)
         Accessible.ignored: true
     }
-    Item {
+    Rectangle {
+        id: action
         visible: toast.isOffer
         anchors.right: parent.right
-        width: toast.actionWidth + 4
-        height: parent.height
+        anchors.rightMargin: 6
+        anchors.verticalCenter: parent.verticalCenter
+        width: row.width + 24
+        height: 28
+        radius: 14
+        color: actionPointer.hovered ? Theme.controlHovered : Theme.control
 
         Accessible.role: Accessible.Button
         Accessible.name: actionLabel.text
         Accessible.onPressAction: toast.perform()
 
-        PlainText {
-            id: actionLabel
+        Row {
+            id: row
             anchors.centerIn: parent
-            anchors.horizontalCenterOffset: -3
-            color: Theme.accentText
-            font.pixelSize: Theme.panelText(12)
-            font.weight: Font.DemiBold
-            Accessible.ignored: true
+            height: parent.height
+            spacing: 7
+            CountdownRing {
+                visible: !Theme.still
+                anchors.verticalCenter: parent.verticalCenter
+                width: 16
+                height: 16
+                color: Theme.text
+                remaining: visible ? Math.ceil(toast.remaining * 90) / 90 : 1
+            }
+            PlainText {
+                id: actionLabel
+                anchors.verticalCenter: parent.verticalCenter
+                color: Theme.text
+                font.pixelSize: Theme.panelText(13)
+                font.weight: Font.DemiBold
+                Accessible.ignored: true
+            }
+            PlainText {
+                id: keys
+                anchors.verticalCenter: parent.verticalCenter
+                color: Theme.secondaryText
+                font.pixelSize: Theme.panelText(11)
+                Accessible.ignored: true
+            }
         }
+        HoverHandler { id: actionPointer }
         TapHandler { onTapped: toast.perform() }
     }
 }

@@ -200,6 +200,8 @@ TEST_F(PanelWindowTest, AFocusThatWasGivenBackAndAskedForAgainWasNotTakenAway) {
 
     const xcb_window_t next = other.openWindow({0, 500, 300, 200});
     ASSERT_TRUE(other.waitUntil([&] { return !isActive(); }));
+    EXPECT_FALSE(panel->keyWasTakenAway()) << "it may still be wandering";
+    scheduler.advance(std::chrono::milliseconds(300));
     EXPECT_TRUE(panel->keyWasTakenAway());
     other.closeWindow(next);
 }
@@ -213,26 +215,39 @@ TEST_F(PanelWindowTest, TheFocusIsGivenUpAlsoWhenItsFormerHolderIsGone) {
     EXPECT_TRUE(other.waitUntil([&] { return !isFocused(surface); }));
 }
 
-TEST_F(PanelWindowTest, AnOverlayLiesAboveThePanelAndTakesTyping) {
+TEST_F(PanelWindowTest, WhatIsOpenOnItTakesThePointerWhateverTheSizeOfTheWindow) {
+    using Kind = PanelSurface::Kind;
+    panel->setExtent({1068, 600});
+    EXPECT_EQ(surface.geometry(), QRect(166, 0, 1068, 600));
     expand();
-    Surface popover;
-    panel->adoptOverlay(popover);
-    popover.setGeometry(500, 100, 300, 300);
-    popover.show();
-    ASSERT_TRUE(other.waitUntil([&] { return popover.isExposed(); }));
-    panel->focusOverlay(popover);
-    ASSERT_TRUE(
-        other.waitUntil([&] { return QGuiApplication::focusWindow() == &popover && isFocused(popover); }));
-    other.type(keyA);
-    ASSERT_TRUE(other.waitUntil([&] { return popover.typed == "a"; }));
+    // A popover that hangs out of the panel, and a message below it.
+    panel->setSurfaces({{Kind::toast, {370, 304, 200, 40}, 20},
+                        {Kind::gap, {370, 292, 200, 12}, 0},
+                        {Kind::popover, {600, 100, 300, 400}, 18}});
+    ASSERT_TRUE(other.waitUntil([&] { return surface.height() == 600; }));
+    for (const QPoint place : {QPoint(700, 320), QPoint(900, 490), onNotch, besideNotch})
+        EXPECT_EQ(other.windowAt(place), id(surface)) << place.x() << ' ' << place.y();
+    for (const QPoint place : {QPoint(700, 350), QPoint(550, 320), QPoint(831, 499), QPoint(1140, 300)})
+        EXPECT_EQ(other.windowAt(place), maximised) << "where only shadows are";
+    EXPECT_EQ(other.windowAt({700, 297}), maximised) << "without a compositor nothing can be there";
+    other.setCompositing(true);
+    ASSERT_TRUE(other.waitUntil([&] { return panel->isCompositing(); }));
+    EXPECT_EQ(other.windowAt({700, 297}), id(surface)) << "the way to the message";
+    EXPECT_EQ(other.windowAt({700, 350}), maximised);
+    other.setCompositing(false);
 
-    panel->orderFrontRegardless();
-    EXPECT_TRUE(other.waitUntil([&] { return other.windowAt({600, 150}) == id(popover); }));
+    other.click(belowNotch);
+    ASSERT_TRUE(other.waitUntil([&] { return !handler.clicks.empty(); }));
+    EXPECT_EQ(handler.clicks, std::vector<QPointF>{QPointF(470, 92)}) << "places are the panel's";
 
-    popover.hide();
-    ASSERT_TRUE(other.waitUntil([&] { return isFocused(surface); }));
-    panel->resignKey();
-    EXPECT_TRUE(other.waitUntil([&] { return other.server().inputFocus() == maximised; }));
+    panel->setSurfaces({});
+    panel->setIgnoresMouseEvents(true);
+    setPhase(NotchPhase::idle);
+    panel->setExtent({294, 57});
+    EXPECT_EQ(surface.geometry(), QRect(553, 0, 294, 57));
+    ASSERT_TRUE(other.waitUntil([&] { return other.windowAt(belowNotch) == maximised; }));
+    EXPECT_EQ(other.windowAt(onNotch), id(surface));
+    EXPECT_EQ(other.windowAt({570, 20}), maximised);
 }
 
 TEST_F(PanelWindowTest, AClickBringsTheFocusBackToASurfaceThatLostIt) {

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QColor>
+#include <QQuickPaintedItem>
+
+namespace kestrant {
+
+/// A ring that empties clockwise as `remaining` goes from 1 to 0.
+class CountdownRing : public QQuickPaintedItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)
+    Q_PROPERTY(double remaining MEMBER remaining_ NOTIFY changed)
+
+  public:
+    explicit CountdownRing(QQuickItem* parent = nullptr);
+    void paint(QPainter* painter) override;
+
+  Q_SIGNALS:
+    void changed();
+
+  private:
+    QColor color_ = Qt::white;
+    double remaining_ = 1.0;
+};
+
+}  // namespace kestrant
