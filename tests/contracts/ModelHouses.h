@@ -1,0 +1,225 @@
+#pragma once
+
+#include "EventStoreHouses.h"
+#include "eventkit/items/ItemDatabase.h"
+
+#include <QDirIterator>
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace kestrant {
+
+/// Everything that a second reader of the data finds.
+struct FreshRead {
+    std::vector<EKReminderData> reminders;
+    std::vector<EKEventData> events;
+};
+
+/// What other programs do to the data of a house. Nothing waits until the store has noticed it.
+template <typename House>
+struct Others;
+
+template <>
+struct Others<MemoryHouse> {
+    /// Runs, and steps of each, where nothing else is asked for.
+    static constexpr unsigned runs = 100;
+    static constexpr std::size_t steps = 40;
+    static constexpr bool readsFast = true;
+
+    MemoryHouse& house;
+
+    QString add(const EKReminderData& data) { return house.store.putReminder(data); }
+    void change(const QString& identifier, const std::function<void(EKReminderData&)>& edit) {
+        EKReminderData data = *house.store.reminder(identifier);
+        edit(data);
+        house.store.putReminder(data);
+    }
+    void remove(const QString& identifier) { house.store.dropReminder(identifier); }
+    bool rewrite(const QString&, unsigned) { return false; }
+    bool changeEvent(const std::function<bool(const EKEventData&)>&,
+                     const std::function<bool(EKEventData&)>&) {
+        return false;
+    }
+    std::optional<FreshRead> read() { return std::nullopt; }
+};
+
+/// Another program with a database of its own over the same data.
+class OtherDatabase {
+  public:
+    OtherDatabase(items::ItemDatabase& database, Instant now, const ZoneCalendar& local)
+        : database_(database)
+        , now_(now)
+        , local_(local) {}
+
+    QString add(const EKReminderData& data) {
+        const auto saved = database_.save(nullptr, data, now_, local_);
+        EXPECT_TRUE(saved.has_value());
+        return saved ? saved->calendarItemIdentifier : QString();
+    }
+    void change(const QString& identifier, const std::function<void(EKReminderData&)>& edit) {
+        const auto base = database_.snapshot()->reminders.value(identifier).data;
+        ASSERT_TRUE(base) << qPrintable(identifier);
+        EKReminderData edited = *base;
+        edit(edited);
+        EXPECT_TRUE(database_.save(base, edited, now_, local_).has_value());
+    }
+    void remove(const QString& identifier) { EXPECT_TRUE(database_.remove(identifier, local_).has_value()); }
+    /// Saves the occurrence as `edit` leaves it, or removes it where that returns false.
+    bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
+                     const std::function<bool(EKEventData&)>& edit) {
+        const auto found = events();
+        const auto event =
+            std::find_if(found.begin(), found.end(), [&](const auto& each) { return isIt(*each); });
+        if (event == found.end())
+            return false;
+        EKEventData edited = **event;
+        if (edit(edited))
+            EXPECT_TRUE(database_.saveEvent(*event, edited, now_, local_).has_value());
+        else
+            EXPECT_TRUE(database_.removeEvent(**event, now_, local_).has_value());
+        return true;
+    }
+    FreshRead read() {
+        FreshRead result;
+        for (const auto& entry : database_.snapshot()->reminders)
+            result.reminders.push_back(*entry.data);
+        for (const auto& event : events())
+            result.events.push_back(*event);
+        return result;
+    }
+
+  private:
+    [[nodiscard]] std::vector<std::shared_ptr<const EKEventData>> events() {
+        return database_
+            .events(EKEventStore::predicateForEvents(at("Europe/Paris", {2026, 3, 1}),
+                                                     at("Europe/Paris", {2026, 5, 1}), {}),
+                    now_)
+            .events;
+    }
+
+    items::ItemDatabase& database_;
+    Instant now_;
+    ZoneCalendar local_;
+};
+
+template <>
+struct Others<VdirHouse> {
+    static constexpr unsigned runs = 6;
+    static constexpr std::size_t steps = 40;
+    static constexpr bool readsFast = true;
+
+    VdirHouse& house;
+
+    template <typename Use>
+    auto with(const Use& use) {
+        vdir::VdirDatabase database(QFile::encodeName(root()));
+        EXPECT_FALSE(database.open(house.calendar.calendar()));
+        return use(OtherDatabase(database, house.scheduler.now(), house.calendar.calendar()));
+    }
+    QString add(const EKReminderData& data) {
+        return with([&](OtherDatabase other) { return other.add(data); });
+    }
+    /// Moves are renamed files, as a file manager makes them.
+    void change(const QString& identifier, const std::function<void(EKReminderData&)>& edit) {
+        with([&](OtherDatabase other) {
+            EKReminderData moved;
+            bool isMoved = false;
+            other.change(identifier, [&](EKReminderData& data) {
+                const QString list = data.calendarIdentifier;
+                edit(data);
+                isMoved = list != data.calendarIdentifier;
+                moved = data;
+                data.calendarIdentifier = list;
+            });
+            if (isMoved) {
+                const QString path = pathOf(identifier);
+                EXPECT_TRUE(QFile::rename(path, root() + "/" + moved.calendarIdentifier + "/" +
+                                                    QFileInfo(path).fileName()));
+            }
+        });
+    }
+    void remove(const QString& identifier) { EXPECT_TRUE(QFile::remove(pathOf(identifier))); }
+    /// Writes the file again, with this priority unless it is 0; in its place, or beside it and renamed.
+    bool rewrite(const QString& identifier, unsigned priority) {
+        const QString path = pathOf(identifier);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(identifier);
+        QList<QByteArray> lines = file.readAll().split('\n');
+        file.close();
+        if (priority) {
+            lines.removeIf([](const QByteArray& line) { return line.startsWith("PRIORITY:"); });
+            lines.insert(lines.indexOf("BEGIN:VTODO\r") + 1,
+                         "PRIORITY:" + QByteArray::number(priority) + '\r');
+        }
+        const bool inPlace = priority % 2;
+        QFile target(inPlace ? path : path + ".tmp");
+        EXPECT_TRUE(target.open(QIODevice::WriteOnly));
+        target.write(lines.join('\n'));
+        target.close();
+        if (!inPlace) {
+            EXPECT_EQ(::rename(QFile::encodeName(target.fileName()).constData(),
+                               QFile::encodeName(path).constData()),
+                      0);
+        }
+        return true;
+    }
+    bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
+                     const std::function<bool(EKEventData&)>& edit) {
+        return with([&](OtherDatabase other) { return other.changeEvent(isIt, edit); });
+    }
+    std::optional<FreshRead> read() {
+        return with([](OtherDatabase other) { return other.read(); });
+    }
+
+  private:
+    [[nodiscard]] QString root() const { return house.folder.path() + "/calendars"; }
+    [[nodiscard]] QString pathOf(const QString& identifier) const {
+        for (QDirIterator files(root(), {"*.ics"}, QDir::Files, QDirIterator::Subdirectories);
+             files.hasNext();) {
+            QFile file(files.next());
+            if (file.open(QIODevice::ReadOnly) &&
+                file.readAll().contains("UID:" + identifier.toUtf8() + "\r\n"))
+                return file.fileName();
+        }
+        return {};
+    }
+};
+
+#ifdef KESTRANT_WITH_EVOLUTION
+template <>
+struct Others<EvolutionHouse> {
+    static constexpr unsigned runs = 2;
+    static constexpr std::size_t steps = 15;
+    static constexpr bool readsFast = false;
+
+    EvolutionHouse& house;
+
+    template <typename Use>
+    auto with(const Use& use) {
+        EvolutionHouse::Other other(house.calendar.calendar());
+        return use(OtherDatabase(other.database, house.scheduler.now(), house.calendar.calendar()));
+    }
+    QString add(const EKReminderData& data) {
+        return with([&](OtherDatabase other) { return other.add(data); });
+    }
+    void change(const QString& identifier, const std::function<void(EKReminderData&)>& edit) {
+        with([&](OtherDatabase other) { other.change(identifier, edit); });
+    }
+    void remove(const QString& identifier) {
+        with([&](OtherDatabase other) { other.remove(identifier); });
+    }
+    bool rewrite(const QString&, unsigned) { return false; }
+    bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
+                     const std::function<bool(EKEventData&)>& edit) {
+        return with([&](OtherDatabase other) { return other.changeEvent(isIt, edit); });
+    }
+    std::optional<FreshRead> read() {
+        return with([](OtherDatabase other) { return other.read(); });
+    }
+};
+#endif
+
+}  // namespace kestrant
