@@ -45,14 +45,14 @@ struct EKEvents {
     bool isCut = false;
 };
 
-/// A change of a reminder as the database remembers it, so that it can be taken back. What is in it is the
-/// database's own affair. Thread: any; it never changes.
-class EKReminderChange {
+/// A change of a reminder or an event as the database remembers it, so that it can be taken back. What is in
+/// it is the database's own affair. Thread: any; it never changes.
+class EKItemChange {
   public:
-    EKReminderChange() = default;
-    EKReminderChange(const EKReminderChange&) = delete;
-    EKReminderChange& operator=(const EKReminderChange&) = delete;
-    virtual ~EKReminderChange() = default;
+    EKItemChange() = default;
+    EKItemChange(const EKItemChange&) = delete;
+    EKItemChange& operator=(const EKItemChange&) = delete;
+    virtual ~EKItemChange() = default;
 };
 
 /// What a save or removal did.
@@ -62,8 +62,8 @@ struct EKSaveResult {
     /// When completing a recurring reminder advanced it: the identifier of the completed copy that was left
     /// behind.
     std::optional<QString> completedCopyIdentifier;
-    /// What revert() takes to undo it. Null for events, and when there was nothing to write.
-    std::shared_ptr<const EKReminderChange> change;
+    /// What revert() takes to undo it. Null when there was nothing to write.
+    std::shared_ptr<const EKItemChange> change;
 };
 
 /// The reminders-and-calendar database. One object is shared by everything in the process.
@@ -128,14 +128,14 @@ class EKEventStore {
     /// Removes a reminder. Fails with itemNotFound when it is gone already.
     virtual void remove(const EKReminderRef& reminder, SaveCompletion completion) = 0;
 
-    /// Takes back what save(), remove() or revert() itself did to a reminder. `identifier` is what the
-    /// reminder is called now: a removed one may come back under a new identifier, which the result tells.
-    /// Everything that was in the item is restored, what this program does not understand included; what
-    /// others changed meanwhile in other properties stays. Fails with conflict, and writes nothing, where
-    /// they changed the same ones, or anything of an item that would have to be removed. An occurrence that
-    /// was completed is taken back together with its copy; the result names the copy when completing it again
-    /// brings one.
-    virtual void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+    /// Takes back what save(), remove() or revert() itself did to a reminder or an event. `identifier` is
+    /// what the item is called now: a removed one may come back under a new identifier, which the result
+    /// tells. Of a series, the occurrence in hand is what comes back, and the others stay. Everything that
+    /// was in the item is restored, what this program does not understand included; what others changed
+    /// meanwhile in other properties stays. Fails with conflict, and writes nothing, where they changed the
+    /// same ones, or anything of an item that would have to be removed. An occurrence that was completed is
+    /// taken back together with its copy; the result names the copy when completing it again brings one.
+    virtual void revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                         SaveCompletion completion) = 0;
 
     /// After a change of the reminder that ended with outcomeUnknown, to be asked in its completion: answers

@@ -38,7 +38,7 @@ class EventStoreSwitch final : public EKEventStore {
     void save(const EKReminderRef& reminder, SaveCompletion completion) override;
     void saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) override;
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
-    void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+    void revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                 SaveCompletion completion) override;
     void awaitOutcome(const QString& identifier, SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;

@@ -31,7 +31,7 @@ class InMemoryEventStore final : public EKEventStore {
     void save(const EKReminderRef& reminder, SaveCompletion completion) override;
     void saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) override;
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
-    void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+    void revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                 SaveCompletion completion) override;
     void awaitOutcome(const QString& identifier, SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;
@@ -81,6 +81,7 @@ class InMemoryEventStore final : public EKEventStore {
   private:
     struct SaveRequest;
     struct Change;
+    struct EventChange;
     using Occurrences = std::vector<std::shared_ptr<const EKEventData>>;
 
     [[nodiscard]] std::shared_ptr<const EKReminderData>
@@ -91,11 +92,17 @@ class InMemoryEventStore final : public EKEventStore {
     [[nodiscard]] tl::expected<EKSaveResult, EKError> takeBack(const Change& change,
                                                                const QString& identifier);
     [[nodiscard]] std::optional<EKError> reasonNotToTakeBack(const Change& change, const QString& identifier);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError> takeBack(const EventChange& change);
     QString putOccurrences(std::vector<EKEventData> occurrences);
     [[nodiscard]] tl::expected<EKSaveResult, EKError>
     carryOut(const EKEventRef& event, EKEventData edited, const std::shared_ptr<const EKEventData>& base);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> addEvent(const EKEventRef& event, EKEventData edited);
-    [[nodiscard]] EKSaveResult storedAs(const EKEventRef& event, const QString& identifier) const;
+    /// What a save did that made the event and took `former`, if there is one, out of its series.
+    [[nodiscard]] EKSaveResult storedAs(const EKEventRef& event, const QString& identifier,
+                                        const std::shared_ptr<const EKEventData>& former) const;
+    /// The occurrence that is now what it was before, or after, a change; absent when it is gone.
+    [[nodiscard]] std::shared_ptr<const EKEventData> present(const EKEventData& occurrence) const;
+    void putBack(EKEventData occurrence);
     void takeOut(const EKEventData& occurrence);
     [[nodiscard]] std::optional<EKError>
     reasonNotToRemove(const std::shared_ptr<const EKEventData>& base) const;

@@ -1,7 +1,7 @@
 #include "eventkit/EKErrors.h"
 #include "eventkit/EventChanges.h"
 #include "eventkit/EventSeries.h"
-#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/InMemoryChange.h"
 
 #include <algorithm>
 #include <chrono>
@@ -74,6 +74,7 @@ InMemoryEventStore::carryOut(const EKEventRef& event, EKEventData edited,
     const auto position = positionOf(*base);
     if (!position)
         return tl::unexpected(itemNotFoundError());
+    EKSaveResult result{base->calendarItemIdentifier, std::nullopt, nullptr};
     auto& stored = series_.at(base->calendarItemIdentifier)[*position];
     MergedEventEdits merge = mergeEdits(*base, edited, *stored);
     if (merge.conflict)
@@ -89,19 +90,29 @@ InMemoryEventStore::carryOut(const EKEventRef& event, EKEventData edited,
             stored->occurrenceDate && merge.merged.calendarIdentifier != stored->calendarIdentifier;
         EKEventData prepared = preparedForSave(*stored, std::move(merge.merged), clock_.now());
         if (leaves) {
+            const auto former = stored;
             takeOut(*base);
-            return storedAs(event, putEvent(separated(std::move(prepared))));
+            return storedAs(event, putEvent(separated(std::move(prepared))), former);
         }
+        result.change =
+            std::make_shared<EventChange>(std::vector<EventChange::Occurrence>{{*stored, prepared}});
         stored = std::make_shared<const EKEventData>(std::move(prepared));
         announceChange();
     }
     event->setStored(stored);
-    return EKSaveResult{base->calendarItemIdentifier, std::nullopt};
+    return result;
 }
 
-EKSaveResult InMemoryEventStore::storedAs(const EKEventRef& event, const QString& identifier) const {
-    event->setStored(series_.at(identifier).front());
-    return {identifier, std::nullopt, nullptr};
+EKSaveResult InMemoryEventStore::storedAs(const EKEventRef& event, const QString& identifier,
+                                          const std::shared_ptr<const EKEventData>& former) const {
+    const Occurrences& made = series_.at(identifier);
+    event->setStored(made.front());
+    std::vector<EventChange::Occurrence> changed;
+    for (const auto& occurrence : made)
+        changed.push_back({std::nullopt, *occurrence});
+    if (former)
+        changed.push_back({*former, std::nullopt});
+    return {identifier, std::nullopt, std::make_shared<EventChange>(std::move(changed))};
 }
 
 tl::expected<EKSaveResult, EKError> InMemoryEventStore::addEvent(const EKEventRef& event,
@@ -121,7 +132,7 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::addEvent(const EKEventRe
     edited.eventIdentifier.clear();
     const EKEventData prepared = preparedForSave(std::nullopt, std::move(edited), clock_.now());
     if (!prepared.hasRecurrenceRules())
-        return storedAs(event, putEvent(prepared));
+        return storedAs(event, putEvent(prepared), nullptr);
     const ZoneCalendar local = calendar_.calendar();
     const auto document = icalendar::makeEvent("series", prepared, local, clock_.now());
     const EventSeries series(icalendar::readEvents(document, local).front(), {}, prepared.calendarIdentifier,
@@ -132,7 +143,7 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::addEvent(const EKEventRe
                                 occurrences.push_back(*series.dataOf(date));
                                 return true;
                             });
-    return storedAs(event, putSeries(std::move(occurrences)));
+    return storedAs(event, putSeries(std::move(occurrences)), nullptr);
 }
 
 void InMemoryEventStore::takeOut(const EKEventData& occurrence) {
@@ -168,8 +179,11 @@ void InMemoryEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion 
             completion(tl::unexpected(std::move(*error)));
             return;
         }
-        takeOut(*base);
-        completion(EKSaveResult{base->calendarItemIdentifier, std::nullopt});
+        const EKEventData gone = *present(*base);
+        takeOut(gone);
+        completion(EKSaveResult{
+            base->calendarItemIdentifier, std::nullopt,
+            std::make_shared<EventChange>(std::vector<EventChange::Occurrence>{{gone, std::nullopt}})});
     });
 }
 

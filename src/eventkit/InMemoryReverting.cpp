@@ -1,7 +1,9 @@
 #include "eventkit/EKErrors.h"
+#include "eventkit/EventChanges.h"
 #include "eventkit/InMemoryChange.h"
 #include "eventkit/ReminderChanges.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace kestrant {
@@ -74,12 +76,78 @@ tl::expected<EKSaveResult, EKError> InMemoryEventStore::takeBack(const Change& c
     return result;
 }
 
-void InMemoryEventStore::revert(const std::shared_ptr<const EKReminderChange>& change,
-                                const QString& identifier, SaveCompletion completion) {
+std::shared_ptr<const EKEventData> InMemoryEventStore::present(const EKEventData& occurrence) const {
+    const auto position = positionOf(occurrence);
+    return position ? series_.at(occurrence.calendarItemIdentifier)[*position] : nullptr;
+}
+
+void InMemoryEventStore::putBack(EKEventData occurrence) {
+    Occurrences& occurrences = series_[occurrence.calendarItemIdentifier];
+    const auto place = std::find_if(occurrences.begin(), occurrences.end(), [&](const auto& other) {
+        return other->occurrenceDate >= occurrence.occurrenceDate;
+    });
+    auto stored = std::make_shared<const EKEventData>(std::move(occurrence));
+    if (place != occurrences.end() && (*place)->occurrenceDate == stored->occurrenceDate)
+        *place = std::move(stored);
+    else
+        occurrences.insert(place, std::move(stored));
+    announceChange();
+}
+
+tl::expected<EKSaveResult, EKError> InMemoryEventStore::takeBack(const EventChange& change) {
+    if (auto error = failure(Operation::revert))
+        return tl::unexpected(std::move(*error));
+    if (!hasAccess())
+        return tl::unexpected(accessDeniedError());
+    const auto reverse = std::make_shared<EventChange>();
+    for (const auto& [before, after] : change.occurrences) {
+        const auto current = present(after ? *after : *before);
+        for (const auto& data : {before, after}) {
+            if (!data)
+                continue;
+            if (auto error = reasonNotToChange(data->calendarIdentifier))
+                return tl::unexpected(std::move(*error));
+        }
+        if (after && !current)
+            return tl::unexpected(itemNotFoundError());
+        if (!after && current)
+            return tl::unexpected(conflictError(current->title));
+        auto& undone = reverse->occurrences.emplace_back();
+        if (current)
+            undone.before = *current;
+        if (!before)
+            undone.after = std::nullopt;
+        else if (!after)
+            undone.after = *before;
+        else
+            undone.after = mergeEdits(*after, *before, *current).merged;
+        const bool isRefused = after && (before ? mergeEdits(*after, *before, *current).conflict
+                                                : mergeEdits(*current, *after, *current).merged != *current);
+        if (isRefused)
+            return tl::unexpected(conflictError(current->title));
+    }
+    for (const auto& [before, after] : reverse->occurrences) {
+        if (after)
+            putBack(*after);
+        else
+            takeOut(*before);
+    }
+    const auto& first = change.occurrences.front();
+    return EKSaveResult{(first.after ? first.after : first.before)->calendarItemIdentifier, std::nullopt,
+                        reverse};
+}
+
+void InMemoryEventStore::revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
+                                SaveCompletion completion) {
+    if (const auto ofEvent = std::dynamic_pointer_cast<const EventChange>(change)) {
+        later([this, ofEvent, completion = std::move(completion)] { completion(takeBack(*ofEvent)); });
+        return;
+    }
     later([this, change = std::dynamic_pointer_cast<const Change>(change), identifier,
            completion = std::move(completion)] {
         if (change)
-            completion(attempt(identifier, [this, change, identifier] { return takeBack(*change, identifier); }));
+            completion(
+                attempt(identifier, [this, change, identifier] { return takeBack(*change, identifier); }));
         else
             completion(tl::unexpected(itemNotFoundError()));
     });

@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <functional>
+
 namespace kestrant {
 namespace {
 
@@ -355,6 +358,92 @@ TYPED_TEST(EventContract, TurnsATimeIntoADayAndBack) {
     ASSERT_TRUE(this->driver.save(event).has_value());
     EXPECT_EQ(event->data.endDate, morning + 30min);
     EXPECT_EQ(event->data.timeZone, TimeZone::named("Europe/Paris"));
+}
+
+/// Each change is taken back, made again, and taken back once more.
+TYPED_TEST(EventContract, TakesBackWhatItDidToAnEvent) {
+    this->open();
+    const QString home = this->addCalendar("Home");
+    this->addMeetings();
+    const auto changed = this->meetingOn(29);
+    changed->data.title = "Changed";
+    ASSERT_TRUE(this->driver.save(changed).has_value());
+    this->add(anEvent("").titled("Lunch").lasting(morning, 1h));
+    const auto lunch = [&] {
+        const auto found = this->driver.events(paris({2026, 3, 1}), paris({2026, 5, 1}));
+        return *std::find_if(found.begin(), found.end(), [](const auto& event) {
+            return !event->data.hasRecurrenceRules() && !event->data.occurrenceDate;
+        });
+    };
+    const auto saved = [&](const EKEventRef& event, auto change) {
+        change(event->data);
+        return this->driver.save(event);
+    };
+    const auto rename = [](EKEventData& data) { data.title = "Renamed"; };
+    const auto moveHome = [&](EKEventData& data) { data.calendarIdentifier = home; };
+    struct Case {
+        const char* what;
+        std::function<EventStoreDriver::SaveAnswer()> change;
+    };
+    const std::vector<Case> cases{
+        {"new",
+         [&] {
+             return saved(std::make_shared<EKEvent>(), [&](EKEventData& data) {
+                 data = anEvent("").titled("New").lasting(morning + 2h, 1h);
+                 data.calendarIdentifier = home;
+             });
+         }},
+        {"renamed", [&] { return saved(lunch(), rename); }},
+        {"moved", [&] { return saved(lunch(), moveHome); }},
+        {"removed", [&] { return this->driver.remove(lunch()); }},
+        {"one of a series renamed", [&] { return saved(this->meetingOn(28), rename); }},
+        {"a changed one renamed", [&] { return saved(this->meetingOn(29), rename); }},
+        {"one of a series moved", [&] { return saved(this->meetingOn(30), moveHome); }},
+        {"one of a series removed", [&] { return this->driver.remove(this->meetingOn(28)); }},
+        {"a changed one removed", [&] { return this->driver.remove(this->meetingOn(29)); }},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.what);
+        const auto before = this->shown();
+        auto done = each.change();
+        ASSERT_TRUE(done.has_value());
+        const auto after = this->shown();
+        for (const auto& expected : {before, after, before}) {
+            done = this->driver.revert(*done);
+            ASSERT_TRUE(done.has_value()) << qPrintable(done.error().message.english);
+            EXPECT_EQ(this->shown(), expected);
+        }
+    }
+    EXPECT_EQ(this->house.store.event(lunch()->data.eventIdentifier)->data.calendarIdentifier, this->work);
+}
+
+TYPED_TEST(EventContract, TakesNothingBackThatOthersHaveChanged) {
+    this->open();
+    this->addMeetings();
+    const auto edit = [&](int day, auto change) {
+        const EKEventRef meeting = this->meetingOn(day);
+        change(meeting->data);
+        return this->driver.save(meeting);
+    };
+    const auto renamed = edit(28, [](EKEventData& data) { data.title = "Ours"; });
+    const auto placed = edit(29, [](EKEventData& data) { data.location = "Here"; });
+    const auto removed = this->driver.remove(this->meetingOn(30));
+    const auto lunch = std::make_shared<EKEvent>();
+    lunch->data = anEvent("").titled("Lunch").lasting(morning, 1h);
+    lunch->data.calendarIdentifier = this->work;
+    const auto made = this->driver.save(lunch);
+    const EKEventRef theirs = this->house.store.event(lunch->data.eventIdentifier);
+    theirs->data.notes = "theirs";
+    ASSERT_TRUE(this->driver.save(theirs).has_value());
+    EXPECT_EQ(codeOf(this->driver.revert(*made)), EKError::Code::conflict);
+    ASSERT_TRUE(this->driver.remove(theirs).has_value());
+    ASSERT_TRUE(edit(28, [](EKEventData& data) { data.title = "Theirs"; }).has_value());
+    ASSERT_TRUE(edit(29, [](EKEventData& data) { data.location = "There"; }).has_value());
+    EXPECT_EQ(codeOf(this->driver.revert(*renamed)), EKError::Code::conflict);
+    EXPECT_EQ(codeOf(this->driver.revert(*placed)), EKError::Code::conflict);
+    EXPECT_TRUE(this->driver.revert(*removed).has_value());
+    EXPECT_THAT(this->shown(), ElementsAre("27 09:00 Meeting", "28 09:00 Theirs", "29 09:00 Meeting",
+                                           "30 09:00 Meeting", "31 09:00 Meeting"));
 }
 
 TYPED_TEST(EventContract, RemovesAnEventAndTellsOfIt) {

@@ -119,6 +119,8 @@ ServiceChange changeBetween(const Document& before, const Document& after, QByte
     ServiceChange result;
     const auto present = partsOf(before, name);
     const auto wanted = partsOf(after, name);
+    std::copy_if(present.begin(), present.end(), std::back_inserter(result.removed),
+                 [&](const ServicePart& part) { return !findDate(wanted, part.date); });
     for (const ServicePart& part : wanted) {
         const ServicePart* const old = findDate(present, part.date);
         ServicePart written = part;
@@ -126,11 +128,12 @@ ServiceChange changeBetween(const Document& before, const Document& after, QByte
             written.text = withServerVersionOf(old->text, part.text);
         else if (!present.empty())
             written.text = withServerVersionOf(present.front().text, part.text);
-        if (!old || old->text != written.text)
+        // The service leaves out each date that is removed; the series then says by itself which ones it
+        // lacks.
+        const bool isSeriesOfRemoved = part.date.isEmpty() && !result.removed.empty();
+        if (!old || old->text != written.text || isSeriesOfRemoved)
             result.written.push_back(std::move(written));
     }
-    std::copy_if(present.begin(), present.end(), std::back_inserter(result.removed),
-                 [&](const ServicePart& part) { return !findDate(wanted, part.date); });
     std::vector<QByteArray> known;
     for (const ComponentView& zone : before.components("VTIMEZONE"))
         known.push_back(zone.text());

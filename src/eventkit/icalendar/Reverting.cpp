@@ -86,6 +86,15 @@ std::optional<std::set<QByteArray>> namesToRestore(const std::vector<Part>& curr
 
 }  // namespace
 
+bool saySame(ComponentView a, ComponentView b) {
+    const auto saidBy = [](ComponentView component) {
+        auto contents = contentsOf(partsOf(component));
+        std::erase_if(contents, [](const auto& entry) { return isRevisionMark(entry.first); });
+        return contents;
+    };
+    return saidBy(a) == saidBy(b);
+}
+
 std::optional<Component> reverted(ComponentView current, ComponentView before, ComponentView after,
                                   QByteArrayView lineEnd, Instant now) {
     std::vector<Part> parts = partsOf(current);

@@ -14,4 +14,7 @@ namespace kestrant::icalendar {
 [[nodiscard]] std::optional<Component> reverted(ComponentView current, ComponentView before,
                                                 ComponentView after, QByteArrayView lineEnd, Instant now);
 
+/// Whether two components say the same, the marks of a revision aside.
+[[nodiscard]] bool saySame(ComponentView a, ComponentView b);
+
 }  // namespace kestrant::icalendar

@@ -48,6 +48,10 @@ struct ItemDatabase::OpenEvent : OpenFile {
 
 namespace {
 
+std::shared_ptr<const EventChange> changeOf(std::vector<ItemChange> items) {
+    return std::make_shared<EventChange>(std::move(items));
+}
+
 void defineZones(Document& document, const Document& before, const EKEventData& event,
                  const ZoneCalendar& local) {
     icalendar::addMissingTimeZones(document, before, firstZoneYear(local.dayOf(event.startDate).year()),
@@ -107,7 +111,11 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveNewEvent(EKEventData edite
     if (!created)
         return tl::unexpected(created.error());
     rebuildSnapshot();
-    return EKSaveResult{identifierIn(snapshot_->events, created->place, created->uid), std::nullopt, nullptr};
+    EKSaveResult result{identifierIn(snapshot_->events, created->place, created->uid), std::nullopt, nullptr};
+    result.change =
+        changeOf({{result.calendarItemIdentifier, created->uid, std::nullopt,
+                   ItemState{created->place.collection, created->place.file, created->stored.text}}});
+    return result;
 }
 
 tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventData& base,
@@ -140,8 +148,22 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventD
     if (!written)
         return tl::unexpected(written.error());
     rebuildSnapshot();
-    if (written->place.collection != opened->place.collection)
+    const bool moved = written->place.collection != opened->place.collection;
+    if (moved)
         result.calendarItemIdentifier = identifierIn(snapshot_->events, written->place, written->key);
+    const ItemState present{written->place.collection, written->place.file, written->text,
+                            moved ? 0 : opened->ordinal, moved || opened->isAlone};
+    if (!moved || !opened->isOfSeries()) {
+        result.change =
+            changeOf({{result.calendarItemIdentifier, opened->item.key, opened->state(), present}});
+        return result;
+    }
+    ItemState rest = opened->state();
+    rest.text = opened->withoutOccurrence(now).text();
+    if (const auto file = openFile(opened->place); file && *file)
+        rest.text = (*file)->document.text();
+    result.change = changeOf({{result.calendarItemIdentifier, written->key, std::nullopt, present},
+                              {base.calendarItemIdentifier, opened->item.key, opened->state(), rest}});
     return result;
 }
 
@@ -156,7 +178,9 @@ ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
     icalendar::writeEvent(component, opened.component().times, opened.current(), after, document, local, now);
     const bool moves = target != opened.place.collection;
     const auto writtenTo = [](const tl::expected<Created, WriteError>& moved) {
-        return moved.map([](const Created& created) { return WrittenItem{created.place, created.uid}; });
+        return moved.map([](const Created& created) {
+            return WrittenItem{created.place, created.uid, created.stored.text};
+        });
     };
     if (moves && opened.isOfSeries()) {
         const QByteArray uid = newUid();
@@ -173,9 +197,9 @@ ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
         document.insertAfter(opened.item.index, component);
     defineZones(document, opened.document, after, local);
     if (!moves) {
-        if (auto error = failureOf(replaceFile(opened, document, local)))
-            return tl::unexpected(std::move(*error));
-        return WrittenItem{opened.place, opened.item.key};
+        return replaceFile(opened, document, local).map([&](const QByteArray& text) {
+            return WrittenItem{opened.place, opened.item.key, text};
+        });
     }
     icalendar::keepOnlyItem(document, "VEVENT", opened.item);
     return writtenTo(move(
@@ -193,13 +217,20 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData&
             return tl::unexpected(WriteError(opened.error()));
         if (auto error = reasonNotToChange(opened->place))
             return tl::unexpected(WriteError(std::move(*error)));
-        auto failed = opened->isOfSeries()
-                          ? failureOf(replaceFile(*opened, opened->withoutOccurrence(now), local))
-                          : takeOut(*opened, "VEVENT", opened->item, local);
-        if (failed)
+        std::optional<ItemState> rest;
+        if (opened->isOfSeries()) {
+            auto text = replaceFile(*opened, opened->withoutOccurrence(now), local);
+            if (!text)
+                return tl::unexpected(std::move(text.error()));
+            rest = opened->state();
+            rest->text = *std::move(text);
+        } else if (auto failed = takeOut(*opened, "VEVENT", opened->item, local)) {
             return tl::unexpected(std::move(*failed));
+        }
         rebuildSnapshot();
-        return EKSaveResult{base.calendarItemIdentifier, std::nullopt, nullptr};
+        return EKSaveResult{
+            base.calendarItemIdentifier, std::nullopt,
+            changeOf({{base.calendarItemIdentifier, opened->item.key, opened->state(), std::move(rest)}})};
     };
     return persist<EKSaveResult>(base.title, {base.calendarIdentifier}, attempt);
 }

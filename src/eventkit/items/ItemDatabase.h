@@ -2,6 +2,7 @@
 
 #include "eventkit/EKEventStore.h"
 #include "eventkit/icalendar/Todo.h"
+#include "eventkit/items/EventChange.h"
 #include "eventkit/items/ItemSnapshot.h"
 #include "eventkit/items/ItemStorage.h"
 #include "eventkit/items/ReminderChange.h"
@@ -69,6 +70,8 @@ class ItemDatabase {
               const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> removeEvent(const EKEventData& base, Instant now,
                                                                   const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<EKSaveResult, EKError>
+    revert(const EventChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
 
   private:
     struct OpenFile;
@@ -171,6 +174,8 @@ class ItemDatabase {
     struct WrittenItem {
         Place place;
         QByteArray key;
+        /// All of the file.
+        QByteArray text;
     };
     [[nodiscard]] tl::expected<WrittenItem, WriteError> writeOccurrence(const OpenEvent& opened,
                                                                         const EKEventData& after,
@@ -189,6 +194,14 @@ class ItemDatabase {
                                                                Instant now, const ZoneCalendar& local);
     [[nodiscard]] tl::expected<ItemChange, WriteError> takeAway(const ItemChange& change, OpenItem& opened,
                                                                 const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<ItemChange, EKError>
+    revertEvent(const ItemChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<ItemChange, WriteError> restoreEvent(const ItemChange& change,
+                                                                    const OpenFile& opened,
+                                                                    const icalendar::EventItem& item,
+                                                                    Instant now, const ZoneCalendar& local);
+    [[nodiscard]] tl::expected<ItemChange, EKError> bringEventBack(const ItemChange& change,
+                                                                   const ZoneCalendar& local);
     [[nodiscard]] tl::expected<ItemChange, EKError> bringBack(const ItemChange& change,
                                                               const ZoneCalendar& local);
     void noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local);

@@ -35,7 +35,7 @@ class ItemEventStore : public EKEventStore {
     void save(const EKReminderRef& reminder, SaveCompletion completion) override;
     void saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) override;
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
-    void revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+    void revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                 SaveCompletion completion) override;
     void awaitOutcome(const QString& identifier, SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;

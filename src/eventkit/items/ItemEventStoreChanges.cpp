@@ -246,24 +246,34 @@ void ItemEventStore::remove(const EKReminderRef& reminder, SaveCompletion comple
         [](const SaveAnswer&) {}, std::move(completion));
 }
 
-void ItemEventStore::revert(const std::shared_ptr<const EKReminderChange>& change, const QString& identifier,
+void ItemEventStore::revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                             SaveCompletion completion) {
-    const auto known = std::dynamic_pointer_cast<const ReminderChange>(change);
-    if (!known || known->items.empty()) {
+    const auto ofReminder = std::dynamic_pointer_cast<const ReminderChange>(change);
+    const auto ofEvent = std::dynamic_pointer_cast<const EventChange>(change);
+    const std::vector<ItemChange> none;
+    const auto& items = ofReminder ? ofReminder->items : ofEvent ? ofEvent->items : none;
+    if (items.empty()) {
         onMain([completion = std::move(completion)] { completion(tl::unexpected(itemNotFoundError())); });
         return;
     }
-    const ItemChange& item = known->items.front();
+    const ItemChange& item = items.front();
     const auto listOf = [](const std::optional<ItemState>& state) {
         return state ? QString::fromUtf8(state->collection) : QString();
     };
-    const auto present = storedReminder(identifier);
-    const std::vector<Subject> subjects{{identifier, present ? present->title : identifier}};
+    QString title = identifier;
+    if (const auto reminder = ofReminder ? storedReminder(identifier) : nullptr)
+        title = reminder->title;
+    else if (const auto event = ofEvent ? snapshot_->firstEvent(identifier) : nullptr)
+        title = event->title;
+    const std::vector<Subject> subjects{{identifier, title}};
     const QString from = listOf(item.after ? item.after : item.before);
+    // An occurrence that left its series goes back to the list of the series.
+    const auto& former = ofEvent ? items.back().before : item.before;
     carryOut(
-        queueFor(subjects, from, item.before ? listOf(item.before) : from), subjects,
-        [this, known, identifier](Instant now, const ZoneCalendar& local) {
-            return database_.revert(*known, identifier, now, local);
+        queueFor(subjects, from, former ? listOf(former) : from), subjects,
+        [this, ofReminder, ofEvent, identifier](Instant now, const ZoneCalendar& local) {
+            return ofEvent ? database_.revert(*ofEvent, identifier, now, local)
+                           : database_.revert(*ofReminder, identifier, now, local);
         },
         [](const SaveAnswer&) {}, std::move(completion));
 }

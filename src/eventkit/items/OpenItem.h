@@ -26,6 +26,10 @@ struct ItemDatabase::OpenFile {
     int ordinal = 0;
     /// Whether the file holds nothing else.
     bool isAlone = true;
+
+    [[nodiscard]] ItemState state() const {
+        return {place.collection, place.file, document.text(), ordinal, isAlone};
+    }
 };
 
 struct ItemDatabase::OpenItem : OpenFile {
@@ -40,9 +44,6 @@ struct ItemDatabase::OpenItem : OpenFile {
         result.current.calendarItemIdentifier = identifier;
         result.current.calendarIdentifier = QFile::decodeName(result.place.collection);
         return result;
-    }
-    [[nodiscard]] ItemState state() const {
-        return {place.collection, place.file, document.text(), ordinal, isAlone};
     }
 };
 

@@ -31,7 +31,7 @@ struct ItemChange {
 
 /// A change as a database of files remembers it: the reminder itself, then the
 /// copy of a completed occurrence.
-struct ReminderChange final : EKReminderChange {
+struct ReminderChange final : EKItemChange {
     std::vector<ItemChange> items;
 };
 

@@ -1,0 +1,231 @@
+#include "eventkit/EKErrors.h"
+#include "eventkit/icalendar/Event.h"
+#include "eventkit/icalendar/Reverting.h"
+#include "eventkit/items/OpenItem.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace kestrant::items {
+
+using icalendar::Component;
+using icalendar::ComponentView;
+using icalendar::Document;
+using icalendar::EventItem;
+
+namespace {
+
+/// An event in the text of a file that was read before.
+struct KnownEvent {
+    Document document;
+    EventItem item;
+};
+
+std::optional<KnownEvent> knownEvent(const ItemState& state, const QByteArray& key,
+                                     const ZoneCalendar& local) {
+    auto document = Document::parse(state.text);
+    if (!document)
+        return std::nullopt;
+    int ordinal = 0;
+    for (EventItem& item : icalendar::readEvents(*document, local)) {
+        if (item.key == key && ordinal++ == state.ordinal)
+            return KnownEvent{std::move(*document), std::move(item)};
+    }
+    return std::nullopt;
+}
+
+/// The components of an event by the date of the series that each is about; the series itself has none.
+std::map<QByteArray, qsizetype> componentsOf(const EventItem& item, const Document& document) {
+    const auto events = document.components("VEVENT");
+    std::map<QByteArray, qsizetype> result{{QByteArray(), item.index}};
+    for (const qsizetype index : item.changeIndexes) {
+        const auto date = events[static_cast<std::size_t>(index)].property("RECURRENCE-ID");
+        result.emplace(date ? date->value : QByteArray(), index);
+    }
+    return result;
+}
+
+/// The present file with what led from `before` to `after` taken back, component by component; absent where
+/// somebody else has changed the same.
+std::optional<Document> merged(const Document& present, const EventItem& item, const KnownEvent& before,
+                               const KnownEvent& after, Instant now) {
+    const auto was = componentsOf(before.item, before.document);
+    const auto became = componentsOf(after.item, after.document);
+    const auto is = componentsOf(item, present);
+    const auto view = [](const Document& document, const std::map<QByteArray, qsizetype>& indexes,
+                         const QByteArray& date) -> std::optional<ComponentView> {
+        const auto found = indexes.find(date);
+        if (found == indexes.end())
+            return std::nullopt;
+        return document.components("VEVENT")[static_cast<std::size_t>(found->second)];
+    };
+    auto dates = was;
+    dates.insert(became.begin(), became.end());
+    Document result = present;
+    std::vector<Component> missing;
+    std::vector<qsizetype> superfluous;
+    for (const auto& [date, index] : dates) {
+        const auto old = view(before.document, was, date);
+        const auto changed = view(after.document, became, date);
+        const auto current = view(present, is, date);
+        if (old && changed) {
+            if (old->text() == changed->text())
+                continue;
+            const auto restored = current
+                                      ? icalendar::reverted(*current, *old, *changed, present.lineEnd(), now)
+                                      : std::nullopt;
+            if (!restored)
+                return std::nullopt;
+            result.replace(is.at(date), *restored);
+        } else if (old) {
+            if (current)
+                return std::nullopt;
+            missing.emplace_back(old->lines());
+        } else if (current) {
+            if (!icalendar::saySame(*current, *changed))
+                return std::nullopt;
+            superfluous.push_back(is.at(date));
+        }
+    }
+    std::sort(superfluous.rbegin(), superfluous.rend());
+    for (const qsizetype index : superfluous)
+        result.remove("VEVENT", index);
+    for (const Component& component : missing)
+        result.add(component);
+    return result;
+}
+
+/// Whether the file still says of an event what it said then, and nothing more.
+bool isAsItWas(const KnownEvent& then, const Document& document, const EventItem& item) {
+    const auto was = componentsOf(then.item, then.document);
+    const auto is = componentsOf(item, document);
+    return std::equal(was.begin(), was.end(), is.begin(), is.end(), [&](const auto& a, const auto& b) {
+        const ComponentView old = then.document.components("VEVENT")[static_cast<std::size_t>(a.second)];
+        const ComponentView present = document.components("VEVENT")[static_cast<std::size_t>(b.second)];
+        return a.first == b.first && icalendar::saySame(old, present);
+    });
+}
+
+}  // namespace
+
+tl::expected<EKSaveResult, EKError> ItemDatabase::revert(const EventChange& change, const QString& identifier,
+                                                         Instant now, const ZoneCalendar& local) {
+    if (!isOpen_)
+        return tl::unexpected(accessDeniedError());
+    std::vector<ItemChange> reverse;
+    for (const ItemChange& item : change.items) {
+        const bool isFirst = &item == &change.items.front();
+        auto done = revertEvent(item, isFirst ? identifier : item.identifier, now, local);
+        if (!done) {
+            for (const ItemChange& step : reverse)
+                (void)revertEvent(step, step.identifier, now, local);
+            return tl::unexpected(done.error());
+        }
+        reverse.push_back(std::move(*done));
+    }
+    const QString present = reverse.front().identifier;
+    return EKSaveResult{present, std::nullopt, std::make_shared<EventChange>(std::move(reverse))};
+}
+
+tl::expected<ItemChange, EKError> ItemDatabase::revertEvent(const ItemChange& change,
+                                                            const QString& identifier, Instant now,
+                                                            const ZoneCalendar& local) {
+    if (!change.after)
+        return bringEventBack(change, local);
+    const auto attempt = [&]() -> tl::expected<ItemChange, WriteError> {
+        const auto opened = openWith(&Snapshot::events, &icalendar::readEvents, identifier, local);
+        if (!opened)
+            return tl::unexpected(WriteError(opened.error()));
+        const auto& [file, item] = *opened;
+        if (auto error = reasonNotToChange(file.place))
+            return tl::unexpected(WriteError(std::move(*error)));
+        if (change.before)
+            return restoreEvent(change, file, item, now, local);
+        const auto made = knownEvent(*change.after, change.key, local);
+        if (!made || !isAsItWas(*made, file.document, item))
+            return tl::unexpected(WriteError(conflictError(item.event.data.title)));
+        if (auto error = takeOut(file, "VEVENT", item, local))
+            return tl::unexpected(std::move(*error));
+        rebuildSnapshot();
+        return ItemChange{identifier, change.key, file.state(), std::nullopt};
+    };
+    std::vector<QString> collections{QFile::decodeName(change.after->collection)};
+    if (change.before)
+        collections.push_back(QFile::decodeName(change.before->collection));
+    return persist<ItemChange>(identifier, collections, attempt);
+}
+
+tl::expected<ItemChange, WriteError> ItemDatabase::restoreEvent(const ItemChange& change,
+                                                                const OpenFile& opened, const EventItem& item,
+                                                                Instant now, const ZoneCalendar& local) {
+    const ItemState& before = *change.before;
+    const ItemState& after = *change.after;
+    const auto refuse = [](EKError error) { return tl::unexpected(WriteError(std::move(error))); };
+    const auto conflict = [&] { return refuse(conflictError(item.event.data.title)); };
+    QByteArray target = opened.place.collection;
+    if (before.collection != after.collection) {
+        if (target != after.collection)
+            return conflict();
+        target = before.collection;
+    }
+    if (const auto writable = writableCollection(QFile::decodeName(target)); !writable)
+        return refuse(writable.error());
+    const auto wasBefore = knownEvent(before, change.key, local);
+    const auto wasAfter = knownEvent(after, change.key, local);
+    if (!wasBefore || !wasAfter)
+        return conflict();
+
+    ItemState found = opened.state();
+    const bool isUntouched = opened.place.collection == after.collection && opened.place.file == after.file &&
+                             found.text == after.text && before.isAlone == after.isAlone;
+    auto document =
+        isUntouched ? wasBefore->document : merged(opened.document, item, *wasBefore, *wasAfter, now);
+    if (!document)
+        return conflict();
+    ItemState present = found;
+    QString identifier = change.identifier;
+    if (target == opened.place.collection) {
+        auto text = replaceFile(opened, *document, local);
+        if (!text)
+            return tl::unexpected(std::move(text.error()));
+        present.text = *std::move(text);
+        rebuildSnapshot();
+    } else {
+        if (!opened.isAlone)
+            icalendar::keepOnlyItem(*document, "VEVENT", item);
+        const auto moved = move(
+            opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, change.key,
+            *document, [&] { return takeOut(opened, "VEVENT", item, local); }, local);
+        if (!moved)
+            return tl::unexpected(moved.error());
+        present = ItemState{moved->place.collection, moved->place.file, moved->stored.text};
+        rebuildSnapshot();
+        identifier = identifierIn(snapshot_->events, moved->place, moved->uid);
+    }
+    return ItemChange{identifier, change.key, std::move(found), std::move(present)};
+}
+
+tl::expected<ItemChange, EKError> ItemDatabase::bringEventBack(const ItemChange& change,
+                                                               const ZoneCalendar& local) {
+    const ItemState& before = *change.before;
+    const auto collection = writableCollection(QFile::decodeName(before.collection));
+    if (!collection)
+        return tl::unexpected(collection.error());
+    auto known = knownEvent(before, change.key, local);
+    if (!known || snapshot_->events.contains(change.identifier))
+        return tl::unexpected(conflictError(known ? known->item.event.data.title : change.identifier));
+    if (!before.isAlone)
+        icalendar::keepOnlyItem(known->document, "VEVENT", known->item);
+    const auto created = createFile(*collection, change.key, before.file, known->document, local);
+    if (!created)
+        return tl::unexpected(created.error());
+    rebuildSnapshot();
+    return ItemChange{identifierIn(snapshot_->events, created->place, created->uid), created->uid,
+                      std::nullopt,
+                      ItemState{created->place.collection, created->place.file, created->stored.text}};
+}
+
+}  // namespace kestrant::items
