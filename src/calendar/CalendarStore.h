@@ -22,6 +22,7 @@
 namespace kestrant {
 
 class BackgroundExecutor;
+class CalendarActionRecorder;
 class EKEventStore;
 class NotificationCenter;
 class Preferences;
@@ -42,6 +43,8 @@ struct CalendarStoreServices {
     /// failure's text.
     std::function<void(const QString& reminderID, std::function<void(tl::expected<void, TextPair>)> done)>
         clearReminderDueDate;
+    /// May be null: then nothing is recorded.
+    CalendarActionRecorder* actions = nullptr;
 };
 
 /// Owns what the calendar shows, the days with their events and the reminders due on them, and carries out
@@ -54,7 +57,8 @@ struct CalendarStoreServices {
 ///
 /// Changes are written to the database at once, recurring events in the one occurrence shown, and end with a
 /// completion that is called exactly once, on a later turn, with the failure if there was one; it may be
-/// empty. It is not called when the store is gone by then; the change is carried out all the same.
+/// empty. It is not called when the store is gone by then; the change is carried out all the same. A change
+/// that has been written is recorded with what takes it back and what makes it again.
 ///
 /// Thread: main.
 class CalendarStore : public QObject {
@@ -93,8 +97,8 @@ class CalendarStore : public QObject {
     [[nodiscard]] QList<CalendarEventItem> upcomingEvents() const;
     /// The first timed event that starts after now, of those shown.
     [[nodiscard]] std::optional<CalendarEventItem> nextEvent() const;
-    /// The sentence for the person where not everything could be shown; what is left out is what is farthest from
-    /// today.
+    /// The sentence for the person where not everything could be shown; what is left out is what is farthest
+    /// from today.
     [[nodiscard]] std::optional<TextPair> shortage() const;
     /// True while a load is under way; not while loadMore() is.
     [[nodiscard]] bool isLoading() const;

@@ -1,5 +1,6 @@
 #include "calendar/CalendarRows.h"
 #include "calendar/CalendarStorePrivate.h"
+#include "eventkit/EKErrors.h"
 #include "foundation/NotificationCenter.h"
 
 #include <algorithm>
@@ -38,16 +39,17 @@ void CalendarStore::Private::findEvent(const CalendarEventItem& row,
 }
 
 void CalendarStore::Private::save(const EKEventRef& event, const char* notification,
-                                  const Completion& completion) {
+                                  const RecordedChangeRef& recorded, const Completion& completion) {
     services.eventStore.save(
         event, EKSpan::thisEvent,
-        whileAlive(
-            [notification, completion](Private& self, const tl::expected<EKSaveResult, EKError>& result) {
-                if (result)
-                    self.changed(notification, completion);
-                else if (completion)
-                    completion(tl::unexpected(CalendarError::from(result.error())));
-            }));
+        whileAlive([notification, completion, recorded, identifier = event->data.calendarItemIdentifier](
+                       Private& self, const tl::expected<EKSaveResult, EKError>& result) {
+            self.endAction(recorded, identifier, result);
+            if (result)
+                self.changed(notification, completion);
+            else if (completion)
+                completion(tl::unexpected(CalendarError::from(result.error())));
+        }));
 }
 
 void CalendarStore::Private::fail(const Completion& completion, const CalendarError& error) {
@@ -72,13 +74,16 @@ void CalendarStore::Private::removed(const CalendarEventItem& row, const Complet
 }
 
 EKEventStore::SaveCompletion CalendarStore::Private::removalEnd(const CalendarEventItem& row,
+                                                                const RecordedChangeRef& recorded,
                                                                 const Completion& completion) {
-    return whileAlive([row, completion](Private& self, const tl::expected<EKSaveResult, EKError>& result) {
-        if (result || result.error().code == EKError::Code::itemNotFound)
-            self.removed(row, completion);
-        else if (completion)
-            completion(tl::unexpected(CalendarError::from(result.error())));
-    });
+    return whileAlive(
+        [row, recorded, completion](Private& self, const tl::expected<EKSaveResult, EKError>& result) {
+            self.endAction(recorded, row.itemIdentifier, result);
+            if (result || result.error().code == EKError::Code::itemNotFound)
+                self.removed(row, completion);
+            else if (completion)
+                completion(tl::unexpected(CalendarError::from(result.error())));
+        });
 }
 
 std::vector<EKCalendar> CalendarStore::writableCalendars() const {
@@ -113,7 +118,11 @@ void CalendarStore::createEvent(const NewCalendarEvent& event, const Completion&
         data->calendarIdentifier = calendar->calendarIdentifier;
     const auto created = std::make_shared<EKEvent>();
     created->data = std::move(*data);
-    d_->save(created, eventCreatedNotification, completion);
+    const auto recorded =
+        d_->beginAction(text("Create event", "Créer l’événement"),
+                        Private::outcomeOf(text("“%1” added", "« %1 » ajouté"), created->data.title,
+                                           Private::OutcomeSubject::whole));
+    d_->save(created, eventCreatedNotification, recorded, completion);
 }
 
 void CalendarStore::loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion) {
@@ -141,15 +150,21 @@ void CalendarStore::updateEvent(const CalendarEventItem& row, const CalendarEven
         d_->fail(completion, valid.error());
         return;
     }
-    d_->findEvent(row,
-                  [calendar, valid = std::move(*valid), completion](Private& self, const EKEventRef& event) {
-                      if (!event) {
-                          self.fail(completion, {ErrorCode::itemNotFound});
-                          return;
-                      }
-                      apply(valid, calendar, event->data);
-                      self.save(event, eventChangedNotification, completion);
-                  });
+    const auto recorded = d_->beginAction(
+        text("Edit event", "Modifier l’événement"),
+        Private::outcomeOf(text("“%1” changed", "« %1 » modifié"), valid->title,
+                           row.isRecurring && !row.isReminder ? Private::OutcomeSubject::oneOfSeries
+                                                              : Private::OutcomeSubject::whole));
+    d_->findEvent(row, [calendar, valid = std::move(*valid), recorded, completion](Private& self,
+                                                                                   const EKEventRef& event) {
+        if (!event) {
+            self.endAction(recorded, {}, tl::unexpected(itemNotFoundError()));
+            self.fail(completion, {ErrorCode::itemNotFound});
+            return;
+        }
+        apply(valid, calendar, event->data);
+        self.save(event, eventChangedNotification, recorded, completion);
+    });
 }
 
 void CalendarStore::deleteItem(const CalendarEventItem& row, const Completion& completion) {
@@ -157,22 +172,33 @@ void CalendarStore::deleteItem(const CalendarEventItem& row, const Completion& c
         d_->fail(completion, {ErrorCode::notAuthorized});
         return;
     }
+    const auto recorded = d_->beginAction(
+        row.isReminder ? text("Delete reminder", "Supprimer le rappel")
+                       : text("Delete event", "Supprimer l’événement"),
+        Private::outcomeOf(text("“%1” deleted", "« %1 » supprimé"), row.title,
+                           row.isRecurring && !row.isReminder ? Private::OutcomeSubject::oneOfSeries
+                                                              : Private::OutcomeSubject::whole));
     if (row.isReminder) {
         const auto reminder =
             d_->services.eventStore.calendarItem(reminderIdentifier(row.id).value_or(QString()));
-        const auto end = d_->removalEnd(row, completion);
-        if (reminder)
-            d_->services.eventStore.remove(reminder, end);
-        else
-            d_->services.scheduler.post(
-                d_->whileAlive([row, completion](Private& self) { self.removed(row, completion); }));
+        if (reminder) {
+            d_->services.eventStore.remove(reminder, d_->removalEnd(row, recorded, completion));
+            return;
+        }
+        d_->services.scheduler.post(d_->whileAlive([row, recorded, completion](Private& self) {
+            self.endAction(recorded, {}, tl::unexpected(itemNotFoundError()));
+            self.removed(row, completion);
+        }));
         return;
     }
-    d_->findEvent(row, [row, completion](Private& self, const EKEventRef& event) {
-        if (event)
-            self.services.eventStore.remove(event, EKSpan::thisEvent, self.removalEnd(row, completion));
-        else
-            self.removed(row, completion);
+    d_->findEvent(row, [row, recorded, completion](Private& self, const EKEventRef& event) {
+        if (event) {
+            self.services.eventStore.remove(event, EKSpan::thisEvent,
+                                            self.removalEnd(row, recorded, completion));
+            return;
+        }
+        self.endAction(recorded, {}, tl::unexpected(itemNotFoundError()));
+        self.removed(row, completion);
     });
 }
 

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <type_traits>
@@ -84,15 +85,35 @@ class CalendarStore::Private : public std::enable_shared_from_this<Private> {
 
     /// Hands over the event behind a row on a later turn; null when there is none.
     void findEvent(const CalendarEventItem& row, std::function<void(Private&, const EKEventRef&)> done);
-    void save(const EKEventRef& event, const char* notification, const Completion& completion);
+    struct RecordedChange;
+    using RecordedChangeRef = std::shared_ptr<RecordedChange>;
+    void save(const EKEventRef& event, const char* notification, const RecordedChangeRef& recorded,
+              const Completion& completion);
     /// The end of every successful change.
     void changed(const char* notification, const Completion& completion);
     /// The end of every successful removal: the row goes at once, the load follows.
     void removed(const CalendarEventItem& row, const Completion& completion);
-    [[nodiscard]] EKEventStore::SaveCompletion removalEnd(const CalendarEventItem& row,
-                                                          const Completion& completion);
+    [[nodiscard]] EKEventStore::SaveCompletion
+    removalEnd(const CalendarEventItem& row, const RecordedChangeRef& recorded, const Completion& completion);
     /// Hands over a failure on a later turn.
     void fail(const Completion& completion, const CalendarError& error);
+
+    // What can be taken back
+
+    enum class OutcomeSubject { whole, oneOfSeries };
+    /// The sentence with the title in it, and with the words for one occurrence of a series.
+    [[nodiscard]] static TextPair outcomeOf(const TextPair& sentence, const QString& title,
+                                            OutcomeSubject subject);
+    /// For a change that is about to be written.
+    [[nodiscard]] RecordedChangeRef beginAction(const TextPair& title, const TextPair& outcome);
+    /// Records it, if it was written. `identifier` is the one it was asked for with.
+    void endAction(const RecordedChangeRef& recorded, const QString& identifier,
+                   const tl::expected<EKSaveResult, EKError>& result);
+    /// Takes the change back, or makes it again.
+    void replay(const RecordedChangeRef& recorded,
+                const std::function<void(tl::expected<void, EKError>)>& done);
+    /// What recorded changes call an item by, whatever its identifier becomes.
+    [[nodiscard]] std::shared_ptr<QString> referenceTo(const QString& identifier);
 
     CalendarStore& q;
     CalendarStoreServices services;
@@ -116,6 +137,7 @@ class CalendarStore::Private : public std::enable_shared_from_this<Private> {
     CalendarMode shownMode = CalendarMode::compact;
     ScheduledTask reloadDebounceTask;
     ScheduledTask changeTask;
+    std::map<QString, std::weak_ptr<QString>> references;
     std::vector<Subscription> observers;
 };
 

@@ -13,6 +13,7 @@ struct ReminderStore::HistoryReference {
 struct ReminderStore::RecordedChange {
     ChangeKind kind = ChangeKind::edit;
     TextPair title;
+    ReminderActionHistory::Outcome outcome;
     HistoryReferenceRef reminder;
     /// The number of the history's action while the change is being written; unused by completions.
     std::optional<int> action;
@@ -22,7 +23,7 @@ struct ReminderStore::RecordedChange {
     bool isUnderWay = false;
     std::vector<std::function<void()>> waiting;
     /// What the next replay takes back; null when nothing was written.
-    std::shared_ptr<const EKReminderChange> change;
+    std::shared_ptr<const EKItemChange> change;
     bool isTakenBack = false;
     std::optional<QString> completedCopy;
     /// The manual order before the change.

@@ -1,5 +1,7 @@
 #include "reminders/ReminderActionHistory.h"
 
+#include "preferences/ProgramNames.h"
+
 #include <QPointer>
 
 #include <algorithm>
@@ -42,13 +44,25 @@ std::span<const ReminderActionHistory::Entry> ReminderActionHistory::undoEntries
     return all.last(std::min(all.size(), capacity));
 }
 
-std::optional<QUuid> ReminderActionHistory::record(const TextPair& title, Operation undo, Operation redo) {
-    return add({QUuid::createUuid(), title, clock_.now(), std::move(undo), std::move(redo)});
+std::optional<QUuid> ReminderActionHistory::record(const TextPair& title, Operation undo, Operation redo,
+                                                   Outcome outcome) {
+    return add({.id = QUuid::createUuid(),
+                .title = title,
+                .createdAt = clock_.now(),
+                .undo = std::move(undo),
+                .redo = std::move(redo),
+                .outcome = std::move(outcome)});
 }
 
 std::optional<QUuid> ReminderActionHistory::recordPending(const TextPair& title, Operation undo,
-                                                          Operation redo) {
-    return add({QUuid::createUuid(), title, clock_.now(), std::move(undo), std::move(redo), true});
+                                                          Operation redo, Outcome outcome) {
+    return add({.id = QUuid::createUuid(),
+                .title = title,
+                .createdAt = clock_.now(),
+                .undo = std::move(undo),
+                .redo = std::move(redo),
+                .isPending = true,
+                .outcome = std::move(outcome)});
 }
 
 std::optional<QUuid> ReminderActionHistory::add(Entry entry) {
@@ -76,6 +90,18 @@ void ReminderActionHistory::confirm(const QUuid& id) {
     trim();
     scheduleExpiry();
     Q_EMIT entriesChanged();
+}
+
+void ReminderActionHistory::setOutcome(const QUuid& id, const Outcome& outcome) {
+    for (Entries* entries : {&undoEntries_, &redoEntries_}) {
+        const auto entry = std::find_if(entries->begin(), entries->end(),
+                                        [&](const Entry& candidate) { return candidate.id == id; });
+        if (entry == entries->end())
+            continue;
+        entry->outcome = outcome;
+        Q_EMIT entriesChanged();
+        return;
+    }
 }
 
 void ReminderActionHistory::trim() {
@@ -147,14 +173,14 @@ void ReminderActionHistory::scheduleExpiry() {
                                     [this] { removeExpired(); });
 }
 
-void ReminderActionHistory::undo(Done done) {
+void ReminderActionHistory::undo(Done done, const std::optional<QUuid>& only) {
     ask({&ReminderActionHistory::undoEntries_, &ReminderActionHistory::redoEntries_, &Entry::undo,
-         std::move(done)});
+         std::move(done), only});
 }
 
-void ReminderActionHistory::redo(Done done) {
+void ReminderActionHistory::redo(Done done, const std::optional<QUuid>& only) {
     ask({&ReminderActionHistory::redoEntries_, &ReminderActionHistory::undoEntries_, &Entry::redo,
-         std::move(done)});
+         std::move(done), only});
 }
 
 void ReminderActionHistory::ask(Replay replay) {
@@ -187,7 +213,7 @@ void ReminderActionHistory::replayNext() {
 void ReminderActionHistory::begin(Replay replay) {
     removeExpired();
     Entries& entries = this->*replay.from;
-    if (entries.empty()) {
+    if (entries.empty() || (replay.only && *replay.only != entries.back().id)) {
         if (replay.done)
             replay.done({});
         return;
@@ -242,7 +268,7 @@ TextPair ReminderActionHistory::failureTitle() {
 }
 
 TextPair ReminderActionHistory::failureText() {
-    return text("The Reminders app rejected the change.", "L’app Rappels a refusé la modification.");
+    return programTexts::changeRejected();
 }
 
 }  // namespace kestrant

@@ -29,8 +29,16 @@ class ReminderActionHistory : public QObject {
     /// Calls its argument exactly once, within the call or later, when the operation has ended.
     using Operation = std::function<void(Done)>;
 
+    /// What is said of an action, as sentences: when it was done, and when it was taken back. Empty where
+    /// there is nothing to say.
+    struct Outcome {
+        TextPair done;
+        TextPair undone;
+    };
+
     struct Entry {
         QUuid id;
+        /// A short verb phrase, for menus and tooltips.
         TextPair title;
         Instant createdAt;
         Operation undo;
@@ -39,6 +47,7 @@ class ReminderActionHistory : public QObject {
         bool isPending = false;
         /// The person has been told that somebody else has changed what it would replay.
         bool isBlocked = false;
+        Outcome outcome = {};
     };
     enum class ActionEnd { succeeded, failed };
 
@@ -56,12 +65,15 @@ class ReminderActionHistory : public QObject {
 
     /// Adds an action that can be taken back; what was undone can no longer be redone. Gives the entry's id;
     /// absent when nothing was recorded because an entry is being replayed.
-    std::optional<QUuid> record(const TextPair& title, Operation undo, Operation redo);
+    std::optional<QUuid> record(const TextPair& title, Operation undo, Operation redo, Outcome outcome = {});
     /// The same for an action that was asked for and is yet to happen. What it would displace or forfeit is
     /// lost when it is confirmed, and not when it is withdrawn.
-    std::optional<QUuid> recordPending(const TextPair& title, Operation undo, Operation redo);
+    std::optional<QUuid> recordPending(const TextPair& title, Operation undo, Operation redo,
+                                       Outcome outcome = {});
     /// The action has happened. Does nothing when its entry was replayed or has gone meanwhile.
     void confirm(const QUuid& id);
+    /// More is known of what an action did.
+    void setOutcome(const QUuid& id, const Outcome& outcome);
     /// Withdraws an entry whose action did not happen after all.
     void remove(const QUuid& id);
 
@@ -75,9 +87,9 @@ class ReminderActionHistory : public QObject {
     /// Takes the last action back, or does the last undone one again; nothing happens when there is none. On
     /// failure the entry stays where it was. One that fails again because somebody else has changed or
     /// removed what it would replay is dropped, and the one below it is replayed instead. `done` may be
-    /// empty, and may be called within the call.
-    void undo(Done done = {});
-    void redo(Done done = {});
+    /// empty, and may be called within the call. With `only`, nothing happens unless that entry is the one.
+    void undo(Done done = {}, const std::optional<QUuid>& only = {});
+    void redo(Done done = {}, const std::optional<QUuid>& only = {});
 
     /// Drops all entries: what they would take back is out of reach. One that is being replayed ends.
     void clear();
@@ -101,6 +113,7 @@ class ReminderActionHistory : public QObject {
         Entries ReminderActionHistory::*to;
         Operation Entry::*operation;
         Done done;
+        std::optional<QUuid> only;
         /// The last action begun before it was asked for.
         int behind = 0;
     };

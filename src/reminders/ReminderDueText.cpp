@@ -15,16 +15,19 @@ QString dayInWords(QDate day, QDate today, bool includesTime, Language language)
         return text("Yesterday", "Hier").in(language);
     if (!includesTime && (days == 14 || days == 21 || days == 28))
         return text("In %1 weeks", "Dans %1 semaines").in(language).arg(days / 7);
-    const QLocale locale = language == Language::french ? QLocale(QLocale::French, QLocale::France)
-                                                        : QLocale(QLocale::English, QLocale::UnitedStates);
-    const bool thisYear = day.year() == today.year();
-    QString words =
-        locale.toString(day, thisYear ? QStringLiteral("ddd d MMM") : QStringLiteral("ddd d MMM yyyy"));
+    QString words = dateInWords(day, today, language);
     words[0] = words[0].toUpper();
     return words;
 }
 
 }  // namespace
+
+QString dateInWords(QDate day, QDate today, Language language) {
+    const QLocale locale = language == Language::french ? QLocale(QLocale::French, QLocale::France)
+                                                        : QLocale(QLocale::English, QLocale::UnitedStates);
+    const bool thisYear = day.year() == today.year();
+    return locale.toString(day, thisYear ? QStringLiteral("ddd d MMM") : QStringLiteral("ddd d MMM yyyy"));
+}
 
 QString reminderDueText(Instant dueDate, bool includesTime, Instant now, const ZoneCalendar& calendar,
                         Language language, ClockHours hours) {

@@ -4,6 +4,7 @@
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
 
+#include <QDate>
 #include <QString>
 
 namespace kestrant {
@@ -15,5 +16,8 @@ namespace kestrant {
 [[nodiscard]] QString reminderDueText(Instant dueDate, bool includesTime, Instant now,
                                       const ZoneCalendar& calendar, Language language,
                                       ClockHours hours = ClockHours::twentyFour);
+
+/// The day alone, whatever day it is: "Mon 23 Nov", "lun. 23 nov.", with the year where it is not this one.
+[[nodiscard]] QString dateInWords(QDate day, QDate today, Language language);
 
 }  // namespace kestrant

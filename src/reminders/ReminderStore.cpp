@@ -6,6 +6,7 @@
 #include "preferences/PreferenceKeys.h"
 #include "reminders/ReminderConversion.h"
 #include "reminders/ReminderManualOrder.h"
+#include "reminders/ReminderOutcomes.h"
 
 #include <QPointer>
 
@@ -339,8 +340,10 @@ void ReminderStore::setSortMode(ReminderSortMode mode) {
         return;
     applySortMode(mode);
     record(
-        text("Change sort order", "Changer le tri"), [this, before] { applySortMode(before); },
-        [this, mode] { applySortMode(mode); });
+        text("Change sort order", "Changer le tri"),
+        {QStringLiteral("Sorted: %1").arg(title(mode).english),
+         QStringLiteral("Tri : %1").arg(title(mode).french)},
+        [this, before] { applySortMode(before); }, [this, mode] { applySortMode(mode); });
 }
 
 void ReminderStore::applySortMode(ReminderSortMode mode) {
@@ -352,7 +355,7 @@ void ReminderStore::applySortMode(ReminderSortMode mode) {
     recompute();
 }
 
-void ReminderStore::commitManualOrder(const QStringList& ids) {
+void ReminderStore::commitManualOrder(const QStringList& ids, const QString& moved) {
     QStringList arranged;
     for (const QString& id : ids)
         arranged.append(currentID(id));
@@ -360,10 +363,17 @@ void ReminderStore::commitManualOrder(const QStringList& ids) {
     const Placement after{mergedManualOrder(manualOrderIDs_, arranged), ReminderSortMode::manual};
     if (after.ids == before.ids && after.mode == before.mode)
         return;
+    const ReminderTask* dragged = task(moved);
+    const QString title = dragged ? dragged->title : QString();
+    const bool switches = after.mode != before.mode;
     applyPlacement(after);
     record(
-        text("Move reminder", "Déplacer le rappel"), [this, before] { restorePlacement(before); },
-        [this, after] { restorePlacement(after); });
+        text("Move reminder", "Déplacer le rappel"),
+        outcomeText(switches
+                        ? text("“%1” moved · now in manual order", "« %1 » déplacé · ordre manuel désormais")
+                        : text("“%1” moved", "« %1 » déplacé"),
+                    title),
+        [this, before] { restorePlacement(before); }, [this, after] { restorePlacement(after); });
 }
 
 void ReminderStore::restorePlacement(const Placement& placement) {

@@ -180,6 +180,8 @@ class ReminderStore : public QObject {
                     const std::optional<ReminderAlertSchedule>& alert, Completion completion);
     /// Also removes the alert and the repetition.
     void clearDueDate(const QString& id, Completion completion);
+    /// The same, as the calendar's action.
+    void removeFromCalendar(const QString& id, Completion completion);
     void move(const QString& id, const QString& listID, Completion completion);
     void remove(const QString& id, Completion completion);
     /// Flags or unflags at once. The completion tells whether that reached the database; the flag stays as it
@@ -197,8 +199,9 @@ class ReminderStore : public QObject {
     void commitPendingCompletions(std::function<void()> done);
 
     /// The order after a drag: the ids of the tasks that were on show, first to last. Tasks that were hidden
-    /// keep their places. Written to the preferences and recorded in the history.
-    void commitManualOrder(const QStringList& ids);
+    /// keep their places. Written to the preferences and recorded in the history. `moved` is the one that was
+    /// dragged, for what is said of it.
+    void commitManualOrder(const QStringList& ids, const QString& moved = {});
 
     void reveal(const QString& id);
 
@@ -260,7 +263,8 @@ class ReminderStore : public QObject {
     void applySortMode(ReminderSortMode mode);
     void applyPlacement(const Placement& placement);
     void restorePlacement(const Placement& placement);
-    void record(const TextPair& title, std::function<void()> undo, std::function<void()> redo);
+    void record(const TextPair& title, const TextPair& outcome, std::function<void()> undo,
+                std::function<void()> redo);
     [[nodiscard]] ReminderPresent present() const;
 
     struct RecordedChange;
@@ -270,8 +274,11 @@ class ReminderStore : public QObject {
     using HistoryReferenceRef = std::shared_ptr<HistoryReference>;
     [[nodiscard]] HistoryReferenceRef referenceTo(const QString& id);
     /// For the history's entry of a change whose write begins now.
-    RecordedChangeRef recordChange(ChangeKind kind, const TextPair& title, const QString& id);
+    RecordedChangeRef recordChange(ChangeKind kind, const TextPair& title, const TextPair& outcome,
+                                   const QString& id);
     RecordedChangeRef recordCompletion(const QString& id);
+    /// When the reminder is due, in words.
+    [[nodiscard]] std::optional<TextPair> dueInWords(const EKReminderData& reminder) const;
     [[nodiscard]] RecordedChangeRef newRecordedChange(ChangeKind kind, const QString& id);
     void endRecording(const RecordedChangeRef& recorded, const tl::expected<EKSaveResult, EKError>& result);
     /// Ends it at once, or when it is known what became of the change.
@@ -287,8 +294,11 @@ class ReminderStore : public QObject {
     /// What a reminder is called now, if undoing its removal gave it a new identifier.
     [[nodiscard]] QString currentID(const QString& id) const;
 
+    /// What is said of the edited reminder.
+    using Describe = std::function<TextPair(const EKReminderData& edited)>;
     /// Looks the reminder up, edits it and saves it.
-    void change(const TextPair& title, const QString& id, const Edit& edit, Completion completion);
+    void change(const TextPair& title, const QString& id, const Edit& edit, const Describe& describe,
+                Completion completion);
     void saveNew(const NewReminder& reminder, const EKCalendar& list, CreationCompletion completion);
     void makeInitialList(const NewReminder& reminder, CreationCompletion completion);
     void answer(const Completion& completion, tl::expected<void, ReminderStoreError> result);

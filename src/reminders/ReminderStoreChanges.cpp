@@ -2,6 +2,7 @@
 #include "preferences/Localization.h"
 #include "reminders/RecordedChange.h"
 #include "reminders/ReminderConversion.h"
+#include "reminders/ReminderOutcomes.h"
 
 #include <QPointer>
 
@@ -32,6 +33,10 @@ tl::expected<QString, ReminderStoreError> titleToWrite(const QString& wanted, co
 bool asksForMissingDueDate(const std::optional<Instant>& dueDate, bool includesTime,
                            const std::optional<ReminderAlertSchedule>& schedule) {
     return !dueDate && (includesTime || schedule);
+}
+
+TextPair editOutcome(const EKReminderData& edited) {
+    return outcomeText(text("“%1” changed", "« %1 » modifié"), edited.title);
 }
 
 }  // namespace
@@ -96,7 +101,7 @@ void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
     const auto reminder = std::make_shared<EKReminder>(services_.eventStore);
     const ZoneCalendar calendar = services_.calendar.calendar();
     reminder->data.title = wanted.title;
-    reminder->data.priority = servicePriority(wanted.priority);
+    reminder->data.priority = wanted.priority ? servicePriority(*wanted.priority) : 0;
     reminder->data.calendarIdentifier = list.calendarIdentifier;
     if (wanted.dueDate)
         applyDueDate(reminder->data,
@@ -104,7 +109,8 @@ void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
                      wanted.dueAlertSchedule, calendar);
     applyRepeat(reminder->data, wanted.repeat);
     const RecordedChangeRef recorded =
-        recordChange(ChangeKind::creation, text("Create reminder", "Créer le rappel"), QString());
+        recordChange(ChangeKind::creation, text("Create reminder", "Créer le rappel"),
+                     outcomeText(text("“%1” added", "« %1 » ajouté"), wanted.title), QString());
     beginActivity();
     services_.eventStore.save(
         reminder, [self = QPointer(this), recorded, isFlagged = wanted.isFlagged,
@@ -152,13 +158,13 @@ void ReminderStore::answer(const Completion& completion, tl::expected<void, Remi
 }
 
 void ReminderStore::change(const TextPair& title, const QString& id, const Edit& edit,
-                           Completion completion) {
+                           const Describe& describe, Completion completion) {
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     if (!reminder)
         return answer(completion, failure(Code::reminderNotFound));
     if (auto edited = edit(reminder->data); !edited)
         return answer(completion, std::move(edited));
-    const RecordedChangeRef recorded = recordChange(ChangeKind::edit, title, id);
+    const RecordedChangeRef recorded = recordChange(ChangeKind::edit, title, describe(reminder->data), id);
     beginActivity();
     services_.eventStore.save(reminder,
                               [self = QPointer(this), recorded, id, completion = std::move(completion)](
@@ -204,7 +210,7 @@ void ReminderStore::edit(const QString& id, const ReminderEditDetails& details,
                 applyRepeat(reminder, *repeat);
             return {};
         },
-        std::move(completion));
+        editOutcome, std::move(completion));
 }
 
 void ReminderStore::rename(const QString& id, const QString& title, Completion completion) {
@@ -217,7 +223,7 @@ void ReminderStore::rename(const QString& id, const QString& title, Completion c
             reminder.title = *std::move(toWrite);
             return {};
         },
-        std::move(completion));
+        editOutcome, std::move(completion));
 }
 
 void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includesTime, Completion completion) {
@@ -237,6 +243,9 @@ void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includes
                          alert, calendar);
             return {};
         },
+        [this](const EKReminderData& edited) {
+            return reschedulingOutcome(edited.title, dueInWords(edited));
+        },
         std::move(completion));
 }
 
@@ -246,6 +255,23 @@ void ReminderStore::clearDueDate(const QString& id, Completion completion) {
         [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
             applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
             return {};
+        },
+        [this](const EKReminderData& edited) {
+            return reschedulingOutcome(edited.title, dueInWords(edited));
+        },
+        std::move(completion));
+}
+
+void ReminderStore::removeFromCalendar(const QString& id, Completion completion) {
+    change(
+        text("Remove from calendar", "Retirer du calendrier"), id,
+        [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
+            return {};
+        },
+        [](const EKReminderData& edited) {
+            return outcomeText(text("“%1” removed from the calendar", "« %1 » retiré du calendrier"),
+                               edited.title);
         },
         std::move(completion));
 }
@@ -259,6 +285,11 @@ void ReminderStore::move(const QString& id, const QString& listID, Completion co
             reminder.calendarIdentifier = listID;
             return {};
         },
+        [this](const EKReminderData& edited) {
+            const QString list = listTitleOf(edited).value_or(QString());
+            return outcomeText(text("“%1” moved to %2", "« %1 » déplacé vers « %2 »"), edited.title,
+                               {list, list});
+        },
         std::move(completion));
 }
 
@@ -267,7 +298,8 @@ void ReminderStore::remove(const QString& id, Completion completion) {
     if (!reminder)
         return answer(completion, failure(Code::reminderNotFound));
     const RecordedChangeRef recorded =
-        recordChange(ChangeKind::removal, text("Delete reminder", "Supprimer le rappel"), id);
+        recordChange(ChangeKind::removal, text("Delete reminder", "Supprimer le rappel"),
+                     outcomeText(text("“%1” deleted", "« %1 » supprimé"), reminder->data.title), id);
     beginActivity();
     services_.eventStore.remove(reminder,
                                 [self = QPointer(this), recorded, id, completion = std::move(completion)](

@@ -1,4 +1,5 @@
 #include "reminders/RecordedChange.h"
+#include "reminders/ReminderOutcomes.h"
 
 #include <QPointer>
 
@@ -40,7 +41,8 @@ void ReminderStore::toggleFlag(const QString& id, Completion completion) {
 
 void ReminderStore::setFlagged(const QString& id, bool flag, Completion completion) {
     const bool isNews = flags_.index().isFlagged(id) != flag;
-    if (isNews && services_.history && services_.eventStore.calendarItem(id)) {
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    if (isNews && services_.history && reminder) {
         const auto operation = [self = QPointer(this), reference = referenceTo(id)](bool wanted) {
             return [self, reference, wanted](const Done& done) {
                 if (self)
@@ -49,9 +51,12 @@ void ReminderStore::setFlagged(const QString& id, bool flag, Completion completi
                     done({});
             };
         };
-        services_.history->record(flag ? text("Flag reminder", "Ajouter un drapeau")
-                                       : text("Remove flag", "Retirer le drapeau"),
-                                  operation(!flag), operation(flag));
+        services_.history->record(
+            flag ? text("Flag reminder", "Ajouter un drapeau") : text("Remove flag", "Retirer le drapeau"),
+            operation(!flag), operation(flag),
+            {.done = outcomeText(flag ? text("“%1” flagged", "« %1 » marqué")
+                                      : text("“%1” no longer flagged", "« %1 » n’est plus marqué"),
+                                 reminder->data.title)});
     }
     applyFlag(id, flag, std::move(completion));
 }

@@ -1,7 +1,9 @@
 #include "foundation/UserDefaults.h"
+#include "preferences/Localization.h"
 #include "preferences/PreferenceKeys.h"
 #include "reminders/RecordedChange.h"
 #include "reminders/ReminderManualOrder.h"
+#include "reminders/ReminderOutcomes.h"
 
 #include <QPointer>
 
@@ -18,7 +20,8 @@ constexpr Duration reconciliationDelay = 150ms;
 
 }  // namespace
 
-void ReminderStore::record(const TextPair& title, std::function<void()> undo, std::function<void()> redo) {
+void ReminderStore::record(const TextPair& title, const TextPair& outcome, std::function<void()> undo,
+                           std::function<void()> redo) {
     if (!services_.history)
         return;
     const auto operation = [self = QPointer(this)](std::function<void()> work) {
@@ -28,7 +31,8 @@ void ReminderStore::record(const TextPair& title, std::function<void()> undo, st
             done({});
         };
     };
-    services_.history->record(title, operation(std::move(undo)), operation(std::move(redo)));
+    services_.history->record(title, operation(std::move(undo)), operation(std::move(redo)),
+                              {.done = outcome});
 }
 
 ReminderStore::HistoryReferenceRef ReminderStore::referenceTo(const QString& id) {
@@ -51,9 +55,10 @@ ReminderStore::RecordedChangeRef ReminderStore::newRecordedChange(ChangeKind kin
 }
 
 ReminderStore::RecordedChangeRef ReminderStore::recordChange(ChangeKind kind, const TextPair& title,
-                                                             const QString& id) {
+                                                             const TextPair& outcome, const QString& id) {
     RecordedChangeRef recorded = newRecordedChange(kind, id);
     recorded->title = title;
+    recorded->outcome.done = outcome;
     if (services_.history)
         recorded->action = services_.history->beginAction();
     return recorded;
@@ -92,8 +97,10 @@ ReminderStore::RecordedChangeRef ReminderStore::recordCompletion(const QString& 
         self->setPendingCompletion(recorded->reminder->identifier, true);
         self->commitCompletion(recorded->reminder->identifier, done, recorded);
     };
-    recorded->entry =
-        services_.history->recordPending(text("Complete reminder", "Terminer le rappel"), undo, redo);
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    recorded->entry = services_.history->recordPending(
+        text("Complete reminder", "Terminer le rappel"), undo, redo,
+        completionOutcome(reminder ? reminder->data.title : QString(), std::nullopt));
     return recorded;
 }
 
@@ -105,12 +112,18 @@ void ReminderStore::endRecording(const RecordedChangeRef& recorded,
         recorded->completedCopy = result->completedCopyIdentifier;
         follow(*recorded, result->calendarItemIdentifier);
     }
-    if (!recorded->change)
+    if (!recorded->change) {
         withdraw(recorded);
-    else if (recorded->entry)
+    } else if (recorded->entry) {
+        // A repeating reminder now is at its next date.
+        const auto next = services_.eventStore.calendarItem(recorded->reminder->identifier);
+        if (recorded->completedCopy && next)
+            services_.history->setOutcome(*recorded->entry,
+                                          completionOutcome(next->data.title, dueInWords(next->data)));
         services_.history->confirm(*recorded->entry);
-    else if (recorded->action)
-        services_.history->record(recorded->title, replayOf(recorded), replayOf(recorded));
+    } else if (recorded->action) {
+        services_.history->record(recorded->title, replayOf(recorded), replayOf(recorded), recorded->outcome);
+    }
     for (const auto& waiting : std::exchange(recorded->waiting, {}))
         waiting();
     using End = ReminderActionHistory::ActionEnd;
@@ -131,6 +144,11 @@ void ReminderStore::endRecordingOnceKnown(const RecordedChangeRef& recorded, con
                 self->reconciler_.note(known->calendarItemIdentifier, ReminderCompletionState::deleted());
             self->reload();
         });
+}
+
+std::optional<TextPair> ReminderStore::dueInWords(const EKReminderData& reminder) const {
+    return kestrant::dueInWords(reminder, services_.clock.now(), services_.calendar.calendar(),
+                                services_.localization.clockHours());
 }
 
 void ReminderStore::withdraw(const RecordedChangeRef& recorded) {

@@ -41,25 +41,53 @@ QString HistoryViewModel::redoText() const {
 }
 
 void HistoryViewModel::undo() {
-    history_.undo([self = QPointer(this)](const tl::expected<void, ReminderStoreError>& result) {
-        if (self)
-            self->finish(result.has_value());
-    });
+    undoOffered({});
 }
 
 void HistoryViewModel::redo() {
-    history_.redo([self = QPointer(this)](const tl::expected<void, ReminderStoreError>& result) {
-        if (self)
-            self->finish(result.has_value());
-    });
+    redoOffered({});
 }
 
-void HistoryViewModel::finish(bool succeeded) {
-    if (succeeded)
+void HistoryViewModel::undoOffered(const QUuid& action) {
+    history_.undo(
+        [self = QPointer(this)](const Result& result) {
+            if (self)
+                self->finishUndo(result);
+        },
+        action.isNull() ? std::nullopt : std::optional(action));
+}
+
+void HistoryViewModel::redoOffered(const QUuid& action) {
+    history_.redo(
+        [self = QPointer(this)](const Result& result) {
+            if (self)
+                self->finishRedo(result);
+        },
+        action.isNull() ? std::nullopt : std::optional(action));
+}
+
+void HistoryViewModel::finishUndo(const Result& result) {
+    if (!result)
+        return fail();
+    Q_EMIT replayed();
+    if (history_.redoEntries().empty())
+        return;
+    const auto& entry = history_.redoEntries().back();
+    const QString sentence = localizer_(entry.outcome.undone);
+    if (!sentence.isEmpty())
+        Q_EMIT takenBack(sentence, entry.id);
+}
+
+void HistoryViewModel::finishRedo(const Result& result) {
+    if (result)
         Q_EMIT replayed();
     else
-        Q_EMIT failed(localizer_(ReminderActionHistory::failureTitle()),
-                      localizer_(ReminderActionHistory::failureText()));
+        fail();
+}
+
+void HistoryViewModel::fail() {
+    Q_EMIT failed(localizer_(ReminderActionHistory::failureTitle()),
+                  localizer_(ReminderActionHistory::failureText()));
 }
 
 void HistoryViewModel::followEntries() {
@@ -71,8 +99,24 @@ void HistoryViewModel::followEntries() {
     for (const auto& entry : history_.redoEntries())
         known_.insert(entry.id);
     Q_EMIT changed();
-    if (isNew)
-        Q_EMIT recorded(localizer_(entries.back().title));
+    if (isNew) {
+        offered_ = entries.back().id;
+        offer_.clear();
+    }
+    if (offered_.isNull())
+        return;
+    if (entries.empty() || entries.back().id != offered_) {
+        offered_ = {};
+        Q_EMIT withdrawn();
+        return;
+    }
+    const auto& entry = entries.back();
+    const QString sentence = localizer_(entry.outcome.done);
+    const QString offer = sentence.isEmpty() ? localizer_(entry.title) : sentence;
+    if (offer == offer_)
+        return;
+    offer_ = offer;
+    Q_EMIT recorded(offer_, offered_);
 }
 
 }  // namespace kestrant

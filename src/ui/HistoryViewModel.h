@@ -8,6 +8,8 @@
 #include <QString>
 #include <QUuid>
 
+#include <tl/expected.hpp>
+
 #include <vector>
 
 namespace kestrant {
@@ -15,6 +17,7 @@ namespace kestrant {
 class Localizer;
 class NotificationCenter;
 class ReminderActionHistory;
+struct ReminderStoreError;
 
 /// Taking back the last action and making it again. Thread: main.
 class HistoryViewModel : public QObject {
@@ -39,11 +42,19 @@ class HistoryViewModel : public QObject {
 
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
+    /// The same for the action that was offered, and no other: nothing happens when another one is next.
+    Q_INVOKABLE void undoOffered(const QUuid& action);
+    Q_INVOKABLE void redoOffered(const QUuid& action);
 
   Q_SIGNALS:
     void changed();
-    /// The person has just done something that can be taken back; its name.
-    void recorded(const QString& title);
+    /// The person has just done something that can be taken back; what it was, as a sentence. Told again when
+    /// more is known of what was offered last.
+    void recorded(const QString& sentence, const QUuid& action);
+    /// What was offered last can no longer be taken back, or made again.
+    void withdrawn();
+    /// An action has been taken back that can be made again; what it is like now, as a sentence.
+    void takenBack(const QString& sentence, const QUuid& action);
     /// The last action has been taken back, or made again.
     void replayed();
     /// Undo or redo was not possible.
@@ -51,12 +62,18 @@ class HistoryViewModel : public QObject {
 
   private:
     void followEntries();
-    void finish(bool succeeded);
+    using Result = tl::expected<void, ReminderStoreError>;
+    void finishUndo(const Result& result);
+    void finishRedo(const Result& result);
+    void fail();
 
     ReminderActionHistory& history_;
     Localizer& localizer_;
     /// The actions that were known when the entries last changed.
     QSet<QUuid> known_;
+    /// The action that was offered last, and what was said of it; null when that is over.
+    QUuid offered_;
+    QString offer_;
     std::vector<Subscription> subscriptions_;
 };
 

@@ -18,9 +18,10 @@ class ReminderStoreHistory : public ReminderStoreTest {
     /// How a replay ended, once everything that follows from it is over.
     std::optional<Code> undo() { return replay(&ReminderActionHistory::undo); }
     std::optional<Code> redo() { return replay(&ReminderActionHistory::redo); }
-    std::optional<Code> replay(void (ReminderActionHistory::*direction)(ReminderActionHistory::Done)) {
+    std::optional<Code> replay(void (ReminderActionHistory::*direction)(ReminderActionHistory::Done,
+                                                                        const std::optional<QUuid>&)) {
         Outcome end;
-        (history.*direction)(end.completion());
+        (history.*direction)(end.completion(), std::nullopt);
         scheduler.advance(1s);
         EXPECT_EQ(end.calls, 1);
         return end.error ? std::optional(end.error->code) : std::nullopt;

@@ -142,7 +142,7 @@ TEST(HostileText, IsReadInEveryViewAndAsksForNothing) {
     program.look("the question whether to delete");
     program.invoke("showMessage", {program.markup});
     program.look("a message");
-    Q_EMIT program.history.recorded(program.markup);
+    Q_EMIT program.history.recorded(program.markup, QUuid());
     program.look("an offer");
     QTest::mouseMove(&program.view, program.placeWithTip().toPoint());
     EXPECT_TRUE(turnUntil([] {
