@@ -111,7 +111,8 @@ struct NewReminder {
     std::optional<Instant> dueDate;
     bool dueDateIncludesTime = false;
     std::optional<ReminderAlertSchedule> dueAlertSchedule;
-    NewReminderPriority priority = NewReminderPriority::normal;
+    /// Absent for none.
+    std::optional<NewReminderPriority> priority = NewReminderPriority::normal;
     /// The list chosen in the form; absent leaves the choice to the store.
     std::optional<QString> listID;
     bool isFlagged = false;

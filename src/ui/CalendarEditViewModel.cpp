@@ -188,6 +188,18 @@ QString CalendarEditViewModel::reminderId(const QVariant& row) const {
     return row.value<CalendarEventItem>().itemIdentifier;
 }
 
+QString CalendarEditViewModel::titleOf(const QVariant& row) const {
+    return row.value<CalendarEventItem>().title;
+}
+
+bool CalendarEditViewModel::isRecurring(const QVariant& row) const {
+    return row.value<CalendarEventItem>().isRecurring;
+}
+
+QString CalendarEditViewModel::calendarTitleOf(const QVariant& row) const {
+    return row.value<CalendarEventItem>().calendarTitle;
+}
+
 QVariantList CalendarEditViewModel::calendars() const {
     return choices(store_.writableCalendars());
 }

@@ -70,6 +70,10 @@ class CalendarEditViewModel : public QObject {
 
     Q_INVOKABLE [[nodiscard]] bool isReminder(const QVariant& row) const;
     Q_INVOKABLE [[nodiscard]] QString reminderId(const QVariant& row) const;
+    Q_INVOKABLE [[nodiscard]] QString titleOf(const QVariant& row) const;
+    /// One date of several.
+    Q_INVOKABLE [[nodiscard]] bool isRecurring(const QVariant& row) const;
+    Q_INVOKABLE [[nodiscard]] QString calendarTitleOf(const QVariant& row) const;
     /// The calendars that take events, {id, title, color} each.
     Q_INVOKABLE [[nodiscard]] QVariantList calendars() const;
 

@@ -6,9 +6,9 @@
 
 namespace kestrant {
 
-/// The colour that stands for "all lists".
+/// What stands for "all lists": no list's colour.
 inline QColor allListsColor() {
-    return {0x0a, 0x84, 0xff};
+    return {0xc9, 0xcb, 0xd4};
 }
 
 /// A list's colour, grey where it has none (or there is no list).

@@ -16,6 +16,8 @@
 namespace kestrant {
 namespace {
 
+const QString noPriority = QStringLiteral("none");
+
 TextPair priorityTitle(NewReminderPriority priority) {
     switch (priority) {
     case NewReminderPriority::high:
@@ -77,7 +79,7 @@ void QuickAddViewModel::discard() {
     isFlagged_ = false;
     alert_.setSchedule(std::nullopt);
     repeat_ = ReminderRepeat::none;
-    priority_ = NewReminderPriority::normal;
+    priority_.reset();
     listID_.reset();
     dueDay_.setDay({});
     dueDay_.showMonthOfDay();
@@ -169,7 +171,7 @@ void QuickAddViewModel::understand() {
     if (line_.time != before.time)
         timeText_ = line_.time ? clockText(*line_.time, localizer_.clockHours()) : QString();
     if (line_.priority != before.priority)
-        priority_ = line_.priority.value_or(NewReminderPriority::normal);
+        priority_ = line_.priority;
     if (line_.listID != before.listID)
         listID_ = line_.listID;
 }
@@ -234,14 +236,14 @@ QVariantList QuickAddViewModel::repeats() const {
 }
 
 QString QuickAddViewModel::priority() const {
-    return rawValue(priority_);
+    return priority_ ? rawValue(*priority_) : noPriority;
 }
 
 void QuickAddViewModel::setPriority(const QString& raw) {
     const auto priority = newReminderPriority(raw);
-    if (!priority || *priority == priority_)
+    if ((!priority && raw != noPriority) || priority == priority_)
         return;
-    priority_ = *priority;
+    priority_ = priority;
     edited();
 }
 
@@ -250,7 +252,9 @@ QVariantList QuickAddViewModel::priorities() const {
         return QVariantMap{{QStringLiteral("rawValue"), rawValue(priority)},
                            {QStringLiteral("title"), localizer_(title)}};
     };
-    return {entry(NewReminderPriority::low, text("Low", "Basse")),
+    return {QVariantMap{{QStringLiteral("rawValue"), noPriority},
+                        {QStringLiteral("title"), localizer_(text("None", "Aucune"))}},
+            entry(NewReminderPriority::low, text("Low", "Basse")),
             entry(NewReminderPriority::normal, text("Medium", "Moyenne")),
             entry(NewReminderPriority::high, text("High", "Haute"))};
 }

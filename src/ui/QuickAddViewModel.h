@@ -33,9 +33,9 @@ class QuickAddViewModel : public QObject {
     /// {kind, words, spoken} each: what was understood, also for assistive technology; kind is "day", "time",
     /// "priority" or "list".
     Q_PROPERTY(QVariantList pieces READ pieces NOTIFY changed)
-    /// "high", "normal" or "low".
+    /// "none", "high", "normal" or "low".
     Q_PROPERTY(QString priority READ priority WRITE setPriority NOTIFY changed)
-    /// {rawValue, title} each, from low to high.
+    /// {rawValue, title} each, from none to high.
     Q_PROPERTY(QVariantList priorities READ priorities NOTIFY textsChanged)
     Q_PROPERTY(QString listId READ listId WRITE setListId NOTIFY changed)
     Q_PROPERTY(QString listTitle READ listTitle NOTIFY changed)
@@ -127,7 +127,8 @@ class QuickAddViewModel : public QObject {
     bool isFlagged_ = false;
     AlertPicker alert_;
     ReminderRepeat repeat_ = ReminderRepeat::none;
-    NewReminderPriority priority_ = NewReminderPriority::normal;
+    /// A priority that nobody has chosen is none.
+    std::optional<NewReminderPriority> priority_;
     std::optional<QString> listID_;
     DayPicker dueDay_;
     QString timeText_;

@@ -69,6 +69,7 @@ RemindersViewModel::RemindersViewModel(ReminderStore& store, const Clock& clock,
         updateContent();
     });
     connect(&store, &ReminderStore::filterCountsChanged, this, &RemindersViewModel::countsChanged);
+    connect(&store, &ReminderStore::completionRecordsChanged, this, &RemindersViewModel::hasCompletedChanged);
     connect(&store, &ReminderStore::isFlagLoadingChanged, this, &RemindersViewModel::flagSyncChanged);
     connect(&store, &ReminderStore::flagFilterErrorChanged, this, &RemindersViewModel::flagSyncChanged);
     connect(&store, &ReminderStore::sortModeChanged, this, &RemindersViewModel::sortModeChanged);
@@ -167,6 +168,10 @@ void RemindersViewModel::updateContent() {
         return;
     content_ = content;
     Q_EMIT contentChanged();
+}
+
+bool RemindersViewModel::hasCompleted() const {
+    return !store_.completionRecords().empty();
 }
 
 QString RemindersViewModel::failureText() const {
@@ -299,7 +304,7 @@ void RemindersViewModel::placeAt(const QString& taskId, int row) {
     if (from < 0 || row < 0 || row >= ids.size() || from == row)
         return;
     ids.move(from, row);
-    store_.commitManualOrder(ids);
+    store_.commitManualOrder(ids, taskId);
 }
 
 std::function<void(const tl::expected<void, ReminderStoreError>&)> RemindersViewModel::reportFailure() {
@@ -309,15 +314,16 @@ std::function<void(const tl::expected<void, ReminderStoreError>&)> RemindersView
     };
 }
 
-void RemindersViewModel::moveToDay(const QString& taskId, const QString& day) {
+bool RemindersViewModel::moveToDay(const QString& taskId, const QString& day) {
     const ReminderTask* task = store_.task(taskId);
     const QDate date = QDate::fromString(day, Qt::ISODate);
     if (!task || !date.isValid())
-        return;
+        return false;
     const Instant dueDate = dueDateOn(*task, date);
     if (task->dueDate == dueDate)
-        return;
+        return false;
     store_.reschedule(taskId, dueDate, task->dueDate && task->dueDateIncludesTime, reportFailure());
+    return true;
 }
 
 Instant RemindersViewModel::dueDateOn(const ReminderTask& task, QDate day) const {

@@ -32,6 +32,8 @@ class RemindersViewModel : public QObject {
     /// What the module shows: "cards", "loading", "empty" (no open reminder), "allDone" (none passes the
     /// filters), "nothingFound" (the search finds none), "denied", "restricted" or "failed".
     Q_PROPERTY(QString content READ content NOTIFY contentChanged)
+    /// A reminder was ever completed; before that "empty" is a beginning.
+    Q_PROPERTY(bool hasCompleted READ hasCompleted NOTIFY hasCompletedChanged)
     /// The reason, for "failed".
     Q_PROPERTY(QString failureText READ failureText NOTIFY contentChanged)
 
@@ -65,6 +67,7 @@ class RemindersViewModel : public QObject {
 
     [[nodiscard]] ReminderCardModel* cards() { return &cards_; }
     [[nodiscard]] const QString& content() const { return content_; }
+    [[nodiscard]] bool hasCompleted() const;
     [[nodiscard]] QString failureText() const;
     [[nodiscard]] QVariantList lists() const;
     [[nodiscard]] QString selectedListId() const;
@@ -97,7 +100,8 @@ class RemindersViewModel : public QObject {
     /// Puts a card in this place among those on show; from then on the cards are in manual order.
     Q_INVOKABLE void placeAt(const QString& taskId, int row);
     /// Due on that day ("2026-11-24") from now on, at the time of day it has; without one, the whole day.
-    Q_INVOKABLE void moveToDay(const QString& taskId, const QString& day);
+    /// False when it is due then already.
+    Q_INVOKABLE bool moveToDay(const QString& taskId, const QString& day);
     /// The due date in words that moveToDay() would give it.
     [[nodiscard]] Q_INVOKABLE QString dueTextOn(const QString& taskId, const QString& day) const;
     /// The day that "today", "tomorrow" or "nextWeek" (its Monday) stand for.
@@ -108,6 +112,7 @@ class RemindersViewModel : public QObject {
 
   Q_SIGNALS:
     void contentChanged();
+    void hasCompletedChanged();
     void listsChanged();
     void filtersChanged();
     void countsChanged();

@@ -14,6 +14,7 @@
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarActionHistory.h"
 #include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
 #include "ui/HistoryViewModel.h"
@@ -98,6 +99,7 @@ struct Program {
     QTemporaryDir folder;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
     ReminderActionHistory actions{time, time};
+    CalendarActionHistory calendarActions{actions};
     ReminderStore store{ReminderStoreServices{.eventStore = database,
                                               .scheduler = time,
                                               .clock = time,
@@ -119,10 +121,11 @@ struct Program {
         .locale = [this] { return preferences.dateLocale(); },
         .clearReminderDueDate =
             [this](const QString& id, const std::function<void(tl::expected<void, TextPair>)>& done) {
-                store.clearDueDate(id, [done](const tl::expected<void, ReminderStoreError>& result) {
+                store.removeFromCalendar(id, [done](const tl::expected<void, ReminderStoreError>& result) {
                     done(result.map_error([](const ReminderStoreError& error) { return error.message(); }));
                 });
-            }}};
+            },
+        .actions = &calendarActions}};
     NotchInteractionModel interaction{time, preferences, feedback};
     NotchGeometry geometry{Screen{.name = QStringLiteral("test"), .frame = QRectF(0, 0, 1512, 982)}};
     Localizer localizer{localization};

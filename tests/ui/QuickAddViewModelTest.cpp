@@ -4,6 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <tuple>
+#include <vector>
+
 using namespace kestrant;
 using namespace kestrant::test;
 
@@ -33,6 +36,25 @@ TEST(QuickAddViewModel, SavesWhatItShows) {
     EXPECT_EQ(saved.dueDateComponents->date(), QDate(2026, 11, 24));
     EXPECT_EQ(saved.dueDateComponents->time(), QTime(9, 30));
     EXPECT_EQ(program.quickAdd.title(), QString());
+}
+
+TEST(QuickAddViewModel, GivesNoPriorityThatNobodyChose) {
+    Program program;
+    program.load();
+    for (const auto& [line, chosen, saved] : std::vector<std::tuple<const char*, const char*, int>>{
+             {"Call", nullptr, 0}, {"Call !!", nullptr, 5}, {"Call !!!", "none", 0}, {"Call", "low", 9}}) {
+        program.quickAdd.begin();
+        EXPECT_EQ(program.quickAdd.priority(), QStringLiteral("none"));
+        program.quickAdd.setTitle(QString::fromUtf8(line));
+        if (chosen)
+            program.quickAdd.setPriority(QString::fromUtf8(chosen));
+        program.quickAdd.submit();
+        program.settle();
+        ASSERT_EQ(program.database.reminders().size(), 1u);
+        const EKReminderData made = program.database.reminders().front();
+        EXPECT_EQ(made.priority, saved) << line;
+        program.database.dropReminder(made.calendarItemIdentifier);
+    }
 }
 
 TEST(QuickAddViewModel, GoesIntoTheListThatIsShownWhateverThatIs) {

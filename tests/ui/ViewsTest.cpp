@@ -90,6 +90,28 @@ TEST(Views, SearchWhileTypingAndLeaveTheSearchStepByStep) {
     EXPECT_FALSE(program.panel.isExpanded());
 }
 
+TEST(Views, GoFromTheSearchToTheFirstThatWasFound) {
+    PanelProgram program;
+    for (const char* title : {"a", "b1", "b2", "b3"})
+        program.add(QString::fromUtf8(title));
+    program.store.setSortMode(ReminderSortMode::title);
+    program.expand();
+    for (const bool beginsLower : {false, true}) {
+        for (int presses = 0; beginsLower && presses < 3; ++presses)
+            program.press(Qt::Key_Right);
+        program.call("openSearch");
+        program.press(Qt::Key_B, QStringLiteral("b"));
+        QCoreApplication::processEvents();
+        program.press(Qt::Key_Down);
+        program.press(Qt::Key_Space, QStringLiteral(" "));
+        const QString first = program.store.visibleTasks().begin()->id;
+        EXPECT_EQ(program.store.pendingCompletionIDs(), QSet<QString>{first});
+        program.press(Qt::Key_Space, QStringLiteral(" "));
+        program.reminders.setSearchQuery({});
+        QCoreApplication::processEvents();
+    }
+}
+
 TEST(Views, LeaveTheSearchAloneWhileThereAreNoReminders) {
     ThreeCards program;
     program.preferences.setShowReminders(false);

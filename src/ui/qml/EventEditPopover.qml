@@ -91,6 +91,7 @@ Popover {
             onAccepted: popover.save()
         }
         NotesBox {
+            id: notes
             width: parent.width
             text: popover.form.notes
             placeholder: Localizer.text("Notes", "Notes")
@@ -102,7 +103,8 @@ Popover {
             topPadding: 2
             hint: popover.form.isReadOnly ? Localizer.text("This calendar is read-only.", "Ce calendrier est en lecture seule.")
                 : popover.form.isRestored ? Localizer.text("Unsaved changes restored", "Modifications restaurées")
-                                          : Localizer.text("Enter saves · Esc closes", "Entrée enregistre · Échap ferme")
+                : notes.isUsed ? Localizer.text("Ctrl Enter saves · Esc closes", "Ctrl Entrée enregistre · Échap ferme")
+                               : Localizer.text("Enter saves · Esc closes", "Entrée enregistre · Échap ferme")
             errorText: popover.form.errorText
             acceptText: Localizer.text("Save", "Enregistrer")
             canAccept: popover.form.canSave

@@ -181,10 +181,15 @@ FocusScope {
     }
     Connections {
         target: content.history
-        function onRecorded(title) {
-            toast.offer(title, Localizer.text("Undo", "Annuler"), () => content.history.undo(),
+        function onRecorded(sentence, action) {
+            toast.offer(sentence, Localizer.text("Undo", "Annuler"), () => content.history.undoOffered(action),
                         Localizer.text("Ctrl Z", "Ctrl Z"))
         }
+        function onTakenBack(sentence, action) {
+            toast.offer(sentence, Localizer.text("Redo", "Rétablir"), () => content.history.redoOffered(action),
+                        Localizer.text("Ctrl Shift Z", "Ctrl Maj Z"))
+        }
+        function onWithdrawn() { if (toast.isOffer) toast.hide() }
         function onReplayed() { toast.hide() }
         function onFailed(title, message) {
             content.overlays.dismiss("historyFailure")

@@ -137,7 +137,7 @@ Column {
             spokenName: Localizer.text("Priority", "Priorité")
             choices: fields.form.priorities
             value: fields.form.priority
-            minimumCellWidth: 68
+            minimumCellWidth: 58
             onChosen: rawValue => fields.form.priority = rawValue
         }
     }

@@ -9,6 +9,8 @@ FocusScope {
     property string placeholder
     property string spokenName: placeholder
     property bool readOnly: false
+    /// The keyboard writes here, and Enter begins a line.
+    readonly property bool isUsed: input.activeFocus
     signal edited(string text)
     signal accepted
 

@@ -15,6 +15,10 @@ Item {
     readonly property color quiet: active ? Theme.secondaryTextActive : Theme.secondaryText
     /// The card is carried elsewhere: its place is kept.
     property bool isAway: false
+    /// Its menu is open.
+    property bool isChosen: false
+    /// The first of two clicks has done something already.
+    property bool wasToggled: false
     /// What is often done to a card is at hand while the pointer is on it.
     readonly property bool showsActions: hovered && enabled && card.isWritable && !card.isPending
     signal pressed
@@ -38,7 +42,7 @@ Item {
     Rectangle {
         anchors.fill: parent
         radius: Theme.cardRadius
-        color: root.isAway ? Theme.white(0.02) : root.active ? Theme.cardActive : Theme.card
+        color: root.isAway ? Theme.white(0.02) : root.active || root.isChosen ? Theme.cardActive : Theme.card
         border.color: root.isAway ? Theme.white(0.22) : Theme.outline
         border.width: Theme.contrast || root.isAway ? 1 : 0
         Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
@@ -55,10 +59,15 @@ Item {
         acceptedButtons: Qt.LeftButton
         onTapped: {
             root.pressed()
+            if (tapCount === 1)
+                root.wasToggled = root.card.isPending
             if (root.card.isPending)
                 root.toggled()
         }
-        onDoubleTapped: root.editWanted()
+        onDoubleTapped: {
+            if (!root.wasToggled && !circlePointer.hovered && !root.card.isPending)
+                root.editWanted()
+        }
     }
     TapHandler {
         acceptedButtons: Qt.RightButton
@@ -251,7 +260,7 @@ Item {
         radius: Theme.cardRadius
         color: "transparent"
         border.color: Theme.accent
-        border.width: 2
-        visible: root.isCurrent && Appearance.showsFocus
+        border.width: root.isChosen ? 1.5 : 2
+        visible: root.isChosen || (root.isCurrent && Appearance.showsFocus)
     }
 }

@@ -144,6 +144,7 @@ Popover {
             }
         }
         NotesBox {
+            id: notes
             width: parent.width
             text: popover.form.notes
             placeholder: Localizer.text("Notes", "Notes")
@@ -155,7 +156,8 @@ Popover {
             topPadding: 2
             hint: popover.form.isReadOnly ? Localizer.text("This list is read-only.", "Cette liste est en lecture seule.")
                 : popover.form.isRestored ? Localizer.text("Unsaved changes restored", "Modifications restaurées")
-                                          : Localizer.text("Enter saves · Esc closes", "Entrée enregistre · Échap ferme")
+                : notes.isUsed ? Localizer.text("Ctrl Enter saves · Esc closes", "Ctrl Entrée enregistre · Échap ferme")
+                               : Localizer.text("Enter saves · Esc closes", "Entrée enregistre · Échap ferme")
             errorText: popover.form.errorText
             acceptText: Localizer.text("Save", "Enregistrer")
             canAccept: popover.form.canSave

@@ -22,6 +22,9 @@ FocusScope {
     required property EditActions actions
     /// The day that the carried card would be let go on; empty for none.
     readonly property string dayBelow: drag.day === "another" ? "" : drag.day
+    /// The card whose menu was opened last.
+    property string menuCard
+    readonly property bool showsMenu: ["card", "card.list"].includes(overlays.topmost)
     signal leftUpwards
     signal escaped
 
@@ -45,15 +48,23 @@ FocusScope {
         if (reminders.cards.isWritableAt(index))
             reminders.remove(reminders.cards.taskIdAt(index))
     }
-    /// Moves a card to where `dropIndex` says. False when it lies there already.
-    function place(id, dropIndex) {
+    /// Whether a card would lie elsewhere when it is let go there.
+    function moves(id, dropIndex) {
         const from = reminders.cards.rowOf(id)
-        const to = dropIndex > from ? dropIndex - 1 : dropIndex
-        if (from < 0 || to === from)
-            return false
+        return from >= 0 && dropIndex >= 0 && dropIndex !== from && dropIndex !== from + 1
+    }
+    /// Moves a card to where `dropIndex` says; from then on the cards are in manual order.
+    function place(id, dropIndex) {
+        const to = dropIndex > reminders.cards.rowOf(id) ? dropIndex - 1 : dropIndex
         reminders.placeAt(id, to)
         grid.currentIndex = to
         return true
+    }
+    /// Shows the first cards again.
+    function rewind() {
+        scroll.stop()
+        grid.currentIndex = 0
+        grid.contentY = highestY
     }
     function shift(distance) {
         const to = grid.currentIndex + distance
@@ -89,6 +100,7 @@ FocusScope {
             return
         const id = item.card.id
         const pending = item.card.isPending
+        menuCard = id
         overlays.present("card", "MenuPopover.qml", item, {
             at: Qt.point(x, y), alignment: "left", spokenName: item.card.title,
             entries: [
@@ -170,6 +182,8 @@ FocusScope {
 
     Connections {
         target: root.reminders
+        // What is found is looked at from its beginning.
+        function onSearchQueryChanged() { Qt.callLater(root.rewind) }
         function onRevealRequested(taskId) {
             const row = root.reminders.cards.rowOf(taskId)
             if (row < 0)
@@ -179,6 +193,21 @@ FocusScope {
             reveal.card = taskId
             reveal.restart()
         }
+    }
+    Connections {
+        target: root.drag.panel
+        function onPhaseChanged() {
+            if (!root.drag.panel.isExpanded)
+                folded.restart()
+            else
+                folded.stop()
+        }
+    }
+    // The cards are at their beginning when the panel opens again, and do not jump while it folds.
+    Timer {
+        id: folded
+        interval: 300
+        onTriggered: root.rewind()
     }
     SequentialAnimation {
         id: reveal
@@ -221,6 +250,7 @@ FocusScope {
             opacity: Math.min(1, (y + height - grid.contentY) / 48,
                               (grid.contentY + grid.height - y) / 48)
             isAway: root.drag.carried === card.id
+            isChosen: root.showsMenu && root.menuCard === card.id
             // The empty place tells what the card will be where it is let go.
             dueText: isAway && root.dayBelow !== "" ? root.reminders.dueTextOn(card.id, root.dayBelow) : card.dueText
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
@@ -341,10 +371,9 @@ FocusScope {
     }
     // Between which cards the carried one would come to lie.
     Rectangle {
-        readonly property int from: root.drag.active ? root.reminders.cards.rowOf(root.drag.carried) : -1
         readonly property int row: Math.floor(root.dropIndex / root.columns)
         readonly property int column: root.dropIndex % root.columns
-        visible: root.dropIndex >= 0 && root.dropIndex !== from && root.dropIndex !== from + 1
+        visible: root.drag.slot >= 0
         x: column * grid.cellWidth - Theme.gap / 2 - width / 2
         y: grid.originY + row * grid.cellHeight - grid.contentY + 4
         width: 3
