@@ -838,14 +838,16 @@ class Run {
     }
     /// Waits until the store shows what others did; the person's own changes show at once.
     QString settle() {
+        // What is told while the comparison waits for its answers counts too.
+        bool told = false;
+        const Subscription subscription = house_.store.observeChanges([&] { told = true; });
         QString failure = compare();
+        auto& scheduler = house_.scheduler;
         for (int i = 0; i < 100 && isUnsettled_ && !failure.isEmpty(); ++i) {
-            bool told = false;
-            const Subscription subscription = house_.store.observeChanges([&] { told = true; });
-            auto& scheduler = house_.scheduler;
             if (!scheduler.runUntil([&] { return told || scheduler.pendingCount() > 0; }))
                 break;
             scheduler.advance(1s);
+            told = false;
             failure = compare();
         }
         isUnsettled_ = false;
