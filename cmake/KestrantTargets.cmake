@@ -18,7 +18,8 @@ if(KESTRANT_MOLD)
 endif()
 
 add_compile_definitions(QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY QT_DISABLE_DEPRECATED_BEFORE=0x060400)
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wno-missing-field-initializers)
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow "$<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>"
+                    "$<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>" -Wno-missing-field-initializers)
 if(KESTRANT_WARNINGS_AS_ERRORS)
   add_compile_options(-Werror)
 endif()

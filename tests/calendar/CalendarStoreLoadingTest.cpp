@@ -236,7 +236,8 @@ TEST_F(CalendarStoreLoading, PagingAddsThreeYearsAndTellsWhenThereWasNothing) {
 
 TEST_F(CalendarStoreLoading, WhatIsTooMuchIsSaidAndCutFarFromToday) {
     for (int i = 0; i < 70; ++i)
-        database.putEvent(anEvent("age").allDay({2020, 1, 1}, {2040, 1, 1}).in("calendar"));
+        database.putEvent(
+            anEvent(qPrintable(QString::number(i))).allDay({2020, 1, 1}, {2040, 1, 1}).in("calendar"));
     loadedStore();
     EXPECT_FALSE(store->shortage().has_value());
     store->setShowsAllEvents(true);

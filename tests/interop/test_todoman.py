@@ -81,7 +81,7 @@ class TodomanTest(InteropTest):
     def test_todoman_sees_what_kestrant_changes_and_nothing_else_is_lost(self):
         home = self.make_list(self.store, "home", "Home", "#0A84FF")
         others = ["X-SOMEBODY-ELSE;X-P=1:keep", "CATEGORIES:a,b", "RELATED-TO:another",
-                  "X-LONG:" + "long " * 40, "BEGIN:VALARM", "ACTION:DISPLAY", "DESCRIPTION:x", "TRIGGER:-PT10M", "END:VALARM"]
+                  "X-LONG:" + "long " * 40, "BEGIN:VALARM", "ACTION:EMAIL", "DESCRIPTION:x", "TRIGGER:-PT10M", "END:VALARM"]
         path = self.write(self.work, "letter", "VTODO", "SUMMARY:Letter", "DUE;TZID=Europe/Paris:20260327T143000", *others)
         for arguments, expected in (
             (["edit", "letter", "--title", "Écrire; une lettre, longue", "--priority", "high"], {"priority": 1}),

@@ -167,7 +167,8 @@ tl::expected<ItemChange, WriteError> ItemDatabase::restoreEvent(const ItemChange
     const auto conflict = [&] { return refuse(conflictError(item.event.data.title)); };
     QByteArray target = opened.place.collection;
     if (before.collection != after.collection) {
-        if (target != after.collection)
+        // In the calendar it came from already, nothing of the move is left to take back.
+        if (target != after.collection && target != before.collection)
             return conflict();
         target = before.collection;
     }

@@ -170,10 +170,11 @@ ItemDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, co
     WrittenRevision result{opened.place, {}, std::nullopt};
     // The finished occurrence is stored before the series moves on, and does not
     // stay if that fails.
-    if (revision.copy) {
     const bool leaves = target != opened.place.collection;
     const SecondStep step = leaves && opened.isAlone ? SecondStep::removes : SecondStep::rewrites;
     StorageHold steps;
+    if (revision.copy) {
+        steps = storage_.beginTwoSteps(opened.place, opened.document.text(), step);
         const auto created = createFile(target, revision.copyUid, {}, *revision.copy, local);
         if (!created)
             return tl::unexpected(WriteError(created.error()));

@@ -99,7 +99,8 @@ tl::expected<ItemChange, WriteError> ItemDatabase::restore(const ItemChange& cha
     const auto conflict = [&] { return refuse(conflictError(opened.current.title)); };
     QByteArray target = opened.place.collection;
     if (before.collection != after.collection) {
-        if (target != after.collection)
+        // In the list it came from already, nothing of the move is left to take back.
+        if (target != after.collection && target != before.collection)
             return conflict();
         target = before.collection;
     }
