@@ -322,20 +322,26 @@ bool OverlayHost::press(QPointF inWindow) {
     return isOnOpener || !isOnControl;
 }
 
-bool OverlayHost::wrapFocus(bool forward) {
+bool OverlayHost::keepFocusInside(bool forward) {
     const QQuickItem& overlay = *overlays_.back()->layer->overlay;
     QQuickItem* focused = window_.activeFocusItem();
-    if (!focused || overlay.isAncestorOf(focused->nextItemInFocusChain(forward)))
+    if (!focused)
         return false;
-    // Back to the other end.
-    QQuickItem* end = focused;
-    for (;;) {
-        QQuickItem* next = end->nextItemInFocusChain(!forward);
-        if (next == focused || !overlay.isAncestorOf(next))
-            break;
-        end = next;
+    QQuickItem* next = focused->nextItemInFocusChain(forward);
+    if (overlay.isAncestorOf(next)) {
+        // From a stop of Tab the focus goes there by itself; from anything else to the first in the window.
+        for (const QQuickItem* item = focused; item && item != &overlay; item = item->parentItem()) {
+            if (item->activeFocusOnTab())
+                return false;
+        }
+    } else {
+        // To the other end.
+        next = focused;
+        for (QQuickItem* end = focused->nextItemInFocusChain(!forward);
+             end != focused && overlay.isAncestorOf(end); end = end->nextItemInFocusChain(!forward))
+            next = end;
     }
-    end->forceActiveFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    next->forceActiveFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     return true;
 }
 
@@ -351,7 +357,7 @@ bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
         const auto& key = *static_cast<const QKeyEvent*>(event);
         const bool isTab = key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab;
         if (isTab && !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)))
-            return wrapFocus(key.key() == Qt::Key_Tab && !(key.modifiers() & Qt::ShiftModifier));
+            return keepFocusInside(key.key() == Qt::Key_Tab && !(key.modifiers() & Qt::ShiftModifier));
     }
     return QObject::eventFilter(watched, event);
 }

@@ -97,8 +97,8 @@ class OverlayHost : public QObject {
     /// Whether a press at a place in the window is the overlays' alone.
     [[nodiscard]] bool press(QPointF inWindow);
     [[nodiscard]] bool isOnControls(QPointF place) const;
-    /// Moves the focus on within the uppermost overlay where the next control in line lies outside of it.
-    [[nodiscard]] bool wrapFocus(bool forward);
+    /// Moves the focus on within the uppermost overlay where it would leave that by itself.
+    [[nodiscard]] bool keepFocusInside(bool forward);
 
     QQuickWindow& window_;
     QQmlEngine& engine_;

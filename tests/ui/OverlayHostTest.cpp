@@ -84,20 +84,24 @@ TEST(OverlayHost, TheKeyboardStaysInTheUppermostOverlayAndGoesBackToWhereItWas) 
     program.expand();
     QQuickItem* before = program.view.activeFocusItem();
     ASSERT_NE(before, nullptr);
-    program.call("openQuickAdd");
-    const QQuickItem* quickAdd = program.view.overlays().surface(QStringLiteral("quickAdd"));
-    for (const int key : {Qt::Key_Tab, Qt::Key_Backtab}) {
-        const QQuickItem* first = program.view.activeFocusItem();
-        int steps = 0;
-        do {
+    // The settings begin on none of their controls.
+    for (const char* open : {"openQuickAdd", "openSettings"}) {
+        program.call(open);
+        const QQuickItem* overlay = program.view.overlays().surface(program.view.overlays().topmost());
+        for (const int key : {Qt::Key_Tab, Qt::Key_Backtab}) {
             program.press(key);
-            ASSERT_TRUE(quickAdd->isAncestorOf(program.view.activeFocusItem()));
-        } while (program.view.activeFocusItem() != first && ++steps < 50);
-        EXPECT_LT(steps, 50) << "the last is followed by the first";
-        EXPECT_GT(steps, 1);
+            const QQuickItem* first = program.view.activeFocusItem();
+            int steps = 0;
+            do {
+                program.press(key);
+                ASSERT_TRUE(overlay->isAncestorOf(program.view.activeFocusItem())) << open;
+            } while (program.view.activeFocusItem() != first && ++steps < 50);
+            EXPECT_LT(steps, 50) << "the last is followed by the first";
+            EXPECT_GT(steps, 1);
+        }
+        program.press(Qt::Key_Escape);
+        EXPECT_EQ(program.view.activeFocusItem(), before);
     }
-    program.press(Qt::Key_Escape);
-    EXPECT_EQ(program.view.activeFocusItem(), before);
 }
 
 TEST(OverlayHost, TellsWhatIsOpenInTheWindowAndHowMuchRoomItNeeds) {
