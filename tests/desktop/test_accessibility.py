@@ -204,6 +204,9 @@ class AccessibilityTest(DesktopTest):
         self.add_reminder("Buy bread")
         soon = datetime.datetime.now(datetime.timezone.utc) + datetime.timedelta(days=1)
         self.add_item(calendar, "VEVENT", "Meeting", f"DTSTART:{soon:%Y%m%dT%H%M%SZ}\r\nDURATION:PT1H\r\n")
+        # A service for messages that nobody asks.
+        self.configuration.mkdir(parents=True, exist_ok=True)
+        (self.configuration / "configuration.json").write_text('{"KestrantFeedbackAPIBaseURL": "http://127.0.0.1:9/"}')
         self.start()
         self.expand()
         self.wait_to_find("check box", "Buy bread")
