@@ -4,20 +4,21 @@
 #include "eventkit/EvolutionModule.h"
 #include "platform/linux/ApplicationState.h"
 #include "platform/linux/DesktopAppearance.h"
+#include "platform/linux/DesktopSettings.h"
 #include "platform/linux/FolderDialog.h"
 #include "platform/linux/ModuleAudioOutput.h"
 #include "platform/linux/ProcessMemory.h"
 #include "platform/linux/QtScreenProvider.h"
+#include "platform/linux/TouchpadDirection.h"
 #include "platform/linux/WakeObserver.h"
 #include "platform/linux/X11PanelWindow.h"
 #include "platform/linux/X11PointerProvider.h"
 #include "preferences/PreferenceKeys.h"
+#include "preferences/ProgramNames.h"
 #include "ui/OnboardingWindowController.h"
 
 #include <QCoreApplication>
-#include <QDesktopServices>
 #include <QLocale>
-#include <QUrl>
 
 #include <utility>
 
@@ -54,6 +55,7 @@ AppDelegate::AppDelegate(Options options)
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
     , history_(scheduler_, clock_)
+    , calendarActions_(history_)
     , scriptHost_(eventStore_, scheduler_)
     , flagAutomation_(scriptHost_, scriptQueue_, scheduler_)
     , interactionModel_(scheduler_, preferences_, feedback_)
@@ -102,12 +104,13 @@ CalendarStore& AppDelegate::calendarStore() {
             .clearReminderDueDate =
                 [this](const QString& reminderID,
                        const std::function<void(tl::expected<void, TextPair>)>& done) {
-                    reminderStore().clearDueDate(
+                    reminderStore().removeFromCalendar(
                         reminderID, [done](const tl::expected<void, ReminderStoreError>& result) {
                             done(result.map_error(
                                 [](const ReminderStoreError& error) { return error.message(); }));
                         });
                 },
+            .actions = &calendarActions_,
         });
     }
     return *calendarStore_;
@@ -156,6 +159,8 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
                 // The next turn of the loop may come before the first frame, and these take a moment.
                 settling_ = scheduler_.after(settlingDelay, [this] {
                     followDesktopAppearance();
+                    followTouchpad();
+                    hapticPerformer_.watch();
                     reporter_.runDueCheck();
                 });
             },
@@ -163,7 +168,8 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
 }
 
 void AppDelegate::createPanel() {
-    screens_ = std::make_unique<QtScreenProvider>();
+    screens_ = std::make_unique<QtScreenProvider>(
+        [this] { return defaults_.string(preferenceKeys::cameraHousing).value_or(QString()); });
     geometry_ = std::make_unique<NotchGeometry>(NotchGeometry::chooseScreen(*screens_).value_or(Screen()));
     ReminderStore& reminders = reminderStore();
     CalendarStore& calendar = calendarStore();
@@ -181,8 +187,8 @@ void AppDelegate::createPanel() {
         .history = history_,
         .calendarStore = calendar,
         .feedbackClient = FeedbackAPIClient::isConfigured(information_)
-                              ? [this]() -> FeedbackAPIClient& { return feedbackClient(); }
-                              : std::function<FeedbackAPIClient&()>(),
+        ? [this]() -> FeedbackAPIClient& { return feedbackClient(); }
+        : std::function<FeedbackAPIClient&()>(),
         .settings = settingsServices(),
         .ledger = ledger_,
     });
@@ -193,25 +199,29 @@ void AppDelegate::createOnboarding() {
     onboardingController_ = std::make_unique<OnboardingWindowController>(
         OnboardingWindowController::Services{
             .engine = *interface_->view.engine(),
+            .localizer = interface_->localizer,
             .appearance = interface_->appearance,
             .preferences = preferences_,
             .settings = interface_->settings,
             .scheduler = scheduler_,
+            .clock = clock_,
+            .calendar = calendar_,
             .feedback = feedback_,
             .touchpadsScrollNaturally = [this] { return panelWindow_->touchpadScrollsNaturally(); },
         },
         [this] { lifecycle_.onboardingCompleted(); });
-    connect(onboardingController_.get(), &OnboardingWindowController::dismissed, this, [this] {
-        if (!preferences_.completedInitialOnboarding())
-            terminate();
-    });
+    connect(onboardingController_.get(), &OnboardingWindowController::dismissed, this,
+            [this] { lifecycle_.onboardingDismissed(); });
+    panelController_->setLockedHandler([this] { onboardingController_->activate(); });
 }
 
 void AppDelegate::followSystem() {
     observeApplicationState(this, [this](bool isActive) {
-        if (isActive)
+        if (isActive) {
             lifecycle_.becameActive();
-        else if (!panelWindow_->isAskingForKey()) {
+            if (touchpadDirection_)
+                touchpadDirection_->refresh();
+        } else if (!panelWindow_->isAskingForKey()) {
             // A panel that folds gives the focus back by itself; it stays under the pointer then.
             if (panelWindow_->keyWasTakenAway())
                 panelController_->applicationResignedActive();
@@ -226,7 +236,12 @@ void AppDelegate::followPreferences() {
     preferenceChanges_ = preferences_.observeChanges([this](const QString& key) {
         if (key == preferenceKeys::eventStore.name)
             exchangeStore();
-        else if (key == preferenceKeys::soundEffectsProfile.name &&
+        else if (key == preferenceKeys::cameraHousing.name)
+            screens_->cameraHousingChanged();
+        else if (key == preferenceKeys::invertsSwipes.name)
+            followTouchpad();
+        else if ((key == preferenceKeys::soundEffectsProfile.name ||
+                  key == preferenceKeys::soundEffectsEnabled.name) &&
                  preferences_.soundProfile() != SoundProfile::off)
             cuePlayer_.prepare();
     });
@@ -274,16 +289,18 @@ SettingsServices AppDelegate::settingsServices() {
                                            auto done) { pickFolder(start, std::move(done)); }},
         .problems = [this] { return problems(); },
         .showTutorial = [this] { notifications_.post(notifications::showTutorial); },
+        .canBeFelt = [this] { return hapticPerformer_.isAvailable(); },
+        .canInvertSwipes = [this] { return panelWindow_->isXWayland(); },
         .version = QCoreApplication::applicationVersion(),
     };
 }
 
 std::vector<TextPair> AppDelegate::problems() {
     std::vector<TextPair> problems = reminderStore().problems();
-    if (const auto& error = reminderStore().completionLedgerError())
-        problems.push_back(*error);
     if (auto problem = defaults_.problem())
         problems.insert(problems.begin(), std::move(*problem));
+    if (const auto& error = reminderStore().completionLedgerError())
+        problems.push_back(*error);
     return problems;
 }
 
@@ -306,6 +323,21 @@ void AppDelegate::followDesktopAppearance() {
         appearance.setHighContrast(wishes.highContrast);
         appearance.setTextScale(wishes.textScale);
     });
+}
+
+void AppDelegate::followTouchpad() {
+    if (!panelWindow_->isXWayland())
+        return;
+    const auto follow = [this] {
+        const bool isInverted = defaults_.boolean(preferenceKeys::invertsSwipes)
+                                    .value_or(preferenceKeys::invertsSwipes.defaultValue);
+        panelWindow_->setTouchpadDirection(touchpadDirection_->isNatural(), isInverted);
+    };
+    if (!touchpadDirection_) {
+        touchpadDirection_ = std::make_unique<TouchpadDirection>();
+        connect(touchpadDirection_.get(), &TouchpadDirection::changed, this, follow);
+    }
+    follow();
 }
 
 void AppDelegate::pickFolder(const QString& start,
@@ -398,14 +430,18 @@ void AppDelegate::createPanelController() {
     };
     connect(&view, &PanelView::extentChanged, this, resize);
     resize();
-    connect(&interface_->reminders, &RemindersViewModel::privacyPageRequested, this,
-            [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(ReminderStore::privacyPage))); });
-    connect(&interface_->calendar, &CalendarViewModel::privacyPageRequested, this,
-            [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(CalendarStore::privacyPage))); });
+    if (const auto page = desktopSettingsPage()) {
+        ProgramNames names = linuxNames();
+        names.systemSettings = page->program;
+        interface_->localizer.setProgramNames(names);
+        const auto openPage = [page] { open(*page); };
+        connect(&interface_->reminders, &RemindersViewModel::privacyPageRequested, this, openPage);
+        connect(&interface_->calendar, &CalendarViewModel::privacyPageRequested, this, openPage);
+    }
     connect(&interface_->settings, &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
     connect(reminderStore_.get(), &ReminderStore::problemsChanged, &interface_->settings,
-    connect(reminderStore_.get(), &ReminderStore::completionLedgerErrorChanged, &interface_->settings,
             &SettingsViewModel::problemsChanged);
+    connect(reminderStore_.get(), &ReminderStore::completionLedgerErrorChanged, &interface_->settings,
             &SettingsViewModel::problemsChanged);
     settingsProblems_ = defaults_.observeProblem([this] { Q_EMIT interface_->settings.problemsChanged(); });
 }

@@ -34,6 +34,7 @@
 #include "services/AppUpdater.h"
 #include "services/FeedbackAPIClient.h"
 #include "services/LaunchAtLoginManager.h"
+#include "ui/CalendarActionHistory.h"
 
 #include <QObject>
 #include <QString>
@@ -50,6 +51,7 @@ namespace kestrant {
 class OnboardingWindowController;
 class PanelInterface;
 class QtScreenProvider;
+class TouchpadDirection;
 class DesktopAppearance;
 class FolderDialog;
 class WakeObserver;
@@ -114,6 +116,8 @@ class AppDelegate : public QObject {
     void followPreferences();
     /// Has the process hold no more memory than it needs while the panel rests.
     void keepMemorySmall();
+    /// Has swipes follow the compositor's settings, where devices do not tell theirs.
+    void followTouchpad();
     /// Has the views look as the desktop's settings ask.
     void followDesktopAppearance();
     void pickFolder(const QString& start, std::function<void(tl::expected<QString, TextPair>)> done);
@@ -150,6 +154,7 @@ class AppDelegate : public QObject {
     BackgroundLedgerWriter ledgerWriter_;
     CompletionLedgerRepository ledger_;
     ReminderActionHistory history_;
+    CalendarActionHistory calendarActions_;
     EventStoreScriptHost scriptHost_;
     SerialWorker scriptQueue_;
     FlaggedReminderAutomation flagAutomation_;
@@ -170,6 +175,7 @@ class AppDelegate : public QObject {
     Subscription preferenceChanges_;
     Subscription databaseChanges_;
     std::unique_ptr<DesktopAppearance> desktopAppearance_;
+    std::unique_ptr<TouchpadDirection> touchpadDirection_;
     std::unique_ptr<FolderDialog> folderDialog_;
     std::unique_ptr<X11PointerProvider> pointer_;
     std::unique_ptr<X11PanelWindow> panelWindow_;

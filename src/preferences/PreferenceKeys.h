@@ -99,6 +99,11 @@ inline const PreferenceKey reminderManualOrder{QStringLiteral("reminderManualOrd
 inline const PreferenceKey defaultReminderListID{QStringLiteral("defaultReminderListID")};
 /// Bool; mirrors the login item.
 inline const PreferenceKey launchAtLogin{QStringLiteral("launchAtLogin")};
+/// "185x37": width and height in points of the camera housing in the top edge of the built-in display; "none"
+/// for none. Absent or anything else for what is known of the model.
+inline const PreferenceKey cameraHousing{QStringLiteral("kestrantCameraHousing")};
+/// Swipes are read the other way round from touchpads that do not tell how they scroll.
+inline const Preference<bool> invertsSwipes{{QStringLiteral("kestrantInvertsSwipes")}, false};
 /// Where reminders and events live: "vdir:PATH" or "evolution"; absent for what is there.
 inline const PreferenceKey eventStore{QStringLiteral("kestrantEventStore")};
 /// Alerts of the desktop's own database ring here too; the desktop rings them by itself.

@@ -1,5 +1,7 @@
 #include "reminders/ReminderStoreError.h"
 
+#include "preferences/ProgramNames.h"
+
 namespace kestrant {
 namespace {
 
@@ -26,8 +28,7 @@ TextPair ReminderStoreError::message() const {
     TextPair detail = underlying.value_or(TextPair{});
     switch (code) {
     case Code::unableToCreateInitialList: {
-        const TextPair sentence = text("Kestrant couldn’t create the first list in Apple Reminders.",
-                                       "Kestrant n’a pas pu créer la première liste dans Apple Rappels.");
+        const TextPair sentence = programTexts::firstListFailed();
         return {withDetail(sentence.english, detail.english), withDetail(sentence.french, detail.french)};
     }
     case Code::reminderNotFound:
@@ -40,8 +41,7 @@ TextPair ReminderStoreError::message() const {
     case Code::repeatRequiresDueDate:
         return text("Choose a due date for the repetition.", "Choisissez une échéance pour la répétition.");
     case Code::listUnavailable:
-        return text("This Reminders list is no longer available.",
-                    "Cette liste Rappels n’est plus disponible.");
+        return programTexts::listUnavailable();
     case Code::flagNotUpdated:
         return text("The flag could not be updated.", "Le drapeau n’a pas pu être modifié.");
     case Code::changedElsewhere:

@@ -125,6 +125,19 @@ void DataStoreViewModel::chooseFolder(const QString& path) {
     Q_EMIT changed();
 }
 
+bool DataStoreViewModel::settle(const QString& written) {
+    if (kind() != folderKind)
+        return true;
+    if (written.trimmed().isEmpty()) {
+        problem_ = text("Write which folder, or choose another place.",
+                        "Indiquez le dossier, ou choisissez un autre emplacement.");
+        Q_EMIT changed();
+    } else if (awaitsFolder_ || problem_ || written != folder()) {
+        chooseFolder(written);
+    }
+    return !problem_;
+}
+
 void DataStoreViewModel::pickFolder() {
     const QString start = usableFolder(folder()).value_or(QDir::homePath());
     services_.pickFolder(start, [this](const tl::expected<QString, TextPair>& picked) {

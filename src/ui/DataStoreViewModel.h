@@ -71,6 +71,9 @@ class DataStoreViewModel : public QObject {
 
     /// Takes a folder over if it can be used; else the problem says why not, and nothing changes.
     Q_INVOKABLE void chooseFolder(const QString& path);
+    /// Takes over what is written where the folder is given, as chooseFolder() does. False when a folder was
+    /// asked for and none can be used; the problem then says what is missing.
+    Q_INVOKABLE bool settle(const QString& written);
     /// Lets the person pick the folder.
     Q_INVOKABLE void pickFolder();
     /// Begins anew: forgets a choice that was begun and not made, and what the desktop has.

@@ -1,25 +1,17 @@
 #include "ui/PictureState.h"
 
-#include <array>
-#include <map>
-
 namespace kestrant {
 namespace {
 
-/// A year in which reminders were completed.
-void completeReminders(Stage& stage) {
-    const std::array counts{9, 14, 11, 21, 17, 26, 12, 8, 23, 31, 19};
-    std::map<QString, ReminderCompletionState> states;
-    for (std::size_t month = 0; month < counts.size(); ++month) {
-        for (int number = 0; number < counts[month]; ++number) {
-            const QDate day(2026, int(month) + 1, 1 + number % 20);
-            states.emplace(
-                QStringLiteral("%1-%2").arg(month).arg(number),
-                ReminderCompletionState::completed(stage.calendar.calendar().instantAt(day, QTime(12, 0))));
-        }
-    }
-    if (!stage.ledger.reconcile(states, {}, stage.time.now()))
-        qWarning("cannot write the record of completions");
+using Exercise = OnboardingViewModel::Exercise;
+
+/// The page on which things are tried out, with the panel open and these done.
+void tryOut(Stage& stage, std::initializer_list<Exercise> done) {
+    stage.introduce(OnboardingViewModel::Page::tutorial);
+    stage.onboarding.model()->clickNotch();
+    for (const Exercise exercise : done)
+        stage.onboarding.model()->noteTried(exercise);
+    QCoreApplication::processEvents();
 }
 
 }  // namespace
@@ -61,18 +53,33 @@ std::vector<PictureState> introductionPictures() {
         {named("onboarding-welcome"),
          [](Stage& stage) { stage.introduce(OnboardingViewModel::Page::welcome); }},
         {named("onboarding-tutorial"),
+         [](Stage& stage) { stage.introduce(OnboardingViewModel::Page::tutorial); }},
+        {named("onboarding-tutorial-completing"),
          [](Stage& stage) {
-             stage.introduce(OnboardingViewModel::Page::tutorial);
-             OnboardingViewModel& model = *stage.onboarding.model();
-             model.pointAtNotch(true);
-             model.clickNotch();
-             model.press(OnboardingViewModel::Gesture::newReminder);
+             tryOut(stage, {});
+             RemindersViewModel& reminders = *stage.onboarding.trial()->reminders();
+             reminders.toggleCompletion(reminders.cards()->taskIdAt(2));
          }},
-        {named("onboarding-tutorial-hovering"),
+        {named("onboarding-tutorial-dragging"),
          [](Stage& stage) {
-             stage.preferences.setRequiresClickOrSwipeToExpand(true);
-             stage.introduce(OnboardingViewModel::Page::tutorial);
-             stage.onboarding.model()->pointAtNotch(true);
+             tryOut(stage, {Exercise::complete});
+             stage.dragInIntroduction({200, 90}, {620, 80});
+         }},
+        {named("onboarding-tutorial-menu"),
+         [](Stage& stage) {
+             tryOut(stage, {Exercise::complete, Exercise::drag});
+             stage.clickInIntroduction({210, 50}, Qt::RightButton);
+         }},
+        {named("onboarding-tutorial-adding"),
+         [](Stage& stage) {
+             tryOut(stage, {Exercise::complete, Exercise::drag, Exercise::menu});
+             stage.onboarding.trial()->addReminder();
+             QCoreApplication::processEvents();
+         }},
+        {named("onboarding-tutorial-all"),
+         [](Stage& stage) {
+             tryOut(stage,
+                    {Exercise::complete, Exercise::drag, Exercise::menu, Exercise::add, Exercise::undo});
          }},
         {named("onboarding-panel"), [](Stage& stage) { stage.introduce(OnboardingViewModel::Page::panel); }},
         {named("onboarding-panel-black"),

@@ -27,4 +27,25 @@ Localizer* Localizer::create(QQmlEngine* engine, QJSEngine*) {
     return localizer;
 }
 
+void Localizer::setProgramNames(const ProgramNames& names) {
+    names_ = names;
+    Q_EMIT languageChanged();
+}
+
+QString Localizer::connectingToCalendar() const {
+    return localization_(programTexts::connectingToCalendar(names_));
+}
+
+QString Localizer::clearsDueDate() const {
+    return localization_(programTexts::clearsDueDate(names_));
+}
+
+QString Localizer::openSystemSettings() const {
+    return localization_(programTexts::openSystemSettings(names_));
+}
+
+QString Localizer::deletesEvent(const QString& calendarTitle) const {
+    return localization_(programTexts::deletesEvent(calendarTitle, names_));
+}
+
 }  // namespace kestrant

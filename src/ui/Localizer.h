@@ -1,6 +1,7 @@
 #pragma once
 
 #include "preferences/Localization.h"
+#include "preferences/ProgramNames.h"
 
 #include <QJSValue>
 #include <QLocale>
@@ -20,6 +21,11 @@ class Localizer : public QObject {
     /// Times of day are told with AM and PM.
     Q_PROPERTY(bool hasTwelveHours READ hasTwelveHours NOTIFY languageChanged)
     Q_PROPERTY(QJSValue text READ textFunction NOTIFY languageChanged)
+    // Sentences that name programs of the desktop.
+    Q_PROPERTY(QString connectingToCalendar READ connectingToCalendar NOTIFY languageChanged)
+    Q_PROPERTY(QString clearsDueDate READ clearsDueDate NOTIFY languageChanged)
+    /// Empty where there is no program in which access is allowed.
+    Q_PROPERTY(QString openSystemSettings READ openSystemSettings NOTIFY languageChanged)
 
   public:
     /// Follows the language in force; `localization` must outlive this.
@@ -37,6 +43,13 @@ class Localizer : public QObject {
     [[nodiscard]] ClockHours clockHours() const { return localization_.clockHours(); }
     [[nodiscard]] bool hasTwelveHours() const { return clockHours() == ClockHours::twelve; }
 
+    /// What programs of the desktop are called from now on.
+    void setProgramNames(const ProgramNames& names);
+    [[nodiscard]] QString connectingToCalendar() const;
+    [[nodiscard]] QString clearsDueDate() const;
+    [[nodiscard]] QString openSystemSettings() const;
+    Q_INVOKABLE [[nodiscard]] QString deletesEvent(const QString& calendarTitle) const;
+
   Q_SIGNALS:
     void languageChanged();
 
@@ -44,6 +57,7 @@ class Localizer : public QObject {
     [[nodiscard]] QJSValue textFunction() const { return isFrench() ? chooseFrench_ : chooseEnglish_; }
 
     Localization& localization_;
+    ProgramNames names_ = linuxNames();
     Subscription subscription_;
     QJSValue chooseEnglish_;
     QJSValue chooseFrench_;

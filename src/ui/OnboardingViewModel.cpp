@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace kestrant {
 namespace {
@@ -24,25 +25,46 @@ OnboardingViewModel::OnboardingViewModel(Scheduler& scheduler, const Preferences
     , scheduler_(scheduler)
     , preferences_(preferences)
     , touchpadsScrollNaturally_(std::move(touchpadsScrollNaturally))
-    , notch_(scheduler, preferences, feedback) {
+    , pageFeedback_(feedback)
+    , feedback_(preferences, pageFeedback_, pageFeedback_)
+    , notch_(scheduler, preferences, feedback_) {
     notch_.setExpansionEnabled(true);
+    connect(&notch_, &NotchInteractionModel::phaseChanged, this, [this] {
+        if (notch_.isExpanded() && page_ == Page::tutorial)
+            noteTried(Exercise::open);
+    });
+}
+
+int OnboardingViewModel::current() const {
+    int exercise = 0;
+    while (exercise < exerciseCount && ((tried_ >> exercise) & 1U))
+        ++exercise;
+    return exercise;
 }
 
 void OnboardingViewModel::begin(Page page) {
     isRepeated_ = preferences_.completedInitialOnboarding();
     tried_ = 0;
-    notch_.collapse(false);
-    page_ = page;
+    notch_.pointerExited();
+    show(page);
     Q_EMIT triedChanged();
+}
+
+void OnboardingViewModel::show(Page page) {
+    page_ = page;
+    pageFeedback_.isOn = false;
+    // Two pages have the open panel for their picture.
+    if (page == Page::welcome || page == Page::panel)
+        notch_.expand();
+    else
+        notch_.collapse(false);
+    pageFeedback_.isOn = page == Page::tutorial || page == Page::habits;
     Q_EMIT pageChanged();
 }
 
 void OnboardingViewModel::setPage(Page page) {
-    if (page == page_)
-        return;
-    notch_.collapse(false);
-    page_ = page;
-    Q_EMIT pageChanged();
+    if (page != page_)
+        show(page);
 }
 
 void OnboardingViewModel::next() {
@@ -53,58 +75,46 @@ void OnboardingViewModel::back() {
     setPage(std::max(Page(int(page_) - 1), Page::welcome));
 }
 
-void OnboardingViewModel::noteTried(Gesture gesture) {
-    const unsigned tried = tried_ | (1U << unsigned(gesture));
-    if (tried == tried_)
-        return;
-    tried_ = tried;
-    Q_EMIT triedChanged();
+void OnboardingViewModel::noteTried(Exercise exercise) {
+    const unsigned tried = tried_ | (1U << unsigned(exercise));
+    if (std::exchange(tried_, tried) != tried)
+        Q_EMIT triedChanged();
 }
 
 void OnboardingViewModel::pointAtNotch(bool inside) {
-    if (!inside) {
+    if (inside)
+        notch_.pointerEntered();
+    else
         notch_.pointerExited();
-        return;
-    }
-    noteTried(Gesture::hover);
-    notch_.pointerEntered();
 }
 
 void OnboardingViewModel::clickNotch() {
-    noteTried(Gesture::click);
     if (notch_.isExpanded())
         notch_.collapse(notch_.pointerIsInside());
     else
         notch_.expand();
 }
 
-void OnboardingViewModel::scrollNotch(double angle) {
+bool OnboardingViewModel::scrollNotch(double angle) {
     // Fingers never move by whole clicks.
-    const bool isWheel = std::fmod(angle, anglePerClick) == 0;
-    const bool isNatural = !isWheel && touchpadsScrollNaturally_ && touchpadsScrollNaturally_();
+    if (std::fmod(angle, anglePerClick) == 0)
+        return false;
     swipeEnd_ = scheduler_.after(swipePause, [this] {
         swiped_ = 0;
         swipeHasActed_ = false;
     });
     if (swipeHasActed_)
-        return;
+        return true;
+    const bool isNatural = touchpadsScrollNaturally_ && touchpadsScrollNaturally_();
     swiped_ += isNatural ? angle : -angle;
     if (std::abs(swiped_) < swipeThreshold)
-        return;
+        return true;
     swipeHasActed_ = true;
-    if (swiped_ > 0) {
-        noteTried(Gesture::swipeDown);
+    if (swiped_ > 0)
         notch_.expand();
-    } else {
-        noteTried(Gesture::swipeUp);
+    else
         notch_.collapse(notch_.pointerIsInside());
-    }
-}
-
-void OnboardingViewModel::press(Gesture shortcut) {
-    noteTried(shortcut);
-    notch_.expand();
-    Q_EMIT pressed(shortcut);
+    return true;
 }
 
 }  // namespace kestrant

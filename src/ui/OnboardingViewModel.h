@@ -1,5 +1,6 @@
 #pragma once
 
+#include "feedback/Feedback.h"
 #include "notch/NotchInteractionModel.h"
 
 #include <QObject>
@@ -9,8 +10,8 @@
 
 namespace kestrant {
 
-/// The pages of the introduction, and the drawn notch on which its gestures are tried out: it behaves as the
-/// panel does, with the same settings and sounds. Thread: main.
+/// The pages of the introduction, and the notch on which things are tried out: it behaves as the panel does,
+/// with the same settings and sounds. Thread: main.
 class OnboardingViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -19,24 +20,21 @@ class OnboardingViewModel : public QObject {
     Q_PROPERTY(int pageCount READ pageCount CONSTANT)
     /// The introduction was finished before; what is shown now is a look back.
     Q_PROPERTY(bool isRepeated READ isRepeated NOTIFY pageChanged)
-    /// The drawn notch.
+    /// The notch to try out.
     Q_PROPERTY(NotchInteractionModel* notch READ notch CONSTANT)
-    /// What has been tried out since the window was shown.
-    Q_PROPERTY(bool hovered READ hovered NOTIFY triedChanged)
-    Q_PROPERTY(bool clicked READ clicked NOTIFY triedChanged)
-    Q_PROPERTY(bool swipedDown READ swipedDown NOTIFY triedChanged)
-    Q_PROPERTY(bool swipedUp READ swipedUp NOTIFY triedChanged)
-    Q_PROPERTY(bool addedReminder READ addedReminder NOTIFY triedChanged)
-    Q_PROPERTY(bool searched READ searched NOTIFY triedChanged)
-    Q_PROPERTY(bool undone READ undone NOTIFY triedChanged)
-    Q_PROPERTY(bool triedAll READ triedAll NOTIFY triedChanged)
+    /// Bit by exercise: what has been tried out since the window was shown.
+    Q_PROPERTY(int tried READ tried NOTIFY triedChanged)
+    /// The first exercise that was not tried out; their number when all were.
+    Q_PROPERTY(int current READ current NOTIFY triedChanged)
 
   public:
     enum class Page { welcome, tutorial, panel, habits, ready };
     Q_ENUM(Page)
 
-    enum class Gesture { hover, click, swipeDown, swipeUp, newReminder, find, undo };
-    Q_ENUM(Gesture)
+    /// In the order in which they are offered.
+    enum class Exercise { open, complete, drag, menu, add, undo };
+    Q_ENUM(Exercise)
+    static constexpr int exerciseCount = int(Exercise::undo) + 1;
 
     /// Everything must outlive the view model. `touchpadsScrollNaturally` tells whether what is scrolled
     /// follows the fingers rather than the other way round.
@@ -48,26 +46,22 @@ class OnboardingViewModel : public QObject {
     [[nodiscard]] static int pageCount() { return int(Page::ready) + 1; }
     [[nodiscard]] bool isRepeated() const { return isRepeated_; }
     [[nodiscard]] NotchInteractionModel* notch() { return &notch_; }
-    [[nodiscard]] bool hovered() const { return hasTried(Gesture::hover); }
-    [[nodiscard]] bool clicked() const { return hasTried(Gesture::click); }
-    [[nodiscard]] bool swipedDown() const { return hasTried(Gesture::swipeDown); }
-    [[nodiscard]] bool swipedUp() const { return hasTried(Gesture::swipeUp); }
-    [[nodiscard]] bool addedReminder() const { return hasTried(Gesture::newReminder); }
-    [[nodiscard]] bool searched() const { return hasTried(Gesture::find); }
-    [[nodiscard]] bool undone() const { return hasTried(Gesture::undo); }
-    [[nodiscard]] bool triedAll() const { return tried_ == (2U << unsigned(Gesture::undo)) - 1; }
+    [[nodiscard]] int tried() const { return int(tried_); }
+    [[nodiscard]] int current() const;
 
     /// Starts over on a page, with nothing tried out.
     void begin(Page page);
 
-    /// The pointer has come over the drawn notch or left it.
+    /// An exercise was done. Opening counts of itself.
+    void noteTried(Exercise exercise);
+
+    /// The pointer has come over the notch or what hangs from it, or left it.
     Q_INVOKABLE void pointAtNotch(bool inside);
     Q_INVOKABLE void clickNotch();
-    /// Scrolling over the drawn notch as an event tells it: 120 is a click of a wheel, positive away from the
-    /// person. What belongs to one movement acts once.
-    Q_INVOKABLE void scrollNotch(double angle);
-    /// A shortcut was pressed: `newReminder`, `find` or `undo`.
-    Q_INVOKABLE void press(kestrant::OnboardingViewModel::Gesture shortcut);
+    /// Scrolling over the notch as an event tells it: 120 is a click of a wheel, positive away from the
+    /// person. What belongs to one movement acts once. Wheels do nothing, as on the panel. True when it was
+    /// part of a swipe.
+    Q_INVOKABLE bool scrollNotch(double angle);
     Q_INVOKABLE void next();
     Q_INVOKABLE void back();
     /// The last page's button.
@@ -76,16 +70,34 @@ class OnboardingViewModel : public QObject {
   Q_SIGNALS:
     void pageChanged();
     void triedChanged();
-    void pressed(kestrant::OnboardingViewModel::Gesture shortcut);
     void finished();
 
   private:
-    [[nodiscard]] bool hasTried(Gesture gesture) const { return (tried_ >> int(gesture)) & 1U; }
-    void noteTried(Gesture gesture);
+    /// Silent while pages change, and on those that only show the panel.
+    class PageFeedback final : public CuePlayer, public HapticPerformer {
+      public:
+        explicit PageFeedback(const Feedback& feedback) : feedback_(feedback) {}
+        void prepare() override {}
+        void play(Cue cue) override {
+            if (isOn)
+                feedback_.play(cue);
+        }
+        void perform(HapticPattern pattern, HapticProfile) override {
+            if (isOn)
+                feedback_.performHaptic(pattern);
+        }
+        bool isOn = false;
+
+      private:
+        const Feedback& feedback_;
+    };
+    void show(Page page);
 
     Scheduler& scheduler_;
     const Preferences& preferences_;
     std::function<bool()> touchpadsScrollNaturally_;
+    PageFeedback pageFeedback_;
+    Feedback feedback_;
     NotchInteractionModel notch_;
     Page page_ = Page::welcome;
     bool isRepeated_ = false;

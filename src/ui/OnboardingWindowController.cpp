@@ -2,6 +2,7 @@
 
 #include "preferences/Preferences.h"
 #include "ui/Appearance.h"
+#include "ui/OnboardingTrial.h"
 #include "ui/OnboardingViewModel.h"
 #include "ui/SettingsViewModel.h"
 
@@ -26,9 +27,11 @@ OnboardingWindowController::OnboardingWindowController(const Services& services,
     , openApp_(std::move(openApp)) {}
 
 OnboardingWindowController::~OnboardingWindowController() {
+    if (!window_)
+        return;
+    trial_->overlays()->dismissAll();
     // The view goes before what it is bound to.
-    if (window_)
-        window_->setSource({});
+    window_->setSource({});
 }
 
 void OnboardingWindowController::createWindow() {
@@ -44,7 +47,9 @@ void OnboardingWindowController::createWindow() {
     transparent.setAlphaBufferSize(8);
     window_->setFormat(transparent);
     window_->setResizeMode(QQuickView::SizeViewToRootObject);
+    createTrial();
     window_->setInitialProperties({
+        {QStringLiteral("trial"), QVariant::fromValue(trial_.get())},
         {QStringLiteral("onboarding"), QVariant::fromValue(model_.get())},
         {QStringLiteral("settings"), QVariant::fromValue(&services_.settings)},
     });
@@ -60,6 +65,23 @@ void OnboardingWindowController::createWindow() {
     cutCorners();
 }
 
+void OnboardingWindowController::createTrial() {
+    using Exercise = OnboardingViewModel::Exercise;
+    trial_ = std::make_unique<OnboardingTrial>(
+        OnboardingTrial::Services{*window_, services_.engine, services_.localizer, services_.appearance,
+                                  services_.preferences, services_.scheduler, services_.clock,
+                                  services_.calendar, services_.feedback},
+        *model_->notch());
+    const auto count = [this](void (OnboardingTrial::*done)(), Exercise exercise) {
+        connect(trial_.get(), done, model_.get(), [this, exercise] { model_->noteTried(exercise); });
+    };
+    count(&OnboardingTrial::completed, Exercise::complete);
+    count(&OnboardingTrial::rescheduled, Exercise::drag);
+    count(&OnboardingTrial::openedMenu, Exercise::menu);
+    count(&OnboardingTrial::added, Exercise::add);
+    count(&OnboardingTrial::tookBack, Exercise::undo);
+}
+
 void OnboardingWindowController::cutCorners() {
     const double radius = cornerRadius * window_->rootObject()->property("zoom").toDouble();
     QPainterPath outline;
@@ -71,6 +93,8 @@ void OnboardingWindowController::cutCorners() {
 void OnboardingWindowController::show(Page page) {
     if (!window_)
         createWindow();
+    else if (!isVisible())
+        trial_->reset();
     model_->begin(page == Page::welcome ? OnboardingViewModel::Page::welcome
                                         : OnboardingViewModel::Page::tutorial);
     center();

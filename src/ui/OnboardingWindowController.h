@@ -1,5 +1,8 @@
 #pragma once
 
+#include "foundation/Scheduler.h"
+#include "foundation/ZoneCalendar.h"
+
 #include <QObject>
 
 #include <functional>
@@ -12,9 +15,10 @@ namespace kestrant {
 
 class Appearance;
 class Feedback;
+class Localizer;
+class OnboardingTrial;
 class OnboardingViewModel;
 class Preferences;
-class Scheduler;
 class SettingsViewModel;
 
 /// Owns the window that introduces the program: what it is, its gestures tried out on a drawn notch, the
@@ -28,10 +32,13 @@ class OnboardingWindowController : public QObject {
     struct Services {
         /// The engine that the panel's views are made in, with its language and appearance.
         QQmlEngine& engine;
+        Localizer& localizer;
         Appearance& appearance;
         Preferences& preferences;
         SettingsViewModel& settings;
         Scheduler& scheduler;
+        Clock& clock;
+        CurrentCalendar& calendar;
         const Feedback& feedback;
         /// Whether what is scrolled follows the fingers on a touchpad; empty where that is not the way.
         std::function<bool()> touchpadsScrollNaturally = {};
@@ -46,7 +53,7 @@ class OnboardingWindowController : public QObject {
     /// Shows the window on a page, in the middle of the screen, in front of everything and with the keyboard
     /// focus; also when it is shown already, or miniaturised.
     void show(Page page);
-    /// Brings the window, which is on the screen, to the front as it is.
+    /// Brings the window, which was shown before, to the front as it is.
     void activate();
     /// Takes the window off the screen, as if it had been finished.
     void orderOut();
@@ -54,10 +61,10 @@ class OnboardingWindowController : public QObject {
     // Null before the first show().
     [[nodiscard]] QQuickView* window() const { return window_.get(); }
     [[nodiscard]] OnboardingViewModel* model() const { return model_.get(); }
+    [[nodiscard]] OnboardingTrial* trial() const { return trial_.get(); }
 
   Q_SIGNALS:
-    /// The person closed the window without finishing. After a first start there is then nothing left to be
-    /// seen of the program, so it should end; the next start begins anew.
+    /// The person closed the window without finishing; activate() brings it back as it was.
     void dismissed();
 
   protected:
@@ -65,6 +72,7 @@ class OnboardingWindowController : public QObject {
 
   private:
     void createWindow();
+    void createTrial();
     void center();
     /// Rounds the window's corners where they cannot be transparent.
     void cutCorners();
@@ -74,6 +82,7 @@ class OnboardingWindowController : public QObject {
     std::function<void()> openApp_;
     std::unique_ptr<OnboardingViewModel> model_;
     std::unique_ptr<QQuickView> window_;
+    std::unique_ptr<OnboardingTrial> trial_;
 };
 
 }  // namespace kestrant

@@ -16,12 +16,14 @@
 #include "reminders/ScriptHost.h"
 #include "services/LaunchAtLoginManager.h"
 #include "ui/Appearance.h"
+#include "ui/CalendarActionHistory.h"
 #include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
 #include "ui/DemoData.h"
 #include "ui/HistoryViewModel.h"
 #include "ui/Localizer.h"
 #include "ui/NewEventViewModel.h"
+#include "ui/OnboardingTrial.h"
 #include "ui/OnboardingViewModel.h"
 #include "ui/OnboardingWindowController.h"
 #include "ui/PanelView.h"
@@ -180,6 +182,7 @@ struct Stage {
     QTemporaryDir folder;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
     ReminderActionHistory actions{time, time};
+    CalendarActionHistory calendarActions{actions};
     AtOnce executor;
     PictureScripts scripts{database};
     FlaggedReminderAutomation automation{scripts, executor, time};
@@ -203,7 +206,8 @@ struct Stage {
         .executor = executor,
         .locale = [this] { return preferences.dateLocale(); },
         .clearReminderDueDate = [](const QString&,
-                                   const std::function<void(tl::expected<void, TextPair>)>&) {}}};
+                                   const std::function<void(tl::expected<void, TextPair>)>&) {},
+        .actions = &calendarActions}};
     NotchInteractionModel interaction{time, preferences, feedback};
     NotchGeometry geometry;
     Localizer localizer{localization};
@@ -247,8 +251,9 @@ struct Stage {
     PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
                     calendarEdit, reminderEdit, history, yearReveal},
                    PanelView::Loading::immediate};
-    OnboardingWindowController onboarding{{*view.engine(), appearance, preferences, settings, time, feedback},
-                                          [] {}};
+    OnboardingWindowController onboarding{
+        {*view.engine(), localizer, appearance, preferences, settings, time, time, calendar, feedback},
+        [] {}};
 
     void addReminders() {
         addDemoData(database, time.now(), calendar.calendar(), localizer.language(),
@@ -293,6 +298,27 @@ struct Stage {
         QRect frame({}, onboarding.window()->size());
         frame.moveCenter(QRect({}, pictureSize).center());
         onboarding.window()->setGeometry(frame);
+        time.advance(Duration(0));
+        QCoreApplication::processEvents();
+        // Drawing is what makes views lay out their items.
+        onboarding.window()->grabWindow();
+    }
+    void clickInIntroduction(QPointF place, Qt::MouseButton button) {
+        sendToIntroduction(QEvent::MouseButtonPress, place, button, button);
+        sendToIntroduction(QEvent::MouseButtonRelease, place, button, Qt::NoButton);
+    }
+    /// Without letting go.
+    void dragInIntroduction(QPointF from, QPointF to) {
+        sendToIntroduction(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
+        for (int step = 1; step <= 4; ++step)
+            sendToIntroduction(QEvent::MouseMove, from + (to - from) * step / 4, Qt::NoButton,
+                               Qt::LeftButton);
+    }
+    void sendToIntroduction(QEvent::Type type, QPointF place, Qt::MouseButton button,
+                            Qt::MouseButtons buttons) {
+        QQuickView& window = *onboarding.window();
+        QMouseEvent event(type, place, window.mapToGlobal(place), button, buttons, Qt::NoModifier);
+        QCoreApplication::sendEvent(&window, &event);
         QCoreApplication::processEvents();
     }
     void focusCalendar() { call("focusCalendar"); }

@@ -162,6 +162,7 @@ std::vector<PictureState> states() {
         {named("empty"),
          [](Stage& stage) {
              stage.database.putCalendar({.title = QStringLiteral("Home")});
+             completeReminders(stage);
              stage.load();
              stage.expand();
          }},
@@ -175,12 +176,14 @@ std::vector<PictureState> states() {
         {named("loading"),
          [](Stage& stage) {
              stage.store.requestAccess();
+             stage.calendarStore.requestAccess();
              stage.expand();
          }},
         {named("denied"),
          [](Stage& stage) {
              stage.database.setAuthorizationStatus(EKAuthorizationStatus::denied);
              stage.store.requestAccess();
+             stage.calendarStore.requestAccess();
              stage.time.advance(Duration(0));
              stage.expand();
          }},
@@ -193,9 +196,20 @@ std::vector<PictureState> states() {
                          text("The folder “Reminders” cannot be read: permission denied.",
                               "Le dossier « Reminders » est illisible : permission refusée.")});
              stage.store.requestAccess();
+             stage.calendarStore.requestAccess();
              stage.time.advance(Duration(0));
              stage.expand();
          }},
+        {named("first-reminder"),
+         [](Stage& stage) {
+             stage.database.putCalendar({.title = QStringLiteral("Home")});
+             stage.load();
+             stage.expand();
+         }},
+        {named("nothing-to-show"), expanded([](Stage& stage) {
+             stage.preferences.setShowReminders(false);
+             stage.preferences.setShowCalendar(false);
+         })},
         {named("lists"), expanded([](Stage& stage) { stage.call("openLists"); })},
         {named("sort"), expanded([](Stage& stage) { stage.call("openSort"); })},
         {named("card-menu"), expanded([](Stage& stage) {
@@ -311,6 +325,7 @@ std::vector<PictureState> states() {
         {named("delete-event-failed"), expanded([visit](Stage& stage) {
              chooseForRow(stage, visit, 2);
              fillDisk(stage, InMemoryEventStore::Operation::remove);
+             stage.press(Qt::Key_Tab);
              stage.press(Qt::Key_Return);
              stage.time.advance(Duration(0));
          })},

@@ -1,5 +1,6 @@
 #include "ui/SettingsViewModel.h"
 
+#include "preferences/PreferenceKeys.h"
 #include "preferences/Preferences.h"
 #include "services/LaunchAtLoginManager.h"
 #include "ui/Localizer.h"
@@ -52,6 +53,16 @@ double SettingsViewModel::autoCloseDelay() const {
 
 void SettingsViewModel::setAutoCloseDelay(double seconds) {
     preferences_.setAutoCloseDelay(seconds);
+}
+
+bool SettingsViewModel::invertsSwipes() const {
+    return preferences_.defaults()
+        .boolean(preferenceKeys::invertsSwipes)
+        .value_or(preferenceKeys::invertsSwipes.defaultValue);
+}
+
+void SettingsViewModel::setInvertsSwipes(bool inverts) {
+    preferences_.defaults().set(preferenceKeys::invertsSwipes, inverts);
 }
 
 QString SettingsViewModel::material() const {

@@ -6,23 +6,24 @@ import unittest
 
 from harness import IDLE, PROGRAM, DesktopTest, stop, wait_until
 
-SIZE = (720, 560)
+SIZE = (720, 536)
 ACCENT = (0x0A, 0x84, 0xFF)
-DONE = (0x30, 0xD1, 0x58)
+DONE = (0x35, 0xD1, 0x5C)
 LAST_PAGE = 4
 
 # Places in the introduction's window.
-FORWARD = (640, 520)
+FORWARD = (640, 494)
 CLOSE = (695, 24)
-FRENCH = (428, 404)
+FRENCH = (630, 280)
 NOTCH = (360, 8)
-FIRST_TICK = (40, 320, 62, 350)
-CALENDAR_SWITCH = (323, 373)
+FIRST_TICK = (50, 322, 74, 346)
+CALENDAR_SWITCH = (330, 393)
+OTHER_FOLDER = (460, 381)
 
 
 def mark_of(page):
     """The middle of the mark that tells which page is shown."""
-    return 332 + 14 * page, 520
+    return 332 + 14 * page, 494
 
 
 class FirstRunTest(DesktopTest):
@@ -132,15 +133,35 @@ class FirstRunTest(DesktopTest):
         self.desktop.key("Escape")
         self.wait_for_circles(1)
 
-    def test_closing_the_introduction_ends_the_program_and_the_next_start_begins_anew(self):
+    def test_a_folder_that_is_asked_for_and_not_given_is_not_dropped(self):
+        self.introduce()
+        for page in range(1, LAST_PAGE):
+            self.desktop.key("Return")
+            self.wait_for_page(page)
+        self.desktop.click(*self.place(OTHER_FOLDER))
+        self.desktop.click(*self.place(FORWARD))
+        # The keyboard is where the folder is written.
+        chosen = self.data.parent / "elsewhere"
+        self.desktop.type(str(chosen))
+        self.desktop.click(*self.place(FORWARD))
+        self.wait_for_page(LAST_PAGE)
+        self.wait_for_preference("kestrantEventStore", f"vdir:{chosen}")
+
+    def test_closing_the_introduction_leaves_a_notch_that_brings_it_back(self):
         self.introduce()
         self.desktop.key("Escape")
         self.desktop.key("Return")
         self.wait_for_page(1)
         self.desktop.click(*self.place(CLOSE))
-        self.assertEqual(self.program.wait(20), 0)
+        self.point_away()
+        self.wait_for_panel(IDLE)
+        wait_until(lambda: self.desktop.focused_window() != self.window, "the introduction has gone")
+        self.assertIsNone(self.program.poll())
         self.assertNotIn("kestrantCompletedInitialOnboarding", self.preferences())
-        self.introduce()
+        self.desktop.click(self.middle, 10)
+        wait_until(lambda: self.desktop.focused_window() == self.window, "the introduction is back")
+        self.wait_for_page(1)
+        self.assertIsNone(self.program.poll())
 
     def test_asking_for_the_panel_before_the_end_brings_the_introduction_to_the_front(self):
         self.introduce()

@@ -161,8 +161,8 @@ TEST_F(ReminderStoreChanges, AFirstListThatCannotBeMadeIsToldWithItsReason) {
     loadedStore();
     ASSERT_EQ(create(newReminder("x")), Code::unableToCreateInitialList);
     EXPECT_EQ(ended.error->message(),
-              text("Kestrant couldn’t create the first list in Apple Reminders. The disk is full.",
-                   "Kestrant n’a pas pu créer la première liste dans Apple Rappels. Le disque est plein."));
+              text("Kestrant couldn’t create the first list in your reminders. The disk is full.",
+                   "Kestrant n’a pas pu créer la première liste dans vos rappels. Le disque est plein."));
 }
 
 TEST_F(ReminderStoreChanges, AnEditThatChangesNothingWritesNothing) {

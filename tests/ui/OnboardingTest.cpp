@@ -1,3 +1,4 @@
+#include "ui/OnboardingTrial.h"
 #include "ui/OnboardingViewModel.h"
 #include "ui/OnboardingWindowController.h"
 #include "ui/PanelProgram.h"
@@ -14,7 +15,7 @@ using namespace kestrant::test;
 namespace {
 
 using Page = OnboardingViewModel::Page;
-using Gesture = OnboardingViewModel::Gesture;
+using Exercise = OnboardingViewModel::Exercise;
 
 /// The program with its introduction, shown or not.
 struct Introduction : PanelProgram {
@@ -37,6 +38,13 @@ struct Introduction : PanelProgram {
         QTest::keyClick(&window(), key, modifiers);
         QCoreApplication::processEvents();
     }
+    void type(const char* text) {
+        for (const QChar letter : QString::fromUtf8(text)) {
+            QKeyEvent down(QEvent::KeyPress, letter.toUpper().unicode(), Qt::NoModifier, letter);
+            QCoreApplication::sendEvent(&window(), &down);
+        }
+        QCoreApplication::processEvents();
+    }
     [[nodiscard]] QQuickItem& item(const char* name) {
         return *window().rootObject()->findChild<QQuickItem*>(QString::fromUtf8(name));
     }
@@ -55,10 +63,13 @@ struct Introduction : PanelProgram {
     SettingsViewModel choices{
         preferences, localizer, feedbackForm, {.dataStore = {.defaultFolder = folder.path()}}};
     OnboardingWindowController controller{{.engine = *view.engine(),
+                                           .localizer = localizer,
                                            .appearance = appearance,
                                            .preferences = preferences,
                                            .settings = choices,
                                            .scheduler = time,
+                                           .clock = time,
+                                           .calendar = calendar,
                                            .feedback = feedback,
                                            .touchpadsScrollNaturally = [this] { return naturalTouchpad; }},
                                           [this] { ++opened; }};
@@ -103,10 +114,11 @@ TEST(Onboarding, NamesEveryControlThatTabReaches) {
         {Page::welcome, {"Language", "Continue", "Close"}},
         {Page::tutorial, {"Notch to try out", "Back", "Continue", "Close"}},
         {Page::panel,
-         {"Reminders", "Calendar", "Reminders in the calendar", "Order", "Share", "Material", "Back",
+         {"Reminders", "Calendar", "Reminders in the calendar", "First", "Share", "Material", "Back",
           "Continue", "Close"}},
         {Page::habits,
-         {"Notch to try out", "Opens", "Sounds", "Reminders and events", "Back", "Continue", "Close"}},
+         {"Notch to try out", "Opens", "Sounds", "Reminders and events are kept", "Back", "Continue",
+          "Close"}},
         {Page::ready, {"Back", "Start", "Close"}},
     };
     Introduction program;
@@ -165,6 +177,34 @@ TEST(Onboarding, TakesEachChoiceOverAtOnce) {
     EXPECT_EQ(program.choices.dataStore()->kind(), QStringLiteral("default")) << "no folder was given";
 }
 
+TEST(Onboarding, KeepsThePageUntilTheFolderThatWasAskedForIsGiven) {
+    Introduction program;
+    program.show();
+    program.goTo(Page::habits);
+    DataStoreViewModel& store = *program.choices.dataStore();
+    const auto proceed = [&] {
+        program.item("onboarding.forward").forceActiveFocus();
+        program.key(Qt::Key_Return);
+    };
+    store.setKind(QStringLiteral("folder"));
+    proceed();
+    EXPECT_EQ(program.model().page(), Page::habits);
+    EXPECT_TRUE(program.reads("Write which folder, or choose another place."));
+    EXPECT_EQ(program.focusedName(), QStringLiteral("Folder of reminders and events"));
+    program.type("calendars");
+    proceed();
+    EXPECT_EQ(program.model().page(), Page::habits);
+    EXPECT_TRUE(program.reads("Write the whole path, from / or ~ on."));
+    EXPECT_TRUE(program.reads("calendars")) << "what was written stays to be mended";
+    store.setKind(QStringLiteral("default"));
+    store.setKind(QStringLiteral("folder"));
+    program.item("onboarding.forward").forceActiveFocus();
+    store.chooseFolder(program.folder.filePath(QStringLiteral("elsewhere")));
+    proceed();
+    EXPECT_EQ(program.model().page(), Page::ready);
+    EXPECT_EQ(store.kind(), QStringLiteral("folder"));
+}
+
 TEST(Onboarding, IsDismissedOnlyByClosingItsWindow) {
     Introduction program;
     QSignalSpy dismissed(&program.controller, &OnboardingWindowController::dismissed);
@@ -184,52 +224,120 @@ TEST(Onboarding, IsDismissedOnlyByClosingItsWindow) {
     EXPECT_EQ(program.opened, 0);
 }
 
-TEST(Onboarding, TicksOffEachGestureOnTheDrawnNotch) {
-    Introduction program;
-    program.show(OnboardingWindowController::Page::tutorial);
-    const QPoint onNotch(360, 8);
-    const QPoint away(360, 400);
-    QTest::mouseMove(&program.window(), onNotch);
-    QCoreApplication::processEvents();
-    EXPECT_TRUE(program.model().hovered());
+/// The page on which things are tried out, its panel open and filled.
+struct Trying : Introduction {
+    Trying() {
+        show(OnboardingWindowController::Page::tutorial);
+        time.advance(std::chrono::seconds(1));
+        // Where the pointer rests when the window comes was not chosen.
+        point(onPage);
+        point(onNotch);
+        settleWindow();
+    }
+    void point(QPoint at) {
+        QTest::mouseMove(&window(), at);
+        QCoreApplication::processEvents();
+    }
+    void click(QPoint at, Qt::MouseButton button = Qt::LeftButton) {
+        QTest::mouseClick(&window(), button, {}, at);
+        settleWindow();
+    }
+    void pass(Duration duration) {
+        time.advance(duration);
+        settleWindow();
+    }
+    [[nodiscard]] OnboardingTrial& trial() { return *controller.trial(); }
+    [[nodiscard]] QStringList titles() {
+        QStringList titles;
+        for (const ReminderTask& task : trial().reminders()->cards()->tasks())
+            titles.append(task.title);
+        return titles;
+    }
+    [[nodiscard]] bool hasTried(Exercise exercise) { return (model().tried() >> int(exercise)) & 1; }
+
+    static constexpr QPoint onNotch{360, 8};
+    static constexpr QPoint onPage{360, 400};
+    /// In the picture: the first card, its circle, a day while a card is carried.
+    static constexpr QPoint firstCard{160, 55};
+    static constexpr QPoint firstCircle{83, 41};
+    static constexpr QPoint aDay{620, 130};
+};
+
+TEST(OnboardingTrial, TicksOffWhatIsDoneOnItsPanelAndChangesNothingElse) {
+    Trying program;
     EXPECT_TRUE(program.model().notch()->isExpanded());
-    QTest::mouseClick(&program.window(), Qt::LeftButton, {}, onNotch);
-    EXPECT_TRUE(program.model().clicked());
-    EXPECT_FALSE(program.model().notch()->isExpanded());
-    QTest::mouseMove(&program.window(), away);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(program.model().notch()->phase(), NotchPhase::idle);
+    EXPECT_TRUE(program.hasTried(Exercise::open));
+    const QStringList before = program.titles();
+    ASSERT_GT(before.size(), 6);
+
+    program.click(Trying::firstCircle);
+    EXPECT_FALSE(program.hasTried(Exercise::complete));
+    program.pass(std::chrono::seconds(2));
+    EXPECT_TRUE(program.hasTried(Exercise::complete));
+    EXPECT_EQ(program.titles(), before.mid(1));
+
+    QTest::mousePress(&program.window(), Qt::LeftButton, {}, Trying::firstCard);
+    for (int step = 1; step <= 4; ++step)
+        program.point(Trying::firstCard + (Trying::aDay - Trying::firstCard) * step / 4);
+    EXPECT_TRUE(program.trial().isCarrying());
+    QTest::mouseRelease(&program.window(), Qt::LeftButton, {}, Trying::aDay);
+    program.pass(std::chrono::seconds(1));
+    EXPECT_TRUE(program.hasTried(Exercise::drag));
+
+    program.click(Trying::firstCard, Qt::RightButton);
+    EXPECT_TRUE(program.hasTried(Exercise::menu));
+    EXPECT_TRUE(program.reads("Complete"));
+    program.key(Qt::Key_Escape);
 
     program.key(Qt::Key_N, Qt::ControlModifier);
-    EXPECT_TRUE(program.model().addedReminder());
-    EXPECT_TRUE(program.model().notch()->isExpanded());
-    EXPECT_TRUE(program.reads("New reminder"));
-    program.key(Qt::Key_F, Qt::ControlModifier);
+    program.type("paint");
+    program.key(Qt::Key_Return);
+    program.pass(std::chrono::seconds(1));
+    EXPECT_TRUE(program.hasTried(Exercise::add));
+    EXPECT_TRUE(program.titles().contains(QStringLiteral("paint")));
+
+    EXPECT_EQ(program.model().current(), int(Exercise::undo));
     program.key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_TRUE(program.model().searched());
-    EXPECT_TRUE(program.model().undone());
-    EXPECT_FALSE(program.model().triedAll());
-    program.model().scrollNotch(120);
-    program.time.advance(std::chrono::seconds(1));
-    program.model().scrollNotch(-120);
-    EXPECT_TRUE(program.model().triedAll());
+    program.pass(std::chrono::seconds(1));
+    EXPECT_FALSE(program.titles().contains(QStringLiteral("paint")));
+    EXPECT_EQ(program.model().current(), OnboardingViewModel::exerciseCount);
     EXPECT_TRUE(program.reads("That is all there is to it"));
 
+    EXPECT_TRUE(program.store.tasks().empty());
+    EXPECT_TRUE(program.database.reminders().empty());
+    EXPECT_TRUE(program.ledger.sortedRecords().empty());
+    EXPECT_FALSE(program.actions.canUndo());
+}
+
+TEST(OnboardingTrial, FoldsWhenThePointerLeavesAndBeginsAnewWithTheWindow) {
+    Trying program;
+    const QStringList before = program.titles();
+    program.point(Trying::onPage);
+    program.pass(std::chrono::seconds(1));
+    EXPECT_EQ(program.model().notch()->phase(), NotchPhase::idle);
+    program.model().clickNotch();
+    program.click(Trying::firstCircle);
+    program.pass(std::chrono::seconds(2));
+    EXPECT_NE(program.titles(), before);
+    program.window().close();
     program.show(OnboardingWindowController::Page::tutorial);
-    EXPECT_FALSE(program.model().hovered());
-    EXPECT_FALSE(program.model().notch()->isExpanded());
+    program.pass(std::chrono::seconds(1));
+    EXPECT_EQ(program.titles(), before);
+    EXPECT_EQ(program.model().tried(), 0);
+    program.preferences.setLanguage(Language::french);
+    program.pass(std::chrono::seconds(1));
+    EXPECT_TRUE(program.titles().contains(QStringLiteral("Arroser les plantes")));
 }
 
 TEST(Onboarding, OnlyGrowsUnderThePointerWhenAClickIsAskedFor) {
     Introduction program;
     program.preferences.setRequiresClickOrSwipeToExpand(true);
     program.show(OnboardingWindowController::Page::tutorial);
-    EXPECT_TRUE(program.reads("Point at it: it grows a little"));
+    EXPECT_TRUE(program.reads("Click the notch"));
     program.model().pointAtNotch(true);
     program.time.advance(std::chrono::seconds(5));
     EXPECT_EQ(program.model().notch()->phase(), NotchPhase::hovering);
-    program.item("onboarding.notch").forceActiveFocus();
-    program.model().clickNotch();
+    QTest::mouseClick(&program.window(), Qt::LeftButton, {}, Trying::onNotch);
     EXPECT_TRUE(program.model().notch()->isExpanded());
 }
 
@@ -238,12 +346,11 @@ TEST(Onboarding, ReadsTheDirectionOfASwipeFromTheDevice) {
         const char* what;
         std::vector<double> angles;
         bool natural;
-        bool down;
-        bool up;
+        bool opens;
+        bool closes;
     };
     const Case cases[] = {
-        {"a wheel turned towards the person", {-120}, false, true, false},
-        {"a wheel under natural touchpads", {-120}, true, true, false},
+        {"a wheel turned towards the person", {-120}, false, false, false},
         {"fingers downwards", {-9, -14, -20}, false, true, false},
         {"fingers downwards, content with them", {9, 14, 20}, true, true, false},
         {"fingers upwards", {9, 14, 20}, false, false, true},
@@ -256,9 +363,12 @@ TEST(Onboarding, ReadsTheDirectionOfASwipeFromTheDevice) {
         program.show(OnboardingWindowController::Page::tutorial);
         for (const double angle : one.angles)
             program.model().scrollNotch(angle);
-        EXPECT_EQ(program.model().swipedDown(), one.down) << one.what;
-        EXPECT_EQ(program.model().swipedUp(), one.up) << one.what;
-        EXPECT_EQ(program.model().notch()->isExpanded(), one.down) << one.what;
+        EXPECT_EQ(program.model().notch()->isExpanded(), one.opens) << one.what;
+        program.model().notch()->expand();
+        program.time.advance(std::chrono::seconds(1));
+        for (const double angle : one.angles)
+            program.model().scrollNotch(angle);
+        EXPECT_EQ(program.model().notch()->isExpanded(), !one.closes) << one.what;
     }
 }
 

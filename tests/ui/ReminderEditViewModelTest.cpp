@@ -82,7 +82,7 @@ TEST(ReminderEditViewModel, WritesNothingWhenNothingWasChanged) {
         aReminder("id"),
         aReminder("id").due(tuesday),
         aReminder("id").due(tuesday, QTime(9, 30, 12)),
-        aReminder("id").due(tuesday, QTime(9, 30), QByteArray("America/New_York")),
+        aReminder("id").due(tuesday, QTime(9, 30), "America/New_York"),
         aReminder("id").priority(3),
         aReminder("id").titled(QStringLiteral(" spaced ")),
     };
@@ -177,7 +177,7 @@ TEST(ReminderEditViewModel, SaysWhyItCouldNotSaveAndKeepsEverythingAsWritten) {
              test.form.setListId(test.work);
              test.database.dropCalendar(test.work);
          },
-         "This Reminders list is no longer available."},
+         "This list of reminders is no longer available."},
         {[](Editing& test) { test.form.setTitle(QStringLiteral("  ")); },
          "The reminder title cannot be empty."},
         {[](Editing& test) { test.form.setDueTime(QStringLiteral("soon")); }, "Enter the time like 9:30."},

@@ -1,10 +1,14 @@
 #include "platform/linux/QtScreenProvider.h"
 
+#include "platform/linux/CameraHousing.h"
 #include "platform/linux/ScreenCoordinates.h"
 
 #include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
+
+#include <algorithm>
+#include <utility>
 
 namespace kestrant {
 
@@ -15,16 +19,31 @@ bool isReal(const QScreen* screen) {
     return screen && !screen->name().isEmpty() && !screen->geometry().isEmpty();
 }
 
-Screen describe(const QScreen& screen) {
-    Screen result;
-    result.name = screen.name();
-    result.frame = flipped(QRectF(screen.geometry()));
-    return result;
+/// Whether a display is part of the machine. Where none says so by its name, as behind a compositor that
+/// names them all alike, the main one is taken for it.
+bool mayHaveHousing(const QScreen& screen) {
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    const bool named = std::any_of(screens.begin(), screens.end(),
+                                   [](const QScreen* each) { return isBuiltIn(each->name()); });
+    return named ? isBuiltIn(screen.name()) : &screen == QGuiApplication::primaryScreen();
 }
 
 }  // namespace
 
-QtScreenProvider::QtScreenProvider() {
+Screen QtScreenProvider::describe(const QScreen& screen) const {
+    Screen result;
+    result.name = screen.name();
+    result.frame = flipped(QRectF(screen.geometry()));
+    if (!mayHaveHousing(screen))
+        return result;
+    const CameraHousings housings{cameraHousing_ ? cameraHousing_() : QString(), compatible_};
+    const auto housing = housings.of(result);
+    return housing ? withCameraHousing(result, *housing) : result;
+}
+
+QtScreenProvider::QtScreenProvider(std::function<QString()> cameraHousing)
+    : cameraHousing_(std::move(cameraHousing))
+    , compatible_(readCompatible()) {
     for (QScreen* screen : QGuiApplication::screens())
         watch(screen);
     connect(qGuiApp, &QGuiApplication::screenAdded, this, [this](QScreen* screen) {

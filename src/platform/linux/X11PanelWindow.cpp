@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace kestrant {
 
@@ -38,11 +39,14 @@ bool isEditingText() {
     return query.value(Qt::ImEnabled).toBool();
 }
 
-void append(std::vector<xcb_rectangle_t>& region, const std::vector<QRect>& rectangles) {
+std::vector<xcb_rectangle_t> toServer(const std::vector<QRect>& rectangles) {
+    std::vector<xcb_rectangle_t> result;
+    result.reserve(rectangles.size());
     for (const QRect& rectangle : rectangles)
-        region.push_back({static_cast<int16_t>(rectangle.x()), static_cast<int16_t>(rectangle.y()),
+        result.push_back({static_cast<int16_t>(rectangle.x()), static_cast<int16_t>(rectangle.y()),
                           static_cast<uint16_t>(rectangle.width()),
                           static_cast<uint16_t>(rectangle.height())});
+    return result;
 }
 
 /// Has the server keep what is drawn where it is on the screen when the window grows or shrinks about the
@@ -60,6 +64,7 @@ X11PanelWindow::X11PanelWindow(QWindow& window, Scheduler& scheduler)
     : window_(window)
     , scheduler_(scheduler)
     , server_(X11Connection::ofApplication())
+    , isXWayland_(server_.isXWayland())
     , scroll_(server_, desktopScrollsNaturally())
     , gestures_(scheduler,
                 [this](const ScrollEvent& event) { return handler_ && handler_->scrollWheel(event); }) {
@@ -77,6 +82,10 @@ X11PanelWindow::X11PanelWindow(QWindow& window, Scheduler& scheduler)
 X11PanelWindow::~X11PanelWindow() {
     if (qGuiApp)
         qGuiApp->removeNativeEventFilter(this);
+}
+
+void X11PanelWindow::setTouchpadDirection(std::optional<bool> isNatural, bool isInverted) {
+    scroll_.setAssumeNaturalScrolling(isNatural.value_or(desktopScrollsNaturally()) != isInverted);
 }
 
 bool X11PanelWindow::isManaged() const {
@@ -126,32 +135,39 @@ void X11PanelWindow::setSurfaces(const std::vector<PanelSurface>& surfaces) {
 }
 
 void X11PanelWindow::applyShapes() {
-    const auto id = static_cast<xcb_window_t>(window_.winId());
     const double scale = window_.devicePixelRatio();
-    const auto set = [this, id](xcb_shape_kind_t kind, const std::vector<xcb_rectangle_t>& rectangles) {
-        xcb_shape_rectangles(server_.get(), XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_UNSORTED, id, 0, 0,
-                             static_cast<uint32_t>(rectangles.size()), rectangles.data());
-    };
-    std::vector<xcb_rectangle_t> drawn;
-    append(drawn, pixelRectangles(shape_, window_.width(), scale));
-    std::vector<xcb_rectangle_t> reached = drawn;
+    std::vector<QRect> drawn = pixelRectangles(shape_, window_.width(), scale);
+    std::vector<QRect> reached = drawn;
     for (const PanelSurface& surface : surfaces_) {
         const QRectF frame = surface.frame.translated(-inPanel(QPointF()));
         const std::vector<QRect> pixels = roundedPixelRectangles(frame, surface.cornerRadius, scale);
-        append(reached, pixels);
+        reached.insert(reached.end(), pixels.begin(), pixels.end());
         if (surface.kind != PanelSurface::Kind::gap)
-            append(drawn, pixels);
+            drawn.insert(drawn.end(), pixels.begin(), pixels.end());
     }
-    if (ignoresMouseEvents_) {
-        reached.clear();
-        append(reached, pixelRectangles(NotchContainerShape{restingArea_}, window_.width(), scale));
-    }
+    if (ignoresMouseEvents_)
+        reached = pixelRectangles(NotchContainerShape{restingArea_}, window_.width(), scale);
     if (compositor_.isCompositing())
-        xcb_shape_mask(server_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, id, 0, 0, XCB_PIXMAP_NONE);
-    else
-        set(XCB_SHAPE_SK_BOUNDING, drawn);
-    set(XCB_SHAPE_SK_INPUT, reached);
+        drawn.clear();
+    // A compositor has work with every request, whether or not it changes something.
+    setRegion(XCB_SHAPE_SK_BOUNDING, std::move(drawn), bounding_);
+    setRegion(XCB_SHAPE_SK_INPUT, std::move(reached), input_);
     server_.flush();
+}
+
+void X11PanelWindow::setRegion(xcb_shape_kind_t kind, std::vector<QRect> rectangles,
+                               std::optional<std::vector<QRect>>& present) {
+    if (present == rectangles)
+        return;
+    present = std::move(rectangles);
+    const auto id = static_cast<xcb_window_t>(window_.winId());
+    if (kind == XCB_SHAPE_SK_BOUNDING && present->empty()) {
+        xcb_shape_mask(server_.get(), XCB_SHAPE_SO_SET, kind, id, 0, 0, XCB_PIXMAP_NONE);
+        return;
+    }
+    const std::vector<xcb_rectangle_t> region = toServer(*present);
+    xcb_shape_rectangles(server_.get(), XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_UNSORTED, id, 0, 0,
+                         static_cast<uint32_t>(region.size()), region.data());
 }
 
 void X11PanelWindow::setPanelLevel() {

@@ -11,10 +11,14 @@
 #include <QAbstractNativeEventFilter>
 #include <QObject>
 #include <QPointF>
+#include <QRect>
 #include <QRectF>
 #include <QSizeF>
 #include <QWindow>
 
+#include <xcb/shape.h>
+
+#include <optional>
 #include <vector>
 
 namespace kestrant {
@@ -44,6 +48,11 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     /// Whether what is scrolled follows the fingers on the touchpad.
     [[nodiscard]] bool touchpadScrollsNaturally() const { return scroll_.touchpadScrollsNaturally(); }
 
+    /// How touchpads scroll that do not tell it themselves, as behind XWayland: as the compositor says, where
+    /// that is known, or the other way round.
+    void setTouchpadDirection(std::optional<bool> isNatural, bool isInverted);
+    /// The display is a nested server's, whose devices do not tell how they scroll.
+    [[nodiscard]] bool isXWayland() const { return isXWayland_; }
 
     void setEventHandler(PanelEventHandler* handler) override { handler_ = handler; }
     void setFrame(const QRectF& frame) override;
@@ -73,12 +82,15 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     [[nodiscard]] QPointF inPanel(QPointF inWindow) const;
     void placeWindow();
     void applyShapes();
+    void setRegion(xcb_shape_kind_t kind, std::vector<QRect> rectangles,
+                   std::optional<std::vector<QRect>>& present);
     void askForKey();
     void focusArrived(const xcb_focus_in_event_t& event);
 
     QWindow& window_;
     Scheduler& scheduler_;
     X11Connection server_;
+    bool isXWayland_;
     KeyFocus focus_;
     CompositorWatcher compositor_;
     XInputScroll scroll_;
@@ -91,6 +103,9 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
     QSizeF extent_;
     NotchContainerShape shape_;
     std::vector<PanelSurface> surfaces_;
+    /// As the server has them; a window without a bounding region is seen in full.
+    std::optional<std::vector<QRect>> bounding_;
+    std::optional<std::vector<QRect>> input_;
     QSizeF restingArea_;
     bool ignoresMouseEvents_ = false;
     bool isKey_ = false;

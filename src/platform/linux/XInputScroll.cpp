@@ -104,6 +104,13 @@ void XInputScroll::refresh() {
     }
 }
 
+void XInputScroll::setAssumeNaturalScrolling(bool assumed) {
+    if (assumed == assumeNaturalScrolling_)
+        return;
+    assumeNaturalScrolling_ = assumed;
+    refresh();
+}
+
 bool XInputScroll::touchpadScrollsNaturally() const {
     bool scrollsNaturally = false;
     for (const auto& [id, device] : devices_) {

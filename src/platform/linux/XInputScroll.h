@@ -19,6 +19,8 @@ class XInputScroll {
     /// `assumeNaturalScrolling` is the direction of devices that do not tell theirs.
     XInputScroll(const X11Connection& server, bool assumeNaturalScrolling);
 
+    void setAssumeNaturalScrolling(bool assumed);
+
     /// Reads devices, their settings and their totals anew: when the pointer comes in (it may have scrolled
     /// elsewhere), and when devices come and go. A few round trips.
     void refresh();

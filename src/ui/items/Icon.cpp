@@ -222,6 +222,22 @@ Drawing priority() {
     return drawing;
 }
 
+Drawing mouse() {
+    Drawing drawing;
+    drawing.lines.addRoundedRect(QRectF(4, 2.5, 8, 11), 4, 4);
+    polyline(drawing.lines, {{8, 2.5}, {8, 6.5}, {12, 6.5}});
+    return drawing;
+}
+
+Drawing eye() {
+    Drawing drawing;
+    drawing.lines.moveTo(1.75, 8);
+    drawing.lines.cubicTo(4.5, 2.9, 11.5, 2.9, 14.25, 8);
+    drawing.lines.cubicTo(11.5, 13.1, 4.5, 13.1, 1.75, 8);
+    drawing.lines.addEllipse(QPointF(8, 8), 2, 2);
+    return drawing;
+}
+
 const Drawing& drawingOf(const QString& name) {
     static const QHash<QString, Drawing> drawings{
         {QStringLiteral("search"), search()},
@@ -249,6 +265,8 @@ const Drawing& drawingOf(const QString& name) {
         {QStringLiteral("bell"), bell()},
         {QStringLiteral("notes"), notes()},
         {QStringLiteral("priority"), priority()},
+        {QStringLiteral("mouse"), mouse()},
+        {QStringLiteral("eye"), eye()},
     };
     static const Drawing nothing;
     const auto found = drawings.constFind(name);

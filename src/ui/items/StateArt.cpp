@@ -56,8 +56,10 @@ void drawSheet(QPainter& painter, double angle, int lightness, bool written) {
 }
 
 QColor badgeColor(const QString& kind) {
-    if (kind == QLatin1String("nothingFound"))
+    if (kind == QLatin1String("nothingFound") || kind == QLatin1String("new"))
         return {0x0a, 0x84, 0xff};
+    if (kind == QLatin1String("off"))
+        return {0xa3, 0xa5, 0xaf};
     if (kind == QLatin1String("denied"))
         return {0xff, 0x9f, 0x0a};
     if (kind == QLatin1String("failed"))
@@ -73,6 +75,14 @@ void drawSign(QPainter& painter, const QString& kind, const QColor& color) {
     if (kind == QLatin1String("nothingFound")) {
         painter.drawEllipse(QPointF(-1.2, -1.2), 4.6, 4.6);
         painter.drawLine(QPointF(2.4, 2.4), QPointF(5.6, 5.6));
+    } else if (kind == QLatin1String("new")) {
+        painter.drawLine(QPointF(-5, 0), QPointF(5, 0));
+        painter.drawLine(QPointF(0, -5), QPointF(0, 5));
+    } else if (kind == QLatin1String("off")) {
+        // A switch that is off.
+        painter.drawRoundedRect(QRectF(-7, -4, 14, 8), 4, 4);
+        painter.setBrush(color);
+        painter.drawEllipse(QPointF(-3, 0), 1.2, 1.2);
     } else if (kind == QLatin1String("denied")) {
         QPainterPath bow(QPointF(-3.2, -0.5));
         bow.lineTo(-3.2, -3);

@@ -9,7 +9,7 @@ namespace kestrant {
 class StateArt : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
-    /// "empty", "allDone", "nothingFound", "denied" or "failed".
+    /// "empty", "new", "allDone", "nothingFound", "off", "denied" or "failed".
     Q_PROPERTY(QString kind MEMBER kind_ NOTIFY kindChanged)
     /// "reminders" or "calendar".
     Q_PROPERTY(QString subject MEMBER subject_ NOTIFY subjectChanged)

@@ -4,12 +4,14 @@
 
 namespace kestrant {
 
-/// A drawn desktop picture with rounded upper corners.
+/// A drawn desktop picture, hills below a sky, with rounded upper corners.
 class Wallpaper : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     /// Points; 0 for square corners.
     Q_PROPERTY(double radius MEMBER radius_ NOTIFY radiusChanged)
+    /// Dusk in violet, else in green.
+    Q_PROPERTY(bool warm MEMBER warm_ NOTIFY warmChanged)
 
   public:
     explicit Wallpaper(QQuickItem* parent = nullptr);
@@ -17,9 +19,11 @@ class Wallpaper : public QQuickPaintedItem {
 
   Q_SIGNALS:
     void radiusChanged();
+    void warmChanged();
 
   private:
     double radius_ = 0;
+    bool warm_ = true;
 };
 
 }  // namespace kestrant

@@ -11,7 +11,7 @@ Item {
 
     readonly property string heading: {
         switch (kind) {
-        case "requesting": return Localizer.text("Connecting to Apple Calendar…", "Connexion à Apple Calendrier…")
+        case "requesting": return Localizer.connectingToCalendar
         case "loading": return ""
         case "empty": return Localizer.text("No upcoming events", "Aucun événement à venir")
         case "denied": return Localizer.text("Calendar access is disabled", "L’accès au calendrier est désactivé")
@@ -38,7 +38,7 @@ Item {
         case "empty": return calendar.showsAllEvents
             ? Localizer.text("Return to the current week", "Revenir à la semaine actuelle")
             : Localizer.text("Show your full calendar", "Afficher tout le calendrier")
-        case "denied": return Localizer.text("Open System Settings", "Ouvrir Réglages Système")
+        case "denied": return Localizer.openSystemSettings
         case "failed": return Localizer.text("Try again", "Réessayer")
         default: return ""
         }

@@ -9,7 +9,15 @@ Column {
     /// Only what cannot be done without.
     property bool compact: false
 
-    spacing: 8
+    spacing: compact ? 4 : 8
+
+    /// Whether what was chosen is complete; else it says what is missing, and the keyboard is where that is written.
+    function settle() {
+        if (store.settle(box.text))
+            return true
+        box.forceActiveFocus(Qt.OtherFocusReason)
+        return false
+    }
 
     PlainText {
         visible: fields.store.kind === "default"
@@ -36,7 +44,8 @@ Column {
         TextBox {
             id: box
             width: parent.width - (pick.visible ? pick.width + 8 : 0)
-            text: fields.store.folder
+            // No binding: it would undo what is written whenever something else about the store changes.
+            Component.onCompleted: text = fields.store.folder
             isWrong: fields.store.problem !== ""
             placeholder: Localizer.text("Folder, such as ~/calendars", "Dossier, par exemple ~/agendas")
             spokenName: Localizer.text("Folder of reminders and events", "Dossier des rappels et des événements")

@@ -29,15 +29,17 @@ QtObject {
         overlays.present("confirm", "ConfirmPopover.qml", anchor, isReminder ? {
             form: calendarEdit,
             title: Localizer.text("Remove reminder from calendar?", "Retirer le rappel du calendrier ?"),
-            message: Localizer.text("This clears its due date in Apple Reminders. The reminder stays in its list.",
-                                    "L’échéance sera effacée dans Apple Rappels. Le rappel restera dans sa liste."),
+            subject: calendarEdit.titleOf(row),
+            message: Localizer.clearsDueDate,
             confirmText: Localizer.text("Detach", "Détacher"),
             confirm: () => calendarEdit.detach(row)
         } : {
             form: calendarEdit,
             title: Localizer.text("Delete event?", "Supprimer cet événement ?"),
-            message: Localizer.text("This will delete the event from Apple Calendar.",
-                                    "Cette action supprimera définitivement l’événement d’Apple Calendrier."),
+            subject: calendarEdit.titleOf(row),
+            message: Localizer.deletesEvent(calendarEdit.calendarTitleOf(row)) + (calendarEdit.isRecurring(row)
+                ? " " + Localizer.text("Only this one of its series; the others stay.",
+                                       "Seulement celui-ci de sa série ; les autres restent.") : ""),
             confirmText: Localizer.text("Delete", "Supprimer"),
             confirm: () => calendarEdit.remove(row)
         })

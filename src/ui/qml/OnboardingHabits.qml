@@ -7,14 +7,19 @@ OnboardingPage {
     required property SettingsViewModel settings
 
     title: Localizer.text("How the notch behaves", "Comment réagit l’encoche")
+    explanation: Localizer.text("All of it can be changed later in the settings.",
+                                "Tout se change plus tard dans les réglages.")
 
     component Line: FormLine {
-        width: (page.width - 40) / 2
-        height: 38
+        width: 308
+        height: 42
     }
 
     Component.onCompleted: settings.refresh()
     Component.onDestruction: settings.dataStore.refresh()
+
+    /// Whether nothing that was begun here would be lost.
+    function mayContinue() { return !store.details || store.details.settle() }
 
     Column {
         Line {
@@ -54,7 +59,7 @@ OnboardingPage {
         }
         PlainText {
             visible: text !== ""
-            width: (page.width - 40) / 2
+            width: 308
             text: page.settings.launchAtLoginProblem
             wrapMode: Text.Wrap
             color: Theme.overdue
@@ -63,23 +68,20 @@ OnboardingPage {
             Accessible.name: text
         }
     }
-    Column {
+    RadioList {
+        id: store
+        objectName: "onboarding.store"
         visible: page.settings.dataStore.isOffered
-        x: (page.width + 40) / 2
-        width: (page.width - 40) / 2
-        spacing: 6
-
-        RadioList {
-            objectName: "onboarding.store"
-            width: parent.width
-            title: Localizer.text("Reminders and events", "Rappels et événements")
-            choices: page.settings.dataStore.kinds
-            value: page.settings.dataStore.kind
-            onChosen: rawValue => page.settings.dataStore.kind = rawValue
-        }
-        DataStoreFields {
-            x: 28
-            width: parent.width - x
+        x: page.width - 308
+        y: -6
+        width: 308
+        title: Localizer.text("Reminders and events are kept", "Rappels et événements sont conservés")
+        choices: page.settings.dataStore.kinds
+        value: page.settings.dataStore.kind
+        onChosen: rawValue => page.settings.dataStore.kind = rawValue
+        // Only the folder has something to add.
+        detailsOf: "folder"
+        detailsComponent: DataStoreFields {
             store: page.settings.dataStore
             compact: true
         }

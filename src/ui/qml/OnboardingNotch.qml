@@ -1,146 +1,117 @@
 import QtQuick
 import Kestrant
 
-// The drawn notch at the top edge of the drawn desktop. While it is live it does what the panel would.
+// The panel at the top edge of the drawn desktop, to look at and, while it is live, to use.
 Item {
     id: scene
 
     required property OnboardingViewModel onboarding
+    required property OnboardingTrial trial
     required property SettingsViewModel settings
+    /// What popovers are put upon.
+    required property Item popoverFrame
     property bool live: false
-    property bool forcedOpen: false
+    /// At rest it is drawn larger than life.
+    property bool magnified: false
     /// A sign below shows where it is.
     property bool pointedOut: false
+    /// Words below it; they make way for its own messages.
+    property string hint
 
-    readonly property int phase: forcedOpen ? 2 : live ? onboarding.notch.phase : 0
-    readonly property bool open: phase === 2
+    readonly property bool open: trial.panel.isExpanded
+    readonly property bool inside: live && (trial.overlays.topmost !== "" || (pointer.hovered && isOver(pointer.point.position)))
+    // Later, since what it brings about may change where the panel is.
+    onInsideChanged: Qt.callLater(() => onboarding.pointAtNotch(inside))
 
-    /// What the last shortcut brought up on the open notch.
-    property string shownIcon
-    property string shownText
-    onOpenChanged: if (!open) shownText = ""
-    onLiveChanged: shownText = ""
+    function isOver(place) {
+        const at = panel.mapFromItem(scene, place)
+        const toast = trial.overlays.toast
+        return (at.y <= trial.panel.shapeHeight && Math.abs(at.x - panel.width / 2) <= trial.panel.shapeWidth / 2)
+            || (toast.width > 0 && at.y <= toast.y + toast.height && at.x >= toast.x && at.x <= toast.x + toast.width)
+    }
 
-    NotchOutline {
-        id: outline
-        width: parent.width
-        height: Math.ceil(shapeHeight)
-        shapeWidth: [132, 168, 500][scene.phase]
-        shapeHeight: scene.open ? 176 : 22
-        earRadius: [4, 6, 7][scene.phase]
-        bottomRadius: [8, 10, 18][scene.phase]
-        shadeHeight: scene.settings.material !== "black" ? scene.height : 0
-        borderColor: Theme.outline
-        Behavior on shapeWidth { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-        Behavior on shapeHeight { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-        Behavior on earRadius { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
-        Behavior on bottomRadius { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+    HoverHandler { id: pointer }
+    WheelHandler {
+        enabled: scene.inside
+        onWheel: event => event.accepted = scene.onboarding.scrollNotch(event.angleDelta.y)
     }
     Item {
-        id: area
-        anchors.horizontalCenter: parent.horizontalCenter
-        width: outline.shapeWidth
-        height: outline.shapeHeight
+        anchors.fill: parent
         clip: true
-        enabled: scene.live
-
-        Row {
-            readonly property real sideWidth: (area.width - 120) / 2
-            visible: scene.phase === 1 && area.height < 30
-            width: parent.width
-            height: 22
-            PlainText {
-                width: 26
-                height: parent.height
-                horizontalAlignment: Text.AlignRight
-                verticalAlignment: Text.AlignVCenter
-                text: "3"
-                color: Theme.text
-                font.pixelSize: 10
-                font.weight: Font.DemiBold
-                Accessible.ignored: true
-            }
-            PlainText {
-                width: area.width - 44
-                height: parent.height
-                horizontalAlignment: Text.AlignRight
-                verticalAlignment: Text.AlignVCenter
-                text: "14:00"
-                color: Theme.accentText
-                font.pixelSize: 10
-                font.weight: Font.DemiBold
-                Accessible.ignored: true
-            }
-        }
-        OnboardingPreview {
+        Panel {
+            id: panel
             anchors.horizontalCenter: parent.horizontalCenter
-            width: 500
-            height: 176
-            opacity: scene.open ? 1 : 0
-            visible: opacity > 0
+            width: scene.trial.panel.expandedWidth
+            height: scene.trial.panel.expandedHeight
+            transformOrigin: Item.Top
+            scale: scene.open || !scene.magnified ? 0.64 : 1.6
+            Behavior on scale { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
+            enabled: scene.live
+            takesKeyboard: false
+            loadInBackground: false
+            popoverFrame: scene.popoverFrame
+            panel: scene.trial.panel
+            reminders: scene.trial.reminders
+            calendar: scene.trial.calendar
+            quickAdd: scene.trial.quickAdd
             settings: scene.settings
-            Behavior on opacity { enabled: !Theme.still; NumberAnimation { duration: Theme.leaveDuration } }
-        }
-        Rectangle {
-            visible: scene.open && scene.shownText !== ""
-            anchors.horizontalCenter: parent.horizontalCenter
-            y: 70
-            width: shown.implicitWidth + 32
-            height: 36
-            radius: 12
-            color: "#2a2b31"
-            border.color: Theme.accent
-            border.width: 1.5
-            Row {
-                id: shown
-                anchors.centerIn: parent
-                spacing: 8
-                Icon {
-                    anchors.verticalCenter: parent.verticalCenter
-                    name: scene.shownIcon
-                    color: Theme.accentText
-                }
-                PlainText {
-                    anchors.verticalCenter: parent.verticalCenter
-                    text: scene.shownText
-                    color: Theme.text
-                    font.pixelSize: 13
-                    font.weight: Font.Medium
-                }
-            }
-        }
-        HoverHandler {
-            onHoveredChanged: scene.onboarding.pointAtNotch(hovered)
-        }
-        MouseArea {
-            anchors.fill: parent
-            onClicked: scene.onboarding.clickNotch()
-            onWheel: wheel => scene.onboarding.scrollNotch(wheel.angleDelta.y)
+            newEvent: scene.trial.newEvent
+            calendarEdit: scene.trial.calendarEdit
+            reminderEdit: scene.trial.reminderEdit
+            history: scene.trial.history
+            yearReveal: scene.trial.yearReveal
+            overlays: scene.trial.overlays
         }
     }
+    Item {
+        id: resting
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: scene.trial.panel.shapeWidth * panel.scale
+        height: scene.trial.panel.shapeHeight * panel.scale
+        visible: scene.live && !scene.open
+        TapHandler { onTapped: scene.onboarding.clickNotch() }
+    }
     Icon {
-        id: pointer
+        id: arrow
+        readonly property real restY: resting.height + 8
         visible: scene.pointedOut && !scene.open
         anchors.horizontalCenter: parent.horizontalCenter
-        y: 34
-        width: 28
-        height: 28
+        y: restY
+        width: 26
+        height: 26
         rotation: 180
         strokeWidth: 2.5
         name: "chevronDown"
-        color: Theme.white(0.85)
+        color: Theme.white(0.9)
         SequentialAnimation on y {
-            running: pointer.visible && !Theme.still
+            running: arrow.visible && !Theme.still
             loops: 8
-            NumberAnimation { to: 42; duration: 700; easing.type: Easing.InOutSine }
-            NumberAnimation { to: 34; duration: 700; easing.type: Easing.InOutSine }
+            NumberAnimation { to: arrow.restY + 8; duration: 700; easing.type: Easing.InOutSine }
+            NumberAnimation { to: arrow.restY; duration: 700; easing.type: Easing.InOutSine }
+        }
+    }
+    Rectangle {
+        visible: scene.hint !== "" && scene.trial.overlays.toast.width === 0
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: scene.open ? 197 : resting.height + 50
+        width: Math.ceil(hintText.implicitWidth) + 32
+        height: 32
+        radius: 16
+        color: Qt.rgba(0.06, 0.06, 0.08, 0.94)
+        PlainText {
+            id: hintText
+            anchors.centerIn: parent
+            text: scene.hint
+            color: Theme.text
+            font.pixelSize: 13
+            font.weight: Font.DemiBold
         }
     }
     FocusScope {
         id: keys
         anchors.horizontalCenter: parent.horizontalCenter
-        width: outline.shapeWidth - 2 * outline.earRadius
-        height: outline.shapeHeight
+        width: resting.width
+        height: resting.height
         enabled: scene.live
         activeFocusOnTab: scene.live
         Accessible.role: Accessible.Button
@@ -157,16 +128,7 @@ Item {
         FocusRing {
             target: keys
             distance: -3
-            radius: outline.bottomRadius - 3
-        }
-    }
-    Connections {
-        target: scene.onboarding
-        function onPressed(shortcut) {
-            scene.shownIcon = ["plus", "search", "check"][shortcut - OnboardingViewModel.Gesture.newReminder]
-            scene.shownText = [Localizer.text("New reminder", "Nouveau rappel"),
-                               Localizer.text("Search", "Rechercher"),
-                               Localizer.text("Taken back", "Annulé")][shortcut - OnboardingViewModel.Gesture.newReminder]
+            radius: scene.trial.panel.bottomRadius * panel.scale - 3
         }
     }
 }

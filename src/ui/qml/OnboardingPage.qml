@@ -7,14 +7,13 @@ Item {
 
     required property string title
     property string explanation
-    property bool centered: false
     default property alias content: body.data
 
     PlainText {
         id: heading
-        y: page.centered ? 12 : 0
         width: parent.width
-        horizontalAlignment: page.centered ? Text.AlignHCenter : Text.AlignLeft
+        height: 28
+        verticalAlignment: Text.AlignVCenter
         text: page.title
         color: Theme.text
         font.pixelSize: 22
@@ -25,22 +24,17 @@ Item {
     PlainText {
         id: words
         visible: text !== ""
-        anchors.top: heading.bottom
-        anchors.topMargin: 8
-        anchors.horizontalCenter: parent.horizontalCenter
-        width: page.centered ? Math.min(parent.width, 480) : parent.width
-        horizontalAlignment: heading.horizontalAlignment
+        y: 32
+        width: parent.width
         text: page.explanation
-        color: Theme.chipText
+        color: Theme.secondaryText
         font.pixelSize: 14
-        lineHeight: 1.35
         wrapMode: Text.Wrap
     }
     Item {
         id: body
-        anchors.top: words.visible ? words.bottom : heading.bottom
-        anchors.topMargin: 16
-        anchors.bottom: parent.bottom
+        y: words.visible ? words.y + words.height + 14 : 44
         width: parent.width
+        height: parent.height - y
     }
 }

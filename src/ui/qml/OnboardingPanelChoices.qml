@@ -8,10 +8,12 @@ OnboardingPage {
     readonly property bool both: settings.showReminders && settings.showCalendar
 
     title: Localizer.text("What the notch shows", "Ce que montre l’encoche")
+    explanation: Localizer.text("The picture above follows each of your choices.",
+                                "L’image ci\u2011dessus suit chacun de vos choix.")
 
     component Line: FormLine {
-        width: (page.width - 40) / 2
-        height: 38
+        width: 308
+        height: 42
     }
 
     Column {
@@ -47,46 +49,40 @@ OnboardingPage {
         }
     }
     Column {
-        x: (page.width + 40) / 2
-        width: (page.width - 40) / 2
-        Item {
-            width: parent.width
-            height: 38
+        x: page.width - 308
+        Line {
+            label: Localizer.text("First", "D’abord")
+            enabled: page.both
+            opacity: enabled ? 1 : 0.45
             Segmented {
                 objectName: "onboarding.order"
-                anchors.verticalCenter: parent.verticalCenter
-                minimumCellWidth: (parent.width - 4) / 2
-                enabled: page.both
-                opacity: enabled ? 1 : 0.45
-                spokenName: Localizer.text("Order", "Ordre")
-                choices: page.settings.moduleOrders
+                minimumCellWidth: 92
+                spokenName: parent.parent.label
+                choices: [{ rawValue: "remindersFirst", title: Localizer.text("Reminders", "Rappels") },
+                          { rawValue: "calendarFirst", title: Localizer.text("Calendar", "Calendrier") }]
                 value: page.settings.moduleOrder
                 onChosen: rawValue => page.settings.moduleOrder = rawValue
             }
         }
-        Item {
-            width: parent.width
-            height: 38
-            Segmented {
+        Line {
+            label: Localizer.text("Share", "Partage")
+            enabled: page.both
+            opacity: enabled ? 1 : 0.45
+            RatioChoice {
                 objectName: "onboarding.ratio"
-                anchors.verticalCenter: parent.verticalCenter
-                minimumCellWidth: (parent.width - 4) / 5
-                enabled: page.both
-                opacity: enabled ? 1 : 0.45
-                spokenName: Localizer.text("Share", "Partage")
+                spokenName: parent.parent.label
                 choices: page.settings.layoutRatios
                 value: page.settings.layoutRatio
                 onChosen: rawValue => page.settings.layoutRatio = rawValue
             }
         }
-        Item {
-            width: parent.width
-            height: 38
+        Line {
+            label: Localizer.text("Material", "Matière")
+            last: true
             Segmented {
                 objectName: "onboarding.material"
-                anchors.verticalCenter: parent.verticalCenter
-                minimumCellWidth: (parent.width - 4) / 2
-                spokenName: Localizer.text("Material", "Matière")
+                minimumCellWidth: 92
+                spokenName: parent.parent.label
                 choices: [{ rawValue: "glass", title: Localizer.text("Glass", "Verre") },
                           { rawValue: "black", title: Localizer.text("Black", "Noir") }]
                 value: page.settings.material

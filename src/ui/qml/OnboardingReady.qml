@@ -2,9 +2,27 @@ import QtQuick
 import Kestrant
 
 OnboardingPage {
-    centered: true
     title: Localizer.text("All set", "Tout est prêt")
-    explanation: Localizer.text(
-        "Kestrant rests in the middle of your screen’s top edge, as above. Whatever you chose can be changed in its settings.",
-        "Kestrant se tient au milieu du bord supérieur de l’écran, comme ci-dessus. Tous ces choix se changent dans ses réglages.")
+    explanation: Localizer.text("Kestrant rests in the middle of the top edge. Three shortcuts to remember:",
+                                "Kestrant se tient au milieu du bord supérieur. Trois raccourcis à retenir\u00a0:")
+
+    Row {
+        y: 6
+        spacing: 8
+        OnboardingPoint {
+            keys: ["Ctrl", "N"]
+            title: Localizer.text("New reminder", "Nouveau rappel")
+            explanation: Localizer.text("while it is open", "quand elle est ouverte")
+        }
+        OnboardingPoint {
+            keys: ["Ctrl", "F"]
+            title: Localizer.text("Search", "Rechercher")
+            explanation: Localizer.text("in the titles of reminders", "dans les titres des rappels")
+        }
+        OnboardingPoint {
+            keys: ["Ctrl", "Z"]
+            title: Localizer.text("Undo", "Annuler")
+            explanation: Localizer.text("the last change", "le dernier changement")
+        }
+    }
 }

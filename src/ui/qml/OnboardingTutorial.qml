@@ -7,117 +7,96 @@ OnboardingPage {
     required property OnboardingViewModel onboarding
     required property SettingsViewModel settings
 
-    title: onboarding.triedAll ? Localizer.text("That is all there is to it", "Vous savez tout")
-                               : Localizer.text("Try it out on the notch above", "Essayez sur l’encoche ci-dessus")
+    title: onboarding.current === exercises.length
+           ? Localizer.text("That is all there is to it", "Vous savez tout")
+           : Localizer.text("Try it on the notch above", "Essayez sur l’encoche ci\u2011dessus")
 
-    component Gesture: Item {
-        id: gesture
+    /// In the order of OnboardingViewModel.Exercise.
+    readonly property var exercises: [
+        { title: settings.requiresClick ? Localizer.text("Click the notch", "Cliquez l’encoche")
+                                        : Localizer.text("Point at the notch", "Pointez l’encoche"),
+          words: Localizer.text("it opens", "elle s’ouvre") },
+        { title: Localizer.text("Click a circle", "Cliquez un rond"),
+          words: Localizer.text("the reminder is done", "le rappel est terminé") },
+        { title: Localizer.text("Drag a card", "Glissez une carte"), words: Localizer.text("onto a day", "sur un jour") },
+        { title: Localizer.text("Right-click a card", "Clic droit sur une carte"),
+          words: Localizer.text("everything it can do", "tout ce qu’elle sait faire") },
+        { keys: ["Ctrl", "N"], words: Localizer.text("a new reminder", "un nouveau rappel") },
+        { keys: ["Ctrl", "Z"], words: Localizer.text("takes it back", "annule") }]
 
-        required property string words
-        required property bool done
-        property string keys
+    Grid {
+        columns: 3
+        spacing: 8
+        Repeater {
+            model: page.exercises
+            Rectangle {
+                id: tile
+                required property var modelData
+                required property int index
+                readonly property bool done: page.onboarding.tried >> index & 1
+                readonly property bool isCurrent: index === page.onboarding.current
+                width: 208
+                height: 52
+                radius: 12
+                color: isCurrent ? Qt.rgba(0.04, 0.52, 1, Theme.contrast ? 0.34 : 0.2) : Theme.group
+                border.color: isCurrent ? Theme.accent : Theme.contrast ? Theme.border : "transparent"
+                border.width: isCurrent ? 1.5 : 1
+                Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.leaveDuration } }
 
-        width: (page.width - 40) / 2
-        height: 32
+                Accessible.role: Accessible.StaticText
+                Accessible.name: (modelData.keys ? modelData.keys.join(" ") : modelData.title) + ": " + modelData.words + ", "
+                                 + (done ? Localizer.text("tried", "essayé") : Localizer.text("not tried yet", "pas encore essayé"))
 
-        Accessible.role: Accessible.StaticText
-        Accessible.name: (keys !== "" ? keys + ": " : "") + words + ", "
-                         + (done ? Localizer.text("tried", "essayé") : Localizer.text("not tried yet", "pas encore essayé"))
-
-        Rectangle {
-            y: 6
-            width: 20
-            height: 20
-            radius: 10
-            color: gesture.done ? Theme.done : "transparent"
-            border.color: gesture.done ? Theme.done : Theme.white(Theme.contrast ? 0.6 : 0.28)
-            border.width: 1.5
-            Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.leaveDuration } }
-            Icon {
-                anchors.centerIn: parent
-                visible: gesture.done
-                width: 14
-                height: 14
-                strokeWidth: 2
-                name: "check"
-                color: Theme.popover
+                Rectangle {
+                    x: 12
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: 20
+                    height: 20
+                    radius: 10
+                    color: tile.done ? Theme.done : "transparent"
+                    border.color: tile.done ? Theme.done : Theme.white(Theme.contrast ? 0.6 : 0.4)
+                    border.width: 1.5
+                    Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.leaveDuration } }
+                    Icon {
+                        anchors.centerIn: parent
+                        visible: tile.done
+                        width: 14
+                        height: 14
+                        strokeWidth: 2
+                        name: "check"
+                        color: Theme.popover
+                    }
+                }
+                PlainText {
+                    visible: !tile.modelData.keys
+                    x: 42
+                    y: 8
+                    width: parent.width - x - 8
+                    elide: Text.ElideRight
+                    text: tile.modelData.title ?? ""
+                    color: Theme.text
+                    font.pixelSize: 13
+                    font.weight: Font.Medium
+                    Accessible.ignored: true
+                }
+                KeyCaps {
+                    visible: !!tile.modelData.keys
+                    x: 42
+                    y: 6
+                    capHeight: 20
+                    keys: tile.modelData.keys ?? []
+                }
+                PlainText {
+                    x: 42
+                    y: 27
+                    width: parent.width - x - 8
+                    elide: Text.ElideRight
+                    text: tile.modelData.words
+                    color: tile.isCurrent ? Theme.secondaryTextActive : Theme.secondaryText
+                    font.pixelSize: 12
+                    Accessible.ignored: true
+                }
             }
-        }
-        Rectangle {
-            id: cap
-            visible: gesture.keys !== ""
-            x: 32
-            y: 4
-            width: 60
-            height: 24
-            radius: 6
-            color: Theme.control
-            border.color: Theme.border
-            PlainText {
-                anchors.centerIn: parent
-                text: gesture.keys
-                color: Theme.text
-                font.pixelSize: 12
-                font.weight: Font.Medium
-            }
-        }
-        PlainText {
-            x: cap.visible ? 104 : 32
-            width: parent.width - x
-            height: parent.height
-            verticalAlignment: Text.AlignVCenter
-            elide: Text.ElideRight
-            text: gesture.words
-            color: Theme.chipText
-            font.pixelSize: 13
-        }
-    }
-
-    Column {
-        Gesture {
-            words: page.settings.requiresClick
-                   ? Localizer.text("Point at it: it grows a little", "Pointez-la : elle grandit un peu")
-                   : Localizer.text("Point at it: it opens", "Pointez-la : elle s’ouvre")
-            done: page.onboarding.hovered
-        }
-        Gesture {
-            words: Localizer.text("Click it: it opens or closes", "Cliquez : elle s’ouvre ou se ferme")
-            done: page.onboarding.clicked
-        }
-        Gesture {
-            words: Localizer.text("Two fingers down: it opens", "Deux doigts vers le bas : elle s’ouvre")
-            done: page.onboarding.swipedDown
-        }
-        Gesture {
-            words: Localizer.text("Two fingers up: it closes", "Deux doigts vers le haut : elle se ferme")
-            done: page.onboarding.swipedUp
-        }
-    }
-    Column {
-        x: (page.width + 40) / 2
-        Gesture {
-            keys: "Ctrl N"
-            words: Localizer.text("New reminder", "Nouveau rappel")
-            done: page.onboarding.addedReminder
-        }
-        Gesture {
-            keys: "Ctrl F"
-            words: Localizer.text("Search", "Rechercher")
-            done: page.onboarding.searched
-        }
-        Gesture {
-            keys: "Ctrl Z"
-            words: Localizer.text("Take the last change back", "Annuler le dernier changement")
-            done: page.onboarding.undone
-        }
-        PlainText {
-            x: 32
-            width: (page.width - 40) / 2 - x
-            height: 32
-            verticalAlignment: Text.AlignVCenter
-            text: Localizer.text("Shortcuts work while it is open.", "Les raccourcis agissent quand elle est ouverte.")
-            color: Theme.secondaryText
-            font.pixelSize: 12
         }
     }
 }

@@ -8,6 +8,7 @@ FocusScope {
     id: root
 
     required property OnboardingViewModel onboarding
+    required property OnboardingTrial trial
     required property SettingsViewModel settings
 
     readonly property int page: onboarding.page
@@ -16,10 +17,10 @@ FocusScope {
     readonly property string title: loader.item ? loader.item.title : ""
 
     // Grows with the texts on it, as far as the screen has room.
-    readonly property real zoom: Math.max(1, Math.min(Appearance.textScale, Screen.desktopAvailableHeight / 600))
+    readonly property real zoom: Math.max(1, Math.min(Appearance.textScale, Screen.desktopAvailableHeight / 576))
 
     width: 720 * zoom
-    height: 560 * zoom
+    height: 536 * zoom
     focus: true
 
     Accessible.role: Accessible.Dialog
@@ -52,7 +53,8 @@ FocusScope {
         Wallpaper {
             id: wallpaper
             width: parent.width
-            height: 248
+            height: 240
+            warm: !Localizer.isFrench
             radius: Theme.popoverRadius
         }
         DragHandler {
@@ -65,9 +67,14 @@ FocusScope {
             height: wallpaper.height
             onboarding: root.onboarding
             settings: root.settings
+            trial: root.trial
+            popoverFrame: popovers
             live: root.page === OnboardingViewModel.Page.tutorial || root.page === OnboardingViewModel.Page.habits
-            pointedOut: root.isLast || (root.page === OnboardingViewModel.Page.tutorial && !root.onboarding.hovered)
-            forcedOpen: root.page === OnboardingViewModel.Page.welcome || root.page === OnboardingViewModel.Page.panel
+            magnified: root.page === OnboardingViewModel.Page.habits || root.isLast
+            pointedOut: root.isLast || (root.page === OnboardingViewModel.Page.tutorial && root.onboarding.current === 0)
+            hint: root.isLast ? Localizer.text("It rests here, above everything", "Elle se tient ici, au-dessus de tout")
+                : root.trial.isCarrying ? Localizer.text("Let go on a day", "Lâchez sur un jour")
+                : ""
         }
         Loader {
             id: loader
@@ -88,10 +95,11 @@ FocusScope {
             x: 40
             y: parent.height - height - 24
             width: parent.width - 2 * x
-            height: 32
+            height: 36
 
             PushButton {
                 objectName: "onboarding.back"
+                width: Math.max(104, implicitWidth)
                 visible: root.page > 0
                 height: parent.height
                 text: Localizer.text("Back", "Retour")
@@ -111,7 +119,7 @@ FocusScope {
                         width: isCurrent ? 20 : 6
                         height: 6
                         radius: 3
-                        color: isCurrent ? Theme.accent : Theme.white(Theme.contrast ? 0.5 : 0.2)
+                        color: isCurrent ? Theme.accent : Theme.white(Theme.contrast ? 0.6 : index < root.page ? 0.5 : 0.2)
                         Behavior on width { enabled: !Theme.still; NumberAnimation { duration: Theme.leaveDuration; easing.type: Easing.OutCubic } }
                     }
                 }
@@ -120,12 +128,18 @@ FocusScope {
                 id: forward
                 objectName: "onboarding.forward"
                 anchors.right: parent.right
+                width: Math.max(104, implicitWidth)
                 height: parent.height
                 primary: true
                 text: !root.isLast ? Localizer.text("Continue", "Continuer")
                     : root.onboarding.isRepeated ? Localizer.text("Done", "Terminé")
                                                  : Localizer.text("Start", "Commencer")
-                onClicked: root.isLast ? root.onboarding.finish() : root.onboarding.next()
+                onClicked: {
+                    if (root.isLast)
+                        root.onboarding.finish()
+                    else if (root.page !== OnboardingViewModel.Page.habits || loader.item.mayContinue())
+                        root.onboarding.next()
+                }
             }
         }
         Rectangle {
@@ -149,14 +163,24 @@ FocusScope {
             color: "transparent"
             border.color: Theme.border
         }
+        // Popovers are larger than the picture, so that they can be read, and reach over the page below it.
+        Item {
+            id: popovers
+            width: parent.width / scale
+            height: parent.height / scale
+            scale: 0.86
+            transformOrigin: Item.TopLeft
+        }
     }
 
-    component Tried: Shortcut {
-        required property int shortcut
+    Shortcut {
         enabled: root.page === OnboardingViewModel.Page.tutorial
-        onActivated: root.onboarding.press(shortcut)
+        sequence: "Ctrl+N"
+        onActivated: root.trial.addReminder()
     }
-    Tried { sequence: "Ctrl+N"; shortcut: OnboardingViewModel.Gesture.newReminder }
-    Tried { sequence: "Ctrl+F"; shortcut: OnboardingViewModel.Gesture.find }
-    Tried { sequence: "Ctrl+Z"; shortcut: OnboardingViewModel.Gesture.undo }
+    Shortcut {
+        enabled: root.page === OnboardingViewModel.Page.tutorial
+        sequence: "Ctrl+Z"
+        onActivated: root.trial.undo()
+    }
 }

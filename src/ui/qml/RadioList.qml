@@ -8,6 +8,13 @@ FocusScope {
     property string title
     property var choices: []
     property var value
+    /// What is shown below one of the choices while that is chosen.
+    property var detailsOf: undefined
+    property Component detailsComponent: null
+    /// The details, while they are shown.
+    property Item details: null
+    /// The keyboard is on the choices themselves, not on details.
+    readonly property bool hasKeyboard: activeFocus && !holder.activeFocus
     signal chosen(var rawValue)
 
     readonly property int currentIndex: choices.findIndex(choice => choice.rawValue === value)
@@ -19,19 +26,24 @@ FocusScope {
     Accessible.role: Accessible.Grouping
     Accessible.name: title
 
-    Keys.onUpPressed: if (currentIndex > 0) chosen(choices[currentIndex - 1].rawValue)
-    Keys.onDownPressed: if (currentIndex < choices.length - 1) chosen(choices[currentIndex + 1].rawValue)
+    Keys.onUpPressed: if (hasKeyboard && currentIndex > 0) chosen(choices[currentIndex - 1].rawValue)
+    Keys.onDownPressed: if (hasKeyboard && currentIndex < choices.length - 1) chosen(choices[currentIndex + 1].rawValue)
 
-    Column {
+    // What is below the details moves down for them.
+    readonly property int detailsIndex: details ? currentIndex : choices.length
+    readonly property real detailsHeight: details ? details.height + 6 : 0
+
+    Item {
         id: column
         width: parent.width
+        height: 20 + list.choices.length * 24 + list.detailsHeight
 
         PlainText {
-            height: 24
+            height: 20
             text: list.title
-            color: Theme.secondaryText
-            font.pixelSize: 12
-            font.weight: Font.Medium
+            color: Theme.text
+            font.pixelSize: 13
+            font.weight: Font.DemiBold
             Accessible.ignored: true
         }
         Repeater {
@@ -42,19 +54,20 @@ FocusScope {
                 required property int index
                 readonly property bool isChosen: list.currentIndex === index
                 width: column.width
-                height: 28
+                y: 20 + index * 24 + (index > list.detailsIndex ? list.detailsHeight : 0)
+                height: 24
 
                 Accessible.role: Accessible.RadioButton
                 Accessible.name: modelData.title
                 Accessible.checkable: true
                 Accessible.checked: isChosen
                 Accessible.focusable: list.enabled
-                Accessible.focused: isChosen && list.activeFocus
+                Accessible.focused: isChosen && list.hasKeyboard
                 Accessible.onPressAction: if (list.enabled) list.chosen(modelData.rawValue)
 
                 Rectangle {
                     id: circle
-                    y: 6
+                    y: 4
                     width: 16
                     height: 16
                     radius: 8
@@ -72,18 +85,18 @@ FocusScope {
                 }
                 PlainText {
                     id: words
-                    x: 28
-                    height: parent.height
+                    x: 26
+                    height: 24
                     verticalAlignment: Text.AlignVCenter
                     text: row.modelData.title
                     color: row.isChosen ? Theme.text : Theme.chipText
                     font.pixelSize: 13
                 }
                 Rectangle {
-                    visible: row.isChosen && list.activeFocus && Appearance.showsFocus
+                    visible: row.isChosen && list.hasKeyboard && Appearance.showsFocus
                     x: -5
                     width: words.x + words.width + 10
-                    height: parent.height
+                    height: 24
                     radius: 8
                     color: "transparent"
                     border.color: Theme.accent
@@ -92,5 +105,15 @@ FocusScope {
                 TapHandler { onTapped: list.chosen(row.modelData.rawValue) }
             }
         }
+    }
+    // Apart from the rows, which are made anew whenever the choices are told again.
+    Loader {
+        id: holder
+        x: 26
+        y: 22 + (list.currentIndex + 1) * 24
+        width: parent.width - x
+        active: list.detailsComponent !== null && list.value === list.detailsOf
+        sourceComponent: list.detailsComponent
+        onItemChanged: list.details = item
     }
 }

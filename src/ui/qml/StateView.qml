@@ -14,7 +14,8 @@ Item {
     readonly property string heading: {
         switch (kind) {
         case "loading": return Localizer.text("Loading reminders…", "Chargement des rappels…")
-        case "empty": return Localizer.text("All done", "Tout est fait")
+        case "empty": return reminders.hasCompleted ? Localizer.text("All done", "Tout est fait")
+                                                    : Localizer.text("No reminders yet", "Pas encore de rappel")
         case "allDone": return Localizer.text("Nothing here", "Rien ici")
         case "nothingFound": return Localizer.text("Nothing found", "Aucun résultat")
         case "denied": return Localizer.text("No access to reminders", "Pas d’accès aux rappels")
@@ -26,8 +27,8 @@ Item {
     }
     readonly property string explanation: {
         switch (kind) {
-        case "empty": return Localizer.text("Write down what comes to mind. Ctrl N opens a new reminder from here.",
-                                            "Notez ce qui vous vient à l’esprit. Ctrl N ouvre un nouveau rappel.")
+        case "empty": return Localizer.text("Write down what comes to mind. Ctrl\u00a0N opens a new reminder from here.",
+                                            "Notez ce qui vous vient à l’esprit. Ctrl\u00a0N ouvre un nouveau rappel.")
         case "allDone": return Localizer.text("No open reminder passes these filters.",
                                               "Aucun rappel ne correspond à ces filtres.")
         case "nothingFound": return Localizer.text("No open reminder contains “%1”.",
@@ -47,7 +48,7 @@ Item {
         case "empty": return Localizer.text("New reminder", "Nouveau rappel")
         case "allDone": return Localizer.text("Show all", "Tout afficher")
         case "nothingFound": return Localizer.text("Clear the search", "Effacer la recherche")
-        case "denied": return Localizer.text("Open privacy settings", "Ouvrir les réglages")
+        case "denied": return Localizer.openSystemSettings
         case "failed": return Localizer.text("Try again", "Réessayer")
         default: return ""
         }
@@ -103,7 +104,8 @@ Item {
         width: parent.width
         y: view.kind === "loading" ? 112 : Math.round((parent.height - height) / 2) - 2
         height: implicitHeight
-        picture: view.kind === "loading" ? "" : view.kind === "restricted" || view.kind === "off" ? "denied" : view.kind
+        picture: view.kind === "loading" ? "" : view.kind === "restricted" ? "denied"
+               : view.kind === "empty" && !view.reminders.hasCompleted ? "new" : view.kind
         heading: view.heading
         explanation: view.explanation
         action: view.action

@@ -20,6 +20,8 @@ FocusScope {
     signal modulesWanted
 
     readonly property bool showsCards: panel.showReminders
+    /// What is not known is not counted.
+    readonly property bool knowsCounts: ["cards", "empty", "allDone", "nothingFound"].includes(reminders.content)
     /// Where the calendar begins, and where the cards end, in this item, while they stand in this order.
     property real cardsEnd: 0
     property real calendarStart: 0
@@ -129,7 +131,7 @@ FocusScope {
             iconName: "today"
             compact: toolbar.chipPlaces.iconCount >= 3
             tip: compact ? text : ""
-            count: toolbar.reminders.todayCount
+            count: toolbar.knowsCounts ? toolbar.reminders.todayCount : -1
             checkable: true
             checked: toolbar.reminders.showsTodayOnly
             onClicked: toolbar.reminders.showsTodayOnly = !checked
@@ -143,7 +145,7 @@ FocusScope {
             iconName: "overdue"
             compact: toolbar.chipPlaces.iconCount >= 2
             tip: compact ? text : ""
-            count: toolbar.reminders.overdueCount
+            count: toolbar.knowsCounts ? toolbar.reminders.overdueCount : -1
             countColor: count > 0 ? Theme.overdue : Theme.secondaryText
             checkable: true
             checked: toolbar.reminders.showsOverdueOnly
@@ -163,7 +165,7 @@ FocusScope {
                : compact ? text : ""
             warns: toolbar.reminders.flagFilterError !== ""
             spokenName: warns ? text + ", " + toolbar.reminders.flagFilterError : text
-            count: toolbar.reminders.flaggedCount
+            count: toolbar.knowsCounts ? toolbar.reminders.flaggedCount : -1
             checkable: true
             checked: toolbar.reminders.showsFlaggedOnly
             onClicked: toolbar.reminders.showsFlaggedOnly = !checked
@@ -195,7 +197,11 @@ FocusScope {
         }
         IconButton {
             id: calendarButton
-            visible: toolbar.panel.showCalendar && ["rows", "empty"].includes(toolbar.calendar.content)
+            // Kept while there is nothing to show, so that the others do not move when there is.
+            visible: toolbar.panel.showCalendar
+            readonly property bool isUsable: ["rows", "empty"].includes(toolbar.calendar.content)
+            enabled: isUsable
+            opacity: isUsable ? 1 : 0.35
             anchors.verticalCenter: parent.verticalCenter
             iconName: "calendar"
             spokenName: checked ? Localizer.text("Return to the current week", "Revenir à la semaine actuelle")
