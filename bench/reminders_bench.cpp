@@ -24,7 +24,9 @@ using namespace std::chrono_literals;
 
 class FixedCalendar : public CurrentCalendar {
   public:
-    [[nodiscard]] ZoneCalendar calendar() const override { return ZoneCalendar(*TimeZone::named("Europe/Paris")); }
+    [[nodiscard]] ZoneCalendar calendar() const override {
+        return ZoneCalendar(*TimeZone::named("Europe/Paris"));
+    }
     [[nodiscard]] Subscription observeChanges(std::function<void()>) override { return {}; }
 };
 

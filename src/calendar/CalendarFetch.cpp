@@ -41,12 +41,11 @@ void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool show
     const auto pending = std::make_shared<Pending>();
     pending->parts = showReminders ? 2 : 1;
     pending->completion = std::move(completion);
-    store.events(EKEventStore::predicateForEvents(from, to, std::nullopt),
-                 [pending, &store](EKEvents found) {
-                     pending->items.events = std::move(found.events);
-                     pending->items.isCut = found.isCut;
-                     pending->end(store);
-                 });
+    store.events(EKEventStore::predicateForEvents(from, to, std::nullopt), [pending, &store](EKEvents found) {
+        pending->items.events = std::move(found.events);
+        pending->items.isCut = found.isCut;
+        pending->end(store);
+    });
     if (!showReminders)
         return;
     store.fetchReminders(EKEventStore::predicateForIncompleteReminders(

@@ -71,8 +71,8 @@ void EventStoreSwitch::remove(const EKReminderRef& reminder, SaveCompletion comp
     store_->remove(reminder, std::move(completion));
 }
 
-void EventStoreSwitch::revert(const std::shared_ptr<const EKItemChange>& change,
-                              const QString& identifier, SaveCompletion completion) {
+void EventStoreSwitch::revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
+                              SaveCompletion completion) {
     store_->revert(change, identifier, std::move(completion));
 }
 

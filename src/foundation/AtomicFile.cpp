@@ -63,8 +63,8 @@ std::string folderOf(const std::string& path) {
 /// final name does; it tells whose it is.
 std::string newTemporaryPath(const std::string& folder) {
     static std::atomic<unsigned> counter = 0;
-    return folder + '/' + temporaryPrefix + std::to_string(::getpid()) + '-' +
-           std::to_string(counter++) + temporarySuffix;
+    return folder + '/' + temporaryPrefix + std::to_string(::getpid()) + '-' + std::to_string(counter++) +
+           temporarySuffix;
 }
 
 /// A file, or a folder with files, that is removed again unless it was moved to its place.

@@ -56,8 +56,8 @@ using FileCheck = std::function<bool(const QString& path)>;
 [[nodiscard]] tl::expected<void, FileError>
 createFolderWithFiles(const QString& path, const std::vector<std::pair<QString, QByteArray>>& files);
 
-/// Whether a name is one that the functions above give to what is not in its place yet. Synchronisers pass over
-/// hidden files.
+/// Whether a name is one that the functions above give to what is not in its place yet. Synchronisers pass
+/// over hidden files.
 [[nodiscard]] bool isTemporaryName(QByteArrayView name);
 /// Removes a temporary file that was left behind by a process that was killed: one whose process is gone and
 /// that is older than an hour.

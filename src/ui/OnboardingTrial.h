@@ -11,6 +11,7 @@
 #include "preferences/Preferences.h"
 #include "reminders/ReminderActionHistory.h"
 #include "reminders/ReminderStore.h"
+#include "ui/CalendarActionHistory.h"
 #include "ui/CalendarEditViewModel.h"
 #include "ui/CalendarViewModel.h"
 #include "ui/HistoryViewModel.h"
@@ -130,6 +131,7 @@ class OnboardingTrial : public QObject {
     CompletionLedgerRepository ledger_;
     ReminderActionHistory actions_;
     AtOnce executor_;
+    CalendarActionHistory calendarActions_;
     ReminderStore store_;
     CalendarStore calendarStore_;
     NotchGeometry geometry_;

@@ -145,9 +145,10 @@ void PanelView::updateExtent() {
     if (rootObject() && rootObject()->property("isSpread").toBool()) {
         const QSizeF frame(panel_.expandedWidth(), panel_.expandedHeight());
         const QRectF drawn = overlays_->drawnArea();
-        const double beside = std::max({panelShadow.width() / 2, -drawn.left(), drawn.right() - frame.width()});
-        const double below = std::max(panelShadow.height(), std::min(drawn.bottom(), overlays_->roomHeight()) -
-                                                                frame.height());
+        const double beside =
+            std::max({panelShadow.width() / 2, -drawn.left(), drawn.right() - frame.width()});
+        const double below = std::max(panelShadow.height(),
+                                      std::min(drawn.bottom(), overlays_->roomHeight()) - frame.height());
         extent = frame + QSizeF(2 * beside, below);
         // Nothing is given back while the panel is open.
         if (extent_.width() >= frame.width())

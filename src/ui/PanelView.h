@@ -77,8 +77,8 @@ class PanelView : public QQuickView {
     /// Has the content fill a window that was resized, before the window system tells of it.
     void fillWindow();
 
-    /// Whether content at a place in the panel's frame can still scroll when the fingers move up (further down
-    /// its contents). Points, origin lower left.
+    /// Whether content at a place in the panel's frame can still scroll when the fingers move up (further
+    /// down its contents). Points, origin lower left.
     [[nodiscard]] bool contentScrollsUp(QPointF locationInPanel) const;
 
   Q_SIGNALS:

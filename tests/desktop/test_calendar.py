@@ -11,9 +11,9 @@ from harness import DesktopTest, wait_until
 # Nothing else on the panel has these.
 WORK_COLOUR = (0x00, 0xE0, 0xFF)
 HOME_COLOUR = (0xB0, 0xFF, 0x00)
-# The calendar in the right half of the open panel, and below it, while a card is carried, seven places to let it go.
-MIDDLE_OF_CALENDAR = 230
-FIRST_PLACE, LAST_PLACE = 44, 284
+# The calendar in the right half of the open panel, counted from its middle and the upper edge: in its place, while a card is
+# carried, two columns and four rows of tiles to let it go on.
+CALENDAR = (16, 44, 444, 276)
 # In the toolbar.
 CALENDAR_BUTTON = (406, 17)
 
@@ -43,9 +43,9 @@ class CalendarTest(DesktopTest):
         self.expand()
 
     def rows(self):
-        """The calendars of the events on show, from the top, each with the place of its bar."""
+        """The calendars of the events on show, from the top, each with the place of its bar or of its square."""
         bars = [(y0, (x0, (y0 + y1) // 2), name) for name, colour in (("work", WORK_COLOUR), ("home", HOME_COLOUR))
-                for x0, y0, x1, y1 in self.patches(colour) if x1 - x0 <= 4 and y1 - y0 >= 10]
+                for x0, y0, x1, y1 in self.patches(colour) if x1 - x0 <= 8 and y1 - y0 >= 5]
         return [(name, place) for _, place, name in sorted(bars)]
 
     def wait_for_rows(self, *calendars):
@@ -53,6 +53,12 @@ class CalendarTest(DesktopTest):
         rows = self.wait_for(self.rows, lambda rows: tuple(name for name, _ in rows) == calendars,
                              f"the rows are {calendars}")
         return [place for _, place in rows]
+
+    def tile(self, days):
+        """The middle of the tile of a day from today on."""
+        left, top, right, bottom = CALENDAR
+        return (self.middle + left + (right - left) * (2 * (days % 2) + 1) // 4,
+                top + (bottom - top) * (2 * (days // 2) + 1) // 8)
 
     def component(self, path, number):
         """One of the events in a file."""
@@ -76,8 +82,7 @@ class CalendarTest(DesktopTest):
         path = self.add_reminder("Water the plants", more=f"DUE;TZID={self.zone}:{self.day(1)}T143000\r\n")
         self.open()
         x, y = self.wait_for_circles(1)[0]
-        place = FIRST_PLACE + (LAST_PLACE - FIRST_PLACE) * 7 // 14
-        self.desktop.drag((x + 60, y + 20), (self.middle + MIDDLE_OF_CALENDAR, place))
+        self.desktop.drag((x + 60, y + 20), self.tile(3))
         wait_until(lambda: f"DUE;TZID={self.zone}:{self.day(3)}T143000\r\n" in self.text(path),
                    "the reminder is due three days from today")
         self.wait_for_circles(1)

@@ -279,8 +279,9 @@ TEST(EventSeriesTest, ShowsTheOccurrencesOfASeries) {
          "28 14:00-14:00*"},
         {"a cancelled series", event(daily + "STATUS:CANCELLED\n"), ""},
         {"the newest of several changes of one date",
-         event(daily) + change("RECURRENCE-ID:20260328T080000Z\nSEQUENCE:2\nDTSTAMP:20260101T000000Z\n"
-                               "DTSTART:20260328T120000Z\n") +
+         event(daily) +
+             change("RECURRENCE-ID:20260328T080000Z\nSEQUENCE:2\nDTSTAMP:20260101T000000Z\n"
+                    "DTSTART:20260328T120000Z\n") +
              change("RECURRENCE-ID;TZID=Europe/Paris:20260328T090000\nSEQUENCE:2\nDTSTAMP:20260102T000000Z\n"
                     "DTSTART:20260328T130000Z\n") +
              change("RECURRENCE-ID:20260328T080000Z\nSEQUENCE:1\nDTSTAMP:20260103T000000Z\n"
@@ -316,8 +317,9 @@ TEST(EventSeriesTest, ShowsTheOccurrencesOfASeries) {
                "RRULE:FREQ=DAILY;BYHOUR=3;COUNT=3\nRDATE:20260329T013000Z\n") +
              change("RECURRENCE-ID:20260330T003000Z\nDTSTART:20260330T013000Z\nSTATUS:CANCELLED\n"),
          "28 02:30-02:30, 28 03:30-03:30, 29 03:30-03:30"},
-        {"left out by the moment", event("DTSTART;TZID=Europe/Paris:20260328T023000\nRRULE:FREQ=DAILY;COUNT=3\n"
-                                         "EXDATE:20260329T013000Z\n"),
+        {"left out by the moment",
+         event("DTSTART;TZID=Europe/Paris:20260328T023000\nRRULE:FREQ=DAILY;COUNT=3\n"
+               "EXDATE:20260329T013000Z\n"),
          "28 02:30-02:30, 30 02:30-02:30"},
         {"rules of exceptions",
          event(daily + "EXRULE:FREQ=WEEKLY;BYDAY=SA\nEXRULE:FREQ=DAILY;INTERVAL=3;COUNT=2\n"),
@@ -356,7 +358,8 @@ TEST(EventSeriesTest, BoundsWhatARuleCanGive) {
     const Case cases[] = {
         {"FREQ=DAILY", std::nullopt},
         {"FREQ=DAILY;COUNT=3", at("UTC", {2026, 3, 29}, {10, 0})},
-        {"FREQ=SECONDLY;COUNT=2000000000", at("UTC", {2026, 3, 27}, {10, 0}) + std::chrono::seconds(1'999'999'999)},
+        {"FREQ=SECONDLY;COUNT=2000000000",
+         at("UTC", {2026, 3, 27}, {10, 0}) + std::chrono::seconds(1'999'999'999)},
         {"FREQ=MONTHLY;COUNT=2000000000", std::nullopt},
     };
     for (const Case& each : cases) {

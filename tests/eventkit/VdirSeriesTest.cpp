@@ -163,13 +163,13 @@ TEST_F(VdirSeriesTest, ADateOfAChangeForAllLaterDatesIsChangedByItself) {
     const QByteArray later = event("1", "SUMMARY:b\nRECURRENCE-ID;RANGE=THISANDFUTURE:20260328T090000Z\n"
                                         "DTSTART:20260328T100000Z\nDURATION:PT1H\n");
     open(series + later);
-    ASSERT_THAT(shown(), ElementsAre("2026-03-27T09:00:00Z a", "2026-03-28T10:00:00Z b", "2026-03-29T10:00:00Z b",
-                                     "2026-03-30T10:00:00Z b"));
+    ASSERT_THAT(shown(), ElementsAre("2026-03-27T09:00:00Z a", "2026-03-28T10:00:00Z b",
+                                     "2026-03-29T10:00:00Z b", "2026-03-30T10:00:00Z b"));
     // The first of them and another one; neither changes the others.
     edit(events().at(1), rename);
     edit(events().at(2), [](EKEventData& data) { data.startDate -= 1h; });
-    EXPECT_THAT(shown(), ElementsAre("2026-03-27T09:00:00Z a", "2026-03-28T10:00:00Z new", "2026-03-29T09:00:00Z b",
-                                     "2026-03-30T10:00:00Z b"));
+    EXPECT_THAT(shown(), ElementsAre("2026-03-27T09:00:00Z a", "2026-03-28T10:00:00Z new",
+                                     "2026-03-29T09:00:00Z b", "2026-03-30T10:00:00Z b"));
     EXPECT_TRUE(text().contains(series) && text().contains(later)) << text().constData();
     for (int i = 0; i < 2; ++i)
         ASSERT_TRUE(database.removeEvent(*events().at(1), now, paris).has_value());

@@ -31,7 +31,8 @@ struct PanelProgram : Program {
         : view({interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
                 calendarEdit, reminderEdit, history, yearReveal},
                loading) {
-        // As wide as the panel, so that places in one are places in the other, and high enough for all overlays.
+        // As wide as the panel, so that places in one are places in the other, and high enough for all
+        // overlays.
         view.resize(view.width(), 800);
         appearance.setReducedMotion(true);
     }

@@ -82,9 +82,9 @@ void writeEvent(Component& event, const std::optional<EventTimes>& times, const 
 [[nodiscard]] Document makeEvent(const QByteArray& uid, const EKEventData& data, const ZoneCalendar& local,
                                  Instant now);
 
-/// A VEVENT for one date of a series, to be changed by itself: the series' own without its repetition, or that of
-/// the change for all later dates (an index in `series.changes`) that says what the date is. It still says when
-/// that starts.
+/// A VEVENT for one date of a series, to be changed by itself: the series' own without its repetition, or
+/// that of the change for all later dates (an index in `series.changes`) that says what the date is. It still
+/// says when that starts.
 [[nodiscard]] Component makeChange(const EventItem& series, const LocalTime& date,
                                    const std::optional<std::size_t>& source, const Document& document);
 

@@ -135,10 +135,11 @@ Document makeEvent(const QByteArray& uid, const EKEventData& data, const ZoneCal
 Component makeChange(const EventItem& series, const LocalTime& date, const std::optional<std::size_t>& source,
                      const Document& document) {
     const Component whole = componentOf(series, document);
-    Component change = source ? Component(document.components("VEVENT")[static_cast<std::size_t>(
-                                                                            series.changeIndexes[*source])]
-                                              .lines())
-                              : whole;
+    Component change =
+        source
+            ? Component(document.components("VEVENT")[static_cast<std::size_t>(series.changeIndexes[*source])]
+                            .lines())
+            : whole;
     Editor editor(change, document);
     editor.remove("RECURRENCE-ID");
     editor.append(datedLike(series, "RECURRENCE-ID", date, whole, document));

@@ -181,23 +181,22 @@ std::shared_ptr<const EKReminderData> ItemEventStore::storedReminder(const QStri
 }
 
 void ItemEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
-    queues_->run(
-        {}, [this, matching, completion = std::move(completion), now = clock_.now(),
-             local = calendar_.calendar()]() mutable {
-            EKEvents result;
-            if (database_.isOpen()) {
-                if (database_.adopt(local))
-                    publish(false);
-                const auto before = database_.snapshot();
-                result = database_.events(matching, now);
-                // There is a new problem to tell.
-                if (database_.snapshot() != before)
-                    publish(true);
-            }
-            onMain([completion = std::move(completion), result = std::move(result)]() mutable {
-                completion(std::move(result));
-            });
+    queues_->run({}, [this, matching, completion = std::move(completion), now = clock_.now(),
+                      local = calendar_.calendar()]() mutable {
+        EKEvents result;
+        if (database_.isOpen()) {
+            if (database_.adopt(local))
+                publish(false);
+            const auto before = database_.snapshot();
+            result = database_.events(matching, now);
+            // There is a new problem to tell.
+            if (database_.snapshot() != before)
+                publish(true);
+        }
+        onMain([completion = std::move(completion), result = std::move(result)]() mutable {
+            completion(std::move(result));
         });
+    });
 }
 
 EKEventRef ItemEventStore::event(const QString& withIdentifier) {

@@ -48,9 +48,10 @@ TextPair unreadable(const QString& name, const TextPair& reason) {
 }
 
 TextPair tooCostly(const QString& name) {
-    const TextPair pair = text("“%1” repeats too often to be shown in full: only the dates nearest to today are.",
-                               "« %1 » se répète trop souvent pour être montré en entier : seules les dates les plus "
-                               "proches d’aujourd’hui le sont.");
+    const TextPair pair =
+        text("“%1” repeats too often to be shown in full: only the dates nearest to today are.",
+             "« %1 » se répète trop souvent pour être montré en entier : seules les dates les plus "
+             "proches d’aujourd’hui le sont.");
     return {pair.english.arg(name), pair.french.arg(name)};
 }
 

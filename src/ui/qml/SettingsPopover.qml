@@ -8,12 +8,14 @@ Popover {
     required property SettingsViewModel settings
 
     readonly property int gap: 20
-    readonly property real columnWidth: Math.floor((contentWidth - gap) / 2)
+    /// Side by side where the panel is wide enough for the size of the texts, else one below the other.
+    readonly property bool hasTwoColumns: !overlays || (752 + 2 * padding) * zoom <= overlays.roomWidth() - 32
+    readonly property real columnWidth: hasTwoColumns ? Math.floor((contentWidth - gap) / 2) : contentWidth
     readonly property real roomHeight: overlays ? overlays.roomHeight() : 0
     readonly property string offTitle: Localizer.text("Off", "Aucun")
     readonly property bool showsBoth: settings.showReminders && settings.showCalendar
 
-    contentWidth: 752
+    contentWidth: hasTwoColumns ? 752 : 366
     contentHeight: head.height + area.height + foot.height
     padding: 16
     spokenName: Localizer.text("Settings", "Réglages")
@@ -141,7 +143,7 @@ Popover {
             id: columns
             x: 8
             width: popover.contentWidth
-            height: problems.height + Math.max(left.height, right.height)
+            height: right.y + (popover.hasTwoColumns ? Math.max(left.height, right.height) : right.height)
 
             ProblemList {
                 id: problems
@@ -283,7 +285,7 @@ Popover {
             Column {
                 id: right
                 x: popover.contentWidth - popover.columnWidth
-                y: problems.height
+                y: problems.height + (popover.hasTwoColumns ? 0 : left.height + left.spacing)
                 spacing: 16
 
                 Group {
@@ -372,8 +374,8 @@ Popover {
             width: buttons.x - x - 12
             verticalAlignment: Text.AlignVCenter
             elide: Text.ElideRight
-            text: "Kestrant " + popover.settings.version + " · "
-                  + Localizer.text("free software under the MIT licence", "logiciel libre sous licence MIT")
+            text: popover.hasTwoColumns ? "Kestrant " + popover.settings.version + " · "
+                  + Localizer.text("free software under the MIT licence", "logiciel libre sous licence MIT") : ""
             color: Theme.secondaryText
             font.pixelSize: 11
         }
