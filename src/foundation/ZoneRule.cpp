@@ -87,12 +87,12 @@ std::optional<ZoneRule::Date> ZoneRule::readDate(QByteArrayView& text) {
     accept(text, ',');
     Date date;
     if (accept(text, 'M')) {
-        const auto month = number(text, 12);
-        const auto week = accept(text, '.') ? number(text, 5) : std::nullopt;
-        const auto day = accept(text, '.') ? number(text, 6) : std::nullopt;
-        if (!month || !week || !day || *month < 1 || *week < 1)
+        const int month = number(text, 12).value_or(0);
+        const int week = accept(text, '.') ? number(text, 5).value_or(0) : 0;
+        const int day = accept(text, '.') ? number(text, 6).value_or(-1) : -1;
+        if (month < 1 || week < 1 || day < 0)
             return std::nullopt;
-        date = {.month = *month, .week = *week, .day = *day};
+        date = {.month = month, .week = week, .day = day};
     } else {
         date.form = accept(text, 'J') ? Date::Form::dayWithoutLeapDay : Date::Form::day;
         const auto day = number(text, 365);

@@ -66,6 +66,7 @@ OnboardingTrial::OnboardingTrial(const Services& services, NotchInteractionModel
     , database_(services.scheduler, services.clock, services.calendar)
     , ledger_({}, keepNothing)
     , actions_(services.scheduler, services.clock)
+    , calendarActions_(actions_)
     , store_(ReminderStoreServices{
           .eventStore = database_,
           .scheduler = services.scheduler,
@@ -90,11 +91,12 @@ OnboardingTrial::OnboardingTrial(const Services& services, NotchInteractionModel
           .clearReminderDueDate =
               [this](const QString& reminderID,
                      const std::function<void(tl::expected<void, TextPair>)>& done) {
-                  store_.clearDueDate(reminderID, [done](
+                  store_.removeFromCalendar(reminderID, [done](
                                                       const tl::expected<void, ReminderStoreError>& result) {
                       done(result.map_error([](const ReminderStoreError& error) { return error.message(); }));
                   });
               },
+          .actions = &calendarActions_,
       })
     , geometry_(trialScreen)
     , panel_(notch, geometry_, store_, preferences_, notifications_, services.feedback)
