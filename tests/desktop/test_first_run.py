@@ -9,6 +9,7 @@ from harness import IDLE, PROGRAM, DesktopTest, stop, wait_until
 SIZE = (720, 536)
 ACCENT = (0x0A, 0x84, 0xFF)
 DONE = (0x35, 0xD1, 0x5C)
+POPOVER = (0x1A, 0x1B, 0x21)
 LAST_PAGE = 4
 
 # Places in the introduction's window.
@@ -180,9 +181,10 @@ class FirstRunTest(DesktopTest):
         self.wait_for_circles(1)
         panel = self.desktop.focused_window()
         self.desktop.click(self.middle + 434, 16)
-        wait_until(lambda: self.desktop.focused_window() != panel, "the settings have the keyboard")
-        # Backwards from the first setting: quit, feedback, tutorial.
-        self.desktop.key("shift+Tab", "shift+Tab", "shift+Tab", "space")
+        self.wait_for(lambda: self.desktop.picture().pixel(self.middle - 322, 200), lambda pixel: pixel == POPOVER,
+                      "the settings are open")
+        # Backwards from the first setting: quit, tutorial.
+        self.desktop.key("shift+Tab", "shift+Tab", "space")
         wait_until(lambda: self.desktop.window_of(self.program) not in (None, panel), "the introduction is shown")
         self.window = self.desktop.window_of(self.program)
         self.left, self.top, *size = self.desktop.geometry(self.window)
