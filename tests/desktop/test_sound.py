@@ -99,7 +99,7 @@ class SoundTest(DesktopTest):
         self.assertTrue(played)
         quiet_from = -math.inf
         for (moment, cue), (following, _) in zip(played, [*played[1:], (math.inf, None)]):
-            heard, like, late = self.recording.recognise(moment, min(following, moment + 2))
+            heard, like, late = self.recording.recognise(moment, min(following - 0.25, moment + 2))
             self.assertEqual(heard, cue, f"asked for {moment}, like it by {like:.2f}")
             self.assertGreater(like, 0.9, f"{cue} sounds as it was made")
             self.assertLess(self.recording.loudest(quiet_from, moment + min(late, 0) - 0.03), SILENCE)
