@@ -1,6 +1,6 @@
 #include "platform/linux/KeyFocus.h"
 
-#include "platform/linux/OverlaySurface.h"
+#include "platform/linux/SurfaceManagement.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -38,7 +38,8 @@ bool KeyFocus::wasTakenAway() const {
     const xcb_window_t focus = server_.inputFocus();
     const bool isNobodys =
         focus == XCB_INPUT_FOCUS_NONE || focus == XCB_INPUT_FOCUS_POINTER_ROOT || focus == server_.root();
-    return hasArrived_ && !isNobodys && !isOwnWindow(focus);
+    // In a Wayland session nobody is who has it of whom X11 knows nothing.
+    return hasArrived_ && (isXWayland_ || !isNobodys) && !isOwnWindow(focus);
 }
 
 bool KeyFocus::asksWindowManager(const QWindow& surface) const {

@@ -23,7 +23,7 @@ class KeyFocus : public QObject {
     /// Whether one of the application's windows has the focus, as the server sees it.
     [[nodiscard]] bool isOurs() const;
     /// Whether another window took the focus from our surfaces: not while what was asked for with take() is
-    /// still to come, nor when it went to nobody or was given back.
+    /// still to come, nor when it fell back to nobody or was given back.
     [[nodiscard]] bool wasTakenAway() const;
     /// To be called when one of our surfaces is told that it has the focus.
     void arrived() { hasArrived_ = true; }

@@ -1,6 +1,6 @@
 #include "platform/linux/X11PanelWindow.h"
 
-#include "platform/linux/OverlaySurface.h"
+#include "platform/linux/SurfaceManagement.h"
 #include "platform/linux/ScreenCoordinates.h"
 
 #include <QGuiApplication>

@@ -1,4 +1,4 @@
-#include "platform/linux/OverlaySurface.h"
+#include "platform/linux/SurfaceManagement.h"
 
 #include "platform/linux/X11Connection.h"
 
