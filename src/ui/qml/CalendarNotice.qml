@@ -38,7 +38,7 @@ Item {
         case "empty": return calendar.showsAllEvents
             ? Localizer.text("Return to the current week", "Revenir à la semaine actuelle")
             : Localizer.text("Show your full calendar", "Afficher tout le calendrier")
-        case "denied": return Localizer.openSystemSettings
+        case "denied": return Localizer.openSystemSettings || Localizer.text("Try again", "Réessayer")
         case "failed": return Localizer.text("Try again", "Réessayer")
         default: return ""
         }
@@ -47,7 +47,7 @@ Item {
     function act() {
         switch (kind) {
         case "empty": calendar.showsAllEvents = !calendar.showsAllEvents; break
-        case "denied": calendar.openPrivacyPage(); break
+        case "denied": Localizer.openSystemSettings ? calendar.openPrivacyPage() : calendar.retry(); break
         case "failed": calendar.retry(); break
         }
     }

@@ -48,7 +48,7 @@ Item {
         case "empty": return Localizer.text("New reminder", "Nouveau rappel")
         case "allDone": return Localizer.text("Show all", "Tout afficher")
         case "nothingFound": return Localizer.text("Clear the search", "Effacer la recherche")
-        case "denied": return Localizer.openSystemSettings
+        case "denied": return Localizer.openSystemSettings || Localizer.text("Try again", "Réessayer")
         case "failed": return Localizer.text("Try again", "Réessayer")
         default: return ""
         }
@@ -63,7 +63,7 @@ Item {
             reminders.showsFlaggedOnly = false
             break
         case "nothingFound": reminders.searchQuery = ""; break
-        case "denied": reminders.openPrivacyPage(); break
+        case "denied": Localizer.openSystemSettings ? reminders.openPrivacyPage() : reminders.retry(); break
         case "failed": reminders.retry(); break
         }
     }
