@@ -28,7 +28,9 @@ if(KESTRANT_SANITIZE)
   add_compile_options(-fsanitize=${KESTRANT_SANITIZE} -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KESTRANT_SANITIZE})
   # The instrumentation hides from GCC that optionals inside expected values are initialised.
-  add_compile_options(-Wno-maybe-uninitialized)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-Wno-maybe-uninitialized)
+  endif()
 endif()
 
 # Precompiled headers, one set for libraries and one for tests, each built once and used by all targets of its kind. They hold

@@ -240,7 +240,8 @@ void InMemoryEventStore::setAnswering(bool answers) {
                 if (awaited == identifier)
                     completion(result);
             }
-            std::erase_if(outcomeWaiters_, [&](const auto& waiter) { return waiter.first == identifier; });
+            std::erase_if(outcomeWaiters_,
+                          [&awaited = identifier](const auto& waiter) { return waiter.first == awaited; });
         }
     });
 }
