@@ -271,7 +271,6 @@ class AccessibilityTest(DesktopTest):
         self.escape()
         self.assertEqual(stop(self.program), 0)
 
-    @unittest.skip("The panel that the introduction shows tells of its controls, which Tab does not reach there.")
     def test_the_introduction_is_gone_through_by_the_keyboard(self):
         self.set_preferences(kestrantCompletedInitialOnboarding=False)
         self.program = self.desktop.spawn([PROGRAM])

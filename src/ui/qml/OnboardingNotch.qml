@@ -35,9 +35,11 @@ Item {
         enabled: scene.inside
         onWheel: event => event.accepted = scene.onboarding.scrollNotch(event.angleDelta.y)
     }
-    Item {
+    SilentPicture {
         anchors.fill: parent
         clip: true
+        description: scene.open ? Localizer.text("The open panel", "Le panneau ouvert") : Localizer.text("The notch at rest", "L’encoche au repos")
+        Accessible.role: Accessible.Graphic
         Panel {
             id: panel
             anchors.horizontalCenter: parent.horizontalCenter
