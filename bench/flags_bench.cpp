@@ -6,7 +6,7 @@
 #include "preferences/PreferenceKeys.h"
 #include "reminders/FlaggedReminderAutomation.h"
 #include "reminders/ReminderFlagSync.h"
-#include "reminders/scripting/EventStoreScriptHost.h"
+#include "reminders/EventStoreScriptHost.h"
 #include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"

@@ -30,7 +30,7 @@
 #include "reminders/FlaggedReminderAutomation.h"
 #include "reminders/ReminderActionHistory.h"
 #include "reminders/ReminderStore.h"
-#include "reminders/scripting/EventStoreScriptHost.h"
+#include "reminders/EventStoreScriptHost.h"
 #include "services/AppUpdater.h"
 #include "services/FeedbackAPIClient.h"
 #include "services/LaunchAtLoginManager.h"

@@ -5,7 +5,7 @@
 #include "foundation/SerialWorker.h"
 #include "reminders/FlaggedReminderAutomation.h"
 #include "reminders/ReminderStore.h"
-#include "reminders/scripting/EventStoreScriptHost.h"
+#include "reminders/EventStoreScriptHost.h"
 
 #include <QStringList>
 

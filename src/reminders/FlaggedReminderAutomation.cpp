@@ -6,13 +6,6 @@
 
 namespace kestrant {
 
-QString scriptLiteral(const QString& text) {
-    QString escaped = text;
-    escaped.replace(QLatin1Char('\\'), QStringLiteral("\\\\"))
-        .replace(QLatin1Char('"'), QStringLiteral("\\\""));
-    return QLatin1Char('"') + escaped + QLatin1Char('"');
-}
-
 FlaggedReminderAutomation::FlaggedReminderAutomation(ScriptHost& host, BackgroundExecutor& queue,
                                                      Scheduler& scheduler)
     : host_(host)
@@ -23,36 +16,7 @@ FlaggedReminderAutomation::~FlaggedReminderAutomation() {
     host_.interrupt();
 }
 
-QString FlaggedReminderAutomation::readScript() {
-    return QStringLiteral("with timeout of 8 seconds\n"
-                          "    tell application \"Reminders\"\n"
-                          "        return id of every reminder whose flagged is true and completed is false\n"
-                          "    end tell\n"
-                          "end timeout");
-}
-
-QString FlaggedReminderAutomation::writeScript(const QString& targetSuffix, bool flag,
-                                               const std::optional<QString>& listName) {
-    const QString value = flag ? QStringLiteral("true") : QStringLiteral("false");
-    QStringList lines{QStringLiteral("with timeout of 8 seconds"),
-                      QStringLiteral("    tell application \"Reminders\""),
-                      QStringLiteral("        set targetSuffix to ") + scriptLiteral(targetSuffix)};
-    if (listName && !listName->isEmpty())
-        lines << QStringLiteral("        try")
-              << QStringLiteral("    set flagged of (first reminder of list ") + scriptLiteral(*listName) +
-                     QStringLiteral(" whose id ends with targetSuffix) to ") + value
-              << QStringLiteral("    return") << QStringLiteral("end try");
-    lines << QStringLiteral("        repeat with aList in lists") << QStringLiteral("            try")
-          << QStringLiteral("                set flagged of (first reminder of aList whose id ends with "
-                            "targetSuffix) to ") +
-                 value
-          << QStringLiteral("                return") << QStringLiteral("            end try")
-          << QStringLiteral("        end repeat") << QStringLiteral("    end tell")
-          << QStringLiteral("end timeout");
-    return lines.join(QLatin1Char('\n'));
-}
-
-void FlaggedReminderAutomation::run(const QString& script, std::function<void(Result)> completion) {
+void FlaggedReminderAutomation::run(const ReminderScript& script, std::function<void(Result)> completion) {
     queue_.run([&host = host_, &scheduler = scheduler_, script, weak = std::weak_ptr(isAlive_),
                 completion = std::move(completion)]() mutable {
         Result result = host.execute(script);
@@ -64,7 +28,7 @@ void FlaggedReminderAutomation::run(const QString& script, std::function<void(Re
 }
 
 void FlaggedReminderAutomation::readFlaggedIdentifiers(ReadCompletion completion) {
-    run(readScript(), [completion = std::move(completion)](const Result& result) {
+    run({ReminderScript::ReadFlagged{}}, [completion = std::move(completion)](const Result& result) {
         if (!result) {
             const bool denied = result.error().code == ScriptError::Code::notPermitted;
             completion(
@@ -84,7 +48,7 @@ void FlaggedReminderAutomation::readFlaggedIdentifiers(ReadCompletion completion
 
 void FlaggedReminderAutomation::setFlag(const QString& targetSuffix, bool flag,
                                         const std::optional<QString>& listName, SetCompletion completion) {
-    run(writeScript(targetSuffix, flag, listName),
+    run({ReminderScript::SetFlag{targetSuffix, flag, listName}},
         [completion = std::move(completion)](const Result& result) {
             if (result)
                 completion({});

@@ -45,13 +45,9 @@ class FlaggedReminderAutomation {
     void setFlag(const QString& targetSuffix, bool flag, const std::optional<QString>& listName,
                  SetCompletion completion);
 
-    [[nodiscard]] static QString readScript();
-    [[nodiscard]] static QString writeScript(const QString& targetSuffix, bool flag,
-                                             const std::optional<QString>& listName);
-
   private:
     using Result = tl::expected<QStringList, ScriptError>;
-    void run(const QString& script, std::function<void(Result)> completion);
+    void run(const ReminderScript& script, std::function<void(Result)> completion);
 
     ScriptHost& host_;
     BackgroundExecutor& queue_;

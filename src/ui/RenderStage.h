@@ -140,7 +140,7 @@ class PictureScripts : public ScriptHost {
     explicit PictureScripts(const InMemoryEventStore& database) : database_(database) {}
 
     void fail() { fails_ = true; }
-    [[nodiscard]] tl::expected<QStringList, ScriptError> execute(const QString&) override {
+    [[nodiscard]] tl::expected<QStringList, ScriptError> execute(const ReminderScript&) override {
         if (fails_)
             return tl::unexpected(ScriptError{ScriptError::Code::timedOut, {}});
         QStringList flagged;

@@ -1,4 +1,4 @@
-#include "reminders/scripting/EventStoreScriptHost.h"
+#include "reminders/EventStoreScriptHost.h"
 
 #include "eventkit/InMemoryEventStore.h"
 #include "foundation/SerialWorker.h"
@@ -59,6 +59,44 @@ class Gate : public Scheduler {
     std::vector<std::function<void()>> held_;
 };
 
+TEST(ReminderScript, IsWrittenLineByLine) {
+    EXPECT_EQ(ReminderScript{ReminderScript::ReadFlagged{}}.source().toStdString(),
+              "with timeout of 8 seconds\n"
+              "    tell application \"Reminders\"\n"
+              "        return id of every reminder whose flagged is true and completed is false\n"
+              "    end tell\n"
+              "end timeout");
+    const std::string begin = "with timeout of 8 seconds\n"
+                              "    tell application \"Reminders\"\n"
+                              "        set targetSuffix to \"abc\"\n";
+    const std::string ownList =
+        "        try\n"
+        "    set flagged of (first reminder of list \"H\\\"o\\\\me\" whose id ends with "
+        "targetSuffix) to true\n"
+        "    return\n"
+        "end try\n";
+    const auto allLists = [](const std::string& value) {
+        return "        repeat with aList in lists\n"
+               "            try\n"
+               "                set flagged of (first reminder of aList whose id ends with targetSuffix) "
+               "to " +
+               value +
+               "\n                return\n"
+               "            end try\n"
+               "        end repeat\n"
+               "    end tell\n"
+               "end timeout";
+    };
+    const auto source = [](bool flag, const std::optional<QString>& list) {
+        return ReminderScript{ReminderScript::SetFlag{QStringLiteral("abc"), flag, list}}
+            .source()
+            .toStdString();
+    };
+    EXPECT_EQ(source(true, QStringLiteral("H\"o\\me")), begin + ownList + allLists("true"));
+    EXPECT_EQ(source(false, std::nullopt), begin + allLists("false"));
+    EXPECT_EQ(source(false, QString()), begin + allLists("false"));
+}
+
 /// Scripts that run on a thread of their own against a database on this one.
 class EventStoreScriptHostTest : public testing::Test {
   protected:
@@ -84,9 +122,9 @@ class EventStoreScriptHostTest : public testing::Test {
 
     ManualScheduler scheduler{Instant(std::chrono::hours(500000))};
     FixedCalendar calendar{"Europe/Paris"};
-    InMemoryEventStore database{scheduler, scheduler, calendar};
-    std::vector<QString> lists;
     Gate gate{scheduler};
+    InMemoryEventStore database{gate, scheduler, calendar};
+    std::vector<QString> lists;
     EventStoreScriptHost host{database, gate};
     std::optional<SerialWorker> queue{std::in_place};
     std::optional<FlaggedReminderAutomation> automation{std::in_place, host, *queue, scheduler};
@@ -105,6 +143,21 @@ TEST_F(EventStoreScriptHostTest, FlagsAreSetAndReadInTheDatabase) {
     EXPECT_TRUE(set("b", false, 1));
     database.putReminder(aReminder("C").in(lists.at(1)).completedAt(scheduler.now()));
     EXPECT_THAT(*read(), UnorderedElementsAre("a"));
+}
+
+TEST_F(EventStoreScriptHostTest, OnlyTheReminderThatIsMeantIsFlagged) {
+    for (const char* id : {"21", "ax", "folder/X"})
+        put(id, 0);
+    put("1", 1);
+    database.putReminder(aReminder("done").in(lists.at(1)).completedAt(scheduler.now()));
+    EXPECT_TRUE(set("x", true, 0)) << "not “ax”, which ends alike";
+    EXPECT_TRUE(set("done", true, 0)) << "completed, and in another list";
+    EXPECT_TRUE(set("nobody", true, 0));
+    EXPECT_THAT(*read(), UnorderedElementsAre("x"));
+    EXPECT_TRUE(database.reminder(QStringLiteral("done"))->isFlagged);
+    database.setFailure(InMemoryEventStore::Operation::save, EKError{});
+    EXPECT_FALSE(set("1", true, 1)) << "a refused change is no success";
+    EXPECT_THAT(*read(), UnorderedElementsAre("x"));
 }
 
 TEST_F(EventStoreScriptHostTest, WithoutAccessReadingIsDenied) {

@@ -4,7 +4,7 @@
 #include "preferences/Localization.h"
 #include "reminders/FlaggedReminderAutomation.h"
 #include "reminders/ReminderStore.h"
-#include "reminders/scripting/EventStoreScriptHost.h"
+#include "reminders/EventStoreScriptHost.h"
 #include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"

@@ -16,22 +16,20 @@ const QString b = QStringLiteral("b");
 /// Knows the flags as the Reminders application has them, and what it was asked.
 class ScriptedHost : public ScriptHost {
   public:
-    tl::expected<QStringList, ScriptError> execute(const QString& source) override {
+    tl::expected<QStringList, ScriptError> execute(const ReminderScript& script) override {
         if (failure)
             return tl::unexpected(*failure);
-        if (source == FlaggedReminderAutomation::readScript()) {
-            ++reads;
+        const auto* write = std::get_if<ReminderScript::SetFlag>(&script.request);
+        if (!write)
             return flagged;
-        }
-        written.push_back(source);
+        written.push_back(*write);
         return QStringList{};
     }
     void interrupt() override { isInterrupted = true; }
 
     QStringList flagged;
     std::optional<ScriptError> failure;
-    std::vector<QString> written;
-    int reads = 0;
+    std::vector<ReminderScript::SetFlag> written;
     bool isInterrupted = false;
 };
 
@@ -50,8 +48,8 @@ class ReminderStoreFlags : public ReminderStoreTest {
         }
         return result;
     }
-    static QString script(const QString& key, bool flag) {
-        return FlaggedReminderAutomation::writeScript(key, flag, QStringLiteral("list"));
+    static ReminderScript::SetFlag script(const QString& key, bool flag) {
+        return {key, flag, QStringLiteral("list")};
     }
     void reload() {
         store->reloadFlags();
