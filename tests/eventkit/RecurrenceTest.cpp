@@ -141,6 +141,17 @@ TEST(OccurrencesTest, FollowsEveryKindOfRule) {
     }
 }
 
+TEST(OccurrencesTest, CountsWhatTheClocksSkipOnlyUpToTheLastDate) {
+    for (const auto& [rule, start] : {std::pair{"FREQ=MINUTELY;INTERVAL=15", "20260329T0130"},
+                                      {"FREQ=DAILY;BYHOUR=2,3", "20260328T0200"},
+                                      {"FREQ=SECONDLY", "20260329T0159"},
+                                      {"FREQ=HOURLY;BYMINUTE=0,30,40", "20260329T0030"}}) {
+        for (int count = 1; count <= 11; ++count)
+            expectTheSameAfterSkipping((QByteArray(rule) + ";COUNT=" + QByteArray::number(count)).constData(),
+                                       start);
+    }
+}
+
 TEST(OccurrencesTest, EndsWhereARuleHasNoDates) {
     for (const char* rule : {"FREQ=YEARLY;BYMONTH=2;BYMONTHDAY=30", "FREQ=MONTHLY;BYMONTHDAY=31;BYMONTH=4",
                              "FREQ=MINUTELY;INTERVAL=1440;BYHOUR=5", "FREQ=SECONDLY;INTERVAL=60;BYSECOND=30",

@@ -77,8 +77,9 @@ TEST(DurationTest, ReadsAndWritesDurations) {
         int days;
         qint64 seconds;
     };
-    for (const Case& each : {Case{"PT15M", 0, 900}, Case{"-PT1H30M", 0, -5400}, Case{"P1D", 1, 0},
-                             Case{"+P2W", 14, 0}, Case{"-P1DT2H3M4S", -1, -7384}, Case{"PT0S", 0, 0}}) {
+    for (const Case& each :
+         {Case{"PT15M", 0, 900}, Case{"-PT1H30M", 0, -5400}, Case{"P1D", 1, 0}, Case{"+P2W", 14, 0},
+          Case{"-P1DT2H3M4S", -1, -7384}, Case{"-pt15m", 0, -900}, Case{"PT0S", 0, 0}}) {
         const auto duration = readDuration(each.text);
         ASSERT_TRUE(duration.has_value()) << each.text;
         EXPECT_EQ(duration->days, each.days) << each.text;

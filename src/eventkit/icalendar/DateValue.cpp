@@ -153,8 +153,9 @@ QByteArray utcText(Instant instant) {
     return dayText(date) + time.toString(QStringLiteral("'T'HHmmss'Z'")).toLatin1();
 }
 
-std::optional<DurationValue> readDuration(QByteArrayView text) {
-    text = text.trimmed();
+std::optional<DurationValue> readDuration(QByteArrayView value) {
+    const QByteArray upper = value.trimmed().toByteArray().toUpper();
+    QByteArrayView text = upper;
     int sign = 1;
     if (text.startsWith('-') || text.startsWith('+')) {
         sign = text.front() == '-' ? -1 : 1;

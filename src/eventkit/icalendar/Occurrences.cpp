@@ -309,12 +309,13 @@ qint64 Occurrences::coincidencesUntil(const LocalTime& last) {
         if (eveOf(day.addDays(span), zone_) - eveOf(day, zone_) >= std::chrono::days(span))
             continue;
         for (int i = 0; i < span; ++i)
-            result += coincidencesOn(day.addDays(i));
+            result += coincidencesOn(day.addDays(i), last);
     }
     return result;
 }
 
-qint64 Occurrences::coincidencesOn(QDate day) {
+/// Those of one day.
+qint64 Occurrences::coincidencesOn(QDate day, const LocalTime& last) {
     Instant before = eveOf(day, zone_);
     Instant after = eveOf(day.addDays(1), zone_);
     if (after - before >= std::chrono::days(1))
@@ -326,7 +327,7 @@ qint64 Occurrences::coincidencesOn(QDate day) {
         (distanceAt(middle, zone_) == offset ? before : after) = middle;
     }
     const LocalTime first = localTimeAt(before, zone_);
-    const LocalTime end = localTimeAt(after, zone_);
+    const LocalTime end = std::min(localTimeAt(after, zone_), last);
     qint64 result = 0;
     qint64 index = periods_.indexOf(first);
     while (spend(1)) {

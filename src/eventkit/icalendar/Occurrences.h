@@ -72,7 +72,7 @@ class Occurrences {
     void endByCount();
     [[nodiscard]] std::optional<LocalTime> nthAfterStart(qint64 count);
     [[nodiscard]] qint64 coincidencesUntil(const LocalTime& last);
-    [[nodiscard]] qint64 coincidencesOn(QDate day);
+    [[nodiscard]] qint64 coincidencesOn(QDate day, const LocalTime& last);
 
     RecurrenceRule rule_;
     RulePeriods periods_;
