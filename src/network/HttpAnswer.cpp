@@ -1,5 +1,7 @@
 #include "network/HttpAnswer.h"
 
+#include <QList>
+
 #include <algorithm>
 #include <utility>
 
