@@ -3,11 +3,17 @@
 #include "foundation/TextCollation.h"
 #include "reminders/ReminderTask.h"
 
+#include <QHash>
+#include <QLocale>
+#include <QString>
 #include <QStringList>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
+#include <memory>
 #include <vector>
 
 namespace kestrant {
@@ -26,15 +32,20 @@ namespace kestrant {
 /// - manual: by place in the manual order; tasks without a place last, as dueDate.
 class ReminderOrdering {
   public:
+    using Tasks = std::shared_ptr<const std::vector<ReminderTask>>;
+
     /// An empty set.
-    ReminderOrdering() = default;
-    /// `previous`, an ordering of an earlier state of the same tasks, lends what it knows of titles that are
-    /// the same.
-    ReminderOrdering(const std::vector<ReminderTask>& tasks, const TextCollation& collation,
-                     const ReminderOrdering& previous = {});
+    ReminderOrdering();
+    /// `previous`, an ordering of an earlier state of the same tasks, lends the manual order, and the order
+    /// of titles as far as the tasks are the same. `tasks` is not null.
+    ReminderOrdering(Tasks tasks, const TextCollation& collation,
+                     const ReminderOrdering& previous = ReminderOrdering());
 
     /// Gives the tasks their places in the manual order. Where it names an id twice, the first place counts.
     void setManualOrder(const QStringList& ids);
+    [[nodiscard]] bool hasPlace(std::uint32_t index) const { return facts_[index].place != withoutPlace; }
+    /// How many of the tasks have one.
+    [[nodiscard]] std::size_t placedTasks() const;
 
     /// Indices into the tasks, in order, of those for which `included` holds.
     [[nodiscard]] std::vector<std::uint32_t>
@@ -44,32 +55,29 @@ class ReminderOrdering {
     /// Three numbers compared one after the other; the lower half of the last is the task's place in the
     /// title order.
     using Key = std::array<std::int64_t, 3>;
+    static constexpr std::int64_t withoutPlace = std::numeric_limits<std::int64_t>::max();
     struct Facts {
         std::int64_t due = 0;
         std::int64_t created = 0;
         std::int64_t priority = 0;
         bool timed = false;
         bool hasCreationDate = false;
-        std::int64_t place = 0;
+        std::int64_t place = withoutPlace;
     };
 
-    /// One of the titles. Those that count as equal have the same rank.
-    struct RankedTitle {
-        QString title;
-        std::uint32_t rank = 0;
-    };
-
-    /// The tasks' titles, each once, in their order. `known` are those of earlier tasks.
-    [[nodiscard]] static std::vector<RankedTitle> rankedTitles(const std::vector<ReminderTask>& tasks,
-                                                               const TextCollation& collation,
-                                                               const std::vector<RankedTitle>& known);
+    [[nodiscard]] static Facts factsOf(const ReminderTask& task);
+    void orderTitles(const TextCollation& collation);
+    /// Puts the tasks that are new into the order of those that `former` found in `previous`.
+    void insertTitles(const TextCollation& collation, const ReminderOrdering& previous,
+                      const std::vector<std::uint32_t>& former);
     [[nodiscard]] Key key(ReminderSortMode mode, std::uint32_t index) const;
 
+    Tasks tasks_;
     std::vector<Facts> facts_;
-    std::vector<QString> ids_;
+    /// Of each task, its place in byTitle_.
     std::vector<std::uint32_t> titleRanks_;
     std::vector<std::uint32_t> byTitle_;
-    std::vector<RankedTitle> titles_;
+    QHash<QString, std::int64_t> places_;
     QLocale locale_;
 };
 

@@ -60,8 +60,10 @@ ReminderStore::~ReminderStore() = default;
 
 void ReminderStore::restorePreferences() {
     selectedListID_ = services_.defaults.string(preferenceKeys::selectedReminderListID);
-    manualOrderIDs_ =
+    QStringList order =
         services_.defaults.stringList(preferenceKeys::reminderManualOrder).value_or(QStringList());
+    order.removeDuplicates();
+    setManualOrderIDs(std::move(order));
     if (const auto stored = services_.defaults.string(preferenceKeys::reminderSortMode))
         sortMode_ = reminderSortMode(*stored).value_or(sortMode_);
 }
@@ -93,8 +95,7 @@ void ReminderStore::observe() {
 
 void ReminderStore::languageChanged() {
     ordering_ =
-        ReminderOrdering(*fetchedTasks_, TextCollation(services_.localization.dateLocale()), ordering_);
-    ordering_.setManualOrder(manualOrderIDs_);
+        ReminderOrdering(fetchedTasks_, TextCollation(services_.localization.dateLocale()), ordering_);
     visibleTasksCache_.reset();
     recompute();
     if (!searchQuery_.trimmed().isEmpty())
@@ -243,27 +244,34 @@ void ReminderStore::updateProblems() {
 void ReminderStore::setFetchedTasks(std::vector<ReminderTask> tasks) {
     if (tasks == *fetchedTasks_)
         return;
-    ordering_ = ReminderOrdering(tasks, TextCollation(services_.localization.dateLocale()), ordering_);
-    ordering_.setManualOrder(manualOrderIDs_);
     fetchedTasks_ = std::make_shared<const std::vector<ReminderTask>>(std::move(tasks));
+    ordering_ =
+        ReminderOrdering(fetchedTasks_, TextCollation(services_.localization.dateLocale()), ordering_);
     recomputeForPresent();
 }
 
 void ReminderStore::updateManualOrder(bool isRestricted) {
-    QStringList previous = manualOrderIDs_;
-    if (!isRestricted) {
+    QStringList order = manualOrderIDs_;
+    if (!isRestricted && ordering_.placedTasks() != static_cast<std::size_t>(order.size())) {
         QSet<QString> open;
         for (const ReminderTask& task : *fetchedTasks_)
             open.insert(task.id);
-        previous.removeIf([&](const QString& id) { return !open.contains(id); });
+        order.removeIf([&](const QString& id) { return !open.contains(id); });
     }
-    QStringList visible;
-    for (const ReminderTask& task : filteredTasks(ReminderSortMode::manual))
-        visible.append(task.id);
-    QStringList sequence = mergedManualOrder(previous, visible);
-    if (sequence == manualOrderIDs_)
+    // What is shown and has no place yet comes last.
+    const ReminderPresent now = present();
+    const auto isShownWithoutPlace = [&](std::uint32_t index) {
+        return !ordering_.hasPlace(index) && passes((*fetchedTasks_)[index], filters_, now);
+    };
+    for (const std::uint32_t index : ordering_.ordered(ReminderSortMode::manual, isShownWithoutPlace))
+        order.append((*fetchedTasks_)[index].id);
+    if (order.size() == manualOrderIDs_.size() && order == manualOrderIDs_)
         return;
-    manualOrderIDs_ = std::move(sequence);
+    setManualOrderIDs(std::move(order));
+}
+
+void ReminderStore::setManualOrderIDs(QStringList ids) {
+    manualOrderIDs_ = std::move(ids);
     ordering_.setManualOrder(manualOrderIDs_);
     Q_EMIT manualOrderIDsChanged();
 }
@@ -389,10 +397,8 @@ void ReminderStore::restorePlacement(const Placement& placement) {
 }
 
 void ReminderStore::applyPlacement(const Placement& placement) {
-    manualOrderIDs_ = placement.ids;
-    ordering_.setManualOrder(manualOrderIDs_);
     services_.defaults.setStringList(preferenceKeys::reminderManualOrder, placement.ids);
-    Q_EMIT manualOrderIDsChanged();
+    setManualOrderIDs(placement.ids);
     if (placement.mode == sortMode_)
         recompute();
     else

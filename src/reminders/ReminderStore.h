@@ -253,6 +253,7 @@ class ReminderStore : public QObject {
     void updateProblems();
     void setFetchedTasks(std::vector<ReminderTask> tasks);
     void updateManualOrder(bool isRestricted);
+    void setManualOrderIDs(QStringList ids);
     [[nodiscard]] ReminderTaskList filteredTasks(ReminderSortMode mode) const;
     /// Filters and orders the fetched tasks anew.
     void recompute();

@@ -196,10 +196,8 @@ void ReminderStore::replayed(const RecordedChangeRef& recorded, const EKSaveResu
         for (const QString& formerID : std::as_const(recorded->order))
             former.append(currentID(formerID));
         QStringList order = withPlaceRestored(manualOrderIDs_, former, id);
-        if (order != manualOrderIDs_) {
-            manualOrderIDs_ = std::move(order);
-            Q_EMIT manualOrderIDsChanged();
-        }
+        if (order != manualOrderIDs_)
+            setManualOrderIDs(std::move(order));
         revealOnceLoaded_ = id;
     }
     if (recorded->kind == ChangeKind::removal && wentAway)
@@ -231,10 +229,8 @@ void ReminderStore::follow(const RecordedChange& recorded, const QString& id) {
             ids[place] = id;
         return place >= 0;
     };
-    if (rename(manualOrderIDs_)) {
-        ordering_.setManualOrder(manualOrderIDs_);
-        Q_EMIT manualOrderIDsChanged();
-    }
+    if (QStringList order = manualOrderIDs_; rename(order))
+        setManualOrderIDs(std::move(order));
     QStringList stored =
         services_.defaults.stringList(preferenceKeys::reminderManualOrder).value_or(QStringList());
     if (rename(stored))

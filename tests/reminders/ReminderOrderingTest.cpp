@@ -31,9 +31,13 @@ ReminderTask task(const char* id, const char* title, std::optional<Duration> due
     return result;
 }
 
+ReminderOrdering::Tasks shared(const std::vector<ReminderTask>& tasks) {
+    return std::make_shared<const std::vector<ReminderTask>>(tasks);
+}
+
 std::vector<std::string> idsInOrder(const std::vector<ReminderTask>& tasks, ReminderSortMode mode,
                                     const QStringList& manualOrder = {}) {
-    ReminderOrdering ordering(tasks, TextCollation(english));
+    ReminderOrdering ordering(shared(tasks), TextCollation(english));
     ordering.setManualOrder(manualOrder);
     std::vector<std::string> ids;
     for (const std::uint32_t index : ordering.ordered(mode, [](std::uint32_t) { return true; }))
@@ -77,8 +81,9 @@ TEST(ReminderOrdering, EveryModeHasItsOrder) {
 
 TEST(ReminderOrdering, KnowledgeLentByAnEarlierOrderingIsDroppedWithItsLocale) {
     const std::vector tasks{task("1", "ö"), task("2", "z"), task("3", "o")};
-    const ReminderOrdering german(tasks, TextCollation(QLocale(QLocale::German, QLocale::Germany)));
-    const ReminderOrdering swedish(tasks, TextCollation(QLocale(QLocale::Swedish, QLocale::Sweden)), german);
+    const ReminderOrdering german(shared(tasks), TextCollation(QLocale(QLocale::German, QLocale::Germany)));
+    const ReminderOrdering swedish(shared(tasks), TextCollation(QLocale(QLocale::Swedish, QLocale::Sweden)),
+                                   german);
     const auto all = [](std::uint32_t) { return true; };
     EXPECT_THAT(german.ordered(ReminderSortMode::title, all), ElementsAre(2U, 0U, 1U));
     EXPECT_THAT(swedish.ordered(ReminderSortMode::title, all), ElementsAre(2U, 1U, 0U));
@@ -94,19 +99,45 @@ TEST(ReminderOrdering, IsTheSameWhateverWasKnownBefore) {
     std::mt19937 random(3);
     const auto pick = [&](int count) { return std::uniform_int_distribution(0, count - 1)(random); };
     ReminderOrdering known;
-    for (int round = 0; round < 200; ++round) {
-        std::vector<ReminderTask> tasks;
-        // Now and then far more titles are new than can be compared one by one.
-        const int count = round % 20 == 19 ? 300 : pick(40);
-        for (int n = 0; n < count; ++n) {
+    QStringList manualOrder;
+    std::vector<ReminderTask> tasks;
+    for (int round = 0; round < 300; ++round) {
+        // Most often a few tasks come, go or change; now and then more titles are new than are compared one
+        // by one.
+        const bool isNew = round % 20 == 0;
+        if (isNew)
+            tasks.clear();
+        for (int n = isNew ? pick(300) : pick(4); n > 0; --n) {
             const std::string title = std::string(titles.at(std::size_t(pick(titles.size())))) +
-                                      (count == 300 ? std::to_string(pick(100)) : std::string());
-            tasks.push_back(task(std::to_string(pick(1000000)).c_str(), title.c_str()));
+                                      (isNew ? std::to_string(pick(100)) : std::string());
+            tasks.insert(tasks.begin() + pick(int(tasks.size()) + 1),
+                         task(std::to_string(pick(1000000)).c_str(), title.c_str()));
         }
-        known = ReminderOrdering(tasks, TextCollation(english), known);
-        const ReminderOrdering fresh(tasks, TextCollation(english));
-        ASSERT_EQ(known.ordered(ReminderSortMode::title, all), fresh.ordered(ReminderSortMode::title, all))
-            << "round " << round;
+        for (int n = pick(4); n > 0 && !tasks.empty(); --n) {
+            const auto chosen = tasks.begin() + pick(int(tasks.size()));
+            if (pick(2) == 0)
+                tasks.erase(chosen);
+            else
+                chosen->title = QString::fromUtf8(titles.at(std::size_t(pick(titles.size()))));
+        }
+        if (!tasks.empty() && pick(5) == 0)
+            std::swap(tasks.front(), tasks.back());
+        QStringList placed;
+        for (const ReminderTask& each : tasks) {
+            if (pick(2) == 0)
+                placed.prepend(each.id);
+        }
+        // The order stays while the tasks change.
+        known = ReminderOrdering(shared(tasks), TextCollation(english), known);
+        if (pick(3) == 0) {
+            manualOrder = placed;
+            known.setManualOrder(manualOrder);
+        }
+        ReminderOrdering fresh(shared(tasks), TextCollation(english));
+        fresh.setManualOrder(manualOrder);
+        for (const ReminderSortMode mode : {ReminderSortMode::title, ReminderSortMode::manual})
+            ASSERT_EQ(known.ordered(mode, all), fresh.ordered(mode, all)) << "round " << round;
+        ASSERT_EQ(known.placedTasks(), fresh.placedTasks()) << "round " << round;
     }
 }
 
