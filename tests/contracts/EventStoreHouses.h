@@ -9,6 +9,7 @@
 #include "eventkit/InMemoryEventStore.h"
 #include "eventkit/vdir/VdirDatabase.h"
 #include "eventkit/vdir/VdirEventStore.h"
+#include "support/AwaitState.h"
 #include "support/EventStoreDriver.h"
 #include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
@@ -20,8 +21,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <chrono>
 
 namespace kestrant {
 
@@ -70,12 +69,12 @@ struct VdirHouse {
         EKReminderData edited = *base;
         change(edited);
         ASSERT_TRUE(other.save(base, edited, scheduler.now(), calendar.calendar()).has_value());
-        awaitNotice();
+        awaitThat(scheduler, [&] { return showsChange(store, identifier, change); });
     }
     void removeElsewhere(const QString& identifier) {
         const auto list = store.calendarItem(identifier)->data.calendarIdentifier;
         ASSERT_TRUE(QFile::remove(folder.path() + "/calendars/" + list + "/" + identifier + ".ics"));
-        awaitNotice();
+        awaitThat(scheduler, [&] { return store.calendarItem(identifier) == nullptr; });
     }
     void makeReadOnly(const QString& list) {
         const QString calendars = folder.path() + "/calendars";
@@ -86,21 +85,11 @@ struct VdirHouse {
         if (::geteuid() == 0) {
             ASSERT_EQ(::seteuid(65534), 0);
         }
-        awaitNotice();
+        awaitThat(scheduler, [&] { return !store.calendarWithIdentifier(list)->allowsContentModifications; });
     }
     ~VdirHouse() {
         if (::getuid() == 0) {
             EXPECT_EQ(::seteuid(0), 0);
-        }
-    }
-
-  private:
-    void awaitNotice() {
-        bool told = false;
-        const Subscription subscription = store.observeChanges([&] { told = true; });
-        while (!told) {
-            ASSERT_TRUE(scheduler.runUntil([&] { return told || scheduler.pendingCount() > 0; }));
-            scheduler.advance(std::chrono::seconds(1));
         }
     }
 };

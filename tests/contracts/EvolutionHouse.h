@@ -3,6 +3,7 @@
 #include "eventkit/evolution/EvolutionEventStore.h"
 #include "eventkit/evolution/EvolutionStorage.h"
 #include "eventkit/items/ItemDatabase.h"
+#include "support/AwaitState.h"
 #include "support/EvolutionService.h"
 #include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
@@ -35,34 +36,18 @@ struct EvolutionHouse {
         EKReminderData edited = *base;
         change(edited);
         ASSERT_TRUE(other.database.save(base, edited, scheduler.now(), calendar.calendar()).has_value());
-        awaitNotice();
+        awaitThat([&] { return showsChange(*used, identifier, change); });
     }
     void removeElsewhere(const QString& identifier) {
         Other other(calendar.calendar());
         ASSERT_TRUE(other.database.remove(identifier, calendar.calendar()).has_value());
-        awaitNotice();
+        awaitThat([&] { return used->calendarItem(identifier) == nullptr; });
     }
     void makeReadOnly(const QString& list) {
         service.makeReadOnly(list);
-        awaitNotice();
+        awaitThat([&] { return !used->calendarWithIdentifier(list)->allowsContentModifications; });
     }
-    /// Lets time go on until the store has told of a change.
-    void awaitNotice() {
-        bool told = false;
-        const Subscription subscription = used->observeChanges([&] { told = true; });
-        while (!told) {
-            ASSERT_TRUE(scheduler.runUntil([&] { return told || scheduler.pendingCount() > 0; }));
-            scheduler.advance(std::chrono::seconds(1));
-        }
-    }
-
-    /// Lets time go on until this holds.
-    void awaitThat(const std::function<bool()>& holds) {
-        while (!holds()) {
-            ASSERT_TRUE(scheduler.runUntil([&] { return holds() || scheduler.pendingCount() > 0; }));
-            scheduler.advance(std::chrono::seconds(1));
-        }
-    }
+    void awaitThat(const std::function<bool()>& holds) { kestrant::awaitThat(scheduler, holds); }
 
     /// Another program that uses the service.
     struct Other {

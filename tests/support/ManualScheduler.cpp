@@ -101,7 +101,7 @@ bool ManualScheduler::runUntil(const std::function<bool()>& done) {
         if (done())
             return true;
         std::unique_lock lock(mutex_);
-        if (!posted_.wait_for(lock, std::chrono::seconds(10), [this] { return !queue_.empty(); }))
+        if (!posted_.wait_for(lock, std::chrono::seconds(60), [this] { return !queue_.empty(); }))
             return false;
     }
 }

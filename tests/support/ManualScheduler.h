@@ -30,7 +30,7 @@ class ManualScheduler : public Scheduler, public Clock {
     /// Runs what was posted (and what that posts) without moving time.
     void runPosted();
     /// Runs posted work until `done` holds, waiting for other threads to post. False when nothing was posted
-    /// for ten seconds, which is a failure of whoever should have.
+    /// for a minute, which is a failure of whoever should have.
     [[nodiscard]] bool runUntil(const std::function<bool()>& done);
 
     /// Timers that have not run or been cancelled.

@@ -262,11 +262,16 @@ bool EvolutionStorage::describe(Collection& collection, const QByteArray& uid, c
     const Text color(e_source_selectable_dup_color(selectable));
     const guint order = e_source_selectable_get_order(selectable);
     const auto client = clients_.find(uid);
-    const std::tuple now(
-        titleOf(list.source.get()), color ? Color::parse(QString::fromUtf8(color.get())) : std::nullopt,
-        order > 0 ? std::optional(static_cast<int>(order)) : std::nullopt, std::optional(list.type),
-        client == clients_.end() ? wanted_ && wanted_->empty() && isWrittenMostly(selectable)
-                                 : !silent_.contains(uid) && client->second->isWritable());
+    const auto isWritable = [&] {
+        if (client != clients_.end())
+            return !silent_.contains(uid) && client->second->isWritable();
+        // While a connection is made anew the list remains what it was.
+        return collection.isWritable || (wanted_ && wanted_->empty() && isWrittenMostly(selectable));
+    };
+    const std::tuple now(titleOf(list.source.get()),
+                         color ? Color::parse(QString::fromUtf8(color.get())) : std::nullopt,
+                         order > 0 ? std::optional(static_cast<int>(order)) : std::nullopt,
+                         std::optional(list.type), isWritable());
     auto present = std::tie(collection.title, collection.color, collection.order, collection.holdsOnly,
                             collection.isWritable);
     if (present == now)
