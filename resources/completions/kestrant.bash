@@ -68,14 +68,14 @@ _kestrant() {
             ! $split || return
             if [[ $cur == -* ]]; then
                 case $command in
-                    '') offered='--toggle --render --configuration --version' ;;
+                    '') offered='--toggle --render --version' ;;
                     list) offered='--sort --list --today --overdue --flagged --search' ;;
                     add) offered='--due --priority --list --alert --repeat --flagged --literal' ;;
                     edit) offered='--title --notes --due --list --priority --alert --repeat' ;;
                     agenda) offered='--all --reminders --no-reminders' ;;
                     add-event) offered='--start --end --all-day --calendar' ;;
                 esac
-                offered+=' --store --help'
+                offered+=' --store --configuration --help'
                 [[ ! $command ]] || offered+=' --json --now'
             elif [[ ! $command ]]; then
                 offered=$commands

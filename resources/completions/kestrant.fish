@@ -52,7 +52,7 @@ complete --command kestrant --condition 'not __kestrant_needs_command' --long-op
 complete --command kestrant --condition __kestrant_needs_command --long-option version --description 'Print the version'
 complete --command kestrant --condition __kestrant_needs_command --long-option toggle --description 'Open or close the panel that is running'
 complete --command kestrant --condition __kestrant_needs_command --long-option render --exclusive --arguments '(__fish_complete_directories)' --description 'Write pictures of every state'
-complete --command kestrant --condition __kestrant_needs_command --long-option configuration --require-parameter --force-files --description 'Use other deployment values'
+complete --command kestrant --long-option configuration --require-parameter --force-files --description 'Use other deployment values'
 
 for line in \
     'list:The open reminders, in order' \

@@ -18,7 +18,9 @@
 #include <QGuiApplication>
 #include <QLocale>
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
+#include <tl/expected.hpp>
 #include <unistd.h>
 
 #include <cstdio>
@@ -50,6 +52,26 @@ int fail(const TextPair& message, int status) {
     return status;
 }
 
+/// Keeps files that are opened later from taking the place of a stream that was closed before the start, and
+/// what is printed from ending in them.
+void openMissingStreams() {
+    int descriptor = ::open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor < STDERR_FILENO)
+        descriptor = ::open("/dev/null", O_RDWR);
+    if (descriptor > STDERR_FILENO)
+        ::close(descriptor);
+}
+
+/// The exit status of a process that has printed something.
+int statusAfterPrinting(int status) {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return status;
+    const int failed = fail(text("Not all that was to be printed could be written.",
+                                 "La sortie n’a pas pu être écrite en entier."),
+                            refused);
+    return status == done ? failed : status;
+}
+
 /// Columns of the terminal behind the standard output, if there is one.
 std::optional<int> terminalWidth() {
     winsize size{};
@@ -65,34 +87,39 @@ bool desktopHasStore() {
 int runCommand(int& argc, char** argv, const QStringList& arguments) {
     const QCoreApplication application(argc, argv);
     const SystemClock clock;
+    std::optional<QString> configurationFile;
+    const auto load = [&configurationFile] {
+        return InformationDictionary::load(configurationFile, configurationPath());
+    };
     std::optional<CompletionCounting> counting;
-    const auto count = [&counting](int completions) {
-        const auto information = InformationDictionary::load({}, configurationPath());
+    const auto count = [&](int completions) {
+        const auto information = load();
         if (!counting && information)
             counting.emplace(*information, preferencesPath(), applicationSupportFolder());
         if (counting)
             counting->record(completions);
     };
-    return runCommandLine(arguments,
-                          {
-                              .version = QCoreApplication::applicationVersion(),
-                              .storeFolder = EventStoreLocation::embeddedDefault().folder,
-                              .desktopHasStore = desktopHasStore,
-                              .preferencesFile = preferencesPath(),
-                              .ledgerFile = completionLedgerPath(),
-                              .systemLocale = QLocale::system(),
-                              .calendar = SystemCurrentCalendar().calendar(),
-                              .clock = clock,
-                              .out = [](const QString& text) { std::fputs(qUtf8Printable(text), stdout); },
-                              .err = [](const QString& text) { std::fputs(qUtf8Printable(text), stderr); },
-                              .lineWidth = terminalWidth(),
-                              .completionsCommitted = count,
-                              .leave =
-                                  [](int status) {
-                                      std::fflush(stdout);
-                                      std::_Exit(status);
-                                  },
-                          });
+    const int ended = runCommandLine(
+        arguments, {
+                       .version = QCoreApplication::applicationVersion(),
+                       .storeFolder = EventStoreLocation::embeddedDefault().folder,
+                       .desktopHasStore = desktopHasStore,
+                       .preferencesFile = preferencesPath(),
+                       .ledgerFile = completionLedgerPath(),
+                       .systemLocale = QLocale::system(),
+                       .calendar = SystemCurrentCalendar().calendar(),
+                       .clock = clock,
+                       .out = [](const QString& text) { std::fputs(qUtf8Printable(text), stdout); },
+                       .err = [](const QString& text) { std::fputs(qUtf8Printable(text), stderr); },
+                       .lineWidth = terminalWidth(),
+                       .useConfiguration = [&](const QString& file) -> tl::expected<void, TextPair> {
+                           configurationFile = file;
+                           return load().map([](const auto&) {});
+                       },
+                       .completionsCommitted = count,
+                       .leave = [](int status) { std::_Exit(statusAfterPrinting(status)); },
+                   });
+    return statusAfterPrinting(ended);
 }
 
 int render(int& argc, char** argv, const QString& folder) {
@@ -171,6 +198,7 @@ int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    openMissingStreams();
     QCoreApplication::setApplicationName(QStringLiteral("kestrant"));
     QCoreApplication::setApplicationVersion(
         InformationDictionary::builtIn().string(InformationDictionary::shortVersionKey).value_or(QString()));

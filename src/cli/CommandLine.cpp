@@ -79,11 +79,13 @@ int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& s
 
     const auto parsed =
         parseCommandLine(arguments, {environment.clock.now(), environment.calendar, localization.language()});
-    if (!parsed) {
-        environment.err(onOneLine(localization(parsed.error())) + u' ' +
+    const auto misused = [&](const TextPair& reason) {
+        environment.err(onOneLine(localization(reason)) + u' ' +
                         localization(text("See kestrant --help.", "Voir kestrant --help.")) + u'\n');
         return wrongUsage;
-    }
+    };
+    if (!parsed)
+        return misused(parsed.error());
     if (parsed->command == Command::help) {
         environment.out(localization(commandLineUsage()));
         return done;
@@ -93,6 +95,10 @@ int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& s
         return done;
     }
 
+    if (parsed->configurationFile && environment.useConfiguration) {
+        if (const auto used = environment.useConfiguration(*parsed->configurationFile); !used)
+            return misused(used.error());
+    }
     // A folder that was named by mistake is not made, unless something is to be put there.
     if (parsed->store && parsed->store->kind == EventStoreLocation::Kind::vdir &&
         !makesItems(parsed->command) && !QFileInfo(parsed->store->folder).isDir()) {

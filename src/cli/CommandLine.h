@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <tl/expected.hpp>
+
 #include <functional>
 #include <optional>
 
@@ -32,6 +34,8 @@ struct CommandLineEnvironment {
     std::function<void(const QString& text)> err;
     /// Columns of the terminal that the standard output goes to; absent when it goes elsewhere.
     std::optional<int> lineWidth = {};
+    /// Takes the deployment values of a file that the arguments name; fails where it has none. May be empty.
+    std::function<tl::expected<void, TextPair>(const QString& file)> useConfiguration = {};
     /// Told how many reminders a command has completed; may be empty.
     std::function<void(int count)> completionsCommitted = {};
     /// Ends the process with this exit status as soon as what was printed is out. A command that has only

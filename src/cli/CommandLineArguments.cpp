@@ -157,6 +157,9 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
         arguments.store = *location;
         break;
     }
+    case Option::configuration:
+        arguments.configurationFile = value;
+        break;
     case Option::now: {
         const std::optional<TypedDate> now = readTypedDate(value, context.calendar);
         if (!now || !now->includesTime)

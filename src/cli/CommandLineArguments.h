@@ -50,6 +50,8 @@ struct CommandLineArguments {
     bool json = false;
     /// Where one was named.
     std::optional<EventStoreLocation> store;
+    /// A file of deployment values, where one was named.
+    std::optional<QString> configurationFile;
     /// The time that is taken for the present.
     std::optional<Instant> now;
 

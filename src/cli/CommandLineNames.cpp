@@ -53,6 +53,7 @@ const std::vector<OptionName>& optionNames() {
         {Option::version, "--version", false, CommandSet::all()},
         {Option::json, "--json", false, CommandSet::all()},
         {Option::store, "--store", true, CommandSet::all()},
+        {Option::configuration, "--configuration", true, CommandSet::all()},
         {Option::now, "--now", true, CommandSet::all()},
         {Option::sort, "--sort", true, CommandSet(Command::list)},
         {Option::list, "--list", true, CommandSet(Command::list, Command::add, Command::edit)},

@@ -30,6 +30,7 @@ enum class CommandOption {
     version,
     json,
     store,
+    configuration,
     now,
     sort,
     list,

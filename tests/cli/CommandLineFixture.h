@@ -24,6 +24,8 @@ struct Result {
     QString err;
     /// Completions that were told to be counted.
     int counted = 0;
+    /// The deployment values that were used.
+    QString configuration;
 
     [[nodiscard]] QJsonDocument json() const { return QJsonDocument::fromJson(out.toUtf8()); }
     [[nodiscard]] QStringList ids() const {
@@ -72,6 +74,12 @@ class CommandLineFixture : public testing::Test {
             .out = [&](const QString& text) { result.out += text; },
             .err = [&](const QString& text) { result.err += text; },
             .lineWidth = lineWidth,
+            .useConfiguration = [&](const QString& name) -> tl::expected<void, TextPair> {
+                result.configuration = name;
+                if (name != QLatin1String("none"))
+                    return {};
+                return tl::unexpected(text("No file.", "Aucun fichier."));
+            },
             .completionsCommitted = [&](int count) { result.counted += count; },
         };
         result.status = runCommandLine(arguments, environment);

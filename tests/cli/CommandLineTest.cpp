@@ -177,6 +177,17 @@ TEST_F(CommandLineTest, CompletionsAreToldOnceEach) {
     EXPECT_EQ(run({"complete", "done"}).counted, 0);
 }
 
+TEST_F(CommandLineTest, CompletionsAreCountedWhereTheNamedFileOfDeploymentValuesSays) {
+    const Result refused = run({"--configuration", "none", "complete", "milk"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.err, "No file. See kestrant --help.\n");
+    EXPECT_EQ(refused.counted, 0) << "nothing was done";
+    const Result done = run({"complete", "milk", "--configuration=values.json"});
+    EXPECT_EQ(done.configuration, "values.json");
+    EXPECT_EQ(done.counted, 1);
+    EXPECT_EQ(run({"list"}).configuration, "");
+}
+
 TEST_F(CommandLineTest, ListsPrintsTheLists) {
     put("store/home/displayname", "Maison");
     put("store/home/color", "#ff8800");

@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import signal
+import subprocess
 import unittest
 
 from harness import EXPANDED, IDLE, PROGRAM, DesktopTest, stop, wait_until
@@ -102,6 +103,16 @@ class LifecycleTest(DesktopTest):
         self.assertEqual(self.program.wait(20), 0)
         self.assertIn("STATUS:COMPLETED", self.text(path))
         wait_until(lambda: self.panel_size() == (0, 0), "the panel is gone")
+
+    def test_what_is_printed_arrives_or_is_missed(self):
+        path = self.add_reminder("Water the plants")
+        before = self.text(path)
+        run = f'"{PROGRAM}" list'
+        for redirection, status in ((">/dev/full", 1), (">&-", 0), ("<&- >&- 2>&-", 0), (">/dev/null", 0)):
+            with self.subTest(redirection):
+                done = subprocess.run(["sh", "-c", f"{run} {redirection}"], env=self.desktop.environment, timeout=60)
+                self.assertEqual(done.returncode, status)
+        self.assertEqual(self.text(path), before)
 
     @unittest.skipUnless(os.geteuid() == 0, "only the administrator can run the program as somebody else")
     def test_can_be_read_where_nothing_may_be_written(self):
