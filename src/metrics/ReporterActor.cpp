@@ -84,7 +84,8 @@ void ReporterActor::finish() {
     if (unpersisted_.count == 0 || reconcile() || unpersisted_.count == 0)
         return;
     qCWarning(logger,
-              "%lld completions could not be stored; they are left in the settings for the next start",
+              "Completions that could not be stored: %lld; the next start finds them in the settings, unless "
+              "these cannot be saved either",
               static_cast<long long>(unpersisted_.count));
     preferences.leave(std::exchange(unpersisted_, {}));
 }
