@@ -19,31 +19,55 @@ struct FreshRead {
 };
 
 /// What other programs do to the data of a house. Nothing waits until the store has noticed it.
+class OtherProgram {
+  public:
+    using Edit = std::function<void(EKReminderData&)>;
+
+    OtherProgram() = default;
+    OtherProgram(const OtherProgram&) = delete;
+    OtherProgram& operator=(const OtherProgram&) = delete;
+    virtual ~OtherProgram() = default;
+
+    /// Adds a reminder; returns its identifier.
+    virtual QString add(const EKReminderData& data) = 0;
+    virtual void change(const QString& identifier, const Edit& edit) = 0;
+    virtual void remove(const QString& identifier) = 0;
+    /// Writes the text again as it is, or with this priority unless it is 0. False where there is no text.
+    virtual bool rewrite(const QString&, unsigned) { return false; }
+    /// Saves an occurrence as `edit` leaves it, or removes it where that returns false; false where there is
+    /// none.
+    virtual bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
+                             const std::function<bool(EKEventData&)>& edit) = 0;
+    /// Absent where nobody else can read.
+    virtual std::optional<FreshRead> read() = 0;
+};
+
 template <typename House>
 struct Others;
 
 template <>
-struct Others<MemoryHouse> {
+struct Others<MemoryHouse> : OtherProgram {
     /// Runs, and steps of each, where nothing else is asked for.
     static constexpr unsigned runs = 100;
     static constexpr std::size_t steps = 40;
     static constexpr bool readsFast = true;
 
+    explicit Others(MemoryHouse& used) : house(used) {}
+
     MemoryHouse& house;
 
-    QString add(const EKReminderData& data) { return house.store.putReminder(data); }
-    void change(const QString& identifier, const std::function<void(EKReminderData&)>& edit) {
+    QString add(const EKReminderData& data) override { return house.store.putReminder(data); }
+    void change(const QString& identifier, const Edit& edit) override {
         EKReminderData data = *house.store.reminder(identifier);
         edit(data);
         house.store.putReminder(data);
     }
-    void remove(const QString& identifier) { house.store.dropReminder(identifier); }
-    bool rewrite(const QString&, unsigned) { return false; }
+    void remove(const QString& identifier) override { house.store.dropReminder(identifier); }
     bool changeEvent(const std::function<bool(const EKEventData&)>&,
-                     const std::function<bool(EKEventData&)>&) {
+                     const std::function<bool(EKEventData&)>&) override {
         return false;
     }
-    std::optional<FreshRead> read() { return std::nullopt; }
+    std::optional<FreshRead> read() override { return std::nullopt; }
 };
 
 /// Another program with a database of its own over the same data.
@@ -106,10 +130,12 @@ class OtherDatabase {
 };
 
 template <>
-struct Others<VdirHouse> {
+struct Others<VdirHouse> : OtherProgram {
     static constexpr unsigned runs = 6;
     static constexpr std::size_t steps = 40;
     static constexpr bool readsFast = true;
+
+    explicit Others(VdirHouse& used) : house(used) {}
 
     VdirHouse& house;
 
@@ -119,11 +145,11 @@ struct Others<VdirHouse> {
         EXPECT_FALSE(database.open(house.calendar.calendar()));
         return use(OtherDatabase(database, house.scheduler.now(), house.calendar.calendar()));
     }
-    QString add(const EKReminderData& data) {
+    QString add(const EKReminderData& data) override {
         return with([&](OtherDatabase other) { return other.add(data); });
     }
     /// Moves are renamed files, as a file manager makes them.
-    void change(const QString& identifier, const std::function<void(EKReminderData&)>& edit) {
+    void change(const QString& identifier, const Edit& edit) override {
         with([&](OtherDatabase other) {
             EKReminderData moved;
             bool isMoved = false;
@@ -141,9 +167,9 @@ struct Others<VdirHouse> {
             }
         });
     }
-    void remove(const QString& identifier) { EXPECT_TRUE(QFile::remove(pathOf(identifier))); }
+    void remove(const QString& identifier) override { EXPECT_TRUE(QFile::remove(pathOf(identifier))); }
     /// Writes the file again, with this priority unless it is 0; in its place, or beside it and renamed.
-    bool rewrite(const QString& identifier, unsigned priority) {
+    bool rewrite(const QString& identifier, unsigned priority) override {
         const QString path = pathOf(identifier);
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(identifier);
@@ -167,10 +193,10 @@ struct Others<VdirHouse> {
         return true;
     }
     bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
-                     const std::function<bool(EKEventData&)>& edit) {
+                     const std::function<bool(EKEventData&)>& edit) override {
         return with([&](OtherDatabase other) { return other.changeEvent(isIt, edit); });
     }
-    std::optional<FreshRead> read() {
+    std::optional<FreshRead> read() override {
         return with([](OtherDatabase other) { return other.read(); });
     }
 
@@ -190,10 +216,12 @@ struct Others<VdirHouse> {
 
 #ifdef KESTRANT_WITH_EVOLUTION
 template <>
-struct Others<EvolutionHouse> {
-    static constexpr unsigned runs = 2;
-    static constexpr std::size_t steps = 15;
+struct Others<EvolutionHouse> : OtherProgram {
+    static constexpr unsigned runs = 3;
+    static constexpr std::size_t steps = 40;
     static constexpr bool readsFast = false;
+
+    explicit Others(EvolutionHouse& used) : house(used) {}
 
     EvolutionHouse& house;
 
@@ -202,21 +230,20 @@ struct Others<EvolutionHouse> {
         EvolutionHouse::Other other(house.calendar.calendar());
         return use(OtherDatabase(other.database, house.scheduler.now(), house.calendar.calendar()));
     }
-    QString add(const EKReminderData& data) {
+    QString add(const EKReminderData& data) override {
         return with([&](OtherDatabase other) { return other.add(data); });
     }
-    void change(const QString& identifier, const std::function<void(EKReminderData&)>& edit) {
+    void change(const QString& identifier, const Edit& edit) override {
         with([&](OtherDatabase other) { other.change(identifier, edit); });
     }
-    void remove(const QString& identifier) {
+    void remove(const QString& identifier) override {
         with([&](OtherDatabase other) { other.remove(identifier); });
     }
-    bool rewrite(const QString&, unsigned) { return false; }
     bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
-                     const std::function<bool(EKEventData&)>& edit) {
+                     const std::function<bool(EKEventData&)>& edit) override {
         return with([&](OtherDatabase other) { return other.changeEvent(isIt, edit); });
     }
-    std::optional<FreshRead> read() {
+    std::optional<FreshRead> read() override {
         return with([](OtherDatabase other) { return other.read(); });
     }
 };
