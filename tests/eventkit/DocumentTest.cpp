@@ -140,7 +140,7 @@ TEST(ContentLineTest, EscapesTextSoThatItReadsBackTheSame) {
          {"", "plain", "a,b;c\\d", "two\nlines\n", "\\n is not a line", "日本 🎉", "a:b\"c"})
         EXPECT_EQ(unescapedText(escapedText(QString::fromUtf8(text))), QString::fromUtf8(text));
     EXPECT_EQ(unescapedText("a\\Nb\\;c\\,d\\x"), "a\nb;c,d\\x");
-    EXPECT_EQ(escapedText("a\r\nb"), "a\\nb");
+    EXPECT_EQ(escapedText("a\r\nb\tc\x1b[1m\x7f"), "a\\nb\tc[1m") << "a text has no other control characters";
 }
 
 TEST(PropertyTest, TakesAQuoteThatDoesNotCloseForACharacter) {

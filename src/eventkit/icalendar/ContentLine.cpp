@@ -191,13 +191,16 @@ QString unescapedText(QByteArrayView value) {
 }
 
 QByteArray escapedText(const QString& text) {
+    const auto isControl = [](char byte) {
+        return (byte >= 0 && byte < ' ' && byte != '\t') || byte == 0x7f;
+    };
     QByteArray result;
     for (const char byte : text.toUtf8()) {
         if (byte == '\n')
             result.append("\\n");
         else if (byte == ',' || byte == ';' || byte == '\\')
             result.append('\\').append(byte);
-        else if (byte != '\r')
+        else if (!isControl(byte))
             result.append(byte);
     }
     return result;
