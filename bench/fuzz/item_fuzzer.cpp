@@ -97,7 +97,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         [](Component& todo, const TodoItem& item, const EKReminderData& after, const Document& file,
            Instant now) { writeTodo(todo, item, after, file, local(), now); });
     struct ReadEvent : EventItem {
-        explicit ReadEvent(EventItem item) : EventItem(std::move(item)), data(event.data) {}
+        explicit ReadEvent(EventItem item) : EventItem(std::move(item)), data(event.data) {
+            const DateInterval interval = intervalOf(event.times, local());
+            data.startDate = interval.start;
+            data.endDate = interval.end;
+        }
         EKEventData data;
     };
     checkItems<ReadEvent>(

@@ -15,6 +15,9 @@ namespace {
 /// Zone data has less than a tenth of it.
 constexpr qint64 largestFile = 1'000'000;
 constexpr qsizetype headerSize = 44;
+/// Between these, in seconds, lies every zone's distance from UTC (RFC 8536, 3.2).
+constexpr int westernmost = -89'999;
+constexpr int easternmost = 93'599;
 
 /// One of the two blocks of a file: the first has times of 32 bits, the second of 64.
 struct Block {
@@ -74,6 +77,10 @@ ZoneChange typeAt(const Block& block, qsizetype index) {
     return result;
 }
 
+bool isPossible(const ZoneChange& change) {
+    return change.offset >= westernmost && change.offset <= easternmost;
+}
+
 bool isPlainName(const QByteArray& name) {
     const bool isMachines = name == "localtime" || name == "posixrules" || name.size() > 100;
     return !isMachines && !name.isEmpty() && !name.startsWith('/') && !name.contains("..") &&
@@ -116,6 +123,8 @@ std::optional<ZoneChanges> parseZoneFile(QByteArrayView content) {
     if (!block)
         return std::nullopt;
     ZoneChanges zone{.before = typeAt(*block, 0)};
+    if (!isPossible(zone.before))
+        return std::nullopt;
     const char* const times = block->body.data();
     const char* const types = times + block->times * block->timeSize;
     for (qsizetype i = 0; i < block->times; ++i) {
@@ -125,7 +134,7 @@ std::optional<ZoneChanges> parseZoneFile(QByteArrayView content) {
         ZoneChange change = typeAt(*block, type);
         change.at = block->timeSize == 8 ? qFromBigEndian<qint64>(times + i * 8)
                                          : qFromBigEndian<qint32>(times + i * 4);
-        if (!zone.changes.empty() && change.at <= zone.changes.back().at)
+        if (!isPossible(change) || (!zone.changes.empty() && change.at <= zone.changes.back().at))
             return std::nullopt;
         zone.changes.push_back(std::move(change));
     }
