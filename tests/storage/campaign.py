@@ -23,6 +23,7 @@ import os
 import pathlib
 import random
 import re
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -44,6 +45,7 @@ PAIR = item("p1", "SUMMARY:first").replace("END:VCALENDAR\r\n", "") + item("p2",
 SERIES = item("s", "SUMMARY:daily", "DUE;VALUE=DATE:20260326", "RRULE:FREQ=DAILY")
 FOLDER = {"home/displayname": "Home", "work/displayname": "Work", "home/a.ics": item("a", "SUMMARY:milk", "X-KEEP:1"),
           "home/s.ics": SERIES, "home/p.ics": PAIR, "cal/e.ics": item("e", "DTSTART:20260327T090000Z", kind="VEVENT")}
+COUNTED = ["--configuration", str(HERE / "counting.json")]
 
 COMMANDS = {
     "add": ["add", "new", "--list", "home"],
@@ -57,6 +59,7 @@ COMMANDS = {
     "flag": ["flag", "a"],
     "add an event": ["add-event", "lunch", "--start", "2026-03-27T12:00", "--end", "2026-03-27T13:00", "--calendar",
                      "cal"],
+    "complete and count": ["complete", "a", *COUNTED],
 }
 
 
@@ -103,6 +106,13 @@ class Home:
     def ledger(self):
         path = self.data / "completion-ledger-v1.json"
         return json.loads(path.read_bytes())["records"] if path.exists() else {}
+
+    def counted(self):
+        """Completions in the database of counts, and what SQLite finds wrong with it."""
+        path = self.data / "AggregateMetrics/aggregate-completions-v1.sqlite"
+        with contextlib.closing(sqlite3.connect(path)) as database:
+            sound = database.execute("PRAGMA integrity_check").fetchone()[0]
+            return database.execute("SELECT pending_count FROM aggregate_state").fetchone()[0], sound
 
 
 def alike(text):
@@ -176,6 +186,7 @@ class Campaign:
 
     def check(self, home, what, arguments, before, after, status, err):
         self.runs += 1
+        was_killed = status == KILLED
         if status not in (KILLED, 0):
             self.expect(err, f"{what}: refused without a reason")
         found = home.items()
@@ -196,6 +207,13 @@ class Campaign:
         completed = sum("COMPLETED:" in text for texts in home.items().values() for text in texts)
         if arguments[0] == "complete":
             self.expect(len(home.ledger()) == completed, f"{what}: {completed} completed, {len(home.ledger())} recorded")
+        if "--configuration" in arguments:
+            # What could not be stored is kept for the next one who counts; what a process had not begun to store when it
+            # was killed is not counted.
+            home.run("complete", "p1", *COUNTED)
+            counted, sound = home.counted()
+            self.expect(sound == "ok" and counted in ((1, 2) if was_killed else (2,)),
+                        f"{what}: {counted} of 2 completions counted, the database is {sound}", err)
 
     def calls(self, errors, kills):
         library = self.library()
