@@ -1,5 +1,7 @@
 #include "platform/linux/Platform.h"
 
+#include <QFile>
+
 #include <xcb/xcb.h>
 
 #include <memory>
@@ -10,6 +12,7 @@ namespace kestrant {
 namespace {
 
 constexpr char platformVariable[] = "QT_QPA_PLATFORM";
+constexpr char runtimeVariable[] = "XDG_RUNTIME_DIR";
 
 struct Disconnect {
     void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
@@ -23,22 +26,30 @@ bool canConnect() {
 }  // namespace
 
 PlatformChoice::PlatformChoice(const QByteArray& platform) {
-    if (qEnvironmentVariableIsSet(platformVariable))
-        previous_ = qgetenv(platformVariable);
-    qputenv(platformVariable, platform);
+    set(platformVariable, platform);
+    if (qEnvironmentVariableIsEmpty(runtimeVariable))
+        runtimeFolder_ = std::make_unique<QTemporaryDir>();
+    if (runtimeFolder_ && runtimeFolder_->isValid())
+        set(runtimeVariable, QFile::encodeName(runtimeFolder_->path()));
 }
 
 PlatformChoice::PlatformChoice(PlatformChoice&& other) noexcept
-    : previous_(std::move(other.previous_))
-    , active_(std::exchange(other.active_, false)) {}
+    : previous_(std::exchange(other.previous_, {}))
+    , runtimeFolder_(std::move(other.runtimeFolder_)) {}
 
 PlatformChoice::~PlatformChoice() {
-    if (!active_)
-        return;
-    if (previous_)
-        qputenv(platformVariable, *previous_);
-    else
-        qunsetenv(platformVariable);
+    for (const Previous& each : previous_) {
+        if (each.value)
+            qputenv(each.variable, *each.value);
+        else
+            qunsetenv(each.variable);
+    }
+}
+
+void PlatformChoice::set(const char* variable, const QByteArray& value) {
+    previous_.push_back(
+        {variable, qEnvironmentVariableIsSet(variable) ? std::optional(qgetenv(variable)) : std::nullopt});
+    qputenv(variable, value);
 }
 
 tl::expected<PlatformChoice, TextPair> preparePlatform() {

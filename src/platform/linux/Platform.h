@@ -3,16 +3,20 @@
 #include "foundation/Text.h"
 
 #include <QByteArray>
+#include <QTemporaryDir>
 
 #include <tl/expected.hpp>
 
+#include <memory>
 #include <optional>
+#include <vector>
 
 namespace kestrant {
 
-/// The choice of Qt's platform plug-in for this process, made through the environment. It is taken back when
-/// this is destroyed, so that programs started later do not inherit it: keep it alive until the application
-/// object exists.
+/// What Qt finds in the environment while the application object is made: the chosen platform plug-in and,
+/// where no runtime folder is set, one of a random name, since Qt would make one of a name that others can
+/// foresee. It is taken back when this is destroyed, so that programs started later do not inherit
+/// it: keep it alive until the application object exists.
 class PlatformChoice {
   public:
     explicit PlatformChoice(const QByteArray& platform);
@@ -23,9 +27,16 @@ class PlatformChoice {
     ~PlatformChoice();
 
   private:
-    /// What the variable held before; absent when it was not set.
-    std::optional<QByteArray> previous_;
-    bool active_ = true;
+    void set(const char* variable, const QByteArray& value);
+
+    struct Previous {
+        const char* variable;
+        /// Absent when it was not set.
+        std::optional<QByteArray> value;
+    };
+    /// Empty once this was moved from.
+    std::vector<Previous> previous_;
+    std::unique_ptr<QTemporaryDir> runtimeFolder_;
 };
 
 /// Chooses the X11 platform, in a Wayland session too, where XWayland carries it: only there may a window say

@@ -1,28 +1,49 @@
 #include "platform/linux/Platform.h"
 
 #include <QByteArray>
+#include <QFile>
+#include <QFileInfo>
+#include <QString>
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstddef>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace kestrant {
 namespace {
 
+constexpr std::array variables{"QT_QPA_PLATFORM", "DISPLAY", "XDG_RUNTIME_DIR"};
+
+std::optional<QByteArray> valueOf(const char* variable) {
+    return qEnvironmentVariableIsSet(variable) ? std::optional(qgetenv(variable)) : std::nullopt;
+}
+
+void setVariable(const char* variable, const std::optional<QByteArray>& value) {
+    if (value)
+        qputenv(variable, *value);
+    else
+        qunsetenv(variable);
+}
+
 /// The environment of a test, put back afterwards.
 class PlatformTest : public ::testing::Test {
   protected:
+    PlatformTest() {
+        for (const char* variable : variables)
+            before_.push_back(valueOf(variable));
+    }
+
     void TearDown() override {
-        qputenv("QT_QPA_PLATFORM", platform_);
-        if (display_.isNull())
-            qunsetenv("DISPLAY");
-        else
-            qputenv("DISPLAY", display_);
+        for (std::size_t i = 0; i < variables.size(); ++i)
+            setVariable(variables[i], before_[i]);
     }
 
   private:
-    QByteArray platform_ = qgetenv("QT_QPA_PLATFORM");
-    QByteArray display_ = qgetenv("DISPLAY");
+    std::vector<std::optional<QByteArray>> before_;
 };
 
 TEST_F(PlatformTest, APlatformAskedForByNameNeedsNoDisplay) {
@@ -49,19 +70,25 @@ TEST_F(PlatformTest, WithoutAnXDisplayItSaysWhatIsMissing) {
 }
 
 TEST_F(PlatformTest, TheChoiceIsTakenBackWithItsObject) {
-    for (const std::optional<QByteArray>& before :
-         {std::optional<QByteArray>(), std::optional<QByteArray>("wayland")}) {
-        if (before)
-            qputenv("QT_QPA_PLATFORM", *before);
-        else
-            qunsetenv("QT_QPA_PLATFORM");
+    struct Case {
+        std::optional<QByteArray> platform;
+        std::optional<QByteArray> runtimeFolder;
+    };
+    for (const auto& [platform, runtimeFolder] :
+         {Case{std::nullopt, std::nullopt}, Case{"wayland", ""}, Case{"wayland", "/somewhere"}}) {
+        setVariable("QT_QPA_PLATFORM", platform);
+        setVariable("XDG_RUNTIME_DIR", runtimeFolder);
+        QString during;
         {
             PlatformChoice choice("xcb");
             const PlatformChoice moved(std::move(choice));
             EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), "xcb");
+            during = QFile::decodeName(qgetenv("XDG_RUNTIME_DIR"));
+            EXPECT_TRUE(during == "/somewhere" || QFileInfo(during).isDir()) << "Qt finds what it is told of";
         }
-        EXPECT_EQ(qEnvironmentVariableIsSet("QT_QPA_PLATFORM"), before.has_value());
-        EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), before.value_or(QByteArray()));
+        EXPECT_EQ(valueOf("QT_QPA_PLATFORM"), platform);
+        EXPECT_EQ(valueOf("XDG_RUNTIME_DIR"), runtimeFolder);
+        EXPECT_FALSE(QFileInfo::exists(during)) << "nothing is left";
     }
 }
 
