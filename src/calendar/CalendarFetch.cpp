@@ -50,9 +50,8 @@ void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool show
         return;
     store.fetchReminders(EKEventStore::predicateForIncompleteReminders(
                              movedByDays(from, -1, calendar), movedByDays(to, 1, calendar), std::nullopt),
-                         [pending, &store](const std::vector<EKReminderRef>& reminders) {
-                             for (const EKReminderRef& reminder : reminders)
-                                 pending->items.reminders.push_back(reminder->stored());
+                         [pending, &store](EKReminders reminders) {
+                             pending->items.reminders = std::move(reminders);
                              pending->end(store);
                          });
 }

@@ -177,18 +177,18 @@ void ReminderCommands::findReminders() {
         take(typed);
         return;
     }
-    const auto identifiers = [](const std::vector<EKReminderRef>& reminders) {
+    const auto identifiers = [](const EKReminders& reminders) {
         QStringList result;
-        for (const EKReminderRef& reminder : reminders)
-            result.append(reminder->calendarItemIdentifier());
+        for (const auto& reminder : reminders)
+            result.append(reminder->calendarItemIdentifier);
         return result;
     };
     run_.eventStore.fetchReminders(
         EKEventStore::predicateForIncompleteReminders({}, {}, {}),
-        [this, take, identifiers](const std::vector<EKReminderRef>& open) {
+        [this, take, identifiers](const EKReminders& open) {
             run_.eventStore.fetchReminders(
                 EKEventStore::predicateForCompletedReminders({}, {}, {}),
-                [take, identifiers, known = identifiers(open)](const std::vector<EKReminderRef>& completed) {
+                [take, identifiers, known = identifiers(open)](const EKReminders& completed) {
                     take(known + identifiers(completed));
                 });
         });

@@ -38,6 +38,10 @@ struct EKEventPredicate {
     std::optional<std::vector<QString>> calendars;
 };
 
+/// The reminders that a fetch has found, as they were read. One that has not changed since an earlier fetch is
+/// the same object. To change one, make an EKReminder of it.
+using EKReminders = std::vector<std::shared_ptr<const EKReminderData>>;
+
 /// The occurrences that a fetch has found.
 struct EKEvents {
     std::vector<std::shared_ptr<const EKEventData>> events;
@@ -79,7 +83,7 @@ struct EKSaveResult {
 class EKEventStore {
   public:
     using AccessCompletion = std::function<void(bool granted, std::optional<EKError> error)>;
-    using FetchCompletion = std::function<void(std::vector<EKReminderRef> reminders)>;
+    using FetchCompletion = std::function<void(EKReminders reminders)>;
     using EventsCompletion = std::function<void(EKEvents events)>;
     using SaveCompletion = std::function<void(tl::expected<EKSaveResult, EKError> result)>;
     /// The results are in the order of what was to be saved.

@@ -15,7 +15,7 @@ class EKReminder {
   public:
     /// A new reminder that no list holds yet.
     explicit EKReminder(EKEventStore& store);
-    /// A reminder as read; for event stores only.
+    /// A reminder as it was read, to be changed.
     EKReminder(EKEventStore& store, std::shared_ptr<const EKReminderData> stored);
 
     /// The edited values; change them freely. calendarItemIdentifier is the store's to set; it is empty until

@@ -105,12 +105,12 @@ std::optional<EKCalendar> InMemoryEventStore::defaultCalendarForNewReminders() c
 }
 
 void InMemoryEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion completion) {
-    std::vector<EKReminderRef> result;
+    EKReminders result;
     if (hasAccess()) {
         const ZoneCalendar local = calendar_.calendar();
         for (const auto& [identifier, entry] : entries_) {
             if (matches(matching, *entry, local))
-                result.push_back(std::make_shared<EKReminder>(*this, entry));
+                result.push_back(entry);
         }
     }
     later([completion = std::move(completion), result = std::move(result)]() mutable {

@@ -45,7 +45,7 @@ void CompletionReconciler::start() {
     const Instant startOfYear = calendar_.calendar().yearContaining(clock_.now()).start;
     eventStore_.fetchReminders(
         EKEventStore::predicateForCompletedReminders(startOfYear, std::nullopt, std::nullopt),
-        [self = QPointer(this), generation](const std::vector<EKReminderRef>& completed) {
+        [self = QPointer(this), generation](const EKReminders& completed) {
             if (!self)
                 return;
             if (generation == self->generation_)
@@ -56,11 +56,11 @@ void CompletionReconciler::start() {
         });
 }
 
-void CompletionReconciler::apply(const std::vector<EKReminderRef>& completed) {
+void CompletionReconciler::apply(const EKReminders& completed) {
     std::vector<CompletionObservation> observations;
     observations.reserve(completed.size());
-    for (const EKReminderRef& reminder : completed)
-        observations.push_back({reminder->calendarItemIdentifier(), reminder->data.completionDate});
+    for (const auto& reminder : completed)
+        observations.push_back({reminder->calendarItemIdentifier, reminder->completionDate});
     // How the writes go is told to writeEnded(), whether they end here or later.
     if (ledger_.reconcile(std::exchange(states_, {}), observations, clock_.now()))
         (void)ledger_.finishBackfill();

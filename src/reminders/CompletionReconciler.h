@@ -46,7 +46,7 @@ class CompletionReconciler : public QObject {
 
   private:
     void start();
-    void apply(const std::vector<EKReminderRef>& completed);
+    void apply(const EKReminders& completed);
     void takeRecords();
     void writeEnded(bool succeeded);
     [[nodiscard]] bool isBusy() const;

@@ -82,19 +82,19 @@ void DueAlertRinger::refresh() {
     const int generation = ++generation_;
     services_.eventStore.fetchReminders(
         EKEventStore::predicateForIncompleteReminders(std::nullopt, std::nullopt, std::nullopt),
-        [self = QPointer(this), generation](const std::vector<EKReminderRef>& reminders) {
+        [self = QPointer(this), generation](const EKReminders& reminders) {
             if (self && generation == self->generation_)
                 self->apply(reminders);
         });
 }
 
-void DueAlertRinger::apply(const std::vector<EKReminderRef>& reminders) {
+void DueAlertRinger::apply(const EKReminders& reminders) {
     const Instant now = services_.clock.now();
     const ZoneCalendar calendar = services_.calendar.calendar();
     Instant next = now + longestWait;
     QHash<QString, const EKReminderData*> open;
-    for (const EKReminderRef& reminder : reminders) {
-        const EKReminderData& data = reminder->data;
+    for (const auto& reminder : reminders) {
+        const EKReminderData& data = *reminder;
         if (data.alarms.empty())
             continue;
         open.insert(data.calendarItemIdentifier, &data);

@@ -65,7 +65,7 @@ class DueAlertRinger : public QObject {
     [[nodiscard]] Instant rungUntil(const QString& id) const;
 
     void refresh();
-    void apply(const std::vector<EKReminderRef>& reminders);
+    void apply(const EKReminders& reminders);
     void withdrawWhatIsOver(const QHash<QString, const EKReminderData*>& open);
     void ring(const EKReminderData& reminder, Instant instant);
     void answer(const QString& id, AlertAnswer answer);

@@ -14,7 +14,6 @@ namespace {
 
 using Result = tl::expected<QStringList, ScriptError>;
 using Answer = std::function<void(Result)>;
-using Reminders = std::vector<EKReminderRef>;
 
 Result failure(ScriptError::Code code, const QString& message) {
     return tl::unexpected(ScriptError{code, message});
@@ -29,12 +28,11 @@ EKPredicate allCompleted() {
 }
 
 void carryOut(EKEventStore& store, const ReminderScript::ReadFlagged&, const Answer& answer) {
-    store.fetchReminders(allOpen(), [answer](const Reminders& reminders) {
+    store.fetchReminders(allOpen(), [answer](const EKReminders& reminders) {
         QStringList result;
-        for (const EKReminderRef& reminder : reminders) {
-            if (reminder->data.isFlagged)
-                result.push_back(QStringLiteral("x-kestrant-reminder://") +
-                                 reminder->data.calendarItemIdentifier);
+        for (const auto& reminder : reminders) {
+            if (reminder->isFlagged)
+                result.push_back(QStringLiteral("x-kestrant-reminder://") + reminder->calendarItemIdentifier);
         }
         answer(std::move(result));
     });
@@ -50,17 +48,17 @@ class FlagSetting : public std::enable_shared_from_this<FlagSetting> {
         , answer_(std::move(answer)) {}
 
     void search(const EKPredicate& among, const std::function<void()>& otherwise) {
-        store_.fetchReminders(among, [self = shared_from_this(), otherwise](const Reminders& reminders) {
+        store_.fetchReminders(among, [self = shared_from_this(), otherwise](const EKReminders& reminders) {
             std::copy_if(reminders.begin(), reminders.end(), std::back_inserter(self->found_),
-                         [&](const EKReminderRef& reminder) {
-                             return ReminderFlagIndex::flagKey(reminder->data.calendarItemIdentifier) ==
+                         [&](const auto& reminder) {
+                             return ReminderFlagIndex::flagKey(reminder->calendarItemIdentifier) ==
                                     self->request_.targetSuffix;
                          });
             if (self->found_.empty())
                 return otherwise();
             // The next one to try is the last.
             std::stable_partition(self->found_.begin(), self->found_.end(),
-                                  [&](const EKReminderRef& each) { return !self->isInNamedList(*each); });
+                                  [&](const auto& each) { return !self->isInNamedList(*each); });
             self->setNext();
         });
     }
@@ -71,12 +69,12 @@ class FlagSetting : public std::enable_shared_from_this<FlagSetting> {
     }
 
   private:
-    [[nodiscard]] bool isInNamedList(const EKReminder& reminder) const {
-        const auto list = store_.calendarWithIdentifier(reminder.data.calendarIdentifier);
+    [[nodiscard]] bool isInNamedList(const EKReminderData& reminder) const {
+        const auto list = store_.calendarWithIdentifier(reminder.calendarIdentifier);
         return list && request_.listName && list->title == *request_.listName;
     }
     void setNext() {
-        const EKReminderRef reminder = found_.back();
+        const auto reminder = std::make_shared<EKReminder>(store_, found_.back());
         found_.pop_back();
         reminder->data.isFlagged = request_.flag;
         store_.save(reminder, [self = shared_from_this()](const tl::expected<EKSaveResult, EKError>& saved) {
@@ -95,7 +93,7 @@ class FlagSetting : public std::enable_shared_from_this<FlagSetting> {
     EKEventStore& store_;
     ReminderScript::SetFlag request_;
     Answer answer_;
-    Reminders found_;
+    EKReminders found_;
 };
 
 void carryOut(EKEventStore& store, const ReminderScript::SetFlag& request, const Answer& answer) {

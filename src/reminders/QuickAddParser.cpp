@@ -208,6 +208,8 @@ class Reader {
 
     /// The line with gaps where pieces were, and without the punctuation that hung on them.
     [[nodiscard]] QString title() const {
+        if (result_.pieces.empty())
+            return line_.trimmed();
         QString text;
         qsizetype from = 0;
         for (const QuickAddPiece& piece : result_.pieces) {
@@ -227,9 +229,8 @@ class Reader {
         text.remove(beforeSign);
         text.replace(between, QStringLiteral(" "));
         // What is left of "tomorrow!" is no title.
-        const bool isNothing = !result_.pieces.empty() && std::all_of(text.begin(), text.end(), [](QChar c) {
-            return c.isSpace() || c.isPunct();
-        });
+        const bool isNothing =
+            std::all_of(text.begin(), text.end(), [](QChar c) { return c.isSpace() || c.isPunct(); });
         return isNothing ? QString() : text.trimmed();
     }
 

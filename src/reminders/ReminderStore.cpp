@@ -152,6 +152,7 @@ void ReminderStore::databaseWasExchanged() {
     lists_.clear();
     Q_EMIT listsChanged();
     setFetchedTasks({});
+    fetched_ = {};
     hasLoaded_ = false;
     if (services_.history)
         services_.history->clear();
@@ -207,30 +208,44 @@ void ReminderStore::reloadTasks() {
         Q_EMIT isLoadingChanged();
     services_.eventStore.fetchReminders(
         EKEventStore::predicateForIncompleteReminders(std::nullopt, std::nullopt, std::move(calendars)),
-        [self = QPointer(this), generation, isRestricted](const std::vector<EKReminderRef>& reminders) {
+        [self = QPointer(this), generation, isRestricted](EKReminders reminders) {
             if (!self)
                 return;
             if (generation == self->fetchGeneration_)
-                self->applyFetch(reminders, isRestricted);
+                self->applyFetch(std::move(reminders), isRestricted);
             self->endActivity();
         });
 }
 
-void ReminderStore::applyFetch(const std::vector<EKReminderRef>& reminders, bool isRestricted) {
+void ReminderStore::applyFetch(EKReminders reminders, bool isRestricted) {
     const ZoneCalendar calendar = services_.calendar.calendar();
-    std::vector<ReminderTask> tasks;
-    tasks.reserve(reminders.size());
-    for (const EKReminderRef& reminder : reminders)
-        tasks.push_back(reminderTask(reminder->data, calendar, flags_.index()));
     isLoading_ = false;
     hasLoaded_ = true;
-    setFetchedTasks(std::move(tasks));
+    const bool isAsBefore = fetched_.calendar == calendar && fetched_.reminders == reminders &&
+                            fetchedTasks_->size() == reminders.size();
+    if (!isAsBefore)
+        setFetchedTasks(tasksOf(reminders, calendar));
+    fetched_ = {std::move(reminders), calendar};
     updateManualOrder(isRestricted);
     Q_EMIT isLoadingChanged();
     updateProblems();
     if (!revealOnceLoaded_.isEmpty())
         reveal(std::exchange(revealOnceLoaded_, {}));
     reconciler_.schedule(reconciliationDelay);
+}
+
+std::vector<ReminderTask> ReminderStore::tasksOf(const EKReminders& reminders,
+                                                 const ZoneCalendar& calendar) const {
+    const bool areKnown = fetched_.calendar == calendar && fetchedTasks_->size() == fetched_.reminders.size();
+    std::vector<ReminderTask> tasks;
+    tasks.reserve(reminders.size());
+    for (std::size_t i = 0; i < reminders.size(); ++i) {
+        const bool isKnown =
+            areKnown && i < fetched_.reminders.size() && reminders[i] == fetched_.reminders[i];
+        tasks.push_back(isKnown ? (*fetchedTasks_)[i]
+                                : reminderTask(*reminders[i], calendar, flags_.index()));
+    }
+    return tasks;
 }
 
 void ReminderStore::updateProblems() {

@@ -249,7 +249,10 @@ class ReminderStore : public QObject {
 
     void setAccessState(ReminderAccessState state);
     void reload();
-    void applyFetch(const std::vector<EKReminderRef>& reminders, bool isRestricted);
+    void applyFetch(EKReminders reminders, bool isRestricted);
+    /// Those that were fetched before are taken over.
+    [[nodiscard]] std::vector<ReminderTask> tasksOf(const EKReminders& reminders,
+                                                    const ZoneCalendar& calendar) const;
     void updateProblems();
     void setFetchedTasks(std::vector<ReminderTask> tasks);
     void updateManualOrder(bool isRestricted);
@@ -326,6 +329,13 @@ class ReminderStore : public QObject {
 
     ReminderAccessState accessState_;
     std::vector<ReminderList> lists_;
+    /// What the last fetch found, and the calendar that was used to understand it.
+    struct Fetched {
+        EKReminders reminders;
+        std::optional<ZoneCalendar> calendar;
+    };
+    Fetched fetched_;
+    /// The tasks of it, but for those that were completed since.
     ReminderTaskList::Tasks fetchedTasks_ = std::make_shared<const std::vector<ReminderTask>>();
     ReminderOrdering ordering_;
     ReminderTaskList tasks_;

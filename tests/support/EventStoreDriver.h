@@ -53,7 +53,10 @@ class EventStoreDriver {
         return saved ? saved->calendarIdentifier : QString();
     }
     std::vector<EKReminderRef> fetch(const EKPredicate& predicate) {
-        return ask<std::vector<EKReminderRef>>([&](auto done) { store_.fetchReminders(predicate, done); });
+        std::vector<EKReminderRef> result;
+        for (auto& reminder : ask<EKReminders>([&](auto done) { store_.fetchReminders(predicate, done); }))
+            result.push_back(std::make_shared<EKReminder>(store_, std::move(reminder)));
+        return result;
     }
     /// Titles, sorted.
     std::vector<QString> titles(const EKPredicate& predicate) {

@@ -150,7 +150,7 @@ std::optional<EKCalendar> ItemEventStore::defaultCalendarForNewEvents() const {
 void ItemEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion completion) {
     queues_->run(
         {}, [this, matching, completion = std::move(completion), local = calendar_.calendar()]() mutable {
-            std::vector<EKReminderRef> result;
+            EKReminders result;
             // The record of completions is made of all of them.
             if (matching.kind == EKPredicate::Kind::completedReminders && storage_->isPartlyRead()) {
                 database_.refresh({.everything = true}, local);
@@ -159,7 +159,7 @@ void ItemEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion
             if (database_.isOpen()) {
                 for (const Entry& entry : database_.snapshot()->reminders) {
                     if (matches(matching, *entry.data, local))
-                        result.push_back(std::make_shared<EKReminder>(*this, entry.data));
+                        result.push_back(entry.data);
                 }
             }
             onMain([completion = std::move(completion), result = std::move(result)]() mutable {
