@@ -1,6 +1,6 @@
 #include "eventkit/EvolutionModule.h"
 
-#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/UnusableEventStore.h"
 #include "eventkit/vdir/VdirEventStore.h"
 #include "foundation/Modules.h"
 
@@ -46,11 +46,7 @@ std::unique_ptr<EKEventStore> openEventStore(const EventStoreLocation& location,
     auto store = makeEvolutionStore(scheduler, clock, calendar, use);
     if (store)
         return std::move(*store);
-    auto unusable = std::make_unique<InMemoryEventStore>(scheduler, clock, calendar);
-    unusable->setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
-    unusable->setFailure(InMemoryEventStore::Operation::requestAccess,
-                         EKError{EKError::Code::storage, store.error()});
-    return unusable;
+    return std::make_unique<UnusableEventStore>(scheduler, EKError{EKError::Code::storage, store.error()});
 }
 
 }  // namespace kestrant

@@ -1,58 +1,61 @@
 #include "eventkit/InMemoryEventStore.h"
 
 #include "eventkit/EKErrors.h"
-#include "eventkit/InMemoryChange.h"
-#include "eventkit/ReminderAlarms.h"
-#include "eventkit/ReminderChanges.h"
-#include "eventkit/ReminderSeries.h"
+#include "eventkit/MemoryStorage.h"
+#include "eventkit/icalendar/Event.h"
+#include "eventkit/items/EventFetch.h"
+
+#include <QFile>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace kestrant {
 
-/// What was asked for, as it stood at that moment.
-struct InMemoryEventStore::SaveRequest {
-    EKReminderRef reminder;
-    EKReminderData edited;
-    std::shared_ptr<const EKReminderData> base;
+using icalendar::Document;
+using items::Place;
+
+namespace {
+
+constexpr Duration shownFor = std::chrono::days(5 * 365);
+
+/// Runs a database's work on the main thread.
+class MainQueue final : public items::WorkQueues {
+  public:
+    explicit MainQueue(Scheduler& scheduler) : scheduler_(scheduler) {}
+
+    void run(const QByteArray&, std::function<void()> work) override {
+        scheduler_.post([weak = std::weak_ptr(isAlive_), work = std::move(work)] {
+            if (!weak.expired())
+                work();
+        });
+    }
+    [[nodiscard]] bool areSeveral() const override { return false; }
+    void finish(std::function<void()> last) override { last(); }
+
+  private:
+    Scheduler& scheduler_;
+    std::shared_ptr<bool> isAlive_ = std::make_shared<bool>(true);
 };
+
+}  // namespace
 
 InMemoryEventStore::InMemoryEventStore(Scheduler& scheduler, const Clock& clock,
                                        const CurrentCalendar& calendar)
-    : scheduler_(scheduler)
+    : ItemEventStore(
+          scheduler, clock, calendar,
+          [](const items::StorageObserver&) { return std::make_unique<items::MemoryStorage>(); },
+          std::make_unique<MainQueue>(scheduler))
     , clock_(clock)
-    , calendar_(calendar) {}
+    , calendar_(calendar) {
+    openNow();
+}
 
 InMemoryEventStore::~InMemoryEventStore() = default;
 
-void InMemoryEventStore::later(std::function<void()> work) {
-    scheduler_.post([weak = std::weak_ptr(self_), work = std::move(work)] {
-        if (!weak.expired())
-            work();
-    });
-}
-
-void InMemoryEventStore::announceChange() {
-    if (std::exchange(changeAnnounced_, true))
-        return;
-    later([this] {
-        changeAnnounced_ = false;
-        observers_.notify();
-    });
-}
-
-bool InMemoryEventStore::hasAccess() const {
-    return status_ == EKAuthorizationStatus::fullAccess;
-}
-
-std::optional<EKError> InMemoryEventStore::failure(Operation operation) const {
-    const auto found = failures_.find(operation);
-    return found == failures_.end() ? std::nullopt : std::optional(found->second);
-}
-
-EKAuthorizationStatus InMemoryEventStore::authorizationStatus(EKEntityType) const {
-    return status_;
+items::MemoryStorage& InMemoryEventStore::files() {
+    return static_cast<items::MemoryStorage&>(storage());
 }
 
 void InMemoryEventStore::requestFullAccessToReminders(AccessCompletion completion) {
@@ -64,242 +67,33 @@ void InMemoryEventStore::requestFullAccessToEvents(AccessCompletion completion) 
 }
 
 void InMemoryEventStore::requestAccess(AccessCompletion completion) {
-    later([this, completion = std::move(completion)] {
-        if (auto error = failure(Operation::requestAccess)) {
-            completion(false, std::move(error));
-            return;
-        }
-        if (status_ == EKAuthorizationStatus::notDetermined) {
-            status_ = EKAuthorizationStatus::fullAccess;
-            announceChange();
-        }
-        completion(hasAccess(), std::nullopt);
+    onMain([this, completion = std::move(completion)] {
+        if (const auto found = failures_.find(Operation::requestAccess); found != failures_.end())
+            return completion(false, found->second);
+        const auto status = authorizationStatus(EKEntityType::reminder);
+        if (status == EKAuthorizationStatus::notDetermined)
+            setAuthorizationStatus(EKAuthorizationStatus::fullAccess);
+        completion(authorizationStatus(EKEntityType::reminder) == EKAuthorizationStatus::fullAccess,
+                   std::nullopt);
     });
-}
-
-std::vector<EKCalendar> InMemoryEventStore::calendars(EKEntityType type) const {
-    std::vector<EKCalendar> result;
-    if (!hasAccess())
-        return result;
-    std::copy_if(calendars_.begin(), calendars_.end(), std::back_inserter(result),
-                 [&](const EKCalendar& calendar) {
-                     return type == EKEntityType::reminder ? calendar.allowsReminders : calendar.allowsEvents;
-                 });
-    return result;
-}
-
-std::optional<EKCalendar> InMemoryEventStore::calendarWithIdentifier(const QString& identifier) const {
-    if (!hasAccess())
-        return std::nullopt;
-    const auto found = std::find_if(calendars_.begin(), calendars_.end(), [&](const EKCalendar& calendar) {
-        return calendar.calendarIdentifier == identifier;
-    });
-    return found == calendars_.end() ? std::nullopt : std::optional(*found);
-}
-
-std::optional<EKCalendar> InMemoryEventStore::defaultCalendarForNewReminders() const {
-    const auto lists = calendars(EKEntityType::reminder);
-    const auto found = std::find_if(lists.begin(), lists.end(),
-                                    [](const EKCalendar& list) { return list.allowsContentModifications; });
-    return found == lists.end() ? std::nullopt : std::optional(*found);
-}
-
-void InMemoryEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion completion) {
-    EKReminders result;
-    if (hasAccess()) {
-        const ZoneCalendar local = calendar_.calendar();
-        for (const auto& [identifier, entry] : entries_) {
-            if (matches(matching, *entry, local))
-                result.push_back(entry);
-        }
-    }
-    later([completion = std::move(completion), result = std::move(result)]() mutable {
-        completion(std::move(result));
-    });
-}
-
-EKReminderRef InMemoryEventStore::calendarItem(const QString& withIdentifier) {
-    auto stored = storedReminder(withIdentifier);
-    return stored ? std::make_shared<EKReminder>(*this, std::move(stored)) : nullptr;
-}
-
-std::shared_ptr<const EKReminderData> InMemoryEventStore::storedReminder(const QString& identifier) const {
-    const auto found = entries_.find(identifier);
-    if (!hasAccess() || found == entries_.end())
-        return nullptr;
-    return found->second;
-}
-
-std::optional<EKError> InMemoryEventStore::reasonNotToChange(const QString& calendarIdentifier) const {
-    if (!hasAccess())
-        return accessDeniedError();
-    const auto calendar = calendarWithIdentifier(calendarIdentifier);
-    if (!calendar)
-        return calendarNotFoundError();
-    if (!calendar->allowsContentModifications)
-        return readOnlyError(calendar->title);
-    return std::nullopt;
-}
-
-void InMemoryEventStore::store(const QString& identifier, EKReminderData data) {
-    data.calendarItemIdentifier = identifier;
-    placeAlarms(data, calendar_.calendar());
-    entries_[identifier] = std::make_shared<const EKReminderData>(std::move(data));
-    announceChange();
-}
-
-tl::expected<EKSaveResult, EKError> InMemoryEventStore::carryOut(const SaveRequest& request) {
-    if (auto error = failure(Operation::save))
-        return tl::unexpected(std::move(*error));
-    if (!hasAccess())
-        return tl::unexpected(accessDeniedError());
-    EKReminderData wanted = request.edited;
-    std::optional<EKReminderData> before;
-    QString identifier;
-    if (request.base) {
-        identifier = request.base->calendarItemIdentifier;
-        const auto found = entries_.find(identifier);
-        if (found == entries_.end())
-            return tl::unexpected(itemNotFoundError());
-        before = *found->second;
-        MergedEdits merge = mergeEdits(*request.base, request.edited, *before);
-        if (merge.conflict)
-            return tl::unexpected(conflictError(before->title));
-        wanted = std::move(merge.merged);
-        if (wanted == *before)
-            return EKSaveResult{identifier, std::nullopt};
-        if (auto error = reasonNotToChange(before->calendarIdentifier))
-            return tl::unexpected(std::move(*error));
-    }
-    if (auto error = reasonNotToChange(wanted.calendarIdentifier))
-        return tl::unexpected(std::move(*error));
-    if (auto error = invalidReason(before, wanted))
-        return tl::unexpected(std::move(*error));
-    if (identifier.isEmpty())
-        identifier = newIdentifier();
-    const ZoneCalendar local = calendar_.calendar();
-    EKReminderData prepared = preparedForSave(before, std::move(wanted), clock_.now(), local);
-    EKSaveResult result{identifier, std::nullopt};
-    const auto change = std::make_shared<Change>();
-    change->items.push_back({identifier, before, std::nullopt});
-    if (before && !before->isCompleted && prepared.isCompleted) {
-        CompletedOccurrence step = completeOccurrence(std::move(prepared), {}, clock_.now(), local);
-        if (step.copy) {
-            result.completedCopyIdentifier = newIdentifier();
-            store(*result.completedCopyIdentifier, std::move(*step.copy));
-            change->items.push_back({*result.completedCopyIdentifier, std::nullopt,
-                                     *entries_.at(*result.completedCopyIdentifier)});
-        }
-        prepared = std::move(step.series);
-    }
-    store(identifier, std::move(prepared));
-    change->items.front().after = *entries_.at(identifier);
-    result.change = change;
-    return result;
-}
-
-void InMemoryEventStore::save(const EKReminderRef& reminder, SaveCompletion completion) {
-    saveAll({reminder},
-            [completion = std::move(completion)](auto results) { completion(std::move(results.front())); });
-}
-
-void InMemoryEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) {
-    std::vector<SaveRequest> requests;
-    for (const EKReminderRef& reminder : reminders)
-        requests.push_back({reminder, reminder->data, reminder->stored()});
-    later([this, requests = std::move(requests), completion = std::move(completion)] {
-        std::vector<tl::expected<EKSaveResult, EKError>> results;
-        for (const SaveRequest& request : requests) {
-            results.push_back(attempt(request.reminder->calendarItemIdentifier(), [this, request] {
-                auto result = carryOut(request);
-                if (result)
-                    request.reminder->setStored(entries_.at(result->calendarItemIdentifier));
-                return result;
-            }));
-        }
-        completion(std::move(results));
-    });
-}
-
-tl::expected<EKSaveResult, EKError> InMemoryEventStore::attempt(const QString& identifier, Operate change) {
-    if (isAnswering_)
-        return change();
-    const auto present = reminder(identifier);
-    undecided_.emplace_back(identifier, std::move(change));
-    return tl::unexpected(outcomeUnknownError(present ? present->title : identifier, {}));
-}
-
-void InMemoryEventStore::setAnswering(bool answers) {
-    isAnswering_ = answers;
-    if (!answers)
-        return;
-    later([this] {
-        for (const auto& [identifier, change] : std::exchange(undecided_, {})) {
-            const auto result = change();
-            for (const auto& [awaited, completion] : outcomeWaiters_) {
-                if (awaited == identifier)
-                    completion(result);
-            }
-            std::erase_if(outcomeWaiters_,
-                          [&awaited = identifier](const auto& waiter) { return waiter.first == awaited; });
-        }
-    });
-}
-
-void InMemoryEventStore::awaitOutcome(const QString& identifier, SaveCompletion completion) {
-    outcomeWaiters_.emplace_back(identifier, std::move(completion));
-}
-
-void InMemoryEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
-    later([this, identifier = reminder->calendarItemIdentifier(), completion = std::move(completion)] {
-        completion(attempt(identifier, [this, identifier] { return takeOut(identifier); }));
-    });
-}
-
-tl::expected<EKSaveResult, EKError> InMemoryEventStore::takeOut(const QString& identifier) {
-    if (auto error = failure(Operation::remove))
-        return tl::unexpected(std::move(*error));
-    if (!hasAccess())
-        return tl::unexpected(accessDeniedError());
-    const auto found = entries_.find(identifier);
-    if (found == entries_.end())
-        return tl::unexpected(itemNotFoundError());
-    if (auto error = reasonNotToChange(found->second->calendarIdentifier))
-        return tl::unexpected(std::move(*error));
-    const auto change = std::make_shared<Change>();
-    change->items.push_back({identifier, *found->second, std::nullopt});
-    entries_.erase(found);
-    announceChange();
-    return EKSaveResult{identifier, std::nullopt, change};
-}
-
-void InMemoryEventStore::saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) {
-    later([this, wanted = calendar, completion = std::move(completion)]() mutable {
-        if (auto error = failure(Operation::saveCalendar)) {
-            completion(tl::unexpected(std::move(*error)));
-            return;
-        }
-        if (!wanted.calendarIdentifier.isEmpty()) {
-            if (auto error = reasonNotToChange(wanted.calendarIdentifier)) {
-                completion(tl::unexpected(std::move(*error)));
-                return;
-            }
-        } else if (!hasAccess()) {
-            completion(tl::unexpected(accessDeniedError()));
-            return;
-        }
-        wanted.calendarIdentifier = putCalendar(wanted);
-        completion(std::move(wanted));
-    });
-}
-
-Subscription InMemoryEventStore::observeChanges(std::function<void()> observer) {
-    return observers_.add(std::move(observer));
 }
 
 void InMemoryEventStore::setAuthorizationStatus(EKAuthorizationStatus status) {
-    status_ = status;
-    announceChange();
+    ItemEventStore::setAuthorizationStatus(status);
+}
+
+void InMemoryEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion completion) {
+    if (authorizationStatus(EKEntityType::reminder) == EKAuthorizationStatus::fullAccess)
+        ItemEventStore::fetchReminders(matching, std::move(completion));
+    else
+        onMain([completion = std::move(completion)] { completion({}); });
+}
+
+void InMemoryEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
+    if (authorizationStatus(EKEntityType::event) == EKAuthorizationStatus::fullAccess)
+        ItemEventStore::events(matching, std::move(completion));
+    else
+        onMain([completion = std::move(completion)] { completion({}); });
 }
 
 void InMemoryEventStore::setFailure(Operation operation, std::optional<EKError> error) {
@@ -309,57 +103,215 @@ void InMemoryEventStore::setFailure(Operation operation, std::optional<EKError> 
         failures_.erase(operation);
 }
 
-QString InMemoryEventStore::putCalendar(EKCalendar calendar) {
-    if (calendar.calendarIdentifier.isEmpty())
-        calendar.calendarIdentifier = QStringLiteral("list-%1").arg(nextIdentifier_++);
-    const QString identifier = calendar.calendarIdentifier;
-    const auto found = std::find_if(calendars_.begin(), calendars_.end(), [&](const EKCalendar& existing) {
-        return existing.calendarIdentifier == identifier;
+std::optional<EKError> InMemoryEventStore::failure(Operation operation) const {
+    if (const auto found = failures_.find(operation); found != failures_.end())
+        return found->second;
+    if (authorizationStatus(EKEntityType::reminder) != EKAuthorizationStatus::fullAccess)
+        return accessDeniedError();
+    return std::nullopt;
+}
+
+void InMemoryEventStore::attempt(Operation operation, const QString& reminder,
+                                 const SaveCompletion& completion, const Operate& change) {
+    if (!isAnswering_ && !reminder.isEmpty()) {
+        const auto present = this->reminder(reminder);
+        const EKError unknown = outcomeUnknownError(present ? present->title : reminder, {});
+        undecided_.push_back({reminder, [this, operation, reminder, change](const SaveCompletion& told) {
+                                  attempt(operation, reminder, told, change);
+                              }});
+        onMain([completion, unknown] { completion(tl::unexpected(unknown)); });
+    } else if (const auto error = failure(operation)) {
+        onMain([completion, error] { completion(tl::unexpected(*error)); });
+    } else {
+        change(completion);
+    }
+}
+
+void InMemoryEventStore::setAnswering(bool answers) {
+    isAnswering_ = answers;
+    if (!answers)
+        return;
+    for (const Undecided& each : std::exchange(undecided_, {})) {
+        each.change([this, identifier = each.identifier](const auto& result) {
+            const auto waiters = std::exchange(outcomeWaiters_, {});
+            for (const auto& waiter : waiters) {
+                if (waiter.first == identifier)
+                    waiter.second(result);
+                else
+                    outcomeWaiters_.push_back(waiter);
+            }
+        });
+    }
+}
+
+void InMemoryEventStore::setKeepsIdentifiers(bool keeps) {
+    files().setKeepsUids(keeps);
+}
+
+void InMemoryEventStore::awaitOutcome(const QString& identifier, SaveCompletion completion) {
+    outcomeWaiters_.emplace_back(identifier, std::move(completion));
+}
+
+void InMemoryEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) {
+    if (isAnswering_ && !failure(Operation::save))
+        return ItemEventStore::saveAll(reminders, std::move(completion));
+    struct Gathering {
+        std::vector<tl::expected<EKSaveResult, EKError>> results;
+        std::size_t missing;
+        SaveAllCompletion completion;
+    };
+    const auto gathering = std::make_shared<Gathering>(
+        Gathering{std::vector<tl::expected<EKSaveResult, EKError>>(reminders.size()), reminders.size(),
+                  std::move(completion)});
+    for (std::size_t i = 0; i < reminders.size(); ++i) {
+        attempt(
+            Operation::save, reminders[i]->calendarItemIdentifier(),
+            [gathering, i](auto result) {
+                gathering->results[i] = std::move(result);
+                if (--gathering->missing == 0)
+                    gathering->completion(std::move(gathering->results));
+            },
+            [this, reminder = reminders[i]](const SaveCompletion& told) {
+                ItemEventStore::saveAll({reminder}, [told](auto results) { told(results.front()); });
+            });
+    }
+}
+
+void InMemoryEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
+    attempt(Operation::remove, reminder->calendarItemIdentifier(), completion,
+            [this, reminder](const SaveCompletion& told) { ItemEventStore::remove(reminder, told); });
+}
+
+void InMemoryEventStore::revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
+                                SaveCompletion completion) {
+    attempt(Operation::revert, {}, completion, [this, change, identifier](const SaveCompletion& told) {
+        ItemEventStore::revert(change, identifier, told);
     });
-    if (found == calendars_.end())
-        calendars_.push_back(std::move(calendar));
+}
+
+void InMemoryEventStore::save(const EKEventRef& event, EKSpan span, SaveCompletion completion) {
+    attempt(Operation::save, {}, completion,
+            [this, event, span](const SaveCompletion& told) { ItemEventStore::save(event, span, told); });
+}
+
+void InMemoryEventStore::remove(const EKEventRef& event, EKSpan span, SaveCompletion completion) {
+    attempt(Operation::remove, {}, completion,
+            [this, event, span](const SaveCompletion& told) { ItemEventStore::remove(event, span, told); });
+}
+
+void InMemoryEventStore::saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) {
+    if (const auto error = failure(Operation::saveCalendar))
+        onMain([completion = std::move(completion), error] { completion(tl::unexpected(*error)); });
     else
-        *found = std::move(calendar);
-    announceChange();
-    return identifier;
+        ItemEventStore::saveCalendar(calendar, std::move(completion));
+}
+
+std::vector<TextPair> InMemoryEventStore::problems() const {
+    std::vector<TextPair> result = problems_;
+    std::ranges::copy(ItemEventStore::problems(), std::back_inserter(result));
+    return result;
+}
+
+QString InMemoryEventStore::putCalendar(const EKCalendar& calendar) {
+    const QByteArray name = files().putCollection(calendar);
+    readNow({.collections = true});
+    return QFile::decodeName(name);
+}
+
+void InMemoryEventStore::setDefaultForNewEvents(const QString& identifier) {
+    files().setDefaultForEvents(QFile::encodeName(identifier));
+    readNow({.collections = true});
 }
 
 void InMemoryEventStore::dropCalendar(const QString& identifier) {
-    std::erase_if(calendars_,
-                  [&](const EKCalendar& calendar) { return calendar.calendarIdentifier == identifier; });
-    std::erase_if(entries_,
-                  [&](const auto& entry) { return entry.second->calendarIdentifier == identifier; });
-    std::erase_if(series_,
-                  [&](const auto& entry) { return entry.second.front()->calendarIdentifier == identifier; });
-    announceChange();
+    files().dropCollection(QFile::encodeName(identifier));
+    readNow({.collections = true});
 }
 
-QString InMemoryEventStore::newIdentifier() {
-    return QStringLiteral("memory-%1").arg(nextIdentifier_++);
+void InMemoryEventStore::put(const std::optional<Place>& former, const QString& calendar,
+                             const QString& identifier, const Document& document) {
+    const Place place{QFile::encodeName(calendar),
+                      former ? former->file : identifier.toUtf8().replace('/', '_') + ".ics"};
+    files().put(place, document.text());
+    items::Changes changes{.files = {{place.collection, {place.file}}}};
+    if (former && *former != place) {
+        files().drop(*former);
+        changes.files[former->collection].insert(former->file);
+    }
+    readNow(changes);
 }
 
-QString InMemoryEventStore::putReminder(EKReminderData data) {
-    QString identifier = data.calendarItemIdentifier;
-    if (identifier.isEmpty())
-        identifier = newIdentifier();
-    store(identifier, std::move(data));
+void InMemoryEventStore::drop(const Place& place) {
+    files().drop(place);
+    readNow({.files = {{place.collection, {place.file}}}});
+}
+
+QString InMemoryEventStore::putReminder(const EKReminderData& data) {
+    const QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
+                                                                     : data.calendarItemIdentifier;
+    const ZoneCalendar local = calendar_.calendar();
+    const auto& reminders = snapshot()->reminders;
+    const auto entry = reminders.constFind(identifier);
+    if (entry == reminders.cend()) {
+        put(std::nullopt, data.calendarIdentifier, identifier,
+            icalendar::makeTodo(identifier.toUtf8(), data, local, clock_.now()));
+        return identifier;
+    }
+    const Place place = placeOf(*entry);
+    const auto stored = files().read(place);
+    Document document = *Document::parse((*stored)->text);
+    const icalendar::TodoItem item = icalendar::readTodos(document, local).front();
+    icalendar::Component todo(document.components("VTODO")[static_cast<std::size_t>(item.index)].lines());
+    icalendar::writeTodo(todo, item, data, document, local, clock_.now());
+    document.replace(item.index, todo);
+    put(place, data.calendarIdentifier, identifier, document);
     return identifier;
 }
 
 void InMemoryEventStore::dropReminder(const QString& identifier) {
-    if (entries_.erase(identifier) > 0)
-        announceChange();
+    const auto& reminders = snapshot()->reminders;
+    if (const auto entry = reminders.constFind(identifier); entry != reminders.cend())
+        drop(placeOf(*entry));
+}
+
+QString InMemoryEventStore::putEvent(const EKEventData& data) {
+    const QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
+                                                                     : data.calendarItemIdentifier;
+    const auto& events = snapshot()->events;
+    const auto entry = events.constFind(identifier);
+    put(entry == events.cend() ? std::nullopt : std::optional(placeOf(*entry)), data.calendarIdentifier,
+        identifier, icalendar::makeEvent(identifier.toUtf8(), data, calendar_.calendar(), clock_.now()));
+    return identifier;
+}
+
+void InMemoryEventStore::dropEvent(const QString& identifier) {
+    const auto& events = snapshot()->events;
+    if (const auto entry = events.constFind(identifier); entry != events.cend())
+        drop(placeOf(*entry));
 }
 
 std::shared_ptr<const EKReminderData> InMemoryEventStore::reminder(const QString& identifier) const {
-    const auto found = entries_.find(identifier);
-    return found == entries_.end() ? nullptr : found->second;
+    return snapshot()->reminders.value(identifier).data;
 }
 
 std::vector<EKReminderData> InMemoryEventStore::reminders() const {
     std::vector<EKReminderData> result;
-    for (const auto& [identifier, entry] : entries_)
-        result.push_back(*entry);
+    for (const auto& entry : snapshot()->reminders)
+        result.push_back(*entry.data);
+    std::ranges::sort(result, {}, &EKReminderData::calendarItemIdentifier);
+    return result;
+}
+
+std::vector<EKEventData> InMemoryEventStore::allEvents() const {
+    const Instant now = clock_.now();
+    const auto found = items::fetchEvents(
+        *snapshot(), predicateForEvents(now - shownFor, now + shownFor, std::nullopt), now);
+    std::vector<EKEventData> result;
+    for (const auto& event : found.found.events)
+        result.push_back(*event);
+    std::ranges::sort(result, {}, [](const EKEventData& event) {
+        return std::tie(event.calendarItemIdentifier, event.startDate);
+    });
     return result;
 }
 

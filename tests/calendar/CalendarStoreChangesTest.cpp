@@ -31,12 +31,8 @@ class CalendarStoreChanges : public CalendarStoreTest {
     }
     /// Lunch every day at 12:30 for four days from today.
     void putLunches() {
-        std::vector<EKEventData> lunches(4);
-        for (int day = 0; day < 4; ++day)
-            lunches[day] = anEvent("lunch")
-                               .lasting(paris(QDate(2026, 3, 27).addDays(day), {12, 30}), 1h)
-                               .repeating("FREQ=DAILY");
-        database.putSeries(lunches);
+        database.putEvent(
+            anEvent("lunch").lasting(paris({2026, 3, 27}, {12, 30}), 1h).repeating("FREQ=DAILY;COUNT=4"));
     }
     /// Carries out one change and returns its failure.
     template <typename Change>
@@ -165,7 +161,7 @@ TEST_F(CalendarStoreChanges, AnEventThatMovedElsewhereIsFoundWithinFiveMinutesOr
         const Instant start = now() + 1h;
         const auto put = [&](Instant first) {
             if (param.isSeries)
-                database.putSeries({anEvent("e").lasting(first - 24h, 1h), anEvent("e").lasting(first, 1h)});
+                database.putEvent(anEvent("e").lasting(first - 24h, 1h).repeating("FREQ=DAILY;COUNT=2"));
             else
                 database.putEvent(anEvent("e").lasting(first, 1h));
         };

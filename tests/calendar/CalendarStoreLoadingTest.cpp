@@ -163,7 +163,9 @@ TEST_F(CalendarStoreLoading, TodayMovesAtMidnightOnWakingAndWithTheZone) {
     put("friday", paris({2026, 3, 27}, {23, 0}), 30min);
     put("saturday", paris({2026, 3, 28}, {9, 0}));
     put("sunday", paris({2026, 3, 29}, {9, 0}));
-    put("monday", paris({2026, 3, 30}, {23, 0}));
+    EKEventData monday = anEvent("monday").lasting(paris({2026, 3, 30}, {23, 0}), 1h);
+    monday.timeZone = TimeZone::named("Europe/Paris");
+    database.putEvent(monday);
     loadedStore();
     scheduler.advance(paris({2026, 3, 28}) - scheduler.now());
     EXPECT_THAT(shown(),

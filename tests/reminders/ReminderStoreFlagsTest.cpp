@@ -224,7 +224,7 @@ TEST_F(ReminderStoreFlags, AReminderCreatedWithItsFlagIsWrittenALittleLater) {
     EXPECT_THAT(host.written, IsEmpty());
     EXPECT_FALSE(idle);
     scheduler.advance(1ms);
-    EXPECT_THAT(host.written, ElementsAre(script(created.id, true)));
+    EXPECT_THAT(host.written, ElementsAre(script(ReminderFlagIndex::flagKey(created.id), true)));
     EXPECT_TRUE(idle);
 
     store->create(reminder, created.creation());
@@ -235,6 +235,7 @@ TEST_F(ReminderStoreFlags, AReminderCreatedWithItsFlagIsWrittenALittleLater) {
 }
 
 TEST_F(ReminderStoreFlags, FlagsAreTakenBackAndFollowAReminderThatComesBack) {
+    database.setKeepsIdentifiers(false);
     loadedStore().toggleFlag(a, nullptr);
     scheduler.advance(1s);
     store->setFlagged(a, true, nullptr);
@@ -249,10 +250,10 @@ TEST_F(ReminderStoreFlags, FlagsAreTakenBackAndFollowAReminderThatComesBack) {
     history.undo();
     scheduler.advance(1s);
     EXPECT_THAT(flaggedIDs(), IsEmpty());
-    EXPECT_EQ(host.written.back(), script(back, false));
+    EXPECT_EQ(host.written.back(), script(ReminderFlagIndex::flagKey(back), false));
     history.redo();
     scheduler.advance(1s);
-    EXPECT_EQ(host.written.back(), script(back, true));
+    EXPECT_EQ(host.written.back(), script(ReminderFlagIndex::flagKey(back), true));
     history.undo();
     scheduler.advance(1s);
     store->toggleFlag(back, nullptr);

@@ -184,27 +184,21 @@ TEST(HistoryViewModel, TakesBackChangesOfEventsAndOfRemindersInTurn) {
 
 TEST(HistoryViewModel, SaysThatOnlyOneOfASeriesWasDeleted) {
     WithLesson test;
-    std::vector<EKEventData> meetings;
-    for (int day = 0; day < 2; ++day) {
-        EKEventData meeting = test.onlyEvent();
-        meeting.calendarItemIdentifier = meeting.eventIdentifier = QStringLiteral("series");
-        meeting.title = day == 0 ? QStringLiteral("Today’s") : QStringLiteral("Tomorrow’s");
-        meeting.startDate += std::chrono::days(day);
-        meeting.endDate += std::chrono::days(day);
-        meeting.recurrenceRules = {EKRecurrenceRule::parse(QStringLiteral("FREQ=DAILY;COUNT=2"))};
-        meetings.push_back(meeting);
-    }
-    test.database.putSeries(meetings);
+    EKEventData meeting = test.onlyEvent();
+    meeting.calendarItemIdentifier = QStringLiteral("series");
+    meeting.title = QStringLiteral("Standup");
+    meeting.recurrenceRules = {EKRecurrenceRule::parse(QStringLiteral("FREQ=DAILY;COUNT=2"))};
+    test.database.putEvent(meeting);
     test.load();
     QSignalSpy recorded(&test.history, &HistoryViewModel::recorded);
-    test.calendarEdit.remove(test.shown("Tomorrow’s"));
+    test.calendarEdit.remove(test.shown("Standup"));
     test.settle();
     ASSERT_EQ(recorded.count(), 1);
-    EXPECT_EQ(recorded[0][0].toString(), QStringLiteral("“Tomorrow’s” deleted, only this one of its series"));
-    EXPECT_THAT(test.events(), ElementsAre("Piano", "Today’s"));
+    EXPECT_EQ(recorded[0][0].toString(), QStringLiteral("“Standup” deleted, only this one of its series"));
+    EXPECT_THAT(test.events(), ElementsAre("Piano", "Standup"));
     test.history.undo();
     test.settle();
-    EXPECT_THAT(test.events(), ElementsAre("Piano", "Today’s", "Tomorrow’s"));
+    EXPECT_THAT(test.events(), ElementsAre("Piano", "Standup", "Standup"));
 }
 
 TEST(HistoryViewModel, SaysSoWhenSomebodyElseHasChangedTheSame) {

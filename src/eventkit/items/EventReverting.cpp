@@ -150,7 +150,7 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertEvent(const ItemChange& ch
         if (auto error = takeOut(file, "VEVENT", item, local))
             return tl::unexpected(std::move(*error));
         rebuildSnapshot();
-        return ItemChange{identifier, change.key, file.state(), std::nullopt};
+        return ItemChange{identifier, item.key, file.state(), std::nullopt};
     };
     std::vector<QString> collections{QFile::decodeName(change.after->collection)};
     if (change.before)
@@ -187,26 +187,30 @@ tl::expected<ItemChange, WriteError> ItemDatabase::restoreEvent(const ItemChange
     if (!document)
         return conflict();
     ItemState present = found;
-    QString identifier = change.identifier;
+    // It may have come back under another UID since.
+    QByteArray key = item.key;
+    QString identifier;
     if (target == opened.place.collection) {
         auto text = replaceFile(opened, *document, local);
         if (!text)
             return tl::unexpected(std::move(text.error()));
         present.text = *std::move(text);
         rebuildSnapshot();
+        identifier = identifierIn(snapshot_->events, opened.place, key);
     } else {
         if (!opened.isAlone)
             icalendar::keepOnlyItem(*document, "VEVENT", item);
         const auto moved = move(
-            opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, change.key,
-            *document, [&] { return takeOut(opened, "VEVENT", item, local); }, local);
+            opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, key, *document,
+            [&] { return takeOut(opened, "VEVENT", item, local); }, local);
         if (!moved)
             return tl::unexpected(moved.error());
         present = ItemState{moved->place.collection, moved->place.file, moved->stored.text};
         rebuildSnapshot();
-        identifier = identifierIn(snapshot_->events, moved->place, moved->uid);
+        key = moved->uid;
+        identifier = identifierIn(snapshot_->events, moved->place, key);
     }
-    return ItemChange{identifier, change.key, std::move(found), std::move(present)};
+    return ItemChange{identifier, item.key, std::move(found), std::move(present)};
 }
 
 tl::expected<ItemChange, EKError> ItemDatabase::bringEventBack(const ItemChange& change,

@@ -93,6 +93,25 @@ void ItemEventStore::readChanges() {
     read({}, std::move(changes));
 }
 
+void ItemEventStore::openNow() {
+    if (database_.open(calendar_.calendar()))
+        return;
+    snapshot_ = database_.snapshot();
+    status_ = EKAuthorizationStatus::fullAccess;
+}
+
+void ItemEventStore::readNow(const Changes& changes) {
+    if (!database_.refresh(changes, calendar_.calendar()))
+        return;
+    snapshot_ = database_.snapshot();
+    onMain([this] { observers_.notify(); });
+}
+
+void ItemEventStore::setAuthorizationStatus(EKAuthorizationStatus status) {
+    status_ = status;
+    onMain([this] { observers_.notify(); });
+}
+
 EKAuthorizationStatus ItemEventStore::authorizationStatus(EKEntityType) const {
     return status_;
 }

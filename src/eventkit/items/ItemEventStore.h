@@ -46,6 +46,20 @@ class ItemEventStore : public EKEventStore {
     [[nodiscard]] Subscription observeChanges(std::function<void()> observer) override;
     [[nodiscard]] std::vector<TextPair> problems() const override;
 
+  protected:
+    // For a storage that never blocks, whose queue is the main thread.
+
+    [[nodiscard]] ItemStorage& storage() { return *storage_; }
+    [[nodiscard]] const std::shared_ptr<const Snapshot>& snapshot() const { return snapshot_; }
+    /// Opens the storage at once, with full access.
+    void openNow();
+    /// Reads what others changed at once; observers are told later.
+    void readNow(const Changes& changes);
+    void setAuthorizationStatus(EKAuthorizationStatus status);
+    /// Runs work on the main thread, unless the store is gone by then. Thread:
+    /// any.
+    void onMain(std::function<void()> work);
+
   private:
     [[nodiscard]] std::shared_ptr<const EKReminderData>
     storedReminder(const QString& identifier) const override;
@@ -67,9 +81,6 @@ class ItemEventStore : public EKEventStore {
     /// Work of this queue that is under way may or may not come to a good end;
     /// what waits behind it is refused.
     void operationsOverdue(const QByteArray& queue, const QString& list);
-    /// Runs work on the main thread, unless the store is gone by then. Thread:
-    /// any.
-    void onMain(std::function<void()> work);
     /// Makes what the database knows now what the main thread sees. Thread: that
     /// of a queue.
     void publish(bool announce);

@@ -111,6 +111,8 @@ tl::expected<ItemChange, WriteError> ItemDatabase::restore(const ItemChange& cha
     if (!wasBefore || !wasAfter)
         return conflict();
 
+    // It may have come back under another UID since.
+    const QByteArray key = opened.item.key;
     ItemState found = opened.state();
     Revision revision{.document = opened.document};
     const bool isUntouched = opened.place.collection == after.collection && opened.place.file == after.file &&
@@ -133,8 +135,8 @@ tl::expected<ItemChange, WriteError> ItemDatabase::restore(const ItemChange& cha
     rebuildSnapshot();
     QString identifier = opened.current.calendarItemIdentifier;
     if (written->place.collection != opened.place.collection)
-        identifier = identifierIn(snapshot_->reminders, written->place, opened.item.key);
-    return ItemChange{identifier, change.key, std::move(found), written->stateAfter(opened)};
+        identifier = identifierIn(snapshot_->reminders, written->place, key);
+    return ItemChange{identifier, key, std::move(found), written->stateAfter(opened)};
 }
 
 tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& change, OpenItem& opened,
@@ -148,7 +150,7 @@ tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& ch
     if (auto error = takeOut(opened, "VTODO", opened.item, local))
         return tl::unexpected(std::move(*error));
     rebuildSnapshot();
-    return ItemChange{opened.current.calendarItemIdentifier, change.key, std::move(found), std::nullopt};
+    return ItemChange{opened.current.calendarItemIdentifier, opened.item.key, std::move(found), std::nullopt};
 }
 
 tl::expected<ItemChange, EKError> ItemDatabase::bringBack(const ItemChange& change,
