@@ -3,6 +3,7 @@
 #include "app/PanelInterface.h"
 #include "eventkit/EvolutionModule.h"
 #include "platform/linux/ApplicationState.h"
+#include "platform/linux/BackdropBlur.h"
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/DesktopSettings.h"
 #include "platform/linux/FolderDialog.h"
@@ -28,6 +29,8 @@ namespace {
 
 constexpr Duration settlingDelay = std::chrono::milliseconds(100);
 constexpr Duration ringingDelay = std::chrono::milliseconds(500);
+/// As long as the panel takes to grow.
+constexpr Duration openingTime = std::chrono::milliseconds(280);
 /// So long after something happened is nothing left to be done about it.
 constexpr Duration quietDelay = std::chrono::seconds(2);
 /// Pending changes get this long to reach the disk when the program ends.
@@ -392,10 +395,24 @@ void AppDelegate::startRinging() {
         .defaults = defaults_,
         .localization = localization_,
     });
+    connect(ringer_.get(), &DueAlertRinger::rang, interface_->panel.resting(), &RestingViewModel::ring);
     connect(ringer_.get(), &DueAlertRinger::openRequested, this, [this](const QString& reminderID) {
         showPanel();
         reminderStore().reveal(reminderID);
     });
+}
+
+void AppDelegate::followBlur() {
+    const PanelViewModel& panel = interface_->panel;
+    interface_->appearance.setBlurring(blur_->isOffered());
+    blurring_ = {};
+    const bool isGlass =
+        panel.material() == QLatin1String("glass") && !interface_->appearance.highContrast();
+    if (!panel.isExpanded() || !isGlass)
+        return blur_->setShape(std::nullopt);
+    // Not beside the outline while that grows.
+    blurring_ = scheduler_.after(openingTime,
+                                 [this] { blur_->setShape(geometry_->shape(NotchPhase::expanded)); });
 }
 
 void AppDelegate::createPanelController() {
@@ -419,6 +436,13 @@ void AppDelegate::createPanelController() {
     };
     connect(panelWindow_.get(), &X11PanelWindow::isCompositingChanged, this, followCompositor);
     followCompositor();
+
+    blur_ = std::make_unique<BackdropBlur>(view);
+    connect(blur_.get(), &BackdropBlur::isOfferedChanged, this, &AppDelegate::followBlur);
+    connect(&interface_->panel, &PanelViewModel::shapeChanged, this, &AppDelegate::followBlur);
+    connect(&interface_->panel, &PanelViewModel::materialChanged, this, &AppDelegate::followBlur);
+    connect(&interface_->appearance, &Appearance::highContrastChanged, this, &AppDelegate::followBlur);
+    followBlur();
 
     OverlayHost& overlays = view.overlays();
     connect(&overlays, &OverlayHost::surfacesChanged, this,

@@ -48,6 +48,7 @@
 
 namespace kestrant {
 
+class BackdropBlur;
 class OnboardingWindowController;
 class PanelInterface;
 class QtScreenProvider;
@@ -102,6 +103,7 @@ class AppDelegate : public QObject {
 
   private:
     void createPanelController();
+    void followBlur();
     /// Built on first use.
     [[nodiscard]] FeedbackAPIClient& feedbackClient();
     /// Absent where nothing is counted.
@@ -179,6 +181,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<FolderDialog> folderDialog_;
     std::unique_ptr<X11PointerProvider> pointer_;
     std::unique_ptr<X11PanelWindow> panelWindow_;
+    std::unique_ptr<BackdropBlur> blur_;
     std::unique_ptr<NotchPanelController> panelController_;
     std::unique_ptr<OnboardingWindowController> onboardingController_;
 
@@ -186,6 +189,7 @@ class AppDelegate : public QObject {
     ScheduledTask memoryReturn_;
     ScheduledTask settling_;
     ScheduledTask ringing_;
+    ScheduledTask blurring_;
     ScheduledTask activationReload_;
     ScheduledTask endingTimeout_;
     bool isTerminating_ = false;

@@ -68,10 +68,17 @@ void NotchGeometry::update(const Screen& screen) {
     Q_EMIT changed();
 }
 
+void NotchGeometry::setRestsWide(bool wide) {
+    if (wide == restsWide_)
+        return;
+    restsWide_ = wide;
+    Q_EMIT changed();
+}
+
 QSizeF NotchGeometry::footprint(NotchPhase phase) const {
     switch (phase) {
     case NotchPhase::idle:
-        return idleSize_;
+        return restsWide_ ? hoverSize_ : idleSize_;
     case NotchPhase::hovering:
         return hoverSize_;
     case NotchPhase::expanded:
@@ -84,7 +91,9 @@ NotchContainerShape NotchGeometry::shape(NotchPhase phase) const {
     switch (phase) {
     case NotchPhase::idle:
         // The ears take just the margin, so that the body coincides with a real camera housing.
-        return {idleSize_, restingMargin / 2, 11.0};
+        if (!restsWide_)
+            return {idleSize_, restingMargin / 2, 11.0};
+        [[fallthrough]];
     case NotchPhase::hovering:
         return {hoverSize_, 10.0, 14.0};
     case NotchPhase::expanded:

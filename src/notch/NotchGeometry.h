@@ -31,6 +31,8 @@ class NotchGeometry : public QObject {
     [[nodiscard]] static std::optional<Screen> chooseScreen(const ScreenProvider& provider);
 
     void update(const Screen& screen);
+    /// At rest it is as wide as while hovering, with room for a few words.
+    void setRestsWide(bool wide);
 
     [[nodiscard]] const Screen& screen() const { return screen_; }
     /// The measured camera housing, or the size drawn in its place.
@@ -62,6 +64,7 @@ class NotchGeometry : public QObject {
     QSizeF hoverSize_{250.0, 32.25};
     QSizeF expandedSize_{940.0, 292.0};
     double cameraSafeWidth_ = 220.0;
+    bool restsWide_ = false;
 };
 
 }  // namespace kestrant

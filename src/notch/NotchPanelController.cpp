@@ -37,6 +37,7 @@ NotchPanelController::NotchPanelController(const Environment& environment, Notch
 
     model_.setPointerPresenceProvider([this] { return pointerIsInside(); });
     QObject::connect(&model_, &NotchInteractionModel::phaseChanged, &lifetime_, [this] { phaseChanged(); });
+    QObject::connect(&geometry_, &NotchGeometry::changed, &lifetime_, [this] { placePanel(); });
     cancellables_.push_back(environment_.screens.observeChanges([this] { screenParametersChanged(); }));
     placePanel();
 }
@@ -51,7 +52,7 @@ void NotchPanelController::setContentScrollsUpQuery(std::function<bool(QPointF)>
 
 void NotchPanelController::placePanel() {
     panel_.setFrame(geometry_.panelFrame());
-    panel_.window().setRestingArea(geometry_.idleSize());
+    panel_.window().setRestingArea(geometry_.footprint(NotchPhase::idle));
     panel_.window().setShape(geometry_.shape(model_.phase()));
 }
 

@@ -33,4 +33,36 @@ std::optional<KestrantLayoutRatio> layoutRatioFromRawValue(QStringView raw) {
     return {};
 }
 
+QString rawValue(RestingContent content) {
+    switch (content) {
+    case RestingContent::nothing:
+        break;
+    case RestingContent::whatComes:
+        return QStringLiteral("whatComes");
+    case RestingContent::everything:
+        return QStringLiteral("everything");
+    }
+    return QStringLiteral("nothing");
+}
+
+TextPair title(RestingContent content) {
+    switch (content) {
+    case RestingContent::nothing:
+        break;
+    case RestingContent::whatComes:
+        return text("what comes next", "ce qui vient");
+    case RestingContent::everything:
+        return text("what comes, and the count", "ce qui vient, et le compte");
+    }
+    return text("nothing", "rien");
+}
+
+std::optional<RestingContent> restingContentFromRawValue(QStringView raw) {
+    for (const RestingContent content : allRestingContents) {
+        if (raw == rawValue(content))
+            return content;
+    }
+    return {};
+}
+
 }  // namespace kestrant

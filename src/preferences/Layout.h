@@ -34,4 +34,21 @@ inline constexpr std::array allLayoutRatios{KestrantLayoutRatio::r30_70, Kestran
 [[nodiscard]] QString rawValue(KestrantLayoutRatio ratio);
 [[nodiscard]] std::optional<KestrantLayoutRatio> layoutRatioFromRawValue(QStringView raw);
 
+/// What the notch says at rest.
+enum class RestingContent {
+    /// Black and silent.
+    nothing,
+    /// An event about to begin or going on, and what is overdue.
+    whatComes,
+    /// Also how much is open today.
+    everything,
+};
+
+inline constexpr std::array allRestingContents{RestingContent::nothing, RestingContent::whatComes,
+                                               RestingContent::everything};
+
+[[nodiscard]] QString rawValue(RestingContent content);
+[[nodiscard]] TextPair title(RestingContent content);
+[[nodiscard]] std::optional<RestingContent> restingContentFromRawValue(QStringView raw);
+
 }  // namespace kestrant

@@ -38,6 +38,12 @@ inline const Preference<bool> requiresClickOrSwipeToExpand{{QStringLiteral("requ
 inline const Preference<double> autoCloseDelay{{QStringLiteral("autoCloseDelay")}, 0.2};
 inline const Preference<QString> notchMaterial{{QStringLiteral("notchMaterial")}, QStringLiteral("glass")};
 
+/// Raw value of RestingContent.
+inline const Preference<QString> restingContent{{QStringLiteral("kestrantRestingContent")},
+                                                QStringLiteral("nothing")};
+/// The resting notch shows what rings, with waves around it.
+inline const Preference<bool> pulsesWhenRinging{{QStringLiteral("kestrantPulsesWhenRinging")}, false};
+
 /// 0 to 2; absent falls back to the older switch.
 inline const Preference<int> hapticFeedbackProfile{{QStringLiteral("hapticFeedbackProfile")}, 2};
 /// Bool; of an older version, only read.

@@ -114,6 +114,23 @@ void Preferences::setNotchMaterial(const QString& material) {
     defaults_.set(keys::notchMaterial, material);
 }
 
+RestingContent Preferences::restingContent() const {
+    return restingContentFromRawValue(read(defaults_, keys::restingContent))
+        .value_or(RestingContent::nothing);
+}
+
+void Preferences::setRestingContent(RestingContent content) {
+    defaults_.set(keys::restingContent, rawValue(content));
+}
+
+bool Preferences::pulsesWhenRinging() const {
+    return read(defaults_, keys::pulsesWhenRinging);
+}
+
+void Preferences::setPulsesWhenRinging(bool pulses) {
+    defaults_.set(keys::pulsesWhenRinging, pulses);
+}
+
 HapticProfile Preferences::hapticProfile() const {
     const auto stored = defaults_.integer(keys::hapticFeedbackProfile);
     if (stored && *stored < 3)

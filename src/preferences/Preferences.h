@@ -55,6 +55,10 @@ class Preferences {
     /// "glass" or "black".
     [[nodiscard]] QString notchMaterial() const;
     void setNotchMaterial(const QString& material);
+    [[nodiscard]] RestingContent restingContent() const;
+    void setRestingContent(RestingContent content);
+    [[nodiscard]] bool pulsesWhenRinging() const;
+    void setPulsesWhenRinging(bool pulses);
 
     [[nodiscard]] HapticProfile hapticProfile() const;
     void setHapticProfile(HapticProfile profile);

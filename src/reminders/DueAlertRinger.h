@@ -56,6 +56,8 @@ class DueAlertRinger : public QObject {
   Q_SIGNALS:
     /// The person wants to see a reminder.
     void openRequested(const QString& reminderID);
+    /// An alert of a reminder has begun to ring.
+    void rang(const QString& reminderID);
 
   private:
     using Answered = std::function<void(const std::optional<TextPair>& failure)>;

@@ -47,6 +47,13 @@ void Appearance::setTextScale(double scale) {
     Q_EMIT textScaleChanged();
 }
 
+void Appearance::setBlurring(bool on) {
+    if (on == blurring_)
+        return;
+    blurring_ = on;
+    Q_EMIT blurringChanged();
+}
+
 void Appearance::setCompositing(bool on) {
     if (on == compositing_)
         return;

@@ -16,6 +16,7 @@ class Appearance : public QObject {
     Q_PROPERTY(bool showsFocus READ showsFocus WRITE setShowsFocus NOTIFY showsFocusChanged)
     Q_PROPERTY(double textScale READ textScale WRITE setTextScale NOTIFY textScaleChanged)
     Q_PROPERTY(bool compositing READ compositing WRITE setCompositing NOTIFY compositingChanged)
+    Q_PROPERTY(bool blurring READ blurring WRITE setBlurring NOTIFY blurringChanged)
 
   public:
     /// Without a default: QML would make an instance of its own.
@@ -39,6 +40,9 @@ class Appearance : public QObject {
     /// Windows may be translucent. Without it popovers have no shadow and are cut to their outline.
     [[nodiscard]] bool compositing() const { return compositing_; }
     void setCompositing(bool on);
+    /// What lies behind translucent parts of the panel is blurred.
+    [[nodiscard]] bool blurring() const { return blurring_; }
+    void setBlurring(bool on);
 
   Q_SIGNALS:
     void highContrastChanged();
@@ -46,6 +50,7 @@ class Appearance : public QObject {
     void showsFocusChanged();
     void textScaleChanged();
     void compositingChanged();
+    void blurringChanged();
 
   private:
     bool highContrast_ = false;
@@ -53,6 +58,7 @@ class Appearance : public QObject {
     bool showsFocus_ = false;
     double textScale_ = 1.0;
     bool compositing_ = true;
+    bool blurring_ = false;
 };
 
 }  // namespace kestrant

@@ -1,17 +1,21 @@
 #include "ui/CalendarViewModel.h"
 
 #include "calendar/CalendarStore.h"
+#include "ui/Choices.h"
 #include "ui/Localizer.h"
 #include "ui/PanelViewModel.h"
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 
 namespace kestrant {
 namespace {
 
 /// Up to then a time of day can be no other day's.
 constexpr Duration unmistakable = std::chrono::hours(12);
+/// How long before its start an event is worth a sign on the resting notch.
+constexpr Duration soon = std::chrono::minutes(15);
 constexpr int mostColorsOfADay = 4;
 
 QColor colorOf(const CalendarEventItem& item) {
@@ -207,6 +211,24 @@ void CalendarViewModel::updateNextEvent() {
     const auto next = store_.nextEvent();
     const bool isSoon = next && next->startDate - clock_.now() < unmistakable;
     panel_.setNextEventText(isSoon && panel_.showCalendar() ? timeText(next->startDate, style()) : QString());
+    panel_.resting()->setEvent(panel_.showCalendar() ? restingEvent() : std::nullopt);
+}
+
+std::optional<RestingEvent> CalendarViewModel::restingEvent() const {
+    const Instant now = clock_.now();
+    const auto minutes = [](Duration span) {
+        return int(std::chrono::ceil<std::chrono::minutes>(span).count());
+    };
+    const auto sign = [](const CalendarEventItem& event, int minutesLeft, bool hasBegun) {
+        return RestingEvent{event.title, toQColor(event.calendarColor), minutesLeft, hasBegun};
+    };
+    if (const auto next = store_.nextEvent(); next && next->startDate - now <= soon)
+        return sign(*next, minutes(next->startDate - now), false);
+    for (const CalendarDayGroup& group : store_.dayGroups())
+        for (const CalendarEventItem& event : group.events)
+            if (event.isHappeningNow && event.endDate - now < unmistakable)
+                return sign(event, minutes(event.endDate - now), true);
+    return std::nullopt;
 }
 
 QString CalendarViewModel::failureText() const {
@@ -277,6 +299,7 @@ void CalendarViewModel::loadMore(bool earlier) {
 
 void CalendarViewModel::refreshPresent() {
     rows_.refreshToday();
+    updateNextEvent();
 }
 
 void CalendarViewModel::retry() {

@@ -4,6 +4,7 @@
 #include "foundation/ZoneCalendar.h"
 #include "ui/CalendarRowModel.h"
 #include "ui/CalendarRowTexts.h"
+#include "ui/RestingViewModel.h"
 
 #include <QLocale>
 #include <QObject>
@@ -13,6 +14,7 @@
 #include <QVariantList>
 
 #include <functional>
+#include <optional>
 
 namespace kestrant {
 
@@ -90,6 +92,7 @@ class CalendarViewModel : public QObject {
     void groupsChanged();
     void updateContent();
     void updateNextEvent();
+    [[nodiscard]] std::optional<RestingEvent> restingEvent() const;
     [[nodiscard]] QString computedContent() const;
     [[nodiscard]] TimeStyle style() const;
     [[nodiscard]] CalendarRow presented(const CalendarDayGroup& group, int event) const;

@@ -76,6 +76,8 @@ struct OverlayHost::Overlay {
     std::optional<QPointF> at;
     /// Where the overlay hangs from: known still when the anchor is gone.
     QRectF hook;
+    /// Where the lower edge of one that has no room below would be.
+    double hookAbove = 0.0;
 };
 
 OverlayHost::OverlayHost(QQuickWindow& window, QQmlEngine& engine, NotchInteractionModel& interaction,
@@ -160,6 +162,7 @@ void OverlayHost::place(std::size_t index) {
     QQuickItem& content = *overlay.layer->overlay;
     if (const QQuickItem* anchor = overlay.anchor; anchor && anchor->window()) {
         const QPointF origin = overlay.at.value_or(QPointF(0, anchor->height() + distance));
+        overlay.hookAbove = overlay.at ? 0.0 : anchor->mapToItem(frame_, QPointF(0, -distance)).y();
         overlay.hook = QRectF(anchor->mapToItem(frame_, origin), QSizeF(overlay.at ? 0 : anchor->width(), 0));
         if (controls_ && controls_->isAncestorOf(anchor))
             overlay.hook.moveTop(
@@ -177,7 +180,10 @@ void OverlayHost::place(std::size_t index) {
     if (index > 0) {
         const QRectF beneath = overlays_[index - 1]->layer->surface();
         x = within(x, width, beneath.left(), beneath.right());
-        y = within(y, height, beneath.top(), beneath.bottom());
+        if (!content.property("dropsDown").toBool())
+            y = within(y, height, beneath.top(), beneath.bottom());
+        else if (y + height > roomHeight() && overlay.hookAbove >= height)
+            y = overlay.hookAbove - height;
     } else {
         // Beside the panel an overlay would look lost.
         x = within(x, width, panelMargin, frame_->width() - panelMargin);

@@ -22,8 +22,9 @@ class NotchInteractionModel;
 
 /// Shows popovers and menus in the panel's own scene, above everything else in it, and tells the interaction
 /// model of them so that the panel stays open beneath. An overlay has the keyboard and the pointer to itself:
-/// a press beside it closes it. One that opens from another lies wholly upon it; closing one closes those
-/// upon it. Thread: main.
+/// a press beside it closes it. One that opens from another lies wholly upon it, except a menu (`dropsDown`),
+/// which hangs below what it opened from, or above it where there is no room; closing one closes those upon
+/// it. Thread: main.
 class OverlayHost : public QObject {
     Q_OBJECT
     QML_ELEMENT

@@ -19,12 +19,19 @@ PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry
     , geometry_(geometry)
     , reminders_(reminders)
     , preferences_(preferences)
-    , feedback_(feedback) {
+    , feedback_(feedback)
+    , resting_(reminders, preferences) {
+    connect(&resting_, &RestingViewModel::changed, this, &PanelViewModel::updateRestingWidth);
     connect(&interaction, &NotchInteractionModel::phaseChanged, this, [this] {
+        if (isExpanded())
+            resting_.acknowledge();
         Q_EMIT phaseChanged();
         Q_EMIT shapeChanged();
     });
-    connect(&geometry, &NotchGeometry::changed, this, &PanelViewModel::shapeChanged);
+    connect(&geometry, &NotchGeometry::changed, this, [this] {
+        updateRestingWidth();
+        Q_EMIT shapeChanged();
+    });
     connect(&reminders, &ReminderStore::filterCountsChanged, this, &PanelViewModel::updateDueTodayCount);
     subscriptions_.push_back(notifications.observe(
         notifications::newReminder, [this] { request(&PanelViewModel::newReminderRequested); }));
@@ -43,6 +50,14 @@ PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry
             Q_EMIT newReminderTipPendingChanged();
     }));
     updateDueTodayCount();
+    updateRestingWidth();
+}
+
+void PanelViewModel::updateRestingWidth() {
+    const QString kind = resting_.kind();
+    // Beside a camera only the wider notch has room at all.
+    geometry_.setRestsWide(kind == QLatin1String("event") || kind == QLatin1String("done") ||
+                           (hasCamera() && kind != QLatin1String("silent")));
 }
 
 void PanelViewModel::request(void (PanelViewModel::*signal)()) {

@@ -2,6 +2,7 @@
 
 #include "foundation/Subscription.h"
 #include "notch/NotchContainerShape.h"
+#include "ui/RestingViewModel.h"
 
 #include <QObject>
 #include <QQmlEngine>
@@ -44,6 +45,8 @@ class PanelViewModel : public QObject {
     Q_PROPERTY(int dueTodayCount READ dueTodayCount NOTIFY dueTodayCountChanged)
     /// Start of the next event, such as "14:00"; shown right of the camera while hovering. Empty for none.
     Q_PROPERTY(QString nextEventText READ nextEventText NOTIFY nextEventTextChanged)
+    /// What the notch says at rest.
+    Q_PROPERTY(kestrant::RestingViewModel* resting READ resting CONSTANT)
     /// Modules that are switched on.
     Q_PROPERTY(bool showReminders READ showReminders NOTIFY modulesChanged)
     Q_PROPERTY(bool showCalendar READ showCalendar NOTIFY modulesChanged)
@@ -76,6 +79,7 @@ class PanelViewModel : public QObject {
     [[nodiscard]] int dueTodayCount() const { return dueTodayCount_; }
     [[nodiscard]] const QString& nextEventText() const { return nextEventText_; }
     void setNextEventText(const QString& text);
+    [[nodiscard]] RestingViewModel* resting() { return &resting_; }
     [[nodiscard]] bool showReminders() const;
     [[nodiscard]] bool showCalendar() const;
     [[nodiscard]] bool calendarFirst() const;
@@ -116,6 +120,7 @@ class PanelViewModel : public QObject {
 
   private:
     void updateDueTodayCount();
+    void updateRestingWidth();
     void request(void (PanelViewModel::*signal)());
     [[nodiscard]] NotchContainerShape shape() const;
 
@@ -124,6 +129,7 @@ class PanelViewModel : public QObject {
     ReminderStore& reminders_;
     Preferences& preferences_;
     const Feedback& feedback_;
+    RestingViewModel resting_;
     std::vector<Subscription> subscriptions_;
     int dueTodayCount_ = 0;
     QString nextEventText_;

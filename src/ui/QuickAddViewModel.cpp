@@ -12,22 +12,34 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace kestrant {
 namespace {
 
 const QString noPriority = QStringLiteral("none");
 
-TextPair priorityTitle(NewReminderPriority priority) {
-    switch (priority) {
-    case NewReminderPriority::high:
-        return text("High priority", "Priorité haute");
-    case NewReminderPriority::normal:
-        return text("Medium priority", "Priorité moyenne");
-    case NewReminderPriority::low:
-        return text("Low priority", "Priorité basse");
+namespace fact {
+const QString list = QStringLiteral("list");
+const QString due = QStringLiteral("due");
+const QString priority = QStringLiteral("priority");
+const QString flag = QStringLiteral("flag");
+const QString alert = QStringLiteral("alert");
+const QString repeat = QStringLiteral("repeat");
+const QStringList all{list, due, priority, flag, alert, repeat};
+}  // namespace fact
+
+const QString& factOf(QuickAddPiece::Kind kind) {
+    switch (kind) {
+    case QuickAddPiece::Kind::day:
+    case QuickAddPiece::Kind::time:
+        return fact::due;
+    case QuickAddPiece::Kind::priority:
+        return fact::priority;
+    case QuickAddPiece::Kind::list:
+        break;
     }
-    return {};
+    return fact::list;
 }
 
 }  // namespace
@@ -41,6 +53,8 @@ QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
     , localizer_(localizer)
     , alert_(localizer)
     , dueDay_(clock, calendar, localizer) {
+    connect(this, &QuickAddViewModel::changed, this, &QuickAddViewModel::updateFacts);
+    updateFacts();
     connect(&alert_, &AlertPicker::edited, this, &QuickAddViewModel::edited);
     connect(&dueDay_, &DayPicker::dayChanged, this, [this] {
         if (!dueDay_.day().isValid())
@@ -150,6 +164,8 @@ void QuickAddViewModel::setTitle(const QString& title) {
     if (title == title_)
         return;
     title_ = title;
+    // Words typed anew may be meant otherwise.
+    refused_.removeIf([this](const QString& words) { return !title_.contains(words); });
     understand();
     edited();
 }
@@ -176,39 +192,88 @@ void QuickAddViewModel::understand() {
         listID_ = line_.listID;
 }
 
-void QuickAddViewModel::refuse(int piece) {
-    if (piece < 0 || piece >= int(line_.pieces.size()))
-        return;
-    const TextRange range = line_.pieces[std::size_t(piece)].range;
-    refused_.append(title_.mid(range.start, range.length));
+void QuickAddViewModel::takeBack(const QString& fact) {
+    for (const QuickAddPiece& piece : line_.pieces)
+        if (factOf(piece.kind) == fact)
+            refused_.append(title_.mid(piece.range.start, piece.range.length));
     understand();
+    if (fact == fact::list)
+        listID_.reset();
+    else if (fact == fact::due)
+        dueDay_.setDay({});
+    else if (fact == fact::priority)
+        priority_.reset();
+    else if (fact == fact::flag)
+        isFlagged_ = false;
+    else if (fact == fact::alert)
+        alert_.setId({});
+    else if (fact == fact::repeat)
+        repeat_ = ReminderRepeat::none;
     edited();
 }
 
-QVariantList QuickAddViewModel::pieces() const {
-    const auto name = [](QuickAddPiece::Kind kind) {
-        switch (kind) {
-        case QuickAddPiece::Kind::day:
-            return QStringLiteral("day");
-        case QuickAddPiece::Kind::time:
-            return QStringLiteral("time");
-        case QuickAddPiece::Kind::priority:
-            return QStringLiteral("priority");
-        case QuickAddPiece::Kind::list:
-            return QStringLiteral("list");
-        }
-        return QString();
-    };
-    QVariantList result;
-    for (const QuickAddPiece& piece : line_.pieces) {
-        const QString words = title_.mid(piece.range.start, piece.range.length);
-        const bool isMark = piece.kind == QuickAddPiece::Kind::priority && line_.priority;
-        result.append(QVariantMap{
-            {QStringLiteral("kind"), name(piece.kind)},
-            {QStringLiteral("words"), words},
-            {QStringLiteral("spoken"), isMark ? localizer_(priorityTitle(*line_.priority)) : words}});
+bool QuickAddViewModel::canTakeBack(const QString& fact) const {
+    return fact == fact::list ? listID_.has_value() : holds(fact);
+}
+
+bool QuickAddViewModel::holds(const QString& fact) const {
+    return fact == fact::list       ? true
+           : fact == fact::due      ? dueDay_.day().isValid()
+           : fact == fact::priority ? priority_.has_value()
+           : fact == fact::flag     ? isFlagged_
+           : fact == fact::alert    ? !alert_.id().isEmpty()
+                                    : repeat() != ReminderRepeat::none;
+}
+
+void QuickAddViewModel::updateFacts() {
+    const QStringList byWords = understood();
+    QStringList order = byWords.contains(fact::list) ? byWords : QStringList{fact::list} + byWords;
+    for (const QString& fact : fact::all)
+        if (!order.contains(fact))
+            order.append(fact);
+    QStringList said;
+    QStringList addable;
+    for (const QString& fact : std::as_const(order)) {
+        if (holds(fact))
+            said.append(fact);
+        else if (dueDay_.day().isValid() || (fact != fact::alert && fact != fact::repeat))
+            addable.append(fact);
     }
+    if (said == said_ && addable == addable_)
+        return;
+    said_ = said;
+    addable_ = addable;
+    Q_EMIT factsChanged();
+}
+
+QVariantList QuickAddViewModel::pieces() const {
+    const auto isBlank = [this](qsizetype from, qsizetype to) {
+        return QStringView(title_).mid(from, to - from).trimmed().isEmpty();
+    };
+    std::vector<std::pair<QString, TextRange>> words;
+    for (const QuickAddPiece& piece : line_.pieces) {
+        const QString& fact = factOf(piece.kind);
+        // What says the same together is seen together.
+        if (!words.empty() && words.back().first == fact &&
+            isBlank(words.back().second.end(), piece.range.start))
+            words.back().second.length = piece.range.end() - words.back().second.start;
+        else
+            words.emplace_back(fact, piece.range);
+    }
+    QVariantList result;
+    for (const auto& [fact, range] : words)
+        result.append(QVariantMap{{QStringLiteral("kind"), fact},
+                                  {QStringLiteral("start"), range.start},
+                                  {QStringLiteral("length"), range.length}});
     return result;
+}
+
+QStringList QuickAddViewModel::understood() const {
+    QStringList facts;
+    for (const QuickAddPiece& piece : line_.pieces)
+        if (const QString fact = factOf(piece.kind); !facts.contains(fact))
+            facts.append(fact);
+    return facts;
 }
 
 void QuickAddViewModel::setFlagged(bool flagged) {
@@ -247,12 +312,20 @@ void QuickAddViewModel::setPriority(const QString& raw) {
     edited();
 }
 
+QString QuickAddViewModel::priorityTitle() const {
+    const QVariantList known = priorities();
+    const auto shown = std::find_if(known.begin(), known.end(), [this](const QVariant& entry) {
+        return entry.toMap()[QStringLiteral("id")] == priority();
+    });
+    return shown->toMap()[QStringLiteral("title")].toString();
+}
+
 QVariantList QuickAddViewModel::priorities() const {
     const auto entry = [this](NewReminderPriority priority, const TextPair& title) {
-        return QVariantMap{{QStringLiteral("rawValue"), rawValue(priority)},
+        return QVariantMap{{QStringLiteral("id"), rawValue(priority)},
                            {QStringLiteral("title"), localizer_(title)}};
     };
-    return {QVariantMap{{QStringLiteral("rawValue"), noPriority},
+    return {QVariantMap{{QStringLiteral("id"), noPriority},
                         {QStringLiteral("title"), localizer_(text("None", "Aucune"))}},
             entry(NewReminderPriority::low, text("Low", "Basse")),
             entry(NewReminderPriority::normal, text("Medium", "Moyenne")),
@@ -294,6 +367,16 @@ QString QuickAddViewModel::listTitle() const {
 
 QColor QuickAddViewModel::listColor() const {
     return kestrant::listColor(list());
+}
+
+QString QuickAddViewModel::listReason() const {
+    const ReminderList* shown = list();
+    if (!shown || listID_)
+        return {};
+    return localizer_(
+        store_.selectedListID() == shown->id  ? text("the list you are looking at", "la liste affichée")
+        : store_.defaultListID() == shown->id ? text("your usual list", "votre liste habituelle")
+                                              : text("your first list", "votre première liste"));
 }
 
 QVariantList QuickAddViewModel::lists() const {

@@ -30,16 +30,26 @@ class QuickAddViewModel : public QObject {
     /// The line as typed. A day, a time, a priority and a list in it are understood and are no part of the
     /// reminder's title; what is chosen by hand afterwards wins.
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
-    /// {kind, words, spoken} each: what was understood, also for assistive technology; kind is "day", "time",
-    /// "priority" or "list".
+    /// The words that were understood, {kind, start, length} each, counted in UTF-16 units. The kind is one
+    /// of the facts that a reminder has: "list", "due", "priority", "flag", "alert" and "repeat".
     Q_PROPERTY(QVariantList pieces READ pieces NOTIFY changed)
+    /// The kinds among the pieces.
+    Q_PROPERTY(QStringList understood READ understood NOTIFY changed)
+    /// The facts that hold: the list, then what was understood in the order of the line, then what was
+    /// chosen.
+    Q_PROPERTY(QStringList said READ said NOTIFY factsChanged)
+    /// The facts that could be added.
+    Q_PROPERTY(QStringList addable READ addable NOTIFY factsChanged)
     /// "none", "high", "normal" or "low".
     Q_PROPERTY(QString priority READ priority WRITE setPriority NOTIFY changed)
-    /// {rawValue, title} each, from none to high.
+    Q_PROPERTY(QString priorityTitle READ priorityTitle NOTIFY changed)
+    /// {id, title} each, from none to high.
     Q_PROPERTY(QVariantList priorities READ priorities NOTIFY textsChanged)
     Q_PROPERTY(QString listId READ listId WRITE setListId NOTIFY changed)
     Q_PROPERTY(QString listTitle READ listTitle NOTIFY changed)
     Q_PROPERTY(QColor listColor READ listColor NOTIFY changed)
+    /// Why it is this list, in words.
+    Q_PROPERTY(QString listReason READ listReason NOTIFY changed)
     /// Lists that take new reminders, {id, title, color} each.
     Q_PROPERTY(QVariantList lists READ lists NOTIFY listsChanged)
     Q_PROPERTY(kestrant::DayPicker* dueDay READ dueDay CONSTANT)
@@ -67,8 +77,10 @@ class QuickAddViewModel : public QObject {
     Q_INVOKABLE void discard();
     /// Saves; ends with `added`, or with errorText set and everything left as it was written.
     Q_INVOKABLE void submit();
-    /// The words of this piece mean nothing but themselves.
-    Q_INVOKABLE void refuse(int piece);
+    /// Undoes a fact: words that say it mean nothing but themselves from now on.
+    Q_INVOKABLE void takeBack(const QString& fact);
+    /// Whether there is anything to undo: some list takes the reminder in any case.
+    Q_INVOKABLE [[nodiscard]] bool canTakeBack(const QString& fact) const;
     /// {id, title} each.
     Q_INVOKABLE [[nodiscard]] QVariantList repeats() const;
 
@@ -77,6 +89,9 @@ class QuickAddViewModel : public QObject {
     [[nodiscard]] const QString& title() const { return title_; }
     void setTitle(const QString& title);
     [[nodiscard]] QVariantList pieces() const;
+    [[nodiscard]] QStringList understood() const;
+    [[nodiscard]] const QStringList& said() const { return said_; }
+    [[nodiscard]] const QStringList& addable() const { return addable_; }
     [[nodiscard]] bool isFlagged() const { return isFlagged_; }
     void setFlagged(bool flagged);
     [[nodiscard]] AlertPicker* alert() { return &alert_; }
@@ -85,11 +100,13 @@ class QuickAddViewModel : public QObject {
     [[nodiscard]] QString repeatTitle() const;
     [[nodiscard]] QString priority() const;
     void setPriority(const QString& rawValue);
+    [[nodiscard]] QString priorityTitle() const;
     [[nodiscard]] QVariantList priorities() const;
     [[nodiscard]] QString listId() const;
     void setListId(const QString& id);
     [[nodiscard]] QString listTitle() const;
     [[nodiscard]] QColor listColor() const;
+    [[nodiscard]] QString listReason() const;
     [[nodiscard]] QVariantList lists() const;
     [[nodiscard]] DayPicker* dueDay() { return &dueDay_; }
     [[nodiscard]] const QString& timeText() const { return timeText_; }
@@ -100,12 +117,16 @@ class QuickAddViewModel : public QObject {
 
   Q_SIGNALS:
     void changed();
+    void factsChanged();
     void textsChanged();
     void listsChanged();
     void added();
 
   private:
     void edited();
+    /// Sorts the facts anew; tells only when one has come or gone, since views have a control for each.
+    void updateFacts();
+    [[nodiscard]] bool holds(const QString& fact) const;
     /// Reads the line, and takes over what it says now and did not say before.
     void understand();
     [[nodiscard]] bool hasTime() const { return !timeText_.trimmed().isEmpty(); }
@@ -130,6 +151,8 @@ class QuickAddViewModel : public QObject {
     /// A priority that nobody has chosen is none.
     std::optional<NewReminderPriority> priority_;
     std::optional<QString> listID_;
+    QStringList said_;
+    QStringList addable_;
     DayPicker dueDay_;
     QString timeText_;
     std::optional<TextPair> error_;

@@ -207,6 +207,10 @@ QColor RemindersViewModel::selectedListColor() const {
     return list ? listColor(list) : allListsColor();
 }
 
+QColor RemindersViewModel::allListsColor() const {
+    return kestrant::allListsColor();
+}
+
 bool RemindersViewModel::showsTodayOnly() const {
     return store_.filters().todayOnly;
 }

@@ -43,6 +43,8 @@ class RemindersViewModel : public QObject {
     Q_PROPERTY(QString selectedListId READ selectedListId WRITE setSelectedListId NOTIFY listsChanged)
     Q_PROPERTY(QString selectedListTitle READ selectedListTitle NOTIFY listsChanged)
     Q_PROPERTY(QColor selectedListColor READ selectedListColor NOTIFY listsChanged)
+    /// Of the entry that stands for all lists; none of theirs.
+    Q_PROPERTY(QColor allListsColor READ allListsColor CONSTANT)
 
     Q_PROPERTY(bool showsTodayOnly READ showsTodayOnly WRITE setShowsTodayOnly NOTIFY filtersChanged)
     Q_PROPERTY(bool showsOverdueOnly READ showsOverdueOnly WRITE setShowsOverdueOnly NOTIFY filtersChanged)
@@ -74,6 +76,7 @@ class RemindersViewModel : public QObject {
     void setSelectedListId(const QString& id);
     [[nodiscard]] QString selectedListTitle() const;
     [[nodiscard]] QColor selectedListColor() const;
+    [[nodiscard]] QColor allListsColor() const;
     [[nodiscard]] bool showsTodayOnly() const;
     void setShowsTodayOnly(bool on);
     [[nodiscard]] bool showsOverdueOnly() const;

@@ -49,7 +49,7 @@
 namespace kestrant {
 
 /// Points that a picture covers, the panel at its upper edge.
-inline constexpr QSize pictureSize(1060, 620);
+inline constexpr QSize pictureSize(1060, 720);
 
 /// Time that moves only when it is told to.
 class PictureTime : public Clock, public Scheduler {

@@ -108,6 +108,14 @@ void fillDisk(Stage& stage, InMemoryEventStore::Operation operation) {
                                                         "Le disque est plein ; rien n’a été écrit.")});
 }
 
+/// At rest, with as much to say as there is.
+void rest(Stage& stage) {
+    stage.addReminders();
+    stage.load();
+    stage.preferences.setRestingContent(RestingContent::everything);
+    stage.show();
+}
+
 std::vector<PictureState> states() {
     const auto named = [](const char* name) { return QString::fromUtf8(name); };
     const TextPair visit = text("Dinner at Tomas’s", "Dîner chez Tomas");
@@ -128,6 +136,18 @@ std::vector<PictureState> states() {
              stage.preferences.setRequiresClickOrSwipeToExpand(true);
              stage.interaction.pointerEntered();
              stage.show();
+         }},
+        {named("resting-event"),
+         [](Stage& stage) {
+             rest(stage);
+             stage.panel.resting()->setEvent(RestingEvent{
+                 stage.localizer(text("Design review", "Point d’équipe")), QColor(0x3d9bff), 12});
+         }},
+        {named("resting-overdue"), rest},
+        {named("resting-ringing"),
+         [](Stage& stage) {
+             rest(stage);
+             stage.panel.resting()->ring(stage.card(2));
          }},
         {named("expanded"), expanded([](Stage& stage) {
              stage.moveMouseTo({600, 80});

@@ -1,5 +1,6 @@
 #include "ui/SettingsViewModel.h"
 
+#include "preferences/Layout.h"
 #include "preferences/PreferenceKeys.h"
 #include "preferences/Preferences.h"
 #include "services/LaunchAtLoginManager.h"
@@ -71,6 +72,31 @@ QString SettingsViewModel::material() const {
 
 void SettingsViewModel::setMaterial(const QString& material) {
     preferences_.setNotchMaterial(material);
+}
+
+QString SettingsViewModel::restingContent() const {
+    return rawValue(preferences_.restingContent());
+}
+
+void SettingsViewModel::setRestingContent(const QString& raw) {
+    if (const auto content = restingContentFromRawValue(raw))
+        preferences_.setRestingContent(*content);
+}
+
+QVariantList SettingsViewModel::restingContents() const {
+    QVariantList contents;
+    for (const RestingContent content : allRestingContents)
+        contents.append(QVariantMap{{QStringLiteral("rawValue"), rawValue(content)},
+                                    {QStringLiteral("title"), localizer_(title(content))}});
+    return contents;
+}
+
+bool SettingsViewModel::pulsesWhenRinging() const {
+    return preferences_.pulsesWhenRinging();
+}
+
+void SettingsViewModel::setPulsesWhenRinging(bool pulses) {
+    preferences_.setPulsesWhenRinging(pulses);
 }
 
 int SettingsViewModel::sounds() const {

@@ -61,6 +61,11 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(bool canInvertSwipes READ canInvertSwipes NOTIFY changed)
     Q_PROPERTY(bool invertsSwipes READ invertsSwipes WRITE setInvertsSwipes NOTIFY changed)
     Q_PROPERTY(QString material READ material WRITE setMaterial NOTIFY changed)
+    /// Raw value of what the notch says at rest.
+    Q_PROPERTY(QString restingContent READ restingContent WRITE setRestingContent NOTIFY changed)
+    /// {rawValue, title} each.
+    Q_PROPERTY(QVariantList restingContents READ restingContents NOTIFY changed)
+    Q_PROPERTY(bool pulsesWhenRinging READ pulsesWhenRinging WRITE setPulsesWhenRinging NOTIFY changed)
     /// 0 off, 1 full, 2 soft.
     Q_PROPERTY(int sounds READ sounds WRITE setSounds NOTIFY changed)
     /// 0 off, 1 light, 2 full.
@@ -112,6 +117,11 @@ class SettingsViewModel : public QObject {
     void setInvertsSwipes(bool inverts);
     [[nodiscard]] QString material() const;
     void setMaterial(const QString& material);
+    [[nodiscard]] QString restingContent() const;
+    void setRestingContent(const QString& rawValue);
+    [[nodiscard]] QVariantList restingContents() const;
+    [[nodiscard]] bool pulsesWhenRinging() const;
+    void setPulsesWhenRinging(bool pulses);
     [[nodiscard]] int sounds() const;
     void setSounds(int profile);
     [[nodiscard]] int haptics() const;

@@ -201,11 +201,12 @@ TEST(SealedEngine, RefusesAddressesAndFilesWithoutARequest) {
         EXPECT_TRUE(everythingFails(open, server.url()));
         EXPECT_FALSE(server.requests().empty()) << "an engine that is not sealed does ask";
     }
-    const std::size_t before = server.requests().size();
+    // Another one, since the first may still be asked by what has gone.
+    HttpTestServer watched([](const auto&) { return Answer::status(404); });
     SealedEngine sealed;
-    for (const QString& address : {server.url(), QStringLiteral("file://") + folder.path(), folder.path()})
+    for (const QString& address : {watched.url(), QStringLiteral("file://") + folder.path(), folder.path()})
         EXPECT_TRUE(everythingFails(sealed, address)) << address.toStdString();
-    EXPECT_EQ(server.requests().size(), before);
+    EXPECT_TRUE(watched.requests().empty());
 }
 
 TEST(Views, ShowTextByTheOneComponentThatKnowsNoMarkup) {

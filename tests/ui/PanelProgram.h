@@ -56,10 +56,10 @@ struct PanelProgram : Program {
         QQuickItem* surface = view.overlays().surface(view.overlays().topmost());
         return surface ? *surface : *view.contentItem();
     }
-    void press(int key, const QString& text = {}) {
-        QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
+    void press(int key, const QString& text = {}, Qt::KeyboardModifiers modifiers = {}) {
+        QKeyEvent down(QEvent::KeyPress, key, modifiers, text);
         QCoreApplication::sendEvent(&view, &down);
-        QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
+        QKeyEvent up(QEvent::KeyRelease, key, modifiers, text);
         QCoreApplication::sendEvent(&view, &up);
         QCoreApplication::processEvents();
     }

@@ -112,27 +112,66 @@ TEST(QuickAddViewModel, UnderstandsTheLineAndLetsItsPiecesBeRefused) {
     EXPECT_EQ(form.dueText(), QStringLiteral("Tomorrow 09:00"));
     EXPECT_EQ(form.priority(), QStringLiteral("high"));
     EXPECT_EQ(form.listTitle(), QStringLiteral("Work"));
-    ASSERT_EQ(form.pieces().size(), 4);
-    EXPECT_EQ(form.pieces()[3].toMap()[QStringLiteral("spoken")], QStringLiteral("High priority"));
+    EXPECT_EQ(form.priorityTitle(), QStringLiteral("High"));
+    EXPECT_EQ(form.said().join(u' '), QStringLiteral("due list priority"));
+    ASSERT_EQ(form.pieces().size(), 3);
+    const QVariantMap due = form.pieces()[0].toMap();
+    EXPECT_EQ(form.title().mid(due[QStringLiteral("start")].toInt(), due[QStringLiteral("length")].toInt()),
+              QStringLiteral("tomorrow 9am"));
 
-    form.refuse(0);
-    EXPECT_EQ(form.pieces().size(), 3);
+    form.takeBack(QStringLiteral("due"));
+    EXPECT_EQ(form.said().join(u' '), QStringLiteral("list priority"));
+    EXPECT_EQ(form.dueText(), QString());
     form.setTitle(form.title() + QStringLiteral(" please"));
-    EXPECT_EQ(form.pieces().size(), 3) << "what was refused stays refused";
+    EXPECT_EQ(form.pieces().size(), 2) << "what was refused stays refused";
 
     form.dueDay()->setIsoDay(QStringLiteral("2026-11-30"));
-    form.alert()->setId(QStringLiteral("time -900"));
+    form.alert()->setId(QStringLiteral("day 0"));
     form.setRepeatId(QStringLiteral("weekly"));
     form.setFlagged(true);
     form.submit();
     program.settle();
     ASSERT_EQ(program.database.reminders().size(), 1u);
     const EKReminderData saved = program.database.reminders().front();
-    EXPECT_EQ(saved.title, QStringLiteral("Call Ilse tomorrow please"));
+    EXPECT_EQ(saved.title, QStringLiteral("Call Ilse tomorrow 9am please"));
     EXPECT_EQ(saved.dueDateComponents->date(), QDate(2026, 11, 30)) << "the hand wins over the line";
     EXPECT_EQ(saved.alarms.size(), 1u);
     EXPECT_EQ(saved.recurrenceRules, recurrenceRules(ReminderRepeat::weekly));
     EXPECT_TRUE(program.store.task(saved.calendarItemIdentifier)->isFlagged);
+}
+
+TEST(QuickAddViewModel, TakesBackEveryFactWhetherWrittenOrChosen) {
+    Program program;
+    program.load();
+    QuickAddViewModel& form = program.quickAdd;
+    EXPECT_EQ(form.listReason(), QStringLiteral("your first list"));
+    for (const char* line : {"Call", "Call today !! #work"}) {
+        form.begin();
+        form.setTitle(QString::fromUtf8(line));
+        form.setListId(program.work);
+        form.setPriority(QStringLiteral("low"));
+        form.setFlagged(true);
+        form.dueDay()->setIsoDay(QStringLiteral("2026-11-30"));
+        form.alert()->setId(QStringLiteral("day 0"));
+        form.setRepeatId(QStringLiteral("weekly"));
+        EXPECT_TRUE(form.addable().size() <= 1) << line;
+        for (const QString& fact : QStringList(form.said()))
+            form.takeBack(fact);
+        EXPECT_EQ(form.said(), QStringList{QStringLiteral("list")}) << line;
+        EXPECT_EQ(form.listId(), program.home) << line;
+        EXPECT_EQ(form.addable().join(u' '), QStringLiteral("due priority flag")) << line;
+        form.discard();
+    }
+}
+
+TEST(QuickAddViewModel, UnderstandsRefusedWordsThatAreTypedAnew) {
+    Program program;
+    program.load();
+    program.quickAdd.setTitle(QStringLiteral("Call tomorrow"));
+    program.quickAdd.takeBack(QStringLiteral("due"));
+    program.quickAdd.setTitle(QStringLiteral("Call tomorro"));
+    program.quickAdd.setTitle(QStringLiteral("Call tomorrow"));
+    EXPECT_EQ(program.quickAdd.dueText(), QStringLiteral("Tomorrow"));
 }
 
 TEST(QuickAddViewModel, TakesALineOfNothingButADateForATitle) {

@@ -44,15 +44,12 @@ NotchOutline::NotchOutline(QQuickItem* parent) : QQuickPaintedItem(parent) {
 void NotchOutline::paint(QPainter* painter) {
     const QPainterPath path = outlinePath({{shapeWidth_, shapeHeight_}, earRadius_, bottomRadius_}, width());
     painter->setRenderHint(QPainter::Antialiasing);
-    if (shadeHeight_ > 0) {
-        QLinearGradient shade(0, 0, 0, shadeHeight_);
-        shade.setColorAt(0, Qt::black);
-        shade.setColorAt(34 / shadeHeight_, Qt::black);
-        shade.setColorAt(60 / shadeHeight_, QColor(0x0c, 0x0d, 0x11));
-        shade.setColorAt(1, QColor(0x10, 0x11, 0x16));
-        painter->fillPath(path, shade);
-    } else {
+    if (ground_ == Black) {
         painter->fillPath(path, Qt::black);
+    } else {
+        QLinearGradient shade(0, 0, 0, fullHeight_);
+        shade.setStops(groundStops(PanelGround(ground_), fullHeight_));
+        painter->fillPath(path, shade);
     }
     // Twice the width, of which the clip leaves the inner half.
     if (borderColor_.alpha() > 0) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/items/Glass.h"
+
 #include <QColor>
 #include <QPainterPath>
 #include <QQuickPaintedItem>
@@ -11,7 +13,7 @@ struct NotchContainerShape;
 /// The outline of a shape that hangs from the middle of the top edge of an area so many points wide.
 [[nodiscard]] QPainterPath outlinePath(const NotchContainerShape& shape, double areaWidth);
 
-/// The panel's black body, joined to the top edge of the item and centred in it. What the item covers is kept
+/// The panel's body, joined to the top edge of the item and centred in it. What the item covers is kept
 /// in memory as pixels: let it be no higher than the shape.
 class NotchOutline : public QQuickPaintedItem {
     Q_OBJECT
@@ -20,9 +22,9 @@ class NotchOutline : public QQuickPaintedItem {
     Q_PROPERTY(double shapeHeight MEMBER shapeHeight_ NOTIFY shapeChanged)
     Q_PROPERTY(double earRadius MEMBER earRadius_ NOTIFY shapeChanged)
     Q_PROPERTY(double bottomRadius MEMBER bottomRadius_ NOTIFY shapeChanged)
-    /// Black at the top edge, a shade lighter from the toolbar's lower edge on, and so to this height; black
-    /// all over where it is 0.
-    Q_PROPERTY(double shadeHeight MEMBER shadeHeight_ NOTIFY shapeChanged)
+    /// What the body is made of, where it is this high; see groundStops().
+    Q_PROPERTY(Ground ground MEMBER ground_ NOTIFY shapeChanged)
+    Q_PROPERTY(double fullHeight MEMBER fullHeight_ NOTIFY shapeChanged)
     /// A line of one point inside the outline; transparent for none.
     Q_PROPERTY(QColor borderColor MEMBER borderColor_ NOTIFY shapeChanged)
     /// Light on the lower edge, one point inside the outline: this strong at the bottom, 0 to 1, and fading
@@ -30,6 +32,15 @@ class NotchOutline : public QQuickPaintedItem {
     Q_PROPERTY(double rim MEMBER rim_ NOTIFY rimChanged)
 
   public:
+    // As in PanelGround.
+    enum Ground {
+        Black = int(PanelGround::black),
+        Shaded = int(PanelGround::shaded),
+        Blended = int(PanelGround::blended),
+        Blurred = int(PanelGround::blurred),
+    };
+    Q_ENUM(Ground)
+
     explicit NotchOutline(QQuickItem* parent = nullptr);
     void paint(QPainter* painter) override;
 
@@ -42,7 +53,8 @@ class NotchOutline : public QQuickPaintedItem {
     double shapeHeight_ = 0.0;
     double earRadius_ = 0.0;
     double bottomRadius_ = 0.0;
-    double shadeHeight_ = 0.0;
+    Ground ground_ = Black;
+    double fullHeight_ = 0.0;
     QColor borderColor_ = Qt::transparent;
     double rim_ = 0.0;
 };

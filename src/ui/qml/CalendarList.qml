@@ -28,6 +28,18 @@ FocusScope {
     function dayAt(y) {
         return rows.dayAt(y < Theme.headingHeight ? topHeading : list.indexAt(1, list.contentY + y))
     }
+    /// What is seen of a day while the list stands at a height.
+    function spanOf(day, contentY) {
+        const heading = day === "" ? -1 : rows.headingFrom(day)
+        if (heading < 0)
+            return { top: 0, bottom: 0 }
+        const first = list.itemAtIndex(heading)
+        const next = list.itemAtIndex(rows.headingAfter(heading))
+        return {
+            top: first ? Math.max(0, first.y - contentY) : 0,
+            bottom: next ? Math.min(height, next.y - contentY) : Math.min(height, lowestY + height - contentY)
+        }
+    }
     function scrollBy(distance) {
         list.contentY = Math.max(highestY, Math.min(list.contentY + distance, lowestY))
     }
@@ -239,6 +251,19 @@ FocusScope {
         list.forceActiveFocus(Qt.BacktabFocusReason)
     }
 
+    // The day that a card would be let go on, as one surface below its heading and its rows.
+    Rectangle {
+        readonly property var span: root.spanOf(root.dropDay, list.contentY)
+        visible: root.dropDay !== ""
+        y: span.top
+        width: parent.width
+        height: span.bottom - span.top
+        radius: 12
+        color: Theme.targetFill
+        border.color: Theme.accent
+        border.width: 1.5
+    }
+
     ListView {
         id: list
         anchors.fill: parent
@@ -262,12 +287,12 @@ FocusScope {
             required property int index
             width: ListView.view.width
             // Rows fade where they pass below the heading and where they leave at the lower edge; the first and the last, in
-            // their places, never do. The uppermost heading is the one drawn over the list.
-            opacity: row.isHeading && y < list.contentY + 1 ? 0
-                   : Math.min(1, 1 - (Theme.headingHeight - (y - list.contentY)) / 14, (list.contentY + list.height - y) / Theme.rowHeight)
+            // their places, never do. The uppermost heading is the one drawn over the list, which the next one replaces.
+            readonly property real fromTop: y - list.contentY
+            opacity: Math.min(row.isHeading ? (fromTop < 1 ? 0 : 1) : 1 - (Theme.headingHeight - fromTop) / 14,
+                              1, (list.height - fromTop) / Theme.rowHeight)
             // Not while a button above or below the rows has the focus.
             isCurrent: ListView.isCurrentItem && (activeFocus || list.Window.activeFocusItem === list)
-            isTarget: root.dropDay !== "" && root.dropDay === row.day
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
             onOpened: {
                 root.makeCurrent(index, Qt.MouseFocusReason)
@@ -373,24 +398,14 @@ FocusScope {
     }
 
     // The heading of the uppermost day, over the rows that have faded below it.
-    Item {
+    DayHeading {
         visible: root.topRow !== null
+        y: root.headingShift
+        // Gone before it would reach the toolbar.
+        opacity: Math.max(0, 1 + root.headingShift / 12)
         width: parent.width
-        height: Theme.headingHeight
-        clip: true
-        Rectangle {
-            anchors.fill: topHeadingText
-            visible: root.dropDay !== "" && root.topRow !== null && root.dropDay === root.topRow.day
-            radius: 8
-            color: Theme.targetFill
-        }
-        DayHeading {
-            id: topHeadingText
-            y: root.headingShift
-            width: parent.width
-            text: root.topRow?.title ?? ""
-            month: root.topRow?.monthText ?? ""
-            isToday: root.topRow?.isToday ?? false
-        }
+        text: root.topRow?.title ?? ""
+        month: root.topRow?.monthText ?? ""
+        isToday: root.topRow?.isToday ?? false
     }
 }

@@ -75,7 +75,10 @@ FocusScope {
         id: list
         anchors.fill: parent
         visible: root.showsRows
-        opacity: targets.visible ? 0 : 1
+        opacity: targets.visible ? 0 : turn
+        /// How far what is shown has come in the place of what was.
+        property real turn: 1
+        transform: Translate { y: (1 - list.turn) * (root.calendar.showsAllEvents ? 10 : -10) }
         enabled: !targets.visible
         focus: true
         calendar: root.calendar
@@ -85,6 +88,22 @@ FocusScope {
         dropDay: targets.visible ? "" : root.dropDay
         onLeftUpwards: root.leftUpwards()
         onEscaped: root.escaped()
+    }
+    NumberAnimation {
+        id: turning
+        target: list
+        property: "turn"
+        from: 0
+        to: 1
+        duration: Theme.leaveDuration
+        easing.type: Easing.OutCubic
+    }
+    Connections {
+        target: root.calendar
+        function onShowsAllEventsChanged() {
+            if (root.isShown && !Theme.still)
+                turning.restart()
+        }
     }
     Chip {
         visible: root.calendar.showsAllEvents && root.showsRows && !list.showsThisWeek && !root.isTarget

@@ -7,8 +7,6 @@ Item {
 
     required property var row
     required property bool isCurrent
-    /// A card that is being carried would be let go on this row's day.
-    property bool isTarget: false
     readonly property bool hovered: pointer.hovered
     readonly property string tip: row.isHeading || !title.truncated ? "" : row.title
     signal pressed
@@ -33,13 +31,6 @@ Item {
     Accessible.focusable: !row.isHeading
     Accessible.focused: isCurrent
     Accessible.onPressAction: if (!row.isHeading) opened()
-
-    Rectangle {
-        anchors.fill: parent
-        visible: root.isTarget
-        radius: 8
-        color: Theme.targetFill
-    }
 
     DayHeading {
         visible: root.row.isHeading

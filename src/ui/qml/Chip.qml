@@ -25,6 +25,9 @@ FocusScope {
     property color color: Theme.control
     property color textColor: Theme.chipText
     property string tip
+    property int pixelSize: 12
+    /// Offers something that is not there yet.
+    property bool outlined: false
     /// Something about this is not as it should be.
     property bool warns: false
     signal clicked
@@ -67,9 +70,10 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         radius: height / 2
-        color: chip.checked ? Theme.controlOn : chip.hovered ? Theme.controlHovered : chip.color
-        border.color: Theme.outline
-        border.width: Theme.contrast ? 1 : 0
+        color: chip.checked ? Theme.controlOn : chip.hovered ? Theme.controlHovered
+             : chip.outlined ? Theme.white(0) : chip.color
+        border.color: Theme.contrast ? Theme.outline : Theme.white(0.14)
+        border.width: Theme.contrast || chip.outlined ? 1 : 0
         Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
     }
 
@@ -114,7 +118,7 @@ FocusScope {
             text: chip.shownText
             elide: Text.ElideRight
             color: chip.checked ? Theme.text : chip.textColor
-            font.pixelSize: 12
+            font.pixelSize: chip.pixelSize
             font.weight: Font.Medium
         }
         PlainText {
@@ -124,7 +128,7 @@ FocusScope {
             verticalAlignment: Text.AlignVCenter
             text: chip.count
             color: chip.checked ? Theme.text : chip.countColor
-            font.pixelSize: 12
+            font.pixelSize: chip.pixelSize
             font.weight: Font.Medium
         }
         Icon {
@@ -155,7 +159,7 @@ FocusScope {
             height: 10
             strokeWidth: 1.3
             anchors.verticalCenter: parent.verticalCenter
-            color: crossPointer.hovered ? Theme.text : Theme.secondaryText
+            color: crossPointer.hovered ? Theme.text : chip.textColor
             HoverHandler { id: crossPointer; margin: 5 }
         }
     }

@@ -75,6 +75,16 @@ FocusScope {
     function showMessage(message) { toast.show(message) }
 
     Component.onCompleted: overlays.controls = toolbar
+    readonly property bool isOpen: panel.isExpanded
+    onIsOpenChanged: if (isOpen && !Theme.still) arrival.restart()
+    NumberAnimation {
+        id: arrival
+        target: grid
+        property: "sinceOpening"
+        from: 0
+        to: grid.arrivalTime
+        duration: grid.arrivalTime
+    }
     Keys.onEscapePressed: leave()
 
     EditActions {
@@ -113,6 +123,7 @@ FocusScope {
         reminders: content.reminders
         overlays: content.overlays
         actions: editActions
+        tooltip: tooltip
         drag: drag
         onLeftUpwards: toolbar.nextItemInFocusChain(true).forceActiveFocus(Qt.BacktabFocusReason)
         onEscaped: content.leave()

@@ -5,6 +5,8 @@ import Kestrant
 Column {
     id: footer
 
+    /// A shortcut that the hint explains.
+    property var keys: []
     property string hint
     property string errorText
     property string acceptText
@@ -26,12 +28,22 @@ Column {
     Item {
         width: parent.width
         height: 32
-        PlainText {
+        Row {
             anchors.verticalCenter: parent.verticalCenter
             anchors.verticalCenterOffset: 1
-            text: footer.hint
-            color: Theme.secondaryText
-            font.pixelSize: 11
+            spacing: 8
+            KeyCaps {
+                visible: footer.keys.length > 0
+                anchors.verticalCenter: parent.verticalCenter
+                capHeight: 20
+                keys: footer.keys
+            }
+            PlainText {
+                anchors.verticalCenter: parent.verticalCenter
+                text: footer.hint
+                color: Theme.secondaryText
+                font.pixelSize: 11
+            }
         }
         Row {
             anchors.right: parent.right

@@ -15,9 +15,34 @@ Item {
     visible: opacity > 0
     Behavior on opacity { enabled: !Theme.still; NumberAnimation { duration: Theme.hoverDuration } }
 
+    Rectangle {
+        id: circle
+        visible: hints.panel.dueTodayCount > 0 && !hints.panel.hasCamera
+        x: 13
+        width: 12
+        height: 12
+        radius: 6
+        anchors.verticalCenter: parent.verticalCenter
+        color: "transparent"
+        border.color: Theme.chipText
+        border.width: 1.5
+    }
     PlainText {
+        id: word
+        visible: circle.visible
+        anchors.left: number.right
+        anchors.leftMargin: 6
+        height: parent.height
+        verticalAlignment: Text.AlignVCenter
+        text: Localizer.text("today", "aujourd’hui")
+        color: Theme.secondaryText
+        font.pixelSize: Theme.panelText(12)
+        Accessible.ignored: true
+    }
+    PlainText {
+        id: number
         visible: hints.panel.dueTodayCount > 0
-        x: 14
+        x: circle.visible ? 32 : 14
         height: parent.height
         verticalAlignment: Text.AlignVCenter
         text: hints.panel.dueTodayCount
@@ -29,7 +54,7 @@ Item {
     }
     PlainText {
         anchors.right: parent.right
-        anchors.rightMargin: 11
+        anchors.rightMargin: hints.panel.hasCamera ? 11 : 14
         height: parent.height
         verticalAlignment: Text.AlignVCenter
         text: hints.panel.nextEventText

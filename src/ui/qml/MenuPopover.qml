@@ -19,6 +19,8 @@ Popover {
     spokenName: title
     property real widest: 0
 
+    /// Hangs below what it opened from, also where that is a popover.
+    readonly property bool dropsDown: true
     readonly property bool hasChecks: entries.some(entry => entry.checked !== undefined)
     readonly property real leading: hasChecks ? 30 : entries.some(entry => entry.iconName) ? 34 : 12
 

@@ -87,7 +87,10 @@ Item {
             shapeHeight: root.panel.shapeHeight
             earRadius: root.panel.earRadius
             bottomRadius: root.panel.bottomRadius
-            shadeHeight: root.panel.material === "glass" ? root.panel.expandedHeight : 0
+            fullHeight: root.panel.expandedHeight
+            ground: root.panel.material === "black" ? NotchOutline.Black
+                  : Theme.contrast || !Appearance.compositing ? NotchOutline.Shaded
+                  : Appearance.blurring ? NotchOutline.Blurred : NotchOutline.Blended
             borderColor: Theme.outline
             rim: 0.16 * root.openness
             component Move: NumberAnimation {
@@ -107,6 +110,18 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             active: root.started || root.panel.phase !== 0
             sourceComponent: HoverHints { panel: root.panel }
+        }
+        Loader {
+            anchors.horizontalCenter: parent.horizontalCenter
+            active: root.panel.resting.kind !== "silent"
+            sourceComponent: RestingSign { panel: root.panel }
+        }
+        // The minutes until an event pass also while nothing else happens.
+        Timer {
+            running: root.panel.resting.followsTime && !root.panel.isExpanded
+            interval: 20000
+            repeat: true
+            onTriggered: root.calendar.refreshPresent()
         }
 
         Item {

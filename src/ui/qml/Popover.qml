@@ -27,7 +27,11 @@ FocusScope {
         overlays.dismiss(overlayId)
     }
 
-    Keys.onEscapePressed: close()
+    /// One step back; what has more than one replaces it.
+    function leave() {
+        close()
+    }
+    Keys.onEscapePressed: leave()
 
     opacity: Theme.still ? 1 : 0
     transform: Translate { id: rise }

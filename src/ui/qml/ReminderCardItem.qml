@@ -8,6 +8,7 @@ Item {
     required property var card
     required property bool isCurrent
     readonly property bool hovered: pointer.hovered
+    readonly property string tip: title.truncated ? card.title : ""
     readonly property bool active: hovered || (isCurrent && Appearance.showsFocus)
     property real highlight: 0
     property string dueText: card.dueText
@@ -43,9 +44,15 @@ Item {
         anchors.fill: parent
         radius: Theme.cardRadius
         color: root.isAway ? Theme.white(0.02) : root.active || root.isChosen ? Theme.cardActive : Theme.card
-        border.color: root.isAway ? Theme.white(0.22) : Theme.outline
-        border.width: Theme.contrast || root.isAway ? 1 : 0
+        border.color: Theme.outline
+        border.width: Theme.contrast && !root.isAway ? 1 : 0
         Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
+    }
+    DashedFrame {
+        visible: root.isAway
+        anchors.fill: parent
+        radius: Theme.cardRadius
+        color: Theme.white(Theme.contrast ? 0.6 : 0.3)
     }
     Rectangle {
         anchors.fill: parent
@@ -135,8 +142,11 @@ Item {
         readonly property bool showsBell: root.card.alertText !== "" && width >= taken + 12
         readonly property bool showsRepeat: root.card.repeatText !== ""
                                             && width >= taken + (root.card.alertText !== "" ? 18 : 0) + repeatWords.implicitWidth
-        readonly property bool showsAlert: showsBell && width >= taken + 18 + alertWords.implicitWidth
-                                           + (root.card.repeatText !== "" ? repeatWords.implicitWidth + spacing : 0)
+        readonly property real alertRoom: width - taken - 16 - (root.card.repeatText !== "" ? repeatWords.implicitWidth + spacing : 0)
+        // Minutes have a sign of their own.
+        readonly property string alertSign: root.card.alertBrief.replace(/\s*min$/, "′")
+        readonly property bool showsAlert: showsBell && alertRoom >= alertWords.implicitWidth
+        TextMetrics { id: alertInFull; font: alertWords.font; text: root.card.alertBrief }
 
         PlainText {
             id: marks
@@ -206,7 +216,7 @@ Item {
                 id: alertWords
                 visible: facts.showsAlert
                 height: 14
-                text: root.card.alertBrief
+                text: facts.alertRoom >= Math.ceil(alertInFull.advanceWidth) ? root.card.alertBrief : facts.alertSign
                 color: root.quiet
                 font.pixelSize: Theme.panelText(11)
                 Accessible.ignored: true

@@ -20,6 +20,13 @@ FocusScope {
         return Math.min(grid.count, row * columns + column)
     }
     required property EditActions actions
+    required property Tooltip tooltip
+    /// Milliseconds since the panel began to open; the rows come one after the other.
+    property real sinceOpening: arrivalTime
+    readonly property int firstArrival: 140
+    readonly property int arrivalStep: 30
+    readonly property int arrivalDuration: 160
+    readonly property int arrivalTime: firstArrival + 2 * arrivalStep + arrivalDuration
     /// The day that the carried card would be let go on; empty for none.
     readonly property string dayBelow: drag.day === "another" ? "" : drag.day
     /// The card whose menu was opened last.
@@ -248,11 +255,17 @@ FocusScope {
             highlight: reveal.card === card.id ? reveal.strength : 0
             // What scrolls away fades instead of being cut.
             opacity: Math.min(1, (y + height - grid.contentY) / 48,
-                              (grid.contentY + grid.height - y) / 48)
+                              (grid.contentY + grid.height - y) / 48) * (1 - distance * distance * distance)
+            /// How much of its way it still has to come, 1 to 0.
+            readonly property real distance: root.sinceOpening >= root.arrivalTime ? 0
+                : 1 - Math.max(0, Math.min(1, (root.sinceOpening - root.firstArrival - root.arrivalStep
+                                               * Math.floor((y - grid.contentY) / grid.cellHeight)) / root.arrivalDuration))
+            transform: Translate { y: 6 * distance * distance * distance }
             isAway: root.drag.carried === card.id
             isChosen: root.showsMenu && root.menuCard === card.id
             // The empty place tells what the card will be where it is let go.
             dueText: isAway && root.dayBelow !== "" ? root.reminders.dueTextOn(card.id, root.dayBelow) : card.dueText
+            onHoveredChanged: root.tooltip.follow(this)
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
             onToggled: root.toggle(index)
             onMenuWanted: (x, y) => root.openMenu(index, x, y)

@@ -136,7 +136,7 @@ Popover {
         x: -8
         width: parent.width + 16
         anchors.top: head.bottom
-        height: Math.min(contentHeight, Math.max(200, popover.roomHeight / popover.zoom - head.height - foot.height - 110))
+        height: Math.min(contentHeight, Math.max(200, (popover.roomHeight - 60) / popover.zoom - 2 * popover.padding - head.height - foot.height))
         contentHeight: columns.height
 
         Item {
@@ -203,6 +203,27 @@ Popover {
                     }
                 }
                 Group {
+                    title: Localizer.text("At rest", "Au repos")
+                    Line {
+                        label: Localizer.text("Show", "Afficher")
+                        Choice {
+                            subject: Localizer.text("Show at rest", "Afficher au repos")
+                            choices: popover.settings.restingContents
+                            value: popover.settings.restingContent
+                            onChosen: rawValue => popover.settings.restingContent = rawValue
+                        }
+                    }
+                    Line {
+                        label: Localizer.text("Pulse when something rings", "Onduler quand un rappel sonne")
+                        last: true
+                        Toggle {
+                            spokenName: Localizer.text("Pulse when something rings", "Onduler quand un rappel sonne")
+                            checked: popover.settings.pulsesWhenRinging
+                            onToggled: checked => popover.settings.pulsesWhenRinging = checked
+                        }
+                    }
+                }
+                Group {
                     title: Localizer.text("Look", "Aspect")
                     Line {
                         label: Localizer.text("Material", "Matière")
@@ -242,43 +263,6 @@ Popover {
                             value: popover.settings.haptics
                             onChosen: rawValue => popover.settings.haptics = rawValue
                         }
-                    }
-                }
-                Group {
-                    title: Localizer.text("Program", "Programme")
-                    Line {
-                        visible: popover.settings.canLaunchAtLogin
-                        label: Localizer.text("Start at login", "Lancer à l’ouverture de session")
-                        last: !popover.settings.canCount
-                        Toggle {
-                            objectName: "settings.launchAtLogin"
-                            spokenName: Localizer.text("Start at login", "Lancer à l’ouverture de session")
-                            checked: popover.settings.launchesAtLogin
-                            onToggled: checked => popover.settings.launchesAtLogin = checked
-                        }
-                    }
-                    Explanation {
-                        visible: text !== ""
-                        bottomPadding: 8
-                        text: popover.settings.launchAtLoginProblem
-                        color: Theme.overdue
-                        Accessible.role: Accessible.AlertMessage
-                        Accessible.name: text
-                    }
-                    Line {
-                        visible: popover.settings.canCount
-                        label: Localizer.text("Count completed reminders", "Compter les rappels terminés")
-                        last: true
-                        Toggle {
-                            spokenName: Localizer.text("Count completed reminders", "Compter les rappels terminés")
-                            checked: popover.settings.counts
-                            onToggled: checked => popover.settings.counts = checked
-                        }
-                    }
-                    Explanation {
-                        visible: popover.settings.canCount
-                        bottomPadding: 10
-                        text: popover.settings.countsHelp
                     }
                 }
             }
@@ -356,6 +340,43 @@ Popover {
                         width: popover.columnWidth - 28
                         bottomPadding: 12
                         store: popover.settings.dataStore
+                    }
+                }
+                Group {
+                    title: Localizer.text("Program", "Programme")
+                    Line {
+                        visible: popover.settings.canLaunchAtLogin
+                        label: Localizer.text("Start at login", "Lancer à l’ouverture de session")
+                        last: !popover.settings.canCount
+                        Toggle {
+                            objectName: "settings.launchAtLogin"
+                            spokenName: Localizer.text("Start at login", "Lancer à l’ouverture de session")
+                            checked: popover.settings.launchesAtLogin
+                            onToggled: checked => popover.settings.launchesAtLogin = checked
+                        }
+                    }
+                    Explanation {
+                        visible: text !== ""
+                        bottomPadding: 8
+                        text: popover.settings.launchAtLoginProblem
+                        color: Theme.overdue
+                        Accessible.role: Accessible.AlertMessage
+                        Accessible.name: text
+                    }
+                    Line {
+                        visible: popover.settings.canCount
+                        label: Localizer.text("Count completed reminders", "Compter les rappels terminés")
+                        last: true
+                        Toggle {
+                            spokenName: Localizer.text("Count completed reminders", "Compter les rappels terminés")
+                            checked: popover.settings.counts
+                            onToggled: checked => popover.settings.counts = checked
+                        }
+                    }
+                    Explanation {
+                        visible: popover.settings.canCount
+                        bottomPadding: 10
+                        text: popover.settings.countsHelp
                     }
                 }
             }

@@ -40,6 +40,8 @@ QtObject {
     readonly property color popover: "#1a1b21"
     /// A group of rows on a popover.
     readonly property color group: "#202128"
+    /// A line to write on, sunk into a popover.
+    readonly property color well: "#121318"
     readonly property color panel: "#101116"
 
     readonly property int gap: 8
@@ -61,6 +63,10 @@ QtObject {
     /// A size of text on the panel, which has as much room as it has.
     function panelText(size) {
         return Math.round(size * Math.min(1.2, Appearance.textScale))
+    }
+    /// The colour of words that say this about a reminder.
+    function understood(kind) {
+        return ({ repeat: "#7fe0d6", list: "#6fe08c", priority: "#ffbe5c" })[kind] ?? "#7cd4fb"
     }
     function white(alpha) {
         return Qt.rgba(1, 1, 1, alpha)

@@ -75,7 +75,7 @@ FocusScope {
             search.open()
     }
     function openLists() {
-        const entries = [{ title: Localizer.text("All lists", "Toutes les listes"), color: Theme.accent,
+        const entries = [{ title: Localizer.text("All lists", "Toutes les listes"), color: reminders.allListsColor,
                            checked: reminders.selectedListId === "" }]
         for (const list of reminders.lists)
             entries.push({ title: list.title, color: list.color, checked: reminders.selectedListId === list.id })
@@ -101,7 +101,7 @@ FocusScope {
         value: toolbar.chipPlaces.saysAll ? allLists.text : listChip.text
         delayed: true
     }
-    TextMetrics { id: allLists; font.pixelSize: 12; font.weight: Font.Medium; text: Localizer.text("All", "Toutes") }
+    TextMetrics { id: allLists; font.pixelSize: Theme.panelText(12); font.weight: Font.Medium; text: Localizer.text("All", "Toutes") }
     TextMetrics { id: listName; font: allLists.font; text: toolbar.reminders.selectedListTitle }
 
     Item {
@@ -112,6 +112,7 @@ FocusScope {
 
         Chip {
             id: listChip
+            pixelSize: Theme.panelText(12)
             x: toolbar.chipPlaces.x[0]
             text: toolbar.reminders.selectedListTitle
             dotColor: toolbar.reminders.selectedListColor
@@ -126,6 +127,7 @@ FocusScope {
         }
         Chip {
             id: todayFilter
+            pixelSize: Theme.panelText(12)
             x: toolbar.chipPlaces.x[1]
             text: Localizer.text("Today", "Aujourd’hui")
             iconName: "today"
@@ -140,6 +142,7 @@ FocusScope {
         }
         Chip {
             id: overdueFilter
+            pixelSize: Theme.panelText(12)
             x: toolbar.chipPlaces.x[2]
             text: Localizer.text("Overdue", "En retard")
             iconName: "overdue"
@@ -155,6 +158,7 @@ FocusScope {
         }
         Chip {
             id: flaggedFilter
+            pixelSize: Theme.panelText(12)
             x: toolbar.chipPlaces.x[3]
             text: Localizer.text("Flagged", "Signalés")
             iconName: "flag"

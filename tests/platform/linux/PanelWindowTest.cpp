@@ -1,6 +1,7 @@
 #include "ForeignClient.h"
 #include "notch/NotchGeometry.h"
 #include "platform/linux/ApplicationState.h"
+#include "platform/linux/BackdropBlur.h"
 #include "platform/linux/Platform.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "platform/linux/SurfaceManagement.h"
@@ -17,6 +18,7 @@
 #include <xcb/shape.h>
 
 #include <memory>
+#include <optional>
 
 namespace kestrant {
 namespace {
@@ -274,6 +276,30 @@ TEST_F(PanelWindowTest, ThePointerIsToldWithItsYUpwards) {
     other.movePointer({700, 10});
     EXPECT_EQ(pointer.location(), QPointF(700, 890));
     EXPECT_TRUE(geometry.isInteractive(pointer.location().value(), NotchPhase::idle));
+}
+
+TEST_F(PanelWindowTest, AsksForBlurWhereTheCompositorOffersIt) {
+    constexpr auto property = "_KDE_NET_WM_BLUR_BEHIND_REGION";
+    const X11Connection& server = other.server();
+    const auto region = [&] { return server.property(id(surface), property); };
+    BackdropBlur blur(surface);
+    blur.setShape(geometry.shape(NotchPhase::expanded));
+    EXPECT_FALSE(blur.isOffered());
+    EXPECT_TRUE(region().empty());
+
+    server.setProperty(server.root(), property, XCB_ATOM_CARDINAL, {0});
+    server.flush();
+    EXPECT_TRUE(other.waitUntil([&] { return blur.isOffered() && !region().empty(); }));
+    // Rectangles, the first of which is the upper edge between the tips of the ears.
+    EXPECT_EQ(region().size() % 4, 0u);
+    EXPECT_EQ(region()[1], 0u);
+    blur.setShape(std::nullopt);
+    EXPECT_TRUE(other.waitUntil([&] { return region().empty(); }));
+
+    blur.setShape(geometry.shape(NotchPhase::expanded));
+    xcb_delete_property(server.get(), server.root(), server.atom(property));
+    server.flush();
+    EXPECT_TRUE(other.waitUntil([&] { return !blur.isOffered() && region().empty(); }));
 }
 
 }  // namespace
