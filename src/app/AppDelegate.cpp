@@ -219,16 +219,20 @@ void AppDelegate::createOnboarding() {
 }
 
 void AppDelegate::followSystem() {
-    observeApplicationState(this, [this](bool isActive) {
+    const auto resigned = [this] {
+        // A panel that folds gives the focus back by itself; it stays under the pointer then.
+        if (panelWindow_->keyWasTakenAway())
+            panelController_->applicationResignedActive();
+        interface_->view.overlays().dismissAll();
+    };
+    connect(panelWindow_.get(), &X11PanelWindow::keyTakenWhileAsking, this, resigned);
+    observeApplicationState(this, [this, resigned](bool isActive) {
         if (isActive) {
             lifecycle_.becameActive();
             if (touchpadDirection_)
                 touchpadDirection_->refresh();
         } else if (!panelWindow_->isAskingForKey()) {
-            // A panel that folds gives the focus back by itself; it stays under the pointer then.
-            if (panelWindow_->keyWasTakenAway())
-                panelController_->applicationResignedActive();
-            interface_->view.overlays().dismissAll();
+            resigned();
         }
     });
     observeQuitRequests(this, [this] { terminate(); });
@@ -406,13 +410,12 @@ void AppDelegate::followBlur() {
     const PanelViewModel& panel = interface_->panel;
     interface_->appearance.setBlurring(blur_->isOffered());
     blurring_ = {};
-    const bool isGlass =
-        panel.material() == QLatin1String("glass") && !interface_->appearance.highContrast();
+    const bool isGlass = panel.material() == QLatin1String("glass") && !interface_->appearance.highContrast();
     if (!panel.isExpanded() || !isGlass)
         return blur_->setShape(std::nullopt);
     // Not beside the outline while that grows.
-    blurring_ = scheduler_.after(openingTime,
-                                 [this] { blur_->setShape(geometry_->shape(NotchPhase::expanded)); });
+    blurring_ =
+        scheduler_.after(openingTime, [this] { blur_->setShape(geometry_->shape(NotchPhase::expanded)); });
 }
 
 void AppDelegate::createPanelController() {

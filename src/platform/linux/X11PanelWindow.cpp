@@ -1,7 +1,7 @@
 #include "platform/linux/X11PanelWindow.h"
 
-#include "platform/linux/SurfaceManagement.h"
 #include "platform/linux/ScreenCoordinates.h"
+#include "platform/linux/SurfaceManagement.h"
 
 #include <QGuiApplication>
 #include <QInputMethodQueryEvent>
@@ -194,7 +194,10 @@ void X11PanelWindow::setIgnoresMouseEvents(bool ignores) {
 }
 
 void X11PanelWindow::askForKey() {
-    asking_ = scheduler_.after(askingTime, [] {});
+    asking_ = scheduler_.after(askingTime, [this] {
+        if (keyWasTakenAway())
+            Q_EMIT keyTakenWhileAsking();
+    });
     focus_.take(window_);
 }
 

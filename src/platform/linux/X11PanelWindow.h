@@ -73,6 +73,8 @@ class X11PanelWindow : public QObject, public PanelWindow, public QAbstractNativ
 
   Q_SIGNALS:
     void isCompositingChanged();
+    /// Another program took the focus so soon after it was asked for that nobody could tell by then.
+    void keyTakenWhileAsking();
 
   private:
     [[nodiscard]] bool isManaged() const;

@@ -203,8 +203,11 @@ TEST_F(PanelWindowTest, AFocusThatWasGivenBackAndAskedForAgainWasNotTakenAway) {
     const xcb_window_t next = other.openWindow({0, 500, 300, 200});
     ASSERT_TRUE(other.waitUntil([&] { return !isActive(); }));
     EXPECT_FALSE(panel->keyWasTakenAway()) << "it may still be wandering";
+    bool told = false;
+    QObject::connect(panel.get(), &X11PanelWindow::keyTakenWhileAsking, [&] { told = true; });
     scheduler.advance(std::chrono::milliseconds(300));
     EXPECT_TRUE(panel->keyWasTakenAway());
+    EXPECT_TRUE(told);
     other.closeWindow(next);
 }
 
