@@ -39,9 +39,7 @@ QByteArrayList otherLines(ComponentView component) {
     int depth = 0;
     for (const Line& line : component.lines()) {
         const QByteArray text = ComponentView(std::span(&line, 1)).text();
-        const QByteArray name =
-            text.left(text.indexOf(text.contains(';') && text.indexOf(';') < text.indexOf(':') ? ';' : ':'))
-                .trimmed();
+        const QByteArray name = Property::parse(line.content()).name.trimmed();
         depth += name.toUpper() == "BEGIN" ? 1 : 0;
         within = depth > 1;
         if (within || !belongsToTitleOrRevision(name))
