@@ -33,30 +33,98 @@ Instant movedAlong(Instant instant, qint64 seconds, const ZoneCalendar& zone) {
     return zone.instantAt(moved.day, moved.time);
 }
 
-bool isExcluded(const SeriesDates& dates, const LocalTime& time) {
-    return std::find(dates.excludedTimes.begin(), dates.excludedTimes.end(), time) !=
-               dates.excludedTimes.end() ||
-           std::find(dates.excludedDays.begin(), dates.excludedDays.end(), time.day) !=
-               dates.excludedDays.end();
+/// What each search for a date may cost a rule: dates, days and times that are looked at.
+constexpr qint64 mostSteps = 200'000;
+
+/// Where the rules of a series count from.
+struct Anchor {
+    LocalTime time;
+    DateKind kind;
+    ZoneCalendar zone;
+    /// Times are of the person's zone, whichever that is.
+    bool isFloating;
+
+    [[nodiscard]] Occurrences occurrencesOf(const RecurrenceRule& rule,
+                                            Occurrences::Start meaning = Occurrences::Start::isDate) const {
+        Occurrences result(rule, time, kind, zone, meaning);
+        result.limitSteps(mostSteps);
+        return result;
+    }
+};
+
+Anchor anchorOf(const DateComponents& present, const SeriesDates& dates, const ZoneCalendar& local) {
+    return {.time = dates.anchor.value_or(localTimeOf(present)),
+            .kind = present.includesTime() ? DateKind::time : DateKind::day,
+            .zone = calendarOf(present, local),
+            .isFloating = !present.timeZone};
 }
 
-/// The rules with what is left of their counts; a rule that has nothing left is dropped.
+/// The dates that a series leaves out.
+class Exclusions {
+  public:
+    Exclusions(const SeriesDates& dates, const Anchor& anchor)
+        : times_(dates.excludedTimes)
+        , days_(dates.excludedDays) {
+        std::sort(times_.begin(), times_.end());
+        std::sort(days_.begin(), days_.end());
+        for (const QByteArray& text : dates.exceptionRules) {
+            if (const auto rule = RecurrenceRule::parse(text))
+                rules_.push_back(anchor.occurrencesOf(*rule, Occurrences::Start::isDateIfItFits));
+        }
+    }
+
+    [[nodiscard]] bool contain(const LocalTime& time) {
+        return std::binary_search(times_.begin(), times_.end(), time) ||
+               std::binary_search(days_.begin(), days_.end(), time.day) ||
+               std::any_of(rules_.begin(), rules_.end(),
+                           [&](Occurrences& rule) { return rule.contains(time); });
+    }
+
+  private:
+    std::vector<LocalTime> times_;
+    std::vector<QDate> days_;
+    std::vector<Occurrences> rules_;
+};
+
+/// How many dates of a rule with a COUNT are before `time`; absent where they are too many to be counted.
+std::optional<int> countBefore(const LocalTime& time, Occurrences dates) {
+    int count = 0;
+    for (auto date = dates.next(); date && *date < time; date = dates.next())
+        ++count;
+    return dates.ranOut() ? std::nullopt : std::optional(count);
+}
+
+QString untilText(const LocalTime& last, const Anchor& anchor) {
+    if (anchor.kind == DateKind::day)
+        return last.day.toString(QStringLiteral("'UNTIL='yyyyMMdd"));
+    if (anchor.isFloating)
+        return last.day.toString(QStringLiteral("'UNTIL='yyyyMMdd")) +
+               last.time.toString(QStringLiteral("'T'HHmmss"));
+    return QStringLiteral("UNTIL=") +
+           QString::fromLatin1(icalendar::utcText(anchor.zone.instantAt(last.day, last.time)));
+}
+
+/// The rules with what is left of their counts; a rule that has nothing left is dropped. Where its dates are
+/// too many to be counted, a rule gets its last date for the count, if that can be found.
 std::vector<EKRecurrenceRule> remainingRules(const std::vector<EKRecurrenceRule>& rules,
-                                             const std::vector<int>& skipped) {
+                                             const SeriesDate& next, const Anchor& anchor) {
     std::vector<EKRecurrenceRule> result;
     for (std::size_t i = 0; i < rules.size(); ++i) {
         const auto parsed = RecurrenceRule::parse(rules[i].text.toUtf8());
-        if (!parsed || !parsed->count) {
-            result.push_back(rules[i]);
-            continue;
+        QString end;
+        if (parsed && parsed->count && next.spent[i]) {
+            const int left = *parsed->count - *next.spent[i];
+            if (left < 1)
+                continue;
+            end = QStringLiteral("COUNT=%1").arg(left);
+        } else if (parsed && parsed->count) {
+            if (const auto last = anchor.occurrencesOf(*parsed).lastByCount())
+                end = untilText(*last, anchor);
         }
-        const int left = *parsed->count - skipped[i];
-        if (left < 1)
-            continue;
         static const QRegularExpression count(QStringLiteral("\\bCOUNT=\\d+"),
                                               QRegularExpression::CaseInsensitiveOption);
         QString text = rules[i].text;
-        result.push_back(EKRecurrenceRule::parse(text.replace(count, QStringLiteral("COUNT=%1").arg(left))));
+        result.push_back(end.isEmpty() ? rules[i] : EKRecurrenceRule::parse(text.replace(count, end)));
     }
     return result;
 }
@@ -108,34 +176,34 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
     const auto present = seriesAnchor(data);
     if (!present)
         return std::nullopt;
-    const DateKind kind = present->includesTime() ? DateKind::time : DateKind::day;
-    const LocalTime anchor = dates.anchor.value_or(localTimeOf(*present));
+    const Anchor anchor = anchorOf(*present, dates, local);
+    Exclusions exclusions(dates, anchor);
     const auto qualifies = [&](const LocalTime& time) {
-        return searchFrom == SearchFrom::included ? !(time < from) : from < time;
+        return (searchFrom == SearchFrom::included ? !(time < from) : from < time) &&
+               !exclusions.contain(time);
     };
 
     std::optional<SeriesDate> best;
     std::vector<LocalTime> extras = dates.extraTimes;
     for (const QDate day : dates.extraDays)
-        extras.push_back({day, anchor.time});
+        extras.push_back({day, anchor.time.time});
     for (const LocalTime& extra : extras) {
-        if (qualifies(extra) && !isExcluded(dates, extra) && (!best || extra < best->time))
+        if ((!best || extra < best->time) && qualifies(extra))
             best = SeriesDate{extra, true, {}};
     }
 
-    const ZoneCalendar zone = calendarOf(*present, local);
     const RecurrenceRule startAlone{.count = 1};
     std::vector<Occurrences> rules;
-    for (const EKRecurrenceRule& rule : data.recurrenceRules) {
-        const auto parsed = RecurrenceRule::parse(rule.text.toUtf8()).value_or(startAlone);
-        rules.emplace_back(parsed, anchor, kind, zone);
-        // What a COUNT has spent is counted below.
-        if (!parsed.count)
-            rules.back().skipTo(from);
-    }
+    std::vector<std::optional<int>> spent;
+    const auto add = [&](const RecurrenceRule& rule) {
+        rules.push_back(anchor.occurrencesOf(rule));
+        spent.push_back(rule.count ? countBefore(from, rules.back()) : 0);
+        rules.back().skipTo(from);
+    };
+    for (const EKRecurrenceRule& rule : data.recurrenceRules)
+        add(RecurrenceRule::parse(rule.text.toUtf8()).value_or(startAlone));
     if (rules.empty())
-        rules.emplace_back(startAlone, anchor, kind, zone);
-    std::vector<int> skipped(rules.size(), 0);
+        add(startAlone);
     std::vector<std::optional<LocalTime>> heads;
     for (Occurrences& rule : rules)
         heads.push_back(rule.next());
@@ -148,19 +216,20 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
         }
         if (!earliest || (best && best->isExtra && best->time < *earliest))
             break;
-        if (qualifies(*earliest) && !isExcluded(dates, *earliest)) {
+        if (qualifies(*earliest)) {
             best = SeriesDate{*earliest, false, {}};
             break;
         }
         for (std::size_t i = 0; i < heads.size(); ++i) {
             if (heads[i] == earliest) {
                 heads[i] = rules[i].next();
-                ++skipped[i];
+                if (spent[i])
+                    ++*spent[i];
             }
         }
     }
     if (best)
-        best->skipped = std::move(skipped);
+        best->spent = std::move(spent);
     return best;
 }
 
@@ -181,7 +250,10 @@ CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDat
         return {std::move(completed), std::nullopt};
 
     const ZoneCalendar zone = calendarOf(*present, local);
-    CompletedOccurrence result{.series = completed, .copy = completed, .keepsAnchor = next->isExtra};
+    // Rules of exceptions count from where the series begins.
+    CompletedOccurrence result{.series = completed,
+                               .copy = completed,
+                               .keepsAnchor = next->isExtra || !dates.exceptionRules.empty()};
     if (completed.recurrenceRules.empty())
         result.keepsAnchor = false;
     result.copy->recurrenceRules.clear();
@@ -202,7 +274,8 @@ CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDat
             alarm.absoluteDate = movedAlong(*alarm.absoluteDate, secondsBetween(from, next->time), zone);
     }
     if (!result.keepsAnchor)
-        series.recurrenceRules = remainingRules(completed.recurrenceRules, next->skipped);
+        series.recurrenceRules =
+            remainingRules(completed.recurrenceRules, *next, anchorOf(*present, dates, local));
     return result;
 }
 

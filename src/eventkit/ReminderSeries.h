@@ -3,6 +3,8 @@
 #include "eventkit/EKTypes.h"
 #include "eventkit/icalendar/Occurrences.h"
 
+#include <QByteArray>
+
 #include <optional>
 #include <vector>
 
@@ -17,6 +19,8 @@ struct SeriesDates {
     std::vector<icalendar::LocalTime> excludedTimes;
     /// Any occurrence on these days is left out.
     std::vector<QDate> excludedDays;
+    /// Rules whose dates are left out.
+    std::vector<QByteArray> exceptionRules;
 
     bool operator==(const SeriesDates&) const = default;
 };
@@ -30,14 +34,16 @@ struct SeriesDates {
                                         const icalendar::LocalTime& to, const ZoneCalendar& seriesZone,
                                         const ZoneCalendar& local);
 
-/// Finds the first date of a series at or after `from` that is not left out. `skipped` is how many dates each
-/// rule has spent before it, for rules with a COUNT.
 struct SeriesDate {
     icalendar::LocalTime time;
     /// It is one of the extra dates and no date of a rule.
     bool isExtra = false;
-    std::vector<int> skipped;
+    /// How many dates each rule has spent before it, for rules with a COUNT; absent where they are too many
+    /// to be counted.
+    std::vector<std::optional<int>> spent;
 };
+/// Finds the first date of a series at or after `from` that is not left out; absent also where it is not
+/// found within a bounded number of steps.
 enum class SearchFrom { included, excluded };
 [[nodiscard]] std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const SeriesDates& dates,
                                                        const icalendar::LocalTime& from,

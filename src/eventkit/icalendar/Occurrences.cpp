@@ -248,7 +248,7 @@ std::optional<LocalTime> Occurrences::lastByCount() {
     auto last = nthAfterStart(*rule_.count - (meaning_ == Start::isDate ? 1 : 0));
     qint64 uncounted = last ? coincidencesUntil(*last) : 0;
     if (uncounted == 0)
-        return last;
+        return ranOut() ? std::nullopt : last;
     Occurrences rest = *this;
     rest.rule_.count.reset();
     rest.skipTo(*last);
@@ -259,7 +259,7 @@ std::optional<LocalTime> Occurrences::lastByCount() {
         }
     }
     stepsLeft_ = rest.stepsLeft_;
-    return last;
+    return ranOut() ? std::nullopt : last;
 }
 
 /// The date that comes `count` dates after the start, by the pattern alone. A period is counted as a whole,

@@ -86,6 +86,8 @@ void readSeries(TodoItem& item, ComponentView todo, const std::vector<ComponentV
         return;
     readListedDates(todo, "EXDATE", *anchor, document, local, item.dates.excludedTimes,
                     item.dates.excludedDays);
+    for (const Property& rule : todo.properties("EXRULE"))
+        item.dates.exceptionRules.push_back(rule.value);
     std::optional<Instant> lastCompletion;
     for (const ComponentView& single : overrides) {
         const auto date = readDateProperty(single, "RECURRENCE-ID", document);

@@ -144,7 +144,7 @@ Document makeCompletedCopy(const QByteArray& uid, const Document& series, const 
     removeItems(document, [](QByteArrayView, qsizetype) { return true; });
     writeTodo(todo, item, copy, series, local, now);
     Editor editor(todo, series);
-    for (const char* name : {"RRULE", "RDATE", "EXDATE", "RECURRENCE-ID", "SEQUENCE"})
+    for (const char* name : {"RRULE", "RDATE", "EXDATE", "EXRULE", "RECURRENCE-ID", "SEQUENCE"})
         editor.remove(name);
     editor.remove(presentDateName);
     editor.setValue("UID", uid);
