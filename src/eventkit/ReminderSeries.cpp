@@ -34,7 +34,9 @@ Instant movedAlong(Instant instant, qint64 seconds, const ZoneCalendar& zone) {
 }
 
 /// What each search for a date may cost a rule: dates, days and times that are looked at.
-constexpr qint64 mostSteps = 200'000;
+constexpr qint64 mostSteps = 1'000'000;
+/// What passing over one date that is left out costs at most.
+constexpr qint64 stepsPerExclusion = 4;
 
 /// Where the rules of a series count from.
 struct Anchor {
@@ -199,6 +201,8 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
         rules.push_back(anchor.occurrencesOf(rule));
         spent.push_back(rule.count ? countBefore(from, rules.back()) : 0);
         rules.back().skipTo(from);
+        rules.back().limitSteps(mostSteps +
+                                stepsPerExclusion * static_cast<qint64>(dates.excludedTimes.size()));
     };
     for (const EKRecurrenceRule& rule : data.recurrenceRules)
         add(RecurrenceRule::parse(rule.text.toUtf8()).value_or(startAlone));
