@@ -534,7 +534,7 @@ TEST(QuickAddParser, KeepsItsWordWhateverIsTyped) {
         QStringLiteral(
             "call tomorrow demain friday lundi 27 mars march 3rd 1er at à 5 5pm 18h 9:30 in dans 3 days "
             "jours next prochain # #home ! !! !!! , . - ( ) \" ’ @ @5 27/3 2026-04-01 the le of du 🎉 é "
-            "end fin eod noon midi morning soir sun may half past quarter to and et")
+            "end fin eod noon midi morning soir sun may half past quarter to and et \x01")
             .split(QLatin1Char(' '));
     std::mt19937 random(1);
     for (int n = 0; n < 3000; ++n) {

@@ -1,10 +1,12 @@
 #include "eventkit/EKErrors.h"
+#include "eventkit/ReminderChanges.h"
 #include "eventkit/items/EventFetch.h"
 #include "eventkit/items/OpenItem.h"
 
 #include <QFile>
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 #include <utility>
 
@@ -77,6 +79,22 @@ bool ItemDatabase::placeEvents(const ZoneCalendar& local) {
         }
     }
     return true;
+}
+
+EKReminders ItemDatabase::reminders(const EKPredicate& predicate, const ZoneCalendar& local) {
+    if (!parted_.of.isSharedWith(snapshot_->reminders)) {
+        parted_ = {.of = snapshot_->reminders, .open = {}, .completed = {}};
+        for (const Entry& entry : std::as_const(parted_.of))
+            (entry.data->isCompleted ? parted_.completed : parted_.open).push_back(entry.data);
+    }
+    const bool wantsCompleted = predicate.kind == EKPredicate::Kind::completedReminders;
+    const EKReminders& candidates = wantsCompleted ? parted_.completed : parted_.open;
+    if (!predicate.start && !predicate.end && !predicate.calendars)
+        return candidates;
+    EKReminders result;
+    std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(result),
+                 [&](const auto& reminder) { return matches(predicate, *reminder, local); });
+    return result;
 }
 
 EKEvents ItemDatabase::events(const EKEventPredicate& predicate, Instant now) {

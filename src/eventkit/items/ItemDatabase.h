@@ -41,6 +41,8 @@ class ItemDatabase {
     /// another one.
     bool adopt(const ZoneCalendar& local);
 
+    [[nodiscard]] EKReminders reminders(const EKPredicate& predicate, const ZoneCalendar& local);
+
     /// The occurrences that match; what is farthest from `now` is left out where there are too many. A file
     /// whose series is too costly is named among the snapshot's problems from then on, until it changes.
     [[nodiscard]] EKEvents events(const EKEventPredicate& predicate, Instant now);
@@ -211,6 +213,13 @@ class ItemDatabase {
     std::optional<ZoneCalendar> local_;
     Library library_;
     std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
+    /// The reminders of a snapshot, open and completed ones apart, since most questions are about either.
+    struct Parted {
+        QHash<QString, Entry> of;
+        EKReminders open;
+        EKReminders completed;
+    };
+    Parted parted_;
     /// Whether items of the snapshot have identifiers with their place in them.
     bool hasNamesakes_ = false;
     /// What has changed since the snapshot was made, as it was then; absent where that is not known.

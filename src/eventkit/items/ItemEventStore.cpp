@@ -1,6 +1,5 @@
 #include "eventkit/items/ItemEventStore.h"
 
-#include "eventkit/ReminderChanges.h"
 
 #include <algorithm>
 #include <chrono>
@@ -175,12 +174,8 @@ void ItemEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion
                 database_.refresh({.everything = true}, local);
                 publish(true);
             }
-            if (database_.isOpen()) {
-                for (const Entry& entry : database_.snapshot()->reminders) {
-                    if (matches(matching, *entry.data, local))
-                        result.push_back(entry.data);
-                }
-            }
+            if (database_.isOpen())
+                result = database_.reminders(matching, local);
             onMain([completion = std::move(completion), result = std::move(result)]() mutable {
                 completion(std::move(result));
             });
