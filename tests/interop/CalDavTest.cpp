@@ -322,6 +322,29 @@ TEST_F(CalDavSilence, LeavesOpenWhatBecomesOfAChangeUntilTheServerAnswers) {
     EXPECT_EQ(server.textWith("target", "SUMMARY:there"), QByteArray());
 }
 
+TEST_F(CalDavSilence, TellsWhatBecameOfAChangeOverWhichTheServerWentAway) {
+    server.pause();
+    std::optional<EventStoreDriver::SaveAnswer> known;
+    house.store.save(edited("bread", [](EKReminderData& data) { data.title = "Rye"; }),
+                     [&](const EventStoreDriver::SaveAnswer& answer) {
+                         if (answer || answer.error().code != EKError::Code::outcomeUnknown)
+                             known = answer;
+                         else
+                             house.store.awaitOutcome("bread", [&](const auto& outcome) { known = outcome; });
+                     });
+    house.awaitThat([&] { return !house.store.problems().empty(); });
+    // It may get at the request before it ends, or not.
+    server.stop();
+    server.start();
+    house.awaitThat([&] { return known.has_value(); });
+    server.refresh();
+    const QString title = known->has_value() ? "Rye" : "Bread";
+    house.awaitThat([&] {
+        return driver.openTitles() == std::vector<QString>{title} &&
+               server.text("tasks", "bread").contains("SUMMARY:" + title.toUtf8());
+    });
+}
+
 TEST_F(CalDav, ShowsWhatWasSeenLastWhenItStartsWithoutTheServer) {
     server.stop();
     house.service.kill("org.gnome.evolution.dataserver.Calendar");

@@ -96,8 +96,15 @@ EvolutionClient::~EvolutionClient() {
         g_signal_handler_disconnect(object, handler);
 }
 
-bool EvolutionClient::isWritable() const {
-    return !e_client_is_readonly(client_.get());
+std::optional<bool> EvolutionClient::readWritability() {
+    const auto waiting = call();
+    const auto answer = reader_ ? reader_->isWritable(waiting.cancellable())
+                                : std::optional(!e_client_is_readonly(client_.get()));
+    if (answer)
+        state_->isWritable = *answer;
+    else
+        state_->isLost = true;
+    return answer;
 }
 
 void EvolutionClient::listen(gpointer object, const char* signal, GCallback handler) {
@@ -112,8 +119,10 @@ void EvolutionClient::observe(GCancellable* cancellable) {
                told.isLost = true;
                told.observer.lost();
            }));
-    listen(client_.get(), "notify::readonly", G_CALLBACK(+[](GObject*, GParamSpec*, gpointer state) {
-               (*static_cast<StateRef*>(state))->observer.propertiesChanged();
+    listen(client_.get(), "notify::readonly", G_CALLBACK(+[](GObject* client, GParamSpec*, gpointer state) {
+               const State& told = **static_cast<StateRef*>(state);
+               if (told.isWritable == static_cast<bool>(e_client_is_readonly(E_CLIENT(client))))
+                   told.observer.writabilityChanged();
            }));
     if (!state_->observer.itemsChanged)
         return;
@@ -246,6 +255,12 @@ EvolutionClient::Answer<std::optional<QByteArray>> EvolutionClient::read(const Q
     return fileFrom(std::move(*components));
 }
 
+void EvolutionClient::refresh() {
+    Error ignored;
+    const auto waiting = call();
+    (void)e_client_refresh_sync(client_.get(), waiting.cancellable(), ignored.out());
+}
+
 WriteError EvolutionClient::failure(const Error& error, const QString& title) {
     if (meansDisconnection(error)) {
         state_->isLost = true;
@@ -254,9 +269,7 @@ WriteError EvolutionClient::failure(const Error& error, const QString& title) {
     }
     if (meansConflict(error)) {
         // The service keeps a copy of what is on the server, and has just learned that it is an old one.
-        Error ignored;
-        const auto waiting = call();
-        (void)e_client_refresh_sync(client_.get(), waiting.cancellable(), ignored.out());
+        refresh();
         return conflictError(title);
     }
     if (error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_NOT_FOUND))
@@ -269,9 +282,9 @@ WriteError EvolutionClient::failure(const Error& error, const QString& title) {
 }
 
 WriteError EvolutionClient::writeFailure(const Error& error, const QString& title) {
-    const bool isLost = meansDisconnection(error);
+    const bool isOpen = meansDisconnection(error) || leavesOutcomeOpen(error);
     WriteError result = failure(error, title);
-    return isLost ? outcomeUnknownError(title, title_) : std::move(result);
+    return isOpen ? outcomeUnknownError(title, title_) : std::move(result);
 }
 
 void EvolutionClient::addZone(const QByteArray& definition) {

@@ -24,12 +24,12 @@ namespace kestrant::evolution {
 /// allows.
 class EvolutionClient {
   public:
-    /// Told about items (by UID) that others, or this program, changed; about the list itself, when there are
-    /// none; about the connection, when it is lost.
+    /// Told about items (by UID) that others, or this program, changed; about the list, when it can be
+    /// written from now on or no longer; about the connection, when it is lost.
     struct Observer {
         /// May be empty; then the service is spared the work.
         std::function<void(std::set<QByteArray> uids)> itemsChanged;
-        std::function<void()> propertiesChanged;
+        std::function<void()> writabilityChanged;
         std::function<void()> lost;
     };
 
@@ -43,7 +43,8 @@ class EvolutionClient {
     [[nodiscard]] bool isLost() const { return state_->isLost; }
     /// The list's.
     [[nodiscard]] const QString& title() const { return title_; }
-    [[nodiscard]] bool isWritable() const;
+    /// Whether its items may be written now. Absent when the service did not answer.
+    [[nodiscard]] std::optional<bool> readWritability();
     [[nodiscard]] QByteArrayView componentName() const { return componentName_; }
 
     /// Every item as a file, by UID. Absent when the service did not answer.
@@ -53,8 +54,11 @@ class EvolutionClient {
     using Answer = tl::expected<Value, items::WriteError>;
     /// An item as a file; absent when there is none.
     [[nodiscard]] Answer<std::optional<QByteArray>> read(const QByteArray& uid);
+    /// Has the service look at what is on the server; returns before it has done so.
+    void refresh();
     /// Writes what differs. `title` is what a conflict is called by. Like every function that writes it fails
-    /// with outcomeUnknown where the connection was lost meanwhile.
+    /// with outcomeUnknown where the connection was lost meanwhile, to the service (see isLost) or by the
+    /// service to its server.
     [[nodiscard]] std::optional<items::WriteError> write(const QByteArray& uid, const ServiceChange& change,
                                                          const QString& title);
     /// Writes many items in one call. False where they have to be written one by one; some of them may be
@@ -70,6 +74,8 @@ class EvolutionClient {
     struct State {
         Observer observer;
         std::atomic<bool> isLost = false;
+        /// As it was read last. What the client library says of it comes late.
+        std::atomic<bool> isWritable = false;
     };
     using StateRef = std::shared_ptr<State>;
 

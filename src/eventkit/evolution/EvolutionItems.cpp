@@ -38,6 +38,14 @@ const EKError* whereUnknown(const WriteError& error) {
 
 constexpr std::chrono::milliseconds firstPause = 50ms;
 constexpr std::chrono::milliseconds longestPause = 60s;
+/// The service needs about that long to see what is on a server.
+constexpr std::chrono::milliseconds lastLook = 2s;
+
+EKError serverFailed(const QString& list) {
+    const TextPair pair = text("The server of “%1” had an error. Nothing was written.",
+                               "Le serveur de « %1 » a eu une erreur. Rien n’a été enregistré.");
+    return {EKError::Code::storage, {pair.english.arg(list), pair.french.arg(list)}};
+}
 
 }  // namespace
 
@@ -89,6 +97,24 @@ tl::expected<std::optional<StoredText>, EKError> EvolutionStorage::readOnceItAns
     return tl::unexpected(unknown);
 }
 
+tl::expected<std::optional<StoredText>, EKError>
+EvolutionStorage::readOutcome(EvolutionClient& client, const Place& place,
+                              const std::optional<items::Version>& before, const EKError& unknown) {
+    if (client.isLost())
+        return readOnceItAnswers(place, unknown);
+    for (auto pause = firstPause; pause <= lastLook; pause *= 2) {
+        client.refresh();
+        if (!limit_.pause(pause))
+            break;
+        auto present = read(place);
+        if (!present)
+            return readOnceItAnswers(place, unknown);
+        if ((*present ? std::optional((*present)->version) : std::nullopt) != before)
+            return present;
+    }
+    return tl::unexpected(serverFailed(client.title()));
+}
+
 tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& place, const Document& before,
                                                                const Document& after,
                                                                const items::Version& expected) {
@@ -104,7 +130,7 @@ tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& plac
     const EKError* const unknown = whereUnknown(*error);
     if (!unknown)
         return tl::unexpected(std::move(*error));
-    auto present = readOnceItAnswers(place, *unknown);
+    auto present = readOutcome(**client, place, expected, *unknown);
     if (!present)
         return tl::unexpected(WriteError(std::move(present.error())));
     // It was as expected a moment before, so that what is another text is what was written.
@@ -206,7 +232,7 @@ std::optional<WriteError> EvolutionStorage::remove(const Place& place, const ite
     const EKError* const unknown = error ? whereUnknown(*error) : nullptr;
     if (!unknown)
         return error;
-    const auto left = readOnceItAnswers(place, *unknown);
+    const auto left = readOutcome(**client, place, expected, *unknown);
     if (!left)
         return left.error();
     return *left ? std::optional<WriteError>(items::ChangedMeanwhile{}) : std::nullopt;
@@ -237,7 +263,7 @@ tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const 
     if (!unknown)
         return failed(std::move(created.error()));
     const Place place{collection, uid};
-    auto present = readOnceItAnswers(place, *unknown);
+    auto present = readOutcome(**client, place, std::nullopt, *unknown);
     if (!present)
         return tl::unexpected(std::move(present.error()));
     if (!*present)

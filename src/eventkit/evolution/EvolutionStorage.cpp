@@ -42,9 +42,12 @@ TextPair slowAnswer(const std::set<QString>& lists) {
     return {pair.english.arg(*lists.begin()), pair.french.arg(*lists.begin())};
 }
 
-TextPair silentList(const QString& title, const TextPair& reason) {
-    const TextPair pair = text("“%1” does not answer; it is shown as it was last seen (%2).",
-                               "« %1 » ne répond pas ; la liste est affichée telle qu’elle était (%2).");
+TextPair silentList(const QString& title, bool isShown, const TextPair& reason) {
+    const TextPair pair =
+        isShown ? text("“%1” does not answer; it is shown as it was last seen (%2).",
+                       "« %1 » ne répond pas ; la liste est affichée telle qu’elle était (%2).")
+                : text("“%1” does not answer; what is in it cannot be shown yet (%2).",
+                       "« %1 » ne répond pas ; son contenu ne peut pas encore être affiché (%2).");
     return {pair.english.arg(title, reason.english), pair.french.arg(title, reason.french)};
 }
 
@@ -192,13 +195,15 @@ std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& u
     if (auto client = known())
         return client;
     clients_.erase(uid);
-    EvolutionClient::Observer observer{
-        .itemsChanged = {},
-        .propertiesChanged = [listener = listener_] { listener->tell({.collections = true}); },
-        .lost =
-            [listener = listener_, uid] {
-                listener->tell({.files = {{uid, {}}}});
-            }};
+    EvolutionClient::Observer observer{.itemsChanged = {},
+                                       .writabilityChanged =
+                                           [listener = listener_, uid] {
+                                               listener->tell({.files = {{uid, {}}}});
+                                           },
+                                       .lost =
+                                           [listener = listener_, uid] {
+                                               listener->tell({.files = {{uid, {}}}});
+                                           }};
     // Whoever wants single items is not there for long.
     if (!wanted_)
         observer.itemsChanged = [listener = listener_, uid](std::set<QByteArray> items) {
@@ -229,7 +234,10 @@ bool EvolutionStorage::update(Library& library, const Changes& changes, const Zo
         };
         if (wanted_ && !std::all_of(wanted_->begin(), wanted_->end(), isFound)) {
             wanted_.reset();
-            readAllLists(library, lists, local);
+            // Whoever has waited for a list does not do so again.
+            auto answering = enabledLists();
+            std::erase_if(answering, [&](const auto& list) { return silent_.contains(list.first); });
+            readAllLists(library, answering, local);
         }
         hasRead_ = true;
         changed = true;
@@ -253,27 +261,18 @@ bool EvolutionStorage::updateLists(Library& library, const std::map<QByteArray, 
     std::erase_if(clients_, isGone);
     std::erase_if(silent_, isGone);
     for (auto& [uid, collection] : library.collections)
-        changed = describe(collection, uid, lists.at(uid)) || changed;
+        changed = describe(collection, lists.at(uid)) || changed;
     return changed;
 }
 
-bool EvolutionStorage::describe(Collection& collection, const QByteArray& uid, const List& list) {
+bool EvolutionStorage::describe(Collection& collection, const List& list) {
     ESourceSelectable* const selectable = selectableOf(list.source.get(), list.type);
     const Text color(e_source_selectable_dup_color(selectable));
     const guint order = e_source_selectable_get_order(selectable);
-    const auto client = clients_.find(uid);
-    const auto isWritable = [&] {
-        if (client != clients_.end())
-            return !silent_.contains(uid) && client->second->isWritable();
-        // While a connection is made anew the list remains what it was.
-        return collection.isWritable || (wanted_ && wanted_->empty() && isWrittenMostly(selectable));
-    };
-    const std::tuple now(titleOf(list.source.get()),
-                         color ? Color::parse(QString::fromUtf8(color.get())) : std::nullopt,
-                         order > 0 ? std::optional(static_cast<int>(order)) : std::nullopt,
-                         std::optional(list.type), isWritable());
-    auto present = std::tie(collection.title, collection.color, collection.order, collection.holdsOnly,
-                            collection.isWritable);
+    const std::tuple now(
+        titleOf(list.source.get()), color ? Color::parse(QString::fromUtf8(color.get())) : std::nullopt,
+        order > 0 ? std::optional(static_cast<int>(order)) : std::nullopt, std::optional(list.type));
+    auto present = std::tie(collection.title, collection.color, collection.order, collection.holdsOnly);
     if (present == now)
         return false;
     present = now;
@@ -283,8 +282,11 @@ bool EvolutionStorage::describe(Collection& collection, const QByteArray& uid, c
 void EvolutionStorage::readAllLists(Library& library, const std::map<QByteArray, List>& lists,
                                     const ZoneCalendar& local) {
     if (wanted_ && wanted_->empty()) {
-        for (const auto& [uid, list] : lists)
-            (void)describe(library.collections[uid], uid, list);
+        for (const auto& [uid, list] : lists) {
+            Collection& collection = library.collections[uid];
+            (void)describe(collection, list);
+            collection.isWritable = isWrittenMostly(selectableOf(list.source.get(), list.type));
+        }
         return;
     }
     if (!queues_) {
@@ -312,13 +314,15 @@ void EvolutionStorage::readAllLists(Library& library, const std::map<QByteArray,
             reading->awaited.erase(uid);
             reading->changed.notify_one();
             // Nobody has looked since at what it found.
-            if (reading->isOver)
+            if (reading->isOver) {
+                late_.insert(uid);
                 listener_->tell({.files = {{uid, {}}}});
+            }
         });
     }
     for (const QByteArray& uid : awaitReading(*reading)) {
         Collection& collection = library.collections[uid];
-        (void)describe(collection, uid, lists.at(uid));
+        (void)describe(collection, lists.at(uid));
         noteSilence(collection, uid, noAnswerInTime());
     }
 }
@@ -341,7 +345,7 @@ void EvolutionStorage::noteSilence(Collection& collection, const QByteArray& uid
     ++silent_[uid];
     collection.isAnswering = false;
     collection.isWritable = false;
-    collection.problem = silentList(collection.title, reason);
+    collection.problem = silentList(collection.title, !collection.files.empty(), reason);
 }
 
 bool EvolutionStorage::needsAll(const QByteArray& uid, const std::set<QByteArray>& named) const {
@@ -368,13 +372,16 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const L
                 isSilent = true;
         }
     }
+    const auto isWritable = isSilent ? std::nullopt : client->readWritability();
+    isSilent = !isWritable;
     // It may have been taken away meanwhile.
     if (!enabledLists().contains(uid))
         return library.collections.erase(uid) > 0;
     // A list is there once what is in it is known.
     const auto [place, isNew] = library.collections.try_emplace(uid);
     Collection& collection = place->second;
-    bool changed = describe(collection, uid, list) || isNew;
+    const bool isUntold = late_.erase(uid) > 0;
+    bool changed = describe(collection, list) || isNew || isUntold;
     const items::ItemReader reader(uid, local);
     const auto keep = [&](const QByteArray& item, const QByteArray& text) {
         const items::Version version = versionOf(text);
@@ -408,7 +415,7 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const L
     } else {
         silent_.erase(uid);
         collection.isAnswering = true;
-        collection.isWritable = client->isWritable();
+        collection.isWritable = *isWritable;
         collection.problem.reset();
     }
     return changed || before != state();

@@ -70,7 +70,7 @@ class EvolutionStorage final : public items::ItemStorage {
                                                              TextPair& reason);
     /// Takes lists away that are gone, and sees what the others are called.
     bool updateLists(items::Library& library, const std::map<QByteArray, List>& lists);
-    bool describe(items::Collection& collection, const QByteArray& uid, const List& list);
+    static bool describe(items::Collection& collection, const List& list);
     bool updateDefaults(items::Library& library) const;
     /// All lists being read at the same time.
     struct Reading {
@@ -97,8 +97,13 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] tl::expected<std::shared_ptr<EvolutionClient>, EKError>
     openClient(const QByteArray& collection);
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError> readBack(const items::Place& place);
-    /// What became of an item that was being written when the connection was lost: waits for the list to
-    /// answer again. Fails when the program ends before.
+    /// What became of an item that was being written when a connection was lost. Of that to the service it
+    /// waits for the list to answer again, and fails when the program ends before. Of that to the server it
+    /// has the service look there, and fails where the item remains as it was `before` (absent if it was not
+    /// there) for a while.
+    [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
+    readOutcome(EvolutionClient& client, const items::Place& place,
+                const std::optional<items::Version>& before, const EKError& unknown);
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
     readOnceItAnswers(const items::Place& place, const EKError& unknown);
     /// Which of `replacements` were written in one call for each list.
@@ -119,6 +124,8 @@ class EvolutionStorage final : public items::ItemStorage {
     std::map<QByteArray, std::shared_ptr<EvolutionClient>> clients_;
     /// Lists that did not answer, and how often in a row.
     std::map<QByteArray, int> silent_;
+    /// Lists that were read after everybody had given up waiting, of which nobody has been told.
+    std::set<QByteArray> late_;
     bool hasRead_ = false;
     /// The items that are read, while that is enough.
     std::optional<std::set<QByteArray>> wanted_;

@@ -4,6 +4,9 @@
 
 #include <libecal/libecal.h>
 
+#include <algorithm>
+#include <initializer_list>
+
 namespace kestrant::evolution {
 
 namespace {
@@ -85,6 +88,19 @@ bool meansDisconnection(const Error& error) {
            error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_CANCELLED) ||
            error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_NOT_OPENED) || error.is(G_IO_ERROR, G_IO_ERROR_CLOSED) ||
            error.is(G_IO_ERROR, G_IO_ERROR_CANCELLED) || error.is(G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
+}
+
+bool leavesOutcomeOpen(const Error& error) {
+    const auto isAny = [&error](GQuark domain, std::initializer_list<int> codes) {
+        return std::any_of(codes.begin(), codes.end(), [&](int code) { return error.is(domain, code); });
+    };
+    if (error.isIn(E_CAL_CLIENT_ERROR))
+        return false;
+    if (error.isIn(E_CLIENT_ERROR))
+        return error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_OTHER_ERROR);
+    return !isAny(G_IO_ERROR, {G_IO_ERROR_NO_SPACE, G_IO_ERROR_PERMISSION_DENIED, G_IO_ERROR_READ_ONLY,
+                               G_IO_ERROR_CONNECTION_REFUSED, G_IO_ERROR_HOST_NOT_FOUND,
+                               G_IO_ERROR_HOST_UNREACHABLE, G_IO_ERROR_NETWORK_UNREACHABLE});
 }
 
 bool meansConflict(const Error& error) {

@@ -141,6 +141,19 @@ std::optional<std::vector<QByteArray>> ServiceReader::list(GCancellable* cancell
     return result;
 }
 
+std::optional<bool> ServiceReader::isWritable(GCancellable* cancellable) const {
+    const Variant answer(g_dbus_connection_call_sync(
+        bus_.get(), busName_.constData(), objectPath_.constData(), "org.freedesktop.DBus.Properties", "Get",
+        g_variant_new("(ss)", calendarInterface, "Writable"), G_VARIANT_TYPE("(v)"),
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestWait, cancellable, nullptr));
+    if (!answer)
+        return std::nullopt;
+    GVariant* value = nullptr;
+    g_variant_get(answer.get(), "(v)", &value);
+    const Variant owned(value);
+    return g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN) && g_variant_get_boolean(value);
+}
+
 std::optional<std::vector<QByteArray>> ServiceReader::read(const QByteArray& uid, GCancellable* cancellable,
                                                            Error& error) {
     // Makes the service's errors known by their names.

@@ -26,6 +26,8 @@ class ServiceReader {
     /// The text of every component. Absent with an error. Goes over a connection of its own, because a
     /// connection keeps as much memory as its longest message took.
     [[nodiscard]] std::optional<std::vector<QByteArray>> readAll(GCancellable* cancellable, Error& error);
+    /// Whether items may be written now. Absent when the service did not answer.
+    [[nodiscard]] std::optional<bool> isWritable(GCancellable* cancellable) const;
     /// The text of every component of one item. Absent with an error, which is that of the client library
     /// where there is no such item.
     [[nodiscard]] std::optional<std::vector<QByteArray>> read(const QByteArray& uid,
