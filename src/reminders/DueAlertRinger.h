@@ -84,6 +84,8 @@ class DueAlertRinger : public QObject {
     std::map<QString, Instant> rung_;
     /// The moments of the alerts on show.
     std::map<QString, Instant> showing_;
+    /// The last moment of each reminder that was told of.
+    std::map<QString, Instant> announced_;
     int generation_ = 0;
     ScheduledTask refreshTask_;
     ScheduledTask alarmTask_;

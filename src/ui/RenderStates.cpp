@@ -143,7 +143,11 @@ std::vector<PictureState> states() {
              stage.panel.resting()->setEvent(RestingEvent{
                  stage.localizer(text("Design review", "Point d’équipe")), QColor(0x3d9bff), 12});
          }},
-        {named("resting-overdue"), rest},
+        {named("resting-overdue"),
+         [](Stage& stage) {
+             rest(stage);
+             stage.preferences.setShowCalendar(false);
+         }},
         {named("resting-ringing"),
          [](Stage& stage) {
              rest(stage);

@@ -29,6 +29,8 @@ class DueAlertRingerTest : public ReminderStoreTest {
                                         .localization = localization});
         QObject::connect(&*ringer, &DueAlertRinger::openRequested, &*ringer,
                          [this](const QString& id) { opened.push_back(id.toStdString()); });
+        QObject::connect(&*ringer, &DueAlertRinger::rang, &*ringer,
+                         [this](const QString& id) { told.push_back(id.toStdString()); });
         scheduler.runPosted();
     }
     /// A program that starts, sees a reminder and rings it.
@@ -46,6 +48,7 @@ class DueAlertRingerTest : public ReminderStoreTest {
     RecordingNotifier notifier{scheduler};
     std::optional<DueAlertRinger> ringer;
     std::vector<std::string> opened;
+    std::vector<std::string> told;
 };
 
 TEST_F(DueAlertRingerTest, RingsAtTheInstantAndOffersWhatCanBeDone) {
@@ -196,6 +199,7 @@ TEST_F(DueAlertRingerTest, AServiceThatIsAbsentLosesNothingAndOneThatDiesDoesNot
     start();
     scheduler.advance(10min + 5s);
     EXPECT_THAT(notifier.rung, IsEmpty());
+    EXPECT_THAT(told, ElementsAre("a")) << "once, however often it is tried";
     notifier.isPresent = true;
     scheduler.advance(1min);
     EXPECT_THAT(notifier.rung, ElementsAre("a")) << "within the minute";

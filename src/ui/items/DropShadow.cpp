@@ -141,8 +141,8 @@ Template makeTemplate(const std::vector<Layer>& layers, double radius, double he
             path.boundingRect().marginsAdded({layer.blur, layer.blur, layer.blur, layer.blur}),
             shadowImage(path, layer.blur, QColor::fromRgbF(0, 0, 0, float(layer.opacity)), coarse));
     }
-    // Nothing of it below the body itself, which may be translucent; a little only, so that no seam shows.
-    constexpr double overlap = 2.0;
+    // Nothing of it below the body itself, which may be translucent; half a point, so that no seam shows.
+    constexpr double overlap = 0.5;
     QPainterPath inside;
     inside.addRoundedRect(body.adjusted(overlap, overlap, -overlap, -overlap), radius, radius);
     painter.setCompositionMode(QPainter::CompositionMode_Clear);

@@ -14,7 +14,7 @@ Popover {
     readonly property var current: addsEvent ? newEvent : form
     property bool staysOpen: false
 
-    contentWidth: 452
+    contentWidth: 460
     contentHeight: column.height
     spokenName: picksDate ? Localizer.text("Due date", "Échéance")
               : addsEvent ? Localizer.text("New event", "Nouvel événement")
