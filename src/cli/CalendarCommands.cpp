@@ -184,7 +184,7 @@ void CalendarCommands::deleteRowAmong(const CalendarItems& items) {
         run_.refuse({message.english.arg(*reminder), message.french.arg(*reminder)});
         return;
     }
-    run_.refuse(CalendarError{ErrorCode::itemNotFound, {}}.message());
+    run_.refuse(run_.notFound(EKEntityType::event, CalendarError{ErrorCode::itemNotFound, {}}.message()));
 }
 
 }  // namespace kestrant

@@ -119,11 +119,15 @@ QString calendarsAsTable(const std::vector<EKCalendar>& calendars, EKEntityType 
             .in(context.language);
     TextRows rows;
     rows.reserve(calendars.size());
+    const auto stateOf = [&](const EKCalendar& calendar) {
+        if (!calendar.isAnswering)
+            return text("does not answer", "ne répond pas").in(context.language);
+        return calendar.allowsContentModifications ? QString()
+                                                   : text("read-only", "lecture seule").in(context.language);
+    };
     for (const EKCalendar& calendar : calendars)
-        rows.push_back({onOneLine(calendar.title), onOneLine(calendar.calendarIdentifier),
-                        calendar.allowsContentModifications
-                            ? QString()
-                            : text("read-only", "lecture seule").in(context.language)});
+        rows.push_back(
+            {onOneLine(calendar.title), onOneLine(calendar.calendarIdentifier), stateOf(calendar)});
     return alignedText(rows, {0}, context.lineWidth);
 }
 

@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QStringList>
 
 #include <algorithm>
 #include <vector>
@@ -97,6 +98,27 @@ bool CommandRun::hasAnswer(EKEntityType type, const std::optional<QString>& list
         return !each.isAnswering || (list && each.calendarIdentifier != *list);
     };
     return calendars.empty() || !std::all_of(calendars.begin(), calendars.end(), isSilent);
+}
+
+TextPair CommandRun::notFound(EKEntityType type, const TextPair& gone) const {
+    QStringList english;
+    QStringList french;
+    for (const EKCalendar& each : eventStore.calendars(type)) {
+        if (each.isAnswering)
+            continue;
+        english.append(QStringLiteral("“%1”").arg(each.title));
+        french.append(QStringLiteral("« %1 »").arg(each.title));
+    }
+    if (english.isEmpty())
+        return gone;
+    const TextPair message =
+        type == EKEntityType::reminder
+            ? text("There is no such reminder in the lists that answer; it may be in %1.",
+                   "Ce rappel n’est dans aucune des listes qui répondent ; il est peut-être dans %1.")
+            : text("There is no such event in the calendars that answer; it may be in %1.",
+                   "Cet événement n’est dans aucun des calendriers qui répondent ; il est peut-être dans %1.");
+    return {message.english.arg(english.join(QStringLiteral(", "))),
+            message.french.arg(french.join(QStringLiteral(", ")))};
 }
 
 void CommandRun::finish(CommandStatus status) const {

@@ -60,6 +60,8 @@ class CommandRun {
     void printProblems() const;
     /// Whether any list of reminders (or calendar of events) could be asked: any at all, or the one named.
     [[nodiscard]] bool hasAnswer(EKEntityType type, const std::optional<QString>& list) const;
+    /// `gone` says that an item is not there; it may be in a list that does not answer.
+    [[nodiscard]] TextPair notFound(EKEntityType type, const TextPair& gone) const;
 
     void finish(CommandStatus status = done) const;
     /// Ends a command that has changed nothing.

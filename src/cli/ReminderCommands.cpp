@@ -166,7 +166,7 @@ void ReminderCommands::findReminders() {
         return run_.eventStore.calendarItem(identifier) != nullptr;
     });
     const auto take = [this, typed](const QStringList& known) {
-        if (const auto meant = remindersMeant(typed, known)) {
+        if (const auto meant = remindersMeant(typed, known, notFound())) {
             identifiers_ = *meant;
             foundReminders();
         } else {
@@ -224,10 +224,15 @@ void ReminderCommands::foundReminders() {
     }
 }
 
+TextPair ReminderCommands::notFound() const {
+    return run_.notFound(EKEntityType::reminder,
+                         ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
+}
+
 void ReminderCommands::show() {
     const EKReminderRef reminder = run_.eventStore.calendarItem(identifiers_.first());
     if (!reminder) {
-        run_.refuse(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
+        run_.refuse(notFound());
         return;
     }
     const ReminderTask task = taskOf(reminder->data, run_);
@@ -276,7 +281,7 @@ void ReminderCommands::edit() {
     const QString& identifier = identifiers_.first();
     const auto present = store_.editDetails(identifier);
     if (!present) {
-        run_.refuse(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
+        run_.refuse(notFound());
         return;
     }
     const auto details = editedDetails(*present, run_.arguments, listID_);
@@ -359,8 +364,7 @@ void ReminderCommands::saveTogether(const QStringList& identifiers,
     for (const QString& identifier : identifiers) {
         const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
         if (!reminder) {
-            run_.refuse(about(identifier,
-                              ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message()));
+            run_.refuse(about(identifier, notFound()));
             return;
         }
         change(reminder->data);

@@ -3,9 +3,9 @@
 #include "cli/CommandRun.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "foundation/SerialWorker.h"
+#include "reminders/EventStoreScriptHost.h"
 #include "reminders/FlaggedReminderAutomation.h"
 #include "reminders/ReminderStore.h"
-#include "reminders/EventStoreScriptHost.h"
 
 #include <QStringList>
 
@@ -40,6 +40,7 @@ class ReminderCommands {
     /// Finds the reminders that were named; all of them exist, or the command is refused.
     void findReminders();
     void foundReminders();
+    [[nodiscard]] TextPair notFound() const;
     void show();
     void add();
     void added(const QString& identifier);

@@ -1,7 +1,5 @@
 #include "cli/ReminderRequests.h"
 
-#include "reminders/ReminderStoreError.h"
-
 #include <QStringList>
 
 #include <algorithm>
@@ -70,7 +68,8 @@ tl::expected<QString, TextPair> listNamed(const QString& name, const std::vector
         TextPair{message.english.arg(name, identifiers), message.french.arg(name, identifiers)});
 }
 
-tl::expected<QStringList, TextPair> remindersMeant(const QStringList& typed, const QStringList& known) {
+tl::expected<QStringList, TextPair> remindersMeant(const QStringList& typed, const QStringList& known,
+                                                   const TextPair& notFound) {
     constexpr qsizetype mostShown = 5;
     QStringList result;
     for (const QString& each : typed) {
@@ -80,12 +79,8 @@ tl::expected<QStringList, TextPair> remindersMeant(const QStringList& typed, con
         else if (!each.isEmpty())
             std::copy_if(known.begin(), known.end(), std::back_inserter(meant),
                          [&](const QString& identifier) { return identifier.startsWith(each); });
-        if (meant.isEmpty()) {
-            TextPair message = ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message();
-            if (typed.size() > 1)
-                message = about(each, message);
-            return tl::unexpected(message);
-        }
+        if (meant.isEmpty())
+            return tl::unexpected(typed.size() > 1 ? about(each, notFound) : notFound);
         if (meant.size() > 1) {
             const TextPair message = text("“%1” is the beginning of several identifiers: %2.",
                                           "« %1 » est le début de plusieurs identifiants : %2.");

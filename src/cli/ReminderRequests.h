@@ -24,9 +24,9 @@ namespace kestrant {
                                                         const std::vector<EKCalendar>& lists);
 
 /// The reminders that are meant, each once: an identifier by itself, else the only one among `known` that
-/// begins with what was typed. Fails when there is none, or more than one.
-[[nodiscard]] tl::expected<QStringList, TextPair> remindersMeant(const QStringList& typed,
-                                                                 const QStringList& known);
+/// begins with what was typed. Fails with `notFound` when there is none, and when there is more than one.
+[[nodiscard]] tl::expected<QStringList, TextPair>
+remindersMeant(const QStringList& typed, const QStringList& known, const TextPair& notFound);
 
 /// A message that says which reminder it is about.
 [[nodiscard]] TextPair about(const QString& identifier, const TextPair& message);
