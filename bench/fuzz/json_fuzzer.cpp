@@ -23,8 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         const auto again = decodeLedger(encodeLedger(*ledger));
         KESTRANT_REQUIRE(again == ledger);
     }
-    if (const auto acknowledgement = metrics::Acknowledgement::fromJson(text))
-        KESTRANT_REQUIRE(acknowledgement->count >= 0);
+    (void)metrics::Acknowledgement::fromJson(text);
     (void)FeedbackResponse::fromJson(text);
     (void)ErrorResponse::fromJson(text);
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <limits>
 #include <mutex>
+#include <optional>
 #include <shared_mutex>
 #include <utility>
 
@@ -146,19 +147,30 @@ Instant TimeZone::instantAt(Duration local, GapPolicy policy) const {
     const qint64 moved = secondsToRepeated(whole);
     const qint64 wanted = whole - moved;
     // The local time exists where applying a span's offset to it leads into that span; the earliest such span
-    // is its first occurrence. Where it leads before the next span only, the clock has skipped the local time
-    // between the two.
+    // is its first occurrence. Where it leads behind one span and before the next, the clock has skipped the
+    // local time between the two, unless it is set back to it later on.
     auto next = std::upper_bound(changes.begin(), changes.end(), wanted - largestOffset, isLater);
-    int offset = next == changes.begin() ? data_->zone.before.offset : std::prev(next)->offset;
-    for (; next != changes.end() && wanted - offset >= next->at; ++next) {
-        if (wanted - next->offset < next->at) {
-            if (policy == GapPolicy::nextExisting)
-                return Instant(std::chrono::seconds(next->at + moved));
-            break;
-        }
-        offset = next->offset;
+    int offset = data_->zone.before.offset;
+    qint64 start = std::numeric_limits<qint64>::min();
+    if (next != changes.begin()) {
+        offset = std::prev(next)->offset;
+        start = std::prev(next)->at;
     }
-    return Instant(local - std::chrono::seconds(offset));
+    const auto inSpan = [&] { return Instant(local - std::chrono::seconds(offset)); };
+    std::optional<Instant> skipped;
+    for (;; ++next) {
+        const qint64 candidate = wanted - offset;
+        const bool isLast = next == changes.end();
+        if (candidate >= start && (isLast || candidate < next->at))
+            return inSpan();
+        if (isLast || next->at > wanted + largestOffset)
+            return skipped.value_or(inSpan());
+        if (!skipped && candidate >= next->at && wanted - next->offset < next->at)
+            skipped = policy == GapPolicy::nextExisting ? Instant(std::chrono::seconds(next->at + moved))
+                                                        : inSpan();
+        offset = next->offset;
+        start = next->at;
+    }
 }
 
 std::vector<ZoneChange> TimeZone::changesBetween(Instant first, Instant end) const {

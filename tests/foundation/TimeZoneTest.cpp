@@ -118,5 +118,15 @@ TEST(DefinedZones, AreOneAnothersEqualByWhatTheyAre) {
     EXPECT_FALSE(TimeZone::defined("Office", changes).isNamed());
 }
 
+TEST(DefinedZones, GoBackToLocalTimesThatWereSkippedAMomentAgo) {
+    const TimeZone zone =
+        TimeZone::defined("Office", {.changes = {{.at = 1000, .offset = 7200}, {.at = 1600}}});
+    using std::chrono::seconds;
+    for (const GapPolicy policy : {GapPolicy::keepOffset, GapPolicy::nextExisting})
+        EXPECT_EQ(zone.instantAt(seconds(1700), policy), Instant(seconds(1700)));
+    EXPECT_EQ(zone.instantAt(seconds(1200), GapPolicy::nextExisting), Instant(seconds(1000)));
+    EXPECT_EQ(zone.instantAt(seconds(8300), GapPolicy::keepOffset), Instant(seconds(1100)));
+}
+
 }  // namespace
 }  // namespace kestrant
