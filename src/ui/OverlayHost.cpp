@@ -49,6 +49,13 @@ class OverlayHost::Layer : public QQuickItem {
     /// Before the items lose their parents, which they are bound to.
     ~Layer() override { delete overlay; }
     [[nodiscard]] bool contains(const QPointF&) const override { return true; }
+    /// Whether something that grabs the pointer belongs to the overlay.
+    [[nodiscard]] bool carries(const QObject* grabber) const {
+        const auto* item = qobject_cast<const QQuickItem*>(grabber);
+        if (!item && grabber)
+            item = qobject_cast<const QQuickItem*>(grabber->parent());  // A pointer handler and its item.
+        return item && isAncestorOf(item);
+    }
     [[nodiscard]] QRectF surface() const {
         return overlay ? QRectF(overlay->position(), overlay->size()) : QRectF();
     }
@@ -328,6 +335,16 @@ bool OverlayHost::press(QPointF inWindow) {
     return isOnOpener || !isOnControl;
 }
 
+void OverlayHost::keepPressInside(QPointerEvent& event) const {
+    const Layer& layer = *overlays_.back()->layer;
+    for (const QEventPoint& point : event.points()) {
+        for (const QPointer<QObject>& grabber : event.passiveGrabbers(point)) {
+            if (grabber && !layer.carries(grabber))
+                event.removePassiveGrabber(point, grabber);
+        }
+    }
+}
+
 bool OverlayHost::keepFocusInside(bool forward) {
     const QQuickItem& overlay = *overlays_.back()->layer->overlay;
     QQuickItem* focused = window_.activeFocusItem();
@@ -359,6 +376,10 @@ bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
     }
     if (event->type() == QEvent::MouseButtonDblClick)
         return pressIsSpent_;
+    if (!overlays_.empty() &&
+        (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease ||
+         event->type() == QEvent::TouchUpdate || event->type() == QEvent::TouchEnd))
+        keepPressInside(*static_cast<QPointerEvent*>(event));
     if (event->type() == QEvent::KeyPress && !overlays_.empty()) {
         const auto& key = *static_cast<const QKeyEvent*>(event);
         const bool isTab = key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab;

@@ -15,6 +15,8 @@
 #include <memory>
 #include <vector>
 
+class QPointerEvent;
+
 namespace kestrant {
 
 class Appearance;
@@ -98,6 +100,9 @@ class OverlayHost : public QObject {
     /// Whether a press at a place in the window is the overlays' alone.
     [[nodiscard]] bool press(QPointF inWindow);
     [[nodiscard]] bool isOnControls(QPointF place) const;
+    /// Takes a press on the uppermost overlay away from what lies beneath it: pointer handlers look on
+    /// passively although an item above them has accepted the press, and would act on the release.
+    void keepPressInside(QPointerEvent& event) const;
     /// Moves the focus on within the uppermost overlay where it would leave that by itself.
     [[nodiscard]] bool keepFocusInside(bool forward);
 

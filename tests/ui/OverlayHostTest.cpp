@@ -36,7 +36,10 @@ QPointF middleOf(const QQuickItem& item) {
 
 TEST(OverlayHost, APressBesideClosesWhatLiesAboveIt) {
     PanelProgram program;
+    for (const char* title : {"One", "Two", "Three", "Four", "Five", "Six"})
+        program.database.putReminder({.title = QString::fromLatin1(title)});
     program.expand();
+    program.settle();
     OverlayHost& overlays = program.view.overlays();
     program.call("openQuickAdd");
     QQuickItem* quickAdd = overlays.surface(QStringLiteral("quickAdd"));
@@ -53,6 +56,10 @@ TEST(OverlayHost, APressBesideClosesWhatLiesAboveIt) {
     EXPECT_EQ(allClosed.count(), 0);
     program.click(quickAdd->mapToScene({4, 4}));
     EXPECT_EQ(overlays.topmost(), QStringLiteral("quickAdd")) << "a press on it changes nothing";
+    for (qreal x = 4; x < quickAdd->width(); x += 60) {
+        program.click(quickAdd->mapToScene({x, 4}));
+        EXPECT_TRUE(quickAdd->hasActiveFocus()) << "nor anything beneath, " << x << " from its edge";
+    }
     program.click({400, 700});
     EXPECT_EQ(overlays.topmost(), QString());
     EXPECT_EQ(allClosed.count(), 1);
