@@ -6,10 +6,11 @@ import subprocess
 import unittest
 import zoneinfo
 
-from harness import DesktopTest, wait_until
+from harness import LIST_COLOUR, DesktopTest, wait_until
 
 # Nothing else on the panel has these.
 WORK_COLOUR = (0x00, 0xE0, 0xFF)
+ACCENT = (0x0A, 0x84, 0xFF)
 HOME_COLOUR = (0xB0, 0xFF, 0x00)
 # The calendar in the right half of the open panel, counted from its middle and the upper edge: in its place, while a card is
 # carried, two columns and four rows of tiles to let it go on.
@@ -87,6 +88,26 @@ class CalendarTest(DesktopTest):
                    "the reminder is due three days from today")
         self.wait_for_circles(1)
 
+    def test_the_circle_of_a_reminder_completes_it_and_the_keyboard_shows_its_row(self):
+        path = self.add_reminder("Water the plants", more=f"DUE;TZID={self.zone}:{self.day(1)}T143000\r\n")
+        self.add_event(self.work, "Round", 1)
+        self.open()
+        self.wait_for_rows("work")
+        left, top, right, bottom = next(patch for patch in self.patches(LIST_COLOUR) if patch[0] > self.middle)
+        ring = (left + right) // 2, (top + bottom) // 2
+        self.desktop.click(*ring)
+        wait_until(lambda: "STATUS:COMPLETED" in self.text(path), "the reminder is completed")
+        self.wait_for_circles(0)
+        self.desktop.key("ctrl+z")
+        wait_until(lambda: "STATUS:COMPLETED" not in self.text(path), "the reminder is open again")
+        self.wait_for_circles(1)
+        self.desktop.click(ring[0] + 40, ring[1])
+        self.assertEqual(self.patches(ACCENT), [])
+        self.desktop.key("Up", "Down")
+        self.wait_for(lambda: self.patches(ACCENT), bool, "the row that the keyboard is on is marked")
+        self.desktop.key("space")
+        wait_until(lambda: "STATUS:COMPLETED" in self.text(path), "the reminder is completed")
+
     def test_an_occurrence_that_is_edited_changes_and_the_series_stays(self):
         path = self.add_event(self.work, "Round", -6, more="RRULE:FREQ=WEEKLY\r\n")
         series = self.component(path, 0)
@@ -126,6 +147,7 @@ class CalendarTest(DesktopTest):
 
     def test_an_occurrence_that_is_deleted_by_the_keyboard_is_an_exception_of_its_series(self):
         path = self.add_event(self.work, "Round", -6, more="RRULE:FREQ=WEEKLY\r\n")
+        series = self.component(path, 0)
         self.open()
         x, y = self.wait_for_rows("work")[0]
         self.desktop.click(x + 60, y)
@@ -136,6 +158,9 @@ class CalendarTest(DesktopTest):
         self.wait_for_rows()
         self.assertIn(f"EXDATE;TZID={self.zone}:{self.day(1)}T100000\r\n", self.text(path))
         self.assertIn("RRULE:FREQ=WEEKLY\r\n", self.text(path))
+        self.desktop.key("ctrl+z")
+        self.wait_for_rows("work")
+        self.assertEqual(self.component(path, 0), series)
 
     def test_the_full_calendar_goes_back_and_forth_and_returns_to_the_week(self):
         for number in range(6):

@@ -104,6 +104,11 @@ class PanelTest(DesktopTest):
         self.desktop.click(self.middle + 436, 20)
         self.wait_for(lambda: self.desktop.picture().differing(self.other_colour, below), bool, "it hangs below the panel")
         # Where its shadow would be, with a compositor, is the other window.
+        self.desktop.click(self.middle + 436, 20)
+        self.wait_for(lambda: self.desktop.picture().differing(self.other_colour, below), lambda seen: not seen,
+                      "what opened it closes it")
+        self.desktop.click(self.middle + 436, 20)
+        self.wait_for(lambda: self.desktop.picture().differing(self.other_colour, below), bool, "it hangs below the panel")
         left, _, _, bottom = self.desktop.steady_picture().differing(self.other_colour, below)
         before = len(self.other.clicks())
         self.desktop.click(left + 40, bottom + 20)
@@ -112,6 +117,12 @@ class PanelTest(DesktopTest):
         self.collapse()
         self.expand()
         self.assertEqual(self.desktop.steady_picture().pixels, still.pixels, "nothing was changed by it")
+
+    def test_asking_for_a_search_that_is_not_shown_holds_nothing_open(self):
+        self.start(showReminders=False)
+        self.expand()
+        self.desktop.key("ctrl+f")
+        self.collapse()
 
 
 class SessionTest(DesktopTest):

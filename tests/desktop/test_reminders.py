@@ -5,7 +5,7 @@ import json
 import unittest
 import zoneinfo
 
-from harness import DesktopTest, wait_until
+from harness import EXPANDED, IDLE, DesktopTest, wait_until
 
 
 class RemindersTest(DesktopTest):
@@ -50,6 +50,73 @@ class RemindersTest(DesktopTest):
         self.wait_for_completion(completed)
         self.assertEqual(taken_back.read_bytes(), before)
         self.wait_for_circles(1)
+
+    def message(self):
+        """The bounds of the message below the panel, or None."""
+        below = (self.middle - 460, EXPANDED[1] + 2, self.middle + 460, EXPANDED[1] + 80)
+        return self.desktop.picture().differing(self.other_colour, below)
+
+    def test_the_offer_to_undo_goes_with_what_it_takes_back_and_a_click_on_it_does_that_alone(self):
+        path = self.add_reminder("Call Theo", more="DUE;VALUE=DATE:20260327\r\n")
+        before = self.files()
+        self.start()
+        self.expand()
+        circle = self.wait_for_circles(1)[0]
+        self.desktop.click(*circle)
+        self.wait_for(self.message, bool, "the completion is offered to be undone")
+        self.desktop.click(*circle)
+        self.wait_for(self.message, lambda seen: not seen, "the offer is gone")
+        self.desktop.click(*circle)
+        _, top, right, bottom = self.wait_for(self.message, bool, "the completion is offered to be undone")
+        # It stays while it is pointed at.
+        self.desktop.move(right - 70, (top + bottom) // 2)
+        self.wait_for_completion(path)
+        self.desktop.click(right - 70, (top + bottom) // 2)
+        wait_until(lambda: "STATUS:COMPLETED" not in self.text(path), "the reminder is open again")
+        self.wait_for_circles(1)
+        # Nothing has opened.
+        self.desktop.key("Escape")
+        self.point_away()
+        self.wait_for_panel(IDLE)
+        self.assertEqual(self.files(), before)
+
+    def test_a_click_in_a_popover_reaches_only_what_is_seen_there(self):
+        for number in range(6):
+            self.add_reminder(f"Card {number}", more=f"DUE;VALUE=DATE:2026032{number}\r\n")
+        before = self.files()
+        self.start()
+        self.expand()
+        self.wait_for_circles(6)
+        self.desktop.key("ctrl+n")
+        self.desktop.type("Call Anna tomorrow 9am")
+        self.desktop.steady_picture()
+        # The cross of the date, then free places above cards and rows.
+        for x, y in ((214, 179), (60, 102), (214, 190), (150, 235)):
+            self.desktop.click(self.middle + x, y, times=2)
+        self.desktop.type(" now")
+        self.desktop.key("Return")
+        created = wait_until(lambda: [path for path in self.list.glob("*.ics") if path.name not in before],
+                             "the new file is there")[0]
+        self.assertIn("SUMMARY:Call Anna tomorrow 9am now\r\n", self.text(created))
+        self.assertNotIn("DUE", self.text(created))
+        created.unlink()
+        self.assertEqual(self.files(), before)
+
+    def test_a_card_that_is_placed_under_another_order_makes_that_the_manual_one(self):
+        for day, title in enumerate(("First", "Second", "Third"), start=1):
+            self.add_reminder(title, more=f"DUE;VALUE=DATE:2026032{day}\r\n")
+        self.start(reminderSortMode="dueDate")
+        self.expand()
+        cards = self.wait_for_circles(3)
+
+        def mode():
+            return json.loads((self.configuration / "preferences.json").read_text())["reminderSortMode"]
+
+        self.desktop.drag((cards[0][0] + 60, cards[0][1] + 20), (cards[2][0] + 150, cards[2][1] + 20))
+        wait_until(lambda: mode() == "manual", "the order is the manual one")
+        self.assertEqual(self.order(), ["second", "third", "first"])
+        self.desktop.key("ctrl+z")
+        wait_until(lambda: mode() == "dueDate", "the order is by date again")
 
     def test_a_new_reminder_is_typed_in_and_becomes_a_file(self):
         self.start()
