@@ -19,12 +19,18 @@ namespace {
 
 using Command = CommandLineArguments::Command;
 
+/// Whoever completes or removes a reminder has to know of all completed ones, for their record.
+bool needsOnlyItsSubjects(Command command) {
+    return command == Command::show || command == Command::edit || command == Command::reschedule ||
+           command == Command::move || command == Command::flag || command == Command::unflag;
+}
+
 /// What a command has to know of what is in the lists.
 EventStoreUse useOf(const CommandLineArguments& arguments) {
     EventStoreUse use{.items = std::nullopt, .waitsForAll = true};
     if (arguments.command == Command::add || arguments.command == Command::addEvent)
         use.items = QStringList();
-    else if (arguments.command == Command::show)
+    else if (needsOnlyItsSubjects(arguments.command))
         use.items = arguments.subjects;
     return use;
 }
@@ -87,9 +93,13 @@ void CommandRun::printError(const TextPair& message) const {
     environment.err(onOneLine(localization(message)) + u'\n');
 }
 
-void CommandRun::printProblems() const {
-    for (const TextPair& problem : eventStore.problems())
+void CommandRun::printProblems() {
+    for (const TextPair& problem : eventStore.problems()) {
+        if (std::find(problemsTold_.begin(), problemsTold_.end(), problem) != problemsTold_.end())
+            continue;
+        problemsTold_.push_back(problem);
         printError(problem);
+    }
 }
 
 bool CommandRun::hasAnswer(EKEntityType type, const std::optional<QString>& list) const {
@@ -115,17 +125,19 @@ TextPair CommandRun::notFound(EKEntityType type, const TextPair& gone) const {
         type == EKEntityType::reminder
             ? text("There is no such reminder in the lists that answer; it may be in %1.",
                    "Ce rappel n’est dans aucune des listes qui répondent ; il est peut-être dans %1.")
-            : text("There is no such event in the calendars that answer; it may be in %1.",
-                   "Cet événement n’est dans aucun des calendriers qui répondent ; il est peut-être dans %1.");
+            : text(
+                  "There is no such event in the calendars that answer; it may be in %1.",
+                  "Cet événement n’est dans aucun des calendriers qui répondent ; il est peut-être dans %1.");
     return {message.english.arg(english.join(QStringLiteral(", "))),
             message.french.arg(french.join(QStringLiteral(", ")))};
 }
 
-void CommandRun::finish(CommandStatus status) const {
+void CommandRun::finish(CommandStatus status) {
+    printProblems();
     QCoreApplication::exit(status);
 }
 
-void CommandRun::finishReading() const {
+void CommandRun::finishReading() {
     if (environment.leave)
         environment.leave(done);
     finish();

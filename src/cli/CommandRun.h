@@ -17,6 +17,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace kestrant {
 
@@ -56,18 +57,21 @@ class CommandRun {
     /// The lists of reminders or the calendars of events.
     void printCalendars(EKEntityType type) const;
     void printError(const TextPair& message) const;
-    /// The files that could not be read, and the lists that do not answer.
-    void printProblems() const;
+    /// The files that could not be read, and the lists that do not answer; each once.
+    void printProblems();
     /// Whether any list of reminders (or calendar of events) could be asked: any at all, or the one named.
     [[nodiscard]] bool hasAnswer(EKEntityType type, const std::optional<QString>& list) const;
     /// `gone` says that an item is not there; it may be in a list that does not answer.
     [[nodiscard]] TextPair notFound(EKEntityType type, const TextPair& gone) const;
 
-    void finish(CommandStatus status = done) const;
+    void finish(CommandStatus status = done);
     /// Ends a command that has changed nothing.
-    void finishReading() const;
+    void finishReading();
     /// Ends without having done what was asked.
     void refuse(const TextPair& reason) const;
+
+  private:
+    std::vector<TextPair> problemsTold_;
 };
 
 }  // namespace kestrant

@@ -8,11 +8,13 @@ import pathlib
 import shutil
 import signal
 import socket
+import subprocess
 import unittest
 
-from harness import EXPANDED, LIST_COLOUR, TOOLBAR_HEIGHT, DesktopTest, stop, wait_until
+from harness import EXPANDED, LIST_COLOUR, SOURCES, TOOLBAR_HEIGHT, DesktopTest, stop, wait_until
 
 SERVICE = "evolution-calendar-factory"
+FOREIGN_PROGRAM = os.environ.get("FOREIGN_PROGRAM", str(SOURCES / "build/dev/tests/desktop/foreign_program"))
 # Of the dot on the settings' button when there is something to say.
 WARNING = (0xFF, 0xB0, 0x3A)
 
@@ -88,9 +90,56 @@ class EvolutionTest(DesktopWithService):
         self.wait_for_circles(0)
 
 
-class ServerTest(DesktopWithService):
-    """An account whose server does not answer."""
+class OthersTest(DesktopWithService):
+    def foreign(self, *arguments, title=None, more=""):
+        """Has the other program do this; with a title it writes a task of that name."""
+        text = title and (f"BEGIN:VTODO\r\nUID:{title.lower()}\r\nDTSTAMP:20260301T080000Z\r\nSUMMARY:{title}\r\n"
+                          f"{more}END:VTODO\r\n")
+        done = subprocess.run([FOREIGN_PROGRAM, *arguments], env=self.desktop.environment, input=text or "", text=True,
+                              capture_output=True)
+        self.assertEqual(done.returncode, 0, done.stderr)
 
+    def order(self):
+        return json.loads((self.configuration / "preferences.json").read_text())["reminderManualOrder"]
+
+    def test_what_another_program_changes_shows_in_the_open_panel(self):
+        self.add_list("Work", "local")
+        for title in ("Water", "Read", "Write"):
+            self.foreign("add", "errands", title=title)
+        placed = ["write", "water", "read"]
+        self.start(reminderSortMode="manual", reminderManualOrder=placed)
+        self.expand()
+        cards = self.wait_for_circles(3)
+        # A form that is open stays as it is.
+        self.desktop.key("ctrl+n")
+        self.desktop.type("Buy a ")
+        self.foreign("add", "work", title="Report")
+        self.foreign("replace", "errands", title="Read", more="DESCRIPTION:A long one\r\n")
+        wait_until(lambda: len(self.titles()) == 4, "the service has what was added")
+        self.desktop.type("lamp")
+        self.desktop.key("Return")
+        wait_until(lambda: "Buy a lamp" in self.titles(), "the form was kept")
+        self.assertEqual(self.wait_for_circles(5)[:3], cards)
+        self.assertEqual(self.order()[:3], placed)
+
+        self.foreign("recolor", "work", "#00AAFF")
+        self.wait_for_circles(4)
+        self.foreign("rename", "errands", "Elsewhere")
+        self.foreign("remove", "errands", "water")
+        self.foreign("add", "work", title="Water")
+        self.wait_for_circles(3)
+        self.foreign("replace", "errands", title="Read",
+                     more="STATUS:COMPLETED\r\nPERCENT-COMPLETE:100\r\nCOMPLETED:20260302T080000Z\r\n")
+        self.wait_for_circles(2)
+        self.foreign("recolor", "work", "#%02X%02X%02X" % LIST_COLOUR)
+        self.wait_for_circles(4)
+        self.foreign("forget", "work")
+        self.desktop.click(*self.wait_for_circles(2)[0])
+        self.wait_for_circles(1)
+        wait_until(lambda: self.titles() == ["Buy a lamp"], "the first card was the first one still")
+
+
+class DesktopWithServer(DesktopWithService):
     def setUp(self):
         if not shutil.which("radicale"):
             self.skipTest("radicale is not installed; scripts/install-dependencies installs it")
@@ -119,6 +168,10 @@ class ServerTest(DesktopWithService):
                       f"[Authentication]\nHost=127.0.0.1\nPort={port}\nMethod=none\n\n[Security]\nMethod=none\n\n"
                       "[WebDAV Backend]\nResourcePath=/someone/tasks/\n\n[Offline]\nStaySynchronized=true\n")
 
+
+class ServerTest(DesktopWithServer):
+    """An account whose server does not answer."""
+
     def test_what_waits_for_the_server_holds_nothing_else_up(self):
         self.add("Call Theo")
         self.start()
@@ -137,6 +190,50 @@ class ServerTest(DesktopWithService):
         self.wait_for(self.warns, lambda warns: not warns, "all is well again")
         wait_until(lambda: len(self.ledger()) == 2, "both completions are recorded")
         self.assertEqual(self.titles(), [])
+
+
+class UndoOnServerTest(DesktopWithServer):
+    def lines(self):
+        """The lines of the item on the server without the marks of a revision; none where it is not there."""
+        marks = ("DTSTAMP", "LAST-MODIFIED", "SEQUENCE", "CREATED", "PRODID", "BEGIN:VCALENDAR", "END:VCALENDAR")
+        found = [path for path in self.bread.parent.glob("*.ics") if "SUMMARY:Buy bread" in self.text(path)]
+        return sorted(line for line in self.text(found[0]).splitlines() if not line.startswith(marks)) if found else []
+
+    def test_what_is_done_in_a_list_of_a_server_is_undone_and_made_again_there(self):
+        self.start()
+        self.expand()
+        self.wait_for_circles(1)
+        before = self.lines()
+
+        def complete():
+            self.desktop.click(*self.wait_for_circles(1)[0])
+
+        def with_card(*keys):
+            x, y = self.wait_for_circles(1)[0]
+            self.desktop.click(x + 60, y)
+            for key in keys:
+                self.desktop.key(key)
+
+        def flag():
+            with_card("Menu", "f", "Return")
+
+        def delete():
+            with_card("Delete")
+
+        for change, is_made in ((complete, lambda lines: "STATUS:COMPLETED" in lines),
+                                (flag, lambda lines: "X-PINNED:true" in lines),
+                                (delete, lambda lines: not lines)):
+            change()
+            made = self.wait_for(self.lines, is_made, f"{change.__name__}: the server has it")
+            self.desktop.key("ctrl+z")
+            self.wait_for(self.lines, lambda lines: lines and not is_made(lines), f"{change.__name__}: taken back")
+            self.assertEqual([line for line in before if line not in self.lines()], [])
+            self.wait_for_circles(1)
+            self.desktop.key("ctrl+shift+z")
+            self.wait_for(self.lines, is_made, f"{change.__name__}: made again")
+            self.desktop.key("ctrl+z")
+            self.wait_for(self.lines, lambda lines: lines and not is_made(lines), f"{change.__name__}: taken back again")
+            self.wait_for_circles(1)
 
 
 class ExchangeTest(DesktopWithService):

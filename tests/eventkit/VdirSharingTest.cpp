@@ -1,5 +1,5 @@
 #include "VdirFolder.h"
-#include "eventkit/vdir/Journal.h"
+#include "eventkit/items/Journal.h"
 #include "eventkit/vdir/VdirDatabase.h"
 #include "foundation/FileLock.h"
 #include "support/ReminderBuilders.h"
@@ -14,9 +14,9 @@
 namespace kestrant {
 namespace {
 
+using items::Journal;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using vdir::Journal;
 using vdir::VdirDatabase;
 
 const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
@@ -44,11 +44,13 @@ TEST_F(VdirSharingTest, WhatEndedBetweenItsTwoStepsIsTakenBackByWhoeverReads) {
     const QByteArray made = VdirFolder::reminder("b", "made");
     const QByteArray touched = VdirFolder::reminder("b", "touched");
     const QByteArray noteOf[] = {
-        Journal{{{{"work", "b.ics"}, vdir::digestOf(made)}}, {"list", "a.ics"}, vdir::digestOf(source), false}
+        Journal{
+            {{{"work", "b.ics"}, items::digestOf(made)}}, {"list", "a.ics"}, items::digestOf(source), false}
             .text(),
-        Journal{{{{"work", "b.ics"}, vdir::digestOf(made)}}, {"list", "a.ics"}, vdir::digestOf(source), true}
+        Journal{
+            {{{"work", "b.ics"}, items::digestOf(made)}}, {"list", "a.ics"}, items::digestOf(source), true}
             .text(),
-        Journal{{{{"..", "b.ics"}, vdir::digestOf(made)}}, {"list", "a.ics"}, vdir::digestOf(source), true}
+        Journal{{{{"..", "b.ics"}, items::digestOf(made)}}, {"list", "a.ics"}, items::digestOf(source), true}
             .text(),
     };
     const struct {

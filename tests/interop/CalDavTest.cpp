@@ -16,6 +16,7 @@ using namespace std::chrono_literals;
 using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::UnorderedElementsAre;
 
@@ -193,6 +194,54 @@ TEST_F(CalDav, RefusesToMoveAnItemToWhereItIsAlready) {
             << here.toStdString();
     }
     EXPECT_THAT(driver.openTitles(), ElementsAre("Bread", "Copy"));
+}
+
+TEST_F(CalDav, SaysThatChangesAreKeptWhileTheServerCannotBeReached) {
+    server.put("tasks", "jam", task("jam", "Jam"));
+    server.refresh();
+    house.awaitThat([&] { return house.store.calendarItem("jam") != nullptr; });
+    const auto edit = [&] {
+        const EKReminderRef reminder = house.store.calendarItem("bread");
+        reminder->data.title += "!";
+        return driver.save(reminder).has_value();
+    };
+    const auto flag = [&] {
+        const EKReminderRef bread = house.store.calendarItem("bread");
+        const EKReminderRef made = house.store.calendarItem("made");
+        bread->data.isFlagged = made->data.isFlagged = true;
+        const auto answers = driver.saveAll({bread, made});
+        return answers[0].has_value() && answers[1].has_value();
+    };
+    const auto create = [&] {
+        ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS)
+            .add("BEGIN:VTODO\r\nUID:made\r\nDTSTAMP:20260101T000000Z\r\nSUMMARY:Made\r\nEND:VTODO\r\n");
+        house.awaitThat([&] { return house.store.calendarItem("made") != nullptr; });
+        driver.add(aReminder("").titled("Own").in(list));
+        return true;
+    };
+    const auto remove = [&] { return driver.remove(house.store.calendarItem("jam")).has_value(); };
+    const std::function<bool()> changes[] = {edit, create, flag, remove};
+    for (const auto& change : changes) {
+        EXPECT_THAT(house.store.problems(), IsEmpty());
+        server.stop();
+        // A process that has had a connection refuses changes instead.
+        house.service.kill("org.gnome.evolution.dataserver.Calendar");
+        house.awaitThat([&] {
+            const auto shown = house.store.calendarWithIdentifier(list);
+            return house.store.problems().empty() && shown && shown->allowsContentModifications;
+        });
+        EXPECT_TRUE(change());
+        ASSERT_EQ(house.store.problems().size(), 1u);
+        EXPECT_THAT(house.store.problems().front().english.toStdString(),
+                    AllOf(HasSubstr("Home"), HasSubstr("cannot be reached")));
+        server.start();
+        house.awaitThat([&] { return house.store.problems().empty(); });
+    }
+    house.awaitThat([&] {
+        return server.text("tasks", "bread").contains("X-PINNED") &&
+               !server.textWith("tasks", "Own").isEmpty() && server.text("tasks", "jam").isEmpty();
+    });
+    EXPECT_TRUE(server.text("tasks", "bread").contains("SUMMARY:Bread!"));
 }
 
 /// An account whose server takes requests and does not answer, with little patience.

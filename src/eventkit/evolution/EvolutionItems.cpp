@@ -1,5 +1,7 @@
 #include "eventkit/EKErrors.h"
 #include "eventkit/evolution/EvolutionStorage.h"
+#include "eventkit/evolution/ServiceText.h"
+#include "eventkit/evolution/TwoSteps.h"
 
 #include <algorithm>
 #include <chrono>
@@ -125,8 +127,15 @@ tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& plac
         return tl::unexpected(WriteError(client.error()));
     const QByteArrayView name = (*client)->componentName();
     auto error = (*client)->write(place.file, changeBetween(before, after, name), titleIn(before, name));
-    if (!error)
-        return readBack(place);
+    const auto steps = TwoSteps::current();
+    if (!error) {
+        if (steps)
+            steps->noteChanged(place);
+        auto stored = readBack(place);
+        if (stored)
+            noteSending(place, before.text(), &stored->text);
+        return stored;
+    }
     const EKError* const unknown = whereUnknown(*error);
     if (!unknown)
         return tl::unexpected(std::move(*error));
@@ -136,6 +145,8 @@ tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& plac
     // It was as expected a moment before, so that what is another text is what was written.
     if (!*present || (*present)->version == expected)
         return tl::unexpected(WriteError(items::ChangedMeanwhile{}));
+    if (steps)
+        steps->noteChanged(place);
     return std::move(**present);
 }
 
@@ -210,9 +221,10 @@ EvolutionStorage::replaceAll(const std::vector<Replacement>& replacements) {
             continue;
         }
         auto& text = *next++;
-        if (text && *text)
+        if (text && *text) {
+            noteSending(wanted.place, wanted.before.text(), &(*text)->text);
             results.emplace_back(std::move(**text));
-        else
+        } else
             results.push_back(
                 tl::unexpected(WriteError(text ? itemNotFoundError() : std::move(text.error()))));
     }
@@ -229,13 +241,24 @@ std::optional<WriteError> EvolutionStorage::remove(const Place& place, const ite
     const auto document = Document::parse(present->text);
     auto error =
         (*client)->remove(place.file, document ? titleIn(*document, (*client)->componentName()) : QString());
-    const EKError* const unknown = error ? whereUnknown(*error) : nullptr;
+    const auto steps = TwoSteps::current();
+    if (!error) {
+        if (steps)
+            steps->noteRemoved(place);
+        noteSending(place, present->text, nullptr);
+        return std::nullopt;
+    }
+    const EKError* const unknown = whereUnknown(*error);
     if (!unknown)
         return error;
     const auto left = readOutcome(**client, place, expected, *unknown);
     if (!left)
         return left.error();
-    return *left ? std::optional<WriteError>(items::ChangedMeanwhile{}) : std::nullopt;
+    if (*left)
+        return items::ChangedMeanwhile{};
+    if (steps)
+        steps->noteRemoved(place);
+    return std::nullopt;
 }
 
 tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const QByteArray& collection,
@@ -250,6 +273,10 @@ tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const 
     if (!client)
         return tl::unexpected(client.error());
     const QByteArrayView name = (*client)->componentName();
+    const Place wanted{collection, uid};
+    const auto steps = TwoSteps::current();
+    if (steps)
+        steps->noteMade(wanted);
     auto created =
         (*client)->create(uid, changeBetween(Document::make(), document, name), titleIn(document, name));
     if (created) {
@@ -257,18 +284,28 @@ tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const 
         auto text = readBack(place);
         if (!text)
             return failed(std::move(text.error()));
+        if (steps) {
+            if (place != wanted)
+                steps->noteRemoved(wanted);
+            steps->noteMade(place, text->text);
+        }
+        noteSending(place, {}, &text->text);
         return Created{place, *created, std::move(*text)};
     }
     const EKError* const unknown = whereUnknown(created.error());
-    if (!unknown)
+    if (!unknown) {
+        if (steps)
+            steps->noteRemoved(wanted);
         return failed(std::move(created.error()));
-    const Place place{collection, uid};
-    auto present = readOutcome(**client, place, std::nullopt, *unknown);
+    }
+    auto present = readOutcome(**client, wanted, std::nullopt, *unknown);
     if (!present)
         return tl::unexpected(std::move(present.error()));
     if (!*present)
         return tl::unexpected(noAnswerError((*client)->title()));
-    return Created{place, uid, std::move(**present)};
+    if (steps)
+        steps->noteMade(wanted, (*present)->text);
+    return Created{wanted, uid, std::move(**present)};
 }
 
 }  // namespace kestrant::evolution

@@ -55,9 +55,19 @@ TextPair noAnswerInTime() {
     return text("there was no answer in time", "pas de réponse à temps");
 }
 
-QString titleOf(ESource* source) {
-    const Text name(e_source_dup_display_name(source));
-    return QString::fromUtf8(name.get());
+TextPair keptForLater(const QStringList& lists) {
+    const TextPair pair = text(
+        "The server of %1 cannot be reached. The desktop’s calendar service keeps changes and sends them "
+        "later.",
+        "Le serveur de %1 est injoignable. Le service d’agenda du bureau garde les changements et les "
+        "enverra plus tard.");
+    const auto quoted = [&](const char* quotes) {
+        QStringList result;
+        for (const QString& list : lists)
+            result.append(QString::fromUtf8(quotes).arg(list));
+        return result.join(QStringLiteral(", "));
+    };
+    return {pair.english.arg(quoted("“%1”")), pair.french.arg(quoted("« %1 »"))};
 }
 
 ESourceSelectable* selectableOf(ESource* source, EKEntityType type) {
@@ -75,6 +85,11 @@ bool isWrittenMostly(ESourceSelectable* list) {
 
 }  // namespace
 
+QString EvolutionStorage::titleOf(ESource* source) {
+    const Text name(e_source_dup_display_name(source));
+    return QString::fromUtf8(name.get());
+}
+
 class EvolutionStorage::Listener {
   public:
     explicit Listener(items::StorageObserver observer) : observer_(std::move(observer)) {}
@@ -88,6 +103,11 @@ class EvolutionStorage::Listener {
         const std::lock_guard lock(mutex_);
         if (observer_.waits)
             observer_.waits(lists.empty() ? std::nullopt : std::optional(slowAnswer(lists)));
+    }
+    void tellOfUnsent(std::optional<TextPair> reason) {
+        const std::lock_guard lock(mutex_);
+        if (observer_.unsent)
+            observer_.unsent(std::move(reason));
     }
     void tellOfOverdue(const QByteArray& queue, const QString& list) {
         const std::lock_guard lock(mutex_);
@@ -255,11 +275,35 @@ bool EvolutionStorage::update(Library& library, const Changes& changes, const Zo
     return updateDefaults(library) || changed;
 }
 
+bool EvolutionStorage::isOnServer(const List& list) {
+    const Text kind(
+        e_source_backend_dup_backend_name(E_SOURCE_BACKEND(selectableOf(list.source.get(), list.type))));
+    return QByteArrayView(kind.get()) == "caldav";
+}
+
+bool EvolutionStorage::isConnected(const List& list) {
+    return e_source_get_connection_status(list.source.get()) == E_SOURCE_CONNECTION_STATUS_CONNECTED;
+}
+
+void EvolutionStorage::tellOfUnsent() {
+    QStringList titles;
+    for (const auto& [uid, title] : unsent_)
+        titles.append(title);
+    listener_->tellOfUnsent(titles.isEmpty() ? std::nullopt : std::optional(keptForLater(titles)));
+}
+
+void EvolutionStorage::tellChanged(const Changes& changes) {
+    listener_->tell(changes);
+}
+
 bool EvolutionStorage::updateLists(Library& library, const std::map<QByteArray, List>& lists) {
     const auto isGone = [&](const auto& entry) { return !lists.contains(entry.first); };
     bool changed = std::erase_if(library.collections, isGone) > 0;
     std::erase_if(clients_, isGone);
     std::erase_if(silent_, isGone);
+    if (std::erase_if(
+            unsent_, [&](const auto& list) { return isGone(list) || isConnected(lists.at(list.first)); }) > 0)
+        tellOfUnsent();
     for (auto& [uid, collection] : library.collections)
         changed = describe(collection, lists.at(uid)) || changed;
     return changed;
@@ -281,13 +325,16 @@ bool EvolutionStorage::describe(Collection& collection, const List& list) {
 
 void EvolutionStorage::readAllLists(Library& library, const std::map<QByteArray, List>& lists,
                                     const ZoneCalendar& local) {
-    if (wanted_ && wanted_->empty()) {
+    if (wanted_) {
+        // Nobody waits for those in which nothing is wanted.
         for (const auto& [uid, list] : lists) {
-            Collection& collection = library.collections[uid];
-            (void)describe(collection, list);
-            collection.isWritable = isWrittenMostly(selectableOf(list.source.get(), list.type));
+            const auto [place, isNew] = library.collections.try_emplace(uid);
+            (void)describe(place->second, list);
+            if (isNew)
+                place->second.isWritable = isWrittenMostly(selectableOf(list.source.get(), list.type));
         }
-        return;
+        if (wanted_->empty())
+            return;
     }
     if (!queues_) {
         for (const auto& [uid, list] : lists)
@@ -362,6 +409,10 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const L
     std::map<QByteArray, std::optional<QByteArray>> some;
     bool isSilent = !client;
     if (client && !named) {
+        settleUnfinished(uid);
+        // The service connects again, and sends what it has kept.
+        if (unsent_.contains(uid))
+            client->refresh();
         all = client->readAll();
         isSilent = !all;
     } else if (client) {
@@ -436,9 +487,11 @@ bool EvolutionStorage::updateDefaults(Library& library) const {
 }
 
 std::optional<EvolutionStorage::Recheck> EvolutionStorage::recheck() const {
-    if (silent_.empty())
+    if (silent_.empty() && unsent_.empty())
         return std::nullopt;
-    Recheck result{.after = 60s, .what = {}};
+    Recheck result{.after = unsent_.empty() ? 60s : 15s, .what = {}};
+    for (const auto& [uid, title] : unsent_)
+        result.what.files[uid];
     for (const auto& [uid, times] : silent_) {
         result.after = std::min<Duration>(result.after, 1s * (1 << std::min(times - 1, 6)));
         result.what.files[uid];

@@ -6,6 +6,7 @@
 #include "eventkit/evolution/Glib.h"
 #include "eventkit/evolution/SourceQueues.h"
 #include "eventkit/items/ItemStorage.h"
+#include "eventkit/items/Journal.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -48,6 +49,8 @@ class EvolutionStorage final : public items::ItemStorage {
     replaceAll(const std::vector<Replacement>& replacements) override;
     [[nodiscard]] std::optional<items::WriteError> remove(const items::Place& place,
                                                           const items::Version& expected) override;
+    [[nodiscard]] items::StorageHold beginTwoSteps(const items::Place& changed, const QByteArray& text,
+                                                   items::SecondStep step) override;
     [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
                                                         const QByteArray& preferredName,
                                                         const icalendar::Document& document) override;
@@ -63,6 +66,7 @@ class EvolutionStorage final : public items::ItemStorage {
         EKEntityType type = EKEntityType::reminder;
     };
 
+    [[nodiscard]] static QString titleOf(ESource* source);
     static void registryChanged(ESourceRegistry* registry, gpointer, gpointer listener);
     void observeRegistry();
     [[nodiscard]] std::map<QByteArray, List> enabledLists();
@@ -106,6 +110,19 @@ class EvolutionStorage final : public items::ItemStorage {
                 const std::optional<items::Version>& before, const EKError& unknown);
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
     readOnceItAnswers(const items::Place& place, const EKError& unknown);
+    /// Takes the first step of changes in this list back whose second one was never made.
+    void settleUnfinished(const QByteArray& list);
+    [[nodiscard]] bool takeBack(const items::Journal& journal);
+    /// Says so where the service only keeps what was written, to send it later: then the item has still the
+    /// version on the server that it had before, and the service no connection. `after` is null for an item
+    /// that is gone.
+    void noteSending(const items::Place& place, const QByteArray& before, const QByteArray* after);
+    /// Whether a list is one whose items have versions on a server.
+    [[nodiscard]] static bool isOnServer(const List& list);
+    /// Whether the service has a connection to its server, as far as it has told so far.
+    [[nodiscard]] static bool isConnected(const List& list);
+    void tellOfUnsent();
+    void tellChanged(const items::Changes& changes);
     /// Which of `replacements` were written in one call for each list.
     [[nodiscard]] std::set<std::size_t> writeTogether(const std::vector<Replacement>& replacements);
     /// The item as it is to be changed. Why nothing may be written, where it is gone or is not what it was.
@@ -126,6 +143,10 @@ class EvolutionStorage final : public items::ItemStorage {
     std::map<QByteArray, int> silent_;
     /// Lists that were read after everybody had given up waiting, of which nobody has been told.
     std::set<QByteArray> late_;
+    /// Titles of lists whose server has not got what was written.
+    std::map<QByteArray, QString> unsent_;
+    /// Notes of this process about changes that came to no end.
+    std::set<QString> unfinished_;
     bool hasRead_ = false;
     /// The items that are read, while that is enough.
     std::optional<std::set<QByteArray>> wanted_;

@@ -19,6 +19,21 @@ namespace {
 /// By what the service tells whether somebody else has changed the item on the server.
 constexpr QByteArrayView serverVersion("X-EVOLUTION-CALDAV-ETAG");
 
+/// Where such a note is, with its line ends, from a place on; empty where there is none.
+QByteArrayView serverVersionAfter(QByteArrayView text, qsizetype from) {
+    qsizetype begin = text.indexOf(serverVersion, from);
+    while (begin > 0 && text[begin - 1] != '\n')
+        begin = text.indexOf(serverVersion, begin + 1);
+    if (begin < 0)
+        return {};
+    qsizetype end = begin;
+    do {
+        const qsizetype line = text.indexOf('\n', end);
+        end = line < 0 ? text.size() : line + 1;
+    } while (end < text.size() && (text[end] == ' ' || text[end] == '\t'));
+    return text.sliced(begin, end - begin);
+}
+
 QByteArray dateOf(ComponentView component) {
     const auto date = component.property("RECURRENCE-ID");
     return date ? date->value : QByteArray();
@@ -82,6 +97,21 @@ QByteArray withServerVersionOf(const QByteArray& present, const QByteArray& comp
     else
         result->remove(serverVersion);
     return result->view().text();
+}
+
+QByteArray serverVersionIn(const QByteArray& text) {
+    return serverVersionAfter(text, 0).toByteArray();
+}
+
+QByteArray withoutServerVersion(const QByteArray& text) {
+    QByteArray result;
+    qsizetype from = 0;
+    for (auto note = serverVersionAfter(text, 0); !note.isEmpty(); note = serverVersionAfter(text, from)) {
+        const qsizetype begin = note.data() - text.constData();
+        result.append(QByteArrayView(text).sliced(from, begin - from));
+        from = begin + note.size();
+    }
+    return result.append(QByteArrayView(text).sliced(from));
 }
 
 QByteArray fileOf(std::vector<QByteArray> components, const std::vector<QByteArray>& zones) {

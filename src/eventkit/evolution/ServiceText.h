@@ -32,6 +32,11 @@ struct ServicePart {
 /// `component` with the version on the server that the service has noted in `present`.
 [[nodiscard]] QByteArray withServerVersionOf(const QByteArray& present, const QByteArray& component);
 
+/// The version on the server that the service has noted in the text of an item; empty where there is none.
+[[nodiscard]] QByteArray serverVersionIn(const QByteArray& text);
+/// The text of an item without such notes.
+[[nodiscard]] QByteArray withoutServerVersion(const QByteArray& text);
+
 /// The file made of these components, in an order that depends on nothing but what is in them, with these
 /// definitions of zones.
 [[nodiscard]] QByteArray fileOf(std::vector<QByteArray> components, const std::vector<QByteArray>& zones);

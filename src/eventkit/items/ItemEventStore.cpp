@@ -1,6 +1,5 @@
 #include "eventkit/items/ItemEventStore.h"
 
-
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -26,7 +25,11 @@ ItemEventStore::ItemEventStore(
           {.changed = [this](const Changes& changes) { onMain([this, changes] { itemsChanged(changes); }); },
            .waits =
                [this](std::optional<TextPair> reason) {
-                   onMain([this, reason = std::move(reason)] { storageWaits(reason); });
+                   onMain([this, reason = std::move(reason)] { storageTells(waiting_, reason); });
+               },
+           .unsent =
+               [this](std::optional<TextPair> reason) {
+                   onMain([this, reason = std::move(reason)] { storageTells(unsent_, reason); });
                },
            .overdue =
                [this](const QByteArray& queue, const QString& list) {
@@ -69,8 +72,8 @@ void ItemEventStore::itemsChanged(const Changes& changes) {
         readTask_ = scheduler_.after(gatheringTime, [this] { readChanges(); });
 }
 
-void ItemEventStore::storageWaits(std::optional<TextPair> reason) {
-    waiting_ = std::move(reason);
+void ItemEventStore::storageTells(std::optional<TextPair>& problem, const std::optional<TextPair>& reason) {
+    problem = reason;
     observers_.notify();
 }
 

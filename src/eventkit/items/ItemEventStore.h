@@ -85,7 +85,7 @@ class ItemEventStore : public EKEventStore {
     /// of a queue.
     void publish(bool announce);
     void itemsChanged(const Changes& changes);
-    void storageWaits(std::optional<TextPair> reason);
+    void storageTells(std::optional<TextPair>& problem, const std::optional<TextPair>& reason);
     void readChanges();
 
     Scheduler& scheduler_;
@@ -98,6 +98,8 @@ class ItemEventStore : public EKEventStore {
     ObserverList<> observers_;
     /// What the storage is waiting for.
     std::optional<TextPair> waiting_;
+    /// What has not reached a server yet.
+    std::optional<TextPair> unsent_;
     std::vector<std::shared_ptr<Operation>> operations_;
     Changes pendingChanges_;
     ScheduledTask readTask_;

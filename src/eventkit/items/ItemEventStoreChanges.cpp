@@ -164,8 +164,10 @@ void ItemEventStore::awaitOutcome(const QString& identifier, SaveCompletion comp
 
 std::vector<TextPair> ItemEventStore::problems() const {
     std::vector<TextPair> problems;
-    if (waiting_)
-        problems.push_back(*waiting_);
+    for (const auto& told : {waiting_, unsent_}) {
+        if (told)
+            problems.push_back(*told);
+    }
     for (const auto& operation : operations_) {
         if (operation->unknown)
             problems.push_back(*operation->unknown);

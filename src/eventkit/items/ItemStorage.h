@@ -31,6 +31,9 @@ struct StorageObserver {
     /// It has been waiting for an answer for a while, with a sentence for the
     /// person; without one when it waits no more.
     std::function<void(std::optional<TextPair> reason)> waits;
+    /// What was written has not reached the servers of some lists, with a sentence for the person; without
+    /// one when they can be reached again.
+    std::function<void(std::optional<TextPair> reason)> unsent;
     /// Work of this queue that has begun to write has waited too long for the
     /// list with this title, and goes on waiting.
     std::function<void(const QByteArray& queue, const QString& list)> overdue;

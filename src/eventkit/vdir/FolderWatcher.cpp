@@ -1,6 +1,6 @@
 #include "eventkit/vdir/FolderWatcher.h"
 
-#include "eventkit/vdir/Journal.h"
+#include "eventkit/items/Journal.h"
 #include "eventkit/vdir/VdirLibrary.h"
 
 #include <poll.h>
@@ -110,7 +110,7 @@ void FolderWatcher::add(items::Changes& changes, const Watched& watched, const Q
     } else if (!name.startsWith('.')) {
         changes.files[name].insert(QByteArray());
         changes.collections = true;
-    } else if (isJournalName(name)) {
+    } else if (items::isJournalName(name)) {
         changes.collections = true;
     }
 }

@@ -1,6 +1,6 @@
 #include "eventkit/vdir/VdirLibrary.h"
 
-#include "eventkit/vdir/Journal.h"
+#include "eventkit/items/Journal.h"
 #include "foundation/AtomicFile.h"
 #include "foundation/FileDescriptor.h"
 
@@ -376,7 +376,7 @@ tl::expected<RootContents, int> readRoot(const QByteArray& root) {
         return tl::unexpected(entries.error());
     RootContents result;
     for (QByteArray& name : *entries) {
-        if (isJournalName(name))
+        if (items::isJournalName(name))
             result.journals.push_back(std::move(name));
         if (name.startsWith('.') || name.isEmpty())
             continue;

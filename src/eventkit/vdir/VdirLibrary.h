@@ -29,7 +29,7 @@ struct FileStamp {
 struct RootContents {
     /// Sub-folders, by name.
     std::vector<QByteArray> collections;
-    /// Notes of changes that were begun (isJournalName()).
+    /// Notes of changes that were begun (items::isJournalName()).
     std::vector<QByteArray> journals;
 };
 /// Lists the folder; what writers that were killed have left in it is removed. The error is a system error

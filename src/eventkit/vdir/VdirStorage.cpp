@@ -1,6 +1,7 @@
 #include "eventkit/vdir/VdirStorage.h"
 
 #include "eventkit/EKErrors.h"
+#include "eventkit/vdir/JournalSettling.h"
 #include "eventkit/vdir/VdirLibrary.h"
 #include "foundation/AtomicFile.h"
 
@@ -20,6 +21,8 @@ namespace kestrant::vdir {
 
 using icalendar::Document;
 using items::ChangedMeanwhile;
+using items::digestOf;
+using items::Journal;
 using items::Place;
 using items::StoredText;
 using items::WriteError;
@@ -88,11 +91,11 @@ class VdirStorage::TwoSteps {
     TwoSteps(VdirStorage& storage, Journal journal)
         : storage_(storage)
         , journal_(std::move(journal))
-        , name_(newJournalName()) {}
+        , name_(items::newJournalName()) {}
     TwoSteps(const TwoSteps&) = delete;
     TwoSteps& operator=(const TwoSteps&) = delete;
     ~TwoSteps() {
-        if (isNoted_ && journal_.settle(storage_.root_))
+        if (isNoted_ && vdir::settle(journal_, storage_.root_))
             ::unlink(path().constData());
     }
 
@@ -225,19 +228,19 @@ bool VdirStorage::settle(const QByteArray& journalName) {
     const QByteArray path = root_ + '/' + journalName;
     const auto opened = openFile(path);
     const auto journal = opened ? Journal::parse(opened->text) : std::nullopt;
-    if (!journal)
+    if (!journal || !staysInFolder(*journal))
         return opened || opened.error() == ENOENT;
     // Whoever is in the middle of it holds the locks.
     const auto locks = lockFolders(journal->collections(), FileLock::Waiting::none);
     const auto isHeld = [](const auto& lock) { return lock->isHeld(); };
     const bool isAbandoned = locks && (std::all_of((*locks)->begin(), (*locks)->end(), isHeld) ||
-                                       !isOfRunningProcess(journalName));
+                                       !items::isOfRunningProcess(journalName));
     if (!isAbandoned)
         return false;
     // It may have come to its end meanwhile.
     if (!stampOf(path))
         return true;
-    return journal->settle(root_) && ::unlink(path.constData()) == 0;
+    return vdir::settle(*journal, root_) && ::unlink(path.constData()) == 0;
 }
 
 QByteArray VdirStorage::pathOf(const Place& place) const {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "eventkit/items/ItemStorage.h"
+#include "eventkit/items/Journal.h"
 #include "eventkit/vdir/FolderWatcher.h"
-#include "eventkit/vdir/Journal.h"
 #include "eventkit/vdir/VdirLibrary.h"
 #include "foundation/FileLock.h"
 

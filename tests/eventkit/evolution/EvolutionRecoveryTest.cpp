@@ -1,5 +1,8 @@
 #include "contracts/EvolutionHouse.h"
+#include "foundation/StandardFolders.h"
 #include "support/EventStoreDriver.h"
+
+#include <QDir>
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -60,6 +63,50 @@ TEST_F(EvolutionRecovery, GoesOnWhenAProcessOfTheServiceWasKilled) {
         EXPECT_TRUE(house.store.calendarItem(identifier));
         const EKReminderRef reminder = house.store.calendarItem(uid);
         ASSERT_TRUE(driver.remove(reminder).has_value());
+    }
+}
+
+TEST_F(EvolutionRecovery, TakesTheFirstOfTwoStepsBackWhereTheSecondOneWasNotMade) {
+    open();
+    EvolutionHouse::Other other(house.calendar.calendar());
+    evolution::EvolutionStorage& storage = other.storage;
+    const auto parsed = [](const QByteArray& text) { return *icalendar::Document::parse(text); };
+    const items::Place changed{list.toUtf8(), identifier.toUtf8()};
+    const QByteArray copy = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VTODO\r\nUID:copy\r\n"
+                            "DTSTAMP:20260101T000000Z\r\nSUMMARY:copy\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
+    const auto rewrite = [&](const items::Place& place, const char* from, const char* to) {
+        const items::StoredText present = **storage.read(place);
+        return storage
+            .replace(place, parsed(present.text), parsed(QByteArray(present.text).replace(from, to)),
+                     present.version)
+            .has_value();
+    };
+    const struct {
+        const char* what;
+        bool isSecondMade, isCopyEdited;
+        std::vector<QString> left;
+    } cases[] = {
+        {"ended between the steps", false, false, {"bread"}},
+        {"the copy was edited", false, true, {"bread", "edited"}},
+        {"both were made", true, false, {"copy", "rye"}},
+    };
+    for (const auto& each : cases) {
+        {
+            const items::StorageHold steps =
+                storage.beginTwoSteps(changed, (*storage.read(changed))->text, items::SecondStep::rewrites);
+            ASSERT_TRUE(storage.create(changed.collection, "copy", {}, parsed(copy)).has_value());
+            EXPECT_TRUE(!each.isSecondMade || rewrite(changed, "SUMMARY:bread", "SUMMARY:rye"));
+        }
+        const items::Place made{changed.collection, "copy"};
+        EXPECT_TRUE(!each.isCopyEdited || rewrite(made, "SUMMARY:copy", "SUMMARY:edited"));
+        (void)other.database.refresh({.files = {{changed.collection, {}}}}, house.calendar.calendar());
+        house.awaitThat([&] { return driver.openTitles() == each.left; });
+        if (const auto left = *storage.read(made)) {
+            EXPECT_FALSE(storage.remove(made, left->version)) << each.what;
+        }
+        EXPECT_THAT(QDir(applicationSupportFolder() + "/changes").entryList(QDir::Files | QDir::Hidden),
+                    IsEmpty())
+            << each.what;
     }
 }
 

@@ -1,23 +1,17 @@
-#include "eventkit/vdir/Journal.h"
+#include "eventkit/items/Journal.h"
 
-#include "eventkit/vdir/VdirLibrary.h"
 #include "foundation/AtomicFile.h"
 
 #include <QCryptographicHash>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cerrno>
 
-namespace kestrant::vdir {
-
-using items::Place;
+namespace kestrant::items {
 
 namespace {
 
@@ -45,17 +39,11 @@ QJsonObject toJson(const Place& place) {
     return {{listKey, encoded(place.collection)}, {fileKey, encoded(place.file)}};
 }
 
-/// Absent where it is no place of an item below the root.
 std::optional<Place> placeFrom(const QJsonObject& json) {
     Place place{decoded(json.value(listKey)), decoded(json.value(fileKey))};
-    if (place.collection.isEmpty() || place.collection.startsWith('.') || place.collection.contains('/') ||
-        place.file.contains('/') || !isItemName(place.file))
+    if (place.collection.isEmpty() || place.file.isEmpty())
         return std::nullopt;
     return place;
-}
-
-QByteArray pathOf(const QByteArray& root, const Place& place) {
-    return root + '/' + place.collection + '/' + place.file;
 }
 
 }  // namespace
@@ -99,23 +87,8 @@ std::vector<QByteArray> Journal::collections() const {
     return result;
 }
 
-bool Journal::settle(const QByteArray& root) const {
-    const auto present = openFile(pathOf(root, changed));
-    if (!present && present.error() != ENOENT)
-        return false;
-    if (!present || (digestOf(present->text) != before && !isRemoved))
-        return true;
-    bool isKnown = true;
-    return std::all_of(made.begin(), made.end(), [&](const Made& file) {
-        // One that somebody has changed meanwhile is theirs.
-        const auto isAsMade = [&](const QString& path) {
-            const auto opened = openFile(QFile::encodeName(path));
-            isKnown = isKnown && (opened || opened.error() == ENOENT);
-            return opened && digestOf(opened->text) == file.digest;
-        };
-        const auto removed = removeFileIf(QFile::decodeName(pathOf(root, file.place)), isAsMade);
-        return removed || (isKnown && removed.error().errorNumber == ESTALE);
-    });
+bool Journal::isDone(const std::optional<QByteArray>& present) const {
+    return !present || (digestOf(*present) != before && !isRemoved);
 }
 
 QByteArray digestOf(const QByteArray& text) {
@@ -136,4 +109,4 @@ bool isOfRunningProcess(QByteArrayView journalName) {
     return process && isRunning(*process);
 }
 
-}  // namespace kestrant::vdir
+}  // namespace kestrant::items

@@ -1,0 +1,74 @@
+#include "eventkit/evolution/EvolutionStorage.h"
+#include "eventkit/evolution/ServiceText.h"
+#include "eventkit/evolution/TwoSteps.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+// What became of changes: of two steps of which one was made, and of what was kept to be sent later.
+
+namespace kestrant::evolution {
+
+using items::Journal;
+using items::Place;
+using namespace std::chrono_literals;
+
+items::StorageHold EvolutionStorage::beginTwoSteps(const Place& changed, const QByteArray& text,
+                                                   items::SecondStep step) {
+    return TwoSteps::begin(Journal{.made = {},
+                                   .changed = changed,
+                                   .before = contentDigest(text),
+                                   .isRemoved = step == items::SecondStep::removes},
+                           [this](const QString& path, const QByteArray& list) {
+                               unfinished_.insert(path);
+                               tellChanged({.files = {{list, {}}}});
+                           });
+}
+
+void EvolutionStorage::settleUnfinished(const QByteArray& list) {
+    for (const auto& [path, journal] : unfinishedChanges(unfinished_)) {
+        if (journal.changed.collection != list || !takeBack(journal))
+            continue;
+        QFile::remove(path);
+        unfinished_.erase(path);
+    }
+}
+
+bool EvolutionStorage::takeBack(const Journal& journal) {
+    const auto present = read(journal.changed);
+    if (!present)
+        return false;
+    if (journal.isDone(*present ? std::optional(withoutServerVersion((*present)->text)) : std::nullopt))
+        return true;
+    return std::all_of(journal.made.begin(), journal.made.end(), [this, &journal](const Journal::Made& made) {
+        const auto item = read(made.place);
+        // One that somebody has changed meanwhile is theirs.
+        if (!item || !*item || (!made.digest.isEmpty() && made.digest != contentDigest((*item)->text)))
+            return item.has_value() || item.error().code == EKError::Code::calendarNotFound;
+        if (remove(made.place, (*item)->version))
+            return false;
+        if (made.place.collection != journal.changed.collection)
+            tellChanged({.files = {{made.place.collection, {made.place.file}}}});
+        return true;
+    });
+}
+
+void EvolutionStorage::noteSending(const Place& place, const QByteArray& before, const QByteArray* after) {
+    const auto lists = enabledLists();
+    const auto list = lists.find(place.collection);
+    if (list == lists.end() || !isOnServer(list->second) ||
+        (after && serverVersionIn(*after) != serverVersionIn(before)))
+        return;
+    // That there is a connection is told by another process, which may be late.
+    for (auto pause = 25ms; pause <= 400ms; pause *= 2) {
+        if (isConnected(list->second) || !limit_.pause(pause))
+            return;
+    }
+    if (unsent_.insert_or_assign(place.collection, titleOf(list->second.source.get())).second)
+        tellOfUnsent();
+}
+
+}  // namespace kestrant::evolution
