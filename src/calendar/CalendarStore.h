@@ -131,7 +131,9 @@ class CalendarStore : public QObject {
 
     /// The event calendars that take changes, for the calendar picker.
     [[nodiscard]] std::vector<EKCalendar> writableCalendars() const;
-    /// The one of them that the database puts new events into, else the first; absent when there is none.
+    /// Whether the calendar (or list of reminders) of a row takes changes.
+    [[nodiscard]] bool isWritable(const CalendarEventItem& row) const;
+    /// The one of the calendars that the database puts new events into, else the first; absent when there is none.
     [[nodiscard]] std::optional<EKCalendar> defaultCalendar() const;
     void createEvent(const NewCalendarEvent& event, const Completion& completion);
     /// What an edit form starts from.

@@ -92,6 +92,19 @@ std::vector<EKCalendar> CalendarStore::writableCalendars() const {
     return calendars;
 }
 
+bool CalendarStore::isWritable(const CalendarEventItem& row) const {
+    EKEventStore& eventStore = d_->services.eventStore;
+    QString calendar;
+    if (row.isReminder) {
+        if (const auto reminder = eventStore.calendarItem(reminderIdentifier(row.id).value_or(QString())))
+            calendar = reminder->data.calendarIdentifier;
+    } else if (const EKEventRef event = eventStore.event(row.itemIdentifier)) {
+        calendar = event->data.calendarIdentifier;
+    }
+    const auto found = eventStore.calendarWithIdentifier(calendar);
+    return !found || found->allowsContentModifications;
+}
+
 std::optional<EKCalendar> CalendarStore::defaultCalendar() const {
     const std::vector<EKCalendar> calendars = writableCalendars();
     const auto chosen = d_->services.eventStore.defaultCalendarForNewEvents();

@@ -192,6 +192,10 @@ QString CalendarEditViewModel::titleOf(const QVariant& row) const {
     return row.value<CalendarEventItem>().title;
 }
 
+bool CalendarEditViewModel::isWritable(const QVariant& row) const {
+    return store_.isWritable(row.value<CalendarEventItem>());
+}
+
 bool CalendarEditViewModel::isRecurring(const QVariant& row) const {
     return row.value<CalendarEventItem>().isRecurring;
 }

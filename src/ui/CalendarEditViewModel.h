@@ -71,6 +71,8 @@ class CalendarEditViewModel : public QObject {
     Q_INVOKABLE [[nodiscard]] bool isReminder(const QVariant& row) const;
     Q_INVOKABLE [[nodiscard]] QString reminderId(const QVariant& row) const;
     Q_INVOKABLE [[nodiscard]] QString titleOf(const QVariant& row) const;
+    /// Whether it may be changed or removed.
+    Q_INVOKABLE [[nodiscard]] bool isWritable(const QVariant& row) const;
     /// One date of several.
     Q_INVOKABLE [[nodiscard]] bool isRecurring(const QVariant& row) const;
     Q_INVOKABLE [[nodiscard]] QString calendarTitleOf(const QVariant& row) const;

@@ -174,6 +174,7 @@ TEST(CalendarEditViewModel, OnlyShowsAnEventOfAReadOnlyCalendar) {
     moved.calendarIdentifier = test.putCalendar("Holidays", false);
     test.database.putEvent(moved);
     test.settle();
+    EXPECT_FALSE(test.form.isWritable(test.shown("Piano")));
     test.form.begin(test.shown("Piano"));
     test.settle();
     EXPECT_EQ(test.form.calendarTitle(), QStringLiteral("Holidays"));
