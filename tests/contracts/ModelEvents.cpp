@@ -34,7 +34,11 @@ void ModelEvents::add(const Step& step) {
         data.recurrenceRules = {EKRecurrenceRule::parse("FREQ=DAILY;COUNT=4")};
     }
     world_.note("add an event");
-    const EKEventRef event = world_.driver.add(data);
+    const auto event = std::make_shared<EKEvent>();
+    event->data = data;
+    const auto answer = world_.driver.save(event);
+    ASSERT_TRUE(answer.has_value());
+    Record record{.isWhole = true};
     for (int i = 0; i < (data.recurrenceRules.empty() ? 1 : 4); ++i) {
         EKEventData occurrence = event->data;
         const QDate day = paris.dayOf(data.startDate).addDays(i);
@@ -43,7 +47,24 @@ void ModelEvents::add(const Step& step) {
         if (!data.recurrenceRules.empty())
             occurrence.occurrenceDate = occurrence.startDate;
         events_[keyOf(occurrence)] = world_.valuesOf(occurrence);
+        record.occurrences[keyOf(occurrence)].after = world_.valuesOf(occurrence);
     }
+    identifiers_.insert(answer->calendarItemIdentifier);
+    keep(*answer, std::move(record));
+}
+
+void ModelEvents::keep(const EKSaveResult& result, Record record) {
+    record.result = result;
+    for (const auto& [key, difference] : record.occurrences) {
+        if (!key.second.isEmpty() && !record.isWhole && !(difference.before && difference.after))
+            record.exclusions = ++exclusions_[key.first];
+    }
+    records_.push_back(std::move(record));
+}
+
+std::size_t ModelEvents::countOf(const QString& identifier) const {
+    return static_cast<std::size_t>(std::count_if(
+        events_.begin(), events_.end(), [&](const auto& each) { return each.first.first == identifier; }));
 }
 
 QString ModelEvents::save(const InHand& hand) {
@@ -68,14 +89,21 @@ QString ModelEvents::save(const InHand& hand) {
     if (*wanted != found->second) {
         const bool isOccurrence = !hand.key.second.isEmpty();
         const bool leaves = isOccurrence && wanted->at("calendar") != found->second.at("calendar");
+        Record record;
+        record.occurrences[hand.key].before = found->second;
         if (leaves) {
+            const EventKey separate{answer->calendarItemIdentifier, {}};
             events_.erase(found);
-            events_[{answer->calendarItemIdentifier, {}}] = without(*wanted, "detached");
+            identifiers_.insert(separate.first);
+            events_[separate] = without(*wanted, "detached");
+            record.occurrences[separate].after = events_[separate];
         } else {
             found->second = *wanted;
             if (isOccurrence)
                 found->second["detached"] = "yes";
+            record.occurrences[hand.key].after = found->second;
         }
+        keep(*answer, std::move(record));
     }
     const auto stored = events_.find(keyOf(hand.event->data));
     if (stored == events_.end() || world_.valuesOf(hand.event->data) != stored->second)
@@ -90,7 +118,109 @@ QString ModelEvents::remove(const InHand& hand) {
     if (codeOf(answer) != expected)
         return QStringLiteral("answered %1 in place of %2")
             .arg(shownCode(codeOf(answer)), shownCode(expected));
+    if (!answer)
+        return {};
+    Record record{.isWhole = hand.key.second.isEmpty()};
+    record.occurrences[hand.key].before = events_[hand.key];
     events_.erase(hand.key);
+    if (record.isWhole)
+        identifiers_.erase(hand.key.first);
+    keep(*answer, std::move(record));
+    return {};
+}
+
+bool ModelEvents::isCertain(const Record& record) const {
+    return std::all_of(record.occurrences.begin(), record.occurrences.end(), [&](const auto& each) {
+        const auto& [key, difference] = each;
+        const auto found = events_.find(key);
+        const bool isPresent = found != events_.end();
+        if (record.isWhole || key.second.isEmpty())
+            return difference.before || !isPresent ||
+                   found->second.at("calendar") == difference.after->at("calendar");
+        if (!identifiers_.contains(key.first) || isPresent != difference.after.has_value())
+            return false;
+        if (difference.before && difference.after)
+            return true;
+        return exclusions_.at(key.first) == record.exclusions &&
+               (!isPresent || found->second == *difference.after);
+    });
+}
+
+Code ModelEvents::takenBackInModel(const Record& record) {
+    auto events = events_;
+    for (const auto& [key, difference] : record.occurrences) {
+        const auto& [before, after] = difference;
+        const auto found = events.find(key);
+        if (after && !identifiers_.contains(key.first))
+            return EKError::Code::itemNotFound;
+        if (after && found == events.end())
+            return EKError::Code::conflict;
+        if (!after) {
+            events[key] = *before;
+        } else if (!before || before->contains("detached") != after->contains("detached")) {
+            // What would have to go has to be as it was made.
+            if (found->second != *after ||
+                (record.isWhole && countOf(key.first) != record.occurrences.size()))
+                return EKError::Code::conflict;
+            if (before)
+                found->second = *before;
+            else
+                events.erase(found);
+        } else {
+            const auto restored = merged(*after, *before, found->second);
+            if (!restored)
+                return EKError::Code::conflict;
+            found->second = *restored;
+        }
+    }
+    events_ = std::move(events);
+    return std::nullopt;
+}
+
+QString ModelEvents::takeBack(unsigned which) {
+    if (records_.empty())
+        return {};
+    // Mostly the latest one, as a person does.
+    const std::size_t position = records_.size() - 1 - (which % 3 ? 0 : which / 3 % records_.size());
+    const Record record = records_[position];
+    records_.erase(records_.begin() + static_cast<std::ptrdiff_t>(position));
+    if (!isCertain(record))
+        return {};
+    QString what = "take back";
+    for (const auto& [key, difference] : record.occurrences)
+        what += QStringLiteral(" the event %1: %2 -> %3")
+                    .arg(key.second, model::shown(difference.after.value_or(Values())),
+                         model::shown(difference.before.value_or(Values())));
+    world_.note(what);
+    const auto before = events_;
+    const Code expected = takenBackInModel(record);
+    const auto answer = world_.driver.revert(record.result);
+    if (codeOf(answer) != expected)
+        return QStringLiteral("answered %1 in place of %2")
+            .arg(shownCode(codeOf(answer)), shownCode(expected));
+    world_.log.last() += " (" + shownCode(expected) + ")";
+    if (!answer)
+        return {};
+    Record reverse{.isWhole = record.isWhole};
+    for (const auto& [key, difference] : record.occurrences) {
+        const bool isEvent = record.isWhole || key.second.isEmpty();
+        EventKey present = key;
+        if (isEvent && !difference.after) {
+            // It may come back under another identifier.
+            present.first = answer->calendarItemIdentifier;
+            auto values = events_.extract(key);
+            values.key() = present;
+            events_.insert(std::move(values));
+            identifiers_.insert(present.first);
+        } else if (isEvent && !difference.before) {
+            identifiers_.erase(key.first);
+        }
+        const auto was = before.find(key);
+        const auto is = events_.find(present);
+        reverse.occurrences[present] = {was == before.end() ? std::nullopt : std::optional(was->second),
+                                        is == events_.end() ? std::nullopt : std::optional(is->second)};
+    }
+    keep(*answer, std::move(reverse));
     return {};
 }
 
@@ -136,8 +266,13 @@ void ModelEvents::takeByOthers(const Step& step) {
             found->second = world_.valuesOf(data);
             return true;
         });
-    if (isDone && removes)
+    if (isDone && removes) {
+        if (found->first.second.isEmpty())
+            identifiers_.erase(found->first.first);
+        else
+            ++exclusions_[found->first.first];
         events_.erase(found);
+    }
     world_.isUnsettled = true;
 }
 
@@ -146,6 +281,8 @@ QString ModelEvents::take(const Step& step) {
     case Kind::addEvent:
         add(step);
         return {};
+    case Kind::takeBackEvent:
+        return takeBack(step.which);
     case Kind::takeEvent:
         inHand_ = pick(step.which);
         return {};

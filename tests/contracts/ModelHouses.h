@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -16,6 +17,8 @@ namespace kestrant {
 struct FreshRead {
     std::vector<EKReminderData> reminders;
     std::vector<EKEventData> events;
+    /// The values of a property that this program does not know, by the reminder's identifier.
+    std::map<QString, QString> unknown;
 };
 
 /// What other programs do to the data of a house. Nothing waits until the store has noticed it.
@@ -32,8 +35,11 @@ class OtherProgram {
     virtual QString add(const EKReminderData& data) = 0;
     virtual void change(const QString& identifier, const Edit& edit) = 0;
     virtual void remove(const QString& identifier) = 0;
-    /// Writes the text again as it is, or with this priority unless it is 0. False where there is no text.
+    /// Writes the text again as it is, or with this priority and this value of an unknown property unless it
+    /// is 0. False where there is no text.
     virtual bool rewrite(const QString&, unsigned) { return false; }
+    /// Puts the second reminder into the file of the first; false where that cannot be.
+    virtual bool join(const QString&, const QString&) { return false; }
     /// Saves an occurrence as `edit` leaves it, or removes it where that returns false; false where there is
     /// none.
     virtual bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
@@ -148,7 +154,7 @@ struct Others<VdirHouse> : OtherProgram {
     QString add(const EKReminderData& data) override {
         return with([&](OtherDatabase other) { return other.add(data); });
     }
-    /// Moves are renamed files, as a file manager makes them.
+    /// Moves of reminders with a file of their own are renamed files, as a file manager makes them.
     void change(const QString& identifier, const Edit& edit) override {
         with([&](OtherDatabase other) {
             EKReminderData moved;
@@ -156,40 +162,61 @@ struct Others<VdirHouse> : OtherProgram {
             other.change(identifier, [&](EKReminderData& data) {
                 const QString list = data.calendarIdentifier;
                 edit(data);
-                isMoved = list != data.calendarIdentifier;
+                isMoved = list != data.calendarIdentifier && itemCount(pathOf(identifier)) == 1;
+                if (!isMoved)
+                    return;
                 moved = data;
                 data.calendarIdentifier = list;
             });
             if (isMoved) {
                 const QString path = pathOf(identifier);
-                EXPECT_TRUE(QFile::rename(path, root() + "/" + moved.calendarIdentifier + "/" +
-                                                    QFileInfo(path).fileName()));
+                const QString list = root() + "/" + moved.calendarIdentifier + "/";
+                // A file that others' items were taken out of may have the name of one of them.
+                const QString name = QFileInfo(path).fileName();
+                EXPECT_TRUE(
+                    QFile::rename(path, list + (QFile::exists(list + name) ? "moved " + name : name)));
             }
         });
     }
-    void remove(const QString& identifier) override { EXPECT_TRUE(QFile::remove(pathOf(identifier))); }
-    /// Writes the file again, with this priority unless it is 0; in its place, or beside it and renamed.
+    void remove(const QString& identifier) override {
+        if (const QString path = pathOf(identifier); itemCount(path) == 1)
+            EXPECT_TRUE(QFile::remove(path));
+        else
+            with([&](OtherDatabase other) { other.remove(identifier); });
+    }
+    /// In its place, or beside it and renamed.
     bool rewrite(const QString& identifier, unsigned priority) override {
         const QString path = pathOf(identifier);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(identifier);
-        QList<QByteArray> lines = file.readAll().split('\n');
-        file.close();
+        QByteArray text = textOf(path);
         if (priority) {
-            lines.removeIf([](const QByteArray& line) { return line.startsWith("PRIORITY:"); });
-            lines.insert(lines.indexOf("BEGIN:VTODO\r") + 1,
-                         "PRIORITY:" + QByteArray::number(priority) + '\r');
+            const qsizetype uid = text.indexOf("UID:" + identifier.toUtf8() + "\r\n");
+            const qsizetype begin = text.lastIndexOf("BEGIN:VTODO\r\n", uid);
+            const qsizetype end = text.indexOf("END:VTODO\r\n", uid);
+            QList<QByteArray> lines = text.mid(begin, end - begin).split('\n');
+            lines.removeIf([](const QByteArray& line) {
+                return line.startsWith("PRIORITY:") || line.startsWith(unknownProperty);
+            });
+            const QByteArray value = QByteArray::number(priority) + '\r';
+            lines.insert(1, "PRIORITY:" + value);
+            lines.insert(2, unknownProperty + value);
+            text.replace(begin, end - begin, lines.join('\n'));
         }
-        const bool inPlace = priority % 2;
-        QFile target(inPlace ? path : path + ".tmp");
-        EXPECT_TRUE(target.open(QIODevice::WriteOnly));
-        target.write(lines.join('\n'));
-        target.close();
-        if (!inPlace) {
-            EXPECT_EQ(::rename(QFile::encodeName(target.fileName()).constData(),
-                               QFile::encodeName(path).constData()),
-                      0);
-        }
+        write(path, text, priority % 2);
+        return true;
+    }
+    bool join(const QString& identifier, const QString& other) override {
+        const QString path = pathOf(identifier);
+        const QString from = pathOf(other);
+        if (path == from || QFileInfo(path).path() != QFileInfo(from).path())
+            return false;
+        QByteArray text = textOf(path);
+        const QByteArray added = textOf(from);
+        const bool hasZone = text.contains("BEGIN:VTIMEZONE") || !added.contains("BEGIN:VTIMEZONE");
+        const qsizetype begin = added.indexOf(hasZone ? "BEGIN:VTODO\r\n" : "BEGIN:V", 10);
+        const QByteArray end = "END:VCALENDAR";
+        text.insert(text.lastIndexOf(end), added.mid(begin, added.lastIndexOf(end) - begin));
+        write(path, text, false);
+        EXPECT_TRUE(QFile::remove(from));
         return true;
     }
     bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
@@ -197,10 +224,41 @@ struct Others<VdirHouse> : OtherProgram {
         return with([&](OtherDatabase other) { return other.changeEvent(isIt, edit); });
     }
     std::optional<FreshRead> read() override {
-        return with([](OtherDatabase other) { return other.read(); });
+        FreshRead result = with([](OtherDatabase other) { return other.read(); });
+        for (const EKReminderData& reminder : result.reminders) {
+            const QByteArray text = textOf(pathOf(reminder.calendarItemIdentifier));
+            const qsizetype uid = text.indexOf("UID:" + reminder.calendarItemIdentifier.toUtf8() + "\r\n");
+            const qsizetype begin = text.lastIndexOf("BEGIN:VTODO\r\n", uid);
+            const QByteArray todo = text.mid(begin, text.indexOf("END:VTODO\r\n", uid) - begin);
+            if (const qsizetype found = todo.indexOf(unknownProperty); found >= 0)
+                result.unknown[reminder.calendarItemIdentifier] =
+                    QString::fromLatin1(todo.mid(found + unknownProperty.size(), 1));
+        }
+        return result;
     }
 
   private:
+    inline static const QByteArray unknownProperty = "X-OTHERS:";
+
+    [[nodiscard]] static QByteArray textOf(const QString& path) {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
+        return file.readAll();
+    }
+    [[nodiscard]] static qsizetype itemCount(const QString& path) {
+        return textOf(path).count("BEGIN:VTODO");
+    }
+    static void write(const QString& path, const QByteArray& text, bool inPlace) {
+        QFile target(inPlace ? path : path + ".tmp");
+        EXPECT_TRUE(target.open(QIODevice::WriteOnly));
+        target.write(text);
+        target.close();
+        if (!inPlace) {
+            EXPECT_EQ(::rename(QFile::encodeName(target.fileName()).constData(),
+                               QFile::encodeName(path).constData()),
+                      0);
+        }
+    }
     [[nodiscard]] QString root() const { return house.folder.path() + "/calendars"; }
     [[nodiscard]] QString pathOf(const QString& identifier) const {
         for (QDirIterator files(root(), {"*.ics"}, QDir::Files, QDirIterator::Subdirectories);

@@ -54,7 +54,8 @@ QString ModelReminders::judge(const InHand& hand, const Values& base, const Valu
         const int number = addToModel(*answer->completedCopyIdentifier, *copy);
         record.items.push_back({number, *answer->completedCopyIdentifier, std::nullopt, copy});
     }
-    if (const Values inHand = world_.valuesOf(hand.reminder->data); inHand != items_[hand.number].values)
+    if (const Values inHand = world_.valuesOf(hand.reminder->data);
+        inHand != without(items_[hand.number].values, "unknown"))
         return "in hand after saving: " + shown(inHand) + "; expected " + shown(items_[hand.number].values);
     keep(*answer, std::move(record));
     return {};
@@ -156,8 +157,11 @@ Code ModelReminders::takenBackInModel(const Record& record, Record& reverse) {
             items[each.number] = {each.identifier, *each.before};
             reverse.items.push_back({each.number, each.identifier, std::nullopt, each.before});
         } else if (!each.before) {
-            // Flags are marks of programs rather than something that was said.
-            if (without(*each.after, "flag") != without(found->second.values, "flag"))
+            // Marks of programs rather than something that was said.
+            const auto said = [](const Values& values) {
+                return without(without(values, "flag"), "unknown");
+            };
+            if (said(*each.after) != said(found->second.values))
                 return EKError::Code::conflict;
             reverse.items.push_back(
                 {each.number, found->second.identifier, found->second.values, std::nullopt});
@@ -240,7 +244,10 @@ void ModelReminders::takeItemByOthers(const Step& step, int number, Item& item) 
     const auto changed = [&](const char* what, const auto& edit) {
         world_.others.change(item.identifier, [&](EKReminderData& data) {
             edit(data);
+            const QString unknown = valueOf(item.values, "unknown");
             item.values = world_.valuesOf(data);
+            if (!unknown.isEmpty())
+                item.values["unknown"] = unknown;
         });
         world_.note(QStringLiteral("others %1 %2: %3").arg(what).arg(number).arg(shown(item.values)));
     };
@@ -255,11 +262,20 @@ void ModelReminders::takeItemByOthers(const Step& step, int number, Item& item) 
         world_.note(QStringLiteral("others remove %1").arg(number));
         world_.others.remove(item.identifier);
         items_.erase(number);
+    } else if (step.kind == Kind::othersJoin) {
+        // With a change that shows: nothing else would tell that it has been noticed.
+        auto& [otherNumber, other] = *std::next(items_.begin(), step.value % static_cast<int>(items_.size()));
+        const unsigned priority = 1 + valueOf(other.values, "priority").toUInt() % 9;
+        if (world_.others.join(item.identifier, other.identifier) &&
+            world_.others.rewrite(other.identifier, priority)) {
+            world_.note(QStringLiteral("others put %1 into the file of %2").arg(otherNumber).arg(number));
+            other.values["priority"] = other.values["unknown"] = QString::number(priority);
+        }
     } else if (world_.others.rewrite(item.identifier,
                                      step.kind == Kind::othersTouch ? 0 : 1 + step.value % 9)) {
         world_.note(QStringLiteral("others rewrite %1").arg(number));
         if (step.kind == Kind::othersNote)
-            item.values["priority"] = QString::number(1 + step.value % 9);
+            item.values["priority"] = item.values["unknown"] = QString::number(1 + step.value % 9);
     }
 }
 
@@ -324,6 +340,15 @@ std::map<QString, Values> ModelReminders::byIdentifier() const {
     std::map<QString, Values> result;
     for (const auto& [number, item] : items_)
         result[item.identifier] = item.values;
+    return result;
+}
+
+std::map<QString, QString> ModelReminders::unknown() const {
+    std::map<QString, QString> result;
+    for (const auto& [number, item] : items_) {
+        if (const QString value = valueOf(item.values, "unknown"); !value.isEmpty())
+            result[item.identifier] = value;
+    }
     return result;
 }
 

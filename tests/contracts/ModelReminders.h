@@ -21,6 +21,8 @@ class ModelReminders {
     void settled() { moved_.clear(); }
     /// The values of all, by identifier.
     [[nodiscard]] std::map<QString, Values> byIdentifier() const;
+    /// The values of the property that only others know, by identifier.
+    [[nodiscard]] std::map<QString, QString> unknown() const;
 
   private:
     struct Item {

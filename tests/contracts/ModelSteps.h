@@ -23,6 +23,7 @@ enum class Kind {
     othersTouch,
     othersMove,
     othersNote,
+    othersJoin,
     addEvent,
     editEvent,
     moveEvent,
@@ -30,6 +31,7 @@ enum class Kind {
     removeSeries,
     takeEvent,
     saveEventInHand,
+    takeBackEvent,
     othersChangeEvent,
     othersRemoveEvent,
 };
