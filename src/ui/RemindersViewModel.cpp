@@ -57,6 +57,8 @@ RemindersViewModel::RemindersViewModel(ReminderStore& store, const Clock& clock,
     connect(&store, &ReminderStore::tasksChanged, this, updateCards);
     connect(&store, &ReminderStore::pendingCompletionIDsChanged, this,
             [this] { cards_.setPendingIDs(store_.pendingCompletionIDs()); });
+    connect(&store, &ReminderStore::pendingCompletionIDsChanged, this,
+            &RemindersViewModel::completingIdsChanged);
     connect(&store, &ReminderStore::presentChanged, &cards_, &ReminderCardModel::refreshTexts);
     connect(&store, &ReminderStore::accessStateChanged, this, [this] {
         updateContent();
@@ -278,6 +280,10 @@ QString RemindersViewModel::searchQuery() const {
 
 void RemindersViewModel::setSearchQuery(const QString& query) {
     store_.setSearchQuery(query);
+}
+
+QStringList RemindersViewModel::completingIds() const {
+    return store_.pendingCompletionIDs().values();
 }
 
 void RemindersViewModel::toggleCompletion(const QString& taskId) {

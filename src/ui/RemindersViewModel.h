@@ -60,6 +60,8 @@ class RemindersViewModel : public QObject {
     /// {rawValue, title} each.
     Q_PROPERTY(QVariantList sortModes READ sortModes NOTIFY sortModesChanged)
     Q_PROPERTY(QString sortMode READ sortMode WRITE setSortMode NOTIFY sortModeChanged)
+    /// Reminders whose completion can still be taken back by the same click.
+    Q_PROPERTY(QStringList completingIds READ completingIds NOTIFY completingIdsChanged)
     Q_PROPERTY(QString searchQuery READ searchQuery WRITE setSearchQuery NOTIFY searchQueryChanged)
 
   public:
@@ -71,6 +73,7 @@ class RemindersViewModel : public QObject {
     [[nodiscard]] const QString& content() const { return content_; }
     [[nodiscard]] bool hasCompleted() const;
     [[nodiscard]] QString failureText() const;
+    [[nodiscard]] QStringList completingIds() const;
     [[nodiscard]] QVariantList lists() const;
     [[nodiscard]] QString selectedListId() const;
     void setSelectedListId(const QString& id);
@@ -120,6 +123,7 @@ class RemindersViewModel : public QObject {
     void filtersChanged();
     void countsChanged();
     void flagSyncChanged();
+    void completingIdsChanged();
     void sortModesChanged();
     void sortModeChanged();
     void searchQueryChanged();

@@ -185,10 +185,10 @@ TEST(CalendarModule, OffersForARowWhatCanBeDoneToIt) {
     };
     EXPECT_EQ(entries(), QStringLiteral("Edit details, Delete event"));
     program.press(Qt::Key_Down);
-    EXPECT_EQ(entries(), QStringLiteral("Edit details, Remove reminder from calendar"));
+    EXPECT_EQ(entries(), QStringLiteral("Complete, Edit details, Remove reminder from calendar"));
     program.preferences.setLanguage(Language::french);
     program.settle();
-    EXPECT_EQ(entries(), QStringLiteral("Modifier les détails, Retirer le rappel du calendrier"));
+    EXPECT_EQ(entries(), QStringLiteral("Terminer, Modifier les détails, Retirer le rappel du calendrier"));
 }
 
 TEST(CalendarModule, BeginsTheFullCalendarAtTodayAndLeadsBack) {

@@ -119,7 +119,7 @@ FocusScope {
     function askToRemove(index) {
         const item = list.itemAtIndex(index)
         const row = calendar.row(index)
-        if (item && row !== undefined)
+        if (item && row !== undefined && actions.canChangeRow(row))
             actions.removeRow(row, item)
     }
     function openMenu(index, x, y) {
@@ -128,19 +128,32 @@ FocusScope {
             return
         // What the rows are when an entry is chosen may be others.
         const row = calendar.row(index)
+        const isReminder = item.row.isReminder
+        const entries = [
+            { title: Localizer.text("Edit details", "Modifier les détails"), iconName: "edit",
+              shortcut: Localizer.text("Enter", "Entrée") },
+            { title: isReminder ? Localizer.text("Remove reminder from calendar", "Retirer le rappel du calendrier")
+                                : Localizer.text("Delete event", "Supprimer l’événement"),
+              iconName: isReminder ? "calendarMinus" : "trash",
+              shortcut: Localizer.text("Del", "Suppr"), destructive: !isReminder, enabled: actions.canChangeRow(row) }
+        ]
+        const choices = [() => actions.editRow(row, item), () => actions.removeRow(row, item)]
+        if (isReminder) {
+            entries.unshift({ title: item.isCompleting ? Localizer.text("Do not complete", "Ne pas terminer")
+                                                       : Localizer.text("Complete", "Terminer"),
+                              iconName: "circle", shortcut: Localizer.text("Space", "Espace"),
+                              enabled: actions.canChangeRow(row) })
+            choices.unshift(() => actions.toggleRow(row))
+        }
         overlays.present("calendarRow", "MenuPopover.qml", item, {
             at: Qt.point(x, y), alignment: "left", spokenName: item.row.title,
-            entries: [
-                { title: Localizer.text("Edit details", "Modifier les détails"), iconName: "edit",
-                  shortcut: Localizer.text("Enter", "Entrée") },
-                { title: item.row.isReminder
-                      ? Localizer.text("Remove reminder from calendar", "Retirer le rappel du calendrier")
-                      : Localizer.text("Delete event", "Supprimer l’événement"),
-                  iconName: item.row.isReminder ? "calendarMinus" : "trash",
-                  shortcut: Localizer.text("Del", "Suppr"), destructive: !item.row.isReminder }
-            ],
-            choose: entry => entry === 0 ? actions.editRow(row, item) : actions.removeRow(row, item)
+            entries: entries, choose: entry => choices[entry]()
         })
+    }
+    function toggle(index) {
+        const row = calendar.row(index)
+        if (row !== undefined)
+            actions.toggleRow(row)
     }
 
     // The view stays where it is, whatever comes or goes above it.
@@ -299,6 +312,8 @@ FocusScope {
                 root.edit(index)
             }
             onMenuWanted: (x, y) => root.openMenu(index, x, y)
+            isCompleting: row.isReminder && root.actions.isCompleting(root.calendar.row(index))
+            onToggled: root.toggle(index)
             onHoveredChanged: root.tooltip.follow(item)
         }
 
@@ -369,6 +384,7 @@ FocusScope {
             case Qt.Key_PageDown: root.stepByPage(1); break
             case Qt.Key_Return:
             case Qt.Key_Enter: root.edit(list.currentIndex); break
+            case Qt.Key_Space: root.toggle(list.currentIndex); break
             case Qt.Key_Delete: root.askToRemove(list.currentIndex); break
             case Qt.Key_Menu: root.openMenu(list.currentIndex, 30, 24); break
             case Qt.Key_F10:

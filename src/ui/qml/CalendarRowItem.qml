@@ -7,6 +7,8 @@ Item {
 
     required property var row
     required property bool isCurrent
+    /// The reminder of the row is being completed, which a click on its ring takes back.
+    property bool isCompleting: false
     readonly property bool hovered: pointer.hovered
     readonly property string tip: row.isHeading || !title.truncated ? "" : row.title
     signal pressed
@@ -27,7 +29,7 @@ Item {
     height: row.isHeading ? Theme.headingHeight : Theme.rowHeight + nowAbove + nowBelow
 
     Accessible.role: row.isHeading ? Accessible.Heading : Accessible.ListItem
-    Accessible.name: row.spokenText
+    Accessible.name: row.spokenText + (isCompleting ? ", " + Localizer.text("completed", "terminé") : "")
     Accessible.focusable: !row.isHeading
     Accessible.focused: isCurrent
     Accessible.onPressAction: if (!row.isHeading) opened()
@@ -97,7 +99,8 @@ Item {
             diameter: 9
             lineWidth: 1.6
             color: root.row.color
-            hint: ringPointer.hovered ? 1 : 0
+            hint: ringPointer.hovered && !root.isCompleting ? 1 : 0
+            progress: root.isCompleting ? 1 : 0
             HoverHandler { id: ringPointer; enabled: root.row.isReminder; margin: 6 }
             TapHandler {
                 enabled: root.row.isReminder

@@ -7,6 +7,7 @@ QtObject {
 
     required property CalendarEditViewModel calendarEdit
     required property ReminderEditViewModel reminderEdit
+    required property RemindersViewModel reminders
     required property OverlayHost overlays
 
     function editReminder(id, anchor) {
@@ -22,6 +23,17 @@ QtObject {
             editReminder(calendarEdit.reminderId(row), anchor)
         else
             overlays.present("edit", "EventEditPopover.qml", anchor, { form: calendarEdit, row: row })
+    }
+    function canChangeRow(row) {
+        return calendarEdit.isWritable(row)
+    }
+    function isCompleting(row) {
+        return calendarEdit.isReminder(row) && reminders.completingIds.includes(calendarEdit.reminderId(row))
+    }
+    /// Completes the reminder behind a row, or takes that back while it can be.
+    function toggleRow(row) {
+        if (calendarEdit.isReminder(row) && canChangeRow(row))
+            reminders.toggleCompletion(calendarEdit.reminderId(row))
     }
     /// An event is deleted; a reminder only leaves the calendar. Asks first.
     function removeRow(row, anchor) {

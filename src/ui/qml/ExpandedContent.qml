@@ -91,6 +91,7 @@ FocusScope {
         id: editActions
         calendarEdit: content.calendarEdit
         reminderEdit: content.reminderEdit
+        reminders: content.reminders
         overlays: content.overlays
     }
     Toolbar {
@@ -179,7 +180,8 @@ FocusScope {
         y: parent.height + 12
         readonly property rect hung: content.panel.isExpanded ? area : Qt.rect(0, 0, 0, 0)
         onHungChanged: content.overlays.toast = hung
-        onShownChanged: content.panel.setShowsToast(shown)
+        onBegun: content.panel.setShowsToast(true)
+        onShownChanged: if (!shown) content.panel.setShowsToast(false)
     }
     Tooltip {
         id: tooltip

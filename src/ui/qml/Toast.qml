@@ -13,6 +13,9 @@ Item {
     /// Where it is, in its parent; empty while it is not shown.
     readonly property rect area: shown ? Qt.rect(x, y, width, height) : Qt.rect(0, 0, 0, 0)
 
+    /// A message is there, also in place of one that was still shown.
+    signal begun
+
     function show(message) {
         isOffer = false
         words.text = message
@@ -33,6 +36,7 @@ Item {
         stay.restart()
         if (pointer.hovered)
             stay.pause()
+        begun()
     }
     function perform() {
         hide()
