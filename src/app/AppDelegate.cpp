@@ -220,10 +220,11 @@ void AppDelegate::createOnboarding() {
 
 void AppDelegate::followSystem() {
     const auto resigned = [this] {
+        // What is open goes first, so that it does not hold the panel open.
+        interface_->view.overlays().dismissAll();
         // A panel that folds gives the focus back by itself; it stays under the pointer then.
         if (panelWindow_->keyWasTakenAway())
             panelController_->applicationResignedActive();
-        interface_->view.overlays().dismissAll();
     };
     connect(panelWindow_.get(), &X11PanelWindow::keyTakenWhileAsking, this, resigned);
     observeApplicationState(this, [this, resigned](bool isActive) {

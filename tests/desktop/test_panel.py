@@ -72,22 +72,26 @@ class PanelTest(DesktopTest):
         wait_until(lambda: len(self.other.keys()) > before, "the key arrives")
         self.assertEqual(self.other.keys()[before:], ["b"])
 
-
     def test_leaves_the_keyboard_to_a_window_that_was_activated_while_it_was_open(self):
         path = self.add_reminder("Water the plants")
         before = self.text(path)
         self.start()
-        self.expand()
-        self.desktop.key("Right")
-        # The pointer rests where the notch is.
-        later = EventWindow(self.desktop)
-        self.addCleanup(later.close)
-        self.wait_for_panel(IDLE)
-        for letter in "world":
-            self.desktop.key(letter)
-        self.desktop.key("Return")
-        wait_until(lambda: later.keys() == [*"world", "Return"], "what is typed arrives there")
-        self.assertEqual(self.panel_size(), IDLE)
+        # With a card under the keyboard, and with a popover open.
+        for key in ("Right", "ctrl+n"):
+            with self.subTest(key):
+                self.expand()
+                self.desktop.key(key)
+                self.desktop.steady_picture()
+                # The pointer rests where the notch is.
+                later = EventWindow(self.desktop)
+                self.addCleanup(later.close)
+                self.wait_for_panel(IDLE)
+                for letter in "world":
+                    self.desktop.key(letter)
+                self.desktop.key("Return")
+                wait_until(lambda: later.keys() == [*"world", "Return"], "what is typed arrives there")
+                self.assertEqual(self.panel_size(), IDLE)
+                self.point_away()
         self.assertEqual(self.text(path), before)
         self.desktop.click(self.middle, 10)
         self.wait_for_panel(EXPANDED)
