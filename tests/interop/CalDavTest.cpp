@@ -6,8 +6,11 @@
 
 #include <chrono>
 #include <functional>
+#include <future>
 #include <map>
+#include <memory>
 #include <optional>
+#include <thread>
 
 namespace kestrant {
 namespace {
@@ -369,6 +372,26 @@ TEST_F(CalDavSilence, LeavesOpenWhatBecomesOfAChangeUntilTheServerAnswers) {
                                                           "flagged", "removed", "target", "there"));
     EXPECT_NE(server.textWith("removed", "SUMMARY:removed"), QByteArray());
     EXPECT_EQ(server.textWith("target", "SUMMARY:there"), QByteArray());
+}
+
+TEST_F(CalDavSilence, EndsWithoutTheAnswerToAChangeThatTookTooLong) {
+    auto store = std::make_unique<EvolutionEventStore>(house.scheduler, house.scheduler, house.calendar, 2s);
+    EventStoreDriver fresh(*store, house.scheduler);
+    ASSERT_EQ(fresh.requestAccess(), std::nullopt);
+    server.pause();
+    const EKReminderRef reminder = store->calendarItem("bread");
+    reminder->data.title = "Rye";
+    const auto answer = fresh.save(reminder);
+    ASSERT_FALSE(answer.has_value());
+    EXPECT_EQ(answer.error().code, EKError::Code::outcomeUnknown);
+    std::promise<void> ended;
+    std::thread watch([this, end = ended.get_future()] {
+        EXPECT_EQ(end.wait_for(60s), std::future_status::ready);
+        server.resume();
+    });
+    store.reset();
+    ended.set_value();
+    watch.join();
 }
 
 TEST_F(CalDavSilence, TellsWhatBecameOfAChangeOverWhichTheServerWentAway) {

@@ -40,6 +40,8 @@ void CallLimit::hurry(std::chrono::milliseconds longest) {
         isHurrying_ = true;
         for (Call* const call : calls_) {
             call->isCutOff_ = true;
+            // Those that were only told about until now are cancelled too.
+            call->isOverdue_ = false;
             call->deadline_ = std::min(call->deadline_, steady_clock::now() + longest);
         }
     }
