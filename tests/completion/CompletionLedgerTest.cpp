@@ -73,6 +73,30 @@ TEST(MergeOfCompletions, ChangesTheLedgerOnlyWhereThereIsNews) {
     }
 }
 
+struct ChangeCase {
+    const char* what;
+    CompletionLedgerV1 before;
+    CompletionLedgerV1 after;
+    CompletionLedgerV1 present;
+    CompletionLedgerV1 expected;
+};
+
+TEST(ChangeOfALedger, IsMadeOnWhatOthersHaveWrittenMeanwhile) {
+    const CompletionLedgerV1 nothing;
+    const CompletionRecord a = record("a", earlier, earlier);
+    const CompletionRecord later = record("a", earlier, noon);
+    const CompletionRecord b = record("b", earlier, noon);
+    const ChangeCase cases[] = {
+        {"added", nothing, ledgerOf({a}), ledgerOf({b}), ledgerOf({a, b})},
+        {"changed", ledgerOf({a}), ledgerOf({later}), ledgerOf({a, b}), ledgerOf({later, b})},
+        {"taken away", ledgerOf({a}), nothing, ledgerOf({a, b}), ledgerOf({b})},
+        {"changed by others", ledgerOf({a}), ledgerOf({a, b}), ledgerOf({later}), ledgerOf({later, b})},
+        {"taken away by others", ledgerOf({a}), ledgerOf({a, b}), nothing, ledgerOf({b})},
+    };
+    for (const ChangeCase& each : cases)
+        EXPECT_EQ(withChange(each.present, {each.before, each.after}), each.expected) << each.what;
+}
+
 TEST(LedgerDocument, HasSortedKeysAndNoWhitespace) {
     CompletionLedgerV1 ledger = ledgerOf({record("é \"1\"", noon + 250ms, noon), record("A", earlier, noon)});
     ledger.didBackfill = true;
