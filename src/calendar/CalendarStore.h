@@ -133,7 +133,8 @@ class CalendarStore : public QObject {
     [[nodiscard]] std::vector<EKCalendar> writableCalendars() const;
     /// Whether the calendar (or list of reminders) of a row takes changes.
     [[nodiscard]] bool isWritable(const CalendarEventItem& row) const;
-    /// The one of the calendars that the database puts new events into, else the first; absent when there is none.
+    /// The one of the calendars that the database puts new events into, else the first; absent when there is
+    /// none.
     [[nodiscard]] std::optional<EKCalendar> defaultCalendar() const;
     void createEvent(const NewCalendarEvent& event, const Completion& completion);
     /// What an edit form starts from.

@@ -38,8 +38,8 @@ struct EKEventPredicate {
     std::optional<std::vector<QString>> calendars;
 };
 
-/// The reminders that a fetch has found, as they were read. One that has not changed since an earlier fetch is
-/// the same object. To change one, make an EKReminder of it.
+/// The reminders that a fetch has found, as they were read. One that has not changed since an earlier fetch
+/// is the same object. To change one, make an EKReminder of it.
 using EKReminders = std::vector<std::shared_ptr<const EKReminderData>>;
 
 /// The occurrences that a fetch has found.

@@ -91,10 +91,12 @@ OnboardingTrial::OnboardingTrial(const Services& services, NotchInteractionModel
           .clearReminderDueDate =
               [this](const QString& reminderID,
                      const std::function<void(tl::expected<void, TextPair>)>& done) {
-                  store_.removeFromCalendar(reminderID, [done](
-                                                      const tl::expected<void, ReminderStoreError>& result) {
-                      done(result.map_error([](const ReminderStoreError& error) { return error.message(); }));
-                  });
+                  store_.removeFromCalendar(reminderID,
+                                            [done](const tl::expected<void, ReminderStoreError>& result) {
+                                                done(result.map_error([](const ReminderStoreError& error) {
+                                                    return error.message();
+                                                }));
+                                            });
               },
           .actions = &calendarActions_,
       })
