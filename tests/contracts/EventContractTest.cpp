@@ -437,6 +437,16 @@ TYPED_TEST(EventContract, TakesNothingBackThatOthersHaveChanged) {
     ASSERT_TRUE(this->driver.save(theirs).has_value());
     EXPECT_EQ(codeOf(this->driver.revert(*made)), EKError::Code::conflict);
     ASSERT_TRUE(this->driver.remove(theirs).has_value());
+    const auto tea = std::make_shared<EKEvent>();
+    tea->data = anEvent("").titled("Tea").lasting(morning + 5h, 1h);
+    tea->data.calendarIdentifier = this->work;
+    const auto brewed = this->driver.save(tea);
+    tea->data.calendarIdentifier = this->addCalendar("Home");
+    ASSERT_TRUE(this->driver.save(tea).has_value());
+    EXPECT_EQ(codeOf(this->driver.revert({tea->data.calendarItemIdentifier, std::nullopt, brewed->change})),
+              EKError::Code::conflict)
+        << "it has moved to another calendar";
+    ASSERT_TRUE(this->driver.remove(tea).has_value());
     ASSERT_TRUE(edit(28, [](EKEventData& data) { data.title = "Theirs"; }).has_value());
     ASSERT_TRUE(edit(29, [](EKEventData& data) { data.location = "There"; }).has_value());
     EXPECT_EQ(codeOf(this->driver.revert(*renamed)), EKError::Code::conflict);

@@ -145,7 +145,8 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertEvent(const ItemChange& ch
         if (change.before)
             return restoreEvent(change, file, item, now, local);
         const auto made = knownEvent(*change.after, change.key, local);
-        if (!made || !isAsItWas(*made, file.document, item))
+        if (!made || file.place.collection != change.after->collection ||
+            !isAsItWas(*made, file.document, item))
             return tl::unexpected(WriteError(conflictError(item.event.data.title)));
         if (auto error = takeOut(file, "VEVENT", item, local))
             return tl::unexpected(std::move(*error));
