@@ -232,12 +232,15 @@ class VirtualDesktop:
         return Picture(self.width, self.height, rgb)
 
     def steady_picture(self):
-        """The picture once nothing moves any more: when two in a row are the same."""
+        """The picture once nothing moves any more: when several in a row are the same, since a program that has to wait
+        for the processor stands still for one or two."""
         pictures = [self.picture()]
 
         def unchanged():
             pictures.append(self.picture())
-            return pictures[-1].pixels == pictures[-2].pixels
+            if pictures[-1].pixels != pictures[0].pixels:
+                del pictures[:-1]
+            return len(pictures) == 5
 
         wait_until(unchanged, "the picture stands still")
         return pictures[-1]
