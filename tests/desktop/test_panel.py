@@ -95,9 +95,11 @@ class PanelTest(DesktopTest):
                 # The program looks at the pointer now and then.
                 self.desktop.steady_picture()
         self.assertEqual(self.text(path), before)
+        self.desktop.steady_picture()
         self.desktop.click(self.middle, 10)
         self.wait_for_panel(EXPANDED)
         self.collapse()
+        self.desktop.steady_picture()
         self.expand()
 
     def test_a_press_beside_an_open_popover_closes_it_and_goes_to_what_is_seen_there(self):
