@@ -71,7 +71,7 @@ void HttpTestServer::incomingConnection(qintptr descriptor) {
     auto received = std::make_shared<QByteArray>();
     connect(socket, &QTcpSocket::readyRead, this, [this, socket, received] { receive(socket, *received); });
     ++openConnections_;
-    connect(socket, &QTcpSocket::disconnected, socket, [this, socket] {
+    connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
         --openConnections_;
         socket->deleteLater();
     });

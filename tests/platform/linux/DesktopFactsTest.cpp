@@ -9,8 +9,13 @@ using namespace kestrant;
 
 namespace {
 
-const QByteArray largeLaptop("apple,j316s\0apple,t6000\0apple,arm-platform\0", 45);
-const QByteArray smallLaptop("apple,j413\0apple,t8112\0apple,arm-platform\0", 43);
+template <std::size_t size>
+QByteArray bytes(const char (&text)[size]) {
+    return QByteArray(text, size - 1);
+}
+
+const QByteArray largeLaptop = bytes("apple,j316s\0apple,t6000\0apple,arm-platform\0");
+const QByteArray smallLaptop = bytes("apple,j413\0apple,t8112\0apple,arm-platform\0");
 
 TEST(CameraHousings, AreTheSettingsElseTheModels) {
     struct Case {

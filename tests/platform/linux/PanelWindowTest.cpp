@@ -229,7 +229,7 @@ TEST_F(PanelWindowTest, WhatIsOpenOnItTakesThePointerWhateverTheSizeOfTheWindow)
     panel->setSurfaces({{Kind::toast, {370, 304, 200, 40}, 20},
                         {Kind::gap, {370, 292, 200, 12}, 0},
                         {Kind::popover, {600, 100, 300, 400}, 18}});
-    ASSERT_TRUE(other.waitUntil([&] { return surface.height() == 600; }));
+    ASSERT_TRUE(other.waitUntil([&] { return other.windowAt({700, 320}) == id(surface); }));
     for (const QPoint place : {QPoint(700, 320), QPoint(900, 490), onNotch, besideNotch})
         EXPECT_EQ(other.windowAt(place), id(surface)) << place.x() << ' ' << place.y();
     for (const QPoint place : {QPoint(700, 350), QPoint(550, 320), QPoint(831, 499), QPoint(1140, 300)})
