@@ -547,16 +547,29 @@ tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library
     ESource* const source = list->second.source.get();
     if (!e_source_get_writable(source))
         return tl::unexpected(readOnlyError(titleOf(source)));
-    e_source_set_display_name(source, calendar.title.toUtf8().constData());
-    if (calendar.color)
-        e_source_selectable_set_color(selectableOf(source, list->second.type),
-                                      calendar.color->toString().toUtf8().constData());
+    ESourceSelectable* const selectable = selectableOf(source, list->second.type);
+    const QByteArray title = calendar.title.toUtf8();
+    const QByteArray color = calendar.color ? calendar.color->toString().toUtf8() : QByteArray();
     const auto isWritten = [&] {
         const auto call = limit_.call({});
         return e_source_write_sync(source, call.cancellable(), error.out());
     };
-    if (!isWritten())
-        return refuse(error);
+    const auto isAsWanted = [&] {
+        return title == e_source_get_display_name(source) &&
+               (color.isEmpty() || color == e_source_selectable_get_color(selectable));
+    };
+    // What the service tells of the list meanwhile takes the place of what was set here, so that is looked at
+    // again.
+    for (auto pause = 5ms; pause < 1s; pause *= 2) {
+        e_source_set_display_name(source, title.constData());
+        if (!color.isEmpty())
+            e_source_selectable_set_color(selectable, color.constData());
+        if (!isWritten())
+            return refuse(error);
+        (void)limit_.pause(pause);
+        if (isAsWanted())
+            break;
+    }
     return list->first;
 }
 

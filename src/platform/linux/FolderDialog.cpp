@@ -26,7 +26,7 @@ FolderDialog::FolderDialog(const QDBusConnection& bus, QObject* parent) : QObjec
 void FolderDialog::open(const QString& title, const QString& start, Done done) {
     if (!request_.isEmpty())
         bus_.disconnect(serviceName, request_, requestInterface, QStringLiteral("Response"), this,
-                        SLOT(answered(uint, QVariantMap)));
+                        SLOT(answered(uint, QVariantMap, QDBusMessage)));
     done_ = std::move(done);
     const int number = ++opened_;
     // The portal derives the request's path from this, so that its answer is awaited before it is asked.
@@ -34,7 +34,7 @@ void FolderDialog::open(const QString& title, const QString& start, Done done) {
     request_ = QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2")
                    .arg(bus_.baseService().mid(1).replace(u'.', u'_'), token);
     bus_.connect(serviceName, request_, requestInterface, QStringLiteral("Response"), this,
-                 SLOT(answered(uint, QVariantMap)));
+                 SLOT(answered(uint, QVariantMap, QDBusMessage)));
 
     QDBusMessage message =
         QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName, QStringLiteral("OpenFile"));
@@ -59,7 +59,10 @@ void FolderDialog::fail() {
                  "Ce bureau n’a pas de dialogue pour choisir un dossier ; écrivez son chemin.")));
 }
 
-void FolderDialog::answered(uint response, const QVariantMap& results) {
+void FolderDialog::answered(uint response, const QVariantMap& results, const QDBusMessage& message) {
+    // The answer to an earlier request may be on its way still.
+    if (message.path() != request_)
+        return;
     request_.clear();
     const Done done = std::exchange(done_, {});
     const QStringList uris = results.value(QStringLiteral("uris")).toStringList();

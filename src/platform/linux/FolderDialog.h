@@ -3,6 +3,7 @@
 #include "foundation/Text.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
 #include <QString>
 
@@ -28,7 +29,7 @@ class FolderDialog : public QObject {
     void open(const QString& title, const QString& start, Done done);
 
   private Q_SLOTS:
-    void answered(uint response, const QVariantMap& results);
+    void answered(uint response, const QVariantMap& results, const QDBusMessage& message);
 
   private:
     void fail();
