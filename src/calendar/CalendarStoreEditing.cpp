@@ -107,7 +107,7 @@ bool CalendarStore::isWritable(const CalendarEventItem& row) const {
 
 std::optional<EKCalendar> CalendarStore::defaultCalendar() const {
     const std::vector<EKCalendar> calendars = writableCalendars();
-    const auto chosen = d_->services.eventStore.defaultCalendarForNewEvents();
+    auto chosen = d_->services.eventStore.defaultCalendarForNewEvents();
     if (chosen && std::find(calendars.begin(), calendars.end(), *chosen) != calendars.end())
         return chosen;
     return calendars.empty() ? std::nullopt : std::optional(calendars.front());

@@ -103,7 +103,7 @@ TextPair about(const QString& identifier, const TextPair& message) {
 }
 
 QuickAddLine readLineToAdd(const CommandLineArguments& arguments, const QuickAddContext& context) {
-    const QuickAddLine literal{.title = arguments.subjects.first()};
+    QuickAddLine literal{.title = arguments.subjects.first()};
     if (arguments.isLiteral)
         return literal;
     // Words that are refused may uncover others of the same kind.

@@ -247,8 +247,8 @@ void InMemoryEventStore::drop(const Place& place) {
 }
 
 QString InMemoryEventStore::putReminder(const EKReminderData& data) {
-    const QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
-                                                                     : data.calendarItemIdentifier;
+    QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
+                                                               : data.calendarItemIdentifier;
     const ZoneCalendar local = calendar_.calendar();
     const auto& reminders = snapshot()->reminders;
     const auto entry = reminders.constFind(identifier);
@@ -275,8 +275,8 @@ void InMemoryEventStore::dropReminder(const QString& identifier) {
 }
 
 QString InMemoryEventStore::putEvent(const EKEventData& data) {
-    const QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
-                                                                     : data.calendarItemIdentifier;
+    QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
+                                                               : data.calendarItemIdentifier;
     const auto& events = snapshot()->events;
     const auto entry = events.constFind(identifier);
     put(entry == events.cend() ? std::nullopt : std::optional(placeOf(*entry)), data.calendarIdentifier,

@@ -209,6 +209,7 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
     if (rules.empty())
         add(startAlone);
     std::vector<std::optional<LocalTime>> heads;
+    heads.reserve(rules.size());
     for (Occurrences& rule : rules)
         heads.push_back(rule.next());
     // The rules are walked side by side; a date that several of them give is one date.

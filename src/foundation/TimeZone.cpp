@@ -92,7 +92,7 @@ std::optional<TimeZone> TimeZone::named(const QByteArray& name) {
         known.clear();
     // Another thread may have been faster; all are to share one.
     const auto found = known.constFind(name);
-    return found != known.cend() ? *found : *known.insert(name, std::move(zone));
+    return found != known.cend() ? *found : *known.insert(name, zone);
 }
 
 std::optional<TimeZone> TimeZone::find(const QByteArray& name) {

@@ -71,7 +71,7 @@ std::optional<Journal> Journal::parse(QByteArrayView text) {
                    .changed = *changed,
                    .before = json.value(beforeKey).toString().toLatin1(),
                    .isRemoved = json.value(isRemovedKey).toBool()};
-    for (const QJsonValue& file : json.value(madeKey).toArray()) {
+    for (const QJsonValue file : json.value(madeKey).toArray()) {
         const auto place = placeFrom(file.toObject());
         if (!place)
             return std::nullopt;

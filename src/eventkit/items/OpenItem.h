@@ -96,6 +96,7 @@ tl::expected<Result, EKError>
 ItemDatabase::persist(const QString& title, const std::vector<QString>& collections,
                       const std::function<tl::expected<Result, WriteError>()>& attempt) {
     std::vector<QByteArray> names;
+    names.reserve(collections.size());
     for (const QString& identifier : collections)
         names.push_back(QFile::encodeName(identifier));
     const auto locked = storage_.lock(names);

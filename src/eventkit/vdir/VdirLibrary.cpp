@@ -376,8 +376,10 @@ tl::expected<RootContents, int> readRoot(const QByteArray& root) {
         return tl::unexpected(entries.error());
     RootContents result;
     for (QByteArray& name : *entries) {
-        if (items::isJournalName(name))
+        if (items::isJournalName(name)) {
             result.journals.push_back(std::move(name));
+            continue;
+        }
         if (name.startsWith('.') || name.isEmpty())
             continue;
         struct stat status {};

@@ -29,7 +29,7 @@ void boxBlur(uchar* line, int length, qsizetype step, int radius, std::vector<uc
     for (int i = 0; i < length; ++i) {
         line[i * step] = uchar((sum + window / 2) / window);
         if (i + radius + 1 < length)
-            sum += buffer[size_t(i + radius + 1)];
+            sum += buffer[size_t(i) + size_t(radius) + 1];
         if (i - radius >= 0)
             sum -= buffer[size_t(i - radius)];
     }
