@@ -293,8 +293,7 @@ createFolderWithFiles(const QString& path, const std::vector<std::pair<QString, 
     if (const int error = makeFolder(temporary.path()); error != 0)
         return failure(path, error);
     for (const auto& [name, content] : files) {
-        if (const auto written = writeFileAtomically(shownPath(temporary.path()) + u'/' + name, content);
-            !written)
+        if (auto written = writeFileAtomically(shownPath(temporary.path()) + u'/' + name, content); !written)
             return written;
     }
     // A folder takes the place of an empty one, so there the name itself has to be new.

@@ -36,7 +36,7 @@ std::optional<TextPair> dueInWords(const EKReminderData& reminder, Instant now, 
     if (!details.dueDate)
         return std::nullopt;
     const auto in = [&](Language language) {
-        const QString day = dateInWords(calendar.dayOf(*details.dueDate), calendar.dayOf(now), language);
+        QString day = dateInWords(calendar.dayOf(*details.dueDate), calendar.dayOf(now), language);
         if (!details.dueDateIncludesTime)
             return day;
         const auto clock = language == Language::french ? ClockHours::twentyFour : hours;

@@ -102,7 +102,7 @@ void DataStoreViewModel::setKind(const QString& kind) {
         awaitsFolder_ = true;
         problem_.reset();
     }
-    Q_EMIT changed();
+    Q_EMIT changed();  // NOLINT(readability-misleading-indentation): the macro is empty
 }
 
 QString DataStoreViewModel::folder() const {

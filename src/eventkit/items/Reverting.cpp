@@ -10,7 +10,6 @@
 
 namespace kestrant::items {
 
-using icalendar::Component;
 using icalendar::Document;
 using icalendar::TodoItem;
 

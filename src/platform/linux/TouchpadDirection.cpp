@@ -67,7 +67,7 @@ std::optional<bool> touchpadAnswer(const QByteArray& answer) {
                 return value.isBool() ? value.toBool() : value.toDouble() != 0.0;
         }
     }
-    for (const QJsonValue& each : document.array()) {
+    for (const QJsonValue each : document.array()) {
         const QJsonObject input = each.toObject();
         if (input.value(QLatin1String("type")).toString() != QLatin1String("touchpad"))
             continue;
