@@ -205,12 +205,16 @@ TEST_F(CalDav, SaysThatChangesAreKeptWhileTheServerCannotBeReached) {
     house.awaitThat([&] { return house.store.calendarItem("jam") != nullptr; });
     const auto edit = [&] {
         const EKReminderRef reminder = house.store.calendarItem("bread");
+        if (!reminder)
+            return false;
         reminder->data.title += "!";
         return driver.save(reminder).has_value();
     };
     const auto flag = [&] {
         const EKReminderRef bread = house.store.calendarItem("bread");
         const EKReminderRef made = house.store.calendarItem("made");
+        if (!bread || !made)
+            return false;
         bread->data.isFlagged = made->data.isFlagged = true;
         const auto answers = driver.saveAll({bread, made});
         return answers[0].has_value() && answers[1].has_value();
@@ -225,7 +229,10 @@ TEST_F(CalDav, SaysThatChangesAreKeptWhileTheServerCannotBeReached) {
         own->data = aReminder("").titled("Own").in(list);
         return driver.save(own).has_value();
     };
-    const auto remove = [&] { return driver.remove(house.store.calendarItem("jam")).has_value(); };
+    const auto remove = [&] {
+        const EKReminderRef jam = house.store.calendarItem("jam");
+        return jam && driver.remove(jam).has_value();
+    };
     const std::function<bool()> changes[] = {edit, create, flag, remove};
     for (const auto& change : changes) {
         EXPECT_THAT(house.store.problems(), IsEmpty());
