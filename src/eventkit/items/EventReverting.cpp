@@ -1,7 +1,6 @@
 #include "eventkit/EKErrors.h"
-#include "eventkit/icalendar/Event.h"
 #include "eventkit/icalendar/Reverting.h"
-#include "eventkit/items/OpenItem.h"
+#include "eventkit/items/Reverting.h"
 
 #include <QFile>
 
@@ -18,24 +17,7 @@ using icalendar::EventItem;
 
 namespace {
 
-/// An event in the text of a file that was read before.
-struct KnownEvent {
-    Document document;
-    EventItem item;
-};
-
-std::optional<KnownEvent> knownEvent(const ItemState& state, const QByteArray& key,
-                                     const ZoneCalendar& local) {
-    auto document = Document::parse(state.text);
-    if (!document)
-        return std::nullopt;
-    int ordinal = 0;
-    for (EventItem& item : icalendar::readEvents(*document, local)) {
-        if (item.key == key && ordinal++ == state.ordinal)
-            return KnownEvent{std::move(*document), std::move(item)};
-    }
-    return std::nullopt;
-}
+using KnownEvent = KnownItem<EventItem>;
 
 /// The components of an event by the date of the series that each is about; the series itself has none.
 std::map<QByteArray, qsizetype> componentsOf(const EventItem& item, const Document& document) {
@@ -134,7 +116,7 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertEvent(const ItemChange& ch
                                                             const QString& identifier, Instant now,
                                                             const ZoneCalendar& local) {
     if (!change.after)
-        return bringEventBack(change, local);
+        return bringBack<EventItem>(change, &Snapshot::events, local);
     const auto attempt = [&]() -> tl::expected<ItemChange, WriteError> {
         const auto opened = openWith(&Snapshot::events, &icalendar::readEvents, identifier, local);
         if (!opened)
@@ -144,7 +126,7 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertEvent(const ItemChange& ch
             return tl::unexpected(WriteError(std::move(*error)));
         if (change.before)
             return restoreEvent(change, file, item, now, local);
-        const auto made = knownEvent(*change.after, change.key, local);
+        const auto made = knownItem<EventItem>(*change.after, change.key, local);
         if (!made || file.place.collection != change.after->collection ||
             !isAsItWas(*made, file.document, item))
             return tl::unexpected(WriteError(conflictError(item.event.data.title)));
@@ -162,36 +144,27 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertEvent(const ItemChange& ch
 tl::expected<ItemChange, WriteError> ItemDatabase::restoreEvent(const ItemChange& change,
                                                                 const OpenFile& opened, const EventItem& item,
                                                                 Instant now, const ZoneCalendar& local) {
-    const ItemState& before = *change.before;
-    const ItemState& after = *change.after;
-    const auto refuse = [](EKError error) { return tl::unexpected(WriteError(std::move(error))); };
-    const auto conflict = [&] { return refuse(conflictError(item.event.data.title)); };
-    QByteArray target = opened.place.collection;
-    if (before.collection != after.collection) {
-        // In the calendar it came from already, nothing of the move is left to take back.
-        if (target != after.collection && target != before.collection)
-            return conflict();
-        target = before.collection;
-    }
-    if (const auto writable = writableCollection(QFile::decodeName(target)); !writable)
-        return refuse(writable.error());
-    const auto wasBefore = knownEvent(before, change.key, local);
-    const auto wasAfter = knownEvent(after, change.key, local);
+    const QString& title = item.event.data.title;
+    const auto target = collectionBefore(change, opened.place, title);
+    if (!target)
+        return tl::unexpected(target.error());
+    const auto wasBefore = knownItem<EventItem>(*change.before, change.key, local);
+    const auto wasAfter = knownItem<EventItem>(*change.after, change.key, local);
+    const auto conflict = [&] { return tl::unexpected(WriteError(conflictError(title))); };
     if (!wasBefore || !wasAfter)
         return conflict();
 
     ItemState found = opened.state();
-    const bool isUntouched = opened.place.collection == after.collection && opened.place.file == after.file &&
-                             found.text == after.text && before.isAlone == after.isAlone;
-    auto document =
-        isUntouched ? wasBefore->document : merged(opened.document, item, *wasBefore, *wasAfter, now);
+    auto document = opened.isUntouchedSince(change)
+                        ? wasBefore->document
+                        : merged(opened.document, item, *wasBefore, *wasAfter, now);
     if (!document)
         return conflict();
     ItemState present = found;
     // It may have come back under another UID since.
     QByteArray key = item.key;
     QString identifier;
-    if (target == opened.place.collection) {
+    if (*target == opened.place.collection) {
         auto text = replaceFile(opened, *document, local);
         if (!text)
             return tl::unexpected(std::move(text.error()));
@@ -202,7 +175,7 @@ tl::expected<ItemChange, WriteError> ItemDatabase::restoreEvent(const ItemChange
         if (!opened.isAlone)
             icalendar::keepOnlyItem(*document, "VEVENT", item);
         const auto moved = move(
-            opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, key, *document,
+            opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, *target, key, *document,
             [&] { return takeOut(opened, "VEVENT", item, local); }, local);
         if (!moved)
             return tl::unexpected(moved.error());
@@ -212,26 +185,6 @@ tl::expected<ItemChange, WriteError> ItemDatabase::restoreEvent(const ItemChange
         identifier = identifierIn(snapshot_->events, moved->place, key);
     }
     return ItemChange{identifier, item.key, std::move(found), std::move(present)};
-}
-
-tl::expected<ItemChange, EKError> ItemDatabase::bringEventBack(const ItemChange& change,
-                                                               const ZoneCalendar& local) {
-    const ItemState& before = *change.before;
-    const auto collection = writableCollection(QFile::decodeName(before.collection));
-    if (!collection)
-        return tl::unexpected(collection.error());
-    auto known = knownEvent(before, change.key, local);
-    if (!known || snapshot_->events.contains(change.identifier))
-        return tl::unexpected(conflictError(known ? known->item.event.data.title : change.identifier));
-    if (!before.isAlone)
-        icalendar::keepOnlyItem(known->document, "VEVENT", known->item);
-    const auto created = createFile(*collection, change.key, before.file, known->document, local);
-    if (!created)
-        return tl::unexpected(created.error());
-    rebuildSnapshot();
-    return ItemChange{identifierIn(snapshot_->events, created->place, created->uid), created->uid,
-                      std::nullopt,
-                      ItemState{created->place.collection, created->place.file, created->stored.text}};
 }
 
 }  // namespace kestrant::items

@@ -202,10 +202,13 @@ class ItemDatabase {
                                                                     const OpenFile& opened,
                                                                     const icalendar::EventItem& item,
                                                                     Instant now, const ZoneCalendar& local);
-    [[nodiscard]] tl::expected<ItemChange, EKError> bringEventBack(const ItemChange& change,
-                                                                   const ZoneCalendar& local);
-    [[nodiscard]] tl::expected<ItemChange, EKError> bringBack(const ItemChange& change,
-                                                              const ZoneCalendar& local);
+    template <typename Item, typename Entries>
+    [[nodiscard]] tl::expected<ItemChange, EKError>
+    bringBack(const ItemChange& change, Entries Snapshot::*entries, const ZoneCalendar& local);
+    /// The collection that holds an item once a change of it is taken back; `present` is where it is now.
+    /// Fails where others have moved it, or where it may not be written.
+    [[nodiscard]] tl::expected<QByteArray, WriteError>
+    collectionBefore(const ItemChange& change, const Place& present, const QString& title) const;
     void noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local);
 
     ItemStorage& storage_;

@@ -30,6 +30,12 @@ struct ItemDatabase::OpenFile {
     [[nodiscard]] ItemState state() const {
         return {place.collection, place.file, document.text(), ordinal, isAlone};
     }
+    /// Whether nobody has changed anything in the file since the change, so that its text before it will do.
+    [[nodiscard]] bool isUntouchedSince(const ItemChange& change) const {
+        const ItemState& after = *change.after;
+        return place.collection == after.collection && place.file == after.file &&
+               document.text() == after.text && change.before->isAlone == after.isAlone;
+    }
 };
 
 struct ItemDatabase::OpenItem : OpenFile {

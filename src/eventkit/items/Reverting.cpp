@@ -2,7 +2,7 @@
 
 #include "eventkit/EKErrors.h"
 #include "eventkit/ReminderChanges.h"
-#include "eventkit/items/OpenItem.h"
+#include "eventkit/items/Reverting.h"
 
 #include <QFile>
 
@@ -10,34 +10,7 @@
 
 namespace kestrant::items {
 
-using icalendar::Document;
 using icalendar::TodoItem;
-
-namespace {
-
-/// A reminder in the text of a file that was read before.
-struct KnownItem {
-    Document document;
-    TodoItem item;
-
-    [[nodiscard]] icalendar::ComponentView todo() const {
-        return document.components("VTODO")[static_cast<std::size_t>(item.index)];
-    }
-};
-
-std::optional<KnownItem> knownItem(const ItemState& state, const QByteArray& key, const ZoneCalendar& local) {
-    auto document = Document::parse(state.text);
-    if (!document)
-        return std::nullopt;
-    int ordinal = 0;
-    for (TodoItem& item : icalendar::readTodos(*document, local)) {
-        if (item.key == key && ordinal++ == state.ordinal)
-            return KnownItem{std::move(*document), std::move(item)};
-    }
-    return std::nullopt;
-}
-
-}  // namespace
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::revert(const ReminderChange& change,
                                                          const QString& identifier, Instant now,
@@ -71,7 +44,7 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertItem(const ItemChange& cha
                                                            const QString& identifier, Instant now,
                                                            const ZoneCalendar& local) {
     if (!change.after)
-        return bringBack(change, local);
+        return bringBack<TodoItem>(change, &Snapshot::reminders, local);
     const auto attempt = [&]() -> tl::expected<ItemChange, WriteError> {
         auto opened = openItem(identifier, local);
         if (!opened)
@@ -92,21 +65,12 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertItem(const ItemChange& cha
 
 tl::expected<ItemChange, WriteError> ItemDatabase::restore(const ItemChange& change, OpenItem& opened,
                                                            Instant now, const ZoneCalendar& local) {
-    const ItemState& before = *change.before;
-    const ItemState& after = *change.after;
-    const auto refuse = [](EKError error) { return tl::unexpected(WriteError(std::move(error))); };
-    const auto conflict = [&] { return refuse(conflictError(opened.current.title)); };
-    QByteArray target = opened.place.collection;
-    if (before.collection != after.collection) {
-        // In the list it came from already, nothing of the move is left to take back.
-        if (target != after.collection && target != before.collection)
-            return conflict();
-        target = before.collection;
-    }
-    if (const auto writable = writableCollection(QFile::decodeName(target)); !writable)
-        return refuse(writable.error());
-    const auto wasBefore = knownItem(before, change.key, local);
-    const auto wasAfter = knownItem(after, change.key, local);
+    const auto conflict = [&] { return tl::unexpected(WriteError(conflictError(opened.current.title))); };
+    const auto target = collectionBefore(change, opened.place, opened.current.title);
+    if (!target)
+        return tl::unexpected(target.error());
+    const auto wasBefore = knownItem<TodoItem>(*change.before, change.key, local);
+    const auto wasAfter = knownItem<TodoItem>(*change.after, change.key, local);
     if (!wasBefore || !wasAfter)
         return conflict();
 
@@ -114,21 +78,21 @@ tl::expected<ItemChange, WriteError> ItemDatabase::restore(const ItemChange& cha
     const QByteArray key = opened.item.key;
     ItemState found = opened.state();
     Revision revision{.document = opened.document};
-    const bool isUntouched = opened.place.collection == after.collection && opened.place.file == after.file &&
-                             found.text == after.text;
-    if (isUntouched && before.isAlone == after.isAlone) {
+    if (opened.isUntouchedSince(change)) {
         revision.document = wasBefore->document;
         opened.item = wasBefore->item;
     } else {
-        const auto todos = opened.document.components("VTODO");
-        const auto todo =
-            icalendar::reverted(todos[static_cast<std::size_t>(opened.item.index)], wasBefore->todo(),
-                                wasAfter->todo(), opened.document.lineEnd(), now);
+        const auto todoIn = [](const icalendar::Document& document, const TodoItem& item) {
+            return document.components("VTODO")[static_cast<std::size_t>(item.index)];
+        };
+        const auto todo = icalendar::reverted(
+            todoIn(opened.document, opened.item), todoIn(wasBefore->document, wasBefore->item),
+            todoIn(wasAfter->document, wasAfter->item), opened.document.lineEnd(), now);
         if (!todo)
             return conflict();
         revision.document.replace(opened.item.index, *todo);
     }
-    const auto written = writeRevision(opened, target, revision, local);
+    const auto written = writeRevision(opened, *target, revision, local);
     if (!written)
         return tl::unexpected(written.error());
     rebuildSnapshot();
@@ -140,7 +104,7 @@ tl::expected<ItemChange, WriteError> ItemDatabase::restore(const ItemChange& cha
 
 tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& change, OpenItem& opened,
                                                             const ZoneCalendar& local) {
-    const auto made = knownItem(*change.after, change.key, local);
+    const auto made = knownItem<TodoItem>(*change.after, change.key, local);
     EKReminderData expected = made ? made->item.data : EKReminderData();
     expected.calendarIdentifier = QFile::decodeName(change.after->collection);
     if (!saysTheSame(std::move(expected), opened.current))
@@ -152,24 +116,20 @@ tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& ch
     return ItemChange{opened.current.calendarItemIdentifier, opened.item.key, std::move(found), std::nullopt};
 }
 
-tl::expected<ItemChange, EKError> ItemDatabase::bringBack(const ItemChange& change,
-                                                          const ZoneCalendar& local) {
-    const ItemState& before = *change.before;
-    const auto collection = writableCollection(QFile::decodeName(before.collection));
-    if (!collection)
-        return tl::unexpected(collection.error());
-    auto known = knownItem(before, change.key, local);
-    if (!known || snapshot_->reminders.contains(change.identifier))
-        return tl::unexpected(conflictError(known ? known->item.data.title : change.identifier));
-    if (!before.isAlone)
-        known->document = aloneIn(std::move(known->document), known->item);
-    const auto created = createFile(*collection, change.key, before.file, known->document, local);
-    if (!created)
-        return tl::unexpected(created.error());
-    rebuildSnapshot();
-    return ItemChange{identifierIn(snapshot_->reminders, created->place, created->uid), created->uid,
-                      std::nullopt,
-                      ItemState{created->place.collection, created->place.file, created->stored.text}};
+tl::expected<QByteArray, WriteError>
+ItemDatabase::collectionBefore(const ItemChange& change, const Place& present, const QString& title) const {
+    const QByteArray& before = change.before->collection;
+    const QByteArray& after = change.after->collection;
+    QByteArray result = present.collection;
+    if (before != after) {
+        // Where it came from already, nothing of the move is left to take back.
+        if (result != after && result != before)
+            return tl::unexpected(WriteError(conflictError(title)));
+        result = before;
+    }
+    if (const auto writable = writableCollection(QFile::decodeName(result)); !writable)
+        return tl::unexpected(WriteError(writable.error()));
+    return result;
 }
 
 }  // namespace kestrant::items
