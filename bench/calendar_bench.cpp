@@ -4,14 +4,14 @@
 #include "calendar/CalendarFetch.h"
 #include "calendar/CalendarGrouping.h"
 #include "calendar/CalendarStore.h"
-#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Preferences.h"
 #include "support/ManualExecutor.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
 #include "support/MovableCalendar.h"
-#include "ui/CalendarRowModel.h"
+#include "ui/calendar/CalendarRowModel.h"
 
 #include <benchmark/benchmark.h>
 

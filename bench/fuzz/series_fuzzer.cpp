@@ -1,9 +1,9 @@
 // Series of events with hostile rules and zones: the cost is bounded, no occurrence comes twice, and a
 // narrower question has the same answer as a wider one within its span.
 
-#include "eventkit/EventSeries.h"
 #include "eventkit/icalendar/Document.h"
 #include "eventkit/icalendar/Event.h"
+#include "eventkit/icalendar/EventSeries.h"
 #include "eventkit/icalendar/Todo.h"
 #include "foundation/ZoneCalendar.h"
 #include "fuzzing.h"

@@ -4,8 +4,8 @@
 #include "calendar/CalendarStore.h"
 #include "completion/BackgroundLedgerWriter.h"
 #include "completion/CompletionLedgerRepository.h"
-#include "eventkit/EventStoreLocation.h"
-#include "eventkit/EventStoreSwitch.h"
+#include "eventkit/model/EventStoreLocation.h"
+#include "eventkit/model/EventStoreSwitch.h"
 #include "feedback/Feedback.h"
 #include "feedback/SoundFeedback.h"
 #include "foundation/Clocks.h"
@@ -21,9 +21,9 @@
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
 #include "notch/NotchPanelController.h"
-#include "platform/linux/AutostartEntry.h"
-#include "platform/linux/DesktopNotifier.h"
-#include "platform/linux/FeedbackdHapticPerformer.h"
+#include "platform/linux/desktop/AutostartEntry.h"
+#include "platform/linux/desktop/DesktopNotifier.h"
+#include "platform/linux/desktop/FeedbackdHapticPerformer.h"
 #include "preferences/Localization.h"
 #include "preferences/Preferences.h"
 #include "reminders/DueAlertRinger.h"
@@ -34,7 +34,7 @@
 #include "services/AppUpdater.h"
 #include "services/FeedbackAPIClient.h"
 #include "services/LaunchAtLoginManager.h"
-#include "ui/CalendarActionHistory.h"
+#include "ui/calendar/CalendarActionHistory.h"
 
 #include <QObject>
 #include <QString>

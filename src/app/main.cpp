@@ -1,18 +1,18 @@
 #include "app/AppDelegate.h"
 #include "app/CompletionCounting.h"
 #include "app/LaunchArguments.h"
+#include "app/OpenEventStore.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
 #include "cli/CommandLine.h"
-#include "eventkit/EvolutionModule.h"
 #include "foundation/ControlCharacters.h"
 #include "foundation/InformationDictionary.h"
 #include "foundation/StandardFolders.h"
-#include "platform/linux/DesktopDatabase.h"
-#include "platform/linux/Platform.h"
-#include "platform/linux/ProcessMemory.h"
-#include "ui/PanelView.h"
-#include "ui/RenderStates.h"
+#include "platform/linux/desktop/DesktopDatabase.h"
+#include "platform/linux/desktop/ProcessMemory.h"
+#include "platform/linux/x11/Platform.h"
+#include "ui/panel/PanelView.h"
+#include "ui/pictures/RenderStates.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -104,6 +104,7 @@ int runCommand(int& argc, char** argv, const QStringList& arguments) {
                        .version = QCoreApplication::applicationVersion(),
                        .storeFolder = EventStoreLocation::embeddedDefault().folder,
                        .desktopHasStore = desktopHasStore,
+                       .openStore = openEventStore,
                        .preferencesFile = preferencesPath(),
                        .ledgerFile = completionLedgerPath(),
                        .systemLocale = QLocale::system(),

@@ -2,7 +2,7 @@
 
 #include "calendar/CalendarError.h"
 #include "calendar/CalendarItems.h"
-#include "eventkit/EKEvent.h"
+#include "eventkit/model/EKEvent.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <QString>

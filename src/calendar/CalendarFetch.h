@@ -1,7 +1,7 @@
 #pragma once
 
 #include "calendar/CalendarRows.h"
-#include "eventkit/EKEventStore.h"
+#include "eventkit/model/EKEventStore.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <QHash>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/EKTypes.h"
+#include "eventkit/model/EKTypes.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
 

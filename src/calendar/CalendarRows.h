@@ -1,7 +1,7 @@
 #pragma once
 
 #include "calendar/CalendarItems.h"
-#include "eventkit/EKEvent.h"
+#include "eventkit/model/EKEvent.h"
 #include "foundation/TextCollation.h"
 #include "foundation/ZoneCalendar.h"
 

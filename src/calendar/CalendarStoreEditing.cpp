@@ -1,6 +1,6 @@
 #include "calendar/CalendarRows.h"
 #include "calendar/CalendarStorePrivate.h"
-#include "eventkit/EKErrors.h"
+#include "eventkit/model/EKErrors.h"
 #include "foundation/NotificationCenter.h"
 
 #include <algorithm>

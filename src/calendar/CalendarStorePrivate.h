@@ -1,7 +1,7 @@
 #pragma once
 
 #include "calendar/CalendarStore.h"
-#include "eventkit/EKEventStore.h"
+#include "eventkit/model/EKEventStore.h"
 #include "foundation/Subscription.h"
 
 #include <atomic>

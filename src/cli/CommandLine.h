@@ -11,9 +11,15 @@
 #include <tl/expected.hpp>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace kestrant {
+
+class CurrentCalendar;
+class EKEventStore;
+struct EventStoreLocation;
+struct EventStoreUse;
 
 /// What the commands work with.
 struct CommandLineEnvironment {
@@ -23,6 +29,10 @@ struct CommandLineEnvironment {
     /// Whether the desktop has a database of its own, to be used rather than a store folder without lists;
     /// may be empty.
     std::function<bool()> desktopHasStore;
+    /// Opens the database in a place.
+    std::function<std::unique_ptr<EKEventStore>(const EventStoreLocation&, Scheduler&, const Clock&,
+                                                const CurrentCalendar&, const EventStoreUse&)>
+        openStore;
     QString preferencesFile;
     QString ledgerFile;
     /// Gives the language while the preferences choose none.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/TypedDate.h"
-#include "eventkit/EventStoreLocation.h"
+#include "eventkit/model/EventStoreLocation.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"

@@ -1,7 +1,6 @@
 #include "cli/CommandRun.h"
 
 #include "cli/TerminalText.h"
-#include "eventkit/EvolutionModule.h"
 #include "foundation/ControlCharacters.h"
 
 #include <QCoreApplication>
@@ -47,7 +46,7 @@ CommandRun::CommandRun(const CommandLineArguments& asked, const CommandLineEnvir
     , localization(texts)
     , clock(asked.now.value_or(surroundings.clock.now()))
     , calendar(surroundings.calendar)
-    , openedStore(openEventStore(store, scheduler, clock, calendar, useOf(asked)))
+    , openedStore(environment.openStore(store, scheduler, clock, calendar, useOf(asked)))
     , eventStore(*openedStore) {}
 
 OutputContext CommandRun::outputContext() const {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/CommandLineOutput.h"
-#include "eventkit/EKTypes.h"
+#include "eventkit/model/EKTypes.h"
 #include "foundation/ZoneCalendar.h"
 #include "reminders/QuickAddParser.h"
 #include "reminders/ReminderTask.h"

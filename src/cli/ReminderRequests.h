@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/CommandLineArguments.h"
-#include "eventkit/EKTypes.h"
+#include "eventkit/model/EKTypes.h"
 #include "foundation/Text.h"
 #include "reminders/QuickAddParser.h"
 #include "reminders/ReminderTask.h"

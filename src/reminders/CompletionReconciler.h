@@ -1,7 +1,7 @@
 #pragma once
 
 #include "completion/CompletionLedgerRepository.h"
-#include "eventkit/EKEventStore.h"
+#include "eventkit/model/EKEventStore.h"
 #include "foundation/Scheduler.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"

@@ -1,6 +1,6 @@
 #include "reminders/DueAlerts.h"
 
-#include "eventkit/ReminderAlarms.h"
+#include "eventkit/model/ReminderAlarms.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/EKEventStore.h"
+#include "eventkit/model/EKEventStore.h"
 #include "foundation/Scheduler.h"
 #include "reminders/ScriptHost.h"
 

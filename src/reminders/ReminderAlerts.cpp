@@ -1,7 +1,7 @@
 #include "reminders/ReminderAlerts.h"
 
-#include "eventkit/ReminderAlarms.h"
-#include "eventkit/ReminderChanges.h"
+#include "eventkit/model/ReminderAlarms.h"
+#include "eventkit/model/ReminderChanges.h"
 
 #include <algorithm>
 #include <chrono>

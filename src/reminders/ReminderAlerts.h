@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/EKReminder.h"
+#include "eventkit/model/EKReminder.h"
 #include "foundation/ClockText.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"

@@ -1,6 +1,6 @@
 #include "reminders/ReminderOutcomes.h"
 
-#include "eventkit/EKReminder.h"
+#include "eventkit/model/EKReminder.h"
 #include "reminders/ReminderConversion.h"
 #include "reminders/ReminderDueText.h"
 

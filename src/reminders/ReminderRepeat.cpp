@@ -1,6 +1,6 @@
 #include "reminders/ReminderRepeat.h"
 
-#include "eventkit/icalendar/RecurrenceRule.h"
+#include "eventkit/recurrence/RecurrenceRule.h"
 
 #include <QLocale>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "eventkit/EKErrors.h"
+#include "eventkit/model/EKErrors.h"
 #include "reminders/RecordedChange.h"
 
 #include <QPointer>

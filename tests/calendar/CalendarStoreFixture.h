@@ -1,7 +1,7 @@
 #pragma once
 
 #include "calendar/CalendarStore.h"
-#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Preferences.h"
 #include "support/EventBuilders.h"

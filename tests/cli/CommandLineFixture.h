@@ -1,6 +1,8 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "eventkit/model/EventStoreLocation.h"
+#include "eventkit/vdir/VdirEventStore.h"
 #include "foundation/AtomicFile.h"
 #include "foundation/Clocks.h"
 
@@ -66,6 +68,11 @@ class CommandLineFixture : public testing::Test {
         const CommandLineEnvironment environment{
             .version = QStringLiteral("1.2.3"),
             .storeFolder = path(QStringLiteral("store")),
+            .openStore =
+                [](const EventStoreLocation& location, Scheduler& scheduler, const Clock& time,
+                   const CurrentCalendar& calendar, const EventStoreUse&) {
+                    return std::make_unique<VdirEventStore>(location.folder, scheduler, time, calendar);
+                },
             .preferencesFile = path(QStringLiteral("preferences.json")),
             .ledgerFile = path(QStringLiteral("ledger.json")),
             .systemLocale = locale,

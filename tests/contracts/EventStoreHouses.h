@@ -6,7 +6,7 @@
 #ifdef KESTRANT_ON_CALDAV
 #include "interop/CalDavHouse.h"
 #endif
-#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/memory/InMemoryEventStore.h"
 #include "eventkit/vdir/VdirDatabase.h"
 #include "eventkit/vdir/VdirEventStore.h"
 #include "support/AwaitState.h"

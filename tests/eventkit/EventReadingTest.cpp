@@ -1,4 +1,4 @@
-#include "eventkit/EventSeries.h"
+#include "eventkit/icalendar/EventSeries.h"
 #include "support/ReminderBuilders.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "eventkit/EventStoreLocation.h"
+#include "eventkit/model/EventStoreLocation.h"
 
 #include <QDir>
 #include <QTemporaryDir>

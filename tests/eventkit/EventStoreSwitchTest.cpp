@@ -1,6 +1,6 @@
-#include "eventkit/EventStoreSwitch.h"
+#include "eventkit/model/EventStoreSwitch.h"
 
-#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/memory/InMemoryEventStore.h"
 #include "support/EventStoreDriver.h"
 #include "support/FixedCalendar.h"
 #include "support/ReminderBuilders.h"

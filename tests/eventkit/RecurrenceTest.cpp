@@ -1,4 +1,4 @@
-#include "eventkit/icalendar/Occurrences.h"
+#include "eventkit/recurrence/Occurrences.h"
 #include "support/ReminderBuilders.h"
 
 #include <gmock/gmock.h>

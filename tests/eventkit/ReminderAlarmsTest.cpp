@@ -1,6 +1,6 @@
-#include "eventkit/ReminderAlarms.h"
+#include "eventkit/model/ReminderAlarms.h"
 
-#include "eventkit/ReminderChanges.h"
+#include "eventkit/model/ReminderChanges.h"
 #include "support/ReminderBuilders.h"
 
 #include <gtest/gtest.h>

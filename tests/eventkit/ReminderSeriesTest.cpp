@@ -1,4 +1,4 @@
-#include "eventkit/ReminderSeries.h"
+#include "eventkit/icalendar/ReminderSeries.h"
 
 #include "support/ReminderBuilders.h"
 

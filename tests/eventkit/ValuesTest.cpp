@@ -1,5 +1,5 @@
-#include "eventkit/EKTypes.h"
 #include "eventkit/icalendar/DateValue.h"
+#include "eventkit/model/EKTypes.h"
 
 #include <gmock/gmock.h>
 

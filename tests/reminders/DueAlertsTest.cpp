@@ -1,6 +1,6 @@
 #include "reminders/DueAlerts.h"
 
-#include "eventkit/ReminderSeries.h"
+#include "eventkit/icalendar/ReminderSeries.h"
 #include "reminders/ReminderAlerts.h"
 #include "support/ReminderBuilders.h"
 

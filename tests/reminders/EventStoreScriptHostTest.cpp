@@ -1,6 +1,6 @@
 #include "reminders/EventStoreScriptHost.h"
 
-#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/SerialWorker.h"
 #include "reminders/FlaggedReminderAutomation.h"
 #include "support/FixedCalendar.h"

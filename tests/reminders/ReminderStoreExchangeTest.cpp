@@ -1,5 +1,5 @@
 #include "ReminderStoreFixture.h"
-#include "eventkit/EventStoreSwitch.h"
+#include "eventkit/model/EventStoreSwitch.h"
 
 #include <memory>
 

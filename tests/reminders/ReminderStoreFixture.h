@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/InMemoryEventStore.h"
+#include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Localization.h"
 #include "reminders/ReminderActionHistory.h"

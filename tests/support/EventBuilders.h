@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/EKEvent.h"
+#include "eventkit/model/EKEvent.h"
 #include "support/ReminderBuilders.h"
 
 #include <chrono>

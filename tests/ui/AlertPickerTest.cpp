@@ -1,4 +1,4 @@
-#include "ui/AlertPicker.h"
+#include "ui/reminders/AlertPicker.h"
 
 #include "ui/Program.h"
 

@@ -1,4 +1,4 @@
-#include "ui/CalendarEditViewModel.h"
+#include "ui/calendar/CalendarEditViewModel.h"
 
 #include "ui/WithCalendars.h"
 

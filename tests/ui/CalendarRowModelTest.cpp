@@ -1,4 +1,4 @@
-#include "ui/CalendarRowModel.h"
+#include "ui/calendar/CalendarRowModel.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>

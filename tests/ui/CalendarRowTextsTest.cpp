@@ -1,4 +1,4 @@
-#include "ui/CalendarRowTexts.h"
+#include "ui/calendar/CalendarRowTexts.h"
 
 #include "support/EventBuilders.h"
 

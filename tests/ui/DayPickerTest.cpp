@@ -1,4 +1,4 @@
-#include "ui/DayPicker.h"
+#include "ui/calendar/DayPicker.h"
 
 #include "ui/Program.h"
 

@@ -1,4 +1,4 @@
-#include "ui/EventTimes.h"
+#include "ui/calendar/EventTimes.h"
 
 #include "ui/Program.h"
 

@@ -1,8 +1,8 @@
 #include "network/EventLoop.h"
 #include "network/HttpTestServer.h"
 #include "ui/PanelProgram.h"
-#include "ui/SealedEngine.h"
 #include "ui/WithEvents.h"
+#include "ui/panel/SealedEngine.h"
 
 #include <QDirIterator>
 #include <QGuiApplication>
@@ -216,7 +216,7 @@ TEST(Views, ShowTextByTheOneComponentThatKnowsNoMarkup) {
     const QRegularExpression fetching(
         QStringLiteral("\\b(Image|AnimatedImage|BorderImage|FontLoader|XMLHttpRequest|WebSocket)\\b"));
     int files = 0;
-    QDirIterator views(QStringLiteral(":/qt/qml/Kestrant/qml"), {QStringLiteral("*.qml")}, QDir::Files);
+    QDirIterator views(QStringLiteral(":/qt/qml/Kestrant"), {QStringLiteral("*.qml")}, QDir::Files);
     while (views.hasNext()) {
         const QString name = views.next();
         QFile file(name);

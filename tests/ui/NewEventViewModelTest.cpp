@@ -1,4 +1,4 @@
-#include "ui/NewEventViewModel.h"
+#include "ui/calendar/NewEventViewModel.h"
 
 #include "ui/WithCalendars.h"
 

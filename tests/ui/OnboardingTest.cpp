@@ -1,7 +1,7 @@
-#include "ui/OnboardingTrial.h"
-#include "ui/OnboardingViewModel.h"
-#include "ui/OnboardingWindowController.h"
 #include "ui/PanelProgram.h"
+#include "ui/onboarding/OnboardingTrial.h"
+#include "ui/onboarding/OnboardingViewModel.h"
+#include "ui/onboarding/OnboardingWindowController.h"
 
 #include <QAccessible>
 #include <QSet>

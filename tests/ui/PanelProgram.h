@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ui/PanelView.h"
 #include "ui/Program.h"
+#include "ui/panel/PanelView.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>

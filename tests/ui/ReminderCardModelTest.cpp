@@ -1,4 +1,4 @@
-#include "ui/ReminderCardModel.h"
+#include "ui/reminders/ReminderCardModel.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>

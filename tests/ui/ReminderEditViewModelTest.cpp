@@ -1,4 +1,4 @@
-#include "ui/ReminderEditViewModel.h"
+#include "ui/reminders/ReminderEditViewModel.h"
 
 #include "support/ReminderBuilders.h"
 #include "ui/Program.h"

@@ -1,4 +1,4 @@
-#include "ui/RenderStates.h"
+#include "ui/pictures/RenderStates.h"
 
 #include <QDir>
 #include <QTemporaryDir>

@@ -1,4 +1,4 @@
-#include "ui/RowChanges.h"
+#include "ui/controls/RowChanges.h"
 
 #include <gmock/gmock.h>
 

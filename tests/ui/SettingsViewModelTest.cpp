@@ -1,4 +1,4 @@
-#include "ui/SettingsViewModel.h"
+#include "ui/settings/SettingsViewModel.h"
 
 #include "preferences/PreferenceKeys.h"
 #include "services/LaunchAtLoginManager.h"

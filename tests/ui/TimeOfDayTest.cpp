@@ -1,4 +1,4 @@
-#include "ui/TimeOfDay.h"
+#include "ui/calendar/TimeOfDay.h"
 
 #include <gtest/gtest.h>
 

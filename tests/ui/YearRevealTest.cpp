@@ -1,6 +1,6 @@
 #include "notch/NotchPanelController.h"
 #include "ui/PanelProgram.h"
-#include "ui/YearRevealViewModel.h"
+#include "ui/onboarding/YearRevealViewModel.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "eventkit/EKTypes.h"
 #include "eventkit/evolution/CallLimit.h"
 #include "eventkit/evolution/Glib.h"
 #include "eventkit/evolution/ServiceReader.h"
 #include "eventkit/evolution/ServiceText.h"
 #include "eventkit/items/ItemStorage.h"
+#include "eventkit/model/EKTypes.h"
 
 #include <libecal/libecal.h>
 

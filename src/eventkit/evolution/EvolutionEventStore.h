@@ -1,7 +1,7 @@
 #pragma once
 
-#include "eventkit/EvolutionModule.h"
 #include "eventkit/items/ItemEventStore.h"
+#include "eventkit/model/EventStoreLocation.h"
 
 #include <chrono>
 

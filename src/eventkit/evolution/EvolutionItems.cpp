@@ -1,7 +1,7 @@
-#include "eventkit/EKErrors.h"
 #include "eventkit/evolution/EvolutionStorage.h"
 #include "eventkit/evolution/ServiceText.h"
 #include "eventkit/evolution/TwoSteps.h"
+#include "eventkit/model/EKErrors.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,5 @@
-#include "eventkit/EvolutionModule.h"
-
 #include "eventkit/evolution/EvolutionEventStore.h"
+#include "eventkit/model/EventStoreLocation.h"
 
 extern "C" Q_DECL_EXPORT kestrant::EKEventStore*
 kestrantMakeEvolutionStore(kestrant::Scheduler& scheduler, const kestrant::Clock& clock,

@@ -1,7 +1,7 @@
 #include "eventkit/evolution/EvolutionStorage.h"
 
-#include "eventkit/EKErrors.h"
 #include "eventkit/evolution/ServiceErrors.h"
+#include "eventkit/model/EKErrors.h"
 
 #include <algorithm>
 #include <condition_variable>

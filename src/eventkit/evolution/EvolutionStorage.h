@@ -1,12 +1,12 @@
 #pragma once
 
-#include "eventkit/EvolutionModule.h"
 #include "eventkit/evolution/CallLimit.h"
 #include "eventkit/evolution/EvolutionClient.h"
 #include "eventkit/evolution/Glib.h"
 #include "eventkit/evolution/SourceQueues.h"
 #include "eventkit/items/ItemStorage.h"
 #include "eventkit/items/Journal.h"
+#include "eventkit/model/EventStoreLocation.h"
 
 #include <chrono>
 #include <condition_variable>

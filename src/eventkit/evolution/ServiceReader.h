@@ -1,7 +1,7 @@
 #pragma once
 
-#include "eventkit/EKTypes.h"
 #include "eventkit/evolution/Glib.h"
+#include "eventkit/model/EKTypes.h"
 
 #include <QByteArray>
 

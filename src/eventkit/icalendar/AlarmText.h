@@ -1,7 +1,7 @@
 #pragma once
 
-#include "eventkit/EKTypes.h"
 #include "eventkit/icalendar/Document.h"
+#include "eventkit/model/EKTypes.h"
 
 namespace kestrant::icalendar {
 

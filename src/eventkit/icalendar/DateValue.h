@@ -1,7 +1,7 @@
 #pragma once
 
 #include "eventkit/icalendar/Document.h"
-#include "eventkit/icalendar/RecurrenceRule.h"
+#include "eventkit/recurrence/RecurrenceRule.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "eventkit/EKEvent.h"
 #include "eventkit/icalendar/Document.h"
 #include "eventkit/icalendar/ItemReading.h"
+#include "eventkit/model/EKEvent.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <optional>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "eventkit/EKTypes.h"
 #include "eventkit/icalendar/AlarmText.h"
 #include "eventkit/icalendar/DateValue.h"
 #include "eventkit/icalendar/Document.h"
 #include "eventkit/icalendar/ItemReading.h"
+#include "eventkit/model/EKTypes.h"
 
 #include <functional>
 #include <optional>

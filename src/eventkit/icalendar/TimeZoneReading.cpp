@@ -1,6 +1,6 @@
 #include "eventkit/icalendar/DateValue.h"
-#include "eventkit/icalendar/Occurrences.h"
 #include "eventkit/icalendar/TimeZoneText.h"
+#include "eventkit/recurrence/Occurrences.h"
 
 #include <QHash>
 

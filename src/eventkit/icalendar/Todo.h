@@ -1,9 +1,9 @@
 #pragma once
 
-#include "eventkit/EKTypes.h"
-#include "eventkit/ReminderSeries.h"
 #include "eventkit/icalendar/Document.h"
 #include "eventkit/icalendar/ItemReading.h"
+#include "eventkit/icalendar/ReminderSeries.h"
+#include "eventkit/model/EKTypes.h"
 
 #include <vector>
 

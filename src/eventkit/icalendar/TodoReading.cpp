@@ -1,5 +1,5 @@
-#include "eventkit/ReminderAlarms.h"
 #include "eventkit/icalendar/Todo.h"
+#include "eventkit/model/ReminderAlarms.h"
 
 #include <algorithm>
 

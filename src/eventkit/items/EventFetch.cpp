@@ -1,6 +1,6 @@
 #include "eventkit/items/EventFetch.h"
 
-#include "eventkit/EventChanges.h"
+#include "eventkit/model/EventChanges.h"
 
 #include <algorithm>
 #include <limits>

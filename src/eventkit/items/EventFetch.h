@@ -1,7 +1,7 @@
 #pragma once
 
-#include "eventkit/EKEventStore.h"
 #include "eventkit/items/ItemSnapshot.h"
+#include "eventkit/model/EKEventStore.h"
 
 #include <memory>
 #include <vector>

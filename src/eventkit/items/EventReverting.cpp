@@ -1,6 +1,6 @@
-#include "eventkit/EKErrors.h"
 #include "eventkit/icalendar/Reverting.h"
 #include "eventkit/items/Reverting.h"
+#include "eventkit/model/EKErrors.h"
 
 #include <QFile>
 

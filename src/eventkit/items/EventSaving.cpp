@@ -1,7 +1,7 @@
-#include "eventkit/EKErrors.h"
-#include "eventkit/EventChanges.h"
 #include "eventkit/icalendar/TimeZoneText.h"
 #include "eventkit/items/OpenItem.h"
+#include "eventkit/model/EKErrors.h"
+#include "eventkit/model/EventChanges.h"
 
 #include <QFile>
 

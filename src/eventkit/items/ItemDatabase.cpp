@@ -1,7 +1,7 @@
-#include "eventkit/EKErrors.h"
-#include "eventkit/ReminderChanges.h"
 #include "eventkit/items/EventFetch.h"
 #include "eventkit/items/OpenItem.h"
+#include "eventkit/model/EKErrors.h"
+#include "eventkit/model/ReminderChanges.h"
 
 #include <QFile>
 

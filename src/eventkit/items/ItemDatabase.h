@@ -1,11 +1,11 @@
 #pragma once
 
-#include "eventkit/EKEventStore.h"
 #include "eventkit/icalendar/Todo.h"
 #include "eventkit/items/EventChange.h"
 #include "eventkit/items/ItemSnapshot.h"
 #include "eventkit/items/ItemStorage.h"
 #include "eventkit/items/ReminderChange.h"
+#include "eventkit/model/EKEventStore.h"
 
 #include <functional>
 #include <map>

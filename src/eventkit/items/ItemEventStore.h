@@ -1,8 +1,8 @@
 #pragma once
 
-#include "eventkit/EKEventStore.h"
 #include "eventkit/items/ItemDatabase.h"
 #include "eventkit/items/WorkQueues.h"
+#include "eventkit/model/EKEventStore.h"
 #include "foundation/ObserverList.h"
 
 #include <functional>

@@ -1,5 +1,5 @@
-#include "eventkit/EKErrors.h"
 #include "eventkit/items/ItemEventStore.h"
+#include "eventkit/model/EKErrors.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "eventkit/EKTypes.h"
 #include "eventkit/items/KeptEvent.h"
+#include "eventkit/model/EKTypes.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <QByteArray>

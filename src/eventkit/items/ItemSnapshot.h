@@ -1,8 +1,8 @@
 #pragma once
 
-#include "eventkit/EKEventStore.h"
-#include "eventkit/IntervalIndex.h"
+#include "eventkit/items/IntervalIndex.h"
 #include "eventkit/items/ItemLibrary.h"
+#include "eventkit/model/EKEventStore.h"
 
 #include <QHash>
 

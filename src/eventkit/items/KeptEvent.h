@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/EventSeries.h"
+#include "eventkit/icalendar/EventSeries.h"
 
 #include <memory>
 #include <optional>

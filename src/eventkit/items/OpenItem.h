@@ -1,8 +1,8 @@
 #pragma once
 
-#include "eventkit/EKErrors.h"
 #include "eventkit/icalendar/ItemWriting.h"
 #include "eventkit/items/ItemDatabase.h"
+#include "eventkit/model/EKErrors.h"
 
 #include <QFile>
 #include <QHash>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/EKEventStore.h"
+#include "eventkit/model/EKEventStore.h"
 
 #include <optional>
 #include <vector>

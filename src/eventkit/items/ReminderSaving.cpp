@@ -1,8 +1,8 @@
-#include "eventkit/EKErrors.h"
-#include "eventkit/ReminderChanges.h"
 #include "eventkit/icalendar/ItemWriting.h"
 #include "eventkit/icalendar/TimeZoneText.h"
 #include "eventkit/items/OpenItem.h"
+#include "eventkit/model/EKErrors.h"
+#include "eventkit/model/ReminderChanges.h"
 
 #include <QFile>
 

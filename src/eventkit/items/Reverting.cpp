@@ -1,8 +1,8 @@
 #include "eventkit/icalendar/Reverting.h"
 
-#include "eventkit/EKErrors.h"
-#include "eventkit/ReminderChanges.h"
 #include "eventkit/items/Reverting.h"
+#include "eventkit/model/EKErrors.h"
+#include "eventkit/model/ReminderChanges.h"
 
 #include <QFile>
 

@@ -1,5 +1,5 @@
-#include "eventkit/EKErrors.h"
 #include "eventkit/items/OpenItem.h"
+#include "eventkit/model/EKErrors.h"
 
 #include <set>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "eventkit/EKErrors.h"
+#include "eventkit/model/EKErrors.h"
 #include "eventkit/vdir/VdirStorage.h"
 #include "foundation/AtomicFile.h"
 

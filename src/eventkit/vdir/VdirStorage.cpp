@@ -1,6 +1,6 @@
 #include "eventkit/vdir/VdirStorage.h"
 
-#include "eventkit/EKErrors.h"
+#include "eventkit/model/EKErrors.h"
 #include "eventkit/vdir/JournalSettling.h"
 #include "eventkit/vdir/VdirLibrary.h"
 #include "foundation/AtomicFile.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/DesktopNotifier.h"
+#include "platform/linux/desktop/DesktopNotifier.h"
 
 #include "network/EventLoop.h"
 

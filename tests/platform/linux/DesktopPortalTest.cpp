@@ -1,6 +1,6 @@
 #include "network/EventLoop.h"
-#include "platform/linux/DesktopAppearance.h"
-#include "platform/linux/FolderDialog.h"
+#include "platform/linux/desktop/DesktopAppearance.h"
+#include "platform/linux/desktop/FolderDialog.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>

@@ -1,4 +1,4 @@
-#include "platform/linux/FeedbackdHapticPerformer.h"
+#include "platform/linux/desktop/FeedbackdHapticPerformer.h"
 
 #include "network/EventLoop.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/Platform.h"
+#include "platform/linux/x11/Platform.h"
 
 #include <QByteArray>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "platform/linux/ScrollGestureRecogniser.h"
+#include "platform/linux/x11/ScrollGestureRecogniser.h"
 
 #include "support/ManualScheduler.h"
 

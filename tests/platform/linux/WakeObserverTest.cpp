@@ -1,4 +1,4 @@
-#include "platform/linux/WakeObserver.h"
+#include "platform/linux/desktop/WakeObserver.h"
 
 #include "network/EventLoop.h"
 

@@ -1,0 +1,287 @@
+#include "eventkit/icalendar/ReminderSeries.h"
+
+#include "eventkit/icalendar/DateValue.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant {
+namespace {
+
+using icalendar::calendarOf;
+using icalendar::DateKind;
+using icalendar::LocalTime;
+using icalendar::localTimeIn;
+using icalendar::localTimeOf;
+using icalendar::Occurrences;
+using icalendar::RecurrenceRule;
+
+qint64 secondsBetween(const LocalTime& from, const LocalTime& to) {
+    return from.day.daysTo(to.day) * 86'400 + from.time.secsTo(to.time);
+}
+
+LocalTime plus(const LocalTime& time, qint64 seconds) {
+    seconds += QTime(0, 0).secsTo(time.time);
+    const qint64 days = seconds >= 0 ? seconds / 86'400 : -((86'399 - seconds) / 86'400);
+    return {time.day.addDays(days), QTime(0, 0).addSecs(static_cast<int>(seconds - days * 86'400))};
+}
+
+Instant movedAlong(Instant instant, qint64 seconds, const ZoneCalendar& zone) {
+    const LocalTime moved = plus({zone.dayOf(instant), zone.timeOf(instant)}, seconds);
+    return zone.instantAt(moved.day, moved.time);
+}
+
+/// What each search for a date may cost a rule: dates, days and times that are looked at.
+constexpr qint64 mostSteps = 1'000'000;
+/// What passing over one date that is left out costs at most.
+constexpr qint64 stepsPerExclusion = 4;
+
+/// Where the rules of a series count from.
+struct Anchor {
+    LocalTime time;
+    DateKind kind;
+    ZoneCalendar zone;
+    /// Times are of the person's zone, whichever that is.
+    bool isFloating;
+
+    [[nodiscard]] Occurrences occurrencesOf(const RecurrenceRule& rule,
+                                            Occurrences::Start meaning = Occurrences::Start::isDate) const {
+        Occurrences result(rule, time, kind, zone, meaning);
+        result.limitSteps(mostSteps);
+        return result;
+    }
+};
+
+Anchor anchorOf(const DateComponents& present, const SeriesDates& dates, const ZoneCalendar& local) {
+    return {.time = dates.anchor.value_or(localTimeOf(present)),
+            .kind = present.includesTime() ? DateKind::time : DateKind::day,
+            .zone = calendarOf(present, local),
+            .isFloating = !present.timeZone};
+}
+
+/// The dates that a series leaves out.
+class Exclusions {
+  public:
+    Exclusions(const SeriesDates& dates, const Anchor& anchor)
+        : times_(dates.excludedTimes)
+        , days_(dates.excludedDays) {
+        std::sort(times_.begin(), times_.end());
+        std::sort(days_.begin(), days_.end());
+        for (const QByteArray& text : dates.exceptionRules) {
+            if (const auto rule = RecurrenceRule::parse(text))
+                rules_.push_back(anchor.occurrencesOf(*rule, Occurrences::Start::isDateIfItFits));
+        }
+    }
+
+    [[nodiscard]] bool contain(const LocalTime& time) {
+        return std::binary_search(times_.begin(), times_.end(), time) ||
+               std::binary_search(days_.begin(), days_.end(), time.day) ||
+               std::any_of(rules_.begin(), rules_.end(),
+                           [&](Occurrences& rule) { return rule.contains(time); });
+    }
+
+  private:
+    std::vector<LocalTime> times_;
+    std::vector<QDate> days_;
+    std::vector<Occurrences> rules_;
+};
+
+/// How many dates of a rule with a COUNT are before `time`; absent where they are too many to be counted.
+std::optional<int> countBefore(const LocalTime& time, Occurrences dates) {
+    int count = 0;
+    for (auto date = dates.next(); date && *date < time; date = dates.next())
+        ++count;
+    return dates.ranOut() ? std::nullopt : std::optional(count);
+}
+
+QString untilText(const LocalTime& last, const Anchor& anchor) {
+    if (anchor.kind == DateKind::day)
+        return last.day.toString(QStringLiteral("'UNTIL='yyyyMMdd"));
+    if (anchor.isFloating)
+        return last.day.toString(QStringLiteral("'UNTIL='yyyyMMdd")) +
+               last.time.toString(QStringLiteral("'T'HHmmss"));
+    return QStringLiteral("UNTIL=") +
+           QString::fromLatin1(icalendar::utcText(anchor.zone.instantAt(last.day, last.time)));
+}
+
+/// The rules with what is left of their counts; a rule that has nothing left is dropped. Where its dates are
+/// too many to be counted, a rule gets its last date for the count, if that can be found.
+std::vector<EKRecurrenceRule> remainingRules(const std::vector<EKRecurrenceRule>& rules,
+                                             const SeriesDate& next, const Anchor& anchor) {
+    std::vector<EKRecurrenceRule> result;
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+        const auto parsed = RecurrenceRule::parse(rules[i].text.toUtf8());
+        QString end;
+        if (parsed && parsed->count && next.spent[i]) {
+            const int left = *parsed->count - *next.spent[i];
+            if (left < 1)
+                continue;
+            end = QStringLiteral("COUNT=%1").arg(left);
+        } else if (parsed && parsed->count) {
+            if (const auto last = anchor.occurrencesOf(*parsed).lastByCount())
+                end = untilText(*last, anchor);
+        }
+        static const QRegularExpression count(QStringLiteral("\\bCOUNT=\\d+"),
+                                              QRegularExpression::CaseInsensitiveOption);
+        QString text = rules[i].text;
+        result.push_back(end.isEmpty() ? rules[i] : EKRecurrenceRule::parse(text.replace(count, end)));
+    }
+    return result;
+}
+
+/// The date of a series whose occurrence is due when today begins.
+LocalTime dateDueToday(const EKReminderData& data, const DateComponents& anchor, Instant now,
+                       const ZoneCalendar& local) {
+    LocalTime today{local.dayOf(now), QTime(0, 0)};
+    if (const ZoneCalendar zone = calendarOf(anchor, local); anchor.includesTime() && !(zone == local)) {
+        const Instant midnight = local.startOfDay(now);
+        today = {zone.dayOf(midnight), zone.timeOf(midnight)};
+    }
+    if (!data.dueDateComponents || !data.dueDateComponents->date().isValid())
+        return today;
+    const LocalTime due = localTimeIn(anchor, *data.dueDateComponents, local);
+    return plus(today, secondsBetween(due, localTimeOf(anchor)));
+}
+
+}  // namespace
+
+std::optional<DateComponents> seriesAnchor(const EKReminderData& data) {
+    const auto& anchor = data.startDateComponents ? data.startDateComponents : data.dueDateComponents;
+    const bool usable =
+        anchor && anchor->date().isValid() && (!anchor->includesTime() || anchor->time().isValid());
+    return usable ? anchor : std::nullopt;
+}
+
+DateComponents movedAlong(const DateComponents& date, const LocalTime& from, const LocalTime& to,
+                          const ZoneCalendar& seriesZone, const ZoneCalendar& local) {
+    if (!date.date().isValid())
+        return date;
+    if (!date.includesTime())
+        return DateComponents::fromDate(date.date().addDays(from.day.daysTo(to.day)));
+    if (!date.time().isValid())
+        return date;
+    const qint64 seconds = secondsBetween(from, to);
+    const ZoneCalendar own = calendarOf(date, local);
+    LocalTime moved = plus(localTimeOf(date), seconds);
+    if (!(own == seriesZone)) {
+        const Instant instant = movedAlong(own.instantAt(date.date(), date.time()), seconds, seriesZone);
+        moved = {own.dayOf(instant), own.timeOf(instant)};
+    }
+    return DateComponents::fromDateTime(moved.day, moved.time, date.timeZone);
+}
+
+std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const SeriesDates& dates,
+                                         const LocalTime& from, SearchFrom searchFrom,
+                                         const ZoneCalendar& local) {
+    const auto present = seriesAnchor(data);
+    if (!present)
+        return std::nullopt;
+    const Anchor anchor = anchorOf(*present, dates, local);
+    Exclusions exclusions(dates, anchor);
+    const auto qualifies = [&](const LocalTime& time) {
+        return (searchFrom == SearchFrom::included ? !(time < from) : from < time) &&
+               !exclusions.contain(time);
+    };
+
+    std::optional<SeriesDate> best;
+    std::vector<LocalTime> extras = dates.extraTimes;
+    for (const QDate day : dates.extraDays)
+        extras.push_back({day, anchor.time.time});
+    for (const LocalTime& extra : extras) {
+        if ((!best || extra < best->time) && qualifies(extra))
+            best = SeriesDate{extra, true, {}};
+    }
+
+    const RecurrenceRule startAlone{.count = 1};
+    std::vector<Occurrences> rules;
+    std::vector<std::optional<int>> spent;
+    const auto add = [&](const RecurrenceRule& rule) {
+        rules.push_back(anchor.occurrencesOf(rule));
+        spent.push_back(rule.count ? countBefore(from, rules.back()) : 0);
+        rules.back().skipTo(from);
+        rules.back().limitSteps(mostSteps +
+                                stepsPerExclusion * static_cast<qint64>(dates.excludedTimes.size()));
+    };
+    for (const EKRecurrenceRule& rule : data.recurrenceRules)
+        add(RecurrenceRule::parse(rule.text.toUtf8()).value_or(startAlone));
+    if (rules.empty())
+        add(startAlone);
+    std::vector<std::optional<LocalTime>> heads;
+    heads.reserve(rules.size());
+    for (Occurrences& rule : rules)
+        heads.push_back(rule.next());
+    // The rules are walked side by side; a date that several of them give is one date.
+    while (true) {
+        std::optional<LocalTime> earliest;
+        for (const auto& head : heads) {
+            if (head && (!earliest || *head < *earliest))
+                earliest = head;
+        }
+        if (!earliest || (best && best->isExtra && best->time < *earliest))
+            break;
+        if (qualifies(*earliest)) {
+            best = SeriesDate{*earliest, false, {}};
+            break;
+        }
+        for (std::size_t i = 0; i < heads.size(); ++i) {
+            if (heads[i] == earliest) {
+                heads[i] = rules[i].next();
+                if (spent[i])
+                    ++*spent[i];
+            }
+        }
+    }
+    if (best)
+        best->spent = std::move(spent);
+    return best;
+}
+
+CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDates& dates, Instant now,
+                                       const ZoneCalendar& local) {
+    const auto present = seriesAnchor(completed);
+    const bool understood = std::any_of(
+        completed.recurrenceRules.begin(), completed.recurrenceRules.end(),
+        [](const EKRecurrenceRule& rule) { return RecurrenceRule::parse(rule.text.toUtf8()).has_value(); });
+    const bool recurs = understood || !dates.extraTimes.empty() || !dates.extraDays.empty();
+    if (!present || !recurs)
+        return {std::move(completed), std::nullopt};
+    const LocalTime from = localTimeOf(*present);
+    const LocalTime today = dateDueToday(completed, *present, now, local);
+    const auto next = from < today ? findSeriesDate(completed, dates, today, SearchFrom::included, local)
+                                   : findSeriesDate(completed, dates, from, SearchFrom::excluded, local);
+    if (!next)
+        return {std::move(completed), std::nullopt};
+
+    const ZoneCalendar zone = calendarOf(*present, local);
+    // Rules of exceptions count from where the series begins.
+    CompletedOccurrence result{.series = completed,
+                               .copy = completed,
+                               .keepsAnchor = next->isExtra || !dates.exceptionRules.empty()};
+    if (completed.recurrenceRules.empty())
+        result.keepsAnchor = false;
+    result.copy->recurrenceRules.clear();
+    result.copy->alarms.clear();
+    result.copy->calendarItemIdentifier.clear();
+
+    EKReminderData& series = result.series;
+    series.isCompleted = false;
+    series.completionDate.reset();
+    for (auto* date : {&series.startDateComponents, &series.dueDateComponents}) {
+        if (*date)
+            *date = movedAlong(**date, from, next->time, zone, local);
+    }
+    // What was to ring once more for the finished occurrence has nothing to say about the next one.
+    std::erase_if(series.alarms, [](const EKAlarm& alarm) { return !alarm.snoozedAlarm.isEmpty(); });
+    for (EKAlarm& alarm : series.alarms) {
+        if (alarm.absoluteDate && !alarm.relativeOffset)
+            alarm.absoluteDate = movedAlong(*alarm.absoluteDate, secondsBetween(from, next->time), zone);
+    }
+    if (!result.keepsAnchor)
+        series.recurrenceRules =
+            remainingRules(completed.recurrenceRules, *next, anchorOf(*present, dates, local));
+    return result;
+}
+
+}  // namespace kestrant

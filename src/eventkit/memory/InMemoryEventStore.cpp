@@ -1,0 +1,318 @@
+#include "eventkit/memory/InMemoryEventStore.h"
+
+#include "eventkit/icalendar/Event.h"
+#include "eventkit/items/EventFetch.h"
+#include "eventkit/memory/MemoryStorage.h"
+#include "eventkit/model/EKErrors.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace kestrant {
+
+using icalendar::Document;
+using items::Place;
+
+namespace {
+
+constexpr Duration shownFor = std::chrono::days(5 * 365);
+
+/// Runs a database's work on the main thread.
+class MainQueue final : public items::WorkQueues {
+  public:
+    explicit MainQueue(Scheduler& scheduler) : scheduler_(scheduler) {}
+
+    void run(const QByteArray&, std::function<void()> work) override {
+        scheduler_.post([weak = std::weak_ptr(isAlive_), work = std::move(work)] {
+            if (!weak.expired())
+                work();
+        });
+    }
+    [[nodiscard]] bool areSeveral() const override { return false; }
+    void finish(std::function<void()> last) override { last(); }
+
+  private:
+    Scheduler& scheduler_;
+    std::shared_ptr<bool> isAlive_ = std::make_shared<bool>(true);
+};
+
+}  // namespace
+
+InMemoryEventStore::InMemoryEventStore(Scheduler& scheduler, const Clock& clock,
+                                       const CurrentCalendar& calendar)
+    : ItemEventStore(
+          scheduler, clock, calendar,
+          [](const items::StorageObserver&) { return std::make_unique<items::MemoryStorage>(); },
+          std::make_unique<MainQueue>(scheduler))
+    , clock_(clock)
+    , calendar_(calendar) {
+    openNow();
+}
+
+InMemoryEventStore::~InMemoryEventStore() = default;
+
+items::MemoryStorage& InMemoryEventStore::files() {
+    return static_cast<items::MemoryStorage&>(storage());
+}
+
+void InMemoryEventStore::requestFullAccessToReminders(AccessCompletion completion) {
+    requestAccess(std::move(completion));
+}
+
+void InMemoryEventStore::requestFullAccessToEvents(AccessCompletion completion) {
+    requestAccess(std::move(completion));
+}
+
+void InMemoryEventStore::requestAccess(AccessCompletion completion) {
+    onMain([this, completion = std::move(completion)] {
+        if (const auto found = failures_.find(Operation::requestAccess); found != failures_.end())
+            return completion(false, found->second);
+        const auto status = authorizationStatus(EKEntityType::reminder);
+        if (status == EKAuthorizationStatus::notDetermined)
+            setAuthorizationStatus(EKAuthorizationStatus::fullAccess);
+        completion(authorizationStatus(EKEntityType::reminder) == EKAuthorizationStatus::fullAccess,
+                   std::nullopt);
+    });
+}
+
+void InMemoryEventStore::setAuthorizationStatus(EKAuthorizationStatus status) {
+    ItemEventStore::setAuthorizationStatus(status);
+}
+
+void InMemoryEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion completion) {
+    if (authorizationStatus(EKEntityType::reminder) == EKAuthorizationStatus::fullAccess)
+        ItemEventStore::fetchReminders(matching, std::move(completion));
+    else
+        onMain([completion = std::move(completion)] { completion({}); });
+}
+
+void InMemoryEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
+    if (authorizationStatus(EKEntityType::event) == EKAuthorizationStatus::fullAccess)
+        ItemEventStore::events(matching, std::move(completion));
+    else
+        onMain([completion = std::move(completion)] { completion({}); });
+}
+
+void InMemoryEventStore::setFailure(Operation operation, std::optional<EKError> error) {
+    if (error)
+        failures_.insert_or_assign(operation, std::move(*error));
+    else
+        failures_.erase(operation);
+}
+
+std::optional<EKError> InMemoryEventStore::failure(Operation operation) const {
+    if (const auto found = failures_.find(operation); found != failures_.end())
+        return found->second;
+    if (authorizationStatus(EKEntityType::reminder) != EKAuthorizationStatus::fullAccess)
+        return accessDeniedError();
+    return std::nullopt;
+}
+
+void InMemoryEventStore::attempt(Operation operation, const QString& reminder,
+                                 const SaveCompletion& completion, const Operate& change) {
+    if (!isAnswering_ && !reminder.isEmpty()) {
+        const auto present = this->reminder(reminder);
+        const EKError unknown = outcomeUnknownError(present ? present->title : reminder, {});
+        undecided_.push_back({reminder, [this, operation, reminder, change](const SaveCompletion& told) {
+                                  attempt(operation, reminder, told, change);
+                              }});
+        onMain([completion, unknown] { completion(tl::unexpected(unknown)); });
+    } else if (const auto error = failure(operation)) {
+        onMain([completion, error] { completion(tl::unexpected(*error)); });
+    } else {
+        change(completion);
+    }
+}
+
+void InMemoryEventStore::setAnswering(bool answers) {
+    isAnswering_ = answers;
+    if (!answers)
+        return;
+    for (const Undecided& each : std::exchange(undecided_, {})) {
+        each.change([this, identifier = each.identifier](const auto& result) {
+            const auto waiters = std::exchange(outcomeWaiters_, {});
+            for (const auto& waiter : waiters) {
+                if (waiter.first == identifier)
+                    waiter.second(result);
+                else
+                    outcomeWaiters_.push_back(waiter);
+            }
+        });
+    }
+}
+
+void InMemoryEventStore::setKeepsIdentifiers(bool keeps) {
+    files().setKeepsUids(keeps);
+}
+
+void InMemoryEventStore::awaitOutcome(const QString& identifier, SaveCompletion completion) {
+    outcomeWaiters_.emplace_back(identifier, std::move(completion));
+}
+
+void InMemoryEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) {
+    if (isAnswering_ && !failure(Operation::save))
+        return ItemEventStore::saveAll(reminders, std::move(completion));
+    struct Gathering {
+        std::vector<tl::expected<EKSaveResult, EKError>> results;
+        std::size_t missing;
+        SaveAllCompletion completion;
+    };
+    const auto gathering = std::make_shared<Gathering>(
+        Gathering{std::vector<tl::expected<EKSaveResult, EKError>>(reminders.size()), reminders.size(),
+                  std::move(completion)});
+    for (std::size_t i = 0; i < reminders.size(); ++i) {
+        attempt(
+            Operation::save, reminders[i]->calendarItemIdentifier(),
+            [gathering, i](auto result) {
+                gathering->results[i] = std::move(result);
+                if (--gathering->missing == 0)
+                    gathering->completion(std::move(gathering->results));
+            },
+            [this, reminder = reminders[i]](const SaveCompletion& told) {
+                ItemEventStore::saveAll({reminder}, [told](auto results) { told(results.front()); });
+            });
+    }
+}
+
+void InMemoryEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
+    attempt(Operation::remove, reminder->calendarItemIdentifier(), completion,
+            [this, reminder](const SaveCompletion& told) { ItemEventStore::remove(reminder, told); });
+}
+
+void InMemoryEventStore::revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
+                                SaveCompletion completion) {
+    attempt(Operation::revert, {}, completion, [this, change, identifier](const SaveCompletion& told) {
+        ItemEventStore::revert(change, identifier, told);
+    });
+}
+
+void InMemoryEventStore::save(const EKEventRef& event, EKSpan span, SaveCompletion completion) {
+    attempt(Operation::save, {}, completion,
+            [this, event, span](const SaveCompletion& told) { ItemEventStore::save(event, span, told); });
+}
+
+void InMemoryEventStore::remove(const EKEventRef& event, EKSpan span, SaveCompletion completion) {
+    attempt(Operation::remove, {}, completion,
+            [this, event, span](const SaveCompletion& told) { ItemEventStore::remove(event, span, told); });
+}
+
+void InMemoryEventStore::saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) {
+    if (const auto error = failure(Operation::saveCalendar))
+        onMain([completion = std::move(completion), error] { completion(tl::unexpected(*error)); });
+    else
+        ItemEventStore::saveCalendar(calendar, std::move(completion));
+}
+
+std::vector<TextPair> InMemoryEventStore::problems() const {
+    std::vector<TextPair> result = problems_;
+    std::ranges::copy(ItemEventStore::problems(), std::back_inserter(result));
+    return result;
+}
+
+QString InMemoryEventStore::putCalendar(const EKCalendar& calendar) {
+    const QByteArray name = files().putCollection(calendar);
+    readNow({.collections = true});
+    return QFile::decodeName(name);
+}
+
+void InMemoryEventStore::setDefaultForNewEvents(const QString& identifier) {
+    files().setDefaultForEvents(QFile::encodeName(identifier));
+    readNow({.collections = true});
+}
+
+void InMemoryEventStore::dropCalendar(const QString& identifier) {
+    files().dropCollection(QFile::encodeName(identifier));
+    readNow({.collections = true});
+}
+
+void InMemoryEventStore::put(const std::optional<Place>& former, const QString& calendar,
+                             const QString& identifier, const Document& document) {
+    const Place place{QFile::encodeName(calendar),
+                      former ? former->file : identifier.toUtf8().replace('/', '_') + ".ics"};
+    files().put(place, document.text());
+    items::Changes changes{.files = {{place.collection, {place.file}}}};
+    if (former && *former != place) {
+        files().drop(*former);
+        changes.files[former->collection].insert(former->file);
+    }
+    readNow(changes);
+}
+
+void InMemoryEventStore::drop(const Place& place) {
+    files().drop(place);
+    readNow({.files = {{place.collection, {place.file}}}});
+}
+
+QString InMemoryEventStore::putReminder(const EKReminderData& data) {
+    QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
+                                                               : data.calendarItemIdentifier;
+    const ZoneCalendar local = calendar_.calendar();
+    const auto& reminders = snapshot()->reminders;
+    const auto entry = reminders.constFind(identifier);
+    if (entry == reminders.cend()) {
+        put(std::nullopt, data.calendarIdentifier, identifier,
+            icalendar::makeTodo(identifier.toUtf8(), data, local, clock_.now()));
+        return identifier;
+    }
+    const Place place = placeOf(*entry);
+    const auto stored = files().read(place);
+    Document document = *Document::parse((*stored)->text);
+    const icalendar::TodoItem item = icalendar::readTodos(document, local).front();
+    icalendar::Component todo(document.components("VTODO")[static_cast<std::size_t>(item.index)].lines());
+    icalendar::writeTodo(todo, item, data, document, local, clock_.now());
+    document.replace(item.index, todo);
+    put(place, data.calendarIdentifier, identifier, document);
+    return identifier;
+}
+
+void InMemoryEventStore::dropReminder(const QString& identifier) {
+    const auto& reminders = snapshot()->reminders;
+    if (const auto entry = reminders.constFind(identifier); entry != reminders.cend())
+        drop(placeOf(*entry));
+}
+
+QString InMemoryEventStore::putEvent(const EKEventData& data) {
+    QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
+                                                               : data.calendarItemIdentifier;
+    const auto& events = snapshot()->events;
+    const auto entry = events.constFind(identifier);
+    put(entry == events.cend() ? std::nullopt : std::optional(placeOf(*entry)), data.calendarIdentifier,
+        identifier, icalendar::makeEvent(identifier.toUtf8(), data, calendar_.calendar(), clock_.now()));
+    return identifier;
+}
+
+void InMemoryEventStore::dropEvent(const QString& identifier) {
+    const auto& events = snapshot()->events;
+    if (const auto entry = events.constFind(identifier); entry != events.cend())
+        drop(placeOf(*entry));
+}
+
+std::shared_ptr<const EKReminderData> InMemoryEventStore::reminder(const QString& identifier) const {
+    return snapshot()->reminders.value(identifier).data;
+}
+
+std::vector<EKReminderData> InMemoryEventStore::reminders() const {
+    std::vector<EKReminderData> result;
+    for (const auto& entry : snapshot()->reminders)
+        result.push_back(*entry.data);
+    std::ranges::sort(result, {}, &EKReminderData::calendarItemIdentifier);
+    return result;
+}
+
+std::vector<EKEventData> InMemoryEventStore::allEvents() const {
+    const Instant now = clock_.now();
+    const auto found = items::fetchEvents(
+        *snapshot(), predicateForEvents(now - shownFor, now + shownFor, std::nullopt), now);
+    std::vector<EKEventData> result;
+    for (const auto& event : found.found.events)
+        result.push_back(*event);
+    std::ranges::sort(result, {}, [](const EKEventData& event) {
+        return std::tie(event.calendarItemIdentifier, event.startDate);
+    });
+    return result;
+}
+
+}  // namespace kestrant

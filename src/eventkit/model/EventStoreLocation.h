@@ -1,0 +1,57 @@
+#pragma once
+
+#include "foundation/Text.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <tl/expected.hpp>
+
+#include <functional>
+#include <optional>
+
+namespace kestrant {
+
+/// Where the database is, as the command line and the preferences name it.
+struct EventStoreLocation {
+    enum class Kind {
+        /// A folder of iCalendar files.
+        vdir,
+        /// The desktop's own database, Evolution Data Server.
+        evolution,
+    };
+
+    /// Of a vdir.
+    QString folder;
+    Kind kind = Kind::vdir;
+
+    /// Below the application's own folder.
+    [[nodiscard]] static EventStoreLocation embeddedDefault();
+    [[nodiscard]] static EventStoreLocation evolution() { return {{}, Kind::evolution}; }
+    /// Reads "vdir:PATH" or "evolution"; a leading "~/" is the home folder, a relative path starts from the
+    /// current folder.
+    [[nodiscard]] static tl::expected<EventStoreLocation, TextPair> parse(const QString& text);
+    /// What parse() reads.
+    [[nodiscard]] QString toString() const;
+
+    bool operator==(const EventStoreLocation&) const = default;
+};
+
+/// The database to use: the one that was named, else the one that the preferences name, else the embedded one
+/// if there are lists in it already, else the desktop's where `desktopHasOne` says that there is one, else
+/// the embedded one. `desktopHasOne` (may be empty) is asked only if it matters.
+[[nodiscard]] EventStoreLocation eventStoreToUse(const std::optional<EventStoreLocation>& named,
+                                                 const std::optional<QString>& preference,
+                                                 const EventStoreLocation& embedded,
+                                                 const std::function<bool()>& desktopHasOne);
+
+/// What somebody needs of a database, so that it can do without the rest.
+struct EventStoreUse {
+    /// Identifiers of all the items that are needed; absent where that is anything. Where it is none, lists
+    /// are opened when something is written to them.
+    std::optional<QStringList> items;
+    /// Whether it is better to wait for a list that is late, as long as the limit, than to begin without it.
+    bool waitsForAll = false;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,215 @@
+#include "ui/calendar/CalendarEditViewModel.h"
+
+#include "calendar/CalendarStore.h"
+#include "ui/panel/Localizer.h"
+#include "ui/settings/Choices.h"
+
+#include <QPointer>
+
+namespace kestrant {
+
+CalendarEditViewModel::CalendarEditViewModel(CalendarStore& store, const Clock& clock,
+                                             const CurrentCalendar& calendar, Localizer& localizer,
+                                             QObject* parent)
+    : QObject(parent)
+    , store_(store)
+    , localizer_(localizer)
+    , times_(clock, calendar, localizer) {
+    connect(&times_, &EventTimes::edited, this, &CalendarEditViewModel::edited);
+    connect(&localizer, &Localizer::languageChanged, this, &CalendarEditViewModel::changed);
+}
+
+int CalendarEditViewModel::begin(const QVariant& row) {
+    ++form_;
+    row_ = row.value<CalendarEventItem>();
+    loaded_.reset();
+    error_.reset();
+    isSaving_ = false;
+    isRestored_ = false;
+    isReadOnly_ = false;
+    title_ = row_.title;
+    calendarID_.clear();
+    calendarTitle_ = row_.calendarTitle;
+    calendarColor_ = toQColor(row_.calendarColor);
+    location_ = row_.location.value_or(QString());
+    notes_ = row_.notes.value_or(QString());
+    times_.show({row_.startDate, row_.endDate, row_.isAllDay});
+    Q_EMIT changed();
+    store_.loadEditDetails(row_, [self = QPointer(this), form = form_](
+                                     const tl::expected<CalendarEventEditDetails, CalendarError>& details) {
+        if (!self || form != self->form_)
+            return;
+        if (details)
+            self->show(*details);
+        else
+            self->fail(details.error().message());
+    });
+    return form_;
+}
+
+void CalendarEditViewModel::end(int form) {
+    if (form == form_)
+        ++form_;
+}
+
+void CalendarEditViewModel::keep(int form) {
+    if (form != form_ || !loaded_ || isReadOnly_)
+        return;
+    const EventTimes::Span before{loaded_->startDate, loaded_->endDate, loaded_->isAllDay};
+    if (const auto written = details(times_.span().value_or(before)); written != *loaded_)
+        draft_ = Draft{row_.id, *loaded_, written};
+}
+
+void CalendarEditViewModel::discard() {
+    draft_.reset();
+    ++form_;
+}
+
+void CalendarEditViewModel::show(const CalendarEventEditDetails& present) {
+    loaded_ = present;
+    isRestored_ = draft_ && draft_->rowID == row_.id && draft_->before == present;
+    const CalendarEventEditDetails& details = isRestored_ ? draft_->written : present;
+    title_ = details.title;
+    location_ = details.location;
+    notes_ = details.notes;
+    calendarID_ = present.calendarID;
+    isReadOnly_ = !find(store_.writableCalendars(), present.calendarID);
+    times_.show({details.startDate, details.endDate, details.isAllDay});
+    if (details.calendarID != present.calendarID)
+        setCalendarId(details.calendarID);
+    Q_EMIT changed();
+}
+
+void CalendarEditViewModel::fail(const TextPair& reason) {
+    error_ = reason;
+    Q_EMIT changed();
+}
+
+void CalendarEditViewModel::edited() {
+    error_.reset();
+    Q_EMIT changed();
+}
+
+void CalendarEditViewModel::set(QString& field, const QString& value) {
+    if (value == field)
+        return;
+    field = value;
+    edited();
+}
+
+void CalendarEditViewModel::setCalendarId(const QString& id) {
+    const std::vector<EKCalendar> calendars = store_.writableCalendars();
+    const EKCalendar* calendar = find(calendars, id);
+    if (!calendar)
+        return;
+    calendarID_ = id;
+    calendarTitle_ = calendar->title;
+    calendarColor_ = eventColor(*calendar);
+    edited();
+}
+
+void CalendarEditViewModel::save() {
+    if (!canSave())
+        return;
+    const auto span = times_.span();
+    if (!span)
+        return fail(span.error());
+    const CalendarEventEditDetails written = details(*span);
+    if (written == *loaded_) {
+        draft_.reset();
+        Q_EMIT saved();
+        return;
+    }
+    isSaving_ = true;
+    edited();
+    store_.updateEvent(
+        row_, written,
+        [self = QPointer(this), form = form_, written](const tl::expected<void, CalendarError>& result) {
+            if (self)
+                self->finishSaving(form, written, result);
+        });
+}
+
+CalendarEventEditDetails CalendarEditViewModel::details(const EventTimes::Span& span) const {
+    return {.title = title_,
+            .startDate = span.start,
+            .endDate = span.end,
+            .isAllDay = span.isAllDay,
+            .calendarID = calendarID_,
+            .location = location_,
+            .notes = notes_};
+}
+
+void CalendarEditViewModel::finishSaving(int form, const CalendarEventEditDetails& written,
+                                         const tl::expected<void, CalendarError>& result) {
+    if (form != form_) {
+        if (!result)
+            Q_EMIT changeFailed(localizer_(result.error().message()));
+        return;
+    }
+    isSaving_ = false;
+    if (!result)
+        return fail(result.error().message());
+    draft_.reset();
+    loaded_ = written;
+    Q_EMIT changed();
+    Q_EMIT saved();
+}
+
+void CalendarEditViewModel::remove(const QVariant& row) {
+    store_.deleteItem(row.value<CalendarEventItem>(),
+                      [self = QPointer(this)](const tl::expected<void, CalendarError>& result) {
+                          if (self)
+                              self->finishRemoval(result);
+                      });
+}
+
+void CalendarEditViewModel::detach(const QVariant& row) {
+    store_.removeReminderFromCalendar(
+        row.value<CalendarEventItem>(),
+        [self = QPointer(this)](const tl::expected<void, CalendarError>& result) {
+            if (self)
+                self->finishRemoval(result);
+        });
+}
+
+void CalendarEditViewModel::finishRemoval(const tl::expected<void, CalendarError>& result) {
+    if (result)
+        Q_EMIT removed();
+    else
+        Q_EMIT removalFailed(localizer_(result.error().message()));
+}
+
+bool CalendarEditViewModel::isReminder(const QVariant& row) const {
+    return row.value<CalendarEventItem>().isReminder;
+}
+
+QString CalendarEditViewModel::reminderId(const QVariant& row) const {
+    return row.value<CalendarEventItem>().itemIdentifier;
+}
+
+QString CalendarEditViewModel::titleOf(const QVariant& row) const {
+    return row.value<CalendarEventItem>().title;
+}
+
+bool CalendarEditViewModel::isWritable(const QVariant& row) const {
+    return store_.isWritable(row.value<CalendarEventItem>());
+}
+
+bool CalendarEditViewModel::isRecurring(const QVariant& row) const {
+    return row.value<CalendarEventItem>().isRecurring;
+}
+
+QString CalendarEditViewModel::calendarTitleOf(const QVariant& row) const {
+    return row.value<CalendarEventItem>().calendarTitle;
+}
+
+QVariantList CalendarEditViewModel::calendars() const {
+    return choices(store_.writableCalendars());
+}
+
+QString CalendarEditViewModel::errorText() const {
+    return error_ ? localizer_(*error_) : QString();
+}
+
+}  // namespace kestrant

@@ -1,0 +1,144 @@
+#pragma once
+
+#include "calendar/CalendarEditing.h"
+#include "calendar/CalendarItems.h"
+#include "ui/calendar/EventTimes.h"
+
+#include <QColor>
+#include <QObject>
+#include <QQmlEngine>
+#include <QString>
+#include <QVariant>
+#include <QVariantList>
+
+#include <optional>
+
+namespace kestrant {
+
+class CalendarStore;
+class Localizer;
+
+/// The event that is being edited, and the removal of calendar rows. A row is a QVariant that holds a
+/// CalendarEventItem. Thread: main.
+class CalendarEditViewModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+
+    Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
+    Q_PROPERTY(kestrant::EventTimes* times READ times CONSTANT)
+    Q_PROPERTY(QString calendarId READ calendarId WRITE setCalendarId NOTIFY changed)
+    Q_PROPERTY(QString calendarTitle READ calendarTitle NOTIFY changed)
+    Q_PROPERTY(QColor calendarColor READ calendarColor NOTIFY changed)
+    Q_PROPERTY(QString location READ location WRITE setLocation NOTIFY changed)
+    Q_PROPERTY(QString notes READ notes WRITE setNotes NOTIFY changed)
+    /// The event's calendar takes no changes.
+    Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
+    /// What is shown was kept of an earlier form.
+    Q_PROPERTY(bool isRestored READ isRestored NOTIFY changed)
+    Q_PROPERTY(bool isSaving READ isSaving NOTIFY changed)
+    Q_PROPERTY(bool canSave READ canSave NOTIFY changed)
+    /// Why the event could not be loaded or saved; empty when nothing is wrong.
+    Q_PROPERTY(QString errorText READ errorText NOTIFY changed)
+
+  public:
+    /// Everything must outlive the view model.
+    CalendarEditViewModel(CalendarStore& store, const Clock& clock, const CurrentCalendar& calendar,
+                          Localizer& localizer, QObject* parent = nullptr);
+
+    /// Shows the event behind a row; its details follow on a later turn, or errorText. What was kept of an
+    /// earlier form of this event is shown again, as long as the event is what it was then. Returns the
+    /// form's number, for end().
+    Q_INVOKABLE int begin(const QVariant& row);
+    /// Ends with `saved`, or with errorText set and everything left as it was written. Nothing is written
+    /// when nothing was changed.
+    Q_INVOKABLE void save();
+    /// The form of this number is gone: what fails from now on is told by `changeFailed`. Nothing happens
+    /// when another form has begun.
+    Q_INVOKABLE void end(int form);
+
+    /// Keeps what was written, until it is saved or another form is kept. To be called before end() when a
+    /// form goes that nobody has given up.
+    Q_INVOKABLE void keep(int form);
+    /// Gives up what was written.
+    Q_INVOKABLE void discard();
+
+    /// Deletes what is behind the row; ends with `removed` or `removalFailed`.
+    Q_INVOKABLE void remove(const QVariant& row);
+    /// Clears the due date of the reminder behind the row; ends with `removed` or `removalFailed`.
+    Q_INVOKABLE void detach(const QVariant& row);
+
+    Q_INVOKABLE [[nodiscard]] bool isReminder(const QVariant& row) const;
+    Q_INVOKABLE [[nodiscard]] QString reminderId(const QVariant& row) const;
+    Q_INVOKABLE [[nodiscard]] QString titleOf(const QVariant& row) const;
+    /// Whether it may be changed or removed.
+    Q_INVOKABLE [[nodiscard]] bool isWritable(const QVariant& row) const;
+    /// One date of several.
+    Q_INVOKABLE [[nodiscard]] bool isRecurring(const QVariant& row) const;
+    Q_INVOKABLE [[nodiscard]] QString calendarTitleOf(const QVariant& row) const;
+    /// The calendars that take events, {id, title, color} each.
+    Q_INVOKABLE [[nodiscard]] QVariantList calendars() const;
+
+    [[nodiscard]] const QString& title() const { return title_; }
+    void setTitle(const QString& title) { set(title_, title); }
+    [[nodiscard]] EventTimes* times() { return &times_; }
+    [[nodiscard]] const QString& calendarId() const { return calendarID_; }
+    void setCalendarId(const QString& id);
+    [[nodiscard]] const QString& calendarTitle() const { return calendarTitle_; }
+    [[nodiscard]] const QColor& calendarColor() const { return calendarColor_; }
+    [[nodiscard]] const QString& location() const { return location_; }
+    void setLocation(const QString& location) { set(location_, location); }
+    [[nodiscard]] const QString& notes() const { return notes_; }
+    void setNotes(const QString& notes) { set(notes_, notes); }
+    [[nodiscard]] bool isReadOnly() const { return isReadOnly_; }
+    [[nodiscard]] bool isRestored() const { return isRestored_; }
+    [[nodiscard]] bool isSaving() const { return isSaving_; }
+    [[nodiscard]] bool canSave() const { return loaded_ && !isReadOnly_ && !isSaving_; }
+    [[nodiscard]] QString errorText() const;
+
+  Q_SIGNALS:
+    void changed();
+    void saved();
+    void removed();
+    void removalFailed(const QString& message);
+    /// A change that was asked for by a form that is gone did not happen; the sentence says why.
+    void changeFailed(const QString& message);
+
+  private:
+    struct Draft {
+        QString rowID;
+        CalendarEventEditDetails before;
+        CalendarEventEditDetails written;
+    };
+
+    [[nodiscard]] CalendarEventEditDetails details(const EventTimes::Span& span) const;
+    void set(QString& field, const QString& value);
+    void edited();
+    void show(const CalendarEventEditDetails& present);
+    void fail(const TextPair& reason);
+    void finishSaving(int form, const CalendarEventEditDetails& written,
+                      const tl::expected<void, CalendarError>& result);
+    void finishRemoval(const tl::expected<void, CalendarError>& result);
+
+    CalendarStore& store_;
+    Localizer& localizer_;
+    EventTimes times_;
+    CalendarEventItem row_;
+    /// Absent until they have arrived.
+    std::optional<CalendarEventEditDetails> loaded_;
+    QString title_;
+    QString calendarID_;
+    QString calendarTitle_;
+    QColor calendarColor_;
+    QString location_;
+    QString notes_;
+    bool isReadOnly_ = false;
+    std::optional<Draft> draft_;
+    bool isRestored_ = false;
+    bool isSaving_ = false;
+    std::optional<TextPair> error_;
+    /// Counts forms, to tell a late result from one of the form that is shown.
+    int form_ = 0;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,118 @@
+#include "ui/calendar/NewEventViewModel.h"
+
+#include "calendar/CalendarStore.h"
+#include "ui/panel/Localizer.h"
+#include "ui/settings/Choices.h"
+
+#include <QPointer>
+
+namespace kestrant {
+
+NewEventViewModel::NewEventViewModel(CalendarStore& store, const Clock& clock,
+                                     const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
+    : QObject(parent)
+    , store_(store)
+    , localizer_(localizer)
+    , times_(clock, calendar, localizer) {
+    connect(&times_, &EventTimes::edited, this, &NewEventViewModel::edited);
+    connect(&localizer, &Localizer::languageChanged, this, &NewEventViewModel::changed);
+    // Calendars come and go with what is loaded.
+    connect(&store, &CalendarStore::isLoadingChanged, this, &NewEventViewModel::changed);
+}
+
+void NewEventViewModel::begin() {
+    if (title_.trimmed().isEmpty())
+        discard();
+    else
+        Q_EMIT changed();
+}
+
+void NewEventViewModel::discard() {
+    if (isSaving_)
+        return;
+    error_.reset();
+    title_.clear();
+    times_.showNextHalfHour();
+    Q_EMIT changed();
+}
+
+void NewEventViewModel::edited() {
+    error_.reset();
+    Q_EMIT changed();
+}
+
+void NewEventViewModel::fail(const TextPair& reason) {
+    error_ = reason;
+    Q_EMIT changed();
+}
+
+void NewEventViewModel::submit() {
+    if (isSaving_)
+        return;
+    const auto span = times_.span();
+    if (!span)
+        return fail(span.error());
+    NewCalendarEvent event{
+        .title = title_, .startDate = span->start, .endDate = span->end, .isAllDay = span->isAllDay};
+    if (const auto shown = calendar())
+        event.calendarID = shown->calendarIdentifier;
+    isSaving_ = true;
+    edited();
+    store_.createEvent(event, [self = QPointer(this)](const tl::expected<void, CalendarError>& result) {
+        if (!self)
+            return;
+        self->isSaving_ = false;
+        if (!result)
+            return self->fail(result.error().message());
+        self->discard();
+        Q_EMIT self->added();
+    });
+}
+
+void NewEventViewModel::setTitle(const QString& title) {
+    if (title == title_)
+        return;
+    title_ = title;
+    edited();
+}
+
+std::optional<EKCalendar> NewEventViewModel::calendar() const {
+    const std::vector<EKCalendar> calendars = store_.writableCalendars();
+    if (const EKCalendar* chosen = find(calendars, chosenCalendarID_))
+        return *chosen;
+    return store_.defaultCalendar();
+}
+
+QString NewEventViewModel::calendarId() const {
+    const auto shown = calendar();
+    return shown ? shown->calendarIdentifier : QString();
+}
+
+void NewEventViewModel::setCalendarId(const QString& id) {
+    chosenCalendarID_ = id;
+    edited();
+}
+
+QString NewEventViewModel::calendarTitle() const {
+    const auto shown = calendar();
+    return shown ? shown->title : localizer_(text("New calendar", "Nouveau calendrier"));
+}
+
+QColor NewEventViewModel::calendarColor() const {
+    const auto shown = calendar();
+    return shown ? eventColor(*shown) : QColor(Qt::transparent);
+}
+
+QVariantList NewEventViewModel::calendars() const {
+    return choices(store_.writableCalendars());
+}
+
+bool NewEventViewModel::canSubmit() const {
+    return !isSaving_ && !title_.trimmed().isEmpty();
+}
+
+QString NewEventViewModel::errorText() const {
+    return error_ ? localizer_(*error_) : QString();
+}
+
+}  // namespace kestrant

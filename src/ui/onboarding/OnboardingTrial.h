@@ -1,0 +1,151 @@
+#pragma once
+
+#include "calendar/CalendarStore.h"
+#include "completion/CompletionLedgerRepository.h"
+#include "eventkit/memory/InMemoryEventStore.h"
+#include "foundation/BackgroundExecutor.h"
+#include "foundation/NotificationCenter.h"
+#include "foundation/UserDefaults.h"
+#include "notch/NotchGeometry.h"
+#include "preferences/Localization.h"
+#include "preferences/Preferences.h"
+#include "reminders/ReminderActionHistory.h"
+#include "reminders/ReminderStore.h"
+#include "ui/calendar/CalendarActionHistory.h"
+#include "ui/calendar/CalendarEditViewModel.h"
+#include "ui/calendar/CalendarViewModel.h"
+#include "ui/calendar/NewEventViewModel.h"
+#include "ui/onboarding/YearRevealViewModel.h"
+#include "ui/panel/HistoryViewModel.h"
+#include "ui/panel/OverlayHost.h"
+#include "ui/panel/PanelViewModel.h"
+#include "ui/reminders/QuickAddViewModel.h"
+#include "ui/reminders/ReminderEditViewModel.h"
+#include "ui/reminders/RemindersViewModel.h"
+
+#include <QJsonObject>
+#include <QObject>
+#include <QQmlEngine>
+
+namespace kestrant {
+
+class Appearance;
+class Feedback;
+class Localizer;
+class NotchInteractionModel;
+
+/// Settings for trying things out: how the panel looks and behaves is the person's and is shared; everything
+/// else is kept in memory. Thread: main.
+class TrialDefaults final : public UserDefaults {
+  public:
+    /// `real` must outlive this.
+    explicit TrialDefaults(UserDefaults& real) : real_(real) {}
+
+    [[nodiscard]] QJsonValue object(const QString& key) const override;
+    void set(const QString& key, const QJsonValue& value) override;
+    [[nodiscard]] Subscription observe(std::function<void(const QString&)> observer) override;
+
+  private:
+    UserDefaults& real_;
+    QJsonObject values_;
+    ObserverList<QString> observers_;
+    Subscription realChanges_ = real_.observe([this](const QString& key) { observers_.notify(key); });
+};
+
+/// The panel of the introduction: the real one's models and views over a database in memory with example
+/// reminders and events, so that whatever is tried out changes nothing. Thread: main.
+class OnboardingTrial : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the introduction")
+    Q_PROPERTY(PanelViewModel* panel READ panel CONSTANT)
+    Q_PROPERTY(RemindersViewModel* reminders READ reminders CONSTANT)
+    Q_PROPERTY(CalendarViewModel* calendar READ calendar CONSTANT)
+    Q_PROPERTY(QuickAddViewModel* quickAdd READ quickAdd CONSTANT)
+    Q_PROPERTY(NewEventViewModel* newEvent READ newEvent CONSTANT)
+    Q_PROPERTY(CalendarEditViewModel* calendarEdit READ calendarEdit CONSTANT)
+    Q_PROPERTY(ReminderEditViewModel* reminderEdit READ reminderEdit CONSTANT)
+    Q_PROPERTY(HistoryViewModel* history READ history CONSTANT)
+    Q_PROPERTY(YearRevealViewModel* yearReveal READ yearReveal CONSTANT)
+    Q_PROPERTY(OverlayHost* overlays READ overlays CONSTANT)
+    /// A card is being carried.
+    Q_PROPERTY(bool isCarrying READ isCarrying NOTIFY isCarryingChanged)
+
+  public:
+    /// Everything must outlive the trial.
+    struct Services {
+        QQuickWindow& window;
+        QQmlEngine& engine;
+        Localizer& localizer;
+        const Appearance& appearance;
+        Preferences& preferences;
+        Scheduler& scheduler;
+        Clock& clock;
+        CurrentCalendar& calendar;
+        const Feedback& feedback;
+    };
+    OnboardingTrial(const Services& services, NotchInteractionModel& notch);
+
+    /// Back to the examples, in the present language; there is nothing to undo.
+    void reset();
+
+    [[nodiscard]] PanelViewModel* panel() { return &panel_; }
+    [[nodiscard]] RemindersViewModel* reminders() { return &reminders_; }
+    [[nodiscard]] CalendarViewModel* calendar() { return &calendar_; }
+    [[nodiscard]] QuickAddViewModel* quickAdd() { return &quickAdd_; }
+    [[nodiscard]] NewEventViewModel* newEvent() { return &newEvent_; }
+    [[nodiscard]] CalendarEditViewModel* calendarEdit() { return &calendarEdit_; }
+    [[nodiscard]] ReminderEditViewModel* reminderEdit() { return &reminderEdit_; }
+    [[nodiscard]] HistoryViewModel* history() { return &history_; }
+    [[nodiscard]] YearRevealViewModel* yearReveal() { return &yearReveal_; }
+    [[nodiscard]] OverlayHost* overlays() { return &overlays_; }
+    [[nodiscard]] bool isCarrying() const;
+
+    /// The same commands as on the panel.
+    Q_INVOKABLE void addReminder();
+    Q_INVOKABLE void undo();
+
+  Q_SIGNALS:
+    void isCarryingChanged();
+    // What the person has just done.
+    void completed();
+    void rescheduled();
+    void openedMenu();
+    void added();
+    void tookBack();
+
+  private:
+    /// The work is small.
+    class AtOnce final : public BackgroundExecutor {
+        void run(std::function<void()> work) override { work(); }
+    };
+    void flagExamples();
+
+    Services services_;
+    NotchInteractionModel& notch_;
+    TrialDefaults defaults_;
+    Preferences preferences_;
+    Localization localization_;
+    NotificationCenter notifications_;
+    InMemoryEventStore database_;
+    CompletionLedgerRepository ledger_;
+    ReminderActionHistory actions_;
+    AtOnce executor_;
+    CalendarActionHistory calendarActions_;
+    ReminderStore store_;
+    CalendarStore calendarStore_;
+    NotchGeometry geometry_;
+    PanelViewModel panel_;
+    RemindersViewModel reminders_;
+    CalendarViewModel calendar_;
+    QuickAddViewModel quickAdd_;
+    NewEventViewModel newEvent_;
+    CalendarEditViewModel calendarEdit_;
+    ReminderEditViewModel reminderEdit_;
+    HistoryViewModel history_;
+    YearRevealViewModel yearReveal_;
+    OverlayHost overlays_;
+    Subscription creations_;
+};
+
+}  // namespace kestrant

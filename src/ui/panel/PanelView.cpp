@@ -1,0 +1,177 @@
+#include "ui/panel/PanelView.h"
+
+#include "notch/NotchInteractionModel.h"
+#include "ui/calendar/CalendarEditViewModel.h"
+#include "ui/calendar/CalendarViewModel.h"
+#include "ui/calendar/NewEventViewModel.h"
+#include "ui/onboarding/YearRevealViewModel.h"
+#include "ui/panel/Appearance.h"
+#include "ui/panel/HistoryViewModel.h"
+#include "ui/panel/Localizer.h"
+#include "ui/panel/PanelViewModel.h"
+#include "ui/panel/SealedEngine.h"
+#include "ui/reminders/QuickAddViewModel.h"
+#include "ui/reminders/ReminderEditViewModel.h"
+#include "ui/reminders/RemindersViewModel.h"
+#include "ui/settings/SettingsViewModel.h"
+
+#include <QFont>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QQuickItem>
+
+#include <algorithm>
+
+extern void qml_register_types_Kestrant();
+
+namespace kestrant {
+namespace {
+
+/// Points around the open panel, and around the resting notch, for their shadows and a message below.
+constexpr QSizeF panelShadow(128, 96);
+constexpr QSizeF notchShadow(36, 24);
+
+/// Keys that move the focus rather than write.
+bool movesFocus(int key) {
+    switch (key) {
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Notes whether the keyboard or the pointer was used last, in any of the program's windows.
+class FocusWatch : public QObject {
+  public:
+    FocusWatch(Appearance& appearance, QObject* parent) : QObject(parent), appearance_(appearance) {
+        qGuiApp->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (!watched->isWindowType())
+            return false;
+        if (event->type() == QEvent::KeyPress && movesFocus(static_cast<QKeyEvent*>(event)->key()))
+            appearance_.setShowsFocus(true);
+        else if (event->type() == QEvent::MouseButtonPress)
+            appearance_.setShowsFocus(false);
+        return false;
+    }
+
+  private:
+    Appearance& appearance_;
+};
+
+}  // namespace
+
+void PanelView::chooseRenderer() {
+    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
+void PanelView::chooseTypeface() {
+    const QString inter = QStringLiteral("Inter");
+    QFont font = QGuiApplication::font();
+    if (font.families().value(0) == inter)
+        return;
+    font.setFamilies(QStringList{inter} + font.families());
+    QGuiApplication::setFont(font);
+}
+
+PanelView::PanelView(const Models& models, Loading loading)
+    : PanelView(models, loading, std::make_unique<SealedEngine>()) {}
+
+PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQmlEngine> engine)
+    : QQuickView(engine.get(), nullptr)
+    , panel_(models.panel)
+    , engine_(std::move(engine)) {
+    qml_register_types_Kestrant();
+    engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    models.localizer.install(*engine_);
+    models.appearance.install(*engine_);
+    new FocusWatch(models.appearance, this);
+    overlays_ = std::make_unique<OverlayHost>(*this, *engine_, models.interaction, models.appearance);
+
+    setFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::NoDropShadowWindowHint);
+    setColor(Qt::transparent);
+    QSurfaceFormat transparent = format();
+    transparent.setAlphaBufferSize(8);
+    setFormat(transparent);
+    setTitle(QStringLiteral("Kestrant"));
+    setResizeMode(QQuickView::SizeRootObjectToView);
+    resize(qRound(models.panel.expandedWidth()), qRound(models.panel.expandedHeight()));
+    setInitialProperties({
+        {QStringLiteral("panel"), QVariant::fromValue(&models.panel)},
+        {QStringLiteral("reminders"), QVariant::fromValue(&models.reminders)},
+        {QStringLiteral("calendar"), QVariant::fromValue(&models.calendar)},
+        {QStringLiteral("quickAdd"), QVariant::fromValue(&models.quickAdd)},
+        {QStringLiteral("settings"), QVariant::fromValue(&models.settings)},
+        {QStringLiteral("newEvent"), QVariant::fromValue(&models.newEvent)},
+        {QStringLiteral("calendarEdit"), QVariant::fromValue(&models.calendarEdit)},
+        {QStringLiteral("reminderEdit"), QVariant::fromValue(&models.reminderEdit)},
+        {QStringLiteral("history"), QVariant::fromValue(&models.history)},
+        {QStringLiteral("yearReveal"), QVariant::fromValue(&models.yearReveal)},
+        {QStringLiteral("overlays"), QVariant::fromValue(overlays_.get())},
+        {QStringLiteral("loadInBackground"), loading == Loading::inBackground},
+    });
+    setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kestrant/Panel.qml")));
+
+    connect(&panel_, &PanelViewModel::shapeChanged, this, &PanelView::updateExtent);
+    connect(overlays_.get(), &OverlayHost::surfacesChanged, this, &PanelView::updateExtent);
+    if (rootObject())
+        connect(rootObject(), SIGNAL(isSpreadChanged()), this, SLOT(updateExtent()));
+    updateExtent();
+}
+
+PanelView::~PanelView() {
+    // Whoever follows the surfaces may have gone before the view.
+    overlays_->disconnect();
+    overlays_->dismissAll();
+    // The views go before what they are bound to.
+    setSource({});
+}
+
+void PanelView::updateExtent() {
+    QSizeF extent = QSizeF(panel_.hoverWidth(), panel_.restingHeight()) + notchShadow;
+    if (rootObject() && rootObject()->property("isSpread").toBool()) {
+        const QSizeF frame(panel_.expandedWidth(), panel_.expandedHeight());
+        const QRectF drawn = overlays_->drawnArea();
+        const double beside =
+            std::max({panelShadow.width() / 2, -drawn.left(), drawn.right() - frame.width()});
+        const double below = std::max(panelShadow.height(),
+                                      std::min(drawn.bottom(), overlays_->roomHeight()) - frame.height());
+        extent = frame + QSizeF(2 * beside, below);
+        // Nothing is given back while the panel is open.
+        if (extent_.width() >= frame.width())
+            extent = extent.expandedTo(extent_);
+    }
+    if (extent == extent_)
+        return;
+    extent_ = extent;
+    Q_EMIT extentChanged();
+}
+
+void PanelView::fillWindow() {
+    if (rootObject())
+        rootObject()->setSize(size());
+}
+
+bool PanelView::contentScrollsUp(QPointF locationInPanel) const {
+    QVariant scrolls;
+    if (rootObject())
+        QMetaObject::invokeMethod(rootObject(), "scrollsDownAt", Q_RETURN_ARG(QVariant, scrolls),
+                                  Q_ARG(QVariant, locationInPanel.x()),
+                                  Q_ARG(QVariant, panel_.expandedHeight() - locationInPanel.y()));
+    return scrolls.toBool();
+}
+
+}  // namespace kestrant

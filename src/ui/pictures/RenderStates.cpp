@@ -1,0 +1,403 @@
+#include "ui/pictures/RenderStates.h"
+
+#include "ui/pictures/PictureState.h"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QLinearGradient>
+#include <QPainter>
+
+#include <algorithm>
+#include <iterator>
+
+namespace kestrant {
+namespace {
+
+double pixelsPerPoint() {
+    return qGuiApp->devicePixelRatio();
+}
+
+QImage desktop() {
+    QImage image(pictureSize * pixelsPerPoint(), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(pixelsPerPoint());
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QLinearGradient sky(0, 0, pictureSize.width(), pictureSize.height());
+    sky.setColorAt(0, QColor(0x2b, 0x35, 0x66));
+    sky.setColorAt(0.45, QColor(0x4f, 0x71, 0x89));
+    sky.setColorAt(0.75, QColor(0x62, 0x97, 0x96));
+    sky.setColorAt(1, QColor(0xb8, 0xb2, 0x7c));
+    painter.fillRect(QRect({}, pictureSize), sky);
+    painter.fillRect(QRect(0, 0, pictureSize.width(), 33), QColor(0, 0, 0, 56));
+    return image;
+}
+
+/// What a window shows, with its transparency. A grabbed window has none, but is seen in full from what it
+/// looks like before black and before white: a pixel's cover is what keeps the two from differing.
+QImage pictureOf(QQuickWindow& window) {
+    const auto before = [&window](Qt::GlobalColor ground) {
+        window.setColor(ground);
+        return window.grabWindow().convertToFormat(QImage::Format_RGB32);
+    };
+    const QImage onWhite = before(Qt::white);
+    const QImage onBlack = before(Qt::black);
+    window.setColor(Qt::transparent);
+    QImage picture(onBlack.size(), QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < picture.height(); ++y) {
+        const auto* white = reinterpret_cast<const QRgb*>(onWhite.constScanLine(y));
+        const auto* black = reinterpret_cast<const QRgb*>(onBlack.constScanLine(y));
+        auto* pixel = reinterpret_cast<QRgb*>(picture.scanLine(y));
+        for (int x = 0; x < picture.width(); ++x) {
+            const int cover = 255 - qBound(0, qGreen(white[x]) - qGreen(black[x]), 255);
+            pixel[x] = qRgba(qMin(qRed(black[x]), cover), qMin(qGreen(black[x]), cover),
+                             qMin(qBlue(black[x]), cover), cover);
+        }
+    }
+    return picture;
+}
+
+void drawWindow(QPainter& painter, QQuickWindow& window) {
+    painter.drawImage(QRectF(window.geometry()), pictureOf(window));
+}
+
+bool save(Stage& stage, const QString& path) {
+    QCoreApplication::processEvents();
+    QImage image = desktop();
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    if (stage.view.isVisible())
+        drawWindow(painter, stage.view);
+    // The newest comes first, and lies uppermost.
+    const QWindowList windows = QGuiApplication::allWindows();
+    for (auto window = windows.crbegin(); window != windows.crend(); ++window) {
+        auto* overlay = qobject_cast<QQuickWindow*>(*window);
+        if (overlay && overlay != &stage.view && overlay->isVisible())
+            drawWindow(painter, *overlay);
+    }
+    painter.end();
+    if (image.save(path))
+        return true;
+    qWarning("cannot write %s", qUtf8Printable(path));
+    return false;
+}
+
+/// Opens the menu of a card or row at a point of it.
+void openMenu(Stage& stage, const char* function, int index, QPoint at) {
+    QMetaObject::invokeMethod(stage.content(), function, Q_ARG(QVariant, index), Q_ARG(QVariant, at.x()),
+                              Q_ARG(QVariant, at.y()));
+    // Gives the menu the keyboard focus.
+    QCoreApplication::processEvents();
+}
+
+/// Chooses an entry of the menu of a calendar row, counted from 1.
+void chooseForRow(Stage& stage, const TextPair& title, int entry) {
+    int row = 0;
+    while (stage.days.rows()->rowAt(row).title != stage.localizer(title))
+        ++row;
+    openMenu(stage, "openRowMenu", row, {60, 20});
+    for (int press = 0; press < entry; ++press)
+        stage.press(Qt::Key_Down);
+    stage.press(Qt::Key_Return);
+    stage.time.advance(Duration(0));
+    QCoreApplication::processEvents();
+}
+
+void fillDisk(Stage& stage, InMemoryEventStore::Operation operation) {
+    stage.database.setFailure(
+        operation, EKError{EKError::Code::storage, text("The disk is full; nothing was written.",
+                                                        "Le disque est plein ; rien n’a été écrit.")});
+}
+
+/// At rest, with as much to say as there is.
+void rest(Stage& stage) {
+    stage.addReminders();
+    stage.load();
+    stage.preferences.setRestingContent(RestingContent::everything);
+    stage.show();
+}
+
+std::vector<PictureState> states() {
+    const auto named = [](const char* name) { return QString::fromUtf8(name); };
+    const TextPair visit = text("Dinner at Tomas’s", "Dîner chez Tomas");
+    const TextPair slides =
+        text("Review slides for Tuesday’s planning", "Relire les diapos de la réunion de mardi");
+    const TextPair dinner = text("Dinner with Maren", "Dîner avec Maren");
+    return {
+        {named("resting"),
+         [](Stage& stage) {
+             stage.addReminders();
+             stage.load();
+             stage.show();
+         }},
+        {named("hovering"),
+         [](Stage& stage) {
+             stage.addReminders();
+             stage.load();
+             stage.preferences.setRequiresClickOrSwipeToExpand(true);
+             stage.interaction.pointerEntered();
+             stage.show();
+         }},
+        {named("resting-event"),
+         [](Stage& stage) {
+             rest(stage);
+             stage.panel.resting()->setEvent(RestingEvent{
+                 stage.localizer(text("Design review", "Point d’équipe")), QColor(0x3d9bff), 12});
+         }},
+        {named("resting-overdue"),
+         [](Stage& stage) {
+             rest(stage);
+             stage.preferences.setShowCalendar(false);
+         }},
+        {named("resting-ringing"),
+         [](Stage& stage) {
+             rest(stage);
+             stage.panel.resting()->ring(stage.card(2));
+         }},
+        {named("expanded"), expanded([](Stage& stage) {
+             stage.moveMouseTo({600, 80});
+         })},
+        {named("filtered"), expanded([](Stage& stage) { stage.reminders.setShowsTodayOnly(true); })},
+        {named("one-list"), expanded([](Stage& stage) {
+             stage.reminders.setSelectedListId(stage.store.lists().at(2).id);
+             stage.time.advance(Duration(0));
+         })},
+        {named("search"), expanded([](Stage& stage) {
+             stage.call("openSearch");
+             stage.type(QStringLiteral("re"));
+         })},
+        {named("completing"), expanded([](Stage& stage) {
+             stage.reminders.toggleCompletion(stage.card(1));
+             stage.reminders.toggleCompletion(stage.card(2));
+             stage.reminders.toggleCompletion(stage.card(4));
+         })},
+        {named("keyboard"), expanded([](Stage& stage) {
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Down);
+         })},
+        {named("scrolled"), expanded([](Stage& stage) { stage.press(Qt::Key_End); })},
+        {named("narrow"), expanded(), 700},
+        {named("black"),
+         expanded([](Stage& stage) { stage.preferences.setNotchMaterial(QStringLiteral("black")); })},
+        {named("high-contrast"), expanded([](Stage& stage) {
+             stage.appearance.setHighContrast(true);
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Left);
+         })},
+        {named("empty"),
+         [](Stage& stage) {
+             stage.database.putCalendar({.title = QStringLiteral("Home")});
+             completeReminders(stage);
+             stage.load();
+             stage.expand();
+         }},
+        {named("all-done"), expanded([](Stage& stage) {
+             stage.reminders.setSelectedListId(stage.store.lists().at(4).id);
+             stage.reminders.setShowsTodayOnly(true);
+             stage.time.advance(Duration(0));
+         })},
+        {named("nothing-found"),
+         expanded([](Stage& stage) { stage.reminders.setSearchQuery(QStringLiteral("xylophone")); })},
+        {named("loading"),
+         [](Stage& stage) {
+             stage.store.requestAccess();
+             stage.calendarStore.requestAccess();
+             stage.expand();
+         }},
+        {named("denied"),
+         [](Stage& stage) {
+             stage.database.setAuthorizationStatus(EKAuthorizationStatus::denied);
+             stage.store.requestAccess();
+             stage.calendarStore.requestAccess();
+             stage.time.advance(Duration(0));
+             stage.expand();
+         }},
+        {named("failed"),
+         [](Stage& stage) {
+             stage.database.setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
+             stage.database.setFailure(
+                 InMemoryEventStore::Operation::requestAccess,
+                 EKError{EKError::Code::storage,
+                         text("The folder “Reminders” cannot be read: permission denied.",
+                              "Le dossier « Reminders » est illisible : permission refusée.")});
+             stage.store.requestAccess();
+             stage.calendarStore.requestAccess();
+             stage.time.advance(Duration(0));
+             stage.expand();
+         }},
+        {named("first-reminder"),
+         [](Stage& stage) {
+             stage.database.putCalendar({.title = QStringLiteral("Home")});
+             stage.load();
+             stage.expand();
+         }},
+        {named("nothing-to-show"), expanded([](Stage& stage) {
+             stage.preferences.setShowReminders(false);
+             stage.preferences.setShowCalendar(false);
+         })},
+        {named("lists"), expanded([](Stage& stage) { stage.call("openLists"); })},
+        {named("sort"), expanded([](Stage& stage) { stage.call("openSort"); })},
+        {named("card-menu"), expanded([](Stage& stage) {
+             openMenu(stage, "openCardMenu", 5, {120, 40});
+             stage.press(Qt::Key_Down);
+         })},
+        {named("quick-add"), expanded([](Stage& stage) {
+             stage.call("openQuickAdd");
+             stage.type(stage.localizer(text("Call the plumber", "Appeler le plombier")));
+         })},
+        {named("quick-add-date"), expanded([](Stage& stage) {
+             stage.call("openQuickAdd");
+             stage.quickAdd.setTitle(stage.localizer(text("Call the plumber", "Appeler le plombier")));
+             stage.quickAdd.dueDay()->setIsoDay(QStringLiteral("2026-11-24"));
+             stage.quickAdd.setTimeText(QStringLiteral("9:30"));
+             stage.overlayContent("quickAdd")->setProperty("picksDate", true);
+         })},
+        {named("quick-add-failed"), expanded([](Stage& stage) {
+             stage.call("openQuickAdd");
+             stage.database.setFailure(
+                 InMemoryEventStore::Operation::save,
+                 EKError{EKError::Code::storage, text("The disk is full; nothing was written.",
+                                                      "Le disque est plein ; rien n’a été écrit.")});
+             stage.quickAdd.setTitle(stage.localizer(text("Call the plumber", "Appeler le plombier")));
+             stage.quickAdd.submit();
+             stage.time.advance(Duration(0));
+         })},
+        {named("calendar-first"), expanded([](Stage& stage) {
+             stage.preferences.setModuleOrder(KestrantModuleOrder::calendarFirst);
+             stage.preferences.setLayoutRatio(KestrantLayoutRatio::r50_50);
+         })},
+        {named("calendar-only"), expanded([](Stage& stage) { stage.preferences.setShowReminders(false); })},
+        {named("reminders-only"), expanded([](Stage& stage) { stage.preferences.setShowCalendar(false); })},
+        {named("full-calendar"), expanded([](Stage& stage) { stage.showFullCalendar(); })},
+        {named("full-calendar-only"), expanded([](Stage& stage) {
+             stage.preferences.setShowReminders(false);
+             stage.showFullCalendar();
+         })},
+        {named("calendar-scrolled"), expanded([](Stage& stage) {
+             stage.focusCalendar();
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Right);
+             stage.press(Qt::Key_Down);
+         })},
+        {named("calendar-empty"), expanded([](Stage& stage) {
+             for (const EKEventData& event : stage.database.allEvents())
+                 stage.database.dropEvent(event.calendarItemIdentifier);
+             stage.preferences.setShowRemindersInCalendar(false);
+             stage.time.advance(std::chrono::seconds(1));
+         })},
+        {named("calendar-connecting"),
+         [](Stage& stage) {
+             stage.addReminders();
+             stage.store.requestAccess();
+             stage.time.advance(Duration(0));
+             stage.database.setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
+             stage.calendarStore.requestAccess();
+             stage.expand();
+         }},
+        {named("calendar-denied"),
+         [](Stage& stage) {
+             stage.addReminders();
+             stage.store.requestAccess();
+             stage.time.advance(Duration(0));
+             stage.database.setAuthorizationStatus(EKAuthorizationStatus::denied);
+             stage.calendarStore.requestAccess();
+             stage.expand();
+         }},
+        {named("row-menu"), expanded([](Stage& stage) {
+             openMenu(stage, "openRowMenu", 4, {60, 20});
+             stage.press(Qt::Key_Down);
+         })},
+        {named("reminder-row-menu"), expanded([](Stage& stage) {
+             openMenu(stage, "openRowMenu", 5, {60, 20});
+             stage.press(Qt::Key_Down);
+         })},
+        {named("drag"), expanded([](Stage& stage) {
+             stage.drag({360, 70}, {780, 150});
+         })},
+        {named("drag-full-calendar"), expanded([](Stage& stage) {
+             stage.showFullCalendar();
+             stage.drag({360, 70}, {780, 190});
+         })},
+        {named("edit-event"), expanded([visit](Stage& stage) {
+             chooseForRow(stage, visit, 1);
+             stage.calendarEdit.setLocation(stage.localizer(text("8 Mill Lane", "8, rue du Moulin")));
+             stage.calendarEdit.setNotes(stage.localizer(
+                 text("Bring the wine and the board game.", "Apporter le vin et le jeu de société.")));
+         })},
+        {named("edit-event-day"), expanded([visit](Stage& stage) {
+             chooseForRow(stage, visit, 1);
+             stage.press(Qt::Key_Tab);
+             stage.press(Qt::Key_Tab);
+             stage.press(Qt::Key_Space);
+             QCoreApplication::processEvents();
+             stage.press(Qt::Key_Down);
+         })},
+        {named("edit-event-failed"), expanded([visit](Stage& stage) {
+             chooseForRow(stage, visit, 1);
+             stage.type(stage.localizer(text(", with Maren", ", avec Maren")));
+             for (const EKEventData& event : stage.database.allEvents())
+                 stage.database.dropEvent(event.calendarItemIdentifier);
+             stage.press(Qt::Key_Return);
+             stage.time.advance(Duration(0));
+         })},
+        {named("edit-reminder"), expanded([slides](Stage& stage) {
+             chooseForRow(stage, slides, 1);
+             stage.reminderEdit.setNotes(stage.localizer(
+                 text("They are in the shared folder.", "Elles sont dans le dossier partagé.")));
+         })},
+        {named("delete-event"), expanded([visit](Stage& stage) { chooseForRow(stage, visit, 2); })},
+        {named("delete-event-failed"), expanded([visit](Stage& stage) {
+             chooseForRow(stage, visit, 2);
+             fillDisk(stage, InMemoryEventStore::Operation::remove);
+             stage.press(Qt::Key_Tab);
+             stage.press(Qt::Key_Return);
+             stage.time.advance(Duration(0));
+         })},
+        {named("detach-reminder"), expanded([slides](Stage& stage) { chooseForRow(stage, slides, 2); })},
+        {named("quick-add-event"), expanded([dinner](Stage& stage) {
+             stage.quickAdd.setType(QStringLiteral("event"));
+             stage.call("openQuickAdd");
+             stage.type(stage.localizer(dinner));
+         })},
+        {named("quick-add-event-failed"), expanded([dinner](Stage& stage) {
+             stage.quickAdd.setType(QStringLiteral("event"));
+             stage.call("openQuickAdd");
+             stage.type(stage.localizer(dinner));
+             stage.newEvent.times()->setEndTime(QStringLiteral("14:00"));
+             stage.press(Qt::Key_Return);
+         })},
+    };
+}
+
+}  // namespace
+
+void prepareRendering() {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!qEnvironmentVariableIsSet("QT_SCALE_FACTOR"))
+        qputenv("QT_SCALE_FACTOR", "2");
+    qputenv("QT_QUICK_BACKEND", "software");
+}
+
+bool renderStates(const QString& directory) {
+    if (!QDir().mkpath(directory)) {
+        qWarning("cannot create %s", qUtf8Printable(directory));
+        return false;
+    }
+    PanelView::chooseTypeface();
+    std::vector<PictureState> pictures = states();
+    std::ranges::move(reminderPictures(), std::back_inserter(pictures));
+    std::ranges::move(introductionPictures(), std::back_inserter(pictures));
+    bool complete = true;
+    for (const Language language : {Language::english, Language::french}) {
+        const QString code = language == Language::french ? QStringLiteral("fr") : QStringLiteral("en");
+        for (const PictureState& state : pictures) {
+            Stage stage(language, state.screenWidth);
+            state.arrange(stage);
+            complete &= save(stage, QDir(directory).filePath(code + QLatin1Char('-') + state.name +
+                                                             QStringLiteral(".png")));
+        }
+    }
+    return complete;
+}
+
+}  // namespace kestrant

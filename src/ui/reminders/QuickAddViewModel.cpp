@@ -1,0 +1,412 @@
+#include "ui/reminders/QuickAddViewModel.h"
+
+#include "reminders/ReminderDueText.h"
+#include "reminders/ReminderStore.h"
+#include "ui/calendar/ListColor.h"
+#include "ui/calendar/TimeOfDay.h"
+#include "ui/panel/Localizer.h"
+#include "ui/reminders/RepeatChoices.h"
+#include "ui/settings/Choices.h"
+
+#include <QPointer>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace kestrant {
+namespace {
+
+const QString noPriority = QStringLiteral("none");
+
+namespace fact {
+const QString list = QStringLiteral("list");
+const QString due = QStringLiteral("due");
+const QString priority = QStringLiteral("priority");
+const QString flag = QStringLiteral("flag");
+const QString alert = QStringLiteral("alert");
+const QString repeat = QStringLiteral("repeat");
+const QStringList all{list, due, priority, flag, alert, repeat};
+}  // namespace fact
+
+const QString& factOf(QuickAddPiece::Kind kind) {
+    switch (kind) {
+    case QuickAddPiece::Kind::day:
+    case QuickAddPiece::Kind::time:
+        return fact::due;
+    case QuickAddPiece::Kind::priority:
+        return fact::priority;
+    case QuickAddPiece::Kind::list:
+        break;
+    }
+    return fact::list;
+}
+
+}  // namespace
+
+QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
+                                     const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
+    : QObject(parent)
+    , store_(store)
+    , clock_(clock)
+    , calendar_(calendar)
+    , localizer_(localizer)
+    , alert_(localizer)
+    , dueDay_(clock, calendar, localizer) {
+    connect(this, &QuickAddViewModel::changed, this, &QuickAddViewModel::updateFacts);
+    updateFacts();
+    connect(&alert_, &AlertPicker::edited, this, &QuickAddViewModel::edited);
+    connect(&dueDay_, &DayPicker::dayChanged, this, [this] {
+        if (!dueDay_.day().isValid())
+            timeText_.clear();
+        edited();
+    });
+    connect(&store, &ReminderStore::listsChanged, this, [this] {
+        Q_EMIT listsChanged();
+        Q_EMIT changed();
+    });
+    connect(&store, &ReminderStore::presentChanged, this, [this] {
+        dueDay_.refresh();
+        Q_EMIT changed();
+    });
+    connect(&localizer, &Localizer::languageChanged, this, [this] {
+        Q_EMIT textsChanged();
+        Q_EMIT changed();
+    });
+}
+
+void QuickAddViewModel::begin() {
+    if (title_.trimmed().isEmpty())
+        return discard();
+    // The days that words such as "tomorrow" stand for may be others by now.
+    understand();
+    Q_EMIT changed();
+}
+
+void QuickAddViewModel::discard() {
+    if (isSaving_)
+        return;
+    error_.reset();
+    title_.clear();
+    line_ = {};
+    refused_.clear();
+    isFlagged_ = false;
+    alert_.setSchedule(std::nullopt);
+    repeat_ = ReminderRepeat::none;
+    priority_.reset();
+    listID_.reset();
+    dueDay_.setDay({});
+    dueDay_.showMonthOfDay();
+    timeText_.clear();
+    Q_EMIT changed();
+}
+
+void QuickAddViewModel::updateAlert() {
+    alert_.setDue(!dueDay_.day().isValid() ? AlertPicker::Due::nothing
+                  : hasTime()              ? AlertPicker::Due::time
+                                           : AlertPicker::Due::day);
+}
+
+void QuickAddViewModel::edited() {
+    error_.reset();
+    updateAlert();
+    Q_EMIT changed();
+}
+
+void QuickAddViewModel::submit() {
+    if (isSaving_)
+        return;
+    const auto refuse = [this](const TextPair& reason) {
+        error_ = reason;
+        Q_EMIT changed();
+    };
+    NewReminder reminder{.title = line_.title, .priority = priority_, .isFlagged = isFlagged_};
+    if (const ReminderList* chosen = list())
+        reminder.listID = chosen->id;
+    const auto time = hasTime() ? timeOfDay(timeText_) : std::optional(QTime(0, 0));
+    if (!time)
+        return refuse(unreadableTimeText());
+    const ZoneCalendar calendar = calendar_.calendar();
+    reminder.dueDateIncludesTime = hasTime();
+    const auto alert = alert_.takeSchedule();
+    if (!alert)
+        return refuse(alert.error());
+    reminder.dueAlertSchedule = *alert;
+    reminder.repeat = repeat();
+    if (const QDate day = dueDay_.day(); day.isValid())
+        reminder.dueDate = hasTime() ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
+
+    isSaving_ = true;
+    error_.reset();
+    Q_EMIT changed();
+    store_.create(reminder, [self = QPointer(this)](const tl::expected<QString, ReminderStoreError>& result) {
+        if (!self)
+            return;
+        self->isSaving_ = false;
+        if (result) {
+            self->discard();
+            Q_EMIT self->added();
+        } else {
+            self->error_ = result.error().message();
+            Q_EMIT self->changed();
+        }
+    });
+}
+
+void QuickAddViewModel::setType(const QString& type) {
+    if (type == type_)
+        return;
+    type_ = type;
+    Q_EMIT changed();
+}
+
+void QuickAddViewModel::setTitle(const QString& title) {
+    if (title == title_)
+        return;
+    title_ = title;
+    // Words typed anew may be meant otherwise.
+    refused_.removeIf([this](const QString& words) { return !title_.contains(words); });
+    understand();
+    edited();
+}
+
+void QuickAddViewModel::understand() {
+    std::vector<TextRange> refused;
+    for (const QString& words : refused_)
+        if (const qsizetype start = title_.indexOf(words); start >= 0)
+            refused.push_back({start, words.size()});
+    const QuickAddLine before = std::exchange(
+        line_,
+        parseQuickAdd(title_, {clock_.now(), calendar_.calendar(), localizer_.language(), store_.lists()},
+                      refused));
+    // A line that is nothing but a date is a title.
+    if (line_.title.trimmed().isEmpty())
+        line_ = QuickAddLine{.title = title_};
+    if (line_.day != before.day)
+        dueDay_.setDay(line_.day.value_or(QDate()));
+    if (line_.time != before.time)
+        timeText_ = line_.time ? clockText(*line_.time, localizer_.clockHours()) : QString();
+    if (line_.priority != before.priority)
+        priority_ = line_.priority;
+    if (line_.listID != before.listID)
+        listID_ = line_.listID;
+}
+
+void QuickAddViewModel::takeBack(const QString& fact) {
+    for (const QuickAddPiece& piece : line_.pieces)
+        if (factOf(piece.kind) == fact)
+            refused_.append(title_.mid(piece.range.start, piece.range.length));
+    understand();
+    if (fact == fact::list)
+        listID_.reset();
+    else if (fact == fact::due)
+        dueDay_.setDay({});
+    else if (fact == fact::priority)
+        priority_.reset();
+    else if (fact == fact::flag)
+        isFlagged_ = false;
+    else if (fact == fact::alert)
+        alert_.setId({});
+    else if (fact == fact::repeat)
+        repeat_ = ReminderRepeat::none;
+    edited();
+}
+
+bool QuickAddViewModel::canTakeBack(const QString& fact) const {
+    return fact == fact::list ? listID_.has_value() : holds(fact);
+}
+
+bool QuickAddViewModel::holds(const QString& fact) const {
+    return fact == fact::list       ? true
+           : fact == fact::due      ? dueDay_.day().isValid()
+           : fact == fact::priority ? priority_.has_value()
+           : fact == fact::flag     ? isFlagged_
+           : fact == fact::alert    ? !alert_.id().isEmpty()
+                                    : repeat() != ReminderRepeat::none;
+}
+
+void QuickAddViewModel::updateFacts() {
+    const QStringList byWords = understood();
+    QStringList order = byWords.contains(fact::list) ? byWords : QStringList{fact::list} + byWords;
+    for (const QString& fact : fact::all)
+        if (!order.contains(fact))
+            order.append(fact);
+    QStringList said;
+    QStringList addable;
+    for (const QString& fact : std::as_const(order)) {
+        if (holds(fact))
+            said.append(fact);
+        else if (dueDay_.day().isValid() || (fact != fact::alert && fact != fact::repeat))
+            addable.append(fact);
+    }
+    if (said == said_ && addable == addable_)
+        return;
+    said_ = said;
+    addable_ = addable;
+    Q_EMIT factsChanged();
+}
+
+QVariantList QuickAddViewModel::pieces() const {
+    const auto isBlank = [this](qsizetype from, qsizetype to) {
+        return QStringView(title_).mid(from, to - from).trimmed().isEmpty();
+    };
+    std::vector<std::pair<QString, TextRange>> words;
+    for (const QuickAddPiece& piece : line_.pieces) {
+        const QString& fact = factOf(piece.kind);
+        // What says the same together is seen together.
+        if (!words.empty() && words.back().first == fact &&
+            isBlank(words.back().second.end(), piece.range.start))
+            words.back().second.length = piece.range.end() - words.back().second.start;
+        else
+            words.emplace_back(fact, piece.range);
+    }
+    QVariantList result;
+    for (const auto& [fact, range] : words)
+        result.append(QVariantMap{{QStringLiteral("kind"), fact},
+                                  {QStringLiteral("start"), range.start},
+                                  {QStringLiteral("length"), range.length}});
+    return result;
+}
+
+QStringList QuickAddViewModel::understood() const {
+    QStringList facts;
+    for (const QuickAddPiece& piece : line_.pieces)
+        if (const QString fact = factOf(piece.kind); !facts.contains(fact))
+            facts.append(fact);
+    return facts;
+}
+
+void QuickAddViewModel::setFlagged(bool flagged) {
+    if (flagged == isFlagged_)
+        return;
+    isFlagged_ = flagged;
+    edited();
+}
+
+ReminderRepeat QuickAddViewModel::repeat() const {
+    return dueDay_.day().isValid() ? repeat_ : ReminderRepeat::none;
+}
+
+void QuickAddViewModel::setRepeatId(const QString& id) {
+    repeat_ = reminderRepeat(id).value_or(ReminderRepeat::none);
+    edited();
+}
+
+QString QuickAddViewModel::repeatTitle() const {
+    return kestrant::repeatTitle(recurrenceRules(repeat()), localizer_);
+}
+
+QVariantList QuickAddViewModel::repeats() const {
+    return repeatChoices({}, localizer_);
+}
+
+QString QuickAddViewModel::priority() const {
+    return priority_ ? rawValue(*priority_) : noPriority;
+}
+
+void QuickAddViewModel::setPriority(const QString& raw) {
+    const auto priority = newReminderPriority(raw);
+    if ((!priority && raw != noPriority) || priority == priority_)
+        return;
+    priority_ = priority;
+    edited();
+}
+
+QString QuickAddViewModel::priorityTitle() const {
+    const QVariantList known = priorities();
+    const auto shown = std::find_if(known.begin(), known.end(), [this](const QVariant& entry) {
+        return entry.toMap()[QStringLiteral("id")] == priority();
+    });
+    return shown->toMap()[QStringLiteral("title")].toString();
+}
+
+QVariantList QuickAddViewModel::priorities() const {
+    const auto entry = [this](NewReminderPriority priority, const TextPair& title) {
+        return QVariantMap{{QStringLiteral("id"), rawValue(priority)},
+                           {QStringLiteral("title"), localizer_(title)}};
+    };
+    return {QVariantMap{{QStringLiteral("id"), noPriority},
+                        {QStringLiteral("title"), localizer_(text("None", "Aucune"))}},
+            entry(NewReminderPriority::low, text("Low", "Basse")),
+            entry(NewReminderPriority::normal, text("Medium", "Moyenne")),
+            entry(NewReminderPriority::high, text("High", "Haute"))};
+}
+
+std::optional<QString> QuickAddViewModel::preferredListID() const {
+    for (const std::optional<QString>& id : {store_.selectedListID(), store_.defaultListID()}) {
+        const auto& lists = store_.lists();
+        if (id && std::any_of(lists.begin(), lists.end(), [&](const ReminderList& list) {
+                return list.id == *id && list.allowsContentModifications;
+            }))
+            return id;
+    }
+    return std::nullopt;
+}
+
+const ReminderList* QuickAddViewModel::list() const {
+    const auto& lists = store_.lists();
+    const auto wanted = listID_ ? listID_ : preferredListID();
+    const auto found = std::find_if(lists.begin(), lists.end(), [&](const ReminderList& list) {
+        return wanted ? list.id == *wanted : list.allowsContentModifications;
+    });
+    return found == lists.end() ? nullptr : &*found;
+}
+
+QString QuickAddViewModel::listId() const {
+    return list() ? list()->id : QString();
+}
+
+void QuickAddViewModel::setListId(const QString& id) {
+    listID_ = id.isEmpty() ? std::nullopt : std::optional(id);
+    edited();
+}
+
+QString QuickAddViewModel::listTitle() const {
+    return list() ? list()->title : localizer_(text("New list", "Nouvelle liste"));
+}
+
+QColor QuickAddViewModel::listColor() const {
+    return kestrant::listColor(list());
+}
+
+QString QuickAddViewModel::listReason() const {
+    const ReminderList* shown = list();
+    if (!shown || listID_)
+        return {};
+    return localizer_(
+        store_.selectedListID() == shown->id  ? text("the list you are looking at", "la liste affichée")
+        : store_.defaultListID() == shown->id ? text("your usual list", "votre liste habituelle")
+                                              : text("your first list", "votre première liste"));
+}
+
+QVariantList QuickAddViewModel::lists() const {
+    return writableChoices(store_.lists());
+}
+
+void QuickAddViewModel::setTimeText(const QString& typed) {
+    if (typed == timeText_)
+        return;
+    timeText_ = typed;
+    edited();
+}
+
+QString QuickAddViewModel::dueText() const {
+    const QDate day = dueDay_.day();
+    if (!day.isValid())
+        return {};
+    const ZoneCalendar calendar = calendar_.calendar();
+    const auto time = timeOfDay(timeText_);
+    const Instant due = time ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
+    return reminderDueText(due, time.has_value(), clock_.now(), calendar, localizer_.language(),
+                           localizer_.clockHours());
+}
+
+bool QuickAddViewModel::canSubmit() const {
+    return !isSaving_ && !title_.trimmed().isEmpty();
+}
+
+QString QuickAddViewModel::errorText() const {
+    return error_ ? localizer_(*error_) : QString();
+}
+
+}  // namespace kestrant

@@ -1,0 +1,311 @@
+#include "ui/reminders/ReminderEditViewModel.h"
+
+#include "reminders/ReminderStore.h"
+#include "ui/calendar/ListColor.h"
+#include "ui/calendar/TimeOfDay.h"
+#include "ui/panel/Localizer.h"
+#include "ui/reminders/RepeatChoices.h"
+#include "ui/settings/Choices.h"
+
+#include <QPointer>
+
+#include <array>
+
+namespace kestrant {
+namespace {
+
+struct PriorityChoice {
+    QString rawValue;
+    TextPair title;
+    /// What is written when it is chosen.
+    int priority = 0;
+};
+
+/// In the order of the form.
+std::array<PriorityChoice, 4> priorityChoices() {
+    const auto choice = [](NewReminderPriority priority, const TextPair& title) {
+        return PriorityChoice{rawValue(priority), title, servicePriority(priority)};
+    };
+    return {PriorityChoice{QStringLiteral("none"), text("None", "Aucune"), 0},
+            choice(NewReminderPriority::low, text("Low", "Basse")),
+            choice(NewReminderPriority::normal, text("Medium", "Moyenne")),
+            choice(NewReminderPriority::high, text("High", "Haute"))};
+}
+
+/// Which of the choices a number from 0 to 9 reads as.
+QString rawPriority(int priority) {
+    if (priority <= 0 || priority > 9)
+        return QStringLiteral("none");
+    return rawValue(priority < 5    ? NewReminderPriority::high
+                    : priority == 5 ? NewReminderPriority::normal
+                                    : NewReminderPriority::low);
+}
+
+bool differsInDueDateAlone(const ReminderEditDetails& details, ReminderEditDetails before) {
+    before.dueDate = details.dueDate;
+    before.dueDateIncludesTime = details.dueDateIncludesTime;
+    before.dueAlertSchedule = details.dueAlertSchedule;
+    return details == before;
+}
+
+}  // namespace
+
+ReminderEditViewModel::ReminderEditViewModel(ReminderStore& store, const Clock& clock,
+                                             const CurrentCalendar& calendar, Localizer& localizer,
+                                             QObject* parent)
+    : QObject(parent)
+    , store_(store)
+    , currentCalendar_(calendar)
+    , localizer_(localizer)
+    , calendar_(calendar.calendar())
+    , dueDay_(clock, calendar, localizer)
+    , alert_(localizer) {
+    connect(&dueDay_, &DayPicker::dayChanged, this, [this] {
+        if (!dueDay_.day().isValid())
+            dueTime_.clear();
+        edited();
+    });
+    connect(&alert_, &AlertPicker::edited, this, &ReminderEditViewModel::edited);
+    connect(&localizer, &Localizer::languageChanged, this, &ReminderEditViewModel::changed);
+}
+
+int ReminderEditViewModel::begin(const QString& reminderId) {
+    ++form_;
+    id_ = reminderId;
+    calendar_ = currentCalendar_.calendar();
+    loaded_ = store_.editDetails(id_);
+    isSaving_ = false;
+    dueTimeIsWrong_ = false;
+    error_.reset();
+    const ReminderEditDetails details = loaded_.value_or(ReminderEditDetails{});
+    title_ = details.title;
+    notes_ = details.notes;
+    priority_ = details.priority;
+    alert_.setSchedule(details.dueAlertSchedule);
+    rules_ = store_.recurrenceRules(id_);
+    repeat_.reset();
+    const ReminderList* list = find(store_.lists(), details.listID);
+    list_ = list ? *list : ReminderList{.id = details.listID};
+    dueDay_.setDay(details.dueDate ? calendar_.dayOf(*details.dueDate) : QDate());
+    dueTime_ = details.dueDateIncludesTime
+                   ? clockText(calendar_.timeOf(*details.dueDate), localizer_.clockHours())
+                   : QString();
+    updateAlert();
+    begun_ = fields();
+    isRestored_ = false;
+    if (loaded_)
+        Q_EMIT changed();
+    else
+        fail(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
+    return form_;
+}
+
+ReminderEditViewModel::Fields ReminderEditViewModel::fields() const {
+    return {title_, dueDay_.day(), dueTime_, priority_, list_, notes_, alert_.value(), shownRules()};
+}
+
+void ReminderEditViewModel::restore() {
+    if (!loaded_ || !draft_ || draft_->id != id_ || draft_->before != begun_)
+        return;
+    const Fields written = draft_->written;
+    title_ = written.title;
+    dueDay_.setDay(written.dueDay);
+    dueTime_ = written.dueTime;
+    priority_ = written.priority;
+    list_ = written.list;
+    notes_ = written.notes;
+    alert_.setValue(written.alert);
+    updateAlert();
+    repeat_ = draft_->repeat;
+    isRestored_ = true;
+    Q_EMIT changed();
+}
+
+void ReminderEditViewModel::keep(int form) {
+    if (form != form_ || !loaded_ || isReadOnly())
+        return;
+    if (const Fields written = fields(); written != begun_)
+        draft_ = Draft{id_, begun_, written, repeat_};
+}
+
+void ReminderEditViewModel::discard() {
+    if (loaded_)
+        begin(id_);
+    draft_.reset();
+}
+
+void ReminderEditViewModel::end(int form) {
+    if (form == form_)
+        ++form_;
+}
+
+void ReminderEditViewModel::fail(const TextPair& reason) {
+    error_ = reason;
+    Q_EMIT changed();
+}
+
+void ReminderEditViewModel::updateAlert() {
+    alert_.setDue(!dueDay_.day().isValid() ? AlertPicker::Due::nothing
+                  : hasTime()              ? AlertPicker::Due::time
+                                           : AlertPicker::Due::day);
+}
+
+void ReminderEditViewModel::edited() {
+    error_.reset();
+    updateAlert();
+    Q_EMIT changed();
+}
+
+void ReminderEditViewModel::set(QString& field, const QString& value) {
+    if (value == field)
+        return;
+    field = value;
+    edited();
+}
+
+void ReminderEditViewModel::setDueTime(const QString& typed) {
+    dueTimeIsWrong_ = false;
+    set(dueTime_, typed);
+}
+
+QString ReminderEditViewModel::priority() const {
+    return rawPriority(priority_);
+}
+
+void ReminderEditViewModel::setPriority(const QString& raw) {
+    for (const PriorityChoice& choice : priorityChoices()) {
+        if (choice.rawValue == raw && raw != priority()) {
+            priority_ = choice.priority;
+            edited();
+        }
+    }
+}
+
+QVariantList ReminderEditViewModel::priorities() const {
+    QVariantList result;
+    for (const PriorityChoice& choice : priorityChoices())
+        result.append(QVariantMap{{QStringLiteral("rawValue"), choice.rawValue},
+                                  {QStringLiteral("title"), localizer_(choice.title)}});
+    return result;
+}
+
+QVariantList ReminderEditViewModel::lists() const {
+    return writableChoices(store_.lists());
+}
+
+void ReminderEditViewModel::setListId(const QString& id) {
+    const ReminderList* list = find(store_.lists(), id);
+    if (!list || id == list_.id)
+        return;
+    list_ = *list;
+    edited();
+}
+
+QColor ReminderEditViewModel::listColor() const {
+    return kestrant::listColor(&list_);
+}
+
+bool ReminderEditViewModel::takeDueDate(ReminderEditDetails& details) {
+    const QDate day = dueDay_.day();
+    const bool hasTime = !dueTime_.trimmed().isEmpty();
+    const auto time = hasTime ? timeOfDay(dueTime_) : std::optional(QTime(0, 0));
+    dueTimeIsWrong_ = !time;
+    if (!time)
+        return false;
+    // A due date that still reads as it did stays to the second.
+    const bool isUnchanged =
+        details.dueDate.has_value() == day.isValid() && details.dueDateIncludesTime == hasTime &&
+        (!details.dueDate || (calendar_.dayOf(*details.dueDate) == day &&
+                              (!hasTime || isSameMinute(calendar_.timeOf(*details.dueDate), *time))));
+    if (isUnchanged)
+        return true;
+    details.dueDateIncludesTime = hasTime;
+    details.dueDate.reset();
+    if (day.isValid())
+        details.dueDate = hasTime ? calendar_.instantAt(day, *time) : calendar_.startOfDay(day);
+    return true;
+}
+
+void ReminderEditViewModel::save() {
+    if (!canSave())
+        return;
+    ReminderEditDetails details = *loaded_;
+    details.title = title_;
+    details.notes = notes_;
+    details.priority = priority_;
+    details.listID = list_.id;
+    if (!takeDueDate(details))
+        return fail(unreadableTimeText());
+    const auto alert = alert_.takeSchedule();
+    if (!alert)
+        return fail(alert.error());
+    details.dueAlertSchedule = *alert;
+    // Without a due date there is none.
+    const auto repeat = details.dueDate ? repeat_ : std::nullopt;
+    if (details == *loaded_ && !repeat) {
+        discard();
+        Q_EMIT saved();
+        return;
+    }
+    isSaving_ = true;
+    edited();
+    const auto finish = [self = QPointer(this),
+                         form = form_](const tl::expected<void, ReminderStoreError>& result) {
+        if (self)
+            self->finishSaving(form, result);
+    };
+    if (repeat || !differsInDueDateAlone(details, *loaded_))
+        store_.edit(id_, details, repeat, finish);
+    else if (details.dueDate)
+        store_.reschedule(id_, *details.dueDate, details.dueDateIncludesTime, details.dueAlertSchedule,
+                          finish);
+    else
+        store_.clearDueDate(id_, finish);
+}
+
+void ReminderEditViewModel::finishSaving(int form, const tl::expected<void, ReminderStoreError>& result) {
+    if (form != form_) {
+        if (!result)
+            Q_EMIT changeFailed(localizer_(result.error().message()));
+        return;
+    }
+    isSaving_ = false;
+    if (!result)
+        return fail(result.error().message());
+    draft_.reset();
+    begun_ = fields();
+    Q_EMIT changed();
+    Q_EMIT saved();
+}
+
+std::vector<EKRecurrenceRule> ReminderEditViewModel::shownRules() const {
+    return repeat_ ? recurrenceRules(*repeat_) : rules_;
+}
+
+QString ReminderEditViewModel::repeatId() const {
+    const auto repeat = reminderRepeat(shownRules());
+    return repeat ? rawValue(*repeat) : QString();
+}
+
+void ReminderEditViewModel::setRepeatId(const QString& id) {
+    if (id == repeatId())
+        return;
+    const auto repeat = reminderRepeat(id);
+    // What the form began with is kept to the letter.
+    repeat_ = repeat == reminderRepeat(rules_) ? std::nullopt : repeat;
+    edited();
+}
+
+QString ReminderEditViewModel::repeatTitle() const {
+    return kestrant::repeatTitle(shownRules(), localizer_);
+}
+
+QVariantList ReminderEditViewModel::repeats() const {
+    return repeatChoices(rules_, localizer_);
+}
+
+QString ReminderEditViewModel::errorText() const {
+    return error_ ? localizer_(*error_) : QString();
+}
+
+}  // namespace kestrant

@@ -1,0 +1,24 @@
+#include "ui/reminders/RepeatChoices.h"
+
+namespace kestrant {
+
+QString repeatTitle(const std::vector<EKRecurrenceRule>& rules, const Localizer& localizer) {
+    QString words = repeatInWords(rules, localizer.language());
+    words[0] = words[0].toUpper();
+    return words;
+}
+
+QVariantList repeatChoices(const std::vector<EKRecurrenceRule>& present, const Localizer& localizer) {
+    QVariantList choices;
+    const auto offer = [&](const QString& id, const std::vector<EKRecurrenceRule>& rules) {
+        choices.append(QVariantMap{{QStringLiteral("id"), id},
+                                   {QStringLiteral("title"), repeatTitle(rules, localizer)}});
+    };
+    for (const ReminderRepeat repeat : allReminderRepeats)
+        offer(rawValue(repeat), recurrenceRules(repeat));
+    if (!reminderRepeat(present))
+        offer({}, present);
+    return choices;
+}
+
+}  // namespace kestrant
