@@ -1,7 +1,6 @@
 #include "app/AppDelegate.h"
 
 #include "app/OpenEventStore.h"
-#include "app/PanelInterface.h"
 #include "platform/linux/audio/ModuleAudioOutput.h"
 #include "platform/linux/desktop/ApplicationState.h"
 #include "platform/linux/desktop/DesktopAppearance.h"
@@ -17,6 +16,12 @@
 #include "preferences/PreferenceKeys.h"
 #include "preferences/ProgramNames.h"
 #include "ui/onboarding/OnboardingWindowController.h"
+#include "ui/panel/Appearance.h"
+#include "ui/panel/Localizer.h"
+#include "ui/panel/PanelComposition.h"
+#include "ui/panel/PanelView.h"
+#include "ui/settings/FeedbackViewModel.h"
+#include "ui/settings/SettingsViewModel.h"
 
 #include <QCoreApplication>
 #include <QLocale>
@@ -57,8 +62,6 @@ AppDelegate::AppDelegate(Options options)
     , eventStore_(storeLocation_.toString(), [this] { return openStore(); })
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
-    , history_(scheduler_, clock_)
-    , calendarActions_(history_)
     , scriptHost_(eventStore_, scheduler_)
     , flagAutomation_(scriptHost_, scriptQueue_, scheduler_)
     , interactionModel_(scheduler_, preferences_, feedback_)
@@ -73,51 +76,6 @@ AppDelegate::AppDelegate(Options options)
                  lifecycleActions()) {}
 
 AppDelegate::~AppDelegate() = default;
-
-ReminderStore& AppDelegate::reminderStore() {
-    if (!reminderStore_) {
-        reminderStore_ = std::make_unique<ReminderStore>(ReminderStoreServices{
-            .eventStore = eventStore_,
-            .scheduler = scheduler_,
-            .clock = clock_,
-            .calendar = calendar_,
-            .defaults = defaults_,
-            .localization = localization_,
-            .notifications = notifications_,
-            .ledger = ledger_,
-            .completionsCommitted = [this](int count) { reporter_.recordCompletions(count); },
-            .history = &history_,
-            .flags = &flagAutomation_,
-        });
-    }
-    return *reminderStore_;
-}
-
-CalendarStore& AppDelegate::calendarStore() {
-    if (!calendarStore_) {
-        calendarStore_ = std::make_unique<CalendarStore>(CalendarStoreServices{
-            .eventStore = eventStore_,
-            .scheduler = scheduler_,
-            .clock = clock_,
-            .calendar = calendar_,
-            .preferences = preferences_,
-            .notifications = notifications_,
-            .executor = calendarWorker_,
-            .locale = [] { return QLocale::system(); },
-            .clearReminderDueDate =
-                [this](const QString& reminderID,
-                       const std::function<void(tl::expected<void, TextPair>)>& done) {
-                    reminderStore().removeFromCalendar(
-                        reminderID, [done](const tl::expected<void, ReminderStoreError>& result) {
-                            done(result.map_error(
-                                [](const ReminderStoreError& error) { return error.message(); }));
-                        });
-                },
-            .actions = &calendarActions_,
-        });
-    }
-    return *calendarStore_;
-}
 
 void AppDelegate::applicationDidFinishLaunching() {
     lifecycle_.start();
@@ -139,16 +97,16 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
             },
         .requestReminderAccess =
             [this] {
-                reminderStore().requestAccess();
+                panel_->reminderStore.requestAccess();
                 // Not before the first frame: the way to the notification service takes time.
                 ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
             },
-        .requestCalendarAccess = [this] { calendarStore().requestAccess(); },
+        .requestCalendarAccess = [this] { panel_->calendarStore.requestAccess(); },
         .reloadReminders =
             [this](Duration delay) {
                 activationReload_ = scheduler_.after(delay, [this] {
-                    reminderStore().reloadLists();
-                    reminderStore().reloadTasks();
+                    panel_->reminderStore.reloadLists();
+                    panel_->reminderStore.reloadTasks();
                 });
             },
         .checkForDueReport = [this] { reporter_.runDueCheck(); },
@@ -174,38 +132,46 @@ void AppDelegate::createPanel() {
     screens_ = std::make_unique<QtScreenProvider>(
         [this] { return defaults_.string(preferenceKeys::cameraHousing).value_or(QString()); });
     geometry_ = std::make_unique<NotchGeometry>(NotchGeometry::chooseScreen(*screens_).value_or(Screen()));
-    ReminderStore& reminders = reminderStore();
-    CalendarStore& calendar = calendarStore();
-
-    interface_ = std::make_unique<PanelInterface>(PanelInterface::Models{
+    localizer_ = std::make_unique<Localizer>(localization_);
+    appearance_ = std::make_unique<Appearance>(nullptr);
+    panel_ = std::make_unique<PanelComposition>(PanelComposition::Services{
+        .eventStore = eventStore_,
+        .scheduler = scheduler_,
         .clock = clock_,
         .calendar = calendar_,
         .preferences = preferences_,
         .localization = localization_,
+        .localizer = *localizer_,
         .notifications = notifications_,
-        .cues = feedback_,
+        .ledger = ledger_,
+        .executor = calendarWorker_,
+        .locale = [] { return QLocale::system(); },
+        .feedback = feedback_,
         .interaction = interactionModel_,
         .geometry = *geometry_,
-        .reminders = reminders,
-        .history = history_,
-        .calendarStore = calendar,
-        .feedbackClient = FeedbackAPIClient::isConfigured(information_)
-        ? [this]() -> FeedbackAPIClient& { return feedbackClient(); }
-        : std::function<FeedbackAPIClient&()>(),
-        .settings = settingsServices(),
-        .ledger = ledger_,
+        .completionsCommitted = [this](int count) { reporter_.recordCompletions(count); },
+        .flags = &flagAutomation_,
     });
+    feedbackForm_ =
+        std::make_unique<FeedbackViewModel>(FeedbackAPIClient::isConfigured(information_)
+                                            ? [this]() -> FeedbackAPIClient& { return feedbackClient(); }
+                                            : std::function<FeedbackAPIClient&()>(),
+                                            *localizer_);
+    settings_ =
+        std::make_unique<SettingsViewModel>(preferences_, *localizer_, *feedbackForm_, settingsServices());
+    view_ = std::make_unique<PanelView>(
+        PanelView::Models{interactionModel_, *localizer_, *appearance_, *panel_, *settings_});
     createPanelController();
 }
 
 void AppDelegate::createOnboarding() {
     onboardingController_ = std::make_unique<OnboardingWindowController>(
         OnboardingWindowController::Services{
-            .engine = *interface_->view.engine(),
-            .localizer = interface_->localizer,
-            .appearance = interface_->appearance,
+            .engine = *view_->engine(),
+            .localizer = *localizer_,
+            .appearance = *appearance_,
             .preferences = preferences_,
-            .settings = interface_->settings,
+            .settings = *settings_,
             .scheduler = scheduler_,
             .clock = clock_,
             .calendar = calendar_,
@@ -221,7 +187,7 @@ void AppDelegate::createOnboarding() {
 void AppDelegate::followSystem() {
     const auto resigned = [this] {
         // What is open goes first, so that it does not hold the panel open.
-        interface_->view.overlays().dismissAll();
+        view_->overlays().dismissAll();
         // A panel that folds gives the focus back by itself; it stays under the pointer then.
         if (panelWindow_->keyWasTakenAway())
             panelController_->applicationResignedActive();
@@ -270,9 +236,9 @@ void AppDelegate::keepMemorySmall() {
 
 void AppDelegate::wokeUp() {
     calendar_.refresh();
-    reminderStore().systemDidWake();
-    calendarStore().systemDidWake();
-    history_.removeExpired();
+    panel_->reminderStore.systemDidWake();
+    panel_->calendarStore.systemDidWake();
+    panel_->actions.removeExpired();
     if (ringer_)
         ringer_->systemDidWake();
     lifecycle_.wokeUp();
@@ -304,10 +270,10 @@ SettingsServices AppDelegate::settingsServices() {
 }
 
 std::vector<TextPair> AppDelegate::problems() {
-    std::vector<TextPair> problems = reminderStore().problems();
+    std::vector<TextPair> problems = panel_->reminderStore.problems();
     if (auto problem = defaults_.problem())
         problems.insert(problems.begin(), std::move(*problem));
-    if (const auto& error = reminderStore().completionLedgerError())
+    if (const auto& error = panel_->reminderStore.completionLedgerError())
         problems.push_back(*error);
     return problems;
 }
@@ -326,7 +292,7 @@ void AppDelegate::followDesktopAppearance() {
     desktopAppearance_ = std::make_unique<DesktopAppearance>();
     connect(desktopAppearance_.get(), &DesktopAppearance::changed, this, [this] {
         const AppearanceWishes& wishes = desktopAppearance_->wishes();
-        Appearance& appearance = interface_->appearance;
+        Appearance& appearance = *appearance_;
         appearance.setReducedMotion(wishes.reducedMotion);
         appearance.setHighContrast(wishes.highContrast);
         appearance.setTextScale(wishes.textScale);
@@ -368,16 +334,17 @@ std::unique_ptr<EKEventStore> AppDelegate::openStore() {
 
 void AppDelegate::exchangeStore() {
     // What was begun belongs to the database that is open.
-    reminderStore().commitPendingCompletions([this] {
+    panel_->reminderStore.commitPendingCompletions([this] {
         const EventStoreLocation chosen = chosenStore();
         if (chosen == storeLocation_)
             return;
         storeLocation_ = chosen;
-        const bool reads = reminderStore().accessState().kind != ReminderAccessState::Kind::notDetermined;
+        const bool reads =
+            panel_->reminderStore.accessState().kind != ReminderAccessState::Kind::notDetermined;
         ringer_.reset();
         eventStore_.switchTo(storeLocation_.toString(), [this] { return openStore(); });
-        reminderStore().databaseWasExchanged();
-        calendarStore().databaseWasExchanged();
+        panel_->reminderStore.databaseWasExchanged();
+        panel_->calendarStore.databaseWasExchanged();
         if (reads)
             ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
     });
@@ -392,7 +359,7 @@ void AppDelegate::startRinging() {
     notifier_ = std::make_unique<DesktopNotifier>();
     ringer_ = std::make_unique<DueAlertRinger>(DueAlertServices{
         .eventStore = eventStore_,
-        .reminders = reminderStore(),
+        .reminders = panel_->reminderStore,
         .notifier = *notifier_,
         .scheduler = scheduler_,
         .clock = clock_,
@@ -400,18 +367,18 @@ void AppDelegate::startRinging() {
         .defaults = defaults_,
         .localization = localization_,
     });
-    connect(ringer_.get(), &DueAlertRinger::rang, interface_->panel.resting(), &RestingViewModel::ring);
+    connect(ringer_.get(), &DueAlertRinger::rang, panel_->panel.resting(), &RestingViewModel::ring);
     connect(ringer_.get(), &DueAlertRinger::openRequested, this, [this](const QString& reminderID) {
         showPanel();
-        reminderStore().reveal(reminderID);
+        panel_->reminderStore.reveal(reminderID);
     });
 }
 
 void AppDelegate::followBlur() {
-    const PanelViewModel& panel = interface_->panel;
-    interface_->appearance.setBlurring(blur_->isOffered());
+    const PanelViewModel& panel = panel_->panel;
+    appearance_->setBlurring(blur_->isOffered());
     blurring_ = {};
-    const bool isGlass = panel.material() == QLatin1String("glass") && !interface_->appearance.highContrast();
+    const bool isGlass = panel.material() == QLatin1String("glass") && !appearance_->highContrast();
     if (!panel.isExpanded() || !isGlass)
         return blur_->setShape(std::nullopt);
     // Not beside the outline while that grows.
@@ -420,7 +387,7 @@ void AppDelegate::followBlur() {
 }
 
 void AppDelegate::createPanelController() {
-    PanelView& view = interface_->view;
+    PanelView& view = *view_;
     panelWindow_ = std::make_unique<X11PanelWindow>(view, scheduler_);
     pointer_ = std::make_unique<X11PointerProvider>();
     panelController_ = std::make_unique<NotchPanelController>(
@@ -435,17 +402,15 @@ void AppDelegate::createPanelController() {
     panelController_->setContentScrollsUpQuery(
         [&view](QPointF location) { return view.contentScrollsUp(location); });
 
-    const auto followCompositor = [this] {
-        interface_->appearance.setCompositing(panelWindow_->isCompositing());
-    };
+    const auto followCompositor = [this] { appearance_->setCompositing(panelWindow_->isCompositing()); };
     connect(panelWindow_.get(), &X11PanelWindow::isCompositingChanged, this, followCompositor);
     followCompositor();
 
     blur_ = std::make_unique<BackdropBlur>(view);
     connect(blur_.get(), &BackdropBlur::isOfferedChanged, this, &AppDelegate::followBlur);
-    connect(&interface_->panel, &PanelViewModel::shapeChanged, this, &AppDelegate::followBlur);
-    connect(&interface_->panel, &PanelViewModel::materialChanged, this, &AppDelegate::followBlur);
-    connect(&interface_->appearance, &Appearance::highContrastChanged, this, &AppDelegate::followBlur);
+    connect(&panel_->panel, &PanelViewModel::shapeChanged, this, &AppDelegate::followBlur);
+    connect(&panel_->panel, &PanelViewModel::materialChanged, this, &AppDelegate::followBlur);
+    connect(appearance_.get(), &Appearance::highContrastChanged, this, &AppDelegate::followBlur);
     followBlur();
 
     OverlayHost& overlays = view.overlays();
@@ -461,17 +426,17 @@ void AppDelegate::createPanelController() {
     if (const auto page = desktopSettingsPage()) {
         ProgramNames names = linuxNames();
         names.systemSettings = page->program;
-        interface_->localizer.setProgramNames(names);
+        localizer_->setProgramNames(names);
         const auto openPage = [page] { open(*page); };
-        connect(&interface_->reminders, &RemindersViewModel::privacyPageRequested, this, openPage);
-        connect(&interface_->calendar, &CalendarViewModel::privacyPageRequested, this, openPage);
+        connect(&panel_->reminders, &RemindersViewModel::privacyPageRequested, this, openPage);
+        connect(&panel_->days, &CalendarViewModel::privacyPageRequested, this, openPage);
     }
-    connect(&interface_->settings, &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
-    connect(reminderStore_.get(), &ReminderStore::problemsChanged, &interface_->settings,
+    connect(settings_.get(), &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
+    connect(&panel_->reminderStore, &ReminderStore::problemsChanged, settings_.get(),
             &SettingsViewModel::problemsChanged);
-    connect(reminderStore_.get(), &ReminderStore::completionLedgerErrorChanged, &interface_->settings,
+    connect(&panel_->reminderStore, &ReminderStore::completionLedgerErrorChanged, settings_.get(),
             &SettingsViewModel::problemsChanged);
-    settingsProblems_ = defaults_.observeProblem([this] { Q_EMIT interface_->settings.problemsChanged(); });
+    settingsProblems_ = defaults_.observeProblem([this] { Q_EMIT settings_->problemsChanged(); });
 }
 
 void AppDelegate::togglePanel() {
@@ -491,7 +456,7 @@ void AppDelegate::terminate() {
         return;
     endingTimeout_ = scheduler_.after(endingDeadline, [] { QCoreApplication::exit(1); });
     // Not quit(), which asks the windows first: the panel refuses to be closed.
-    reminderStore().commitPendingCompletions([] { QCoreApplication::exit(0); });
+    panel_->reminderStore.commitPendingCompletions([] { QCoreApplication::exit(0); });
 }
 
 }  // namespace kestrant

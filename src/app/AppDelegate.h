@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/Lifecycle.h"
-#include "calendar/CalendarStore.h"
 #include "completion/BackgroundLedgerWriter.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/model/EventStoreLocation.h"
@@ -29,12 +28,9 @@
 #include "reminders/DueAlertRinger.h"
 #include "reminders/EventStoreScriptHost.h"
 #include "reminders/FlaggedReminderAutomation.h"
-#include "reminders/ReminderActionHistory.h"
-#include "reminders/ReminderStore.h"
 #include "services/AppUpdater.h"
 #include "services/FeedbackAPIClient.h"
 #include "services/LaunchAtLoginManager.h"
-#include "ui/calendar/CalendarActionHistory.h"
 
 #include <QObject>
 #include <QString>
@@ -48,16 +44,21 @@
 
 namespace kestrant {
 
+class Appearance;
 class BackdropBlur;
-class OnboardingWindowController;
-class PanelInterface;
-class QtScreenProvider;
-class TouchpadDirection;
 class DesktopAppearance;
+class FeedbackViewModel;
 class FolderDialog;
+class Localizer;
+class OnboardingWindowController;
+class PanelView;
+class QtScreenProvider;
+class SettingsViewModel;
+class TouchpadDirection;
 class WakeObserver;
 class X11PanelWindow;
 class X11PointerProvider;
+struct PanelComposition;
 struct CollectionSwitch;
 struct SettingsServices;
 
@@ -96,10 +97,6 @@ class AppDelegate : public QObject {
     void terminate();
 
     [[nodiscard]] const Localization& localization() const { return localization_; }
-    /// Built on first use.
-    [[nodiscard]] ReminderStore& reminderStore();
-    /// Built on first use.
-    [[nodiscard]] CalendarStore& calendarStore();
 
   private:
     void createPanelController();
@@ -155,16 +152,10 @@ class AppDelegate : public QObject {
     EventStoreSwitch eventStore_;
     BackgroundLedgerWriter ledgerWriter_;
     CompletionLedgerRepository ledger_;
-    ReminderActionHistory history_;
-    CalendarActionHistory calendarActions_;
     EventStoreScriptHost scriptHost_;
     SerialWorker scriptQueue_;
     FlaggedReminderAutomation flagAutomation_;
-    std::unique_ptr<ReminderStore> reminderStore_;
-    std::unique_ptr<DesktopNotifier> notifier_;
-    std::unique_ptr<DueAlertRinger> ringer_;
     SerialWorker calendarWorker_;
-    std::unique_ptr<CalendarStore> calendarStore_;
     NotchInteractionModel interactionModel_;
     AutostartEntry loginItem_;
     LaunchAtLoginManager launchAtLoginManager_;
@@ -172,7 +163,14 @@ class AppDelegate : public QObject {
     AppUpdater appUpdater_{updates_};
     std::unique_ptr<QtScreenProvider> screens_;
     std::unique_ptr<NotchGeometry> geometry_;
-    std::unique_ptr<PanelInterface> interface_;
+    std::unique_ptr<Localizer> localizer_;
+    std::unique_ptr<Appearance> appearance_;
+    std::unique_ptr<PanelComposition> panel_;
+    std::unique_ptr<FeedbackViewModel> feedbackForm_;
+    std::unique_ptr<SettingsViewModel> settings_;
+    std::unique_ptr<PanelView> view_;
+    std::unique_ptr<DesktopNotifier> notifier_;
+    std::unique_ptr<DueAlertRinger> ringer_;
     Subscription settingsProblems_;
     Subscription preferenceChanges_;
     Subscription databaseChanges_;

@@ -13,4 +13,10 @@ class BackgroundExecutor {
     virtual void run(std::function<void()> work) = 0;
 };
 
+/// Runs work at once on the caller's thread: for small amounts of it, and where nothing may come late.
+class ImmediateExecutor final : public BackgroundExecutor {
+  public:
+    void run(std::function<void()> work) override { work(); }
+};
+
 }  // namespace kestrant

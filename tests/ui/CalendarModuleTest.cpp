@@ -327,7 +327,7 @@ TEST(CalendarModule, LeavesACardThatIsLetGoAmongTheOthersWhereItIs) {
     CalendarPanel program;
     for (const char* title : {"a", "b", "c"})
         program.Program::add(QString::fromUtf8(title));
-    program.store.setSortMode(ReminderSortMode::title);
+    program.reminderStore.setSortMode(ReminderSortMode::title);
     program.expand();
     QSignalSpy recorded(&program.history, &HistoryViewModel::recorded);
     const QPointF behindB(436, 80);
@@ -337,13 +337,13 @@ TEST(CalendarModule, LeavesACardThatIsLetGoAmongTheOthersWhereItIs) {
     program.settle();
     EXPECT_THAT(program.cues.heard, ElementsAre(Cue::dragStart, Cue::snap, Cue::drop));
     EXPECT_EQ(program.titles(), (QStringList{"b", "a", "c"}));
-    EXPECT_EQ(program.store.sortMode(), ReminderSortMode::manual);
+    EXPECT_EQ(program.reminderStore.sortMode(), ReminderSortMode::manual);
     ASSERT_FALSE(recorded.empty());
     EXPECT_EQ(recorded.back().front().toString(), QStringLiteral("“a” moved · now in manual order"));
     program.history.undo();
     program.settle();
     EXPECT_EQ(program.titles(), (QStringList{"a", "b", "c"}));
-    EXPECT_EQ(program.store.sortMode(), ReminderSortMode::title);
+    EXPECT_EQ(program.reminderStore.sortMode(), ReminderSortMode::title);
 }
 
 TEST(CalendarModule, TakesACardOnADayOfTheFullCalendar) {

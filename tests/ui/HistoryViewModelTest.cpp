@@ -18,7 +18,7 @@ struct ThreeTasks : Program {
     ThreeTasks() {
         for (const char* title : {"a", "b", "c"})
             ids.append(add(QString::fromUtf8(title)));
-        store.setSortMode(ReminderSortMode::title);
+        reminderStore.setSortMode(ReminderSortMode::title);
         load();
     }
     QStringList ids;
@@ -52,9 +52,9 @@ TEST(HistoryViewModel, SaysWhatHasHappened) {
     };
     const auto done = [](const auto&) {};
     const std::vector<Case> cases{
-        {[&](Program& p, const QString& id) { p.store.completeNow(id, done); }, "“Plants” completed",
+        {[&](Program& p, const QString& id) { p.reminderStore.completeNow(id, done); }, "“Plants” completed",
          "« Plants » terminé"},
-        {[&](Program& p, const QString& id) { p.store.rename(id, QStringLiteral("%2"), done); },
+        {[&](Program& p, const QString& id) { p.reminderStore.rename(id, QStringLiteral("%2"), done); },
          "“%2” changed", "« %2 » modifié"},
         {[](Program& p, const QString& id) { p.reminders.moveToDay(id, QStringLiteral("2026-11-24")); },
          "“Plants” moved to Tue 24 Nov 17:00", "« Plants » déplacé au mar. 24 nov. 17:00"},
@@ -204,7 +204,7 @@ TEST(HistoryViewModel, SaysThatOnlyOneOfASeriesWasDeleted) {
 TEST(HistoryViewModel, SaysSoWhenSomebodyElseHasChangedTheSame) {
     ThreeTasks program;
     QSignalSpy failed(&program.history, &HistoryViewModel::failed);
-    program.store.rename(program.ids[0], QStringLiteral("aa"), {});
+    program.reminderStore.rename(program.ids[0], QStringLiteral("aa"), {});
     program.settle();
     const EKReminderRef elsewhere = program.database.calendarItem(program.ids[0]);
     elsewhere->data.title = QStringLiteral("theirs");

@@ -157,7 +157,7 @@ TEST(HostileText, IsReadInEveryViewAndAsksForNothing) {
     program.look("the full calendar");
     program.database.setFailure(InMemoryEventStore::Operation::requestAccess,
                                 EKError{EKError::Code::storage, {program.markup, program.markup}});
-    program.store.systemDidWake();
+    program.reminderStore.systemDidWake();
     program.look("a failure");
     EXPECT_GT(program.seen, 300);
     EXPECT_TRUE(program.server.requests().empty());

@@ -30,7 +30,7 @@ TEST(NewReminderTip, IsShownOnceTheYearIsOverAndLeavesTheKeyboardWhereItIs) {
     program.press(Qt::Key_Escape);
     EXPECT_TRUE(program.shows(tip));
     program.press(Qt::Key_Space, QStringLiteral(" "));
-    EXPECT_EQ(program.store.pendingCompletionIDs().size(), 1) << "the card has the keyboard";
+    EXPECT_EQ(program.reminderStore.pendingCompletionIDs().size(), 1) << "the card has the keyboard";
 
     program.call("openSettings");
     EXPECT_EQ(findText(program.view.contentItem(), QString::fromUtf8(tip)), nullptr)

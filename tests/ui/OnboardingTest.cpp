@@ -303,7 +303,7 @@ TEST(OnboardingTrial, TicksOffWhatIsDoneOnItsPanelAndChangesNothingElse) {
     EXPECT_EQ(program.model().current(), OnboardingViewModel::exerciseCount);
     EXPECT_TRUE(program.reads("That is all there is to it"));
 
-    EXPECT_TRUE(program.store.tasks().empty());
+    EXPECT_TRUE(program.reminderStore.tasks().empty());
     EXPECT_TRUE(program.database.reminders().empty());
     EXPECT_TRUE(program.ledger.sortedRecords().empty());
     EXPECT_FALSE(program.actions.canUndo());

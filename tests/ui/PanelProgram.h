@@ -28,9 +28,7 @@ inline QQuickItem* findText(QQuickItem* item, const QString& text, const char* p
 /// The program with its window.
 struct PanelProgram : Program {
     explicit PanelProgram(PanelView::Loading loading = PanelView::Loading::immediate)
-        : view({interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
-                calendarEdit, reminderEdit, history, yearReveal},
-               loading) {
+        : view({interaction, localizer, appearance, *this, settings}, loading) {
         // As wide as the panel, so that places in one are places in the other, and high enough for all
         // overlays.
         view.resize(view.width(), 800);

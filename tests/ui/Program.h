@@ -1,6 +1,5 @@
 #pragma once
 
-#include "calendar/CalendarStore.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "feedback/Feedback.h"
@@ -9,22 +8,12 @@
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
 #include "preferences/Localization.h"
-#include "reminders/ReminderStore.h"
 #include "support/ManualExecutor.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
-#include "ui/calendar/CalendarActionHistory.h"
-#include "ui/calendar/CalendarEditViewModel.h"
-#include "ui/calendar/CalendarViewModel.h"
-#include "ui/calendar/NewEventViewModel.h"
-#include "ui/onboarding/YearRevealViewModel.h"
 #include "ui/panel/Appearance.h"
-#include "ui/panel/HistoryViewModel.h"
 #include "ui/panel/Localizer.h"
-#include "ui/panel/PanelViewModel.h"
-#include "ui/reminders/QuickAddViewModel.h"
-#include "ui/reminders/ReminderEditViewModel.h"
-#include "ui/reminders/RemindersViewModel.h"
+#include "ui/panel/PanelComposition.h"
 #include "ui/settings/SettingsViewModel.h"
 
 #include <QTemporaryDir>
@@ -40,10 +29,46 @@ class RecordingCuePlayer : public CuePlayer {
     std::vector<Cue> heard;
 };
 
-/// The program below its window, on a database in memory: Saturday 21 November 2026, 14:30 in Paris, in
-/// English.
-struct Program {
-    Program() {
+/// What the program below its window stands on: a database in memory, Saturday 21 November 2026, 14:30 in
+/// Paris, in English.
+struct ProgramGround {
+    ManualScheduler time{*parseIso8601(u"2026-11-21T14:30:00+01:00")};
+    FixedCurrentCalendar calendar{ZoneCalendar(*TimeZone::named("Europe/Paris"))};
+    MemoryUserDefaults defaults;
+    Preferences preferences{defaults, [] { return QLocale(); }};
+    Localization localization{preferences};
+    RecordingCuePlayer cues;
+    SilentHapticPerformer haptics;
+    Feedback feedback{preferences, cues, haptics};
+    NotificationCenter notifications;
+    InMemoryEventStore database{time, time, calendar};
+    QTemporaryDir folder;
+    CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
+    ManualExecutor executor;
+    NotchInteractionModel interaction{time, preferences, feedback};
+    NotchGeometry geometry{Screen{.name = QStringLiteral("test"), .frame = QRectF(0, 0, 1512, 982)}};
+    Localizer localizer{localization};
+    Appearance appearance{nullptr};
+    PanelComposition::Services services{
+        .eventStore = database,
+        .scheduler = time,
+        .clock = time,
+        .calendar = calendar,
+        .preferences = preferences,
+        .localization = localization,
+        .localizer = localizer,
+        .notifications = notifications,
+        .ledger = ledger,
+        .executor = executor,
+        .locale = [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); },
+        .feedback = feedback,
+        .interaction = interaction,
+        .geometry = geometry};
+};
+
+/// The program below its window.
+struct Program : ProgramGround, PanelComposition {
+    Program() : PanelComposition(services) {
         preferences.setLanguage(Language::english);
         appearance.setReducedMotion(true);
         interaction.setExpansionEnabled(true);
@@ -65,8 +90,8 @@ struct Program {
     }
     /// Opens the database, or takes its later changes in.
     void load() {
-        if (store.accessState().kind != ReminderAccessState::Kind::authorized)
-            store.requestAccess();
+        if (reminderStore.accessState().kind != ReminderAccessState::Kind::authorized)
+            reminderStore.requestAccess();
         if (calendarStore.accessState().kind != CalendarAccessState::Kind::authorized)
             calendarStore.requestAccess();
         settle();
@@ -86,65 +111,10 @@ struct Program {
             .value<ReminderCard>();
     }
 
-    ManualScheduler time{*parseIso8601(u"2026-11-21T14:30:00+01:00")};
-    FixedCurrentCalendar calendar{ZoneCalendar(*TimeZone::named("Europe/Paris"))};
-    MemoryUserDefaults defaults;
-    Preferences preferences{defaults, [] { return QLocale(); }};
-    Localization localization{preferences};
-    RecordingCuePlayer cues;
-    SilentHapticPerformer haptics;
-    Feedback feedback{preferences, cues, haptics};
-    NotificationCenter notifications;
-    InMemoryEventStore database{time, time, calendar};
-    QTemporaryDir folder;
-    CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
-    ReminderActionHistory actions{time, time};
-    CalendarActionHistory calendarActions{actions};
-    ReminderStore store{ReminderStoreServices{.eventStore = database,
-                                              .scheduler = time,
-                                              .clock = time,
-                                              .calendar = calendar,
-                                              .defaults = defaults,
-                                              .localization = localization,
-                                              .notifications = notifications,
-                                              .ledger = ledger,
-                                              .history = &actions}};
-    ManualExecutor executor;
-    CalendarStore calendarStore{CalendarStoreServices{
-        .eventStore = database,
-        .scheduler = time,
-        .clock = time,
-        .calendar = calendar,
-        .preferences = preferences,
-        .notifications = notifications,
-        .executor = executor,
-        .locale = [this] { return preferences.dateLocale(); },
-        .clearReminderDueDate =
-            [this](const QString& id, const std::function<void(tl::expected<void, TextPair>)>& done) {
-                store.removeFromCalendar(id, [done](const tl::expected<void, ReminderStoreError>& result) {
-                    done(result.map_error([](const ReminderStoreError& error) { return error.message(); }));
-                });
-            },
-        .actions = &calendarActions}};
-    NotchInteractionModel interaction{time, preferences, feedback};
-    NotchGeometry geometry{Screen{.name = QStringLiteral("test"), .frame = QRectF(0, 0, 1512, 982)}};
-    Localizer localizer{localization};
-    Appearance appearance{nullptr};
-    PanelViewModel panel{interaction, geometry, store, preferences, notifications, feedback};
-    RemindersViewModel reminders{store, time, calendar, localizer};
-    CalendarViewModel days{calendarStore, time,
-                           calendar,      localizer,
-                           panel,         [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
-    QuickAddViewModel quickAdd{store, time, calendar, localizer};
     HttpSession session{time};
     FeedbackAPIClient feedbackClient{InformationDictionary(), session};
     FeedbackViewModel feedbackForm{[this]() -> FeedbackAPIClient& { return feedbackClient; }, localizer};
     SettingsViewModel settings{preferences, localizer, feedbackForm};
-    NewEventViewModel newEvent{calendarStore, time, calendar, localizer};
-    CalendarEditViewModel calendarEdit{calendarStore, time, calendar, localizer};
-    ReminderEditViewModel reminderEdit{store, time, calendar, localizer};
-    HistoryViewModel history{actions, notifications, localizer};
-    YearRevealViewModel yearReveal{interaction, ledger, preferences, time, calendar, localizer};
     QString home;
     QString work;
 };

@@ -61,7 +61,7 @@ TEST(QuickAddViewModel, GoesIntoTheListThatIsShownWhateverThatIs) {
     Program program;
     program.load();
     EXPECT_EQ(program.quickAdd.listId(), program.home);
-    program.store.setDefaultListID(program.work);
+    program.reminderStore.setDefaultListID(program.work);
     EXPECT_EQ(program.quickAdd.listId(), program.work);
     program.reminders.setSelectedListId(program.home);
     program.settle();
@@ -137,7 +137,7 @@ TEST(QuickAddViewModel, UnderstandsTheLineAndLetsItsPiecesBeRefused) {
     EXPECT_EQ(saved.dueDateComponents->date(), QDate(2026, 11, 30)) << "the hand wins over the line";
     EXPECT_EQ(saved.alarms.size(), 1u);
     EXPECT_EQ(saved.recurrenceRules, recurrenceRules(ReminderRepeat::weekly));
-    EXPECT_TRUE(program.store.task(saved.calendarItemIdentifier)->isFlagged);
+    EXPECT_TRUE(program.reminderStore.task(saved.calendarItemIdentifier)->isFlagged);
 }
 
 TEST(QuickAddViewModel, TakesBackEveryFactWhetherWrittenOrChosen) {

@@ -41,7 +41,7 @@ TEST(RemindersViewModel, MarksPrioritiesByTheirThirdOfTheScale) {
         data.priority = priority;
         program.database.putReminder(data);
     }
-    program.store.setSortMode(ReminderSortMode::title);
+    program.reminderStore.setSortMode(ReminderSortMode::title);
     program.load();
     QStringList marks;
     for (int row = 0; row < program.reminders.cards()->count(); ++row)
@@ -95,7 +95,7 @@ TEST(RemindersViewModel, SaysWhatIsShownInsteadOfCards) {
     EXPECT_EQ(program.reminders.content(), QStringLiteral("allDone"));
 
     program.database.setAuthorizationStatus(EKAuthorizationStatus::denied);
-    program.store.refreshAccessState();
+    program.reminderStore.refreshAccessState();
     EXPECT_EQ(program.reminders.content(), QStringLiteral("denied"));
 }
 

@@ -31,9 +31,9 @@ TEST(Views, CompleteAndTakeBackByTheSpaceBar) {
     ThreeCards program;
     program.press(Qt::Key_Right);
     program.press(Qt::Key_Space, QStringLiteral(" "));
-    EXPECT_EQ(program.store.pendingCompletionIDs(), QSet<QString>{program.ids[1]});
+    EXPECT_EQ(program.reminderStore.pendingCompletionIDs(), QSet<QString>{program.ids[1]});
     program.press(Qt::Key_Space, QStringLiteral(" "));
-    EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
+    EXPECT_TRUE(program.reminderStore.pendingCompletionIDs().isEmpty());
 }
 
 TEST(Views, CompleteByAClickOnTheCircleAndTakeBackByAClickOnTheCard) {
@@ -41,11 +41,11 @@ TEST(Views, CompleteByAClickOnTheCircleAndTakeBackByAClickOnTheCard) {
     const double left = 26.0;
     const double top = 44.0;
     program.click({left + 20, top + 19});
-    EXPECT_EQ(program.store.pendingCompletionIDs(), QSet<QString>{program.ids[0]});
+    EXPECT_EQ(program.reminderStore.pendingCompletionIDs(), QSet<QString>{program.ids[0]});
     program.click({left + 120, top + 40});
-    EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
+    EXPECT_TRUE(program.reminderStore.pendingCompletionIDs().isEmpty());
     program.click({left + 120, top + 40});
-    EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
+    EXPECT_TRUE(program.reminderStore.pendingCompletionIDs().isEmpty());
 }
 
 TEST(Views, DeleteTheCardThatTheKeyboardIsOn) {
@@ -69,7 +69,7 @@ TEST(Views, LeaveRemindersOfAReadOnlyListAlone) {
     program.press(Qt::Key_Space, QStringLiteral(" "));
     program.press(Qt::Key_Delete);
     program.settle();
-    EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty());
+    EXPECT_TRUE(program.reminderStore.pendingCompletionIDs().isEmpty());
     EXPECT_THAT(program.titles(), ElementsAre(QStringLiteral("fixed")));
 }
 
@@ -94,7 +94,7 @@ TEST(Views, GoFromTheSearchToTheFirstThatWasFound) {
     PanelProgram program;
     for (const char* title : {"a", "b1", "b2", "b3"})
         program.add(QString::fromUtf8(title));
-    program.store.setSortMode(ReminderSortMode::title);
+    program.reminderStore.setSortMode(ReminderSortMode::title);
     program.expand();
     for (const bool beginsLower : {false, true}) {
         for (int presses = 0; beginsLower && presses < 3; ++presses)
@@ -104,8 +104,8 @@ TEST(Views, GoFromTheSearchToTheFirstThatWasFound) {
         QCoreApplication::processEvents();
         program.press(Qt::Key_Down);
         program.press(Qt::Key_Space, QStringLiteral(" "));
-        const QString first = program.store.visibleTasks().begin()->id;
-        EXPECT_EQ(program.store.pendingCompletionIDs(), QSet<QString>{first});
+        const QString first = program.reminderStore.visibleTasks().begin()->id;
+        EXPECT_EQ(program.reminderStore.pendingCompletionIDs(), QSet<QString>{first});
         program.press(Qt::Key_Space, QStringLiteral(" "));
         program.reminders.setSearchQuery({});
         QCoreApplication::processEvents();
@@ -189,11 +189,11 @@ TEST(Views, ChooseFromMenusByKeyboard) {
     program.press(Qt::Key_Down);
     program.press(Qt::Key_Down);
     program.press(Qt::Key_Return);
-    EXPECT_EQ(program.store.sortMode(), ReminderSortMode::priority);
+    EXPECT_EQ(program.reminderStore.sortMode(), ReminderSortMode::priority);
     program.call("openSort");
     program.press(Qt::Key_T, QStringLiteral("t"));
     program.press(Qt::Key_Return);
-    EXPECT_EQ(program.store.sortMode(), ReminderSortMode::title);
+    EXPECT_EQ(program.reminderStore.sortMode(), ReminderSortMode::title);
 }
 
 TEST(Views, ReachEveryControlOfTheToolbarByTab) {

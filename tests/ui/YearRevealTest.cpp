@@ -65,7 +65,8 @@ TEST(YearReveal, IsSkippedByAClick) {
     EXPECT_TRUE(program.shows("Welcome")) << "without completions it greets";
     program.click({120, 80});
     EXPECT_FALSE(program.yearReveal.isShowing());
-    EXPECT_TRUE(program.store.pendingCompletionIDs().isEmpty()) << "the click reaches nothing beneath";
+    EXPECT_TRUE(program.reminderStore.pendingCompletionIDs().isEmpty())
+        << "the click reaches nothing beneath";
 }
 
 TEST(YearReveal, IsShownAgainWhenThePanelFoldedOverIt) {

@@ -65,58 +65,30 @@ OnboardingTrial::OnboardingTrial(const Services& services, NotchInteractionModel
     , localization_(preferences_)
     , database_(services.scheduler, services.clock, services.calendar)
     , ledger_({}, keepNothing)
-    , actions_(services.scheduler, services.clock)
-    , calendarActions_(actions_)
-    , store_(ReminderStoreServices{
-          .eventStore = database_,
-          .scheduler = services.scheduler,
-          .clock = services.clock,
-          .calendar = services.calendar,
-          .defaults = defaults_,
-          .localization = localization_,
-          .notifications = notifications_,
-          .ledger = ledger_,
-          .completionsCommitted = [this](int) { Q_EMIT completed(); },
-          .history = &actions_,
-      })
-    , calendarStore_(CalendarStoreServices{
+    , geometry_(trialScreen)
+    , composition_({
           .eventStore = database_,
           .scheduler = services.scheduler,
           .clock = services.clock,
           .calendar = services.calendar,
           .preferences = preferences_,
+          .localization = localization_,
+          .localizer = services.localizer,
           .notifications = notifications_,
+          .ledger = ledger_,
           .executor = executor_,
-          .locale = [this] { return preferences_.dateLocale(); },
-          .clearReminderDueDate =
-              [this](const QString& reminderID,
-                     const std::function<void(tl::expected<void, TextPair>)>& done) {
-                  store_.removeFromCalendar(reminderID,
-                                            [done](const tl::expected<void, ReminderStoreError>& result) {
-                                                done(result.map_error([](const ReminderStoreError& error) {
-                                                    return error.message();
-                                                }));
-                                            });
-              },
-          .actions = &calendarActions_,
+          .locale = [] { return QLocale::system(); },
+          .feedback = services.feedback,
+          .interaction = notch,
+          .geometry = geometry_,
+          .completionsCommitted = [this](int) { Q_EMIT completed(); },
       })
-    , geometry_(trialScreen)
-    , panel_(notch, geometry_, store_, preferences_, notifications_, services.feedback)
-    , reminders_(store_, services.clock, services.calendar, services.localizer)
-    , calendar_(calendarStore_, services.clock, services.calendar, services.localizer, panel_,
-                [] { return QLocale::system(); })
-    , quickAdd_(store_, services.clock, services.calendar, services.localizer)
-    , newEvent_(calendarStore_, services.clock, services.calendar, services.localizer)
-    , calendarEdit_(calendarStore_, services.clock, services.calendar, services.localizer)
-    , reminderEdit_(store_, services.clock, services.calendar, services.localizer)
-    , history_(actions_, notifications_, services.localizer)
-    , yearReveal_(notch, ledger_, preferences_, services.clock, services.calendar, services.localizer)
     , overlays_(services.window, services.engine, notch, services.appearance) {
     overlays_.setRoomHeight(roomHeight);
     connect(&notch, &NotchInteractionModel::activeReminderDragsChanged, this,
             &OnboardingTrial::isCarryingChanged);
-    connect(&panel_, &PanelViewModel::reminderDropped, this, &OnboardingTrial::rescheduled);
-    connect(&history_, &HistoryViewModel::replayed, this, &OnboardingTrial::tookBack);
+    connect(&composition_.panel, &PanelViewModel::reminderDropped, this, &OnboardingTrial::rescheduled);
+    connect(&composition_.history, &HistoryViewModel::replayed, this, &OnboardingTrial::tookBack);
     connect(&overlays_, &OverlayHost::overlaysChanged, this, [this] {
         if (overlays_.topmost() == QLatin1String("card"))
             Q_EMIT openedMenu();
@@ -129,7 +101,7 @@ OnboardingTrial::OnboardingTrial(const Services& services, NotchInteractionModel
 
 void OnboardingTrial::reset() {
     overlays_.dismissAll();
-    actions_.clear();
+    composition_.actions.clear();
     for (const EKEntityType type : {EKEntityType::reminder, EKEntityType::event}) {
         for (const EKCalendar& calendar : database_.calendars(type))
             database_.dropCalendar(calendar.calendarIdentifier);
@@ -138,8 +110,8 @@ void OnboardingTrial::reset() {
                 services_.localizer.language(), [this](const std::optional<EKError>&) {
                     flagExamples();
                     // Not earlier: nothing is to be seen of an empty database.
-                    store_.requestAccess();
-                    calendarStore_.requestAccess();
+                    composition_.reminderStore.requestAccess();
+                    composition_.calendarStore.requestAccess();
                 });
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "calendar/CalendarStore.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/BackgroundExecutor.h"
@@ -9,19 +8,8 @@
 #include "notch/NotchGeometry.h"
 #include "preferences/Localization.h"
 #include "preferences/Preferences.h"
-#include "reminders/ReminderActionHistory.h"
-#include "reminders/ReminderStore.h"
-#include "ui/calendar/CalendarActionHistory.h"
-#include "ui/calendar/CalendarEditViewModel.h"
-#include "ui/calendar/CalendarViewModel.h"
-#include "ui/calendar/NewEventViewModel.h"
-#include "ui/onboarding/YearRevealViewModel.h"
-#include "ui/panel/HistoryViewModel.h"
 #include "ui/panel/OverlayHost.h"
-#include "ui/panel/PanelViewModel.h"
-#include "ui/reminders/QuickAddViewModel.h"
-#include "ui/reminders/ReminderEditViewModel.h"
-#include "ui/reminders/RemindersViewModel.h"
+#include "ui/panel/PanelComposition.h"
 
 #include <QJsonObject>
 #include <QObject>
@@ -89,15 +77,15 @@ class OnboardingTrial : public QObject {
     /// Back to the examples, in the present language; there is nothing to undo.
     void reset();
 
-    [[nodiscard]] PanelViewModel* panel() { return &panel_; }
-    [[nodiscard]] RemindersViewModel* reminders() { return &reminders_; }
-    [[nodiscard]] CalendarViewModel* calendar() { return &calendar_; }
-    [[nodiscard]] QuickAddViewModel* quickAdd() { return &quickAdd_; }
-    [[nodiscard]] NewEventViewModel* newEvent() { return &newEvent_; }
-    [[nodiscard]] CalendarEditViewModel* calendarEdit() { return &calendarEdit_; }
-    [[nodiscard]] ReminderEditViewModel* reminderEdit() { return &reminderEdit_; }
-    [[nodiscard]] HistoryViewModel* history() { return &history_; }
-    [[nodiscard]] YearRevealViewModel* yearReveal() { return &yearReveal_; }
+    [[nodiscard]] PanelViewModel* panel() { return &composition_.panel; }
+    [[nodiscard]] RemindersViewModel* reminders() { return &composition_.reminders; }
+    [[nodiscard]] CalendarViewModel* calendar() { return &composition_.days; }
+    [[nodiscard]] QuickAddViewModel* quickAdd() { return &composition_.quickAdd; }
+    [[nodiscard]] NewEventViewModel* newEvent() { return &composition_.newEvent; }
+    [[nodiscard]] CalendarEditViewModel* calendarEdit() { return &composition_.calendarEdit; }
+    [[nodiscard]] ReminderEditViewModel* reminderEdit() { return &composition_.reminderEdit; }
+    [[nodiscard]] HistoryViewModel* history() { return &composition_.history; }
+    [[nodiscard]] YearRevealViewModel* yearReveal() { return &composition_.yearReveal; }
     [[nodiscard]] OverlayHost* overlays() { return &overlays_; }
     [[nodiscard]] bool isCarrying() const;
 
@@ -115,10 +103,6 @@ class OnboardingTrial : public QObject {
     void tookBack();
 
   private:
-    /// The work is small.
-    class AtOnce final : public BackgroundExecutor {
-        void run(std::function<void()> work) override { work(); }
-    };
     void flagExamples();
 
     Services services_;
@@ -129,21 +113,9 @@ class OnboardingTrial : public QObject {
     NotificationCenter notifications_;
     InMemoryEventStore database_;
     CompletionLedgerRepository ledger_;
-    ReminderActionHistory actions_;
-    AtOnce executor_;
-    CalendarActionHistory calendarActions_;
-    ReminderStore store_;
-    CalendarStore calendarStore_;
+    ImmediateExecutor executor_;
     NotchGeometry geometry_;
-    PanelViewModel panel_;
-    RemindersViewModel reminders_;
-    CalendarViewModel calendar_;
-    QuickAddViewModel quickAdd_;
-    NewEventViewModel newEvent_;
-    CalendarEditViewModel calendarEdit_;
-    ReminderEditViewModel reminderEdit_;
-    HistoryViewModel history_;
-    YearRevealViewModel yearReveal_;
+    PanelComposition composition_;
     OverlayHost overlays_;
     Subscription creations_;
 };

@@ -1,18 +1,10 @@
 #include "ui/panel/PanelView.h"
 
 #include "notch/NotchInteractionModel.h"
-#include "ui/calendar/CalendarEditViewModel.h"
-#include "ui/calendar/CalendarViewModel.h"
-#include "ui/calendar/NewEventViewModel.h"
-#include "ui/onboarding/YearRevealViewModel.h"
 #include "ui/panel/Appearance.h"
-#include "ui/panel/HistoryViewModel.h"
 #include "ui/panel/Localizer.h"
-#include "ui/panel/PanelViewModel.h"
+#include "ui/panel/PanelComposition.h"
 #include "ui/panel/SealedEngine.h"
-#include "ui/reminders/QuickAddViewModel.h"
-#include "ui/reminders/ReminderEditViewModel.h"
-#include "ui/reminders/RemindersViewModel.h"
 #include "ui/settings/SettingsViewModel.h"
 
 #include <QFont>
@@ -92,7 +84,7 @@ PanelView::PanelView(const Models& models, Loading loading)
 
 PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQmlEngine> engine)
     : QQuickView(engine.get(), nullptr)
-    , panel_(models.panel)
+    , panel_(models.panel.panel)
     , engine_(std::move(engine)) {
     qml_register_types_Kestrant();
     engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
@@ -108,18 +100,18 @@ PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQml
     setFormat(transparent);
     setTitle(QStringLiteral("Kestrant"));
     setResizeMode(QQuickView::SizeRootObjectToView);
-    resize(qRound(models.panel.expandedWidth()), qRound(models.panel.expandedHeight()));
+    resize(qRound(panel_.expandedWidth()), qRound(panel_.expandedHeight()));
     setInitialProperties({
-        {QStringLiteral("panel"), QVariant::fromValue(&models.panel)},
-        {QStringLiteral("reminders"), QVariant::fromValue(&models.reminders)},
-        {QStringLiteral("calendar"), QVariant::fromValue(&models.calendar)},
-        {QStringLiteral("quickAdd"), QVariant::fromValue(&models.quickAdd)},
+        {QStringLiteral("panel"), QVariant::fromValue(&panel_)},
+        {QStringLiteral("reminders"), QVariant::fromValue(&models.panel.reminders)},
+        {QStringLiteral("calendar"), QVariant::fromValue(&models.panel.days)},
+        {QStringLiteral("quickAdd"), QVariant::fromValue(&models.panel.quickAdd)},
         {QStringLiteral("settings"), QVariant::fromValue(&models.settings)},
-        {QStringLiteral("newEvent"), QVariant::fromValue(&models.newEvent)},
-        {QStringLiteral("calendarEdit"), QVariant::fromValue(&models.calendarEdit)},
-        {QStringLiteral("reminderEdit"), QVariant::fromValue(&models.reminderEdit)},
-        {QStringLiteral("history"), QVariant::fromValue(&models.history)},
-        {QStringLiteral("yearReveal"), QVariant::fromValue(&models.yearReveal)},
+        {QStringLiteral("newEvent"), QVariant::fromValue(&models.panel.newEvent)},
+        {QStringLiteral("calendarEdit"), QVariant::fromValue(&models.panel.calendarEdit)},
+        {QStringLiteral("reminderEdit"), QVariant::fromValue(&models.panel.reminderEdit)},
+        {QStringLiteral("history"), QVariant::fromValue(&models.panel.history)},
+        {QStringLiteral("yearReveal"), QVariant::fromValue(&models.panel.yearReveal)},
         {QStringLiteral("overlays"), QVariant::fromValue(overlays_.get())},
         {QStringLiteral("loadInBackground"), loading == Loading::inBackground},
     });

@@ -12,18 +12,11 @@
 namespace kestrant {
 
 class Appearance;
-class HistoryViewModel;
-class CalendarEditViewModel;
-class CalendarViewModel;
 class Localizer;
-class NewEventViewModel;
 class NotchInteractionModel;
 class PanelViewModel;
-class QuickAddViewModel;
-class ReminderEditViewModel;
-class RemindersViewModel;
 class SettingsViewModel;
-class YearRevealViewModel;
+struct PanelComposition;
 
 /// The panel's window content: the outline in every phase, from the first expansion on the modules, and what
 /// opens on them, with all their shadows.
@@ -39,16 +32,8 @@ class PanelView : public QQuickView {
         NotchInteractionModel& interaction;
         Localizer& localizer;
         Appearance& appearance;
-        PanelViewModel& panel;
-        RemindersViewModel& reminders;
-        CalendarViewModel& calendar;
-        QuickAddViewModel& quickAdd;
+        PanelComposition& panel;
         SettingsViewModel& settings;
-        NewEventViewModel& newEvent;
-        CalendarEditViewModel& calendarEdit;
-        ReminderEditViewModel& reminderEdit;
-        HistoryViewModel& history;
-        YearRevealViewModel& yearReveal;
     };
     /// When the expanded content is loaded.
     enum class Loading {

@@ -10,7 +10,7 @@ const TextPair lease = text("Send the signed lease back to Maren", "Renvoyer le 
 
 /// The identifier of the reminder with this title.
 QString idOf(const Stage& stage, const TextPair& title) {
-    for (const ReminderTask& task : stage.store.tasks()) {
+    for (const ReminderTask& task : stage.reminderStore.tasks()) {
         if (task.title == title.in(stage.localizer.language()))
             return task.id;
     }
@@ -100,7 +100,7 @@ std::vector<PictureState> reminderPictures() {
         {named("flagged"), expanded([](Stage& stage) { stage.reminders.setShowsFlaggedOnly(true); })},
         {named("flags-failed"), expanded([](Stage& stage) {
              stage.scripts.fail();
-             stage.store.reloadFlags();
+             stage.reminderStore.reloadFlags();
              letReload(stage);
              stage.reminders.setShowsFlaggedOnly(true);
          })},

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "calendar/CalendarStore.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "feedback/Feedback.h"
@@ -12,26 +11,16 @@
 #include "preferences/Localization.h"
 #include "preferences/PreferenceKeys.h"
 #include "reminders/FlaggedReminderAutomation.h"
-#include "reminders/ReminderStore.h"
 #include "reminders/ScriptHost.h"
 #include "services/LaunchAtLoginManager.h"
-#include "ui/calendar/CalendarActionHistory.h"
-#include "ui/calendar/CalendarEditViewModel.h"
-#include "ui/calendar/CalendarViewModel.h"
-#include "ui/calendar/NewEventViewModel.h"
 #include "ui/onboarding/DemoData.h"
 #include "ui/onboarding/OnboardingTrial.h"
 #include "ui/onboarding/OnboardingViewModel.h"
 #include "ui/onboarding/OnboardingWindowController.h"
-#include "ui/onboarding/YearRevealViewModel.h"
 #include "ui/panel/Appearance.h"
-#include "ui/panel/HistoryViewModel.h"
 #include "ui/panel/Localizer.h"
+#include "ui/panel/PanelComposition.h"
 #include "ui/panel/PanelView.h"
-#include "ui/panel/PanelViewModel.h"
-#include "ui/reminders/QuickAddViewModel.h"
-#include "ui/reminders/ReminderEditViewModel.h"
-#include "ui/reminders/RemindersViewModel.h"
 #include "ui/settings/SettingsViewModel.h"
 
 #include <QDir>
@@ -129,11 +118,6 @@ class PictureLoginItem : public LoginItem {
     bool enabled_ = true;
 };
 
-class AtOnce : public BackgroundExecutor {
-  public:
-    void run(std::function<void()> work) override { work(); }
-};
-
 /// The scripted application: flags as the database has them, or no answer at all.
 class PictureScripts : public ScriptHost {
   public:
@@ -157,14 +141,13 @@ class PictureScripts : public ScriptHost {
     bool fails_ = false;
 };
 
-/// What one picture needs of the program, from the database to the window.
-struct Stage {
-    explicit Stage(Language language, double screenWidth = 1512)
+/// What a picture shows, below the panel.
+struct StageGround {
+    StageGround(Language language, double screenWidth)
         : geometry(Screen{.name = QStringLiteral("picture"), .frame = QRectF(0, 0, screenWidth, 982)}) {
         preferences.setLanguage(language);
         appearance.setReducedMotion(true);
         interaction.setExpansionEnabled(true);
-        view.overlays().setRoomHeight(pictureSize.height());
     }
 
     /// Saturday 21 November 2026, 14:30 in Paris.
@@ -181,43 +164,39 @@ struct Stage {
     InMemoryEventStore database{time, time, calendar};
     QTemporaryDir folder;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
-    ReminderActionHistory actions{time, time};
-    CalendarActionHistory calendarActions{actions};
-    AtOnce executor;
+    ImmediateExecutor executor;
     PictureScripts scripts{database};
     FlaggedReminderAutomation automation{scripts, executor, time};
-    ReminderStore store{ReminderStoreServices{.eventStore = database,
-                                              .scheduler = time,
-                                              .clock = time,
-                                              .calendar = calendar,
-                                              .defaults = defaults,
-                                              .localization = localization,
-                                              .notifications = notifications,
-                                              .ledger = ledger,
-                                              .history = &actions,
-                                              .flags = &automation}};
-    CalendarStore calendarStore{CalendarStoreServices{
+    NotchInteractionModel interaction{time, preferences, feedback};
+    NotchGeometry geometry;
+    Localizer localizer{localization};
+    Appearance appearance{nullptr};
+    PanelComposition::Services services{
         .eventStore = database,
         .scheduler = time,
         .clock = time,
         .calendar = calendar,
         .preferences = preferences,
+        .localization = localization,
+        .localizer = localizer,
         .notifications = notifications,
+        .ledger = ledger,
         .executor = executor,
-        .locale = [this] { return preferences.dateLocale(); },
-        .clearReminderDueDate = [](const QString&,
-                                   const std::function<void(tl::expected<void, TextPair>)>&) {},
-        .actions = &calendarActions}};
-    NotchInteractionModel interaction{time, preferences, feedback};
-    NotchGeometry geometry;
-    Localizer localizer{localization};
-    Appearance appearance{nullptr};
-    PanelViewModel panel{interaction, geometry, store, preferences, notifications, feedback};
-    RemindersViewModel reminders{store, time, calendar, localizer};
-    CalendarViewModel days{calendarStore, time,
-                           calendar,      localizer,
-                           panel,         [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
-    QuickAddViewModel quickAdd{store, time, calendar, localizer};
+        .locale = [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); },
+        .feedback = feedback,
+        .interaction = interaction,
+        .geometry = geometry,
+        .flags = &automation};
+};
+
+/// What one picture needs of the program, from the database to the window.
+struct Stage : StageGround, PanelComposition {
+    explicit Stage(Language language, double screenWidth = 1512)
+        : StageGround(language, screenWidth)
+        , PanelComposition(services) {
+        view.overlays().setRoomHeight(pictureSize.height());
+    }
+
     HttpSession session{time};
     FeedbackAPIClient feedbackClient{InformationDictionary(), session};
     FeedbackViewModel feedbackForm{[this]() -> FeedbackAPIClient& { return feedbackClient; }, localizer};
@@ -243,14 +222,7 @@ struct Stage {
                        .pickFolder = [](const QString&, const auto&) {}},
          .showTutorial = [] {},
          .version = QStringLiteral("1.0.0")}};
-    NewEventViewModel newEvent{calendarStore, time, calendar, localizer};
-    CalendarEditViewModel calendarEdit{calendarStore, time, calendar, localizer};
-    ReminderEditViewModel reminderEdit{store, time, calendar, localizer};
-    HistoryViewModel history{actions, notifications, localizer};
-    YearRevealViewModel yearReveal{interaction, ledger, preferences, time, calendar, localizer};
-    PanelView view{{interaction, localizer, appearance, panel, reminders, days, quickAdd, settings, newEvent,
-                    calendarEdit, reminderEdit, history, yearReveal},
-                   PanelView::Loading::immediate};
+    PanelView view{{interaction, localizer, appearance, *this, settings}, PanelView::Loading::immediate};
     OnboardingWindowController onboarding{
         {*view.engine(), localizer, appearance, preferences, settings, time, time, calendar, feedback},
         [] {}};
@@ -264,7 +236,7 @@ struct Stage {
         time.advance(Duration(0));
     }
     void load() {
-        store.requestAccess();
+        reminderStore.requestAccess();
         calendarStore.requestAccess();
         time.advance(Duration(0));
     }

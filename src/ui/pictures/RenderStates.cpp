@@ -158,7 +158,7 @@ std::vector<PictureState> states() {
          })},
         {named("filtered"), expanded([](Stage& stage) { stage.reminders.setShowsTodayOnly(true); })},
         {named("one-list"), expanded([](Stage& stage) {
-             stage.reminders.setSelectedListId(stage.store.lists().at(2).id);
+             stage.reminders.setSelectedListId(stage.reminderStore.lists().at(2).id);
              stage.time.advance(Duration(0));
          })},
         {named("search"), expanded([](Stage& stage) {
@@ -191,7 +191,7 @@ std::vector<PictureState> states() {
              stage.expand();
          }},
         {named("all-done"), expanded([](Stage& stage) {
-             stage.reminders.setSelectedListId(stage.store.lists().at(4).id);
+             stage.reminders.setSelectedListId(stage.reminderStore.lists().at(4).id);
              stage.reminders.setShowsTodayOnly(true);
              stage.time.advance(Duration(0));
          })},
@@ -199,14 +199,14 @@ std::vector<PictureState> states() {
          expanded([](Stage& stage) { stage.reminders.setSearchQuery(QStringLiteral("xylophone")); })},
         {named("loading"),
          [](Stage& stage) {
-             stage.store.requestAccess();
+             stage.reminderStore.requestAccess();
              stage.calendarStore.requestAccess();
              stage.expand();
          }},
         {named("denied"),
          [](Stage& stage) {
              stage.database.setAuthorizationStatus(EKAuthorizationStatus::denied);
-             stage.store.requestAccess();
+             stage.reminderStore.requestAccess();
              stage.calendarStore.requestAccess();
              stage.time.advance(Duration(0));
              stage.expand();
@@ -219,7 +219,7 @@ std::vector<PictureState> states() {
                  EKError{EKError::Code::storage,
                          text("The folder “Reminders” cannot be read: permission denied.",
                               "Le dossier « Reminders » est illisible : permission refusée.")});
-             stage.store.requestAccess();
+             stage.reminderStore.requestAccess();
              stage.calendarStore.requestAccess();
              stage.time.advance(Duration(0));
              stage.expand();
@@ -288,7 +288,7 @@ std::vector<PictureState> states() {
         {named("calendar-connecting"),
          [](Stage& stage) {
              stage.addReminders();
-             stage.store.requestAccess();
+             stage.reminderStore.requestAccess();
              stage.time.advance(Duration(0));
              stage.database.setAuthorizationStatus(EKAuthorizationStatus::notDetermined);
              stage.calendarStore.requestAccess();
@@ -297,7 +297,7 @@ std::vector<PictureState> states() {
         {named("calendar-denied"),
          [](Stage& stage) {
              stage.addReminders();
-             stage.store.requestAccess();
+             stage.reminderStore.requestAccess();
              stage.time.advance(Duration(0));
              stage.database.setAuthorizationStatus(EKAuthorizationStatus::denied);
              stage.calendarStore.requestAccess();

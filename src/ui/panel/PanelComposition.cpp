@@ -1,0 +1,55 @@
+#include "ui/panel/PanelComposition.h"
+
+#include "preferences/Preferences.h"
+
+namespace kestrant {
+
+PanelComposition::PanelComposition(const Services& services)
+    : actions(services.scheduler, services.clock)
+    , calendarActions(actions)
+    , reminderStore({
+          .eventStore = services.eventStore,
+          .scheduler = services.scheduler,
+          .clock = services.clock,
+          .calendar = services.calendar,
+          .defaults = services.preferences.defaults(),
+          .localization = services.localization,
+          .notifications = services.notifications,
+          .ledger = services.ledger,
+          .completionsCommitted = services.completionsCommitted,
+          .history = &actions,
+          .flags = services.flags,
+      })
+    , calendarStore({
+          .eventStore = services.eventStore,
+          .scheduler = services.scheduler,
+          .clock = services.clock,
+          .calendar = services.calendar,
+          .preferences = services.preferences,
+          .notifications = services.notifications,
+          .executor = services.executor,
+          .locale = services.locale,
+          .clearReminderDueDate =
+              [this](const QString& reminderID,
+                     const std::function<void(tl::expected<void, TextPair>)>& done) {
+                  reminderStore.removeFromCalendar(
+                      reminderID, [done](const tl::expected<void, ReminderStoreError>& result) {
+                          done(result.map_error(
+                              [](const ReminderStoreError& error) { return error.message(); }));
+                      });
+              },
+          .actions = &calendarActions,
+      })
+    , panel(services.interaction, services.geometry, reminderStore, services.preferences,
+            services.notifications, services.feedback)
+    , reminders(reminderStore, services.clock, services.calendar, services.localizer)
+    , days(calendarStore, services.clock, services.calendar, services.localizer, panel, services.locale)
+    , quickAdd(reminderStore, services.clock, services.calendar, services.localizer)
+    , newEvent(calendarStore, services.clock, services.calendar, services.localizer)
+    , calendarEdit(calendarStore, services.clock, services.calendar, services.localizer)
+    , reminderEdit(reminderStore, services.clock, services.calendar, services.localizer)
+    , history(actions, services.notifications, services.localizer)
+    , yearReveal(services.interaction, services.ledger, services.preferences, services.clock,
+                 services.calendar, services.localizer) {}
+
+}  // namespace kestrant

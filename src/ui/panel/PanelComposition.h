@@ -1,0 +1,77 @@
+#pragma once
+
+#include "calendar/CalendarStore.h"
+#include "reminders/ReminderActionHistory.h"
+#include "reminders/ReminderStore.h"
+#include "ui/calendar/CalendarActionHistory.h"
+#include "ui/calendar/CalendarEditViewModel.h"
+#include "ui/calendar/CalendarViewModel.h"
+#include "ui/calendar/NewEventViewModel.h"
+#include "ui/onboarding/YearRevealViewModel.h"
+#include "ui/panel/HistoryViewModel.h"
+#include "ui/panel/PanelViewModel.h"
+#include "ui/reminders/QuickAddViewModel.h"
+#include "ui/reminders/ReminderEditViewModel.h"
+#include "ui/reminders/RemindersViewModel.h"
+
+#include <QLocale>
+
+#include <functional>
+
+namespace kestrant {
+
+class BackgroundExecutor;
+class CompletionLedgerRepository;
+class Feedback;
+class FlaggedReminderAutomation;
+class Localizer;
+class NotchGeometry;
+class NotchInteractionModel;
+class NotificationCenter;
+class Preferences;
+
+/// A panel without its window: one history, the stores over a database and the view models over them, built
+/// in the order in which they need each other. The program, the introduction, pictures and tests each have
+/// one over a database of their own. Thread: main.
+struct PanelComposition {
+    /// Everything must outlive the composition.
+    struct Services {
+        EKEventStore& eventStore;
+        Scheduler& scheduler;
+        Clock& clock;
+        CurrentCalendar& calendar;
+        Preferences& preferences;
+        Localization& localization;
+        Localizer& localizer;
+        NotificationCenter& notifications;
+        CompletionLedgerRepository& ledger;
+        /// Where rows of the calendar are made.
+        BackgroundExecutor& executor;
+        /// The locale of the calendar's rows, asked anew for each load.
+        std::function<QLocale()> locale;
+        const Feedback& feedback;
+        NotchInteractionModel& interaction;
+        NotchGeometry& geometry;
+        /// Told the number of completions that were just committed from here; may be empty.
+        std::function<void(int count)> completionsCommitted = {};
+        /// May be null: then flags are kept by this program alone.
+        FlaggedReminderAutomation* flags = nullptr;
+    };
+    explicit PanelComposition(const Services& services);
+
+    ReminderActionHistory actions;
+    CalendarActionHistory calendarActions;
+    ReminderStore reminderStore;
+    CalendarStore calendarStore;
+    PanelViewModel panel;
+    RemindersViewModel reminders;
+    CalendarViewModel days;
+    QuickAddViewModel quickAdd;
+    NewEventViewModel newEvent;
+    CalendarEditViewModel calendarEdit;
+    ReminderEditViewModel reminderEdit;
+    HistoryViewModel history;
+    YearRevealViewModel yearReveal;
+};
+
+}  // namespace kestrant
