@@ -12,6 +12,9 @@ namespace kestrant {
 namespace {
 
 constexpr Duration pollInterval = std::chrono::microseconds(1'000'000 / 60);
+/// As long as a press on the notch may be meant for what was there before the panel opened or folded under
+/// it: a pointer that comes to click has opened the panel on its way, and a double click presses twice.
+constexpr Duration aimingTime = std::chrono::milliseconds(400);
 /// Keeps a panel open that was opened without the pointer.
 const QString openedByCommandRoute = QStringLiteral("panel.opened-by-command");
 
@@ -121,9 +124,11 @@ void NotchPanelController::phaseChanged() {
     window.setPanelLevel();
     window.orderFrontRegardless();
     if (model_.phase() == NotchPhase::expanded) {
+        aiming_ = environment_.scheduler.after(aimingTime, [] {});
         updateIgnoresMouseEvents(true);
         window.makeKey();
     } else {
+        aiming_.cancel();
         model_.dismissRoute(openedByCommandRoute);
         model_.dismissRoute(NotchInteractionModel::toastRoute);
         window.resignKey();
@@ -192,15 +197,20 @@ void NotchPanelController::open() {
 }
 
 bool NotchPanelController::primaryClick(QPointF locationInWindow, const QRectF& frame) {
-    if (model_.phase() != NotchPhase::expanded) {
-        open();
-        return true;
-    }
+    const bool isExpanded = model_.phase() == NotchPhase::expanded;
     const double fromCentre = locationInWindow.x() - frame.width() / 2;
     const double fromTop = frame.height() - locationInWindow.y();
-    if (2 * std::abs(fromCentre) > geometry_.cameraSafeWidth() || fromTop > geometry_.idleSize().height())
+    if (isExpanded &&
+        (2 * std::abs(fromCentre) > geometry_.cameraSafeWidth() || fromTop > geometry_.idleSize().height()))
         return false;
-    fold(true);
+    if (aiming_.isPending())
+        return true;
+    if (isExpanded) {
+        fold(true);
+        aiming_ = environment_.scheduler.after(aimingTime, [] {});
+    } else {
+        open();
+    }
     return true;
 }
 

@@ -94,6 +94,8 @@ class NotchPanelController {
     NotchPanel panel_;
     std::vector<Subscription> cancellables_;
     ScheduledTask pointerTimer_;
+    /// Pending while a press on the notch changes nothing.
+    ScheduledTask aiming_;
     std::function<bool(QPointF)> contentScrollsUp_;
     std::function<void()> locked_;
     std::vector<PanelSurface> surfaces_;

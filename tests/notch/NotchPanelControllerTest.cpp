@@ -217,10 +217,48 @@ TEST_F(NotchPanelControllerTest, ClicksOpenAndTheCameraStripCloses) {
     EXPECT_FALSE(click(inPanel)) << "the content's own";
     EXPECT_FALSE(click(besideNotch)) << "the toolbar's own";
     EXPECT_EQ(model.phase(), NotchPhase::expanded);
+    EXPECT_TRUE(click(onNotch)) << "the second press of a double click";
+    EXPECT_EQ(model.phase(), NotchPhase::expanded);
+    scheduler.advance(seconds(0.5));
     model.presentOverlay("settings");
     EXPECT_TRUE(click(onNotch));
     EXPECT_EQ(model.phase(), NotchPhase::hovering);
     EXPECT_TRUE(model.presentedOverlayIDs().isEmpty()) << "nothing stays open on a folded panel";
+    EXPECT_TRUE(click(onNotch)) << "the second press of a double click";
+    EXPECT_EQ(model.phase(), NotchPhase::hovering);
+    scheduler.advance(seconds(0.5));
+    EXPECT_TRUE(click(onNotch));
+    EXPECT_EQ(model.phase(), NotchPhase::expanded);
+}
+
+TEST_F(NotchPanelControllerTest, AClickOnANotchThatOpenedUnderThePointerMeanwhileDoesNotCloseIt) {
+    for (const double hoverDelay : {0.0, 0.3}) {
+        defaults.set("hoverExpandDelay", hoverDelay);
+        controller->present();
+        // Also right after another window took the keyboard.
+        for (const bool resigns : {false, true}) {
+            moveTo(onNotch);
+            scheduler.advance(seconds(hoverDelay));
+            if (resigns) {
+                controller->applicationResignedActive();
+                moveTo(farAway);
+                moveTo(onNotch);
+                scheduler.advance(seconds(hoverDelay));
+            }
+            EXPECT_TRUE(click(onNotch));
+            EXPECT_EQ(model.phase(), NotchPhase::expanded) << hoverDelay << resigns;
+            EXPECT_TRUE(window.isKey);
+            // Folded by itself it opens at once.
+            moveTo(farAway);
+            scheduler.advance(seconds(0.3));
+            ASSERT_EQ(model.phase(), NotchPhase::idle);
+        }
+    }
+    model.expand();
+    moveTo(farAway);
+    model.collapse(false);
+    EXPECT_TRUE(click(onNotch));
+    EXPECT_EQ(model.phase(), NotchPhase::expanded);
 }
 
 TEST_F(NotchPanelControllerTest, AClickOrSwipeOnALockedNotchIsHandedOn) {
