@@ -110,6 +110,7 @@ class PanelTest(DesktopTest):
         self.start()
         self.expand()
         self.wait_for_circles(1)
+        still = self.desktop.steady_picture()
         below = (self.middle - 460, 295, self.middle + 460, 700)
         self.desktop.click(self.middle + 436, 20)
         self.wait_for(lambda: self.desktop.picture().differing(self.other_colour, below), bool, "it hangs below the panel")
@@ -127,6 +128,7 @@ class PanelTest(DesktopTest):
         self.collapse()
         self.expand()
         self.wait_for_circles(1)
+        self.assertEqual(self.desktop.steady_picture().pixels, still.pixels, "nothing is seen of it")
         self.assertEqual(self.text(path), text, "nothing was changed by it")
 
     def test_asking_for_a_search_that_is_not_shown_holds_nothing_open(self):

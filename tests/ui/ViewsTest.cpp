@@ -214,6 +214,18 @@ TEST(Views, ReachEveryControlOfTheToolbarByTab) {
         EXPECT_TRUE(names.contains(QString::fromUtf8(name))) << name;
 }
 
+TEST(Views, LookAfterTheirArrivalAsTheyDidWithoutIt) {
+    ThreeCards program;
+    QQuickItem* grid = findText(program.view.contentItem(), QStringLiteral("360"), "sinceOpening");
+    ASSERT_NE(grid, nullptr);
+    const QImage still = program.view.grabWindow();
+    // The second so near to the end that the renderer takes the rest for nothing.
+    for (const double moment : {250.0, 298.5, 360.0}) {
+        grid->setProperty("sinceOpening", moment);
+        EXPECT_EQ(program.view.grabWindow() == still, moment > 250.0) << moment;
+    }
+}
+
 TEST(Views, ScrollByKeyboardAndSayWhetherMoreLiesBelow) {
     PanelProgram program;
     for (int number = 0; number < 40; ++number)

@@ -302,8 +302,9 @@ FocusScope {
             // Rows fade where they pass below the heading and where they leave at the lower edge; the first and the last, in
             // their places, never do. The uppermost heading is the one drawn over the list, which the next one replaces.
             readonly property real fromTop: y - list.contentY
-            opacity: Math.min(row.isHeading ? (fromTop < 1 ? 0 : 1) : 1 - (Theme.headingHeight - fromTop) / 14,
-                              1, (list.height - fromTop) / Theme.rowHeight)
+            opacity: Theme.opacity(Math.min(row.isHeading ? (fromTop < 1 ? 0 : 1)
+                                                          : 1 - (Theme.headingHeight - fromTop) / 14,
+                                            1, (list.height - fromTop) / Theme.rowHeight))
             // Not while a button above or below the rows has the focus.
             isCurrent: ListView.isCurrentItem && (activeFocus || list.Window.activeFocusItem === list)
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)

@@ -75,7 +75,7 @@ FocusScope {
         id: list
         anchors.fill: parent
         visible: root.showsRows
-        opacity: targets.visible ? 0 : turn
+        opacity: targets.visible ? 0 : Theme.opacity(turn)
         /// How far what is shown has come in the place of what was.
         property real turn: 1
         transform: Translate { y: (1 - list.turn) * (root.calendar.showsAllEvents ? 10 : -10) }

@@ -33,11 +33,12 @@ FocusScope {
     }
     Keys.onEscapePressed: leave()
 
-    opacity: Theme.still ? 1 : 0
+    property real shown: Theme.still ? 1 : 0
+    opacity: Theme.opacity(shown)
     transform: Translate { id: rise }
     ParallelAnimation {
         running: !Theme.still
-        NumberAnimation { target: popover; property: "opacity"; to: 1; duration: Theme.popoverDuration; easing.type: Easing.OutCubic }
+        NumberAnimation { target: popover; property: "shown"; to: 1; duration: Theme.popoverDuration; easing.type: Easing.OutCubic }
         NumberAnimation {
             target: rise; property: "y"; from: 4; to: 0
             duration: Theme.popoverDuration; easing.type: Easing.OutCubic

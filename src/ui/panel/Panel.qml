@@ -131,10 +131,11 @@ Item {
             height: outline.shapeHeight
             // Content comes to light inside the growing outline, never beside it.
             clip: root.openness < 1
-            opacity: root.panel.isExpanded ? 1 : 0
+            property real shown: root.panel.isExpanded ? 1 : 0
+            opacity: Theme.opacity(shown)
             visible: opacity > 0
             enabled: root.panel.isExpanded
-            Behavior on opacity {
+            Behavior on shown {
                 enabled: !Theme.still
                 NumberAnimation {
                     duration: root.panel.isExpanded ? Theme.leaveDuration : 90

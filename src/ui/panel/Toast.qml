@@ -48,8 +48,10 @@ Item {
     width: Math.min(Math.ceil(words.implicitWidth) + 42 + 12 + actionWidth, parent.width - 80)
     height: 40
     visible: opacity > 0
-    opacity: shown ? 1 : 0
-    Behavior on opacity {
+    /// How much of it is there, 0 to 1.
+    property real presence: shown ? 1 : 0
+    opacity: Theme.opacity(presence)
+    Behavior on presence {
         enabled: !Theme.still
         NumberAnimation { duration: toast.shown ? 180 : 140; easing.type: Easing.OutCubic }
     }

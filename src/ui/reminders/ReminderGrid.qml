@@ -254,8 +254,8 @@ FocusScope {
             isCurrent: GridView.isCurrentItem && grid.activeFocus
             highlight: reveal.card === card.id ? reveal.strength : 0
             // What scrolls away fades instead of being cut.
-            opacity: Math.min(1, (y + height - grid.contentY) / 48,
-                              (grid.contentY + grid.height - y) / 48) * (1 - distance * distance * distance)
+            opacity: Theme.opacity(Math.min(1, (y + height - grid.contentY) / 48, (grid.contentY + grid.height - y) / 48)
+                                   * (1 - distance * distance * distance))
             /// How much of its way it still has to come, 1 to 0.
             readonly property real distance: root.sinceOpening >= root.arrivalTime ? 0
                 : 1 - Math.max(0, Math.min(1, (root.sinceOpening - root.firstArrival - root.arrivalStep
