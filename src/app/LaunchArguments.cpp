@@ -52,12 +52,10 @@ TextPair launchUsage() {
         "Usage: kestrant [--store vdir:PATH | evolution]  open the panel at the top of the screen\n"
         "         --configuration FILE                    with other deployment values than the built-in "
         "ones\n"
-        "       kestrant --toggle                         open or close the panel that is running\n"
-        "       kestrant --render FOLDER                  write pictures of every state\n",
+        "       kestrant --toggle                         open or close the panel that is running\n",
         "Utilisation : kestrant [--store vdir:CHEMIN | evolution]  ouvrir le panneau en haut de l’écran\n"
         "                --configuration FICHIER                   avec d’autres valeurs de déploiement\n"
-        "              kestrant --toggle                           ouvrir ou fermer le panneau en cours\n"
-        "              kestrant --render DOSSIER                   écrire des images de chaque état\n");
+        "              kestrant --toggle                           ouvrir ou fermer le panneau en cours\n");
 }
 
 }  // namespace kestrant

@@ -12,9 +12,10 @@
 #include "platform/linux/desktop/ProcessMemory.h"
 #include "platform/linux/x11/Platform.h"
 #include "ui/panel/PanelView.h"
-#include "ui/pictures/RenderStates.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QLocale>
 
@@ -123,12 +124,16 @@ int runCommand(int& argc, char** argv, const QStringList& arguments) {
     return statusAfterPrinting(ended);
 }
 
-int render(int& argc, char** argv, const QString& folder) {
-    prepareRendering();
-    PanelView::chooseRenderer();
-    const QGuiApplication application(argc, argv);
-    PanelView::chooseTypeface();
-    return renderStates(folder) ? done : refused;
+/// Pictures are drawn by a program of its own, which stands beside this one where both were built.
+int render(const QString& folder) {
+    const QByteArray tool =
+        QFile::encodeName(QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).path() +
+                          QStringLiteral("/kestrant-pictures"));
+    const QByteArray target = QFile::encodeName(folder);
+    ::execl(tool.constData(), tool.constData(), "--render", target.constData(), nullptr);
+    return fail(text("The program that draws pictures is not part of this installation.",
+                     "Le programme qui dessine les images ne fait pas partie de cette installation."),
+                refused);
 }
 
 int toggleRunningPanel(int& argc, char** argv) {
@@ -224,7 +229,7 @@ int main(int argc, char** argv) {
     case LaunchArguments::Mode::toggle:
         return toggleRunningPanel(argc, argv);
     case LaunchArguments::Mode::render:
-        return render(argc, argv, launch->renderFolder);
+        return render(launch->renderFolder);
     case LaunchArguments::Mode::help:
         std::printf("%s\n", qUtf8Printable(launchUsage().in(language())));
         [[fallthrough]];

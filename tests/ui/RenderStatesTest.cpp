@@ -1,4 +1,4 @@
-#include "ui/pictures/RenderStates.h"
+#include "pictures/Rendering.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -16,7 +16,7 @@ TEST(RenderStates, DrawsEveryStateInBothLanguagesWithoutAWarning) {
     messages.clear();
     const QtMessageHandler previous = qInstallMessageHandler(
         [](QtMsgType, const QMessageLogContext&, const QString& message) { messages.append(message); });
-    const bool complete = renderStates(folder.path());
+    const bool complete = renderPictures(folder.path());
     qInstallMessageHandler(previous);
 
     EXPECT_TRUE(complete);

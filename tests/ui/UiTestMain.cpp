@@ -1,4 +1,4 @@
-#include "ui/pictures/RenderStates.h"
+#include "pictures/Rendering.h"
 
 #include <QGuiApplication>
 

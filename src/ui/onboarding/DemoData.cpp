@@ -34,6 +34,7 @@ struct DemoEvent {
     QTime start;
     int length;
     TextPair place = {};
+    const char* recurrence = nullptr;
 };
 
 enum : std::size_t { personal, work, home, papers, someday, birthdays };
@@ -138,13 +139,13 @@ std::vector<DemoEvent> demoEvents(QDate today) {
         {home, text("Holiday by the sea", "Vacances à la mer"), 128, {}, 14},
     };
     const int nextWednesday = (3 - today.dayOfWeek() + 7) % 7;
-    for (int week = -100; week <= 100; ++week)
-        events.push_back({personal,
-                          text("Choir", "Chorale"),
-                          nextWednesday + 7 * week,
-                          {19, 0},
-                          90,
-                          text("Music school", "École de musique")});
+    events.push_back({personal,
+                      text("Choir", "Chorale"),
+                      nextWednesday - 700,
+                      {19, 0},
+                      90,
+                      text("Music school", "École de musique"),
+                      "FREQ=WEEKLY"});
     return events;
 }
 
@@ -229,6 +230,8 @@ class DemoWriter : public std::enable_shared_from_this<DemoWriter> {
             data.endDate = data.startDate + std::chrono::minutes(demo.length);
             data.timeZone = calendar_.zone();
         }
+        if (demo.recurrence)
+            data.recurrenceRules = {EKRecurrenceRule::parse(QString::fromUtf8(demo.recurrence))};
         return data;
     }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/pictures/RenderStage.h"
+#include "pictures/Stage.h"
 
 #include <QString>
 
@@ -12,7 +12,7 @@
 namespace kestrant {
 
 /// One picture and what leads to what it shows.
-struct PictureState {
+struct Picture {
     QString name;
     std::function<void(Stage&)> arrange;
     double screenWidth = 1512;
@@ -44,9 +44,11 @@ inline void completeReminders(Stage& stage) {
         qWarning("cannot write the record of completions");
 }
 
+/// The panel at rest and open, its modules, menus and forms.
+[[nodiscard]] std::vector<Picture> panelPictures();
 /// What can be done to a reminder, its forms and its failures.
-[[nodiscard]] std::vector<PictureState> reminderPictures();
+[[nodiscard]] std::vector<Picture> reminderPictures();
 /// The introduction, the year that follows it, and the settings.
-[[nodiscard]] std::vector<PictureState> introductionPictures();
+[[nodiscard]] std::vector<Picture> introductionPictures();
 
 }  // namespace kestrant

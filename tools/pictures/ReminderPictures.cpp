@@ -1,4 +1,4 @@
-#include "ui/pictures/PictureState.h"
+#include "pictures/Picture.h"
 
 namespace kestrant {
 namespace {
@@ -43,7 +43,7 @@ void letReload(Stage& stage) {
 
 }  // namespace
 
-std::vector<PictureState> reminderPictures() {
+std::vector<Picture> reminderPictures() {
     const auto named = [](const char* name) { return QString::fromUtf8(name); };
     return {
         {named("quick-add-understood"), expanded([](Stage& stage) {

@@ -1,4 +1,4 @@
-#include "ui/pictures/PictureState.h"
+#include "pictures/Picture.h"
 
 namespace kestrant {
 namespace {
@@ -16,7 +16,7 @@ void tryOut(Stage& stage, std::initializer_list<Exercise> done) {
 
 }  // namespace
 
-std::vector<PictureState> introductionPictures() {
+std::vector<Picture> introductionPictures() {
     const auto named = [](const char* name) { return QString::fromUtf8(name); };
     return {
         {named("settings"), expanded([](Stage& stage) { stage.call("openSettings"); })},

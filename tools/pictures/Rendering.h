@@ -11,6 +11,6 @@ void prepareRendering();
 /// Writes a picture of every state of the panel, in both languages, into a folder (made if need be):
 /// demonstration data, a fixed clock, no motion. Names are "LANGUAGE-STATE.png". False when one could not be
 /// made or written, with the reason on stderr. Thread: main; takes a few seconds.
-[[nodiscard]] bool renderStates(const QString& directory);
+[[nodiscard]] bool renderPictures(const QString& directory);
 
 }  // namespace kestrant
