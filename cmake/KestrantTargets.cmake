@@ -83,17 +83,20 @@ function(kestrant_library folder)
   kestrant_use_precompiled_headers(${target} kestrant_library_headers)
 endfunction()
 
-# kestrant_test(<name> SOURCES ... LINK ...)
-# GoogleTest program <name>, registered with CTest as one test.
+# kestrant_test(<name> [AS_ONE] SOURCES ... LINK ... [LABELS ...])
+# GoogleTest program <name>. CTest knows each of its tests by name; with AS_ONE, where they share a service that takes long
+# to start, only the program.
 function(kestrant_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "AS_ONE" "" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LINK} kestrant_test_support GTest::gmock)
   kestrant_use_precompiled_headers(${name} kestrant_test_headers)
-  add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES
-    TIMEOUT 300
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;TZ=Europe/Paris;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/thread-sanitizer.supp")
+  if(ARG_AS_ONE)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 300 LABELS "${ARG_LABELS}")
+  else()
+    gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+  endif()
 endfunction()
 
 # Where the parts that are loaded when they are wanted are installed, from the prefix.

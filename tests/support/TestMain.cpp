@@ -1,10 +1,9 @@
-#include <QCoreApplication>
-#include <QLocale>
+#include "support/TestEnvironment.h"
 
 #include <gmock/gmock.h>
 
 int main(int argc, char** argv) {
+    kestrant::test::useTestEnvironment();
     ::testing::InitGoogleMock(&argc, argv);
-    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     return RUN_ALL_TESTS();
 }

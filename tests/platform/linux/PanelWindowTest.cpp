@@ -8,6 +8,7 @@
 #include "platform/linux/x11/X11PanelWindow.h"
 #include "platform/linux/x11/X11PointerProvider.h"
 #include "support/ManualScheduler.h"
+#include "support/TestEnvironment.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -307,3 +308,11 @@ TEST_F(PanelWindowTest, AsksForBlurWhereTheCompositorOffersIt) {
 
 }  // namespace
 }  // namespace kestrant
+
+int main(int argc, char** argv) {
+    kestrant::test::useTestEnvironment();
+    // What is tested is the platform that the program chooses.
+    qunsetenv("QT_QPA_PLATFORM");
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
