@@ -46,16 +46,16 @@ class OnboardingTrial : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the introduction")
-    Q_PROPERTY(PanelViewModel* panel READ panel CONSTANT)
-    Q_PROPERTY(RemindersViewModel* reminders READ reminders CONSTANT)
-    Q_PROPERTY(CalendarViewModel* calendar READ calendar CONSTANT)
-    Q_PROPERTY(QuickAddViewModel* quickAdd READ quickAdd CONSTANT)
-    Q_PROPERTY(NewEventViewModel* newEvent READ newEvent CONSTANT)
-    Q_PROPERTY(CalendarEditViewModel* calendarEdit READ calendarEdit CONSTANT)
-    Q_PROPERTY(ReminderEditViewModel* reminderEdit READ reminderEdit CONSTANT)
-    Q_PROPERTY(HistoryViewModel* history READ history CONSTANT)
-    Q_PROPERTY(YearRevealViewModel* yearReveal READ yearReveal CONSTANT)
-    Q_PROPERTY(OverlayHost* overlays READ overlays CONSTANT)
+    Q_PROPERTY(kestrant::PanelViewModel* panel READ panel CONSTANT)
+    Q_PROPERTY(kestrant::RemindersViewModel* reminders READ reminders CONSTANT)
+    Q_PROPERTY(kestrant::CalendarViewModel* calendar READ calendar CONSTANT)
+    Q_PROPERTY(kestrant::QuickAddViewModel* quickAdd READ quickAdd CONSTANT)
+    Q_PROPERTY(kestrant::NewEventViewModel* newEvent READ newEvent CONSTANT)
+    Q_PROPERTY(kestrant::CalendarEditViewModel* calendarEdit READ calendarEdit CONSTANT)
+    Q_PROPERTY(kestrant::ReminderEditViewModel* reminderEdit READ reminderEdit CONSTANT)
+    Q_PROPERTY(kestrant::HistoryViewModel* history READ history CONSTANT)
+    Q_PROPERTY(kestrant::YearRevealViewModel* yearReveal READ yearReveal CONSTANT)
+    Q_PROPERTY(kestrant::OverlayHost* overlays READ overlays CONSTANT)
     /// A card is being carried.
     Q_PROPERTY(bool isCarrying READ isCarrying NOTIFY isCarryingChanged)
 

@@ -21,7 +21,7 @@ class OnboardingViewModel : public QObject {
     /// The introduction was finished before; what is shown now is a look back.
     Q_PROPERTY(bool isRepeated READ isRepeated NOTIFY pageChanged)
     /// The notch to try out.
-    Q_PROPERTY(NotchInteractionModel* notch READ notch CONSTANT)
+    Q_PROPERTY(kestrant::NotchInteractionModel* notch READ notch CONSTANT)
     /// Bit by exercise: what has been tried out since the window was shown.
     Q_PROPERTY(int tried READ tried NOTIFY triedChanged)
     /// The first exercise that was not tried out; their number when all were.

@@ -85,7 +85,7 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(bool canCount READ canCount CONSTANT)
     Q_PROPERTY(bool counts READ counts WRITE setCounts NOTIFY changed)
     Q_PROPERTY(QString countsHelp READ countsHelp NOTIFY changed)
-    Q_PROPERTY(DataStoreViewModel* dataStore READ dataStore CONSTANT)
+    Q_PROPERTY(kestrant::DataStoreViewModel* dataStore READ dataStore CONSTANT)
     /// What keeps the program from reading or keeping something, one sentence each; mostly none.
     Q_PROPERTY(QStringList problems READ problems NOTIFY problemsChanged)
     Q_PROPERTY(bool canLaunchAtLogin READ canLaunchAtLogin CONSTANT)
@@ -95,7 +95,7 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(bool canShowTutorial READ canShowTutorial CONSTANT)
     Q_PROPERTY(QString version READ version CONSTANT)
     /// The form for a message to the makers.
-    Q_PROPERTY(FeedbackViewModel* feedback READ feedback CONSTANT)
+    Q_PROPERTY(kestrant::FeedbackViewModel* feedback READ feedback CONSTANT)
 
   public:
     /// Everything must outlive the view model.
