@@ -26,7 +26,7 @@ bool needsOnlyItsSubjects(Command command) {
 
 /// What a command has to know of what is in the lists.
 EventStoreUse useOf(const CommandLineArguments& arguments) {
-    EventStoreUse use{.items = std::nullopt, .waitsForAll = true};
+    EventStoreUse use;
     if (arguments.command == Command::add || arguments.command == Command::addEvent)
         use.items = QStringList();
     else if (needsOnlyItsSubjects(arguments.command))

@@ -1,5 +1,6 @@
 #include "eventkit/evolution/EvolutionClient.h"
 
+#include "eventkit/evolution/ServiceBus.h"
 #include "eventkit/evolution/ServiceErrors.h"
 #include "eventkit/model/EKErrors.h"
 
@@ -62,6 +63,10 @@ std::shared_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEnt
     Error failed;
     const Text title(e_source_dup_display_name(source));
     const CallLimit::Call call(limit, QString::fromUtf8(title.get()));
+    if (!isResponding(calendarProcess, call.cancellable())) {
+        reason = noAnswerInTime();
+        return nullptr;
+    }
     Ref<EClient> client(e_cal_client_connect_sync(
         source,
         type == EKEntityType::reminder ? E_CAL_CLIENT_SOURCE_TYPE_TASKS : E_CAL_CLIENT_SOURCE_TYPE_EVENTS,
@@ -75,7 +80,7 @@ std::shared_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEnt
     result->reader_ = ServiceReader::open(type, e_source_get_uid(source), call.cancellable());
     result->observe(call.cancellable());
     if (result->isLost()) {
-        reason = text("there was no answer in time", "pas de réponse à temps");
+        reason = noAnswerInTime();
         return nullptr;
     }
     return result;

@@ -57,17 +57,17 @@ bool EvolutionStorage::takeBack(const Journal& journal) {
 }
 
 void EvolutionStorage::noteSending(const Place& place, const QByteArray& before, const QByteArray* after) {
-    const auto lists = enabledLists();
+    const auto lists = lists_.enabled();
     const auto list = lists.find(place.collection);
-    if (list == lists.end() || !isOnServer(list->second) ||
+    if (list == lists.end() || !list->second.isOnServer() ||
         (after && serverVersionIn(*after) != serverVersionIn(before)))
         return;
     // That there is a connection is told by another process, which may be late.
     for (auto pause = 25ms; pause <= 400ms; pause *= 2) {
-        if (isConnected(list->second) || !limit_.pause(pause))
+        if (list->second.isConnected() || !limit_.pause(pause))
             return;
     }
-    if (unsent_.insert_or_assign(place.collection, titleOf(list->second.source.get())).second)
+    if (unsent_.insert_or_assign(place.collection, list->second.title()).second)
         tellOfUnsent();
 }
 

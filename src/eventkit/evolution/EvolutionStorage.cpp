@@ -24,14 +24,8 @@ using namespace std::chrono_literals;
 constexpr auto longestAtTheEnd = 1s;
 /// What calls that were cancelled need to end.
 constexpr auto grace = 1s;
-/// A list is late after this part of the limit, where others have answered.
-constexpr int latePart = 5;
-
-EKError noService(const TextPair& reason) {
-    const TextPair pair = text("The desktop’s calendar service cannot be used: %1.",
-                               "Le service d’agenda du bureau est inutilisable : %1.");
-    return {EKError::Code::storage, {pair.english.arg(reason.english), pair.french.arg(reason.french)}};
-}
+/// A list of a server is late after this part of the limit, where others have answered.
+constexpr int latePart = 10;
 
 TextPair slowAnswer(const std::set<QString>& lists) {
     if (lists.size() != 1 || lists.begin()->isEmpty())
@@ -51,10 +45,6 @@ TextPair silentList(const QString& title, bool isShown, const TextPair& reason) 
     return {pair.english.arg(title, reason.english), pair.french.arg(title, reason.french)};
 }
 
-TextPair noAnswerInTime() {
-    return text("there was no answer in time", "pas de réponse à temps");
-}
-
 TextPair keptForLater(const QStringList& lists) {
     const TextPair pair = text(
         "The server of %1 cannot be reached. The desktop’s calendar service keeps changes and sends them "
@@ -70,25 +60,7 @@ TextPair keptForLater(const QStringList& lists) {
     return {pair.english.arg(quoted("“%1”")), pair.french.arg(quoted("« %1 »"))};
 }
 
-ESourceSelectable* selectableOf(ESource* source, EKEntityType type) {
-    const char* const extension =
-        type == EKEntityType::reminder ? E_SOURCE_EXTENSION_TASK_LIST : E_SOURCE_EXTENSION_CALENDAR;
-    return E_SOURCE_SELECTABLE(e_source_get_extension(source, extension));
-}
-
-/// Whether lists of this kind can be changed as a rule, for one that has not been opened.
-bool isWrittenMostly(ESourceSelectable* list) {
-    const Text kind(e_source_backend_dup_backend_name(E_SOURCE_BACKEND(list)));
-    const QByteArray name(kind.get());
-    return name != "webcal" && name != "contacts" && name != "weather";
-}
-
 }  // namespace
-
-QString EvolutionStorage::titleOf(ESource* source) {
-    const Text name(e_source_dup_display_name(source));
-    return QString::fromUtf8(name.get());
-}
 
 class EvolutionStorage::Listener {
   public:
@@ -133,7 +105,7 @@ EvolutionStorage::EvolutionStorage(items::StorageObserver observer, std::chrono:
            .overdue = [listener = listener_](const QByteArray& queue,
                                              const QString& list) { listener->tellOfOverdue(queue, list); }})
     , queues_(queues)
-    , waitsForAll_(use.waitsForAll) {
+    , lists_(limit_, [listener = listener_] { listener->tell({.collections = true}); }) {
     if (!use.items)
         return;
     wanted_.emplace();
@@ -146,19 +118,7 @@ EvolutionStorage::~EvolutionStorage() {
 }
 
 std::optional<EKError> EvolutionStorage::open() {
-    if (registry_)
-        return std::nullopt;
-    Error error;
-    Ref<ESourceRegistry> registry;
-    {
-        const auto call = limit_.call({});
-        registry.reset(e_source_registry_new_sync(call.cancellable(), error.out()));
-    }
-    if (!registry)
-        return noService(reasonIn(error));
-    registry_ = std::move(registry);
-    observeRegistry();
-    return std::nullopt;
+    return lists_.open();
 }
 
 void EvolutionStorage::hurry() {
@@ -168,45 +128,10 @@ void EvolutionStorage::hurry() {
 void EvolutionStorage::close() {
     listener_->end();
     clients_.clear();
-    for (const gulong handler : handlers_)
-        g_signal_handler_disconnect(registry_.get(), handler);
-    handlers_.clear();
-    registry_.reset();
+    lists_.close();
 }
 
-void EvolutionStorage::registryChanged(ESourceRegistry*, gpointer, gpointer listener) {
-    (*static_cast<std::shared_ptr<Listener>*>(listener))->tell({.collections = true});
-}
-
-void EvolutionStorage::observeRegistry() {
-    const auto forget =
-        +[](gpointer listener, GClosure*) { delete static_cast<std::shared_ptr<Listener>*>(listener); };
-    for (const char* signal : {"source-added", "source-removed", "source-changed", "source-enabled",
-                               "source-disabled", "notify::default-task-list", "notify::default-calendar"})
-        handlers_.push_back(g_signal_connect_data(registry_.get(), signal, G_CALLBACK(registryChanged),
-                                                  new std::shared_ptr<Listener>(listener_), forget, {}));
-}
-
-std::map<QByteArray, EvolutionStorage::List> EvolutionStorage::enabledLists() {
-    std::map<QByteArray, List> result;
-    if (!registry_)
-        return result;
-    for (const EKEntityType type : {EKEntityType::reminder, EKEntityType::event}) {
-        const ObjectList<GList> sources(e_source_registry_list_enabled(
-            registry_.get(),
-            type == EKEntityType::reminder ? E_SOURCE_EXTENSION_TASK_LIST : E_SOURCE_EXTENSION_CALENDAR));
-        for (const GList* link = sources.first(); link; link = link->next) {
-            auto* const source = E_SOURCE(link->data);
-            // What the desktop's own calendar does not show is not wanted here either.
-            if (e_source_selectable_get_selected(selectableOf(source, type)))
-                result.try_emplace(e_source_get_uid(source),
-                                   List{Ref<ESource>(E_SOURCE(g_object_ref(source))), type});
-        }
-    }
-    return result;
-}
-
-std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& uid, const List& list,
+std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& uid, const ServiceList& list,
                                                              TextPair& reason) {
     const auto known = [&] {
         const auto found = clients_.find(uid);
@@ -239,9 +164,9 @@ std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& u
 }
 
 bool EvolutionStorage::update(Library& library, const Changes& changes, const ZoneCalendar& local) {
-    if (!registry_)
+    if (!lists_.isOpen())
         return false;
-    const auto lists = enabledLists();
+    const auto lists = lists_.enabled();
     bool changed = updateLists(library, lists);
     const bool readsAll = changes.everything && (!queues_ || !hasRead_ || wanted_);
     if (readsAll) {
@@ -255,7 +180,7 @@ bool EvolutionStorage::update(Library& library, const Changes& changes, const Zo
         if (wanted_ && !std::all_of(wanted_->begin(), wanted_->end(), isFound)) {
             wanted_.reset();
             // Whoever has waited for a list does not do so again.
-            auto answering = enabledLists();
+            auto answering = lists_.enabled();
             std::erase_if(answering, [&](const auto& list) { return silent_.contains(list.first); });
             readAllLists(library, answering, local);
         }
@@ -272,17 +197,7 @@ bool EvolutionStorage::update(Library& library, const Changes& changes, const Zo
             // Not now: it would hold up the queue that this is done in.
             listener_->tell({.files = {{uid, {}}}});
     }
-    return updateDefaults(library) || changed;
-}
-
-bool EvolutionStorage::isOnServer(const List& list) {
-    const Text kind(
-        e_source_backend_dup_backend_name(E_SOURCE_BACKEND(selectableOf(list.source.get(), list.type))));
-    return QByteArrayView(kind.get()) == "caldav";
-}
-
-bool EvolutionStorage::isConnected(const List& list) {
-    return e_source_get_connection_status(list.source.get()) == E_SOURCE_CONNECTION_STATUS_CONNECTED;
+    return lists_.updateDefaults(library) || changed;
 }
 
 void EvolutionStorage::tellOfUnsent() {
@@ -296,42 +211,28 @@ void EvolutionStorage::tellChanged(const Changes& changes) {
     listener_->tell(changes);
 }
 
-bool EvolutionStorage::updateLists(Library& library, const std::map<QByteArray, List>& lists) {
+bool EvolutionStorage::updateLists(Library& library, const Lists& lists) {
     const auto isGone = [&](const auto& entry) { return !lists.contains(entry.first); };
     bool changed = std::erase_if(library.collections, isGone) > 0;
     std::erase_if(clients_, isGone);
     std::erase_if(silent_, isGone);
-    if (std::erase_if(
-            unsent_, [&](const auto& list) { return isGone(list) || isConnected(lists.at(list.first)); }) > 0)
+    if (std::erase_if(unsent_, [&](const auto& list) {
+            return isGone(list) || lists.at(list.first).isConnected();
+        }) > 0)
         tellOfUnsent();
     for (auto& [uid, collection] : library.collections)
-        changed = describe(collection, lists.at(uid)) || changed;
+        changed = lists.at(uid).describe(collection) || changed;
     return changed;
 }
 
-bool EvolutionStorage::describe(Collection& collection, const List& list) {
-    ESourceSelectable* const selectable = selectableOf(list.source.get(), list.type);
-    const Text color(e_source_selectable_dup_color(selectable));
-    const guint order = e_source_selectable_get_order(selectable);
-    const std::tuple now(
-        titleOf(list.source.get()), color ? Color::parse(QString::fromUtf8(color.get())) : std::nullopt,
-        order > 0 ? std::optional(static_cast<int>(order)) : std::nullopt, std::optional(list.type));
-    auto present = std::tie(collection.title, collection.color, collection.order, collection.holdsOnly);
-    if (present == now)
-        return false;
-    present = now;
-    return true;
-}
-
-void EvolutionStorage::readAllLists(Library& library, const std::map<QByteArray, List>& lists,
-                                    const ZoneCalendar& local) {
+void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const ZoneCalendar& local) {
     if (wanted_) {
         // Nobody waits for those in which nothing is wanted.
         for (const auto& [uid, list] : lists) {
             const auto [place, isNew] = library.collections.try_emplace(uid);
-            (void)describe(place->second, list);
+            (void)list.describe(place->second);
             if (isNew)
-                place->second.isWritable = isWrittenMostly(selectableOf(list.source.get(), list.type));
+                place->second.isWritable = list.isWrittenMostly();
         }
         if (wanted_->empty())
             return;
@@ -342,13 +243,16 @@ void EvolutionStorage::readAllLists(Library& library, const std::map<QByteArray,
         return;
     }
     const auto reading = std::make_shared<Reading>();
-    for (const auto& [uid, list] : lists)
+    for (const auto& [uid, list] : lists) {
         reading->awaited.insert(uid);
+        if (list.isLocal())
+            reading->local.insert(uid);
+    }
     if (wanted_)
         reading->missing = *wanted_;
     for (const auto& [uid, list] : lists) {
         queues_->run(uid, [this, &library, uid = uid, local, reading, wanted = wanted_] {
-            const auto present = enabledLists();
+            const auto present = lists_.enabled();
             if (const auto found = present.find(uid); found != present.end())
                 readList(library, uid, found->second, wanted ? &*wanted : nullptr, local);
             const auto read = library.collections.find(uid);
@@ -369,7 +273,7 @@ void EvolutionStorage::readAllLists(Library& library, const std::map<QByteArray,
     }
     for (const QByteArray& uid : awaitReading(*reading)) {
         Collection& collection = library.collections[uid];
-        (void)describe(collection, lists.at(uid));
+        (void)lists.at(uid).describe(collection);
         noteSilence(collection, uid, noAnswerInTime());
     }
 }
@@ -379,11 +283,16 @@ std::set<QByteArray> EvolutionStorage::awaitReading(Reading& reading) const {
     std::unique_lock lock(reading.mutex);
     const auto isFound = [&] { return wanted_ && reading.missing.empty(); };
     const auto isEnough = [&] { return reading.awaited.empty() || isFound(); };
+    const auto isWorthWaiting = [&] {
+        return !reading.hasAnswer ||
+               std::any_of(reading.awaited.begin(), reading.awaited.end(),
+                           [&](const QByteArray& list) { return reading.local.contains(list); });
+    };
     // Each ends with the limit by itself, but for what cannot be cancelled.
     const auto longest = limit_.longest() + grace;
-    const auto patience = waitsForAll_ || wanted_ ? longest : limit_.longest() / latePart;
+    const auto patience = limit_.longest() / latePart;
     reading.changed.wait_for(lock, patience, isEnough);
-    reading.changed.wait_for(lock, longest - patience, [&] { return isEnough() || reading.hasAnswer; });
+    reading.changed.wait_for(lock, longest - patience, [&] { return isEnough() || !isWorthWaiting(); });
     reading.isOver = true;
     return isFound() ? std::set<QByteArray>() : reading.awaited;
 }
@@ -401,7 +310,7 @@ bool EvolutionStorage::needsAll(const QByteArray& uid, const std::set<QByteArray
            client->second->isLost() || silent_.contains(uid);
 }
 
-bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const List& list,
+bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const ServiceList& list,
                                 const std::set<QByteArray>* named, const ZoneCalendar& local) {
     TextPair reason = noAnswerInTime();
     const auto client = clientFor(uid, list, reason);
@@ -426,13 +335,13 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const L
     const auto isWritable = isSilent ? std::nullopt : client->readWritability();
     isSilent = !isWritable;
     // It may have been taken away meanwhile.
-    if (!enabledLists().contains(uid))
+    if (!lists_.enabled().contains(uid))
         return library.collections.erase(uid) > 0;
     // A list is there once what is in it is known.
     const auto [place, isNew] = library.collections.try_emplace(uid);
     Collection& collection = place->second;
     const bool isUntold = late_.erase(uid) > 0;
-    bool changed = describe(collection, list) || isNew || isUntold;
+    bool changed = list.describe(collection) || isNew || isUntold;
     const items::ItemReader reader(uid, local);
     const auto keep = [&](const QByteArray& item, const QByteArray& text) {
         const items::Version version = versionOf(text);
@@ -472,20 +381,6 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const L
     return changed || before != state();
 }
 
-bool EvolutionStorage::updateDefaults(Library& library) const {
-    const auto uidOf = [](ESource* source) {
-        const Ref<ESource> owned(source);
-        return source ? QByteArray(e_source_get_uid(source)) : QByteArray();
-    };
-    const auto before = std::tie(library.defaultForReminders, library.defaultForEvents);
-    const auto now = std::tuple(uidOf(e_source_registry_ref_default_task_list(registry_.get())),
-                                uidOf(e_source_registry_ref_default_calendar(registry_.get())));
-    if (before == now)
-        return false;
-    std::tie(library.defaultForReminders, library.defaultForEvents) = now;
-    return true;
-}
-
 std::optional<EvolutionStorage::Recheck> EvolutionStorage::recheck() const {
     if (silent_.empty() && unsent_.empty())
         return std::nullopt;
@@ -501,75 +396,32 @@ std::optional<EvolutionStorage::Recheck> EvolutionStorage::recheck() const {
 
 tl::expected<std::shared_ptr<EvolutionClient>, EKError>
 EvolutionStorage::openClient(const QByteArray& collection) {
-    const auto lists = enabledLists();
+    const auto lists = lists_.enabled();
     const auto list = lists.find(collection);
     if (list == lists.end())
         return tl::unexpected(calendarNotFoundError());
     TextPair reason;
     auto client = clientFor(collection, list->second, reason);
     if (!client)
-        return tl::unexpected(noAnswerError(titleOf(list->second.source.get())));
+        return tl::unexpected(noAnswerError(list->second.title()));
     return client;
 }
 
 tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library& library,
                                                                    const EKCalendar& calendar) {
-    const auto refuse = [](const Error& error) { return tl::unexpected(noService(reasonIn(error))); };
-    const EKEntityType type = calendar.allowsReminders ? EKEntityType::reminder : EKEntityType::event;
-    Error error;
     if (calendar.calendarIdentifier.isEmpty()) {
-        const Ref<ESource> source(e_source_new(nullptr, nullptr, error.out()));
-        if (!source)
-            return refuse(error);
-        e_source_set_parent(source.get(), "local-stub");
-        e_source_set_display_name(source.get(), calendar.title.toUtf8().constData());
-        ESourceSelectable* const selectable = selectableOf(source.get(), type);
-        e_source_backend_set_backend_name(E_SOURCE_BACKEND(selectable), "local");
-        const Color color = calendar.color.value_or(items::unusedColor(library));
-        e_source_selectable_set_color(selectable, color.toString().toUtf8().constData());
-        const auto isCommitted = [&] {
-            const auto call = limit_.call({});
-            return e_source_registry_commit_source_sync(registry_.get(), source.get(), call.cancellable(),
-                                                        error.out());
-        };
-        if (!isCommitted())
-            return refuse(error);
-        const QByteArray uid = e_source_get_uid(source.get());
-        // The process that keeps the items hears of the new list a moment later, and nothing tells when.
-        for (auto pause = 5ms; !openClient(uid) && pause < 1s; pause *= 2)
+        auto uid = lists_.make(calendar, calendar.color.value_or(items::unusedColor(library)));
+        // Nothing tells when the list can be opened.
+        for (auto pause = 5ms; uid && !openClient(*uid) && pause < 1s; pause *= 2)
             (void)limit_.pause(pause);
         return uid;
     }
-    const auto lists = enabledLists();
+    const auto lists = lists_.enabled();
     const auto list = lists.find(calendar.calendarIdentifier.toUtf8());
     if (list == lists.end())
         return tl::unexpected(calendarNotFoundError());
-    ESource* const source = list->second.source.get();
-    if (!e_source_get_writable(source))
-        return tl::unexpected(readOnlyError(titleOf(source)));
-    ESourceSelectable* const selectable = selectableOf(source, list->second.type);
-    const QByteArray title = calendar.title.toUtf8();
-    const QByteArray color = calendar.color ? calendar.color->toString().toUtf8() : QByteArray();
-    const auto isWritten = [&] {
-        const auto call = limit_.call({});
-        return e_source_write_sync(source, call.cancellable(), error.out());
-    };
-    const auto isAsWanted = [&] {
-        return title == e_source_get_display_name(source) &&
-               (color.isEmpty() || color == e_source_selectable_get_color(selectable));
-    };
-    // What the service tells of the list meanwhile takes the place of what was set here, so that is looked at
-    // again.
-    for (auto pause = 5ms; pause < 1s; pause *= 2) {
-        e_source_set_display_name(source, title.constData());
-        if (!color.isEmpty())
-            e_source_selectable_set_color(selectable, color.constData());
-        if (!isWritten())
-            return refuse(error);
-        (void)limit_.pause(pause);
-        if (isAsWanted())
-            break;
-    }
+    if (auto error = lists_.change(list->second, calendar))
+        return tl::unexpected(std::move(*error));
     return list->first;
 }
 

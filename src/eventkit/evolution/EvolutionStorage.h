@@ -2,6 +2,7 @@
 
 #include "eventkit/evolution/CallLimit.h"
 #include "eventkit/evolution/EvolutionClient.h"
+#include "eventkit/evolution/EvolutionLists.h"
 #include "eventkit/evolution/Glib.h"
 #include "eventkit/evolution/SourceQueues.h"
 #include "eventkit/items/ItemStorage.h"
@@ -61,26 +62,18 @@ class EvolutionStorage final : public items::ItemStorage {
     /// More items than this of one list are read with all the others.
     static constexpr std::size_t mostReadAlone = 50;
 
-    struct List {
-        Ref<ESource> source;
-        EKEntityType type = EKEntityType::reminder;
-    };
-
-    [[nodiscard]] static QString titleOf(ESource* source);
-    static void registryChanged(ESourceRegistry* registry, gpointer, gpointer listener);
-    void observeRegistry();
-    [[nodiscard]] std::map<QByteArray, List> enabledLists();
-    [[nodiscard]] std::shared_ptr<EvolutionClient> clientFor(const QByteArray& uid, const List& list,
+    using Lists = std::map<QByteArray, ServiceList>;
+    [[nodiscard]] std::shared_ptr<EvolutionClient> clientFor(const QByteArray& uid, const ServiceList& list,
                                                              TextPair& reason);
     /// Takes lists away that are gone, and sees what the others are called.
-    bool updateLists(items::Library& library, const std::map<QByteArray, List>& lists);
-    static bool describe(items::Collection& collection, const List& list);
-    bool updateDefaults(items::Library& library) const;
+    bool updateLists(items::Library& library, const Lists& lists);
     /// All lists being read at the same time.
     struct Reading {
         std::mutex mutex;
         std::condition_variable changed;
         std::set<QByteArray> awaited;
+        /// Those that need no server: what is in them takes the time that it takes.
+        std::set<QByteArray> local;
         /// Items that are wanted and have not been found.
         std::set<QByteArray> missing;
         bool hasAnswer = false;
@@ -89,10 +82,9 @@ class EvolutionStorage final : public items::ItemStorage {
     /// The result is the lists that did not answer in time.
     [[nodiscard]] std::set<QByteArray> awaitReading(Reading& reading) const;
     /// Reads all lists, at the same time where there are queues.
-    void readAllLists(items::Library& library, const std::map<QByteArray, List>& lists,
-                      const ZoneCalendar& local);
+    void readAllLists(items::Library& library, const Lists& lists, const ZoneCalendar& local);
     /// What is in a list: all of it where `named` is null.
-    bool readList(items::Library& library, const QByteArray& uid, const List& list,
+    bool readList(items::Library& library, const QByteArray& uid, const ServiceList& list,
                   const std::set<QByteArray>* named, const ZoneCalendar& local);
     /// Many are read faster with all the others, and after a silence anything may have changed.
     [[nodiscard]] bool needsAll(const QByteArray& uid, const std::set<QByteArray>& named) const;
@@ -117,10 +109,6 @@ class EvolutionStorage final : public items::ItemStorage {
     /// version on the server that it had before, and the service no connection. `after` is null for an item
     /// that is gone.
     void noteSending(const items::Place& place, const QByteArray& before, const QByteArray* after);
-    /// Whether a list is one whose items have versions on a server.
-    [[nodiscard]] static bool isOnServer(const List& list);
-    /// Whether the service has a connection to its server, as far as it has told so far.
-    [[nodiscard]] static bool isConnected(const List& list);
     void tellOfUnsent();
     void tellChanged(const items::Changes& changes);
     /// Which of `replacements` were written in one call for each list.
@@ -129,15 +117,13 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
     readToChange(const items::Place& place, const items::Version& expected);
 
-    /// Told of changes until the end. The registry is one for the whole process and tells on the thread that
-    /// came first, so this may be another one. Thread: any.
+    /// Told of changes until the end. Thread: any.
     class Listener;
 
     std::shared_ptr<Listener> listener_;
     CallLimit limit_;
     SourceQueues* queues_;
-    Ref<ESourceRegistry> registry_;
-    std::vector<gulong> handlers_;
+    EvolutionLists lists_;
     std::map<QByteArray, std::shared_ptr<EvolutionClient>> clients_;
     /// Lists that did not answer, and how often in a row.
     std::map<QByteArray, int> silent_;
@@ -150,7 +136,6 @@ class EvolutionStorage final : public items::ItemStorage {
     bool hasRead_ = false;
     /// The items that are read, while that is enough.
     std::optional<std::set<QByteArray>> wanted_;
-    bool waitsForAll_ = false;
 };
 
 }  // namespace kestrant::evolution

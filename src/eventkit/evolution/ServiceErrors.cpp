@@ -33,7 +33,7 @@ TextPair reasonOfClientError(int code) {
     case E_CLIENT_ERROR_BUSY:
         return text("the service is busy", "le service est occupé");
     case E_CLIENT_ERROR_CANCELLED:
-        return text("there was no answer in time", "pas de réponse à temps");
+        return noAnswerInTime();
     case E_CLIENT_ERROR_DBUS_ERROR:
     case E_CLIENT_ERROR_NOT_OPENED:
     case E_CLIENT_ERROR_SOURCE_NOT_LOADED:
@@ -63,7 +63,7 @@ TextPair reasonOfIoError(int code) {
     switch (code) {
     case G_IO_ERROR_CANCELLED:
     case G_IO_ERROR_TIMED_OUT:
-        return text("there was no answer in time", "pas de réponse à temps");
+        return noAnswerInTime();
     case G_IO_ERROR_NO_SPACE:
         return text("the disk is full", "le disque est plein");
     case G_IO_ERROR_PERMISSION_DENIED:
@@ -105,6 +105,10 @@ bool leavesOutcomeOpen(const Error& error) {
 
 bool meansConflict(const Error& error) {
     return error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_OUT_OF_SYNC);
+}
+
+TextPair noAnswerInTime() {
+    return text("there was no answer in time", "pas de réponse à temps");
 }
 
 TextPair reasonIn(const Error& error) {

@@ -16,5 +16,6 @@ namespace kestrant::evolution {
 [[nodiscard]] bool meansConflict(const Error& error);
 /// The reason in words of this program; the service's own go to the log.
 [[nodiscard]] TextPair reasonIn(const Error& error);
+[[nodiscard]] TextPair noAnswerInTime();
 
 }  // namespace kestrant::evolution

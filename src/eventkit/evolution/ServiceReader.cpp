@@ -1,5 +1,6 @@
 #include "eventkit/evolution/ServiceReader.h"
 
+#include "eventkit/evolution/ServiceBus.h"
 #include "eventkit/icalendar/Document.h"
 
 #include <libecal/libecal.h>
@@ -12,36 +13,6 @@ namespace {
 constexpr const char* factoryPath = "/org/gnome/evolution/dataserver/CalendarFactory";
 constexpr const char* factoryInterface = "org.gnome.evolution.dataserver.CalendarFactory";
 constexpr const char* calendarInterface = "org.gnome.evolution.dataserver.Calendar";
-/// Names on the bus go on with the version of the service's interface.
-constexpr const char* factoryName = "org.gnome.evolution.dataserver.Calendar";
-constexpr int longestWait = G_MAXINT;  // the caller's cancellable ends it
-
-struct UnrefVariant {
-    void operator()(GVariant* variant) const { g_variant_unref(variant); }
-};
-using Variant = std::unique_ptr<GVariant, UnrefVariant>;
-
-/// The factory's name on the bus with its version; empty where there is none.
-QByteArray findFactory(GDBusConnection* bus, GCancellable* cancellable) {
-    const Variant names(g_dbus_connection_call_sync(
-        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ListNames", nullptr,
-        G_VARIANT_TYPE("(as)"), G_DBUS_CALL_FLAGS_NONE, longestWait, cancellable, nullptr));
-    if (!names)
-        return {};
-    const Variant list(g_variant_get_child_value(names.get(), 0));
-    GVariantIter iterator;
-    g_variant_iter_init(&iterator, list.get());
-    const gchar* name = nullptr;
-    QByteArray result;
-    while (g_variant_iter_next(&iterator, "&s", &name)) {
-        const QByteArray version = QByteArray(name).mid(static_cast<qsizetype>(qstrlen(factoryName)));
-        bool isNumber = false;
-        (void)version.toInt(&isNumber);
-        if (isNumber && g_str_has_prefix(name, factoryName))
-            result = name;
-    }
-    return result;
-}
 
 /// A connection to the session's bus that nobody shares, and that ends with this. Empty where there is none.
 class OwnConnection {
@@ -81,14 +52,14 @@ std::unique_ptr<ServiceReader> ServiceReader::open(EKEntityType type, const QByt
 
 std::unique_ptr<ServiceReader> ServiceReader::openOver(Ref<GDBusConnection> bus, EKEntityType type,
                                                        const QByteArray& listUid, GCancellable* cancellable) {
-    const QByteArray factory = bus ? findFactory(bus.get(), cancellable) : QByteArray();
+    const QByteArray factory = bus ? runningProcess(bus.get(), calendarProcess, cancellable) : QByteArray();
     if (factory.isEmpty())
         return nullptr;
     const Variant answer(
         g_dbus_connection_call_sync(bus.get(), factory.constData(), factoryPath, factoryInterface,
                                     type == EKEntityType::reminder ? "OpenTaskList" : "OpenCalendar",
                                     g_variant_new("(s)", listUid.constData()), G_VARIANT_TYPE("(ss)"),
-                                    G_DBUS_CALL_FLAGS_NONE, longestWait, cancellable, nullptr));
+                                    G_DBUS_CALL_FLAGS_NONE, untilCancelled, cancellable, nullptr));
     if (!answer)
         return nullptr;
     const gchar* path = nullptr;
@@ -117,7 +88,7 @@ GVariant* ServiceReader::call(const char* method, GVariant* arguments, const cha
                               GCancellable* cancellable, GError** error) const {
     return g_dbus_connection_call_sync(bus_.get(), busName_.constData(), objectPath_.constData(),
                                        calendarInterface, method, arguments, G_VARIANT_TYPE(answerType),
-                                       G_DBUS_CALL_FLAGS_NO_AUTO_START, longestWait, cancellable, error);
+                                       G_DBUS_CALL_FLAGS_NO_AUTO_START, untilCancelled, cancellable, error);
 }
 
 std::optional<std::vector<QByteArray>> ServiceReader::readAll(GCancellable* cancellable, Error& error) {
@@ -145,7 +116,7 @@ std::optional<bool> ServiceReader::isWritable(GCancellable* cancellable) const {
     const Variant answer(g_dbus_connection_call_sync(
         bus_.get(), busName_.constData(), objectPath_.constData(), "org.freedesktop.DBus.Properties", "Get",
         g_variant_new("(ss)", calendarInterface, "Writable"), G_VARIANT_TYPE("(v)"),
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestWait, cancellable, nullptr));
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, untilCancelled, cancellable, nullptr));
     if (!answer)
         return std::nullopt;
     GVariant* value = nullptr;

@@ -50,8 +50,6 @@ struct EventStoreUse {
     /// Identifiers of all the items that are needed; absent where that is anything. Where it is none, lists
     /// are opened when something is written to them.
     std::optional<QStringList> items;
-    /// Whether it is better to wait for a list that is late, as long as the limit, than to begin without it.
-    bool waitsForAll = false;
 };
 
 }  // namespace kestrant

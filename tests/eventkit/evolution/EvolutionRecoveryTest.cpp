@@ -148,6 +148,24 @@ TEST_F(EvolutionSilence, IsToldAndWhatWasSeenLastIsShown) {
     EXPECT_THAT(driver.openTitles(), ElementsAre("milk"));
 }
 
+TEST_F(EvolutionRecovery, WaitsNoTimeForAProcessThatHangs) {
+    open();
+    for (const char* name :
+         {"org.gnome.evolution.dataserver.Calendar", "org.gnome.evolution.dataserver.Sources"}) {
+        const pid_t process = house.service.processOf(name);
+        ASSERT_EQ(::kill(process, SIGSTOP), 0);
+        EvolutionEventStore store(house.scheduler, house.scheduler, house.calendar, 1h);
+        EventStoreDriver other(store, house.scheduler);
+        const auto refused = other.requestAccess();
+        const auto problems = refused ? std::vector<TextPair>{refused->message} : store.problems();
+        EXPECT_EQ(::kill(process, SIGCONT), 0);
+        ASSERT_THAT(problems, SizeIs(1)) << name;
+        EXPECT_TRUE(problems[0].english.contains("no answer in time")) << name;
+        house.awaitThat([&] { return !other.requestAccess() && store.problems().empty(); });
+        EXPECT_THAT(other.openTitles(), ElementsAre("bread"));
+    }
+}
+
 TEST_F(EvolutionRecovery, ReadsNoMoreThanIsWanted) {
     open();
     add("milk");
