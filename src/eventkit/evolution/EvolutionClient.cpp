@@ -292,23 +292,26 @@ WriteError EvolutionClient::writeFailure(const Error& error, const QString& titl
     return isOpen ? outcomeUnknownError(title, title_) : std::move(result);
 }
 
-void EvolutionClient::addZone(const QByteArray& definition) {
-    const Ref<ICalComponent> component = componentFrom(definition);
-    if (!component)
-        return;
-    const Ref<ICalTimezone> zone(i_cal_timezone_new());
-    if (!i_cal_timezone_set_component(zone.get(), component.get()))
-        return;
-    Error error;
-    const auto waiting = call();
-    // Without it the times are read by the zone's name all the same.
-    (void)e_cal_client_add_timezone_sync(calendar(), zone.get(), waiting.cancellable(), error.out());
+std::optional<WriteError> EvolutionClient::addZones(const ServiceChange& change) {
+    for (const QByteArray& definition : change.zones) {
+        const Ref<ICalComponent> component = componentFrom(definition);
+        const Ref<ICalTimezone> zone(i_cal_timezone_new());
+        if (!component || !i_cal_timezone_set_component(zone.get(), component.get()))
+            continue;
+        Error error;
+        const auto waiting = call();
+        // Any other failure does not matter: the times are read by the zone's name all the same.
+        if (!e_cal_client_add_timezone_sync(calendar(), zone.get(), waiting.cancellable(), error.out()) &&
+            meansDisconnection(error))
+            return failure(error, {});
+    }
+    return std::nullopt;
 }
 
 std::optional<WriteError> EvolutionClient::write(const QByteArray& uid, const ServiceChange& change,
                                                  const QString& title) {
-    for (const QByteArray& zone : change.zones)
-        addZone(zone);
+    if (auto failed = addZones(change))
+        return failed;
     CallLimit::noteWrite();
     int steps = 0;
     Error error;
@@ -362,8 +365,8 @@ bool EvolutionClient::writeAll(const std::vector<ServiceChange>& changes) {
         components.push_back(componentFrom(change.written.front().text));
         if (!components.back())
             return false;
-        for (const QByteArray& zone : change.zones)
-            addZone(zone);
+        if (addZones(change))
+            return false;
     }
     CallLimit::noteWrite();
     GSList* list = nullptr;
@@ -393,8 +396,8 @@ std::optional<WriteError> EvolutionClient::remove(const QByteArray& uid, const Q
 
 EvolutionClient::Answer<QByteArray>
 EvolutionClient::create(const QByteArray& uid, const ServiceChange& content, const QString& title) {
-    for (const QByteArray& zone : content.zones)
-        addZone(zone);
+    if (auto failed = addZones(content))
+        return tl::unexpected(std::move(*failed));
     CallLimit::noteWrite();
     QByteArray result = uid;
     bool isFirst = true;

@@ -89,7 +89,8 @@ class EvolutionClient {
     [[nodiscard]] CallLimit::Call call() { return limit_.call(title_); }
     [[nodiscard]] QByteArray fileFrom(std::vector<QByteArray> components);
     [[nodiscard]] QByteArray zoneDefinition(const QByteArray& name);
-    void addZone(const QByteArray& definition);
+    /// Fails where the list does not answer.
+    [[nodiscard]] std::optional<items::WriteError> addZones(const ServiceChange& change);
     /// What a failed call means.
     [[nodiscard]] items::WriteError failure(const Error& error, const QString& title);
     [[nodiscard]] items::WriteError writeFailure(const Error& error, const QString& title);
