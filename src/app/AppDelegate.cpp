@@ -77,58 +77,9 @@ AppDelegate::AppDelegate(Options options)
 
 AppDelegate::~AppDelegate() = default;
 
-void AppDelegate::applicationDidFinishLaunching() {
-    lifecycle_.start();
-    followSystem();
-    followPreferences();
-    keepMemorySmall();
-}
-
-Lifecycle::Actions AppDelegate::lifecycleActions() {
-    return {
-        .createPanel = [this] { createPanel(); },
-        .createOnboarding = [this] { createOnboarding(); },
-        .presentPanel = [this] { panelController_->present(); },
-        .showOnboarding =
-            [this](Lifecycle::OnboardingPage page) {
-                onboardingController_->show(page == Lifecycle::OnboardingPage::welcome
-                                                ? OnboardingWindowController::Page::welcome
-                                                : OnboardingWindowController::Page::tutorial);
-            },
-        .requestReminderAccess =
-            [this] {
-                panel_->reminderStore.requestAccess();
-                // Not before the first frame: the way to the notification service takes time.
-                ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
-            },
-        .requestCalendarAccess = [this] { panel_->calendarStore.requestAccess(); },
-        .reloadReminders =
-            [this](Duration delay) {
-                activationReload_ = scheduler_.after(delay, [this] {
-                    panel_->reminderStore.reloadLists();
-                    panel_->reminderStore.reloadTasks();
-                });
-            },
-        .checkForDueReport = [this] { reporter_.runDueCheck(); },
-        .prepareSounds =
-            [this] {
-                if (preferences_.soundProfile() != SoundProfile::off)
-                    cuePlayer_.prepare();
-            },
-        .finishStart =
-            [this] {
-                // The next turn of the loop may come before the first frame, and these take a moment.
-                settling_ = scheduler_.after(settlingDelay, [this] {
-                    followDesktopAppearance();
-                    followTouchpad();
-                    hapticPerformer_.watch();
-                    reporter_.runDueCheck();
-                });
-            },
-    };
-}
-
-void AppDelegate::createPanel() {
+PanelComposition& AppDelegate::composition() {
+    if (panel_)
+        return *panel_;
     screens_ = std::make_unique<QtScreenProvider>(
         [this] { return defaults_.string(preferenceKeys::cameraHousing).value_or(QString()); });
     geometry_ = std::make_unique<NotchGeometry>(NotchGeometry::chooseScreen(*screens_).value_or(Screen()));
@@ -152,6 +103,70 @@ void AppDelegate::createPanel() {
         .completionsCommitted = [this](int count) { reporter_.recordCompletions(count); },
         .flags = &flagAutomation_,
     });
+    return *panel_;
+}
+
+ReminderStore& AppDelegate::reminderStore() {
+    return composition().reminderStore;
+}
+
+CalendarStore& AppDelegate::calendarStore() {
+    return composition().calendarStore;
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    lifecycle_.start();
+    followSystem();
+    followPreferences();
+    keepMemorySmall();
+}
+
+Lifecycle::Actions AppDelegate::lifecycleActions() {
+    return {
+        .createPanel = [this] { createPanel(); },
+        .createOnboarding = [this] { createOnboarding(); },
+        .presentPanel = [this] { panelController_->present(); },
+        .showOnboarding =
+            [this](Lifecycle::OnboardingPage page) {
+                onboardingController_->show(page == Lifecycle::OnboardingPage::welcome
+                                                ? OnboardingWindowController::Page::welcome
+                                                : OnboardingWindowController::Page::tutorial);
+            },
+        .requestReminderAccess =
+            [this] {
+                reminderStore().requestAccess();
+                // Not before the first frame: the way to the notification service takes time.
+                ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
+            },
+        .requestCalendarAccess = [this] { calendarStore().requestAccess(); },
+        .reloadReminders =
+            [this](Duration delay) {
+                activationReload_ = scheduler_.after(delay, [this] {
+                    reminderStore().reloadLists();
+                    reminderStore().reloadTasks();
+                });
+            },
+        .checkForDueReport = [this] { reporter_.runDueCheck(); },
+        .prepareSounds =
+            [this] {
+                if (preferences_.soundProfile() != SoundProfile::off)
+                    cuePlayer_.prepare();
+            },
+        .finishStart =
+            [this] {
+                // The next turn of the loop may come before the first frame, and these take a moment.
+                settling_ = scheduler_.after(settlingDelay, [this] {
+                    followDesktopAppearance();
+                    followTouchpad();
+                    hapticPerformer_.watch();
+                    reporter_.runDueCheck();
+                });
+            },
+    };
+}
+
+void AppDelegate::createPanel() {
+    PanelComposition& panel = composition();
     feedbackForm_ =
         std::make_unique<FeedbackViewModel>(FeedbackAPIClient::isConfigured(information_)
                                             ? [this]() -> FeedbackAPIClient& { return feedbackClient(); }
@@ -160,7 +175,7 @@ void AppDelegate::createPanel() {
     settings_ =
         std::make_unique<SettingsViewModel>(preferences_, *localizer_, *feedbackForm_, settingsServices());
     view_ = std::make_unique<PanelView>(
-        PanelView::Models{interactionModel_, *localizer_, *appearance_, *panel_, *settings_});
+        PanelView::Models{interactionModel_, *localizer_, *appearance_, panel, *settings_});
     createPanelController();
 }
 
@@ -236,8 +251,8 @@ void AppDelegate::keepMemorySmall() {
 
 void AppDelegate::wokeUp() {
     calendar_.refresh();
-    panel_->reminderStore.systemDidWake();
-    panel_->calendarStore.systemDidWake();
+    reminderStore().systemDidWake();
+    calendarStore().systemDidWake();
     panel_->actions.removeExpired();
     if (ringer_)
         ringer_->systemDidWake();
@@ -270,10 +285,10 @@ SettingsServices AppDelegate::settingsServices() {
 }
 
 std::vector<TextPair> AppDelegate::problems() {
-    std::vector<TextPair> problems = panel_->reminderStore.problems();
+    std::vector<TextPair> problems = reminderStore().problems();
     if (auto problem = defaults_.problem())
         problems.insert(problems.begin(), std::move(*problem));
-    if (const auto& error = panel_->reminderStore.completionLedgerError())
+    if (const auto& error = reminderStore().completionLedgerError())
         problems.push_back(*error);
     return problems;
 }
@@ -334,17 +349,16 @@ std::unique_ptr<EKEventStore> AppDelegate::openStore() {
 
 void AppDelegate::exchangeStore() {
     // What was begun belongs to the database that is open.
-    panel_->reminderStore.commitPendingCompletions([this] {
+    reminderStore().commitPendingCompletions([this] {
         const EventStoreLocation chosen = chosenStore();
         if (chosen == storeLocation_)
             return;
         storeLocation_ = chosen;
-        const bool reads =
-            panel_->reminderStore.accessState().kind != ReminderAccessState::Kind::notDetermined;
+        const bool reads = reminderStore().accessState().kind != ReminderAccessState::Kind::notDetermined;
         ringer_.reset();
         eventStore_.switchTo(storeLocation_.toString(), [this] { return openStore(); });
-        panel_->reminderStore.databaseWasExchanged();
-        panel_->calendarStore.databaseWasExchanged();
+        reminderStore().databaseWasExchanged();
+        calendarStore().databaseWasExchanged();
         if (reads)
             ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
     });
@@ -359,7 +373,7 @@ void AppDelegate::startRinging() {
     notifier_ = std::make_unique<DesktopNotifier>();
     ringer_ = std::make_unique<DueAlertRinger>(DueAlertServices{
         .eventStore = eventStore_,
-        .reminders = panel_->reminderStore,
+        .reminders = reminderStore(),
         .notifier = *notifier_,
         .scheduler = scheduler_,
         .clock = clock_,
@@ -370,7 +384,7 @@ void AppDelegate::startRinging() {
     connect(ringer_.get(), &DueAlertRinger::rang, panel_->panel.resting(), &RestingViewModel::ring);
     connect(ringer_.get(), &DueAlertRinger::openRequested, this, [this](const QString& reminderID) {
         showPanel();
-        panel_->reminderStore.reveal(reminderID);
+        reminderStore().reveal(reminderID);
     });
 }
 
@@ -432,9 +446,9 @@ void AppDelegate::createPanelController() {
         connect(&panel_->days, &CalendarViewModel::privacyPageRequested, this, openPage);
     }
     connect(settings_.get(), &SettingsViewModel::quitRequested, this, &AppDelegate::terminate);
-    connect(&panel_->reminderStore, &ReminderStore::problemsChanged, settings_.get(),
+    connect(&reminderStore(), &ReminderStore::problemsChanged, settings_.get(),
             &SettingsViewModel::problemsChanged);
-    connect(&panel_->reminderStore, &ReminderStore::completionLedgerErrorChanged, settings_.get(),
+    connect(&reminderStore(), &ReminderStore::completionLedgerErrorChanged, settings_.get(),
             &SettingsViewModel::problemsChanged);
     settingsProblems_ = defaults_.observeProblem([this] { Q_EMIT settings_->problemsChanged(); });
 }
@@ -456,7 +470,7 @@ void AppDelegate::terminate() {
         return;
     endingTimeout_ = scheduler_.after(endingDeadline, [] { QCoreApplication::exit(1); });
     // Not quit(), which asks the windows first: the panel refuses to be closed.
-    panel_->reminderStore.commitPendingCompletions([] { QCoreApplication::exit(0); });
+    reminderStore().commitPendingCompletions([] { QCoreApplication::exit(0); });
 }
 
 }  // namespace kestrant

@@ -46,6 +46,7 @@ namespace kestrant {
 
 class Appearance;
 class BackdropBlur;
+class CalendarStore;
 class DesktopAppearance;
 class FeedbackViewModel;
 class FolderDialog;
@@ -53,6 +54,7 @@ class Localizer;
 class OnboardingWindowController;
 class PanelView;
 class QtScreenProvider;
+class ReminderStore;
 class SettingsViewModel;
 class TouchpadDirection;
 class WakeObserver;
@@ -96,9 +98,14 @@ class AppDelegate : public QObject {
     /// Commits what is pending and ends the event loop; at the latest after ten seconds.
     void terminate();
 
-    [[nodiscard]] const Localization& localization() const { return localization_; }
+    /// Built on first use.
+    [[nodiscard]] ReminderStore& reminderStore();
+    /// Built on first use.
+    [[nodiscard]] CalendarStore& calendarStore();
 
   private:
+    /// The screen, the stores and the models over them. Built on first use.
+    [[nodiscard]] PanelComposition& composition();
     void createPanelController();
     void followBlur();
     /// Built on first use.

@@ -1,22 +1,17 @@
-#include "app/AppDelegate.h"
 #include "app/CompletionCounting.h"
+#include "app/KestrantApp.h"
 #include "app/LaunchArguments.h"
 #include "app/OpenEventStore.h"
 #include "app/SingleInstance.h"
-#include "app/TerminationSignals.h"
 #include "cli/CommandLine.h"
 #include "foundation/ControlCharacters.h"
 #include "foundation/InformationDictionary.h"
 #include "foundation/StandardFolders.h"
 #include "platform/linux/desktop/DesktopDatabase.h"
-#include "platform/linux/desktop/ProcessMemory.h"
-#include "platform/linux/x11/Platform.h"
-#include "ui/panel/PanelView.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QLocale>
 
 #include <fcntl.h>
@@ -144,7 +139,6 @@ int toggleRunningPanel(int& argc, char** argv) {
 }
 
 int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
-    useOneHeap();
     std::optional<EventStoreLocation> store;
     if (launch.store) {
         const auto location = EventStoreLocation::parse(*launch.store);
@@ -155,50 +149,16 @@ int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
     const auto information = InformationDictionary::load(launch.configurationFile, configurationPath());
     if (!information)
         return fail(information.error(), wrongUsage);
-
-    auto platform = preparePlatform();
-    if (!platform)
-        return fail(platform.error(), refused);
-    PanelView::chooseRenderer();
-    QGuiApplication application(argc, argv);
-    {
-        const PlatformChoice chosen = std::move(*platform);  // given back to the environment here
-    }
-    QGuiApplication::setQuitOnLastWindowClosed(false);
-    QGuiApplication::setDesktopFileName(bundleIdentifier);
-    PanelView::chooseTypeface();
-
-    AppDelegate delegate({
-        .store = std::move(store),
-        .desktopHasStore = desktopHasStore,
-        .preferencesFile = preferencesPath(),
-        .ledgerFile = completionLedgerPath(),
-        .supportFolder = applicationSupportFolder(),
-        .information = *information,
-    });
-
-    SingleInstance instance;
-    const auto claim = instance.claim([&delegate](InstanceCommand command) {
-        if (command == InstanceCommand::toggle)
-            delegate.togglePanel();
-        else
-            delegate.showPanel();
-    });
-    if (claim == SingleInstance::Claim::taken) {
-        // Starting the program again is asking for its panel.
-        if (SingleInstance::send(InstanceCommand::show))
-            return done;
-        const TextPair silent =
-            text("Another process holds %1, but does not answer. If it is Kestrant, end it and start again.",
-                 "Un autre processus retient %1, mais ne répond pas. Si c’est Kestrant, terminez-le et "
-                 "recommencez.");
-        const QString lock = SingleInstance::lockPath();
-        return fail({silent.english.arg(lock), silent.french.arg(lock)}, refused);
-    }
-
-    const TerminationSignals signals([&delegate] { delegate.terminate(); });
-    delegate.applicationDidFinishLaunching();
-    return QGuiApplication::exec();
+    const auto ended = KestrantApp::run(argc, argv,
+                                        {
+                                            .store = std::move(store),
+                                            .desktopHasStore = desktopHasStore,
+                                            .preferencesFile = preferencesPath(),
+                                            .ledgerFile = completionLedgerPath(),
+                                            .supportFolder = applicationSupportFolder(),
+                                            .information = *information,
+                                        });
+    return ended ? *ended : fail(ended.error(), refused);
 }
 
 }  // namespace

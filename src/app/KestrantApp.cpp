@@ -1,0 +1,56 @@
+#include "app/KestrantApp.h"
+
+#include "app/SingleInstance.h"
+#include "app/TerminationSignals.h"
+#include "foundation/StandardFolders.h"
+#include "platform/linux/desktop/ProcessMemory.h"
+#include "platform/linux/x11/Platform.h"
+#include "ui/panel/PanelView.h"
+
+#include <QGuiApplication>
+
+#include <utility>
+
+namespace kestrant {
+
+tl::expected<int, TextPair> KestrantApp::run(int& argc, char** argv, AppDelegate::Options options) {
+    useOneHeap();
+    auto platform = preparePlatform();
+    if (!platform)
+        return tl::unexpected(platform.error());
+    PanelView::chooseRenderer();
+    QGuiApplication application(argc, argv);
+    {
+        const PlatformChoice chosen = std::move(*platform);  // given back to the environment here
+    }
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setDesktopFileName(bundleIdentifier);
+    PanelView::chooseTypeface();
+
+    AppDelegate delegate(std::move(options));
+
+    SingleInstance instance;
+    const auto claim = instance.claim([&delegate](InstanceCommand command) {
+        if (command == InstanceCommand::toggle)
+            delegate.togglePanel();
+        else
+            delegate.showPanel();
+    });
+    if (claim == SingleInstance::Claim::taken) {
+        // Starting the program again is asking for its panel.
+        if (SingleInstance::send(InstanceCommand::show))
+            return 0;
+        const TextPair silent =
+            text("Another process holds %1, but does not answer. If it is Kestrant, end it and start again.",
+                 "Un autre processus retient %1, mais ne répond pas. Si c’est Kestrant, terminez-le et "
+                 "recommencez.");
+        const QString lock = SingleInstance::lockPath();
+        return tl::unexpected(TextPair{silent.english.arg(lock), silent.french.arg(lock)});
+    }
+
+    const TerminationSignals signals([&delegate] { delegate.terminate(); });
+    delegate.applicationDidFinishLaunching();
+    return QGuiApplication::exec();
+}
+
+}  // namespace kestrant

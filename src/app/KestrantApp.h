@@ -1,0 +1,23 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "foundation/Text.h"
+
+#include <tl/expected.hpp>
+
+namespace kestrant {
+
+/// The panel's process: the platform, the application object and the delegate, for as long as the event loop
+/// runs. It has no main window and does not end when windows close. Thread: main.
+class KestrantApp {
+  public:
+    KestrantApp() = delete;
+
+    /// Runs the panel until it is ended and returns the exit status. Where the panel runs already, has that
+    /// one show itself and returns at once. Fails, with a sentence, where there is no display or another
+    /// process holds the lock without answering.
+    [[nodiscard]] static tl::expected<int, TextPair> run(int& argc, char** argv,
+                                                         AppDelegate::Options options);
+};
+
+}  // namespace kestrant
