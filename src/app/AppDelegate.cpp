@@ -1,15 +1,13 @@
 #include "app/AppDelegate.h"
 
-#include "app/OpenEventStore.h"
+#include "app/DesktopLook.h"
 #include "platform/linux/audio/ModuleAudioOutput.h"
 #include "platform/linux/desktop/ApplicationState.h"
-#include "platform/linux/desktop/DesktopAppearance.h"
 #include "platform/linux/desktop/DesktopSettings.h"
 #include "platform/linux/desktop/FolderDialog.h"
 #include "platform/linux/desktop/ProcessMemory.h"
 #include "platform/linux/desktop/TouchpadDirection.h"
 #include "platform/linux/desktop/WakeObserver.h"
-#include "platform/linux/x11/BackdropBlur.h"
 #include "platform/linux/x11/QtScreenProvider.h"
 #include "platform/linux/x11/X11PanelWindow.h"
 #include "platform/linux/x11/X11PointerProvider.h"
@@ -34,8 +32,6 @@ namespace {
 
 constexpr Duration settlingDelay = std::chrono::milliseconds(100);
 constexpr Duration ringingDelay = std::chrono::milliseconds(500);
-/// As long as the panel takes to grow.
-constexpr Duration openingTime = std::chrono::milliseconds(280);
 /// So long after something happened is nothing left to be done about it.
 constexpr Duration quietDelay = std::chrono::seconds(2);
 /// Pending changes get this long to reach the disk when the program ends.
@@ -56,13 +52,11 @@ AppDelegate::AppDelegate(Options options)
                  .information = information_,
                  .folder = options.supportFolder + u'/' +
                            QString::fromLatin1(AggregateCompletionReporter::folderName)})
-    , namedStore_(std::move(options.store))
-    , desktopHasStore_(std::move(options.desktopHasStore))
-    , storeLocation_(chosenStore())
-    , eventStore_(storeLocation_.toString(), [this] { return openStore(); })
+    , database_(std::move(options.store), std::move(options.desktopHasStore), defaults_, scheduler_, clock_,
+                calendar_)
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
-    , scriptHost_(eventStore_, scheduler_)
+    , scriptHost_(database_.store(), scheduler_)
     , flagAutomation_(scriptHost_, scriptQueue_, scheduler_)
     , interactionModel_(scheduler_, preferences_, feedback_)
     , loginItem_(AutostartEntry::ofThisProgram())
@@ -86,7 +80,7 @@ PanelComposition& AppDelegate::composition() {
     localizer_ = std::make_unique<Localizer>(localization_);
     appearance_ = std::make_unique<Appearance>(nullptr);
     panel_ = std::make_unique<PanelComposition>(PanelComposition::Services{
-        .eventStore = eventStore_,
+        .eventStore = database_.store(),
         .scheduler = scheduler_,
         .clock = clock_,
         .calendar = calendar_,
@@ -156,7 +150,7 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
             [this] {
                 // The next turn of the loop may come before the first frame, and these take a moment.
                 settling_ = scheduler_.after(settlingDelay, [this] {
-                    followDesktopAppearance();
+                    look_->followSettings();
                     followTouchpad();
                     hapticPerformer_.watch();
                     reporter_.runDueCheck();
@@ -245,7 +239,7 @@ void AppDelegate::keepMemorySmall() {
                 returnFreeMemory();
         });
     };
-    databaseChanges_ = eventStore_.observeChanges(returnLater);
+    databaseChanges_ = database_.store().observeChanges(returnLater);
     connect(&interactionModel_, &NotchInteractionModel::phaseChanged, this, returnLater);
 }
 
@@ -271,9 +265,10 @@ SettingsServices AppDelegate::settingsServices() {
     return {
         .collection = collectionSwitch(),
         .launchAtLogin = &launchAtLoginManager_,
-        .dataStore = {.defaultFolder = namedStore_ ? QString() : EventStoreLocation::embeddedDefault().folder,
-                      .inUse = [this] { return storeLocation_; },
-                      .evolutionIsAvailable = desktopHasStore_,
+        .dataStore = {.defaultFolder =
+                          database_.wasNamed() ? QString() : EventStoreLocation::embeddedDefault().folder,
+                      .inUse = [this] { return database_.location(); },
+                      .evolutionIsAvailable = database_.desktopHasStore(),
                       .pickFolder = [this](const QString& start,
                                            auto done) { pickFolder(start, std::move(done)); }},
         .problems = [this] { return problems(); },
@@ -303,17 +298,6 @@ std::optional<CollectionSwitch> AppDelegate::collectionSwitch() {
     };
 }
 
-void AppDelegate::followDesktopAppearance() {
-    desktopAppearance_ = std::make_unique<DesktopAppearance>();
-    connect(desktopAppearance_.get(), &DesktopAppearance::changed, this, [this] {
-        const AppearanceWishes& wishes = desktopAppearance_->wishes();
-        Appearance& appearance = *appearance_;
-        appearance.setReducedMotion(wishes.reducedMotion);
-        appearance.setHighContrast(wishes.highContrast);
-        appearance.setTextScale(wishes.textScale);
-    });
-}
-
 void AppDelegate::followTouchpad() {
     if (!panelWindow_->isXWayland())
         return;
@@ -338,25 +322,14 @@ void AppDelegate::pickFolder(const QString& start,
         std::move(done));
 }
 
-EventStoreLocation AppDelegate::chosenStore() const {
-    return eventStoreToUse(namedStore_, defaults_.string(preferenceKeys::eventStore),
-                           EventStoreLocation::embeddedDefault(), desktopHasStore_);
-}
-
-std::unique_ptr<EKEventStore> AppDelegate::openStore() {
-    return openEventStore(storeLocation_, scheduler_, clock_, calendar_);
-}
-
 void AppDelegate::exchangeStore() {
     // What was begun belongs to the database that is open.
     reminderStore().commitPendingCompletions([this] {
-        const EventStoreLocation chosen = chosenStore();
-        if (chosen == storeLocation_)
+        if (!database_.isToBeExchanged())
             return;
-        storeLocation_ = chosen;
         const bool reads = reminderStore().accessState().kind != ReminderAccessState::Kind::notDetermined;
         ringer_.reset();
-        eventStore_.switchTo(storeLocation_.toString(), [this] { return openStore(); });
+        database_.exchange();
         reminderStore().databaseWasExchanged();
         calendarStore().databaseWasExchanged();
         if (reads)
@@ -365,14 +338,11 @@ void AppDelegate::exchangeStore() {
 }
 
 void AppDelegate::startRinging() {
-    // There the desktop rings by itself.
-    if (storeLocation_.kind == EventStoreLocation::Kind::evolution &&
-        !defaults_.boolean(preferenceKeys::ringsAlertsOnEvolution)
-             .value_or(preferenceKeys::ringsAlertsOnEvolution.defaultValue))
+    if (!database_.ringsAlerts())
         return;
     notifier_ = std::make_unique<DesktopNotifier>();
     ringer_ = std::make_unique<DueAlertRinger>(DueAlertServices{
-        .eventStore = eventStore_,
+        .eventStore = database_.store(),
         .reminders = reminderStore(),
         .notifier = *notifier_,
         .scheduler = scheduler_,
@@ -386,18 +356,6 @@ void AppDelegate::startRinging() {
         showPanel();
         reminderStore().reveal(reminderID);
     });
-}
-
-void AppDelegate::followBlur() {
-    const PanelViewModel& panel = panel_->panel;
-    appearance_->setBlurring(blur_->isOffered());
-    blurring_ = {};
-    const bool isGlass = panel.material() == QLatin1String("glass") && !appearance_->highContrast();
-    if (!panel.isExpanded() || !isGlass)
-        return blur_->setShape(std::nullopt);
-    // Not beside the outline while that grows.
-    blurring_ =
-        scheduler_.after(openingTime, [this] { blur_->setShape(geometry_->shape(NotchPhase::expanded)); });
 }
 
 void AppDelegate::createPanelController() {
@@ -416,16 +374,14 @@ void AppDelegate::createPanelController() {
     panelController_->setContentScrollsUpQuery(
         [&view](QPointF location) { return view.contentScrollsUp(location); });
 
-    const auto followCompositor = [this] { appearance_->setCompositing(panelWindow_->isCompositing()); };
-    connect(panelWindow_.get(), &X11PanelWindow::isCompositingChanged, this, followCompositor);
-    followCompositor();
-
-    blur_ = std::make_unique<BackdropBlur>(view);
-    connect(blur_.get(), &BackdropBlur::isOfferedChanged, this, &AppDelegate::followBlur);
-    connect(&panel_->panel, &PanelViewModel::shapeChanged, this, &AppDelegate::followBlur);
-    connect(&panel_->panel, &PanelViewModel::materialChanged, this, &AppDelegate::followBlur);
-    connect(appearance_.get(), &Appearance::highContrastChanged, this, &AppDelegate::followBlur);
-    followBlur();
+    look_ = std::make_unique<DesktopLook>(DesktopLook::Services{
+        .view = view,
+        .window = *panelWindow_,
+        .panel = panel_->panel,
+        .geometry = *geometry_,
+        .appearance = *appearance_,
+        .scheduler = scheduler_,
+    });
 
     OverlayHost& overlays = view.overlays();
     connect(&overlays, &OverlayHost::surfacesChanged, this,

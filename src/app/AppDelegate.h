@@ -1,10 +1,9 @@
 #pragma once
 
+#include "app/ChosenDatabase.h"
 #include "app/Lifecycle.h"
 #include "completion/BackgroundLedgerWriter.h"
 #include "completion/CompletionLedgerRepository.h"
-#include "eventkit/model/EventStoreLocation.h"
-#include "eventkit/model/EventStoreSwitch.h"
 #include "feedback/Feedback.h"
 #include "feedback/SoundFeedback.h"
 #include "foundation/Clocks.h"
@@ -45,9 +44,8 @@
 namespace kestrant {
 
 class Appearance;
-class BackdropBlur;
+class DesktopLook;
 class CalendarStore;
-class DesktopAppearance;
 class FeedbackViewModel;
 class FolderDialog;
 class Localizer;
@@ -107,7 +105,6 @@ class AppDelegate : public QObject {
     /// The screen, the stores and the models over them. Built on first use.
     [[nodiscard]] PanelComposition& composition();
     void createPanelController();
-    void followBlur();
     /// Built on first use.
     [[nodiscard]] FeedbackAPIClient& feedbackClient();
     /// Absent where nothing is counted.
@@ -124,11 +121,7 @@ class AppDelegate : public QObject {
     void keepMemorySmall();
     /// Has swipes follow the compositor's settings, where devices do not tell theirs.
     void followTouchpad();
-    /// Has the views look as the desktop's settings ask.
-    void followDesktopAppearance();
     void pickFolder(const QString& start, std::function<void(tl::expected<QString, TextPair>)> done);
-    [[nodiscard]] EventStoreLocation chosenStore() const;
-    [[nodiscard]] std::unique_ptr<EKEventStore> openStore();
     /// Uses the database that is chosen now, if it is another one.
     void exchangeStore();
     void startRinging();
@@ -152,11 +145,7 @@ class AppDelegate : public QObject {
     AggregateCompletionReporter reporter_;
     std::unique_ptr<HttpSession> feedbackSession_;
     std::unique_ptr<FeedbackAPIClient> feedbackClient_;
-    /// The one that was named when the program was started.
-    std::optional<EventStoreLocation> namedStore_;
-    std::function<bool()> desktopHasStore_;
-    EventStoreLocation storeLocation_;
-    EventStoreSwitch eventStore_;
+    ChosenDatabase database_;
     BackgroundLedgerWriter ledgerWriter_;
     CompletionLedgerRepository ledger_;
     EventStoreScriptHost scriptHost_;
@@ -181,12 +170,11 @@ class AppDelegate : public QObject {
     Subscription settingsProblems_;
     Subscription preferenceChanges_;
     Subscription databaseChanges_;
-    std::unique_ptr<DesktopAppearance> desktopAppearance_;
     std::unique_ptr<TouchpadDirection> touchpadDirection_;
     std::unique_ptr<FolderDialog> folderDialog_;
     std::unique_ptr<X11PointerProvider> pointer_;
     std::unique_ptr<X11PanelWindow> panelWindow_;
-    std::unique_ptr<BackdropBlur> blur_;
+    std::unique_ptr<DesktopLook> look_;
     std::unique_ptr<NotchPanelController> panelController_;
     std::unique_ptr<OnboardingWindowController> onboardingController_;
 
@@ -194,7 +182,6 @@ class AppDelegate : public QObject {
     ScheduledTask memoryReturn_;
     ScheduledTask settling_;
     ScheduledTask ringing_;
-    ScheduledTask blurring_;
     ScheduledTask activationReload_;
     ScheduledTask endingTimeout_;
     bool isTerminating_ = false;

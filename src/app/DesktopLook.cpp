@@ -1,0 +1,52 @@
+#include "app/DesktopLook.h"
+
+#include "notch/NotchGeometry.h"
+#include "platform/linux/x11/X11PanelWindow.h"
+#include "ui/panel/Appearance.h"
+#include "ui/panel/PanelView.h"
+#include "ui/panel/PanelViewModel.h"
+
+namespace kestrant {
+namespace {
+
+/// As long as the panel takes to grow.
+constexpr Duration openingTime = std::chrono::milliseconds(280);
+
+}  // namespace
+
+DesktopLook::DesktopLook(const Services& services) : services_(services), blur_(services.view) {
+    const auto followCompositor = [this] {
+        services_.appearance.setCompositing(services_.window.isCompositing());
+    };
+    connect(&services.window, &X11PanelWindow::isCompositingChanged, this, followCompositor);
+    followCompositor();
+    connect(&blur_, &BackdropBlur::isOfferedChanged, this, &DesktopLook::followBlur);
+    connect(&services.panel, &PanelViewModel::shapeChanged, this, &DesktopLook::followBlur);
+    connect(&services.panel, &PanelViewModel::materialChanged, this, &DesktopLook::followBlur);
+    connect(&services.appearance, &Appearance::highContrastChanged, this, &DesktopLook::followBlur);
+    followBlur();
+}
+
+void DesktopLook::followSettings() {
+    settings_ = std::make_unique<DesktopAppearance>();
+    connect(settings_.get(), &DesktopAppearance::changed, this, [this] {
+        const AppearanceWishes& wishes = settings_->wishes();
+        services_.appearance.setReducedMotion(wishes.reducedMotion);
+        services_.appearance.setHighContrast(wishes.highContrast);
+        services_.appearance.setTextScale(wishes.textScale);
+    });
+}
+
+void DesktopLook::followBlur() {
+    services_.appearance.setBlurring(blur_.isOffered());
+    blurring_ = {};
+    const bool isGlass =
+        services_.panel.material() == QLatin1String("glass") && !services_.appearance.highContrast();
+    if (!services_.panel.isExpanded() || !isGlass)
+        return blur_.setShape(std::nullopt);
+    // Not beside the outline while that grows.
+    blurring_ = services_.scheduler.after(
+        openingTime, [this] { blur_.setShape(services_.geometry.shape(NotchPhase::expanded)); });
+}
+
+}  // namespace kestrant
