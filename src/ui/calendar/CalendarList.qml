@@ -169,7 +169,7 @@ FocusScope {
         property bool wantsToday: true
     }
     Connections {
-        target: root.rows
+        target: root.rows as QtObject
         function onAboutToChange() {
             const top = list.indexAt(1, list.contentY + Theme.headingHeight)
             place.atTop = top < 0 || (!root.calendar.showsAllEvents && list.contentY <= root.highestY + 1)

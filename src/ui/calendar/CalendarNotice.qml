@@ -77,11 +77,11 @@ Item {
                 Rectangle { visible: !parent.isHeading; x: parent.width - width - 8; y: 12; width: 34; height: 7; radius: 3.5; color: Theme.white(0.06) }
             }
         }
-        SequentialAnimation on opacity {
+        SequentialAnimation {
             running: skeleton.visible && !Theme.still && view.visible
             loops: Animation.Infinite
-            NumberAnimation { to: 0.5; duration: 700; easing.type: Easing.InOutSine }
-            NumberAnimation { to: 1; duration: 700; easing.type: Easing.InOutSine }
+            NumberAnimation { target: skeleton; property: "opacity"; to: 0.5; duration: 700; easing.type: Easing.InOutSine }
+            NumberAnimation { target: skeleton; property: "opacity"; to: 1; duration: 700; easing.type: Easing.InOutSine }
         }
     }
 

@@ -72,6 +72,11 @@ Item {
         if (asks)
             grid.editDueDateOf(id)
     }
+    /// Nothing is shown in the hand any more, unless something was taken in it meanwhile.
+    function clear() {
+        if (!active)
+            image.card = null
+    }
     function cancel() {
         if (!active)
             return
@@ -148,7 +153,7 @@ Item {
     SequentialAnimation {
         id: fade
         NumberAnimation { target: image; property: "opacity"; to: 0; duration: Theme.popoverDuration }
-        ScriptAction { script: if (!drag.active) image.card = null }
+        ScriptAction { script: drag.clear() }
     }
     SequentialAnimation {
         id: home
@@ -159,6 +164,6 @@ Item {
             duration: Theme.leaveDuration
             easing.type: Easing.OutCubic
         }
-        ScriptAction { script: if (!drag.active) image.card = null }
+        ScriptAction { script: drag.clear() }
     }
 }
