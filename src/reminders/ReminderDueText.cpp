@@ -5,7 +5,7 @@
 namespace kestrant {
 namespace {
 
-QString dayInWords(QDate day, QDate today, bool includesTime, Language language) {
+QString dayInWords(QDate day, QDate today, Language language) {
     const qint64 days = today.daysTo(day);
     if (days == 0)
         return text("Today", "Aujourd’hui").in(language);
@@ -13,8 +13,6 @@ QString dayInWords(QDate day, QDate today, bool includesTime, Language language)
         return text("Tomorrow", "Demain").in(language);
     if (days == -1)
         return text("Yesterday", "Hier").in(language);
-    if (!includesTime && (days == 14 || days == 21 || days == 28))
-        return text("In %1 weeks", "Dans %1 semaines").in(language).arg(days / 7);
     QString words = dateInWords(day, today, language);
     words[0] = words[0].toUpper();
     return words;
@@ -31,7 +29,7 @@ QString dateInWords(QDate day, QDate today, Language language) {
 
 QString reminderDueText(Instant dueDate, bool includesTime, Instant now, const ZoneCalendar& calendar,
                         Language language, ClockHours hours) {
-    QString day = dayInWords(calendar.dayOf(dueDate), calendar.dayOf(now), includesTime, language);
+    QString day = dayInWords(calendar.dayOf(dueDate), calendar.dayOf(now), language);
     if (!includesTime)
         return day;
     return day + QLatin1Char(' ') + clockText(calendar.timeOf(dueDate), hours);

@@ -9,10 +9,8 @@
 
 namespace kestrant {
 
-/// A due date in words: "Today", "Tomorrow 09:00", "Mon 23 Nov", "In 2 weeks", "Mon 23 Nov 2027 09:00"; in
-/// French "Aujourd’hui", "Demain 09:00", "Lun. 23 nov.", "Dans 2 semaines". The words
-/// for whole weeks stand for a date-only day exactly two, three or four weeks ahead; the year is told when it
-/// is not the present one.
+/// A due date in words: "Today", "Tomorrow 09:00", "Mon 23 Nov", "Mon 23 Nov 2027 09:00"; in
+/// French "Aujourd’hui", "Demain 09:00", "Lun. 23 nov.". The year is told when it is not the present one.
 [[nodiscard]] QString reminderDueText(Instant dueDate, bool includesTime, Instant now,
                                       const ZoneCalendar& calendar, Language language,
                                       ClockHours hours = ClockHours::twentyFour);

@@ -127,7 +127,7 @@ TEST(ReminderDueText, SaysDaysInWordsInBothLanguages) {
         {{2026, 11, 22}, QTime(9, 0), "Tomorrow 09:00", "Demain 09:00"},
         {{2026, 11, 20}, {}, "Yesterday", "Hier"},
         {{2026, 11, 23}, {}, "Mon 23 Nov", "Lun. 23 nov."},
-        {{2026, 12, 5}, {}, "In 2 weeks", "Dans 2 semaines"},
+        {{2026, 12, 5}, {}, "Sat 5 Dec", "Sam. 5 déc."},
         {{2026, 12, 5}, QTime(8, 5), "Sat 5 Dec 08:05", "Sam. 5 déc. 08:05"},
         {{2026, 12, 6}, {}, "Sun 6 Dec", "Dim. 6 déc."},
         {{2026, 11, 7}, {}, "Sat 7 Nov", "Sam. 7 nov."},

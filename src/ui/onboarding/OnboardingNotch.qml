@@ -13,6 +13,7 @@ Item {
     property bool live: false
     /// At rest it is drawn larger than life.
     property bool magnified: false
+    Binding { target: scene.trial; property: "showsSigns"; value: scene.magnified }
     /// A sign below shows where it is.
     property bool pointedOut: false
     /// Words below it; they make way for its own messages.
@@ -47,6 +48,9 @@ Item {
             height: scene.trial.panel.expandedHeight
             transformOrigin: Item.Top
             scale: scene.open || !scene.magnified ? 0.64 : 1.6
+            // Too little to be seen: the software renderer draws what is turned from whole pictures and paths, smoothly, and
+            // what is only scaled piece by piece, with gaps.
+            rotation: 0.0005
             Behavior on scale { enabled: !Theme.still; NumberAnimation { duration: Theme.panelDuration; easing.type: Easing.OutCubic } }
             enabled: scene.live
             takesKeyboard: false
@@ -64,6 +68,12 @@ Item {
             yearReveal: scene.trial.yearReveal
             overlays: scene.trial.overlays
         }
+    }
+    // Nothing in a picture answers to the pointer.
+    Item {
+        anchors.fill: parent
+        visible: !scene.live
+        HoverHandler { blocking: true }
     }
     Item {
         id: resting

@@ -129,6 +129,17 @@ bool OnboardingTrial::isCarrying() const {
     return !notch_.activeReminderDragIDs().isEmpty();
 }
 
+bool OnboardingTrial::showsSigns() const {
+    return preferences_.restingContent() != RestingContent::nothing;
+}
+
+void OnboardingTrial::setShowsSigns(bool shows) {
+    if (shows == showsSigns())
+        return;
+    preferences_.setRestingContent(shows ? RestingContent::everything : RestingContent::nothing);
+    Q_EMIT showsSignsChanged();
+}
+
 void OnboardingTrial::addReminder() {
     notifications_.post(notifications::newReminder);
 }

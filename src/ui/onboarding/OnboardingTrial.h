@@ -58,6 +58,8 @@ class OnboardingTrial : public QObject {
     Q_PROPERTY(kestrant::OverlayHost* overlays READ overlays CONSTANT)
     /// A card is being carried.
     Q_PROPERTY(bool isCarrying READ isCarrying NOTIFY isCarryingChanged)
+    /// The resting notch shows signs of what comes.
+    Q_PROPERTY(bool showsSigns READ showsSigns WRITE setShowsSigns NOTIFY showsSignsChanged)
 
   public:
     /// Everything must outlive the trial.
@@ -88,6 +90,8 @@ class OnboardingTrial : public QObject {
     [[nodiscard]] YearRevealViewModel* yearReveal() { return &composition_.yearReveal; }
     [[nodiscard]] OverlayHost* overlays() { return &overlays_; }
     [[nodiscard]] bool isCarrying() const;
+    [[nodiscard]] bool showsSigns() const;
+    void setShowsSigns(bool shows);
 
     /// The same commands as on the panel.
     Q_INVOKABLE void addReminder();
@@ -95,6 +99,7 @@ class OnboardingTrial : public QObject {
 
   Q_SIGNALS:
     void isCarryingChanged();
+    void showsSignsChanged();
     // What the person has just done.
     void completed();
     void rescheduled();

@@ -137,7 +137,8 @@ Item {
         width: root.width - x - 12 - (actions.visible ? actions.width + 6 : flag.visible ? 20 : 0)
         height: 14
         spacing: 6
-        readonly property real taken: (marks.visible ? marks.width + spacing : 0) + (due.visible ? due.implicitWidth + spacing : 0)
+        readonly property real before: (marks.visible ? marks.width + spacing : 0) + (arrow.visible ? 12 + spacing : 0)
+        readonly property real taken: before + (due.visible ? due.implicitWidth + spacing : 0)
                                       + (root.card.isRecurring ? 12 + spacing : 0)
         readonly property bool showsBell: root.card.alertText !== "" && width >= taken + 12
         readonly property bool showsRepeat: root.card.repeatText !== ""
@@ -158,11 +159,20 @@ Item {
             font.weight: Font.Bold
             Accessible.ignored: true
         }
+        Icon {
+            id: arrow
+            visible: root.isAway && root.dueText !== root.card.dueText
+            y: 1
+            width: 12
+            height: 12
+            strokeWidth: 1.3
+            name: "arrowRight"
+            color: root.dueColor
+        }
         PlainText {
             id: due
             visible: text !== ""
-            width: Math.min(implicitWidth, facts.width - (marks.visible ? marks.width + facts.spacing : 0)
-                                           - (root.card.isRecurring ? 12 + facts.spacing : 0))
+            width: Math.min(implicitWidth, facts.width - facts.before - (root.card.isRecurring ? 12 + facts.spacing : 0))
             height: 14
             elide: Text.ElideRight
             text: root.card.isPending ? Localizer.text("Completing…", "Bientôt terminé…") : root.dueText
