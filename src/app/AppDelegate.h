@@ -4,8 +4,8 @@
 #include "app/Lifecycle.h"
 #include "completion/BackgroundLedgerWriter.h"
 #include "completion/CompletionLedgerRepository.h"
-#include "feedback/Feedback.h"
-#include "feedback/SoundFeedback.h"
+#include "cues/SensoryFeedback.h"
+#include "cues/SoundFeedback.h"
 #include "foundation/Clocks.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/InformationDictionary.h"
@@ -138,7 +138,7 @@ class AppDelegate : public QObject {
     EventLoopThread soundQueue_{SoundFeedback::queueLabel, std::chrono::seconds(1)};
     SoundFeedback cuePlayer_;
     FeedbackdHapticPerformer hapticPerformer_;
-    Feedback feedback_;
+    SensoryFeedback feedback_;
 
     InformationDictionary information_;
     EventLoopThread metricsThread_;

@@ -30,10 +30,10 @@ DesktopLook::DesktopLook(const Services& services) : services_(services), blur_(
 void DesktopLook::followSettings() {
     settings_ = std::make_unique<DesktopAppearance>();
     connect(settings_.get(), &DesktopAppearance::changed, this, [this] {
-        const AppearanceWishes& wishes = settings_->wishes();
-        services_.appearance.setReducedMotion(wishes.reducedMotion);
-        services_.appearance.setHighContrast(wishes.highContrast);
-        services_.appearance.setTextScale(wishes.textScale);
+        const AppearanceSettings& appearance = settings_->appearance();
+        services_.appearance.setReducedMotion(appearance.reducedMotion);
+        services_.appearance.setHighContrast(appearance.highContrast);
+        services_.appearance.setTextScale(appearance.textScale);
     });
 }
 

@@ -1,6 +1,6 @@
 #include "notch/NotchInteractionModel.h"
 
-#include "feedback/Feedback.h"
+#include "cues/SensoryFeedback.h"
 #include "preferences/Preferences.h"
 
 #include <utility>
@@ -17,7 +17,7 @@ const QString NotchInteractionModel::initialYearRevealRoute =
 const QString NotchInteractionModel::toastRoute = QStringLiteral("panel.toast");
 
 NotchInteractionModel::NotchInteractionModel(Scheduler& scheduler, const Preferences& preferences,
-                                             const Feedback& feedback, QObject* parent)
+                                             const SensoryFeedback& feedback, QObject* parent)
     : QObject(parent)
     , scheduler_(scheduler)
     , preferences_(preferences)

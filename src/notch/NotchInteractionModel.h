@@ -12,7 +12,7 @@
 
 namespace kestrant {
 
-class Feedback;
+class SensoryFeedback;
 class Preferences;
 
 /// Decides the panel's phase from the pointer's presence, clicks, swipes, keyboard focus and what is open on
@@ -37,8 +37,8 @@ class NotchInteractionModel : public QObject {
     static const QString toastRoute;
 
     /// All three must outlive the model.
-    NotchInteractionModel(Scheduler& scheduler, const Preferences& preferences, const Feedback& feedback,
-                          QObject* parent = nullptr);
+    NotchInteractionModel(Scheduler& scheduler, const Preferences& preferences,
+                          const SensoryFeedback& feedback, QObject* parent = nullptr);
 
     [[nodiscard]] NotchPhase phase() const { return phase_; }
     [[nodiscard]] int phaseValue() const { return static_cast<int>(phase_); }
@@ -122,7 +122,7 @@ class NotchInteractionModel : public QObject {
 
     Scheduler& scheduler_;
     const Preferences& preferences_;
-    const Feedback& feedback_;
+    const SensoryFeedback& feedback_;
 
     NotchPhase phase_ = NotchPhase::idle;
     bool isShowingInitialYearReveal_ = false;

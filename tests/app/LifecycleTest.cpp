@@ -1,6 +1,6 @@
 #include "app/Lifecycle.h"
 
-#include "feedback/Feedback.h"
+#include "cues/SensoryFeedback.h"
 #include "notch/NotchInteractionModel.h"
 #include "preferences/PreferenceKeys.h"
 #include "preferences/Preferences.h"
@@ -67,7 +67,7 @@ class LifecycleTest : public testing::Test {
     Preferences preferences{defaults, [] { return QLocale(QLocale::English); }};
     SilentCuePlayer cues;
     SilentHapticPerformer haptics;
-    Feedback feedback{preferences, cues, haptics};
+    SensoryFeedback feedback{preferences, cues, haptics};
     NotchInteractionModel model{scheduler, preferences, feedback};
     NotificationCenter notifications;
     RecordedParts parts;

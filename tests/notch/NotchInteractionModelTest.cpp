@@ -36,7 +36,7 @@ class NotchInteractionModelTest : public ::testing::Test {
     MemoryUserDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(QLocale::English); }};
     RecordingFeedback feedback;
-    Feedback gate{preferences, feedback, feedback};
+    SensoryFeedback gate{preferences, feedback, feedback};
     std::unique_ptr<NotchInteractionModel> model =
         std::make_unique<NotchInteractionModel>(scheduler, preferences, gate);
 };

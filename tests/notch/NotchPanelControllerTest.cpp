@@ -53,7 +53,7 @@ class NotchPanelControllerTest : public ::testing::Test {
     MemoryUserDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(QLocale::English); }};
     RecordingFeedback feedback;
-    Feedback gate{preferences, feedback, feedback};
+    SensoryFeedback gate{preferences, feedback, feedback};
     NotchInteractionModel model{scheduler, preferences, gate};
     ScriptedWindow window;
     ScriptedScreens screens{{screen}};

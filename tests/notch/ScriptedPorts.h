@@ -1,6 +1,6 @@
 #pragma once
 
-#include "feedback/Feedback.h"
+#include "cues/SensoryFeedback.h"
 #include "foundation/ObserverList.h"
 #include "notch/PanelWindow.h"
 #include "notch/PointerProvider.h"

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "completion/CompletionLedgerRepository.h"
+#include "cues/SensoryFeedback.h"
 #include "eventkit/memory/InMemoryEventStore.h"
-#include "feedback/Feedback.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/NotificationCenter.h"
 #include "notch/NotchGeometry.h"
@@ -39,7 +39,7 @@ struct ProgramGround {
     Localization localization{preferences};
     RecordingCuePlayer cues;
     SilentHapticPerformer haptics;
-    Feedback feedback{preferences, cues, haptics};
+    SensoryFeedback feedback{preferences, cues, haptics};
     NotificationCenter notifications;
     InMemoryEventStore database{time, time, calendar};
     QTemporaryDir folder;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "completion/CompletionLedgerRepository.h"
+#include "cues/SensoryFeedback.h"
 #include "eventkit/memory/InMemoryEventStore.h"
-#include "feedback/Feedback.h"
 #include "foundation/BackgroundExecutor.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/NotificationCenter.h"
@@ -145,7 +145,7 @@ struct StageGround {
     Localization localization{preferences};
     SilentCuePlayer cues;
     SilentHapticPerformer haptics;
-    Feedback feedback{preferences, cues, haptics};
+    SensoryFeedback feedback{preferences, cues, haptics};
     NotificationCenter notifications;
     InMemoryEventStore database{time, time, calendar};
     QTemporaryDir folder;

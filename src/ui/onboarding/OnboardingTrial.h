@@ -18,7 +18,7 @@
 namespace kestrant {
 
 class Appearance;
-class Feedback;
+class SensoryFeedback;
 class Localizer;
 class NotchInteractionModel;
 
@@ -72,7 +72,7 @@ class OnboardingTrial : public QObject {
         Scheduler& scheduler;
         Clock& clock;
         CurrentCalendar& calendar;
-        const Feedback& feedback;
+        const SensoryFeedback& feedback;
     };
     OnboardingTrial(const Services& services, NotchInteractionModel& notch);
 

@@ -19,7 +19,7 @@ constexpr Duration swipePause = std::chrono::milliseconds(150);
 }  // namespace
 
 OnboardingViewModel::OnboardingViewModel(Scheduler& scheduler, const Preferences& preferences,
-                                         const Feedback& feedback,
+                                         const SensoryFeedback& feedback,
                                          std::function<bool()> touchpadsScrollNaturally, QObject* parent)
     : QObject(parent)
     , scheduler_(scheduler)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "feedback/Feedback.h"
+#include "cues/SensoryFeedback.h"
 #include "notch/NotchInteractionModel.h"
 
 #include <QObject>
@@ -38,7 +38,7 @@ class OnboardingViewModel : public QObject {
 
     /// Everything must outlive the view model. `touchpadsScrollNaturally` tells whether what is scrolled
     /// follows the fingers rather than the other way round.
-    OnboardingViewModel(Scheduler& scheduler, const Preferences& preferences, const Feedback& feedback,
+    OnboardingViewModel(Scheduler& scheduler, const Preferences& preferences, const SensoryFeedback& feedback,
                         std::function<bool()> touchpadsScrollNaturally = {}, QObject* parent = nullptr);
 
     [[nodiscard]] Page page() const { return page_; }
@@ -76,7 +76,7 @@ class OnboardingViewModel : public QObject {
     /// Silent while pages change, and on those that only show the panel.
     class PageFeedback final : public CuePlayer, public HapticPerformer {
       public:
-        explicit PageFeedback(const Feedback& feedback) : feedback_(feedback) {}
+        explicit PageFeedback(const SensoryFeedback& feedback) : feedback_(feedback) {}
         void prepare() override {}
         void play(Cue cue) override {
             if (isOn)
@@ -89,7 +89,7 @@ class OnboardingViewModel : public QObject {
         bool isOn = false;
 
       private:
-        const Feedback& feedback_;
+        const SensoryFeedback& feedback_;
     };
     void show(Page page);
 
@@ -97,7 +97,7 @@ class OnboardingViewModel : public QObject {
     const Preferences& preferences_;
     std::function<bool()> touchpadsScrollNaturally_;
     PageFeedback pageFeedback_;
-    Feedback feedback_;
+    SensoryFeedback feedback_;
     NotchInteractionModel notch_;
     Page page_ = Page::welcome;
     bool isRepeated_ = false;

@@ -14,7 +14,7 @@ class QQuickView;
 namespace kestrant {
 
 class Appearance;
-class Feedback;
+class SensoryFeedback;
 class Localizer;
 class OnboardingTrial;
 class OnboardingViewModel;
@@ -39,7 +39,7 @@ class OnboardingWindowController : public QObject {
         Scheduler& scheduler;
         Clock& clock;
         CurrentCalendar& calendar;
-        const Feedback& feedback;
+        const SensoryFeedback& feedback;
         /// Whether what is scrolled follows the fingers on a touchpad; empty where that is not the way.
         std::function<bool()> touchpadsScrollNaturally = {};
     };

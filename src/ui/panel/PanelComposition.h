@@ -22,7 +22,7 @@ namespace kestrant {
 
 class BackgroundExecutor;
 class CompletionLedgerRepository;
-class Feedback;
+class SensoryFeedback;
 class FlaggedReminderAutomation;
 class Localizer;
 class NotchGeometry;
@@ -49,7 +49,7 @@ struct PanelComposition {
         BackgroundExecutor& executor;
         /// The locale of the calendar's rows, asked anew for each load.
         std::function<QLocale()> locale;
-        const Feedback& feedback;
+        const SensoryFeedback& feedback;
         NotchInteractionModel& interaction;
         NotchGeometry& geometry;
         /// Told the number of completions that were just committed from here; may be empty.

@@ -1,6 +1,6 @@
 #include "ui/panel/PanelViewModel.h"
 
-#include "feedback/Feedback.h"
+#include "cues/SensoryFeedback.h"
 #include "foundation/NotificationCenter.h"
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
@@ -13,7 +13,8 @@ namespace kestrant {
 
 PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry& geometry,
                                ReminderStore& reminders, Preferences& preferences,
-                               NotificationCenter& notifications, const Feedback& feedback, QObject* parent)
+                               NotificationCenter& notifications, const SensoryFeedback& feedback,
+                               QObject* parent)
     : QObject(parent)
     , interaction_(interaction)
     , geometry_(geometry)

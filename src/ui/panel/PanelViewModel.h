@@ -13,7 +13,7 @@
 
 namespace kestrant {
 
-class Feedback;
+class SensoryFeedback;
 class NotchGeometry;
 class NotchInteractionModel;
 class NotificationCenter;
@@ -61,8 +61,8 @@ class PanelViewModel : public QObject {
   public:
     /// Everything must outlive the view model.
     PanelViewModel(NotchInteractionModel& interaction, NotchGeometry& geometry, ReminderStore& reminders,
-                   Preferences& preferences, NotificationCenter& notifications, const Feedback& feedback,
-                   QObject* parent = nullptr);
+                   Preferences& preferences, NotificationCenter& notifications,
+                   const SensoryFeedback& feedback, QObject* parent = nullptr);
 
     [[nodiscard]] int phase() const;
     [[nodiscard]] bool isExpanded() const;
@@ -128,7 +128,7 @@ class PanelViewModel : public QObject {
     NotchGeometry& geometry_;
     ReminderStore& reminders_;
     Preferences& preferences_;
-    const Feedback& feedback_;
+    const SensoryFeedback& feedback_;
     RestingViewModel resting_;
     std::vector<Subscription> subscriptions_;
     int dueTodayCount_ = 0;

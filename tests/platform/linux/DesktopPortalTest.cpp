@@ -87,7 +87,7 @@ TEST(DesktopAppearance, UnderstandsWhatVariousDesktopsSay) {
     };
     struct Case {
         Groups settings;
-        AppearanceWishes wishes;
+        AppearanceSettings wishes;
     };
     const Case cases[] = {
         {{}, {}},
@@ -105,7 +105,7 @@ TEST(DesktopAppearance, UnderstandsWhatVariousDesktopsSay) {
         {setting("org.gnome.desktop.interface", "text-scaling-factor", "large"), {}},
     };
     for (const Case& one : cases)
-        EXPECT_EQ(appearanceWishes(one.settings), one.wishes)
+        EXPECT_EQ(readAppearance(one.settings), one.wishes)
             << (one.settings.isEmpty() ? "nothing" : qPrintable(one.settings.first().firstKey()));
 }
 
@@ -114,13 +114,13 @@ TEST(DesktopAppearance, TakesOverWhatThePortalSaysAndFollowsIt) {
     Portal portal({{interfaceGroup, {{QStringLiteral("enable-animations"), false}}},
                    {commonGroup, {{QStringLiteral("contrast"), 1U}}}});
     DesktopAppearance appearance;
-    EXPECT_EQ(appearance.wishes(), AppearanceWishes());
-    ASSERT_TRUE(turnUntil([&] { return appearance.wishes().reducedMotion; }));
-    EXPECT_TRUE(appearance.wishes().highContrast);
+    EXPECT_EQ(appearance.appearance(), AppearanceSettings());
+    ASSERT_TRUE(turnUntil([&] { return appearance.appearance().reducedMotion; }));
+    EXPECT_TRUE(appearance.appearance().highContrast);
     portal.change(interfaceGroup, "enable-animations", true);
     portal.change(interfaceGroup, "text-scaling-factor", 1.5);
-    ASSERT_TRUE(turnUntil([&] { return appearance.wishes().textScale == 1.5; }));
-    EXPECT_EQ(appearance.wishes(), (AppearanceWishes{.highContrast = true, .textScale = 1.5}));
+    ASSERT_TRUE(turnUntil([&] { return appearance.appearance().textScale == 1.5; }));
+    EXPECT_EQ(appearance.appearance(), (AppearanceSettings{.highContrast = true, .textScale = 1.5}));
 }
 
 TEST(FolderDialog, TellsTheFolderThatWasChosen) {

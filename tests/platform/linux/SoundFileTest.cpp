@@ -1,6 +1,6 @@
 #include "platform/linux/audio/SoundFile.h"
 
-#include "feedback/SoundFeedback.h"
+#include "cues/SoundFeedback.h"
 
 #include <QFile>
 #include <QtEndian>

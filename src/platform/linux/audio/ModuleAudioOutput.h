@@ -1,6 +1,6 @@
 #pragma once
 
-#include "feedback/AudioOutput.h"
+#include "cues/AudioOutput.h"
 #include "foundation/Scheduler.h"
 
 #include <memory>

@@ -47,26 +47,26 @@ QMap<QString, QVariantMap> readSettings(const QVariant& reply) {
 
 }  // namespace
 
-AppearanceWishes appearanceWishes(const QMap<QString, QVariantMap>& settings) {
+AppearanceSettings readAppearance(const QMap<QString, QVariantMap>& settings) {
     const auto value = [&settings](const QString& group, const char* key) {
         return settings.value(group).value(QString::fromLatin1(key));
     };
     const auto isOne = [](const QVariant& number) { return number.toUInt() == 1; };
 
-    AppearanceWishes wishes;
+    AppearanceSettings appearance;
     const QVariant animations = value(interfaceGroup, "enable-animations");
     const QVariant plasmaSpeed = value(plasmaGroup, "AnimationDurationFactor");
     bool isNumber = false;
     const double durationFactor = plasmaSpeed.toString().toDouble(&isNumber);
-    wishes.reducedMotion = isOne(value(commonGroup, "reduced-motion")) ||
-                           (animations.typeId() == QMetaType::Bool && !animations.toBool()) ||
-                           (isNumber && durationFactor == 0.0);
-    wishes.highContrast =
+    appearance.reducedMotion = isOne(value(commonGroup, "reduced-motion")) ||
+                               (animations.typeId() == QMetaType::Bool && !animations.toBool()) ||
+                               (isNumber && durationFactor == 0.0);
+    appearance.highContrast =
         isOne(value(commonGroup, "contrast")) || value(accessibilityGroup, "high-contrast").toBool();
     const QVariant scale = value(interfaceGroup, "text-scaling-factor");
     if (scale.typeId() == QMetaType::Double)
-        wishes.textScale = std::clamp(scale.toDouble(), smallestTextScale, largestTextScale);
-    return wishes;
+        appearance.textScale = std::clamp(scale.toDouble(), smallestTextScale, largestTextScale);
+    return appearance;
 }
 
 DesktopAppearance::DesktopAppearance(const QDBusConnection& bus, QObject* parent)
@@ -95,8 +95,8 @@ void DesktopAppearance::settingChanged(const QString& group, const QString& key,
 }
 
 void DesktopAppearance::update() {
-    const AppearanceWishes wishes = appearanceWishes(settings_);
-    if (std::exchange(wishes_, wishes) != wishes)
+    const AppearanceSettings appearance = readAppearance(settings_);
+    if (std::exchange(appearance_, appearance) != appearance)
         Q_EMIT changed();
 }
 

@@ -10,17 +10,17 @@
 namespace kestrant {
 
 /// What the desktop's settings ask of the look of programs.
-struct AppearanceWishes {
+struct AppearanceSettings {
     bool reducedMotion = false;
     bool highContrast = false;
     /// Of text, 1 is the usual size.
     double textScale = 1.0;
-    bool operator==(const AppearanceWishes&) const = default;
+    bool operator==(const AppearanceSettings&) const = default;
 };
 
 /// What the settings of a desktop, by namespace and key, ask for. Desktops say the same under various names;
 /// what is missing or of another type asks for nothing.
-[[nodiscard]] AppearanceWishes appearanceWishes(const QMap<QString, QVariantMap>& settings);
+[[nodiscard]] AppearanceSettings readAppearance(const QMap<QString, QVariantMap>& settings);
 
 /// Follows the desktop's settings through its portal (org.freedesktop.portal.Settings); asks for nothing
 /// where there is none. Thread: main; never waits.
@@ -31,7 +31,7 @@ class DesktopAppearance : public QObject {
     explicit DesktopAppearance(const QDBusConnection& bus = QDBusConnection::sessionBus(),
                                QObject* parent = nullptr);
 
-    [[nodiscard]] const AppearanceWishes& wishes() const { return wishes_; }
+    [[nodiscard]] const AppearanceSettings& appearance() const { return appearance_; }
 
   Q_SIGNALS:
     void changed();
@@ -44,7 +44,7 @@ class DesktopAppearance : public QObject {
 
     QDBusConnection bus_;
     QMap<QString, QVariantMap> settings_;
-    AppearanceWishes wishes_;
+    AppearanceSettings appearance_;
 };
 
 }  // namespace kestrant

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "feedback/Feedback.h"
+#include "cues/SensoryFeedback.h"
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>

@@ -1,4 +1,4 @@
-#include "feedback/Feedback.h"
+#include "cues/SensoryFeedback.h"
 
 #include "preferences/PreferenceKeys.h"
 #include "support/MemoryUserDefaults.h"
@@ -17,7 +17,7 @@ struct Recorder : CuePlayer, HapticPerformer {
     int touches = 0;
 };
 
-TEST(Feedback, FollowsEachProfileAsItIsNowAndTakesAValueOfTheWrongTypeForNone) {
+TEST(SensoryFeedback, FollowsEachProfileAsItIsNowAndTakesAValueOfTheWrongTypeForNone) {
     struct Case {
         const char* name;
         std::function<void(MemoryUserDefaults&)> prepare;
@@ -48,7 +48,7 @@ TEST(Feedback, FollowsEachProfileAsItIsNowAndTakesAValueOfTheWrongTypeForNone) {
         MemoryUserDefaults defaults;
         const Preferences preferences(defaults, [] { return QLocale::c(); });
         Recorder recorder;
-        const Feedback feedback(preferences, recorder, recorder);
+        const SensoryFeedback feedback(preferences, recorder, recorder);
         one.prepare(defaults);
         feedback.play(Cue::snap);
         feedback.performHaptic(HapticPattern::generic);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "feedback/AudioOutput.h"
-#include "feedback/Feedback.h"
+#include "cues/AudioOutput.h"
+#include "cues/SensoryFeedback.h"
 #include "foundation/Scheduler.h"
 
 #include <QString>

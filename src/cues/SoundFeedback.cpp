@@ -1,4 +1,4 @@
-#include "feedback/SoundFeedback.h"
+#include "cues/SoundFeedback.h"
 
 #include <QFile>
 #include <QLoggingCategory>

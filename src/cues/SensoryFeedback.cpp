@@ -1,22 +1,23 @@
-#include "feedback/Feedback.h"
+#include "cues/SensoryFeedback.h"
 
 namespace kestrant {
 
-Feedback::Feedback(const Preferences& preferences, CuePlayer& player, HapticPerformer& performer)
+SensoryFeedback::SensoryFeedback(const Preferences& preferences, CuePlayer& player,
+                                 HapticPerformer& performer)
     : preferences_(preferences)
     , player_(player)
     , performer_(performer) {}
 
-SoundProfile Feedback::soundProfile() const {
+SoundProfile SensoryFeedback::soundProfile() const {
     return preferences_.soundProfile();
 }
 
-void Feedback::play(Cue cue) const {
+void SensoryFeedback::play(Cue cue) const {
     if (soundProfile() != SoundProfile::off)
         player_.play(cue);
 }
 
-void Feedback::performHaptic(HapticPattern pattern) const {
+void SensoryFeedback::performHaptic(HapticPattern pattern) const {
     if (const HapticProfile profile = preferences_.hapticProfile(); profile != HapticProfile::off)
         performer_.perform(pattern, profile);
 }

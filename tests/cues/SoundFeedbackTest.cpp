@@ -1,4 +1,4 @@
-#include "feedback/SoundFeedback.h"
+#include "cues/SoundFeedback.h"
 
 #include "SoundDevice.h"
 #include "support/ManualScheduler.h"

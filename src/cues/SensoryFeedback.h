@@ -39,10 +39,10 @@ class SilentHapticPerformer : public HapticPerformer {
 
 /// Sounds and touches behind the person's choice of profile, which is read anew for each of them. Thread:
 /// main.
-class Feedback {
+class SensoryFeedback {
   public:
     /// All three must outlive this object.
-    Feedback(const Preferences& preferences, CuePlayer& player, HapticPerformer& performer);
+    SensoryFeedback(const Preferences& preferences, CuePlayer& player, HapticPerformer& performer);
 
     [[nodiscard]] SoundProfile soundProfile() const;
     /// Silent when the sound profile is off.
