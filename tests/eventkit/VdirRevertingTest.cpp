@@ -7,7 +7,7 @@
 namespace kestrant {
 namespace {
 
-using items::ReminderChange;
+using items::ChangeRecord;
 using ::testing::IsEmpty;
 using vdir::VdirDatabase;
 using Result = tl::expected<EKSaveResult, EKError>;
@@ -27,7 +27,7 @@ class VdirRevertingTest : public ::testing::Test {
     }
     Result remove(const char* identifier) { return database.remove(QString::fromUtf8(identifier), paris); }
     Result revert(const Result& done) {
-        const auto change = std::dynamic_pointer_cast<const ReminderChange>(done->change);
+        const auto change = std::dynamic_pointer_cast<const ChangeRecord>(done->change);
         return change ? database.revert(*change, done->calendarItemIdentifier, now, paris)
                       : tl::unexpected(EKError{EKError::Code::storage, {}});
     }

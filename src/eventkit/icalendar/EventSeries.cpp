@@ -1,6 +1,7 @@
 #include "eventkit/icalendar/EventSeries.h"
 
 #include "eventkit/icalendar/DateValue.h"
+#include "eventkit/icalendar/EventSeriesWalk.h"
 
 #include <QTime>
 
@@ -13,7 +14,6 @@
 namespace kestrant {
 namespace {
 
-using icalendar::DateKind;
 using icalendar::EventComponent;
 using icalendar::EventItem;
 using icalendar::EventLength;
@@ -29,10 +29,6 @@ constexpr Duration clockMargin = std::chrono::hours(48);
 /// No date is later.
 constexpr Instant lastInstant =
     std::chrono::sys_days(std::chrono::year(9999) / std::chrono::December / 31) + clockMargin;
-
-DateKind kindOf(const EventTimes& times) {
-    return times.start.includesTime() ? DateKind::time : DateKind::day;
-}
 
 template <typename Value>
 void sortUnique(std::vector<Value>& values) {
@@ -141,15 +137,13 @@ void EventSeries::addChanges() {
 }
 
 void EventSeries::addRules() {
-    const EventTimes& times = item_.event.times;
-    const LocalTime start = icalendar::localTimeOf(times.start);
     const auto add = [&](const QByteArray& text, Occurrences::Start meaning,
                          std::vector<RecurrenceRule>& rules) {
         auto rule = RecurrenceRule::parse(text);
         if (!rule)
             return;
         if (rule->count) {
-            Occurrences dates(*rule, start, kindOf(times), zone_, meaning);
+            Occurrences dates = datesOf(*rule, meaning);
             dates.limitSteps(mostSteps);
             const auto last = dates.lastByCount();
             rule->count.reset();
@@ -160,9 +154,11 @@ void EventSeries::addRules() {
     };
     for (const EKRecurrenceRule& rule : item_.event.data.recurrenceRules)
         add(rule.text.toUtf8(), Occurrences::Start::isDate, rules_);
-    if (rules_.empty())
+    if (rules_.empty()) {
+        const LocalTime start = icalendar::localTimeOf(item_.event.times.start);
         rules_.push_back(
             RecurrenceRule{.until = RecurrenceRule::Until{start, RecurrenceRule::UntilForm::local}});
+    }
     for (const QByteArray& text : item_.exceptionRules)
         add(text, Occurrences::Start::isDateIfItFits, exceptionRules_);
 }
@@ -224,12 +220,16 @@ bool EventSeries::isListedAsExcluded(const LocalTime& time) const {
     return isListed(time) || (!excludedTimes_.empty() && isListed(shownTime(time)));
 }
 
+Occurrences EventSeries::datesOf(const RecurrenceRule& rule, Occurrences::Start meaning) const {
+    const DateComponents& start = item_.event.times.start;
+    const auto kind = start.includesTime() ? icalendar::DateKind::time : icalendar::DateKind::day;
+    return {rule, icalendar::localTimeOf(start), kind, zone_, meaning};
+}
+
 std::vector<Occurrences> EventSeries::exceptions() const {
-    const EventTimes& times = item_.event.times;
     std::vector<Occurrences> result;
     for (const RecurrenceRule& rule : exceptionRules_)
-        result.emplace_back(rule, icalendar::localTimeOf(times.start), kindOf(times), zone_,
-                            Occurrences::Start::isDateIfItFits);
+        result.push_back(datesOf(rule, Occurrences::Start::isDateIfItFits));
     return result;
 }
 
@@ -240,10 +240,8 @@ const EventSeries::Extra* EventSeries::extraAt(const LocalTime& time) const {
 
 /// Whether a rule or an extra date gives this date.
 bool EventSeries::isGiven(const LocalTime& time) const {
-    const EventTimes& times = item_.event.times;
     return extraAt(time) || std::any_of(rules_.begin(), rules_.end(), [&](const RecurrenceRule& rule) {
-               return Occurrences(rule, icalendar::localTimeOf(times.start), kindOf(times), zone_)
-                   .contains(time);
+               return datesOf(rule).contains(time);
            });
 }
 
@@ -309,111 +307,6 @@ std::shared_ptr<const EKEventData> EventSeries::dataOf(const Date& date) const {
 EventSeries::Occurrence EventSeries::occurrenceOn(const Date& date) const {
     return {dataOf(date), date.time, std::nullopt, date.source};
 }
-
-/// The dates of all rules and the extra ones in one order, each once, without those that are left out.
-class EventSeries::Walk {
-  public:
-    enum class Way { forward, back };
-
-    /// On the way back `from` is not included.
-    Walk(const EventSeries& series, Way way, const LocalTime& from, QDate first, QDate last, qint64 steps)
-        : series_(series)
-        , way_(way)
-        , steps_(steps)
-        , exceptions_(series.exceptions())
-        , first_(first)
-        , last_(last) {
-        const EventTimes& times = series.item_.event.times;
-        for (const RecurrenceRule& rule : series.rules_) {
-            Occurrences& dates =
-                rules_.emplace_back(rule, icalendar::localTimeOf(times.start), kindOf(times), series.zone_);
-            dates.limitSteps(std::max<qint64>(steps / std::ssize(series.rules_), 1));
-            dates.skipTo(from);
-            dates.endWith(first, last);
-        }
-        const auto& extras = series.extras_;
-        extra_ = std::lower_bound(extras.begin(), extras.end(), Extra{from, 0}) - extras.begin();
-        for (Occurrences& dates : rules_)
-            heads_.push_back(advanced(dates));
-    }
-
-    std::optional<LocalTime> next() {
-        while (const auto date = nearest()) {
-            comparisons_ += std::ssize(rules_) + std::ssize(exceptions_);
-            if (comparisons_ > steps_)
-                break;
-            for (std::size_t i = 0; i < heads_.size(); ++i) {
-                if (heads_[i] == date)
-                    heads_[i] = advanced(rules_[i]);
-            }
-            if (extra() && extra()->time == date)
-                extra_ += way_ == Way::forward ? 1 : -1;
-            // A rule takes care of what coincides with its own dates where the clocks skip a time.
-            const bool mayCoincide = rules_.size() > 1 || !series_.extras_.empty();
-            const LocalTime shown = mayCoincide ? series_.shownTime(*date) : *date;
-            if ((shown == *date || !series_.isGiven(shown)) && !isLeftOut(*date))
-                return date;
-        }
-        return std::nullopt;
-    }
-
-    [[nodiscard]] qint64 steps() const {
-        qint64 left = 0;
-        for (const Occurrences& dates : rules_)
-            left += std::max<qint64>(dates.stepsLeft(), 0);
-        return steps_ - left;
-    }
-    [[nodiscard]] bool ranOut() const {
-        return comparisons_ > steps_ ||
-               std::any_of(rules_.begin(), rules_.end(), [](const auto& dates) { return dates.ranOut(); });
-    }
-
-  private:
-    [[nodiscard]] bool isLeftOut(const LocalTime& date) {
-        return series_.isListedAsExcluded(date) ||
-               std::any_of(exceptions_.begin(), exceptions_.end(),
-                           [&](Occurrences& rule) { return rule.contains(date); });
-    }
-    [[nodiscard]] std::optional<LocalTime> advanced(Occurrences& dates) const {
-        return way_ == Way::forward ? dates.next() : dates.previous();
-    }
-    /// The next extra date.
-    [[nodiscard]] const Extra* extra() const {
-        const auto& extras = series_.extras_;
-        const std::ptrdiff_t index = way_ == Way::forward ? extra_ : extra_ - 1;
-        if (index < 0 || index >= std::ssize(extras))
-            return nullptr;
-        const Extra& result = extras[static_cast<std::size_t>(index)];
-        const bool isWithin = way_ == Way::forward ? !last_.isValid() || result.time.day <= last_
-                                                   : !first_.isValid() || result.time.day >= first_;
-        return isWithin ? &result : nullptr;
-    }
-    [[nodiscard]] std::optional<LocalTime> nearest() const {
-        std::optional<LocalTime> result;
-        const auto consider = [&](const LocalTime& date) {
-            if (!result || (way_ == Way::forward ? date < *result : *result < date))
-                result = date;
-        };
-        for (const auto& head : heads_) {
-            if (head)
-                consider(*head);
-        }
-        if (const Extra* given = extra())
-            consider(given->time);
-        return result;
-    }
-
-    const EventSeries& series_;
-    Way way_;
-    qint64 steps_;
-    qint64 comparisons_ = 0;
-    std::vector<Occurrences> rules_;
-    std::vector<Occurrences> exceptions_;
-    std::vector<std::optional<LocalTime>> heads_;
-    std::ptrdiff_t extra_ = 0;
-    QDate first_;
-    QDate last_;
-};
 
 EventSeries::Cost EventSeries::forEachRecurring(const Span& span,
                                                 const std::function<bool(const Date&)>& visit,

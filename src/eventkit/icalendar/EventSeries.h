@@ -103,6 +103,9 @@ class EventSeries {
                    DateInterval interval, std::optional<std::size_t> change);
     [[nodiscard]] std::optional<Instant> lastEnd() const;
     [[nodiscard]] bool isListedAsExcluded(const icalendar::LocalTime& time) const;
+    [[nodiscard]] icalendar::Occurrences
+    datesOf(const icalendar::RecurrenceRule& rule,
+            icalendar::Occurrences::Start meaning = icalendar::Occurrences::Start::isDate) const;
     [[nodiscard]] std::vector<icalendar::Occurrences> exceptions() const;
     [[nodiscard]] bool isGiven(const icalendar::LocalTime& time) const;
     [[nodiscard]] const Extra* extraAt(const icalendar::LocalTime& time) const;

@@ -48,10 +48,6 @@ struct ItemDatabase::OpenEvent : OpenFile {
 
 namespace {
 
-std::shared_ptr<const EventChange> changeOf(std::vector<ItemChange> items) {
-    return std::make_shared<EventChange>(std::move(items));
-}
-
 void defineZones(Document& document, const Document& before, const EKEventData& event,
                  const ZoneCalendar& local) {
     icalendar::addMissingTimeZones(document, before, firstZoneYear(local.dayOf(event.startDate).year()),
@@ -63,7 +59,7 @@ void defineZones(Document& document, const Document& before, const EKEventData& 
 tl::expected<ItemDatabase::OpenEvent, EKError> ItemDatabase::openEvent(const EKEventData& base,
                                                                        const ZoneCalendar& local) {
     const QString& identifier = base.calendarItemIdentifier;
-    auto opened = openWith(&Snapshot::events, &icalendar::readEvents, identifier, local);
+    auto opened = openWith<EventItem>(identifier, local);
     if (!opened)
         return tl::unexpected(opened.error());
     auto& [file, item] = *opened;
@@ -107,64 +103,44 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveNewEvent(EKEventData edite
     const QByteArray uid = newUid();
     Document document = icalendar::makeEvent(uid, prepared, local, now);
     defineZones(document, Document::make(), prepared, local);
-    const auto created = createFile(*collection, uid, {}, document, local);
-    if (!created)
-        return tl::unexpected(created.error());
-    rebuildSnapshot();
-    EKSaveResult result{identifierIn(snapshot_->events, created->place, created->uid), std::nullopt, nullptr};
-    result.change =
-        changeOf({{result.calendarItemIdentifier, created->uid, std::nullopt,
-                   ItemState{created->place.collection, created->place.file, created->stored.text}}});
-    return result;
+    return createItem<EventItem>(*collection, uid, {}, document, local).map([](ItemChange change) {
+        return resultOf(EKEntityType::event, {std::move(change)});
+    });
 }
 
 tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventData& base,
                                                                   const EKEventData& edited, Instant now,
                                                                   const ZoneCalendar& local) {
-    const auto refuse = [](EKError error) { return tl::unexpected(WriteError(std::move(error))); };
     const auto opened = openEvent(base, local);
     if (!opened)
-        return refuse(opened.error());
+        return tl::unexpected(WriteError(opened.error()));
     const EKEventData& current = opened->current();
-    MergedEventEdits merge = mergeEdits(base, edited, current);
-    EKSaveResult result{base.calendarItemIdentifier, std::nullopt, nullptr};
-    if (merge.conflict || merge.merged == current) {
-        // Nothing to write, but what the file says now is known from here on.
+    auto wish = wanted(opened->place, base, edited, current);
+    if (!wish || !*wish) {
+        // What the file says now is known from here on.
         (void)refresh({.files = {{opened->place.collection, {opened->place.file}}}}, local);
-        if (merge.conflict)
-            return refuse(conflictError(current.title));
-        return result;
+        if (!wish)
+            return tl::unexpected(WriteError(std::move(wish.error())));
+        return EKSaveResult{base.calendarItemIdentifier, std::nullopt, nullptr};
     }
-    if (auto error = reasonNotToChange(opened->place))
-        return refuse(std::move(*error));
-    const auto target = writableCollection(merge.merged.calendarIdentifier);
-    if (!target)
-        return refuse(target.error());
-    if (auto error = invalidReason(current, merge.merged))
-        return refuse(std::move(*error));
-
-    const EKEventData after = preparedForSave(current, std::move(merge.merged), now);
-    const auto written = writeOccurrence(*opened, after, *target, now, local);
+    const EKEventData after = preparedForSave(current, std::move((*wish)->data), now);
+    const auto written = writeOccurrence(*opened, after, (*wish)->target, now, local);
     if (!written)
         return tl::unexpected(written.error());
     rebuildSnapshot();
     const bool moved = written->place.collection != opened->place.collection;
-    if (moved)
-        result.calendarItemIdentifier = identifierIn(snapshot_->events, written->place, written->key);
-    const ItemState present{written->place.collection, written->place.file, written->text,
-                            moved ? 0 : opened->ordinal, moved || opened->isAlone};
-    if (!moved || !opened->isOfSeries()) {
-        result.change =
-            changeOf({{result.calendarItemIdentifier, opened->item.key, opened->state(), present}});
-        return result;
-    }
+    const QString identifier =
+        moved ? identifierIn(snapshot_->events, written->place, written->key) : base.calendarItemIdentifier;
+    const ItemState present = opened->stateAfter(*written);
+    if (!moved || !opened->isOfSeries())
+        return resultOf(EKEntityType::event, {{identifier, opened->item.key, opened->state(), present}});
     ItemState rest = opened->state();
     rest.text = opened->withoutOccurrence(now).text();
     if (const auto file = openFile(opened->place); file && *file)
         rest.text = (*file)->document.text();
-    result.change = changeOf({{result.calendarItemIdentifier, written->key, std::nullopt, present},
-                              {base.calendarItemIdentifier, opened->item.key, opened->state(), rest}});
-    return result;
+    return resultOf(EKEntityType::event,
+                    {{identifier, written->key, std::nullopt, present},
+                     {base.calendarItemIdentifier, opened->item.key, opened->state(), rest}});
 }
 
 tl::expected<ItemDatabase::WrittenItem, WriteError>
@@ -176,35 +152,21 @@ ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
             ? Component(document.components("VEVENT")[static_cast<std::size_t>(opened.index())].lines())
             : icalendar::makeChange(opened.item, opened.occurrence.time, opened.occurrence.source, document);
     icalendar::writeEvent(component, opened.component().times, opened.current(), after, document, local, now);
-    const bool moves = target != opened.place.collection;
-    const auto writtenTo = [](const tl::expected<Created, WriteError>& moved) {
-        return moved.map([](const Created& created) {
-            return WrittenItem{created.place, created.uid, created.stored.text};
-        });
-    };
-    if (moves && opened.isOfSeries()) {
+    if (target != opened.place.collection && opened.isOfSeries()) {
         const QByteArray uid = newUid();
         document = icalendar::makeSeparateEvent(uid, std::move(component), std::move(document));
         defineZones(document, Document::make(), after, local);
         const auto leave = [&] {
             return failureOf(replaceFile(opened, opened.withoutOccurrence(now), local));
         };
-        return writtenTo(move(opened, SecondStep::rewrites, target, uid, document, leave, local));
+        return move(opened, SecondStep::rewrites, target, uid, document, leave, local);
     }
     if (opened.hasComponent())
         document.replace(opened.index(), component);
     else
         document.insertAfter(opened.item.index, component);
     defineZones(document, opened.document, after, local);
-    if (!moves) {
-        return replaceFile(opened, document, local).map([&](const QByteArray& text) {
-            return WrittenItem{opened.place, opened.item.key, text};
-        });
-    }
-    icalendar::keepOnlyItem(document, "VEVENT", opened.item);
-    return writtenTo(move(
-        opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, opened.item.key,
-        document, [&] { return takeOut(opened, "VEVENT", opened.item, local); }, local));
+    return storeItem(opened, opened.item, std::move(document), opened.item, target, local);
 }
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData& base, Instant now,
@@ -228,9 +190,8 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData&
             return tl::unexpected(std::move(*failed));
         }
         rebuildSnapshot();
-        return EKSaveResult{
-            base.calendarItemIdentifier, std::nullopt,
-            changeOf({{base.calendarItemIdentifier, opened->item.key, opened->state(), std::move(rest)}})};
+        return resultOf(EKEntityType::event,
+                        {{base.calendarItemIdentifier, opened->item.key, opened->state(), std::move(rest)}});
     };
     return persist<EKSaveResult>(base.title, {base.calendarIdentifier}, attempt);
 }

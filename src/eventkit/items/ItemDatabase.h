@@ -1,10 +1,9 @@
 #pragma once
 
 #include "eventkit/icalendar/Todo.h"
-#include "eventkit/items/EventChange.h"
+#include "eventkit/items/ItemChange.h"
 #include "eventkit/items/ItemSnapshot.h"
 #include "eventkit/items/ItemStorage.h"
-#include "eventkit/items/ReminderChange.h"
 #include "eventkit/model/EKEventStore.h"
 
 #include <functional>
@@ -60,9 +59,9 @@ class ItemDatabase {
     saveAll(const std::vector<ReminderEdit>& edits, Instant now, const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> remove(const QString& identifier,
                                                              const ZoneCalendar& local);
-    /// Takes a change back; `identifier` is what the reminder is called now.
+    /// Takes a change back; `identifier` is what the reminder or event is called now.
     [[nodiscard]] tl::expected<EKSaveResult, EKError>
-    revert(const ReminderChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
+    revert(const ChangeRecord& change, const QString& identifier, Instant now, const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKCalendar, EKError> saveCalendar(const EKCalendar& calendar,
                                                                  const ZoneCalendar& local);
 
@@ -72,17 +71,23 @@ class ItemDatabase {
               const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> removeEvent(const EKEventData& base, Instant now,
                                                                   const ZoneCalendar& local);
-    [[nodiscard]] tl::expected<EKSaveResult, EKError>
-    revert(const EventChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
 
   private:
     struct OpenFile;
     struct OpenItem;
     struct OpenEvent;
     struct Revision;
-    struct PreparedSave;
     struct WrittenRevision;
+    template <typename Data>
+    struct Wanted;
     using Created = ItemStorage::Created;
+    /// Where an item is written.
+    struct WrittenItem {
+        Place place;
+        QByteArray key;
+        /// All of the file.
+        QByteArray text;
+    };
 
     /// Makes the snapshot say what the library does. What that costs depends on the files that changed, as
     /// long as they are few and known.
@@ -119,14 +124,10 @@ class ItemDatabase {
     opened(const Place& place, tl::expected<std::optional<StoredText>, EKError> stored);
     template <typename Item>
     [[nodiscard]] static std::optional<std::pair<OpenFile, Item>>
-    findIn(std::optional<OpenFile> file,
-           std::vector<Item> (*read)(const icalendar::Document&, const ZoneCalendar&),
-           const QString& identifier, const ZoneCalendar& local);
-    template <typename Item, typename Entries>
-    [[nodiscard]] tl::expected<std::pair<OpenFile, Item>, EKError>
-    openWith(Entries Snapshot::*entries,
-             std::vector<Item> (*read)(const icalendar::Document&, const ZoneCalendar&),
-             const QString& identifier, const ZoneCalendar& local);
+    findIn(std::optional<OpenFile> file, const QString& identifier, const ZoneCalendar& local);
+    template <typename Item>
+    [[nodiscard]] tl::expected<std::pair<OpenFile, Item>, EKError> openWith(const QString& identifier,
+                                                                            const ZoneCalendar& local);
     [[nodiscard]] tl::expected<OpenItem, EKError> openItem(const QString& identifier,
                                                            const ZoneCalendar& local);
     [[nodiscard]] tl::expected<OpenEvent, EKError> openEvent(const EKEventData& base,
@@ -142,10 +143,10 @@ class ItemDatabase {
             const std::function<tl::expected<Result, WriteError>()>& attempt);
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>
     trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const ZoneCalendar& local);
-    /// What is to be written where `opened` is edited; absent where nothing is.
-    [[nodiscard]] tl::expected<std::optional<PreparedSave>, EKError>
-    prepareSave(const OpenItem& opened, const EKReminderData& base, const EKReminderData& edited, Instant now,
-                const ZoneCalendar& local) const;
+    /// What is to be saved where the item at a place is edited; absent where nothing is.
+    template <typename Data>
+    [[nodiscard]] tl::expected<std::optional<Wanted<Data>>, EKError>
+    wanted(const Place& place, const Data& base, const Data& edited, const Data& current) const;
     /// To be asked once the snapshot shows what was written.
     [[nodiscard]] EKSaveResult saved(const OpenItem& opened, const WrittenRevision& written) const;
     [[nodiscard]] static Revision revised(const OpenItem& opened, EKReminderData wanted, Instant now,
@@ -166,19 +167,12 @@ class ItemDatabase {
                                                     const ZoneCalendar& local);
     /// Creates a file in another collection for what `leave` then takes out of
     /// the file it was in; it does not stay when that fails.
-    [[nodiscard]] tl::expected<Created, WriteError>
+    [[nodiscard]] tl::expected<WrittenItem, WriteError>
     move(const OpenFile& from, SecondStep step, const QByteArray& target, const QByteArray& uid,
          const icalendar::Document& document, const std::function<std::optional<WriteError>()>& leave,
          const ZoneCalendar& local);
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>
     tryEventSave(const EKEventData& base, const EKEventData& edited, Instant now, const ZoneCalendar& local);
-    /// Where an event is written.
-    struct WrittenItem {
-        Place place;
-        QByteArray key;
-        /// All of the file.
-        QByteArray text;
-    };
     [[nodiscard]] tl::expected<WrittenItem, WriteError> writeOccurrence(const OpenEvent& opened,
                                                                         const EKEventData& after,
                                                                         const QByteArray& target, Instant now,
@@ -188,23 +182,33 @@ class ItemDatabase {
     [[nodiscard]] tl::expected<Created, EKError>
     createFile(const QByteArray& collection, const QByteArray& uid, const QByteArray& preferredName,
                const icalendar::Document& document, const ZoneCalendar& local);
+    /// Creates a file for an item and shows it.
+    template <typename Item>
+    [[nodiscard]] tl::expected<ItemChange, EKError>
+    createItem(const QByteArray& collection, const QByteArray& key, const QByteArray& preferredName,
+               const icalendar::Document& document, const ZoneCalendar& local);
+    /// Writes `document`, in which the item is `inDocument`, in the place of the file that was opened, or
+    /// puts the item into another collection.
+    template <typename Item>
+    [[nodiscard]] tl::expected<WrittenItem, WriteError>
+    storeItem(const OpenFile& opened, const Item& item, icalendar::Document document, const Item& inDocument,
+              const QByteArray& target, const ZoneCalendar& local);
     void takeBack(const Created& created);
     /// What was done in turn.
+    template <typename Item>
     [[nodiscard]] tl::expected<ItemChange, EKError>
     revertItem(const ItemChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
-    [[nodiscard]] tl::expected<ItemChange, WriteError> restore(const ItemChange& change, OpenItem& opened,
-                                                               Instant now, const ZoneCalendar& local);
-    [[nodiscard]] tl::expected<ItemChange, WriteError> takeAway(const ItemChange& change, OpenItem& opened,
-                                                                const ZoneCalendar& local);
-    [[nodiscard]] tl::expected<ItemChange, EKError>
-    revertEvent(const ItemChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
-    [[nodiscard]] tl::expected<ItemChange, WriteError> restoreEvent(const ItemChange& change,
-                                                                    const OpenFile& opened,
-                                                                    const icalendar::EventItem& item,
-                                                                    Instant now, const ZoneCalendar& local);
-    template <typename Item, typename Entries>
-    [[nodiscard]] tl::expected<ItemChange, EKError>
-    bringBack(const ItemChange& change, Entries Snapshot::*entries, const ZoneCalendar& local);
+    template <typename Item>
+    [[nodiscard]] tl::expected<ItemChange, EKError> bringBack(const ItemChange& change,
+                                                              const ZoneCalendar& local);
+    template <typename Item>
+    [[nodiscard]] tl::expected<ItemChange, WriteError>
+    restore(const ItemChange& change, const QString& identifier, const OpenFile& opened, const Item& item,
+            Instant now, const ZoneCalendar& local);
+    template <typename Item>
+    [[nodiscard]] tl::expected<ItemChange, WriteError>
+    takeAway(const ItemChange& change, const QString& identifier, const OpenFile& opened, const Item& item,
+             const ZoneCalendar& local);
     /// The collection that holds an item once a change of it is taken back; `present` is where it is now.
     /// Fails where others have moved it, or where it may not be written.
     [[nodiscard]] tl::expected<QByteArray, WriteError>

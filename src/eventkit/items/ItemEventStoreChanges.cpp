@@ -250,32 +250,29 @@ void ItemEventStore::remove(const EKReminderRef& reminder, SaveCompletion comple
 
 void ItemEventStore::revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                             SaveCompletion completion) {
-    const auto ofReminder = std::dynamic_pointer_cast<const ReminderChange>(change);
-    const auto ofEvent = std::dynamic_pointer_cast<const EventChange>(change);
-    const std::vector<ItemChange> none;
-    const auto& items = ofReminder ? ofReminder->items : ofEvent ? ofEvent->items : none;
-    if (items.empty()) {
+    const auto record = std::dynamic_pointer_cast<const ChangeRecord>(change);
+    if (!record || record->items.empty()) {
         onMain([completion = std::move(completion)] { completion(tl::unexpected(itemNotFoundError())); });
         return;
     }
-    const ItemChange& item = items.front();
+    const ItemChange& item = record->items.front();
+    const bool isEvent = record->type == EKEntityType::event;
     const auto listOf = [](const std::optional<ItemState>& state) {
         return state ? QString::fromUtf8(state->collection) : QString();
     };
     QString title = identifier;
-    if (const auto reminder = ofReminder ? storedReminder(identifier) : nullptr)
+    if (const auto reminder = isEvent ? nullptr : storedReminder(identifier))
         title = reminder->title;
-    else if (const auto event = ofEvent ? snapshot_->firstEvent(identifier) : nullptr)
+    else if (const auto event = isEvent ? snapshot_->firstEvent(identifier) : nullptr)
         title = event->title;
     const std::vector<Subject> subjects{{identifier, title}};
     const QString from = listOf(item.after ? item.after : item.before);
     // An occurrence that left its series goes back to the list of the series.
-    const auto& former = ofEvent ? items.back().before : item.before;
+    const auto& former = isEvent ? record->items.back().before : item.before;
     carryOut(
         queueFor(subjects, from, former ? listOf(former) : from), subjects,
-        [this, ofReminder, ofEvent, identifier](Instant now, const ZoneCalendar& local) {
-            return ofEvent ? database_.revert(*ofEvent, identifier, now, local)
-                           : database_.revert(*ofReminder, identifier, now, local);
+        [this, record, identifier](Instant now, const ZoneCalendar& local) {
+            return database_.revert(*record, identifier, now, local);
         },
         [](const SaveAnswer&) {}, std::move(completion));
 }

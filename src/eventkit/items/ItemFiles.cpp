@@ -10,6 +10,11 @@ namespace kestrant::items {
 
 using icalendar::Document;
 
+EKSaveResult resultOf(EKEntityType type, std::vector<ItemChange> items) {
+    const QString identifier = items.front().identifier;
+    return {identifier, std::nullopt, std::make_shared<const ChangeRecord>(type, std::move(items))};
+}
+
 int firstZoneYear(int year) {
     return std::max(1970, year - 1);
 }
@@ -103,7 +108,7 @@ std::optional<WriteError> ItemDatabase::takeOut(const OpenFile& file, QByteArray
     return failureOf(replaceFile(file, rest, local));
 }
 
-tl::expected<ItemDatabase::Created, WriteError>
+tl::expected<ItemDatabase::WrittenItem, WriteError>
 ItemDatabase::move(const OpenFile& from, SecondStep step, const QByteArray& target, const QByteArray& uid,
                    const Document& document, const std::function<std::optional<WriteError>()>& leave,
                    const ZoneCalendar& local) {
@@ -116,7 +121,7 @@ ItemDatabase::move(const OpenFile& from, SecondStep step, const QByteArray& targ
         takeBack(*created);
         return tl::unexpected(std::move(*error));
     }
-    return std::move(*created);
+    return WrittenItem{std::move(created->place), std::move(created->uid), std::move(created->stored.text)};
 }
 
 }  // namespace kestrant::items

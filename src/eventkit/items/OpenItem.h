@@ -1,8 +1,12 @@
 #pragma once
 
+#include "eventkit/icalendar/Event.h"
 #include "eventkit/icalendar/ItemWriting.h"
+#include "eventkit/icalendar/Todo.h"
 #include "eventkit/items/ItemDatabase.h"
 #include "eventkit/model/EKErrors.h"
+#include "eventkit/model/EventChanges.h"
+#include "eventkit/model/ReminderChanges.h"
 
 #include <QFile>
 #include <QHash>
@@ -13,8 +17,27 @@
 
 namespace kestrant::items {
 
-/// The file with everything else taken out of it.
-[[nodiscard]] icalendar::Document aloneIn(icalendar::Document document, const icalendar::TodoItem& item);
+/// What the items of one kind are called in a file, how they are read, and where a snapshot has them.
+template <typename Item>
+struct ItemKind;
+template <>
+struct ItemKind<icalendar::TodoItem> {
+    static constexpr EKEntityType type = EKEntityType::reminder;
+    static constexpr QByteArrayView component = "VTODO";
+    static constexpr auto read = &icalendar::readTodos;
+    static constexpr auto entries = &Snapshot::reminders;
+    [[nodiscard]] static const QString& title(const icalendar::TodoItem& item) { return item.data.title; }
+};
+template <>
+struct ItemKind<icalendar::EventItem> {
+    static constexpr EKEntityType type = EKEntityType::event;
+    static constexpr QByteArrayView component = "VEVENT";
+    static constexpr auto read = &icalendar::readEvents;
+    static constexpr auto entries = &Snapshot::events;
+    [[nodiscard]] static const QString& title(const icalendar::EventItem& item) {
+        return item.event.data.title;
+    }
+};
 
 /// A file that is to be changed, as it is at this moment, for the sake of one
 /// item in it.
@@ -29,6 +52,12 @@ struct ItemDatabase::OpenFile {
 
     [[nodiscard]] ItemState state() const {
         return {place.collection, place.file, document.text(), ordinal, isAlone};
+    }
+    /// What is kept of an item of this file once it was written there or in another collection.
+    [[nodiscard]] ItemState stateAfter(const WrittenItem& written) const {
+        const bool isSame = written.place.collection == place.collection;
+        return {written.place.collection, written.place.file, written.text, isSame ? ordinal : 0,
+                !isSame || isAlone};
     }
     /// Whether nobody has changed anything in the file since the change, so that its text before it will do.
     [[nodiscard]] bool isUntouchedSince(const ItemChange& change) const {
@@ -61,25 +90,16 @@ struct ItemDatabase::Revision {
     QByteArray copyUid;
 };
 
-/// What a save has to write.
-struct ItemDatabase::PreparedSave {
-    /// The collection that then holds the item.
-    QByteArray target;
-    Revision revision;
+/// What became of a revision.
+struct ItemDatabase::WrittenRevision : WrittenItem {
+    std::optional<Created> copy;
 };
 
-/// What became of a revision.
-struct ItemDatabase::WrittenRevision {
-    Place place;
-    /// All of the file.
-    QByteArray text;
-    std::optional<Created> copy;
-
-    /// What is at the place once it was written there instead of `opened`.
-    [[nodiscard]] ItemState stateAfter(const OpenItem& opened) const {
-        const bool isSame = place.collection == opened.place.collection;
-        return {place.collection, place.file, text, isSame ? opened.ordinal : 0, !isSame || opened.isAlone};
-    }
+/// What a save has to write: the values, and the collection that then holds the item.
+template <typename Data>
+struct ItemDatabase::Wanted {
+    Data data;
+    QByteArray target;
 };
 
 /// Why something was not written; absent when it was.
@@ -87,6 +107,14 @@ template <typename Written>
 [[nodiscard]] std::optional<WriteError> failureOf(const tl::expected<Written, WriteError>& written) {
     return written ? std::nullopt : std::optional(written.error());
 }
+
+/// What is kept of a file that was made for one item.
+[[nodiscard]] inline ItemState stateOf(const ItemStorage::Created& created) {
+    return {created.place.collection, created.place.file, created.stored.text};
+}
+
+/// What a change of items of one kind has done, of which the first is the item itself.
+[[nodiscard]] EKSaveResult resultOf(EKEntityType type, std::vector<ItemChange> items);
 
 /// From which year on definitions of zones are to hold for an item of this
 /// year: they begin with the changes of the year before, so that they cover its
@@ -123,13 +151,11 @@ ItemDatabase::persist(const QString& title, const std::vector<QString>& collecti
 /// Finds the item that goes by this identifier in its file.
 template <typename Item>
 std::optional<std::pair<ItemDatabase::OpenFile, Item>>
-ItemDatabase::findIn(std::optional<OpenFile> file,
-                     std::vector<Item> (*read)(const icalendar::Document&, const ZoneCalendar&),
-                     const QString& identifier, const ZoneCalendar& local) {
+ItemDatabase::findIn(std::optional<OpenFile> file, const QString& identifier, const ZoneCalendar& local) {
     if (!file)
         return std::nullopt;
     QHash<QString, int> seen;
-    for (Item& item : read(file->document, local)) {
+    for (Item& item : ItemKind<Item>::read(file->document, local)) {
         const QString alone = QString::fromUtf8(item.key);
         const int ordinal = seen[alone]++;
         if ((identifier != alone || ordinal > 0) &&
@@ -145,11 +171,10 @@ ItemDatabase::findIn(std::optional<OpenFile> file,
 /// Opens the file of an item and finds the item in it. Where it is there no
 /// more, another program may have moved it: everything is compared, and it is
 /// looked for once more.
-template <typename Item, typename Entries>
+template <typename Item>
 tl::expected<std::pair<ItemDatabase::OpenFile, Item>, EKError>
-ItemDatabase::openWith(Entries Snapshot::*entries,
-                       std::vector<Item> (*read)(const icalendar::Document&, const ZoneCalendar&),
-                       const QString& identifier, const ZoneCalendar& local) {
+ItemDatabase::openWith(const QString& identifier, const ZoneCalendar& local) {
+    constexpr auto entries = ItemKind<Item>::entries;
     for (int attempt = 0; attempt < 2; ++attempt) {
         const auto entry = ((*snapshot_).*entries).constFind(identifier);
         if (entry == ((*snapshot_).*entries).cend())
@@ -158,11 +183,57 @@ ItemDatabase::openWith(Entries Snapshot::*entries,
         auto file = openFile(place);
         if (!file)
             return tl::unexpected(file.error());
-        if (auto found = findIn(std::move(*file), read, identifier, local))
+        if (auto found = findIn<Item>(std::move(*file), identifier, local))
             return std::move(*found);
         refresh({.everything = true, .files = {{place.collection, {place.file}}}}, local);
     }
     return tl::unexpected(itemNotFoundError());
+}
+
+template <typename Data>
+tl::expected<std::optional<ItemDatabase::Wanted<Data>>, EKError>
+ItemDatabase::wanted(const Place& place, const Data& base, const Data& edited, const Data& current) const {
+    auto merge = mergeEdits(base, edited, current);
+    if (merge.conflict)
+        return tl::unexpected(conflictError(current.title));
+    if (merge.merged == current)
+        return std::nullopt;
+    if (auto error = reasonNotToChange(place))
+        return tl::unexpected(std::move(*error));
+    auto target = writableCollection(merge.merged.calendarIdentifier);
+    if (!target)
+        return tl::unexpected(std::move(target.error()));
+    if (auto error = invalidReason(current, merge.merged))
+        return tl::unexpected(std::move(*error));
+    return Wanted<Data>{std::move(merge.merged), std::move(*target)};
+}
+
+template <typename Item>
+tl::expected<ItemChange, EKError>
+ItemDatabase::createItem(const QByteArray& collection, const QByteArray& key, const QByteArray& preferredName,
+                         const icalendar::Document& document, const ZoneCalendar& local) {
+    const auto created = createFile(collection, key, preferredName, document, local);
+    if (!created)
+        return tl::unexpected(created.error());
+    rebuildSnapshot();
+    return ItemChange{identifierIn((*snapshot_).*ItemKind<Item>::entries, created->place, created->uid),
+                      created->uid, std::nullopt, stateOf(*created)};
+}
+
+template <typename Item>
+tl::expected<ItemDatabase::WrittenItem, WriteError>
+ItemDatabase::storeItem(const OpenFile& opened, const Item& item, icalendar::Document document,
+                        const Item& inDocument, const QByteArray& target, const ZoneCalendar& local) {
+    constexpr QByteArrayView component = ItemKind<Item>::component;
+    if (target == opened.place.collection)
+        return replaceFile(opened, document, local).map([&](QByteArray text) {
+            return WrittenItem{opened.place, item.key, std::move(text)};
+        });
+    if (!opened.isAlone)
+        icalendar::keepOnlyItem(document, component, inDocument);
+    return move(
+        opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, item.key, document,
+        [&] { return takeOut(opened, component, item, local); }, local);
 }
 
 }  // namespace kestrant::items

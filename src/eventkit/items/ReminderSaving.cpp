@@ -17,12 +17,6 @@ using icalendar::TodoItem;
 
 namespace {
 
-std::shared_ptr<const ReminderChange> changeOf(std::vector<ItemChange> items) {
-    auto change = std::make_shared<ReminderChange>();
-    change->items = std::move(items);
-    return change;
-}
-
 int firstYearOf(const EKReminderData& data) {
     int year = 9999;
     for (const auto& date : {data.startDateComponents, data.dueDateComponents}) {
@@ -41,14 +35,9 @@ void defineZones(Document& document, const Document& before, const EKReminderDat
 
 }  // namespace
 
-Document aloneIn(Document document, const TodoItem& item) {
-    icalendar::keepOnlyItem(document, "VTODO", item);
-    return document;
-}
-
 tl::expected<ItemDatabase::OpenItem, EKError> ItemDatabase::openItem(const QString& identifier,
                                                                      const ZoneCalendar& local) {
-    auto opened = openWith(&Snapshot::reminders, &icalendar::readTodos, identifier, local);
+    auto opened = openWith<TodoItem>(identifier, local);
     if (!opened)
         return tl::unexpected(opened.error());
     return OpenItem::of(std::move(*opened), identifier);
@@ -76,15 +65,9 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveNew(const EKReminderData& 
     const QByteArray uid = newUid();
     Document document = icalendar::makeTodo(uid, prepared, local, now);
     defineZones(document, Document::make(), prepared);
-    const auto created = createFile(*collection, uid, {}, document, local);
-    if (!created)
-        return tl::unexpected(created.error());
-    rebuildSnapshot();
-    EKSaveResult result{identifierIn(snapshot_->reminders, created->place, created->uid), std::nullopt};
-    result.change =
-        changeOf({{result.calendarItemIdentifier, created->uid, std::nullopt,
-                   ItemState{created->place.collection, created->place.file, created->stored.text}}});
-    return result;
+    return createItem<TodoItem>(*collection, uid, {}, document, local).map([](ItemChange change) {
+        return resultOf(EKEntityType::reminder, {std::move(change)});
+    });
 }
 
 tl::expected<EKSaveResult, WriteError> ItemDatabase::trySave(const EKReminderData& base,
@@ -93,58 +76,41 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::trySave(const EKReminderDat
     auto opened = openItem(base.calendarItemIdentifier, local);
     if (!opened)
         return tl::unexpected(WriteError(opened.error()));
-    const auto prepared = prepareSave(*opened, base, edited, now, local);
-    if (!prepared || !*prepared) {
+    auto wish = wanted(opened->place, base, edited, opened->current);
+    if (!wish || !*wish) {
         // What the file says now is known from here on.
         (void)refresh({.files = {{opened->place.collection, {opened->place.file}}}}, local);
-        if (!prepared)
-            return tl::unexpected(WriteError(prepared.error()));
+        if (!wish)
+            return tl::unexpected(WriteError(std::move(wish.error())));
         return EKSaveResult{base.calendarItemIdentifier, std::nullopt};
     }
-    const auto written = writeRevision(*opened, (*prepared)->target, (*prepared)->revision, local);
+    const auto written = writeRevision(*opened, (*wish)->target,
+                                       revised(*opened, std::move((*wish)->data), now, local), local);
     if (!written)
         return tl::unexpected(written.error());
     rebuildSnapshot();
     return saved(*opened, *written);
 }
 
-tl::expected<std::optional<ItemDatabase::PreparedSave>, EKError>
-ItemDatabase::prepareSave(const OpenItem& opened, const EKReminderData& base, const EKReminderData& edited,
-                          Instant now, const ZoneCalendar& local) const {
-    MergedEdits merge = mergeEdits(base, edited, opened.current);
-    if (merge.conflict)
-        return tl::unexpected(conflictError(opened.current.title));
-    if (merge.merged == opened.current)
-        return std::nullopt;
-    if (auto error = reasonNotToChange(opened.place))
-        return tl::unexpected(std::move(*error));
-    const auto target = writableCollection(merge.merged.calendarIdentifier);
-    if (!target)
-        return tl::unexpected(target.error());
-    if (auto error = invalidReason(opened.current, merge.merged))
-        return tl::unexpected(std::move(*error));
-    return PreparedSave{
-        *target,
-        revised(opened, preparedForSave(opened.current, std::move(merge.merged), now, local), now, local)};
-}
-
 EKSaveResult ItemDatabase::saved(const OpenItem& opened, const WrittenRevision& written) const {
-    EKSaveResult result{opened.current.calendarItemIdentifier, std::nullopt};
+    QString identifier = opened.current.calendarItemIdentifier;
     if (written.place.collection != opened.place.collection)
-        result.calendarItemIdentifier = identifierIn(snapshot_->reminders, written.place, opened.item.key);
+        identifier = identifierIn(snapshot_->reminders, written.place, written.key);
     std::vector<ItemChange> changes{
-        {result.calendarItemIdentifier, opened.item.key, opened.state(), written.stateAfter(opened)}};
+        {identifier, opened.item.key, opened.state(), opened.stateAfter(written)}};
+    std::optional<QString> copyIdentifier;
     if (const auto& copy = written.copy) {
-        result.completedCopyIdentifier = identifierIn(snapshot_->reminders, copy->place, copy->uid);
-        changes.push_back({*result.completedCopyIdentifier, copy->uid, std::nullopt,
-                           ItemState{copy->place.collection, copy->place.file, copy->stored.text}});
+        copyIdentifier = identifierIn(snapshot_->reminders, copy->place, copy->uid);
+        changes.push_back({*copyIdentifier, copy->uid, std::nullopt, stateOf(*copy)});
     }
-    result.change = changeOf(std::move(changes));
+    EKSaveResult result = resultOf(EKEntityType::reminder, std::move(changes));
+    result.completedCopyIdentifier = copyIdentifier;
     return result;
 }
 
 ItemDatabase::Revision ItemDatabase::revised(const OpenItem& opened, EKReminderData wanted, Instant now,
                                              const ZoneCalendar& local) {
+    wanted = preparedForSave(opened.current, std::move(wanted), now, local);
     Revision result{.document = opened.document};
     Component todo(opened.document.components("VTODO")[static_cast<std::size_t>(opened.item.index)].lines());
     std::optional<CompletedOccurrence> step;
@@ -167,42 +133,26 @@ ItemDatabase::Revision ItemDatabase::revised(const OpenItem& opened, EKReminderD
 tl::expected<ItemDatabase::WrittenRevision, WriteError>
 ItemDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, const Revision& revision,
                             const ZoneCalendar& local) {
-    WrittenRevision result{opened.place, {}, std::nullopt};
+    WrittenRevision result;
     // The finished occurrence is stored before the series moves on, and does not
     // stay if that fails.
-    const bool leaves = target != opened.place.collection;
-    const SecondStep step = leaves && opened.isAlone ? SecondStep::removes : SecondStep::rewrites;
     StorageHold steps;
     if (revision.copy) {
-        steps = storage_.beginTwoSteps(opened.place, opened.document.text(), step);
+        const bool leaves = target != opened.place.collection;
+        steps = storage_.beginTwoSteps(opened.place, opened.document.text(),
+                                       leaves && opened.isAlone ? SecondStep::removes : SecondStep::rewrites);
         const auto created = createFile(target, revision.copyUid, {}, *revision.copy, local);
         if (!created)
             return tl::unexpected(WriteError(created.error()));
         result.copy = *created;
     }
-    std::optional<WriteError> error;
-    if (!leaves) {
-        auto replaced = replaceFile(opened, revision.document, local);
-        if (replaced)
-            result.text = std::move(*replaced);
-        else
-            error = std::move(replaced.error());
-    } else {
-        auto moved = move(
-            opened, step, target, opened.item.key, aloneIn(revision.document, opened.item),
-            [&] { return takeOut(opened, "VTODO", opened.item, local); }, local);
-        if (moved) {
-            result.place = std::move(moved->place);
-            result.text = std::move(moved->stored.text);
-        } else {
-            error = std::move(moved.error());
-        }
-    }
-    if (error) {
+    auto written = storeItem(opened, opened.item, revision.document, opened.item, target, local);
+    if (!written) {
         if (result.copy)
             takeBack(*result.copy);
-        return tl::unexpected(std::move(*error));
+        return tl::unexpected(std::move(written.error()));
     }
+    static_cast<WrittenItem&>(result) = std::move(*written);
     return result;
 }
 
@@ -219,8 +169,8 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifi
         if (auto error = takeOut(*opened, "VTODO", opened->item, local))
             return tl::unexpected(std::move(*error));
         rebuildSnapshot();
-        return EKSaveResult{identifier, std::nullopt,
-                            changeOf({{identifier, opened->item.key, opened->state(), std::nullopt}})};
+        return resultOf(EKEntityType::reminder,
+                        {{identifier, opened->item.key, opened->state(), std::nullopt}});
     };
     const auto entry = snapshot_->reminders.constFind(identifier);
     if (entry == snapshot_->reminders.cend())

@@ -29,18 +29,18 @@ ItemDatabase::saveAll(const std::vector<ReminderEdit>& edits, Instant now, const
     for (std::size_t k = 0; k < candidates.size(); ++k) {
         const auto& [base, edited] = edits[candidates[k]];
         auto file = opened(places[k], std::move(texts[k]));
-        auto found =
-            file ? findIn(std::move(*file), &icalendar::readTodos, base->calendarItemIdentifier, local)
-                 : std::nullopt;
+        auto found = file ? findIn<icalendar::TodoItem>(std::move(*file), base->calendarItemIdentifier, local)
+                          : std::nullopt;
         if (!found)
             continue;
         OpenItem item = OpenItem::of(std::move(*found), base->calendarItemIdentifier);
-        auto prepared = prepareSave(item, *base, edited, now, local);
-        if (!prepared || !*prepared || (*prepared)->target != item.place.collection ||
-            (*prepared)->revision.copy)
+        auto wish = wanted(item.place, *base, edited, item.current);
+        if (!wish || !*wish || (*wish)->target != item.place.collection)
             continue;
-        replacements.push_back(
-            {item.place, item.document, std::move((*prepared)->revision.document), item.version});
+        Revision revision = revised(item, std::move((*wish)->data), now, local);
+        if (revision.copy)
+            continue;
+        replacements.push_back({item.place, item.document, std::move(revision.document), item.version});
         indices.push_back(candidates[k]);
         items.push_back(std::move(item));
     }
@@ -54,7 +54,8 @@ ItemDatabase::saveAll(const std::vector<ReminderEdit>& edits, Instant now, const
             continue;
         }
         noteWritten(items[k].place, *written[k], local);
-        results[indices[k]] = saved(items[k], {items[k].place, std::move(written[k]->text), std::nullopt});
+        results[indices[k]] =
+            saved(items[k], {{items[k].place, items[k].item.key, std::move(written[k]->text)}, std::nullopt});
     }
     if (!written.empty())
         rebuildSnapshot();

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <tuple>
 
 namespace kestrant {
 namespace {
@@ -14,28 +15,11 @@ constexpr Instant lastInstant = std::chrono::sys_days(std::chrono::year(9999) / 
 
 }  // namespace
 
-MergedEventEdits mergeEdits(const EKEventData& base, const EKEventData& edited, const EKEventData& current) {
-    MergedEventEdits result{.merged = current};
-    const auto apply = [&](auto... properties) {
-        const auto equal = [&](const EKEventData& a, const EKEventData& b) {
-            return ((a.*properties == b.*properties) && ...);
-        };
-        if (equal(edited, base))
-            return;
-        if (!equal(current, base) && !equal(current, edited))
-            result.conflict = true;
-        ((result.merged.*properties = edited.*properties), ...);
-    };
-    apply(&EKEventData::calendarIdentifier);
-    apply(&EKEventData::title);
-    apply(&EKEventData::notes);
-    apply(&EKEventData::location);
-    apply(&EKEventData::url);
-    apply(&EKEventData::isAllDay, &EKEventData::startDate, &EKEventData::endDate, &EKEventData::timeZone);
-    apply(&EKEventData::recurrenceRules);
-    apply(&EKEventData::alarms);
-    apply(&EKEventData::creationDate);
-    return result;
+Merged<EKEventData> mergeEdits(const EKEventData& base, const EKEventData& edited,
+                               const EKEventData& current) {
+    using Data = EKEventData;
+    return mergeProperties(base, edited, current,
+                           std::tuple(&Data::isAllDay, &Data::startDate, &Data::endDate, &Data::timeZone));
 }
 
 std::optional<EKError> invalidReason(const std::optional<EKEventData>& before, const EKEventData& edited) {
@@ -54,15 +38,6 @@ std::optional<EKError> invalidReason(const std::optional<EKEventData>& before, c
         return invalidItemError(text("The repetition of this event is not valid.",
                                      "La répétition de cet événement n’est pas valide."));
     return std::nullopt;
-}
-
-EKEventData separated(EKEventData occurrence) {
-    occurrence.calendarItemIdentifier.clear();
-    occurrence.eventIdentifier.clear();
-    occurrence.recurrenceRules.clear();
-    occurrence.occurrenceDate.reset();
-    occurrence.isDetached = false;
-    return occurrence;
 }
 
 EKEventData preparedForSave(const std::optional<EKEventData>& before, EKEventData edited, Instant now) {

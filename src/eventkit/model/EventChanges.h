@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/model/EKEvent.h"
+#include "eventkit/model/Merging.h"
 
 #include <optional>
 
@@ -14,25 +15,16 @@ inline const QString newCalendarTitle = QStringLiteral("Calendar");
 // What reading and saving an event means, as decisions over values; every implementation of the database uses
 // them.
 
-struct MergedEventEdits {
-    EKEventData merged;
-    /// A property was changed on both sides, to different values; `merged` then holds the edited one.
-    bool conflict = false;
-};
-
 /// Applies the edits that lead from `base` to `edited` to `current`, property by property; start and end
 /// count as one. The identifiers, what the occurrence is of its series and the date of the last change are
 /// those of `current`.
-[[nodiscard]] MergedEventEdits mergeEdits(const EKEventData& base, const EKEventData& edited,
-                                          const EKEventData& current);
+[[nodiscard]] Merged<EKEventData> mergeEdits(const EKEventData& base, const EKEventData& edited,
+                                             const EKEventData& current);
 
 /// Why these values cannot be saved over `before` (absent for a new event); absent when they can. One
 /// occurrence of a series has no repetition of its own to change.
 [[nodiscard]] std::optional<EKError> invalidReason(const std::optional<EKEventData>& before,
                                                    const EKEventData& edited);
-
-/// An occurrence that leaves its series as an event of its own.
-[[nodiscard]] EKEventData separated(EKEventData occurrence);
 
 /// `edited` with what a save sets by itself: the creation date of a new event, the date of the change,
 /// instants in whole seconds, and for an occurrence of a series that it was changed by itself.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <tuple>
 
 namespace kestrant {
 namespace {
@@ -29,30 +30,13 @@ DateComponents inKindOf(const DateComponents& due, const DateComponents& start, 
 
 }  // namespace
 
-MergedEdits mergeEdits(const EKReminderData& base, const EKReminderData& edited,
-                       const EKReminderData& current) {
-    MergedEdits result{.merged = current};
-    const auto apply = [&](auto EKReminderData::*property) {
-        if (edited.*property == base.*property)
-            return;
-        if (current.*property != base.*property && current.*property != edited.*property)
-            result.conflict = true;
-        result.merged.*property = edited.*property;
-    };
-    apply(&EKReminderData::calendarIdentifier);
-    apply(&EKReminderData::title);
-    apply(&EKReminderData::notes);
-    apply(&EKReminderData::location);
-    apply(&EKReminderData::url);
-    apply(&EKReminderData::priority);
-    apply(&EKReminderData::dueDateComponents);
-    apply(&EKReminderData::startDateComponents);
-    apply(&EKReminderData::isCompleted);
-    apply(&EKReminderData::completionDate);
-    apply(&EKReminderData::creationDate);
-    apply(&EKReminderData::alarms);
-    apply(&EKReminderData::recurrenceRules);
-    apply(&EKReminderData::isFlagged);
+Merged<EKReminderData> mergeEdits(const EKReminderData& base, const EKReminderData& edited,
+                                  const EKReminderData& current) {
+    using Data = EKReminderData;
+    auto result = mergeProperties(base, edited, current, std::tuple(&Data::priority),
+                                  std::tuple(&Data::dueDateComponents),
+                                  std::tuple(&Data::startDateComponents), std::tuple(&Data::isCompleted),
+                                  std::tuple(&Data::completionDate), std::tuple(&Data::isFlagged));
     const bool completes = edited.isCompleted && !base.isCompleted;
     if (completes && !base.recurrenceRules.empty() && !current.isCompleted &&
         (current.dueDateComponents != base.dueDateComponents ||

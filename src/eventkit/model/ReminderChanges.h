@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/model/EKTypes.h"
+#include "eventkit/model/Merging.h"
 
 #include <optional>
 
@@ -10,18 +11,12 @@ struct EKPredicate;
 
 // What saving a reminder means, as decisions over values; every implementation of the database uses them.
 
-struct MergedEdits {
-    EKReminderData merged;
-    /// A property was changed on both sides, to different values; `merged` then holds the edited one.
-    bool conflict = false;
-};
-
 /// Applies the edits that lead from `base` to `edited` to `current`, property by property. The identifier and
 /// the date of the last change are those of `current`. Completing a recurring reminder that was moved to
 /// another date meanwhile is a conflict too: the occurrence that was ticked off is not the one that is due
 /// now.
-[[nodiscard]] MergedEdits mergeEdits(const EKReminderData& base, const EKReminderData& edited,
-                                     const EKReminderData& current);
+[[nodiscard]] Merged<EKReminderData> mergeEdits(const EKReminderData& base, const EKReminderData& edited,
+                                                const EKReminderData& current);
 
 /// Why these values cannot be saved over `before` (absent for a new reminder); absent when they can. Values
 /// that were in the database already are never refused.

@@ -3,6 +3,7 @@
 #include "eventkit/model/EKEventStore.h"
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kestrant::items {
@@ -29,9 +30,13 @@ struct ItemChange {
     std::optional<ItemState> after;
 };
 
-/// A change as a database of files remembers it: the reminder itself, then the
-/// copy of a completed occurrence.
-struct ReminderChange final : EKItemChange {
+/// A change as a database of files remembers it: the item itself, then what else it made or changed: the copy
+/// of a completed occurrence, or the series that an event left for another calendar.
+struct ChangeRecord final : EKItemChange {
+    ChangeRecord(EKEntityType kind, std::vector<ItemChange> changes)
+        : type(kind)
+        , items(std::move(changes)) {}
+    EKEntityType type;
     std::vector<ItemChange> items;
 };
 
