@@ -16,12 +16,6 @@ class CalendarCommands {
     void start();
 
   private:
-    /// Nobody waits for a frame.
-    class ImmediateExecutor final : public BackgroundExecutor {
-      public:
-        void run(std::function<void()> work) override { work(); }
-    };
-
     void proceed();
     void carryOut();
     void printAgenda();

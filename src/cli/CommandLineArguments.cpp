@@ -175,6 +175,15 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
         return takeDate(given, context.calendar, arguments.start);
     case Option::end:
         return takeDate(given, context.calendar, arguments.end);
+    case Option::day:
+    case Option::week:
+    case Option::month:
+    case Option::year:
+        if (arguments.recapKind)
+            return failure("--day, --week, --month and --year exclude each other.",
+                           "--day, --week, --month et --year s’excluent.");
+        arguments.recapKind = RecapKind(static_cast<int>(given.name->option) - static_cast<int>(Option::day));
+        break;
     case Option::allEvents:
         arguments.allEvents = true;
         break;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/TypedDate.h"
+#include "completion/Recap.h"
 #include "eventkit/model/EventStoreLocation.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
@@ -36,6 +37,7 @@ struct CommandLineArguments {
         complete,
         remove,
         show,
+        recap,
         agenda,
         calendars,
         addEvent,
@@ -74,6 +76,9 @@ struct CommandLineArguments {
     Wanted<NewReminderPriority> priority;
     Wanted<ReminderAlertSchedule> alert;
     std::optional<ReminderRepeat> repeat;
+
+    /// Of the recap; absent for all four.
+    std::optional<RecapKind> recapKind;
 
     /// The two years of the full calendar instead of the coming week.
     bool allEvents = false;

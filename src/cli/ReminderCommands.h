@@ -42,6 +42,8 @@ class ReminderCommands {
     void foundReminders();
     [[nodiscard]] TextPair notFound() const;
     void show();
+    /// What was completed, as the ledger has it.
+    void printRecap();
     void add();
     void added(const QString& identifier);
     void edit();

@@ -343,5 +343,19 @@ TEST_F(CommandLineTest, AFileInTheFoldersPlaceIsRefused) {
     EXPECT_EQ(file("file"), "x");
 }
 
+TEST_F(CommandLineTest, RecapCountsWhatWasCompletedAlsoElsewhere) {
+    putTodo("home", "done", "SUMMARY:Done\r\nSTATUS:COMPLETED\r\nCOMPLETED:20260327T080000Z\r\n");
+    putTodo("home", "before", "SUMMARY:Before\r\nSTATUS:COMPLETED\r\nCOMPLETED:20260318T080000Z\r\n");
+    const QJsonObject week = run({"recap", "--week", "--json"}).json().object();
+    EXPECT_EQ(week["completed"], 1);
+    EXPECT_EQ(week["week"], 13);
+    EXPECT_EQ(week["lists"], (QJsonArray{QJsonObject{{"title", "home"}, {"count", 1}}}));
+    const Result all = run({"recap"});
+    EXPECT_EQ(all.status, 0);
+    EXPECT_EQ(all.out.count(u'\n'), 4);
+    EXPECT_TRUE(run({"recap", "--month"}).out.contains(QStringLiteral("March"))) << qPrintable(all.out);
+    EXPECT_EQ(run({"recap", "--month", "--year"}).status, 2);
+}
+
 }  // namespace
 }  // namespace kestrant

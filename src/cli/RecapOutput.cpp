@@ -1,0 +1,124 @@
+#include "cli/RecapOutput.h"
+
+#include "completion/RecapTexts.h"
+
+#include <QJsonArray>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace kestrant {
+namespace {
+
+/// Columns of the longest bar.
+constexpr int barLength = 30;
+
+QString rawValue(RecapKind kind) {
+    constexpr std::array names{"day", "week", "month", "year"};
+    return QLatin1String(names[static_cast<std::size_t>(kind)]);
+}
+
+QDate today(const OutputContext& context) {
+    return context.calendar.dayOf(context.now);
+}
+
+QString isoDay(QDate day) {
+    return day.toString(Qt::ISODate);
+}
+
+QString withCapital(QString name) {
+    if (!name.isEmpty())
+        name[0] = name[0].toUpper();
+    return name;
+}
+
+/// What a bar stands for, with its number: the days that have begun of a week or a month, the months of a
+/// year.
+std::vector<std::pair<QString, int>> barsOf(const Recap& recap, const OutputContext& context) {
+    std::vector<std::pair<QString, int>> bars;
+    const RecapPeriod& period = recap.period;
+    for (int index = 0; index < recap.elapsedDays && period.kind != RecapKind::day; ++index) {
+        const QDate day = period.first.addDays(index);
+        const int count = recap.days[static_cast<std::size_t>(index)];
+        const bool isYear = period.kind == RecapKind::year;
+        if (!isYear || day.day() == 1)
+            bars.emplace_back(withCapital(isYear ? context.dates.standaloneMonthName(day.month())
+                                                 : context.dates.toString(day, QStringLiteral("ddd d"))),
+                              0);
+        bars.back().second += count;
+    }
+    return bars;
+}
+
+QStringList summary(const Recap& recap, const OutputContext& context) {
+    return {recapTitle(recap.period, today(context), context.language, context.dates),
+            QString::number(recap.completed), recapSentence(recap, context.language, context.dates)};
+}
+
+}  // namespace
+
+QJsonObject recapAsJson(const PrintedRecap& printed, Qt::DayOfWeek firstDayOfWeek) {
+    const Recap& recap = printed.recap;
+    QJsonArray days;
+    for (const int count : recap.days)
+        days.append(count);
+    QJsonArray lists;
+    for (const ListCount& list : printed.lists)
+        lists.append(
+            QJsonObject{{QStringLiteral("title"), list.list}, {QStringLiteral("count"), list.count}});
+    QJsonObject json{
+        {QStringLiteral("kind"), rawValue(recap.period.kind)},
+        {QStringLiteral("firstDay"), isoDay(recap.period.first)},
+        {QStringLiteral("lastDay"), isoDay(recap.period.last)},
+        {QStringLiteral("completed"), recap.completed},
+        {QStringLiteral("days"), days},
+        {QStringLiteral("elapsedDays"), recap.elapsedDays},
+        {QStringLiteral("quietDays"), recap.quietDays},
+        {QStringLiteral("bestDay"), recap.bestDay ? QJsonValue(isoDay(*recap.bestDay)) : QJsonValue()},
+        {QStringLiteral("bestCount"), recap.bestCount},
+        {QStringLiteral("usualHour"), recap.usualHour ? QJsonValue(*recap.usualHour) : QJsonValue()},
+        {QStringLiteral("streak"), recap.streak},
+        {QStringLiteral("longestStreak"), recap.longestStreak},
+        {QStringLiteral("completedBefore"), recap.completedBefore},
+        {QStringLiteral("lists"), lists},
+    };
+    if (recap.period.kind == RecapKind::week) {
+        const WeekNumber number = weekNumberOf(recap.period.first, firstDayOfWeek);
+        json.insert(QStringLiteral("week"), number.week);
+        json.insert(QStringLiteral("weekYear"), number.year);
+    }
+    return json;
+}
+
+QString recapsAsTable(const std::vector<PrintedRecap>& recaps, const OutputContext& context) {
+    TextRows rows;
+    for (const PrintedRecap& each : recaps)
+        rows.push_back(summary(each.recap, context));
+    return alignedText(rows);
+}
+
+QString recapAsText(const PrintedRecap& printed, const OutputContext& context) {
+    QString result = alignedText({summary(printed.recap, context)});
+    TextRows rows;
+    std::vector<std::pair<QString, int>> bars;
+    if (printed.recap.completed > 0)
+        bars = barsOf(printed.recap, context);
+    int most = 1;
+    for (const auto& [name, count] : bars)
+        most = std::max(most, count);
+    for (const auto& [name, count] : bars) {
+        const int length = count == 0 ? 0 : std::max(1, count * barLength / most);
+        rows.push_back({name, QString::number(count), QString(length, QChar(u'█'))});
+    }
+    if (!rows.empty())
+        result += u'\n' + alignedText(rows);
+    rows.clear();
+    for (const ListCount& list : printed.lists)
+        rows.push_back({list.list, QString::number(list.count)});
+    if (!rows.empty())
+        result += u'\n' + alignedText(rows, {0}, context.lineWidth);
+    return result;
+}
+
+}  // namespace kestrant
