@@ -4,7 +4,7 @@
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Localization.h"
-#include "reminders/ReminderStore.h"
+#include "reminders/store/ReminderStore.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
 

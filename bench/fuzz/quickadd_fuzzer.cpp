@@ -3,7 +3,7 @@
 
 #include "foundation/Text.h"
 #include "fuzzing.h"
-#include "reminders/QuickAddParser.h"
+#include "reminders/quickadd/QuickAddParser.h"
 
 #include <cstddef>
 #include <cstdint>

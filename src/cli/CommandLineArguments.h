@@ -6,8 +6,8 @@
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
-#include "reminders/ReminderAlertSchedule.h"
-#include "reminders/ReminderTask.h"
+#include "reminders/model/ReminderAlertSchedule.h"
+#include "reminders/model/ReminderTask.h"
 
 #include <QString>
 #include <QStringList>

@@ -4,7 +4,7 @@
 #include "cli/ReminderOutput.h"
 #include "cli/ReminderRequests.h"
 #include "foundation/JsonFileUserDefaults.h"
-#include "reminders/ReminderConversion.h"
+#include "reminders/model/ReminderConversion.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -21,11 +21,9 @@ using Command = CommandLineArguments::Command;
 
 /// The reminder as the list shows it, open or not.
 ReminderTask taskOf(const EKReminderData& reminder, const CommandRun& run) {
-    ReminderFlagIndex flags = ReminderFlagIndex::load(run.defaults);
-    flags.nativeIDs.clear();
-    if (reminder.isFlagged)
-        flags.nativeIDs.insert(ReminderFlagIndex::flagKey(reminder.calendarItemIdentifier));
-    return reminderTask(reminder, run.environment.calendar, flags);
+    const auto overrides = ReminderFlagIndex::load(run.defaults).localOverrides;
+    const QString key = ReminderFlagIndex::flagKey(reminder.calendarItemIdentifier);
+    return reminderTask(reminder, run.environment.calendar, overrides.value(key, reminder.isFlagged));
 }
 
 /// Flags that the panel has set outweigh what the database says, so they have to follow.

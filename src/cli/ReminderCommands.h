@@ -3,9 +3,9 @@
 #include "cli/CommandRun.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "foundation/SerialWorker.h"
-#include "reminders/EventStoreScriptHost.h"
-#include "reminders/FlaggedReminderAutomation.h"
-#include "reminders/ReminderStore.h"
+#include "reminders/flags/EventStoreScriptHost.h"
+#include "reminders/flags/FlaggedReminderAutomation.h"
+#include "reminders/store/ReminderStore.h"
 
 #include <QStringList>
 

@@ -2,8 +2,8 @@
 
 #include "cli/TypedDate.h"
 #include "foundation/ControlCharacters.h"
-#include "reminders/ReminderAlerts.h"
-#include "reminders/ReminderDueText.h"
+#include "reminders/model/ReminderAlerts.h"
+#include "reminders/model/ReminderDueText.h"
 
 #include <QHash>
 

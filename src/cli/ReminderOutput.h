@@ -3,8 +3,8 @@
 #include "cli/CommandLineOutput.h"
 #include "eventkit/model/EKTypes.h"
 #include "foundation/ZoneCalendar.h"
-#include "reminders/QuickAddParser.h"
-#include "reminders/ReminderTask.h"
+#include "reminders/model/ReminderTask.h"
+#include "reminders/quickadd/QuickAddParser.h"
 
 #include <QJsonArray>
 #include <QJsonObject>

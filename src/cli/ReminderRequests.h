@@ -3,8 +3,8 @@
 #include "cli/CommandLineArguments.h"
 #include "eventkit/model/EKTypes.h"
 #include "foundation/Text.h"
-#include "reminders/QuickAddParser.h"
-#include "reminders/ReminderTask.h"
+#include "reminders/model/ReminderTask.h"
+#include "reminders/quickadd/QuickAddParser.h"
 
 #include <QString>
 #include <QStringList>

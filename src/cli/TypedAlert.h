@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reminders/ReminderAlertSchedule.h"
+#include "reminders/model/ReminderAlertSchedule.h"
 
 #include <QString>
 

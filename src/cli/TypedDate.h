@@ -2,7 +2,7 @@
 
 #include "foundation/Instant.h"
 #include "foundation/ZoneCalendar.h"
-#include "reminders/QuickAddParser.h"
+#include "reminders/quickadd/QuickAddParser.h"
 
 #include <QDate>
 #include <QString>

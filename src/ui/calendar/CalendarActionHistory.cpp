@@ -1,6 +1,6 @@
 #include "ui/calendar/CalendarActionHistory.h"
 
-#include "reminders/ReminderActionHistory.h"
+#include "reminders/store/ReminderActionHistory.h"
 
 #include <utility>
 

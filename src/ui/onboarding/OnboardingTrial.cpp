@@ -3,7 +3,7 @@
 #include "notch/NotchInteractionModel.h"
 #include "notch/NotchPanelController.h"
 #include "preferences/PreferenceKeys.h"
-#include "reminders/ReminderFlagIndex.h"
+#include "reminders/flags/ReminderFlagIndex.h"
 #include "ui/onboarding/DemoData.h"
 #include "ui/panel/Localizer.h"
 

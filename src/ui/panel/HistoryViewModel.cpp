@@ -2,7 +2,7 @@
 
 #include "foundation/NotificationCenter.h"
 #include "notch/NotchPanelController.h"
-#include "reminders/ReminderActionHistory.h"
+#include "reminders/store/ReminderActionHistory.h"
 #include "ui/panel/Localizer.h"
 
 #include <QPointer>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "calendar/CalendarStore.h"
-#include "reminders/ReminderActionHistory.h"
-#include "reminders/ReminderStore.h"
+#include "reminders/store/ReminderActionHistory.h"
+#include "reminders/store/ReminderStore.h"
 #include "ui/calendar/CalendarActionHistory.h"
 #include "ui/calendar/CalendarEditViewModel.h"
 #include "ui/calendar/CalendarViewModel.h"

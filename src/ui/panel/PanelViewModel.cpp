@@ -7,7 +7,7 @@
 #include "notch/NotchPanelController.h"
 #include "preferences/PreferenceKeys.h"
 #include "preferences/Preferences.h"
-#include "reminders/ReminderStore.h"
+#include "reminders/store/ReminderStore.h"
 
 namespace kestrant {
 

@@ -2,7 +2,7 @@
 
 #include "preferences/PreferenceKeys.h"
 #include "preferences/Preferences.h"
-#include "reminders/ReminderStore.h"
+#include "reminders/store/ReminderStore.h"
 
 namespace kestrant {
 

@@ -1,6 +1,6 @@
 #include "ui/reminders/AlertPicker.h"
 
-#include "reminders/ReminderAlerts.h"
+#include "reminders/model/ReminderAlerts.h"
 #include "ui/calendar/TimeOfDay.h"
 #include "ui/panel/Localizer.h"
 

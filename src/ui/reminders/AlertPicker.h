@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/Text.h"
-#include "reminders/ReminderAlertSchedule.h"
+#include "reminders/model/ReminderAlertSchedule.h"
 
 #include <QObject>
 #include <QQmlEngine>

@@ -1,7 +1,7 @@
 #include "ui/reminders/QuickAddViewModel.h"
 
-#include "reminders/ReminderDueText.h"
-#include "reminders/ReminderStore.h"
+#include "reminders/model/ReminderDueText.h"
+#include "reminders/store/ReminderStore.h"
 #include "ui/calendar/ListColor.h"
 #include "ui/calendar/TimeOfDay.h"
 #include "ui/panel/Localizer.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "reminders/QuickAddParser.h"
-#include "reminders/ReminderTask.h"
+#include "reminders/model/ReminderTask.h"
+#include "reminders/quickadd/QuickAddParser.h"
 #include "ui/calendar/DayPicker.h"
 #include "ui/reminders/AlertPicker.h"
 

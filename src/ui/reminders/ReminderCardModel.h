@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reminders/ReminderTaskList.h"
+#include "reminders/model/ReminderTaskList.h"
 
 #include <QAbstractListModel>
 #include <QColor>

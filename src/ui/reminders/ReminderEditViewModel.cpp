@@ -1,6 +1,6 @@
 #include "ui/reminders/ReminderEditViewModel.h"
 
-#include "reminders/ReminderStore.h"
+#include "reminders/store/ReminderStore.h"
 #include "ui/calendar/ListColor.h"
 #include "ui/calendar/TimeOfDay.h"
 #include "ui/panel/Localizer.h"

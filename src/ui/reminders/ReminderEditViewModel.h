@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reminders/ReminderTask.h"
+#include "reminders/model/ReminderTask.h"
 #include "ui/calendar/DayPicker.h"
 #include "ui/reminders/AlertPicker.h"
 

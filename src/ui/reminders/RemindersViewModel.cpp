@@ -1,8 +1,8 @@
 #include "ui/reminders/RemindersViewModel.h"
 
-#include "reminders/ReminderAlerts.h"
-#include "reminders/ReminderDueText.h"
-#include "reminders/ReminderStore.h"
+#include "reminders/model/ReminderAlerts.h"
+#include "reminders/model/ReminderDueText.h"
+#include "reminders/store/ReminderStore.h"
 #include "ui/calendar/ListColor.h"
 #include "ui/panel/Localizer.h"
 #include "ui/settings/Choices.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reminders/ReminderRepeat.h"
+#include "reminders/model/ReminderRepeat.h"
 #include "ui/panel/Localizer.h"
 
 #include <QString>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "eventkit/model/EKTypes.h"
-#include "reminders/ReminderTask.h"
+#include "reminders/model/ReminderTask.h"
 
 #include <QColor>
 #include <QVariantList>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/ObserverList.h"
-#include "reminders/UserNotifier.h"
+#include "reminders/alerts/UserNotifier.h"
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>

@@ -1,0 +1,149 @@
+#include "reminders/flags/EventStoreScriptHost.h"
+
+#include "reminders/flags/ReminderFlagIndex.h"
+
+#include <algorithm>
+#include <functional>
+#include <iterator>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace kestrant {
+namespace {
+
+using Result = tl::expected<QStringList, ScriptError>;
+using Answer = std::function<void(Result)>;
+
+Result failure(ScriptError::Code code, const QString& message) {
+    return tl::unexpected(ScriptError{code, message});
+}
+
+EKPredicate allOpen() {
+    return EKEventStore::predicateForIncompleteReminders(std::nullopt, std::nullopt, std::nullopt);
+}
+
+EKPredicate allCompleted() {
+    return EKEventStore::predicateForCompletedReminders(std::nullopt, std::nullopt, std::nullopt);
+}
+
+void carryOut(EKEventStore& store, const ReminderScript::ReadFlagged&, const Answer& answer) {
+    store.fetchReminders(allOpen(), [answer](const EKReminders& reminders) {
+        QStringList result;
+        for (const auto& reminder : reminders) {
+            if (reminder->isFlagged)
+                result.push_back(QStringLiteral("x-kestrant-reminder://") + reminder->calendarItemIdentifier);
+        }
+        answer(std::move(result));
+    });
+}
+
+/// Sets the flag of the first reminder that has the key and takes the change: open ones before completed
+/// ones, the lists of the given name before the others.
+class FlagSetting : public std::enable_shared_from_this<FlagSetting> {
+  public:
+    FlagSetting(EKEventStore& store, ReminderScript::SetFlag request, Answer answer)
+        : store_(store)
+        , request_(std::move(request))
+        , answer_(std::move(answer)) {}
+
+    void search(const EKPredicate& among, const std::function<void()>& otherwise) {
+        store_.fetchReminders(among, [self = shared_from_this(), otherwise](const EKReminders& reminders) {
+            std::copy_if(reminders.begin(), reminders.end(), std::back_inserter(self->found_),
+                         [&](const auto& reminder) {
+                             return ReminderFlagIndex::flagKey(reminder->calendarItemIdentifier) ==
+                                    self->request_.targetSuffix;
+                         });
+            if (self->found_.empty())
+                return otherwise();
+            // The next one to try is the last.
+            std::stable_partition(self->found_.begin(), self->found_.end(),
+                                  [&](const auto& each) { return !self->isInNamedList(*each); });
+            self->setNext();
+        });
+    }
+    void start() {
+        search(allOpen(), [self = shared_from_this()] {
+            self->search(allCompleted(), [self] { self->answer_(QStringList{}); });
+        });
+    }
+
+  private:
+    [[nodiscard]] bool isInNamedList(const EKReminderData& reminder) const {
+        const auto list = store_.calendarWithIdentifier(reminder.calendarIdentifier);
+        return list && request_.listName && list->title == *request_.listName;
+    }
+    void setNext() {
+        const auto reminder = std::make_shared<EKReminder>(store_, found_.back());
+        found_.pop_back();
+        reminder->data.isFlagged = request_.flag;
+        store_.save(reminder, [self = shared_from_this()](const tl::expected<EKSaveResult, EKError>& saved) {
+            if (saved)
+                self->answer_(QStringList{});
+            else if (!self->found_.empty())
+                self->setNext();
+            else
+                self->answer_(failure(saved.error().code == EKError::Code::accessDenied
+                                          ? ScriptError::Code::notPermitted
+                                          : ScriptError::Code::failed,
+                                      saved.error().message.english));
+        });
+    }
+
+    EKEventStore& store_;
+    ReminderScript::SetFlag request_;
+    Answer answer_;
+    EKReminders found_;
+};
+
+void carryOut(EKEventStore& store, const ReminderScript::SetFlag& request, const Answer& answer) {
+    std::make_shared<FlagSetting>(store, request, answer)->start();
+}
+
+}  // namespace
+
+EventStoreScriptHost::EventStoreScriptHost(EKEventStore& eventStore, Scheduler& scheduler)
+    : eventStore_(eventStore)
+    , scheduler_(scheduler) {}
+
+EventStoreScriptHost::~EventStoreScriptHost() {
+    interrupt();
+}
+
+tl::expected<QStringList, ScriptError> EventStoreScriptHost::execute(const ReminderScript& script) {
+    const auto result = std::make_shared<std::optional<Result>>();
+    const Answer answer = [shared = shared_, result](Result given) {
+        const std::lock_guard lock(shared->mutex);
+        if (!*result)
+            *result = std::move(given);
+        shared->changed.notify_all();
+    };
+    scheduler_.post([this, weak = std::weak_ptr(isAlive_), script, answer] {
+        if (weak.expired())
+            return;
+        timeLimit_ = scheduler_.after(ReminderScript::timeout, [answer] {
+            answer(failure(ScriptError::Code::timedOut, QStringLiteral("the time limit is over")));
+        });
+        if (eventStore_.authorizationStatus(EKEntityType::reminder) != EKAuthorizationStatus::fullAccess)
+            return answer(failure(ScriptError::Code::notPermitted,
+                                  QStringLiteral("there is no access to the reminders")));
+        std::visit([&](const auto& request) { carryOut(eventStore_, request, answer); }, script.request);
+    });
+    std::unique_lock lock(shared_->mutex);
+    shared_->changed.wait(lock, [&] { return result->has_value() || shared_->isInterrupted; });
+    if (shared_->isInterrupted)
+        return failure(ScriptError::Code::interrupted, QStringLiteral("interrupted"));
+    scheduler_.post([this, weak = std::weak_ptr(isAlive_)] {
+        if (!weak.expired())
+            timeLimit_.cancel();
+    });
+    return std::move(**result);
+}
+
+void EventStoreScriptHost::interrupt() {
+    const std::lock_guard lock(shared_->mutex);
+    shared_->isInterrupted = true;
+    shared_->changed.notify_all();
+}
+
+}  // namespace kestrant

@@ -1,0 +1,302 @@
+#include "reminders/model/ReminderAlerts.h"
+
+#include "eventkit/model/ReminderAlarms.h"
+#include "eventkit/model/ReminderChanges.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace kestrant {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Farther from the due date than any calendar reaches; more would not fit an instant.
+constexpr double longestOffset = 1e11;
+
+/// Whether two instants are one for an alarm.
+bool coincide(const std::optional<Instant>& a, const std::optional<Instant>& b) {
+    return a && b && std::chrono::abs(*a - *b) <= 1s;
+}
+
+/// The alarm that stands for the reminder's alert.
+const EKAlarm* shownAlarm(const std::vector<EKAlarm>& alarms, const AlarmDates& dates,
+                          const ZoneCalendar& calendar) {
+    const auto found = std::find_if(alarms.begin(), alarms.end(), [&](const EKAlarm& alarm) {
+        return alarm.snoozedAlarm.isEmpty() && ringInstant(alarm, dates, calendar);
+    });
+    return found == alarms.end() ? nullptr : &*found;
+}
+
+std::optional<Instant> instantOf(const RelativeToDueTime& schedule, const DateComponents& due,
+                                 const ZoneCalendar& calendar) {
+    const auto dueInstant = calendar.instantFrom(due);
+    if (!due.includesTime() || !dueInstant || !(std::abs(schedule.seconds) <= longestOffset))
+        return std::nullopt;
+    return *dueInstant + seconds(schedule.seconds);
+}
+
+std::optional<Instant> instantOf(const DayRelativeToDueDate& schedule, const DateComponents& due,
+                                 const ZoneCalendar& calendar) {
+    const QTime time(schedule.hour, schedule.minute);
+    if (due.includesTime() || !due.date().isValid() || !time.isValid() ||
+        !reminderDateOnlyAlertDay(schedule.dayOffset))
+        return std::nullopt;
+    return calendar.instantAt(due.date().addDays(schedule.dayOffset), time, GapPolicy::nextExisting);
+}
+
+/// In the largest unit that it is a whole number of; below a minute it is rounded to minutes.
+TextPair offsetInWords(double seconds) {
+    struct Unit {
+        qint64 seconds;
+        TextPair one;
+        TextPair several;
+    };
+    const std::array units{Unit{86400, text("%1 day", "%1 jour"), text("%1 days", "%1 jours")},
+                           Unit{3600, text("%1 hr", "%1 h"), text("%1 hr", "%1 h")},
+                           Unit{60, text("%1 min", "%1 min"), text("%1 min", "%1 min")}};
+    const double bounded = std::abs(seconds) <= longestOffset ? std::abs(seconds) : longestOffset;
+    const qint64 length = std::max<qint64>(60, 60 * std::llround(bounded / 60));
+    const auto unit = std::find_if(units.begin(), units.end(),
+                                   [&](const Unit& candidate) { return length % candidate.seconds == 0; });
+    const qint64 count = length / unit->seconds;
+    const TextPair& words = count == 1 ? unit->one : unit->several;
+    const TextPair side = seconds < 0 ? text("before", "avant") : text("after", "après");
+    return {words.english.arg(count) + QLatin1Char(' ') + side.english,
+            words.french.arg(count) + QLatin1Char(' ') + side.french};
+}
+
+/// What an alarm that rings then stands for.
+std::optional<ReminderAlertSchedule> scheduleOf(Instant rings, const std::optional<DateComponents>& due,
+                                                const ZoneCalendar& calendar) {
+    const auto dueInstant = due ? calendar.instantFrom(*due) : std::nullopt;
+    if (!dueInstant)
+        return std::nullopt;
+    if (due->includesTime())
+        return RelativeToDueTime{std::chrono::duration<double>(rings - *dueInstant).count()};
+    const QTime time = calendar.timeOf(rings);
+    const qint64 days = due->date().daysTo(calendar.dayOf(rings));
+    return DayRelativeToDueDate{static_cast<int>(days), time.hour(), time.minute()};
+}
+
+class AlarmReplacement {
+  public:
+    AlarmReplacement(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
+                     const ZoneCalendar& calendar)
+        : alarms_(reminder.alarms)
+        , calendar_(calendar)
+        , before_{reminder.startDateComponents, before.dueComponents}
+        , after_{startFitting(before_.start, before_.due, after.dueComponents, calendar), after.dueComponents}
+        , keepsDistance_(before.schedule && before.schedule == after.schedule)
+        , former_(alarmInstant(before, calendar))
+        , wanted_(alarmInstant(after, calendar)) {
+        const EKAlarm* shown = before.schedule ? shownAlarm(alarms_, before_, calendar) : nullptr;
+        const auto rang = shown ? ringInstant(*shown, before_, calendar) : std::nullopt;
+        if (!rang || scheduleOf(*rang, before_.due, calendar) != before.schedule)
+            return;
+        shown_ = rang;
+        if (const auto moved = keepsDistance_ ? movedAlong(*shown_, *after.schedule) : std::nullopt)
+            wanted_ = moved;
+    }
+
+    void carryOut() {
+        const std::vector<EKAlarm> former = alarms_;
+        std::vector<EKAlarm> replaced;
+        std::optional<std::size_t> place;
+        alarms_.clear();
+        for (const EKAlarm& alarm : former) {
+            const auto rang = ringInstant(alarm, before_, calendar_);
+            if (!coincide(rang, former_) && !coincide(rang, shown_)) {
+                // One that followed a date that is gone has nothing left to follow.
+                if (!rang || ringInstant(alarm, after_, calendar_))
+                    alarms_.push_back(alarm);
+                continue;
+            }
+            if (!place)
+                place = alarms_.size();
+            replaced.push_back(alarm);
+        }
+        if (wanted_ && std::none_of(alarms_.begin(), alarms_.end(), [&](const EKAlarm& alarm) {
+                return coincide(ringInstant(alarm, after_, calendar_), wanted_);
+            }))
+            alarms_.insert(alarms_.begin() + static_cast<std::ptrdiff_t>(place.value_or(alarms_.size())),
+                           successorOf(replaced));
+        removeVoidRepetitions(former);
+    }
+
+  private:
+    /// Where an alarm that stood for this alert stands for it on the new due day; by its own clock, since an
+    /// alarm may be more exact than an alert and farther from its day than one that can be chosen.
+    [[nodiscard]] std::optional<Instant> movedAlong(Instant rang,
+                                                    const ReminderAlertSchedule& schedule) const {
+        const auto* day = std::get_if<DayRelativeToDueDate>(&schedule);
+        if (!day || !after_.due || after_.due->includesTime() || !after_.due->date().isValid())
+            return std::nullopt;
+        return calendar_.instantAt(after_.due->date().addDays(day->dayOffset), calendar_.timeOf(rang),
+                                   GapPolicy::nextExisting);
+    }
+
+    /// Whether an alarm comes to ring at the wanted instant without being changed.
+    [[nodiscard]] bool follows(const EKAlarm& alarm) const {
+        const bool keepsItsDistance = keepsDistance_ && alarm.relativeOffset &&
+                                      before_.followedBy(alarm) == before_.due &&
+                                      after_.followedBy(alarm) == after_.due;
+        return keepsItsDistance || coincide(ringInstant(alarm, after_, calendar_), wanted_);
+    }
+
+    [[nodiscard]] EKAlarm successorOf(const std::vector<EKAlarm>& replaced) const {
+        for (const EKAlarm& alarm : replaced) {
+            if (follows(alarm))
+                return alarm;
+        }
+        if (!keepsDistance_ || replaced.empty())
+            return EKAlarm::at(*wanted_);
+        EKAlarm moved = replaced.front();
+        moved.absoluteDate = wanted_;
+        moved.relativeOffset.reset();
+        return moved;
+    }
+
+    void removeVoidRepetitions(const std::vector<EKAlarm>& former) {
+        const auto stillRings = [&](const EKAlarm& alarm) {
+            return std::any_of(alarms_.begin(), alarms_.end(), [&](const EKAlarm& left) {
+                return left.identifier == alarm.identifier &&
+                       coincide(ringInstant(left, after_, calendar_), ringInstant(alarm, before_, calendar_));
+            });
+        };
+        for (const EKAlarm& alarm : former) {
+            if (alarm.identifier.isEmpty() || alarm.structuredLocation || stillRings(alarm))
+                continue;
+            std::erase_if(alarms_,
+                          [&](const EKAlarm& again) { return again.snoozedAlarm == alarm.identifier; });
+        }
+    }
+
+    std::vector<EKAlarm>& alarms_;
+    const ZoneCalendar& calendar_;
+    const AlarmDates before_;
+    const AlarmDates after_;
+    /// The alert stays the same, and the due date moves.
+    const bool keepsDistance_;
+    /// When the alert rang, as it is computed and as the alarm has it, and when it is to ring.
+    const std::optional<Instant> former_;
+    std::optional<Instant> shown_;
+    std::optional<Instant> wanted_;
+};
+
+}  // namespace
+
+double rawValue(ReminderAlertTiming timing) {
+    switch (timing) {
+    case ReminderAlertTiming::atDueTime:
+        return 0;
+    case ReminderAlertTiming::fiveMinutesBefore:
+        return -300;
+    case ReminderAlertTiming::fifteenMinutesBefore:
+        return -900;
+    case ReminderAlertTiming::oneHourBefore:
+        return -3600;
+    case ReminderAlertTiming::oneDayBefore:
+        return -86400;
+    }
+    return 0;
+}
+
+std::optional<ReminderAlertTiming> reminderAlertTiming(double raw) {
+    for (const ReminderAlertTiming timing : allReminderAlertTimings) {
+        if (rawValue(timing) == raw)
+            return timing;
+    }
+    return std::nullopt;
+}
+
+TextPair label(ReminderAlertTiming timing) {
+    switch (timing) {
+    case ReminderAlertTiming::atDueTime:
+        return text("at due time", "à l’heure choisie");
+    case ReminderAlertTiming::fiveMinutesBefore:
+        return text("5 minutes before", "5 minutes avant");
+    case ReminderAlertTiming::fifteenMinutesBefore:
+        return text("15 minutes before", "15 minutes avant");
+    case ReminderAlertTiming::oneHourBefore:
+        return text("1 hour before", "1 heure avant");
+    case ReminderAlertTiming::oneDayBefore:
+        return text("1 day before", "1 jour avant");
+    }
+    return {};
+}
+
+TextPair shortLabel(ReminderAlertTiming timing) {
+    switch (timing) {
+    case ReminderAlertTiming::atDueTime:
+        return text("At due time", "À l’heure");
+    case ReminderAlertTiming::fiveMinutesBefore:
+        return text("5 min before", "5 min avant");
+    case ReminderAlertTiming::fifteenMinutesBefore:
+        return text("15 min before", "15 min avant");
+    case ReminderAlertTiming::oneHourBefore:
+        return text("1 hr before", "1 h avant");
+    case ReminderAlertTiming::oneDayBefore:
+        return text("1 day before", "1 jour avant");
+    }
+    return {};
+}
+
+int rawValue(ReminderDateOnlyAlertDay day) {
+    return day == ReminderDateOnlyAlertDay::dayBefore ? -1 : 0;
+}
+
+std::optional<ReminderDateOnlyAlertDay> reminderDateOnlyAlertDay(int raw) {
+    for (const ReminderDateOnlyAlertDay day : allReminderDateOnlyAlertDays) {
+        if (rawValue(day) == raw)
+            return day;
+    }
+    return std::nullopt;
+}
+
+TextPair label(ReminderDateOnlyAlertDay day) {
+    return day == ReminderDateOnlyAlertDay::dayBefore ? text("Day before", "La veille")
+                                                      : text("On day of event", "Le jour même");
+}
+
+TextPair label(const ReminderAlertSchedule& schedule, ClockHours hours) {
+    if (const auto* relative = std::get_if<RelativeToDueTime>(&schedule)) {
+        const auto timing = reminderAlertTiming(relative->seconds);
+        return timing ? shortLabel(*timing) : offsetInWords(relative->seconds);
+    }
+    const auto& day = std::get<DayRelativeToDueDate>(schedule);
+    const auto offered = reminderDateOnlyAlertDay(day.dayOffset);
+    const TextPair words = offered ? label(*offered) : offsetInWords(86400.0 * day.dayOffset);
+    const QString time = clockText(QTime(day.hour, day.minute), hours);
+    return {QStringLiteral("%1 at %2").arg(words.english, time),
+            QStringLiteral("%1 à %2").arg(words.french, time)};
+}
+
+std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert, const ZoneCalendar& calendar) {
+    if (!dueAlert.dueComponents || !dueAlert.schedule)
+        return std::nullopt;
+    return std::visit(
+        [&](const auto& schedule) { return instantOf(schedule, *dueAlert.dueComponents, calendar); },
+        *dueAlert.schedule);
+}
+
+void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
+                  const ZoneCalendar& calendar) {
+    if (before == after)
+        return;
+    AlarmReplacement(reminder, before, after, calendar).carryOut();
+}
+
+std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder,
+                                                   const ZoneCalendar& calendar) {
+    const AlarmDates dates = AlarmDates::of(reminder);
+    const EKAlarm* alarm = shownAlarm(reminder.alarms, dates, calendar);
+    const auto rings = alarm ? ringInstant(*alarm, dates, calendar) : std::nullopt;
+    return rings ? scheduleOf(*rings, dates.due, calendar) : std::nullopt;
+}
+
+}  // namespace kestrant

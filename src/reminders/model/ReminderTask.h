@@ -1,0 +1,146 @@
+#pragma once
+
+#include "eventkit/model/EKTypes.h"
+#include "foundation/Instant.h"
+#include "foundation/Text.h"
+#include "reminders/model/ReminderAlertSchedule.h"
+#include "reminders/model/ReminderRepeat.h"
+
+#include <QString>
+#include <QStringView>
+#include <QUuid>
+
+#include <array>
+#include <optional>
+#include <vector>
+
+namespace kestrant {
+
+/// One open reminder as it is shown.
+struct ReminderTask {
+    /// The identifier in the database; the task's identity everywhere.
+    QString id;
+    QString title;
+    /// For a date-only reminder, the start of its day in the person's calendar.
+    std::optional<Instant> dueDate;
+    bool dueDateIncludesTime = false;
+    std::optional<ReminderAlertSchedule> dueAlertSchedule;
+    std::optional<Instant> creationDate;
+    /// 0 none, 1 highest to 9 lowest.
+    int priority = 0;
+    QString listID;
+    /// From the flag index, not from the database.
+    bool isFlagged = false;
+    std::vector<EKRecurrenceRule> recurrenceRules;
+
+    /// Completing it moves it to its next date, as recurrenceRules say.
+    [[nodiscard]] bool isRecurring() const { return !recurrenceRules.empty(); }
+
+    bool operator==(const ReminderTask&) const = default;
+};
+
+struct ReminderList {
+    QString id;
+    QString title;
+    std::optional<Color> color;
+    /// False for a list that takes no new or changed reminders.
+    bool allowsContentModifications = true;
+
+    bool operator==(const ReminderList&) const = default;
+};
+
+/// Whether the reminders may be read, and if not, why.
+struct ReminderAccessState {
+    enum class Kind {
+        /// Nobody has asked yet; nothing is shown.
+        notDetermined,
+        /// The database is being opened.
+        requesting,
+        /// Reminders are read and written.
+        authorized,
+        /// The person said no.
+        denied,
+        /// The machine's rules say no.
+        restricted,
+        /// The database could not be opened, or refused a completion: `message` says why.
+        failed,
+    };
+    Kind kind = Kind::notDetermined;
+    /// Only for `failed`.
+    TextPair message;
+
+    [[nodiscard]] static ReminderAccessState failed(const TextPair& message) {
+        return {Kind::failed, message};
+    }
+    bool operator==(const ReminderAccessState&) const = default;
+};
+
+enum class ReminderSortMode { manual, dueDate, priority, title, creationOldestFirst, creationNewestFirst };
+
+/// Every mode, in the order of the menu.
+inline constexpr std::array allReminderSortModes{ReminderSortMode::manual,
+                                                 ReminderSortMode::dueDate,
+                                                 ReminderSortMode::priority,
+                                                 ReminderSortMode::title,
+                                                 ReminderSortMode::creationOldestFirst,
+                                                 ReminderSortMode::creationNewestFirst};
+
+/// The text that preferences and the command line hold, such as "creationNewestFirst".
+[[nodiscard]] QString rawValue(ReminderSortMode mode);
+[[nodiscard]] std::optional<ReminderSortMode> reminderSortMode(QStringView rawValue);
+[[nodiscard]] TextPair title(ReminderSortMode mode);
+
+/// The priority chosen when creating.
+enum class NewReminderPriority { high, normal, low };
+
+inline constexpr std::array allNewReminderPriorities{NewReminderPriority::high, NewReminderPriority::normal,
+                                                     NewReminderPriority::low};
+
+/// "high", "normal" or "low".
+[[nodiscard]] QString rawValue(NewReminderPriority priority);
+[[nodiscard]] std::optional<NewReminderPriority> newReminderPriority(QStringView rawValue);
+/// The database's number: 1, 5 or 9.
+[[nodiscard]] constexpr int servicePriority(NewReminderPriority priority) {
+    return 1 + 4 * static_cast<int>(priority);
+}
+
+/// What a creation form hands over.
+struct NewReminder {
+    QString title;
+    /// For a date-only reminder, any instant of its day in the person's calendar.
+    std::optional<Instant> dueDate;
+    bool dueDateIncludesTime = false;
+    std::optional<ReminderAlertSchedule> dueAlertSchedule;
+    /// Absent for none.
+    std::optional<NewReminderPriority> priority = NewReminderPriority::normal;
+    /// The list chosen in the form; absent leaves the choice to the store.
+    std::optional<QString> listID;
+    bool isFlagged = false;
+    /// Anything but `none` needs a due date.
+    ReminderRepeat repeat = ReminderRepeat::none;
+};
+
+/// What an edit form shows and hands back.
+struct ReminderEditDetails {
+    QString title;
+    /// For a date-only reminder, any instant of its day in the person's calendar.
+    std::optional<Instant> dueDate;
+    bool dueDateIncludesTime = false;
+    std::optional<ReminderAlertSchedule> dueAlertSchedule;
+    /// 0 none, 1 highest to 9 lowest.
+    int priority = 0;
+    QString listID;
+    QString notes;
+
+    bool operator==(const ReminderEditDetails&) const = default;
+};
+
+/// Asks the grid to scroll to one card and highlight it. Two requests for the same reminder differ in `id`.
+struct ReminderRevealRequest {
+    QUuid id;
+    QString reminderID;
+
+    bool operator==(const ReminderRevealRequest&) const = default;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,320 @@
+#include "foundation/NotificationCenter.h"
+#include "preferences/Localization.h"
+#include "reminders/model/ReminderConversion.h"
+#include "reminders/store/RecordedChange.h"
+#include "reminders/store/ReminderOutcomes.h"
+
+#include <QPointer>
+
+#include <utility>
+
+namespace kestrant {
+namespace {
+
+using Code = ReminderStoreError::Code;
+
+tl::unexpected<ReminderStoreError> failure(Code code) {
+    return tl::unexpected(ReminderStoreError{code, {}});
+}
+
+tl::expected<void, ReminderStoreError> outcome(const tl::expected<EKSaveResult, EKError>& result) {
+    if (!result)
+        return tl::unexpected(ReminderStoreError::from(result.error()));
+    return {};
+}
+
+/// What an edit writes for a title: trimmed, unless it stands there like this already.
+tl::expected<QString, ReminderStoreError> titleToWrite(const QString& wanted, const QString& present) {
+    if (wanted.trimmed().isEmpty())
+        return failure(Code::emptyTitle);
+    return wanted == present ? wanted : wanted.trimmed();
+}
+
+bool asksForMissingDueDate(const std::optional<Instant>& dueDate, bool includesTime,
+                           const std::optional<ReminderAlertSchedule>& schedule) {
+    return !dueDate && (includesTime || schedule);
+}
+
+TextPair editOutcome(const EKReminderData& edited) {
+    return outcomeText(text("“%1” changed", "« %1 » modifié"), edited.title);
+}
+
+}  // namespace
+
+void ReminderStore::create(const NewReminder& reminder, CreationCompletion completion) {
+    const auto refuse = [&](Code code) {
+        services_.scheduler.post([self = QPointer(this), completion = std::move(completion), code] {
+            if (self && completion)
+                completion(failure(code));
+        });
+    };
+    NewReminder wanted = reminder;
+    wanted.title = wanted.title.trimmed();
+    if (wanted.title.isEmpty())
+        return refuse(Code::emptyTitle);
+    if (asksForMissingDueDate(wanted.dueDate, wanted.dueDateIncludesTime, wanted.dueAlertSchedule))
+        return refuse(Code::dueDateRequired);
+    if (!wanted.dueDate && wanted.repeat != ReminderRepeat::none)
+        return refuse(Code::repeatRequiresDueDate);
+    const bool selectedExists =
+        selectedListID_ && services_.eventStore.calendarWithIdentifier(*selectedListID_);
+    const auto preferred = selectedExists ? selectedListID_ : defaultListID();
+    const auto list =
+        listForNewReminder(wanted.listID, preferred, services_.eventStore.defaultCalendarForNewReminders(),
+                           services_.eventStore.calendars(EKEntityType::reminder));
+    if (list)
+        saveNew(wanted, *list, std::move(completion));
+    else
+        makeInitialList(wanted, std::move(completion));
+}
+
+void ReminderStore::makeInitialList(const NewReminder& reminder, CreationCompletion completion) {
+    waitingForInitialList_.push_back(
+        [this, reminder, completion = std::move(completion)](const tl::expected<EKCalendar, EKError>& list) {
+            if (list)
+                saveNew(reminder, *list, completion);
+            else if (completion)
+                completion(tl::unexpected(
+                    ReminderStoreError{Code::unableToCreateInitialList, list.error().message}));
+        });
+    if (waitingForInitialList_.size() > 1)
+        return;
+    EKCalendar list;
+    list.title = text("Reminders", "Rappels").in(services_.localization.language());
+    list.color = Color{0x0a, 0x84, 0xff};
+    beginActivity();
+    services_.eventStore.saveCalendar(
+        list, [self = QPointer(this)](const tl::expected<EKCalendar, EKError>& made) {
+            if (!self)
+                return;
+            for (const auto& creation : std::exchange(self->waitingForInitialList_, {})) {
+                creation(made);
+                if (!self)
+                    return;
+            }
+            self->endActivity();
+        });
+}
+
+void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
+                            CreationCompletion completion) {
+    const auto reminder = std::make_shared<EKReminder>(services_.eventStore);
+    const ZoneCalendar calendar = services_.calendar.calendar();
+    reminder->data.title = wanted.title;
+    reminder->data.priority = wanted.priority ? servicePriority(*wanted.priority) : 0;
+    reminder->data.calendarIdentifier = list.calendarIdentifier;
+    if (wanted.dueDate)
+        applyDueDate(reminder->data,
+                     dueComponents(*wanted.dueDate, wanted.dueDateIncludesTime, calendar, std::nullopt),
+                     wanted.dueAlertSchedule, calendar);
+    applyRepeat(reminder->data, wanted.repeat);
+    const RecordedChangeRef recorded =
+        recordChange(ChangeKind::creation, text("Create reminder", "Créer le rappel"),
+                     outcomeText(text("“%1” added", "« %1 » ajouté"), wanted.title), QString());
+    beginActivity();
+    services_.eventStore.save(
+        reminder, [self = QPointer(this), recorded, isFlagged = wanted.isFlagged,
+                   completion = std::move(completion)](const tl::expected<EKSaveResult, EKError>& result) {
+            if (!self)
+                return;
+            self->endRecording(recorded, result);
+            if (result) {
+                if (isFlagged)
+                    self->writeFlagOfNew(result->calendarItemIdentifier);
+                self->revealOnceLoaded_ = result->calendarItemIdentifier;
+                self->services_.notifications.post(QLatin1String(reminderCreatedNotification));
+            }
+            self->reload();
+            if (completion) {
+                if (result)
+                    completion(result->calendarItemIdentifier);
+                else
+                    completion(tl::unexpected(ReminderStoreError::from(result.error())));
+            }
+            if (self)
+                self->endActivity();
+        });
+}
+
+std::optional<ReminderEditDetails> ReminderStore::editDetails(const QString& id) const {
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    if (!reminder)
+        return std::nullopt;
+    return reminderEditDetails(reminder->data, services_.calendar.calendar());
+}
+
+std::vector<EKRecurrenceRule> ReminderStore::recurrenceRules(const QString& id) const {
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    return reminder ? reminder->data.recurrenceRules : std::vector<EKRecurrenceRule>();
+}
+
+void ReminderStore::answer(const Completion& completion, tl::expected<void, ReminderStoreError> result) {
+    if (!completion)
+        return;
+    services_.scheduler.post([self = QPointer(this), completion, result = std::move(result)] {
+        if (self)
+            completion(result);
+    });
+}
+
+void ReminderStore::change(const TextPair& title, const QString& id, const Edit& edit,
+                           const Describe& describe, Completion completion) {
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    if (!reminder)
+        return answer(completion, failure(Code::reminderNotFound));
+    if (auto edited = edit(reminder->data); !edited)
+        return answer(completion, std::move(edited));
+    const RecordedChangeRef recorded = recordChange(ChangeKind::edit, title, describe(reminder->data), id);
+    beginActivity();
+    services_.eventStore.save(reminder,
+                              [self = QPointer(this), recorded, id, completion = std::move(completion)](
+                                  const tl::expected<EKSaveResult, EKError>& result) {
+                                  if (!self)
+                                      return;
+                                  self->endRecordingOnceKnown(recorded, id, result);
+                                  self->reload();
+                                  if (completion)
+                                      completion(outcome(result));
+                                  if (self)
+                                      self->endActivity();
+                              });
+}
+
+void ReminderStore::edit(const QString& id, const ReminderEditDetails& details,
+                         std::optional<ReminderRepeat> repeat, Completion completion) {
+    change(
+        text("Edit reminder", "Modifier le rappel"), id,
+        [this, &details, repeat](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            const auto title = titleToWrite(details.title, reminder.title);
+            if (!title)
+                return tl::unexpected(title.error());
+            if (asksForMissingDueDate(details.dueDate, details.dueDateIncludesTime, details.dueAlertSchedule))
+                return failure(Code::dueDateRequired);
+            if (!details.dueDate && repeat.value_or(ReminderRepeat::none) != ReminderRepeat::none)
+                return failure(Code::repeatRequiresDueDate);
+            if (details.listID != reminder.calendarIdentifier &&
+                !services_.eventStore.calendarWithIdentifier(details.listID))
+                return failure(Code::listUnavailable);
+            const ZoneCalendar calendar = services_.calendar.calendar();
+            reminder.title = *title;
+            reminder.priority = details.priority;
+            reminder.calendarIdentifier = details.listID;
+            if (details.notes != reminder.notes.value_or(QString()))
+                reminder.notes = details.notes.isEmpty() ? std::nullopt : std::optional(details.notes);
+            std::optional<DateComponents> due;
+            if (details.dueDate)
+                due = dueComponents(*details.dueDate, details.dueDateIncludesTime, calendar,
+                                    reminder.dueDateComponents);
+            applyDueDate(reminder, due, details.dueAlertSchedule, calendar);
+            if (repeat && repeat != reminderRepeat(reminder.recurrenceRules))
+                applyRepeat(reminder, *repeat);
+            return {};
+        },
+        editOutcome, std::move(completion));
+}
+
+void ReminderStore::rename(const QString& id, const QString& title, Completion completion) {
+    change(
+        text("Edit reminder", "Modifier le rappel"), id,
+        [&title](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            auto toWrite = titleToWrite(title, reminder.title);
+            if (!toWrite)
+                return tl::unexpected(toWrite.error());
+            reminder.title = *std::move(toWrite);
+            return {};
+        },
+        editOutcome, std::move(completion));
+}
+
+void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includesTime, Completion completion) {
+    const auto present = editDetails(id);
+    reschedule(id, dueDate, includesTime, present ? present->dueAlertSchedule : std::nullopt,
+               std::move(completion));
+}
+
+void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includesTime,
+                               const std::optional<ReminderAlertSchedule>& alert, Completion completion) {
+    change(
+        text("Reschedule reminder", "Reporter le rappel"), id,
+        [this, dueDate, includesTime,
+         &alert](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            const ZoneCalendar calendar = services_.calendar.calendar();
+            applyDueDate(reminder, dueComponents(dueDate, includesTime, calendar, reminder.dueDateComponents),
+                         alert, calendar);
+            return {};
+        },
+        [this](const EKReminderData& edited) {
+            return reschedulingOutcome(edited.title, dueInWords(edited));
+        },
+        std::move(completion));
+}
+
+void ReminderStore::clearDueDate(const QString& id, Completion completion) {
+    change(
+        text("Reschedule reminder", "Reporter le rappel"), id,
+        [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
+            return {};
+        },
+        [this](const EKReminderData& edited) {
+            return reschedulingOutcome(edited.title, dueInWords(edited));
+        },
+        std::move(completion));
+}
+
+void ReminderStore::removeFromCalendar(const QString& id, Completion completion) {
+    change(
+        text("Remove from calendar", "Retirer du calendrier"), id,
+        [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
+            return {};
+        },
+        [](const EKReminderData& edited) {
+            return outcomeText(text("“%1” removed from the calendar", "« %1 » retiré du calendrier"),
+                               edited.title);
+        },
+        std::move(completion));
+}
+
+void ReminderStore::move(const QString& id, const QString& listID, Completion completion) {
+    change(
+        text("Change list", "Changer de liste"), id,
+        [this, &listID](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+            if (!services_.eventStore.calendarWithIdentifier(listID))
+                return failure(Code::listUnavailable);
+            reminder.calendarIdentifier = listID;
+            return {};
+        },
+        [this](const EKReminderData& edited) {
+            const QString list = listTitleOf(edited).value_or(QString());
+            return outcomeText(text("“%1” moved to %2", "« %1 » déplacé vers « %2 »"), edited.title,
+                               {list, list});
+        },
+        std::move(completion));
+}
+
+void ReminderStore::remove(const QString& id, Completion completion) {
+    const EKReminderRef reminder = services_.eventStore.calendarItem(id);
+    if (!reminder)
+        return answer(completion, failure(Code::reminderNotFound));
+    const RecordedChangeRef recorded =
+        recordChange(ChangeKind::removal, text("Delete reminder", "Supprimer le rappel"),
+                     outcomeText(text("“%1” deleted", "« %1 » supprimé"), reminder->data.title), id);
+    beginActivity();
+    services_.eventStore.remove(reminder,
+                                [self = QPointer(this), recorded, id, completion = std::move(completion)](
+                                    const tl::expected<EKSaveResult, EKError>& result) {
+                                    if (!self)
+                                        return;
+                                    self->endRecordingOnceKnown(recorded, id, result);
+                                    if (result)
+                                        self->reconciler_.note(id, ReminderCompletionState::deleted());
+                                    self->reload();
+                                    if (completion)
+                                        completion(outcome(result));
+                                    if (self)
+                                        self->endActivity();
+                                });
+}
+
+}  // namespace kestrant
