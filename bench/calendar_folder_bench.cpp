@@ -40,7 +40,7 @@ class LoadedFolder {
         QList<CalendarDayGroup> result;
         const CalendarPresent present{clock_.now(), calendar_, Language::english, QLocale::c()};
         fetchCalendarItems(calendar_.startOfDay(fetched.first), calendar_.startOfDay(fetched.end), store_,
-                           false, calendar_, [&](const CalendarItems& items) {
+                           nullptr, calendar_, [&](const CalendarItems& items) {
                                result = groupByDay(items, shown, mode, present);
                                QCoreApplication::exit();
                            });

@@ -1,6 +1,7 @@
 // How long it takes to read the flags of 10,000 reminders by script, from the asking to the answer, and how
 // long of that the main thread is busy.
 
+#include "eventkit/model/OpenReminders.h"
 #include "eventkit/vdir/VdirEventStore.h"
 #include "foundation/SerialWorker.h"
 #include "preferences/PreferenceKeys.h"
@@ -70,7 +71,8 @@ void syncFlags(benchmark::State& state) {
     store.requestFullAccessToReminders([&](bool, const auto&) { opened = true; });
     if (!scheduler.runUntil([&] { return opened; }))
         state.SkipWithError("not opened");
-    EventStoreScriptHost host(store, scheduler);
+    OpenReminders openReminders(store, scheduler);
+    EventStoreScriptHost host(store, openReminders, scheduler);
     SerialWorker queue;
     FlaggedReminderAutomation automation(host, queue, scheduler);
     MemoryUserDefaults defaults;

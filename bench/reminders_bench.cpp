@@ -1,6 +1,7 @@
 // How long it takes to bring 100,000 reminders into order, beside the bare sorting of numbers that stand for
 // the same order, and to answer a keystroke in the search over 10,000.
 
+#include "eventkit/model/OpenReminders.h"
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Localization.h"
@@ -64,6 +65,7 @@ class LoadedStore {
         std::shuffle(placed.begin(), placed.end(), random);
         defaults.setStringList(QStringLiteral("reminderManualOrder"), placed);
         store.emplace(ReminderStoreServices{.eventStore = database,
+                                            .openReminders = openReminders,
                                             .scheduler = scheduler,
                                             .clock = scheduler,
                                             .calendar = calendar,
@@ -84,6 +86,7 @@ class LoadedStore {
     NotificationCenter notifications;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
     InMemoryEventStore database{scheduler, scheduler, calendar};
+    OpenReminders openReminders{database, scheduler};
     std::optional<ReminderStore> store;
 };
 

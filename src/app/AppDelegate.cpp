@@ -56,7 +56,7 @@ AppDelegate::AppDelegate(Options options)
                 calendar_)
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
-    , scriptHost_(database_.store(), scheduler_)
+    , scriptHost_(database_.store(), openReminders_, scheduler_)
     , flagAutomation_(scriptHost_, scriptQueue_, scheduler_)
     , interactionModel_(scheduler_, preferences_, feedback_)
     , loginItem_(AutostartEntry::ofThisProgram())
@@ -81,6 +81,7 @@ PanelComposition& AppDelegate::composition() {
     appearance_ = std::make_unique<Appearance>(nullptr);
     panel_ = std::make_unique<PanelComposition>(PanelComposition::Services{
         .eventStore = database_.store(),
+        .openReminders = openReminders_,
         .scheduler = scheduler_,
         .clock = clock_,
         .calendar = calendar_,
@@ -343,6 +344,7 @@ void AppDelegate::startRinging() {
     notifier_ = std::make_unique<DesktopNotifier>();
     ringer_ = std::make_unique<DueAlertRinger>(DueAlertServices{
         .eventStore = database_.store(),
+        .openReminders = openReminders_,
         .reminders = reminderStore(),
         .notifier = *notifier_,
         .scheduler = scheduler_,

@@ -6,6 +6,7 @@
 #include "completion/CompletionLedgerRepository.h"
 #include "cues/SensoryFeedback.h"
 #include "cues/SoundFeedback.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/Clocks.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/InformationDictionary.h"
@@ -146,6 +147,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<HttpSession> feedbackSession_;
     std::unique_ptr<FeedbackAPIClient> feedbackClient_;
     ChosenDatabase database_;
+    OpenReminders openReminders_{database_.store(), scheduler_};
     BackgroundLedgerWriter ledgerWriter_;
     CompletionLedgerRepository ledger_;
     EventStoreScriptHost scriptHost_;

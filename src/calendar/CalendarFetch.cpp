@@ -1,16 +1,17 @@
 #include "calendar/CalendarFetch.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace kestrant {
 namespace {
 
-/// A number of days earlier or later at the same local time; the instant itself where no such day exists.
-Instant movedByDays(Instant instant, int days, const ZoneCalendar& calendar) {
-    const QDate day = calendar.dayOf(instant).addDays(days);
-    if (day.year() < 1 || day.year() > 9999)
-        return instant;
-    return calendar.instantAt(day, calendar.timeOf(instant));
+/// Whether a reminder is due on one of these days. Its zone, which is not asked, moves it by no more than a
+/// day.
+bool isDueAround(const EKReminderData& reminder, QDate first, QDate last) {
+    const auto& due = reminder.dueDateComponents;
+    return due && due->date() >= first.addDays(-2) && due->date() <= last.addDays(2);
 }
 
 QHash<QString, CalendarAppearance> appearances(const EKEventStore& store) {
@@ -24,7 +25,7 @@ QHash<QString, CalendarAppearance> appearances(const EKEventStore& store) {
 
 }  // namespace
 
-void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool showReminders,
+void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, OpenReminders* openReminders,
                         const ZoneCalendar& calendar, std::function<void(CalendarItems)> completion) {
     struct Pending {
         CalendarItems items;
@@ -39,21 +40,21 @@ void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool show
         }
     };
     const auto pending = std::make_shared<Pending>();
-    pending->parts = showReminders ? 2 : 1;
+    pending->parts = openReminders ? 2 : 1;
     pending->completion = std::move(completion);
     store.events(EKEventStore::predicateForEvents(from, to, std::nullopt), [pending, &store](EKEvents found) {
         pending->items.events = std::move(found.events);
         pending->items.isCut = found.isCut;
         pending->end(store);
     });
-    if (!showReminders)
+    if (!openReminders)
         return;
-    store.fetchReminders(EKEventStore::predicateForIncompleteReminders(
-                             movedByDays(from, -1, calendar), movedByDays(to, 1, calendar), std::nullopt),
-                         [pending, &store](EKReminders reminders) {
-                             pending->items.reminders = std::move(reminders);
-                             pending->end(store);
-                         });
+    openReminders->fetch([pending, &store, first = calendar.dayOf(from),
+                          last = calendar.dayOf(to)](const OpenReminders::Reminders& reminders) {
+        std::copy_if(reminders->begin(), reminders->end(), std::back_inserter(pending->items.reminders),
+                     [&](const auto& reminder) { return isDueAround(*reminder, first, last); });
+        pending->end(store);
+    });
 }
 
 }  // namespace kestrant

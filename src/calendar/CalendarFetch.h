@@ -2,6 +2,7 @@
 
 #include "calendar/CalendarRows.h"
 #include "eventkit/model/EKEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/ZoneCalendar.h"
 
 #include <QHash>
@@ -22,9 +23,10 @@ struct CalendarItems {
     QHash<QString, CalendarAppearance> calendars;
 };
 
-/// Reads every event that touches the interval and, when `showReminders`, every incomplete reminder that is
-/// due in it or within a day of it. Completes once, on a later turn. Thread: main.
-void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, bool showReminders,
+/// Reads every event that touches the interval and every open reminder that is due on its days or on one next
+/// to them. `openReminders` is null where reminders are not shown. Completes once, on a later turn; `store`
+/// exists until then. Thread: main.
+void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, OpenReminders* openReminders,
                         const ZoneCalendar& calendar, std::function<void(CalendarItems)> completion);
 
 }  // namespace kestrant

@@ -1,51 +1,18 @@
 #pragma once
 
-#include "calendar/CalendarEditing.h"
-#include "calendar/CalendarError.h"
-#include "calendar/CalendarGrouping.h"
-#include "calendar/CalendarItems.h"
-#include "foundation/Scheduler.h"
-#include "foundation/ZoneCalendar.h"
+#include "calendar/CalendarDays.h"
+#include "calendar/CalendarLoader.h"
+#include "calendar/CalendarStoreServices.h"
+#include "calendar/CalendarWriter.h"
+#include "calendar/RecordedEventChanges.h"
 
 #include <QList>
-#include <QLocale>
 #include <QObject>
-#include <QString>
 
-#include <tl/expected.hpp>
-
-#include <functional>
-#include <memory>
 #include <optional>
 #include <vector>
 
 namespace kestrant {
-
-class BackgroundExecutor;
-class CalendarActionRecorder;
-class EKEventStore;
-class NotificationCenter;
-class Preferences;
-
-/// What a CalendarStore works with. Everything here outlives the store.
-struct CalendarStoreServices {
-    EKEventStore& eventStore;
-    Scheduler& scheduler;
-    const Clock& clock;
-    CurrentCalendar& calendar;
-    const Preferences& preferences;
-    NotificationCenter& notifications;
-    /// Where rows are made and grouped.
-    BackgroundExecutor& executor;
-    /// The locale of titles' order, asked anew for each load.
-    std::function<QLocale()> locale;
-    /// Clears a reminder's due date: the reminders' own operation. Calls back once, on a later turn, with the
-    /// failure's text.
-    std::function<void(const QString& reminderID, std::function<void(tl::expected<void, TextPair>)> done)>
-        clearReminderDueDate;
-    /// May be null: then nothing is recorded.
-    CalendarActionRecorder* actions = nullptr;
-};
 
 /// Owns what the calendar shows, the days with their events and the reminders due on them, and carries out
 /// every change to them. State is read through the functions below; each signal says which of it has changed,
@@ -65,8 +32,8 @@ class CalendarStore : public QObject {
     Q_OBJECT
 
   public:
-    using Completion = std::function<void(tl::expected<void, CalendarError>)>;
-    using DetailsCompletion = std::function<void(tl::expected<CalendarEventEditDetails, CalendarError>)>;
+    using Completion = CalendarWriter::Completion;
+    using DetailsCompletion = CalendarWriter::DetailsCompletion;
 
     /// Posted after a new event has been saved.
     static constexpr auto eventCreatedNotification = "kestrantCalendarEventCreated";
@@ -82,17 +49,17 @@ class CalendarStore : public QObject {
 
     // Access
 
-    [[nodiscard]] const CalendarAccessState& accessState() const;
+    [[nodiscard]] const CalendarAccessState& accessState() const { return loader_.accessState(); }
     /// Takes the state the database reports; asks where it was never asked, loads where it allows.
-    void requestAccess();
+    void requestAccess() { loader_.requestAccess(); }
     /// Another database answers from now on: what the former one answers late is dropped, and the new one is
     /// asked to open if that was.
-    void databaseWasExchanged();
+    void databaseWasExchanged() { loader_.databaseWasExchanged(); }
 
     // What is shown
 
     /// In day order. Cheap to copy: copies share their contents.
-    [[nodiscard]] const QList<CalendarDayGroup>& dayGroups() const;
+    [[nodiscard]] const QList<CalendarDayGroup>& dayGroups() const { return days_.groups(); }
     /// The rows of all groups in order; made anew for each call.
     [[nodiscard]] QList<CalendarEventItem> upcomingEvents() const;
     /// The first timed event that starts after now, of those shown.
@@ -101,50 +68,60 @@ class CalendarStore : public QObject {
     /// from today.
     [[nodiscard]] std::optional<TextPair> shortage() const;
     /// True while a load is under way; not while loadMore() is.
-    [[nodiscard]] bool isLoading() const;
+    [[nodiscard]] bool isLoading() const { return loader_.isLoading(); }
     /// False until the first load has ended.
-    [[nodiscard]] bool hasLoaded() const;
+    [[nodiscard]] bool hasLoaded() const { return loader_.hasLoaded(); }
 
     // The full calendar
 
     /// False: the coming week. True: the full calendar, a year each way at first.
-    [[nodiscard]] bool showsAllEvents() const;
-    void setShowsAllEvents(bool value);
+    [[nodiscard]] bool showsAllEvents() const { return loader_.showsAllEvents(); }
+    void setShowsAllEvents(bool value) { loader_.setShowsAllEvents(value); }
     /// Extends the full calendar by three years. Nothing happens in the other mode, before the first load and
     /// while one is under way.
-    void loadMore(bool earlier);
-    [[nodiscard]] bool isLoadingMoreEvents() const;
+    void loadMore(bool earlier) { loader_.loadMore(earlier); }
+    [[nodiscard]] bool isLoadingMoreEvents() const { return loader_.isLoadingMoreEvents(); }
     /// What the full calendar covers, or is about to; absent in the other mode.
     [[nodiscard]] std::optional<Instant> loadedCalendarStart() const;
     [[nodiscard]] std::optional<Instant> loadedCalendarEnd() const;
     /// The last extension that way found nothing: ask the person before the next.
-    [[nodiscard]] bool needsManualLoadEarlier() const;
-    [[nodiscard]] bool needsManualLoadLater() const;
+    [[nodiscard]] bool needsManualLoadEarlier() const { return loader_.needsManualLoadEarlier(); }
+    [[nodiscard]] bool needsManualLoadLater() const { return loader_.needsManualLoadLater(); }
 
     // Loading
 
-    void reload();
+    void reload() { loader_.reload(); }
     /// To be called when the machine has woken up: timers stand still while it sleeps.
     void systemDidWake();
 
     // Changes
 
     /// The event calendars that take changes, for the calendar picker.
-    [[nodiscard]] std::vector<EKCalendar> writableCalendars() const;
+    [[nodiscard]] std::vector<EKCalendar> writableCalendars() const { return writer_.writableCalendars(); }
     /// Whether the calendar (or list of reminders) of a row takes changes.
-    [[nodiscard]] bool isWritable(const CalendarEventItem& row) const;
+    [[nodiscard]] bool isWritable(const CalendarEventItem& row) const { return writer_.isWritable(row); }
     /// The one of the calendars that the database puts new events into, else the first; absent when there is
     /// none.
-    [[nodiscard]] std::optional<EKCalendar> defaultCalendar() const;
-    void createEvent(const NewCalendarEvent& event, const Completion& completion);
+    [[nodiscard]] std::optional<EKCalendar> defaultCalendar() const { return writer_.defaultCalendar(); }
+    void createEvent(const NewCalendarEvent& event, const Completion& completion) {
+        writer_.createEvent(event, completion);
+    }
     /// What an edit form starts from.
-    void loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion);
+    void loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion) {
+        writer_.loadEditDetails(row, completion);
+    }
     void updateEvent(const CalendarEventItem& row, const CalendarEventEditDetails& details,
-                     const Completion& completion);
+                     const Completion& completion) {
+        writer_.updateEvent(row, details, completion);
+    }
     /// Deletes the event or the reminder behind a row. One that is gone already is no failure.
-    void deleteItem(const CalendarEventItem& row, const Completion& completion);
+    void deleteItem(const CalendarEventItem& row, const Completion& completion) {
+        writer_.deleteItem(row, completion);
+    }
     /// Clears the due date of the reminder behind a row; the reminder stays in its list.
-    void removeReminderFromCalendar(const CalendarEventItem& row, const Completion& completion);
+    void removeReminderFromCalendar(const CalendarEventItem& row, const Completion& completion) {
+        writer_.removeReminderFromCalendar(row, completion);
+    }
 
   Q_SIGNALS:
     void accessStateChanged();
@@ -153,12 +130,14 @@ class CalendarStore : public QObject {
     void isLoadingChanged();
     void showsAllEventsChanged();
     void isLoadingMoreEventsChanged();
-    void loadedCalendarRangeChanged();
     void needsManualLoadChanged();
 
   private:
-    class Private;
-    std::shared_ptr<Private> d_;
+    const CalendarStoreServices services_;
+    CalendarDays days_{services_};
+    CalendarLoader loader_{services_, days_};
+    RecordedEventChanges recorder_{services_};
+    CalendarWriter writer_{services_, loader_, recorder_};
 };
 
 }  // namespace kestrant

@@ -35,6 +35,7 @@ std::optional<Instant> startOfRow(const QString& rowID) {
 CalendarCommands::CalendarCommands(CommandRun& run)
     : run_(run)
     , store_({.eventStore = run.eventStore,
+              .openReminders = run.openReminders,
               .scheduler = run.scheduler,
               .clock = run.clock,
               .calendar = run.calendar,
@@ -158,7 +159,7 @@ void CalendarCommands::deleteEvent() {
         deleteRowAmong({});
         return;
     }
-    fetchCalendarItems(*start, *start + Duration(1), run_.eventStore, false, run_.environment.calendar,
+    fetchCalendarItems(*start, *start + Duration(1), run_.eventStore, nullptr, run_.environment.calendar,
                        [this](const CalendarItems& items) { deleteRowAmong(items); });
 }
 

@@ -5,6 +5,7 @@
 #include "cli/CommandLineOutput.h"
 #include "eventkit/model/EKEventStore.h"
 #include "eventkit/model/EventStoreLocation.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/Clocks.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/NotificationCenter.h"
@@ -45,6 +46,7 @@ class CommandRun {
     NotificationCenter notifications;
     const std::unique_ptr<EKEventStore> openedStore;
     EKEventStore& eventStore;
+    OpenReminders openReminders{eventStore, scheduler};
 
     [[nodiscard]] OutputContext outputContext() const;
     void print(const QString& text) const { environment.out(text); }

@@ -48,7 +48,7 @@ tl::expected<void, TextPair> updateFlagsOfPanel(QStringList identifiers, bool fl
 }  // namespace
 
 ReminderCommands::FlagReading::FlagReading(CommandRun& run)
-    : host(run.eventStore, run.scheduler)
+    : host(run.eventStore, run.openReminders, run.scheduler)
     , automation(host, queue, run.scheduler) {}
 
 ReminderCommands::ReminderCommands(CommandRun& run)
@@ -57,6 +57,7 @@ ReminderCommands::ReminderCommands(CommandRun& run)
     , flags_(run.arguments.command == Command::list ? std::optional<FlagReading>(std::in_place, run)
                                                     : std::nullopt)
     , store_(ReminderStoreServices{.eventStore = run.eventStore,
+                                   .openReminders = run.openReminders,
                                    .scheduler = run.scheduler,
                                    .clock = run.clock,
                                    .calendar = run.calendar,

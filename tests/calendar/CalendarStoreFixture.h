@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calendar/CalendarStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Preferences.h"
@@ -52,6 +53,7 @@ class CalendarStoreTest : public testing::Test {
     CalendarStore& makeStore(BackgroundExecutor& background) {
         store = std::make_unique<CalendarStore>(CalendarStoreServices{
             .eventStore = database,
+            .openReminders = openReminders,
             .scheduler = scheduler,
             .clock = scheduler,
             .calendar = calendar,
@@ -115,6 +117,7 @@ class CalendarStoreTest : public testing::Test {
     NotificationCenter notifications;
     ManualExecutor executor;
     InMemoryEventStore database{scheduler, scheduler, calendar};
+    OpenReminders openReminders{database, scheduler};
     /// The reminders whose due date was to be cleared, and how that ends.
     std::vector<std::string> cleared;
     tl::expected<void, TextPair> clearingResult;

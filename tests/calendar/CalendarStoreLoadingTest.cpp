@@ -154,9 +154,12 @@ TEST_F(CalendarStoreLoading, RowsFollowTheTimeOfDay) {
     EXPECT_EQ(store->nextEvent()->title, QStringLiteral("dinner"));
     scheduler.advance(1h);
     EXPECT_THAT(shown(), ElementsAre("TODAY · FRI 27: dinner"));
+    EXPECT_EQ(*loads, 0);
+    put("tea", paris({2026, 3, 27}, {14, 0}));
+    scheduler.advance(30min);
+    EXPECT_THAT(shown(), ElementsAre("TODAY · FRI 27: tea! dinner")) << "it came by one load";
     scheduler.advance(8h);
     EXPECT_THAT(shown(), IsEmpty());
-    EXPECT_EQ(*loads, 0);
 }
 
 TEST_F(CalendarStoreLoading, TodayMovesAtMidnightOnWakingAndWithTheZone) {

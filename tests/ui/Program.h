@@ -3,6 +3,7 @@
 #include "completion/CompletionLedgerRepository.h"
 #include "cues/SensoryFeedback.h"
 #include "eventkit/memory/InMemoryEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/NotificationCenter.h"
 #include "notch/NotchGeometry.h"
@@ -42,6 +43,7 @@ struct ProgramGround {
     SensoryFeedback feedback{preferences, cues, haptics};
     NotificationCenter notifications;
     InMemoryEventStore database{time, time, calendar};
+    OpenReminders openReminders{database, time};
     QTemporaryDir folder;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
     ManualExecutor executor;
@@ -51,6 +53,7 @@ struct ProgramGround {
     Appearance appearance{nullptr};
     PanelComposition::Services services{
         .eventStore = database,
+        .openReminders = openReminders,
         .scheduler = time,
         .clock = time,
         .calendar = calendar,

@@ -3,6 +3,7 @@
 #include "completion/CompletionLedgerRepository.h"
 #include "cues/SensoryFeedback.h"
 #include "eventkit/memory/InMemoryEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/BackgroundExecutor.h"
 #include "foundation/CurrentCalendars.h"
 #include "foundation/NotificationCenter.h"
@@ -148,6 +149,7 @@ struct StageGround {
     SensoryFeedback feedback{preferences, cues, haptics};
     NotificationCenter notifications;
     InMemoryEventStore database{time, time, calendar};
+    OpenReminders openReminders{database, time};
     QTemporaryDir folder;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
     ImmediateExecutor executor;
@@ -159,6 +161,7 @@ struct StageGround {
     Appearance appearance{nullptr};
     PanelComposition::Services services{
         .eventStore = database,
+        .openReminders = openReminders,
         .scheduler = time,
         .clock = time,
         .calendar = calendar,

@@ -136,9 +136,10 @@ void ItemEventStore::requestAccess(AccessCompletion completion) {
             const bool opened = !error && status_ != EKAuthorizationStatus::fullAccess;
             // Nobody has refused anything: whoever asks again tries again.
             status_ = error ? EKAuthorizationStatus::notDetermined : EKAuthorizationStatus::fullAccess;
-            completion(!error, error);
+            // What is fetched from here on is what others see, too.
             if (opened)
                 observers_.notify();
+            completion(!error, error);
         });
     });
 }

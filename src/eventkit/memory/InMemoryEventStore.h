@@ -18,7 +18,7 @@ class MemoryStorage;
 /// A database whose files live in memory: for trying things out, for pictures and for tests. Every result
 /// arrives on a later turn of the scheduler. Besides the database's own operations it can be changed "by
 /// another program" and told to fail. Thread: main only.
-class InMemoryEventStore final : public items::ItemEventStore {
+class InMemoryEventStore : public items::ItemEventStore {
   public:
     enum class Operation { requestAccess, save, remove, revert, saveCalendar };
 

@@ -80,11 +80,10 @@ Instant DueAlertRinger::rungUntil(const QString& id) const {
 void DueAlertRinger::refresh() {
     refreshTask_.cancel();
     const int generation = ++generation_;
-    services_.eventStore.fetchReminders(
-        EKEventStore::predicateForIncompleteReminders(std::nullopt, std::nullopt, std::nullopt),
-        [self = QPointer(this), generation](const EKReminders& reminders) {
+    services_.openReminders.fetch(
+        [self = QPointer(this), generation](const OpenReminders::Reminders& reminders) {
             if (self && generation == self->generation_)
-                self->apply(reminders);
+                self->apply(*reminders);
         });
 }
 

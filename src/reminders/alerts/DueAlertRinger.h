@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/model/EKEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/Scheduler.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
@@ -22,6 +23,8 @@ class UserDefaults;
 /// What a DueAlertRinger works with. Everything here outlives it.
 struct DueAlertServices {
     EKEventStore& eventStore;
+    /// Those of the same database.
+    OpenReminders& openReminders;
     /// Completes what the person ticks off in a notification.
     ReminderStore& reminders;
     UserNotifier& notifier;

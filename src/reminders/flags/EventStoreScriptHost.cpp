@@ -27,17 +27,6 @@ EKPredicate allCompleted() {
     return EKEventStore::predicateForCompletedReminders(std::nullopt, std::nullopt, std::nullopt);
 }
 
-void carryOut(EKEventStore& store, const ReminderScript::ReadFlagged&, const Answer& answer) {
-    store.fetchReminders(allOpen(), [answer](const EKReminders& reminders) {
-        QStringList result;
-        for (const auto& reminder : reminders) {
-            if (reminder->isFlagged)
-                result.push_back(QStringLiteral("x-kestrant-reminder://") + reminder->calendarItemIdentifier);
-        }
-        answer(std::move(result));
-    });
-}
-
 /// Sets the flag of the first reminder that has the key and takes the change: open ones before completed
 /// ones, the lists of the given name before the others.
 class FlagSetting : public std::enable_shared_from_this<FlagSetting> {
@@ -96,14 +85,12 @@ class FlagSetting : public std::enable_shared_from_this<FlagSetting> {
     EKReminders found_;
 };
 
-void carryOut(EKEventStore& store, const ReminderScript::SetFlag& request, const Answer& answer) {
-    std::make_shared<FlagSetting>(store, request, answer)->start();
-}
-
 }  // namespace
 
-EventStoreScriptHost::EventStoreScriptHost(EKEventStore& eventStore, Scheduler& scheduler)
+EventStoreScriptHost::EventStoreScriptHost(EKEventStore& eventStore, OpenReminders& openReminders,
+                                           Scheduler& scheduler)
     : eventStore_(eventStore)
+    , openReminders_(openReminders)
     , scheduler_(scheduler) {}
 
 EventStoreScriptHost::~EventStoreScriptHost() {
@@ -127,7 +114,7 @@ tl::expected<QStringList, ScriptError> EventStoreScriptHost::execute(const Remin
         if (eventStore_.authorizationStatus(EKEntityType::reminder) != EKAuthorizationStatus::fullAccess)
             return answer(failure(ScriptError::Code::notPermitted,
                                   QStringLiteral("there is no access to the reminders")));
-        std::visit([&](const auto& request) { carryOut(eventStore_, request, answer); }, script.request);
+        std::visit([&](const auto& request) { carryOut(request, answer); }, script.request);
     });
     std::unique_lock lock(shared_->mutex);
     shared_->changed.wait(lock, [&] { return result->has_value() || shared_->isInterrupted; });
@@ -138,6 +125,21 @@ tl::expected<QStringList, ScriptError> EventStoreScriptHost::execute(const Remin
             timeLimit_.cancel();
     });
     return std::move(**result);
+}
+
+void EventStoreScriptHost::carryOut(const ReminderScript::ReadFlagged&, const Answer& answer) {
+    openReminders_.fetch([answer](const OpenReminders::Reminders& reminders) {
+        QStringList result;
+        for (const auto& reminder : *reminders) {
+            if (reminder->isFlagged)
+                result.push_back(QStringLiteral("x-kestrant-reminder://") + reminder->calendarItemIdentifier);
+        }
+        answer(std::move(result));
+    });
+}
+
+void EventStoreScriptHost::carryOut(const ReminderScript::SetFlag& request, const Answer& answer) {
+    std::make_shared<FlagSetting>(eventStore_, request, answer)->start();
 }
 
 void EventStoreScriptHost::interrupt() {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "eventkit/model/EKEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/Scheduler.h"
 #include "reminders/flags/ScriptHost.h"
 
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -19,8 +21,8 @@ namespace kestrant {
 /// interrupts a script that is running; whoever runs it must have come back by then.
 class EventStoreScriptHost final : public ScriptHost {
   public:
-    /// Both outlive the host.
-    EventStoreScriptHost(EKEventStore& eventStore, Scheduler& scheduler);
+    /// Flags are read off the open reminders, which are those of the same database. All outlive the host.
+    EventStoreScriptHost(EKEventStore& eventStore, OpenReminders& openReminders, Scheduler& scheduler);
     EventStoreScriptHost(const EventStoreScriptHost&) = delete;
     EventStoreScriptHost& operator=(const EventStoreScriptHost&) = delete;
     ~EventStoreScriptHost() override;
@@ -29,6 +31,7 @@ class EventStoreScriptHost final : public ScriptHost {
     void interrupt() override;
 
   private:
+    using Answer = std::function<void(tl::expected<QStringList, ScriptError>)>;
     /// What the main thread and the script's share.
     struct Shared {
         std::mutex mutex;
@@ -36,7 +39,11 @@ class EventStoreScriptHost final : public ScriptHost {
         bool isInterrupted = false;
     };
 
+    void carryOut(const ReminderScript::ReadFlagged& request, const Answer& answer);
+    void carryOut(const ReminderScript::SetFlag& request, const Answer& answer);
+
     EKEventStore& eventStore_;
+    OpenReminders& openReminders_;
     Scheduler& scheduler_;
     std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
     /// Of the main thread alone.

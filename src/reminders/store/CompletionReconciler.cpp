@@ -2,9 +2,15 @@
 
 #include <QPointer>
 
+#include <chrono>
 #include <utility>
 
 namespace kestrant {
+namespace {
+
+constexpr Duration reconciliationDelay = std::chrono::milliseconds(150);
+
+}  // namespace
 
 CompletionReconciler::CompletionReconciler(EKEventStore& eventStore, Scheduler& scheduler, const Clock& clock,
                                            const CurrentCalendar& calendar,
@@ -23,8 +29,8 @@ void CompletionReconciler::note(const QString& reminderID, ReminderCompletionSta
     ++generation_;
 }
 
-void CompletionReconciler::schedule(Duration delay) {
-    task_ = scheduler_.after(delay, [this] { start(); });
+void CompletionReconciler::schedule() {
+    task_ = scheduler_.after(reconciliationDelay, [this] { start(); });
 }
 
 bool CompletionReconciler::bringForward() {

@@ -32,9 +32,9 @@ class CompletionReconciler : public QObject {
     /// void: schedule another.
     void note(const QString& reminderID, ReminderCompletionState state);
 
-    /// Reconciles after `delay`, in place of one that is still waiting: the reminders completed in the
-    /// present calendar year are fetched and handed to the ledger.
-    void schedule(Duration delay);
+    /// Reconciles 0.15 s after the last call: the reminders completed in the present calendar year are
+    /// fetched and handed to the ledger.
+    void schedule();
     /// Starts a waiting reconciliation at once. False when none is under way, its writing included.
     bool bringForward();
 

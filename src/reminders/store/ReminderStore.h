@@ -1,54 +1,29 @@
 #pragma once
 
-#include "eventkit/model/EKEventStore.h"
 #include "foundation/Scheduler.h"
-#include "foundation/Subscription.h"
-#include "foundation/ZoneCalendar.h"
 #include "reminders/flags/ReminderFlagSync.h"
-#include "reminders/model/ReminderFiltering.h"
-#include "reminders/model/ReminderOrdering.h"
-#include "reminders/model/ReminderStoreError.h"
-#include "reminders/model/ReminderTask.h"
-#include "reminders/model/ReminderTaskList.h"
 #include "reminders/store/CompletionReconciler.h"
-#include "reminders/store/ReminderActionHistory.h"
+#include "reminders/store/PendingCompletions.h"
+#include "reminders/store/RecordedChanges.h"
+#include "reminders/store/ReminderArrangement.h"
+#include "reminders/store/ReminderFlagging.h"
+#include "reminders/store/ReminderLoader.h"
+#include "reminders/store/ReminderStoreServices.h"
+#include "reminders/store/ReminderWork.h"
+#include "reminders/store/ReminderWriter.h"
+#include "reminders/store/ShownReminders.h"
 
 #include <QObject>
 #include <QSet>
 #include <QString>
 #include <QStringList>
 
-#include <tl/expected.hpp>
-
 #include <functional>
-#include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kestrant {
-
-class Localization;
-class NotificationCenter;
-class UserDefaults;
-
-/// What a ReminderStore works with. Everything here outlives the store.
-struct ReminderStoreServices {
-    EKEventStore& eventStore;
-    Scheduler& scheduler;
-    Clock& clock;
-    CurrentCalendar& calendar;
-    UserDefaults& defaults;
-    /// The language of the first list, and the locale of titles' order and of search.
-    Localization& localization;
-    NotificationCenter& notifications;
-    CompletionLedgerRepository& ledger;
-    /// Told the number of completions that were just committed from here; may be empty.
-    std::function<void(int count)> completionsCommitted;
-    /// May be null: then nothing is recorded.
-    ReminderActionHistory* history = nullptr;
-    /// May be null: then flags are kept by this program alone.
-    FlaggedReminderAutomation* flags = nullptr;
-};
 
 /// Owns everything the panel shows about reminders and carries out every change to them. State is read
 /// through the functions below; each signal says which of it has changed, and is emitted after the change. A
@@ -65,8 +40,8 @@ class ReminderStore : public QObject {
     Q_OBJECT
 
   public:
-    using Completion = std::function<void(tl::expected<void, ReminderStoreError>)>;
-    using CreationCompletion = std::function<void(tl::expected<QString, ReminderStoreError>)>;
+    using Completion = ReminderCompletion;
+    using CreationCompletion = ReminderWriter::CreationCompletion;
 
     /// Posted after a reminder has been created.
     static constexpr auto reminderCreatedNotification = "kestrantReminderCreated";
@@ -83,32 +58,32 @@ class ReminderStore : public QObject {
 
     // Access
 
-    [[nodiscard]] const ReminderAccessState& accessState() const { return accessState_; }
+    [[nodiscard]] const ReminderAccessState& accessState() const { return loader_.accessState(); }
     /// Asks the database to open; on success lists and tasks are loaded.
-    void requestAccess();
+    void requestAccess() { loader_.requestAccess(); }
     /// Takes the state the database reports; loads when access has become possible. The way out of `failed`.
-    void refreshAccessState();
+    void refreshAccessState() { loader_.refreshAccessState(); }
     /// Another database answers from now on: everything of the former one is forgotten, what it answers late
     /// is dropped, and the new one is asked to open if that was. Commit what is pending before.
     void databaseWasExchanged();
 
     // What is shown
 
-    [[nodiscard]] const std::vector<ReminderList>& lists() const { return lists_; }
+    [[nodiscard]] const std::vector<ReminderList>& lists() const { return loader_.lists(); }
     /// The tasks that pass the filters, in order. The search is not applied.
-    [[nodiscard]] const ReminderTaskList& tasks() const { return tasks_; }
+    [[nodiscard]] const ReminderTaskList& tasks() const { return shown_.tasks(); }
     /// The tasks to show: those of tasks() that the search finds. Cached; reading it again costs nothing.
-    [[nodiscard]] const ReminderTaskList& visibleTasks() const;
+    [[nodiscard]] const ReminderTaskList& visibleTasks() const { return shown_.visibleTasks(); }
     /// Any open reminder of the last fetch, filtered out or not; null when there is none with this id. The
     /// pointer is good until control returns to the event loop.
-    [[nodiscard]] const ReminderTask* task(const QString& id) const;
+    [[nodiscard]] const ReminderTask* task(const QString& id) const { return shown_.task(id); }
     /// Counts over all tasks of the last fetch.
-    [[nodiscard]] const ReminderFilterCounts& filterCounts() const { return filterCounts_; }
-    [[nodiscard]] bool isLoading() const { return isLoading_; }
+    [[nodiscard]] const ReminderFilterCounts& filterCounts() const { return shown_.filterCounts(); }
+    [[nodiscard]] bool isLoading() const { return loader_.isLoading(); }
     /// True once a fetch has been applied, until another database answers.
-    [[nodiscard]] bool hasLoaded() const { return hasLoaded_; }
+    [[nodiscard]] bool hasLoaded() const { return loader_.hasLoaded(); }
     /// Completions asked for and not yet committed; their cards look completed.
-    [[nodiscard]] const QSet<QString>& pendingCompletionIDs() const { return pendingCompletionIDs_; }
+    [[nodiscard]] const QSet<QString>& pendingCompletionIDs() const { return completions_.ids(); }
     [[nodiscard]] const std::optional<ReminderRevealRequest>& reminderRevealRequest() const {
         return reminderRevealRequest_;
     }
@@ -118,82 +93,102 @@ class ReminderStore : public QObject {
     /// Set while the completion ledger cannot be written.
     [[nodiscard]] const std::optional<TextPair>& completionLedgerError() const { return reconciler_.error(); }
     /// Files or sources of the database that could not be read, one sentence each.
-    [[nodiscard]] const std::vector<TextPair>& problems() const { return problems_; }
+    [[nodiscard]] const std::vector<TextPair>& problems() const { return loader_.problems(); }
     /// Every placed task by id, from first to last.
-    [[nodiscard]] const QStringList& manualOrderIDs() const { return manualOrderIDs_; }
+    [[nodiscard]] const QStringList& manualOrderIDs() const { return arrangement_.manualOrderIDs(); }
 
     // Selection and presentation
 
-    [[nodiscard]] const std::optional<QString>& selectedListID() const { return selectedListID_; }
+    [[nodiscard]] const std::optional<QString>& selectedListID() const { return loader_.selectedListID(); }
     /// Absent shows all lists. Written to the preferences; loads the tasks anew.
-    void setSelectedListID(const std::optional<QString>& id);
-    [[nodiscard]] ReminderSortMode sortMode() const { return sortMode_; }
+    void setSelectedListID(const std::optional<QString>& id) { loader_.setSelectedListID(id); }
+    [[nodiscard]] ReminderSortMode sortMode() const { return arrangement_.sortMode(); }
     /// Written to the preferences and recorded in the history.
-    void setSortMode(ReminderSortMode mode);
-    [[nodiscard]] const ReminderFilters& filters() const { return filters_; }
-    void setShowsTodayOnly(bool on);
-    void setShowsOverdueOnly(bool on);
-    void setShowsFlaggedOnly(bool on);
+    void setSortMode(ReminderSortMode mode) { arrangement_.setSortMode(mode); }
+    [[nodiscard]] const ReminderFilters& filters() const { return shown_.filters(); }
+    void setShowsTodayOnly(bool on) { setFilter(&ReminderFilters::todayOnly, on); }
+    void setShowsOverdueOnly(bool on) { setFilter(&ReminderFilters::overdueOnly, on); }
+    void setShowsFlaggedOnly(bool on) { setFilter(&ReminderFilters::flaggedOnly, on); }
     [[nodiscard]] bool isFlagLoading() const { return flags_.isLoading(); }
     /// Why flags set elsewhere are not known; beside the filter for flagged ones.
     [[nodiscard]] const std::optional<TextPair>& flagFilterError() const { return flags_.error(); }
     /// Reminders whose flag is being written.
     [[nodiscard]] const QSet<QString>& pendingFlagIDs() const { return flags_.pendingIDs(); }
-    [[nodiscard]] const QString& searchQuery() const { return searchQuery_; }
-    void setSearchQuery(const QString& query);
+    [[nodiscard]] const QString& searchQuery() const { return shown_.searchQuery(); }
+    void setSearchQuery(const QString& query) { shown_.setSearchQuery(query); }
     /// The list that receives new reminders when none is selected or chosen.
     [[nodiscard]] std::optional<QString> defaultListID() const;
-    void setDefaultListID(const std::optional<QString>& id);
 
     // Loading
 
-    void reloadLists();
-    void reloadTasks();
+    void reloadLists() { loader_.reloadLists(); }
+    void reloadTasks() { loader_.reloadTasks(); }
     /// Reads the flags set elsewhere; the way to try again after flagFilterError().
     void reloadFlags();
     /// Loads lists, tasks and flags 0.3 s after the last call.
-    void scheduleReload();
+    void scheduleReload() { loader_.scheduleReload(); }
     /// To be called when the machine has woken up: timers stand still while it sleeps.
     void systemDidWake();
 
     // Changes
 
     /// On success the completion is given the new reminder's id, and the card is revealed.
-    void create(const NewReminder& reminder, CreationCompletion completion);
-    /// What an edit form starts from; absent when the reminder is gone.
-    [[nodiscard]] std::optional<ReminderEditDetails> editDetails(const QString& id) const;
-    /// How the reminder repeats; empty for not at all.
-    [[nodiscard]] std::vector<EKRecurrenceRule> recurrenceRules(const QString& id) const;
-    /// Writes what differs from the present details.
-    void edit(const QString& id, const ReminderEditDetails& details, Completion completion) {
-        edit(id, details, std::nullopt, std::move(completion));
+    void create(const NewReminder& reminder, CreationCompletion completion) {
+        writer_.create(reminder, std::move(completion));
     }
-    /// The same, and has the reminder repeat from its due date on, whatever rules it had. Absent, or what it
-    /// does already, leaves its rules as they are.
+    /// What an edit form starts from; absent when the reminder is gone.
+    [[nodiscard]] std::optional<ReminderEditDetails> editDetails(const QString& id) const {
+        return writer_.editDetails(id);
+    }
+    /// How the reminder repeats; empty for not at all.
+    [[nodiscard]] std::vector<EKRecurrenceRule> recurrenceRules(const QString& id) const {
+        return writer_.recurrenceRules(id);
+    }
+    /// Writes what differs from the present details. With `repeat`, has the reminder repeat from its due date
+    /// on, whatever rules it had; absent, or what it does already, leaves its rules as they are.
     void edit(const QString& id, const ReminderEditDetails& details, std::optional<ReminderRepeat> repeat,
-              Completion completion);
-    void rename(const QString& id, const QString& title, Completion completion);
+              Completion completion) {
+        writer_.edit(id, details, repeat, std::move(completion));
+    }
+    void edit(const QString& id, const ReminderEditDetails& details, Completion completion) {
+        writer_.edit(id, details, std::nullopt, std::move(completion));
+    }
+    void rename(const QString& id, const QString& title, Completion completion) {
+        writer_.rename(id, title, std::move(completion));
+    }
     /// `dueDate` as in ReminderEditDetails. The alert keeps its distance where it still can.
     void reschedule(const QString& id, Instant dueDate, bool includesTime, Completion completion);
     /// The same with this alert, or none.
     void reschedule(const QString& id, Instant dueDate, bool includesTime,
-                    const std::optional<ReminderAlertSchedule>& alert, Completion completion);
+                    const std::optional<ReminderAlertSchedule>& alert, Completion completion) {
+        writer_.reschedule(id, dueDate, includesTime, alert, std::move(completion));
+    }
     /// Also removes the alert and the repetition.
-    void clearDueDate(const QString& id, Completion completion);
+    void clearDueDate(const QString& id, Completion completion) {
+        writer_.clearDueDate(id, std::move(completion));
+    }
     /// The same, as the calendar's action.
-    void removeFromCalendar(const QString& id, Completion completion);
-    void move(const QString& id, const QString& listID, Completion completion);
-    void remove(const QString& id, Completion completion);
+    void removeFromCalendar(const QString& id, Completion completion) {
+        writer_.removeFromCalendar(id, std::move(completion));
+    }
+    void move(const QString& id, const QString& listID, Completion completion) {
+        writer_.move(id, listID, std::move(completion));
+    }
+    void remove(const QString& id, Completion completion) { writer_.remove(id, std::move(completion)); }
     /// Flags or unflags at once. The completion tells whether that reached the database; the flag stays as it
     /// was set here in any case.
-    void setFlagged(const QString& id, bool flag, Completion completion);
-    void toggleFlag(const QString& id, Completion completion);
+    void setFlagged(const QString& id, bool flag, Completion completion) {
+        flagging_.setFlagged(id, flag, std::move(completion));
+    }
+    void toggleFlag(const QString& id, Completion completion) { flagging_.toggle(id, std::move(completion)); }
 
     /// Marks as completed, to be committed 0.75 s later, or takes the mark back. Does nothing while the
     /// commit is under way. A failure shows as `accessState` `failed`; what was loaded stays.
-    void toggleCompletion(const QString& id);
+    void toggleCompletion(const QString& id) { completions_.toggle(id); }
     /// Completes without the wait.
-    void completeNow(const QString& id, Completion completion);
+    void completeNow(const QString& id, Completion completion) {
+        completions_.completeNow(id, std::move(completion));
+    }
     /// Commits every pending completion now, for an orderly end of the program; `done` is called when all
     /// that was begun has ended, the ledger included.
     void commitPendingCompletions(std::function<void()> done);
@@ -205,11 +200,9 @@ class ReminderStore : public QObject {
 
     void reveal(const QString& id);
 
-    // For programs that end
-
     /// Calls back once, on a later turn, when no fetch, change or reconciliation is under way; delayed
     /// reconciliations are brought forward. Not called when the store goes first.
-    void whenIdle(std::function<void()> done);
+    void whenIdle(std::function<void()> done) { work_.whenIdle(std::move(done)); }
 
   Q_SIGNALS:
     void accessStateChanged();
@@ -221,169 +214,38 @@ class ReminderStore : public QObject {
     void pendingCompletionIDsChanged();
     void isFlagLoadingChanged();
     void flagFilterErrorChanged();
-    void pendingFlagIDsChanged();
     void revealRequested(const kestrant::ReminderRevealRequest& request);
     void completionRecordsChanged();
     void completionLedgerErrorChanged();
-    void manualOrderIDsChanged();
     void problemsChanged();
     void selectedListIDChanged();
     void sortModeChanged();
     void filtersChanged();
     void searchQueryChanged();
-    void defaultListIDChanged();
     /// A day has begun or a task fell due: due dates in words and their colour may read differently.
     void presentChanged();
 
   private:
-    struct Placement {
-        QStringList ids;
-        ReminderSortMode mode = ReminderSortMode::manual;
-    };
-    using Edit = std::function<tl::expected<void, ReminderStoreError>(EKReminderData& reminder)>;
+    void connectSignals();
+    void connectParts();
+    void setFilter(bool ReminderFilters::*filter, bool on);
 
-    void restorePreferences();
-    void observe();
-    /// Titles are ordered by the language's own rules.
-    void languageChanged();
-
-    void setAccessState(ReminderAccessState state);
-    void reload();
-    void applyFetch(EKReminders reminders, bool isRestricted);
-    /// Those that were fetched before are taken over.
-    [[nodiscard]] std::vector<ReminderTask> tasksOf(const EKReminders& reminders,
-                                                    const ZoneCalendar& calendar) const;
-    void updateProblems();
-    void setFetchedTasks(std::vector<ReminderTask> tasks);
-    void updateManualOrder(bool isRestricted);
-    void setManualOrderIDs(QStringList ids);
-    [[nodiscard]] ReminderTaskList filteredTasks(ReminderSortMode mode) const;
-    /// Filters and orders the fetched tasks anew.
-    void recompute();
-    /// Takes the present anew: counts, filters, and the moment at which to do it again.
-    void recomputeForPresent();
-    void presentDidChange();
-    void setFilters(const ReminderFilters& filters);
-    void applySortMode(ReminderSortMode mode);
-    void applyPlacement(const Placement& placement);
-    void restorePlacement(const Placement& placement);
-    void record(const TextPair& title, const TextPair& outcome, std::function<void()> undo,
-                std::function<void()> redo);
-    [[nodiscard]] ReminderPresent present() const;
-
-    struct RecordedChange;
-    using RecordedChangeRef = std::shared_ptr<RecordedChange>;
-    enum class ChangeKind { creation, edit, removal, completion };
-    struct HistoryReference;
-    using HistoryReferenceRef = std::shared_ptr<HistoryReference>;
-    [[nodiscard]] HistoryReferenceRef referenceTo(const QString& id);
-    /// For the history's entry of a change whose write begins now.
-    RecordedChangeRef recordChange(ChangeKind kind, const TextPair& title, const TextPair& outcome,
-                                   const QString& id);
-    RecordedChangeRef recordCompletion(const QString& id);
-    /// When the reminder is due, in words.
-    [[nodiscard]] std::optional<TextPair> dueInWords(const EKReminderData& reminder) const;
-    [[nodiscard]] RecordedChangeRef newRecordedChange(ChangeKind kind, const QString& id);
-    void endRecording(const RecordedChangeRef& recorded, const tl::expected<EKSaveResult, EKError>& result);
-    /// Ends it at once, or when it is known what became of the change.
-    void endRecordingOnceKnown(const RecordedChangeRef& recorded, const QString& id,
-                               const tl::expected<EKSaveResult, EKError>& result);
-    void withdraw(const RecordedChangeRef& recorded);
-    /// Takes the change back, or makes it again.
-    [[nodiscard]] ReminderActionHistory::Operation replayOf(const RecordedChangeRef& recorded);
-    void replay(const RecordedChangeRef& recorded, const ReminderActionHistory::Done& done);
-    void replayed(const RecordedChangeRef& recorded, const EKSaveResult& result);
-    /// Whatever is known of the reminder by its identifier is known by this one from here on.
-    void follow(const RecordedChange& recorded, const QString& id);
-    /// What a reminder is called now, if undoing its removal gave it a new identifier.
-    [[nodiscard]] QString currentID(const QString& id) const;
-
-    /// What is said of the edited reminder.
-    using Describe = std::function<TextPair(const EKReminderData& edited)>;
-    /// Looks the reminder up, edits it and saves it.
-    void change(const TextPair& title, const QString& id, const Edit& edit, const Describe& describe,
-                Completion completion);
-    void saveNew(const NewReminder& reminder, const EKCalendar& list, CreationCompletion completion);
-    void makeInitialList(const NewReminder& reminder, CreationCompletion completion);
-    void answer(const Completion& completion, tl::expected<void, ReminderStoreError> result);
-
-    void cancelCompletion(const QString& id);
-    void commitCompletion(const QString& id, Completion completion);
-    void commitCompletion(const QString& id, Completion completion, const RecordedChangeRef& recorded);
-    void completionSaved(const QString& id, const EKReminderRef& reminder, const RecordedChangeRef& recorded,
-                         const tl::expected<EKSaveResult, EKError>& result);
-    void completionCommitted(const EKReminder& reminder, const EKSaveResult& result);
-    void setPendingCompletion(const QString& id, bool pending);
-
-    void applyFlag(const QString& id, bool flag, Completion completion);
-    /// Writes the flag of a reminder that was created a moment ago.
-    void writeFlagOfNew(const QString& id);
-    void refreshFlags();
-    [[nodiscard]] std::optional<QString> listTitleOf(const EKReminderData& reminder) const;
-
-    void beginActivity() { ++activities_; }
-    void endActivity();
-    void callBackWhenIdle();
-
-    ReminderStoreServices services_;
-
-    ReminderAccessState accessState_;
-    std::vector<ReminderList> lists_;
-    /// What the last fetch found, and the calendar that was used to understand it.
-    struct Fetched {
-        EKReminders reminders;
-        std::optional<ZoneCalendar> calendar;
-    };
-    Fetched fetched_;
-    /// The tasks of it, but for those that were completed since.
-    ReminderTaskList::Tasks fetchedTasks_ = std::make_shared<const std::vector<ReminderTask>>();
-    ReminderOrdering ordering_;
-    ReminderTaskList tasks_;
-    ReminderFilterCounts filterCounts_;
-    std::vector<TextPair> problems_;
-    bool isLoading_ = false;
-    bool hasLoaded_ = false;
-    int fetchGeneration_ = 0;
-    int accessGeneration_ = 0;
+    const ReminderStoreServices services_;
+    HistoryReferences references_;
     ReminderFlagSync flags_;
-    /// Of new reminders whose flag is about to be written.
-    std::map<QString, ScheduledTask> flagWriteTasks_;
-
-    /// The tasks found by the search; absent when it has to be carried out again, unused while the query is
-    /// blank.
-    mutable std::optional<ReminderTaskList> visibleTasksCache_;
-
-    std::optional<QString> selectedListID_;
-    ReminderSortMode sortMode_ = ReminderSortMode::dueDate;
-    ReminderFilters filters_;
-    QString searchQuery_;
-    QStringList manualOrderIDs_;
-
-    QSet<QString> pendingCompletionIDs_;
-    std::map<QString, ScheduledTask> completionTasks_;
-    /// Completions being written, with everybody who waits for them.
-    std::map<QString, std::vector<Completion>> committing_;
-    /// The entries of completions that are pending.
-    std::map<QString, RecordedChangeRef> recordedCompletions_;
     CompletionReconciler reconciler_;
-
-    std::map<QString, std::weak_ptr<HistoryReference>> historyReferences_;
+    ReminderWork work_;
+    ReminderArrangement arrangement_;
+    ReminderLoader loader_;
+    ShownReminders shown_;
+    RecordedChanges recorder_;
+    PendingCompletions completions_;
+    ReminderFlagging flagging_;
+    ReminderWriter writer_;
 
     std::optional<ReminderRevealRequest> reminderRevealRequest_;
-    /// A reminder that was just created, to be revealed once it has been fetched.
+    /// A reminder that has just come, to be revealed once it has been fetched.
     QString revealOnceLoaded_;
-    /// Creations that wait for the first list to be made.
-    std::vector<std::function<void(const tl::expected<EKCalendar, EKError>&)>> waitingForInitialList_;
-
-    int activities_ = 0;
-    std::vector<std::function<void()>> idleWaiters_;
-
-    ScheduledTask eventStoreReloadTask_;
-    ScheduledTask presentTask_;
-    Subscription eventStoreObserver_;
-    Subscription calendarEventObserver_;
-    Subscription zoneObserver_;
-    Subscription languageObserver_;
 };
 
 }  // namespace kestrant

@@ -68,6 +68,7 @@ OnboardingTrial::OnboardingTrial(const Services& services, NotchInteractionModel
     , geometry_(trialScreen)
     , composition_({
           .eventStore = database_,
+          .openReminders = openReminders_,
           .scheduler = services.scheduler,
           .clock = services.clock,
           .calendar = services.calendar,

@@ -2,6 +2,7 @@
 
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/memory/InMemoryEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/BackgroundExecutor.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/UserDefaults.h"
@@ -117,6 +118,7 @@ class OnboardingTrial : public QObject {
     Localization localization_;
     NotificationCenter notifications_;
     InMemoryEventStore database_;
+    OpenReminders openReminders_{database_, services_.scheduler};
     CompletionLedgerRepository ledger_;
     ImmediateExecutor executor_;
     NotchGeometry geometry_;

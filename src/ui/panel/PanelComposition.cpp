@@ -9,6 +9,7 @@ PanelComposition::PanelComposition(const Services& services)
     , calendarActions(actions)
     , reminderStore({
           .eventStore = services.eventStore,
+          .openReminders = services.openReminders,
           .scheduler = services.scheduler,
           .clock = services.clock,
           .calendar = services.calendar,
@@ -22,6 +23,7 @@ PanelComposition::PanelComposition(const Services& services)
       })
     , calendarStore({
           .eventStore = services.eventStore,
+          .openReminders = services.openReminders,
           .scheduler = services.scheduler,
           .clock = services.clock,
           .calendar = services.calendar,

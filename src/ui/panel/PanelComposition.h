@@ -28,6 +28,7 @@ class Localizer;
 class NotchGeometry;
 class NotchInteractionModel;
 class NotificationCenter;
+class OpenReminders;
 class Preferences;
 
 /// A panel without its window: one history, the stores over a database and the view models over them, built
@@ -37,6 +38,8 @@ struct PanelComposition {
     /// Everything must outlive the composition.
     struct Services {
         EKEventStore& eventStore;
+        /// Those of the same database.
+        OpenReminders& openReminders;
         Scheduler& scheduler;
         Clock& clock;
         CurrentCalendar& calendar;

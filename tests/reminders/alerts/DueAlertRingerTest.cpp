@@ -20,6 +20,7 @@ class DueAlertRingerTest : public ReminderStoreTest {
         if (!store)
             loadedStore();
         ringer.emplace(DueAlertServices{.eventStore = database,
+                                        .openReminders = *openReminders,
                                         .reminders = *store,
                                         .notifier = notifier,
                                         .scheduler = scheduler,

@@ -1,5 +1,6 @@
 #include "reminders/flags/EventStoreScriptHost.h"
 
+#include "eventkit/model/OpenReminders.h"
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/SerialWorker.h"
 #include "reminders/flags/FlaggedReminderAutomation.h"
@@ -125,7 +126,8 @@ class EventStoreScriptHostTest : public testing::Test {
     Gate gate{scheduler};
     InMemoryEventStore database{gate, scheduler, calendar};
     std::vector<QString> lists;
-    EventStoreScriptHost host{database, gate};
+    OpenReminders openReminders{database, gate};
+    EventStoreScriptHost host{database, openReminders, gate};
     std::optional<SerialWorker> queue{std::in_place};
     std::optional<FlaggedReminderAutomation> automation{std::in_place, host, *queue, scheduler};
 };

@@ -1,4 +1,5 @@
 #include "ReminderStoreFixture.h"
+#include "preferences/PreferenceKeys.h"
 #include "reminders/model/ReminderConversion.h"
 
 namespace kestrant {
@@ -134,7 +135,8 @@ TEST(ListForNewReminder, TakesTheFirstCandidateThatIsFound) {
 
 TEST_F(ReminderStoreChanges, TheSelectedListIsPreferredToTheDefaultOneWhileItExists) {
     putList("third");
-    loadedStore().setDefaultListID(QStringLiteral("other"));
+    defaults.set(preferenceKeys::defaultReminderListID, QStringLiteral("other"));
+    loadedStore();
     EXPECT_EQ(listOf(newReminder("x")), QStringLiteral("other"));
     store->setSelectedListID(QStringLiteral("third"));
     EXPECT_EQ(listOf(newReminder("x")), QStringLiteral("third"));

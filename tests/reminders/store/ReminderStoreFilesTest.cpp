@@ -1,3 +1,4 @@
+#include "eventkit/model/OpenReminders.h"
 #include "eventkit/vdir/VdirEventStore.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/SerialWorker.h"
@@ -81,11 +82,13 @@ class ReminderStoreFiles : public testing::Test {
     NotificationCenter notifications;
     CompletionLedgerRepository ledger{ledgerFolder.filePath(QStringLiteral("ledger.json"))};
     VdirEventStore database{folder.path(), scheduler, scheduler, calendar};
+    OpenReminders openReminders{database, scheduler};
     ReminderActionHistory history{scheduler, scheduler};
-    EventStoreScriptHost host{database, scheduler};
+    EventStoreScriptHost host{database, openReminders, scheduler};
     SerialWorker queue;
     FlaggedReminderAutomation automation{host, queue, scheduler};
     ReminderStore store{{.eventStore = database,
+                         .openReminders = openReminders,
                          .scheduler = scheduler,
                          .clock = scheduler,
                          .calendar = calendar,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "eventkit/model/OpenReminders.h"
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Localization.h"
@@ -74,7 +75,9 @@ class ReminderStoreTest : public testing::Test {
     /// Makes the store as it is at the start of the program; it has not asked for access yet.
     ReminderStore& makeStore() { return makeStoreOn(database); }
     ReminderStore& makeStoreOn(EKEventStore& eventStore) {
+        openReminders.emplace(eventStore, scheduler);
         store.emplace(ReminderStoreServices{.eventStore = eventStore,
+                                            .openReminders = *openReminders,
                                             .scheduler = scheduler,
                                             .clock = scheduler,
                                             .calendar = calendar,
@@ -149,6 +152,7 @@ class ReminderStoreTest : public testing::Test {
                 write();
         }};
     InMemoryEventStore database{scheduler, scheduler, calendar};
+    std::optional<OpenReminders> openReminders;
     ReminderActionHistory history{scheduler, scheduler};
     FlaggedReminderAutomation* automation = nullptr;
     int reported = 0;

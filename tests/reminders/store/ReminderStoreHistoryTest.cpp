@@ -251,11 +251,11 @@ TEST_F(ReminderStoreHistory, TheLedgerFollowsCompletionsThatAreTakenBack) {
 TEST_F(ReminderStoreHistory, TheLedgerIsNotMisledByAFetchThatBeganBeforeTheUndo) {
     put(aReminder("a").completedAt(now()));
     CompletionReconciler reconciler(database, scheduler, scheduler, calendar, ledger);
-    reconciler.schedule(0s);
+    reconciler.schedule();
     EXPECT_TRUE(reconciler.bringForward());
     put(aReminder("a"));
     reconciler.note(a, ReminderCompletionState::incomplete());
-    reconciler.schedule(150ms);
+    reconciler.schedule();
     scheduler.advance(1s);
     EXPECT_THAT(reconciler.records(), IsEmpty());
 }

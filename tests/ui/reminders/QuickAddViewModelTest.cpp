@@ -1,3 +1,4 @@
+#include "preferences/PreferenceKeys.h"
 #include "ui/Program.h"
 
 #include <QSignalSpy>
@@ -61,7 +62,7 @@ TEST(QuickAddViewModel, GoesIntoTheListThatIsShownWhateverThatIs) {
     Program program;
     program.load();
     EXPECT_EQ(program.quickAdd.listId(), program.home);
-    program.reminderStore.setDefaultListID(program.work);
+    program.defaults.set(preferenceKeys::defaultReminderListID, program.work);
     EXPECT_EQ(program.quickAdd.listId(), program.work);
     program.reminders.setSelectedListId(program.home);
     program.settle();

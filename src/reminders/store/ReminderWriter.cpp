@@ -1,8 +1,16 @@
-#include "foundation/NotificationCenter.h"
+#include "reminders/store/ReminderWriter.h"
+
+#include "eventkit/model/EKEventStore.h"
+#include "foundation/Scheduler.h"
+#include "foundation/UserDefaults.h"
+#include "foundation/ZoneCalendar.h"
 #include "preferences/Localization.h"
+#include "preferences/PreferenceKeys.h"
 #include "reminders/model/ReminderConversion.h"
-#include "reminders/store/RecordedChange.h"
+#include "reminders/store/CompletionReconciler.h"
+#include "reminders/store/ReminderLoader.h"
 #include "reminders/store/ReminderOutcomes.h"
+#include "reminders/store/ReminderWork.h"
 
 #include <QPointer>
 
@@ -41,7 +49,16 @@ TextPair editOutcome(const EKReminderData& edited) {
 
 }  // namespace
 
-void ReminderStore::create(const NewReminder& reminder, CreationCompletion completion) {
+ReminderWriter::ReminderWriter(const ReminderStoreServices& services, ReminderLoader& loader,
+                               RecordedChanges& recorder, CompletionReconciler& reconciler,
+                               ReminderWork& work)
+    : services_(services)
+    , loader_(loader)
+    , recorder_(recorder)
+    , reconciler_(reconciler)
+    , work_(work) {}
+
+void ReminderWriter::create(const NewReminder& reminder, CreationCompletion completion) {
     const auto refuse = [&](Code code) {
         services_.scheduler.post([self = QPointer(this), completion = std::move(completion), code] {
             if (self && completion)
@@ -56,9 +73,10 @@ void ReminderStore::create(const NewReminder& reminder, CreationCompletion compl
         return refuse(Code::dueDateRequired);
     if (!wanted.dueDate && wanted.repeat != ReminderRepeat::none)
         return refuse(Code::repeatRequiresDueDate);
-    const bool selectedExists =
-        selectedListID_ && services_.eventStore.calendarWithIdentifier(*selectedListID_);
-    const auto preferred = selectedExists ? selectedListID_ : defaultListID();
+    const auto& selected = loader_.selectedListID();
+    const bool selectedExists = selected && services_.eventStore.calendarWithIdentifier(*selected);
+    const auto preferred =
+        selectedExists ? selected : services_.defaults.string(preferenceKeys::defaultReminderListID);
     const auto list =
         listForNewReminder(wanted.listID, preferred, services_.eventStore.defaultCalendarForNewReminders(),
                            services_.eventStore.calendars(EKEntityType::reminder));
@@ -68,7 +86,7 @@ void ReminderStore::create(const NewReminder& reminder, CreationCompletion compl
         makeInitialList(wanted, std::move(completion));
 }
 
-void ReminderStore::makeInitialList(const NewReminder& reminder, CreationCompletion completion) {
+void ReminderWriter::makeInitialList(const NewReminder& reminder, CreationCompletion completion) {
     waitingForInitialList_.push_back(
         [this, reminder, completion = std::move(completion)](const tl::expected<EKCalendar, EKError>& list) {
             if (list)
@@ -82,7 +100,7 @@ void ReminderStore::makeInitialList(const NewReminder& reminder, CreationComplet
     EKCalendar list;
     list.title = text("Reminders", "Rappels").in(services_.localization.language());
     list.color = Color{0x0a, 0x84, 0xff};
-    beginActivity();
+    work_.begin();
     services_.eventStore.saveCalendar(
         list, [self = QPointer(this)](const tl::expected<EKCalendar, EKError>& made) {
             if (!self)
@@ -92,12 +110,12 @@ void ReminderStore::makeInitialList(const NewReminder& reminder, CreationComplet
                 if (!self)
                     return;
             }
-            self->endActivity();
+            self->work_.end();
         });
 }
 
-void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
-                            CreationCompletion completion) {
+void ReminderWriter::saveNew(const NewReminder& wanted, const EKCalendar& list,
+                             CreationCompletion completion) {
     const auto reminder = std::make_shared<EKReminder>(services_.eventStore);
     const ZoneCalendar calendar = services_.calendar.calendar();
     reminder->data.title = wanted.title;
@@ -109,22 +127,18 @@ void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
                      wanted.dueAlertSchedule, calendar);
     applyRepeat(reminder->data, wanted.repeat);
     const RecordedChangeRef recorded =
-        recordChange(ChangeKind::creation, text("Create reminder", "Créer le rappel"),
-                     outcomeText(text("“%1” added", "« %1 » ajouté"), wanted.title), QString());
-    beginActivity();
+        recorder_.begin(RecordedChange::Kind::creation, text("Create reminder", "Créer le rappel"),
+                        outcomeText(text("“%1” added", "« %1 » ajouté"), wanted.title), QString());
+    work_.begin();
     services_.eventStore.save(
         reminder, [self = QPointer(this), recorded, isFlagged = wanted.isFlagged,
                    completion = std::move(completion)](const tl::expected<EKSaveResult, EKError>& result) {
             if (!self)
                 return;
-            self->endRecording(recorded, result);
-            if (result) {
-                if (isFlagged)
-                    self->writeFlagOfNew(result->calendarItemIdentifier);
-                self->revealOnceLoaded_ = result->calendarItemIdentifier;
-                self->services_.notifications.post(QLatin1String(reminderCreatedNotification));
-            }
-            self->reload();
+            self->recorder_.end(recorded, result);
+            if (result)
+                Q_EMIT self->created(result->calendarItemIdentifier, isFlagged);
+            self->loader_.reload();
             if (completion) {
                 if (result)
                     completion(result->calendarItemIdentifier);
@@ -132,56 +146,54 @@ void ReminderStore::saveNew(const NewReminder& wanted, const EKCalendar& list,
                     completion(tl::unexpected(ReminderStoreError::from(result.error())));
             }
             if (self)
-                self->endActivity();
+                self->work_.end();
         });
 }
 
-std::optional<ReminderEditDetails> ReminderStore::editDetails(const QString& id) const {
+std::optional<ReminderEditDetails> ReminderWriter::editDetails(const QString& id) const {
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     if (!reminder)
         return std::nullopt;
     return reminderEditDetails(reminder->data, services_.calendar.calendar());
 }
 
-std::vector<EKRecurrenceRule> ReminderStore::recurrenceRules(const QString& id) const {
+std::vector<EKRecurrenceRule> ReminderWriter::recurrenceRules(const QString& id) const {
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     return reminder ? reminder->data.recurrenceRules : std::vector<EKRecurrenceRule>();
 }
 
-void ReminderStore::answer(const Completion& completion, tl::expected<void, ReminderStoreError> result) {
-    if (!completion)
-        return;
-    services_.scheduler.post([self = QPointer(this), completion, result = std::move(result)] {
-        if (self)
-            completion(result);
-    });
-}
-
-void ReminderStore::change(const TextPair& title, const QString& id, const Edit& edit,
-                           const Describe& describe, Completion completion) {
+void ReminderWriter::change(const TextPair& title, const QString& id, const Edit& edit,
+                            const Describe& describe, Completion completion) {
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     if (!reminder)
-        return answer(completion, failure(Code::reminderNotFound));
+        return work_.answer(completion, failure(Code::reminderNotFound));
     if (auto edited = edit(reminder->data); !edited)
-        return answer(completion, std::move(edited));
-    const RecordedChangeRef recorded = recordChange(ChangeKind::edit, title, describe(reminder->data), id);
-    beginActivity();
-    services_.eventStore.save(reminder,
-                              [self = QPointer(this), recorded, id, completion = std::move(completion)](
-                                  const tl::expected<EKSaveResult, EKError>& result) {
-                                  if (!self)
-                                      return;
-                                  self->endRecordingOnceKnown(recorded, id, result);
-                                  self->reload();
-                                  if (completion)
-                                      completion(outcome(result));
-                                  if (self)
-                                      self->endActivity();
-                              });
+        return work_.answer(completion, std::move(edited));
+    const RecordedChangeRef recorded =
+        recorder_.begin(RecordedChange::Kind::edit, title, describe(reminder->data), id);
+    work_.begin();
+    services_.eventStore.save(reminder, endOf(recorded, id, std::move(completion)));
 }
 
-void ReminderStore::edit(const QString& id, const ReminderEditDetails& details,
-                         std::optional<ReminderRepeat> repeat, Completion completion) {
+EKEventStore::SaveCompletion ReminderWriter::endOf(const RecordedChangeRef& recorded, const QString& id,
+                                                   Completion completion) {
+    return [self = QPointer(this), recorded, id,
+            completion = std::move(completion)](const tl::expected<EKSaveResult, EKError>& result) {
+        if (!self)
+            return;
+        self->recorder_.endOnceKnown(recorded, id, result);
+        if (result && recorded->kind == RecordedChange::Kind::removal)
+            self->reconciler_.note(id, ReminderCompletionState::deleted());
+        self->loader_.reload();
+        if (completion)
+            completion(outcome(result));
+        if (self)
+            self->work_.end();
+    };
+}
+
+void ReminderWriter::edit(const QString& id, const ReminderEditDetails& details,
+                          std::optional<ReminderRepeat> repeat, Completion completion) {
     change(
         text("Edit reminder", "Modifier le rappel"), id,
         [this, &details, repeat](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
@@ -213,7 +225,7 @@ void ReminderStore::edit(const QString& id, const ReminderEditDetails& details,
         editOutcome, std::move(completion));
 }
 
-void ReminderStore::rename(const QString& id, const QString& title, Completion completion) {
+void ReminderWriter::rename(const QString& id, const QString& title, Completion completion) {
     change(
         text("Edit reminder", "Modifier le rappel"), id,
         [&title](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
@@ -226,14 +238,8 @@ void ReminderStore::rename(const QString& id, const QString& title, Completion c
         editOutcome, std::move(completion));
 }
 
-void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includesTime, Completion completion) {
-    const auto present = editDetails(id);
-    reschedule(id, dueDate, includesTime, present ? present->dueAlertSchedule : std::nullopt,
-               std::move(completion));
-}
-
-void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includesTime,
-                               const std::optional<ReminderAlertSchedule>& alert, Completion completion) {
+void ReminderWriter::reschedule(const QString& id, Instant dueDate, bool includesTime,
+                                const std::optional<ReminderAlertSchedule>& alert, Completion completion) {
     change(
         text("Reschedule reminder", "Reporter le rappel"), id,
         [this, dueDate, includesTime,
@@ -244,31 +250,23 @@ void ReminderStore::reschedule(const QString& id, Instant dueDate, bool includes
             return {};
         },
         [this](const EKReminderData& edited) {
-            return reschedulingOutcome(edited.title, dueInWords(edited));
+            return reschedulingOutcome(edited.title, dueInWords(edited, services_.clock.now(),
+                                                                services_.calendar.calendar(),
+                                                                services_.localization.clockHours()));
         },
         std::move(completion));
 }
 
-void ReminderStore::clearDueDate(const QString& id, Completion completion) {
+void ReminderWriter::clearDueDate(const QString& id, Completion completion) {
     change(
-        text("Reschedule reminder", "Reporter le rappel"), id,
-        [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
-            applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
-            return {};
-        },
-        [this](const EKReminderData& edited) {
-            return reschedulingOutcome(edited.title, dueInWords(edited));
-        },
+        text("Reschedule reminder", "Reporter le rappel"), id, withoutDueDate(),
+        [](const EKReminderData& edited) { return reschedulingOutcome(edited.title, std::nullopt); },
         std::move(completion));
 }
 
-void ReminderStore::removeFromCalendar(const QString& id, Completion completion) {
+void ReminderWriter::removeFromCalendar(const QString& id, Completion completion) {
     change(
-        text("Remove from calendar", "Retirer du calendrier"), id,
-        [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
-            applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
-            return {};
-        },
+        text("Remove from calendar", "Retirer du calendrier"), id, withoutDueDate(),
         [](const EKReminderData& edited) {
             return outcomeText(text("“%1” removed from the calendar", "« %1 » retiré du calendrier"),
                                edited.title);
@@ -276,7 +274,14 @@ void ReminderStore::removeFromCalendar(const QString& id, Completion completion)
         std::move(completion));
 }
 
-void ReminderStore::move(const QString& id, const QString& listID, Completion completion) {
+ReminderWriter::Edit ReminderWriter::withoutDueDate() const {
+    return [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
+        applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
+        return {};
+    };
+}
+
+void ReminderWriter::move(const QString& id, const QString& listID, Completion completion) {
     change(
         text("Change list", "Changer de liste"), id,
         [this, &listID](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
@@ -286,35 +291,23 @@ void ReminderStore::move(const QString& id, const QString& listID, Completion co
             return {};
         },
         [this](const EKReminderData& edited) {
-            const QString list = listTitleOf(edited).value_or(QString());
+            const auto target = services_.eventStore.calendarWithIdentifier(edited.calendarIdentifier);
+            const QString list = target ? target->title : QString();
             return outcomeText(text("“%1” moved to %2", "« %1 » déplacé vers « %2 »"), edited.title,
                                {list, list});
         },
         std::move(completion));
 }
 
-void ReminderStore::remove(const QString& id, Completion completion) {
+void ReminderWriter::remove(const QString& id, Completion completion) {
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     if (!reminder)
-        return answer(completion, failure(Code::reminderNotFound));
+        return work_.answer(completion, failure(Code::reminderNotFound));
     const RecordedChangeRef recorded =
-        recordChange(ChangeKind::removal, text("Delete reminder", "Supprimer le rappel"),
-                     outcomeText(text("“%1” deleted", "« %1 » supprimé"), reminder->data.title), id);
-    beginActivity();
-    services_.eventStore.remove(reminder,
-                                [self = QPointer(this), recorded, id, completion = std::move(completion)](
-                                    const tl::expected<EKSaveResult, EKError>& result) {
-                                    if (!self)
-                                        return;
-                                    self->endRecordingOnceKnown(recorded, id, result);
-                                    if (result)
-                                        self->reconciler_.note(id, ReminderCompletionState::deleted());
-                                    self->reload();
-                                    if (completion)
-                                        completion(outcome(result));
-                                    if (self)
-                                        self->endActivity();
-                                });
+        recorder_.begin(RecordedChange::Kind::removal, text("Delete reminder", "Supprimer le rappel"),
+                        outcomeText(text("“%1” deleted", "« %1 » supprimé"), reminder->data.title), id);
+    work_.begin();
+    services_.eventStore.remove(reminder, endOf(recorded, id, std::move(completion)));
 }
 
 }  // namespace kestrant

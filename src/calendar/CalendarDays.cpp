@@ -1,0 +1,53 @@
+#include "calendar/CalendarDays.h"
+
+#include "calendar/CalendarStoreServices.h"
+#include "foundation/BackgroundExecutor.h"
+#include "foundation/ZoneCalendar.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrant {
+
+void CalendarDays::show(const std::optional<QList<CalendarDayGroup>>& groups, Instant moment,
+                        CalendarMode mode) {
+    moment_ = moment;
+    mode_ = mode;
+    if (groups)
+        setGroups(*groups);
+    waitForChange();
+}
+
+void CalendarDays::setGroups(const QList<CalendarDayGroup>& groups) {
+    // Letting go of many rows can take longer than a frame.
+    services_.executor.run([former = std::exchange(groups_, groups)] {});
+    Q_EMIT changed();
+}
+
+void CalendarDays::removeRow(const QString& id) {
+    if (const QList<CalendarDayGroup> groups = withoutRow(groups_, id, mode_); groups != groups_)
+        setGroups(groups);
+}
+
+void CalendarDays::waitForChange() {
+    const ZoneCalendar calendar = services_.calendar.calendar();
+    const Instant midnight = calendar.startOfDay(calendar.dayOf(moment_).addDays(1));
+    const Instant change = nextMomentOfChange(groups_, moment_).value_or(midnight);
+    changeTask_ = services_.scheduler.after(
+        std::max(std::min(change, midnight) - services_.clock.now(), Duration::zero()),
+        [this] { catchUp(); });
+}
+
+void CalendarDays::catchUp() {
+    const Instant now = services_.clock.now();
+    if (!services_.calendar.calendar().isSameDay(now, moment_)) {
+        Q_EMIT dayBegan();
+        return;
+    }
+    moment_ = now;
+    if (const QList<CalendarDayGroup> groups = atMoment(groups_, now, mode_); groups != groups_)
+        setGroups(groups);
+    waitForChange();
+}
+
+}  // namespace kestrant

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "eventkit/model/EKEventStore.h"
+#include "eventkit/model/HistoryReferences.h"
+#include "foundation/Text.h"
+
+#include <QObject>
+#include <QString>
+
+#include <tl/expected.hpp>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace kestrant {
+
+struct CalendarStoreServices;
+
+/// A change of an event or reminder of the calendar that was written, or is being written.
+struct RecordedEventChange {
+    TextPair title;
+    TextPair outcome;
+    std::optional<int> action;
+    /// What the item is called now.
+    HistoryReferenceRef item;
+    /// What the next replay takes back.
+    std::shared_ptr<const EKItemChange> change;
+};
+using RecordedEventChangeRef = std::shared_ptr<RecordedEventChange>;
+
+/// Records the changes of the calendar once they have been written, and takes them back or makes them again.
+/// Thread: main.
+class RecordedEventChanges : public QObject {
+    Q_OBJECT
+
+  public:
+    /// The services outlive this object.
+    explicit RecordedEventChanges(const CalendarStoreServices& services) : services_(services) {}
+
+    /// For a change that is about to be written.
+    [[nodiscard]] RecordedEventChangeRef begin(const TextPair& title, const TextPair& outcome);
+    /// Records it, if it was written. `identifier` is the one it was asked for with.
+    void end(const RecordedEventChangeRef& recorded, const QString& identifier,
+             const tl::expected<EKSaveResult, EKError>& result);
+
+  Q_SIGNALS:
+    /// A replay has changed the calendar.
+    void replayed();
+    /// The database may hold something else than is shown.
+    void outdated();
+
+  private:
+    void replay(const RecordedEventChangeRef& recorded,
+                const std::function<void(tl::expected<void, EKError>)>& done);
+
+    const CalendarStoreServices& services_;
+    HistoryReferences references_;
+};
+
+}  // namespace kestrant

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "reminders/model/ReminderStoreError.h"
+
+#include <QString>
+
+#include <tl/expected.hpp>
+
+#include <functional>
+
+namespace kestrant {
+
+class Clock;
+class CompletionLedgerRepository;
+class CurrentCalendar;
+class EKEventStore;
+class FlaggedReminderAutomation;
+class Localization;
+class NotificationCenter;
+class OpenReminders;
+class ReminderActionHistory;
+class Scheduler;
+class UserDefaults;
+
+/// What a ReminderStore works with. Everything here outlives the store.
+struct ReminderStoreServices {
+    EKEventStore& eventStore;
+    /// Those of the same database.
+    OpenReminders& openReminders;
+    Scheduler& scheduler;
+    const Clock& clock;
+    CurrentCalendar& calendar;
+    UserDefaults& defaults;
+    /// The language of the first list, and the locale of titles' order and of search.
+    Localization& localization;
+    NotificationCenter& notifications;
+    CompletionLedgerRepository& ledger;
+    /// Told the number of completions that were just committed from here; may be empty.
+    std::function<void(int count)> completionsCommitted;
+    /// May be null: then nothing is recorded.
+    ReminderActionHistory* history = nullptr;
+    /// May be null: then flags are kept by this program alone.
+    FlaggedReminderAutomation* flags = nullptr;
+};
+
+/// What a change of a reminder ends with; may be empty.
+using ReminderCompletion = std::function<void(tl::expected<void, ReminderStoreError>)>;
+
+}  // namespace kestrant
