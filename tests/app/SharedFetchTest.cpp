@@ -50,9 +50,8 @@ class SharedFetchTest : public testing::Test {
     }
     /// Flagged, due and with an alarm in a minute, so that everybody shows it.
     void put(const char* id) {
-        EKReminderData reminder = aReminder(id).in(QStringLiteral("list")).due({2026, 3, 27}, {12, 1});
+        EKReminderData reminder = aReminder(id).due({2026, 3, 27}, {12, 1}).alarmAt(scheduler.now() + 1min);
         reminder.isFlagged = true;
-        reminder.alarms = {EKAlarm{.absoluteDate = scheduler.now() + 1min}};
         database.putReminder(reminder);
     }
     /// Lets everything that was begun, and what is to begin within a second, come to its end.

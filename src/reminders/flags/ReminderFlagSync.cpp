@@ -117,10 +117,7 @@ void ReminderFlagSync::write(const QString& reminderID, const std::optional<QStr
         return;
     }
     const int generation = ++writeGenerations_[key];
-    if (!pendingIDs_.contains(reminderID)) {
-        pendingIDs_.insert(reminderID);
-        Q_EMIT pendingIDsChanged();
-    }
+    pendingIDs_.insert(reminderID);
     ++underWay_;
     automation_->setFlag(key, index_.isFlagged(reminderID), listTitle,
                          [self = QPointer(this), reminderID, key, generation,
@@ -130,7 +127,6 @@ void ReminderFlagSync::write(const QString& reminderID, const std::optional<QStr
                              if (self->writeGenerations_[key] == generation) {
                                  self->writeGenerations_.erase(key);
                                  self->pendingIDs_.remove(reminderID);
-                                 Q_EMIT self->pendingIDsChanged();
                              }
                              if (completion)
                                  completion(result ? std::nullopt : std::optional(result.error().message));

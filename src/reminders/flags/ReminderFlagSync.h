@@ -54,7 +54,6 @@ class ReminderFlagSync : public QObject {
     void indexChanged();
     void isLoadingChanged();
     void errorChanged();
-    void pendingIDsChanged();
     /// Nothing is under way any more.
     void ended();
 

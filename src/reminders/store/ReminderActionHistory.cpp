@@ -220,10 +220,9 @@ void ReminderActionHistory::begin(Replay replay) {
     }
     const QUuid id = entries.back().id;
     const Operation operation = entries.back().*replay.operation;
-    const QPointer self(this);
     isReplaying_ = true;
-    Q_EMIT isReplayingChanged();
-    operation([self, replay = std::move(replay), id](const tl::expected<void, ReminderStoreError>& result) {
+    operation([self = QPointer(this), replay = std::move(replay),
+               id](const tl::expected<void, ReminderStoreError>& result) {
         if (self)
             self->end(replay, id, result);
     });
@@ -253,8 +252,6 @@ void ReminderActionHistory::end(const Replay& replay, const QUuid& id,
     scheduleExpiry();
     if (moves || isDropped)
         Q_EMIT entriesChanged();
-    if (self)
-        Q_EMIT isReplayingChanged();
     if (self && isDropped)
         waiting_.push_front(replay);
     else if (replay.done)

@@ -104,7 +104,6 @@ class ReminderActionHistory : public QObject {
   Q_SIGNALS:
     /// undoEntries() or redoEntries() has changed.
     void entriesChanged();
-    void isReplayingChanged();
 
   private:
     using Entries = std::vector<Entry>;

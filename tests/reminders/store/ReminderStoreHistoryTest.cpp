@@ -1,5 +1,4 @@
 #include "ReminderStoreFixture.h"
-#include "reminders/model/ReminderManualOrder.h"
 
 namespace kestrant {
 namespace {
@@ -68,24 +67,6 @@ class ReminderStoreHistory : public ReminderStoreTest {
         scheduler.advance(1s);
     }
 };
-
-TEST(WithPlaceRestored, FindsThePlaceBehindWhatIsStillThere) {
-    struct Case {
-        QString order;
-        QString former;
-        QString expected;
-    };
-    const std::vector<Case> cases{
-        {"abd", "abxd", "abxd"}, {"dba", "abxd", "dbxa"}, {"nm", "xab", "xnm"}, {"anm", "abx", "axnm"},
-        {"axb", "xab", "axb"},   {"ab", "ab", "ab"},      {"", "abx", "x"},
-    };
-    const auto letters = [](const QString& text) { return text.split(QString(), Qt::SkipEmptyParts); };
-    for (const Case& param : cases)
-        EXPECT_EQ(withPlaceRestored(letters(param.order), letters(param.former), QStringLiteral("x"))
-                      .join(QString())
-                      .toStdString(),
-                  param.expected.toStdString());
-}
 
 TEST_F(ReminderStoreHistory, EveryChangeIsTakenBackAndMadeAgain) {
     struct Case {

@@ -1,5 +1,4 @@
 #include "ReminderStoreFixture.h"
-#include "reminders/model/ReminderManualOrder.h"
 
 namespace kestrant {
 namespace {
@@ -18,24 +17,6 @@ class ReminderStoreOrder : public ReminderStoreTest {
         return defaults.stringList(QStringLiteral("reminderManualOrder"));
     }
 };
-
-TEST(MergedManualOrder, FillsThePlacesOfWhatMovedAndKeepsTheRest) {
-    struct Case {
-        QString previous;
-        QString arranged;
-        QString expected;
-    };
-    const std::vector<Case> cases{
-        {"", "ab", "ab"},       {"abc", "", "abc"},  {"abc", "cab", "cab"}, {"axbxc", "cba", "cxbxa"},
-        {"ahb", "anb", "ahnb"}, {"aab", "ba", "ba"}, {"h", "ab", "hab"},
-    };
-    const auto letters = [](const QString& text) { return text.split(QString(), Qt::SkipEmptyParts); };
-    for (const Case& param : cases)
-        EXPECT_EQ(
-            mergedManualOrder(letters(param.previous), letters(param.arranged)).join(QString()).toStdString(),
-            param.expected.toStdString())
-            << param.previous.toStdString() << " with " << param.arranged.toStdString();
-}
 
 TEST_F(ReminderStoreOrder, EveryFetchPlacesWhatIsNewAndForgetsWhatIsGone) {
     loadedStore().setSortMode(ReminderSortMode::manual);
