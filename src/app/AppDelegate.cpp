@@ -32,7 +32,7 @@ namespace {
 
 constexpr Duration settlingDelay = std::chrono::milliseconds(100);
 constexpr Duration ringingDelay = std::chrono::milliseconds(500);
-/// So long after something happened is nothing left to be done about it.
+/// Idle time after a change before free memory is returned to the system.
 constexpr Duration quietDelay = std::chrono::seconds(2);
 /// Pending changes get this long to reach the disk when the program ends.
 constexpr Duration endingDeadline = std::chrono::seconds(10);
@@ -130,7 +130,7 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
         .requestReminderAccess =
             [this] {
                 reminderStore().requestAccess();
-                // Not before the first frame: the way to the notification service takes time.
+                // After the first frame, since connecting to the notification service takes time.
                 ringing_ = scheduler_.after(ringingDelay, [this] { startRinging(); });
             },
         .requestCalendarAccess = [this] { calendarStore().requestAccess(); },
@@ -196,7 +196,7 @@ void AppDelegate::createOnboarding() {
 
 void AppDelegate::followSystem() {
     const auto resigned = [this] {
-        // What is open goes first, so that it does not hold the panel open.
+        // Popovers close first, since an open one keeps the panel expanded.
         view_->overlays().dismissAll();
         // A panel that folds gives the focus back by itself; it stays under the pointer then.
         if (panelWindow_->keyWasTakenAway())
@@ -324,7 +324,7 @@ void AppDelegate::pickFolder(const QString& start,
 }
 
 void AppDelegate::exchangeStore() {
-    // What was begun belongs to the database that is open.
+    // Pending completions belong to the present database.
     reminderStore().commitPendingCompletions([this] {
         if (!database_.isToBeExchanged())
             return;
@@ -427,7 +427,7 @@ void AppDelegate::terminate() {
     if (std::exchange(isTerminating_, true))
         return;
     endingTimeout_ = scheduler_.after(endingDeadline, [] { QCoreApplication::exit(1); });
-    // Not quit(), which asks the windows first: the panel refuses to be closed.
+    // quit() would ask the windows first, and the panel refuses to be closed.
     reminderStore().commitPendingCompletions([] { QCoreApplication::exit(0); });
 }
 

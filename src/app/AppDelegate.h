@@ -111,7 +111,7 @@ class AppDelegate : public QObject {
     /// Absent where nothing is counted.
     [[nodiscard]] std::optional<CollectionSwitch> collectionSwitch();
     [[nodiscard]] SettingsServices settingsServices();
-    /// What cannot be read or kept, one sentence each.
+    /// Problems with reading or saving, one sentence each.
     [[nodiscard]] std::vector<TextPair> problems();
     [[nodiscard]] Lifecycle::Actions lifecycleActions();
     void createPanel();

@@ -16,7 +16,7 @@ CommandSocket::CommandSocket(Handler handler, std::chrono::milliseconds patience
 }
 
 bool CommandSocket::listenAt(const QString& path) {
-    // What is found there was left behind by a program that was killed.
+    // A socket found there is left over from a process that was killed.
     removeServer(path);
     return listen(path);
 }
@@ -44,7 +44,7 @@ void CommandSocket::read(QLocalSocket& socket) {
             socket.abort();
         return;
     }
-    // Nothing after the command is read.
+    // Only the command is read; bytes after it are ignored.
     disconnect(&socket, &QLocalSocket::readyRead, nullptr, nullptr);
     if (handler_(socket.readLine().trimmed()))
         socket.write("ok\n");

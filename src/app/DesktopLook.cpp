@@ -44,7 +44,7 @@ void DesktopLook::followBlur() {
         services_.panel.material() == QLatin1String("glass") && !services_.appearance.highContrast();
     if (!services_.panel.isExpanded() || !isGlass)
         return blur_.setShape(std::nullopt);
-    // Not beside the outline while that grows.
+    // Set once the outline has stopped growing, so that blur and outline never disagree.
     blurring_ = services_.scheduler.after(
         openingTime, [this] { blur_.setShape(services_.geometry.shape(NotchPhase::expanded)); });
 }

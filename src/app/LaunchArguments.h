@@ -11,7 +11,7 @@
 
 namespace kestrant {
 
-/// What the program was started for.
+/// The purpose of this start.
 struct LaunchArguments {
     enum class Mode {
         /// The panel at the top of the screen.

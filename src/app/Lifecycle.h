@@ -27,7 +27,7 @@ class Lifecycle {
   public:
     enum class OnboardingPage { welcome, tutorial };
 
-    /// What is built and done at its time. Each is called on the main thread and never after the lifecycle is
+    /// The steps of the start. Each is called on the main thread and never after the lifecycle is
     /// gone.
     struct Actions {
         /// Chooses the screen and builds the stores, then the panel, which is not shown yet.
@@ -42,7 +42,7 @@ class Lifecycle {
         std::function<void(Duration)> reloadReminders;
         std::function<void()> checkForDueReport;
         std::function<void()> prepareSounds;
-        /// What else may wait until the panel stands.
+        /// The work that may wait until the panel is shown.
         std::function<void()> finishStart;
     };
 

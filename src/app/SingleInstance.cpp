@@ -37,7 +37,7 @@ QString socketPath() {
     return runtimeFolder() + QStringLiteral("/com.Kestrant.notchapp-%1.socket").arg(::getuid());
 }
 
-/// What keeps the lock from being taken: EWOULDBLOCK where somebody else holds it.
+/// The error of taking the lock: EWOULDBLOCK where another process holds it.
 tl::expected<FileLock, FileError> takeLock() {
     return FileLock::ofFile(SingleInstance::lockPath(), FileLock::Waiting::none);
 }
@@ -108,7 +108,7 @@ SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)>
     auto lock = takeLock();
     if (lock && lock->isHeld()) {
         d_->lock = std::move(*lock);
-        // Nobody else can be the one now; how it is reached can wait for the first frame.
+        // The lock is held; listening for commands can wait until the first frame.
         QTimer::singleShot(announcementMilliseconds, this, [this, handler = std::move(handler)] {
             (void)claimOnBus(handler);
             (void)listen(handler);

@@ -8,7 +8,7 @@
 
 namespace kestrant {
 
-/// What another start may ask of the running program.
+/// Commands that a second process may send to the running one.
 enum class InstanceCommand {
     /// Bring the panel up (a second start).
     show,

@@ -21,7 +21,7 @@ class EKEventStore;
 struct EventStoreLocation;
 struct EventStoreUse;
 
-/// What the commands work with.
+/// The surroundings of a command.
 struct CommandLineEnvironment {
     QString version;
     /// The folder of the store that is used when neither the arguments nor the preferences name one.

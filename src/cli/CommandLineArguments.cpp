@@ -239,7 +239,7 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
     return {};
 }
 
-/// What only the options of a new event together can break.
+/// Checks of a new event that concern several options together.
 tl::expected<void, TextPair> checkEventDates(const CommandLineArguments& arguments) {
     if (!arguments.start)
         return failure("add-event needs --start.", "add-event demande --start.");
@@ -254,7 +254,7 @@ tl::expected<void, TextPair> checkEventDates(const CommandLineArguments& argumen
     return {};
 }
 
-/// What was typed after the command, beyond its first subject.
+/// Reads the second argument of a command.
 tl::expected<void, TextPair> takeSecondSubject(const QString& subject, const CommandName& command,
                                                const CommandLineContext& context,
                                                CommandLineArguments& arguments) {
@@ -343,7 +343,7 @@ tl::expected<CommandLineArguments, TextPair> parseCommandLine(const QStringList&
         return failure("“%1” is one argument too many; a text of several words goes in quotes.",
                        "« %1 » est de trop ; un texte de plusieurs mots se met entre guillemets.",
                        given->words[wanted + 1]);
-    // What stands behind the identifiers comes last.
+    // The argument that is no identifier comes last.
     const bool hasSecond = wanted > 1;
     result.subjects = given->words.sliced(1, subjects - (hasSecond ? 1 : 0));
     if (hasSecond) {

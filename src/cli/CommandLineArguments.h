@@ -18,7 +18,7 @@
 
 namespace kestrant {
 
-/// What a property is to become: absent leaves it as it is, one that holds nothing clears it.
+/// The new value of a property: absent leaves it as it is, an empty value clears it.
 template <typename Value>
 using Wanted = std::optional<std::optional<Value>>;
 
@@ -92,7 +92,7 @@ struct CommandLineArguments {
     std::optional<QString> calendarID;
 };
 
-/// What dates are read against.
+/// The present, zone and language against which dates are read.
 struct CommandLineContext {
     /// Until the arguments name another present.
     Instant now;

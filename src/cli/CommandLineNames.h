@@ -10,7 +10,7 @@
 
 namespace kestrant {
 
-/// What stands after a command, for a sentence: "the identifier of a reminder".
+/// An argument of a command, named for use in a sentence: "the identifier of a reminder".
 struct CommandSubject {
     const char* english = nullptr;
     const char* french = nullptr;

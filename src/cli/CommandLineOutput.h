@@ -17,7 +17,7 @@
 
 namespace kestrant {
 
-/// What printed dates and words depend on.
+/// Present, language and formats of what is printed.
 struct OutputContext {
     Instant now;
     ZoneCalendar calendar;

@@ -18,13 +18,14 @@ namespace {
 
 using Command = CommandLineArguments::Command;
 
-/// Whoever completes or removes a reminder has to know of all completed ones, for their record.
+/// Commands that need only the items they name. Completing and removing need all completed ones as well, for
+/// the ledger.
 bool needsOnlyItsSubjects(Command command) {
     return command == Command::show || command == Command::edit || command == Command::reschedule ||
            command == Command::move || command == Command::flag || command == Command::unflag;
 }
 
-/// What a command has to know of what is in the lists.
+/// The items that a command needs.
 EventStoreUse useOf(const CommandLineArguments& arguments) {
     EventStoreUse use;
     if (arguments.command == Command::add || arguments.command == Command::addEvent)

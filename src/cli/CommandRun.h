@@ -36,7 +36,7 @@ class CommandRun {
 
     const CommandLineArguments& arguments;
     const CommandLineEnvironment& environment;
-    /// What is changed here is forgotten with the command.
+    /// Changes last as long as the command.
     UserDefaults& defaults;
     Preferences& preferences;
     Localization& localization;

@@ -33,7 +33,7 @@ QString withCapital(QString name) {
     return name;
 }
 
-/// What a bar stands for, with its number: the days that have begun of a week or a month, the months of a
+/// The label and the number of each bar: the days that have begun of a week or a month, the months of a
 /// year.
 std::vector<std::pair<QString, int>> barsOf(const Recap& recap, const OutputContext& context) {
     std::vector<std::pair<QString, int>> bars;

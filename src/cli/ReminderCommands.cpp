@@ -152,7 +152,7 @@ void ReminderCommands::carryOut() {
         run_.finishReading();
         return;
     case Command::recap:
-        // What others have completed is to be in the ledger.
+        // Waits until completions made by other programs are in the ledger.
         store_.whenIdle([this] { printRecap(); });
         return;
     case Command::add:
@@ -368,7 +368,7 @@ void ReminderCommands::complete() {
         [this](const QStringList& written) {
             if (!written.isEmpty() && run_.environment.completionsCommitted)
                 run_.environment.completionsCommitted(int(written.size()));
-            // What is fetched now is what the ledger learns.
+            // The ledger learns of completions from the fetch.
             store_.reloadTasks();
             end()({});
         });

@@ -42,7 +42,7 @@ class ReminderCommands {
     void foundReminders();
     [[nodiscard]] TextPair notFound() const;
     void show();
-    /// What was completed, as the ledger has it.
+    /// Prints the counts of completed reminders, from the ledger.
     void printRecap();
     void add();
     void added(const QString& identifier);

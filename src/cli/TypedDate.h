@@ -18,7 +18,7 @@ struct TypedDate {
     /// For a date alone, the start of its day.
     Instant instant;
     bool includesTime = false;
-    /// What was typed, where that is a local time; the clock may skip it.
+    /// The local time as typed; the clock may skip it.
     std::optional<std::pair<QDate, QTime>> local;
 
     /// Whether it is later, be it only by what was typed, where the clock skips one of the two.

@@ -24,7 +24,7 @@ struct CompletionRecord {
 /// Which reminders were completed and when, whatever the database still knows of them.
 struct CompletionLedgerV1 {
     int schemaVersion = 1;
-    /// By reminder identifier.
+    /// Keyed by reminder identifier.
     std::map<QString, CompletionRecord> records;
     /// True once the reminders completed before the ledger began have been taken over.
     bool didBackfill = false;
@@ -38,7 +38,7 @@ struct CompletionObservation {
     bool operator==(const CompletionObservation&) const = default;
 };
 
-/// What this program itself last did to a reminder.
+/// The last change that this program made to a reminder.
 struct ReminderCompletionState {
     enum class Kind {
         completed,
@@ -65,7 +65,7 @@ struct ReminderCompletionState {
                                     const std::map<QString, ReminderCompletionState>& states,
                                     const std::vector<CompletionObservation>& observations, Instant now);
 
-/// What a ledger's owner has done to it since it was last the same as the file.
+/// The changes to a ledger since it last equalled its file.
 struct LedgerChange {
     CompletionLedgerV1 before;
     CompletionLedgerV1 after;

@@ -111,7 +111,7 @@ void CompletionLedgerRepository::writeEnded(int number, const LedgerChange& chan
     endedWrites_ = number;
     if (result) {
         written_ = *result;
-        // What others have recorded, and what was changed here since the write began.
+        // Other processes' records, and the changes made here since the write began.
         if (auto merged = withChange(*result, {change.after, ledger_}); merged != ledger_) {
             ledger_ = std::move(merged);
             sortedRecordsCache_.reset();

@@ -15,7 +15,7 @@
 
 namespace kestrant {
 
-/// What the file of a ledger holds once a change was written.
+/// The content of the ledger's file after a write, or the failure.
 using LedgerWriteResult = tl::expected<CompletionLedgerV1, FileError>;
 
 /// Writes what changed in a ledger to its file and tells `done`, exactly once, how that went: within the call
@@ -81,7 +81,7 @@ class CompletionLedgerRepository {
     QString path_;
     CompletionLedgerWriter writer_;
     CompletionLedgerV1 ledger_;
-    /// What the file held when it was last read or written here.
+    /// The file's content when it was last read or written here.
     CompletionLedgerV1 written_;
     bool recoveredCorruptFile_ = false;
     bool needsPersistenceRetry_ = false;

@@ -46,7 +46,7 @@ struct WeekNumber {
 struct CompletedDay {
     QDate day;
     int count = 0;
-    /// By the hour that the clock showed.
+    /// Completions by local hour.
     std::array<int, 24> hours{};
     bool operator==(const CompletedDay&) const = default;
 };
@@ -57,7 +57,7 @@ struct CompletedDay {
 [[nodiscard]] std::vector<CompletedDay> completedDays(const std::vector<CompletionRecord>& records,
                                                       const ZoneCalendar& calendar, Instant now);
 
-/// What there is to tell of a period.
+/// The figures of a period.
 struct Recap {
     RecapPeriod period;
     int completed = 0;

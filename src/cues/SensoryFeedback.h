@@ -47,7 +47,7 @@ class SensoryFeedback {
     [[nodiscard]] SoundProfile soundProfile() const;
     /// Silent when the sound profile is off.
     void play(Cue cue) const;
-    /// Nothing when the haptic profile is off.
+    /// Does nothing while the haptic profile is off.
     void performHaptic(HapticPattern pattern) const;
 
   private:

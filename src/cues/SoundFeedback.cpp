@@ -34,7 +34,7 @@ struct PreparedCue {
 
 }  // namespace
 
-/// What lives on the queue.
+/// The part that lives on the queue's thread.
 class SoundFeedback::Engine {
   public:
     Engine(std::unique_ptr<AudioOutput> output, const Clock& clock, QString soundFolder)

@@ -18,13 +18,13 @@ class SoundFeedback final : public CuePlayer {
   public:
     using Cue = kestrant::Cue;
 
-    /// What the queue's thread is called.
+    /// Name of the queue's thread.
     static constexpr char queueLabel[] = "com.Kestrant.notchapp.sound-feedback";
     /// Where the program's own sounds are.
     static constexpr char builtInSounds[] = ":/com.Kestrant.notchapp/sounds";
     static constexpr int playersPerCue = 3;
     static constexpr double volume = 0.6;
-    /// What has waited longer is not played any more.
+    /// A cue that has waited longer is dropped.
     static constexpr Duration latestStart = std::chrono::milliseconds(200);
     /// A device that could not be opened is not looked for again before.
     static constexpr Duration deviceRetryInterval = std::chrono::seconds(2);

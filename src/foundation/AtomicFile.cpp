@@ -46,7 +46,7 @@ QString shownPath(const std::string& path) {
     return QFile::decodeName(path.c_str());
 }
 
-/// What a path stands for once symbolic links are followed; the path itself where nothing is there yet.
+/// The path with symbolic links followed; the path itself where nothing is there yet.
 std::string followingLinks(const std::string& path) {
     const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), std::free);
     return resolved ? std::string(resolved.get()) : path;

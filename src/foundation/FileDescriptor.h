@@ -22,7 +22,7 @@ class FileDescriptor {
     [[nodiscard]] int get() const { return value_; }
     /// The descriptor, which is then somebody else's to close.
     [[nodiscard]] int release() { return std::exchange(value_, -1); }
-    /// What close(2) says; 0 where nothing is open.
+    /// The result of close(2); 0 where nothing is open.
     int close() { return value_ < 0 ? 0 : ::close(release()); }
 
   private:

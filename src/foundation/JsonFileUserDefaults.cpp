@@ -239,7 +239,7 @@ void JsonFileUserDefaults::run() {
         setProblem(unwritable(folder.error()));
     removeAbandonedFiles(QFileInfo(path_).path());
     FileWatch watch(path_);
-    // What happened between the first reading and the watch.
+    // Takes in changes made between the first reading and the watch.
     takeOverFile();
     while (true) {
         std::array<pollfd, 3> waitedFor{{{stopped_->descriptor(), POLLIN, 0},
@@ -264,7 +264,7 @@ void JsonFileUserDefaults::takeOverFile() {
     const std::lock_guard fileLock(fileMutex_);
     const auto document = readFile(path_);
     if (document) {
-        // Something unreadable may be on its way to becoming readable: keep what is known.
+        // The file may be in the middle of being written: keep the known values.
         if (const auto values = parse(*document))
             adopt(*values);
     } else if (document.error().errorNumber == ENOENT) {

@@ -43,7 +43,7 @@ class JsonFileUserDefaults final : public UserDefaults {
     /// Blocks for the disk, and up to five seconds for another process. Thread: any.
     bool flush();
 
-    /// What keeps the settings from being read or kept, in a sentence that names the file; absent while all
+    /// The problem with reading or saving the settings, in a sentence that names the file; absent while all
     /// is well. Thread: any.
     [[nodiscard]] std::optional<TextPair> problem() const;
     /// Told on the store's own thread after problem() has changed.

@@ -30,7 +30,7 @@ class QtScheduler final : public Scheduler, private QObject {
   private:
     struct Timer {
         std::weak_ptr<ScheduledTask::State> task;
-        /// What is left when the timer fires, for delays longer than a timer can be set to.
+        /// The time left when the timer fires, for delays longer than a timer's longest.
         std::chrono::milliseconds remaining;
         /// Zero for work that is done once.
         Duration interval;

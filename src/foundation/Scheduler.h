@@ -20,7 +20,7 @@ class Clock {
 /// scheduler.
 class ScheduledTask {
   public:
-    /// What a scheduler keeps of a task; shared between the scheduler and the handle.
+    /// A scheduler's record of a task; shared between the scheduler and the handle.
     struct State {
         std::function<void()> work;
         bool pending = true;

@@ -26,7 +26,7 @@ struct ZoneChange {
 
 /// All changes of a zone's clocks.
 struct ZoneChanges {
-    /// What the clocks show before the first change.
+    /// The offset before the first change.
     ZoneChange before;
     /// In order.
     std::vector<ZoneChange> changes;
@@ -37,7 +37,7 @@ struct ZoneChanges {
     bool operator==(const ZoneChanges&) const = default;
 };
 
-/// What becomes of a local time that the clock skips. A repeated local time is always its first occurrence.
+/// The treatment of a local time that the clock skips. A repeated local time is always its first occurrence.
 enum class GapPolicy {
     /// The offset before the gap is applied, so 02:30 in a gap of one hour is 03:30 (RFC 5545, 3.3.5).
     keepOffset,
@@ -67,7 +67,7 @@ class TimeZone {
     [[nodiscard]] std::chrono::seconds offsetAt(Instant instant) const;
     /// When its clocks show `local`, the time since 1970-01-01T00:00 on them.
     [[nodiscard]] Instant instantAt(Duration local, GapPolicy policy) const;
-    /// What its clocks show at an instant, without the changes that come later.
+    /// The offset in force at an instant.
     [[nodiscard]] ZoneChange presentAt(Instant instant) const;
     /// The changes from `first` on and before `end`.
     [[nodiscard]] std::vector<ZoneChange> changesBetween(Instant first, Instant end) const;

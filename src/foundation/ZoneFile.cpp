@@ -28,7 +28,7 @@ struct Block {
     qsizetype times = 0;
     qsizetype types = 0;
     qsizetype characters = 0;
-    /// What follows the header.
+    /// The counts behind the header.
     QByteArrayView body;
     bool isLast = false;
 

@@ -51,7 +51,7 @@ class AggregateCompletionReporter {
         [[nodiscard]] static Randomness system();
     };
 
-    /// What a reporter works with. What is referred to here outlives the reporter.
+    /// The surroundings of a reporter; everything referred to must outlive it.
     struct Services {
         /// Where all work is done. Its thread runs a Qt event loop and is not the one of the interface.
         Scheduler& context;
@@ -87,7 +87,7 @@ class AggregateCompletionReporter {
     /// The person's switch. Off: an upload under way ends, and everything counted is deleted.
     void setEnabled(bool enabled);
     [[nodiscard]] metrics::Configuration configuration() const;
-    /// What the switch does, in words to put beside it.
+    /// The explanation to show beside the switch.
     [[nodiscard]] static TextPair helpText();
 
     [[nodiscard]] bool isUploading() const;

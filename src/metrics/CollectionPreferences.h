@@ -46,7 +46,7 @@ struct UnsavedCount {
 /// Of two numbers that are not negative; what cannot be held is dropped.
 [[nodiscard]] qint64 cappedSum(qint64 a, qint64 b);
 
-/// What the switch and the reporter share.
+/// State shared by the switch and the reporter.
 struct PreferenceState {
     struct Upload {
         CollectionTicket ticket;
@@ -85,7 +85,7 @@ class CollectionPreferences {
     [[nodiscard]] bool isDiscardPending() const;
     void discardDone();
 
-    /// What processes that ended have left to the next one; nothing when its count is 0.
+    /// The count left over from earlier processes; 0 for none.
     [[nodiscard]] UnsavedCount left() const;
     /// Adds to it; what belongs to another epoch goes.
     void leave(const UnsavedCount& unsaved);

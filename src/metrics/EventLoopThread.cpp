@@ -36,7 +36,7 @@ class EventLoopThread::Loop : public QObject {
 
     void run() {
         events_.exec();
-        // Nobody else deletes what was to be deleted later on this thread.
+        // Deferred deletions of this thread are carried out before it ends.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-/// What travels between the program and the aggregate completion counter.
+/// Messages between the program and the aggregate completion counter.
 namespace kestrant::metrics {
 
 /// One report waiting for upload.

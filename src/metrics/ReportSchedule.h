@@ -36,7 +36,7 @@ struct DayStamp {
 /// Whether `time` was set while the clock was ahead: nothing is put off for more than a day.
 [[nodiscard]] bool isTooFarAhead(double time, Instant now);
 
-/// What a report's row says after another failed attempt.
+/// The row of a report after another failed attempt.
 struct Backoff {
     int attempts = 0;
     double nextAttemptAt = 0;

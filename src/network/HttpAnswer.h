@@ -10,7 +10,7 @@
 
 namespace kestrant {
 
-/// What the server answered.
+/// The server's answer.
 struct HttpReply {
     int status = 0;
     /// The values of "Retry-After" and "Location"; empty when the answer has none.

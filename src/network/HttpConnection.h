@@ -17,7 +17,7 @@ class QSslSocket;
 
 namespace kestrant {
 
-/// What goes out over one connection.
+/// A request as sent over one connection.
 struct HttpRequest {
     enum class Method { get, post } method = Method::post;
     QUrl url;
@@ -48,7 +48,7 @@ class HttpConnection : public QObject {
     void start();
 
   Q_SIGNALS:
-    /// Something was sent or received.
+    /// Emitted after bytes were sent or received.
     void progressed();
     /// Once, with the bytes received.
     void finished(const HttpResult& result, qint64 received);

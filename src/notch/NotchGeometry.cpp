@@ -11,7 +11,7 @@ constexpr double narrowestNotch = 150.0;
 constexpr double widestNotch = 280.0;
 constexpr double lowestNotch = 28.0;
 constexpr double highestNotch = 45.0;
-/// What the resting panel is wider than the camera housing: one ear on either side.
+/// Extra width of the resting panel beside the camera housing: one ear on either side.
 constexpr double restingMargin = 11.0;
 constexpr double pointerMargin = 2.0;
 

@@ -67,7 +67,7 @@ class NotchInteractionModel : public QObject {
     /// Closes the open overlay; called by dismissOverlays().
     void setOverlayDismissalHandler(std::function<void()> handler);
 
-    /// What is open, by identifiers that views choose; each may be registered or removed twice without harm.
+    /// Open overlays, by identifiers that views choose; each may be registered or removed twice without harm.
     /// Opening an overlay or a route, or focusing the search, stops a collapse that is under way.
     Q_INVOKABLE void presentOverlay(const QString& id);
     Q_INVOKABLE void dismissOverlay(const QString& id);

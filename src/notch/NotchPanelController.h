@@ -29,7 +29,7 @@ inline const QString redoReminderAction = QStringLiteral("kestrant.redoReminderA
 /// model, and makes the window follow the model's phase. Creating it shows nothing. Thread: main.
 class NotchPanelController {
   public:
-    /// What the panel stands on; everything must outlive the controller.
+    /// The panel's ports; everything must outlive the controller.
     struct Environment {
         PanelWindow& window;
         ScreenProvider& screens;
@@ -61,7 +61,7 @@ class NotchPanelController {
     /// not expand.
     void setLockedHandler(std::function<void()> handler);
 
-    /// What is open on the panel has changed.
+    /// To be called with the open surfaces whenever they change.
     void setSurfaces(std::vector<PanelSurface> surfaces);
 
     /// Another program has taken the keyboard focus. What the pointer rests on does not open the panel again

@@ -73,7 +73,7 @@ class PanelWindow {
   public:
     virtual ~PanelWindow() = default;
 
-    /// Who hears of events; null for nobody. Not owned; must be cleared before the handler goes.
+    /// The receiver of events; may be null. Not owned; must be cleared before the handler goes.
     virtual void setEventHandler(PanelEventHandler* handler) = 0;
 
     /// The expanded panel's place: a global rectangle in points, y upwards; may cover menu bars and docks.
@@ -87,7 +87,7 @@ class PanelWindow {
     /// hovering works also where the pointer is only known above one's own windows. Size in points, hung like
     /// the shape.
     virtual void setRestingArea(QSizeF size) = 0;
-    /// What is open on the expanded panel, the lowest first.
+    /// The surfaces open on the expanded panel, the lowest first.
     virtual void setSurfaces(const std::vector<PanelSurface>& surfaces) = 0;
 
     /// Above every other window but pop-up menus. Asked again whenever something may have changed it.

@@ -34,7 +34,7 @@ inline constexpr std::array allLayoutRatios{KestrantLayoutRatio::r30_70, Kestran
 [[nodiscard]] QString rawValue(KestrantLayoutRatio ratio);
 [[nodiscard]] std::optional<KestrantLayoutRatio> layoutRatioFromRawValue(QStringView raw);
 
-/// What the notch says at rest.
+/// The content of the resting notch.
 enum class RestingContent {
     /// Black and silent.
     nothing,

@@ -17,7 +17,7 @@
 
 namespace kestrant {
 
-/// What a message is about.
+/// The subject of a message.
 enum class FeedbackCategory { suggestion, problem, question, other };
 inline constexpr std::array feedbackCategories{FeedbackCategory::suggestion, FeedbackCategory::problem,
                                                FeedbackCategory::question, FeedbackCategory::other};
@@ -25,7 +25,7 @@ inline constexpr std::array feedbackCategories{FeedbackCategory::suggestion, Fee
 [[nodiscard]] QString wireValue(FeedbackCategory category);
 [[nodiscard]] TextPair label(FeedbackCategory category);
 
-/// What is sent, and all that is sent.
+/// The message as sent; nothing else is sent.
 struct FeedbackRequest {
     QString category;
     QString message;
@@ -64,7 +64,7 @@ struct FeedbackSubmissionError {
     std::optional<QString> code;
     std::optional<QString> message;
 
-    /// What to tell the person. May be the service's own words: to be shown as plain text.
+    /// The sentence for the person. May be the service's own words: to be shown as plain text.
     [[nodiscard]] TextPair description() const;
     bool operator==(const FeedbackSubmissionError&) const = default;
 };

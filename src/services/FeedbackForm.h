@@ -35,7 +35,7 @@ class FeedbackForm : public QObject {
         TextPair sent, thanks, done;
     };
     [[nodiscard]] static const Texts& texts();
-    /// What opens the form, for a pointer resting on it and for screen readers.
+    /// The tooltip of the entry that opens the form, also for screen readers.
     [[nodiscard]] static TextPair entryHelp();
 
     /// `client` must outlive the form.
@@ -52,7 +52,7 @@ class FeedbackForm : public QObject {
     /// "12/4000"
     [[nodiscard]] QString messageCounter() const;
     [[nodiscard]] bool isMessageTooLong() const { return messageLength_ > messageLimit; }
-    /// What is wrong with the address, to be shown under its field; absent while it is empty or right.
+    /// The problem with the address, to be shown under its field; absent while it is empty or right.
     [[nodiscard]] std::optional<TextPair> emailProblem() const;
     [[nodiscard]] bool canSend() const;
 
@@ -66,7 +66,7 @@ class FeedbackForm : public QObject {
     void send();
 
   Q_SIGNALS:
-    /// Something of the above has changed.
+    /// Emitted when any of the above has changed.
     void changed();
 
   private:

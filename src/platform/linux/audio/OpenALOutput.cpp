@@ -119,7 +119,7 @@ class OpenALOutput::Device {
                            [](const Player& player) { return bool(player.completed); });
     }
 
-    /// What was to be called for the sounds that have ended since.
+    /// Callbacks of sounds that have ended since.
     [[nodiscard]] std::vector<std::function<void()>> takeCompleted() {
         std::vector<std::function<void()>> completed;
         for (Player& player : players_) {

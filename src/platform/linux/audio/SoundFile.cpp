@@ -61,7 +61,7 @@ std::optional<PcmBuffer> decodeSoundFile(const QByteArray& file) {
         info.samplerate > highestSampleRate)
         return {};
 
-    // What the file says of its length may be wrong.
+    // The length in the file's header may be wrong.
     const auto mostFrames = sf_count_t{longestSeconds} * info.samplerate;
     std::vector<float> samples;
     std::vector<float> part(std::size_t{4096} * static_cast<std::size_t>(info.channels));

@@ -9,7 +9,7 @@
 
 namespace kestrant {
 
-/// What the desktop's settings ask of the look of programs.
+/// The appearance that the desktop's settings ask of programs.
 struct AppearanceSettings {
     bool reducedMotion = false;
     bool highContrast = false;

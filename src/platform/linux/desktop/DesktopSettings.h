@@ -14,7 +14,7 @@ namespace kestrant {
 /// The page of a desktop's settings program that has to do with calendars: its online accounts, else the
 /// program itself.
 struct DesktopSettingsPage {
-    /// What the program calls itself.
+    /// The program's own name.
     TextPair program;
     QString executable;
     QStringList arguments;

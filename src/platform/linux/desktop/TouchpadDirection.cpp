@@ -152,7 +152,7 @@ void TouchpadDirection::askKWin() {
 }
 
 void TouchpadDirection::learn(std::optional<bool> isNatural) {
-    // What was known stays true when an answer fails.
+    // A failed answer changes nothing.
     if (isNatural && std::exchange(isNatural_, isNatural) != isNatural)
         Q_EMIT changed();
 }

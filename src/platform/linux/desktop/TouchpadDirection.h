@@ -12,7 +12,7 @@ class QProcess;
 
 namespace kestrant {
 
-/// What answers how touchpads scroll under a compositor, for which X11's devices do not tell.
+/// The source of the touchpads' scrolling direction under a compositor, where X11's devices do not tell it.
 struct TouchpadQuestion {
     /// The program that is asked, with its arguments; empty for KWin, which is asked over the bus.
     QStringList command;

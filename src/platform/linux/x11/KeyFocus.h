@@ -37,8 +37,8 @@ class KeyFocus : public QObject {
 
     X11Connection server_;
     bool isXWayland_;
-    /// Who had the focus: the window manager's active window, or the very window that had it where the window
-    /// manager is not asked.
+    /// The window that had the focus: the window manager's active window, or the very window that had it
+    /// where the window manager is not asked.
     xcb_window_t previous_ = XCB_WINDOW_NONE;
     bool previousIsActiveWindow_ = false;
     /// Since it was last asked for.

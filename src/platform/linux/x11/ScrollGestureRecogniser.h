@@ -8,7 +8,7 @@
 
 namespace kestrant {
 
-/// What is known of the device that scrolls.
+/// Properties of the scrolling device.
 enum class ScrollDeviceKind {
     /// Its scrolling is always made by fingers.
     touchpad,

@@ -19,7 +19,8 @@ struct FreeReply {
 template <typename Reply>
 using XcbReply = std::unique_ptr<Reply, FreeReply>;
 
-/// What the adapters need of the X server, over a connection that outlives this object. Thread: one.
+/// Requests to the X server that the adapters share, over a connection that outlives this object. Thread:
+/// one.
 class X11Connection {
   public:
     explicit X11Connection(xcb_connection_t* connection);

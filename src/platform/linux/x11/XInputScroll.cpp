@@ -116,7 +116,7 @@ bool XInputScroll::touchpadScrollsNaturally() const {
     for (const auto& [id, device] : devices_) {
         if (device.kind == ScrollDeviceKind::touchpad)
             return device.naturalScrolling;
-        // It may stand for a touchpad.
+        // The device may be a touchpad.
         if (device.kind == ScrollDeviceKind::unknown)
             scrollsNaturally = scrollsNaturally || device.naturalScrolling;
     }
