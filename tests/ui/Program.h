@@ -30,8 +30,8 @@ class RecordingCuePlayer : public CuePlayer {
     std::vector<Cue> heard;
 };
 
-/// What the program below its window stands on: a database in memory, Saturday 21 November 2026, 14:30 in
-/// Paris, in English.
+/// The surroundings of the program below its window: a database in memory, Saturday 21 November 2026, 14:30
+/// in Paris, in English.
 struct ProgramGround {
     ManualScheduler time{*parseIso8601(u"2026-11-21T14:30:00+01:00")};
     FixedCurrentCalendar calendar{ZoneCalendar(*TimeZone::named("Europe/Paris"))};

@@ -46,7 +46,7 @@ inline void completeReminders(Stage& stage) {
 
 /// The panel at rest and open, its modules, menus and forms.
 [[nodiscard]] std::vector<Picture> panelPictures();
-/// What can be done to a reminder, its forms and its failures.
+/// Pictures of a reminder's actions, forms and failures.
 [[nodiscard]] std::vector<Picture> reminderPictures();
 /// The introduction, the year that follows it, and the settings.
 [[nodiscard]] std::vector<Picture> introductionPictures();

@@ -32,7 +32,7 @@ QImage desktop() {
     return image;
 }
 
-/// What a window shows, with its transparency. A grabbed window has none, but is seen in full from what it
+/// The content of a window with its transparency. A grabbed window has none, but is seen in full from what it
 /// looks like before black and before white: a pixel's cover is what keeps the two from differing.
 QImage pictureOf(QQuickWindow& window) {
     const auto before = [&window](Qt::GlobalColor ground) {

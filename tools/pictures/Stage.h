@@ -19,7 +19,7 @@ namespace kestrant {
 /// Points that a picture covers, the panel at its upper edge.
 inline constexpr QSize pictureSize(1060, 720);
 
-/// What one picture needs of the program, from the database to the window.
+/// The program for one picture, from the database to the window.
 struct Stage : StageGround, PanelComposition {
     explicit Stage(Language language, double screenWidth = 1512)
         : StageGround(language, screenWidth)

@@ -128,7 +128,7 @@ class PictureScripts : public ScriptHost {
     bool fails_ = false;
 };
 
-/// What a picture shows, below the panel.
+/// The program below the panel, for a picture.
 struct StageGround {
     StageGround(Language language, double screenWidth)
         : geometry(Screen{.name = QStringLiteral("picture"), .frame = QRectF(0, 0, screenWidth, 982)}) {

@@ -34,7 +34,7 @@ class CalendarEditViewModel : public QObject {
     Q_PROPERTY(QString notes READ notes WRITE setNotes NOTIFY changed)
     /// The event's calendar takes no changes.
     Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
-    /// What is shown was kept of an earlier form.
+    /// The form shows entries kept from an earlier, unsaved one.
     Q_PROPERTY(bool isRestored READ isRestored NOTIFY changed)
     Q_PROPERTY(bool isSaving READ isSaving NOTIFY changed)
     Q_PROPERTY(bool canSave READ canSave NOTIFY changed)

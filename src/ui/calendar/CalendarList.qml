@@ -28,7 +28,7 @@ FocusScope {
     function dayAt(y) {
         return rows.dayAt(y < Theme.headingHeight ? topHeading : list.indexAt(1, list.contentY + y))
     }
-    /// What is seen of a day while the list stands at a height.
+    /// The visible part of a day at a scroll position.
     function spanOf(day, contentY) {
         const heading = day === "" ? -1 : rows.headingFrom(day)
         if (heading < 0)
@@ -126,7 +126,7 @@ FocusScope {
         const item = list.itemAtIndex(index)
         if (!item || item.row.isHeading)
             return
-        // What the rows are when an entry is chosen may be others.
+        // The rows may have changed by the time an entry is chosen.
         const row = calendar.row(index)
         const isReminder = item.row.isReminder
         const entries = [
@@ -206,7 +206,7 @@ FocusScope {
                 const item = list.itemAtIndex(top)
                 if (item)
                     list.contentY = item.y - place.distance
-                // What has become shorter ends at the lower edge.
+                // A list that became shorter ends at the lower edge.
                 root.scrollBy(0)
                 if (wasMoving)
                     root.scrollTo(list.contentY + rest)
@@ -220,7 +220,7 @@ FocusScope {
         target: root.calendar
         function onShowsAllEventsChanged() { place.wantsToday = true }
         function onIsLoadingChanged() {
-            // Nothing differs between the two: still the day to begin with is today.
+            // Both contents are equal, and the list still begins with today.
             if (!root.calendar.isLoading && place.wantsToday)
                 Qt.callLater(root.beginWithToday)
             Qt.callLater(root.loadWhatIsNear)
@@ -305,7 +305,7 @@ FocusScope {
             opacity: Theme.opacity(Math.min(row.isHeading ? (fromTop < 1 ? 0 : 1)
                                                           : 1 - (Theme.headingHeight - fromTop) / 14,
                                             1, (list.height - fromTop) / Theme.rowHeight))
-            // Not while a button above or below the rows has the focus.
+            // Only while the focus is in the rows, not on a button above or below.
             isCurrent: ListView.isCurrentItem && (activeFocus || list.Window.activeFocusItem === list)
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
             onOpened: {

@@ -62,7 +62,7 @@ FocusScope {
             root.updateDropDay()
         }
     }
-    // What is happening now has come further.
+    // Advances the progress of running events.
     Timer {
         running: root.isShown && root.showsRows
         interval: 20000

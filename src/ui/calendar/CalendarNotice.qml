@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// What the calendar module shows while it has no rows.
+// The calendar module's state while it has no rows.
 Item {
     id: view
 

@@ -53,7 +53,7 @@ Item {
         border.width: Theme.contrast && (root.active || root.row.isNow) ? 1 : 0
         Behavior on color { enabled: !Theme.still; ColorAnimation { duration: Theme.hoverDuration } }
 
-        // What has passed of what happens now.
+        // The elapsed part of a running event.
         Item {
             visible: root.row.isNow
             width: parent.width * root.row.progress

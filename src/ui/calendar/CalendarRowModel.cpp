@@ -42,7 +42,7 @@ void CalendarRowModel::setGroups(const QList<CalendarDayGroup>& groups) {
         countRows();
         endResetModel();
     }
-    // What lies before `at` is as it shall be.
+    // Rows before `at` are final.
     for (int at = 0; at < int(groups_.size()) || at < int(groups.size());) {
         int gone = 0;
         while (at + gone < int(groups_.size()) &&

@@ -119,7 +119,7 @@ class CalendarRowModel : public QAbstractListModel {
     /// The first item of the nearest day with items after (1) or before (-1) that of `row`.
     [[nodiscard]] Q_INVOKABLE int firstItemOfNextDay(int row, int direction) const;
     [[nodiscard]] Q_INVOKABLE QString dayAt(int row) const;
-    /// What a row shows; an empty one for a row that does not exist.
+    /// The content of a row; empty for a row that does not exist.
     [[nodiscard]] Q_INVOKABLE kestrant::CalendarRow rowAt(int row) const;
     /// Empty for a heading.
     [[nodiscard]] Q_INVOKABLE QString idAt(int row) const;

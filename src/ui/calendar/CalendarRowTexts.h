@@ -23,7 +23,7 @@ struct TimeStyle {
 /// "14:00", or "2:00 PM".
 [[nodiscard]] QString timeText(Instant instant, const TimeStyle& style);
 
-/// What a row says of its time on one of its days.
+/// The words for a row's time on one of its days.
 struct RowTimeTexts {
     /// "09:30 – 10:15", "all day"; of several days "22:00 – Tue 02:00" on the first, "until Tue" between,
     /// "until 02:00" on the last. Days a week or more ahead are dates: "until 3 Dec".

@@ -30,7 +30,7 @@ class CalendarViewModel : public QObject {
     QML_UNCREATABLE("made by the application")
 
     Q_PROPERTY(kestrant::CalendarRowModel* rows READ rows CONSTANT)
-    /// What the module shows: "rows", "requesting", "loading", "empty", "denied", "restricted" or "failed".
+    /// The state of the module: "rows", "requesting", "loading", "empty", "denied", "restricted" or "failed".
     Q_PROPERTY(QString content READ content NOTIFY contentChanged)
     /// The reason, for "failed".
     Q_PROPERTY(QString failureText READ failureText NOTIFY contentChanged)
@@ -72,7 +72,7 @@ class CalendarViewModel : public QObject {
     [[nodiscard]] Q_INVOKABLE QVariant row(int index) const;
     /// Extends the full calendar.
     Q_INVOKABLE void loadMore(bool earlier);
-    /// What depends on the minute shows the present one.
+    /// Updates what depends on the minute.
     Q_INVOKABLE void refreshPresent();
     /// Tries again to open the database.
     Q_INVOKABLE void retry();
@@ -105,7 +105,7 @@ class CalendarViewModel : public QObject {
     std::function<QLocale()> personalLocale_;
     CalendarRowModel rows_;
     QString content_ = QStringLiteral("loading");
-    /// What the texts were made for.
+    /// The language and formats that the texts were made for.
     ZoneCalendar shownCalendar_;
 };
 

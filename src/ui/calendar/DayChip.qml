@@ -7,7 +7,7 @@ Chip {
 
     required property DayPicker picker
     required property OverlayHost overlays
-    /// What the day is of, for assistive technology.
+    /// The property that the day belongs to, for assistive technology.
     required property string subject
     /// Stands in place of the day when there is none.
     property string placeholder

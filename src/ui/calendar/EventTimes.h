@@ -48,8 +48,8 @@ class EventTimes : public QObject {
     void show(const Span& span);
     /// Shows the next half hour, for an hour.
     void showNextHalfHour();
-    /// What is shown; exactly what was given to show() where that was left as it was. Fails with the sentence
-    /// for the person when a time cannot be read or the end lies before the start.
+    /// The times in the form; exactly those given to show() where they were not changed. Fails with the
+    /// sentence for the person when a time cannot be read or the end lies before the start.
     [[nodiscard]] tl::expected<Span, TextPair> span();
     /// Takes typed times in: the person has finished typing.
     Q_INVOKABLE void applyTyped();
@@ -77,7 +77,7 @@ class EventTimes : public QObject {
         [[nodiscard]] std::optional<QTime> takeTyped();
 
         DayPicker day;
-        /// What the clock on the wall shows, without a zone (which Qt calls UTC).
+        /// Local date and time, without a zone (which Qt calls UTC).
         QDateTime wall;
         /// The same as it was shown at first.
         QDateTime original;

@@ -6,7 +6,7 @@
 
 namespace kestrant {
 
-/// What stands for "all lists": no list's colour.
+/// The colour of "all lists": no list's own.
 inline QColor allListsColor() {
     return {0xc9, 0xcb, 0xd4};
 }

@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// What belongs to a new event beside its title.
+// The fields of a new event beside its title.
 Column {
     id: fields
 

@@ -16,7 +16,7 @@ namespace kestrant {
 /// Whether a form shows both times alike.
 [[nodiscard]] bool isSameMinute(QTime a, QTime b);
 
-/// What to say when a time could not be read.
+/// The message for a time that could not be read.
 [[nodiscard]] TextPair unreadableTimeText();
 
 }  // namespace kestrant

@@ -6,7 +6,7 @@ FocusScope {
     id: chip
 
     property string text
-    /// What is written in place of the text where there is less room.
+    /// A shorter text for where there is less room.
     property string shownText: text
     property string iconName
     /// The icon stands for the word.
@@ -28,14 +28,14 @@ FocusScope {
     property int pixelSize: 12
     /// Offers something that is not there yet.
     property bool outlined: false
-    /// Something about this is not as it should be.
+    /// Drawn as a warning.
     property bool warns: false
     signal clicked
     signal crossClicked
 
     readonly property bool hovered: pointer.hovered
     readonly property int sidePadding: 10
-    /// What the chip takes with its word in full, and with its icon in place of the word.
+    /// The chip's width with its full word, and with its icon instead.
     readonly property real fullWidth: Math.ceil(2 * sidePadding + measure.advanceWidth + label.besides)
     readonly property real compactWidth: 2 * sidePadding + 14 + label.besides
 

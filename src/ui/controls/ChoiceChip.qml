@@ -6,7 +6,7 @@ Chip {
     id: chip
 
     required property OverlayHost overlays
-    /// What is chosen, such as "List".
+    /// The property that is chosen, such as "List".
     required property string subject
     required property string chosenId
     /// Asked for when the menu opens.

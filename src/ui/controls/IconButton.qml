@@ -7,7 +7,7 @@ FocusScope {
     required property string iconName
     required property string spokenName
     property bool checked: false
-    /// Something behind the button wants to be looked at.
+    /// A mark on the button: there is something to look at behind it.
     property bool warns: false
     property string tip: spokenName
     readonly property bool hovered: pointer.hovered

@@ -8,7 +8,7 @@ FocusScope {
     property string title
     property var choices: []
     property var value
-    /// What is shown below one of the choices while that is chosen.
+    /// Details shown below a choice while it is selected.
     property var detailsOf: undefined
     property Component detailsComponent: null
     /// The details, while they are shown.
@@ -29,7 +29,7 @@ FocusScope {
     Keys.onUpPressed: if (hasKeyboard && currentIndex > 0) chosen(choices[currentIndex - 1].rawValue)
     Keys.onDownPressed: if (hasKeyboard && currentIndex < choices.length - 1) chosen(choices[currentIndex + 1].rawValue)
 
-    // What is below the details moves down for them.
+    // Choices below the details move down for them.
     readonly property int detailsIndex: details ? currentIndex : choices.length
     readonly property real detailsHeight: details ? details.height + 6 : 0
 

@@ -10,7 +10,7 @@ FocusScope {
     property string spokenName: placeholder
     property int pixelSize: 13
     property bool isWrong: false
-    /// What is written here is short and rather written anew than changed.
+    /// For short texts that are rather replaced than edited: focusing selects all.
     property bool selectsOnFocus: false
     property alias horizontalAlignment: input.horizontalAlignment
     signal edited(string text)

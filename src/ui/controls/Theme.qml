@@ -33,7 +33,7 @@ QtObject {
     readonly property color border: white(contrast ? 0.30 : 0.10)
     readonly property color outline: contrast ? white(0.30) : "transparent"
     readonly property color nowFill: Qt.rgba(0.35, 0.78, 0.98, contrast ? 0.22 : 0.10)
-    /// What has passed of it lies over the fill.
+    /// The elapsed part, drawn over the fill.
     readonly property color nowElapsed: Qt.rgba(0.35, 0.78, 0.98, contrast ? 0.22 : 0.13)
     readonly property color targetFill: Qt.rgba(0.04, 0.52, 1, contrast ? 0.45 : 0.28)
     readonly property color separator: white(contrast ? 0.30 : 0.08)

@@ -135,13 +135,14 @@ Template makeTemplate(const std::vector<Layer>& layers, double radius, double he
     for (const Layer& layer : layers) {
         QPainterPath path;
         path.addRoundedRect(body.translated(0, layer.offset), radius, radius);
-        // What is very soft is as good when it is drawn coarsely, and much sooner done.
+        // A very soft shadow looks the same at a lower resolution, and is drawn much faster.
         const double coarse = std::min(scale, 16.0 / layer.blur);
         painter.drawImage(
             path.boundingRect().marginsAdded({layer.blur, layer.blur, layer.blur, layer.blur}),
             shadowImage(path, layer.blur, QColor::fromRgbF(0, 0, 0, float(layer.opacity)), coarse));
     }
-    // Nothing of it below the body itself, which may be translucent; half a point, so that no seam shows.
+    // The shadow is left out below the body, which may be translucent, but for half a point, so that no seam
+    // shows.
     constexpr double overlap = 0.5;
     QPainterPath inside;
     inside.addRoundedRect(body.adjusted(overlap, overlap, -overlap, -overlap), radius, radius);

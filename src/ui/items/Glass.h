@@ -4,7 +4,7 @@
 
 namespace kestrant {
 
-/// What the body of the expanded panel is made of. All of them are black along the upper edge, so that the
+/// Materials of the expanded panel's body. All of them are black along the upper edge, so that the
 /// panel belongs to the notch.
 enum class PanelGround {
     /// Black all over.

@@ -22,7 +22,7 @@ class NotchOutline : public QQuickPaintedItem {
     Q_PROPERTY(double shapeHeight MEMBER shapeHeight_ NOTIFY shapeChanged)
     Q_PROPERTY(double earRadius MEMBER earRadius_ NOTIFY shapeChanged)
     Q_PROPERTY(double bottomRadius MEMBER bottomRadius_ NOTIFY shapeChanged)
-    /// What the body is made of, where it is this high; see groundStops().
+    /// The material of the body at this height; see groundStops().
     Q_PROPERTY(Ground ground MEMBER ground_ NOTIFY shapeChanged)
     Q_PROPERTY(double fullHeight MEMBER fullHeight_ NOTIFY shapeChanged)
     /// A line of one point inside the outline; transparent for none.

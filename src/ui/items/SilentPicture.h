@@ -11,7 +11,7 @@ namespace kestrant {
 class SilentPicture : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
-    /// What the picture shows, in words.
+    /// A description for screen readers.
     Q_PROPERTY(QString description MEMBER description_ NOTIFY descriptionChanged)
 
   public:

@@ -9,7 +9,7 @@
 namespace kestrant {
 namespace {
 
-/// What lies below a line through heights at even distances, as parts of the picture's height.
+/// The area below a line through evenly spaced heights, given as fractions of the picture's height.
 QPainterPath hill(QSizeF size, const std::array<double, 7>& heights) {
     const auto at = [&](std::size_t index) {
         return QPointF(size.width() * double(index) / double(heights.size() - 1),

@@ -8,7 +8,7 @@ Item {
     required property OnboardingViewModel onboarding
     required property OnboardingTrial trial
     required property SettingsViewModel settings
-    /// What popovers are put upon.
+    /// The parent of popovers.
     required property Item popoverFrame
     property bool live: false
     /// At rest it is drawn larger than life.
@@ -69,7 +69,7 @@ Item {
             overlays: scene.trial.overlays
         }
     }
-    // Nothing in a picture answers to the pointer.
+    // A picture does not react to the pointer.
     Item {
         anchors.fill: parent
         visible: !scene.live

@@ -110,7 +110,7 @@ void OnboardingTrial::reset() {
     addDemoData(database_, services_.clock.now(), services_.calendar.calendar(),
                 services_.localizer.language(), [this](const std::optional<EKError>&) {
                     flagExamples();
-                    // Not earlier: nothing is to be seen of an empty database.
+                    // Only now, so that the empty database is never shown.
                     composition_.reminderStore.requestAccess();
                     composition_.calendarStore.requestAccess();
                 });

@@ -101,7 +101,7 @@ class OnboardingTrial : public QObject {
   Q_SIGNALS:
     void isCarryingChanged();
     void showsSignsChanged();
-    // What the person has just done.
+    // Actions of the person.
     void completed();
     void rescheduled();
     void openedMenu();

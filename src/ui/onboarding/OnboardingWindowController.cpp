@@ -57,7 +57,7 @@ void OnboardingWindowController::createWindow() {
     window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kestrant/OnboardingWindow.qml")));
     connect(&services_.appearance, &Appearance::compositingChanged, this,
             &OnboardingWindowController::cutCorners);
-    // It grows and shrinks with the desktop's size of texts.
+    // The window grows and shrinks with the desktop's text size.
     connect(window_.get(), &QWindow::heightChanged, this, [this] {
         center();
         cutCorners();
@@ -110,7 +110,7 @@ void OnboardingWindowController::center() {
 void OnboardingWindowController::activate() {
     if (window_->windowStates() & Qt::WindowMinimized)
         window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
-    // What has just come onto the screen is in front already.
+    // A window that was just shown is in front already.
     if (window_->isVisible())
         window_->raise();
     window_->show();

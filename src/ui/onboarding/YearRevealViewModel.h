@@ -55,7 +55,7 @@ class YearRevealViewModel : public QObject {
     [[nodiscard]] QString summary() const;
     [[nodiscard]] QVariantList months() const;
 
-    /// It has come to its end or was skipped; it is not shown again.
+    /// The end of the reveal, or its being skipped; it is not shown again.
     Q_INVOKABLE void finish();
 
   Q_SIGNALS:

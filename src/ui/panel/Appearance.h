@@ -5,8 +5,8 @@
 
 namespace kestrant {
 
-/// What the desktop and the person ask of every view's look; the tokens themselves are in Theme.qml. Serves
-/// one QML engine. Thread: main.
+/// Settings of the desktop and the person that concern every view's look; the tokens themselves are in
+/// Theme.qml. Serves one QML engine. Thread: main.
 class Appearance : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -28,7 +28,7 @@ class Appearance : public QObject {
 
     [[nodiscard]] bool highContrast() const { return highContrast_; }
     void setHighContrast(bool on);
-    /// Nothing moves or fades; every change is at once.
+    /// No motion and no fading; every change is immediate.
     [[nodiscard]] bool reducedMotion() const { return reducedMotion_; }
     void setReducedMotion(bool on);
     /// The keyboard was used last, not the pointer: whatever has the focus is outlined.
@@ -40,7 +40,7 @@ class Appearance : public QObject {
     /// Windows may be translucent. Without it popovers have no shadow and are cut to their outline.
     [[nodiscard]] bool compositing() const { return compositing_; }
     void setCompositing(bool on);
-    /// What lies behind translucent parts of the panel is blurred.
+    /// Whether the compositor blurs what lies behind translucent parts of the panel.
     [[nodiscard]] bool blurring() const { return blurring_; }
     void setBlurring(bool on);
 

@@ -15,7 +15,7 @@ FocusScope {
     required property ReminderEditViewModel reminderEdit
     required property HistoryViewModel history
     required property OverlayHost overlays
-    /// Something else is shown in its place.
+    /// Whether something else is shown in its place.
     property bool isCovered: false
 
     readonly property int sideMargin: panel.earRadius + Theme.margin

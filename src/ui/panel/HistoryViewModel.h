@@ -51,7 +51,7 @@ class HistoryViewModel : public QObject {
     /// The person has just done something that can be taken back; what it was, as a sentence. Told again when
     /// more is known of what was offered last.
     void recorded(const QString& sentence, const QUuid& action);
-    /// What was offered last can no longer be taken back, or made again.
+    /// Emitted when the last offer to undo or redo can no longer be carried out.
     void withdrawn();
     /// An action has been taken back that can be made again; what it is like now, as a sentence.
     void takenBack(const QString& sentence, const QUuid& action);

@@ -43,7 +43,7 @@ class Localizer : public QObject {
     [[nodiscard]] ClockHours clockHours() const { return localization_.clockHours(); }
     [[nodiscard]] bool hasTwelveHours() const { return clockHours() == ClockHours::twelve; }
 
-    /// What programs of the desktop are called from now on.
+    /// Sets the names of the desktop's programs that sentences mention.
     void setProgramNames(const ProgramNames& names);
     [[nodiscard]] QString connectingToCalendar() const;
     [[nodiscard]] QString clearsDueDate() const;

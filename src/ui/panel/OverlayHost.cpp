@@ -110,7 +110,7 @@ void OverlayHost::present(const QString& id, const QString& file, QQuickItem* an
         dismiss(id);
         return;
     }
-    // What is not beneath the new overlay closes for it.
+    // Overlays that the new one does not stand on close.
     const auto beneath = std::find_if(overlays_.begin(), overlays_.end(), [&](const auto& overlay) {
         return overlay->layer.get() == anchor || overlay->layer->isAncestorOf(anchor);
     });
@@ -213,7 +213,7 @@ void OverlayHost::closeDownTo(std::size_t count) {
     while (overlays_.size() > count) {
         const std::unique_ptr<Overlay> closing = std::move(overlays_.back());
         overlays_.pop_back();
-        // What goes may still change its size on the way.
+        // A closing overlay may still change its size.
         disconnect(closing->layer->overlay, nullptr, this, nullptr);
         interaction_.dismissOverlay(closing->id);
         fadeOut(std::move(closing->layer));
@@ -313,7 +313,7 @@ bool OverlayHost::isOnControls(QPointF place) const {
 }
 
 bool OverlayHost::press(QPointF inWindow) {
-    // What is on its way out is not there any more.
+    // A closing overlay no longer counts.
     for (const QPointer<QQuickItem>& leaving : std::exchange(leaving_, {})) {
         if (leaving)
             drop(*leaving);

@@ -72,14 +72,14 @@ class OverlayHost : public QObject {
 
     [[nodiscard]] QRectF toast() const { return toast_; }
     void setToast(const QRectF& frame);
-    /// What is open, the lowest first.
+    /// The open surfaces, the lowest first.
     [[nodiscard]] std::vector<PanelSurface> surfaces() const;
     /// Around the frame, all that the open overlays and their shadows cover.
     [[nodiscard]] QRectF drawnArea() const;
 
   Q_SIGNALS:
     void overlaysChanged();
-    /// What is open has been opened, closed, moved or resized.
+    /// Emitted after a surface was opened, closed, moved or resized.
     void surfacesChanged();
     /// The last open overlay has closed.
     void allOverlaysClosed();

@@ -19,7 +19,7 @@ Item {
     required property bool loadInBackground
     /// The keyboard goes to the content when the panel opens.
     property bool takesKeyboard: true
-    /// What popovers are put upon.
+    /// The parent of popovers.
     property Item popoverFrame: frame
     readonly property Item content: expanded.item ? expanded.item.item : null
     property bool started: !loadInBackground
@@ -34,7 +34,7 @@ Item {
         else
             content.focusFirst()
     }
-    /// What is expanded takes clicks from then on, so that the rest of its content cannot come little by little.
+    /// Loads the rest of the content at once, since the expanded panel takes clicks from then on.
     function finishLoading() {
         root.started = true
         expanded.item.asynchronous = false

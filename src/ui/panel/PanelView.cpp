@@ -125,7 +125,7 @@ PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQml
 }
 
 PanelView::~PanelView() {
-    // Whoever follows the surfaces may have gone before the view.
+    // Observers of the surfaces may have been destroyed before the view.
     overlays_->disconnect();
     overlays_->dismissAll();
     // The views go before what they are bound to.
@@ -142,7 +142,7 @@ void PanelView::updateExtent() {
         const double below = std::max(panelShadow.height(),
                                       std::min(drawn.bottom(), overlays_->roomHeight()) - frame.height());
         extent = frame + QSizeF(2 * beside, below);
-        // Nothing is given back while the panel is open.
+        // Memory is kept while the panel is open.
         if (extent_.width() >= frame.width())
             extent = extent.expandedTo(extent_);
     }

@@ -38,7 +38,7 @@ PanelViewModel::PanelViewModel(NotchInteractionModel& interaction, NotchGeometry
         notifications::newReminder, [this] { request(&PanelViewModel::newReminderRequested); }));
     subscriptions_.push_back(notifications.observe(
         notifications::findReminder, [this] { request(&PanelViewModel::findReminderRequested); }));
-    // Who has made one knows how.
+    // The tip is for people who have not made a reminder yet.
     subscriptions_.push_back(notifications.observe(QLatin1String(ReminderStore::reminderCreatedNotification),
                                                    [this] { finishNewReminderTip(); }));
     subscriptions_.push_back(preferences.observeChanges([this](const QString& key) {

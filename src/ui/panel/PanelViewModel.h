@@ -20,7 +20,7 @@ class NotificationCenter;
 class Preferences;
 class ReminderStore;
 
-/// What the panel's outline and its frame show: the phase, the sizes, the hints beside the camera. Thread:
+/// State of the panel's outline and frame: the phase, the sizes, the hints beside the camera. Thread:
 /// main.
 class PanelViewModel : public QObject {
     Q_OBJECT
@@ -45,7 +45,7 @@ class PanelViewModel : public QObject {
     Q_PROPERTY(int dueTodayCount READ dueTodayCount NOTIFY dueTodayCountChanged)
     /// Start of the next event, such as "14:00"; shown right of the camera while hovering. Empty for none.
     Q_PROPERTY(QString nextEventText READ nextEventText NOTIFY nextEventTextChanged)
-    /// What the notch says at rest.
+    /// The content of the resting notch.
     Q_PROPERTY(kestrant::RestingViewModel* resting READ resting CONSTANT)
     /// Modules that are switched on.
     Q_PROPERTY(bool showReminders READ showReminders NOTIFY modulesChanged)

@@ -134,7 +134,7 @@ Item {
             }
         }
     }
-    // What is done is said for a moment, once somebody can see it.
+    // The message is shown for a moment, once it can be seen.
     Timer {
         running: sign.shown && sign.kind === "done"
         interval: 4000

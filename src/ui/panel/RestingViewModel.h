@@ -20,14 +20,14 @@ struct CalendarEventItem;
 struct RestingEvent {
     QString title;
     QColor color;
-    /// Whole minutes until it begins, rounded up; of one that has begun, until it ends.
+    /// Whole minutes until the event begins, rounded up; for one that has begun, until it ends.
     int minutes = 0;
     bool hasBegun = false;
 
     bool operator==(const RestingEvent&) const = default;
 };
 
-/// What the notch says at rest: one thing, the most urgent, or nothing, as the settings want it. Thread:
+/// The content of the resting notch: one thing, the most urgent, or nothing, as the settings want it. Thread:
 /// main.
 class RestingViewModel : public QObject {
     Q_OBJECT
@@ -45,7 +45,7 @@ class RestingViewModel : public QObject {
     Q_PROPERTY(bool hasBegun READ hasBegun NOTIFY changed)
     /// Waves go out from the notch while it rings.
     Q_PROPERTY(bool pulses READ pulses NOTIFY changed)
-    /// What is said depends on the time.
+    /// Updates what depends on the time.
     Q_PROPERTY(bool followsTime READ followsTime NOTIFY changed)
 
   public:

@@ -6,7 +6,7 @@ FocusScope {
     id: search
 
     property real openWidth: 160
-    /// There is room for the field itself.
+    /// Whether there is room for the field itself, rather than its button.
     property bool alwaysOpen: false
     property string query
     readonly property bool isOpen: alwaysOpen || input.activeFocus || query !== "" || opening

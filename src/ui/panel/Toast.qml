@@ -77,7 +77,7 @@ Item {
     }
     HoverHandler {
         id: pointer
-        // What is being read stays.
+        // The message stays while the pointer is on it.
         onHoveredChanged: if (toast.shown) hovered ? stay.pause() : stay.resume()
     }
     TapHandler { enabled: !toast.isOffer; onTapped: toast.hide() }

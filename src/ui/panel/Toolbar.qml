@@ -12,7 +12,7 @@ FocusScope {
     required property NewEventViewModel newEvent
     required property SettingsViewModel settings
     required property OverlayHost overlays
-    /// Whatever the pointer rests on tells its name here.
+    /// The tooltip for whatever the pointer rests on.
     required property Tooltip tooltip
     property bool isCovered: false
     readonly property bool showsTip: panel.newReminderTipPending && panel.isExpanded && !isCovered
@@ -20,7 +20,7 @@ FocusScope {
     signal modulesWanted
 
     readonly property bool showsCards: panel.showReminders
-    /// What is not known is not counted.
+    /// Counts are shown only once they are known.
     readonly property bool knowsCounts: ["cards", "empty", "allDone", "nothingFound"].includes(reminders.content)
     /// Where the calendar begins, and where the cards end, in this item, while they stand in this order.
     property real cardsEnd: 0
@@ -36,7 +36,7 @@ FocusScope {
     /// then filters become icons, from the last.
     readonly property var chipPlaces: placeChips([todayFilter.fullWidth, overdueFilter.fullWidth, flaggedFilter.fullWidth],
                                                  [todayFilter.fullWidth, overdueFilter.compactWidth, flaggedFilter.compactWidth])
-    /// What the list chip takes beside its words.
+    /// Width of the list chip beside its words.
     readonly property int besideListName: 2 * 10 + 13 + 15
     readonly property real chipsEnd: sortButton.x - gap
     function placeChips(words, icons) {
@@ -94,7 +94,7 @@ FocusScope {
         })
     }
 
-    // Not before the places are known, which takes the chips' own widths.
+    // After the layout, which depends on the chips' own widths.
     Binding {
         target: listChip
         property: "shownText"

@@ -33,9 +33,9 @@ class AlertPicker : public QObject {
     Q_PROPERTY(bool timeIsWrong READ timeIsWrong NOTIFY changed)
 
   public:
-    /// What there is to ring for.
+    /// The due date to alert about.
     enum class Due { nothing, day, time };
-    /// What is chosen, whether or not it fits.
+    /// The choice, whether or not it fits the due date.
     struct Value {
         std::optional<ReminderAlertSchedule> schedule;
         /// As typed, for an alert with a time of day of its own.

@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// Something did not work. Enter and Escape leave it.
+// An error message over the panel. Enter and Escape close it.
 Popover {
     id: popover
 

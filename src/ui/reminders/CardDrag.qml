@@ -72,7 +72,7 @@ Item {
         if (asks)
             grid.editDueDateOf(id)
     }
-    /// Nothing is shown in the hand any more, unless something was taken in it meanwhile.
+    /// Hides the carried card, unless another one has been taken up meanwhile.
     function clear() {
         if (!active)
             image.card = null

@@ -21,7 +21,7 @@ Item {
     Accessible.name: words.text
     Accessible.onPressAction: tip.done()
 
-    // What was on show this long has been read.
+    // Long enough to have been read.
     Timer {
         running: tip.shown
         interval: 8000
@@ -59,7 +59,7 @@ Item {
         font.pixelSize: Theme.panelText(12)
         Accessible.ignored: true
     }
-    // Nothing beneath is meant.
+    // Clicks do not reach what lies beneath.
     MouseArea {
         anchors.fill: parent
         enabled: tip.shown

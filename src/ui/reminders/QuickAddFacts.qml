@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// What a new reminder is beside its title, each fact once: what is said of it, and below what can be added.
+// Chips for the properties of a new reminder: those that are set, and below those that can be added.
 Column {
     id: facts
 

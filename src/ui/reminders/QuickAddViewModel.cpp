@@ -253,7 +253,7 @@ QVariantList QuickAddViewModel::pieces() const {
     std::vector<std::pair<QString, TextRange>> words;
     for (const QuickAddPiece& piece : line_.pieces) {
         const QString& fact = factOf(piece.kind);
-        // What says the same together is seen together.
+        // Words that state one property together are coloured together.
         if (!words.empty() && words.back().first == fact &&
             isBlank(words.back().second.end(), piece.range.start))
             words.back().second.length = piece.range.end() - words.back().second.start;

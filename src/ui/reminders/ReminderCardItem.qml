@@ -20,7 +20,7 @@ Item {
     property bool isChosen: false
     /// The first of two clicks has done something already.
     property bool wasToggled: false
-    /// What is often done to a card is at hand while the pointer is on it.
+    /// Frequent actions, shown while the pointer is on the card.
     readonly property bool showsActions: hovered && enabled && card.isWritable && !card.isPending
     signal pressed
     signal flagToggled

@@ -19,7 +19,7 @@ Popover {
             form.save()
     }
 
-    // It is closed by the surface itself.
+    // The surface closes the form itself.
     Keys.onEscapePressed: form.discard()
     Keys.onReturnPressed: save()
     Keys.onEnterPressed: save()

@@ -17,7 +17,7 @@ namespace {
 struct PriorityChoice {
     QString rawValue;
     TextPair title;
-    /// What is written when it is chosen.
+    /// The rules that are written when this is chosen.
     int priority = 0;
 };
 
@@ -291,7 +291,7 @@ void ReminderEditViewModel::setRepeatId(const QString& id) {
     if (id == repeatId())
         return;
     const auto repeat = reminderRepeat(id);
-    // What the form began with is kept to the letter.
+    // Unchanged rules are kept to the letter.
     repeat_ = repeat == reminderRepeat(rules_) ? std::nullopt : repeat;
     edited();
 }

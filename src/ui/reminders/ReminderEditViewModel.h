@@ -46,7 +46,7 @@ class ReminderEditViewModel : public QObject {
     Q_PROPERTY(QString notes READ notes WRITE setNotes NOTIFY changed)
     /// The reminder's list takes no changes.
     Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
-    /// What is shown was kept of an earlier form.
+    /// The form shows entries kept from an earlier, unsaved one.
     Q_PROPERTY(bool isRestored READ isRestored NOTIFY changed)
     Q_PROPERTY(bool isSaving READ isSaving NOTIFY changed)
     Q_PROPERTY(bool canSave READ canSave NOTIFY changed)
@@ -147,7 +147,7 @@ class ReminderEditViewModel : public QObject {
     const CurrentCalendar& currentCalendar_;
     Localizer& localizer_;
     QString id_;
-    /// What the form began with; absent when the reminder is gone.
+    /// The values the form began with; absent when the reminder is gone.
     std::optional<ReminderEditDetails> loaded_;
     /// The zone does not change under what is shown.
     ZoneCalendar calendar_;
@@ -159,7 +159,7 @@ class ReminderEditViewModel : public QObject {
     ReminderList list_;
     QString notes_;
     AlertPicker alert_;
-    /// What the form began with, and what was chosen instead.
+    /// The initial repetition and the one chosen instead.
     std::vector<EKRecurrenceRule> rules_;
     std::optional<ReminderRepeat> repeat_;
     Fields begun_;

@@ -189,7 +189,7 @@ FocusScope {
 
     Connections {
         target: root.reminders
-        // What is found is looked at from its beginning.
+        // Search results are shown from the first one.
         function onSearchQueryChanged() { Qt.callLater(root.rewind) }
         function onRevealRequested(taskId) {
             const row = root.reminders.cards.rowOf(taskId)
@@ -253,7 +253,7 @@ FocusScope {
             height: Theme.cardHeight
             isCurrent: GridView.isCurrentItem && grid.activeFocus
             highlight: reveal.card === card.id ? reveal.strength : 0
-            // What scrolls away fades instead of being cut.
+            // Cards fade at the edge instead of being cut.
             opacity: Theme.opacity(Math.min(1, (y + height - grid.contentY) / 48, (grid.contentY + grid.height - y) / 48)
                                    * (1 - distance * distance * distance))
             /// How much of its way it still has to come, 1 to 0.

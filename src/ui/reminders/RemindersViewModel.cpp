@@ -34,7 +34,7 @@ QString alertText(const ReminderTask& task, Language language, ClockHours hours)
     return day->dayOffset == 0 ? time : text("day before %1", "veille %1").in(language).arg(time);
 }
 
-/// What a bell beside it does not say already.
+/// The alert's words without what the bell beside them says already.
 QString besideBell(const QString& alert, Language language) {
     const QString before = text(" before", " avant").in(language);
     return alert.endsWith(before) ? alert.chopped(before.size()) : alert;
@@ -145,7 +145,7 @@ QString RemindersViewModel::computedContent() const {
     case ReminderAccessState::Kind::restricted:
         return QStringLiteral("restricted");
     case ReminderAccessState::Kind::failed:
-        // What was loaded stays on show under the message.
+        // Loaded cards stay visible under the message.
         if (store_.hasLoaded())
             break;
         return QStringLiteral("failed");

@@ -29,7 +29,7 @@ class RemindersViewModel : public QObject {
     QML_UNCREATABLE("made by the application")
 
     Q_PROPERTY(kestrant::ReminderCardModel* cards READ cards CONSTANT)
-    /// What the module shows: "cards", "loading", "empty" (no open reminder), "allDone" (none passes the
+    /// The state of the module: "cards", "loading", "empty" (no open reminder), "allDone" (none passes the
     /// filters), "nothingFound" (the search finds none), "denied", "restricted" or "failed".
     Q_PROPERTY(QString content READ content NOTIFY contentChanged)
     /// A reminder was ever completed; before that "empty" is a beginning.

@@ -10,7 +10,7 @@
 
 namespace kestrant {
 
-/// What a form calls a repetition: "Weekly", "Every 2 weeks on Mon".
+/// The words for a repetition in a form: "Weekly", "Every 2 weeks on Mon".
 [[nodiscard]] QString repeatTitle(const std::vector<EKRecurrenceRule>& rules, const Localizer& localizer);
 
 /// {id, title} each; an id is the raw value of a choice. Rules that are none of the choices are among them

@@ -10,7 +10,7 @@
 
 namespace kestrant {
 
-// What forms offer to choose from.
+// The choices that forms offer.
 
 [[nodiscard]] inline QColor toQColor(const Color& color) {
     return {color.red, color.green, color.blue};

@@ -24,7 +24,7 @@ tl::expected<QString, TextPair> usableFolder(const QString& typed) {
         return tl::unexpected(
             text("Write the whole path, from / or ~ on.", "Écrivez le chemin entier, depuis / ou ~."));
     path = QDir::cleanPath(path);
-    // What is not there yet can be made if the nearest folder above it may be written to.
+    // A folder that does not exist can be made if its nearest existing ancestor is writable.
     QFileInfo nearest(path);
     while (!nearest.exists() && !nearest.isRoot())
         nearest = QFileInfo(nearest.path());

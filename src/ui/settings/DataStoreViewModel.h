@@ -19,12 +19,12 @@ namespace kestrant {
 class Localizer;
 class Preferences;
 
-/// What choosing the place of reminders and events takes. Functions may be empty: what they do is then not
+/// Services for choosing the place of reminders and events. Functions may be empty: what they do is then not
 /// offered.
 struct DataStoreServices {
     /// The program's own folder. Empty when the place cannot be chosen at all.
     QString defaultFolder;
-    /// What is in use while nothing was chosen; the default folder where this is empty.
+    /// The database in use while none was chosen; the default folder where this is empty.
     std::function<EventStoreLocation()> inUse;
     /// Whether this desktop's own calendar service is there; asked once each time the choices are shown.
     std::function<bool()> evolutionIsAvailable;
@@ -83,7 +83,7 @@ class DataStoreViewModel : public QObject {
     void changed();
 
   private:
-    /// What was chosen, else what is in use.
+    /// The chosen database, else the one in use.
     [[nodiscard]] EventStoreLocation location() const;
     void choose(const EventStoreLocation& location);
 

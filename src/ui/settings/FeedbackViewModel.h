@@ -24,7 +24,7 @@ class FeedbackViewModel : public QObject {
     Q_PROPERTY(QVariantList categories READ categories NOTIFY textsChanged)
     /// Every fixed text of the form, by the names of FeedbackForm::Texts.
     Q_PROPERTY(QVariantMap texts READ texts NOTIFY textsChanged)
-    /// What the entry that opens the form says to a pointer resting on it and to screen readers.
+    /// The tooltip of the entry that opens the form, also for screen readers.
     Q_PROPERTY(QString entryHelp READ entryHelp NOTIFY textsChanged)
 
     /// Whether there is a service to write to; without one there is no entry.

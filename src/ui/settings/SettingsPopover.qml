@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// What can be set; every change is in force at once. Two columns of groups; head and foot stay where they scroll.
+// The settings; every change takes effect at once. Two columns of groups; head and foot stay where they scroll.
 Popover {
     id: popover
 

@@ -28,12 +28,12 @@ struct CollectionSwitch {
     std::function<void(bool)> setOn;
 };
 
-/// What the settings reach besides the preferences; what is absent is not offered.
+/// Services behind settings that are no preferences; a setting whose service is absent is not offered.
 struct SettingsServices {
     std::optional<CollectionSwitch> collection;
     LaunchAtLoginManager* launchAtLogin = nullptr;
     DataStoreServices dataStore;
-    /// What keeps the program from reading or keeping something, one sentence each.
+    /// Problems with reading or saving, one sentence each.
     std::function<std::vector<TextPair>()> problems;
     /// Opens the introduction at its tutorial.
     std::function<void()> showTutorial;
@@ -86,7 +86,7 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(bool counts READ counts WRITE setCounts NOTIFY changed)
     Q_PROPERTY(QString countsHelp READ countsHelp NOTIFY changed)
     Q_PROPERTY(kestrant::DataStoreViewModel* dataStore READ dataStore CONSTANT)
-    /// What keeps the program from reading or keeping something, one sentence each; mostly none.
+    /// Problems with reading or saving, one sentence each; mostly none.
     Q_PROPERTY(QStringList problems READ problems NOTIFY problemsChanged)
     Q_PROPERTY(bool canLaunchAtLogin READ canLaunchAtLogin CONSTANT)
     Q_PROPERTY(bool launchesAtLogin READ launchesAtLogin WRITE setLaunchesAtLogin NOTIFY changed)

@@ -7,7 +7,7 @@ Popover {
 
     required property CalendarEditViewModel form
     property string title
-    /// What it is about.
+    /// The name of the item in question.
     property string subject
     property string message
     property string confirmText

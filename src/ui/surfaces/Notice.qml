@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// What a module shows instead of its contents: a picture, a sentence, and a way on where there is one.
+// A placeholder for a module's contents: a picture, a sentence, and an action where there is one.
 Item {
     id: notice
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// What keeps the program from reading or keeping something; takes no room while there is nothing.
+// Problems with reading or saving; takes no room while there are none.
 Column {
     id: list
 

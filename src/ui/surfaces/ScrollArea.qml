@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Window
 import Kestrant
 
-// What may be higher than its room (`contentHeight`): scrolls to what the keyboard is on, and shows that there is more.
+// A scrolling area (`contentHeight`) that follows the keyboard focus and fades where there is more.
 Flickable {
     id: area
 
@@ -23,7 +23,7 @@ Flickable {
                 return
         }
         const top = item.mapToItem(contentItem, 0, 0).y - 12
-        // Not without the last words below the last thing.
+        // The end includes the last words below the last control.
         const bottom = top + item.height + (contentHeight - top - item.height < 64 ? 64 : 24)
         if (top < contentY)
             contentY = Math.max(0, top)

@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// What the module shows instead of cards: a picture, a sentence, and a way on where there is one.
+// The module's state in place of cards: a picture, a sentence, and an action where there is one.
 Item {
     id: view
 

@@ -5,7 +5,7 @@ import Kestrant
 Rectangle {
     id: tooltip
 
-    /// Nothing is told while this holds, as when a popover is open.
+    /// Suppresses tooltips, as while a popover is open.
     property bool silent: false
     property Item subject: null
 
