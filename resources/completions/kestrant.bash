@@ -16,13 +16,13 @@ _kestrant() {
     local cur prev words cword split
     _init_completion -s -n : || return
 
-    local commands="list lists add edit reschedule move flag unflag complete delete show
+    local commands="list lists add edit reschedule move flag unflag complete delete show recap
         agenda calendars add-event delete-event"
     local command='' subjects=0 index offered=''
     for ((index = 1; index < cword; index++)); do
         case ${words[index]} in
             --store | --now | --sort | --list | --search | --title | --notes | --due | --priority | --alert | --repeat | \
-                --start | --end | --calendar | --render | --configuration)
+                --start | --end | --calendar | --configuration)
                 ((index++))
                 ;;
             -*) ;;
@@ -50,7 +50,6 @@ _kestrant() {
             __ltrim_colon_completions "$cur"
             return
             ;;
-        --render) _filedir -d; return ;;
         --configuration) _filedir json; return ;;
         --sort) offered='manual dueDate priority title creationOldestFirst creationNewestFirst' ;;
         --priority)
@@ -68,10 +67,11 @@ _kestrant() {
             ! $split || return
             if [[ $cur == -* ]]; then
                 case $command in
-                    '') offered='--toggle --render --version' ;;
+                    '') offered='--toggle --version' ;;
                     list) offered='--sort --list --today --overdue --flagged --search' ;;
                     add) offered='--due --priority --list --alert --repeat --flagged --literal' ;;
                     edit) offered='--title --notes --due --list --priority --alert --repeat' ;;
+                    recap) offered='--day --week --month --year' ;;
                     agenda) offered='--all --reminders --no-reminders' ;;
                     add-event) offered='--start --end --all-day --calendar' ;;
                 esac

@@ -18,7 +18,7 @@ end
 function __kestrant_words
     set --local words (commandline --tokenize --cut-at-cursor --current-process)[2..-1]
     set --local takes_value --store --now --sort --list --search --title --notes --due --priority --alert --repeat \
-        --start --end --calendar --render --configuration
+        --start --end --calendar --configuration
     while set --query words[1]
         if contains -- $words[1] $takes_value
             set --erase words[1]
@@ -51,7 +51,6 @@ complete --command kestrant --condition 'not __kestrant_needs_command' --long-op
 complete --command kestrant --condition 'not __kestrant_needs_command' --long-option now --exclusive --description 'Take a fixed time for the present'
 complete --command kestrant --condition __kestrant_needs_command --long-option version --description 'Print the version'
 complete --command kestrant --condition __kestrant_needs_command --long-option toggle --description 'Open or close the panel that is running'
-complete --command kestrant --condition __kestrant_needs_command --long-option render --exclusive --arguments '(__fish_complete_directories)' --description 'Write pictures of every state'
 complete --command kestrant --long-option configuration --require-parameter --force-files --description 'Use other deployment values'
 
 for line in \
@@ -66,6 +65,7 @@ for line in \
     'complete:Complete a reminder' \
     'delete:Delete a reminder' \
     'show:Everything about a reminder' \
+    'recap:How many reminders were completed' \
     'agenda:The coming week, day by day' \
     'calendars:The calendars of events' \
     'add-event:Create an event' \
@@ -94,6 +94,10 @@ complete --command kestrant --condition '__kestrant_in add edit' --long-option a
 complete --command kestrant --condition '__kestrant_in add edit' --long-option repeat --exclusive --arguments 'none daily weekly monthly yearly' --description 'How often it repeats'
 complete --command kestrant --condition '__kestrant_in edit' --long-option title --exclusive --description 'The new title'
 complete --command kestrant --condition '__kestrant_in edit' --long-option notes --exclusive --description 'The new notes'
+complete --command kestrant --condition '__kestrant_in recap' --long-option day --description 'Today'
+complete --command kestrant --condition '__kestrant_in recap' --long-option week --description 'This week'
+complete --command kestrant --condition '__kestrant_in recap' --long-option month --description 'This month'
+complete --command kestrant --condition '__kestrant_in recap' --long-option year --description 'This year'
 complete --command kestrant --condition '__kestrant_in agenda' --long-option all --description 'The past and the coming year'
 complete --command kestrant --condition '__kestrant_in agenda' --long-option reminders --description 'With the reminders that are due'
 complete --command kestrant --condition '__kestrant_in agenda' --long-option no-reminders --description 'Events alone'
