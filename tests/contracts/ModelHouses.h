@@ -76,113 +76,118 @@ struct Others<MemoryHouse> : OtherProgram {
     std::optional<FreshRead> read() override { return std::nullopt; }
 };
 
-/// Another program with a database of its own over the same data.
-class OtherDatabase {
-  public:
-    OtherDatabase(items::ItemDatabase& database, Instant now, const ZoneCalendar& local)
-        : database_(database)
-        , now_(now)
-        , local_(local) {}
+/// Another program with a database of its own over the same data, opened anew each time.
+template <typename House>
+struct OtherDatabase : OtherProgram {
+    explicit OtherDatabase(House& used) : house(used) {}
 
-    QString add(const EKReminderData& data) {
-        const auto saved = database_.save(nullptr, data, now_, local_);
-        EXPECT_TRUE(saved.has_value());
-        return saved ? saved->calendarItemIdentifier : QString();
+    House& house;
+
+    virtual void with(const std::function<void(items::ItemDatabase&)>& use) = 0;
+
+    QString add(const EKReminderData& data) override {
+        QString result;
+        with([&](items::ItemDatabase& database) {
+            const auto saved = database.save(nullptr, data, now(), local());
+            EXPECT_TRUE(saved.has_value());
+            result = saved ? saved->calendarItemIdentifier : QString();
+        });
+        return result;
     }
-    void change(const QString& identifier, const std::function<void(EKReminderData&)>& edit) {
-        const auto base = database_.snapshot()->reminders.value(identifier).data;
-        ASSERT_TRUE(base) << qPrintable(identifier);
-        EKReminderData edited = *base;
-        edit(edited);
-        EXPECT_TRUE(database_.save(base, edited, now_, local_).has_value());
+    void change(const QString& identifier, const Edit& edit) override {
+        with([&](items::ItemDatabase& database) {
+            const auto base = database.snapshot()->reminders.value(identifier).data;
+            ASSERT_TRUE(base) << qPrintable(identifier);
+            EKReminderData edited = *base;
+            edit(edited);
+            EXPECT_TRUE(database.save(base, edited, now(), local()).has_value());
+        });
     }
-    void remove(const QString& identifier) { EXPECT_TRUE(database_.remove(identifier, local_).has_value()); }
-    /// Saves the occurrence as `edit` leaves it, or removes it where that returns false.
+    void remove(const QString& identifier) override {
+        with([&](items::ItemDatabase& database) {
+            EXPECT_TRUE(database.remove(identifier, local()).has_value());
+        });
+    }
     bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
-                     const std::function<bool(EKEventData&)>& edit) {
-        const auto found = events();
-        const auto event =
-            std::find_if(found.begin(), found.end(), [&](const auto& each) { return isIt(*each); });
-        if (event == found.end())
-            return false;
-        EKEventData edited = **event;
-        if (edit(edited))
-            EXPECT_TRUE(database_.saveEvent(*event, edited, now_, local_).has_value());
-        else
-            EXPECT_TRUE(database_.removeEvent(**event, now_, local_).has_value());
-        return true;
+                     const std::function<bool(EKEventData&)>& edit) override {
+        bool isFound = false;
+        with([&](items::ItemDatabase& database) {
+            const auto found = eventsIn(database);
+            const auto event =
+                std::find_if(found.begin(), found.end(), [&](const auto& each) { return isIt(*each); });
+            isFound = event != found.end();
+            if (!isFound)
+                return;
+            EKEventData edited = **event;
+            if (edit(edited))
+                EXPECT_TRUE(database.saveEvent(*event, edited, now(), local()).has_value());
+            else
+                EXPECT_TRUE(database.removeEvent(**event, now(), local()).has_value());
+        });
+        return isFound;
     }
-    FreshRead read() {
+    std::optional<FreshRead> read() override {
         FreshRead result;
-        for (const auto& entry : database_.snapshot()->reminders)
-            result.reminders.push_back(*entry.data);
-        for (const auto& event : events())
-            result.events.push_back(*event);
+        with([&](items::ItemDatabase& database) {
+            for (const auto& entry : database.snapshot()->reminders)
+                result.reminders.push_back(*entry.data);
+            for (const auto& event : eventsIn(database))
+                result.events.push_back(*event);
+        });
         return result;
     }
 
   private:
-    [[nodiscard]] std::vector<std::shared_ptr<const EKEventData>> events() {
-        return database_
+    [[nodiscard]] Instant now() const { return house.scheduler.now(); }
+    [[nodiscard]] ZoneCalendar local() const { return house.calendar.calendar(); }
+    [[nodiscard]] std::vector<std::shared_ptr<const EKEventData>> eventsIn(items::ItemDatabase& database) {
+        return database
             .events(EKEventStore::predicateForEvents(at("Europe/Paris", {2026, 3, 1}),
                                                      at("Europe/Paris", {2026, 5, 1}), {}),
-                    now_)
+                    now())
             .events;
     }
-
-    items::ItemDatabase& database_;
-    Instant now_;
-    ZoneCalendar local_;
 };
 
 template <>
-struct Others<VdirHouse> : OtherProgram {
+struct Others<VdirHouse> : OtherDatabase<VdirHouse> {
     static constexpr unsigned runs = 6;
     static constexpr std::size_t steps = 40;
     static constexpr bool readsFast = true;
 
-    explicit Others(VdirHouse& used) : house(used) {}
+    using OtherDatabase::OtherDatabase;
 
-    VdirHouse& house;
-
-    template <typename Use>
-    auto with(const Use& use) {
+    void with(const std::function<void(items::ItemDatabase&)>& use) override {
         vdir::VdirDatabase database(QFile::encodeName(root()));
         EXPECT_FALSE(database.open(house.calendar.calendar()));
-        return use(OtherDatabase(database, house.scheduler.now(), house.calendar.calendar()));
-    }
-    QString add(const EKReminderData& data) override {
-        return with([&](OtherDatabase other) { return other.add(data); });
+        use(database);
     }
     /// Moves of reminders with a file of their own are renamed files, as a file manager makes them.
     void change(const QString& identifier, const Edit& edit) override {
-        with([&](OtherDatabase other) {
-            EKReminderData moved;
-            bool isMoved = false;
-            other.change(identifier, [&](EKReminderData& data) {
-                const QString list = data.calendarIdentifier;
-                edit(data);
-                isMoved = list != data.calendarIdentifier && itemCount(pathOf(identifier)) == 1;
-                if (!isMoved)
-                    return;
-                moved = data;
-                data.calendarIdentifier = list;
-            });
-            if (isMoved) {
-                const QString path = pathOf(identifier);
-                const QString list = root() + "/" + moved.calendarIdentifier + "/";
-                // A file that others' items were taken out of may have the name of one of them.
-                const QString name = QFileInfo(path).fileName();
-                EXPECT_TRUE(
-                    QFile::rename(path, list + (QFile::exists(list + name) ? "moved " + name : name)));
-            }
+        EKReminderData moved;
+        bool isMoved = false;
+        OtherDatabase::change(identifier, [&](EKReminderData& data) {
+            const QString list = data.calendarIdentifier;
+            edit(data);
+            isMoved = list != data.calendarIdentifier && itemCount(pathOf(identifier)) == 1;
+            if (!isMoved)
+                return;
+            moved = data;
+            data.calendarIdentifier = list;
         });
+        if (!isMoved)
+            return;
+        const QString path = pathOf(identifier);
+        const QString list = root() + "/" + moved.calendarIdentifier + "/";
+        // A file that others' items were taken out of may have the name of one of them.
+        const QString name = QFileInfo(path).fileName();
+        EXPECT_TRUE(QFile::rename(path, list + (QFile::exists(list + name) ? "moved " + name : name)));
     }
     void remove(const QString& identifier) override {
         if (const QString path = pathOf(identifier); itemCount(path) == 1)
             EXPECT_TRUE(QFile::remove(path));
         else
-            with([&](OtherDatabase other) { other.remove(identifier); });
+            OtherDatabase::remove(identifier);
     }
     /// In its place, or beside it and renamed.
     bool rewrite(const QString& identifier, unsigned priority) override {
@@ -219,12 +224,8 @@ struct Others<VdirHouse> : OtherProgram {
         EXPECT_TRUE(QFile::remove(from));
         return true;
     }
-    bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
-                     const std::function<bool(EKEventData&)>& edit) override {
-        return with([&](OtherDatabase other) { return other.changeEvent(isIt, edit); });
-    }
     std::optional<FreshRead> read() override {
-        FreshRead result = with([](OtherDatabase other) { return other.read(); });
+        FreshRead result = *OtherDatabase::read();
         for (const EKReminderData& reminder : result.reminders) {
             const QByteArray text = textOf(pathOf(reminder.calendarItemIdentifier));
             const qsizetype uid = text.indexOf("UID:" + reminder.calendarItemIdentifier.toUtf8() + "\r\n");
@@ -274,35 +275,16 @@ struct Others<VdirHouse> : OtherProgram {
 
 #ifdef KESTRANT_WITH_EVOLUTION
 template <>
-struct Others<EvolutionHouse> : OtherProgram {
+struct Others<EvolutionHouse> : OtherDatabase<EvolutionHouse> {
     static constexpr unsigned runs = 3;
     static constexpr std::size_t steps = 40;
     static constexpr bool readsFast = false;
 
-    explicit Others(EvolutionHouse& used) : house(used) {}
+    using OtherDatabase::OtherDatabase;
 
-    EvolutionHouse& house;
-
-    template <typename Use>
-    auto with(const Use& use) {
+    void with(const std::function<void(items::ItemDatabase&)>& use) override {
         EvolutionHouse::Other other(house.calendar.calendar());
-        return use(OtherDatabase(other.database, house.scheduler.now(), house.calendar.calendar()));
-    }
-    QString add(const EKReminderData& data) override {
-        return with([&](OtherDatabase other) { return other.add(data); });
-    }
-    void change(const QString& identifier, const Edit& edit) override {
-        with([&](OtherDatabase other) { other.change(identifier, edit); });
-    }
-    void remove(const QString& identifier) override {
-        with([&](OtherDatabase other) { other.remove(identifier); });
-    }
-    bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
-                     const std::function<bool(EKEventData&)>& edit) override {
-        return with([&](OtherDatabase other) { return other.changeEvent(isIt, edit); });
-    }
-    std::optional<FreshRead> read() override {
-        return with([](OtherDatabase other) { return other.read(); });
+        use(other.database);
     }
 };
 #endif

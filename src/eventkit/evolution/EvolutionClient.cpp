@@ -90,10 +90,10 @@ EvolutionClient::EvolutionClient(Ref<EClient> client, EKEntityType type, CallLim
     : limit_(limit)
     , state_(std::make_shared<State>())
     , client_(std::move(client))
+    , list_{Ref<ESource>(E_SOURCE(g_object_ref(e_client_get_source(client_.get())))), type}
     , componentName_(type == EKEntityType::reminder ? "VTODO" : "VEVENT") {
     state_->observer = std::move(observer);
-    const Text title(e_source_dup_display_name(e_client_get_source(client_.get())));
-    title_ = QString::fromUtf8(title.get());
+    title_ = list_.title();
 }
 
 EvolutionClient::~EvolutionClient() {
@@ -192,7 +192,10 @@ QByteArray EvolutionClient::zoneDefinition(const QByteArray& name) {
 
 QByteArray EvolutionClient::fileFrom(std::vector<QByteArray> components) {
     std::vector<QByteArray> zones;
-    for (const QByteArray& component : components) {
+    const bool areBirthdays = list_.holdsBirthdays();
+    for (QByteArray& component : components) {
+        if (areBirthdays)
+            component = yearlyBirthday(std::move(component));
         for (const QByteArray& name : obscureZones(component)) {
             QByteArray definition = zoneDefinition(name);
             if (!definition.isEmpty() && std::find(zones.begin(), zones.end(), definition) == zones.end())
@@ -281,8 +284,11 @@ WriteError EvolutionClient::failure(const Error& error, const QString& title) {
         return items::ChangedMeanwhile{};
     if (error.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_ID_ALREADY_EXISTS))
         return alreadyThere(title, title_);
-    if (error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_PERMISSION_DENIED))
-        return readOnlyError(title_);
+    if (error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_PERMISSION_DENIED)) {
+        // So the service says, too, of a list whose server it has not reached yet.
+        const bool isKnown = !list_.isOnServer() || list_.isConnected();
+        return isKnown ? readOnlyError(title_) : noAnswerError(title_);
+    }
     return refused(reasonIn(error));
 }
 

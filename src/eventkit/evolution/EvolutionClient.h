@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/evolution/CallLimit.h"
+#include "eventkit/evolution/EvolutionLists.h"
 #include "eventkit/evolution/Glib.h"
 #include "eventkit/evolution/ServiceReader.h"
 #include "eventkit/evolution/ServiceText.h"
@@ -101,6 +102,7 @@ class EvolutionClient {
     StateRef state_;
     QString title_;
     Ref<EClient> client_;
+    ServiceList list_;
     /// Null where the client library has to read.
     std::unique_ptr<ServiceReader> reader_;
     QByteArray componentName_;

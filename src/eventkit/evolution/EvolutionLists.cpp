@@ -49,6 +49,10 @@ bool ServiceList::isLocal() const {
     return kindOf(*this) == "local";
 }
 
+bool ServiceList::holdsBirthdays() const {
+    return kindOf(*this) == "contacts";
+}
+
 bool ServiceList::isOnServer() const {
     return kindOf(*this) == "caldav";
 }

@@ -23,6 +23,8 @@ struct ServiceList {
     [[nodiscard]] QString title() const;
     /// Whether its items are kept on this machine alone.
     [[nodiscard]] bool isLocal() const;
+    /// Whether its events are the birthdays and anniversaries of the address books.
+    [[nodiscard]] bool holdsBirthdays() const;
     /// Whether its items have versions on a server.
     [[nodiscard]] bool isOnServer() const;
     /// Whether the service has a connection to its server, as far as it has told so far.

@@ -1,5 +1,6 @@
 #include "eventkit/evolution/EvolutionStorage.h"
 
+#include "eventkit/evolution/ServiceBus.h"
 #include "eventkit/evolution/ServiceErrors.h"
 #include "eventkit/model/EKErrors.h"
 
@@ -278,7 +279,7 @@ void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const 
     }
 }
 
-std::set<QByteArray> EvolutionStorage::awaitReading(Reading& reading) const {
+std::set<QByteArray> EvolutionStorage::awaitReading(Reading& reading) {
     const SourceQueues::Away away;
     std::unique_lock lock(reading.mutex);
     const auto isFound = [&] { return wanted_ && reading.missing.empty(); };
@@ -289,10 +290,18 @@ std::set<QByteArray> EvolutionStorage::awaitReading(Reading& reading) const {
                            [&](const QByteArray& list) { return reading.local.contains(list); });
     };
     // Each ends with the limit by itself, but for what cannot be cancelled.
-    const auto longest = limit_.longest() + grace;
+    const auto end = std::chrono::steady_clock::now() + limit_.longest() + grace;
     const auto patience = limit_.longest() / latePart;
     reading.changed.wait_for(lock, patience, isEnough);
-    reading.changed.wait_for(lock, longest - patience, [&] { return isEnough() || !isWorthWaiting(); });
+    while (!isEnough() && isWorthWaiting() && std::chrono::steady_clock::now() < end) {
+        lock.unlock();
+        const auto call = limit_.call({});
+        const bool hangs = !isResponding(calendarProcess, call.cancellable());
+        lock.lock();
+        if (hangs)
+            break;
+        reading.changed.wait_for(lock, patience, [&] { return isEnough() || !isWorthWaiting(); });
+    }
     reading.isOver = true;
     return isFound() ? std::set<QByteArray>() : reading.awaited;
 }

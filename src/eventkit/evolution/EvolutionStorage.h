@@ -80,7 +80,7 @@ class EvolutionStorage final : public items::ItemStorage {
         bool isOver = false;
     };
     /// The result is the lists that did not answer in time.
-    [[nodiscard]] std::set<QByteArray> awaitReading(Reading& reading) const;
+    [[nodiscard]] std::set<QByteArray> awaitReading(Reading& reading);
     /// Reads all lists, at the same time where there are queues.
     void readAllLists(items::Library& library, const Lists& lists, const ZoneCalendar& local);
     /// What is in a list: all of it where `named` is null.

@@ -114,6 +114,11 @@ QByteArray withoutServerVersion(const QByteArray& text) {
     return result.append(QByteArrayView(text).sliced(from));
 }
 
+QByteArray yearlyBirthday(QByteArray component) {
+    return component.replace("\nRRULE:FREQ=YEARLY;BYMONTHDAY=-1\r",
+                             "\nRRULE:FREQ=YEARLY;BYMONTHDAY=-1;BYMONTH=2\r");
+}
+
 QByteArray fileOf(std::vector<QByteArray> components, const std::vector<QByteArray>& zones) {
     if (components.size() > 1)
         std::stable_sort(components.begin(), components.end(),

@@ -37,6 +37,10 @@ struct ServicePart {
 /// The text of an item without such notes.
 [[nodiscard]] QByteArray withoutServerVersion(const QByteArray& text);
 
+/// A birthday or an anniversary as it is meant: of those on 29 February the service says that they are on the
+/// last day of every month, and means that one.
+[[nodiscard]] QByteArray yearlyBirthday(QByteArray component);
+
 /// The file made of these components, in an order that depends on nothing but what is in them, with these
 /// definitions of zones.
 [[nodiscard]] QByteArray fileOf(std::vector<QByteArray> components, const std::vector<QByteArray>& zones);

@@ -59,6 +59,13 @@ TEST(ServiceText, FindsTheUidWhereverAndHoweverItIsWritten) {
     EXPECT_EQ(uidOf("BEGIN:VTODO\r\n" + alarm + "END:VTODO\r\n"), "");
 }
 
+TEST(ServiceText, HasBirthdaysOnALeapDayOnceAYear) {
+    const QByteArray leapDay = event("DTSTART;VALUE=DATE:19920229\r\nRRULE:FREQ=YEARLY;BYMONTHDAY=-1\r\n");
+    EXPECT_TRUE(yearlyBirthday(leapDay).contains("\r\nRRULE:FREQ=YEARLY;BYMONTHDAY=-1;BYMONTH=2\r\n"));
+    const QByteArray other = event("DTSTART;VALUE=DATE:19801124\r\nRRULE:FREQ=YEARLY\r\n");
+    EXPECT_EQ(yearlyBirthday(other), other);
+}
+
 TEST(ServiceText, AsksForZonesThatMeanNothingByTheirNames) {
     EXPECT_THAT(obscureZones("DTSTART;TZID=Europe/Paris:20260101T000000\r\n"
                              "DUE;TZID=/freeassociation.sourceforge.net/Europe/Berlin:20260101T000000\r\n"
