@@ -119,10 +119,14 @@ TEST_F(SharedFetchTest, TheStartAndEachChangeCostOneFetchOfTheOpenReminders) {
     store.rename(QStringLiteral("a"), QStringLiteral("Other"), {});
     settle();
     EXPECT_EQ(database.openFetches, 1) << "a change from here";
+    store.toggleFlag(QStringLiteral("a"), {});
+    ASSERT_TRUE(scheduler.runUntil([this] { return store.pendingFlagIDs().isEmpty(); }));
+    settle();
+    EXPECT_EQ(database.openFetches, 2) << "the reminder to flag is found among those that are known";
     store.setSelectedListID(QStringLiteral("list"));
     days.reload();
     settle();
-    EXPECT_EQ(database.openFetches, 1) << "nothing has changed";
+    EXPECT_EQ(database.openFetches, 2) << "nothing has changed";
 }
 
 }  // namespace

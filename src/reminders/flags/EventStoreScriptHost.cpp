@@ -19,10 +19,6 @@ Result failure(ScriptError::Code code, const QString& message) {
     return tl::unexpected(ScriptError{code, message});
 }
 
-EKPredicate allOpen() {
-    return EKEventStore::predicateForIncompleteReminders(std::nullopt, std::nullopt, std::nullopt);
-}
-
 EKPredicate allCompleted() {
     return EKEventStore::predicateForCompletedReminders(std::nullopt, std::nullopt, std::nullopt);
 }
@@ -36,28 +32,32 @@ class FlagSetting : public std::enable_shared_from_this<FlagSetting> {
         , request_(std::move(request))
         , answer_(std::move(answer)) {}
 
-    void search(const EKPredicate& among, const std::function<void()>& otherwise) {
-        store_.fetchReminders(among, [self = shared_from_this(), otherwise](const EKReminders& reminders) {
-            std::copy_if(reminders.begin(), reminders.end(), std::back_inserter(self->found_),
-                         [&](const auto& reminder) {
-                             return ReminderFlagIndex::flagKey(reminder->calendarItemIdentifier) ==
-                                    self->request_.targetSuffix;
-                         });
-            if (self->found_.empty())
-                return otherwise();
-            // The next one to try is the last.
-            std::stable_partition(self->found_.begin(), self->found_.end(),
-                                  [&](const auto& each) { return !self->isInNamedList(*each); });
-            self->setNext();
-        });
-    }
-    void start() {
-        search(allOpen(), [self = shared_from_this()] {
-            self->search(allCompleted(), [self] { self->answer_(QStringList{}); });
+    void start(OpenReminders& openReminders) {
+        openReminders.fetch([self = shared_from_this()](const OpenReminders::Reminders& open) {
+            if (self->setAmong(*open))
+                return;
+            self->store_.fetchReminders(allCompleted(), [self](const EKReminders& completed) {
+                if (!self->setAmong(completed))
+                    self->answer_(QStringList{});
+            });
         });
     }
 
   private:
+    /// False when none of them has the key.
+    [[nodiscard]] bool setAmong(const EKReminders& reminders) {
+        std::copy_if(
+            reminders.begin(), reminders.end(), std::back_inserter(found_), [&](const auto& reminder) {
+                return ReminderFlagIndex::flagKey(reminder->calendarItemIdentifier) == request_.targetSuffix;
+            });
+        if (found_.empty())
+            return false;
+        // The next one to try is the last.
+        std::stable_partition(found_.begin(), found_.end(),
+                              [&](const auto& each) { return !isInNamedList(*each); });
+        setNext();
+        return true;
+    }
     [[nodiscard]] bool isInNamedList(const EKReminderData& reminder) const {
         const auto list = store_.calendarWithIdentifier(reminder.calendarIdentifier);
         return list && request_.listName && list->title == *request_.listName;
@@ -139,7 +139,7 @@ void EventStoreScriptHost::carryOut(const ReminderScript::ReadFlagged&, const An
 }
 
 void EventStoreScriptHost::carryOut(const ReminderScript::SetFlag& request, const Answer& answer) {
-    std::make_shared<FlagSetting>(eventStore_, request, answer)->start();
+    std::make_shared<FlagSetting>(eventStore_, request, answer)->start(openReminders_);
 }
 
 void EventStoreScriptHost::interrupt() {

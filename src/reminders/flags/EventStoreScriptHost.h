@@ -21,7 +21,7 @@ namespace kestrant {
 /// interrupts a script that is running; whoever runs it must have come back by then.
 class EventStoreScriptHost final : public ScriptHost {
   public:
-    /// Flags are read off the open reminders, which are those of the same database. All outlive the host.
+    /// `openReminders` are those of the same database. All outlive the host.
     EventStoreScriptHost(EKEventStore& eventStore, OpenReminders& openReminders, Scheduler& scheduler);
     EventStoreScriptHost(const EventStoreScriptHost&) = delete;
     EventStoreScriptHost& operator=(const EventStoreScriptHost&) = delete;
