@@ -144,14 +144,18 @@ void EvolutionClient::observe(GCancellable* cancellable) {
     GSList* fields = nullptr;
     for (const char* field : {"RECURRENCE-ID", "UID"})
         fields = g_slist_prepend(fields, const_cast<char*>(field));
-    e_cal_client_view_set_fields_of_interest(view, fields, error.out());
+    // None of these calls can be cancelled, and each lasts as long as the bus waits: one that fails is the
+    // last.
+    Error failed;
+    GError** const failure = failed.out();
+    e_cal_client_view_set_fields_of_interest(view, fields, failure);
     g_slist_free(fields);
     // What is there already is asked for, not told.
-    e_cal_client_view_set_flags(view, E_CAL_CLIENT_VIEW_FLAGS_NONE, error.out());
-    Error notStarted;
-    GError** const starting = notStarted.out();
-    e_cal_client_view_start(view, starting);
-    state_->isLost = *starting != nullptr;
+    if (!*failure)
+        e_cal_client_view_set_flags(view, E_CAL_CLIENT_VIEW_FLAGS_NONE, failure);
+    if (!*failure)
+        e_cal_client_view_start(view, failure);
+    state_->isLost = *failure != nullptr;
 }
 
 void EvolutionClient::objectsTold(ECalClientView*, const GSList* components, gpointer state) {
