@@ -55,11 +55,12 @@ struct MemoryHouse {
 
 /// The folder of files. Others are a second program on the same folder; their changes are noticed by the
 /// system.
-struct VdirHouse {
+template <typename Store>
+struct FolderHouse {
     ManualScheduler scheduler{morning};
     FixedCalendar calendar{"Europe/Paris"};
     QTemporaryDir folder;
-    VdirEventStore store{folder.path() + "/calendars", scheduler, scheduler, calendar};
+    Store store{folder.path() + "/calendars", scheduler, scheduler, calendar};
 
     template <typename Change>
     void changeElsewhere(const QString& identifier, Change change) {
@@ -87,12 +88,13 @@ struct VdirHouse {
         }
         awaitThat(scheduler, [&] { return !store.calendarWithIdentifier(list)->allowsContentModifications; });
     }
-    ~VdirHouse() {
+    ~FolderHouse() {
         if (::getuid() == 0) {
             EXPECT_EQ(::seteuid(0), 0);
         }
     }
 };
+using VdirHouse = FolderHouse<VdirEventStore>;
 
 #if defined KESTRANT_ON_CALDAV
 using Houses = ::testing::Types<CalDavHouse>;

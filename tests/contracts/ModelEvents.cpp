@@ -104,6 +104,8 @@ QString ModelEvents::save(const InHand& hand) {
             record.occurrences[hand.key].after = found->second;
         }
         keep(*answer, std::move(record));
+        if (!leaves)
+            identifierBecame(hand.key.first, answer->calendarItemIdentifier);
     }
     const auto stored = events_.find(keyOf(hand.event->data));
     if (stored == events_.end() || world_.valuesOf(hand.event->data) != stored->second)
@@ -204,24 +206,44 @@ QString ModelEvents::takeBack(unsigned which) {
     Record reverse{.isWhole = record.isWhole};
     for (const auto& [key, difference] : record.occurrences) {
         const bool isEvent = record.isWhole || key.second.isEmpty();
-        EventKey present = key;
-        if (isEvent && !difference.after) {
-            // It may come back under another identifier.
-            present.first = answer->calendarItemIdentifier;
-            auto values = events_.extract(key);
-            values.key() = present;
-            events_.insert(std::move(values));
-            identifiers_.insert(present.first);
-        } else if (isEvent && !difference.before) {
+        if (isEvent && !difference.after)
+            identifiers_.insert(key.first);
+        else if (isEvent && !difference.before)
             identifiers_.erase(key.first);
-        }
         const auto was = before.find(key);
-        const auto is = events_.find(present);
-        reverse.occurrences[present] = {was == before.end() ? std::nullopt : std::optional(was->second),
-                                        is == events_.end() ? std::nullopt : std::optional(is->second)};
+        const auto is = events_.find(key);
+        reverse.occurrences[key] = {was == before.end() ? std::nullopt : std::optional(was->second),
+                                    is == events_.end() ? std::nullopt : std::optional(is->second)};
     }
     keep(*answer, std::move(reverse));
+    identifierBecame(record.result.calendarItemIdentifier, answer->calendarItemIdentifier);
     return {};
+}
+
+void ModelEvents::identifierBecame(const QString& former, const QString& identifier) {
+    if (former == identifier)
+        return;
+    const auto rename = [&](auto& byKey) {
+        for (auto each = byKey.lower_bound({former, {}}); each != byKey.end() && each->first.first == former;
+             each = byKey.lower_bound({former, {}})) {
+            auto renamed = byKey.extract(each);
+            renamed.key().first = identifier;
+            byKey.insert(std::move(renamed));
+        }
+    };
+    rename(events_);
+    if (identifiers_.erase(former) > 0)
+        identifiers_.insert(identifier);
+    if (const auto count = exclusions_.extract(former))
+        exclusions_[identifier] = count.mapped();
+    for (Record& record : records_) {
+        rename(record.occurrences);
+        if (record.result.calendarItemIdentifier == former)
+            record.result.calendarItemIdentifier = identifier;
+    }
+    // Who still has it in hand by another name finds it no more.
+    if (inHand_.key.first == former)
+        inHand_ = {};
 }
 
 QString ModelEvents::removeSeries(const QString& identifier) {

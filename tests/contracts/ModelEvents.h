@@ -53,6 +53,8 @@ class ModelEvents {
     Code takenBackInModel(const Record& record);
     QString takeBack(unsigned which);
     [[nodiscard]] std::size_t countOf(const QString& identifier) const;
+    /// The event goes by another identifier from now on.
+    void identifierBecame(const QString& former, const QString& identifier);
 
     World& world_;
     std::map<EventKey, Values> events_;

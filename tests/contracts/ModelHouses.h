@@ -2,16 +2,62 @@
 
 #include "EventStoreHouses.h"
 #include "eventkit/items/ItemDatabase.h"
+#include "eventkit/items/ItemEventStore.h"
+#include "eventkit/vdir/VdirStorage.h"
 
 #include <QDirIterator>
 
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kestrant {
+
+/// A folder of files in which others can come between reading a file and writing it.
+class InterruptedStore final : public items::ItemEventStore {
+  public:
+    InterruptedStore(const QString& root, Scheduler& scheduler, const Clock& clock,
+                     const CurrentCalendar& calendar)
+        : ItemEventStore(
+              scheduler, clock, calendar,
+              [&](items::StorageObserver observer) {
+                  return std::make_unique<Storage>(*this, QFile::encodeName(root),
+                                                   std::move(observer.changed));
+              },
+              std::make_unique<items::SingleQueue>()) {}
+
+    /// Runs once, after the next file was read. To be set while nothing is under way.
+    std::function<void()> interruption;
+
+  private:
+    struct Storage final : vdir::VdirStorage {
+        Storage(InterruptedStore& owner, QByteArray root, std::function<void(const items::Changes&)> observer)
+            : VdirStorage(std::move(root), std::move(observer))
+            , store(owner) {}
+
+        tl::expected<std::optional<items::StoredText>, EKError> read(const items::Place& place) override {
+            auto result = VdirStorage::read(place);
+            if (const auto interrupt = std::exchange(store.interruption, nullptr))
+                interrupt();
+            return result;
+        }
+
+        InterruptedStore& store;
+    };
+};
+using InterruptedHouse = FolderHouse<InterruptedStore>;
+
+#if defined KESTRANT_ON_CALDAV
+using ModelHouses = ::testing::Types<CalDavHouse>;
+#elif defined KESTRANT_WITH_EVOLUTION
+using ModelHouses = ::testing::Types<MemoryHouse, InterruptedHouse, EvolutionHouse>;
+#else
+using ModelHouses = ::testing::Types<MemoryHouse, InterruptedHouse>;
+#endif
 
 /// Everything that a second reader of the data finds.
 struct FreshRead {
@@ -44,6 +90,11 @@ class OtherProgram {
     /// none.
     virtual bool changeEvent(const std::function<bool(const EKEventData&)>& isIt,
                              const std::function<bool(EKEventData&)>& edit) = 0;
+    /// Does something once the database has read the next file and before it writes; without a function no
+    /// more.
+    virtual void interruptWith(std::function<void()>) {}
+    /// From now on what comes back or is moved gets another identifier, as some services do it.
+    virtual void renewIdentifiers() {}
     /// Absent where nobody else can read.
     virtual std::optional<FreshRead> read() = 0;
 };
@@ -73,6 +124,7 @@ struct Others<MemoryHouse> : OtherProgram {
                      const std::function<bool(EKEventData&)>&) override {
         return false;
     }
+    void renewIdentifiers() override { house.store.setKeepsIdentifiers(false); }
     std::optional<FreshRead> read() override { return std::nullopt; }
 };
 
@@ -150,7 +202,7 @@ struct OtherDatabase : OtherProgram {
 };
 
 template <>
-struct Others<VdirHouse> : OtherDatabase<VdirHouse> {
+struct Others<InterruptedHouse> : OtherDatabase<InterruptedHouse> {
     static constexpr unsigned runs = 6;
     static constexpr std::size_t steps = 40;
     static constexpr bool readsFast = true;
@@ -224,6 +276,7 @@ struct Others<VdirHouse> : OtherDatabase<VdirHouse> {
         EXPECT_TRUE(QFile::remove(from));
         return true;
     }
+    void interruptWith(std::function<void()> act) override { house.store.interruption = std::move(act); }
     std::optional<FreshRead> read() override {
         FreshRead result = *OtherDatabase::read();
         for (const EKReminderData& reminder : result.reminders) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace kestrant::model {
 
@@ -49,7 +50,7 @@ QString ModelReminders::judge(const InHand& hand, const Values& base, const Valu
         return {};
     if (answer->completedCopyIdentifier.has_value() != copy.has_value())
         return "a copy more or less than expected";
-    items_[hand.number].identifier = answer->calendarItemIdentifier;
+    identifierBecame(hand.number, answer->calendarItemIdentifier);
     if (copy) {
         const int number = addToModel(*answer->completedCopyIdentifier, *copy);
         record.items.push_back({number, *answer->completedCopyIdentifier, std::nullopt, copy});
@@ -73,6 +74,23 @@ int ModelReminders::addToModel(const QString& identifier, const Values& values) 
     return nextNumber_++;
 }
 
+template <typename Ask>
+auto ModelReminders::answerOf(int number, const Ask& ask) {
+    if (interruption_ > 0 && items_.contains(number))
+        world_.others.interruptWith([this, number] { rewriteByOthers(number, interruption_); });
+    auto answer = ask();
+    world_.others.interruptWith({});
+    return answer;
+}
+
+void ModelReminders::identifierBecame(int number, const QString& identifier) {
+    if (std::exchange(items_[number].identifier, identifier) == identifier)
+        return;
+    // Who still has it in hand by another name finds it no more.
+    if (inHand_.number == number)
+        inHand_ = {};
+}
+
 bool ModelReminders::isMovedUnnoticed(int number) const {
     return world_.isUnsettled && std::find(moved_.begin(), moved_.end(), number) != moved_.end();
 }
@@ -89,7 +107,8 @@ QString ModelReminders::save(const InHand& hand) {
     const Values base = world_.valuesOf(*hand.reminder->stored());
     const Values edited = world_.valuesOf(hand.reminder->data);
     world_.note(QStringLiteral("save %1: %2 -> %3").arg(hand.number).arg(shown(base), shown(edited)));
-    return judge(hand, base, edited, world_.driver.save(hand.reminder));
+    return judge(hand, base, edited,
+                 answerOf(hand.number, [&] { return world_.driver.save(hand.reminder); }));
 }
 
 QString ModelReminders::saveMany(const Step& step) {
@@ -109,7 +128,8 @@ QString ModelReminders::saveMany(const Step& step) {
         edits.emplace_back(world_.valuesOf(*hand.reminder->stored()), world_.valuesOf(hand.reminder->data));
     }
     world_.note("save together:");
-    const auto answers = world_.driver.saveAll(reminders);
+    const auto answers =
+        answerOf(hands.empty() ? -1 : hands.front().number, [&] { return world_.driver.saveAll(reminders); });
     for (std::size_t i = 0; i < hands.size(); ++i) {
         world_.note(QStringLiteral("  %1: %2 -> %3")
                         .arg(hands[i].number)
@@ -127,7 +147,7 @@ QString ModelReminders::saveMany(const Step& step) {
 
 QString ModelReminders::remove(const InHand& hand) {
     world_.note(QStringLiteral("remove %1").arg(hand.number));
-    const auto answer = world_.driver.remove(hand.reminder);
+    const auto answer = answerOf(hand.number, [&] { return world_.driver.remove(hand.reminder); });
     const auto found = items_.find(hand.number);
     const Code expected = found == items_.end() ? Code(EKError::Code::itemNotFound) : std::nullopt;
     if (codeOf(answer) != expected) {
@@ -195,7 +215,7 @@ QString ModelReminders::takeBack(unsigned which) {
     world_.note(what);
     EKSaveResult asked = record.result;
     asked.calendarItemIdentifier = present == items_.end() ? first.identifier : present->second.identifier;
-    const auto answer = world_.driver.revert(asked);
+    const auto answer = answerOf(first.number, [&] { return world_.driver.revert(asked); });
     Record reverse;
     const auto before = items_;
     const Code expected = takenBackInModel(record, reverse);
@@ -217,10 +237,7 @@ QString ModelReminders::takeBack(unsigned which) {
         if (isCopy && !answer->completedCopyIdentifier)
             return "the copy is not named";
         each.identifier = isCopy ? *answer->completedCopyIdentifier : answer->calendarItemIdentifier;
-        items_[each.number].identifier = each.identifier;
-        // Who still has it in hand by another name finds it no more.
-        if (inHand_.number == each.number)
-            inHand_ = {};
+        identifierBecame(each.number, each.identifier);
     }
     keep(*answer, std::move(reverse));
     return {};
@@ -271,12 +288,19 @@ void ModelReminders::takeItemByOthers(const Step& step, int number, Item& item) 
             world_.note(QStringLiteral("others put %1 into the file of %2").arg(otherNumber).arg(number));
             other.values["priority"] = other.values["unknown"] = QString::number(priority);
         }
-    } else if (world_.others.rewrite(item.identifier,
-                                     step.kind == Kind::othersTouch ? 0 : 1 + step.value % 9)) {
-        world_.note(QStringLiteral("others rewrite %1").arg(number));
-        if (step.kind == Kind::othersNote)
-            item.values["priority"] = item.values["unknown"] = QString::number(1 + step.value % 9);
+    } else {
+        rewriteByOthers(number, step.kind == Kind::othersTouch ? 0 : 1 + step.value % 9);
     }
+}
+
+void ModelReminders::rewriteByOthers(int number, unsigned priority) {
+    Item& item = items_.at(number);
+    if (!world_.others.rewrite(item.identifier, priority))
+        return;
+    world_.note(QStringLiteral("others rewrite %1").arg(number));
+    world_.isUnsettled = true;
+    if (priority > 0)
+        item.values["priority"] = item.values["unknown"] = QString::number(priority);
 }
 
 QString ModelReminders::add(const Step& step) {
@@ -297,6 +321,7 @@ QString ModelReminders::add(const Step& step) {
 }
 
 QString ModelReminders::take(const Step& step) {
+    interruption_ = step.isInterrupted ? 1 + step.value % 9 : 0;
     switch (step.kind) {
     case Kind::add:
         return add(step);

@@ -52,6 +52,13 @@ class ModelReminders {
     int addToModel(const QString& identifier, const Values& values);
     void keep(const EKSaveResult& result, Record record);
     [[nodiscard]] bool isMovedUnnoticed(int number) const;
+    /// The answer to what is asked of the database about an item. In an interrupted step others change the
+    /// item once the database has read it, which comes to the same as if they had done so before.
+    template <typename Ask>
+    auto answerOf(int number, const Ask& ask);
+    void identifierBecame(int number, const QString& identifier);
+    /// With another priority and a property that only others know, or as it is where that is 0.
+    void rewriteByOthers(int number, unsigned priority);
 
     QString add(const Step& step);
     QString save(const InHand& hand);
@@ -74,6 +81,8 @@ class ModelReminders {
     std::map<int, Item> items_;
     std::vector<Record> records_;
     InHand inHand_{};
+    /// What others write in the interrupted step that is under way, or 0.
+    unsigned interruption_ = 0;
     int nextNumber_ = 0;
     std::vector<int> moved_;
 };

@@ -45,6 +45,8 @@ struct Step {
     unsigned value;
     /// The next step comes before the change is noticed.
     bool isUnnoticed;
+    /// Others change the item while it is being saved, removed or restored.
+    bool isInterrupted;
 };
 
 inline std::vector<Step> stepsOf(unsigned seed, std::size_t count) {
@@ -55,7 +57,7 @@ inline std::vector<Step> stepsOf(unsigned seed, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         // An empty database shows little: it begins with some items.
         const auto kind = i < 3 ? Kind::add : i == 3 ? Kind::addEvent : static_cast<Kind>(below(kinds));
-        result.push_back({kind, below(1000), below(1000), below(1000), below(3) == 0});
+        result.push_back({kind, below(1000), below(1000), below(1000), below(3) == 0, below(3) == 0});
     }
     return result;
 }

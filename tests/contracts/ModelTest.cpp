@@ -32,6 +32,8 @@ class Run {
                 world_.driver.saveCalendar({.title = title, .allowsReminders = false, .allowsEvents = true})
                     ->calendarIdentifier);
         }
+        if (!steps.empty() && steps.front().value % 2)
+            others_.renewIdentifiers();
         for (std::size_t i = 0; i < steps.size(); ++i) {
             QString failure = take(steps[i]);
             const bool isLast = i + 1 == steps.size();
@@ -185,7 +187,7 @@ std::optional<QString> shrunk(std::vector<Step> steps) {
 
 template <typename House>
 class Model : public ::testing::Test {};
-TYPED_TEST_SUITE(Model, Houses);
+TYPED_TEST_SUITE(Model, ModelHouses);
 
 TYPED_TEST(Model, AgreesWithTheDatabaseAfterEveryStep) {
     const auto number = [](const char* name) {

@@ -26,6 +26,15 @@ void changeDue(EKReminderData& data, unsigned value) {
         data.dueDateComponents = DateComponents::fromDateTime(day, {2, 30}, TimeZone::named("Europe/Paris"));
 }
 
+/// An alarm that rings at the same moment already stays the one that it is.
+void changeAlarm(EKReminderData& data, unsigned value) {
+    const Instant at = morning + value % 5 * 24h;
+    if (value % 3 == 2)
+        data.alarms.clear();
+    else if (data.alarms.empty() || data.alarms.front().absoluteDate != at)
+        data.alarms = {EKAlarm::at(at)};
+}
+
 void changeRule(EKReminderData& data, unsigned value) {
     data.recurrenceRules.clear();
     if (value % 4 == 3)
@@ -141,8 +150,7 @@ void change(EKReminderData& data, unsigned property, unsigned value) {
     else if (name == "due")
         changeDue(data, value);
     else if (name == "alarm")
-        data.alarms =
-            value % 3 == 2 ? std::vector<EKAlarm>() : std::vector{EKAlarm::at(morning + value % 5 * 24h)};
+        changeAlarm(data, value);
     else
         changeRule(data, value);
 }

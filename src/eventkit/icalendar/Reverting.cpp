@@ -55,10 +55,10 @@ const QByteArrayList& find(const std::map<QByteArray, QByteArrayList>& contents,
 }
 
 /// The date of creation is among them: it was noted when the date of the revision took its place. So is what
-/// a service notes of the server's version.
+/// a service notes of the server's version, and the UID, which some services choose anew.
 bool isRevisionMark(const QByteArray& name) {
     return name == "CREATED" || name == "X-EVOLUTION-CALDAV-ETAG" || name == "DTSTAMP" ||
-           name == "LAST-MODIFIED" || name == "SEQUENCE";
+           name == "LAST-MODIFIED" || name == "SEQUENCE" || name == "UID";
 }
 
 /// The names to restore; absent where somebody else has changed one of them.

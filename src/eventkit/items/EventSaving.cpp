@@ -133,14 +133,13 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventD
         moved ? identifierIn(snapshot_->events, written->place, written->key) : base.calendarItemIdentifier;
     const ItemState present = opened->stateAfter(*written);
     if (!moved || !opened->isOfSeries())
-        return resultOf(EKEntityType::event, {{identifier, opened->item.key, opened->state(), present}});
+        return resultOf(EKEntityType::event, {{identifier, opened->state(), present}});
     ItemState rest = opened->state();
     rest.text = opened->withoutOccurrence(now).text();
     if (const auto file = openFile(opened->place); file && *file)
         rest.text = (*file)->document.text();
-    return resultOf(EKEntityType::event,
-                    {{identifier, written->key, std::nullopt, present},
-                     {base.calendarItemIdentifier, opened->item.key, opened->state(), rest}});
+    return resultOf(EKEntityType::event, {{identifier, std::nullopt, present},
+                                          {base.calendarItemIdentifier, opened->state(), rest}});
 }
 
 tl::expected<ItemDatabase::WrittenItem, WriteError>
@@ -191,7 +190,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData&
         }
         rebuildSnapshot();
         return resultOf(EKEntityType::event,
-                        {{base.calendarItemIdentifier, opened->item.key, opened->state(), std::move(rest)}});
+                        {{base.calendarItemIdentifier, opened->state(), std::move(rest)}});
     };
     return persist<EKSaveResult>(base.title, {base.calendarIdentifier}, attempt);
 }

@@ -12,6 +12,8 @@ namespace kestrant::items {
 struct ItemState {
     QByteArray collection;
     QByteArray file;
+    /// The item's key there; some services give another one to what is moved or comes back.
+    QByteArray key;
     /// All of it.
     QByteArray text;
     /// Which of the items with its key the item is.
@@ -23,7 +25,6 @@ struct ItemState {
 /// What became of one item.
 struct ItemChange {
     QString identifier;
-    QByteArray key;
     /// Absent where it was made.
     std::optional<ItemState> before;
     /// Absent where it was removed.

@@ -45,19 +45,20 @@ struct ItemDatabase::OpenFile {
     Place place;
     Version version{};
     icalendar::Document document;
-    /// Which of the items with its key the item is.
+    /// The item's key, and which of the items with that key it is.
+    QByteArray key;
     int ordinal = 0;
     /// Whether the file holds nothing else.
     bool isAlone = true;
 
     [[nodiscard]] ItemState state() const {
-        return {place.collection, place.file, document.text(), ordinal, isAlone};
+        return {place.collection, place.file, key, document.text(), ordinal, isAlone};
     }
     /// What is kept of an item of this file once it was written there or in another collection.
     [[nodiscard]] ItemState stateAfter(const WrittenItem& written) const {
         const bool isSame = written.place.collection == place.collection;
-        return {written.place.collection, written.place.file, written.text, isSame ? ordinal : 0,
-                !isSame || isAlone};
+        return {written.place.collection, written.place.file, written.key, written.text,
+                isSame ? ordinal : 0,     !isSame || isAlone};
     }
     /// Whether nobody has changed anything in the file since the change, so that its text before it will do.
     [[nodiscard]] bool isUntouchedSince(const ItemChange& change) const {
@@ -110,7 +111,7 @@ template <typename Written>
 
 /// What is kept of a file that was made for one item.
 [[nodiscard]] inline ItemState stateOf(const ItemStorage::Created& created) {
-    return {created.place.collection, created.place.file, created.stored.text};
+    return {created.place.collection, created.place.file, created.uid, created.stored.text};
 }
 
 /// What a change of items of one kind has done, of which the first is the item itself.
@@ -161,6 +162,7 @@ ItemDatabase::findIn(std::optional<OpenFile> file, const QString& identifier, co
         if ((identifier != alone || ordinal > 0) &&
             identifier != identifierByPlace(alone, file->place, ordinal))
             continue;
+        file->key = item.key;
         file->ordinal = ordinal;
         file->isAlone = !icalendar::holdsMore(file->document, item);
         return std::pair(std::move(*file), std::move(item));
@@ -217,7 +219,7 @@ ItemDatabase::createItem(const QByteArray& collection, const QByteArray& key, co
         return tl::unexpected(created.error());
     rebuildSnapshot();
     return ItemChange{identifierIn((*snapshot_).*ItemKind<Item>::entries, created->place, created->uid),
-                      created->uid, std::nullopt, stateOf(*created)};
+                      std::nullopt, stateOf(*created)};
 }
 
 template <typename Item>
@@ -232,7 +234,7 @@ ItemDatabase::storeItem(const OpenFile& opened, const Item& item, icalendar::Doc
     if (!opened.isAlone)
         icalendar::keepOnlyItem(document, component, inDocument);
     return move(
-        opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, item.key, document,
+        opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, inDocument.key, document,
         [&] { return takeOut(opened, component, item, local); }, local);
 }
 

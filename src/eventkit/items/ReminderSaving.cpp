@@ -96,12 +96,11 @@ EKSaveResult ItemDatabase::saved(const OpenItem& opened, const WrittenRevision& 
     QString identifier = opened.current.calendarItemIdentifier;
     if (written.place.collection != opened.place.collection)
         identifier = identifierIn(snapshot_->reminders, written.place, written.key);
-    std::vector<ItemChange> changes{
-        {identifier, opened.item.key, opened.state(), opened.stateAfter(written)}};
+    std::vector<ItemChange> changes{{identifier, opened.state(), opened.stateAfter(written)}};
     std::optional<QString> copyIdentifier;
     if (const auto& copy = written.copy) {
         copyIdentifier = identifierIn(snapshot_->reminders, copy->place, copy->uid);
-        changes.push_back({*copyIdentifier, copy->uid, std::nullopt, stateOf(*copy)});
+        changes.push_back({*copyIdentifier, std::nullopt, stateOf(*copy)});
     }
     EKSaveResult result = resultOf(EKEntityType::reminder, std::move(changes));
     result.completedCopyIdentifier = copyIdentifier;
@@ -169,8 +168,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifi
         if (auto error = takeOut(*opened, "VTODO", opened->item, local))
             return tl::unexpected(std::move(*error));
         rebuildSnapshot();
-        return resultOf(EKEntityType::reminder,
-                        {{identifier, opened->item.key, opened->state(), std::nullopt}});
+        return resultOf(EKEntityType::reminder, {{identifier, opened->state(), std::nullopt}});
     };
     const auto entry = snapshot_->reminders.constFind(identifier);
     if (entry == snapshot_->reminders.cend())

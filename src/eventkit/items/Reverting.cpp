@@ -32,16 +32,15 @@ struct KnownItem {
     Item item;
 };
 
-/// The item with this key in a state of its file; absent where that does not say it.
+/// The item in a state of its file; absent where that does not say it.
 template <typename Item>
-std::optional<KnownItem<Item>> knownItem(const ItemState& state, const QByteArray& key,
-                                         const ZoneCalendar& local) {
+std::optional<KnownItem<Item>> knownItem(const ItemState& state, const ZoneCalendar& local) {
     auto document = icalendar::Document::parse(state.text);
     if (!document)
         return std::nullopt;
     int ordinal = 0;
     for (Item& item : ItemKind<Item>::read(*document, local)) {
-        if (item.key == key && ordinal++ == state.ordinal)
+        if (item.key == state.key && ordinal++ == state.ordinal)
             return KnownItem<Item>{std::move(*document), std::move(item)};
     }
     return std::nullopt;
@@ -209,12 +208,12 @@ tl::expected<ItemChange, EKError> ItemDatabase::bringBack(const ItemChange& chan
     const auto collection = writableCollection(QFile::decodeName(before.collection));
     if (!collection)
         return tl::unexpected(collection.error());
-    auto known = knownItem<Item>(before, change.key, local);
+    auto known = knownItem<Item>(before, local);
     if (!known || ((*snapshot_).*Kind::entries).contains(change.identifier))
         return tl::unexpected(conflictError(known ? Kind::title(known->item) : change.identifier));
     if (!before.isAlone)
         icalendar::keepOnlyItem(known->document, Kind::component, known->item);
-    return createItem<Item>(*collection, change.key, before.file, known->document, local);
+    return createItem<Item>(*collection, before.key, before.file, known->document, local);
 }
 
 template <typename Item>
@@ -225,8 +224,8 @@ ItemDatabase::restore(const ItemChange& change, const QString& identifier, const
     const auto target = collectionBefore(change, opened.place, Kind::title(item));
     if (!target)
         return tl::unexpected(target.error());
-    const auto before = knownItem<Item>(*change.before, change.key, local);
-    const auto after = knownItem<Item>(*change.after, change.key, local);
+    const auto before = knownItem<Item>(*change.before, local);
+    const auto after = knownItem<Item>(*change.after, local);
     std::optional<Document> document;
     const bool isUntouched = opened.isUntouchedSince(change);
     if (before && after)
@@ -242,21 +241,21 @@ ItemDatabase::restore(const ItemChange& change, const QString& identifier, const
     const bool isSame = written->place.collection == opened.place.collection;
     return ItemChange{isSame ? identifier
                              : identifierIn((*snapshot_).*Kind::entries, written->place, written->key),
-                      item.key, opened.state(), opened.stateAfter(*written)};
+                      opened.state(), opened.stateAfter(*written)};
 }
 
 template <typename Item>
 tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& change,
                                                             const QString& identifier, const OpenFile& opened,
                                                             const Item& item, const ZoneCalendar& local) {
-    const auto made = knownItem<Item>(*change.after, change.key, local);
+    const auto made = knownItem<Item>(*change.after, local);
     if (!made || opened.place.collection != change.after->collection ||
         !isAsItWas(*made, opened.document, item))
         return tl::unexpected(WriteError(conflictError(ItemKind<Item>::title(item))));
     if (auto error = takeOut(opened, ItemKind<Item>::component, item, local))
         return tl::unexpected(std::move(*error));
     rebuildSnapshot();
-    return ItemChange{identifier, item.key, opened.state(), std::nullopt};
+    return ItemChange{identifier, opened.state(), std::nullopt};
 }
 
 tl::expected<QByteArray, WriteError>
