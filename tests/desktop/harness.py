@@ -160,6 +160,13 @@ class DesktopTest(unittest.TestCase):
         self.point_away()
         self.wait_for_panel(IDLE)
 
+    def after(self, act):
+        """Acts, and waits until something else is seen and stands still."""
+        before = self.desktop.steady_picture().pixels
+        act()
+        self.wait_for(lambda: self.desktop.picture().pixels != before, bool, "something has changed")
+        self.desktop.steady_picture()
+
     def patches(self, colour):
         """The bounds of the areas of a colour on the open panel below its toolbar, once nothing moves any more."""
         width, height = EXPANDED

@@ -113,8 +113,9 @@ class CalendarTest(DesktopTest):
         series = self.component(path, 0)
         self.open()
         x, y = self.wait_for_rows("work")[0]
-        self.desktop.click(x + 60, y, button=3)
-        self.desktop.key("Home", "Return")
+        self.after(lambda: self.desktop.click(x + 60, y, button=3))
+        # Keys that come before the form is there reach the panel.
+        self.after(lambda: self.desktop.key("Home", "Return"))
         self.desktop.key("ctrl+a")
         self.desktop.type("Long round")
         self.desktop.key("Return")
