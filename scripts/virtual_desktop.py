@@ -176,6 +176,8 @@ class VirtualDesktop:
         settings = self.folder / "openbox.xml"
         settings.write_text(WINDOW_MANAGER_SETTINGS)
         self.output("xsetroot", "-solid", "#%02x%02x%02x" % self.background)
+        # A key whose release is late because the processor is busy would be pressed several times.
+        self.output("xset", "r", "off")
         self.spawn(
             ["openbox", "--sm-disable", "--config-file", str(settings), "--startup", "xsetroot -name started"],
             stdout=subprocess.DEVNULL,
