@@ -21,7 +21,7 @@ bool turnUntil(const std::function<bool()>& done) {
     ensureApplication();
     QTimer patience;
     patience.setSingleShot(true);
-    patience.start(std::chrono::seconds(20));
+    patience.start(std::chrono::seconds(60));
     while (!done()) {
         if (!patience.isActive())
             return false;
