@@ -172,17 +172,26 @@ class DesktopWithServer(DesktopWithService):
 class ServerTest(DesktopWithServer):
     """An account whose server does not answer."""
 
+    def filling(self, circle):
+        """How many points of a circle have the colour of its list; it is filled while its completion is pending."""
+        x, y = circle
+        return len(list(self.desktop.steady_picture().near(LIST_COLOUR, (x - 12, y - 12, x + 12, y + 12))))
+
     def test_what_waits_for_the_server_holds_nothing_else_up(self):
         self.add("Call Theo")
         self.start()
         self.expand()
         # What has a priority comes first.
         theo, bread = self.wait_for_circles(2)
+        empty = self.filling(bread)
         os.kill(self.server.pid, signal.SIGSTOP)
         self.desktop.click(*bread)
         self.wait_for(self.warns, lambda warns: warns, "the panel says that a list does not answer")
+        self.assertGreater(self.filling(bread), 1.5 * empty, "the completion is pending")
         self.desktop.click(*theo)
         wait_until(lambda: len(self.ledger()) == 1, "the other completion is made and recorded")
+        left, = self.wait_for_circles(1)
+        self.assertGreater(self.filling(left), 1.5 * empty, "the completion is pending still")
         self.assertNotIn("COMPLETED", self.text(self.bread))
         os.kill(self.server.pid, signal.SIGCONT)
         wait_until(lambda: "STATUS:COMPLETED" in self.text(self.bread), "the server has the completion")
