@@ -303,8 +303,7 @@ void AppDelegate::followTouchpad() {
     if (!panelWindow_->isXWayland())
         return;
     const auto follow = [this] {
-        const bool isInverted = defaults_.boolean(preferenceKeys::invertsSwipes)
-                                    .value_or(preferenceKeys::invertsSwipes.defaultValue);
+        const bool isInverted = preferences_.invertsSwipes();
         panelWindow_->setTouchpadDirection(touchpadDirection_->isNatural(), isInverted);
     };
     if (!touchpadDirection_) {

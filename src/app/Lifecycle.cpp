@@ -63,11 +63,11 @@ void Lifecycle::finishStart() {
 void Lifecycle::onboardingCompleted() {
     Preferences& preferences = services_.preferences;
     if (!preferences.completedInitialOnboarding()) {
-        preferences.setCompletedInitialOnboarding(true);
-        preferences.setInitialCommandNTipPending(true);
+        preferences.completedInitialOnboarding.set(true);
+        preferences.initialCommandNTipPending.set(true);
         services_.interactionModel.setExpansionEnabled(true);
         if (!preferences.startedInitialYearReveal()) {
-            preferences.setStartedInitialYearReveal(true);
+            preferences.startedInitialYearReveal.set(true);
             services_.interactionModel.setInitialYearRevealIsArmed(true);
         }
     }

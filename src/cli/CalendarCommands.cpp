@@ -45,7 +45,7 @@ CalendarCommands::CalendarCommands(CommandRun& run)
               .locale = [&run] { return run.environment.systemLocale; },
               .clearReminderDueDate = {}}) {
     if (run.arguments.showsReminders)
-        run.preferences.setShowRemindersInCalendar(*run.arguments.showsReminders);
+        run.preferences.showRemindersInCalendar.set(*run.arguments.showsReminders);
     store_.setShowsAllEvents(run.arguments.allEvents);
 }
 

@@ -1,38 +1,36 @@
 #pragma once
 
-#include "foundation/Text.h"
-
-#include <QString>
+#include "foundation/Choice.h"
 
 #include <array>
-#include <optional>
 
 namespace kestrant {
 
 /// Which module comes first in the panel.
 enum class KestrantModuleOrder { remindersFirst, calendarFirst };
 
-inline constexpr std::array allModuleOrders{KestrantModuleOrder::remindersFirst,
-                                            KestrantModuleOrder::calendarFirst};
-
-[[nodiscard]] QString rawValue(KestrantModuleOrder order);
-[[nodiscard]] TextPair title(KestrantModuleOrder order);
-[[nodiscard]] std::optional<KestrantModuleOrder> moduleOrderFromRawValue(QStringView raw);
+template <>
+inline constexpr auto choicesOf<KestrantModuleOrder> = std::to_array<Choice<KestrantModuleOrder>>({
+    {KestrantModuleOrder::remindersFirst, "remindersFirst", "Reminders | Calendar", "Rappels | Calendrier"},
+    {KestrantModuleOrder::calendarFirst, "calendarFirst", "Calendar | Reminders", "Calendrier | Rappels"},
+});
 
 /// How the width is shared: the first share goes to the module that comes first.
 enum class KestrantLayoutRatio { r30_70, r40_60, r50_50, r60_40, r70_30 };
 
-inline constexpr std::array allLayoutRatios{KestrantLayoutRatio::r30_70, KestrantLayoutRatio::r40_60,
-                                            KestrantLayoutRatio::r50_50, KestrantLayoutRatio::r60_40,
-                                            KestrantLayoutRatio::r70_30};
+template <>
+inline constexpr auto choicesOf<KestrantLayoutRatio> = std::to_array<Choice<KestrantLayoutRatio>>({
+    {KestrantLayoutRatio::r30_70, "30/70", "30/70", "30/70"},
+    {KestrantLayoutRatio::r40_60, "40/60", "40/60", "40/60"},
+    {KestrantLayoutRatio::r50_50, "50/50", "50/50", "50/50"},
+    {KestrantLayoutRatio::r60_40, "60/40", "60/40", "60/40"},
+    {KestrantLayoutRatio::r70_30, "70/30", "70/30", "70/30"},
+});
 
 /// Percent of the width for the module that comes first, 30 to 70.
 [[nodiscard]] constexpr int firstShare(KestrantLayoutRatio ratio) {
     return 30 + 10 * static_cast<int>(ratio);
 }
-/// "70/30"; also the title, in both languages.
-[[nodiscard]] QString rawValue(KestrantLayoutRatio ratio);
-[[nodiscard]] std::optional<KestrantLayoutRatio> layoutRatioFromRawValue(QStringView raw);
 
 /// The content of the resting notch.
 enum class RestingContent {
@@ -44,11 +42,11 @@ enum class RestingContent {
     everything,
 };
 
-inline constexpr std::array allRestingContents{RestingContent::nothing, RestingContent::whatComes,
-                                               RestingContent::everything};
-
-[[nodiscard]] QString rawValue(RestingContent content);
-[[nodiscard]] TextPair title(RestingContent content);
-[[nodiscard]] std::optional<RestingContent> restingContentFromRawValue(QStringView raw);
+template <>
+inline constexpr auto choicesOf<RestingContent> = std::to_array<Choice<RestingContent>>({
+    {RestingContent::nothing, "nothing", "nothing", "rien"},
+    {RestingContent::whatComes, "whatComes", "what comes next", "ce qui vient"},
+    {RestingContent::everything, "everything", "what comes, and the count", "ce qui vient, et le compte"},
+});
 
 }  // namespace kestrant

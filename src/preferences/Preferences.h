@@ -5,6 +5,8 @@
 #include "foundation/Text.h"
 #include "foundation/UserDefaults.h"
 #include "preferences/Layout.h"
+#include "preferences/PreferenceKeys.h"
+#include "preferences/Setting.h"
 
 #include <QLocale>
 #include <QString>
@@ -19,8 +21,7 @@ enum class HapticProfile { off = 0, light = 1, full = 2 };
 /// cues.
 enum class SoundProfile { off = 0, full = 1, soft = 2 };
 
-/// Typed reading and writing of what a person can set, each with its default. Reading never writes: a default
-/// is not stored. A value of the wrong type counts as absent. Thread: main.
+/// Typed reading and writing of what a person can set. Thread: main.
 class Preferences {
   public:
     /// `systemLocale` gives the hours of the clock, and the language while none was chosen; asked each time.
@@ -36,60 +37,10 @@ class Preferences {
     [[nodiscard]] ClockHours clockHours() const;
     void setLanguage(Language language);
 
-    [[nodiscard]] bool completedInitialOnboarding() const;
-    void setCompletedInitialOnboarding(bool completed);
-    [[nodiscard]] bool startedInitialYearReveal() const;
-    void setStartedInitialYearReveal(bool started);
-    [[nodiscard]] bool completedInitialYearReveal() const;
-    void setCompletedInitialYearReveal(bool completed);
-
-    /// Seconds the pointer rests on the notch before it opens.
-    [[nodiscard]] double hoverExpandDelay() const;
-    void setHoverExpandDelay(double seconds);
-    /// Hovering never opens the notch; only a click or a swipe does.
-    [[nodiscard]] bool requiresClickOrSwipeToExpand() const;
-    void setRequiresClickOrSwipeToExpand(bool required);
-    /// Seconds between the pointer's leaving and the closing.
-    [[nodiscard]] double autoCloseDelay() const;
-    void setAutoCloseDelay(double seconds);
-    /// "glass" or "black".
-    [[nodiscard]] QString notchMaterial() const;
-    void setNotchMaterial(const QString& material);
-    [[nodiscard]] RestingContent restingContent() const;
-    void setRestingContent(RestingContent content);
-    [[nodiscard]] bool pulsesWhenRinging() const;
-    void setPulsesWhenRinging(bool pulses);
-
     [[nodiscard]] HapticProfile hapticProfile() const;
     void setHapticProfile(HapticProfile profile);
     [[nodiscard]] SoundProfile soundProfile() const;
     void setSoundProfile(SoundProfile profile);
-
-    [[nodiscard]] bool showReminders() const;
-    void setShowReminders(bool show);
-    [[nodiscard]] bool showCalendar() const;
-    void setShowCalendar(bool show);
-    [[nodiscard]] bool showRemindersInCalendar() const;
-    void setShowRemindersInCalendar(bool show);
-    [[nodiscard]] KestrantModuleOrder moduleOrder() const;
-    void setModuleOrder(KestrantModuleOrder order);
-    [[nodiscard]] KestrantLayoutRatio layoutRatio() const;
-    void setLayoutRatio(KestrantLayoutRatio ratio);
-
-    /// Seconds since 2001-01-01 UTC; 0 before the first run.
-    [[nodiscard]] double announcementInstallationDate() const;
-    void setAnnouncementInstallationDate(double seconds);
-    [[nodiscard]] int announcementPresentedCount() const;
-    void setAnnouncementPresentedCount(int count);
-    [[nodiscard]] double announcementLastPresentedDate() const;
-    void setAnnouncementLastPresentedDate(double seconds);
-    [[nodiscard]] bool announcementDisabled() const;
-    void setAnnouncementDisabled(bool disabled);
-    [[nodiscard]] bool initialCommandNTipPending() const;
-    void setInitialCommandNTipPending(bool pending);
-
-    [[nodiscard]] bool aggregateMetricsEnabled() const;
-    void setAggregateMetricsEnabled(bool enabled);
 
     /// Turns the marker -1 of an older version, "never open on hover", into the setting of its own. Once per
     /// launch.
@@ -101,6 +52,41 @@ class Preferences {
 
   private:
     UserDefaults& defaults_;
+
+  public:
+    Setting<bool> completedInitialOnboarding{defaults_, preferenceKeys::completedInitialOnboarding};
+    Setting<bool> startedInitialYearReveal{defaults_, preferenceKeys::startedInitialYearReveal};
+    Setting<bool> completedInitialYearReveal{defaults_, preferenceKeys::completedInitialYearReveal};
+
+    /// Seconds the pointer rests on the notch before it opens.
+    Setting<double> hoverExpandDelay{defaults_, preferenceKeys::hoverExpandDelay};
+    /// Hovering never opens the notch; only a click or a swipe does.
+    Setting<bool> requiresClickOrSwipeToExpand{defaults_, preferenceKeys::requiresClickOrSwipeToExpand};
+    /// Seconds between the pointer's leaving and the closing.
+    Setting<double> autoCloseDelay{defaults_, preferenceKeys::autoCloseDelay};
+    /// Swipes are read the other way round.
+    Setting<bool> invertsSwipes{defaults_, preferenceKeys::invertsSwipes};
+    /// "glass" or "black".
+    Setting<QString> notchMaterial{defaults_, preferenceKeys::notchMaterial};
+    Setting<RestingContent> restingContent{defaults_, preferenceKeys::restingContent};
+    Setting<bool> pulsesWhenRinging{defaults_, preferenceKeys::pulsesWhenRinging};
+
+    Setting<bool> showReminders{defaults_, preferenceKeys::showReminders};
+    Setting<bool> showCalendar{defaults_, preferenceKeys::showCalendar};
+    Setting<bool> showRemindersInCalendar{defaults_, preferenceKeys::showRemindersInCalendar};
+    Setting<KestrantModuleOrder> moduleOrder{defaults_, preferenceKeys::moduleOrder};
+    Setting<KestrantLayoutRatio> layoutRatio{defaults_, preferenceKeys::layoutRatio};
+
+    /// Seconds since 2001-01-01 UTC; 0 before the first run.
+    Setting<double> announcementInstallationDate{defaults_, preferenceKeys::announcementInstallationDate};
+    Setting<int> announcementPresentedCount{defaults_, preferenceKeys::announcementPresentedCount};
+    Setting<double> announcementLastPresentedDate{defaults_, preferenceKeys::announcementLastPresentedDate};
+    Setting<bool> announcementDisabled{defaults_, preferenceKeys::announcementDisabled};
+    Setting<bool> initialCommandNTipPending{defaults_, preferenceKeys::initialCommandNTipPending};
+
+    Setting<bool> aggregateMetricsEnabled{defaults_, preferenceKeys::aggregateMetricsEnabled};
+
+  private:
     std::function<QLocale()> systemLocale_;
 };
 

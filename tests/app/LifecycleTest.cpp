@@ -112,7 +112,7 @@ TEST_F(LifecycleTest, CompletingTheIntroductionOpensTheWayOnce) {
     EXPECT_EQ(stored(preferenceKeys::initialCommandNTipPending), true);
 
     model.setInitialYearRevealIsArmed(false);
-    preferences.setInitialCommandNTipPending(false);
+    preferences.initialCommandNTipPending.set(false);
     lifecycle.onboardingCompleted();
     EXPECT_EQ(taken(), QStringList{"present"});
     EXPECT_FALSE(model.initialYearRevealIsArmed());

@@ -134,7 +134,7 @@ TEST_F(CalendarStoreLoading, TheWeekReachesSixDaysAheadAndRemindersFollowThePref
     database.putReminder(aReminder("reminder").due({2026, 4, 2}));
     loadedStore();
     EXPECT_THAT(shown(), ElementsAre("TODAY · FRI 27:", "THU 2: reminder sixth"));
-    preferences.setShowRemindersInCalendar(false);
+    preferences.showRemindersInCalendar.set(false);
     scheduler.advance(1s);
     EXPECT_THAT(shown(), ElementsAre("TODAY · FRI 27:", "THU 2: sixth"));
     preferences.setLanguage(Language::french);

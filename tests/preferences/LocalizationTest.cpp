@@ -45,7 +45,7 @@ TEST(Localization, TellsAfterTheLanguageHasChangedAndOnlyThen) {
     QStringList told;
     const Subscription subscription =
         localization.observeChanges([&] { told.append(localization(text("Yes", "Oui"))); });
-    preferences.setShowCalendar(false);
+    preferences.showCalendar.set(false);
     preferences.setLanguage(Language::english);
     EXPECT_EQ(told, QStringList());
     preferences.setLanguage(Language::french);

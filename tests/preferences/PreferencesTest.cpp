@@ -58,26 +58,26 @@ TEST(Preferences, AreKeptUnderTheirNames) {
     Stored stored("{}");
     Preferences& preferences = stored.preferences;
     preferences.setLanguage(Language::french);
-    preferences.setCompletedInitialOnboarding(true);
-    preferences.setStartedInitialYearReveal(true);
-    preferences.setCompletedInitialYearReveal(true);
-    preferences.setHoverExpandDelay(0.5);
-    preferences.setRequiresClickOrSwipeToExpand(true);
-    preferences.setAutoCloseDelay(1);
-    preferences.setNotchMaterial(QStringLiteral("black"));
+    preferences.completedInitialOnboarding.set(true);
+    preferences.startedInitialYearReveal.set(true);
+    preferences.completedInitialYearReveal.set(true);
+    preferences.hoverExpandDelay.set(0.5);
+    preferences.requiresClickOrSwipeToExpand.set(true);
+    preferences.autoCloseDelay.set(1);
+    preferences.notchMaterial.set(QStringLiteral("black"));
     preferences.setHapticProfile(HapticProfile::light);
     preferences.setSoundProfile(SoundProfile::soft);
-    preferences.setShowReminders(false);
-    preferences.setShowCalendar(false);
-    preferences.setShowRemindersInCalendar(false);
-    preferences.setModuleOrder(KestrantModuleOrder::calendarFirst);
-    preferences.setLayoutRatio(KestrantLayoutRatio::r30_70);
-    preferences.setAnnouncementInstallationDate(1.5);
-    preferences.setAnnouncementPresentedCount(3);
-    preferences.setAnnouncementLastPresentedDate(2.5);
-    preferences.setAnnouncementDisabled(true);
-    preferences.setInitialCommandNTipPending(true);
-    preferences.setAggregateMetricsEnabled(false);
+    preferences.showReminders.set(false);
+    preferences.showCalendar.set(false);
+    preferences.showRemindersInCalendar.set(false);
+    preferences.moduleOrder.set(KestrantModuleOrder::calendarFirst);
+    preferences.layoutRatio.set(KestrantLayoutRatio::r30_70);
+    preferences.announcementInstallationDate.set(1.5);
+    preferences.announcementPresentedCount.set(3);
+    preferences.announcementLastPresentedDate.set(2.5);
+    preferences.announcementDisabled.set(true);
+    preferences.initialCommandNTipPending.set(true);
+    preferences.aggregateMetricsEnabled.set(false);
     EXPECT_EQ(stored.defaults.values(), QJsonDocument::fromJson(R"({
         "kestrantLanguage": "fr", "kestrantCompletedInitialOnboarding": true,
         "kestrantStartedInitialYearReveal": true, "kestrantCompletedInitialYearReveal": true,
@@ -165,15 +165,17 @@ TEST(SoundProfile, ComesFromItsOwnKeyThenFromTheOldSwitch) {
 
 TEST(Layout, ValuesAreReadBackFromTheTextsThatStandForThem) {
     QStringList ratios;
-    for (const KestrantLayoutRatio ratio : allLayoutRatios) {
+    for (int index = 0; index < 5; ++index) {
+        const auto ratio = KestrantLayoutRatio(index);
         ratios.append(rawValue(ratio));
-        EXPECT_EQ(layoutRatioFromRawValue(rawValue(ratio)), ratio);
+        EXPECT_EQ(fromRawValue<KestrantLayoutRatio>(rawValue(ratio)), ratio);
+        EXPECT_EQ(rawValue(ratio).left(2).toInt(), firstShare(ratio));
     }
     EXPECT_EQ(ratios, (QStringList{"30/70", "40/60", "50/50", "60/40", "70/30"}));
-    for (const KestrantModuleOrder order : allModuleOrders)
-        EXPECT_EQ(moduleOrderFromRawValue(rawValue(order)), order);
-    EXPECT_EQ(layoutRatioFromRawValue(u"70 / 30"), std::nullopt);
-    EXPECT_EQ(moduleOrderFromRawValue(u"RemindersFirst"), std::nullopt);
+    for (const auto order : {KestrantModuleOrder::remindersFirst, KestrantModuleOrder::calendarFirst})
+        EXPECT_EQ(fromRawValue<KestrantModuleOrder>(rawValue(order)), order);
+    EXPECT_EQ(fromRawValue<KestrantLayoutRatio>(u"70 / 30"), std::nullopt);
+    EXPECT_EQ(fromRawValue<KestrantModuleOrder>(u"RemindersFirst"), std::nullopt);
 }
 
 }  // namespace

@@ -38,7 +38,7 @@ std::vector<Picture> introductionPictures() {
          }},
         {named("year-reveal-black"),
          [](Stage& stage) {
-             stage.preferences.setNotchMaterial(QStringLiteral("black"));
+             stage.preferences.notchMaterial.set(QStringLiteral("black"));
              completeReminders(stage);
              stage.interaction.setInitialYearRevealIsArmed(true);
              stage.expand();
@@ -49,7 +49,7 @@ std::vector<Picture> introductionPictures() {
              stage.expand();
          }},
         {named("first-tip"),
-         expanded([](Stage& stage) { stage.preferences.setInitialCommandNTipPending(true); })},
+         expanded([](Stage& stage) { stage.preferences.initialCommandNTipPending.set(true); })},
         {named("onboarding-welcome"),
          [](Stage& stage) { stage.introduce(OnboardingViewModel::Page::welcome); }},
         {named("onboarding-tutorial"),
@@ -84,9 +84,9 @@ std::vector<Picture> introductionPictures() {
         {named("onboarding-panel"), [](Stage& stage) { stage.introduce(OnboardingViewModel::Page::panel); }},
         {named("onboarding-panel-black"),
          [](Stage& stage) {
-             stage.preferences.setNotchMaterial(QStringLiteral("black"));
-             stage.preferences.setModuleOrder(KestrantModuleOrder::calendarFirst);
-             stage.preferences.setLayoutRatio(KestrantLayoutRatio::r50_50);
+             stage.preferences.notchMaterial.set(QStringLiteral("black"));
+             stage.preferences.moduleOrder.set(KestrantModuleOrder::calendarFirst);
+             stage.preferences.layoutRatio.set(KestrantLayoutRatio::r50_50);
              stage.introduce(OnboardingViewModel::Page::panel);
          }},
         {named("onboarding-habits"),

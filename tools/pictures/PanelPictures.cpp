@@ -37,7 +37,7 @@ void fillDisk(Stage& stage, InMemoryEventStore::Operation operation) {
 void rest(Stage& stage) {
     stage.addReminders();
     stage.load();
-    stage.preferences.setRestingContent(RestingContent::everything);
+    stage.preferences.restingContent.set(RestingContent::everything);
     stage.show();
 }
 
@@ -60,7 +60,7 @@ std::vector<Picture> panelPictures() {
          [](Stage& stage) {
              stage.addReminders();
              stage.load();
-             stage.preferences.setRequiresClickOrSwipeToExpand(true);
+             stage.preferences.requiresClickOrSwipeToExpand.set(true);
              stage.interaction.pointerEntered();
              stage.show();
          }},
@@ -73,7 +73,7 @@ std::vector<Picture> panelPictures() {
         {named("resting-overdue"),
          [](Stage& stage) {
              rest(stage);
-             stage.preferences.setShowCalendar(false);
+             stage.preferences.showCalendar.set(false);
          }},
         {named("resting-ringing"),
          [](Stage& stage) {
@@ -104,7 +104,7 @@ std::vector<Picture> panelPictures() {
         {named("scrolled"), expanded([](Stage& stage) { stage.press(Qt::Key_End); })},
         {named("narrow"), expanded(), 700},
         {named("black"),
-         expanded([](Stage& stage) { stage.preferences.setNotchMaterial(QStringLiteral("black")); })},
+         expanded([](Stage& stage) { stage.preferences.notchMaterial.set(QStringLiteral("black")); })},
         {named("high-contrast"), expanded([](Stage& stage) {
              stage.appearance.setHighContrast(true);
              stage.press(Qt::Key_Right);
@@ -158,8 +158,8 @@ std::vector<Picture> panelPictures() {
              stage.expand();
          }},
         {named("nothing-to-show"), expanded([](Stage& stage) {
-             stage.preferences.setShowReminders(false);
-             stage.preferences.setShowCalendar(false);
+             stage.preferences.showReminders.set(false);
+             stage.preferences.showCalendar.set(false);
          })},
         {named("lists"), expanded([](Stage& stage) { stage.call("openLists"); })},
         {named("sort"), expanded([](Stage& stage) { stage.call("openSort"); })},
@@ -189,14 +189,14 @@ std::vector<Picture> panelPictures() {
              stage.time.advance(Duration(0));
          })},
         {named("calendar-first"), expanded([](Stage& stage) {
-             stage.preferences.setModuleOrder(KestrantModuleOrder::calendarFirst);
-             stage.preferences.setLayoutRatio(KestrantLayoutRatio::r50_50);
+             stage.preferences.moduleOrder.set(KestrantModuleOrder::calendarFirst);
+             stage.preferences.layoutRatio.set(KestrantLayoutRatio::r50_50);
          })},
-        {named("calendar-only"), expanded([](Stage& stage) { stage.preferences.setShowReminders(false); })},
-        {named("reminders-only"), expanded([](Stage& stage) { stage.preferences.setShowCalendar(false); })},
+        {named("calendar-only"), expanded([](Stage& stage) { stage.preferences.showReminders.set(false); })},
+        {named("reminders-only"), expanded([](Stage& stage) { stage.preferences.showCalendar.set(false); })},
         {named("full-calendar"), expanded([](Stage& stage) { stage.showFullCalendar(); })},
         {named("full-calendar-only"), expanded([](Stage& stage) {
-             stage.preferences.setShowReminders(false);
+             stage.preferences.showReminders.set(false);
              stage.showFullCalendar();
          })},
         {named("calendar-scrolled"), expanded([](Stage& stage) {
@@ -209,7 +209,7 @@ std::vector<Picture> panelPictures() {
         {named("calendar-empty"), expanded([](Stage& stage) {
              for (const EKEventData& event : stage.database.allEvents())
                  stage.database.dropEvent(event.calendarItemIdentifier);
-             stage.preferences.setShowRemindersInCalendar(false);
+             stage.preferences.showRemindersInCalendar.set(false);
              stage.time.advance(std::chrono::seconds(1));
          })},
         {named("calendar-connecting"),

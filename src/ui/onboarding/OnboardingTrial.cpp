@@ -137,7 +137,7 @@ bool OnboardingTrial::showsSigns() const {
 void OnboardingTrial::setShowsSigns(bool shows) {
     if (shows == showsSigns())
         return;
-    preferences_.setRestingContent(shows ? RestingContent::everything : RestingContent::nothing);
+    preferences_.restingContent.set(shows ? RestingContent::everything : RestingContent::nothing);
     Q_EMIT showsSignsChanged();
 }
 

@@ -103,7 +103,7 @@ QVariantList YearRevealViewModel::months() const {
 void YearRevealViewModel::finish() {
     if (!isShowing())
         return;
-    preferences_.setCompletedInitialYearReveal(true);
+    preferences_.completedInitialYearReveal.set(true);
     interaction_.setIsShowingInitialYearReveal(false);
     interaction_.dismissRoute(NotchInteractionModel::initialYearRevealRoute);
 }

@@ -154,7 +154,7 @@ bool PanelViewModel::newReminderTipPending() const {
 
 void PanelViewModel::finishNewReminderTip() {
     if (newReminderTipPending())
-        preferences_.setInitialCommandNTipPending(false);
+        preferences_.initialCommandNTipPending.set(false);
 }
 
 void PanelViewModel::setSearchIsFocused(bool focused) {

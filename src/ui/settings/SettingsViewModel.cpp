@@ -1,12 +1,24 @@
 #include "ui/settings/SettingsViewModel.h"
 
 #include "preferences/Layout.h"
-#include "preferences/PreferenceKeys.h"
 #include "preferences/Preferences.h"
 #include "services/LaunchAtLoginManager.h"
 #include "ui/panel/Localizer.h"
 
 namespace kestrant {
+namespace {
+
+/// {rawValue, title} of each value of a set.
+template <HasChoices Value>
+QVariantList choices(const Localizer& localizer) {
+    QVariantList choices;
+    for (const Choice<Value>& choice : choicesOf<Value>)
+        choices.append(QVariantMap{{QStringLiteral("rawValue"), QString::fromUtf8(choice.rawValue)},
+                                   {QStringLiteral("title"), localizer(title(choice.value))}});
+    return choices;
+}
+
+}  // namespace
 
 SettingsViewModel::SettingsViewModel(Preferences& preferences, Localizer& localizer,
                                      FeedbackViewModel& feedback, SettingsServices services, QObject* parent)
@@ -32,73 +44,6 @@ void SettingsViewModel::setLanguage(const QString& language) {
     preferences_.setLanguage(language == QLatin1String("fr") ? Language::french : Language::english);
 }
 
-bool SettingsViewModel::requiresClick() const {
-    return preferences_.requiresClickOrSwipeToExpand();
-}
-
-void SettingsViewModel::setRequiresClick(bool required) {
-    preferences_.setRequiresClickOrSwipeToExpand(required);
-}
-
-double SettingsViewModel::hoverDelay() const {
-    return preferences_.hoverExpandDelay();
-}
-
-void SettingsViewModel::setHoverDelay(double seconds) {
-    preferences_.setHoverExpandDelay(seconds);
-}
-
-double SettingsViewModel::autoCloseDelay() const {
-    return preferences_.autoCloseDelay();
-}
-
-void SettingsViewModel::setAutoCloseDelay(double seconds) {
-    preferences_.setAutoCloseDelay(seconds);
-}
-
-bool SettingsViewModel::invertsSwipes() const {
-    return preferences_.defaults()
-        .boolean(preferenceKeys::invertsSwipes)
-        .value_or(preferenceKeys::invertsSwipes.defaultValue);
-}
-
-void SettingsViewModel::setInvertsSwipes(bool inverts) {
-    preferences_.defaults().set(preferenceKeys::invertsSwipes, inverts);
-}
-
-QString SettingsViewModel::material() const {
-    return preferences_.notchMaterial();
-}
-
-void SettingsViewModel::setMaterial(const QString& material) {
-    preferences_.setNotchMaterial(material);
-}
-
-QString SettingsViewModel::restingContent() const {
-    return rawValue(preferences_.restingContent());
-}
-
-void SettingsViewModel::setRestingContent(const QString& raw) {
-    if (const auto content = restingContentFromRawValue(raw))
-        preferences_.setRestingContent(*content);
-}
-
-QVariantList SettingsViewModel::restingContents() const {
-    QVariantList contents;
-    for (const RestingContent content : allRestingContents)
-        contents.append(QVariantMap{{QStringLiteral("rawValue"), rawValue(content)},
-                                    {QStringLiteral("title"), localizer_(title(content))}});
-    return contents;
-}
-
-bool SettingsViewModel::pulsesWhenRinging() const {
-    return preferences_.pulsesWhenRinging();
-}
-
-void SettingsViewModel::setPulsesWhenRinging(bool pulses) {
-    preferences_.setPulsesWhenRinging(pulses);
-}
-
 int SettingsViewModel::sounds() const {
     return int(preferences_.soundProfile());
 }
@@ -117,62 +62,16 @@ void SettingsViewModel::setHaptics(int profile) {
         preferences_.setHapticProfile(HapticProfile(profile));
 }
 
-bool SettingsViewModel::showReminders() const {
-    return preferences_.showReminders();
-}
-
-void SettingsViewModel::setShowReminders(bool show) {
-    preferences_.setShowReminders(show);
-}
-
-bool SettingsViewModel::showCalendar() const {
-    return preferences_.showCalendar();
-}
-
-void SettingsViewModel::setShowCalendar(bool show) {
-    preferences_.setShowCalendar(show);
-}
-
-bool SettingsViewModel::showRemindersInCalendar() const {
-    return preferences_.showRemindersInCalendar();
-}
-
-void SettingsViewModel::setShowRemindersInCalendar(bool show) {
-    preferences_.setShowRemindersInCalendar(show);
-}
-
-QString SettingsViewModel::moduleOrder() const {
-    return rawValue(preferences_.moduleOrder());
-}
-
-void SettingsViewModel::setModuleOrder(const QString& raw) {
-    if (const auto order = moduleOrderFromRawValue(raw))
-        preferences_.setModuleOrder(*order);
-}
-
-QString SettingsViewModel::layoutRatio() const {
-    return rawValue(preferences_.layoutRatio());
-}
-
-void SettingsViewModel::setLayoutRatio(const QString& raw) {
-    if (const auto ratio = layoutRatioFromRawValue(raw))
-        preferences_.setLayoutRatio(*ratio);
+QVariantList SettingsViewModel::restingContents() const {
+    return choices<RestingContent>(localizer_);
 }
 
 QVariantList SettingsViewModel::moduleOrders() const {
-    QVariantList orders;
-    for (const KestrantModuleOrder order : allModuleOrders)
-        orders.append(QVariantMap{{QStringLiteral("rawValue"), rawValue(order)},
-                                  {QStringLiteral("title"), localizer_(title(order))}});
-    return orders;
+    return choices<KestrantModuleOrder>(localizer_);
 }
 
 QVariantList SettingsViewModel::layoutRatios() const {
-    QVariantList ratios;
-    for (const KestrantLayoutRatio ratio : allLayoutRatios)
-        ratios.append(QVariantMap{{QStringLiteral("rawValue"), rawValue(ratio)},
-                                  {QStringLiteral("title"), rawValue(ratio)}});
-    return ratios;
+    return choices<KestrantLayoutRatio>(localizer_);
 }
 
 void SettingsViewModel::setCounts(bool on) {

@@ -2,6 +2,7 @@
 
 #include "foundation/Subscription.h"
 #include "foundation/Text.h"
+#include "preferences/Preferences.h"
 #include "ui/settings/DataStoreViewModel.h"
 #include "ui/settings/FeedbackViewModel.h"
 
@@ -19,7 +20,6 @@ namespace kestrant {
 
 class LaunchAtLoginManager;
 class Localizer;
-class Preferences;
 
 /// The person's switch for the anonymous count of completed reminders.
 struct CollectionSwitch {
@@ -54,30 +54,29 @@ class SettingsViewModel : public QObject {
     QML_UNCREATABLE("made by the application")
     /// "en" or "fr".
     Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY changed)
-    Q_PROPERTY(bool requiresClick READ requiresClick WRITE setRequiresClick NOTIFY changed)
+    Q_PROPERTY(bool requiresClick MEMBER requiresClick_ NOTIFY changed)
     /// Seconds.
-    Q_PROPERTY(double hoverDelay READ hoverDelay WRITE setHoverDelay NOTIFY changed)
-    Q_PROPERTY(double autoCloseDelay READ autoCloseDelay WRITE setAutoCloseDelay NOTIFY changed)
+    Q_PROPERTY(double hoverDelay MEMBER hoverDelay_ NOTIFY changed)
+    Q_PROPERTY(double autoCloseDelay MEMBER autoCloseDelay_ NOTIFY changed)
     Q_PROPERTY(bool canInvertSwipes READ canInvertSwipes NOTIFY changed)
-    Q_PROPERTY(bool invertsSwipes READ invertsSwipes WRITE setInvertsSwipes NOTIFY changed)
-    Q_PROPERTY(QString material READ material WRITE setMaterial NOTIFY changed)
+    Q_PROPERTY(bool invertsSwipes MEMBER invertsSwipes_ NOTIFY changed)
+    Q_PROPERTY(QString material MEMBER material_ NOTIFY changed)
     /// Raw value of what the notch says at rest.
-    Q_PROPERTY(QString restingContent READ restingContent WRITE setRestingContent NOTIFY changed)
+    Q_PROPERTY(QString restingContent MEMBER restingContent_ NOTIFY changed)
     /// {rawValue, title} each.
     Q_PROPERTY(QVariantList restingContents READ restingContents NOTIFY changed)
-    Q_PROPERTY(bool pulsesWhenRinging READ pulsesWhenRinging WRITE setPulsesWhenRinging NOTIFY changed)
+    Q_PROPERTY(bool pulsesWhenRinging MEMBER pulsesWhenRinging_ NOTIFY changed)
     /// 0 off, 1 full, 2 soft.
     Q_PROPERTY(int sounds READ sounds WRITE setSounds NOTIFY changed)
     /// 0 off, 1 light, 2 full.
     Q_PROPERTY(int haptics READ haptics WRITE setHaptics NOTIFY changed)
     Q_PROPERTY(bool canBeFelt READ canBeFelt NOTIFY changed)
-    Q_PROPERTY(bool showReminders READ showReminders WRITE setShowReminders NOTIFY changed)
-    Q_PROPERTY(bool showCalendar READ showCalendar WRITE setShowCalendar NOTIFY changed)
+    Q_PROPERTY(bool showReminders MEMBER showReminders_ NOTIFY changed)
+    Q_PROPERTY(bool showCalendar MEMBER showCalendar_ NOTIFY changed)
     /// Reminders that are due are listed among the events.
-    Q_PROPERTY(bool showRemindersInCalendar READ showRemindersInCalendar WRITE setShowRemindersInCalendar
-                   NOTIFY changed)
-    Q_PROPERTY(QString moduleOrder READ moduleOrder WRITE setModuleOrder NOTIFY changed)
-    Q_PROPERTY(QString layoutRatio READ layoutRatio WRITE setLayoutRatio NOTIFY changed)
+    Q_PROPERTY(bool showRemindersInCalendar MEMBER showRemindersInCalendar_ NOTIFY changed)
+    Q_PROPERTY(QString moduleOrder MEMBER moduleOrder_ NOTIFY changed)
+    Q_PROPERTY(QString layoutRatio MEMBER layoutRatio_ NOTIFY changed)
     /// {rawValue, title} each.
     Q_PROPERTY(QVariantList moduleOrders READ moduleOrders NOTIFY changed)
     Q_PROPERTY(QVariantList layoutRatios READ layoutRatios CONSTANT)
@@ -104,39 +103,15 @@ class SettingsViewModel : public QObject {
 
     [[nodiscard]] QString language() const;
     void setLanguage(const QString& language);
-    [[nodiscard]] bool requiresClick() const;
-    void setRequiresClick(bool required);
-    [[nodiscard]] double hoverDelay() const;
-    void setHoverDelay(double seconds);
-    [[nodiscard]] double autoCloseDelay() const;
-    void setAutoCloseDelay(double seconds);
     [[nodiscard]] bool canInvertSwipes() const {
         return services_.canInvertSwipes && services_.canInvertSwipes();
     }
-    [[nodiscard]] bool invertsSwipes() const;
-    void setInvertsSwipes(bool inverts);
-    [[nodiscard]] QString material() const;
-    void setMaterial(const QString& material);
-    [[nodiscard]] QString restingContent() const;
-    void setRestingContent(const QString& rawValue);
     [[nodiscard]] QVariantList restingContents() const;
-    [[nodiscard]] bool pulsesWhenRinging() const;
-    void setPulsesWhenRinging(bool pulses);
     [[nodiscard]] int sounds() const;
     void setSounds(int profile);
     [[nodiscard]] int haptics() const;
     void setHaptics(int profile);
     [[nodiscard]] bool canBeFelt() const { return services_.canBeFelt && services_.canBeFelt(); }
-    [[nodiscard]] bool showReminders() const;
-    void setShowReminders(bool show);
-    [[nodiscard]] bool showCalendar() const;
-    void setShowCalendar(bool show);
-    [[nodiscard]] bool showRemindersInCalendar() const;
-    void setShowRemindersInCalendar(bool show);
-    [[nodiscard]] QString moduleOrder() const;
-    void setModuleOrder(const QString& rawValue);
-    [[nodiscard]] QString layoutRatio() const;
-    void setLayoutRatio(const QString& rawValue);
     [[nodiscard]] QVariantList moduleOrders() const;
     [[nodiscard]] QVariantList layoutRatios() const;
     [[nodiscard]] bool canCount() const { return services_.collection.has_value(); }
@@ -173,6 +148,18 @@ class SettingsViewModel : public QObject {
 
   private:
     Preferences& preferences_;
+    Setting<bool>& requiresClick_{preferences_.requiresClickOrSwipeToExpand};
+    Setting<double>& hoverDelay_{preferences_.hoverExpandDelay};
+    Setting<double>& autoCloseDelay_{preferences_.autoCloseDelay};
+    Setting<bool>& invertsSwipes_{preferences_.invertsSwipes};
+    Setting<QString>& material_{preferences_.notchMaterial};
+    Setting<RestingContent>& restingContent_{preferences_.restingContent};
+    Setting<bool>& pulsesWhenRinging_{preferences_.pulsesWhenRinging};
+    Setting<bool>& showReminders_{preferences_.showReminders};
+    Setting<bool>& showCalendar_{preferences_.showCalendar};
+    Setting<bool>& showRemindersInCalendar_{preferences_.showRemindersInCalendar};
+    Setting<KestrantModuleOrder>& moduleOrder_{preferences_.moduleOrder};
+    Setting<KestrantLayoutRatio>& layoutRatio_{preferences_.layoutRatio};
     Localizer& localizer_;
     FeedbackViewModel& feedback_;
     SettingsServices services_;

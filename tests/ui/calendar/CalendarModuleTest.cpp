@@ -103,15 +103,15 @@ TEST(CalendarModule, SharesTheWidthAsThePersonHasSetIt) {
     EXPECT_LT(program.module("ReminderGrid")->x(), program.calendarModule()->x());
     EXPECT_EQ(program.module("ReminderGrid")->property("columns").toInt(), 3);
 
-    program.preferences.setModuleOrder(KestrantModuleOrder::calendarFirst);
-    program.preferences.setLayoutRatio(KestrantLayoutRatio::r40_60);
+    program.preferences.moduleOrder.set(KestrantModuleOrder::calendarFirst);
+    program.preferences.layoutRatio.set(KestrantLayoutRatio::r40_60);
     EXPECT_EQ(shares(), std::pair(58, 38));
     EXPECT_GT(program.module("ReminderGrid")->x(), program.calendarModule()->x());
 
-    program.preferences.setShowCalendar(false);
+    program.preferences.showCalendar.set(false);
     EXPECT_EQ(shares(), std::pair(100, 0));
-    program.preferences.setShowCalendar(true);
-    program.preferences.setShowReminders(false);
+    program.preferences.showCalendar.set(true);
+    program.preferences.showReminders.set(false);
     EXPECT_EQ(shares(), std::pair(0, 100));
 }
 
@@ -349,7 +349,7 @@ TEST(CalendarModule, LeavesACardThatIsLetGoAmongTheOthersWhereItIs) {
 TEST(CalendarModule, TakesACardOnADayOfTheFullCalendar) {
     CalendarPanel program;
     const QString id = program.Program::add(QStringLiteral("Call"), 0, {17, 0});
-    program.preferences.setShowRemindersInCalendar(false);
+    program.preferences.showRemindersInCalendar.set(false);
     for (int day = 0; day < 20; ++day)
         program.add("Daily", 2 * day, {16, 0}, 60);
     program.expand();

@@ -89,7 +89,7 @@ TEST(CalendarViewModel, TellsTheNextEventOnlyWhileItsTimeCannotBeTakenForAnother
     program.time.advance(std::chrono::hours(6));
     program.interaction.pointerEntered();
     EXPECT_EQ(program.panel.nextEventText(), QStringLiteral("08:00"));
-    program.preferences.setShowCalendar(false);
+    program.preferences.showCalendar.set(false);
     EXPECT_EQ(program.panel.nextEventText(), QString());
 }
 

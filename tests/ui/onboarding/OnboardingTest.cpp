@@ -216,7 +216,7 @@ TEST(Onboarding, IsDismissedOnlyByClosingItsWindow) {
     EXPECT_EQ(dismissed.count(), 1);
     EXPECT_EQ(program.opened, 0);
 
-    program.preferences.setCompletedInitialOnboarding(true);
+    program.preferences.completedInitialOnboarding.set(true);
     program.show(OnboardingWindowController::Page::tutorial);
     EXPECT_EQ(program.model().page(), Page::tutorial);
     program.key(Qt::Key_Escape);
@@ -331,7 +331,7 @@ TEST(OnboardingTrial, FoldsWhenThePointerLeavesAndBeginsAnewWithTheWindow) {
 
 TEST(Onboarding, OnlyGrowsUnderThePointerWhenAClickIsAskedFor) {
     Introduction program;
-    program.preferences.setRequiresClickOrSwipeToExpand(true);
+    program.preferences.requiresClickOrSwipeToExpand.set(true);
     program.show(OnboardingWindowController::Page::tutorial);
     EXPECT_TRUE(program.reads("Click the notch"));
     program.model().pointAtNotch(true);

@@ -47,9 +47,9 @@ TEST(RestingViewModel, SaysTheMostUrgentThingThatTheSettingsWant) {
         const RestingViewModel& resting = *program.panel.resting();
         EXPECT_EQ(resting.kind(), QStringLiteral("silent")) << "calm is the default";
         EXPECT_EQ(program.geometry.footprint(NotchPhase::idle), program.geometry.idleSize());
-        program.preferences.setRestingContent(RestingContent::everything);
+        program.preferences.restingContent.set(RestingContent::everything);
         EXPECT_EQ(resting.kind(), QString::fromUtf8(each.everything));
-        program.preferences.setRestingContent(RestingContent::whatComes);
+        program.preferences.restingContent.set(RestingContent::whatComes);
         EXPECT_EQ(resting.kind(), QString::fromUtf8(each.whatComes));
         EXPECT_EQ(program.geometry.footprint(NotchPhase::idle),
                   each.wide ? program.geometry.hoverSize() : program.geometry.idleSize());
@@ -60,7 +60,7 @@ TEST(RestingViewModel, CountsTheMinutesDown) {
     CalendarProgram program;
     addSoon(program);
     program.load();
-    program.preferences.setRestingContent(RestingContent::whatComes);
+    program.preferences.restingContent.set(RestingContent::whatComes);
     RestingViewModel& resting = *program.panel.resting();
     EXPECT_EQ(resting.title(), QStringLiteral("Review"));
     EXPECT_EQ(resting.minutes(), 12);
@@ -70,7 +70,7 @@ TEST(RestingViewModel, CountsTheMinutesDown) {
     program.time.advance(std::chrono::minutes(2));
     program.days.refreshPresent();
     EXPECT_TRUE(resting.hasBegun());
-    program.preferences.setShowCalendar(false);
+    program.preferences.showCalendar.set(false);
     EXPECT_EQ(resting.kind(), QStringLiteral("silent"));
 }
 
@@ -83,7 +83,7 @@ TEST(RestingViewModel, RingsUntilThePersonHasLookedOrItIsDone) {
         RestingViewModel& resting = *program.panel.resting();
         resting.ring(id);
         EXPECT_EQ(resting.kind(), QStringLiteral("silent")) << "calm is the default";
-        program.preferences.setPulsesWhenRinging(true);
+        program.preferences.pulsesWhenRinging.set(true);
         EXPECT_EQ(resting.kind(), QStringLiteral("ringing"));
         EXPECT_EQ(resting.title(), QStringLiteral("Plants"));
         if (looks) {
@@ -101,7 +101,7 @@ TEST(RestingViewModel, RejoicesOnceWhenTheLastOneOfTheDayIsDone) {
     CalendarProgram program;
     const QString id = program.Program::add(QStringLiteral("Plants"), 0, {18, 0});
     program.load();
-    program.preferences.setRestingContent(RestingContent::everything);
+    program.preferences.restingContent.set(RestingContent::everything);
     program.database.dropReminder(id);
     program.settle();
     RestingViewModel& resting = *program.panel.resting();

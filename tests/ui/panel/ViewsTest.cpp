@@ -114,7 +114,7 @@ TEST(Views, GoFromTheSearchToTheFirstThatWasFound) {
 
 TEST(Views, LeaveTheSearchAloneWhileThereAreNoReminders) {
     ThreeCards program;
-    program.preferences.setShowReminders(false);
+    program.preferences.showReminders.set(false);
     program.settle();
     program.notifications.post(notifications::findReminder);
     QCoreApplication::processEvents();

@@ -12,7 +12,7 @@ constexpr char tip[] = "Ctrl N adds a reminder from here";
 
 /// A program that has just been introduced.
 struct IntroducedProgram : PanelProgram {
-    IntroducedProgram() { preferences.setInitialCommandNTipPending(true); }
+    IntroducedProgram() { preferences.initialCommandNTipPending.set(true); }
 
     void openAgain() {
         interaction.collapse(false);

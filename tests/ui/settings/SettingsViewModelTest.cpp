@@ -94,10 +94,10 @@ TEST(SettingsViewModel, RefusesProfilesThatDoNotExist) {
     Settings program;
     program.model.setSounds(3);
     program.model.setHaptics(-1);
-    program.model.setModuleOrder(QStringLiteral("sideways"));
+    program.model.setProperty("moduleOrder", QStringLiteral("sideways"));
     EXPECT_EQ(program.model.sounds(), 1);
     EXPECT_EQ(program.model.haptics(), 2);
-    EXPECT_EQ(program.model.moduleOrder(), QStringLiteral("remindersFirst"));
+    EXPECT_EQ(program.model.property("moduleOrder"), QStringLiteral("remindersFirst"));
 }
 
 TEST(SettingsViewModel, ShowsWhatTheDesktopHasAboutStartingAtLogin) {
