@@ -11,20 +11,17 @@ namespace kestrant {
 CalendarEditViewModel::CalendarEditViewModel(CalendarStore& store, const Clock& clock,
                                              const CurrentCalendar& calendar, Localizer& localizer,
                                              QObject* parent)
-    : QObject(parent)
+    : FormViewModel(localizer, parent)
     , store_(store)
     , localizer_(localizer)
     , times_(clock, calendar, localizer) {
     connect(&times_, &EventTimes::edited, this, &CalendarEditViewModel::edited);
-    connect(&localizer, &Localizer::languageChanged, this, &CalendarEditViewModel::changed);
 }
 
 int CalendarEditViewModel::begin(const QVariant& row) {
-    ++form_;
+    beginForm();
     row_ = row.value<CalendarEventItem>();
     loaded_.reset();
-    error_.reset();
-    isSaving_ = false;
     isRestored_ = false;
     isReadOnly_ = false;
     title_ = row_.title;
@@ -35,25 +32,20 @@ int CalendarEditViewModel::begin(const QVariant& row) {
     notes_ = row_.notes.value_or(QString());
     times_.show({row_.startDate, row_.endDate, row_.isAllDay});
     Q_EMIT changed();
-    store_.loadEditDetails(row_, [self = QPointer(this), form = form_](
+    store_.loadEditDetails(row_, [self = QPointer(this), form = form()](
                                      const tl::expected<CalendarEventEditDetails, CalendarError>& details) {
-        if (!self || form != self->form_)
+        if (!self || form != self->form())
             return;
         if (details)
             self->show(*details);
         else
             self->fail(details.error().message());
     });
-    return form_;
-}
-
-void CalendarEditViewModel::end(int form) {
-    if (form == form_)
-        ++form_;
+    return form();
 }
 
 void CalendarEditViewModel::keep(int form) {
-    if (form != form_ || !loaded_ || isReadOnly_)
+    if (form != this->form() || !loaded_ || isReadOnly_)
         return;
     const EventTimes::Span before{loaded_->startDate, loaded_->endDate, loaded_->isAllDay};
     if (const auto written = details(times_.span().value_or(before)); written != *loaded_)
@@ -62,7 +54,7 @@ void CalendarEditViewModel::keep(int form) {
 
 void CalendarEditViewModel::discard() {
     draft_.reset();
-    ++form_;
+    end(form());
 }
 
 void CalendarEditViewModel::show(const CalendarEventEditDetails& present) {
@@ -78,23 +70,6 @@ void CalendarEditViewModel::show(const CalendarEventEditDetails& present) {
     if (details.calendarID != present.calendarID)
         setCalendarId(details.calendarID);
     Q_EMIT changed();
-}
-
-void CalendarEditViewModel::fail(const TextPair& reason) {
-    error_ = reason;
-    Q_EMIT changed();
-}
-
-void CalendarEditViewModel::edited() {
-    error_.reset();
-    Q_EMIT changed();
-}
-
-void CalendarEditViewModel::set(QString& field, const QString& value) {
-    if (value == field)
-        return;
-    field = value;
-    edited();
 }
 
 void CalendarEditViewModel::setCalendarId(const QString& id) {
@@ -120,11 +95,10 @@ void CalendarEditViewModel::save() {
         Q_EMIT saved();
         return;
     }
-    isSaving_ = true;
-    edited();
+    startSaving();
     store_.updateEvent(
         row_, written,
-        [self = QPointer(this), form = form_, written](const tl::expected<void, CalendarError>& result) {
+        [self = QPointer(this), form = form(), written](const tl::expected<void, CalendarError>& result) {
             if (self)
                 self->finishSaving(form, written, result);
         });
@@ -142,14 +116,8 @@ CalendarEventEditDetails CalendarEditViewModel::details(const EventTimes::Span& 
 
 void CalendarEditViewModel::finishSaving(int form, const CalendarEventEditDetails& written,
                                          const tl::expected<void, CalendarError>& result) {
-    if (form != form_) {
-        if (!result)
-            Q_EMIT changeFailed(localizer_(result.error().message()));
+    if (!FormViewModel::finishSaving(form, result))
         return;
-    }
-    isSaving_ = false;
-    if (!result)
-        return fail(result.error().message());
     draft_.reset();
     loaded_ = written;
     Q_EMIT changed();
@@ -206,10 +174,6 @@ QString CalendarEditViewModel::calendarTitleOf(const QVariant& row) const {
 
 QVariantList CalendarEditViewModel::calendars() const {
     return choices(store_.writableCalendars());
-}
-
-QString CalendarEditViewModel::errorText() const {
-    return error_ ? localizer_(*error_) : QString();
 }
 
 }  // namespace kestrant

@@ -3,9 +3,9 @@
 #include "calendar/CalendarEditing.h"
 #include "calendar/CalendarItems.h"
 #include "ui/calendar/EventTimes.h"
+#include "ui/controls/FormViewModel.h"
 
 #include <QColor>
-#include <QObject>
 #include <QQmlEngine>
 #include <QString>
 #include <QVariant>
@@ -20,7 +20,7 @@ class Localizer;
 
 /// The event that is being edited, and the removal of calendar rows. A row is a QVariant that holds a
 /// CalendarEventItem. Thread: main.
-class CalendarEditViewModel : public QObject {
+class CalendarEditViewModel : public FormViewModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
@@ -36,10 +36,7 @@ class CalendarEditViewModel : public QObject {
     Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
     /// The form shows entries kept from an earlier, unsaved one.
     Q_PROPERTY(bool isRestored READ isRestored NOTIFY changed)
-    Q_PROPERTY(bool isSaving READ isSaving NOTIFY changed)
     Q_PROPERTY(bool canSave READ canSave NOTIFY changed)
-    /// Why the event could not be loaded or saved; empty when nothing is wrong.
-    Q_PROPERTY(QString errorText READ errorText NOTIFY changed)
 
   public:
     /// Everything must outlive the view model.
@@ -53,9 +50,6 @@ class CalendarEditViewModel : public QObject {
     /// Ends with `saved`, or with errorText set and everything left as it was written. Nothing is written
     /// when nothing was changed.
     Q_INVOKABLE void save();
-    /// The form of this number is gone: what fails from now on is told by `changeFailed`. Nothing happens
-    /// when another form has begun.
-    Q_INVOKABLE void end(int form);
 
     /// Keeps what was written, until it is saved or another form is kept. To be called before end() when a
     /// form goes that nobody has given up.
@@ -92,17 +86,12 @@ class CalendarEditViewModel : public QObject {
     void setNotes(const QString& notes) { set(notes_, notes); }
     [[nodiscard]] bool isReadOnly() const { return isReadOnly_; }
     [[nodiscard]] bool isRestored() const { return isRestored_; }
-    [[nodiscard]] bool isSaving() const { return isSaving_; }
-    [[nodiscard]] bool canSave() const { return loaded_ && !isReadOnly_ && !isSaving_; }
-    [[nodiscard]] QString errorText() const;
+    [[nodiscard]] bool canSave() const { return loaded_ && !isReadOnly_ && !isSaving(); }
 
   Q_SIGNALS:
-    void changed();
     void saved();
     void removed();
     void removalFailed(const QString& message);
-    /// A change that was asked for by a form that is gone did not happen; the sentence says why.
-    void changeFailed(const QString& message);
 
   private:
     struct Draft {
@@ -112,10 +101,7 @@ class CalendarEditViewModel : public QObject {
     };
 
     [[nodiscard]] CalendarEventEditDetails details(const EventTimes::Span& span) const;
-    void set(QString& field, const QString& value);
-    void edited();
     void show(const CalendarEventEditDetails& present);
-    void fail(const TextPair& reason);
     void finishSaving(int form, const CalendarEventEditDetails& written,
                       const tl::expected<void, CalendarError>& result);
     void finishRemoval(const tl::expected<void, CalendarError>& result);
@@ -135,10 +121,6 @@ class CalendarEditViewModel : public QObject {
     bool isReadOnly_ = false;
     std::optional<Draft> draft_;
     bool isRestored_ = false;
-    bool isSaving_ = false;
-    std::optional<TextPair> error_;
-    /// Counts forms, to tell a late result from one of the form that is shown.
-    int form_ = 0;
 };
 
 }  // namespace kestrant

@@ -10,12 +10,11 @@ namespace kestrant {
 
 NewEventViewModel::NewEventViewModel(CalendarStore& store, const Clock& clock,
                                      const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
-    : QObject(parent)
+    : FormViewModel(localizer, parent)
     , store_(store)
     , localizer_(localizer)
     , times_(clock, calendar, localizer) {
     connect(&times_, &EventTimes::edited, this, &NewEventViewModel::edited);
-    connect(&localizer, &Localizer::languageChanged, this, &NewEventViewModel::changed);
     // Calendars come and go with what is loaded.
     connect(&store, &CalendarStore::isLoadingChanged, this, &NewEventViewModel::changed);
 }
@@ -28,26 +27,16 @@ void NewEventViewModel::begin() {
 }
 
 void NewEventViewModel::discard() {
-    if (isSaving_)
+    if (isSaving())
         return;
-    error_.reset();
+    clearError();
     title_.clear();
     times_.showNextHalfHour();
     Q_EMIT changed();
 }
 
-void NewEventViewModel::edited() {
-    error_.reset();
-    Q_EMIT changed();
-}
-
-void NewEventViewModel::fail(const TextPair& reason) {
-    error_ = reason;
-    Q_EMIT changed();
-}
-
 void NewEventViewModel::submit() {
-    if (isSaving_)
+    if (isSaving())
         return;
     const auto span = times_.span();
     if (!span)
@@ -56,24 +45,14 @@ void NewEventViewModel::submit() {
         .title = title_, .startDate = span->start, .endDate = span->end, .isAllDay = span->isAllDay};
     if (const auto shown = calendar())
         event.calendarID = shown->calendarIdentifier;
-    isSaving_ = true;
-    edited();
-    store_.createEvent(event, [self = QPointer(this)](const tl::expected<void, CalendarError>& result) {
-        if (!self)
-            return;
-        self->isSaving_ = false;
-        if (!result)
-            return self->fail(result.error().message());
-        self->discard();
-        Q_EMIT self->added();
-    });
-}
-
-void NewEventViewModel::setTitle(const QString& title) {
-    if (title == title_)
-        return;
-    title_ = title;
-    edited();
+    startSaving();
+    store_.createEvent(
+        event, [self = QPointer(this), form = form()](const tl::expected<void, CalendarError>& result) {
+            if (!self || !self->finishSaving(form, result))
+                return;
+            self->discard();
+            Q_EMIT self->added();
+        });
 }
 
 std::optional<EKCalendar> NewEventViewModel::calendar() const {
@@ -108,11 +87,7 @@ QVariantList NewEventViewModel::calendars() const {
 }
 
 bool NewEventViewModel::canSubmit() const {
-    return !isSaving_ && !title_.trimmed().isEmpty();
-}
-
-QString NewEventViewModel::errorText() const {
-    return error_ ? localizer_(*error_) : QString();
+    return !isSaving() && !title_.trimmed().isEmpty();
 }
 
 }  // namespace kestrant

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "ui/calendar/EventTimes.h"
+#include "ui/controls/FormViewModel.h"
 
 #include <QColor>
-#include <QObject>
 #include <QQmlEngine>
 #include <QString>
 #include <QVariantList>
@@ -17,7 +17,7 @@ class Localizer;
 struct EKCalendar;
 
 /// The new event being written. Thread: main.
-class NewEventViewModel : public QObject {
+class NewEventViewModel : public FormViewModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
@@ -29,7 +29,6 @@ class NewEventViewModel : public QObject {
     Q_PROPERTY(QString calendarTitle READ calendarTitle NOTIFY changed)
     Q_PROPERTY(QColor calendarColor READ calendarColor NOTIFY changed)
     Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY changed)
-    Q_PROPERTY(QString errorText READ errorText NOTIFY changed)
 
   public:
     /// Everything must outlive the view model.
@@ -46,22 +45,18 @@ class NewEventViewModel : public QObject {
     Q_INVOKABLE [[nodiscard]] QVariantList calendars() const;
 
     [[nodiscard]] const QString& title() const { return title_; }
-    void setTitle(const QString& title);
+    void setTitle(const QString& title) { set(title_, title); }
     [[nodiscard]] EventTimes* times() { return &times_; }
     [[nodiscard]] QString calendarId() const;
     void setCalendarId(const QString& id);
     [[nodiscard]] QString calendarTitle() const;
     [[nodiscard]] QColor calendarColor() const;
     [[nodiscard]] bool canSubmit() const;
-    [[nodiscard]] QString errorText() const;
 
   Q_SIGNALS:
-    void changed();
     void added();
 
   private:
-    void edited();
-    void fail(const TextPair& reason);
     [[nodiscard]] std::optional<EKCalendar> calendar() const;
 
     CalendarStore& store_;
@@ -69,8 +64,6 @@ class NewEventViewModel : public QObject {
     EventTimes times_;
     QString title_;
     QString chosenCalendarID_;
-    bool isSaving_ = false;
-    std::optional<TextPair> error_;
 };
 
 }  // namespace kestrant

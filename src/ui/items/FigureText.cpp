@@ -40,31 +40,8 @@ double layOut(const QString& text, const QFont& font,
 }  // namespace
 
 FigureText::FigureText(QQuickItem* parent) : QQuickPaintedItem(parent) {
+    connect(this, &FigureText::changed, this, &FigureText::measure);
     measure();
-}
-
-void FigureText::setText(const QString& text) {
-    if (text == text_)
-        return;
-    text_ = text;
-    measure();
-    Q_EMIT textChanged();
-}
-
-void FigureText::setColor(const QColor& color) {
-    if (color == color_)
-        return;
-    color_ = color;
-    update();
-    Q_EMIT colorChanged();
-}
-
-void FigureText::setFont(const QFont& font) {
-    if (font == font_)
-        return;
-    font_ = font;
-    measure();
-    Q_EMIT fontChanged();
 }
 
 void FigureText::measure() {

@@ -12,26 +12,17 @@ namespace kestrant {
 class FigureText : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged)
-    Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
-    Q_PROPERTY(QFont font READ font WRITE setFont NOTIFY fontChanged)
+    Q_PROPERTY(QString text MEMBER text_ NOTIFY changed)
+    Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)
+    Q_PROPERTY(QFont font MEMBER font_ NOTIFY changed)
 
   public:
     explicit FigureText(QQuickItem* parent = nullptr);
 
-    [[nodiscard]] const QString& text() const { return text_; }
-    void setText(const QString& text);
-    [[nodiscard]] const QColor& color() const { return color_; }
-    void setColor(const QColor& color);
-    [[nodiscard]] const QFont& font() const { return font_; }
-    void setFont(const QFont& font);
-
     void paint(QPainter* painter) override;
 
   Q_SIGNALS:
-    void textChanged();
-    void colorChanged();
-    void fontChanged();
+    void changed();
 
   private:
     void measure();

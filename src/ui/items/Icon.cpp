@@ -278,30 +278,7 @@ const Drawing& drawingOf(const QString& name) {
 Icon::Icon(QQuickItem* parent) : QQuickPaintedItem(parent) {
     setImplicitSize(16, 16);
     setAntialiasing(true);
-}
-
-void Icon::setName(const QString& name) {
-    if (name == name_)
-        return;
-    name_ = name;
-    update();
-    Q_EMIT nameChanged();
-}
-
-void Icon::setColor(const QColor& color) {
-    if (color == color_)
-        return;
-    color_ = color;
-    update();
-    Q_EMIT colorChanged();
-}
-
-void Icon::setStrokeWidth(double width) {
-    if (width == strokeWidth_)
-        return;
-    strokeWidth_ = width;
-    update();
-    Q_EMIT strokeWidthChanged();
+    connect(this, &Icon::changed, this, [this] { update(); });
 }
 
 void Icon::paint(QPainter* painter) {

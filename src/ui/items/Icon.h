@@ -9,30 +9,19 @@ namespace kestrant {
 class Icon : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
-    /// "search", "sort", "plus", "settings", "calendar", "chevronDown", "chevronLeft", "chevronRight",
-    /// "check", "close", "flag", "repeat", "today", "overdue", "trash", "circle", "list",
-    /// "calendarMinus", "arrowRight". Nothing is drawn for any other.
-    Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
-    Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
+    /// One of those that Icon.cpp lists; nothing is drawn for any other.
+    Q_PROPERTY(QString name MEMBER name_ NOTIFY changed)
+    Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)
     /// Points.
-    Q_PROPERTY(double strokeWidth READ strokeWidth WRITE setStrokeWidth NOTIFY strokeWidthChanged)
+    Q_PROPERTY(double strokeWidth MEMBER strokeWidth_ NOTIFY changed)
 
   public:
     explicit Icon(QQuickItem* parent = nullptr);
 
-    [[nodiscard]] const QString& name() const { return name_; }
-    void setName(const QString& name);
-    [[nodiscard]] const QColor& color() const { return color_; }
-    void setColor(const QColor& color);
-    [[nodiscard]] double strokeWidth() const { return strokeWidth_; }
-    void setStrokeWidth(double width);
-
     void paint(QPainter* painter) override;
 
   Q_SIGNALS:
-    void nameChanged();
-    void colorChanged();
-    void strokeWidthChanged();
+    void changed();
 
   private:
     QString name_;

@@ -46,7 +46,7 @@ const QString& factOf(QuickAddPiece::Kind kind) {
 
 QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
                                      const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
-    : QObject(parent)
+    : FormViewModel(localizer, parent)
     , store_(store)
     , clock_(clock)
     , calendar_(calendar)
@@ -69,10 +69,7 @@ QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
         dueDay_.refresh();
         Q_EMIT changed();
     });
-    connect(&localizer, &Localizer::languageChanged, this, [this] {
-        Q_EMIT textsChanged();
-        Q_EMIT changed();
-    });
+    connect(&localizer, &Localizer::languageChanged, this, &QuickAddViewModel::textsChanged);
 }
 
 void QuickAddViewModel::begin() {
@@ -84,9 +81,9 @@ void QuickAddViewModel::begin() {
 }
 
 void QuickAddViewModel::discard() {
-    if (isSaving_)
+    if (isSaving())
         return;
-    error_.reset();
+    clearError();
     title_.clear();
     line_ = {};
     refused_.clear();
@@ -108,48 +105,36 @@ void QuickAddViewModel::updateAlert() {
 }
 
 void QuickAddViewModel::edited() {
-    error_.reset();
     updateAlert();
-    Q_EMIT changed();
+    FormViewModel::edited();
 }
 
 void QuickAddViewModel::submit() {
-    if (isSaving_)
+    if (isSaving())
         return;
-    const auto refuse = [this](const TextPair& reason) {
-        error_ = reason;
-        Q_EMIT changed();
-    };
     NewReminder reminder{.title = line_.title, .priority = priority_, .isFlagged = isFlagged_};
     if (const ReminderList* chosen = list())
         reminder.listID = chosen->id;
     const auto time = hasTime() ? timeOfDay(timeText_) : std::optional(QTime(0, 0));
     if (!time)
-        return refuse(unreadableTimeText());
+        return fail(unreadableTimeText());
     const ZoneCalendar calendar = calendar_.calendar();
     reminder.dueDateIncludesTime = hasTime();
     const auto alert = alert_.takeSchedule();
     if (!alert)
-        return refuse(alert.error());
+        return fail(alert.error());
     reminder.dueAlertSchedule = *alert;
     reminder.repeat = repeat();
     if (const QDate day = dueDay_.day(); day.isValid())
         reminder.dueDate = hasTime() ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
 
-    isSaving_ = true;
-    error_.reset();
-    Q_EMIT changed();
-    store_.create(reminder, [self = QPointer(this)](const tl::expected<QString, ReminderStoreError>& result) {
-        if (!self)
+    startSaving();
+    store_.create(reminder, [self = QPointer(this),
+                             form = form()](const tl::expected<QString, ReminderStoreError>& result) {
+        if (!self || !self->finishSaving(form, result))
             return;
-        self->isSaving_ = false;
-        if (result) {
-            self->discard();
-            Q_EMIT self->added();
-        } else {
-            self->error_ = result.error().message();
-            Q_EMIT self->changed();
-        }
+        self->discard();
+        Q_EMIT self->added();
     });
 }
 
@@ -402,11 +387,7 @@ QString QuickAddViewModel::dueText() const {
 }
 
 bool QuickAddViewModel::canSubmit() const {
-    return !isSaving_ && !title_.trimmed().isEmpty();
-}
-
-QString QuickAddViewModel::errorText() const {
-    return error_ ? localizer_(*error_) : QString();
+    return !isSaving() && !title_.trimmed().isEmpty();
 }
 
 }  // namespace kestrant

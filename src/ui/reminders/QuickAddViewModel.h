@@ -3,10 +3,10 @@
 #include "reminders/model/ReminderTask.h"
 #include "reminders/quickadd/QuickAddParser.h"
 #include "ui/calendar/DayPicker.h"
+#include "ui/controls/FormViewModel.h"
 #include "ui/reminders/AlertPicker.h"
 
 #include <QColor>
-#include <QObject>
 #include <QQmlEngine>
 #include <QString>
 #include <QStringList>
@@ -20,7 +20,7 @@ class Localizer;
 class ReminderStore;
 
 /// The new reminder being written, and which kind of thing is: a reminder or an event. Thread: main.
-class QuickAddViewModel : public QObject {
+class QuickAddViewModel : public FormViewModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
@@ -63,7 +63,6 @@ class QuickAddViewModel : public QObject {
     /// Day and time in words; empty without a due date.
     Q_PROPERTY(QString dueText READ dueText NOTIFY changed)
     Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY changed)
-    Q_PROPERTY(QString errorText READ errorText NOTIFY changed)
 
   public:
     /// Everything must outlive the view model.
@@ -113,17 +112,15 @@ class QuickAddViewModel : public QObject {
     void setTimeText(const QString& typed);
     [[nodiscard]] QString dueText() const;
     [[nodiscard]] bool canSubmit() const;
-    [[nodiscard]] QString errorText() const;
 
   Q_SIGNALS:
-    void changed();
     void factsChanged();
     void textsChanged();
     void listsChanged();
     void added();
 
   private:
-    void edited();
+    void edited() override;
     /// Sorts the facts anew; tells only when one has come or gone, since views have a control for each.
     void updateFacts();
     [[nodiscard]] bool holds(const QString& fact) const;
@@ -155,8 +152,6 @@ class QuickAddViewModel : public QObject {
     QStringList addable_;
     DayPicker dueDay_;
     QString timeText_;
-    std::optional<TextPair> error_;
-    bool isSaving_ = false;
 };
 
 }  // namespace kestrant

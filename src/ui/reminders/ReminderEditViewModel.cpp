@@ -53,7 +53,7 @@ bool differsInDueDateAlone(const ReminderEditDetails& details, ReminderEditDetai
 ReminderEditViewModel::ReminderEditViewModel(ReminderStore& store, const Clock& clock,
                                              const CurrentCalendar& calendar, Localizer& localizer,
                                              QObject* parent)
-    : QObject(parent)
+    : FormViewModel(localizer, parent)
     , store_(store)
     , currentCalendar_(calendar)
     , localizer_(localizer)
@@ -66,17 +66,14 @@ ReminderEditViewModel::ReminderEditViewModel(ReminderStore& store, const Clock& 
         edited();
     });
     connect(&alert_, &AlertPicker::edited, this, &ReminderEditViewModel::edited);
-    connect(&localizer, &Localizer::languageChanged, this, &ReminderEditViewModel::changed);
 }
 
 int ReminderEditViewModel::begin(const QString& reminderId) {
-    ++form_;
+    beginForm();
     id_ = reminderId;
     calendar_ = currentCalendar_.calendar();
     loaded_ = store_.editDetails(id_);
-    isSaving_ = false;
     dueTimeIsWrong_ = false;
-    error_.reset();
     const ReminderEditDetails details = loaded_.value_or(ReminderEditDetails{});
     title_ = details.title;
     notes_ = details.notes;
@@ -97,7 +94,7 @@ int ReminderEditViewModel::begin(const QString& reminderId) {
         Q_EMIT changed();
     else
         fail(ReminderStoreError{ReminderStoreError::Code::reminderNotFound, {}}.message());
-    return form_;
+    return form();
 }
 
 ReminderEditViewModel::Fields ReminderEditViewModel::fields() const {
@@ -122,7 +119,7 @@ void ReminderEditViewModel::restore() {
 }
 
 void ReminderEditViewModel::keep(int form) {
-    if (form != form_ || !loaded_ || isReadOnly())
+    if (form != this->form() || !loaded_ || isReadOnly())
         return;
     if (const Fields written = fields(); written != begun_)
         draft_ = Draft{id_, begun_, written, repeat_};
@@ -134,16 +131,6 @@ void ReminderEditViewModel::discard() {
     draft_.reset();
 }
 
-void ReminderEditViewModel::end(int form) {
-    if (form == form_)
-        ++form_;
-}
-
-void ReminderEditViewModel::fail(const TextPair& reason) {
-    error_ = reason;
-    Q_EMIT changed();
-}
-
 void ReminderEditViewModel::updateAlert() {
     alert_.setDue(!dueDay_.day().isValid() ? AlertPicker::Due::nothing
                   : hasTime()              ? AlertPicker::Due::time
@@ -151,16 +138,8 @@ void ReminderEditViewModel::updateAlert() {
 }
 
 void ReminderEditViewModel::edited() {
-    error_.reset();
     updateAlert();
-    Q_EMIT changed();
-}
-
-void ReminderEditViewModel::set(QString& field, const QString& value) {
-    if (value == field)
-        return;
-    field = value;
-    edited();
+    FormViewModel::edited();
 }
 
 void ReminderEditViewModel::setDueTime(const QString& typed) {
@@ -247,10 +226,9 @@ void ReminderEditViewModel::save() {
         Q_EMIT saved();
         return;
     }
-    isSaving_ = true;
-    edited();
+    startSaving();
     const auto finish = [self = QPointer(this),
-                         form = form_](const tl::expected<void, ReminderStoreError>& result) {
+                         form = form()](const tl::expected<void, ReminderStoreError>& result) {
         if (self)
             self->finishSaving(form, result);
     };
@@ -264,14 +242,8 @@ void ReminderEditViewModel::save() {
 }
 
 void ReminderEditViewModel::finishSaving(int form, const tl::expected<void, ReminderStoreError>& result) {
-    if (form != form_) {
-        if (!result)
-            Q_EMIT changeFailed(localizer_(result.error().message()));
+    if (!FormViewModel::finishSaving(form, result))
         return;
-    }
-    isSaving_ = false;
-    if (!result)
-        return fail(result.error().message());
     draft_.reset();
     begun_ = fields();
     Q_EMIT changed();
@@ -302,10 +274,6 @@ QString ReminderEditViewModel::repeatTitle() const {
 
 QVariantList ReminderEditViewModel::repeats() const {
     return repeatChoices(rules_, localizer_);
-}
-
-QString ReminderEditViewModel::errorText() const {
-    return error_ ? localizer_(*error_) : QString();
 }
 
 }  // namespace kestrant

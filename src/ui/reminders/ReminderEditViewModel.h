@@ -2,10 +2,10 @@
 
 #include "reminders/model/ReminderTask.h"
 #include "ui/calendar/DayPicker.h"
+#include "ui/controls/FormViewModel.h"
 #include "ui/reminders/AlertPicker.h"
 
 #include <QColor>
-#include <QObject>
 #include <QQmlEngine>
 #include <QString>
 #include <QVariantList>
@@ -22,7 +22,7 @@ class ReminderStore;
 struct ReminderStoreError;
 
 /// The reminder that is being edited. Thread: main.
-class ReminderEditViewModel : public QObject {
+class ReminderEditViewModel : public FormViewModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
@@ -48,10 +48,7 @@ class ReminderEditViewModel : public QObject {
     Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
     /// The form shows entries kept from an earlier, unsaved one.
     Q_PROPERTY(bool isRestored READ isRestored NOTIFY changed)
-    Q_PROPERTY(bool isSaving READ isSaving NOTIFY changed)
     Q_PROPERTY(bool canSave READ canSave NOTIFY changed)
-    /// Why the reminder could not be loaded or saved; empty when nothing is wrong.
-    Q_PROPERTY(QString errorText READ errorText NOTIFY changed)
 
   public:
     /// Everything must outlive the view model.
@@ -70,9 +67,6 @@ class ReminderEditViewModel : public QObject {
     /// Ends with `saved`, or with errorText set and everything left as it was written. Nothing is written
     /// when nothing was changed.
     Q_INVOKABLE void save();
-    /// The form of this number is gone: what fails from now on is told by `changeFailed`. Nothing happens
-    /// when another form has begun.
-    Q_INVOKABLE void end(int form);
     /// The lists that take reminders, {id, title, color} each.
     Q_INVOKABLE [[nodiscard]] QVariantList lists() const;
     /// {id, title} each, the rules that the reminder came with among them.
@@ -100,15 +94,10 @@ class ReminderEditViewModel : public QObject {
     void setNotes(const QString& notes) { set(notes_, notes); }
     [[nodiscard]] bool isReadOnly() const { return !list_.allowsContentModifications; }
     [[nodiscard]] bool isRestored() const { return isRestored_; }
-    [[nodiscard]] bool isSaving() const { return isSaving_; }
-    [[nodiscard]] bool canSave() const { return loaded_ && !isReadOnly() && !isSaving_; }
-    [[nodiscard]] QString errorText() const;
+    [[nodiscard]] bool canSave() const { return loaded_ && !isReadOnly() && !isSaving(); }
 
   Q_SIGNALS:
-    void changed();
     void saved();
-    /// A change that was asked for by a form that is gone did not happen; the sentence says why.
-    void changeFailed(const QString& message);
 
   private:
     /// Everything that can be changed.
@@ -132,9 +121,7 @@ class ReminderEditViewModel : public QObject {
     };
 
     [[nodiscard]] Fields fields() const;
-    void set(QString& field, const QString& value);
-    void edited();
-    void fail(const TextPair& reason);
+    void edited() override;
     void finishSaving(int form, const tl::expected<void, ReminderStoreError>& result);
     [[nodiscard]] bool hasTime() const { return !dueTime_.trimmed().isEmpty(); }
     /// Tells the alert what there is to ring for.
@@ -165,10 +152,6 @@ class ReminderEditViewModel : public QObject {
     Fields begun_;
     std::optional<Draft> draft_;
     bool isRestored_ = false;
-    bool isSaving_ = false;
-    std::optional<TextPair> error_;
-    /// Counts forms, to tell a late result from one of the form that is shown.
-    int form_ = 0;
 };
 
 }  // namespace kestrant

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "foundation/Text.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QQmlEngine>
+#include <QString>
+
+#include <optional>
+
+namespace kestrant {
+
+class Localizer;
+
+/// What all forms share: one after the other they are shown, written in, saved and given up. Thread: main.
+class FormViewModel : public QObject {
+    Q_OBJECT
+    QML_ANONYMOUS
+    Q_PROPERTY(bool isSaving READ isSaving NOTIFY changed)
+    /// Why what the form is about could not be loaded or saved; empty when nothing is wrong.
+    Q_PROPERTY(QString errorText READ errorText NOTIFY changed)
+
+  public:
+    /// The form of this number is gone: what fails from now on is told by `changeFailed`. Nothing happens
+    /// when another form has begun.
+    Q_INVOKABLE void end(int form);
+
+    [[nodiscard]] bool isSaving() const { return isSaving_; }
+    [[nodiscard]] QString errorText() const;
+
+  Q_SIGNALS:
+    void changed();
+    /// A change that was asked for by a form that is gone did not happen; the sentence says why.
+    void changeFailed(const QString& message);
+
+  protected:
+    /// The localizer must outlive the form.
+    FormViewModel(Localizer& localizer, QObject* parent);
+
+    /// Begins another form, with nothing wrong and nothing under way.
+    void beginForm();
+    /// Tells a late result from one of the form that is shown.
+    [[nodiscard]] int form() const { return form_; }
+    /// Something was written: what was wrong may be right now.
+    virtual void edited();
+    void set(QString& field, const QString& value);
+    void fail(const TextPair& reason);
+    void clearError() { error_.reset(); }
+    void startSaving();
+    /// Ends saving with the result of a form; false when the form is gone or it failed, which is told then.
+    template <typename Result>
+    [[nodiscard]] bool finishSaving(int form, const Result& result) {
+        if (form != form_) {
+            if (!result)
+                tellFailure(result.error().message());
+            return false;
+        }
+        isSaving_ = false;
+        if (!result)
+            fail(result.error().message());
+        return result.has_value();
+    }
+
+  private:
+    void tellFailure(const TextPair& reason);
+
+    Localizer& localizer_;
+    std::optional<TextPair> error_;
+    bool isSaving_ = false;
+    int form_ = 0;
+};
+
+}  // namespace kestrant
