@@ -17,7 +17,7 @@ struct CalendarAction {
 
     /// A short verb phrase: "Delete event".
     TextPair title;
-    /// What has happened, as a sentence.
+    /// A sentence about what has happened.
     TextPair outcome;
     Operation undo;
     Operation redo;

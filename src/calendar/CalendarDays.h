@@ -33,7 +33,7 @@ class CalendarDays : public QObject {
 
   Q_SIGNALS:
     void changed();
-    /// What is shown is of another day than today.
+    /// The shown days begin with another day than today.
     void dayBegan();
 
   private:

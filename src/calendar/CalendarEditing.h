@@ -13,7 +13,7 @@
 
 namespace kestrant {
 
-/// What a creation form hands over.
+/// The content of a creation form.
 struct NewCalendarEvent {
     QString title;
     Instant startDate;
@@ -23,7 +23,7 @@ struct NewCalendarEvent {
     std::optional<QString> calendarID;
 };
 
-/// What an edit form shows and hands back.
+/// The content of an edit form, shown and returned.
 struct CalendarEventEditDetails {
     QString title;
     Instant startDate;
@@ -38,7 +38,7 @@ struct CalendarEventEditDetails {
     bool operator==(const CalendarEventEditDetails&) const = default;
 };
 
-// What creating and editing mean, as decisions over values.
+// Pure functions for creating and editing.
 
 /// The values of a new event, without its calendar: the title trimmed; a timed event at least half an hour
 /// long and written in the calendar's zone; an all-day one from the start of its first day to the start of

@@ -13,13 +13,13 @@
 
 namespace kestrant {
 
-/// What the database holds for an interval. A value; thread: any.
+/// The database's content for an interval. A value; thread: any.
 struct CalendarItems {
     std::vector<std::shared_ptr<const EKEventData>> events;
     std::vector<std::shared_ptr<const EKReminderData>> reminders;
-    /// There are more events than these: those farthest from the present are left out.
+    /// Whether events were left out: those farthest from the present are.
     bool isCut = false;
-    /// By calendar identifier.
+    /// Keyed by calendar identifier.
     QHash<QString, CalendarAppearance> calendars;
 };
 

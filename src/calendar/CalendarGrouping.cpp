@@ -284,7 +284,7 @@ std::optional<Instant> nextMomentOfChange(const QList<CalendarDayGroup>& groups,
     for (const CalendarEventItem& row : groups.at(today).events) {
         if (row.isReminder || row.isAllDay)
             continue;
-        // What ends at an instant is not happening at it, and is over right after it.
+        // An event that ends at an instant is no longer running at it.
         for (const Instant moment : {row.startDate, row.endDate, row.endDate + instantStep}) {
             if (moment > now && (!result || moment < *result))
                 result = moment;

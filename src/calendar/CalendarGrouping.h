@@ -40,7 +40,7 @@ struct CalendarPresent {
 /// The days that the compact mode shows.
 [[nodiscard]] DayRange compactDays(const CalendarPresent& present);
 
-/// So many rows are shown at most.
+/// The largest number of rows shown.
 inline constexpr qsizetype mostRows = 50'000;
 
 /// Those of `days` around today, or nearest to it, that have at most so many rows; one day at least.

@@ -18,8 +18,8 @@ struct CalendarEventItem {
     /// differ. Reminder: "reminder_" and its identifier. An item of several days has the same id on each of
     /// them: unique within a day.
     QString id;
-    /// What finds the item again. Event: its event identifier, or its calendar item identifier where it has
-    /// none. Reminder: its calendar item identifier.
+    /// The identifier by which the item is found. Event: its event identifier, or its calendar item
+    /// identifier where it has none. Reminder: its calendar item identifier.
     QString itemIdentifier;
     /// Never blank: an item without a title gets a text that says so.
     QString title;
@@ -61,7 +61,7 @@ struct CalendarDayGroup {
 /// Whether the calendars may be read, and if not, why.
 struct CalendarAccessState {
     enum class Kind {
-        /// Nobody has asked yet; nothing is shown.
+        /// Access has not been requested yet; nothing is shown.
         notDetermined,
         /// The database is being opened.
         requesting,

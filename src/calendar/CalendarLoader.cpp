@@ -30,9 +30,9 @@ bool isRepresentable(const DayRange& days) {
 
 }  // namespace
 
-/// What is wanted of the database and what becomes of it.
+/// A request to the database and the use of its answer.
 struct CalendarLoader::Request {
-    /// What to read.
+    /// The interval and the calendars to read.
     DayRange fetched;
     /// The days to show of it.
     DayRange shown;
@@ -41,7 +41,7 @@ struct CalendarLoader::Request {
     bool isExtension = false;
 };
 
-/// What came of a fetch, made away from the main thread.
+/// The result of a fetch, prepared away from the main thread.
 struct CalendarLoader::Result {
     /// Absent where they are those that were on show when the fetch was started.
     std::optional<QList<CalendarDayGroup>> groups;

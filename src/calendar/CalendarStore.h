@@ -43,7 +43,7 @@ class CalendarStore : public QObject {
     static constexpr auto privacyPage =
         "x-apple.systempreferences:com.apple.preference.security?Privacy_Calendars";
 
-    /// Nothing is fetched before access is granted.
+    /// Fetching begins once access is granted.
     explicit CalendarStore(CalendarStoreServices services, QObject* parent = nullptr);
     ~CalendarStore() override;
 
@@ -81,7 +81,7 @@ class CalendarStore : public QObject {
     /// while one is under way.
     void loadMore(bool earlier) { loader_.loadMore(earlier); }
     [[nodiscard]] bool isLoadingMoreEvents() const { return loader_.isLoadingMoreEvents(); }
-    /// What the full calendar covers, or is about to; absent in the other mode.
+    /// The interval of the full calendar, or the one being loaded; absent in the other mode.
     [[nodiscard]] std::optional<Instant> loadedCalendarStart() const;
     [[nodiscard]] std::optional<Instant> loadedCalendarEnd() const;
     /// The last extension that way found nothing: ask the person before the next.
@@ -106,7 +106,7 @@ class CalendarStore : public QObject {
     void createEvent(const NewCalendarEvent& event, const Completion& completion) {
         writer_.createEvent(event, completion);
     }
-    /// What an edit form starts from.
+    /// The initial content of an edit form.
     void loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion) {
         writer_.loadEditDetails(row, completion);
     }

@@ -21,7 +21,7 @@ class OpenReminders;
 class Preferences;
 class Scheduler;
 
-/// What a CalendarStore works with. Everything here outlives the store.
+/// The surroundings of a CalendarStore. Everything here must outlive the store.
 struct CalendarStoreServices {
     EKEventStore& eventStore;
     /// Those of the same database.

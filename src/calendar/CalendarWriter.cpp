@@ -97,7 +97,7 @@ void CalendarWriter::fail(const Completion& completion, const CalendarError& err
 }
 
 void CalendarWriter::changed(const char* notification, const Completion& completion) {
-    // Whoever shows the calendar loads it anew.
+    // Views of the calendar reload it.
     services_.notifications.post(QString::fromLatin1(notification));
     if (completion)
         completion({});

@@ -22,9 +22,9 @@ struct RecordedEventChange {
     TextPair title;
     TextPair outcome;
     std::optional<int> action;
-    /// What the item is called now.
+    /// The item's present identifier.
     HistoryReferenceRef item;
-    /// What the next replay takes back.
+    /// The change that the next replay reverts.
     std::shared_ptr<const EKItemChange> change;
 };
 using RecordedEventChangeRef = std::shared_ptr<RecordedEventChange>;

@@ -80,7 +80,7 @@ void CallLimit::look(Call& call, Time now) {
         return observer_.overdue(call.queue_, call.list_);
     if (isHurrying_)
         silent_.insert(call.queue_);
-    // What hears of it only notes that for the thread that waits.
+    // The handler only notes it for the waiting thread.
     g_cancellable_cancel(call.cancellable_.get());
 }
 

@@ -150,7 +150,7 @@ void EvolutionClient::observe(GCancellable* cancellable) {
     GError** const failure = failed.out();
     e_cal_client_view_set_fields_of_interest(view, fields, failure);
     g_slist_free(fields);
-    // What is there already is asked for, not told.
+    // Existing items are fetched, not announced.
     if (!*failure)
         e_cal_client_view_set_flags(view, E_CAL_CLIENT_VIEW_FLAGS_NONE, failure);
     if (!*failure)

@@ -71,7 +71,7 @@ class EvolutionClient {
                                             const QString& title);
 
   private:
-    /// What signals of the service tell, on another thread.
+    /// Changes announced by signals of the service, on another thread.
     struct State {
         Observer observer;
         std::atomic<bool> isLost = false;
@@ -92,7 +92,7 @@ class EvolutionClient {
     [[nodiscard]] QByteArray zoneDefinition(const QByteArray& name);
     /// Fails where the list does not answer.
     [[nodiscard]] std::optional<items::WriteError> addZones(const ServiceChange& change);
-    /// What a failed call means.
+    /// The error for a failed call.
     [[nodiscard]] items::WriteError failure(const Error& error, const QString& title);
     [[nodiscard]] items::WriteError writeFailure(const Error& error, const QString& title);
     static void objectsTold(ECalClientView* view, const GSList* components, gpointer state);

@@ -142,7 +142,7 @@ tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& plac
     auto present = readOutcome(**client, place, expected, *unknown);
     if (!present)
         return tl::unexpected(WriteError(std::move(present.error())));
-    // It was as expected a moment before, so that what is another text is what was written.
+    // The item was as expected a moment before, so a different text now is the one that was written.
     if (!*present || (*present)->version == expected)
         return tl::unexpected(WriteError(items::ChangedMeanwhile{}));
     if (steps)

@@ -124,7 +124,7 @@ std::map<QByteArray, ServiceList> EvolutionLists::enabled() const {
         const ObjectList<GList> sources(e_source_registry_list_enabled(registry_.get(), extensionFor(type)));
         for (const GList* link = sources.first(); link; link = link->next) {
             auto* const source = E_SOURCE(link->data);
-            // What the desktop's own calendar does not show is not wanted here either.
+            // Calendars hidden in the desktop's own program are hidden here too.
             if (e_source_selectable_get_selected(selectableOf(source, type)))
                 result.try_emplace(e_source_get_uid(source),
                                    ServiceList{Ref<ESource>(E_SOURCE(g_object_ref(source))), type});

@@ -8,7 +8,7 @@
 #include <chrono>
 #include <utility>
 
-// What became of changes: of two steps of which one was made, and of what was kept to be sent later.
+// The outcomes of changes: of interrupted two-step changes, and of changes kept to be sent later.
 
 namespace kestrant::evolution {
 

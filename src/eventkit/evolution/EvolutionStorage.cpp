@@ -23,7 +23,7 @@ using namespace std::chrono_literals;
 
 /// How long each call may take when the program ends.
 constexpr auto longestAtTheEnd = 1s;
-/// What calls that were cancelled need to end.
+/// Time for cancelled calls to end.
 constexpr auto grace = 1s;
 /// A list of a server is late after this part of the limit, where others have answered.
 constexpr int latePart = 10;
@@ -150,7 +150,7 @@ std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& u
                                            [listener = listener_, uid] {
                                                listener->tell({.files = {{uid, {}}}});
                                            }};
-    // Whoever wants single items is not there for long.
+    // A process that needs single items is short-lived.
     if (!wanted_)
         observer.itemsChanged = [listener = listener_, uid](std::set<QByteArray> items) {
             listener->tell({.files = {{uid, std::move(items)}}});
@@ -180,7 +180,7 @@ bool EvolutionStorage::update(Library& library, const Changes& changes, const Zo
         };
         if (wanted_ && !std::all_of(wanted_->begin(), wanted_->end(), isFound)) {
             wanted_.reset();
-            // Whoever has waited for a list does not do so again.
+            // Each caller waits for a list once.
             auto answering = lists_.enabled();
             std::erase_if(answering, [&](const auto& list) { return silent_.contains(list.first); });
             readAllLists(library, answering, local);
@@ -195,7 +195,7 @@ bool EvolutionStorage::update(Library& library, const Changes& changes, const Zo
                                local) ||
                       changed;
         else if (!readsAll && (changes.everything || (!clients_.contains(uid) && !silent_.contains(uid))))
-            // Not now: it would hold up the queue that this is done in.
+            // Deferred, since it would block the queue that this runs in.
             listener_->tell({.files = {{uid, {}}}});
     }
     return lists_.updateDefaults(library) || changed;
@@ -228,7 +228,7 @@ bool EvolutionStorage::updateLists(Library& library, const Lists& lists) {
 
 void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const ZoneCalendar& local) {
     if (wanted_) {
-        // Nobody waits for those in which nothing is wanted.
+        // Lists without wanted items are not waited for.
         for (const auto& [uid, list] : lists) {
             const auto [place, isNew] = library.collections.try_emplace(uid);
             (void)list.describe(place->second);
@@ -265,7 +265,7 @@ void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const 
             }
             reading->awaited.erase(uid);
             reading->changed.notify_one();
-            // Nobody has looked since at what it found.
+            // Its result has not been read since.
             if (reading->isOver) {
                 late_.insert(uid);
                 listener_->tell({.files = {{uid, {}}}});
@@ -343,7 +343,7 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const S
     }
     const auto isWritable = isSilent ? std::nullopt : client->readWritability();
     isSilent = !isWritable;
-    // It may have been taken away meanwhile.
+    // The item may have been removed meanwhile.
     if (!lists_.enabled().contains(uid))
         return library.collections.erase(uid) > 0;
     // A list is there once what is in it is known.
@@ -420,7 +420,7 @@ tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library
                                                                    const EKCalendar& calendar) {
     if (calendar.calendarIdentifier.isEmpty()) {
         auto uid = lists_.make(calendar, calendar.color.value_or(items::unusedColor(library)));
-        // Nothing tells when the list can be opened.
+        // The service does not announce when the list can be opened.
         for (auto pause = 5ms; uid && !openClient(*uid) && pause < 1s; pause *= 2)
             (void)limit_.pause(pause);
         return uid;

@@ -83,7 +83,7 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] std::set<QByteArray> awaitReading(Reading& reading);
     /// Reads all lists, at the same time where there are queues.
     void readAllLists(items::Library& library, const Lists& lists, const ZoneCalendar& local);
-    /// What is in a list: all of it where `named` is null.
+    /// The items of a list: all of them where `named` is null.
     bool readList(items::Library& library, const QByteArray& uid, const ServiceList& list,
                   const std::set<QByteArray>* named, const ZoneCalendar& local);
     /// Many are read faster with all the others, and after a silence anything may have changed.

@@ -10,7 +10,7 @@
 
 namespace kestrant::evolution {
 
-// What owns things of GLib.
+// Owning handles for GLib objects.
 
 struct Unref {
     void operator()(gpointer object) const { g_object_unref(object); }

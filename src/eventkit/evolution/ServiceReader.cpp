@@ -78,7 +78,7 @@ ServiceReader::ServiceReader(EKEntityType type, QByteArray listUid, Ref<GDBusCon
     , objectPath_(std::move(objectPath)) {}
 
 ServiceReader::~ServiceReader() {
-    // Nobody waits for the answer.
+    // The answer is not awaited.
     g_dbus_connection_call(bus_.get(), busName_.constData(), objectPath_.constData(), calendarInterface,
                            "Close", nullptr, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr,
                            nullptr);

@@ -16,7 +16,7 @@ using icalendar::Document;
 
 namespace {
 
-/// By what the service tells whether somebody else has changed the item on the server.
+/// Properties by which the service detects changes on the server.
 constexpr QByteArrayView serverVersion("X-EVOLUTION-CALDAV-ETAG");
 
 /// Where such a note is, with its line ends, from a place on; empty where there is none.

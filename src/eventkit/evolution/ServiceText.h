@@ -47,7 +47,7 @@ struct ServicePart {
 /// The names of zones that components use and that mean nothing without a definition.
 [[nodiscard]] std::set<QByteArray> obscureZones(QByteArrayView components);
 
-/// What has to be written for a file to change.
+/// The calls that a change of a file takes.
 struct ServiceChange {
     /// The item itself, then single dates of it.
     std::vector<ServicePart> written;
@@ -55,7 +55,7 @@ struct ServiceChange {
     /// Definitions of zones that are new.
     std::vector<QByteArray> zones;
 };
-/// What the service itself notes in components stays as it is in `before`.
+/// Properties that the service itself writes stay as in `before`.
 [[nodiscard]] ServiceChange changeBetween(const icalendar::Document& before, const icalendar::Document& after,
                                           QByteArrayView name);
 

@@ -49,7 +49,7 @@ void SourceQueues::run(const QByteArray& queue, std::function<void()> work) {
         Work present{queue, std::chrono::steady_clock::now(), false, false, this};
         currentWork = &present;
         work();
-        // What it holds is freed while nobody else can come across it.
+        // Its content is freed while nothing else can reach it.
         work = nullptr;
         currentWork = nullptr;
     });

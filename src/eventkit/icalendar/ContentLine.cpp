@@ -27,7 +27,7 @@ bool startsWithName(QByteArrayView content, QByteArrayView name) {
            content.first(name.size()).compare(name, Qt::CaseInsensitive) == 0;
 }
 
-/// What follows "keyword:", trimmed; empty where the keyword is another.
+/// The text behind "keyword:", trimmed; empty for any other keyword.
 QByteArrayView argumentOf(QByteArrayView keyword, QByteArrayView content) {
     if (!startsWithName(content, keyword) || content.size() <= keyword.size() ||
         content[keyword.size()] != ':')

@@ -41,7 +41,7 @@ struct EventComponent {
     EventTimes times;
     /// Which date of its series it stands for.
     std::optional<DateComponents> recurrenceId;
-    /// It stands for all later dates too (RANGE=THISANDFUTURE).
+    /// Whether it applies to all later dates too (RANGE=THISANDFUTURE).
     bool isForLaterDates = false;
     bool isCancelled = false;
     /// Which of several that stand for one date is the newest: only said where there is a recurrenceId.
@@ -56,7 +56,7 @@ struct EventComponent {
 /// One event as a file holds it, with all that concerns its series.
 struct EventItem : ItemComponents {
     EventComponent event;
-    /// What changes single dates, in the order of `changeIndexes`.
+    /// The overrides of single dates, in the order of `changeIndexes`.
     std::vector<EventComponent> changes;
     std::vector<EventTimes> extraDates;
     std::vector<DateComponents> excludedDates;

@@ -7,7 +7,7 @@
 namespace kestrant::icalendar {
 namespace {
 
-/// So many series of one UID are compared with a change.
+/// The largest number of series with one UID that an override is compared with.
 constexpr qsizetype mostCompared = 8;
 
 /// To which of several series of one UID, whose indexes these are, a change belongs.

@@ -11,7 +11,7 @@
 
 namespace kestrant::icalendar {
 
-// What reading a reminder and reading an event have in common.
+// Functions shared by reading reminders and reading events.
 
 /// Which of a file's components make one item. Indexes count the file's components of one name.
 struct ItemComponents {

@@ -11,7 +11,7 @@
 
 namespace kestrant::icalendar {
 
-// What writing a reminder and writing an event have in common.
+// Functions shared by writing reminders and writing events.
 
 /// Replaces single properties of one component of a file.
 class Editor {
@@ -77,7 +77,7 @@ void writeRevision(Editor& editor, const Data& before, const Data& after, Instan
         editor.setValue("CREATED", utcText(*after.creationDate));
 }
 
-/// What a new item begins with.
+/// The first lines of a new item.
 template <typename Data>
 void beginItem(Editor& editor, const QByteArray& uid, const Data& data, Instant now) {
     editor.setValue("UID", uid);

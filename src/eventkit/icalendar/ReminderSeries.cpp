@@ -33,9 +33,9 @@ Instant movedAlong(Instant instant, qint64 seconds, const ZoneCalendar& zone) {
     return zone.instantAt(moved.day, moved.time);
 }
 
-/// What each search for a date may cost a rule: dates, days and times that are looked at.
+/// Budget of each search for a date, in candidates examined.
 constexpr qint64 mostSteps = 1'000'000;
-/// What passing over one date that is left out costs at most.
+/// Largest cost of skipping one excluded date.
 constexpr qint64 stepsPerExclusion = 4;
 
 /// Where the rules of a series count from.
@@ -272,7 +272,7 @@ CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDat
         if (*date)
             *date = movedAlong(**date, from, next->time, zone, local);
     }
-    // What was to ring once more for the finished occurrence has nothing to say about the next one.
+    // Snoozed alarms of the finished occurrence do not apply to the next one.
     std::erase_if(series.alarms, [](const EKAlarm& alarm) { return !alarm.snoozedAlarm.isEmpty(); });
     for (EKAlarm& alarm : series.alarms) {
         if (alarm.absoluteDate && !alarm.relativeOffset)

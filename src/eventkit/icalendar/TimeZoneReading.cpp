@@ -12,7 +12,7 @@
 namespace kestrant::icalendar {
 namespace {
 
-/// What a definition may cost. Clocks are set a few times a year at most.
+/// Budget of a definition. Clocks change a few times a year at most.
 constexpr std::size_t mostOnsets = 500;
 constexpr int mostOnsetsAYear = 100;
 constexpr qint64 mostSteps = 200'000;

@@ -12,7 +12,7 @@ namespace kestrant::icalendar {
 /// yearly rule.
 [[nodiscard]] Component timeZoneDefinition(const TimeZone& zone, int year, QByteArrayView lineEnd);
 
-/// What a VTIMEZONE calls its zone, as the parameter TZID of a date has it.
+/// The identifier of a VTIMEZONE, as in the parameter TZID of a date.
 [[nodiscard]] QByteArray zoneIdentifierIn(const Property& identifier);
 
 /// The zone whose clocks are set as a VTIMEZONE says. Rules may be yearly or monthly; one that is something

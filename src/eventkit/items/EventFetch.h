@@ -8,7 +8,7 @@
 
 namespace kestrant::items {
 
-/// What one answer may hold and spend; where that does not suffice, what is nearest to the present is kept.
+/// Limits of one answer in rows and steps; past them, what is nearest to the present is kept.
 struct FetchBudget {
     std::size_t events = 50'000;
     /// Steps of the search for dates of series (EventSeries::Cost). Every series has a few thousand of its

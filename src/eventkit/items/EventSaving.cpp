@@ -117,7 +117,7 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventD
     const EKEventData& current = opened->current();
     auto wish = wanted(opened->place, base, edited, current);
     if (!wish || !*wish) {
-        // What the file says now is known from here on.
+        // The written text becomes the known one.
         (void)refresh({.files = {{opened->place.collection, {opened->place.file}}}}, local);
         if (!wish)
             return tl::unexpected(WriteError(std::move(wish.error())));

@@ -22,7 +22,7 @@ struct ItemState {
     bool isAlone = true;
 };
 
-/// What became of one item.
+/// The change of one item.
 struct ItemChange {
     QString identifier;
     /// Absent where it was made.

@@ -104,7 +104,7 @@ class ItemDatabase {
     /// Whether none had to be renamed for the sake of another one.
     static bool addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items);
     bool addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const;
-    /// What the first item with this key in a file is called; empty when there is none.
+    /// The identifier of the first item with this key in a file; empty when there is none.
     template <typename Entries>
     [[nodiscard]] static QString identifierIn(const Entries& entries, const Place& place,
                                               const QByteArray& key) {
@@ -119,7 +119,7 @@ class ItemDatabase {
 
     /// Opens a file; absent when there is none.
     [[nodiscard]] tl::expected<std::optional<OpenFile>, EKError> openFile(const Place& place) const;
-    /// What was read at a place, taken apart.
+    /// The parsed file at a place.
     [[nodiscard]] static tl::expected<std::optional<OpenFile>, EKError>
     opened(const Place& place, tl::expected<std::optional<StoredText>, EKError> stored);
     template <typename Item>
@@ -143,7 +143,7 @@ class ItemDatabase {
             const std::function<tl::expected<Result, WriteError>()>& attempt);
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>
     trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const ZoneCalendar& local);
-    /// What is to be saved where the item at a place is edited; absent where nothing is.
+    /// The values to save where the item at a place is edited; absent where nothing is.
     template <typename Data>
     [[nodiscard]] tl::expected<std::optional<Wanted<Data>>, EKError>
     wanted(const Place& place, const Data& base, const Data& edited, const Data& current) const;
@@ -194,7 +194,7 @@ class ItemDatabase {
     storeItem(const OpenFile& opened, const Item& item, icalendar::Document document, const Item& inDocument,
               const QByteArray& target, const ZoneCalendar& local);
     void takeBack(const Created& created);
-    /// What was done in turn.
+    /// The change that was made in turn.
     template <typename Item>
     [[nodiscard]] tl::expected<ItemChange, EKError>
     revertItem(const ItemChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
@@ -229,7 +229,7 @@ class ItemDatabase {
     Parted parted_;
     /// Whether items of the snapshot have identifiers with their place in them.
     bool hasNamesakes_ = false;
-    /// What has changed since the snapshot was made, as it was then; absent where that is not known.
+    /// The files changed since the snapshot was made, as they were then; absent where that is not known.
     std::optional<std::map<Place, ItemFile>> changedFiles_;
 };
 

@@ -52,7 +52,7 @@ void ItemEventStore::onMain(std::function<void()> work) {
 
 void ItemEventStore::publish(bool announce) {
     onMain([this, snapshot = database_.snapshot(), recheck = database_.recheck(), announce] {
-        // What the old one held is freed where that keeps nobody waiting.
+        // The old snapshot is freed where that delays nothing.
         queues_->run({}, [old = std::exchange(snapshot_, snapshot)] {});
         if (!recheck)
             recheckTask_.cancel();
@@ -134,9 +134,9 @@ void ItemEventStore::requestAccess(AccessCompletion completion) {
         publish(false);
         onMain([this, completion = std::move(completion), error = std::move(error)] {
             const bool opened = !error && status_ != EKAuthorizationStatus::fullAccess;
-            // Nobody has refused anything: whoever asks again tries again.
+            // Access was not refused: the next request tries again.
             status_ = error ? EKAuthorizationStatus::notDetermined : EKAuthorizationStatus::fullAccess;
-            // What is fetched from here on is what others see, too.
+            // Later fetches see this result, too.
             if (opened)
                 observers_.notify();
             completion(!error, error);
@@ -207,7 +207,7 @@ void ItemEventStore::events(const EKEventPredicate& matching, EventsCompletion c
                 publish(false);
             const auto before = database_.snapshot();
             result = database_.events(matching, now);
-            // There is a new problem to tell.
+            // A new problem is to be reported.
             if (database_.snapshot() != before)
                 publish(true);
         }

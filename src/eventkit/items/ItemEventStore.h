@@ -96,9 +96,9 @@ class ItemEventStore : public EKEventStore {
     EKAuthorizationStatus status_ = EKAuthorizationStatus::notDetermined;
     std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
     ObserverList<> observers_;
-    /// What the storage is waiting for.
+    /// The reason why the storage is waiting.
     std::optional<TextPair> waiting_;
-    /// What has not reached a server yet.
+    /// The reason why changes have not reached a server yet.
     std::optional<TextPair> unsent_;
     std::vector<std::shared_ptr<Operation>> operations_;
     Changes pendingChanges_;

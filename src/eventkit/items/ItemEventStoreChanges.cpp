@@ -86,7 +86,7 @@ QByteArray ItemEventStore::queueFor(const std::vector<Subject>& subjects, const 
                 return operation->queue;
         }
     }
-    // What concerns two lists holds up neither.
+    // Changes across two lists delay neither list's own.
     const QString name = from.isEmpty() || from == to ? to : from + QLatin1Char('|') + to;
     return name.toUtf8();
 }

@@ -57,7 +57,7 @@ std::optional<EKError> ItemDatabase::reasonNotToChange(const Place& place) const
 void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local) {
     placeEvents(local);
     const auto collection = library_.collections.find(place.collection);
-    // It may have been taken away meanwhile.
+    // The item may have been removed meanwhile.
     if (collection == library_.collections.end())
         return;
     ItemFile items = ItemReader(place.collection, local).read(stored.text, place.file);

@@ -19,7 +19,7 @@ namespace kestrant::items {
 /// Tells one state of a file from another.
 using Version = std::array<quint64, 3>;
 
-/// What is known of one file: an iCalendar text that is kept and changed as a
+/// The known content of one file: an iCalendar text that is kept and changed as a
 /// whole. The text itself is not here.
 struct ItemFile {
     Version version{};
@@ -55,11 +55,11 @@ struct Library {
     QByteArray defaultForReminders;
     QByteArray defaultForEvents;
     std::optional<TextPair> problem;
-    /// What else the person should know.
+    /// A further message for the person.
     std::optional<TextPair> notice;
 };
 
-/// What may have changed. Files named here are read again even if they look the
+/// The files and folders that may have changed. Files named here are read again even if they look the
 /// same; an empty name stands for the collection's folder itself.
 struct Changes {
     bool everything = false;
@@ -85,7 +85,7 @@ class ItemReader {
   public:
     ItemReader(const QByteArray& collection, const ZoneCalendar& local);
 
-    /// What a file with this text holds.
+    /// The items of a file with this text.
     [[nodiscard]] ItemFile read(const QByteArray& text, const QByteArray& file) const;
 
   private:

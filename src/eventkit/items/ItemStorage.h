@@ -20,13 +20,13 @@ struct StoredText {
     QByteArray text;
 };
 
-/// Nothing was written because the file is not what it was when it was read.
+/// Nothing was written, because the file has changed since it was read.
 struct ChangedMeanwhile {};
 using WriteError = std::variant<ChangedMeanwhile, EKError>;
 
-/// What a storage tells of by itself. Thread: any.
+/// Notifications from a storage. Thread: any.
 struct StorageObserver {
-    /// Others have changed something.
+    /// Called after other programs have changed something.
     std::function<void(const Changes& changes)> changed;
     /// It has been waiting for an answer for a while, with a sentence for the
     /// person; without one when it waits no more.
@@ -39,10 +39,10 @@ struct StorageObserver {
     std::function<void(const QByteArray& queue, const QString& list)> overdue;
 };
 
-/// Something in a storage that lasts as long as this does; null where there is nothing to it.
+/// Keeps something in a storage for as long as it lives; may be null.
 using StorageHold = std::shared_ptr<void>;
 
-/// What the second step of a change does to the file that the first step left alone.
+/// The effect of the second step of a change on the other file.
 enum class SecondStep { rewrites, removes };
 
 /// Where the files of items are kept: a folder, a service. Thread: any one at a

@@ -34,7 +34,7 @@ class KeptEvent {
             for (const EventSeries::Occurrence& single : series_->singles())
                 visit(single.data);
     }
-    /// What gives occurrences by rules, if any does; null for an event that is one occurrence.
+    /// The series that gives occurrences by rules; null for an event that is one occurrence.
     [[nodiscard]] const std::shared_ptr<const EventSeries>& series() const { return series_; }
 
     /// Null when there is no such occurrence.

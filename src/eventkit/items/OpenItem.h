@@ -54,7 +54,7 @@ struct ItemDatabase::OpenFile {
     [[nodiscard]] ItemState state() const {
         return {place.collection, place.file, key, document.text(), ordinal, isAlone};
     }
-    /// What is kept of an item of this file once it was written there or in another collection.
+    /// The state of an item of this file after it was written there or in another collection.
     [[nodiscard]] ItemState stateAfter(const WrittenItem& written) const {
         const bool isSame = written.place.collection == place.collection;
         return {written.place.collection, written.place.file, written.key, written.text,
@@ -83,7 +83,7 @@ struct ItemDatabase::OpenItem : OpenFile {
     }
 };
 
-/// What a save makes of a file.
+/// The result of a save for a file.
 struct ItemDatabase::Revision {
     icalendar::Document document;
     /// The file of the occurrence that was finished, if the reminder recurs.
@@ -91,12 +91,12 @@ struct ItemDatabase::Revision {
     QByteArray copyUid;
 };
 
-/// What became of a revision.
+/// The outcome of a revision.
 struct ItemDatabase::WrittenRevision : WrittenItem {
     std::optional<Created> copy;
 };
 
-/// What a save has to write: the values, and the collection that then holds the item.
+/// The values that a save writes, and the collection that then holds the item.
 template <typename Data>
 struct ItemDatabase::Wanted {
     Data data;
@@ -109,7 +109,7 @@ template <typename Written>
     return written ? std::nullopt : std::optional(written.error());
 }
 
-/// What is kept of a file that was made for one item.
+/// The state of a file that was made for one item.
 [[nodiscard]] inline ItemState stateOf(const ItemStorage::Created& created) {
     return {created.place.collection, created.place.file, created.uid, created.stored.text};
 }

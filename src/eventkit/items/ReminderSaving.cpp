@@ -78,7 +78,7 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::trySave(const EKReminderDat
         return tl::unexpected(WriteError(opened.error()));
     auto wish = wanted(opened->place, base, edited, opened->current);
     if (!wish || !*wish) {
-        // What the file says now is known from here on.
+        // The written text becomes the known one.
         (void)refresh({.files = {{opened->place.collection, {opened->place.file}}}}, local);
         if (!wish)
             return tl::unexpected(WriteError(std::move(wish.error())));

@@ -188,7 +188,7 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertItem(const ItemChange& cha
             return tl::unexpected(WriteError(std::move(*error)));
         auto done = change.before ? restore(change, identifier, file, item, now, local)
                                   : takeAway(change, identifier, file, item, local);
-        // What the file says now is known from here on.
+        // The written text becomes the known one.
         if (!done && std::holds_alternative<EKError>(done.error()))
             (void)refresh({.files = {{file.place.collection, {file.place.file}}}}, local);
         return done;
@@ -237,7 +237,7 @@ ItemDatabase::restore(const ItemChange& change, const QString& identifier, const
     if (!written)
         return tl::unexpected(written.error());
     rebuildSnapshot();
-    // It may have come back under another UID.
+    // The item may have come back under another UID.
     const bool isSame = written->place.collection == opened.place.collection;
     return ItemChange{isSame ? identifier
                              : identifierIn((*snapshot_).*Kind::entries, written->place, written->key),

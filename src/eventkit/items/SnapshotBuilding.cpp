@@ -88,7 +88,7 @@ std::vector<int> ordinalsOf(const Items& items, Identifier identifier) {
     return result;
 }
 
-/// What an item is called: as it would be alone, where none of `entries` is, else by its place.
+/// The identifier of an item: its own, where none of `entries` has it, else one with its place.
 template <typename Entries>
 QString identifierFor(const QString& alone, const Place& place, int ordinal, const Entries& entries) {
     return !alone.isEmpty() && !entries.contains(alone) ? alone : identifierByPlace(alone, place, ordinal);

@@ -41,7 +41,7 @@ class InMemoryEventStore : public items::ItemEventStore {
     void saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) override;
     [[nodiscard]] std::vector<TextPair> problems() const override;
 
-    // What the person or another program does. Each change of the contents is announced like any other.
+    // Actions of the person or another program. Each change is announced like any other.
 
     /// Sets the status of both entity types; a request then answers with it (notDetermined is granted on
     /// request).

@@ -14,7 +14,7 @@ namespace kestrant {
 struct EKEventData {
     /// The same for every occurrence of a series.
     QString calendarItemIdentifier;
-    /// What EKEventStore::event() looks up; the same for every occurrence of a series.
+    /// The identifier for EKEventStore::event(); the same for every occurrence of a series.
     QString eventIdentifier;
     QString calendarIdentifier;
     QString title;
@@ -60,7 +60,7 @@ class EKEvent {
     /// Drops every edit.
     void reset() { data = stored_ ? *stored_ : EKEventData{}; }
 
-    /// What was read, for the store to tell what changed; null for a new event.
+    /// The values as read, from which the store derives the changes; null for a new event.
     [[nodiscard]] const std::shared_ptr<const EKEventData>& stored() const { return stored_; }
     /// For event stores: the event now is what the database holds.
     void setStored(std::shared_ptr<const EKEventData> stored) {

@@ -45,7 +45,7 @@ using EKReminders = std::vector<std::shared_ptr<const EKReminderData>>;
 /// The occurrences that a fetch has found.
 struct EKEvents {
     std::vector<std::shared_ptr<const EKEventData>> events;
-    /// There are more than are told: those farthest from the present were left out.
+    /// Whether occurrences were left out: those farthest from the present are.
     bool isCut = false;
 };
 
@@ -59,14 +59,14 @@ class EKItemChange {
     virtual ~EKItemChange() = default;
 };
 
-/// What a save or removal did.
+/// The effect of a save or removal.
 struct EKSaveResult {
     /// The item's identifier in the database.
     QString calendarItemIdentifier;
     /// When completing a recurring reminder advanced it: the identifier of the completed copy that was left
     /// behind.
     std::optional<QString> completedCopyIdentifier;
-    /// What revert() takes to undo it. Null when there was nothing to write.
+    /// The change for revert(). Null when there was nothing to write.
     std::shared_ptr<const EKItemChange> change;
 };
 

@@ -37,7 +37,7 @@ class EKReminder {
     /// Drops every edit: the values are again those of the last read or save.
     void reset();
 
-    /// What was read, for the store to tell what changed; null for a new reminder.
+    /// The values as read, from which the store derives the changes; null for a new reminder.
     [[nodiscard]] const std::shared_ptr<const EKReminderData>& stored() const { return stored_; }
     /// For event stores: the reminder now is what the database holds.
     void setStored(std::shared_ptr<const EKReminderData> stored);

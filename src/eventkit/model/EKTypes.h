@@ -87,7 +87,7 @@ struct EKAlarm {
     /// The alarm as it stands in its file (iCalendar lines from BEGIN:VALARM to END:VALARM); empty for a new
     /// one.
     QByteArray sourceText;
-    /// What other alarms of the item call this one (UID, RFC 9074); empty where nothing refers to it.
+    /// The name by which other alarms of the item refer to this one (UID, RFC 9074); empty where none does.
     QByteArray identifier;
     /// Until when it has been dealt with (ACKNOWLEDGED): it has nothing more to say about moments up to this
     /// one.

@@ -9,10 +9,10 @@ namespace kestrant {
 
 struct EKEventPredicate;
 
-/// What a calendar is called that is made because a new event needs one.
+/// Title of a calendar that is created because a new event needs one.
 inline const QString newCalendarTitle = QStringLiteral("Calendar");
 
-// What reading and saving an event means, as decisions over values; every implementation of the database uses
+// Pure functions for reading and saving events; every implementation of the database uses
 // them.
 
 /// Applies the edits that lead from `base` to `edited` to `current`, property by property; start and end

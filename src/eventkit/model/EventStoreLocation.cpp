@@ -41,7 +41,7 @@ EventStoreLocation eventStoreToUse(const std::optional<EventStoreLocation>& name
         return *named;
     if (preference)
         return EventStoreLocation::parse(*preference).value_or(embedded);
-    // What somebody has put there does not vanish because a service was installed.
+    // Lists in the folder must not vanish because a service was installed.
     const bool hasLists = !QDir(embedded.folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty();
     return !hasLists && desktopHasOne && desktopHasOne() ? EventStoreLocation::evolution() : embedded;
 }

@@ -31,7 +31,7 @@ struct EventStoreLocation {
     /// Reads "vdir:PATH" or "evolution"; a leading "~/" is the home folder, a relative path starts from the
     /// current folder.
     [[nodiscard]] static tl::expected<EventStoreLocation, TextPair> parse(const QString& text);
-    /// What parse() reads.
+    /// The text that parse() reads.
     [[nodiscard]] QString toString() const;
 
     bool operator==(const EventStoreLocation&) const = default;
@@ -45,7 +45,7 @@ struct EventStoreLocation {
                                                  const EventStoreLocation& embedded,
                                                  const std::function<bool()>& desktopHasOne);
 
-/// What somebody needs of a database, so that it can do without the rest.
+/// The part of a database that a caller needs, so that opening it can skip the rest.
 struct EventStoreUse {
     /// Identifiers of all the items that are needed; absent where that is anything. Where it is none, lists
     /// are opened when something is written to them.

@@ -12,7 +12,7 @@ namespace kestrant {
 
 /// A database that stands in for another one, which can be exchanged while the program runs: whoever holds
 /// the switch never notices more than that everything has changed and that access has to be requested anew.
-/// What was asked of a database that is no longer in use is still answered by it. Thread: main.
+/// Requests to a database that is no longer in use are still answered by it. Thread: main.
 class EventStoreSwitch final : public EKEventStore {
   public:
     /// Makes a database when it is first used.

@@ -18,13 +18,13 @@ class HistoryReferences {
     /// The reference of an item, shared by all that ask for the same identifier. An empty identifier is that
     /// of an item that is yet to be created.
     [[nodiscard]] std::shared_ptr<Reference> to(const QString& identifier);
-    /// What the item is called now.
+    /// The item's present identifier.
     [[nodiscard]] QString current(const QString& identifier) const;
     /// The item has this identifier from now on. Gives the former one.
     QString follow(const std::shared_ptr<Reference>& reference, const QString& identifier);
 
   private:
-    /// By every identifier that an item has had.
+    /// Keyed by every identifier that an item has had.
     std::map<QString, std::weak_ptr<Reference>> references_;
 };
 

@@ -35,7 +35,7 @@ void OpenReminders::fetch(Completion completion) {
             if (weak.expired())
                 return;
             fetch->found = std::make_shared<const EKReminders>(std::move(reminders));
-            // What is found without access is not what the database holds.
+            // A fetch without access does not show the database's content.
             if (latest_ == fetch &&
                 eventStore_.authorizationStatus(EKEntityType::reminder) != EKAuthorizationStatus::fullAccess)
                 latest_.reset();

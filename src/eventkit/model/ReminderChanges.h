@@ -9,7 +9,7 @@ namespace kestrant {
 
 struct EKPredicate;
 
-// What saving a reminder means, as decisions over values; every implementation of the database uses them.
+// Pure functions for saving reminders; every implementation of the database uses them.
 
 /// Applies the edits that lead from `base` to `edited` to `current`, property by property. The identifier and
 /// the date of the last change are those of `current`. Completing a recurring reminder that was moved to

@@ -20,7 +20,7 @@ namespace kestrant::icalendar {
 /// itself.
 class Occurrences {
   public:
-    /// What the start is besides where the rule counts from.
+    /// The role of the start beside being the origin of the rule.
     enum class Start {
         /// The first date, whether or not it fits the rule; it counts.
         isDate,

@@ -53,7 +53,7 @@ std::optional<FileStamp> stampAt(int folder, const QByteArray& name) {
 }
 
 tl::expected<OpenedFile, int> openFileAt(int folder, const QByteArray& name) {
-    // Not blocking, because the name may turn out to be a pipe.
+    // Opened without blocking, because the name may be a pipe's.
     const FileDescriptor descriptor(::openat(folder, name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status {};
     if (!descriptor.isOpen() || ::fstat(descriptor.get(), &status) != 0)
@@ -118,7 +118,7 @@ bool mayPass(int errorNumber) {
     return errorNumber != EACCES && errorNumber != EPERM && errorNumber != EFBIG;
 }
 
-/// What the folder says of itself in a file of its own. Where that cannot be read, what was known holds.
+/// The folder's properties, from files of its own. Where one cannot be read, the known value stays.
 std::optional<QString> readMetadata(int folder, const char* name, std::optional<QString> known) {
     const auto opened = openFileAt(folder, name);
     if (!opened && opened.error() != ENOENT && opened.error() != EISDIR)
@@ -159,7 +159,7 @@ bool updateMetadata(Collection& collection, int folder, const QByteArray& name) 
 
 struct Reading {
     QByteArray name;
-    /// What came of it; absent where the file is gone.
+    /// The result; absent where the file is gone.
     std::optional<ItemFile> result;
     /// Why there is no result but a problem; 0 where there is one.
     int errorNumber = 0;
@@ -239,7 +239,7 @@ void Update::updateRoot(const tl::expected<RootContents, int>& contents) {
         result_.changed = library_.problem != problem;
         library_.problem = problem;
         if (contents.error() == ENOENT || contents.error() == ENOTDIR) {
-            // There is no folder, and so there is nothing in it.
+            // A folder that does not exist has no items.
             result_.changed = result_.changed || !library_.collections.empty();
             library_.collections.clear();
         } else if (mayPass(contents.error())) {
@@ -334,7 +334,7 @@ void Update::updateFiles(Collection& collection, Readings& readings, const std::
         if (reading.wasBrokenOff)
             continue;
         if (reading.errorNumber != 0) {
-            // What was known stays; having no version, the file is read again whenever it is compared.
+            // The known items stay. Without a version the file is read again at every comparison.
             reading.result = known == files.end() ? ItemFile() : known->second;
             reading.result->version = {};
             reading.result->problem = std::make_shared<const TextPair>(

@@ -25,7 +25,7 @@ struct FileStamp {
     bool operator==(const FileStamp&) const = default;
 };
 
-/// What is in the folder of all collections.
+/// The content of the folder of all collections.
 struct RootContents {
     /// Sub-folders, by name.
     std::vector<QByteArray> collections;
@@ -36,11 +36,11 @@ struct RootContents {
 /// number.
 [[nodiscard]] tl::expected<RootContents, int> readRoot(const QByteArray& root);
 
-/// What an update has come to.
+/// The result of an update.
 struct Updated {
     /// Whether anything came out differently.
     bool changed = false;
-    /// What could not be read and may be readable without anybody having changed it.
+    /// Files and folders that could not be read, but may become readable without a change.
     items::Changes unread;
 };
 

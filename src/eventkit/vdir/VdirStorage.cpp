@@ -145,7 +145,7 @@ bool VdirStorage::update(items::Library& library, const items::Changes& changes,
     Updated updated = updateLibrary(library, root_, contents, changes, local, isEnding_);
     unread_ = std::move(updated.unread);
     unread_.collections = unread_.collections || !isSettled;
-    // Whoever is gone before the folder is compared need not know.
+    // The observer may be gone before the folder is compared.
     const auto notice =
         wasRead_ && coverage_ == Coverage::limited ? std::optional(unwatchedNotice()) : std::nullopt;
     wasRead_ = true;
@@ -230,14 +230,14 @@ bool VdirStorage::settle(const QByteArray& journalName) {
     const auto journal = opened ? Journal::parse(opened->text) : std::nullopt;
     if (!journal || !staysInFolder(*journal))
         return opened || opened.error() == ENOENT;
-    // Whoever is in the middle of it holds the locks.
+    // A process in the middle of the change holds the locks.
     const auto locks = lockFolders(journal->collections(), FileLock::Waiting::none);
     const auto isHeld = [](const auto& lock) { return lock->isHeld(); };
     const bool isAbandoned = locks && (std::all_of((*locks)->begin(), (*locks)->end(), isHeld) ||
                                        !items::isOfRunningProcess(journalName));
     if (!isAbandoned)
         return false;
-    // It may have come to its end meanwhile.
+    // The change may have been completed meanwhile.
     if (!stampOf(path))
         return true;
     return vdir::settle(*journal, root_) && ::unlink(path.constData()) == 0;

@@ -77,7 +77,7 @@ class VdirStorage : public items::ItemStorage {
     std::unique_ptr<FolderWatcher> watcher_;
     bool wasRead_ = false;
     FolderWatcher::Coverage coverage_ = FolderWatcher::Coverage::complete;
-    /// What is to be looked at again without being told.
+    /// Files and folders to check again without a notification.
     items::Changes unread_;
 };
 

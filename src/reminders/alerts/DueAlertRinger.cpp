@@ -148,7 +148,7 @@ void DueAlertRinger::ring(const EKReminderData& reminder, Instant instant) {
     if (shown != showing_.end() && shown->second == instant)
         return;
     showing_[id] = instant;
-    // What could not be shown is tried again, but rings once.
+    // A notification that could not be shown is tried again, but rings once.
     if (std::exchange(announced_[id], instant) != instant)
         Q_EMIT rang(id);
     services_.notifier.show(notificationFor(reminder), [self = QPointer(this), id, instant](bool succeeded) {

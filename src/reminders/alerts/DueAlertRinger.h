@@ -20,7 +20,7 @@ class Localization;
 class ReminderStore;
 class UserDefaults;
 
-/// What a DueAlertRinger works with. Everything here outlives it.
+/// The surroundings of a DueAlertRinger. Everything here must outlive it.
 struct DueAlertServices {
     EKEventStore& eventStore;
     /// Those of the same database.
@@ -39,9 +39,9 @@ struct DueAlertServices {
 /// shown when the machine slept, the program was not running or there was no notification service. A reminder
 /// of which several alarms have fallen due meanwhile rings once.
 ///
-/// Nothing rings twice. What has rung is kept in the preferences; that the person has dealt with it, and that
-/// it is to ring again later, is written to the reminder where other programs see it. What fell due before
-/// the first start, or more than thirty days ago, stays silent.
+/// No alert rings twice. Alerts that have rung are kept in the preferences; that the person has dealt with
+/// it, and that it is to ring again later, is written to the reminder where other programs see it. What fell
+/// due before the first start, or more than thirty days ago, stays silent.
 ///
 /// Thread: main.
 class DueAlertRinger : public QObject {
@@ -81,7 +81,7 @@ class DueAlertRinger : public QObject {
     void showFailure(UserNotification notification, const TextPair& failure);
 
     DueAlertServices services_;
-    /// What fell due up to this moment does not ring.
+    /// Alerts due up to this moment do not ring.
     Instant since_;
     /// Up to which moment each reminder has rung.
     std::map<QString, Instant> rung_;

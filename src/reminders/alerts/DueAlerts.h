@@ -31,7 +31,7 @@ void snoozeAlert(EKReminderData& reminder, Instant until, Instant now, const QBy
 [[nodiscard]] std::optional<Instant> snoozedUntil(AlertAnswer answer, Instant now,
                                                   const ZoneCalendar& calendar);
 
-/// What an action is called.
+/// The label of an action.
 [[nodiscard]] TextPair label(AlertAnswer answer);
 
 }  // namespace kestrant

@@ -9,7 +9,7 @@
 
 namespace kestrant {
 
-/// What a person does about an alert.
+/// A person's answer to an alert.
 enum class AlertAnswer {
     /// Ticks the reminder off.
     complete,
@@ -46,7 +46,7 @@ struct UserNotification {
 /// The desktop's service for notifications. It may be absent, start late, die and come back; none of this is
 /// an error of the program. Thread: main.
 ///
-/// Nothing is promised about how long a notification stays on the screen. One that goes away without the
+/// A notification may leave the screen at any time. One that goes away without the
 /// person's doing, because its time was over or the service died, is answered by nothing at all. At the end
 /// of this object every notification still on show is withdrawn, because its actions would lead nowhere.
 class UserNotifier {

@@ -32,7 +32,7 @@ class EventStoreScriptHost final : public ScriptHost {
 
   private:
     using Answer = std::function<void(tl::expected<QStringList, ScriptError>)>;
-    /// What the main thread and the script's share.
+    /// State shared by the main thread and the script's.
     struct Shared {
         std::mutex mutex;
         std::condition_variable changed;

@@ -27,7 +27,7 @@ class FlaggedReminderAutomation {
     using ReadCompletion = std::function<void(tl::expected<QSet<QString>, AutomationError>)>;
     using SetCompletion = std::function<void(tl::expected<void, AutomationError>)>;
 
-    /// What the queue's thread is called.
+    /// Name of the queue's thread.
     static constexpr auto queueLabel = "com.Kestrant.notchapp.reminders-automation";
 
     /// `queue` runs one job at a time, never on the main thread, and has run all of them when it ends; the

@@ -15,7 +15,7 @@ struct ReminderFlagIndex {
     /// Flags set by this program, by flag key.
     QHash<QString, bool> localOverrides;
 
-    /// What identifies a reminder in the index: the last "/" component of its identifier, in lower case.
+    /// The key of a reminder in the index: the last "/" component of its identifier, in lower case.
     [[nodiscard]] static QString flagKey(const QString& reminderID);
     [[nodiscard]] bool isFlagged(const QString& reminderID) const;
 

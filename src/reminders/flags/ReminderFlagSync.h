@@ -54,7 +54,7 @@ class ReminderFlagSync : public QObject {
     void indexChanged();
     void isLoadingChanged();
     void errorChanged();
-    /// Nothing is under way any more.
+    /// Emitted when no write is under way any more.
     void ended();
 
   private:
@@ -75,7 +75,7 @@ class ReminderFlagSync : public QObject {
     int underWay_ = 0;
     int generation_ = 0;
     ScheduledTask timeoutTask_;
-    /// By flag key: the number of the latest write.
+    /// The number of the latest write, by flag key.
     std::map<QString, int> writeGenerations_;
     Subscription defaultsObserver_;
 };

@@ -8,7 +8,7 @@
 
 namespace kestrant {
 
-/// What the Reminders application is asked about flags, as a value. A host that runs texts takes source();
+/// A request about flags to the Reminders application, as a value. A host that runs texts takes source();
 /// any other carries out the request itself.
 struct ReminderScript {
     /// Asks for the identifiers of all flagged reminders that are open.

@@ -70,7 +70,7 @@ TextPair offsetInWords(double seconds) {
             words.french.arg(count) + QLatin1Char(' ') + side.french};
 }
 
-/// What an alarm that rings then stands for.
+/// The schedule that an alarm at this time stands for.
 std::optional<ReminderAlertSchedule> scheduleOf(Instant rings, const std::optional<DateComponents>& due,
                                                 const ZoneCalendar& calendar) {
     const auto dueInstant = due ? calendar.instantFrom(*due) : std::nullopt;

@@ -52,7 +52,7 @@ struct ReminderList {
 /// Whether the reminders may be read, and if not, why.
 struct ReminderAccessState {
     enum class Kind {
-        /// Nobody has asked yet; nothing is shown.
+        /// Access has not been requested yet; nothing is shown.
         notDetermined,
         /// The database is being opened.
         requesting,
@@ -104,7 +104,7 @@ inline constexpr std::array allNewReminderPriorities{NewReminderPriority::high, 
     return 1 + 4 * static_cast<int>(priority);
 }
 
-/// What a creation form hands over.
+/// The content of a creation form.
 struct NewReminder {
     QString title;
     /// For a date-only reminder, any instant of its day in the person's calendar.
@@ -120,7 +120,7 @@ struct NewReminder {
     ReminderRepeat repeat = ReminderRepeat::none;
 };
 
-/// What an edit form shows and hands back.
+/// The content of an edit form, shown and returned.
 struct ReminderEditDetails {
     QString title;
     /// For a date-only reminder, any instant of its day in the person's calendar.

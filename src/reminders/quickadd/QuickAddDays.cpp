@@ -23,11 +23,11 @@ std::optional<QDate> nextDate(QDate today, std::optional<int> month, int day) {
     return std::nullopt;
 }
 
-/// What leads to a day: "by", "due on the", "à partir de".
+/// Words that lead to a day: "by", "due on the", "à partir de".
 struct Lead {
     std::size_t end = 0;
     bool isThere = false;
-    /// It ends with an article: "on the 5th", "le 5".
+    /// Whether the words end with an article: "on the 5th", "le 5".
     bool hasArticle = false;
 };
 

@@ -228,7 +228,7 @@ class Reader {
         text.remove(atEnd);
         text.remove(beforeSign);
         text.replace(between, QStringLiteral(" "));
-        // What is left of "tomorrow!" is no title.
+        // The "!" left of "tomorrow!" is no title.
         const bool isNothing =
             std::all_of(text.begin(), text.end(), [](QChar c) { return c.isSpace() || c.isPunct(); });
         return isNothing ? QString() : text.trimmed();

@@ -46,7 +46,7 @@ struct QuickAddPiece {
     bool operator==(const QuickAddPiece&) const = default;
 };
 
-/// What a quick-add line says.
+/// The meaning of a quick-add line.
 struct QuickAddLine {
     /// The line without what was understood.
     QString title;
@@ -56,11 +56,11 @@ struct QuickAddLine {
     std::optional<NewReminderPriority> priority;
     /// The identifier of the list.
     std::optional<QString> listID;
-    /// What was understood, in the order of the line.
+    /// The pieces that were understood, in the order of the line.
     std::vector<QuickAddPiece> pieces;
 };
 
-/// What a line is read against.
+/// The present, zone, language and lists against which a line is read.
 struct QuickAddContext {
     Instant now;
     ZoneCalendar calendar;
@@ -80,7 +80,7 @@ struct QuickAddContext {
 /// An hour of a twelve-hour clock without am and pm is that of the day (1 to 7 are in the afternoon), unless
 /// words like "morning" say otherwise.
 ///
-/// Nothing is understood in the ranges that the person has `refused`.
+/// Text in the ranges that the person has `refused` stays in the title.
 [[nodiscard]] QuickAddLine parseQuickAdd(const QString& line, const QuickAddContext& context,
                                          const std::vector<TextRange>& refused = {});
 

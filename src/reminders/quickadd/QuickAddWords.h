@@ -35,7 +35,7 @@ struct Named {
 enum class Unit { minutes, hours, days, weeks, fortnights, months, years };
 [[nodiscard]] std::optional<Unit> unitNamed(const QString& word);
 
-/// What may follow a day without making it part of a name: "with", "chez".
+/// Words that may follow a day without making it part of a name: "with", "chez".
 [[nodiscard]] bool isConnector(const QString& word);
 /// After these a day is none to do something on: "every monday", "depuis lundi", "black friday".
 [[nodiscard]] bool forbidsDay(const QString& word);

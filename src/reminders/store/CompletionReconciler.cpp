@@ -25,7 +25,7 @@ CompletionReconciler::CompletionReconciler(EKEventStore& eventStore, Scheduler& 
 
 void CompletionReconciler::note(const QString& reminderID, ReminderCompletionState state) {
     states_.insert_or_assign(reminderID, state);
-    // What is being fetched may tell of the time before.
+    // A fetch under way may still return the state before this.
     ++generation_;
 }
 

@@ -41,7 +41,7 @@ class CompletionReconciler : public QObject {
   Q_SIGNALS:
     void recordsChanged();
     void errorChanged();
-    /// Nothing is waiting or under way any more.
+    /// Emitted when nothing is waiting or under way any more.
     void ended();
 
   private:

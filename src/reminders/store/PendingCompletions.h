@@ -69,7 +69,7 @@ class PendingCompletions : public QObject {
     std::map<QString, ScheduledTask> delays_;
     /// Those being written, with everybody who waits for them.
     std::map<QString, std::vector<ReminderCompletion>> committing_;
-    /// What is recorded of those that are pending.
+    /// The history's entries of pending completions.
     std::map<QString, RecordedChangeRef> recorded_;
 };
 

@@ -41,7 +41,7 @@ struct RecordedChange {
     /// A completion that is being written for the first time; replays wait for the end.
     bool isUnderWay = false;
     std::vector<std::function<void()>> waiting;
-    /// What the next replay takes back; null when nothing was written.
+    /// The change that the next replay reverts; null when nothing was written.
     std::shared_ptr<const EKItemChange> change;
     bool isTakenBack = false;
     std::optional<QString> completedCopy;
@@ -70,7 +70,7 @@ class RecordedChanges : public QObject {
     using OperationOf = std::function<ReminderActionHistory::Operation(const RecordedChangeRef&)>;
     [[nodiscard]] RecordedChangeRef beginPending(const QString& id, const OperationOf& undo,
                                                  const OperationOf& redo);
-    /// What was written, or why nothing was.
+    /// The change that was written, or the reason why none was.
     void end(const RecordedChangeRef& recorded, const tl::expected<EKSaveResult, EKError>& result);
     /// Ends it at once, or when it is known what became of the change.
     void endOnceKnown(const RecordedChangeRef& recorded, const QString& id,
@@ -91,7 +91,7 @@ class RecordedChanges : public QObject {
     [[nodiscard]] RecordedChangeRef make(RecordedChange::Kind kind, const QString& id) const;
     [[nodiscard]] ReminderActionHistory::Operation replayOf(const RecordedChangeRef& recorded);
     void replayed(RecordedChange& recorded, const EKSaveResult& result);
-    /// Whatever is known of the reminder by its identifier is known by this one from here on.
+    /// Carries everything stored under the reminder's identifier over to a new one.
     void follow(const RecordedChange& recorded, const QString& id);
 
     const ReminderStoreServices& services_;

@@ -232,7 +232,7 @@ void ReminderActionHistory::end(const Replay& replay, const QUuid& id,
                                 const tl::expected<void, ReminderStoreError>& result) {
     const QPointer self(this);
     Entries& from = this->*replay.from;
-    // It may have expired or been withdrawn meanwhile.
+    // The entry may have expired or been withdrawn meanwhile.
     const auto entry =
         std::find_if(from.begin(), from.end(), [&](const Entry& candidate) { return candidate.id == id; });
     const bool moves = result && entry != from.end();

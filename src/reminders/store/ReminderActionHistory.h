@@ -29,7 +29,7 @@ class ReminderActionHistory : public QObject {
     /// Calls its argument exactly once, within the call or later, when the operation has ended.
     using Operation = std::function<void(Done)>;
 
-    /// What is said of an action, as sentences: when it was done, and when it was taken back. Empty where
+    /// The sentences about an action: after it was done, and after it was undone. Empty where
     /// there is nothing to say.
     struct Outcome {
         TextPair done;
@@ -43,7 +43,7 @@ class ReminderActionHistory : public QObject {
         Instant createdAt;
         Operation undo;
         Operation redo;
-        /// It was asked for and may still be called off.
+        /// The action was requested and can still be cancelled.
         bool isPending = false;
         /// The person has been told that somebody else has changed what it would replay.
         bool isBlocked = false;
@@ -97,7 +97,7 @@ class ReminderActionHistory : public QObject {
     /// sleeps.
     void removeExpired();
 
-    /// What is shown when an undo or redo fails.
+    /// The message for an undo or redo that fails.
     [[nodiscard]] static TextPair failureTitle();
     [[nodiscard]] static TextPair failureText();
 

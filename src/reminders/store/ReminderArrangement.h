@@ -47,7 +47,7 @@ class ReminderArrangement : public QObject {
     };
     void applySortMode(ReminderSortMode mode);
     void apply(const Placement& placement);
-    /// What has come since keeps its place, and what has gone stays away.
+    /// Reminders added since keep their places, and removed ones stay away.
     void restore(const Placement& placement);
     void record(const TextPair& title, const TextPair& outcome, std::function<void()> undo,
                 std::function<void()> redo);

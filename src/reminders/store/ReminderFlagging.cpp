@@ -19,7 +19,7 @@ namespace {
 using Code = ReminderStoreError::Code;
 using Done = ReminderActionHistory::Done;
 
-/// What a new reminder is given to become known to other programs.
+/// Time for a new reminder to become known to other programs.
 constexpr Duration newReminderDelay = std::chrono::milliseconds(200);
 
 }  // namespace

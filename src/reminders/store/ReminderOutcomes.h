@@ -13,7 +13,7 @@ namespace kestrant {
 
 struct EKReminderData;
 
-// What is said of an action on a reminder once it has happened. Long titles are cut, so that the verb is
+// Sentences about actions on a reminder that have happened. Long titles are cut, so that the verb is
 // seen.
 
 /// The sentence with the title in the place of %1 and, where it has one, `detail` in that of %2.

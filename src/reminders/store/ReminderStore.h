@@ -136,7 +136,7 @@ class ReminderStore : public QObject {
     void create(const NewReminder& reminder, CreationCompletion completion) {
         writer_.create(reminder, std::move(completion));
     }
-    /// What an edit form starts from; absent when the reminder is gone.
+    /// The initial content of an edit form; absent when the reminder is gone.
     [[nodiscard]] std::optional<ReminderEditDetails> editDetails(const QString& id) const {
         return writer_.editDetails(id);
     }

@@ -22,7 +22,7 @@ class ReminderActionHistory;
 class Scheduler;
 class UserDefaults;
 
-/// What a ReminderStore works with. Everything here outlives the store.
+/// The surroundings of a ReminderStore. Everything here must outlive the store.
 struct ReminderStoreServices {
     EKEventStore& eventStore;
     /// Those of the same database.
@@ -43,7 +43,7 @@ struct ReminderStoreServices {
     FlaggedReminderAutomation* flags = nullptr;
 };
 
-/// What a change of a reminder ends with; may be empty.
+/// The completion of a change of a reminder; may be empty.
 using ReminderCompletion = std::function<void(tl::expected<void, ReminderStoreError>)>;
 
 }  // namespace kestrant

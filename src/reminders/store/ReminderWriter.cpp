@@ -31,7 +31,7 @@ tl::expected<void, ReminderStoreError> outcome(const tl::expected<EKSaveResult, 
     return {};
 }
 
-/// What an edit writes for a title: trimmed, unless it stands there like this already.
+/// The title that an edit writes: trimmed, unless it is unchanged.
 tl::expected<QString, ReminderStoreError> titleToWrite(const QString& wanted, const QString& present) {
     if (wanted.trimmed().isEmpty())
         return failure(Code::emptyTitle);

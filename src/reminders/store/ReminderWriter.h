@@ -54,7 +54,7 @@ class ReminderWriter : public QObject {
 
   private:
     using Edit = std::function<tl::expected<void, ReminderStoreError>(EKReminderData& reminder)>;
-    /// What is said of the edited reminder.
+    /// The sentences about the edited reminder.
     using Describe = std::function<TextPair(const EKReminderData& edited)>;
 
     /// Looks the reminder up, edits it and saves it.

@@ -104,7 +104,7 @@ void ShownReminders::updateManualOrder(bool isOfOneList) {
             open.insert(task.id);
         order.removeIf([&](const QString& id) { return !open.contains(id); });
     }
-    // What is shown and has no place yet comes last.
+    // Reminders without a place in the order come last.
     const ReminderPresent now = present();
     const auto isShownWithoutPlace = [&](std::uint32_t index) {
         return !ordering_.hasPlace(index) && passes((*fetchedTasks_)[index], filters_, now);

@@ -71,7 +71,7 @@ class ShownReminders : public QObject {
     const ReminderStoreServices& services_;
     ReminderArrangement& arrangement_;
     ReminderFlagSync& flags_;
-    /// What the last fetch found, and the calendar that was used to understand it.
+    /// The result of the last fetch, and the time zone in which it was read.
     struct Fetched {
         OpenReminders::Reminders reminders;
         std::optional<ZoneCalendar> calendar;
