@@ -73,12 +73,12 @@ void CalendarCommands::proceed() {
     }
     run_.printProblems();
     if (run_.hasAnswer(EKEntityType::event, {}))
-        carryOut();
+        execute();
     else
         run_.finish(refused);
 }
 
-void CalendarCommands::carryOut() {
+void CalendarCommands::execute() {
     switch (run_.arguments.command) {
     case Command::agenda:
         printAgenda();

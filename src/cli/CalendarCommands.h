@@ -17,7 +17,7 @@ class CalendarCommands {
 
   private:
     void proceed();
-    void carryOut();
+    void execute();
     void printAgenda();
     void addEvent();
     void deleteEvent();

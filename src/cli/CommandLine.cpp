@@ -55,7 +55,7 @@ bool makesItems(Command command) {
 }
 
 template <typename Commands>
-int carryOut(CommandRun& run) {
+int execute(CommandRun& run) {
     Commands commands(run);
     commands.start();
     return QCoreApplication::exec();
@@ -110,8 +110,7 @@ int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& s
         eventStoreToUse(parsed->store, defaults.string(preferenceKeys::eventStore),
                         EventStoreLocation{environment.storeFolder}, environment.desktopHasStore);
     CommandRun run(*parsed, environment, defaults, preferences, localization, store);
-    return isAboutCalendar(parsed->command) ? carryOut<CalendarCommands>(run)
-                                            : carryOut<ReminderCommands>(run);
+    return isAboutCalendar(parsed->command) ? execute<CalendarCommands>(run) : execute<ReminderCommands>(run);
 }
 
 }  // namespace kestrant

@@ -132,12 +132,12 @@ void ReminderCommands::loaded() {
     if (store_.flagFilterError())
         run_.printError(*store_.flagFilterError());
     if (run_.hasAnswer(EKEntityType::reminder, listID_))
-        carryOut();
+        execute();
     else
         run_.finish(refused);
 }
 
-void ReminderCommands::carryOut() {
+void ReminderCommands::execute() {
     const CommandLineArguments& arguments = run_.arguments;
     switch (arguments.command) {
     case Command::list:

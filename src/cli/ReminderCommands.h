@@ -36,7 +36,7 @@ class ReminderCommands {
     /// Finds the list that was named.
     [[nodiscard]] tl::expected<void, TextPair> takeList();
     void loaded();
-    void carryOut();
+    void execute();
     /// Finds the reminders that were named; all of them exist, or the command is refused.
     void findReminders();
     void foundReminders();

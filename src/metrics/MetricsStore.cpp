@@ -129,13 +129,14 @@ StoreResult<> MetricsStore::cut(const Report& report, double createdDayEpoch, do
                    {report.reportID, report.count, report.createdDay, createdDayEpoch, report.nextAttemptAt})
             .and_then([&] { return state(); })
             .and_then([&](const AggregateState& before) {
-                return takeOut(report.count, before.pendingCount > report.count ? std::optional(nextReportAt)
-                                                                                : std::nullopt);
+                return removeFromFile(report.count, before.pendingCount > report.count
+                                                        ? std::optional(nextReportAt)
+                                                        : std::nullopt);
             });
     });
 }
 
-StoreResult<> MetricsStore::takeOut(qint64 count, std::optional<double> nextReportAt) {
+StoreResult<> MetricsStore::removeFromFile(qint64 count, std::optional<double> nextReportAt) {
     return execute("UPDATE aggregate_state SET pending_count = pending_count - ?, next_report_at = ? "
                    "WHERE singleton = 1",
                    {count, nextReportAt ? SQLValue(*nextReportAt) : SQLValue(nullptr)});
@@ -145,7 +146,7 @@ StoreResult<> MetricsStore::arrangeNextReport(Instant now, double nextReportAt) 
     return transaction([&] {
         return state().and_then([&](const AggregateState& present) -> StoreResult<> {
             if (present.pendingCount == 0)
-                return present.nextReportAt ? takeOut(0, std::nullopt) : StoreResult<>();
+                return present.nextReportAt ? removeFromFile(0, std::nullopt) : StoreResult<>();
             if (!present.nextReportAt || isTooFarAhead(*present.nextReportAt, now))
                 return postponeNextReport(nextReportAt);
             return {};

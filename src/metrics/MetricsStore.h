@@ -75,7 +75,7 @@ class MetricsStore {
     [[nodiscard]] StoreResult<> transaction(Body body);
     [[nodiscard]] StoreResult<> succeedIfOneRowChanged() const;
     /// Counts `count` fewer.
-    [[nodiscard]] StoreResult<> takeOut(qint64 count, std::optional<double> nextReportAt);
+    [[nodiscard]] StoreResult<> removeFromFile(qint64 count, std::optional<double> nextReportAt);
     [[nodiscard]] StoreResult<> postponeNextReport(double nextReportAt);
 
     std::optional<QString> folder_;

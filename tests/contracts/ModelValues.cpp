@@ -128,7 +128,7 @@ std::optional<Values> completed(Values& values) {
 void change(EKReminderData& data, unsigned property, unsigned value) {
     static const std::vector<QString> texts{"milk", "pain; \"bio\", 日本\\语", "two\nlines", "two  spaces",
                                             QString(75, 'x')};
-    const auto setText = [&](Rare<QString>& text) {
+    const auto setText = [&](CompactOptional<QString>& text) {
         if (value % 4 == 3)
             text.reset();
         else

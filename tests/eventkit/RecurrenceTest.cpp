@@ -1,4 +1,4 @@
-#include "eventkit/recurrence/Occurrences.h"
+#include "eventkit/recurrence/OccurrenceIterator.h"
 #include "support/ReminderBuilders.h"
 
 #include <gmock/gmock.h>
@@ -8,7 +8,7 @@ namespace {
 
 using icalendar::DateKind;
 using icalendar::LocalTime;
-using icalendar::Occurrences;
+using icalendar::OccurrenceIterator;
 using icalendar::RecurrenceRule;
 
 const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
@@ -29,7 +29,7 @@ QString datesOf(const char* ruleText, const QString& start, int count) {
     if (!rule)
         return "invalid";
     const DateKind kind = start.size() > 8 ? DateKind::time : DateKind::day;
-    Occurrences occurrences(*rule, timeFrom(start), kind, paris);
+    OccurrenceIterator occurrences(*rule, timeFrom(start), kind, paris);
     EXPECT_EQ(occurrences.next(), timeFrom(start));
     QStringList result;
     for (int i = 0; i < count; ++i) {
@@ -45,21 +45,21 @@ QString datesOf(const char* ruleText, const QString& start, int count) {
 void expectTheSameAfterSkipping(const char* ruleText, const QString& start) {
     const auto rule = RecurrenceRule::parse(ruleText);
     const DateKind kind = start.size() > 8 ? DateKind::time : DateKind::day;
-    Occurrences walked(*rule, timeFrom(start), kind, paris);
+    OccurrenceIterator walked(*rule, timeFrom(start), kind, paris);
     std::vector<std::optional<LocalTime>> dates;
     for (int i = 0; i < 12; ++i)
         dates.push_back(walked.next());
     for (std::size_t i = 0; i < dates.size() && dates[i]; ++i) {
-        Occurrences skipped(*rule, timeFrom(start), kind, paris);
+        OccurrenceIterator skipped(*rule, timeFrom(start), kind, paris);
         skipped.skipTo(*dates[i]);
         for (std::size_t next = i; next < dates.size(); ++next)
             EXPECT_EQ(skipped.next(), dates[next]) << ruleText << " from date " << i << " to " << next;
-        Occurrences back(*rule, timeFrom(start), kind, paris);
+        OccurrenceIterator back(*rule, timeFrom(start), kind, paris);
         back.skipTo(*dates[i]);
         for (std::size_t previous = i; previous > 0; --previous)
             EXPECT_EQ(back.previous(), dates[previous - 1]) << ruleText << " back from date " << i;
         EXPECT_FALSE(back.previous().has_value()) << ruleText << " back from date " << i;
-        Occurrences between(*rule, timeFrom(start), kind, paris);
+        OccurrenceIterator between(*rule, timeFrom(start), kind, paris);
         between.skipTo({dates[i]->day.addDays(1), QTime(0, 0)});
         const auto following = std::find_if(
             dates.begin(), dates.end(), [&](const auto& date) { return !date || dates[i]->day < date->day; });
@@ -181,8 +181,8 @@ TEST(OccurrencesTest, FindsByArithmeticWhatLiesFarAway) {
                "20260101T0000", 400},
           Case{"FREQ=YEARLY" + everySecond + ";BYDAY=MO,TU,WE,TH,FR,SA,SU;BYSETPOS=-1", "20261231T2359",
                400}}) {
-        Occurrences dates(*RecurrenceRule::parse(each.rule), timeFrom("19700101T0930"), DateKind::time,
-                          paris);
+        OccurrenceIterator dates(*RecurrenceRule::parse(each.rule), timeFrom("19700101T0930"), DateKind::time,
+                                 paris);
         dates.limitSteps(100'000);
         dates.skipTo(timeFrom("20260101T0000"));
         const auto next = dates.next();
@@ -192,15 +192,15 @@ TEST(OccurrencesTest, FindsByArithmeticWhatLiesFarAway) {
 }
 
 TEST(OccurrencesTest, GivesUpAfterAsManySteps) {
-    Occurrences dates(*RecurrenceRule::parse("FREQ=SECONDLY;INTERVAL=60;BYSECOND=30"),
-                      timeFrom("20260101T0000"), DateKind::time, paris);
+    OccurrenceIterator dates(*RecurrenceRule::parse("FREQ=SECONDLY;INTERVAL=60;BYSECOND=30"),
+                             timeFrom("20260101T0000"), DateKind::time, paris);
     dates.limitSteps(1000);
     EXPECT_TRUE(dates.next().has_value());
     EXPECT_FALSE(dates.next().has_value());
     EXPECT_TRUE(dates.ranOut());
     // What has no date in the span costs no more than the span.
-    Occurrences never(*RecurrenceRule::parse("FREQ=YEARLY;BYYEARDAY=1;BYMONTH=12"), timeFrom("20200101T0000"),
-                      DateKind::time, paris);
+    OccurrenceIterator never(*RecurrenceRule::parse("FREQ=YEARLY;BYYEARDAY=1;BYMONTH=12"),
+                             timeFrom("20200101T0000"), DateKind::time, paris);
     never.limitSteps(1000);
     never.skipTo(timeFrom("20260101T0000"));
     never.endWith({2025, 1, 1}, {2027, 1, 1});

@@ -57,12 +57,12 @@ void forgetShared(gpointer shared, GClosure*) {
 }  // namespace
 
 std::shared_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEntityType type,
-                                                          CallLimit& limit, Observer observer,
+                                                          CallTimeout& limit, Observer observer,
                                                           TextPair& reason) {
     constexpr guint32 withoutWaiting = static_cast<guint32>(-1);
     Error failed;
     const Text title(e_source_dup_display_name(source));
-    const CallLimit::Call call(limit, QString::fromUtf8(title.get()));
+    const CallTimeout::Call call(limit, QString::fromUtf8(title.get()));
     if (!isResponding(calendarProcess, call.cancellable())) {
         reason = noAnswerInTime();
         return nullptr;
@@ -86,7 +86,8 @@ std::shared_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEnt
     return result;
 }
 
-EvolutionClient::EvolutionClient(Ref<EClient> client, EKEntityType type, CallLimit& limit, Observer observer)
+EvolutionClient::EvolutionClient(Ref<EClient> client, EKEntityType type, CallTimeout& limit,
+                                 Observer observer)
     : limit_(limit)
     , state_(std::make_shared<State>())
     , client_(std::move(client))
@@ -322,7 +323,7 @@ std::optional<WriteError> EvolutionClient::write(const QByteArray& uid, const Se
                                                  const QString& title) {
     if (auto failed = addZones(change))
         return failed;
-    CallLimit::noteWrite();
+    CallTimeout::noteWrite();
     int steps = 0;
     Error error;
     const auto failed = [&] {
@@ -378,7 +379,7 @@ bool EvolutionClient::writeAll(const std::vector<ServiceChange>& changes) {
         if (addZones(change))
             return false;
     }
-    CallLimit::noteWrite();
+    CallTimeout::noteWrite();
     GSList* list = nullptr;
     for (auto component = components.rbegin(); component != components.rend(); ++component)
         list = g_slist_prepend(list, component->get());
@@ -392,7 +393,7 @@ bool EvolutionClient::writeAll(const std::vector<ServiceChange>& changes) {
 }
 
 std::optional<WriteError> EvolutionClient::remove(const QByteArray& uid, const QString& title) {
-    CallLimit::noteWrite();
+    CallTimeout::noteWrite();
     Error error;
     {
         const auto waiting = call();
@@ -408,7 +409,7 @@ EvolutionClient::Answer<QByteArray>
 EvolutionClient::create(const QByteArray& uid, const ServiceChange& content, const QString& title) {
     if (auto failed = addZones(content))
         return tl::unexpected(std::move(*failed));
-    CallLimit::noteWrite();
+    CallTimeout::noteWrite();
     QByteArray result = uid;
     bool isFirst = true;
     for (const ServicePart& part : content.written) {

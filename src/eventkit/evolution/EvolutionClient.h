@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/evolution/CallLimit.h"
+#include "eventkit/evolution/CallTimeout.h"
 #include "eventkit/evolution/EvolutionLists.h"
 #include "eventkit/evolution/Glib.h"
 #include "eventkit/evolution/ServiceReader.h"
@@ -36,7 +36,7 @@ class EvolutionClient {
 
     /// Null with `reason`.
     [[nodiscard]] static std::shared_ptr<EvolutionClient>
-    connect(ESource* source, EKEntityType type, CallLimit& limit, Observer observer, TextPair& reason);
+    connect(ESource* source, EKEntityType type, CallTimeout& limit, Observer observer, TextPair& reason);
     EvolutionClient(const EvolutionClient&) = delete;
     EvolutionClient& operator=(const EvolutionClient&) = delete;
     ~EvolutionClient();
@@ -80,14 +80,14 @@ class EvolutionClient {
     };
     using StateRef = std::shared_ptr<State>;
 
-    EvolutionClient(Ref<EClient> client, EKEntityType type, CallLimit& limit, Observer observer);
+    EvolutionClient(Ref<EClient> client, EKEntityType type, CallTimeout& limit, Observer observer);
 
     [[nodiscard]] ECalClient* calendar() const { return E_CAL_CLIENT(client_.get()); }
     [[nodiscard]] std::optional<std::vector<QByteArray>> allComponents(Error& error);
     [[nodiscard]] std::optional<std::vector<QByteArray>> componentsOf(const QByteArray& uid, Error& error);
     void observe(GCancellable* cancellable);
     void listen(gpointer object, const char* signal, GCallback handler);
-    [[nodiscard]] CallLimit::Call call() { return limit_.call(title_); }
+    [[nodiscard]] CallTimeout::Call call() { return limit_.call(title_); }
     [[nodiscard]] QByteArray fileFrom(std::vector<QByteArray> components);
     [[nodiscard]] QByteArray zoneDefinition(const QByteArray& name);
     /// Fails where the list does not answer.
@@ -98,7 +98,7 @@ class EvolutionClient {
     static void objectsTold(ECalClientView* view, const GSList* components, gpointer state);
     static void objectsRemoved(ECalClientView* view, const GSList* identifiers, gpointer state);
 
-    CallLimit& limit_;
+    CallTimeout& limit_;
     StateRef state_;
     QString title_;
     Ref<EClient> client_;

@@ -63,7 +63,7 @@ tl::expected<std::optional<StoredText>, EKError> EvolutionStorage::read(const Pl
     return *text ? std::optional(stored(std::move(**text))) : std::nullopt;
 }
 
-std::optional<EKError> EvolutionStorage::reasonNotToChange(const Place&) {
+std::optional<EKError> EvolutionStorage::writeRefusal(const Place&) {
     return std::nullopt;
 }
 

@@ -80,7 +80,7 @@ bool ServiceList::describe(items::Collection& collection) const {
     return true;
 }
 
-EvolutionLists::EvolutionLists(CallLimit& limit, std::function<void()> changed)
+EvolutionLists::EvolutionLists(CallTimeout& limit, std::function<void()> changed)
     : limit_(limit)
     , changed_(std::move(changed)) {}
 

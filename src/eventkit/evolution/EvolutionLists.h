@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/evolution/CallLimit.h"
+#include "eventkit/evolution/CallTimeout.h"
 #include "eventkit/evolution/Glib.h"
 #include "eventkit/items/ItemLibrary.h"
 #include "eventkit/model/EKTypes.h"
@@ -36,12 +36,12 @@ struct ServiceList {
 };
 
 /// Which lists the service has, and their settings. Thread: any one at a time; blocks for the
-/// service as CallLimit says.
+/// service as CallTimeout says.
 class EvolutionLists {
   public:
     /// `changed` is called when a list comes, goes or is changed, until close(). The service's library tells
     /// on the thread of the process that came first, so that may be any thread. The limit must live as long.
-    EvolutionLists(CallLimit& limit, std::function<void()> changed);
+    EvolutionLists(CallTimeout& limit, std::function<void()> changed);
     EvolutionLists(const EvolutionLists&) = delete;
     EvolutionLists& operator=(const EvolutionLists&) = delete;
     ~EvolutionLists();
@@ -61,7 +61,7 @@ class EvolutionLists {
     [[nodiscard]] std::optional<EKError> change(const ServiceList& list, const EKCalendar& wanted);
 
   private:
-    CallLimit& limit_;
+    CallTimeout& limit_;
     std::function<void()> changed_;
     Ref<ESourceRegistry> registry_;
     std::vector<gulong> handlers_;

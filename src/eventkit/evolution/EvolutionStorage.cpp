@@ -122,8 +122,8 @@ std::optional<EKError> EvolutionStorage::open() {
     return lists_.open();
 }
 
-void EvolutionStorage::hurry() {
-    limit_.hurry(longestAtTheEnd);
+void EvolutionStorage::prepareToClose() {
+    limit_.prepareToClose(longestAtTheEnd);
 }
 
 void EvolutionStorage::close() {
@@ -390,10 +390,10 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const S
     return changed || before != state();
 }
 
-std::optional<EvolutionStorage::Recheck> EvolutionStorage::recheck() const {
+std::optional<EvolutionStorage::ScheduledCheck> EvolutionStorage::recheck() const {
     if (silent_.empty() && unsent_.empty())
         return std::nullopt;
-    Recheck result{.after = unsent_.empty() ? 60s : 15s, .what = {}};
+    ScheduledCheck result{.after = unsent_.empty() ? 60s : 15s, .what = {}};
     for (const auto& [uid, title] : unsent_)
         result.what.files[uid];
     for (const auto& [uid, times] : silent_) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/evolution/CallLimit.h"
+#include "eventkit/evolution/CallTimeout.h"
 #include "eventkit/evolution/EvolutionClient.h"
 #include "eventkit/evolution/EvolutionLists.h"
 #include "eventkit/evolution/Glib.h"
@@ -22,7 +22,7 @@ namespace kestrant::evolution {
 
 /// The task lists and calendars of the desktop's calendar service: each enabled one is a collection, called
 /// by its UID, and each item in it a file, called by its UID. Thread: that of any piece of work whose turn it
-/// is, but for making and destroying it; blocks for the service as CallLimit says.
+/// is, but for making and destroying it; blocks for the service as CallTimeout says.
 class EvolutionStorage final : public items::ItemStorage {
   public:
     /// `observer` is called on any thread, until close(). `queues` are those that it is used from, and where
@@ -32,15 +32,15 @@ class EvolutionStorage final : public items::ItemStorage {
     ~EvolutionStorage() override;
 
     [[nodiscard]] std::optional<EKError> open() override;
-    void hurry() override;
+    void prepareToClose() override;
     void close() override;
     [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
                               const ZoneCalendar& local) override;
     [[nodiscard]] bool isPartlyRead() const override { return wanted_.has_value(); }
-    [[nodiscard]] std::optional<Recheck> recheck() const override;
+    [[nodiscard]] std::optional<ScheduledCheck> recheck() const override;
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
     read(const items::Place& place) override;
-    [[nodiscard]] std::optional<EKError> reasonNotToChange(const items::Place& place) override;
+    [[nodiscard]] std::optional<EKError> writeRefusal(const items::Place& place) override;
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
     replace(const items::Place& place, const icalendar::Document& before, const icalendar::Document& after,
             const items::Version& expected) override;
@@ -121,7 +121,7 @@ class EvolutionStorage final : public items::ItemStorage {
     class Listener;
 
     std::shared_ptr<Listener> listener_;
-    CallLimit limit_;
+    CallTimeout limit_;
     SourceQueues* queues_;
     EvolutionLists lists_;
     std::map<QByteArray, std::shared_ptr<EvolutionClient>> clients_;

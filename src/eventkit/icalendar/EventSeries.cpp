@@ -19,7 +19,7 @@ using icalendar::EventItem;
 using icalendar::EventLength;
 using icalendar::EventTimes;
 using icalendar::LocalTime;
-using icalendar::Occurrences;
+using icalendar::OccurrenceIterator;
 using icalendar::RecurrenceRule;
 
 /// Room for the occurrences that one series has in an answer, on one side of the present.
@@ -137,13 +137,13 @@ void EventSeries::addChanges() {
 }
 
 void EventSeries::addRules() {
-    const auto add = [&](const QByteArray& text, Occurrences::Start meaning,
+    const auto add = [&](const QByteArray& text, OccurrenceIterator::Start meaning,
                          std::vector<RecurrenceRule>& rules) {
         auto rule = RecurrenceRule::parse(text);
         if (!rule)
             return;
         if (rule->count) {
-            Occurrences dates = datesOf(*rule, meaning);
+            OccurrenceIterator dates = datesOf(*rule, meaning);
             dates.limitSteps(mostSteps);
             const auto last = dates.lastByCount();
             rule->count.reset();
@@ -153,14 +153,14 @@ void EventSeries::addRules() {
         rules.push_back(std::move(*rule));
     };
     for (const EKRecurrenceRule& rule : item_.event.data.recurrenceRules)
-        add(rule.text.toUtf8(), Occurrences::Start::isDate, rules_);
+        add(rule.text.toUtf8(), OccurrenceIterator::Start::isDate, rules_);
     if (rules_.empty()) {
         const LocalTime start = icalendar::localTimeOf(item_.event.times.start);
         rules_.push_back(
             RecurrenceRule{.until = RecurrenceRule::Until{start, RecurrenceRule::UntilForm::local}});
     }
     for (const QByteArray& text : item_.exceptionRules)
-        add(text, Occurrences::Start::isDateIfItFits, exceptionRules_);
+        add(text, OccurrenceIterator::Start::isDateIfItFits, exceptionRules_);
 }
 
 void EventSeries::addExtraDates() {
@@ -220,16 +220,16 @@ bool EventSeries::isListedAsExcluded(const LocalTime& time) const {
     return isListed(time) || (!excludedTimes_.empty() && isListed(shownTime(time)));
 }
 
-Occurrences EventSeries::datesOf(const RecurrenceRule& rule, Occurrences::Start meaning) const {
+OccurrenceIterator EventSeries::datesOf(const RecurrenceRule& rule, OccurrenceIterator::Start meaning) const {
     const DateComponents& start = item_.event.times.start;
     const auto kind = start.includesTime() ? icalendar::DateKind::time : icalendar::DateKind::day;
     return {rule, icalendar::localTimeOf(start), kind, zone_, meaning};
 }
 
-std::vector<Occurrences> EventSeries::exceptions() const {
-    std::vector<Occurrences> result;
+std::vector<OccurrenceIterator> EventSeries::exceptions() const {
+    std::vector<OccurrenceIterator> result;
     for (const RecurrenceRule& rule : exceptionRules_)
-        result.push_back(datesOf(rule, Occurrences::Start::isDateIfItFits));
+        result.push_back(datesOf(rule, OccurrenceIterator::Start::isDateIfItFits));
     return result;
 }
 
@@ -367,8 +367,9 @@ EventSeries::occurrence(const std::optional<Instant>& occurrenceDate) const {
         if (!isRepresentable(time) || instantOf(time) != *occurrenceDate || !isGiven(time) ||
             isListedAsExcluded(time))
             continue;
-        std::vector<Occurrences> rules = exceptions();
-        if (std::any_of(rules.begin(), rules.end(), [&](Occurrences& rule) { return rule.contains(time); }))
+        std::vector<OccurrenceIterator> rules = exceptions();
+        if (std::any_of(rules.begin(), rules.end(),
+                        [&](OccurrenceIterator& rule) { return rule.contains(time); }))
             continue;
         if (const auto date = placed(time))
             return occurrenceOn(*date);

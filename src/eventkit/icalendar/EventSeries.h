@@ -2,7 +2,7 @@
 
 #include "eventkit/icalendar/Event.h"
 #include "eventkit/model/EKEvent.h"
-#include "eventkit/recurrence/Occurrences.h"
+#include "eventkit/recurrence/OccurrenceIterator.h"
 #include "eventkit/recurrence/RecurrenceRule.h"
 
 #include <functional>
@@ -103,10 +103,10 @@ class EventSeries {
                    DateInterval interval, std::optional<std::size_t> change);
     [[nodiscard]] std::optional<Instant> lastEnd() const;
     [[nodiscard]] bool isListedAsExcluded(const icalendar::LocalTime& time) const;
-    [[nodiscard]] icalendar::Occurrences
-    datesOf(const icalendar::RecurrenceRule& rule,
-            icalendar::Occurrences::Start meaning = icalendar::Occurrences::Start::isDate) const;
-    [[nodiscard]] std::vector<icalendar::Occurrences> exceptions() const;
+    [[nodiscard]] icalendar::OccurrenceIterator datesOf(
+        const icalendar::RecurrenceRule& rule,
+        icalendar::OccurrenceIterator::Start meaning = icalendar::OccurrenceIterator::Start::isDate) const;
+    [[nodiscard]] std::vector<icalendar::OccurrenceIterator> exceptions() const;
     [[nodiscard]] bool isGiven(const icalendar::LocalTime& time) const;
     [[nodiscard]] const Extra* extraAt(const icalendar::LocalTime& time) const;
     [[nodiscard]] Instant instantOf(const icalendar::LocalTime& time) const;

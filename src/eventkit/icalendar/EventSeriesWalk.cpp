@@ -6,7 +6,7 @@
 namespace kestrant {
 
 using icalendar::LocalTime;
-using icalendar::Occurrences;
+using icalendar::OccurrenceIterator;
 using icalendar::RecurrenceRule;
 
 EventSeries::Walk::Walk(const EventSeries& series, Way way, const LocalTime& from, QDate first, QDate last,
@@ -18,14 +18,14 @@ EventSeries::Walk::Walk(const EventSeries& series, Way way, const LocalTime& fro
     , first_(first)
     , last_(last) {
     for (const RecurrenceRule& rule : series.rules_) {
-        Occurrences& dates = rules_.emplace_back(series.datesOf(rule));
+        OccurrenceIterator& dates = rules_.emplace_back(series.datesOf(rule));
         dates.limitSteps(std::max<qint64>(steps / std::ssize(series.rules_), 1));
         dates.skipTo(from);
         dates.endWith(first, last);
     }
     const auto& extras = series.extras_;
     extra_ = std::lower_bound(extras.begin(), extras.end(), Extra{from, 0}) - extras.begin();
-    for (Occurrences& dates : rules_)
+    for (OccurrenceIterator& dates : rules_)
         heads_.push_back(advanced(dates));
 }
 
@@ -51,7 +51,7 @@ std::optional<LocalTime> EventSeries::Walk::next() {
 
 qint64 EventSeries::Walk::steps() const {
     qint64 left = 0;
-    for (const Occurrences& dates : rules_)
+    for (const OccurrenceIterator& dates : rules_)
         left += std::max<qint64>(dates.stepsLeft(), 0);
     return steps_ - left;
 }
@@ -64,10 +64,10 @@ bool EventSeries::Walk::ranOut() const {
 bool EventSeries::Walk::isLeftOut(const LocalTime& date) {
     return series_.isListedAsExcluded(date) ||
            std::any_of(exceptions_.begin(), exceptions_.end(),
-                       [&](Occurrences& rule) { return rule.contains(date); });
+                       [&](OccurrenceIterator& rule) { return rule.contains(date); });
 }
 
-std::optional<LocalTime> EventSeries::Walk::advanced(Occurrences& dates) const {
+std::optional<LocalTime> EventSeries::Walk::advanced(OccurrenceIterator& dates) const {
     return way_ == Way::forward ? dates.next() : dates.previous();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "eventkit/icalendar/EventSeries.h"
-#include "eventkit/recurrence/Occurrences.h"
+#include "eventkit/recurrence/OccurrenceIterator.h"
 
 #include <QDate>
 
@@ -31,7 +31,7 @@ class EventSeries::Walk {
 
   private:
     [[nodiscard]] bool isLeftOut(const icalendar::LocalTime& date);
-    [[nodiscard]] std::optional<icalendar::LocalTime> advanced(icalendar::Occurrences& dates) const;
+    [[nodiscard]] std::optional<icalendar::LocalTime> advanced(icalendar::OccurrenceIterator& dates) const;
     /// The next extra date; null where there is none.
     [[nodiscard]] const Extra* extra() const;
     [[nodiscard]] std::optional<icalendar::LocalTime> nearest() const;
@@ -40,8 +40,8 @@ class EventSeries::Walk {
     Way way_;
     qint64 steps_;
     qint64 comparisons_ = 0;
-    std::vector<icalendar::Occurrences> rules_;
-    std::vector<icalendar::Occurrences> exceptions_;
+    std::vector<icalendar::OccurrenceIterator> rules_;
+    std::vector<icalendar::OccurrenceIterator> exceptions_;
     std::vector<std::optional<icalendar::LocalTime>> heads_;
     std::ptrdiff_t extra_ = 0;
     QDate first_;

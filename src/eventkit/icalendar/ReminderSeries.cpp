@@ -15,7 +15,7 @@ using icalendar::DateKind;
 using icalendar::LocalTime;
 using icalendar::localTimeIn;
 using icalendar::localTimeOf;
-using icalendar::Occurrences;
+using icalendar::OccurrenceIterator;
 using icalendar::RecurrenceRule;
 
 qint64 secondsBetween(const LocalTime& from, const LocalTime& to) {
@@ -46,9 +46,10 @@ struct Anchor {
     /// Times are of the person's zone, whichever that is.
     bool isFloating;
 
-    [[nodiscard]] Occurrences occurrencesOf(const RecurrenceRule& rule,
-                                            Occurrences::Start meaning = Occurrences::Start::isDate) const {
-        Occurrences result(rule, time, kind, zone, meaning);
+    [[nodiscard]] OccurrenceIterator
+    occurrencesOf(const RecurrenceRule& rule,
+                  OccurrenceIterator::Start meaning = OccurrenceIterator::Start::isDate) const {
+        OccurrenceIterator result(rule, time, kind, zone, meaning);
         result.limitSteps(mostSteps);
         return result;
     }
@@ -71,7 +72,7 @@ class Exclusions {
         std::sort(days_.begin(), days_.end());
         for (const QByteArray& text : dates.exceptionRules) {
             if (const auto rule = RecurrenceRule::parse(text))
-                rules_.push_back(anchor.occurrencesOf(*rule, Occurrences::Start::isDateIfItFits));
+                rules_.push_back(anchor.occurrencesOf(*rule, OccurrenceIterator::Start::isDateIfItFits));
         }
     }
 
@@ -79,17 +80,17 @@ class Exclusions {
         return std::binary_search(times_.begin(), times_.end(), time) ||
                std::binary_search(days_.begin(), days_.end(), time.day) ||
                std::any_of(rules_.begin(), rules_.end(),
-                           [&](Occurrences& rule) { return rule.contains(time); });
+                           [&](OccurrenceIterator& rule) { return rule.contains(time); });
     }
 
   private:
     std::vector<LocalTime> times_;
     std::vector<QDate> days_;
-    std::vector<Occurrences> rules_;
+    std::vector<OccurrenceIterator> rules_;
 };
 
 /// How many dates of a rule with a COUNT are before `time`; absent where they are too many to be counted.
-std::optional<int> countBefore(const LocalTime& time, Occurrences dates) {
+std::optional<int> countBefore(const LocalTime& time, OccurrenceIterator dates) {
     int count = 0;
     for (auto date = dates.next(); date && *date < time; date = dates.next())
         ++count;
@@ -195,7 +196,7 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
     }
 
     const RecurrenceRule startAlone{.count = 1};
-    std::vector<Occurrences> rules;
+    std::vector<OccurrenceIterator> rules;
     std::vector<std::optional<int>> spent;
     const auto add = [&](const RecurrenceRule& rule) {
         rules.push_back(anchor.occurrencesOf(rule));
@@ -210,7 +211,7 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
         add(startAlone);
     std::vector<std::optional<LocalTime>> heads;
     heads.reserve(rules.size());
-    for (Occurrences& rule : rules)
+    for (OccurrenceIterator& rule : rules)
         heads.push_back(rule.next());
     // The rules are walked side by side; a date that several of them give is one date.
     while (true) {

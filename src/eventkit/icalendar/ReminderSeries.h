@@ -1,7 +1,7 @@
 #pragma once
 
 #include "eventkit/model/EKTypes.h"
-#include "eventkit/recurrence/Occurrences.h"
+#include "eventkit/recurrence/OccurrenceIterator.h"
 
 #include <QByteArray>
 

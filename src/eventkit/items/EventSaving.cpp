@@ -176,7 +176,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData&
         const auto opened = openEvent(base, local);
         if (!opened)
             return tl::unexpected(WriteError(opened.error()));
-        if (auto error = reasonNotToChange(opened->place))
+        if (auto error = writeRefusal(opened->place))
             return tl::unexpected(WriteError(std::move(*error)));
         std::optional<ItemState> rest;
         if (opened->isOfSeries()) {
@@ -185,7 +185,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData&
                 return tl::unexpected(std::move(text.error()));
             rest = opened->state();
             rest->text = *std::move(text);
-        } else if (auto failed = takeOut(*opened, "VEVENT", opened->item, local)) {
+        } else if (auto failed = removeFromFile(*opened, "VEVENT", opened->item, local)) {
             return tl::unexpected(std::move(*failed));
         }
         rebuildSnapshot();

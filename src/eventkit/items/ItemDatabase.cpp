@@ -74,7 +74,7 @@ bool ItemDatabase::placeEvents(const ZoneCalendar& local) {
     changedFiles_.reset();
     for (auto& [name, collection] : library_.collections) {
         for (auto& [file, items] : collection.files) {
-            for (KeptEvent& event : items.events)
+            for (CompactEvent& event : items.events)
                 event = event.placedIn(local, *before);
         }
     }

@@ -47,7 +47,7 @@ class ItemDatabase {
     [[nodiscard]] EKEvents events(const EKEventPredicate& predicate, Instant now);
 
     [[nodiscard]] const std::shared_ptr<const Snapshot>& snapshot() const { return snapshot_; }
-    [[nodiscard]] std::optional<ItemStorage::Recheck> recheck() const { return storage_.recheck(); }
+    [[nodiscard]] std::optional<ItemStorage::ScheduledCheck> recheck() const { return storage_.recheck(); }
 
     /// `base` is null for a new reminder; `now` the time of the change.
     [[nodiscard]] tl::expected<EKSaveResult, EKError> save(const std::shared_ptr<const EKReminderData>& base,
@@ -132,7 +132,7 @@ class ItemDatabase {
                                                            const ZoneCalendar& local);
     [[nodiscard]] tl::expected<OpenEvent, EKError> openEvent(const EKEventData& base,
                                                              const ZoneCalendar& local);
-    [[nodiscard]] std::optional<EKError> reasonNotToChange(const Place& place) const;
+    [[nodiscard]] std::optional<EKError> writeRefusal(const Place& place) const;
     [[nodiscard]] tl::expected<QByteArray, EKError> writableCollection(const QString& identifier) const;
 
     /// Carries a write out that begins with reading, with the collections of these identifiers locked; and
@@ -162,9 +162,9 @@ class ItemDatabase {
     replaceFile(const OpenFile& file, const icalendar::Document& document, const ZoneCalendar& local);
     [[nodiscard]] std::optional<WriteError> removeFile(const Place& place, const Version& expected);
     /// Takes an item, whose components have this name, out of its file.
-    [[nodiscard]] std::optional<WriteError> takeOut(const OpenFile& file, QByteArrayView name,
-                                                    const icalendar::ItemComponents& item,
-                                                    const ZoneCalendar& local);
+    [[nodiscard]] std::optional<WriteError> removeFromFile(const OpenFile& file, QByteArrayView name,
+                                                           const icalendar::ItemComponents& item,
+                                                           const ZoneCalendar& local);
     /// Creates a file in another collection for what `leave` then takes out of
     /// the file it was in; it does not stay when that fails.
     [[nodiscard]] tl::expected<WrittenItem, WriteError>

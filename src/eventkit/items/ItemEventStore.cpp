@@ -39,7 +39,7 @@ ItemEventStore::ItemEventStore(
     , queues_(std::move(queues)) {}
 
 ItemEventStore::~ItemEventStore() {
-    storage_->hurry();
+    storage_->prepareToClose();
     queues_->finish([this] { storage_->close(); });
 }
 

@@ -76,8 +76,8 @@ class ItemEventStore : public EKEventStore {
     /// Runs `change(now, local)` in a queue, shows what came of it, gives it to
     /// `adopt` (the caller's items in hand) and calls `completion(result)`.
     template <typename Change, typename Adopt, typename Completion>
-    void carryOut(const QByteArray& queue, std::vector<Subject> subjects, Change change, Adopt adopt,
-                  Completion completion);
+    void execute(const QByteArray& queue, std::vector<Subject> subjects, Change change, Adopt adopt,
+                 Completion completion);
     /// Work of this queue that is under way may or may not come to a good end;
     /// what waits behind it is refused.
     void operationsOverdue(const QByteArray& queue, const QString& list);

@@ -92,8 +92,8 @@ QByteArray ItemEventStore::queueFor(const std::vector<Subject>& subjects, const 
 }
 
 template <typename Change, typename Adopt, typename Completion>
-void ItemEventStore::carryOut(const QByteArray& queue, std::vector<Subject> subjects, Change change,
-                              Adopt adopt, Completion completion) {
+void ItemEventStore::execute(const QByteArray& queue, std::vector<Subject> subjects, Change change,
+                             Adopt adopt, Completion completion) {
     using Result = decltype(change(Instant(), calendar_.calendar()));
     const auto operation = std::make_shared<Operation>();
     operation->queue = queue;
@@ -212,7 +212,7 @@ void ItemEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAl
     if (groups.empty())
         onMain([gathering] { gathering->completion({}); });
     for (auto& [queue, group] : groups) {
-        carryOut(
+        execute(
             queue, std::move(group.subjects),
             [this, edits = std::move(group.edits)](Instant now, const ZoneCalendar& local) {
                 if (edits.size() > 1)
@@ -240,7 +240,7 @@ void ItemEventStore::remove(const EKReminderRef& reminder, SaveCompletion comple
     const std::vector<Subject> subjects{{reminder->calendarItemIdentifier(), reminder->data.title}};
     const auto& stored = reminder->stored();
     const QString list = stored ? stored->calendarIdentifier : reminder->data.calendarIdentifier;
-    carryOut(
+    execute(
         queueFor(subjects, list, list), subjects,
         [this, identifier = reminder->calendarItemIdentifier()](Instant, const ZoneCalendar& local) {
             return database_.remove(identifier, local);
@@ -269,7 +269,7 @@ void ItemEventStore::revert(const std::shared_ptr<const EKItemChange>& change, c
     const QString from = listOf(item.after ? item.after : item.before);
     // An occurrence that left its series goes back to the list of the series.
     const auto& former = isEvent ? record->items.back().before : item.before;
-    carryOut(
+    execute(
         queueFor(subjects, from, former ? listOf(former) : from), subjects,
         [this, record, identifier](Instant now, const ZoneCalendar& local) {
             return database_.revert(*record, identifier, now, local);
@@ -281,7 +281,7 @@ void ItemEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion comple
     const EKEventData& data = event->data;
     const std::vector<Subject> subjects{{data.calendarItemIdentifier, data.title}};
     const auto& stored = event->stored();
-    carryOut(
+    execute(
         queueFor(subjects, stored ? stored->calendarIdentifier : QString(), data.calendarIdentifier),
         subjects,
         [this, edited = data, base = stored](Instant now, const ZoneCalendar& local) {
@@ -303,7 +303,7 @@ void ItemEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion comple
 void ItemEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion completion) {
     const EKEventData& data = event->stored() ? *event->stored() : event->data;
     const std::vector<Subject> subjects{{data.calendarItemIdentifier, data.title}};
-    carryOut(
+    execute(
         queueFor(subjects, data.calendarIdentifier, data.calendarIdentifier), subjects,
         [this, base = event->stored()](Instant now, const ZoneCalendar& local) -> SaveAnswer {
             if (!base)
@@ -314,7 +314,7 @@ void ItemEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion comp
 }
 
 void ItemEventStore::saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) {
-    carryOut(
+    execute(
         {}, {{{}, calendar.title}},
         [this, calendar](Instant, const ZoneCalendar& local) {
             return database_.saveCalendar(calendar, local);

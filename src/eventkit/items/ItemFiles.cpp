@@ -48,10 +48,10 @@ tl::expected<QByteArray, EKError> ItemDatabase::writableCollection(const QString
     return name;
 }
 
-std::optional<EKError> ItemDatabase::reasonNotToChange(const Place& place) const {
+std::optional<EKError> ItemDatabase::writeRefusal(const Place& place) const {
     if (auto collection = writableCollection(QFile::decodeName(place.collection)); !collection)
         return collection.error();
-    return storage_.reasonNotToChange(place);
+    return storage_.writeRefusal(place);
 }
 
 void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local) {
@@ -98,9 +98,9 @@ void ItemDatabase::takeBack(const Created& created) {
     (void)removeFile(created.place, created.stored.version);
 }
 
-std::optional<WriteError> ItemDatabase::takeOut(const OpenFile& file, QByteArrayView name,
-                                                const icalendar::ItemComponents& item,
-                                                const ZoneCalendar& local) {
+std::optional<WriteError> ItemDatabase::removeFromFile(const OpenFile& file, QByteArrayView name,
+                                                       const icalendar::ItemComponents& item,
+                                                       const ZoneCalendar& local) {
     if (file.isAlone)
         return removeFile(file.place, file.version);
     Document rest = file.document;

@@ -63,7 +63,7 @@ bool sameContent(const ItemFile& a, const ItemFile& b) {
            std::equal(a.reminders.begin(), a.reminders.end(), b.reminders.begin(), b.reminders.end(),
                       [](const auto& x, const auto& y) { return *x == *y; }) &&
            std::equal(a.events.begin(), a.events.end(), b.events.begin(), b.events.end(),
-                      [](const KeptEvent& x, const KeptEvent& y) { return x.isSame(y); });
+                      [](const CompactEvent& x, const CompactEvent& y) { return x.isSame(y); });
 }
 
 ItemReader::ItemReader(const QByteArray& collection, const ZoneCalendar& local)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/items/KeptEvent.h"
+#include "eventkit/items/CompactEvent.h"
 #include "eventkit/model/EKTypes.h"
 #include "foundation/ZoneCalendar.h"
 
@@ -25,7 +25,7 @@ struct ItemFile {
     Version version{};
     /// Each with the identifier it has if it is the only one of its UID, and with that of its list.
     std::vector<std::shared_ptr<const EKReminderData>> reminders;
-    std::vector<KeptEvent> events;
+    std::vector<CompactEvent> events;
     /// Also such as cannot be shown.
     bool holdsEvents = false;
     /// Why it cannot be shown; null where it can.

@@ -20,7 +20,7 @@ struct Entry {
 
 struct EventEntry {
     QByteArray file;
-    KeptEvent event;
+    CompactEvent event;
 };
 
 /// Where an item is.

@@ -58,7 +58,7 @@ class ItemStorage {
     [[nodiscard]] virtual std::optional<EKError> open() = 0;
 
     /// The end is near: nothing waits longer than it must any more. Thread: any.
-    virtual void hurry() {}
+    virtual void prepareToClose() {}
     /// The end of all use.
     virtual void close() {}
 
@@ -75,16 +75,16 @@ class ItemStorage {
 
     /// When to look again, and at what, because changes there are not told or it
     /// could not be read. Absent when all is well.
-    struct Recheck {
+    struct ScheduledCheck {
         Duration after;
         Changes what;
     };
-    [[nodiscard]] virtual std::optional<Recheck> recheck() const = 0;
+    [[nodiscard]] virtual std::optional<ScheduledCheck> recheck() const = 0;
 
     /// Absent when there is no such file.
     [[nodiscard]] virtual tl::expected<std::optional<StoredText>, EKError> read(const Place& place) = 0;
     /// Why a file in a collection that may be changed may not be changed.
-    [[nodiscard]] virtual std::optional<EKError> reasonNotToChange(const Place& place) = 0;
+    [[nodiscard]] virtual std::optional<EKError> writeRefusal(const Place& place) = 0;
 
     /// Writes a file whose text is `before` in the version `expected`, if it
     /// still is, and gives what is then kept, which may say the same in another

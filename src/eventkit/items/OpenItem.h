@@ -200,7 +200,7 @@ ItemDatabase::wanted(const Place& place, const Data& base, const Data& edited, c
         return tl::unexpected(conflictError(current.title));
     if (merge.merged == current)
         return std::nullopt;
-    if (auto error = reasonNotToChange(place))
+    if (auto error = writeRefusal(place))
         return tl::unexpected(std::move(*error));
     auto target = writableCollection(merge.merged.calendarIdentifier);
     if (!target)
@@ -235,7 +235,7 @@ ItemDatabase::storeItem(const OpenFile& opened, const Item& item, icalendar::Doc
         icalendar::keepOnlyItem(document, component, inDocument);
     return move(
         opened, opened.isAlone ? SecondStep::removes : SecondStep::rewrites, target, inDocument.key, document,
-        [&] { return takeOut(opened, component, item, local); }, local);
+        [&] { return removeFromFile(opened, component, item, local); }, local);
 }
 
 }  // namespace kestrant::items

@@ -163,9 +163,9 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifi
         const auto opened = openItem(identifier, local);
         if (!opened)
             return tl::unexpected(WriteError(opened.error()));
-        if (auto error = reasonNotToChange(opened->place))
+        if (auto error = writeRefusal(opened->place))
             return tl::unexpected(WriteError(std::move(*error)));
-        if (auto error = takeOut(*opened, "VTODO", opened->item, local))
+        if (auto error = removeFromFile(*opened, "VTODO", opened->item, local))
             return tl::unexpected(std::move(*error));
         rebuildSnapshot();
         return resultOf(EKEntityType::reminder, {{identifier, opened->state(), std::nullopt}});

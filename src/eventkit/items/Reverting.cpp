@@ -184,7 +184,7 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertItem(const ItemChange& cha
         if (!opened)
             return tl::unexpected(WriteError(opened.error()));
         const auto& [file, item] = *opened;
-        if (auto error = reasonNotToChange(file.place))
+        if (auto error = writeRefusal(file.place))
             return tl::unexpected(WriteError(std::move(*error)));
         auto done = change.before ? restore(change, identifier, file, item, now, local)
                                   : takeAway(change, identifier, file, item, local);
@@ -252,7 +252,7 @@ tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& ch
     if (!made || opened.place.collection != change.after->collection ||
         !isAsItWas(*made, opened.document, item))
         return tl::unexpected(WriteError(conflictError(ItemKind<Item>::title(item))));
-    if (auto error = takeOut(opened, ItemKind<Item>::component, item, local))
+    if (auto error = removeFromFile(opened, ItemKind<Item>::component, item, local))
         return tl::unexpected(std::move(*error));
     rebuildSnapshot();
     return ItemChange{identifier, opened.state(), std::nullopt};

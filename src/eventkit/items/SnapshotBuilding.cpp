@@ -151,7 +151,7 @@ std::shared_ptr<const Snapshot> ItemDatabase::withChangedFiles() const {
             return nullptr;
         for (const auto& reminder : before.reminders)
             snapshot->reminders.remove(reminder->calendarItemIdentifier);
-        for (const KeptEvent& event : before.events) {
+        for (const CompactEvent& event : before.events) {
             snapshot->events.remove(event.identifier());
             event.forEachSingle([&](const auto& single) { former.insert(single.get()); });
             former.insert(event.series().get());
@@ -206,7 +206,7 @@ bool ItemDatabase::addReminders(Snapshot& snapshot, const Place& place, const It
 }
 
 bool ItemDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const {
-    const auto identifierOf = [](const KeptEvent& event) -> const QString& { return event.identifier(); };
+    const auto identifierOf = [](const CompactEvent& event) -> const QString& { return event.identifier(); };
     bool areAlone = true;
     const std::vector<int> ordinals = ordinalsOf(items.events, identifierOf);
     for (std::size_t i = 0; i < items.events.size(); ++i) {

@@ -15,9 +15,9 @@ class MemoryStorage final : public ItemStorage {
     [[nodiscard]] std::optional<EKError> open() override { return std::nullopt; }
     [[nodiscard]] bool update(Library& library, const Changes& changes, const ZoneCalendar& local) override;
     [[nodiscard]] bool readsOnlyFilesNamed(const Changes& changes) const override;
-    [[nodiscard]] std::optional<Recheck> recheck() const override { return std::nullopt; }
+    [[nodiscard]] std::optional<ScheduledCheck> recheck() const override { return std::nullopt; }
     [[nodiscard]] tl::expected<std::optional<StoredText>, EKError> read(const Place& place) override;
-    [[nodiscard]] std::optional<EKError> reasonNotToChange(const Place&) override { return std::nullopt; }
+    [[nodiscard]] std::optional<EKError> writeRefusal(const Place&) override { return std::nullopt; }
     [[nodiscard]] tl::expected<StoredText, WriteError> replace(const Place& place,
                                                                const icalendar::Document& before,
                                                                const icalendar::Document& after,

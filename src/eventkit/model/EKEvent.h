@@ -18,9 +18,9 @@ struct EKEventData {
     QString eventIdentifier;
     QString calendarIdentifier;
     QString title;
-    Rare<QString> notes;
-    Rare<QString> location;
-    Rare<QString> url;
+    CompactOptional<QString> notes;
+    CompactOptional<QString> location;
+    CompactOptional<QString> url;
     bool isAllDay = false;
     /// All-day: the start of the first day in the person's calendar. Never after endDate.
     Instant startDate;

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "foundation/CompactOptional.h"
 #include "foundation/Instant.h"
-#include "foundation/Rare.h"
 #include "foundation/Text.h"
 #include "foundation/ZoneCalendar.h"
 
@@ -140,9 +140,9 @@ struct EKReminderData {
     QString calendarItemIdentifier;
     QString calendarIdentifier;
     QString title;
-    Rare<QString> notes;
-    Rare<QString> location;
-    Rare<QString> url;
+    CompactOptional<QString> notes;
+    CompactOptional<QString> location;
+    CompactOptional<QString> url;
     /// 0 none, 1 highest to 9 lowest.
     int priority = 0;
     bool isCompleted = false;

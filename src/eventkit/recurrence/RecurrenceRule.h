@@ -21,7 +21,7 @@ struct LocalTime {
 };
 
 /// A recurrence rule (RFC 5545, 3.3.10), parsed. The parts are as written; what they mean together is for
-/// Occurrences.
+/// OccurrenceIterator.
 struct RecurrenceRule {
     enum class Frequency { secondly, minutely, hourly, daily, weekly, monthly, yearly };
     enum class UntilForm { date, local, utc };

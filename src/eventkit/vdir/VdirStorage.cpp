@@ -160,11 +160,11 @@ bool VdirStorage::readsOnlyFilesNamed(const items::Changes& changes) const {
     });
 }
 
-std::optional<VdirStorage::Recheck> VdirStorage::recheck() const {
+std::optional<VdirStorage::ScheduledCheck> VdirStorage::recheck() const {
     if (coverage_ != Coverage::complete)
-        return Recheck{comparisonInterval, {.everything = true}};
+        return ScheduledCheck{comparisonInterval, {.everything = true}};
     if (unread_.everything || unread_.collections || !unread_.files.empty())
-        return Recheck{comparisonInterval, unread_};
+        return ScheduledCheck{comparisonInterval, unread_};
     return std::nullopt;
 }
 
@@ -258,7 +258,7 @@ tl::expected<std::optional<StoredText>, EKError> VdirStorage::read(const Place& 
     return StoredText{opened->stamp.toVersion(), std::move(opened->text)};
 }
 
-std::optional<EKError> VdirStorage::reasonNotToChange(const Place& place) {
+std::optional<EKError> VdirStorage::writeRefusal(const Place& place) {
     const QByteArray path = pathOf(place);
     if (::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) != 0 && errno != ENOENT)
         return readOnlyError(QFile::decodeName(place.file));

@@ -26,17 +26,17 @@ class VdirStorage : public items::ItemStorage {
     /// Watches the folder too; `observer` is called on a thread of its own.
     VdirStorage(QByteArray root, std::function<void(const items::Changes&)> observer);
 
-    void hurry() override { isEnding_ = true; }
+    void prepareToClose() override { isEnding_ = true; }
 
     /// Creates the folder where it is missing.
     [[nodiscard]] std::optional<EKError> open() override;
     [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
                               const ZoneCalendar& local) override;
     [[nodiscard]] bool readsOnlyFilesNamed(const items::Changes& changes) const override;
-    [[nodiscard]] std::optional<Recheck> recheck() const override;
+    [[nodiscard]] std::optional<ScheduledCheck> recheck() const override;
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
     read(const items::Place& place) override;
-    [[nodiscard]] std::optional<EKError> reasonNotToChange(const items::Place& place) override;
+    [[nodiscard]] std::optional<EKError> writeRefusal(const items::Place& place) override;
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
     replace(const items::Place& place, const icalendar::Document& before, const icalendar::Document& after,
             const items::Version& expected) override;

@@ -114,7 +114,7 @@ tl::expected<QStringList, ScriptError> EventStoreScriptHost::execute(const Remin
         if (eventStore_.authorizationStatus(EKEntityType::reminder) != EKAuthorizationStatus::fullAccess)
             return answer(failure(ScriptError::Code::notPermitted,
                                   QStringLiteral("there is no access to the reminders")));
-        std::visit([&](const auto& request) { carryOut(request, answer); }, script.request);
+        std::visit([&](const auto& request) { execute(request, answer); }, script.request);
     });
     std::unique_lock lock(shared_->mutex);
     shared_->changed.wait(lock, [&] { return result->has_value() || shared_->isInterrupted; });
@@ -127,7 +127,7 @@ tl::expected<QStringList, ScriptError> EventStoreScriptHost::execute(const Remin
     return std::move(**result);
 }
 
-void EventStoreScriptHost::carryOut(const ReminderScript::ReadFlagged&, const Answer& answer) {
+void EventStoreScriptHost::execute(const ReminderScript::ReadFlagged&, const Answer& answer) {
     openReminders_.fetch([answer](const OpenReminders::Reminders& reminders) {
         QStringList result;
         for (const auto& reminder : *reminders) {
@@ -138,7 +138,7 @@ void EventStoreScriptHost::carryOut(const ReminderScript::ReadFlagged&, const An
     });
 }
 
-void EventStoreScriptHost::carryOut(const ReminderScript::SetFlag& request, const Answer& answer) {
+void EventStoreScriptHost::execute(const ReminderScript::SetFlag& request, const Answer& answer) {
     std::make_shared<FlagSetting>(eventStore_, request, answer)->start(openReminders_);
 }
 

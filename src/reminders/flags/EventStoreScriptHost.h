@@ -39,8 +39,8 @@ class EventStoreScriptHost final : public ScriptHost {
         bool isInterrupted = false;
     };
 
-    void carryOut(const ReminderScript::ReadFlagged& request, const Answer& answer);
-    void carryOut(const ReminderScript::SetFlag& request, const Answer& answer);
+    void execute(const ReminderScript::ReadFlagged& request, const Answer& answer);
+    void execute(const ReminderScript::SetFlag& request, const Answer& answer);
 
     EKEventStore& eventStore_;
     OpenReminders& openReminders_;

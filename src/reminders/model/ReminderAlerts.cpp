@@ -103,7 +103,7 @@ class AlarmReplacement {
             wanted_ = moved;
     }
 
-    void carryOut() {
+    void execute() {
         const std::vector<EKAlarm> former = alarms_;
         std::vector<EKAlarm> replaced;
         std::optional<std::size_t> place;
@@ -288,7 +288,7 @@ void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, cons
                   const ZoneCalendar& calendar) {
     if (before == after)
         return;
-    AlarmReplacement(reminder, before, after, calendar).carryOut();
+    AlarmReplacement(reminder, before, after, calendar).execute();
 }
 
 std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder,

@@ -4,25 +4,26 @@
 
 namespace kestrant {
 
-ReminderPresent ReminderPresent::at(Instant now, const ZoneCalendar& calendar) {
+ReminderTimeContext ReminderTimeContext::at(Instant now, const ZoneCalendar& calendar) {
     const QDate today = calendar.dayOf(now);
     return {now, calendar.startOfDay(today), calendar.startOfDay(today.addDays(1))};
 }
 
-bool isDueToday(const ReminderTask& task, const ReminderPresent& present) {
+bool isDueToday(const ReminderTask& task, const ReminderTimeContext& present) {
     return task.dueDate && *task.dueDate >= present.startOfToday && *task.dueDate < present.startOfTomorrow;
 }
 
-bool isOverdue(const ReminderTask& task, const ReminderPresent& present) {
+bool isOverdue(const ReminderTask& task, const ReminderTimeContext& present) {
     return task.dueDate && *task.dueDate < (task.dueDateIncludesTime ? present.now : present.startOfToday);
 }
 
-bool passes(const ReminderTask& task, const ReminderFilters& filters, const ReminderPresent& present) {
+bool passes(const ReminderTask& task, const ReminderFilters& filters, const ReminderTimeContext& present) {
     return (!filters.todayOnly || isDueToday(task, present)) &&
            (!filters.overdueOnly || isOverdue(task, present)) && (!filters.flaggedOnly || task.isFlagged);
 }
 
-ReminderFilterCounts filterCounts(const std::vector<ReminderTask>& tasks, const ReminderPresent& present) {
+ReminderFilterCounts filterCounts(const std::vector<ReminderTask>& tasks,
+                                  const ReminderTimeContext& present) {
     ReminderFilterCounts counts;
     for (const ReminderTask& task : tasks) {
         counts.today += isDueToday(task, present) ? 1 : 0;
@@ -40,7 +41,7 @@ ReminderTaskList searched(const ReminderTaskList& tasks, const QString& query,
     return tasks.filtered([&](const ReminderTask& task) { return collation.contains(task.title, needle); });
 }
 
-Instant nextFilterChange(const std::vector<ReminderTask>& tasks, const ReminderPresent& present) {
+Instant nextFilterChange(const std::vector<ReminderTask>& tasks, const ReminderTimeContext& present) {
     // A task is overdue once its due instant has passed, a microsecond after it.
     Instant next = present.startOfTomorrow;
     for (const ReminderTask& task : tasks) {

@@ -11,19 +11,19 @@ namespace kestrant {
 
 /// The present as the filters see it: one instant and the day around it. A value; stays right until that day
 /// ends.
-struct ReminderPresent {
+struct ReminderTimeContext {
     Instant now;
     Instant startOfToday;
     Instant startOfTomorrow;
 
-    [[nodiscard]] static ReminderPresent at(Instant now, const ZoneCalendar& calendar);
+    [[nodiscard]] static ReminderTimeContext at(Instant now, const ZoneCalendar& calendar);
 };
 
 /// Due at any time of the present day.
-[[nodiscard]] bool isDueToday(const ReminderTask& task, const ReminderPresent& present);
+[[nodiscard]] bool isDueToday(const ReminderTask& task, const ReminderTimeContext& present);
 
 /// Due before now, or, for a date-only task, before today.
-[[nodiscard]] bool isOverdue(const ReminderTask& task, const ReminderPresent& present);
+[[nodiscard]] bool isOverdue(const ReminderTask& task, const ReminderTimeContext& present);
 
 /// The three filters; a task must pass every one that is on.
 struct ReminderFilters {
@@ -35,7 +35,7 @@ struct ReminderFilters {
 };
 
 [[nodiscard]] bool passes(const ReminderTask& task, const ReminderFilters& filters,
-                          const ReminderPresent& present);
+                          const ReminderTimeContext& present);
 
 /// How many tasks each filter would show by itself.
 struct ReminderFilterCounts {
@@ -47,7 +47,7 @@ struct ReminderFilterCounts {
 };
 
 [[nodiscard]] ReminderFilterCounts filterCounts(const std::vector<ReminderTask>& tasks,
-                                                const ReminderPresent& present);
+                                                const ReminderTimeContext& present);
 
 /// The tasks whose title contains the trimmed query, letter case aside, in their order; all of them for an
 /// empty one.
@@ -57,6 +57,6 @@ struct ReminderFilterCounts {
 /// The earliest instant after `present.now` at which a filter may answer differently: a timed task falls due
 /// or the day ends.
 [[nodiscard]] Instant nextFilterChange(const std::vector<ReminderTask>& tasks,
-                                       const ReminderPresent& present);
+                                       const ReminderTimeContext& present);
 
 }  // namespace kestrant

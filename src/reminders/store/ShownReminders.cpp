@@ -105,7 +105,7 @@ void ShownReminders::updateManualOrder(bool isOfOneList) {
         order.removeIf([&](const QString& id) { return !open.contains(id); });
     }
     // Reminders without a place in the order come last.
-    const ReminderPresent now = present();
+    const ReminderTimeContext now = present();
     const auto isShownWithoutPlace = [&](std::uint32_t index) {
         return !ordering_.hasPlace(index) && passes((*fetchedTasks_)[index], filters_, now);
     };
@@ -114,12 +114,12 @@ void ShownReminders::updateManualOrder(bool isOfOneList) {
     arrangement_.setManualOrderIDs(order);
 }
 
-ReminderPresent ShownReminders::present() const {
-    return ReminderPresent::at(services_.clock.now(), services_.calendar.calendar());
+ReminderTimeContext ShownReminders::present() const {
+    return ReminderTimeContext::at(services_.clock.now(), services_.calendar.calendar());
 }
 
 void ShownReminders::recompute() {
-    const ReminderPresent now = present();
+    const ReminderTimeContext now = present();
     ReminderTaskList tasks(fetchedTasks_,
                            ordering_.ordered(arrangement_.sortMode(), [&](std::uint32_t index) {
                                return passes((*fetchedTasks_)[index], filters_, now);
@@ -132,7 +132,7 @@ void ShownReminders::recompute() {
 }
 
 void ShownReminders::recomputeForPresent() {
-    const ReminderPresent now = present();
+    const ReminderTimeContext now = present();
     presentTask_ = services_.scheduler.after(nextFilterChange(*fetchedTasks_, now) - now.now,
                                              [this] { presentDidChange(); });
     const ReminderFilterCounts counts = kestrant::filterCounts(*fetchedTasks_, now);

@@ -66,7 +66,7 @@ class ShownReminders : public QObject {
     [[nodiscard]] ReminderOrdering orderingAnew() const;
     void recompute();
     void recomputeForPresent();
-    [[nodiscard]] ReminderPresent present() const;
+    [[nodiscard]] ReminderTimeContext present() const;
 
     const ReminderStoreServices& services_;
     ReminderArrangement& arrangement_;

@@ -109,7 +109,7 @@ ReminderCard RemindersViewModel::card(const ReminderTask& task, bool isPending) 
                                        localizer_.clockHours());
     if (task.dueDate && task.dueDateIncludesTime)
         card.timeText = clockText(calendar.timeOf(*task.dueDate), localizer_.clockHours());
-    card.isOverdue = isOverdue(task, ReminderPresent::at(now, calendar));
+    card.isOverdue = isOverdue(task, ReminderTimeContext::at(now, calendar));
     card.priorityMarks = marksOf(task.priority);
     card.isFlagged = task.isFlagged;
     card.isRecurring = task.isRecurring();

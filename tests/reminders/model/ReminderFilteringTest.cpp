@@ -55,7 +55,7 @@ TEST(ReminderFiltering, TodayAndOverdueFollowTheCalendarsDays) {
     };
     for (const Case& param : cases) {
         const ZoneCalendar calendar(*TimeZone::named(param.zone));
-        const auto present = ReminderPresent::at(calendar.instantAt(param.day, param.now), calendar);
+        const auto present = ReminderTimeContext::at(calendar.instantAt(param.day, param.now), calendar);
         const ReminderTask task = param.dueTime
                                       ? dueAt(calendar.instantAt(param.dueDay, *param.dueTime), true)
                                       : dueAt(calendar.startOfDay(param.dueDay), false);
@@ -66,7 +66,7 @@ TEST(ReminderFiltering, TodayAndOverdueFollowTheCalendarsDays) {
 
 TEST(ReminderFiltering, EveryFilterThatIsOnMustPassAndEachCountsByItself) {
     const ZoneCalendar calendar(*TimeZone::named(paris));
-    const auto present = ReminderPresent::at(at(paris, {2026, 3, 27}, {12, 0}), calendar);
+    const auto present = ReminderTimeContext::at(at(paris, {2026, 3, 27}, {12, 0}), calendar);
     ReminderTask todayOverdueFlagged = dueAt(at(paris, {2026, 3, 27}, {9, 0}), true);
     todayOverdueFlagged.isFlagged = true;
     const std::vector tasks{todayOverdueFlagged, dueAt(at(paris, {2026, 3, 27}), false),
@@ -103,15 +103,15 @@ TEST(ReminderFiltering, SearchTrimsTheQueryAndIgnoresLetterCase) {
 
 TEST(ReminderFiltering, TheAnswersNextChangeWhenATaskFallsDueOrTheDayEnds) {
     const ZoneCalendar calendar(*TimeZone::named(paris));
-    const auto present = ReminderPresent::at(at(paris, {2026, 3, 28}, {12, 0}), calendar);
+    const auto present = ReminderTimeContext::at(at(paris, {2026, 3, 28}, {12, 0}), calendar);
     const Instant midnight = at(paris, {2026, 3, 29});
     EXPECT_EQ(nextFilterChange({}, present), midnight);
     const std::vector tasks{dueAt(at(paris, {2026, 3, 28}, {11, 0}), true),
                             dueAt(at(paris, {2026, 3, 28}, {18, 0}), true),
                             dueAt(at(paris, {2026, 3, 28}), false)};
     const Instant next = nextFilterChange(tasks, present);
-    EXPECT_TRUE(isOverdue(tasks[1], ReminderPresent::at(next, calendar)));
-    EXPECT_FALSE(isOverdue(tasks[1], ReminderPresent::at(next - 1us, calendar)));
+    EXPECT_TRUE(isOverdue(tasks[1], ReminderTimeContext::at(next, calendar)));
+    EXPECT_FALSE(isOverdue(tasks[1], ReminderTimeContext::at(next - 1us, calendar)));
 }
 
 TEST(ReminderDueText, SaysDaysInWordsInBothLanguages) {

@@ -10,20 +10,20 @@ namespace kestrant::items {
 /// An event of a file as it is kept in memory. Of nearly every event all there is to know is when it takes
 /// place and what it says; the others are kept as a series. A value that never changes; cheap to copy.
 /// Thread: any.
-class KeptEvent {
+class CompactEvent {
   public:
-    KeptEvent() = default;
-    KeptEvent(icalendar::EventItem item, const QString& identifier, const QString& calendarIdentifier,
-              const ZoneCalendar& local);
+    CompactEvent() = default;
+    CompactEvent(icalendar::EventItem item, const QString& identifier, const QString& calendarIdentifier,
+                 const ZoneCalendar& local);
 
     [[nodiscard]] const QString& identifier() const;
     [[nodiscard]] const QString& calendarIdentifier() const;
     /// The same event under another identifier.
-    [[nodiscard]] KeptEvent called(const QString& identifier, const ZoneCalendar& local) const;
+    [[nodiscard]] CompactEvent called(const QString& identifier, const ZoneCalendar& local) const;
     /// The same event as it falls for somebody who was in `before` and is in `after`.
-    [[nodiscard]] KeptEvent placedIn(const ZoneCalendar& after, const ZoneCalendar& before) const;
+    [[nodiscard]] CompactEvent placedIn(const ZoneCalendar& after, const ZoneCalendar& before) const;
     /// Whether both show the same.
-    [[nodiscard]] bool isSame(const KeptEvent& other) const;
+    [[nodiscard]] bool isSame(const CompactEvent& other) const;
 
     /// Calls `visit` for each occurrence that no rule gives.
     template <typename Visit>

@@ -1,4 +1,4 @@
-#include "eventkit/items/KeptEvent.h"
+#include "eventkit/items/CompactEvent.h"
 
 #include <utility>
 
@@ -21,8 +21,8 @@ bool isOneOccurrence(const EventItem& item) {
 
 }  // namespace
 
-KeptEvent::KeptEvent(EventItem item, const QString& identifier, const QString& calendarIdentifier,
-                     const ZoneCalendar& local) {
+CompactEvent::CompactEvent(EventItem item, const QString& identifier, const QString& calendarIdentifier,
+                           const ZoneCalendar& local) {
     if (!isOneOccurrence(item)) {
         series_ = std::make_shared<const EventSeries>(std::move(item), identifier, calendarIdentifier, local);
         return;
@@ -37,26 +37,26 @@ KeptEvent::KeptEvent(EventItem item, const QString& identifier, const QString& c
     only_ = std::make_shared<const EKEventData>(std::move(data));
 }
 
-const QString& KeptEvent::identifier() const {
+const QString& CompactEvent::identifier() const {
     return only_ ? only_->calendarItemIdentifier : series_->identifier();
 }
 
-const QString& KeptEvent::calendarIdentifier() const {
+const QString& CompactEvent::calendarIdentifier() const {
     return only_ ? only_->calendarIdentifier : series_->calendarIdentifier();
 }
 
-KeptEvent KeptEvent::called(const QString& identifier, const ZoneCalendar& local) const {
+CompactEvent CompactEvent::called(const QString& identifier, const ZoneCalendar& local) const {
     if (series_)
         return {series_->item(), identifier, series_->calendarIdentifier(), local};
     EKEventData data = *only_;
     data.calendarItemIdentifier = identifier;
     data.eventIdentifier = identifier;
-    KeptEvent result;
+    CompactEvent result;
     result.only_ = std::make_shared<const EKEventData>(std::move(data));
     return result;
 }
 
-KeptEvent KeptEvent::placedIn(const ZoneCalendar& after, const ZoneCalendar& before) const {
+CompactEvent CompactEvent::placedIn(const ZoneCalendar& after, const ZoneCalendar& before) const {
     if (series_)
         return {series_->item(), series_->identifier(), series_->calendarIdentifier(), after};
     if (!only_->isAllDay)
@@ -64,25 +64,26 @@ KeptEvent KeptEvent::placedIn(const ZoneCalendar& after, const ZoneCalendar& bef
     EKEventData data = *only_;
     data.startDate = after.startOfDay(before.dayOf(data.startDate));
     data.endDate = after.startOfDay(before.dayOf(data.endDate));
-    KeptEvent result;
+    CompactEvent result;
     result.only_ = std::make_shared<const EKEventData>(std::move(data));
     return result;
 }
 
-bool KeptEvent::isSame(const KeptEvent& other) const {
+bool CompactEvent::isSame(const CompactEvent& other) const {
     if (series_ && other.series_)
         return series_->item() == other.series_->item();
     return only_ && other.only_ && *only_ == *other.only_;
 }
 
-std::shared_ptr<const EKEventData> KeptEvent::occurrence(const std::optional<Instant>& occurrenceDate) const {
+std::shared_ptr<const EKEventData>
+CompactEvent::occurrence(const std::optional<Instant>& occurrenceDate) const {
     if (only_)
         return occurrenceDate ? nullptr : only_;
     auto found = series_->occurrence(occurrenceDate);
     return found ? std::move(found->data) : nullptr;
 }
 
-std::shared_ptr<const EKEventData> KeptEvent::first() const {
+std::shared_ptr<const EKEventData> CompactEvent::first() const {
     if (only_)
         return only_;
     auto found = series_->first();

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <concepts>
 #include <memory>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 namespace kestrant {
@@ -10,24 +10,26 @@ namespace kestrant {
 /// A value that is seldom there, for what is kept in great numbers: where it is not, it takes the room of a
 /// pointer. Used as a std::optional is.
 template <typename Value>
-class Rare {
+class CompactOptional {
   public:
-    Rare() = default;
-    Rare(std::nullopt_t) {}  // NOLINT(google-explicit-constructor): as std::optional
-    template <std::convertible_to<Value> Given>
-    Rare(const Given& value)  // NOLINT(google-explicit-constructor)
+    CompactOptional() = default;
+    CompactOptional(std::nullopt_t) {}  // NOLINT(google-explicit-constructor): as std::optional
+    template <typename Given>
+    requires std::is_convertible_v<Given, Value>
+    CompactOptional(const Given& value)  // NOLINT(google-explicit-constructor)
         : value_(std::make_unique<Value>(value)) {}
-    Rare(std::optional<Value> value)  // NOLINT(google-explicit-constructor)
+    CompactOptional(std::optional<Value> value)  // NOLINT(google-explicit-constructor)
         : value_(value ? std::make_unique<Value>(std::move(*value)) : nullptr) {}
-    Rare(const Rare& other) : value_(other.value_ ? std::make_unique<Value>(*other.value_) : nullptr) {}
-    Rare(Rare&& other) noexcept = default;
-    Rare& operator=(const Rare& other) {
+    CompactOptional(const CompactOptional& other)
+        : value_(other.value_ ? std::make_unique<Value>(*other.value_) : nullptr) {}
+    CompactOptional(CompactOptional&& other) noexcept = default;
+    CompactOptional& operator=(const CompactOptional& other) {
         if (this != &other)
             value_ = other.value_ ? std::make_unique<Value>(*other.value_) : nullptr;
         return *this;
     }
-    Rare& operator=(Rare&& other) noexcept = default;
-    ~Rare() = default;
+    CompactOptional& operator=(CompactOptional&& other) noexcept = default;
+    ~CompactOptional() = default;
 
     [[nodiscard]] bool has_value() const { return value_ != nullptr; }
     explicit operator bool() const { return has_value(); }
@@ -41,7 +43,7 @@ class Rare {
     // NOLINTNEXTLINE(google-explicit-constructor)
     operator std::optional<Value>() const { return value_ ? std::optional(*value_) : std::nullopt; }
 
-    friend bool operator==(const Rare& a, const Rare& b) {
+    friend bool operator==(const CompactOptional& a, const CompactOptional& b) {
         return a.value_ && b.value_ ? *a.value_ == *b.value_ : a.has_value() == b.has_value();
     }
 

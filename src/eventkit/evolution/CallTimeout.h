@@ -18,7 +18,7 @@ namespace kestrant::evolution {
 /// Watches the calls that wait for the service. The calls of one piece of work share one limit: at its end
 /// they are cancelled, since nothing has been lost by then. A piece of work that has begun to write is never
 /// cut off in the middle, as nobody would know what became of it; that it takes too long is told instead.
-class CallLimit {
+class CallTimeout {
   public:
     struct Observer {
         /// The titles of the lists whose calls take a good part of the limit, whenever those become others;
@@ -28,15 +28,15 @@ class CallLimit {
         std::function<void(const QByteArray& queue, const QString& list)> overdue;
     };
     /// The observer is called on any thread, and must not make a call.
-    CallLimit(std::chrono::milliseconds longest, Observer observer);
-    CallLimit(const CallLimit&) = delete;
-    CallLimit& operator=(const CallLimit&) = delete;
-    ~CallLimit();
+    CallTimeout(std::chrono::milliseconds longest, Observer observer);
+    CallTimeout(const CallTimeout&) = delete;
+    CallTimeout& operator=(const CallTimeout&) = delete;
+    ~CallTimeout();
 
     [[nodiscard]] std::chrono::milliseconds longest() const;
     /// The program ends: from here on every call is cut off after this time, those under way too, and those
     /// of a queue that had one cut off at once. Thread: any.
-    void hurry(std::chrono::milliseconds longest);
+    void prepareToClose(std::chrono::milliseconds longest);
     /// Waits this long, while others have their turn. False when the program ends; then it returns at once.
     /// Thread: any.
     [[nodiscard]] bool pause(std::chrono::milliseconds time);
@@ -44,17 +44,17 @@ class CallLimit {
     /// A call that is under way as long as this exists. Others have their turn meanwhile.
     class Call {
       public:
-        Call(CallLimit& limit, const QString& list);
+        Call(CallTimeout& limit, const QString& list);
         Call(const Call&) = delete;
         Call& operator=(const Call&) = delete;
         ~Call();
         [[nodiscard]] GCancellable* cancellable() const { return cancellable_.get(); }
 
       private:
-        friend class CallLimit;
+        friend class CallTimeout;
         using Time = std::chrono::steady_clock::time_point;
 
-        CallLimit& limit_;
+        CallTimeout& limit_;
         QString list_;
         QByteArray queue_;
         Ref<GCancellable> cancellable_;

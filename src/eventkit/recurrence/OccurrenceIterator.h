@@ -18,7 +18,7 @@ namespace kestrant::icalendar {
 ///
 /// Ends in the year 9999, and where nothing is found for as long as the Gregorian calendar takes to repeat
 /// itself.
-class Occurrences {
+class OccurrenceIterator {
   public:
     /// The role of the start beside being the origin of the rule.
     enum class Start {
@@ -29,8 +29,8 @@ class Occurrences {
     };
 
     /// `zone` is the start's own.
-    Occurrences(RecurrenceRule rule, LocalTime start, DateKind kind, const ZoneCalendar& zone,
-                Start meaning = Start::isDate);
+    OccurrenceIterator(RecurrenceRule rule, LocalTime start, DateKind kind, const ZoneCalendar& zone,
+                       Start meaning = Start::isDate);
 
     /// The next date; absent at the end.
     [[nodiscard]] std::optional<LocalTime> next();

@@ -1,4 +1,4 @@
-#include "eventkit/recurrence/Occurrences.h"
+#include "eventkit/recurrence/OccurrenceIterator.h"
 
 #include <algorithm>
 #include <chrono>
@@ -35,8 +35,8 @@ Duration distanceAt(Instant instant, const ZoneCalendar& zone) {
 
 }  // namespace
 
-Occurrences::Occurrences(RecurrenceRule rule, LocalTime start, DateKind kind, const ZoneCalendar& zone,
-                         Start meaning)
+OccurrenceIterator::OccurrenceIterator(RecurrenceRule rule, LocalTime start, DateKind kind,
+                                       const ZoneCalendar& zone, Start meaning)
     : rule_(std::move(rule))
     , periods_(rule_, start, kind)
     , start_(start)
@@ -49,7 +49,7 @@ Occurrences::Occurrences(RecurrenceRule rule, LocalTime start, DateKind kind, co
     }
 }
 
-std::optional<LocalTime> Occurrences::next() {
+std::optional<LocalTime> OccurrenceIterator::next() {
     begin(Way::forward);
     if (!std::exchange(startIsPast_, true) && meaning_ == Start::isDate) {
         given_ = start_;
@@ -77,7 +77,7 @@ std::optional<LocalTime> Occurrences::next() {
     return std::nullopt;
 }
 
-std::optional<LocalTime> Occurrences::previous() {
+std::optional<LocalTime> OccurrenceIterator::previous() {
     begin(Way::back);
     while (!finished_) {
         if (position_ == 0) {
@@ -100,19 +100,19 @@ std::optional<LocalTime> Occurrences::previous() {
     return givesStart ? std::optional(start_) : std::nullopt;
 }
 
-void Occurrences::skipTo(const LocalTime& time) {
+void OccurrenceIterator::skipTo(const LocalTime& time) {
     endByCount();
     earliest_ = time;
     startIsPast_ = start_ < time;
     given_.reset();
 }
 
-void Occurrences::endWith(QDate first, QDate last) {
+void OccurrenceIterator::endWith(QDate first, QDate last) {
     firstDay_ = first;
     lastDay_ = last;
 }
 
-void Occurrences::begin(Way way) {
+void OccurrenceIterator::begin(Way way) {
     if (std::exchange(hasBegun_, true) || !(start_ < earliest_))
         return;
     LocalTime from = earliest_;
@@ -128,7 +128,7 @@ void Occurrences::begin(Way way) {
 }
 
 /// A time close after the end, before which all dates lie.
-LocalTime Occurrences::afterEnd() const {
+LocalTime OccurrenceIterator::afterEnd() const {
     const LocalTime& end = rule_.until->time;
     if (rule_.until->form == UntilForm::date || kind_ == DateKind::day)
         return {end.day.addDays(2)};
@@ -139,7 +139,7 @@ LocalTime Occurrences::afterEnd() const {
     return {last.day.addDays(isNextDay ? 1 : 0), last.time.addSecs(setBackBy)};
 }
 
-bool Occurrences::advance(Way way) {
+bool OccurrenceIterator::advance(Way way) {
     const bool forward = way == Way::forward;
     qint64 empty = 0;
     do {
@@ -165,16 +165,16 @@ bool Occurrences::advance(Way way) {
     return true;
 }
 
-bool Occurrences::spend(qint64 steps) {
+bool OccurrenceIterator::spend(qint64 steps) {
     stepsLeft_ -= steps;
     return stepsLeft_ > 0;
 }
 
-bool Occurrences::isBeforeStart(const LocalTime& candidate) const {
+bool OccurrenceIterator::isBeforeStart(const LocalTime& candidate) const {
     return candidate < start_ || (meaning_ == Start::isDate && candidate == start_);
 }
 
-bool Occurrences::isPastEnd(const LocalTime& candidate) const {
+bool OccurrenceIterator::isPastEnd(const LocalTime& candidate) const {
     if (!rule_.until)
         return false;
     const LocalTime& end = rule_.until->time;
@@ -194,7 +194,7 @@ bool Occurrences::isPastEnd(const LocalTime& candidate) const {
 }
 
 /// Whether the pattern of the rule has this date, its end aside.
-bool Occurrences::gives(const LocalTime& time) {
+bool OccurrenceIterator::gives(const LocalTime& time) {
     if (meaning_ == Start::isDate && time == start_)
         return true;
     if (isBeforeStart(time) || periods_.isImpossible())
@@ -209,18 +209,18 @@ bool Occurrences::gives(const LocalTime& time) {
 }
 
 /// Whether the clocks skip this time and the rule has another date at the moment that is meant.
-bool Occurrences::coincidesAfterGap(const LocalTime& candidate) {
+bool OccurrenceIterator::coincidesAfterGap(const LocalTime& candidate) {
     const LocalTime shown = localTimeAt(zone_.instantAt(candidate.day, candidate.time), zone_);
     return !(shown == candidate) && gives(kind_ == DateKind::day ? LocalTime{shown.day} : shown);
 }
 
-bool Occurrences::contains(const LocalTime& time) {
+bool OccurrenceIterator::contains(const LocalTime& time) {
     endByCount();
     return gives(time) && !isPastEnd(time) && !coincidesAfterGap(time);
 }
 
 /// Where the rule has a COUNT, gives it the end that this means.
-void Occurrences::endByCount() {
+void OccurrenceIterator::endByCount() {
     if (!rule_.count)
         return;
     const qint64 stepsOfWalk = std::exchange(stepsLeft_, countingSteps);
@@ -231,14 +231,14 @@ void Occurrences::endByCount() {
         rule_.until = {*last, UntilForm::local};
 }
 
-std::optional<LocalTime> Occurrences::lastByCount() {
+std::optional<LocalTime> OccurrenceIterator::lastByCount() {
     if (!rule_.count)
         return std::nullopt;
     if (meaning_ == Start::isDate && *rule_.count == 1)
         return start_;
     if (periods_.reachesIntoNext()) {
         // A date that two periods have counts once.
-        Occurrences dates = *this;
+        OccurrenceIterator dates = *this;
         std::optional<LocalTime> latest;
         while (const auto date = dates.next())
             latest = date;
@@ -249,7 +249,7 @@ std::optional<LocalTime> Occurrences::lastByCount() {
     qint64 uncounted = last ? coincidencesUntil(*last) : 0;
     if (uncounted == 0)
         return ranOut() ? std::nullopt : last;
-    Occurrences rest = *this;
+    OccurrenceIterator rest = *this;
     rest.rule_.count.reset();
     rest.skipTo(*last);
     for (auto date = rest.next(); date && uncounted > 0; date = rest.next()) {
@@ -264,7 +264,7 @@ std::optional<LocalTime> Occurrences::lastByCount() {
 
 /// The date that comes `count` dates after the start, by the pattern alone. A period is counted as a whole,
 /// and so is a day where every time on it has equally many dates.
-std::optional<LocalTime> Occurrences::nthAfterStart(qint64 count) {
+std::optional<LocalTime> OccurrenceIterator::nthAfterStart(qint64 count) {
     const auto perTime = static_cast<qint64>(periods_.datesPerTime());
     qint64 looked = 0;
     qint64 index = 0;
@@ -300,7 +300,7 @@ std::optional<LocalTime> Occurrences::nthAfterStart(qint64 count) {
 }
 
 /// How many dates up to `last` coincide with others because the clocks were set forward.
-qint64 Occurrences::coincidencesUntil(const LocalTime& last) {
+qint64 OccurrenceIterator::coincidencesUntil(const LocalTime& last) {
     constexpr int span = 7;
     qint64 result = 0;
     const int lastYear = std::min(last.day.year(), lastYearOfClocks);
@@ -315,7 +315,7 @@ qint64 Occurrences::coincidencesUntil(const LocalTime& last) {
 }
 
 /// Those of one day.
-qint64 Occurrences::coincidencesOn(QDate day, const LocalTime& last) {
+qint64 OccurrenceIterator::coincidencesOn(QDate day, const LocalTime& last) {
     Instant before = eveOf(day, zone_);
     Instant after = eveOf(day.addDays(1), zone_);
     if (after - before >= std::chrono::days(1))

@@ -1,4 +1,4 @@
-#include "eventkit/evolution/CallLimit.h"
+#include "eventkit/evolution/CallTimeout.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,12 +14,12 @@ constexpr int slowPart = 5;
 
 }  // namespace
 
-CallLimit::CallLimit(std::chrono::milliseconds longest, Observer observer)
+CallTimeout::CallTimeout(std::chrono::milliseconds longest, Observer observer)
     : longest_(longest)
     , observer_(std::move(observer))
     , thread_([this] { loop(); }) {}
 
-CallLimit::~CallLimit() {
+CallTimeout::~CallTimeout() {
     {
         const std::lock_guard lock(mutex_);
         ending_ = true;
@@ -28,12 +28,12 @@ CallLimit::~CallLimit() {
     thread_.join();
 }
 
-std::chrono::milliseconds CallLimit::longest() const {
+std::chrono::milliseconds CallTimeout::longest() const {
     const std::lock_guard lock(mutex_);
     return longest_;
 }
 
-void CallLimit::hurry(std::chrono::milliseconds longest) {
+void CallTimeout::prepareToClose(std::chrono::milliseconds longest) {
     {
         const std::lock_guard lock(mutex_);
         longest_ = longest;
@@ -48,18 +48,18 @@ void CallLimit::hurry(std::chrono::milliseconds longest) {
     changed_.notify_all();
 }
 
-bool CallLimit::pause(std::chrono::milliseconds time) {
+bool CallTimeout::pause(std::chrono::milliseconds time) {
     const SourceQueues::Away away;
     std::unique_lock lock(mutex_);
     return !changed_.wait_for(lock, time, [this] { return isHurrying_; });
 }
 
-void CallLimit::noteWrite() {
+void CallTimeout::noteWrite() {
     if (auto* const work = SourceQueues::current())
         work->hasBegunToWrite = true;
 }
 
-void CallLimit::tellSlow() {
+void CallTimeout::tellSlow() {
     std::set<QString> slow;
     for (const Call* const call : calls_) {
         if (call->isSlow_)
@@ -71,7 +71,7 @@ void CallLimit::tellSlow() {
     }
 }
 
-void CallLimit::look(Call& call, Time now) {
+void CallTimeout::look(Call& call, Time now) {
     if (now >= call.slowAt_)
         call.isSlow_ = true;
     if (now < call.deadline_ || std::exchange(call.isOverdue_, true))
@@ -84,7 +84,7 @@ void CallLimit::look(Call& call, Time now) {
     g_cancellable_cancel(call.cancellable_.get());
 }
 
-void CallLimit::loop() {
+void CallTimeout::loop() {
     std::unique_lock lock(mutex_);
     while (!ending_) {
         const Time now = steady_clock::now();
@@ -104,7 +104,7 @@ void CallLimit::loop() {
     }
 }
 
-CallLimit::Call::Call(CallLimit& limit, const QString& list)
+CallTimeout::Call::Call(CallTimeout& limit, const QString& list)
     : limit_(limit)
     , list_(list)
     , cancellable_(g_cancellable_new()) {
@@ -124,7 +124,7 @@ CallLimit::Call::Call(CallLimit& limit, const QString& list)
     limit_.changed_.notify_all();
 }
 
-CallLimit::Call::~Call() {
+CallTimeout::Call::~Call() {
     const std::lock_guard lock(limit_.mutex_);
     limit_.calls_.remove(this);
     limit_.tellSlow();
