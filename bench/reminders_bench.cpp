@@ -1,8 +1,8 @@
 // How long it takes to bring 100,000 reminders into order, beside the bare sorting of numbers that stand for
 // the same order, and to answer a keystroke in the search over 10,000.
 
-#include "eventkit/model/OpenReminders.h"
 #include "eventkit/memory/InMemoryEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Localization.h"
 #include "reminders/store/ReminderStore.h"

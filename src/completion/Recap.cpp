@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <map>
+#include <span>
 #include <utility>
 
 namespace kestrant {
@@ -15,9 +16,9 @@ int countOn(const std::vector<CompletedDay>& days, QDate day) {
     return found != days.end() && found->day == day ? found->count : 0;
 }
 
-auto daysBetween(const std::vector<CompletedDay>& days, QDate first, QDate last) {
-    return std::ranges::subrange(std::ranges::lower_bound(days, first, {}, &CompletedDay::day),
-                                 std::ranges::upper_bound(days, last, {}, &CompletedDay::day));
+std::span<const CompletedDay> daysBetween(const std::vector<CompletedDay>& days, QDate first, QDate last) {
+    const auto begin = std::ranges::lower_bound(days, first, {}, &CompletedDay::day);
+    return {begin, std::ranges::upper_bound(begin, days.end(), last, {}, &CompletedDay::day)};
 }
 
 /// The first record at an instant or later.

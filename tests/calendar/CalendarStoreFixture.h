@@ -1,8 +1,8 @@
 #pragma once
 
 #include "calendar/CalendarStore.h"
-#include "eventkit/model/OpenReminders.h"
 #include "eventkit/memory/InMemoryEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Preferences.h"
 #include "support/EventBuilders.h"

@@ -51,8 +51,9 @@ EKError noAnswerError(const QString& list) {
 }
 
 EKError outcomeUnknownError(const QString& title, const QString& list) {
-    const TextPair pair = text("“%1” does not answer. It is not known yet whether the change to “%2” was made.",
-                               "« %1 » ne répond pas. On ne sait pas encore si le changement de « %2 » a été fait.");
+    const TextPair pair =
+        text("“%1” does not answer. It is not known yet whether the change to “%2” was made.",
+             "« %1 » ne répond pas. On ne sait pas encore si le changement de « %2 » a été fait.");
     return {EKError::Code::outcomeUnknown, {pair.english.arg(list, title), pair.french.arg(list, title)}};
 }
 

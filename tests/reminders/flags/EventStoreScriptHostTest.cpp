@@ -1,7 +1,7 @@
 #include "reminders/flags/EventStoreScriptHost.h"
 
-#include "eventkit/model/OpenReminders.h"
 #include "eventkit/memory/InMemoryEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/SerialWorker.h"
 #include "reminders/flags/FlaggedReminderAutomation.h"
 #include "support/FixedCalendar.h"

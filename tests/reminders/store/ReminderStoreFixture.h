@@ -1,7 +1,7 @@
 #pragma once
 
-#include "eventkit/model/OpenReminders.h"
 #include "eventkit/memory/InMemoryEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Localization.h"
 #include "reminders/store/ReminderActionHistory.h"
