@@ -39,12 +39,15 @@ QByteArrayList otherLines(ComponentView component) {
     int depth = 0;
     for (const Line& line : component.lines()) {
         const QByteArray text = ComponentView(std::span(&line, 1)).text();
-        const QByteArray name = Property::parse(line.content()).name.trimmed();
-        depth += name.toUpper() == "BEGIN" ? 1 : 0;
+        const Property property = Property::parse(line.content());
+        const QByteArray name = property.name.trimmed();
+        // A beginning or an end without a name is neither.
+        const bool isNamed = !property.value.trimmed().isEmpty();
+        depth += isNamed && name.toUpper() == "BEGIN" ? 1 : 0;
         within = depth > 1;
         if (within || !belongsToTitleOrRevision(name))
             result.append(text);
-        depth -= name.toUpper() == "END" ? 1 : 0;
+        depth -= isNamed && name.toUpper() == "END" ? 1 : 0;
     }
     return result;
 }

@@ -1,8 +1,10 @@
 #include "cli/RecapOutput.h"
 
+#include "cli/CommandLineOutput.h"
 #include "completion/RecapTexts.h"
 
 #include <QJsonArray>
+#include <QJsonObject>
 
 #include <algorithm>
 #include <array>
@@ -10,6 +12,12 @@
 
 namespace kestrant {
 namespace {
+
+/// One period with the lists its completions were in, as far as they are known.
+struct PrintedRecap {
+    Recap recap;
+    std::vector<ListCount> lists;
+};
 
 /// Columns of the longest bar.
 constexpr int barLength = 30;
@@ -56,8 +64,7 @@ QStringList summary(const Recap& recap, const OutputContext& context) {
             QString::number(recap.completed), recapSentence(recap, context.language, context.dates)};
 }
 
-}  // namespace
-
+/// The recap of a period. Dates are local days; "days" has one number for each of the period's.
 QJsonObject recapAsJson(const PrintedRecap& printed, Qt::DayOfWeek firstDayOfWeek) {
     const Recap& recap = printed.recap;
     QJsonArray days;
@@ -91,6 +98,7 @@ QJsonObject recapAsJson(const PrintedRecap& printed, Qt::DayOfWeek firstDayOfWee
     return json;
 }
 
+/// A line for each: title, number, sentence.
 QString recapsAsTable(const std::vector<PrintedRecap>& recaps, const OutputContext& context) {
     TextRows rows;
     for (const PrintedRecap& each : recaps)
@@ -98,6 +106,7 @@ QString recapsAsTable(const std::vector<PrintedRecap>& recaps, const OutputConte
     return alignedText(rows);
 }
 
+/// One in full: its number and sentence, the days of a week or the months of a year with bars, and the lists.
 QString recapAsText(const PrintedRecap& printed, const OutputContext& context) {
     QString result = alignedText({summary(printed.recap, context)});
     TextRows rows;
@@ -119,6 +128,45 @@ QString recapAsText(const PrintedRecap& printed, const OutputContext& context) {
     if (!rows.empty())
         result += u'\n' + alignedText(rows, {0}, context.lineWidth);
     return result;
+}
+
+}  // namespace
+
+void printRecap(CommandRun& run, const std::vector<CompletionRecord>& records) {
+    const OutputContext context = run.outputContext();
+    const std::vector<CompletedDay> days = completedDays(records, context.calendar, context.now);
+    const QDate today = context.calendar.dayOf(context.now);
+    const Qt::DayOfWeek firstDay = run.environment.systemLocale.firstDayOfWeek();
+    const auto listOf = [&run](const QString& identifier) -> std::optional<QString> {
+        const EKReminderRef reminder = run.eventStore.calendarItem(identifier);
+        const auto list = reminder ? run.eventStore.calendarWithIdentifier(reminder->data.calendarIdentifier)
+                                   : std::nullopt;
+        return list ? std::optional(list->title) : std::nullopt;
+    };
+    const auto recapOfKind = [&](RecapKind kind) {
+        const RecapPeriod period = periodContaining(kind, today, firstDay);
+        return PrintedRecap{recapOf(period, days, today),
+                            completedByList(records, period, context.calendar, context.now, listOf)};
+    };
+    if (const auto kind = run.arguments.recapKind) {
+        const PrintedRecap recap = recapOfKind(*kind);
+        if (run.arguments.json)
+            run.printJson(recapAsJson(recap, firstDay));
+        else
+            run.print(recapAsText(recap, context));
+    } else {
+        std::vector<PrintedRecap> recaps;
+        QJsonArray json;
+        for (const RecapKind each : {RecapKind::day, RecapKind::week, RecapKind::month, RecapKind::year}) {
+            recaps.push_back(recapOfKind(each));
+            json.append(recapAsJson(recaps.back(), firstDay));
+        }
+        if (run.arguments.json)
+            run.printJson(json);
+        else
+            run.print(recapsAsTable(recaps, context));
+    }
+    run.finishReading();
 }
 
 }  // namespace kestrant

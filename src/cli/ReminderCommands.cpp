@@ -153,7 +153,7 @@ void ReminderCommands::execute() {
         return;
     case Command::recap:
         // Waits until completions made by other programs are in the ledger.
-        store_.whenIdle([this] { printRecap(); });
+        store_.whenIdle([this] { printRecap(run_, ledger_.sortedRecords()); });
         return;
     case Command::add:
         add();
@@ -244,44 +244,6 @@ void ReminderCommands::show() {
         run_.printJson(reminderAsJson(task, reminder->data, run_.environment.calendar));
     else
         run_.print(reminderAsTable(task, reminder->data, store_.lists(), run_.outputContext()));
-    run_.finishReading();
-}
-
-void ReminderCommands::printRecap() {
-    const OutputContext context = run_.outputContext();
-    const std::vector<CompletionRecord>& records = ledger_.sortedRecords();
-    const std::vector<CompletedDay> days = completedDays(records, context.calendar, context.now);
-    const QDate today = context.calendar.dayOf(context.now);
-    const Qt::DayOfWeek firstDay = run_.environment.systemLocale.firstDayOfWeek();
-    const auto listOf = [this](const QString& identifier) -> std::optional<QString> {
-        const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
-        const auto list = reminder ? run_.eventStore.calendarWithIdentifier(reminder->data.calendarIdentifier)
-                                   : std::nullopt;
-        return list ? std::optional(list->title) : std::nullopt;
-    };
-    const auto recapOfKind = [&](RecapKind kind) {
-        const RecapPeriod period = periodContaining(kind, today, firstDay);
-        return PrintedRecap{recapOf(period, days, today),
-                            completedByList(records, period, context.calendar, context.now, listOf)};
-    };
-    if (const auto kind = run_.arguments.recapKind) {
-        const PrintedRecap recap = recapOfKind(*kind);
-        if (run_.arguments.json)
-            run_.printJson(recapAsJson(recap, firstDay));
-        else
-            run_.print(recapAsText(recap, context));
-    } else {
-        std::vector<PrintedRecap> recaps;
-        QJsonArray json;
-        for (const RecapKind each : {RecapKind::day, RecapKind::week, RecapKind::month, RecapKind::year}) {
-            recaps.push_back(recapOfKind(each));
-            json.append(recapAsJson(recaps.back(), firstDay));
-        }
-        if (run_.arguments.json)
-            run_.printJson(json);
-        else
-            run_.print(recapsAsTable(recaps, context));
-    }
     run_.finishReading();
 }
 

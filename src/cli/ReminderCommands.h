@@ -42,8 +42,6 @@ class ReminderCommands {
     void foundReminders();
     [[nodiscard]] TextPair notFound() const;
     void show();
-    /// Prints the counts of completed reminders, from the ledger.
-    void printRecap();
     void add();
     void added(const QString& identifier);
     void edit();

@@ -64,6 +64,11 @@ std::optional<Block> lastBlock(QByteArrayView content) {
     return readBlock(first->body.sliced(first->size()), 8);
 }
 
+/// A letter, a digit or a sign.
+bool isPlainCharacter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '+';
+}
+
 ZoneChange typeAt(const Block& block, qsizetype index) {
     const char* const type = block.body.data() + block.times * (block.timeSize + 1) + index * 6;
     const QByteArrayView names =
@@ -72,7 +77,10 @@ ZoneChange typeAt(const Block& block, qsizetype index) {
     const auto name = static_cast<qsizetype>(static_cast<unsigned char>(type[5]));
     if (name < names.size()) {
         const QByteArrayView rest = names.sliced(name);
-        result.abbreviation = rest.first(std::max<qsizetype>(rest.indexOf('\0'), 0)).toByteArray();
+        const QByteArrayView text = rest.first(std::max<qsizetype>(rest.indexOf('\0'), 0));
+        // Files hold names such as "CEST" and "+0530" (RFC 8536, 3.2); anything else is left out.
+        if (std::ranges::all_of(text, isPlainCharacter))
+            result.abbreviation = text.toByteArray();
     }
     return result;
 }
@@ -84,10 +92,8 @@ bool isPossible(const ZoneChange& change) {
 bool isPlainName(const QByteArray& name) {
     const bool isMachines = name == "localtime" || name == "posixrules" || name.size() > 100;
     return !isMachines && !name.isEmpty() && !name.startsWith('/') && !name.contains("..") &&
-           std::all_of(name.begin(), name.end(), [](char c) {
-               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                      c == '/' || c == '_' || c == '-' || c == '+' || c == '.';
-           });
+           std::ranges::all_of(
+               name, [](char c) { return isPlainCharacter(c) || c == '/' || c == '_' || c == '.'; });
 }
 
 }  // namespace

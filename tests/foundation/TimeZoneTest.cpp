@@ -103,7 +103,12 @@ TEST(ZoneFiles, ThatAreDamagedAreNoZones) {
         damaged[at] = static_cast<char>(~damaged[at]);
         // Whatever it is, it is read without harm, and no clock shows what no clock can.
         const auto zone = parseZoneFile(damaged);
-        const auto isPossible = [](const ZoneChange& change) { return std::abs(change.offset) < 26 * 3600; };
+        const auto isPossible = [](const ZoneChange& change) {
+            // A name with other characters could break the line of a calendar file that it is written to.
+            return std::abs(change.offset) < 26 * 3600 &&
+                   std::ranges::all_of(change.abbreviation,
+                                       [](char c) { return isalnum(c) || c == '+' || c == '-'; });
+        };
         ASSERT_TRUE(!zone || (isPossible(zone->before) &&
                               std::all_of(zone->changes.begin(), zone->changes.end(), isPossible)))
             << at;
