@@ -20,7 +20,7 @@ class Localizer;
 
 /// The event that is being edited, and the removal of calendar rows. A row is a QVariant that holds a
 /// CalendarEventItem. Thread: main.
-class CalendarEditViewModel : public FormViewModel {
+class CalendarEditViewModel : public kestrant::FormViewModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")

@@ -17,7 +17,7 @@ class Localizer;
 struct EKCalendar;
 
 /// The new event being written. Thread: main.
-class NewEventViewModel : public FormViewModel {
+class NewEventViewModel : public kestrant::FormViewModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")

@@ -13,7 +13,9 @@ namespace kestrant {
 
 class Localizer;
 
-/// What all forms share: one after the other they are shown, written in, saved and given up. Thread: main.
+/// The base of form view models: errors, saving, and the number that tells one showing of a form from the
+/// next. Derived classes name it with its namespace, since the QML tools look the base up as it is written.
+/// Thread: main.
 class FormViewModel : public QObject {
     Q_OBJECT
     QML_ANONYMOUS

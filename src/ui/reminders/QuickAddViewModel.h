@@ -20,7 +20,7 @@ class Localizer;
 class ReminderStore;
 
 /// The new reminder being written, and which kind of thing is: a reminder or an event. Thread: main.
-class QuickAddViewModel : public FormViewModel {
+class QuickAddViewModel : public kestrant::FormViewModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")

@@ -22,7 +22,7 @@ class ReminderStore;
 struct ReminderStoreError;
 
 /// The reminder that is being edited. Thread: main.
-class ReminderEditViewModel : public FormViewModel {
+class ReminderEditViewModel : public kestrant::FormViewModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
