@@ -16,7 +16,6 @@ namespace {
 
 using icalendar::EventComponent;
 using icalendar::EventItem;
-using icalendar::EventLength;
 using icalendar::EventTimes;
 using icalendar::LocalTime;
 using icalendar::OccurrenceIterator;

@@ -217,12 +217,13 @@ std::optional<TimeZone> zoneDefinedBy(ComponentView definition) {
             return *found;
     }
     auto changes = changesOf(definition);
-    auto zone = changes ? std::optional(TimeZone::defined(zoneIdentifierIn(*identifier), std::move(*changes)))
-                        : std::nullopt;
+    const auto zone =
+        changes ? std::optional(TimeZone::defined(zoneIdentifierIn(*identifier), std::move(*changes)))
+                : std::nullopt;
     const std::lock_guard lock(mutex);
     if (known.size() >= mostDefinitionsKept)
         known.clear();
-    return *known.insert(text, std::move(zone));
+    return *known.insert(text, zone);
 }
 
 }  // namespace kestrant::icalendar

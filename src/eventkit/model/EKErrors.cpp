@@ -3,7 +3,7 @@
 namespace kestrant {
 namespace {
 
-TextPair withArgument(TextPair pair, const QString& argument) {
+TextPair withArgument(const TextPair& pair, const QString& argument) {
     return {pair.english.arg(argument), pair.french.arg(argument)};
 }
 
