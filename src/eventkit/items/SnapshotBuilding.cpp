@@ -49,6 +49,7 @@ std::vector<EKCalendar> orderedCalendars(const Library& library) {
         return a.second->title.compare(b.second->title, Qt::CaseInsensitive) < 0;
     });
     std::vector<EKCalendar> result;
+    result.reserve(named.size());
     for (const auto& [name, collection] : named)
         result.push_back(calendarFrom(name, *collection));
     return result;
