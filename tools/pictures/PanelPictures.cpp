@@ -268,7 +268,7 @@ std::vector<Picture> panelPictures() {
              stage.time.advance(Duration(0));
          })},
         {named("edit-reminder"), expanded([slides](Stage& stage) {
-             chooseForRow(stage, slides, 1);
+             chooseForRow(stage, slides, 2);
              stage.reminderEdit.setNotes(stage.localizer(
                  text("They are in the shared folder.", "Elles sont dans le dossier partagé.")));
          })},
@@ -280,7 +280,7 @@ std::vector<Picture> panelPictures() {
              stage.press(Qt::Key_Return);
              stage.time.advance(Duration(0));
          })},
-        {named("detach-reminder"), expanded([slides](Stage& stage) { chooseForRow(stage, slides, 2); })},
+        {named("detach-reminder"), expanded([slides](Stage& stage) { chooseForRow(stage, slides, 3); })},
         {named("quick-add-event"), expanded([dinner](Stage& stage) {
              stage.quickAdd.setType(QStringLiteral("event"));
              stage.call("openQuickAdd");

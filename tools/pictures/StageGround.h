@@ -1,26 +1,14 @@
 #pragma once
 
-#include "completion/CompletionLedgerRepository.h"
-#include "cues/SensoryFeedback.h"
-#include "eventkit/memory/InMemoryEventStore.h"
-#include "eventkit/model/OpenReminders.h"
 #include "foundation/BackgroundExecutor.h"
-#include "foundation/CurrentCalendars.h"
-#include "foundation/NotificationCenter.h"
-#include "notch/NotchGeometry.h"
-#include "notch/NotchInteractionModel.h"
-#include "preferences/Localization.h"
+#include "pictures/MemoryGround.h"
 #include "preferences/PreferenceKeys.h"
 #include "reminders/flags/FlaggedReminderAutomation.h"
 #include "reminders/flags/ScriptHost.h"
 #include "services/LaunchAtLoginManager.h"
 #include "ui/onboarding/DemoData.h"
-#include "ui/panel/Appearance.h"
-#include "ui/panel/Localizer.h"
-#include "ui/panel/PanelComposition.h"
 
 #include <QJsonObject>
-#include <QTemporaryDir>
 
 #include <algorithm>
 #include <deque>
@@ -129,53 +117,14 @@ class PictureScripts : public ScriptHost {
 };
 
 /// The program below the panel, for a picture.
-struct StageGround {
+struct StageGround : MemoryGround<PictureTime, PictureDefaults, SilentCuePlayer, ImmediateExecutor> {
     StageGround(Language language, double screenWidth)
-        : geometry(Screen{.name = QStringLiteral("picture"), .frame = QRectF(0, 0, screenWidth, 982)}) {
-        preferences.setLanguage(language);
-        appearance.setReducedMotion(true);
-        interaction.setExpansionEnabled(true);
+        : MemoryGround(QLocale(QLocale::English, QLocale::UnitedKingdom), language, screenWidth) {
+        services.flags = &automation;
     }
 
-    /// Saturday 21 November 2026, 14:30 in Paris.
-    PictureTime time{std::chrono::sys_days{std::chrono::year(2026) / 11 / 21} +
-                     std::chrono::minutes(13 * 60 + 30)};
-    FixedCurrentCalendar calendar{ZoneCalendar(*TimeZone::named("Europe/Paris"))};
-    PictureDefaults defaults;
-    Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); }};
-    Localization localization{preferences};
-    SilentCuePlayer cues;
-    SilentHapticPerformer haptics;
-    SensoryFeedback feedback{preferences, cues, haptics};
-    NotificationCenter notifications;
-    InMemoryEventStore database{time, time, calendar};
-    OpenReminders openReminders{database, time};
-    QTemporaryDir folder;
-    CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
-    ImmediateExecutor executor;
     PictureScripts scripts{database};
     FlaggedReminderAutomation automation{scripts, executor, time};
-    NotchInteractionModel interaction{time, preferences, feedback};
-    NotchGeometry geometry;
-    Localizer localizer{localization};
-    Appearance appearance{nullptr};
-    PanelComposition::Services services{
-        .eventStore = database,
-        .openReminders = openReminders,
-        .scheduler = time,
-        .clock = time,
-        .calendar = calendar,
-        .preferences = preferences,
-        .localization = localization,
-        .localizer = localizer,
-        .notifications = notifications,
-        .ledger = ledger,
-        .executor = executor,
-        .locale = [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); },
-        .feedback = feedback,
-        .interaction = interaction,
-        .geometry = geometry,
-        .flags = &automation};
 };
 
 }  // namespace kestrant
