@@ -1,71 +1,20 @@
-#include "contracts/EvolutionHouse.h"
-#include "interop/CalDavServer.h"
-#include "support/EventStoreDriver.h"
+#include "interop/CalDavAccount.h"
 
 #include <gmock/gmock.h>
 
 #include <chrono>
 #include <functional>
-#include <future>
-#include <map>
 #include <memory>
 #include <optional>
-#include <thread>
 
 namespace kestrant {
 namespace {
 
-using namespace std::chrono_literals;
 using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
-using ::testing::UnorderedElementsAre;
-
-/// A task list and a calendar that an online account brings into the desktop's database.
-class CalDav : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        if (!CalDavServer::isInstalled())
-            GTEST_SKIP() << "radicale is not installed; scripts/install-dependencies installs it.";
-        server.put("tasks", "bread", task("bread", "Bread"));
-        server.put("events", "standup", event("standup", "Standup"));
-        server.start();
-        list = server.addAccount("tasks", "Home", E_CAL_CLIENT_SOURCE_TYPE_TASKS);
-        calendar = server.addAccount("events", "Work", E_CAL_CLIENT_SOURCE_TYPE_EVENTS);
-        ASSERT_EQ(driver.requestAccess(), std::nullopt);
-        house.awaitThat([&] { return driver.openTitles().size() == 1 && eventTitles().size() == 1; });
-    }
-    static QByteArray task(const QByteArray& uid, const QByteArray& title, const QByteArray& more = {}) {
-        return item("VTODO", uid, title, "DUE;VALUE=DATE:20260330\r\nX-THEIRS:kept\r\n" + more);
-    }
-    static QByteArray event(const QByteArray& uid, const QByteArray& title) {
-        return item("VEVENT", uid, title,
-                    "DTSTART:20260330T090000Z\r\nDTEND:20260330T093000Z\r\nRRULE:FREQ=DAILY;COUNT=3\r\n");
-    }
-    static QByteArray item(const QByteArray& component, const QByteArray& uid, const QByteArray& title,
-                           const QByteArray& more) {
-        return "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Somebody//Else//EN\r\nBEGIN:" + component +
-               "\r\nUID:" + uid + "\r\nDTSTAMP:20260101T000000Z\r\nSUMMARY:" + title + "\r\n" + more +
-               "END:" + component + "\r\nEND:VCALENDAR\r\n";
-    }
-    std::vector<QString> eventTitles() {
-        std::vector<QString> result;
-        for (const EKEventRef& event : driver.events(at("UTC", {2026, 3, 30}), at("UTC", {2026, 3, 31})))
-            result.push_back(event->data.title);
-        return result;
-    }
-
-    explicit CalDav(std::chrono::milliseconds longestCall = EvolutionEventStore::longestCall)
-        : house(longestCall) {}
-
-    EvolutionHouse house;
-    CalDavServer server;
-    EventStoreDriver driver{house.store, house.scheduler};
-    QString list;
-    QString calendar;
-};
 
 TEST_F(CalDav, BringsChangesToTheServerAndBack) {
     const EKReminderRef reminder = house.store.calendarItem("bread");
@@ -258,180 +207,6 @@ TEST_F(CalDav, DISABLED_SaysThatChangesAreKeptWhileTheServerCannotBeReached) {
                !server.textWith("tasks", "Own").isEmpty() && server.text("tasks", "jam").isEmpty();
     });
     EXPECT_TRUE(server.text("tasks", "bread").contains("SUMMARY:Bread!"));
-}
-
-/// An account whose server takes requests and does not answer, with little patience.
-class CalDavSilence : public CalDav {
-  protected:
-    CalDavSilence() : CalDav(2s) {}
-
-    /// A list with one reminder of the same name.
-    QString addList(const QString& name) {
-        server.makeCollection(name, "VTODO");
-        server.put(name, name, task(name.toUtf8(), name.toUtf8()));
-        const QString result = server.addAccount(name, name, E_CAL_CLIENT_SOURCE_TYPE_TASKS);
-        house.awaitThat([&] { return house.store.calendarItem(name) != nullptr; });
-        return result;
-    }
-    EKReminderRef edited(const QString& name, const std::function<void(EKReminderData&)>& edit) {
-        const EKReminderRef reminder = house.store.calendarItem(name);
-        edit(reminder->data);
-        return reminder;
-    }
-};
-
-TEST_F(CalDavSilence, HoldsUpNoOtherList) {
-    const QString local = driver.addList("Local");
-    driver.add(aReminder("").titled("Milk").in(local));
-    server.pause();
-    std::optional<EventStoreDriver::SaveAnswer> answer;
-    house.store.save(edited("bread", [](EKReminderData& data) { data.title = "Rye"; }),
-                     [&](const auto& result) { answer = result; });
-    const EKReminderRef milk = driver.add(aReminder("").titled("More milk").in(local));
-    ASSERT_TRUE(driver.remove(milk).has_value());
-    ForeignList(local, E_CAL_CLIENT_SOURCE_TYPE_TASKS)
-        .add("BEGIN:VTODO\r\nUID:theirs\r\nDTSTAMP:20260101T000000Z\r\nSUMMARY:x\r\nEND:VTODO\r\n");
-    house.awaitThat([&] { return house.store.calendarItem("theirs") != nullptr; });
-    EXPECT_FALSE(answer.has_value()) << "nobody has given up yet";
-    server.resume();
-    house.awaitThat([&] { return answer.has_value(); });
-    EXPECT_TRUE(answer->has_value());
-}
-
-TEST_F(CalDavSilence, BeginsWithoutAListThatIsLate) {
-    const QString local = driver.addList("Local");
-    // Whoever knows what it wants does not wait for it any longer.
-    for (const auto& wanted : {std::optional<QStringList>(), std::optional(QStringList{"bread"})}) {
-        server.pause();
-        // Whoever opens the account now has to wait for the server.
-        house.service.kill("org.gnome.evolution.dataserver.Calendar");
-        EvolutionEventStore store(house.scheduler, house.scheduler, house.calendar, 10s, {.items = wanted});
-        EventStoreDriver fresh(store, house.scheduler);
-        ASSERT_EQ(fresh.requestAccess(), std::nullopt);
-        EXPECT_FALSE(store.calendarWithIdentifier(list)->isAnswering);
-        ASSERT_TRUE(store.calendarWithIdentifier(local)->isAnswering);
-        EXPECT_FALSE(store.problems().empty());
-        const EKReminderRef milk = fresh.add(aReminder("").titled("Milk").in(local));
-        server.resume();
-        house.awaitThat([&] {
-            return store.problems().empty() && fresh.openTitles() == std::vector<QString>{"Bread", "Milk"};
-        });
-        ASSERT_TRUE(fresh.remove(milk).has_value());
-    }
-}
-
-TEST_F(CalDavSilence, LeavesOpenWhatBecomesOfAChangeUntilTheServerAnswers) {
-    const QString local = driver.addList("Local");
-    const EKReminderRef there = driver.add(aReminder("").titled("there").in(local));
-    const auto titled = [](EKReminderData& data) { data.title += " changed"; };
-    const auto completed = [](EKReminderData& data) { data.isCompleted = true; };
-    const auto flagged = [](EKReminderData& data) { data.isFlagged = true; };
-    for (const char* name : {"edited", "completed", "removed", "away", "flagged"})
-        addList(name);
-    const QString target = addList("target");
-    const QString created = addList("created");
-
-    std::map<std::string, EKError::Code> told;
-    std::map<std::string, EventStoreDriver::SaveAnswer> ended;
-    const auto tell = [&](const std::string& name, const QString& identifier) {
-        return [&, name, identifier](const EventStoreDriver::SaveAnswer& answer) {
-            ASSERT_FALSE(answer.has_value()) << name;
-            told[name] = answer.error().code;
-            house.store.awaitOutcome(identifier, [&, name](const auto& known) { ended[name] = known; });
-        };
-    };
-    const auto save = [&](const EKReminderRef& reminder, const std::string& name) {
-        house.store.save(reminder, tell(name, reminder->calendarItemIdentifier()));
-    };
-    server.pause();
-    save(edited("edited", titled), "edit");
-    save(edited("completed", completed), "complete");
-    save(edited("away", [&](EKReminderData& data) { data.calendarIdentifier = local; }), "move away");
-    there->data.calendarIdentifier = target;
-    save(there, "move there");
-    house.store.remove(house.store.calendarItem("removed"), tell("remove", "removed"));
-    const EKReminderRef made = std::make_shared<EKReminder>(house.store);
-    made->data = aReminder("").titled("new").in(created);
-    made->data.calendarItemIdentifier.clear();
-    save(made, "create");
-    house.store.saveAll({edited("flagged", flagged)},
-                        [&](const auto& answers) { tell("flag", "flagged")(answers.front()); });
-    house.awaitThat([&] { return told.size() == 7; });
-    for (const auto& [name, code] : told)
-        EXPECT_EQ(code, EKError::Code::outcomeUnknown) << name;
-    EXPECT_GE(house.store.problems().size(), 7u);
-    const auto behind = driver.save(edited("edited", titled));
-    ASSERT_FALSE(behind.has_value());
-    EXPECT_EQ(behind.error().code, EKError::Code::storage) << "it was not even sent";
-
-    server.resume();
-    house.awaitThat([&] { return ended.size() == 7 && house.store.problems().empty(); });
-    for (const auto& [name, answer] : ended)
-        EXPECT_TRUE(answer.has_value()) << name << ": " << answer.error().message.english.toStdString();
-    EXPECT_THAT(driver.openTitles(), UnorderedElementsAre("Bread", "away", "created", "edited changed",
-                                                          "flagged", "new", "target", "there"));
-    EXPECT_EQ(house.store.calendarItem("away")->data.calendarIdentifier, local);
-    EXPECT_THAT(server.text("edited", "edited").toStdString(), HasSubstr("SUMMARY:edited changed"));
-    EXPECT_THAT(server.text("completed", "completed").toStdString(), HasSubstr("STATUS:COMPLETED"));
-    EXPECT_THAT(server.text("flagged", "flagged").toStdString(), HasSubstr("X-PINNED"));
-    EXPECT_EQ(server.text("removed", "removed"), QByteArray());
-    EXPECT_EQ(server.text("away", "away"), QByteArray());
-    EXPECT_NE(server.textWith("target", "SUMMARY:there"), QByteArray());
-    EXPECT_NE(server.textWith("created", "SUMMARY:new"), QByteArray());
-
-    // What is known can be taken back.
-    for (const auto& [name, answer] : ended) {
-        const auto reverted = driver.revert(*answer);
-        EXPECT_TRUE(reverted.has_value())
-            << name << ": " << (reverted ? "" : reverted.error().message.english.toStdString());
-    }
-    EXPECT_THAT(driver.openTitles(), UnorderedElementsAre("Bread", "away", "completed", "created", "edited",
-                                                          "flagged", "removed", "target", "there"));
-    EXPECT_NE(server.textWith("removed", "SUMMARY:removed"), QByteArray());
-    EXPECT_EQ(server.textWith("target", "SUMMARY:there"), QByteArray());
-}
-
-TEST_F(CalDavSilence, EndsWithoutTheAnswerToAChangeThatTookTooLong) {
-    auto store = std::make_unique<EvolutionEventStore>(house.scheduler, house.scheduler, house.calendar, 2s);
-    EventStoreDriver fresh(*store, house.scheduler);
-    ASSERT_EQ(fresh.requestAccess(), std::nullopt);
-    server.pause();
-    const EKReminderRef reminder = store->calendarItem("bread");
-    reminder->data.title = "Rye";
-    const auto answer = fresh.save(reminder);
-    ASSERT_FALSE(answer.has_value());
-    EXPECT_EQ(answer.error().code, EKError::Code::outcomeUnknown);
-    std::promise<void> ended;
-    std::thread watch([this, end = ended.get_future()] {
-        EXPECT_EQ(end.wait_for(60s), std::future_status::ready);
-        server.resume();
-    });
-    store.reset();
-    ended.set_value();
-    watch.join();
-}
-
-TEST_F(CalDavSilence, TellsWhatBecameOfAChangeOverWhichTheServerWentAway) {
-    server.pause();
-    std::optional<EventStoreDriver::SaveAnswer> known;
-    house.store.save(edited("bread", [](EKReminderData& data) { data.title = "Rye"; }),
-                     [&](const EventStoreDriver::SaveAnswer& answer) {
-                         if (answer || answer.error().code != EKError::Code::outcomeUnknown)
-                             known = answer;
-                         else
-                             house.store.awaitOutcome("bread", [&](const auto& outcome) { known = outcome; });
-                     });
-    house.awaitThat([&] { return !house.store.problems().empty(); });
-    // It may get at the request before it ends, or not.
-    server.stop();
-    server.start();
-    house.awaitThat([&] { return known.has_value(); });
-    server.refresh();
-    const QString title = known->has_value() ? "Rye" : "Bread";
-    house.awaitThat([&] {
-        return driver.openTitles() == std::vector<QString>{title} &&
-               server.text("tasks", "bread").contains("SUMMARY:" + title.toUtf8());
-    });
 }
 
 TEST_F(CalDav, ShowsWhatWasSeenLastWhenItStartsWithoutTheServer) {
