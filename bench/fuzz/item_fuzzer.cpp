@@ -38,16 +38,11 @@ QByteArrayList otherLines(ComponentView component) {
     bool within = false;
     int depth = 0;
     for (const Line& line : component.lines()) {
-        const QByteArray text = ComponentView(std::span(&line, 1)).text();
-        const Property property = Property::parse(line.content());
-        const QByteArray name = property.name.trimmed();
-        // A beginning or an end without a name is neither.
-        const bool isNamed = !property.value.trimmed().isEmpty();
-        depth += isNamed && name.toUpper() == "BEGIN" ? 1 : 0;
+        depth += line.isBegin() ? 1 : 0;
         within = depth > 1;
-        if (within || !belongsToTitleOrRevision(name))
-            result.append(text);
-        depth -= isNamed && name.toUpper() == "END" ? 1 : 0;
+        if (within || !belongsToTitleOrRevision(Property::parse(line.content()).name.trimmed()))
+            result.append(ComponentView(std::span(&line, 1)).text());
+        depth -= line.isEnd() ? 1 : 0;
     }
     return result;
 }
