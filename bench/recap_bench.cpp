@@ -1,7 +1,7 @@
 // How long it takes to count 100,000 completed reminders of ten years by days, and to tell of all four
 // periods.
 
-#include "completion/Recap.h"
+#include "recap/Recap.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/TypedDate.h"
-#include "completion/Recap.h"
+#include "recap/Recap.h"
 #include "eventkit/model/EventStoreLocation.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"

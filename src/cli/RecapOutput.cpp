@@ -1,7 +1,7 @@
 #include "cli/RecapOutput.h"
 
 #include "cli/CommandLineOutput.h"
-#include "completion/RecapTexts.h"
+#include "recap/RecapTexts.h"
 
 #include <QJsonArray>
 #include <QJsonObject>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/CommandRun.h"
-#include "completion/Recap.h"
+#include "recap/Recap.h"
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "completion/Recap.h"
+#include "recap/Recap.h"
 #include "foundation/Text.h"
 
 #include <QLocale>

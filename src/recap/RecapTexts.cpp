@@ -1,4 +1,4 @@
-#include "completion/RecapTexts.h"
+#include "recap/RecapTexts.h"
 
 namespace kestrant {
 namespace {

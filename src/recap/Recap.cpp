@@ -1,4 +1,4 @@
-#include "completion/Recap.h"
+#include "recap/Recap.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
-#include "completion/Recap.h"
+#include "recap/Recap.h"
 
-#include "completion/RecapTexts.h"
+#include "recap/RecapTexts.h"
 
 #include <gmock/gmock.h>
 
