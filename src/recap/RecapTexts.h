@@ -1,7 +1,7 @@
 #pragma once
 
-#include "recap/Recap.h"
 #include "foundation/Text.h"
+#include "recap/Recap.h"
 
 #include <QLocale>
 #include <QString>
