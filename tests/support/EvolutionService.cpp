@@ -128,15 +128,29 @@ void EvolutionService::removeAll() {
 }
 
 void EvolutionService::changeSettings(const QString& list, const std::function<void(ESource*)>& change) {
-    GError* error = nullptr;
-    ESourceRegistry* const registry = e_source_registry_new_sync(nullptr, &error);
-    ESource* const source = e_source_registry_ref_source(registry, list.toUtf8().constData());
-    ASSERT_TRUE(source);
-    change(source);
-    EXPECT_TRUE(e_source_write_sync(source, nullptr, &error)) << (error ? error->message : "");
-    g_clear_error(&error);
-    g_object_unref(source);
-    g_object_unref(registry);
+    // What the service tells of an earlier change may take the place of what is set here before it is
+    // written, so that is looked at again.
+    for (bool isChanged = false; !isChanged;) {
+        GError* error = nullptr;
+        ESourceRegistry* const registry = e_source_registry_new_sync(nullptr, &error);
+        ESource* const source = e_source_registry_ref_source(registry, list.toUtf8().constData());
+        ASSERT_TRUE(source);
+        const auto settings = [source] {
+            gchar* const text = e_source_to_string(source, nullptr);
+            const QByteArray result(text);
+            g_free(text);
+            return result;
+        };
+        const QByteArray before = settings();
+        change(source);
+        isChanged = settings() == before;
+        if (!isChanged) {
+            EXPECT_TRUE(e_source_write_sync(source, nullptr, &error)) << (error ? error->message : "");
+        }
+        g_clear_error(&error);
+        g_object_unref(source);
+        g_object_unref(registry);
+    }
 }
 
 void EvolutionService::makeReadOnly(const QString& list) {

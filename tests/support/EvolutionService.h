@@ -30,7 +30,7 @@ class EvolutionService {
     /// Ends a process of the service by its name on the bus (its beginning); the bus starts it again when it
     /// is asked for. Returns when the process is gone.
     void kill(const char* busName);
-    /// Changes the settings of a list or calendar.
+    /// Changes the settings of a list or calendar; `change` may be applied more than once.
     static void changeSettings(const QString& list, const std::function<void(ESource*)>& change);
     /// Lets the items of a local list be read only.
     void makeReadOnly(const QString& list);
