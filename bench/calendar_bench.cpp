@@ -10,7 +10,7 @@
 #include "support/ManualExecutor.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
-#include "support/MovableCalendar.h"
+#include "support/MovableTimeZone.h"
 #include "ui/calendar/CalendarRowModel.h"
 
 #include <benchmark/benchmark.h>
@@ -25,11 +25,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const ZoneCalendar calendar(*TimeZone::named("Europe/Paris"));
+const TimeZone zone(*TimeZone::named("Europe/Paris"));
 const QDate today(2026, 3, 27);
 
 CalendarPresent present() {
-    return {calendar.instantAt(today, {12, 0}), calendar, Language::english,
+    return {zone.instantAt(today, {12, 0}), zone, Language::english,
             QLocale(QLocale::English, QLocale::UnitedStates)};
 }
 
@@ -49,10 +49,10 @@ std::vector<EKEventData> someEvents(int count) {
         const QDate day = today.addDays(pick(4 * 365) - 2 * 365);
         event.isAllDay = pick(5) == 0;
         if (event.isAllDay) {
-            event.startDate = calendar.startOfDay(day);
-            event.endDate = calendar.startOfDay(day.addDays(1 + (pick(10) == 0 ? pick(14) : 0)));
+            event.startDate = zone.startOfDay(day);
+            event.endDate = zone.startOfDay(day.addDays(1 + (pick(10) == 0 ? pick(14) : 0)));
         } else {
-            event.startDate = calendar.instantAt(day, QTime(7 + pick(14), 30 * pick(2)));
+            event.startDate = zone.instantAt(day, QTime(7 + pick(14), 30 * pick(2)));
             event.endDate = event.startDate + std::chrono::minutes(30 * (1 + pick(4)));
         }
         result.push_back(std::move(event));
@@ -97,10 +97,10 @@ void crowdedDay(benchmark::State& state) {
     auto events = someEvents(5'001);
     for (EKEventData& event : events) {
         event.isAllDay = false;
-        event.startDate = calendar.instantAt(today, {14, 0});
+        event.startDate = zone.instantAt(today, {14, 0});
         event.endDate = event.startDate + 1h;
     }
-    events.back().endDate = calendar.startOfDay(today.addDays(400));
+    events.back().endDate = zone.startOfDay(today.addDays(400));
     const CalendarItems items = asItems(std::move(events));
     const DayRange days{today.addYears(-1), today.addYears(1)};
     for ([[maybe_unused]] const auto& iteration : state)
@@ -112,19 +112,19 @@ BENCHMARK(crowdedDay)->Unit(benchmark::kMillisecond);
 /// the days, and with a second argument the panel's list takes them over.
 void showPage(benchmark::State& state) {
     ManualScheduler scheduler(present().now);
-    MovableCalendar zone;
+    MovableTimeZone currentZone;
     MemoryUserDefaults defaults;
     const Preferences preferences(defaults, [] { return QLocale::c(); });
     NotificationCenter notifications;
     ManualExecutor executor;
-    InMemoryEventStore database(scheduler, scheduler, zone);
+    InMemoryEventStore database(scheduler, scheduler, currentZone);
     database.putCalendar({.calendarIdentifier = QStringLiteral("calendar"), .allowsEvents = true});
     for (EKEventData& event : someEvents(static_cast<int>(state.range(0))))
         database.putEvent(std::move(event));
     CalendarStore store({.eventStore = database,
                          .scheduler = scheduler,
                          .clock = scheduler,
-                         .calendar = zone,
+                         .currentZone = currentZone,
                          .preferences = preferences,
                          .notifications = notifications,
                          .executor = executor,

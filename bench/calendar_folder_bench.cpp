@@ -6,7 +6,7 @@
 #include "calendar/CalendarGrouping.h"
 #include "eventkit/vdir/VdirEventStore.h"
 #include "foundation/Clocks.h"
-#include "foundation/CurrentCalendars.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/QtScheduler.h"
 
 #include <QCoreApplication>
@@ -38,9 +38,9 @@ class LoadedFolder {
     /// The days as the panel asks for them.
     QList<CalendarDayGroup> days(const DayRange& fetched, const DayRange& shown, CalendarMode mode) {
         QList<CalendarDayGroup> result;
-        const CalendarPresent present{clock_.now(), calendar_, Language::english, QLocale::c()};
-        fetchCalendarItems(calendar_.startOfDay(fetched.first), calendar_.startOfDay(fetched.end), store_,
-                           nullptr, calendar_, [&](const CalendarItems& items) {
+        const CalendarPresent present{clock_.now(), zone_, Language::english, QLocale::c()};
+        fetchCalendarItems(zone_.startOfDay(fetched.first), zone_.startOfDay(fetched.end), store_, nullptr,
+                           zone_, [&](const CalendarItems& items) {
                                result = groupByDay(items, shown, mode, present);
                                QCoreApplication::exit();
                            });
@@ -82,11 +82,11 @@ class LoadedFolder {
 
     std::mt19937 random_{11};
     QTemporaryDir folder_;
-    ZoneCalendar calendar_{*TimeZone::named("Europe/Paris")};
+    TimeZone zone_{*TimeZone::named("Europe/Paris")};
     QtScheduler scheduler_;
-    FixedClock clock_{calendar_.instantAt(today, {12, 0})};
-    FixedCurrentCalendar currentCalendar_{calendar_};
-    VdirEventStore store_{folder_.path(), scheduler_, clock_, currentCalendar_};
+    FixedClock clock_{zone_.instantAt(today, {12, 0})};
+    FixedTimeZone currentZone_{zone_};
+    VdirEventStore store_{folder_.path(), scheduler_, clock_, currentZone_};
 };
 
 LoadedFolder& folderOf(int events) {

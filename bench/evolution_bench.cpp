@@ -6,7 +6,7 @@
 #include "eventkit/evolution/EvolutionStorage.h"
 #include "eventkit/items/ItemDatabase.h"
 #include "foundation/Clocks.h"
-#include "foundation/CurrentCalendars.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/QtScheduler.h"
 #include "support/EvolutionService.h"
 
@@ -28,7 +28,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int itemCount = 10'000;
 constexpr int runs = 7;
 
-const ZoneCalendar local{*TimeZone::named("Europe/Paris")};
+const TimeZone local{*TimeZone::named("Europe/Paris")};
 
 double milliseconds(const std::function<void()>& work) {
     const auto begin = Clock::now();
@@ -60,7 +60,7 @@ QString makeList(EKEntityType type) {
     evolution::EvolutionStorage storage({}, std::chrono::minutes(5));
     items::ItemDatabase database(storage);
     (void)database.open(local);
-    const auto calendar = database.saveCalendar(
+    const auto currentZone = database.saveCalendar(
         {.title = QStringLiteral("Many"), .allowsReminders = isTasks, .allowsEvents = !isTasks}, local);
     ForeignList list(calendar->calendarIdentifier,
                      isTasks ? E_CAL_CLIENT_SOURCE_TYPE_TASKS : E_CAL_CLIENT_SOURCE_TYPE_EVENTS);
@@ -136,8 +136,8 @@ void measureSaving() {
 int showResident() {
     QtScheduler scheduler;
     const SystemClock clock;
-    const FixedCurrentCalendar calendar{local};
-    EvolutionEventStore store(scheduler, clock, calendar);
+    const FixedTimeZone currentZone{local};
+    EvolutionEventStore store(scheduler, clock, currentZone);
     store.requestFullAccessToReminders([](bool, const auto&) { QCoreApplication::exit(); });
     QCoreApplication::exec();
     std::size_t shown = 0;

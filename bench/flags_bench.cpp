@@ -8,9 +8,9 @@
 #include "reminders/flags/EventStoreScriptHost.h"
 #include "reminders/flags/FlaggedReminderAutomation.h"
 #include "reminders/flags/ReminderFlagSync.h"
-#include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
+#include "support/MovableTimeZone.h"
 
 #include <QDir>
 #include <QFile>
@@ -65,8 +65,8 @@ class Folder {
 void syncFlags(benchmark::State& state) {
     const Folder folder(static_cast<int>(state.range(0)));
     MeasuredScheduler scheduler{Instant(std::chrono::hours(24 * 20500))};
-    FixedCalendar calendar{"Europe/Paris"};
-    VdirEventStore store(folder.path(), scheduler, scheduler, calendar);
+    MovableTimeZone currentZone;
+    VdirEventStore store(folder.path(), scheduler, scheduler, currentZone);
     bool opened = false;
     store.requestFullAccessToReminders([&](bool, const auto&) { opened = true; });
     if (!scheduler.runUntil([&] { return opened; }))

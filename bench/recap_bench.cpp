@@ -22,10 +22,10 @@ void countRecaps(benchmark::State& state) {
         records.push_back({QString::number(number), at, at, 1});
     }
     std::ranges::sort(records, {}, &CompletionRecord::completedAt);
-    const ZoneCalendar calendar(*TimeZone::named("Europe/Paris"));
-    const QDate today = calendar.dayOf(now);
+    const TimeZone zone(*TimeZone::named("Europe/Paris"));
+    const QDate today = zone.dayOf(now);
     for (auto round : state) {
-        const std::vector<CompletedDay> days = completedDays(records, calendar, now);
+        const std::vector<CompletedDay> days = completedDays(records, zone, now);
         for (const RecapKind kind : {RecapKind::day, RecapKind::week, RecapKind::month, RecapKind::year})
             benchmark::DoNotOptimize(recapOf(periodContaining(kind, today, Qt::Monday), days, today));
     }

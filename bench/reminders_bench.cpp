@@ -23,14 +23,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class FixedCalendar : public CurrentCalendar {
-  public:
-    [[nodiscard]] ZoneCalendar calendar() const override {
-        return ZoneCalendar(*TimeZone::named("Europe/Paris"));
-    }
-    [[nodiscard]] Subscription observeChanges(std::function<void()>) override { return {}; }
-};
-
 /// A store that has loaded `count` reminders with the variety of a real database.
 class LoadedStore {
   public:
@@ -68,7 +60,7 @@ class LoadedStore {
                                             .openReminders = openReminders,
                                             .scheduler = scheduler,
                                             .clock = scheduler,
-                                            .calendar = calendar,
+                                            .currentZone = currentZone,
                                             .defaults = defaults,
                                             .localization = localization,
                                             .notifications = notifications,
@@ -79,13 +71,13 @@ class LoadedStore {
 
     QTemporaryDir folder;
     ManualScheduler scheduler{Instant(std::chrono::hours(24 * 20500))};
-    FixedCalendar calendar;
+    MovableTimeZone currentZone;
     MemoryUserDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedStates); }};
     Localization localization{preferences};
     NotificationCenter notifications;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
-    InMemoryEventStore database{scheduler, scheduler, calendar};
+    InMemoryEventStore database{scheduler, scheduler, currentZone};
     OpenReminders openReminders{database, scheduler};
     std::optional<ReminderStore> store;
 };

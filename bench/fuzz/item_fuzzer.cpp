@@ -5,7 +5,8 @@
 #include "eventkit/icalendar/Event.h"
 #include "eventkit/icalendar/Reverting.h"
 #include "eventkit/icalendar/Todo.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/DateComponents.h"
+#include "foundation/TimeZone.h"
 #include "fuzzing.h"
 
 #include <QByteArray>
@@ -22,9 +23,9 @@ namespace {
 constexpr std::size_t mostItems = 4;
 const QString newTitle = QStringLiteral("Changed; by, a \\ test\nin two lines");
 
-const ZoneCalendar& local() {
-    static const ZoneCalendar calendar(*TimeZone::named("Europe/Paris"));
-    return calendar;
+const TimeZone& local() {
+    static const TimeZone zone(*TimeZone::named("Europe/Paris"));
+    return zone;
 }
 
 /// The lines that a change of the title may touch; all others stay as they were.

@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     if (size < 1 || size > 4096)
         return 0;
     QuickAddContext context{.now = Instant{std::chrono::seconds(1'772'000'000 + bytes[0] * 86'400)},
-                            .calendar = ZoneCalendar(*TimeZone::named("Europe/Paris")),
+                            .zone = *TimeZone::named("Europe/Paris"),
                             .language = bytes[0] % 2 ? Language::french : Language::english,
                             .lists = {}};
     const QString line = QString::fromUtf8(reinterpret_cast<const char*>(bytes) + 1, qsizetype(size) - 1);

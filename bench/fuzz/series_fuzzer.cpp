@@ -5,7 +5,7 @@
 #include "eventkit/icalendar/Event.h"
 #include "eventkit/icalendar/EventSeries.h"
 #include "eventkit/icalendar/Todo.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "fuzzing.h"
 
 #include <chrono>
@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const auto document = icalendar::Document::parse(QByteArrayView(bytes, qsizetype(size)));
     if (!document)
         return 0;
-    static const ZoneCalendar local(TimeZone::named("Europe/Paris").value());
+    static const TimeZone local(TimeZone::named("Europe/Paris").value());
     (void)icalendar::readTodos(*document, local);
     const Instant now{std::chrono::seconds(1'780'000'000)};
     const auto year = std::chrono::hours(24 * 365);

@@ -53,7 +53,7 @@ AppDelegate::AppDelegate(Options options)
                  .folder = options.supportFolder + u'/' +
                            QString::fromLatin1(AggregateCompletionReporter::folderName)})
     , database_(std::move(options.store), std::move(options.desktopHasStore), defaults_, scheduler_, clock_,
-                calendar_)
+                currentZone_)
     , ledgerWriter_(scheduler_)
     , ledger_(options.ledgerFile, ledgerWriter_.writer())
     , scriptHost_(database_.store(), openReminders_, scheduler_)
@@ -84,7 +84,7 @@ PanelComposition& AppDelegate::composition() {
         .openReminders = openReminders_,
         .scheduler = scheduler_,
         .clock = clock_,
-        .calendar = calendar_,
+        .currentZone = currentZone_,
         .preferences = preferences_,
         .localization = localization_,
         .localizer = *localizer_,
@@ -184,7 +184,7 @@ void AppDelegate::createOnboarding() {
             .settings = *settings_,
             .scheduler = scheduler_,
             .clock = clock_,
-            .calendar = calendar_,
+            .currentZone = currentZone_,
             .feedback = feedback_,
             .touchpadsScrollNaturally = [this] { return panelWindow_->touchpadScrollsNaturally(); },
         },
@@ -245,7 +245,7 @@ void AppDelegate::keepMemorySmall() {
 }
 
 void AppDelegate::wokeUp() {
-    calendar_.refresh();
+    currentZone_.refresh();
     reminderStore().systemDidWake();
     calendarStore().systemDidWake();
     panel_->actions.removeExpired();
@@ -348,7 +348,7 @@ void AppDelegate::startRinging() {
         .notifier = *notifier_,
         .scheduler = scheduler_,
         .clock = clock_,
-        .calendar = calendar_,
+        .currentZone = currentZone_,
         .defaults = defaults_,
         .localization = localization_,
     });

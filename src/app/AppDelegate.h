@@ -8,12 +8,12 @@
 #include "cues/SoundFeedback.h"
 #include "eventkit/model/OpenReminders.h"
 #include "foundation/Clocks.h"
-#include "foundation/CurrentCalendars.h"
 #include "foundation/InformationDictionary.h"
 #include "foundation/JsonFileUserDefaults.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/QtScheduler.h"
 #include "foundation/SerialWorker.h"
+#include "foundation/SystemTimeZone.h"
 #include "metrics/AggregateCompletionReporter.h"
 #include "metrics/EventLoopThread.h"
 #include "network/HttpSession.h"
@@ -130,7 +130,7 @@ class AppDelegate : public QObject {
 
     QtScheduler scheduler_;
     SystemClock clock_;
-    SystemCurrentCalendar calendar_;
+    SystemTimeZone currentZone_;
     NotificationCenter notifications_;
     JsonFileUserDefaults defaults_;
     Preferences preferences_;

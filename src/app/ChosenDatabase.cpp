@@ -10,13 +10,13 @@ namespace kestrant {
 
 ChosenDatabase::ChosenDatabase(std::optional<EventStoreLocation> named, std::function<bool()> desktopHasStore,
                                const UserDefaults& defaults, Scheduler& scheduler, const Clock& clock,
-                               const CurrentCalendar& calendar)
+                               const CurrentTimeZone& currentZone)
     : named_(std::move(named))
     , desktopHasStore_(std::move(desktopHasStore))
     , defaults_(defaults)
     , scheduler_(scheduler)
     , clock_(clock)
-    , calendar_(calendar)
+    , currentZone_(currentZone)
     , location_(chosen())
     , store_(location_.toString(), [this] { return open(); }) {}
 
@@ -37,7 +37,7 @@ EventStoreLocation ChosenDatabase::chosen() const {
 }
 
 std::unique_ptr<EKEventStore> ChosenDatabase::open() const {
-    return openEventStore(location_, scheduler_, clock_, calendar_);
+    return openEventStore(location_, scheduler_, clock_, currentZone_);
 }
 
 }  // namespace kestrant

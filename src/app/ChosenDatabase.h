@@ -9,7 +9,7 @@
 
 namespace kestrant {
 
-class CurrentCalendar;
+class CurrentTimeZone;
 class UserDefaults;
 
 /// The database in use: the one named when the program was started, else the one chosen in the settings, else
@@ -20,7 +20,7 @@ class ChosenDatabase {
     /// outlive this.
     ChosenDatabase(std::optional<EventStoreLocation> named, std::function<bool()> desktopHasStore,
                    const UserDefaults& defaults, Scheduler& scheduler, const Clock& clock,
-                   const CurrentCalendar& calendar);
+                   const CurrentTimeZone& currentZone);
 
     /// Stays the same object when another database is used.
     [[nodiscard]] EKEventStore& store() { return store_; }
@@ -44,7 +44,7 @@ class ChosenDatabase {
     const UserDefaults& defaults_;
     Scheduler& scheduler_;
     const Clock& clock_;
-    const CurrentCalendar& calendar_;
+    const CurrentTimeZone& currentZone_;
     EventStoreLocation location_;
     EventStoreSwitch store_;
 };

@@ -9,7 +9,7 @@
 namespace kestrant {
 namespace {
 
-using MakeStore = EKEventStore* (*)(Scheduler&, const Clock&, const CurrentCalendar&, const EventStoreUse&);
+using MakeStore = EKEventStore* (*)(Scheduler&, const Clock&, const CurrentTimeZone&, const EventStoreUse&);
 
 std::optional<QString> modulePath() {
     return moduleFile(QStringLiteral("kestrant_evolution.so"));
@@ -19,7 +19,7 @@ std::optional<QString> modulePath() {
 /// that it needs is missing. Nothing is asked of the service yet.
 tl::expected<std::unique_ptr<EKEventStore>, TextPair> makeEvolutionStore(Scheduler& scheduler,
                                                                          const Clock& clock,
-                                                                         const CurrentCalendar& calendar,
+                                                                         const CurrentTimeZone& currentZone,
                                                                          const EventStoreUse& use) {
     const auto path = modulePath();
     if (!path)
@@ -27,7 +27,7 @@ tl::expected<std::unique_ptr<EKEventStore>, TextPair> makeEvolutionStore(Schedul
                                    "Kestrant a été compilé ou installé sans le service d’agenda du bureau."));
     QLibrary library(*path);
     if (const auto make = reinterpret_cast<MakeStore>(library.resolve("kestrantMakeEvolutionStore")))
-        return std::unique_ptr<EKEventStore>(make(scheduler, clock, calendar, use));
+        return std::unique_ptr<EKEventStore>(make(scheduler, clock, currentZone, use));
     const TextPair pair = text("The desktop’s calendar service cannot be used: %1",
                                "Le service d’agenda du bureau est inutilisable : %1");
     return tl::unexpected(
@@ -41,11 +41,11 @@ bool hasEvolutionModule() {
 }
 
 std::unique_ptr<EKEventStore> openEventStore(const EventStoreLocation& location, Scheduler& scheduler,
-                                             const Clock& clock, const CurrentCalendar& calendar,
+                                             const Clock& clock, const CurrentTimeZone& currentZone,
                                              const EventStoreUse& use) {
     if (location.kind == EventStoreLocation::Kind::vdir)
-        return std::make_unique<VdirEventStore>(location.folder, scheduler, clock, calendar);
-    auto store = makeEvolutionStore(scheduler, clock, calendar, use);
+        return std::make_unique<VdirEventStore>(location.folder, scheduler, clock, currentZone);
+    auto store = makeEvolutionStore(scheduler, clock, currentZone, use);
     if (store)
         return std::move(*store);
     return std::make_unique<UnusableEventStore>(scheduler, EKError{EKError::Code::storage, store.error()});

@@ -2,7 +2,7 @@
 
 #include "eventkit/model/EKEventStore.h"
 #include "eventkit/model/EventStoreLocation.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/CurrentTimeZone.h"
 
 #include <memory>
 
@@ -16,7 +16,7 @@ namespace kestrant {
 /// `use` does not name it may do without. Thread: main.
 [[nodiscard]] std::unique_ptr<EKEventStore> openEventStore(const EventStoreLocation& location,
                                                            Scheduler& scheduler, const Clock& clock,
-                                                           const CurrentCalendar& calendar,
+                                                           const CurrentTimeZone& currentZone,
                                                            const EventStoreUse& use = {});
 
 }  // namespace kestrant

@@ -104,7 +104,7 @@ int runCommand(int& argc, char** argv, const QStringList& arguments) {
                        .preferencesFile = preferencesPath(),
                        .ledgerFile = completionLedgerPath(),
                        .systemLocale = QLocale::system(),
-                       .calendar = SystemCurrentCalendar().calendar(),
+                       .zone = SystemTimeZone().zone(),
                        .clock = clock,
                        .out = [](const QString& text) { std::fputs(qUtf8Printable(text), stdout); },
                        .err = [](const QString& text) { std::fputs(qUtf8Printable(text), stderr); },

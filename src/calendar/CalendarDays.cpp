@@ -2,7 +2,7 @@
 
 #include "calendar/CalendarStoreServices.h"
 #include "foundation/BackgroundExecutor.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <algorithm>
 #include <utility>
@@ -30,8 +30,8 @@ void CalendarDays::removeRow(const QString& id) {
 }
 
 void CalendarDays::waitForChange() {
-    const ZoneCalendar calendar = services_.calendar.calendar();
-    const Instant midnight = calendar.startOfDay(calendar.dayOf(moment_).addDays(1));
+    const TimeZone zone = services_.currentZone.zone();
+    const Instant midnight = zone.startOfDay(zone.dayOf(moment_).addDays(1));
     const Instant change = nextMomentOfChange(groups_, moment_).value_or(midnight);
     changeTask_ = services_.scheduler.after(
         std::max(std::min(change, midnight) - services_.clock.now(), Duration::zero()),
@@ -40,7 +40,7 @@ void CalendarDays::waitForChange() {
 
 void CalendarDays::catchUp() {
     const Instant now = services_.clock.now();
-    if (!services_.calendar.calendar().isSameDay(now, moment_)) {
+    if (!services_.currentZone.zone().isSameDay(now, moment_)) {
         Q_EMIT dayBegan();
         return;
     }

@@ -10,8 +10,8 @@ constexpr Duration shortestNewEvent = std::chrono::minutes(30);
 constexpr Duration sameStartTolerance = std::chrono::seconds(300);
 constexpr Duration searchMargin = std::chrono::seconds(120);
 
-Instant startOfNextDay(Instant instant, const ZoneCalendar& calendar) {
-    return calendar.startOfDay(calendar.dayOf(instant).addDays(1));
+Instant startOfNextDay(Instant instant, const TimeZone& zone) {
+    return zone.startOfDay(zone.dayOf(instant).addDays(1));
 }
 
 bool startsWith(const CalendarEventItem& row, const EKEventData& event) {
@@ -24,21 +24,19 @@ std::optional<QString> textOrAbsent(const QString& text) {
 
 }  // namespace
 
-tl::expected<EKEventData, CalendarError> newEventData(const NewCalendarEvent& event,
-                                                      const ZoneCalendar& calendar) {
+tl::expected<EKEventData, CalendarError> newEventData(const NewCalendarEvent& event, const TimeZone& zone) {
     EKEventData data;
     data.title = event.title.trimmed();
     if (data.title.isEmpty())
         return tl::unexpected(CalendarError{CalendarError::Code::emptyTitle});
     data.isAllDay = event.isAllDay;
     if (event.isAllDay) {
-        data.startDate = calendar.startOfDay(event.startDate);
-        data.endDate =
-            std::max(calendar.startOfDay(event.endDate), startOfNextDay(event.startDate, calendar));
+        data.startDate = zone.startOfDay(event.startDate);
+        data.endDate = std::max(zone.startOfDay(event.endDate), startOfNextDay(event.startDate, zone));
     } else {
         data.startDate = event.startDate;
         data.endDate = std::max(event.endDate, event.startDate + shortestNewEvent);
-        data.timeZone = calendar.zone();
+        data.timeZone = zone;
     }
     return data;
 }
@@ -54,7 +52,7 @@ CalendarEventEditDetails editDetails(const EKEventData& event) {
 }
 
 tl::expected<CalendarEventEditDetails, CalendarError> validated(const CalendarEventEditDetails& details,
-                                                                const ZoneCalendar& calendar) {
+                                                                const TimeZone& zone) {
     CalendarEventEditDetails result = details;
     result.title = details.title.trimmed();
     result.location = details.location.trimmed();
@@ -62,21 +60,21 @@ tl::expected<CalendarEventEditDetails, CalendarError> validated(const CalendarEv
     if (result.title.isEmpty())
         return tl::unexpected(CalendarError{CalendarError::Code::emptyTitle});
     if (details.isAllDay) {
-        result.startDate = calendar.startOfDay(details.startDate);
-        result.endDate = calendar.isSameDay(details.startDate, details.endDate)
-                             ? startOfNextDay(details.startDate, calendar)
-                             : calendar.startOfDay(details.endDate);
+        result.startDate = zone.startOfDay(details.startDate);
+        result.endDate = zone.isSameDay(details.startDate, details.endDate)
+                             ? startOfNextDay(details.startDate, zone)
+                             : zone.startOfDay(details.endDate);
     }
     if (result.endDate <= result.startDate)
         return tl::unexpected(CalendarError{CalendarError::Code::invalidDateRange});
     return result;
 }
 
-void apply(const CalendarEventEditDetails& details, const ZoneCalendar& calendar, EKEventData& event) {
+void apply(const CalendarEventEditDetails& details, const TimeZone& zone, EKEventData& event) {
     if (details.isAllDay)
         event.timeZone.reset();
     else if (event.isAllDay)
-        event.timeZone = calendar.zone();
+        event.timeZone = zone;
     event.title = details.title;
     event.isAllDay = details.isAllDay;
     event.startDate = details.startDate;

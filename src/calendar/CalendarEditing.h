@@ -3,7 +3,8 @@
 #include "calendar/CalendarError.h"
 #include "calendar/CalendarItems.h"
 #include "eventkit/model/EKEvent.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/DateComponents.h"
+#include "foundation/TimeZone.h"
 
 #include <QString>
 
@@ -41,10 +42,10 @@ struct CalendarEventEditDetails {
 // Pure functions for creating and editing.
 
 /// The values of a new event, without its calendar: the title trimmed; a timed event at least half an hour
-/// long and written in the calendar's zone; an all-day one from the start of its first day to the start of
+/// long and written in `zone`; an all-day one from the start of its first day to the start of
 /// the end's day, at least one day. Fails with `emptyTitle`.
 [[nodiscard]] tl::expected<EKEventData, CalendarError> newEventData(const NewCalendarEvent& event,
-                                                                    const ZoneCalendar& calendar);
+                                                                    const TimeZone& zone);
 
 [[nodiscard]] CalendarEventEditDetails editDetails(const EKEventData& event);
 
@@ -52,11 +53,11 @@ struct CalendarEventEditDetails {
 /// and the end at the start of its own day, or of the day after where that is the start's day. Fails with
 /// `emptyTitle` or `invalidDateRange`.
 [[nodiscard]] tl::expected<CalendarEventEditDetails, CalendarError>
-validated(const CalendarEventEditDetails& details, const ZoneCalendar& calendar);
+validated(const CalendarEventEditDetails& details, const TimeZone& zone);
 
 /// Puts validated details into an event. Empty location and notes become absent. An event that gets a time of
-/// day is written in the calendar's zone; one that has one keeps its own.
-void apply(const CalendarEventEditDetails& details, const ZoneCalendar& calendar, EKEventData& event);
+/// day is written in `zone`; one that has one keeps its own.
+void apply(const CalendarEventEditDetails& details, const TimeZone& zone, EKEventData& event);
 
 /// Whether an event that was looked up by the row's identifier is the one the row shows: it starts within
 /// five minutes of it, or it does not recur.

@@ -26,7 +26,7 @@ QHash<QString, CalendarAppearance> appearances(const EKEventStore& store) {
 }  // namespace
 
 void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, OpenReminders* openReminders,
-                        const ZoneCalendar& calendar, std::function<void(CalendarItems)> completion) {
+                        const TimeZone& zone, std::function<void(CalendarItems)> completion) {
     struct Pending {
         CalendarItems items;
         int parts = 0;
@@ -49,8 +49,8 @@ void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, OpenRemin
     });
     if (!openReminders)
         return;
-    openReminders->fetch([pending, &store, first = calendar.dayOf(from),
-                          last = calendar.dayOf(to)](const OpenReminders::Reminders& reminders) {
+    openReminders->fetch([pending, &store, first = zone.dayOf(from),
+                          last = zone.dayOf(to)](const OpenReminders::Reminders& reminders) {
         std::copy_if(reminders->begin(), reminders->end(), std::back_inserter(pending->items.reminders),
                      [&](const auto& reminder) { return isDueAround(*reminder, first, last); });
         pending->end(store);

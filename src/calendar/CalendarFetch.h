@@ -3,7 +3,7 @@
 #include "calendar/CalendarRows.h"
 #include "eventkit/model/EKEventStore.h"
 #include "eventkit/model/OpenReminders.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <QHash>
 
@@ -27,6 +27,6 @@ struct CalendarItems {
 /// to them. `openReminders` is null where reminders are not shown. Completes once, on a later turn; `store`
 /// exists until then. Thread: main.
 void fetchCalendarItems(Instant from, Instant to, EKEventStore& store, OpenReminders* openReminders,
-                        const ZoneCalendar& calendar, std::function<void(CalendarItems)> completion);
+                        const TimeZone& zone, std::function<void(CalendarItems)> completion);
 
 }  // namespace kestrant

@@ -23,9 +23,9 @@ constexpr Duration instantStep = Duration(1);
 /// zone.
 class DayStarts {
   public:
-    DayStarts(const DayRange& days, const ZoneCalendar& calendar) {
+    DayStarts(const DayRange& days, const TimeZone& zone) {
         for (QDate day = days.first; day <= days.end; day = day.addDays(1))
-            starts_.push_back(calendar.startOfDay(day));
+            starts_.push_back(zone.startOfDay(day));
     }
 
     /// How many days there are; the positions of days count from 0.
@@ -72,8 +72,8 @@ std::optional<Placement> placementOf(const EKEventData& event, const DayStarts& 
 }
 
 std::optional<Placement> placementOf(const EKReminderData& reminder, const DayStarts& days,
-                                     const ZoneCalendar& calendar) {
-    const auto dueDate = reminderDueDate(reminder, calendar);
+                                     const TimeZone& zone) {
+    const auto dueDate = reminderDueDate(reminder, zone);
     const qsizetype day = dueDate ? days.dayOf(*dueDate) : -1;
     return day >= 0 && day < days.count() ? std::optional(Placement{day, day}) : std::nullopt;
 }
@@ -129,8 +129,8 @@ PlacedRows placedRows(const CalendarItems& items, const DayStarts& days, const C
         result.add(std::move(row), *placement);
     }
     for (const auto& reminder : items.reminders) {
-        if (const auto placement = placementOf(*reminder, days, present.calendar))
-            result.add(reminderRow(*reminder, *reminderDueDate(*reminder, present.calendar),
+        if (const auto placement = placementOf(*reminder, days, present.zone))
+            result.add(reminderRow(*reminder, *reminderDueDate(*reminder, present.zone),
                                    appearance(reminder->calendarIdentifier), present.language),
                        *placement);
     }
@@ -170,13 +170,13 @@ CalendarDayGroup united(const CalendarDayGroup& a, const CalendarDayGroup& b,
 }  // namespace
 
 DayRange compactDays(const CalendarPresent& present) {
-    const QDate today = present.calendar.dayOf(present.now);
+    const QDate today = present.zone.dayOf(present.now);
     return {today, today.addDays(7)};
 }
 
 DayRange daysThatFit(const CalendarItems& items, const DayRange& days, const CalendarPresent& present,
                      qsizetype most) {
-    const DayStarts starts(days, present.calendar);
+    const DayStarts starts(days, present.zone);
     // How many rows more a day has than the one before.
     std::vector<qsizetype> changes(static_cast<std::size_t>(starts.count()) + 1);
     const auto count = [&](const std::optional<Placement>& placement) {
@@ -188,9 +188,9 @@ DayRange daysThatFit(const CalendarItems& items, const DayRange& days, const Cal
     for (const auto& event : items.events)
         count(placementOf(*event, starts));
     for (const auto& reminder : items.reminders)
-        count(placementOf(*reminder, starts, present.calendar));
+        count(placementOf(*reminder, starts, present.zone));
     std::partial_sum(changes.begin(), changes.end(), changes.begin());
-    const qint64 today = days.first.daysTo(present.calendar.dayOf(present.now));
+    const qint64 today = days.first.daysTo(present.zone.dayOf(present.now));
     const auto [first, end] = nearestThatFit(
         starts.count(), most, [&](qsizetype day) { return changes[static_cast<std::size_t>(day)]; },
         [&](qsizetype day) { return day - today; });
@@ -206,7 +206,7 @@ QList<CalendarDayGroup> groupsThatFit(const QList<CalendarDayGroup>& groups, QDa
 
 QList<CalendarDayGroup> groupByDay(const CalendarItems& items, const DayRange& days, CalendarMode mode,
                                    const CalendarPresent& present) {
-    const DayStarts starts(days, present.calendar);
+    const DayStarts starts(days, present.zone);
     const qsizetype today = starts.dayOf(present.now);
     PlacedRows placed = placedRows(items, starts, present);
 
@@ -228,7 +228,7 @@ QList<CalendarDayGroup> groupByDay(const CalendarItems& items, const DayRange& d
         }
     }
     dropEmptyGroups(groups, mode);
-    const QDate todaysDate = present.calendar.dayOf(present.now);
+    const QDate todaysDate = present.zone.dayOf(present.now);
     for (CalendarDayGroup& group : groups)
         group.headerTitle = headerTitle(group.day, todaysDate, present.language);
     return groups;

@@ -2,7 +2,7 @@
 
 #include "calendar/CalendarItems.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <QLocale>
 
@@ -31,7 +31,7 @@ struct DayRange {
 /// Under which circumstances rows are made.
 struct CalendarPresent {
     Instant now;
-    ZoneCalendar calendar;
+    TimeZone zone;
     Language language = Language::english;
     /// Decides the order of titles.
     QLocale locale;

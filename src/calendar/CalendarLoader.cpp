@@ -63,7 +63,7 @@ CalendarLoader::Result CalendarLoader::resultOf(const Request& request, const Ca
     result.isCut = items.isCut || !(days == request.shown);
     if (request.isExtension) {
         const QList<CalendarDayGroup> all = merged(onShow, groups, present.locale);
-        groups = groupsThatFit(all, present.calendar.dayOf(present.now));
+        groups = groupsThatFit(all, present.zone.dayOf(present.now));
         result.isEmpty = result.isEmpty || groups.size() <= onShow.size();
         result.isCut = result.isCut || groups.size() < all.size();
     }
@@ -93,11 +93,11 @@ void CalendarLoader::observe() {
         if (key == preferenceKeys::showRemindersInCalendar || key == preferenceKeys::language)
             reload();
     }));
-    observers_.push_back(services_.calendar.observeChanges([this] { reload(); }));
+    observers_.push_back(services_.currentZone.observeChanges([this] { reload(); }));
 }
 
 CalendarPresent CalendarLoader::present() const {
-    return {services_.clock.now(), services_.calendar.calendar(), services_.preferences.language(),
+    return {services_.clock.now(), services_.currentZone.zone(), services_.preferences.language(),
             services_.locale()};
 }
 
@@ -158,7 +158,7 @@ void CalendarLoader::reload() {
     if (!isAuthorized())
         return;
     const CalendarPresent circumstances = present();
-    const QDate today = circumstances.calendar.dayOf(circumstances.now);
+    const QDate today = circumstances.zone.dayOf(circumstances.now);
     Request request{{today.addDays(-1), today.addDays(7)}, compactDays(circumstances)};
     if (showsAllEvents_) {
         request.mode = CalendarMode::full;
@@ -240,10 +240,10 @@ void CalendarLoader::fetch(const Request& request, const Done& done) {
             scheduler.post([end, result = resultOf(request, *read, circumstances, onShow)] { end(result); });
         });
     };
-    fetchCalendarItems(circumstances.calendar.startOfDay(request.fetched.first),
-                       circumstances.calendar.startOfDay(request.fetched.end), services_.eventStore,
+    fetchCalendarItems(circumstances.zone.startOfDay(request.fetched.first),
+                       circumstances.zone.startOfDay(request.fetched.end), services_.eventStore,
                        services_.preferences.showRemindersInCalendar() ? &services_.openReminders : nullptr,
-                       circumstances.calendar, group);
+                       circumstances.zone, group);
 }
 
 }  // namespace kestrant

@@ -39,8 +39,8 @@ bool isHappening(const CalendarEventItem& event, Instant now) {
     return !event.isReminder && !event.isAllDay && event.startDate <= now && event.endDate > now;
 }
 
-std::optional<Instant> reminderDueDate(const EKReminderData& reminder, const ZoneCalendar& calendar) {
-    return reminder.dueDateComponents ? calendar.instantFrom(*reminder.dueDateComponents) : std::nullopt;
+std::optional<Instant> reminderDueDate(const EKReminderData& reminder, const TimeZone& zone) {
+    return reminder.dueDateComponents ? zone.instantFrom(*reminder.dueDateComponents) : std::nullopt;
 }
 
 CalendarEventItem eventRow(const EKEventData& event, const CalendarAppearance* appearance,

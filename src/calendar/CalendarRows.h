@@ -3,7 +3,7 @@
 #include "calendar/CalendarItems.h"
 #include "eventkit/model/EKEvent.h"
 #include "foundation/TextCollation.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <optional>
 #include <vector>
@@ -34,8 +34,7 @@ inline constexpr Color defaultReminderColor{0xff, 0x9f, 0x0a};
 
 /// When a reminder is due: at its time, or at the start of its day when it has none. Absent when it names no
 /// day.
-[[nodiscard]] std::optional<Instant> reminderDueDate(const EKReminderData& reminder,
-                                                     const ZoneCalendar& calendar);
+[[nodiscard]] std::optional<Instant> reminderDueDate(const EKReminderData& reminder, const TimeZone& zone);
 
 /// The row of an event, not happening now. `appearance` may be null.
 [[nodiscard]] CalendarEventItem eventRow(const EKEventData& event, const CalendarAppearance* appearance,

@@ -1,7 +1,7 @@
 #include "calendar/CalendarStore.h"
 
 #include "foundation/Scheduler.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <utility>
 
@@ -44,12 +44,12 @@ std::optional<TextPair> CalendarStore::shortage() const {
 
 std::optional<Instant> CalendarStore::loadedCalendarStart() const {
     const auto& range = loader_.loadedCalendarRange();
-    return range ? std::optional(services_.calendar.calendar().startOfDay(range->first)) : std::nullopt;
+    return range ? std::optional(services_.currentZone.zone().startOfDay(range->first)) : std::nullopt;
 }
 
 std::optional<Instant> CalendarStore::loadedCalendarEnd() const {
     const auto& range = loader_.loadedCalendarRange();
-    return range ? std::optional(services_.calendar.calendar().startOfDay(range->end)) : std::nullopt;
+    return range ? std::optional(services_.currentZone.zone().startOfDay(range->end)) : std::nullopt;
 }
 
 void CalendarStore::systemDidWake() {

@@ -14,7 +14,7 @@ namespace kestrant {
 class BackgroundExecutor;
 class CalendarActionRecorder;
 class Clock;
-class CurrentCalendar;
+class CurrentTimeZone;
 class EKEventStore;
 class NotificationCenter;
 class OpenReminders;
@@ -28,7 +28,7 @@ struct CalendarStoreServices {
     OpenReminders& openReminders;
     Scheduler& scheduler;
     const Clock& clock;
-    CurrentCalendar& calendar;
+    CurrentTimeZone& currentZone;
     const Preferences& preferences;
     NotificationCenter& notifications;
     /// Where rows are made and grouped.

@@ -147,7 +147,7 @@ std::optional<EKCalendar> CalendarWriter::defaultCalendar() const {
 void CalendarWriter::createEvent(const NewCalendarEvent& event, const Completion& completion) {
     if (!loader_.isAuthorized())
         return fail(completion, {ErrorCode::notAuthorized});
-    auto data = newEventData(event, services_.calendar.calendar());
+    auto data = newEventData(event, services_.currentZone.zone());
     if (!data)
         return fail(completion, data.error());
     const EKEventStore& eventStore = services_.eventStore;
@@ -179,8 +179,8 @@ void CalendarWriter::updateEvent(const CalendarEventItem& row, const CalendarEve
                                  const Completion& completion) {
     if (!loader_.isAuthorized())
         return fail(completion, {ErrorCode::notAuthorized});
-    const ZoneCalendar calendar = services_.calendar.calendar();
-    auto valid = validated(details, calendar);
+    const TimeZone zone = services_.currentZone.zone();
+    auto valid = validated(details, zone);
     if (valid && !eventCalendar(services_.eventStore, valid->calendarID))
         valid = tl::unexpected(CalendarError{ErrorCode::calendarUnavailable});
     if (!valid)
@@ -188,16 +188,15 @@ void CalendarWriter::updateEvent(const CalendarEventItem& row, const CalendarEve
     const auto recorded =
         recorder_.begin(text("Edit event", "Modifier l’événement"),
                         outcomeOf(text("“%1” changed", "« %1 » modifié"), valid->title, row));
-    findEvent(row,
-              [this, calendar, valid = std::move(*valid), recorded, completion](const EKEventRef& event) {
-                  if (!event) {
-                      recorder_.end(recorded, {}, tl::unexpected(itemNotFoundError()));
-                      fail(completion, {ErrorCode::itemNotFound});
-                      return;
-                  }
-                  apply(valid, calendar, event->data);
-                  save(event, CalendarStore::eventChangedNotification, recorded, completion);
-              });
+    findEvent(row, [this, zone, valid = std::move(*valid), recorded, completion](const EKEventRef& event) {
+        if (!event) {
+            recorder_.end(recorded, {}, tl::unexpected(itemNotFoundError()));
+            fail(completion, {ErrorCode::itemNotFound});
+            return;
+        }
+        apply(valid, zone, event->data);
+        save(event, CalendarStore::eventChangedNotification, recorded, completion);
+    });
 }
 
 void CalendarWriter::deleteItem(const CalendarEventItem& row, const Completion& completion) {

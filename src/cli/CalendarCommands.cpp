@@ -38,7 +38,7 @@ CalendarCommands::CalendarCommands(CommandRun& run)
               .openReminders = run.openReminders,
               .scheduler = run.scheduler,
               .clock = run.clock,
-              .calendar = run.calendar,
+              .currentZone = run.currentZone,
               .preferences = run.preferences,
               .notifications = run.notifications,
               .executor = executor_,
@@ -118,7 +118,7 @@ bool CalendarCommands::isEventCalendar(const QString& identifier) const {
 
 void CalendarCommands::addEvent() {
     const CommandLineArguments& arguments = run_.arguments;
-    const ZoneCalendar& calendar = run_.environment.calendar;
+    const TimeZone& zone = run_.environment.zone;
     const auto refuse = [this](const CalendarError& error) { run_.refuse(error.message()); };
 
     NewCalendarEvent event{.title = arguments.subjects.first(),
@@ -128,11 +128,11 @@ void CalendarCommands::addEvent() {
     if (arguments.end) {
         event.endDate = arguments.end->instant;
         if (arguments.isAllDay)
-            event.endDate = calendar.startOfDay(calendar.dayOf(event.endDate).addDays(1));
+            event.endDate = zone.startOfDay(zone.dayOf(event.endDate).addDays(1));
         if (event.endDate <= event.startDate && !arguments.end->isAfter(*arguments.start))
             return refuse({ErrorCode::invalidDateRange, {}});
     }
-    auto data = newEventData(event, calendar);
+    auto data = newEventData(event, zone);
     if (!data)
         return refuse(data.error());
     if (arguments.calendarID) {
@@ -159,7 +159,7 @@ void CalendarCommands::deleteEvent() {
         deleteRowAmong({});
         return;
     }
-    fetchCalendarItems(*start, *start + Duration(1), run_.eventStore, nullptr, run_.environment.calendar,
+    fetchCalendarItems(*start, *start + Duration(1), run_.eventStore, nullptr, run_.environment.zone,
                        [this](const CalendarItems& items) { deleteRowAmong(items); });
 }
 

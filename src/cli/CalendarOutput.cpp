@@ -29,12 +29,12 @@ QString timeText(const CalendarEventItem& row, const CalendarDayGroup& day, cons
     if (row.isAllDay)
         return text("All day", "Journée").in(context.language);
     const auto clock = [&](Instant instant) {
-        return clockText(context.calendar.timeOf(instant), context.hours);
+        return clockText(context.zone.timeOf(instant), context.hours);
     };
     if (row.isReminder || row.endDate == row.startDate)
         return clock(row.startDate);
     const bool beganEarlier = row.startDate < day.date;
-    const bool endsLater = row.endDate > context.calendar.startOfDay(day.day.addDays(1));
+    const bool endsLater = row.endDate > context.zone.startOfDay(day.day.addDays(1));
     if (beganEarlier && endsLater)
         return QStringLiteral("…");
     return beganEarlier

@@ -78,7 +78,7 @@ int runCommandLine(const QStringList& arguments, const CommandLineEnvironment& s
     Localization localization(preferences);
 
     const auto parsed =
-        parseCommandLine(arguments, {environment.clock.now(), environment.calendar, localization.language()});
+        parseCommandLine(arguments, {environment.clock.now(), environment.zone, localization.language()});
     const auto misused = [&](const TextPair& reason) {
         environment.err(onOneLine(localization(reason)) + u' ' +
                         localization(text("See kestrant --help.", "Voir kestrant --help.")) + u'\n');

@@ -2,7 +2,7 @@
 
 #include "foundation/Scheduler.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <QLocale>
 #include <QString>
@@ -16,7 +16,7 @@
 
 namespace kestrant {
 
-class CurrentCalendar;
+class CurrentTimeZone;
 class EKEventStore;
 struct EventStoreLocation;
 struct EventStoreUse;
@@ -31,13 +31,13 @@ struct CommandLineEnvironment {
     std::function<bool()> desktopHasStore;
     /// Opens the database in a place.
     std::function<std::unique_ptr<EKEventStore>(const EventStoreLocation&, Scheduler&, const Clock&,
-                                                const CurrentCalendar&, const EventStoreUse&)>
+                                                const CurrentTimeZone&, const EventStoreUse&)>
         openStore;
     QString preferencesFile;
     QString ledgerFile;
     /// Gives the language while the preferences choose none.
     QLocale systemLocale;
-    ZoneCalendar calendar;
+    TimeZone zone;
     const Clock& clock;
     /// Take text for the standard output and for the standard error.
     std::function<void(const QString& text)> out;

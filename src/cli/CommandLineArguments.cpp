@@ -79,9 +79,9 @@ Failure failure(const TextPair& message, const QString& first, const QString& se
     return Failure(TextPair{message.english.arg(first, second), message.french.arg(first, second)});
 }
 
-tl::expected<void, TextPair> takeDate(const GivenOption& given, const ZoneCalendar& calendar,
+tl::expected<void, TextPair> takeDate(const GivenOption& given, const TimeZone& zone,
                                       std::optional<TypedDate>& date) {
-    date = readTypedDate(given.value, calendar);
+    date = readTypedDate(given.value, zone);
     if (date)
         return {};
     return failure(text("%1: “%2” is no date; write it like 2026-03-27 or 2026-03-27T14:30.",
@@ -93,7 +93,7 @@ tl::expected<void, TextPair> takeDate(const GivenOption& given, const ZoneCalend
 tl::expected<void, TextPair> takeDue(const QString& name, const QString& value,
                                      const CommandLineContext& context, CommandLineArguments& arguments) {
     const auto date =
-        readDateInWords(value, {arguments.now.value_or(context.now), context.calendar, context.language, {}});
+        readDateInWords(value, {arguments.now.value_or(context.now), context.zone, context.language, {}});
     if (!date && value != none)
         return failure(text("%1: “%2” is no date; write it like 2026-03-27, 2026-03-27T14:30 or “tomorrow "
                             "9am”.",
@@ -161,7 +161,7 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
         arguments.configurationFile = value;
         break;
     case Option::now: {
-        const std::optional<TypedDate> now = readTypedDate(value, context.calendar);
+        const std::optional<TypedDate> now = readTypedDate(value, context.zone);
         if (!now || !now->includesTime)
             return failure("--now: “%1” is no time; write it like 2026-03-27T14:30:00Z.",
                            "--now : « %1 » n’est pas une heure ; écrivez-la comme 2026-03-27T14:30:00Z.",
@@ -172,9 +172,9 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
     case Option::due:
         return takeDue(QLatin1String(given.name->name), value, context, arguments);
     case Option::start:
-        return takeDate(given, context.calendar, arguments.start);
+        return takeDate(given, context.zone, arguments.start);
     case Option::end:
-        return takeDate(given, context.calendar, arguments.end);
+        return takeDate(given, context.zone, arguments.end);
     case Option::day:
     case Option::week:
     case Option::month:

@@ -5,7 +5,7 @@
 #include "eventkit/model/EventStoreLocation.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "reminders/model/ReminderAlertSchedule.h"
 #include "reminders/model/ReminderTask.h"
 
@@ -96,8 +96,8 @@ struct CommandLineArguments {
 struct CommandLineContext {
     /// Until the arguments name another present.
     Instant now;
-    /// Local times are of this calendar.
-    ZoneCalendar calendar;
+    /// Local times are of this zone.
+    TimeZone zone;
     /// That of dates in words.
     Language language = Language::english;
 };

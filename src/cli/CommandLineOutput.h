@@ -3,7 +3,7 @@
 #include "eventkit/model/EKTypes.h"
 #include "foundation/ClockText.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <QJsonArray>
 #include <QJsonValue>
@@ -20,7 +20,7 @@ namespace kestrant {
 /// Present, language and formats of what is printed.
 struct OutputContext {
     Instant now;
-    ZoneCalendar calendar;
+    TimeZone zone;
     Language language = Language::english;
     /// Names days and months.
     QLocale dates;

@@ -46,13 +46,13 @@ CommandRun::CommandRun(const CommandLineArguments& asked, const CommandLineEnvir
     , preferences(personsPreferences)
     , localization(texts)
     , clock(asked.now.value_or(surroundings.clock.now()))
-    , calendar(surroundings.calendar)
-    , openedStore(environment.openStore(store, scheduler, clock, calendar, useOf(asked)))
+    , currentZone(surroundings.zone)
+    , openedStore(environment.openStore(store, scheduler, clock, currentZone, useOf(asked)))
     , eventStore(*openedStore) {}
 
 OutputContext CommandRun::outputContext() const {
     return {clock.now(),
-            environment.calendar,
+            environment.zone,
             localization.language(),
             localization.dateLocale(),
             localization.clockHours(),

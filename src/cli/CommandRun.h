@@ -7,7 +7,7 @@
 #include "eventkit/model/EventStoreLocation.h"
 #include "eventkit/model/OpenReminders.h"
 #include "foundation/Clocks.h"
-#include "foundation/CurrentCalendars.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/NotificationCenter.h"
 #include "foundation/QtScheduler.h"
 #include "foundation/UserDefaults.h"
@@ -42,7 +42,7 @@ class CommandRun {
     Localization& localization;
     QtScheduler scheduler;
     FixedClock clock;
-    FixedCurrentCalendar calendar;
+    FixedTimeZone currentZone;
     NotificationCenter notifications;
     const std::unique_ptr<EKEventStore> openedStore;
     EKEventStore& eventStore;

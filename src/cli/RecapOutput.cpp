@@ -28,7 +28,7 @@ QString rawValue(RecapKind kind) {
 }
 
 QDate today(const OutputContext& context) {
-    return context.calendar.dayOf(context.now);
+    return context.zone.dayOf(context.now);
 }
 
 QString isoDay(QDate day) {
@@ -134,8 +134,8 @@ QString recapAsText(const PrintedRecap& printed, const OutputContext& context) {
 
 void printRecap(CommandRun& run, const std::vector<CompletionRecord>& records) {
     const OutputContext context = run.outputContext();
-    const std::vector<CompletedDay> days = completedDays(records, context.calendar, context.now);
-    const QDate today = context.calendar.dayOf(context.now);
+    const std::vector<CompletedDay> days = completedDays(records, context.zone, context.now);
+    const QDate today = context.zone.dayOf(context.now);
     const Qt::DayOfWeek firstDay = run.environment.systemLocale.firstDayOfWeek();
     const auto listOf = [&run](const QString& identifier) -> std::optional<QString> {
         const EKReminderRef reminder = run.eventStore.calendarItem(identifier);
@@ -146,7 +146,7 @@ void printRecap(CommandRun& run, const std::vector<CompletionRecord>& records) {
     const auto recapOfKind = [&](RecapKind kind) {
         const RecapPeriod period = periodContaining(kind, today, firstDay);
         return PrintedRecap{recapOf(period, days, today),
-                            completedByList(records, period, context.calendar, context.now, listOf)};
+                            completedByList(records, period, context.zone, context.now, listOf)};
     };
     if (const auto kind = run.arguments.recapKind) {
         const PrintedRecap recap = recapOfKind(*kind);

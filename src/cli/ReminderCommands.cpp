@@ -23,7 +23,7 @@ using Command = CommandLineArguments::Command;
 ReminderTask taskOf(const EKReminderData& reminder, const CommandRun& run) {
     const auto overrides = ReminderFlagIndex::load(run.defaults).localOverrides;
     const QString key = ReminderFlagIndex::flagKey(reminder.calendarItemIdentifier);
-    return reminderTask(reminder, run.environment.calendar, overrides.value(key, reminder.isFlagged));
+    return reminderTask(reminder, run.environment.zone, overrides.value(key, reminder.isFlagged));
 }
 
 /// Flags that the panel has set outweigh what the database says, so they have to follow.
@@ -60,7 +60,7 @@ ReminderCommands::ReminderCommands(CommandRun& run)
                                    .openReminders = run.openReminders,
                                    .scheduler = run.scheduler,
                                    .clock = run.clock,
-                                   .calendar = run.calendar,
+                                   .currentZone = run.currentZone,
                                    .defaults = run.defaults,
                                    .localization = run.localization,
                                    .notifications = run.notifications,
@@ -142,7 +142,7 @@ void ReminderCommands::execute() {
     switch (arguments.command) {
     case Command::list:
         if (arguments.json)
-            run_.printJson(tasksAsJson(store_.visibleTasks(), run_.environment.calendar));
+            run_.printJson(tasksAsJson(store_.visibleTasks(), run_.environment.zone));
         else
             run_.print(tasksAsTable(store_.visibleTasks(), store_.lists(), run_.outputContext()));
         run_.finishReading();
@@ -241,7 +241,7 @@ void ReminderCommands::show() {
     }
     const ReminderTask task = taskOf(reminder->data, run_);
     if (run_.arguments.json)
-        run_.printJson(reminderAsJson(task, reminder->data, run_.environment.calendar));
+        run_.printJson(reminderAsJson(task, reminder->data, run_.environment.zone));
     else
         run_.print(reminderAsTable(task, reminder->data, store_.lists(), run_.outputContext()));
     run_.finishReading();
@@ -249,9 +249,9 @@ void ReminderCommands::show() {
 
 void ReminderCommands::add() {
     const CommandLineArguments& arguments = run_.arguments;
-    const QuickAddLine line = readLineToAdd(arguments, {run_.clock.now(), run_.environment.calendar,
-                                                        run_.localization.language(), store_.lists()});
-    const auto reminder = reminderToAdd(line, arguments, listID_, run_.environment.calendar);
+    const QuickAddLine line = readLineToAdd(
+        arguments, {run_.clock.now(), run_.environment.zone, run_.localization.language(), store_.lists()});
+    const auto reminder = reminderToAdd(line, arguments, listID_, run_.environment.zone);
     if (!reminder) {
         run_.refuse(reminder.error());
         return;
@@ -274,8 +274,7 @@ void ReminderCommands::add() {
 void ReminderCommands::added(const QString& identifier) {
     const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
     if (run_.arguments.json && reminder)
-        run_.printJson(
-            reminderAsJson(taskOf(reminder->data, run_), reminder->data, run_.environment.calendar));
+        run_.printJson(reminderAsJson(taskOf(reminder->data, run_), reminder->data, run_.environment.zone));
     else
         run_.printIdentifier(identifier);
     run_.finish(hasFailed_ ? refused : done);

@@ -44,7 +44,7 @@ TextPair priorityWord(NewReminderPriority priority) {
 QString dueText(const ReminderTask& task, const OutputContext& context) {
     if (!task.dueDate)
         return {};
-    return reminderDueText(*task.dueDate, task.dueDateIncludesTime, context.now, context.calendar,
+    return reminderDueText(*task.dueDate, task.dueDateIncludesTime, context.now, context.zone,
                            context.language, context.hours);
 }
 
@@ -64,9 +64,9 @@ QJsonValue scheduleAsJson(const std::optional<ReminderAlertSchedule>& schedule) 
         {QStringLiteral("dayRelativeToDueDate"), QJsonArray{day.dayOffset, day.hour, day.minute}}};
 }
 
-QJsonObject taskAsJson(const ReminderTask& task, const ZoneCalendar& calendar) {
+QJsonObject taskAsJson(const ReminderTask& task, const TimeZone& zone) {
     const QJsonValue due = task.dueDate && !task.dueDateIncludesTime
-                               ? QJsonValue(calendar.dayOf(*task.dueDate).toString(Qt::ISODate))
+                               ? QJsonValue(zone.dayOf(*task.dueDate).toString(Qt::ISODate))
                                : instantAsJson(task.dueDate);
     return {{QStringLiteral("id"), task.id},
             {QStringLiteral("title"), task.title},
@@ -88,10 +88,10 @@ QStringList recurrenceTexts(const EKReminderData& reminder) {
 
 }  // namespace
 
-QJsonArray tasksAsJson(const std::vector<ReminderTask>& tasks, const ZoneCalendar& calendar) {
+QJsonArray tasksAsJson(const std::vector<ReminderTask>& tasks, const TimeZone& zone) {
     QJsonArray result;
     for (const ReminderTask& task : tasks)
-        result.append(taskAsJson(task, calendar));
+        result.append(taskAsJson(task, zone));
     return result;
 }
 
@@ -110,9 +110,8 @@ QString tasksAsTable(const std::vector<ReminderTask>& tasks, const std::vector<R
     return alignedText(rows, {titleColumn, listColumn}, context.lineWidth);
 }
 
-QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder,
-                           const ZoneCalendar& calendar) {
-    QJsonObject result = taskAsJson(task, calendar);
+QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder, const TimeZone& zone) {
+    QJsonObject result = taskAsJson(task, zone);
     result.insert(QStringLiteral("isCompleted"), reminder.isCompleted);
     result.insert(QStringLiteral("completionDate"), instantAsJson(reminder.completionDate));
     result.insert(QStringLiteral("notes"), textAsJson(reminder.notes));
@@ -129,9 +128,9 @@ QString understoodAsTable(const QuickAddLine& line, const std::vector<ReminderLi
         rows.push_back({text(english, french).in(context.language), onOneLine(value)});
     };
     add("Title", "Titre", line.title);
-    if (const auto due = dateOf(line, context.calendar))
+    if (const auto due = dateOf(line, context.zone))
         add("Due", "Échéance",
-            reminderDueText(due->instant, due->includesTime, context.now, context.calendar, context.language,
+            reminderDueText(due->instant, due->includesTime, context.now, context.zone, context.language,
                             context.hours));
     if (line.priority)
         add("Priority", "Priorité", priorityWord(*line.priority).in(context.language));
@@ -148,7 +147,7 @@ QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder
             rows.push_back({text(english, french).in(context.language), onOneLine(value)});
     };
     const auto moment = [&](const std::optional<Instant>& instant) {
-        return instant ? reminderDueText(*instant, true, context.now, context.calendar, context.language,
+        return instant ? reminderDueText(*instant, true, context.now, context.zone, context.language,
                                          context.hours)
                        : QString();
     };

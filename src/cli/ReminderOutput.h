@@ -2,7 +2,7 @@
 
 #include "cli/CommandLineOutput.h"
 #include "eventkit/model/EKTypes.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "reminders/model/ReminderTask.h"
 #include "reminders/quickadd/QuickAddParser.h"
 
@@ -14,7 +14,7 @@
 
 namespace kestrant {
 
-[[nodiscard]] QJsonArray tasksAsJson(const std::vector<ReminderTask>& tasks, const ZoneCalendar& calendar);
+[[nodiscard]] QJsonArray tasksAsJson(const std::vector<ReminderTask>& tasks, const TimeZone& zone);
 /// One line for each task: due date in words, priority and flag, title, list, identifier, in aligned columns.
 [[nodiscard]] QString tasksAsTable(const std::vector<ReminderTask>& tasks,
                                    const std::vector<ReminderList>& lists, const OutputContext& context);
@@ -25,7 +25,7 @@ namespace kestrant {
 
 /// The task with what else the database holds of the reminder.
 [[nodiscard]] QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder,
-                                         const ZoneCalendar& calendar);
+                                         const TimeZone& zone);
 [[nodiscard]] QString reminderAsTable(const ReminderTask& task, const EKReminderData& reminder,
                                       const std::vector<ReminderList>& lists, const OutputContext& context);
 

@@ -124,9 +124,9 @@ QuickAddLine readLineToAdd(const CommandLineArguments& arguments, const QuickAdd
 tl::expected<NewReminder, TextPair> reminderToAdd(const QuickAddLine& line,
                                                   const CommandLineArguments& arguments,
                                                   const std::optional<QString>& listID,
-                                                  const ZoneCalendar& calendar) {
+                                                  const TimeZone& zone) {
     NewReminder reminder{.title = line.title, .listID = listID ? listID : line.listID};
-    if (const auto due = arguments.due ? *arguments.due : dateOf(line, calendar)) {
+    if (const auto due = arguments.due ? *arguments.due : dateOf(line, zone)) {
         reminder.dueDate = due->instant;
         reminder.dueDateIncludesTime = due->includesTime;
     }

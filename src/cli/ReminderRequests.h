@@ -40,7 +40,7 @@ remindersMeant(const QStringList& typed, const QStringList& known, const TextPai
 [[nodiscard]] tl::expected<NewReminder, TextPair> reminderToAdd(const QuickAddLine& line,
                                                                 const CommandLineArguments& arguments,
                                                                 const std::optional<QString>& listID,
-                                                                const ZoneCalendar& calendar);
+                                                                const TimeZone& zone);
 
 /// The present details with what the options change. Fails like reminderToAdd().
 [[nodiscard]] tl::expected<ReminderEditDetails, TextPair> editedDetails(const ReminderEditDetails& present,

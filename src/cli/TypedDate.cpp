@@ -2,12 +2,12 @@
 
 namespace kestrant {
 
-std::optional<TypedDate> readTypedDate(const QString& typed, const ZoneCalendar& calendar) {
+std::optional<TypedDate> readTypedDate(const QString& typed, const TimeZone& zone) {
     const QDate day = QDate::fromString(typed.left(10), QStringLiteral("yyyy-MM-dd"));
     if (!day.isValid() || day.year() < 1)
         return std::nullopt;
     if (typed.size() == 10)
-        return TypedDate{calendar.startOfDay(day), false, std::pair(day, QTime(0, 0))};
+        return TypedDate{zone.startOfDay(day), false, std::pair(day, QTime(0, 0))};
     const QChar separator = typed[10];
     if (separator != u'T' && separator != u't' && separator != u' ')
         return std::nullopt;
@@ -17,24 +17,24 @@ std::optional<TypedDate> readTypedDate(const QString& typed, const ZoneCalendar&
     for (const QString& format : {QStringLiteral("HH:mm"), QStringLiteral("HH:mm:ss")}) {
         const QTime local = QTime::fromString(time, format);
         if (local.isValid())
-            return TypedDate{calendar.instantAt(day, local), true, std::pair(day, local)};
+            return TypedDate{zone.instantAt(day, local), true, std::pair(day, local)};
     }
     return std::nullopt;
 }
 
 std::optional<TypedDate> readDateInWords(const QString& typed, const QuickAddContext& context) {
-    if (const auto date = readTypedDate(typed, context.calendar))
+    if (const auto date = readTypedDate(typed, context.zone))
         return date;
     const QuickAddLine line = parseQuickAdd(typed, context);
-    return line.title.isEmpty() && !line.priority ? dateOf(line, context.calendar) : std::nullopt;
+    return line.title.isEmpty() && !line.priority ? dateOf(line, context.zone) : std::nullopt;
 }
 
-std::optional<TypedDate> dateOf(const QuickAddLine& line, const ZoneCalendar& calendar) {
+std::optional<TypedDate> dateOf(const QuickAddLine& line, const TimeZone& zone) {
     if (!line.day)
         return std::nullopt;
     if (!line.time)
-        return TypedDate{calendar.startOfDay(*line.day), false, std::pair(*line.day, QTime(0, 0))};
-    return TypedDate{calendar.instantAt(*line.day, *line.time), true, std::pair(*line.day, *line.time)};
+        return TypedDate{zone.startOfDay(*line.day), false, std::pair(*line.day, QTime(0, 0))};
+    return TypedDate{zone.instantAt(*line.day, *line.time), true, std::pair(*line.day, *line.time)};
 }
 
 }  // namespace kestrant

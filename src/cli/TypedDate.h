@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/Instant.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "reminders/quickadd/QuickAddParser.h"
 
 #include <QDate>
@@ -27,15 +27,15 @@ struct TypedDate {
     }
 };
 
-/// Reads "2026-03-27", with "T14:30", " 14:30" or seconds behind it for a local time of `calendar`, or a
+/// Reads "2026-03-27", with "T14:30", " 14:30" or seconds behind it for a local time of `zone`, or a
 /// date-time with "Z" or an offset. Absent for anything else.
-[[nodiscard]] std::optional<TypedDate> readTypedDate(const QString& typed, const ZoneCalendar& calendar);
+[[nodiscard]] std::optional<TypedDate> readTypedDate(const QString& typed, const TimeZone& zone);
 
 /// Reads the same, or a date in words: "tomorrow 9am", "vendredi prochain". Absent when there is more in the
 /// text than that.
 [[nodiscard]] std::optional<TypedDate> readDateInWords(const QString& typed, const QuickAddContext& context);
 
 /// The date in a line that was read; absent when there is none.
-[[nodiscard]] std::optional<TypedDate> dateOf(const QuickAddLine& line, const ZoneCalendar& calendar);
+[[nodiscard]] std::optional<TypedDate> dateOf(const QuickAddLine& line, const TimeZone& zone);
 
 }  // namespace kestrant

@@ -110,4 +110,34 @@ TimeZone systemTimeZone(const QString& settingsFolder) {
     return rule ? TimeZone::defined(isPrintable(text) ? text : "Local", rule->zone()) : TimeZone();
 }
 
+SystemTimeZone::SystemTimeZone(const QString& settingsFolder)
+    : settingsFolder_(settingsFolder)
+    , zone_(systemTimeZone(settingsFolder)) {
+    // "localtime" is a link that is replaced, which only its folder shows; "timezone" may be written in
+    // place.
+    watcher_.addPath(settingsFolder);
+    watch();
+    const auto changed = [this] {
+        watch();
+        refresh();
+    };
+    QObject::connect(&watcher_, &QFileSystemWatcher::directoryChanged, &watcher_, changed);
+    QObject::connect(&watcher_, &QFileSystemWatcher::fileChanged, &watcher_, changed);
+}
+
+void SystemTimeZone::watch() {
+    const QString timeZoneFile = settingsFolder_ + QStringLiteral("/timezone");
+    // A file that was replaced is no longer watched.
+    if (watcher_.files().isEmpty() && QFile::exists(timeZoneFile))
+        watcher_.addPath(timeZoneFile);
+}
+
+void SystemTimeZone::refresh() {
+    const TimeZone zone(systemTimeZone(settingsFolder_));
+    if (zone == zone_)
+        return;
+    zone_ = zone;
+    observers_.notify();
+}
+
 }  // namespace kestrant

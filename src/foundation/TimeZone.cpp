@@ -1,9 +1,11 @@
 #include "foundation/TimeZone.h"
 
+#include "foundation/DateComponents.h"
 #include "foundation/ZoneFile.h"
 
 #include <QDate>
 #include <QHash>
+#include <QTime>
 #include <QTimeZone>
 
 #include <algorithm>
@@ -17,19 +19,23 @@ namespace kestrant {
 namespace {
 
 constexpr qint64 secondsPerDay = 86'400;
+constexpr qint64 microsecondsPerDay = secondsPerDay * 1'000'000;
 constexpr qint64 unixEpochJulianDay = 2440588;
 /// More than any zone's distance from UTC.
 constexpr qint64 largestOffset = 26LL * 3600;
 /// Names that lead to no zone may be many and long.
 constexpr qsizetype mostNamesKept = 4000;
 
+qint64 floorDivide(qint64 a, qint64 b) {
+    return a / b - (a % b < 0 ? 1 : 0);
+}
+
 qint64 wholeSeconds(Instant instant) {
     return std::chrono::floor<std::chrono::seconds>(instant).time_since_epoch().count();
 }
 
 int yearOf(qint64 seconds) {
-    const qint64 days = seconds / secondsPerDay - (seconds % secondsPerDay < 0 ? 1 : 0);
-    return QDate::fromJulianDay(unixEpochJulianDay + days).year();
+    return QDate::fromJulianDay(unixEpochJulianDay + floorDivide(seconds, secondsPerDay)).year();
 }
 
 qint64 startOfYear(int year) {
@@ -183,6 +189,54 @@ std::vector<ZoneChange> TimeZone::changesBetween(Instant first, Instant end) con
             result.push_back(std::move(change));
     }
     return result;
+}
+
+qint64 TimeZone::localMicroseconds(Instant instant) const {
+    return (instant.time_since_epoch() + offsetAt(instant)).count();
+}
+
+QDate TimeZone::dayOf(Instant instant) const {
+    return QDate::fromJulianDay(unixEpochJulianDay +
+                                floorDivide(localMicroseconds(instant), microsecondsPerDay));
+}
+
+QTime TimeZone::timeOf(Instant instant) const {
+    const qint64 local = localMicroseconds(instant);
+    const qint64 sinceMidnight = local - floorDivide(local, microsecondsPerDay) * microsecondsPerDay;
+    return QTime::fromMSecsSinceStartOfDay(static_cast<int>(sinceMidnight / 1000));
+}
+
+Instant TimeZone::startOfDay(QDate day) const {
+    return instantAt(day, QTime(0, 0), GapPolicy::nextExisting);
+}
+
+Instant TimeZone::instantAt(QDate day, QTime time, GapPolicy policy) const {
+    if (!day.isValid() || !time.isValid())
+        return {};
+    return instantAt(Duration((day.toJulianDay() - unixEpochJulianDay) * microsecondsPerDay +
+                              qint64{time.msecsSinceStartOfDay()} * 1000),
+                     policy);
+}
+
+DateInterval TimeZone::yearContaining(Instant instant) const {
+    const int year = dayOf(instant).year();
+    return {startOfDay(QDate(year, 1, 1)), startOfDay(QDate(year == -1 ? 1 : year + 1, 1, 1))};
+}
+
+std::optional<Instant> TimeZone::instantFrom(const DateComponents& components) const {
+    const QDate date = components.date();
+    if (!date.isValid())
+        return std::nullopt;
+    if (!components.includesTime())
+        return startOfDay(date);
+    const QTime time = components.time();
+    if (!time.isValid())
+        return std::nullopt;
+    return components.timeZone ? components.timeZone->instantAt(date, time) : instantAt(date, time);
+}
+
+DateComponents TimeZone::componentsOf(Instant instant) const {
+    return DateComponents::fromDateTime(dayOf(instant), timeOf(instant), *this);
 }
 
 }  // namespace kestrant

@@ -3,12 +3,17 @@
 #include "foundation/Instant.h"
 
 #include <QByteArray>
+#include <QDate>
+#include <QTime>
 
 #include <memory>
 #include <optional>
 #include <vector>
 
 namespace kestrant {
+
+struct DateComponents;
+struct DateInterval;
 
 /// The clocks of a zone are set: from a moment on they show another distance from UTC, or another name for
 /// it.
@@ -45,8 +50,9 @@ enum class GapPolicy {
     nextExisting,
 };
 
-/// A time zone: how far its clocks are from UTC at each moment. Either one of the system's zone data or one
-/// that somebody has defined. A value that never changes; cheap to copy. Thread: any.
+/// A time zone: the distance of its clocks from UTC at each moment, and with it the conversion between
+/// instants and its local dates and times (proleptic Gregorian, years 0001 to 9999). One of the system's zone
+/// data, or one that a file has defined. An immutable value; cheap to copy. Thread: any.
 class TimeZone {
   public:
     /// UTC.
@@ -72,6 +78,23 @@ class TimeZone {
     /// The changes from `first` on and before `end`.
     [[nodiscard]] std::vector<ZoneChange> changesBetween(Instant first, Instant end) const;
 
+    [[nodiscard]] QDate dayOf(Instant instant) const;
+    [[nodiscard]] QTime timeOf(Instant instant) const;
+    /// The first instant of a day; where midnight is skipped, the first that exists.
+    [[nodiscard]] Instant startOfDay(QDate day) const;
+    [[nodiscard]] Instant startOfDay(Instant instant) const { return startOfDay(dayOf(instant)); }
+    /// An invalid day or time gives 1970-01-01.
+    [[nodiscard]] Instant instantAt(QDate day, QTime time, GapPolicy policy = GapPolicy::keepOffset) const;
+    [[nodiscard]] bool isSameDay(Instant a, Instant b) const { return dayOf(a) == dayOf(b); }
+    /// The calendar year that contains the instant.
+    [[nodiscard]] DateInterval yearContaining(Instant instant) const;
+
+    /// The instant that the components denote: a whole day is its start; a time is read in the components'
+    /// own zone, or in this one where they have none. Absent when they name no day or no valid time.
+    [[nodiscard]] std::optional<Instant> instantFrom(const DateComponents& components) const;
+    /// Components of an instant in this zone, with this zone.
+    [[nodiscard]] DateComponents componentsOf(Instant instant) const;
+
     bool operator==(const TimeZone& other) const { return data_ == other.data_ || *data_ == *other.data_; }
 
   private:
@@ -90,6 +113,7 @@ class TimeZone {
     TimeZone(Kind kind, const QByteArray& identifier, ZoneChanges zone);
     [[nodiscard]] static std::optional<TimeZone> find(const QByteArray& name);
     [[nodiscard]] const ZoneChange& presentIn(qint64 seconds) const;
+    [[nodiscard]] qint64 localMicroseconds(Instant instant) const;
     [[nodiscard]] qint64 secondsToRepeated(qint64 seconds) const;
 
     std::shared_ptr<const Data> data_;

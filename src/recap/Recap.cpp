@@ -29,19 +29,19 @@ auto firstAt(const std::vector<CompletionRecord>& records, Instant instant) {
 /// The hour that the clock shows at instants of one day.
 class HourOfDay {
   public:
-    HourOfDay(const ZoneCalendar& calendar, Instant start, Instant end)
-        : calendar_(calendar)
+    HourOfDay(const TimeZone& zone, Instant start, Instant end)
+        : zone_(zone)
         , start_(start)
         , isPlain_(end - start == std::chrono::hours(24)) {}
 
     [[nodiscard]] int at(Instant instant) const {
         // Days on which the clock is put forward or back are few.
         return isPlain_ ? int(std::chrono::floor<std::chrono::hours>(instant - start_).count())
-                        : calendar_.timeOf(instant).hour();
+                        : zone_.timeOf(instant).hour();
     }
 
   private:
-    const ZoneCalendar& calendar_;
+    const TimeZone& zone_;
     Instant start_;
     bool isPlain_;
 };
@@ -76,14 +76,14 @@ WeekNumber weekNumberOf(QDate day, Qt::DayOfWeek firstDayOfWeek) {
     return {(deciding.dayOfYear() - 1) / daysOfWeek + 1, deciding.year()};
 }
 
-std::vector<CompletedDay> completedDays(const std::vector<CompletionRecord>& records,
-                                        const ZoneCalendar& calendar, Instant now) {
+std::vector<CompletedDay> completedDays(const std::vector<CompletionRecord>& records, const TimeZone& zone,
+                                        Instant now) {
     std::vector<CompletedDay> days;
     const auto end = std::ranges::upper_bound(records, now, {}, &CompletionRecord::completedAt);
     for (auto record = records.begin(); record != end;) {
-        const QDate day = calendar.dayOf(record->completedAt);
-        const Instant dayEnd = calendar.startOfDay(day.addDays(1));
-        const HourOfDay hour(calendar, calendar.startOfDay(day), dayEnd);
+        const QDate day = zone.dayOf(record->completedAt);
+        const Instant dayEnd = zone.startOfDay(day.addDays(1));
+        const HourOfDay hour(zone, zone.startOfDay(day), dayEnd);
         CompletedDay& completed = days.emplace_back(CompletedDay{.day = day});
         do {
             ++completed.count;
@@ -134,12 +134,12 @@ Recap recapOf(const RecapPeriod& period, const std::vector<CompletedDay>& days, 
 }
 
 std::vector<ListCount>
-completedByList(const std::vector<CompletionRecord>& records, const RecapPeriod& period,
-                const ZoneCalendar& calendar, Instant now,
+completedByList(const std::vector<CompletionRecord>& records, const RecapPeriod& period, const TimeZone& zone,
+                Instant now,
                 const std::function<std::optional<QString>(const QString& reminderIdentifier)>& listOf) {
     std::map<QString, int> counts;
-    const auto end = firstAt(records, calendar.startOfDay(period.last.addDays(1)));
-    for (auto record = firstAt(records, calendar.startOfDay(period.first));
+    const auto end = firstAt(records, zone.startOfDay(period.last.addDays(1)));
+    for (auto record = firstAt(records, zone.startOfDay(period.first));
          record < end && record->completedAt <= now; ++record) {
         if (const auto list = listOf(record->reminderIdentifier))
             ++counts[*list];

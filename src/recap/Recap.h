@@ -1,7 +1,7 @@
 #pragma once
 
 #include "completion/CompletionLedger.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <QDate>
 
@@ -55,7 +55,7 @@ struct CompletedDay {
 /// `now` are not counted, since they have not happened yet. Takes time in proportion to the records, and asks
 /// for the zone's rules once for each day.
 [[nodiscard]] std::vector<CompletedDay> completedDays(const std::vector<CompletionRecord>& records,
-                                                      const ZoneCalendar& calendar, Instant now);
+                                                      const TimeZone& zone, Instant now);
 
 /// The figures of a period.
 struct Recap {
@@ -92,8 +92,8 @@ struct ListCount {
 /// Completions of a period by list, the most first, then by name. `listOf` gives the name of the list that
 /// holds a reminder; absent where nobody knows it any more, which is then left out.
 [[nodiscard]] std::vector<ListCount>
-completedByList(const std::vector<CompletionRecord>& records, const RecapPeriod& period,
-                const ZoneCalendar& calendar, Instant now,
+completedByList(const std::vector<CompletionRecord>& records, const RecapPeriod& period, const TimeZone& zone,
+                Instant now,
                 const std::function<std::optional<QString>(const QString& reminderIdentifier)>& listOf);
 
 }  // namespace kestrant

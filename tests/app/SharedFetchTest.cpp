@@ -9,10 +9,10 @@
 #include "reminders/flags/FlaggedReminderAutomation.h"
 #include "reminders/store/ReminderStore.h"
 #include "support/CountingEventStore.h"
-#include "support/FixedCalendar.h"
 #include "support/ManualExecutor.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
+#include "support/MovableTimeZone.h"
 #include "support/ReminderBuilders.h"
 
 #include <QTemporaryDir>
@@ -43,7 +43,7 @@ class SharedFetchTest : public testing::Test {
                                         .notifier = notifier,
                                         .scheduler = scheduler,
                                         .clock = scheduler,
-                                        .calendar = calendar,
+                                        .currentZone = currentZone,
                                         .defaults = defaults,
                                         .localization = localization});
         settle();
@@ -63,13 +63,13 @@ class SharedFetchTest : public testing::Test {
 
     QTemporaryDir folder;
     ManualScheduler scheduler{at("Europe/Paris", {2026, 3, 27}, {12, 0})};
-    FixedCalendar calendar{"Europe/Paris"};
+    MovableTimeZone currentZone;
     MemoryUserDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedStates); }};
     Localization localization{preferences};
     NotificationCenter notifications;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
-    CountingEventStore database{scheduler, scheduler, calendar};
+    CountingEventStore database{scheduler, scheduler, currentZone};
     OpenReminders openReminders{database, scheduler};
     EventStoreScriptHost host{database, openReminders, scheduler};
     SerialWorker queue;
@@ -78,7 +78,7 @@ class SharedFetchTest : public testing::Test {
                          .openReminders = openReminders,
                          .scheduler = scheduler,
                          .clock = scheduler,
-                         .calendar = calendar,
+                         .currentZone = currentZone,
                          .defaults = defaults,
                          .localization = localization,
                          .notifications = notifications,
@@ -89,7 +89,7 @@ class SharedFetchTest : public testing::Test {
                         .openReminders = openReminders,
                         .scheduler = scheduler,
                         .clock = scheduler,
-                        .calendar = calendar,
+                        .currentZone = currentZone,
                         .preferences = preferences,
                         .notifications = notifications,
                         .executor = executor,

@@ -13,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using Code = CalendarError::Code;
 
-const ZoneCalendar calendar(*TimeZone::named("Europe/Paris"));
+const TimeZone zone(*TimeZone::named("Europe/Paris"));
 
 Instant paris(QDate day, QTime time = {0, 0}) {
     return at("Europe/Paris", day, time);
@@ -49,7 +49,7 @@ TEST(NewEvent, LastsHalfAnHourOrADayAtLeast) {
                                         .startDate = param.asked.start,
                                         .endDate = param.asked.end,
                                         .isAllDay = param.isAllDay},
-                                       calendar);
+                                       zone);
         ASSERT_TRUE(data) << param.name;
         EXPECT_EQ((Span{data->startDate, data->endDate}), param.given) << param.name;
         EXPECT_EQ(data->timeZone.has_value(), !param.isAllDay) << param.name;
@@ -80,7 +80,7 @@ TEST(EventEdit, IsRefusedOrBroughtIntoForm) {
                                        .startDate = param.asked.start,
                                        .endDate = param.asked.end,
                                        .isAllDay = param.isAllDay},
-                                      calendar);
+                                      zone);
         ASSERT_EQ(result.has_value(), param.given.has_value()) << param.name;
         if (!result) {
             EXPECT_EQ(result.error().code, param.given.error()) << param.name;
@@ -89,7 +89,7 @@ TEST(EventEdit, IsRefusedOrBroughtIntoForm) {
         EXPECT_EQ((Span{result->startDate, result->endDate}), *param.given) << param.name;
         EXPECT_EQ(result->title, QStringLiteral("x"));
     }
-    EXPECT_EQ(validated({.title = QStringLiteral(" \n\t")}, calendar).error().code, Code::emptyTitle);
+    EXPECT_EQ(validated({.title = QStringLiteral(" \n\t")}, zone).error().code, Code::emptyTitle);
 }
 
 TEST(EventEdit, OfNothingChangesNothing) {
@@ -98,7 +98,7 @@ TEST(EventEdit, OfNothingChangesNothing) {
     timed.notes = QStringLiteral("n");
     for (const EKEventData& event : {timed, EKEventData(anEvent("b").allDay({2026, 3, 28}, {2026, 3, 30}))}) {
         EKEventData saved = event;
-        apply(*validated(editDetails(event), calendar), calendar, saved);
+        apply(*validated(editDetails(event), zone), zone, saved);
         EXPECT_EQ(saved, event);
     }
 }
@@ -110,12 +110,12 @@ TEST(EventEdit, WritesATimeInTheOwnZoneAndBlankTextsAsAbsent) {
     details.isAllDay = false;
     details.location = QStringLiteral("  ");
     details.notes = QStringLiteral(" n ");
-    apply(*validated(details, calendar), calendar, event);
+    apply(*validated(details, zone), zone, event);
     EXPECT_EQ(event.timeZone, TimeZone::named("Europe/Paris"));
     EXPECT_EQ(event.location, std::nullopt);
     EXPECT_EQ(event.notes, QStringLiteral("n"));
     details.isAllDay = true;
-    apply(*validated(details, calendar), calendar, event);
+    apply(*validated(details, zone), zone, event);
     EXPECT_EQ(event.timeZone, std::nullopt);
 }
 

@@ -18,7 +18,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 CalendarPresent presentAt(const char* zone, QDate day, QTime time) {
-    return {at(zone, day, time), ZoneCalendar(*TimeZone::named(zone)), Language::english,
+    return {at(zone, day, time), *TimeZone::named(zone), Language::english,
             QLocale(QLocale::English, QLocale::UnitedStates)};
 }
 
@@ -197,11 +197,11 @@ TEST(CalendarDays, BeginAndEndWithTheLocalDayWhateverItsLength) {
 QList<CalendarDayGroup> plainGrouping(const CalendarItems& items, const DayRange& days, CalendarMode mode,
                                       const CalendarPresent& present) {
     const TextCollation collation(present.locale);
-    const QDate today = present.calendar.dayOf(present.now);
+    const QDate today = present.zone.dayOf(present.now);
     QList<CalendarDayGroup> groups;
     for (QDate day = days.first; day < days.end; day = day.addDays(1)) {
-        const Instant start = present.calendar.startOfDay(day);
-        const Instant end = present.calendar.startOfDay(day.addDays(1));
+        const Instant start = present.zone.startOfDay(day);
+        const Instant end = present.zone.startOfDay(day.addDays(1));
         CalendarDayGroup group{day, start, headerTitle(day, today, present.language), day == today, {}};
         for (const auto& event : items.events) {
             const bool isOver = !event->isAllDay && event->endDate < present.now;
@@ -214,7 +214,7 @@ QList<CalendarDayGroup> plainGrouping(const CalendarItems& items, const DayRange
                                                  event->endDate > present.now;
         }
         for (const auto& reminder : items.reminders) {
-            const auto due = reminderDueDate(*reminder, present.calendar);
+            const auto due = reminderDueDate(*reminder, present.zone);
             if (due && *due >= start && *due < end)
                 group.events.push_back(reminderRow(*reminder, *due, nullptr, present.language));
         }
@@ -261,7 +261,7 @@ TEST(CalendarGroupingOfAnything, FollowsTheRulesDayByDay) {
                 }
                 items.events.push_back(std::make_shared<const EKEventData>(event));
                 ReminderBuilder reminder = aReminder("r").titled(title);
-                const DateComponents due = present.calendar.componentsOf(someInstant());
+                const DateComponents due = present.zone.componentsOf(someInstant());
                 if (number(0, 1) == 0)
                     reminder.due(due.date());
                 else

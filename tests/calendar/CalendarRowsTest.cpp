@@ -12,7 +12,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-const ZoneCalendar paris(*TimeZone::named("Europe/Paris"));
+const TimeZone paris(*TimeZone::named("Europe/Paris"));
 
 TEST(EventRowID, EndsWithTheStartInSecondsWhichAlwaysHaveAFraction) {
     struct Case {

@@ -9,7 +9,7 @@
 #include "support/ManualExecutor.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
-#include "support/MovableCalendar.h"
+#include "support/MovableTimeZone.h"
 
 #include <gmock/gmock.h>
 
@@ -56,7 +56,7 @@ class CalendarStoreTest : public testing::Test {
             .openReminders = openReminders,
             .scheduler = scheduler,
             .clock = scheduler,
-            .calendar = calendar,
+            .currentZone = currentZone,
             .preferences = preferences,
             .notifications = notifications,
             .executor = background,
@@ -111,12 +111,12 @@ class CalendarStoreTest : public testing::Test {
     }
 
     ManualScheduler scheduler{now()};
-    MovableCalendar calendar;
+    MovableTimeZone currentZone;
     MemoryUserDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedStates); }};
     NotificationCenter notifications;
     ManualExecutor executor;
-    InMemoryEventStore database{scheduler, scheduler, calendar};
+    InMemoryEventStore database{scheduler, scheduler, currentZone};
     OpenReminders openReminders{database, scheduler};
     /// The reminders whose due date was to be cleared, and how that ends.
     std::vector<std::string> cleared;

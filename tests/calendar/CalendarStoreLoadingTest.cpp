@@ -181,7 +181,7 @@ TEST_F(CalendarStoreLoading, TodayMovesAtMidnightOnWakingAndWithTheZone) {
     scheduler.advance(23h);
     EXPECT_THAT(shown(), ElementsAre("TODAY · MON 30: monday")) << "after a day of 23 hours";
 
-    calendar.moveTo("Asia/Tokyo");
+    currentZone.moveTo("Asia/Tokyo");
     scheduler.advance(1s);
     EXPECT_THAT(shown(), ElementsAre("TODAY · MON 30:", "TOMORROW · TUE 31: monday"));
 }

@@ -13,7 +13,7 @@ using Command = CommandLineArguments::Command;
 
 /// Friday, noon.
 const CommandLineContext paris{parseIso8601(u"2026-03-27T11:00:00Z").value(),
-                               ZoneCalendar(*TimeZone::named("Europe/Paris"))};
+                               *TimeZone::named("Europe/Paris")};
 
 struct WrongCase {
     QStringList arguments;

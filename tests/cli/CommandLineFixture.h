@@ -70,13 +70,13 @@ class CommandLineFixture : public testing::Test {
             .storeFolder = path(QStringLiteral("store")),
             .openStore =
                 [](const EventStoreLocation& location, Scheduler& scheduler, const Clock& time,
-                   const CurrentCalendar& calendar, const EventStoreUse&) {
-                    return std::make_unique<VdirEventStore>(location.folder, scheduler, time, calendar);
+                   const CurrentTimeZone& currentZone, const EventStoreUse&) {
+                    return std::make_unique<VdirEventStore>(location.folder, scheduler, time, currentZone);
                 },
             .preferencesFile = path(QStringLiteral("preferences.json")),
             .ledgerFile = path(QStringLiteral("ledger.json")),
             .systemLocale = locale,
-            .calendar = ZoneCalendar(*TimeZone::named("Europe/Paris")),
+            .zone = *TimeZone::named("Europe/Paris"),
             .clock = clock,
             .out = [&](const QString& text) { result.out += text; },
             .err = [&](const QString& text) { result.err += text; },

@@ -19,7 +19,7 @@ Instant paris(QDate day, QTime time = {0, 0}) {
     return at("Europe/Paris", day, time);
 }
 
-const ZoneCalendar parisCalendar{*TimeZone::named("Europe/Paris")};
+const TimeZone parisZone{*TimeZone::named("Europe/Paris")};
 
 template <typename House>
 class EventContract : public ::testing::Test {
@@ -59,8 +59,8 @@ class EventContract : public ::testing::Test {
             const Instant start = event->data.startDate;
             result.push_back(
                 QStringLiteral("%1 %2 %3")
-                    .arg(parisCalendar.dayOf(start).day())
-                    .arg(parisCalendar.timeOf(start).toString(QStringLiteral("HH:mm")), event->data.title));
+                    .arg(parisZone.dayOf(start).day())
+                    .arg(parisZone.timeOf(start).toString(QStringLiteral("HH:mm")), event->data.title));
         }
         return result;
     }

@@ -11,8 +11,8 @@
 #include "eventkit/vdir/VdirEventStore.h"
 #include "support/AwaitState.h"
 #include "support/EventStoreDriver.h"
-#include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
+#include "support/MovableTimeZone.h"
 #include "support/ReminderBuilders.h"
 
 #include <QFile>
@@ -31,8 +31,8 @@ inline const Instant morning = at("Europe/Paris", {2026, 3, 27}, {8, 0});
 /// The store that lives in memory, and what others do to it.
 struct MemoryHouse {
     ManualScheduler scheduler{morning};
-    FixedCalendar calendar{"Europe/Paris"};
-    InMemoryEventStore store{scheduler, scheduler, calendar};
+    MovableTimeZone currentZone;
+    InMemoryEventStore store{scheduler, scheduler, currentZone};
 
     MemoryHouse() { store.setAuthorizationStatus(EKAuthorizationStatus::notDetermined); }
     template <typename Change>
@@ -58,18 +58,18 @@ struct MemoryHouse {
 template <typename Store>
 struct FolderHouse {
     ManualScheduler scheduler{morning};
-    FixedCalendar calendar{"Europe/Paris"};
+    MovableTimeZone currentZone;
     QTemporaryDir folder;
-    Store store{folder.path() + "/calendars", scheduler, scheduler, calendar};
+    Store store{folder.path() + "/calendars", scheduler, scheduler, currentZone};
 
     template <typename Change>
     void changeElsewhere(const QString& identifier, Change change) {
         vdir::VdirDatabase other(QFile::encodeName(folder.path() + "/calendars"));
-        ASSERT_FALSE(other.open(calendar.calendar()));
+        ASSERT_FALSE(other.open(currentZone.zone()));
         const auto base = other.snapshot()->reminders.value(identifier).data;
         EKReminderData edited = *base;
         change(edited);
-        ASSERT_TRUE(other.save(base, edited, scheduler.now(), calendar.calendar()).has_value());
+        ASSERT_TRUE(other.save(base, edited, scheduler.now(), currentZone.zone()).has_value());
         awaitThat(scheduler, [&] { return showsChange(store, identifier, change); });
     }
     void removeElsewhere(const QString& identifier) {

@@ -5,8 +5,8 @@
 #include "eventkit/items/ItemDatabase.h"
 #include "support/AwaitState.h"
 #include "support/EvolutionService.h"
-#include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
+#include "support/MovableTimeZone.h"
 #include "support/ReminderBuilders.h"
 
 #include <gtest/gtest.h>
@@ -19,10 +19,10 @@ namespace kestrant {
 /// The desktop's calendar service. Others are a second client of it; their changes are told by the service.
 struct EvolutionHouse {
     explicit EvolutionHouse(std::chrono::milliseconds longestCall = EvolutionEventStore::longestCall)
-        : store(scheduler, scheduler, calendar, longestCall) {}
+        : store(scheduler, scheduler, currentZone, longestCall) {}
 
     ManualScheduler scheduler{at("Europe/Paris", {2026, 3, 27}, {8, 0})};
-    FixedCalendar calendar{"Europe/Paris"};
+    MovableTimeZone currentZone;
     EvolutionService& service = EvolutionService::emptied();
     EvolutionEventStore store;
     /// The one that the tests use.
@@ -30,17 +30,17 @@ struct EvolutionHouse {
 
     template <typename Change>
     void changeElsewhere(const QString& identifier, Change change) {
-        Other other(calendar.calendar());
+        Other other(currentZone.zone());
         const auto base = other.database.snapshot()->reminders.value(identifier).data;
         ASSERT_TRUE(base);
         EKReminderData edited = *base;
         change(edited);
-        ASSERT_TRUE(other.database.save(base, edited, scheduler.now(), calendar.calendar()).has_value());
+        ASSERT_TRUE(other.database.save(base, edited, scheduler.now(), currentZone.zone()).has_value());
         awaitThat([&] { return showsChange(*used, identifier, change); });
     }
     void removeElsewhere(const QString& identifier) {
-        Other other(calendar.calendar());
-        ASSERT_TRUE(other.database.remove(identifier, calendar.calendar()).has_value());
+        Other other(currentZone.zone());
+        ASSERT_TRUE(other.database.remove(identifier, currentZone.zone()).has_value());
         awaitThat([&] { return used->calendarItem(identifier) == nullptr; });
     }
     void makeReadOnly(const QString& list) {
@@ -51,7 +51,7 @@ struct EvolutionHouse {
 
     /// Another program that uses the service.
     struct Other {
-        explicit Other(const ZoneCalendar& local) { EXPECT_FALSE(database.open(local)); }
+        explicit Other(const TimeZone& local) { EXPECT_FALSE(database.open(local)); }
         evolution::EvolutionStorage storage{{}, EvolutionEventStore::longestCall};
         items::ItemDatabase database{storage};
     };

@@ -21,9 +21,9 @@ namespace kestrant {
 class InterruptedStore final : public items::ItemEventStore {
   public:
     InterruptedStore(const QString& root, Scheduler& scheduler, const Clock& clock,
-                     const CurrentCalendar& calendar)
+                     const CurrentTimeZone& currentZone)
         : ItemEventStore(
-              scheduler, clock, calendar,
+              scheduler, clock, currentZone,
               [&](items::StorageObserver observer) {
                   return std::make_unique<Storage>(*this, QFile::encodeName(root),
                                                    std::move(observer.changed));
@@ -191,7 +191,7 @@ struct OtherDatabase : OtherProgram {
 
   private:
     [[nodiscard]] Instant now() const { return house.scheduler.now(); }
-    [[nodiscard]] ZoneCalendar local() const { return house.calendar.calendar(); }
+    [[nodiscard]] TimeZone local() const { return house.currentZone.zone(); }
     [[nodiscard]] std::vector<std::shared_ptr<const EKEventData>> eventsIn(items::ItemDatabase& database) {
         return database
             .events(EKEventStore::predicateForEvents(at("Europe/Paris", {2026, 3, 1}),
@@ -211,7 +211,7 @@ struct Others<InterruptedHouse> : OtherDatabase<InterruptedHouse> {
 
     void with(const std::function<void(items::ItemDatabase&)>& use) override {
         vdir::VdirDatabase database(QFile::encodeName(root()));
-        EXPECT_FALSE(database.open(house.calendar.calendar()));
+        EXPECT_FALSE(database.open(house.currentZone.zone()));
         use(database);
     }
     /// Moves of reminders with a file of their own are renamed files, as a file manager makes them.
@@ -336,7 +336,7 @@ struct Others<EvolutionHouse> : OtherDatabase<EvolutionHouse> {
     using OtherDatabase::OtherDatabase;
 
     void with(const std::function<void(items::ItemDatabase&)>& use) override {
-        EvolutionHouse::Other other(house.calendar.calendar());
+        EvolutionHouse::Other other(house.currentZone.zone());
         use(other.database);
     }
 };

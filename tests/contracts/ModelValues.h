@@ -15,7 +15,7 @@ using Values = std::map<QString, QString>;
 using EventKey = std::pair<QString, QString>;
 using Code = std::optional<EKError::Code>;
 
-inline const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+inline const TimeZone paris{*TimeZone::named("Europe/Paris")};
 inline const QDate today{2026, 3, 27};
 
 template <typename T>

@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 const Instant now = at("UTC", {2026, 3, 27}, {12, 0});
 constexpr Duration year = std::chrono::days(365);
 

@@ -9,7 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 using ::testing::IsEmpty;
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 
 /// The events of a file, each as a series of its own.
 std::vector<EventSeries> seriesIn(const QByteArray& components) {
@@ -396,8 +396,7 @@ TEST(EventSeriesTest, KnowsAnOccurrenceByTheStartThatItsSeriesGivesIt) {
 
 TEST(EventSeriesTest, MovesWithThePersonsZone) {
     const auto series = seriesIn(event("DTSTART;VALUE=DATE:20260327\nRRULE:FREQ=DAILY\n"));
-    const EventSeries elsewhere(series.at(0).item(), "1", "calendar",
-                                ZoneCalendar(*TimeZone::named("Asia/Tokyo")));
+    const EventSeries elsewhere(series.at(0).item(), "1", "calendar", *TimeZone::named("Asia/Tokyo"));
     EXPECT_EQ(elsewhere.first()->data->startDate, at("Asia/Tokyo", {2026, 3, 27}));
     EXPECT_EQ(series[0].first()->data->startDate, at("Europe/Paris", {2026, 3, 27}));
 }

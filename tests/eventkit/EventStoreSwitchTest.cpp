@@ -2,7 +2,7 @@
 
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "support/EventStoreDriver.h"
-#include "support/FixedCalendar.h"
+#include "support/MovableTimeZone.h"
 #include "support/ReminderBuilders.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ namespace {
 class EventStoreSwitchTest : public testing::Test {
   protected:
     std::unique_ptr<InMemoryEventStore> database(const QString& title) {
-        auto store = std::make_unique<InMemoryEventStore>(scheduler, scheduler, calendar);
+        auto store = std::make_unique<InMemoryEventStore>(scheduler, scheduler, currentZone);
         store->putCalendar({.calendarIdentifier = QStringLiteral("list"), .title = title});
         store->putReminder(aReminder("shared id").titled(title));
         scheduler.advance(seconds(1));
@@ -30,7 +30,7 @@ class EventStoreSwitchTest : public testing::Test {
     }
 
     ManualScheduler scheduler{Instant{}};
-    FixedCalendar calendar{"Europe/Paris"};
+    MovableTimeZone currentZone;
 };
 
 TEST_F(EventStoreSwitchTest, ShowsTheOtherDatabaseAndSaysThatEverythingChanged) {

@@ -1,8 +1,8 @@
 #include "eventkit/model/OpenReminders.h"
 
 #include "support/CountingEventStore.h"
-#include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
+#include "support/MovableTimeZone.h"
 #include "support/ReminderBuilders.h"
 
 #include <gmock/gmock.h>
@@ -34,8 +34,8 @@ class OpenRemindersTest : public testing::Test {
     }
 
     ManualScheduler scheduler{Instant(std::chrono::hours(500000))};
-    FixedCalendar calendar{"Europe/Paris"};
-    CountingEventStore database{scheduler, scheduler, calendar};
+    MovableTimeZone currentZone;
+    CountingEventStore database{scheduler, scheduler, currentZone};
     std::optional<OpenReminders> open{std::in_place, database, scheduler};
     std::vector<std::size_t> answers;
     OpenReminders::Reminders last;

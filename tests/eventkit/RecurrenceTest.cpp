@@ -11,7 +11,7 @@ using icalendar::LocalTime;
 using icalendar::OccurrenceIterator;
 using icalendar::RecurrenceRule;
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 
 LocalTime timeFrom(const QString& text) {
     return {QDate::fromString(text.first(8), "yyyyMMdd"),

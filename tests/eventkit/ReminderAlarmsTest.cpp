@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 using Parts = DateComponents;
 
 constexpr auto zone = "Europe/Paris";
-const ZoneCalendar paris{*TimeZone::named(zone)};
+const TimeZone paris{*TimeZone::named(zone)};
 const Instant ten = at(zone, {2026, 3, 27}, {10, 0});
 
 TEST(ReminderAlarms, RingWhereTheirDateIs) {

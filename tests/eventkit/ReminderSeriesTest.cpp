@@ -7,7 +7,7 @@
 namespace kestrant {
 namespace {
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 /// Nothing is overdue yet.
 const Instant early{};
 

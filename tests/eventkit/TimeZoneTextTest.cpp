@@ -43,8 +43,7 @@ Document withDefinition(const QByteArray& name, const QByteArray& parts) {
 QString instantIn(const Document& document, const QByteArray& name, const QByteArray& local) {
     const auto zone = zoneNamed(name, document);
     const auto date = readLocalDate(local);
-    return zone ? toIso8601(ZoneCalendar(*zone).instantAt(date->date(), date->time()))
-                : QStringLiteral("unknown");
+    return zone ? toIso8601(zone->instantAt(date->date(), date->time())) : QStringLiteral("unknown");
 }
 
 TEST(DefinedZoneTest, GoesByTheDefinitionsOwnRulesInEveryYear) {

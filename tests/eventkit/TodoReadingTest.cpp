@@ -8,7 +8,7 @@ namespace {
 
 using ::testing::IsEmpty;
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 
 QByteArray fileWith(const QByteArray& components) {
     return "BEGIN:VCALENDAR\nVERSION:2.0\n" + components + "END:VCALENDAR\n";

@@ -12,7 +12,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 const Instant now = at("UTC", {2026, 3, 27}, {12, 0});
 
 /// What an edit does to the lines of a file: those taken away with "-", new ones with "+", in their order,

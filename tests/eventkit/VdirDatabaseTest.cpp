@@ -15,7 +15,7 @@ using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 using vdir::VdirDatabase;
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 const Instant now = at("UTC", {2026, 3, 27}, {12, 0});
 
 class VdirDatabaseTest : public ::testing::Test {

@@ -2,7 +2,7 @@
 
 #include "VdirFolder.h"
 #include "support/EventStoreDriver.h"
-#include "support/FixedCalendar.h"
+#include "support/MovableTimeZone.h"
 #include "support/ReminderBuilders.h"
 
 #include <gmock/gmock.h>
@@ -38,8 +38,8 @@ class VdirEventStoreTest : public ::testing::Test {
 
     VdirFolder folder;
     ManualScheduler scheduler{at("UTC", {2026, 3, 27}, {12, 0})};
-    FixedCalendar calendar{"Europe/Paris"};
-    VdirEventStore store{folder.root(), scheduler, scheduler, calendar};
+    MovableTimeZone currentZone;
+    VdirEventStore store{folder.root(), scheduler, scheduler, currentZone};
     EventStoreDriver driver{store, scheduler};
     int told = 0;
     Subscription subscription;
@@ -133,10 +133,10 @@ TEST(VdirEventStoreEndTest, FinishesAcceptedChangesAndAnswersNobody) {
     VdirFolder folder;
     folder.put("list/displayname", "List");
     ManualScheduler scheduler{at("UTC", {2026, 3, 27}, {12, 0})};
-    const FixedCalendar calendar("Europe/Paris");
+    const FixedZone currentZone("Europe/Paris");
     int answers = 0;
     {
-        VdirEventStore store(folder.root(), scheduler, scheduler, calendar);
+        VdirEventStore store(folder.root(), scheduler, scheduler, currentZone);
         ASSERT_EQ(EventStoreDriver(store, scheduler).requestAccess(), std::nullopt);
         for (int i = 0; i < 20; ++i) {
             const auto reminder = std::make_shared<EKReminder>(store);

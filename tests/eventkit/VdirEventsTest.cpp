@@ -17,7 +17,7 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using vdir::VdirDatabase;
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 const Instant now = at("UTC", {2026, 3, 27}, {12, 0});
 const Instant march = at("Europe/Paris", {2026, 3, 1});
 const Instant may = at("Europe/Paris", {2026, 5, 1});
@@ -459,7 +459,7 @@ TEST_F(VdirEventsTest, FollowsThePersonIntoAnotherZone) {
     };
     const DateInterval inUtc = interval("utc");
     for (const char* zone : {"Asia/Tokyo", "America/New_York", "Europe/Paris"}) {
-        EXPECT_TRUE(database.adopt(ZoneCalendar(*TimeZone::named(zone))));
+        EXPECT_TRUE(database.adopt(*TimeZone::named(zone)));
         EXPECT_EQ(interval("days"), (DateInterval{at(zone, {2026, 3, 28}), at(zone, {2026, 3, 30})}));
         EXPECT_EQ(interval("floating"),
                   (DateInterval{at(zone, {2026, 3, 28}, {9, 0}), at(zone, {2026, 3, 28}, {10, 0})}));

@@ -12,7 +12,7 @@ using ::testing::IsEmpty;
 using vdir::VdirDatabase;
 using Result = tl::expected<EKSaveResult, EKError>;
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 const Instant now = at("UTC", {2026, 3, 27}, {12, 0});
 
 class VdirRevertingTest : public ::testing::Test {

@@ -2,6 +2,8 @@
 
 #include "support/ProcessZone.h"
 
+#include <QCoreApplication>
+#include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -122,6 +124,52 @@ TEST(TheZoneOfTheMachine, IsThatOfItsSettings) {
     ASSERT_TRUE(own.open(QIODevice::ReadOnly));
     write(QStringLiteral("localtime"), own.readAll().replace("JST-9", "JST-8"));
     EXPECT_EQ(zone(), "JST-8");
+}
+
+class SystemTimeZoneTest : public testing::Test {
+  protected:
+    SystemTimeZoneTest() { qputenv("TZ", "Europe/Paris"); }
+    ~SystemTimeZoneTest() override { qputenv("TZ", zoneBefore); }
+
+    int argumentCount = 1;
+    char name[5] = "test";
+    char* arguments[2] = {name, nullptr};
+    QCoreApplication application{argumentCount, arguments};
+    QByteArray zoneBefore = qgetenv("TZ");
+    QTemporaryDir settings;
+};
+
+TEST_F(SystemTimeZoneTest, TellsOnceAfterTheZoneHasChanged) {
+    SystemTimeZone current(settings.path());
+    int told = 0;
+    const Subscription subscription = current.observeChanges([&] {
+        ++told;
+        EXPECT_EQ(current.zone().id(), "Asia/Tokyo");
+    });
+    EXPECT_EQ(current.zone().id(), "Europe/Paris");
+    current.refresh();
+    EXPECT_EQ(told, 0);
+    qputenv("TZ", "Asia/Tokyo");
+    current.refresh();
+    current.refresh();
+    EXPECT_EQ(told, 1);
+}
+
+TEST_F(SystemTimeZoneTest, LooksAgainWhenTheSettingsFilesChange) {
+    QEventLoop loop;
+    SystemTimeZone current(settings.path());
+    const Subscription subscription = current.observeChanges([&] { loop.quit(); });
+
+    const QString zoneFile = settings.filePath(QStringLiteral("timezone"));
+    for (const char* zone : {"Asia/Tokyo", "America/Sao_Paulo", "Europe/Paris"}) {
+        qputenv("TZ", zone);
+        QFile file(zoneFile);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(zone);
+        file.close();
+        loop.exec();
+        EXPECT_EQ(current.zone().id(), zone);
+    }
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ struct CalDavHouse : EvolutionHouse {
     class Store final : public EvolutionEventStore {
       public:
         explicit Store(CalDavHouse& house)
-            : EvolutionEventStore(house.scheduler, house.scheduler, house.calendar)
+            : EvolutionEventStore(house.scheduler, house.scheduler, house.currentZone)
             , house_(house) {}
 
         void saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) override {

@@ -62,7 +62,8 @@ TEST_F(CalDavSilence, BeginsWithoutAListThatIsLate) {
         server.pause();
         // Whoever opens the account now has to wait for the server.
         house.service.kill("org.gnome.evolution.dataserver.Calendar");
-        EvolutionEventStore store(house.scheduler, house.scheduler, house.calendar, 10s, {.items = wanted});
+        EvolutionEventStore store(house.scheduler, house.scheduler, house.currentZone, 10s,
+                                  {.items = wanted});
         EventStoreDriver fresh(store, house.scheduler);
         ASSERT_EQ(fresh.requestAccess(), std::nullopt);
         EXPECT_FALSE(store.calendarWithIdentifier(list)->isAnswering);
@@ -149,7 +150,8 @@ TEST_F(CalDavSilence, LeavesOpenWhatBecomesOfAChangeUntilTheServerAnswers) {
 }
 
 TEST_F(CalDavSilence, EndsWithoutTheAnswerToAChangeThatTookTooLong) {
-    auto store = std::make_unique<EvolutionEventStore>(house.scheduler, house.scheduler, house.calendar, 2s);
+    auto store =
+        std::make_unique<EvolutionEventStore>(house.scheduler, house.scheduler, house.currentZone, 2s);
     EventStoreDriver fresh(*store, house.scheduler);
     ASSERT_EQ(fresh.requestAccess(), std::nullopt);
     server.pause();

@@ -212,7 +212,7 @@ TEST_F(CalDav, DISABLED_SaysThatChangesAreKeptWhileTheServerCannotBeReached) {
 TEST_F(CalDav, ShowsWhatWasSeenLastWhenItStartsWithoutTheServer) {
     server.stop();
     house.service.kill("org.gnome.evolution.dataserver.Calendar");
-    EvolutionEventStore store(house.scheduler, house.scheduler, house.calendar);
+    EvolutionEventStore store(house.scheduler, house.scheduler, house.currentZone);
     EventStoreDriver fresh(store, house.scheduler);
     ASSERT_EQ(fresh.requestAccess(), std::nullopt);
     EXPECT_THAT(fresh.openTitles(), ElementsAre("Bread"));

@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using namespace std::chrono_literals;
 
-const ZoneCalendar paris{*TimeZone::named("Europe/Paris")};
+const TimeZone paris{*TimeZone::named("Europe/Paris")};
 
 CompletionRecord at(const char* localTime, const char* identifier = "a") {
     const QDateTime time =
@@ -60,17 +60,17 @@ TEST(CompletedDays, CountEveryRecordOnceOnTheDayAndInTheHourThatTheClockShowed) 
     std::ranges::sort(records, {}, &CompletionRecord::completedAt);
     for (const char* name :
          {"Europe/Paris", "America/Sao_Paulo", "Australia/Lord_Howe", "Pacific/Apia", "UTC"}) {
-        const ZoneCalendar calendar{*TimeZone::named(name)};
+        const TimeZone zone{*TimeZone::named(name)};
         const Instant now{std::chrono::seconds(1'740'000'000)};
         std::map<QDate, CompletedDay> expected;
         for (const CompletionRecord& record : records) {
             if (record.completedAt > now)
                 continue;
-            CompletedDay& day = expected[calendar.dayOf(record.completedAt)];
+            CompletedDay& day = expected[zone.dayOf(record.completedAt)];
             ++day.count;
-            ++day.hours[static_cast<std::size_t>(calendar.timeOf(record.completedAt).hour())];
+            ++day.hours[static_cast<std::size_t>(zone.timeOf(record.completedAt).hour())];
         }
-        const std::vector<CompletedDay> days = completedDays(records, calendar, now);
+        const std::vector<CompletedDay> days = completedDays(records, zone, now);
         ASSERT_EQ(days.size(), expected.size()) << name;
         for (const CompletedDay& day : days) {
             ASSERT_EQ(day.count, expected.at(day.day).count) << name;

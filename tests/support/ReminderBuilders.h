@@ -58,7 +58,7 @@ class ReminderBuilder {
 
 /// A local time of day in a zone, for expectations: at("Europe/Paris", {2026, 3, 27}, {9, 0}).
 [[nodiscard]] inline Instant at(const char* zone, QDate day, QTime time = {0, 0}) {
-    return ZoneCalendar(*TimeZone::named(zone)).instantAt(day, time);
+    return TimeZone::named(zone)->instantAt(day, time);
 }
 
 }  // namespace kestrant

@@ -4,7 +4,7 @@
 #include "cues/SensoryFeedback.h"
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "eventkit/model/OpenReminders.h"
-#include "foundation/CurrentCalendars.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/NotificationCenter.h"
 #include "notch/NotchGeometry.h"
 #include "notch/NotchInteractionModel.h"
@@ -32,7 +32,7 @@ struct MemoryGround {
     }
 
     Time time{*parseIso8601(u"2026-11-21T14:30:00+01:00")};
-    FixedCurrentCalendar calendar{ZoneCalendar(*TimeZone::named("Europe/Paris"))};
+    FixedTimeZone currentZone{*TimeZone::named("Europe/Paris")};
     Defaults defaults;
     Preferences preferences;
     Localization localization{preferences};
@@ -40,7 +40,7 @@ struct MemoryGround {
     SilentHapticPerformer haptics;
     SensoryFeedback feedback{preferences, cues, haptics};
     NotificationCenter notifications;
-    InMemoryEventStore database{time, time, calendar};
+    InMemoryEventStore database{time, time, currentZone};
     OpenReminders openReminders{database, time};
     QTemporaryDir folder;
     CompletionLedgerRepository ledger{folder.filePath(QStringLiteral("ledger.json"))};
@@ -54,7 +54,7 @@ struct MemoryGround {
         .openReminders = openReminders,
         .scheduler = time,
         .clock = time,
-        .calendar = calendar,
+        .currentZone = currentZone,
         .preferences = preferences,
         .localization = localization,
         .localizer = localizer,

@@ -37,7 +37,7 @@ inline void completeReminders(Stage& stage) {
             const QDate day(2026, int(month) + 1, 1 + number % 20);
             states.emplace(
                 QStringLiteral("%1-%2").arg(month).arg(number),
-                ReminderCompletionState::completed(stage.calendar.calendar().instantAt(day, QTime(12, 0))));
+                ReminderCompletionState::completed(stage.currentZone.zone().instantAt(day, QTime(12, 0))));
         }
     }
     if (!stage.ledger.reconcile(states, {}, stage.time.now()))

@@ -54,11 +54,11 @@ struct Stage : StageGround, PanelComposition {
          .version = QStringLiteral("1.0.0")}};
     PanelView view{{interaction, localizer, appearance, *this, settings}, PanelView::Loading::immediate};
     OnboardingWindowController onboarding{
-        {*view.engine(), localizer, appearance, preferences, settings, time, time, calendar, feedback},
+        {*view.engine(), localizer, appearance, preferences, settings, time, time, currentZone, feedback},
         [] {}};
 
     void addReminders() {
-        addDemoData(database, time.now(), calendar.calendar(), localizer.language(),
+        addDemoData(database, time.now(), currentZone.zone(), localizer.language(),
                     [](const std::optional<EKError>& error) {
                         if (error)
                             qWarning("%s", qUtf8Printable(error->message.english));

@@ -1,7 +1,7 @@
 #include "eventkit/vdir/VdirEventStore.h"
 #include "foundation/Clocks.h"
-#include "foundation/CurrentCalendars.h"
 #include "foundation/QtScheduler.h"
+#include "foundation/SystemTimeZone.h"
 #include "pictures/Rendering.h"
 #include "ui/onboarding/DemoData.h"
 #include "ui/panel/PanelView.h"
@@ -35,8 +35,8 @@ int fillFolder(int& argc, char** argv) {
     }
     QtScheduler scheduler;
     const SystemClock clock;
-    const FixedCurrentCalendar calendar(SystemCurrentCalendar().calendar());
-    VdirEventStore store(folder, scheduler, clock, calendar);
+    const FixedTimeZone currentZone(SystemTimeZone().zone());
+    VdirEventStore store(folder, scheduler, clock, currentZone);
     const auto end = [](const std::optional<EKError>& error) {
         if (error)
             qWarning("%s", qUtf8Printable(error->message.english));
@@ -46,7 +46,7 @@ int fillFolder(int& argc, char** argv) {
     store.requestFullAccessToReminders([&](bool granted, const std::optional<EKError>& error) {
         if (!granted)
             return end(error);
-        addDemoData(store, clock.now(), calendar.calendar(), isFrench ? Language::french : Language::english,
+        addDemoData(store, clock.now(), currentZone.zone(), isFrench ? Language::french : Language::english,
                     end);
     });
     return QCoreApplication::exec();

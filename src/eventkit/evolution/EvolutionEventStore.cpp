@@ -8,15 +8,16 @@
 namespace kestrant {
 
 EvolutionEventStore::EvolutionEventStore(Scheduler& scheduler, const Clock& clock,
-                                         const CurrentCalendar& calendar, std::chrono::milliseconds longest,
-                                         const EventStoreUse& use)
-    : EvolutionEventStore(scheduler, clock, calendar, longest, use, new evolution::SourceQueues) {}
+                                         const CurrentTimeZone& currentZone,
+                                         std::chrono::milliseconds longest, const EventStoreUse& use)
+    : EvolutionEventStore(scheduler, clock, currentZone, longest, use, new evolution::SourceQueues) {}
 
 EvolutionEventStore::EvolutionEventStore(Scheduler& scheduler, const Clock& clock,
-                                         const CurrentCalendar& calendar, std::chrono::milliseconds longest,
-                                         const EventStoreUse& use, evolution::SourceQueues* queues)
+                                         const CurrentTimeZone& currentZone,
+                                         std::chrono::milliseconds longest, const EventStoreUse& use,
+                                         evolution::SourceQueues* queues)
     : ItemEventStore(
-          scheduler, clock, calendar,
+          scheduler, clock, currentZone,
           [&](items::StorageObserver observer) {
               return std::make_unique<evolution::EvolutionStorage>(std::move(observer), longest, queues, use);
           },

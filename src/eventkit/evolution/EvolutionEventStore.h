@@ -20,12 +20,12 @@ class EvolutionEventStore : public items::ItemEventStore {
     /// How long the service may take to answer what is asked of it together: to read, to write one change.
     static constexpr std::chrono::seconds longestCall{20};
 
-    EvolutionEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
+    EvolutionEventStore(Scheduler& scheduler, const Clock& clock, const CurrentTimeZone& currentZone,
                         std::chrono::milliseconds longest = longestCall, const EventStoreUse& use = {});
 
   private:
     /// `queues` become the store's own.
-    EvolutionEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
+    EvolutionEventStore(Scheduler& scheduler, const Clock& clock, const CurrentTimeZone& currentZone,
                         std::chrono::milliseconds longest, const EventStoreUse& use,
                         evolution::SourceQueues* queues);
 };

@@ -3,7 +3,7 @@
 
 extern "C" Q_DECL_EXPORT kestrant::EKEventStore*
 kestrantMakeEvolutionStore(kestrant::Scheduler& scheduler, const kestrant::Clock& clock,
-                           const kestrant::CurrentCalendar& calendar, const kestrant::EventStoreUse& use) {
-    return new kestrant::EvolutionEventStore(scheduler, clock, calendar,
+                           const kestrant::CurrentTimeZone& currentZone, const kestrant::EventStoreUse& use) {
+    return new kestrant::EvolutionEventStore(scheduler, clock, currentZone,
                                              kestrant::EvolutionEventStore::longestCall, use);
 }

@@ -164,7 +164,7 @@ std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& u
     return client;
 }
 
-bool EvolutionStorage::update(Library& library, const Changes& changes, const ZoneCalendar& local) {
+bool EvolutionStorage::update(Library& library, const Changes& changes, const TimeZone& local) {
     if (!lists_.isOpen())
         return false;
     const auto lists = lists_.enabled();
@@ -226,7 +226,7 @@ bool EvolutionStorage::updateLists(Library& library, const Lists& lists) {
     return changed;
 }
 
-void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const ZoneCalendar& local) {
+void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const TimeZone& local) {
     if (wanted_) {
         // Lists without wanted items are not waited for.
         for (const auto& [uid, list] : lists) {
@@ -320,7 +320,7 @@ bool EvolutionStorage::needsAll(const QByteArray& uid, const std::set<QByteArray
 }
 
 bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const ServiceList& list,
-                                const std::set<QByteArray>* named, const ZoneCalendar& local) {
+                                const std::set<QByteArray>* named, const TimeZone& local) {
     TextPair reason = noAnswerInTime();
     const auto client = clientFor(uid, list, reason);
     std::optional<std::map<QByteArray, QByteArray>> all;

@@ -35,7 +35,7 @@ class EvolutionStorage final : public items::ItemStorage {
     void prepareToClose() override;
     void close() override;
     [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
-                              const ZoneCalendar& local) override;
+                              const TimeZone& local) override;
     [[nodiscard]] bool isPartlyRead() const override { return wanted_.has_value(); }
     [[nodiscard]] std::optional<ScheduledCheck> recheck() const override;
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
@@ -82,10 +82,10 @@ class EvolutionStorage final : public items::ItemStorage {
     /// The result is the lists that did not answer in time.
     [[nodiscard]] std::set<QByteArray> awaitReading(Reading& reading);
     /// Reads all lists, at the same time where there are queues.
-    void readAllLists(items::Library& library, const Lists& lists, const ZoneCalendar& local);
+    void readAllLists(items::Library& library, const Lists& lists, const TimeZone& local);
     /// The items of a list: all of them where `named` is null.
     bool readList(items::Library& library, const QByteArray& uid, const ServiceList& list,
-                  const std::set<QByteArray>* named, const ZoneCalendar& local);
+                  const std::set<QByteArray>* named, const TimeZone& local);
     /// Many are read faster with all the others, and after a silence anything may have changed.
     [[nodiscard]] bool needsAll(const QByteArray& uid, const std::set<QByteArray>& named) const;
     /// The list keeps what was seen last, and is asked again later.

@@ -105,7 +105,7 @@ Component newAlarm(const EKAlarm& alarm, const QString& title, QByteArrayView li
 
 }  // namespace
 
-EKAlarm readAlarm(ComponentView alarm, const Document& document, const ZoneCalendar& local) {
+EKAlarm readAlarm(ComponentView alarm, const Document& document, const TimeZone& local) {
     EKAlarm result;
     result.sourceText = alarm.text();
     if (const auto uid = alarm.property("UID"))
@@ -136,7 +136,7 @@ EKAlarm readAlarm(ComponentView alarm, const Document& document, const ZoneCalen
 }
 
 void writeAlarms(Component& item, const std::vector<EKAlarm>& alarms, const QString& title,
-                 const Document& document, const ZoneCalendar& local) {
+                 const Document& document, const TimeZone& local) {
     const QByteArrayView lineEnd = document.lineEnd();
     std::vector<Component> wanted;
     for (const EKAlarm& alarm : alarms) {

@@ -104,26 +104,22 @@ std::optional<DateComponents> readDate(QByteArrayView value, const Property& pro
 }
 
 std::optional<Instant> readInstant(const std::optional<Property>& property, const Document& document,
-                                   const ZoneCalendar& local) {
+                                   const TimeZone& local) {
     const auto date = property ? readDate(*property, document) : std::nullopt;
-    return date ? calendarOf(*date, local).instantFrom(*date) : std::nullopt;
-}
-
-ZoneCalendar calendarOf(const DateComponents& date, const ZoneCalendar& local) {
-    return date.timeZone ? ZoneCalendar(*date.timeZone) : local;
+    return date ? date->timeZone.value_or(local).instantFrom(*date) : std::nullopt;
 }
 
 LocalTime localTimeOf(const DateComponents& date) {
     return {date.date(), date.includesTime() ? date.time() : QTime(0, 0)};
 }
 
-LocalTime localTimeIn(const DateComponents& anchor, const DateComponents& date, const ZoneCalendar& local) {
+LocalTime localTimeIn(const DateComponents& anchor, const DateComponents& date, const TimeZone& local) {
     if (!date.includesTime() || !anchor.includesTime())
         return {date.date(), anchor.includesTime() ? anchor.time() : QTime(0, 0)};
     if (date.timeZone == anchor.timeZone)
         return localTimeOf(date);
-    const ZoneCalendar zone = calendarOf(anchor, local);
-    const Instant instant = calendarOf(date, local).instantAt(date.date(), date.time());
+    const TimeZone zone = anchor.timeZone.value_or(local);
+    const Instant instant = date.timeZone.value_or(local).instantAt(date.date(), date.time());
     return {zone.dayOf(instant), zone.timeOf(instant)};
 }
 

@@ -2,7 +2,8 @@
 
 #include "eventkit/icalendar/Document.h"
 #include "eventkit/recurrence/RecurrenceRule.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/DateComponents.h"
+#include "foundation/TimeZone.h"
 
 #include <optional>
 
@@ -22,16 +23,14 @@ namespace kestrant::icalendar {
                                                      const Document& document);
 /// Reads a date as an instant; floating times and whole days are taken in `local`.
 [[nodiscard]] std::optional<Instant> readInstant(const std::optional<Property>& property,
-                                                 const Document& document, const ZoneCalendar& local);
+                                                 const Document& document, const TimeZone& local);
 
-/// The calendar in which a date is meant: that of its own zone, or the person's where it has none.
-[[nodiscard]] ZoneCalendar calendarOf(const DateComponents& date, const ZoneCalendar& local);
 /// A day is its midnight.
 [[nodiscard]] LocalTime localTimeOf(const DateComponents& date);
 /// A date of a series as the clock of the series' own date `anchor` shows it. A day stands for the series'
 /// date on that day, and so does a time where the series has days.
 [[nodiscard]] LocalTime localTimeIn(const DateComponents& anchor, const DateComponents& date,
-                                    const ZoneCalendar& local);
+                                    const TimeZone& local);
 
 /// Sets value and parameters for this date; other parameters stay, and so does the name of a zone that did
 /// not change (or that nobody knows).

@@ -3,7 +3,8 @@
 #include "eventkit/icalendar/Document.h"
 #include "eventkit/icalendar/ItemReading.h"
 #include "eventkit/model/EKEvent.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/DateComponents.h"
+#include "foundation/TimeZone.h"
 
 #include <optional>
 #include <vector>
@@ -29,12 +30,12 @@ struct EventLength {
 
 /// What the times say, made sense of: never negative. Without an end it is a day for whole days, else
 /// nothing; and so it is where the end does not come after the start.
-[[nodiscard]] EventLength lengthOf(const EventTimes& times, const ZoneCalendar& local);
-/// Start and end on the person's calendar. Whole days begin and end where its days do.
-[[nodiscard]] DateInterval intervalOf(const EventTimes& times, const ZoneCalendar& local);
+[[nodiscard]] EventLength lengthOf(const EventTimes& times, const TimeZone& local);
+/// Start and end in the person's time zone. Whole days begin and end where its days do.
+[[nodiscard]] DateInterval intervalOf(const EventTimes& times, const TimeZone& local);
 /// The same for an occurrence that starts at `start` by the clock of `times.start`.
 [[nodiscard]] DateInterval intervalOf(const EventTimes& times, const LocalTime& start,
-                                      const EventLength& length, const ZoneCalendar& local);
+                                      const EventLength& length, const TimeZone& local);
 
 /// One VEVENT.
 struct EventComponent {
@@ -69,17 +70,17 @@ struct EventItem : ItemComponents {
 };
 
 /// Reads the events of a file. What a value does not say properly is absent; a component that does not say
-/// when it takes place is passed over. `local` is the person's calendar.
-[[nodiscard]] std::vector<EventItem> readEvents(const Document& document, const ZoneCalendar& local);
+/// when it takes place is passed over. `local` is the person's time zone.
+[[nodiscard]] std::vector<EventItem> readEvents(const Document& document, const TimeZone& local);
 
 /// Writes into a VEVENT that says `times` (absent: nothing yet) what leads from `before` to `after`; nothing
 /// else but the marks of a revision. An end is written as it was, be it as a duration or in a zone of its
 /// own. `document` is the file that holds it, `now` the time of the change.
 void writeEvent(Component& event, const std::optional<EventTimes>& times, const EKEventData& before,
-                const EKEventData& after, const Document& document, const ZoneCalendar& local, Instant now);
+                const EKEventData& after, const Document& document, const TimeZone& local, Instant now);
 
 /// A new file for a new event.
-[[nodiscard]] Document makeEvent(const QByteArray& uid, const EKEventData& data, const ZoneCalendar& local,
+[[nodiscard]] Document makeEvent(const QByteArray& uid, const EKEventData& data, const TimeZone& local,
                                  Instant now);
 
 /// A VEVENT for one date of a series, to be changed by itself: the series' own without its repetition, or

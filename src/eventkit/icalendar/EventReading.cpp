@@ -7,7 +7,7 @@ namespace kestrant::icalendar {
 namespace {
 
 std::optional<EventComponent> readEvent(ComponentView event, const Document& document,
-                                        const ZoneCalendar& local) {
+                                        const TimeZone& local) {
     EventComponent result;
     result.recurrenceId = readDateProperty(event, "RECURRENCE-ID", document);
     auto start = readDateProperty(event, "DTSTART", document);
@@ -57,7 +57,7 @@ std::optional<EventTimes> readExtraDate(const QByteArray& value, const Property&
 
 }  // namespace
 
-EventLength lengthOf(const EventTimes& times, const ZoneCalendar& local) {
+EventLength lengthOf(const EventTimes& times, const TimeZone& local) {
     const DateComponents& start = times.start;
     if (!start.includesTime()) {
         qint64 days = 1;
@@ -69,11 +69,12 @@ EventLength lengthOf(const EventTimes& times, const ZoneCalendar& local) {
         return {.days = static_cast<int>(std::max<qint64>(days, 1))};
     }
     if (times.end) {
-        const ZoneCalendar zone = calendarOf(start, local);
+        const TimeZone zone = start.timeZone.value_or(local);
         const Instant from = zone.instantAt(start.date(), start.time());
-        const Instant to = times.end->includesTime()
-                               ? calendarOf(*times.end, local).instantAt(times.end->date(), times.end->time())
-                               : zone.startOfDay(times.end->date());
+        const Instant to =
+            times.end->includesTime()
+                ? times.end->timeZone.value_or(local).instantAt(times.end->date(), times.end->time())
+                : zone.startOfDay(times.end->date());
         return {.exact = std::max(to - from, Duration::zero())};
     }
     if (times.duration && times.duration->days >= 0 && times.duration->seconds >= 0)
@@ -81,21 +82,21 @@ EventLength lengthOf(const EventTimes& times, const ZoneCalendar& local) {
     return {};
 }
 
-DateInterval intervalOf(const EventTimes& times, const ZoneCalendar& local) {
+DateInterval intervalOf(const EventTimes& times, const TimeZone& local) {
     return intervalOf(times, localTimeOf(times.start), lengthOf(times, local), local);
 }
 
 DateInterval intervalOf(const EventTimes& times, const LocalTime& start, const EventLength& length,
-                        const ZoneCalendar& local) {
+                        const TimeZone& local) {
     if (!times.start.includesTime())
         return {local.startOfDay(start.day), local.startOfDay(start.day.addDays(length.days))};
-    const ZoneCalendar zone = calendarOf(times.start, local);
+    const TimeZone zone = times.start.timeZone.value_or(local);
     const Instant from = zone.instantAt(start.day, start.time);
     const Instant to = length.days > 0 ? zone.instantAt(start.day.addDays(length.days), start.time) : from;
     return {from, to + length.exact};
 }
 
-std::vector<EventItem> readEvents(const Document& document, const ZoneCalendar& local) {
+std::vector<EventItem> readEvents(const Document& document, const TimeZone& local) {
     const auto views = document.components("VEVENT");
     std::vector<std::optional<EventComponent>> components;
     components.reserve(views.size());

@@ -55,11 +55,11 @@ bool isRepresentable(const LocalTime& time) {
 }  // namespace
 
 EventSeries::EventSeries(EventItem item, const QString& identifier, const QString& calendarIdentifier,
-                         const ZoneCalendar& local)
+                         const TimeZone& local)
     : item_(std::move(item))
     , local_(local)
     , length_(icalendar::lengthOf(item_.event.times, local))
-    , zone_(icalendar::calendarOf(item_.event.times.start, local)) {
+    , zone_(item_.event.times.start.timeZone.value_or(local)) {
     item_.event.data.calendarItemIdentifier = identifier;
     item_.event.data.eventIdentifier = identifier;
     item_.event.data.calendarIdentifier = calendarIdentifier;
@@ -99,7 +99,7 @@ void EventSeries::addSingle(const EventComponent& component, const LocalTime& ti
         data.occurrenceDate = instantOf(time);
     else if (component.recurrenceId)
         data.occurrenceDate =
-            icalendar::calendarOf(*component.recurrenceId, local_).instantFrom(*component.recurrenceId);
+            component.recurrenceId->timeZone.value_or(local_).instantFrom(*component.recurrenceId);
     const std::optional<std::size_t> source = change && component.isForLaterDates ? change : std::nullopt;
     singles_.push_back({std::make_shared<const EKEventData>(std::move(data)), time, change, source});
 }

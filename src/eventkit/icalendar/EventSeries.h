@@ -12,7 +12,7 @@
 
 namespace kestrant {
 
-/// One event with all its occurrences, as they fall in one person's calendar. Cancelled ones do not show. An
+/// One event with all its occurrences, as they fall in one person's time zone. Cancelled ones do not show. An
 /// event whose rules are not understood shows its start alone. Of several changes of one occurrence the one
 /// with the highest SEQUENCE holds, then the one with the latest DTSTAMP; a change with RANGE=THISANDFUTURE
 /// holds for all later dates up to the next such change, each moved by the same distance on the clock (RFC
@@ -38,7 +38,7 @@ class EventSeries {
     };
 
     EventSeries(icalendar::EventItem item, const QString& identifier, const QString& calendarIdentifier,
-                const ZoneCalendar& local);
+                const TimeZone& local);
 
     [[nodiscard]] const icalendar::EventItem& item() const { return item_; }
     [[nodiscard]] const QString& identifier() const { return item_.event.data.calendarItemIdentifier; }
@@ -117,9 +117,9 @@ class EventSeries {
 
     /// With the identifiers.
     icalendar::EventItem item_;
-    ZoneCalendar local_;
+    TimeZone local_;
     icalendar::EventLength length_;
-    ZoneCalendar zone_;
+    TimeZone zone_;
     /// Without COUNT: it is an end.
     std::vector<icalendar::RecurrenceRule> rules_;
     std::vector<icalendar::RecurrenceRule> exceptionRules_;

@@ -10,16 +10,15 @@ namespace {
 
 /// An instant in the form of another date: on the clock of the same zone, which is the person's own where it
 /// names none. One that comes twice on that clock, and is not the first, can only be said in UTC.
-DateComponents inFormOf(const DateComponents& form, Instant instant, const ZoneCalendar& local) {
+DateComponents inFormOf(const DateComponents& form, Instant instant, const TimeZone& local) {
     if (!form.includesTime())
         return DateComponents::fromDate(local.dayOf(instant));
-    const ZoneCalendar zone = calendarOf(form, local);
+    const TimeZone zone = form.timeZone.value_or(local);
     const QDate day = zone.dayOf(instant);
     const QTime time = zone.timeOf(instant);
     if (zone.instantAt(day, time) == instant)
         return DateComponents::fromDateTime(day, time, form.timeZone);
-    const ZoneCalendar utc{TimeZone()};
-    return DateComponents::fromDateTime(utc.dayOf(instant), utc.timeOf(instant), utc.zone());
+    return TimeZone().componentsOf(instant);
 }
 
 bool haveSameForm(const DateComponents& a, const DateComponents& b) {
@@ -27,7 +26,7 @@ bool haveSameForm(const DateComponents& a, const DateComponents& b) {
 }
 
 /// Whole days from the one on which it starts to the one on which it ends, which counts when it has begun.
-DateInterval wholeDays(const EKEventData& event, const ZoneCalendar& local) {
+DateInterval wholeDays(const EKEventData& event, const TimeZone& local) {
     const QDate first = local.dayOf(event.startDate);
     QDate end = local.dayOf(event.endDate);
     if (event.endDate > local.startOfDay(end) || end == first)
@@ -36,7 +35,7 @@ DateInterval wholeDays(const EKEventData& event, const ZoneCalendar& local) {
 }
 
 /// A duration that leads from the start to `end`.
-QByteArray durationTo(Instant end, const EventTimes& times, const ZoneCalendar& local) {
+QByteArray durationTo(Instant end, const EventTimes& times, const TimeZone& local) {
     const LocalTime start = localTimeOf(times.start);
     if (!times.start.includesTime())
         return durationText(start.day.daysTo(local.dayOf(end)) * 86'400);
@@ -51,7 +50,7 @@ QByteArray durationTo(Instant end, const EventTimes& times, const ZoneCalendar& 
 }
 
 void writeTimes(Editor& editor, const std::optional<EventTimes>& present, const EKEventData& after,
-                const ZoneCalendar& local) {
+                const TimeZone& local) {
     const DateInterval wanted =
         after.isAllDay ? wholeDays(after, local) : DateInterval{after.startDate, after.endDate};
     DateComponents form = DateComponents::fromDate(QDate(1970, 1, 1));
@@ -108,7 +107,7 @@ void removeRepetition(Editor& editor) {
 }  // namespace
 
 void writeEvent(Component& event, const std::optional<EventTimes>& times, const EKEventData& before,
-                const EKEventData& after, const Document& document, const ZoneCalendar& local, Instant now) {
+                const EKEventData& after, const Document& document, const TimeZone& local, Instant now) {
     Editor editor(event, document);
     writeProperties(editor, before, after);
     writeTimes(editor, times, after, local);
@@ -118,7 +117,7 @@ void writeEvent(Component& event, const std::optional<EventTimes>& times, const 
     writeRevision(editor, before, after, now);
 }
 
-Document makeEvent(const QByteArray& uid, const EKEventData& data, const ZoneCalendar& local, Instant now) {
+Document makeEvent(const QByteArray& uid, const EKEventData& data, const TimeZone& local, Instant now) {
     Document document = Document::make();
     Component event("VEVENT", document.lineEnd().toByteArray());
     Editor editor(event, document);

@@ -90,7 +90,7 @@ std::optional<DateComponents> readDateProperty(ComponentView item, QByteArrayVie
     return property ? readDate(*property, document) : std::nullopt;
 }
 
-std::vector<EKAlarm> readAlarms(ComponentView item, const Document& document, const ZoneCalendar& local) {
+std::vector<EKAlarm> readAlarms(ComponentView item, const Document& document, const TimeZone& local) {
     std::vector<EKAlarm> result;
     for (const ComponentView& alarm : item.components("VALARM"))
         result.push_back(readAlarm(alarm, document, local));

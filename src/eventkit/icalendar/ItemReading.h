@@ -40,7 +40,7 @@ itemsAmong(const std::vector<ComponentView>& components, const std::function<boo
 
 /// Reads the properties that reminders and events share, but for the alarms.
 template <typename Data>
-void readProperties(Data& data, ComponentView item, const Document& document, const ZoneCalendar& local) {
+void readProperties(Data& data, ComponentView item, const Document& document, const TimeZone& local) {
     data.title = readText(item, "SUMMARY").value_or(QString());
     data.notes = readText(item, "DESCRIPTION");
     data.location = readText(item, "LOCATION");
@@ -54,7 +54,7 @@ void readProperties(Data& data, ComponentView item, const Document& document, co
 }
 
 [[nodiscard]] std::vector<EKAlarm> readAlarms(ComponentView item, const Document& document,
-                                              const ZoneCalendar& local);
+                                              const TimeZone& local);
 
 /// Calls `visit(value, property)` for each value of a list of dates (RDATE, EXDATE), whatever lines it stands
 /// in.

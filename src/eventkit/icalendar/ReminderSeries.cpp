@@ -10,7 +10,6 @@
 namespace kestrant {
 namespace {
 
-using icalendar::calendarOf;
 using icalendar::DateKind;
 using icalendar::LocalTime;
 using icalendar::localTimeIn;
@@ -28,7 +27,7 @@ LocalTime plus(const LocalTime& time, qint64 seconds) {
     return {time.day.addDays(days), QTime(0, 0).addSecs(static_cast<int>(seconds - days * 86'400))};
 }
 
-Instant movedAlong(Instant instant, qint64 seconds, const ZoneCalendar& zone) {
+Instant movedAlong(Instant instant, qint64 seconds, const TimeZone& zone) {
     const LocalTime moved = plus({zone.dayOf(instant), zone.timeOf(instant)}, seconds);
     return zone.instantAt(moved.day, moved.time);
 }
@@ -42,7 +41,7 @@ constexpr qint64 stepsPerExclusion = 4;
 struct Anchor {
     LocalTime time;
     DateKind kind;
-    ZoneCalendar zone;
+    TimeZone zone;
     /// Times are of the person's zone, whichever that is.
     bool isFloating;
 
@@ -55,10 +54,10 @@ struct Anchor {
     }
 };
 
-Anchor anchorOf(const DateComponents& present, const SeriesDates& dates, const ZoneCalendar& local) {
+Anchor anchorOf(const DateComponents& present, const SeriesDates& dates, const TimeZone& local) {
     return {.time = dates.anchor.value_or(localTimeOf(present)),
             .kind = present.includesTime() ? DateKind::time : DateKind::day,
-            .zone = calendarOf(present, local),
+            .zone = present.timeZone.value_or(local),
             .isFloating = !present.timeZone};
 }
 
@@ -134,9 +133,9 @@ std::vector<EKRecurrenceRule> remainingRules(const std::vector<EKRecurrenceRule>
 
 /// The date of a series whose occurrence is due when today begins.
 LocalTime dateDueToday(const EKReminderData& data, const DateComponents& anchor, Instant now,
-                       const ZoneCalendar& local) {
+                       const TimeZone& local) {
     LocalTime today{local.dayOf(now), QTime(0, 0)};
-    if (const ZoneCalendar zone = calendarOf(anchor, local); anchor.includesTime() && !(zone == local)) {
+    if (const TimeZone zone = anchor.timeZone.value_or(local); anchor.includesTime() && !(zone == local)) {
         const Instant midnight = local.startOfDay(now);
         today = {zone.dayOf(midnight), zone.timeOf(midnight)};
     }
@@ -156,7 +155,7 @@ std::optional<DateComponents> seriesAnchor(const EKReminderData& data) {
 }
 
 DateComponents movedAlong(const DateComponents& date, const LocalTime& from, const LocalTime& to,
-                          const ZoneCalendar& seriesZone, const ZoneCalendar& local) {
+                          const TimeZone& seriesZone, const TimeZone& local) {
     if (!date.date().isValid())
         return date;
     if (!date.includesTime())
@@ -164,7 +163,7 @@ DateComponents movedAlong(const DateComponents& date, const LocalTime& from, con
     if (!date.time().isValid())
         return date;
     const qint64 seconds = secondsBetween(from, to);
-    const ZoneCalendar own = calendarOf(date, local);
+    const TimeZone own = date.timeZone.value_or(local);
     LocalTime moved = plus(localTimeOf(date), seconds);
     if (!(own == seriesZone)) {
         const Instant instant = movedAlong(own.instantAt(date.date(), date.time()), seconds, seriesZone);
@@ -175,7 +174,7 @@ DateComponents movedAlong(const DateComponents& date, const LocalTime& from, con
 
 std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const SeriesDates& dates,
                                          const LocalTime& from, SearchFrom searchFrom,
-                                         const ZoneCalendar& local) {
+                                         const TimeZone& local) {
     const auto present = seriesAnchor(data);
     if (!present)
         return std::nullopt;
@@ -240,7 +239,7 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
 }
 
 CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDates& dates, Instant now,
-                                       const ZoneCalendar& local) {
+                                       const TimeZone& local) {
     const auto present = seriesAnchor(completed);
     const bool understood = std::any_of(
         completed.recurrenceRules.begin(), completed.recurrenceRules.end(),
@@ -255,7 +254,7 @@ CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDat
     if (!next)
         return {std::move(completed), std::nullopt};
 
-    const ZoneCalendar zone = calendarOf(*present, local);
+    const TimeZone zone = present->timeZone.value_or(local);
     // Rules of exceptions count from where the series begins.
     CompletedOccurrence result{.series = completed,
                                .copy = completed,

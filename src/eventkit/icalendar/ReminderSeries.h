@@ -31,8 +31,8 @@ struct SeriesDates {
 /// A date that moves along when the series' own date goes from `from` to `to`: whole days by days, times by
 /// the same local time of the series' zone.
 [[nodiscard]] DateComponents movedAlong(const DateComponents& date, const icalendar::LocalTime& from,
-                                        const icalendar::LocalTime& to, const ZoneCalendar& seriesZone,
-                                        const ZoneCalendar& local);
+                                        const icalendar::LocalTime& to, const TimeZone& seriesZone,
+                                        const TimeZone& local);
 
 struct SeriesDate {
     icalendar::LocalTime time;
@@ -47,7 +47,7 @@ struct SeriesDate {
 enum class SearchFrom { included, excluded };
 [[nodiscard]] std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const SeriesDates& dates,
                                                        const icalendar::LocalTime& from,
-                                                       SearchFrom searchFrom, const ZoneCalendar& local);
+                                                       SearchFrom searchFrom, const TimeZone& local);
 
 struct CompletedOccurrence {
     /// The series at its next date; completed itself when it has none left.
@@ -62,8 +62,8 @@ struct CompletedOccurrence {
 /// Completes the present occurrence of a recurring reminder and, where it is overdue, every other that was
 /// due before the day of `now`: the series goes on to its first date after the present one that is not due
 /// before that day. Dates that are passed over count against a COUNT. `completed` has isCompleted and
-/// completionDate set already; `local` is the person's calendar.
+/// completionDate set already; `local` is the person's time zone.
 [[nodiscard]] CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDates& dates,
-                                                     Instant now, const ZoneCalendar& local);
+                                                     Instant now, const TimeZone& local);
 
 }  // namespace kestrant

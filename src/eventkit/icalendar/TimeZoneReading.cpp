@@ -149,7 +149,7 @@ class Onsets {
     /// Adds the dates of a rule after its start; none where it is not one by which clocks are set.
     bool follow(const Observance& each, int firstYear) {
         OccurrenceIterator dates(*each.rule, each.start, DateKind::time,
-                                 ZoneCalendar(TimeZone::defined({}, {.before = {.offset = each.before}})));
+                                 TimeZone::defined({}, {.before = {.offset = each.before}}));
         dates.limitSteps(stepsLeft_);
         dates.skipTo({QDate(firstYear, 1, 1), QTime(0, 0)});
         dates.endWith(each.start.day, QDate(end_ - 1, 12, 31));

@@ -8,7 +8,7 @@ namespace {
 
 /// Start and duration together say when something is due.
 std::optional<DateComponents> dueFromDuration(ComponentView todo, const std::optional<DateComponents>& start,
-                                              const ZoneCalendar& local) {
+                                              const TimeZone& local) {
     const auto property = todo.property("DURATION");
     const auto duration = property ? readDuration(property->value) : std::nullopt;
     if (!duration || !start)
@@ -16,7 +16,7 @@ std::optional<DateComponents> dueFromDuration(ComponentView todo, const std::opt
     const QDate day = start->date().addDays(duration->days);
     if (!start->includesTime())
         return DateComponents::fromDate(day.addDays(duration->seconds / 86'400));
-    const ZoneCalendar zone = calendarOf(*start, local);
+    const TimeZone zone = start->timeZone.value_or(local);
     const Instant due = zone.instantAt(day, start->time()) + std::chrono::seconds(duration->seconds);
     return DateComponents::fromDateTime(zone.dayOf(due), zone.timeOf(due), start->timeZone);
 }
@@ -26,7 +26,7 @@ struct Completion {
     std::optional<Instant> date;
 };
 
-Completion readCompletion(ComponentView todo, const Document& document, const ZoneCalendar& local) {
+Completion readCompletion(ComponentView todo, const Document& document, const TimeZone& local) {
     const auto status = todo.property("STATUS");
     const QByteArray statusValue = status ? status->value.trimmed().toUpper() : QByteArray();
     const auto percent = todo.property("PERCENT-COMPLETE");
@@ -38,7 +38,7 @@ Completion readCompletion(ComponentView todo, const Document& document, const Zo
 }
 
 void readListedDates(ComponentView todo, QByteArrayView name, const DateComponents& anchor,
-                     const Document& document, const ZoneCalendar& local, std::vector<LocalTime>& times,
+                     const Document& document, const TimeZone& local, std::vector<LocalTime>& times,
                      std::vector<QDate>& days) {
     forEachListed(todo, name, [&](const QByteArray& value, const Property& property) {
         // A period counts by its start.
@@ -53,7 +53,7 @@ void readListedDates(ComponentView todo, QByteArrayView name, const DateComponen
 /// Moves a series to its first date that is still open, or completes it.
 void showPresentDate(TodoItem& item, ComponentView todo, const DateComponents& anchor,
                      const std::optional<Instant>& lastCompletion, const Document& document,
-                     const ZoneCalendar& local) {
+                     const TimeZone& local) {
     const LocalTime start = localTimeOf(anchor);
     LocalTime from = start;
     if (const auto present = readDateProperty(todo, "X-KDE-LIBKCAL-DTRECURRENCE", document))
@@ -67,7 +67,7 @@ void showPresentDate(TodoItem& item, ComponentView todo, const DateComponents& a
     if (found->time == start)
         return;
     item.dates.anchor = start;
-    const ZoneCalendar zone = calendarOf(anchor, local);
+    const TimeZone zone = anchor.timeZone.value_or(local);
     for (auto* date : {&item.data.startDateComponents, &item.data.dueDateComponents}) {
         if (*date)
             *date = movedAlong(**date, start, found->time, zone, local);
@@ -75,7 +75,7 @@ void showPresentDate(TodoItem& item, ComponentView todo, const DateComponents& a
 }
 
 void readSeries(TodoItem& item, ComponentView todo, const std::vector<ComponentView>& overrides,
-                const Document& document, const ZoneCalendar& local) {
+                const Document& document, const TimeZone& local) {
     const auto anchor = seriesAnchor(item.data);
     if (!anchor)
         return;
@@ -102,7 +102,7 @@ void readSeries(TodoItem& item, ComponentView todo, const std::vector<ComponentV
 }
 
 TodoItem readTodo(ComponentView todo, const std::vector<ComponentView>& overrides, const Document& document,
-                  const ZoneCalendar& local) {
+                  const TimeZone& local) {
     TodoItem item;
     EKReminderData& data = item.data;
     readProperties(data, todo, document, local);
@@ -127,7 +127,7 @@ TodoItem readTodo(ComponentView todo, const std::vector<ComponentView>& override
 
 }  // namespace
 
-std::vector<TodoItem> readTodos(const Document& document, const ZoneCalendar& local) {
+std::vector<TodoItem> readTodos(const Document& document, const TimeZone& local) {
     const auto todos = document.components("VTODO");
     std::vector<TodoItem> items;
     for (ItemComponents& parts : itemsAmong(todos, [](qsizetype) { return true; })) {

@@ -54,7 +54,7 @@ void writePresentDate(Component& todo, const TodoItem& item, const EKReminderDat
 
 /// Takes the extra dates out that a series has passed.
 void removePassedDates(Component& todo, const EKReminderData& after, const Document& document,
-                       const ZoneCalendar& local) {
+                       const TimeZone& local) {
     const auto present = seriesAnchor(after);
     const auto now = present ? local.instantFrom(*present) : std::nullopt;
     if (!now)
@@ -81,7 +81,7 @@ void removePassedDates(Component& todo, const EKReminderData& after, const Docum
 }  // namespace
 
 void writeTodo(Component& todo, const TodoItem& item, const EKReminderData& after, const Document& document,
-               const ZoneCalendar& local, Instant now) {
+               const TimeZone& local, Instant now) {
     Editor editor(todo, document);
     const EKReminderData& before = item.data;
     writeProperties(editor, before, after);
@@ -109,7 +109,7 @@ void writeTodo(Component& todo, const TodoItem& item, const EKReminderData& afte
 }
 
 void writeAdvancedTodo(Component& todo, const TodoItem& item, const CompletedOccurrence& step,
-                       const Document& document, const ZoneCalendar& local, Instant now) {
+                       const Document& document, const TimeZone& local, Instant now) {
     EKReminderData after = step.series;
     if (step.keepsAnchor) {
         after.startDateComponents = item.data.startDateComponents;
@@ -122,7 +122,7 @@ void writeAdvancedTodo(Component& todo, const TodoItem& item, const CompletedOcc
         removePassedDates(todo, after, document, local);
 }
 
-Document makeTodo(const QByteArray& uid, const EKReminderData& data, const ZoneCalendar& local, Instant now) {
+Document makeTodo(const QByteArray& uid, const EKReminderData& data, const TimeZone& local, Instant now) {
     Document document = Document::make();
     Component todo("VTODO", document.lineEnd().toByteArray());
     Editor editor(todo, document);
@@ -138,7 +138,7 @@ Document makeTodo(const QByteArray& uid, const EKReminderData& data, const ZoneC
 }
 
 Document makeCompletedCopy(const QByteArray& uid, const Document& series, const TodoItem& item,
-                           const EKReminderData& copy, const ZoneCalendar& local, Instant now) {
+                           const EKReminderData& copy, const TimeZone& local, Instant now) {
     Document document = series;
     Component todo(series.components("VTODO")[static_cast<std::size_t>(item.index)].lines());
     removeItems(document, [](QByteArrayView, qsizetype) { return true; });

@@ -22,7 +22,7 @@ bool isOneOccurrence(const EventItem& item) {
 }  // namespace
 
 CompactEvent::CompactEvent(EventItem item, const QString& identifier, const QString& calendarIdentifier,
-                           const ZoneCalendar& local) {
+                           const TimeZone& local) {
     if (!isOneOccurrence(item)) {
         series_ = std::make_shared<const EventSeries>(std::move(item), identifier, calendarIdentifier, local);
         return;
@@ -45,7 +45,7 @@ const QString& CompactEvent::calendarIdentifier() const {
     return only_ ? only_->calendarIdentifier : series_->calendarIdentifier();
 }
 
-CompactEvent CompactEvent::called(const QString& identifier, const ZoneCalendar& local) const {
+CompactEvent CompactEvent::called(const QString& identifier, const TimeZone& local) const {
     if (series_)
         return {series_->item(), identifier, series_->calendarIdentifier(), local};
     EKEventData data = *only_;
@@ -56,7 +56,7 @@ CompactEvent CompactEvent::called(const QString& identifier, const ZoneCalendar&
     return result;
 }
 
-CompactEvent CompactEvent::placedIn(const ZoneCalendar& after, const ZoneCalendar& before) const {
+CompactEvent CompactEvent::placedIn(const TimeZone& after, const TimeZone& before) const {
     if (series_)
         return {series_->item(), series_->identifier(), series_->calendarIdentifier(), after};
     if (!only_->isAllDay)

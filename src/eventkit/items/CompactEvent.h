@@ -14,14 +14,14 @@ class CompactEvent {
   public:
     CompactEvent() = default;
     CompactEvent(icalendar::EventItem item, const QString& identifier, const QString& calendarIdentifier,
-                 const ZoneCalendar& local);
+                 const TimeZone& local);
 
     [[nodiscard]] const QString& identifier() const;
     [[nodiscard]] const QString& calendarIdentifier() const;
     /// The same event under another identifier.
-    [[nodiscard]] CompactEvent called(const QString& identifier, const ZoneCalendar& local) const;
+    [[nodiscard]] CompactEvent called(const QString& identifier, const TimeZone& local) const;
     /// The same event as it falls for somebody who was in `before` and is in `after`.
-    [[nodiscard]] CompactEvent placedIn(const ZoneCalendar& after, const ZoneCalendar& before) const;
+    [[nodiscard]] CompactEvent placedIn(const TimeZone& after, const TimeZone& before) const;
     /// Whether both show the same.
     [[nodiscard]] bool isSame(const CompactEvent& other) const;
 

@@ -49,7 +49,7 @@ struct ItemDatabase::OpenEvent : OpenFile {
 namespace {
 
 void defineZones(Document& document, const Document& before, const EKEventData& event,
-                 const ZoneCalendar& local) {
+                 const TimeZone& local) {
     icalendar::addMissingTimeZones(document, before, firstZoneYear(local.dayOf(event.startDate).year()),
                                    {event.timeZone});
 }
@@ -57,7 +57,7 @@ void defineZones(Document& document, const Document& before, const EKEventData& 
 }  // namespace
 
 tl::expected<ItemDatabase::OpenEvent, EKError> ItemDatabase::openEvent(const EKEventData& base,
-                                                                       const ZoneCalendar& local) {
+                                                                       const TimeZone& local) {
     const QString& identifier = base.calendarItemIdentifier;
     auto opened = openWith<EventItem>(identifier, local);
     if (!opened)
@@ -72,7 +72,7 @@ tl::expected<ItemDatabase::OpenEvent, EKError> ItemDatabase::openEvent(const EKE
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::saveEvent(const std::shared_ptr<const EKEventData>& base,
                                                             EKEventData edited, Instant now,
-                                                            const ZoneCalendar& local) {
+                                                            const TimeZone& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
     if (!base)
@@ -82,7 +82,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveEvent(const std::shared_pt
 }
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::saveNewEvent(EKEventData edited, Instant now,
-                                                               const ZoneCalendar& local) {
+                                                               const TimeZone& local) {
     if (auto error = invalidReason(std::nullopt, edited))
         return tl::unexpected(std::move(*error));
     if (edited.calendarIdentifier.isEmpty()) {
@@ -110,7 +110,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveNewEvent(EKEventData edite
 
 tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventData& base,
                                                                   const EKEventData& edited, Instant now,
-                                                                  const ZoneCalendar& local) {
+                                                                  const TimeZone& local) {
     const auto opened = openEvent(base, local);
     if (!opened)
         return tl::unexpected(WriteError(opened.error()));
@@ -144,7 +144,7 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventD
 
 tl::expected<ItemDatabase::WrittenItem, WriteError>
 ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after, const QByteArray& target,
-                              Instant now, const ZoneCalendar& local) {
+                              Instant now, const TimeZone& local) {
     Document document = opened.document;
     Component component =
         opened.hasComponent()
@@ -169,7 +169,7 @@ ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
 }
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData& base, Instant now,
-                                                              const ZoneCalendar& local) {
+                                                              const TimeZone& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
     const auto attempt = [&]() -> tl::expected<EKSaveResult, WriteError> {

@@ -12,7 +12,7 @@
 
 namespace kestrant::items {
 
-std::optional<EKError> ItemDatabase::open(const ZoneCalendar& local) {
+std::optional<EKError> ItemDatabase::open(const TimeZone& local) {
     if (auto error = storage_.open())
         return error;
     refresh({.everything = true}, local);
@@ -22,7 +22,7 @@ std::optional<EKError> ItemDatabase::open(const ZoneCalendar& local) {
     return std::nullopt;
 }
 
-bool ItemDatabase::refresh(const Changes& changes, const ZoneCalendar& local) {
+bool ItemDatabase::refresh(const Changes& changes, const TimeZone& local) {
     const bool isTargeted = noteFiles(changes);
     const auto notice = library_.notice;
     const bool changed = storage_.update(library_, changes, local);
@@ -60,14 +60,14 @@ void ItemDatabase::noteBefore(const Place& place) {
     changedFiles_->try_emplace(place, file == collection->second.files.end() ? ItemFile() : file->second);
 }
 
-bool ItemDatabase::adopt(const ZoneCalendar& local) {
+bool ItemDatabase::adopt(const TimeZone& local) {
     const bool isElsewhere = placeEvents(local);
     if (isElsewhere)
         rebuildSnapshot();
     return isElsewhere;
 }
 
-bool ItemDatabase::placeEvents(const ZoneCalendar& local) {
+bool ItemDatabase::placeEvents(const TimeZone& local) {
     const auto before = std::exchange(local_, local);
     if (!before || *before == local)
         return false;
@@ -81,7 +81,7 @@ bool ItemDatabase::placeEvents(const ZoneCalendar& local) {
     return true;
 }
 
-EKReminders ItemDatabase::reminders(const EKPredicate& predicate, const ZoneCalendar& local) {
+EKReminders ItemDatabase::reminders(const EKPredicate& predicate, const TimeZone& local) {
     if (!parted_.of.isSharedWith(snapshot_->reminders)) {
         parted_ = {.of = snapshot_->reminders, .open = {}, .completed = {}};
         for (const Entry& entry : std::as_const(parted_.of))
@@ -120,7 +120,7 @@ EKEvents ItemDatabase::events(const EKEventPredicate& predicate, Instant now) {
 }
 
 tl::expected<EKCalendar, EKError> ItemDatabase::saveCalendar(const EKCalendar& calendar,
-                                                             const ZoneCalendar& local) {
+                                                             const TimeZone& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
     EKCalendar wanted = calendar;

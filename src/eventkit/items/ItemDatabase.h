@@ -31,16 +31,16 @@ class ItemDatabase {
     explicit ItemDatabase(ItemStorage& storage) : storage_(storage) {}
 
     /// Opens the storage and reads everything.
-    [[nodiscard]] std::optional<EKError> open(const ZoneCalendar& local);
+    [[nodiscard]] std::optional<EKError> open(const TimeZone& local);
     [[nodiscard]] bool isOpen() const { return isOpen_; }
 
     /// Reads what changed; true when anything came out differently.
-    bool refresh(const Changes& changes, const ZoneCalendar& local);
+    bool refresh(const Changes& changes, const TimeZone& local);
     /// Places the events in another calendar of the person; true when it is
     /// another one.
-    bool adopt(const ZoneCalendar& local);
+    bool adopt(const TimeZone& local);
 
-    [[nodiscard]] EKReminders reminders(const EKPredicate& predicate, const ZoneCalendar& local);
+    [[nodiscard]] EKReminders reminders(const EKPredicate& predicate, const TimeZone& local);
 
     /// The occurrences that match; what is farthest from `now` is left out where there are too many. A file
     /// whose series is too costly is named among the snapshot's problems from then on, until it changes.
@@ -52,25 +52,25 @@ class ItemDatabase {
     /// `base` is null for a new reminder; `now` the time of the change.
     [[nodiscard]] tl::expected<EKSaveResult, EKError> save(const std::shared_ptr<const EKReminderData>& base,
                                                            const EKReminderData& edited, Instant now,
-                                                           const ZoneCalendar& local);
+                                                           const TimeZone& local);
     /// The same for several reminders, each by itself; the results are in their
     /// order.
     [[nodiscard]] std::vector<tl::expected<EKSaveResult, EKError>>
-    saveAll(const std::vector<ReminderEdit>& edits, Instant now, const ZoneCalendar& local);
+    saveAll(const std::vector<ReminderEdit>& edits, Instant now, const TimeZone& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> remove(const QString& identifier,
-                                                             const ZoneCalendar& local);
+                                                             const TimeZone& local);
     /// Takes a change back; `identifier` is what the reminder or event is called now.
     [[nodiscard]] tl::expected<EKSaveResult, EKError>
-    revert(const ChangeRecord& change, const QString& identifier, Instant now, const ZoneCalendar& local);
+    revert(const ChangeRecord& change, const QString& identifier, Instant now, const TimeZone& local);
     [[nodiscard]] tl::expected<EKCalendar, EKError> saveCalendar(const EKCalendar& calendar,
-                                                                 const ZoneCalendar& local);
+                                                                 const TimeZone& local);
 
     /// The same for one occurrence of an event.
     [[nodiscard]] tl::expected<EKSaveResult, EKError>
     saveEvent(const std::shared_ptr<const EKEventData>& base, EKEventData edited, Instant now,
-              const ZoneCalendar& local);
+              const TimeZone& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> removeEvent(const EKEventData& base, Instant now,
-                                                                  const ZoneCalendar& local);
+                                                                  const TimeZone& local);
 
   private:
     struct OpenFile;
@@ -100,7 +100,7 @@ class ItemDatabase {
     /// The same for all of the files, if nothing else is going to change; whether that is so.
     [[nodiscard]] bool noteFiles(const Changes& changes);
     [[nodiscard]] bool canBeReadStill(const Changes& changes) const;
-    bool placeEvents(const ZoneCalendar& local);
+    bool placeEvents(const TimeZone& local);
     /// Whether none had to be renamed for the sake of another one.
     static bool addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items);
     bool addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const;
@@ -124,14 +124,12 @@ class ItemDatabase {
     opened(const Place& place, tl::expected<std::optional<StoredText>, EKError> stored);
     template <typename Item>
     [[nodiscard]] static std::optional<std::pair<OpenFile, Item>>
-    findIn(std::optional<OpenFile> file, const QString& identifier, const ZoneCalendar& local);
+    findIn(std::optional<OpenFile> file, const QString& identifier, const TimeZone& local);
     template <typename Item>
     [[nodiscard]] tl::expected<std::pair<OpenFile, Item>, EKError> openWith(const QString& identifier,
-                                                                            const ZoneCalendar& local);
-    [[nodiscard]] tl::expected<OpenItem, EKError> openItem(const QString& identifier,
-                                                           const ZoneCalendar& local);
-    [[nodiscard]] tl::expected<OpenEvent, EKError> openEvent(const EKEventData& base,
-                                                             const ZoneCalendar& local);
+                                                                            const TimeZone& local);
+    [[nodiscard]] tl::expected<OpenItem, EKError> openItem(const QString& identifier, const TimeZone& local);
+    [[nodiscard]] tl::expected<OpenEvent, EKError> openEvent(const EKEventData& base, const TimeZone& local);
     [[nodiscard]] std::optional<EKError> writeRefusal(const Place& place) const;
     [[nodiscard]] tl::expected<QByteArray, EKError> writableCollection(const QString& identifier) const;
 
@@ -142,7 +140,7 @@ class ItemDatabase {
     persist(const QString& title, const std::vector<QString>& collections,
             const std::function<tl::expected<Result, WriteError>()>& attempt);
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>
-    trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const ZoneCalendar& local);
+    trySave(const EKReminderData& base, const EKReminderData& edited, Instant now, const TimeZone& local);
     /// The values to save where the item at a place is edited; absent where nothing is.
     template <typename Data>
     [[nodiscard]] tl::expected<std::optional<Wanted<Data>>, EKError>
@@ -150,74 +148,74 @@ class ItemDatabase {
     /// To be asked once the snapshot shows what was written.
     [[nodiscard]] EKSaveResult saved(const OpenItem& opened, const WrittenRevision& written) const;
     [[nodiscard]] static Revision revised(const OpenItem& opened, EKReminderData wanted, Instant now,
-                                          const ZoneCalendar& local);
+                                          const TimeZone& local);
     [[nodiscard]] tl::expected<WrittenRevision, WriteError> writeRevision(const OpenItem& opened,
                                                                           const QByteArray& target,
                                                                           const Revision& revision,
-                                                                          const ZoneCalendar& local);
+                                                                          const TimeZone& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> saveNew(const EKReminderData& edited, Instant now,
-                                                              const ZoneCalendar& local);
+                                                              const TimeZone& local);
     /// The result is the text that is then kept.
     [[nodiscard]] tl::expected<QByteArray, WriteError>
-    replaceFile(const OpenFile& file, const icalendar::Document& document, const ZoneCalendar& local);
+    replaceFile(const OpenFile& file, const icalendar::Document& document, const TimeZone& local);
     [[nodiscard]] std::optional<WriteError> removeFile(const Place& place, const Version& expected);
     /// Takes an item, whose components have this name, out of its file.
     [[nodiscard]] std::optional<WriteError> removeFromFile(const OpenFile& file, QByteArrayView name,
                                                            const icalendar::ItemComponents& item,
-                                                           const ZoneCalendar& local);
+                                                           const TimeZone& local);
     /// Creates a file in another collection for what `leave` then takes out of
     /// the file it was in; it does not stay when that fails.
     [[nodiscard]] tl::expected<WrittenItem, WriteError>
     move(const OpenFile& from, SecondStep step, const QByteArray& target, const QByteArray& uid,
          const icalendar::Document& document, const std::function<std::optional<WriteError>()>& leave,
-         const ZoneCalendar& local);
+         const TimeZone& local);
     [[nodiscard]] tl::expected<EKSaveResult, WriteError>
-    tryEventSave(const EKEventData& base, const EKEventData& edited, Instant now, const ZoneCalendar& local);
+    tryEventSave(const EKEventData& base, const EKEventData& edited, Instant now, const TimeZone& local);
     [[nodiscard]] tl::expected<WrittenItem, WriteError> writeOccurrence(const OpenEvent& opened,
                                                                         const EKEventData& after,
                                                                         const QByteArray& target, Instant now,
-                                                                        const ZoneCalendar& local);
+                                                                        const TimeZone& local);
     [[nodiscard]] tl::expected<EKSaveResult, EKError> saveNewEvent(EKEventData edited, Instant now,
-                                                                   const ZoneCalendar& local);
+                                                                   const TimeZone& local);
     [[nodiscard]] tl::expected<Created, EKError>
     createFile(const QByteArray& collection, const QByteArray& uid, const QByteArray& preferredName,
-               const icalendar::Document& document, const ZoneCalendar& local);
+               const icalendar::Document& document, const TimeZone& local);
     /// Creates a file for an item and shows it.
     template <typename Item>
     [[nodiscard]] tl::expected<ItemChange, EKError>
     createItem(const QByteArray& collection, const QByteArray& key, const QByteArray& preferredName,
-               const icalendar::Document& document, const ZoneCalendar& local);
+               const icalendar::Document& document, const TimeZone& local);
     /// Writes `document`, in which the item is `inDocument`, in the place of the file that was opened, or
     /// puts the item into another collection.
     template <typename Item>
     [[nodiscard]] tl::expected<WrittenItem, WriteError>
     storeItem(const OpenFile& opened, const Item& item, icalendar::Document document, const Item& inDocument,
-              const QByteArray& target, const ZoneCalendar& local);
+              const QByteArray& target, const TimeZone& local);
     void takeBack(const Created& created);
     /// The change that was made in turn.
     template <typename Item>
     [[nodiscard]] tl::expected<ItemChange, EKError>
-    revertItem(const ItemChange& change, const QString& identifier, Instant now, const ZoneCalendar& local);
+    revertItem(const ItemChange& change, const QString& identifier, Instant now, const TimeZone& local);
     template <typename Item>
     [[nodiscard]] tl::expected<ItemChange, EKError> bringBack(const ItemChange& change,
-                                                              const ZoneCalendar& local);
+                                                              const TimeZone& local);
     template <typename Item>
     [[nodiscard]] tl::expected<ItemChange, WriteError>
     restore(const ItemChange& change, const QString& identifier, const OpenFile& opened, const Item& item,
-            Instant now, const ZoneCalendar& local);
+            Instant now, const TimeZone& local);
     template <typename Item>
     [[nodiscard]] tl::expected<ItemChange, WriteError>
     takeAway(const ItemChange& change, const QString& identifier, const OpenFile& opened, const Item& item,
-             const ZoneCalendar& local);
+             const TimeZone& local);
     /// The collection that holds an item once a change of it is taken back; `present` is where it is now.
     /// Fails where others have moved it, or where it may not be written.
     [[nodiscard]] tl::expected<QByteArray, WriteError>
     collectionBefore(const ItemChange& change, const Place& present, const QString& title) const;
-    void noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local);
+    void noteWritten(const Place& place, const StoredText& stored, const TimeZone& local);
 
     ItemStorage& storage_;
     bool isOpen_ = false;
-    std::optional<ZoneCalendar> local_;
+    std::optional<TimeZone> local_;
     Library library_;
     std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
     /// The reminders of a snapshot, open and completed ones apart, since most questions are about either.

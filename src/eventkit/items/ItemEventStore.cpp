@@ -15,12 +15,12 @@ constexpr Duration gatheringTime = 200ms;
 }  // namespace
 
 ItemEventStore::ItemEventStore(
-    Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
+    Scheduler& scheduler, const Clock& clock, const CurrentTimeZone& currentZone,
     const std::function<std::unique_ptr<ItemStorage>(StorageObserver observer)>& makeStorage,
     std::unique_ptr<WorkQueues> queues)
     : scheduler_(scheduler)
     , clock_(clock)
-    , calendar_(calendar)
+    , currentZone_(currentZone)
     , storage_(makeStorage(
           {.changed = [this](const Changes& changes) { onMain([this, changes] { itemsChanged(changes); }); },
            .waits =
@@ -78,7 +78,7 @@ void ItemEventStore::storageTells(std::optional<TextPair>& problem, const std::o
 }
 
 void ItemEventStore::readChanges() {
-    const auto read = [this, local = calendar_.calendar()](const QByteArray& queue, Changes changes) {
+    const auto read = [this, local = currentZone_.zone()](const QByteArray& queue, Changes changes) {
         queues_->run(queue, [this, changes = std::move(changes), local] {
             const bool changed = database_.refresh(changes, local);
             if (changed || database_.recheck())
@@ -96,14 +96,14 @@ void ItemEventStore::readChanges() {
 }
 
 void ItemEventStore::openNow() {
-    if (database_.open(calendar_.calendar()))
+    if (database_.open(currentZone_.zone()))
         return;
     snapshot_ = database_.snapshot();
     status_ = EKAuthorizationStatus::fullAccess;
 }
 
 void ItemEventStore::readNow(const Changes& changes) {
-    if (!database_.refresh(changes, calendar_.calendar()))
+    if (!database_.refresh(changes, currentZone_.zone()))
         return;
     snapshot_ = database_.snapshot();
     onMain([this] { observers_.notify(); });
@@ -127,7 +127,7 @@ void ItemEventStore::requestFullAccessToEvents(AccessCompletion completion) {
 }
 
 void ItemEventStore::requestAccess(AccessCompletion completion) {
-    queues_->run({}, [this, completion = std::move(completion), local = calendar_.calendar()]() mutable {
+    queues_->run({}, [this, completion = std::move(completion), local = currentZone_.zone()]() mutable {
         std::optional<EKError> error;
         if (!database_.isOpen())
             error = database_.open(local);
@@ -170,20 +170,20 @@ std::optional<EKCalendar> ItemEventStore::defaultCalendarForNewEvents() const {
 }
 
 void ItemEventStore::fetchReminders(const EKPredicate& matching, FetchCompletion completion) {
-    queues_->run(
-        {}, [this, matching, completion = std::move(completion), local = calendar_.calendar()]() mutable {
-            EKReminders result;
-            // The record of completions is made of all of them.
-            if (matching.kind == EKPredicate::Kind::completedReminders && storage_->isPartlyRead()) {
-                database_.refresh({.everything = true}, local);
-                publish(true);
-            }
-            if (database_.isOpen())
-                result = database_.reminders(matching, local);
-            onMain([completion = std::move(completion), result = std::move(result)]() mutable {
-                completion(std::move(result));
-            });
-        });
+    queues_->run({},
+                 [this, matching, completion = std::move(completion), local = currentZone_.zone()]() mutable {
+                     EKReminders result;
+                     // The record of completions is made of all of them.
+                     if (matching.kind == EKPredicate::Kind::completedReminders && storage_->isPartlyRead()) {
+                         database_.refresh({.everything = true}, local);
+                         publish(true);
+                     }
+                     if (database_.isOpen())
+                         result = database_.reminders(matching, local);
+                     onMain([completion = std::move(completion), result = std::move(result)]() mutable {
+                         completion(std::move(result));
+                     });
+                 });
 }
 
 EKReminderRef ItemEventStore::calendarItem(const QString& withIdentifier) {
@@ -200,7 +200,7 @@ std::shared_ptr<const EKReminderData> ItemEventStore::storedReminder(const QStri
 
 void ItemEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {
     queues_->run({}, [this, matching, completion = std::move(completion), now = clock_.now(),
-                      local = calendar_.calendar()]() mutable {
+                      local = currentZone_.zone()]() mutable {
         EKEvents result;
         if (database_.isOpen()) {
             if (database_.adopt(local))

@@ -18,7 +18,7 @@ class ItemEventStore : public EKEventStore {
   public:
     /// Nothing is read before access is requested. `makeStorage` is called at
     /// once; what it makes calls its observer at most until it is destroyed.
-    ItemEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar,
+    ItemEventStore(Scheduler& scheduler, const Clock& clock, const CurrentTimeZone& currentZone,
                    const std::function<std::unique_ptr<ItemStorage>(StorageObserver observer)>& makeStorage,
                    std::unique_ptr<WorkQueues> queues);
     ~ItemEventStore() override;
@@ -90,7 +90,7 @@ class ItemEventStore : public EKEventStore {
 
     Scheduler& scheduler_;
     const Clock& clock_;
-    const CurrentCalendar& calendar_;
+    const CurrentTimeZone& currentZone_;
     std::shared_ptr<ItemEventStore*> self_ = std::make_shared<ItemEventStore*>(this);
 
     EKAuthorizationStatus status_ = EKAuthorizationStatus::notDetermined;

@@ -94,7 +94,7 @@ QByteArray ItemEventStore::queueFor(const std::vector<Subject>& subjects, const 
 template <typename Change, typename Adopt, typename Completion>
 void ItemEventStore::execute(const QByteArray& queue, std::vector<Subject> subjects, Change change,
                              Adopt adopt, Completion completion) {
-    using Result = decltype(change(Instant(), calendar_.calendar()));
+    using Result = decltype(change(Instant(), currentZone_.zone()));
     const auto operation = std::make_shared<Operation>();
     operation->queue = queue;
     operation->subjects = std::move(subjects);
@@ -113,7 +113,7 @@ void ItemEventStore::execute(const QByteArray& queue, std::vector<Subject> subje
     }
     operations_.push_back(operation);
     queues_->run(queue, [this, operation, change = std::move(change), now = clock_.now(),
-                         local = calendar_.calendar(), adopt = std::move(adopt),
+                         local = currentZone_.zone(), adopt = std::move(adopt),
                          completion = std::move(completion)]() mutable {
         if (!operation->becomes(Operation::State::begun))
             return;
@@ -214,7 +214,7 @@ void ItemEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAl
     for (auto& [queue, group] : groups) {
         execute(
             queue, std::move(group.subjects),
-            [this, edits = std::move(group.edits)](Instant now, const ZoneCalendar& local) {
+            [this, edits = std::move(group.edits)](Instant now, const TimeZone& local) {
                 if (edits.size() > 1)
                     return database_.saveAll(edits, now, local);
                 return SaveAnswers{database_.save(edits.front().base, edits.front().edited, now, local)};
@@ -242,7 +242,7 @@ void ItemEventStore::remove(const EKReminderRef& reminder, SaveCompletion comple
     const QString list = stored ? stored->calendarIdentifier : reminder->data.calendarIdentifier;
     execute(
         queueFor(subjects, list, list), subjects,
-        [this, identifier = reminder->calendarItemIdentifier()](Instant, const ZoneCalendar& local) {
+        [this, identifier = reminder->calendarItemIdentifier()](Instant, const TimeZone& local) {
             return database_.remove(identifier, local);
         },
         [](const SaveAnswer&) {}, std::move(completion));
@@ -271,7 +271,7 @@ void ItemEventStore::revert(const std::shared_ptr<const EKItemChange>& change, c
     const auto& former = isEvent ? record->items.back().before : item.before;
     execute(
         queueFor(subjects, from, former ? listOf(former) : from), subjects,
-        [this, record, identifier](Instant now, const ZoneCalendar& local) {
+        [this, record, identifier](Instant now, const TimeZone& local) {
             return database_.revert(*record, identifier, now, local);
         },
         [](const SaveAnswer&) {}, std::move(completion));
@@ -284,7 +284,7 @@ void ItemEventStore::save(const EKEventRef& event, EKSpan, SaveCompletion comple
     execute(
         queueFor(subjects, stored ? stored->calendarIdentifier : QString(), data.calendarIdentifier),
         subjects,
-        [this, edited = data, base = stored](Instant now, const ZoneCalendar& local) {
+        [this, edited = data, base = stored](Instant now, const TimeZone& local) {
             return database_.saveEvent(base, edited, now, local);
         },
         [this, event](const SaveAnswer& result) {
@@ -305,7 +305,7 @@ void ItemEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion comp
     const std::vector<Subject> subjects{{data.calendarItemIdentifier, data.title}};
     execute(
         queueFor(subjects, data.calendarIdentifier, data.calendarIdentifier), subjects,
-        [this, base = event->stored()](Instant now, const ZoneCalendar& local) -> SaveAnswer {
+        [this, base = event->stored()](Instant now, const TimeZone& local) -> SaveAnswer {
             if (!base)
                 return tl::unexpected(itemNotFoundError());
             return database_.removeEvent(*base, now, local);
@@ -316,9 +316,7 @@ void ItemEventStore::remove(const EKEventRef& event, EKSpan, SaveCompletion comp
 void ItemEventStore::saveCalendar(const EKCalendar& calendar, CalendarCompletion completion) {
     execute(
         {}, {{{}, calendar.title}},
-        [this, calendar](Instant, const ZoneCalendar& local) {
-            return database_.saveCalendar(calendar, local);
-        },
+        [this, calendar](Instant, const TimeZone& local) { return database_.saveCalendar(calendar, local); },
         [](const auto&) {}, std::move(completion));
 }
 

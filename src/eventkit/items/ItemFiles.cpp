@@ -54,7 +54,7 @@ std::optional<EKError> ItemDatabase::writeRefusal(const Place& place) const {
     return storage_.writeRefusal(place);
 }
 
-void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, const ZoneCalendar& local) {
+void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, const TimeZone& local) {
     placeEvents(local);
     const auto collection = library_.collections.find(place.collection);
     // The item may have been removed meanwhile.
@@ -67,7 +67,7 @@ void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, con
 }
 
 tl::expected<QByteArray, WriteError> ItemDatabase::replaceFile(const OpenFile& file, const Document& document,
-                                                               const ZoneCalendar& local) {
+                                                               const TimeZone& local) {
     auto stored = storage_.replace(file.place, file.document, document, file.version);
     if (!stored)
         return tl::unexpected(std::move(stored.error()));
@@ -87,7 +87,7 @@ std::optional<WriteError> ItemDatabase::removeFile(const Place& place, const Ver
 
 tl::expected<ItemDatabase::Created, EKError>
 ItemDatabase::createFile(const QByteArray& collection, const QByteArray& uid, const QByteArray& preferredName,
-                         const Document& document, const ZoneCalendar& local) {
+                         const Document& document, const TimeZone& local) {
     auto created = storage_.create(collection, uid, preferredName, document);
     if (created)
         noteWritten(created->place, created->stored, local);
@@ -100,7 +100,7 @@ void ItemDatabase::takeBack(const Created& created) {
 
 std::optional<WriteError> ItemDatabase::removeFromFile(const OpenFile& file, QByteArrayView name,
                                                        const icalendar::ItemComponents& item,
-                                                       const ZoneCalendar& local) {
+                                                       const TimeZone& local) {
     if (file.isAlone)
         return removeFile(file.place, file.version);
     Document rest = file.document;
@@ -111,7 +111,7 @@ std::optional<WriteError> ItemDatabase::removeFromFile(const OpenFile& file, QBy
 tl::expected<ItemDatabase::WrittenItem, WriteError>
 ItemDatabase::move(const OpenFile& from, SecondStep step, const QByteArray& target, const QByteArray& uid,
                    const Document& document, const std::function<std::optional<WriteError>()>& leave,
-                   const ZoneCalendar& local) {
+                   const TimeZone& local) {
     const StorageHold steps = storage_.beginTwoSteps(from.place, from.document.text(), step);
     auto created = createFile(target, uid, step == SecondStep::removes ? from.place.file : QByteArray(),
                               document, local);

@@ -66,7 +66,7 @@ bool sameContent(const ItemFile& a, const ItemFile& b) {
                       [](const CompactEvent& x, const CompactEvent& y) { return x.isSame(y); });
 }
 
-ItemReader::ItemReader(const QByteArray& collection, const ZoneCalendar& local)
+ItemReader::ItemReader(const QByteArray& collection, const TimeZone& local)
     : calendar_(QFile::decodeName(collection))
     , local_(local) {}
 

@@ -2,7 +2,7 @@
 
 #include "eventkit/items/CompactEvent.h"
 #include "eventkit/model/EKTypes.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <QByteArray>
 
@@ -83,14 +83,14 @@ struct Place {
 /// Reads the files of one collection. What they have in common is kept once. Thread: any one at a time.
 class ItemReader {
   public:
-    ItemReader(const QByteArray& collection, const ZoneCalendar& local);
+    ItemReader(const QByteArray& collection, const TimeZone& local);
 
     /// The items of a file with this text.
     [[nodiscard]] ItemFile read(const QByteArray& text, const QByteArray& file) const;
 
   private:
     QString calendar_;
-    ZoneCalendar local_;
+    TimeZone local_;
 };
 
 /// A colour for a new collection: one that none of the others has, as long as there are any.

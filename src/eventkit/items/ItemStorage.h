@@ -63,8 +63,7 @@ class ItemStorage {
     virtual void close() {}
 
     /// Brings the library up to date. True when anything came out differently.
-    [[nodiscard]] virtual bool update(Library& library, const Changes& changes,
-                                      const ZoneCalendar& local) = 0;
+    [[nodiscard]] virtual bool update(Library& library, const Changes& changes, const TimeZone& local) = 0;
 
     /// Whether there may be items that the library does not know, because nobody has wanted them so far; an
     /// update of everything reads those, too.

@@ -152,7 +152,7 @@ ItemDatabase::persist(const QString& title, const std::vector<QString>& collecti
 /// Finds the item that goes by this identifier in its file.
 template <typename Item>
 std::optional<std::pair<ItemDatabase::OpenFile, Item>>
-ItemDatabase::findIn(std::optional<OpenFile> file, const QString& identifier, const ZoneCalendar& local) {
+ItemDatabase::findIn(std::optional<OpenFile> file, const QString& identifier, const TimeZone& local) {
     if (!file)
         return std::nullopt;
     QHash<QString, int> seen;
@@ -175,7 +175,7 @@ ItemDatabase::findIn(std::optional<OpenFile> file, const QString& identifier, co
 /// looked for once more.
 template <typename Item>
 tl::expected<std::pair<ItemDatabase::OpenFile, Item>, EKError>
-ItemDatabase::openWith(const QString& identifier, const ZoneCalendar& local) {
+ItemDatabase::openWith(const QString& identifier, const TimeZone& local) {
     constexpr auto entries = ItemKind<Item>::entries;
     for (int attempt = 0; attempt < 2; ++attempt) {
         const auto entry = ((*snapshot_).*entries).constFind(identifier);
@@ -213,7 +213,7 @@ ItemDatabase::wanted(const Place& place, const Data& base, const Data& edited, c
 template <typename Item>
 tl::expected<ItemChange, EKError>
 ItemDatabase::createItem(const QByteArray& collection, const QByteArray& key, const QByteArray& preferredName,
-                         const icalendar::Document& document, const ZoneCalendar& local) {
+                         const icalendar::Document& document, const TimeZone& local) {
     const auto created = createFile(collection, key, preferredName, document, local);
     if (!created)
         return tl::unexpected(created.error());
@@ -225,7 +225,7 @@ ItemDatabase::createItem(const QByteArray& collection, const QByteArray& key, co
 template <typename Item>
 tl::expected<ItemDatabase::WrittenItem, WriteError>
 ItemDatabase::storeItem(const OpenFile& opened, const Item& item, icalendar::Document document,
-                        const Item& inDocument, const QByteArray& target, const ZoneCalendar& local) {
+                        const Item& inDocument, const QByteArray& target, const TimeZone& local) {
     constexpr QByteArrayView component = ItemKind<Item>::component;
     if (target == opened.place.collection)
         return replaceFile(opened, document, local).map([&](QByteArray text) {

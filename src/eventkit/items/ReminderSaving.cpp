@@ -36,7 +36,7 @@ void defineZones(Document& document, const Document& before, const EKReminderDat
 }  // namespace
 
 tl::expected<ItemDatabase::OpenItem, EKError> ItemDatabase::openItem(const QString& identifier,
-                                                                     const ZoneCalendar& local) {
+                                                                     const TimeZone& local) {
     auto opened = openWith<TodoItem>(identifier, local);
     if (!opened)
         return tl::unexpected(opened.error());
@@ -45,7 +45,7 @@ tl::expected<ItemDatabase::OpenItem, EKError> ItemDatabase::openItem(const QStri
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::save(const std::shared_ptr<const EKReminderData>& base,
                                                        const EKReminderData& edited, Instant now,
-                                                       const ZoneCalendar& local) {
+                                                       const TimeZone& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
     if (!base)
@@ -55,7 +55,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::save(const std::shared_ptr<con
 }
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::saveNew(const EKReminderData& edited, Instant now,
-                                                          const ZoneCalendar& local) {
+                                                          const TimeZone& local) {
     const auto collection = writableCollection(edited.calendarIdentifier);
     if (!collection)
         return tl::unexpected(collection.error());
@@ -72,7 +72,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::saveNew(const EKReminderData& 
 
 tl::expected<EKSaveResult, WriteError> ItemDatabase::trySave(const EKReminderData& base,
                                                              const EKReminderData& edited, Instant now,
-                                                             const ZoneCalendar& local) {
+                                                             const TimeZone& local) {
     auto opened = openItem(base.calendarItemIdentifier, local);
     if (!opened)
         return tl::unexpected(WriteError(opened.error()));
@@ -108,7 +108,7 @@ EKSaveResult ItemDatabase::saved(const OpenItem& opened, const WrittenRevision& 
 }
 
 ItemDatabase::Revision ItemDatabase::revised(const OpenItem& opened, EKReminderData wanted, Instant now,
-                                             const ZoneCalendar& local) {
+                                             const TimeZone& local) {
     wanted = preparedForSave(opened.current, std::move(wanted), now, local);
     Revision result{.document = opened.document};
     Component todo(opened.document.components("VTODO")[static_cast<std::size_t>(opened.item.index)].lines());
@@ -129,9 +129,10 @@ ItemDatabase::Revision ItemDatabase::revised(const OpenItem& opened, EKReminderD
     return result;
 }
 
-tl::expected<ItemDatabase::WrittenRevision, WriteError>
-ItemDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, const Revision& revision,
-                            const ZoneCalendar& local) {
+tl::expected<ItemDatabase::WrittenRevision, WriteError> ItemDatabase::writeRevision(const OpenItem& opened,
+                                                                                    const QByteArray& target,
+                                                                                    const Revision& revision,
+                                                                                    const TimeZone& local) {
     WrittenRevision result;
     // The finished occurrence is stored before the series moves on, and does not
     // stay if that fails.
@@ -155,8 +156,7 @@ ItemDatabase::writeRevision(const OpenItem& opened, const QByteArray& target, co
     return result;
 }
 
-tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifier,
-                                                         const ZoneCalendar& local) {
+tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifier, const TimeZone& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
     const auto attempt = [&]() -> tl::expected<EKSaveResult, WriteError> {

@@ -34,7 +34,7 @@ struct KnownItem {
 
 /// The item in a state of its file; absent where that does not say it.
 template <typename Item>
-std::optional<KnownItem<Item>> knownItem(const ItemState& state, const ZoneCalendar& local) {
+std::optional<KnownItem<Item>> knownItem(const ItemState& state, const TimeZone& local) {
     auto document = icalendar::Document::parse(state.text);
     if (!document)
         return std::nullopt;
@@ -143,7 +143,7 @@ bool isAsItWas(const KnownItem<EventItem>& then, const Document& document, const
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::revert(const ChangeRecord& change,
                                                          const QString& identifier, Instant now,
-                                                         const ZoneCalendar& local) {
+                                                         const TimeZone& local) {
     if (!isOpen_)
         return tl::unexpected(accessDeniedError());
     const bool isEvent = change.type == EKEntityType::event;
@@ -176,7 +176,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::revert(const ChangeRecord& cha
 template <typename Item>
 tl::expected<ItemChange, EKError> ItemDatabase::revertItem(const ItemChange& change,
                                                            const QString& identifier, Instant now,
-                                                           const ZoneCalendar& local) {
+                                                           const TimeZone& local) {
     if (!change.after)
         return bringBack<Item>(change, local);
     const auto attempt = [&]() -> tl::expected<ItemChange, WriteError> {
@@ -201,8 +201,7 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertItem(const ItemChange& cha
 
 /// Adds an item again that a change removed.
 template <typename Item>
-tl::expected<ItemChange, EKError> ItemDatabase::bringBack(const ItemChange& change,
-                                                          const ZoneCalendar& local) {
+tl::expected<ItemChange, EKError> ItemDatabase::bringBack(const ItemChange& change, const TimeZone& local) {
     using Kind = ItemKind<Item>;
     const ItemState& before = *change.before;
     const auto collection = writableCollection(QFile::decodeName(before.collection));
@@ -219,7 +218,7 @@ tl::expected<ItemChange, EKError> ItemDatabase::bringBack(const ItemChange& chan
 template <typename Item>
 tl::expected<ItemChange, WriteError>
 ItemDatabase::restore(const ItemChange& change, const QString& identifier, const OpenFile& opened,
-                      const Item& item, Instant now, const ZoneCalendar& local) {
+                      const Item& item, Instant now, const TimeZone& local) {
     using Kind = ItemKind<Item>;
     const auto target = collectionBefore(change, opened.place, Kind::title(item));
     if (!target)
@@ -247,7 +246,7 @@ ItemDatabase::restore(const ItemChange& change, const QString& identifier, const
 template <typename Item>
 tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& change,
                                                             const QString& identifier, const OpenFile& opened,
-                                                            const Item& item, const ZoneCalendar& local) {
+                                                            const Item& item, const TimeZone& local) {
     const auto made = knownItem<Item>(*change.after, local);
     if (!made || opened.place.collection != change.after->collection ||
         !isAsItWas(*made, opened.document, item))

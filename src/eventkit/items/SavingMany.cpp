@@ -7,8 +7,8 @@
 namespace kestrant::items {
 /// Edits of one file each that stay in their file are written together. All others, and those whose file
 /// changed in between, are saved one by one.
-std::vector<tl::expected<EKSaveResult, EKError>>
-ItemDatabase::saveAll(const std::vector<ReminderEdit>& edits, Instant now, const ZoneCalendar& local) {
+std::vector<tl::expected<EKSaveResult, EKError>> ItemDatabase::saveAll(const std::vector<ReminderEdit>& edits,
+                                                                       Instant now, const TimeZone& local) {
     std::vector<std::size_t> candidates;
     std::vector<Place> places;
     std::set<Place> taken;

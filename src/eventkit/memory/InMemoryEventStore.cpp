@@ -42,13 +42,13 @@ class MainQueue final : public items::WorkQueues {
 }  // namespace
 
 InMemoryEventStore::InMemoryEventStore(Scheduler& scheduler, const Clock& clock,
-                                       const CurrentCalendar& calendar)
+                                       const CurrentTimeZone& currentZone)
     : ItemEventStore(
-          scheduler, clock, calendar,
+          scheduler, clock, currentZone,
           [](const items::StorageObserver&) { return std::make_unique<items::MemoryStorage>(); },
           std::make_unique<MainQueue>(scheduler))
     , clock_(clock)
-    , calendar_(calendar) {
+    , currentZone_(currentZone) {
     openNow();
 }
 
@@ -249,7 +249,7 @@ void InMemoryEventStore::drop(const Place& place) {
 QString InMemoryEventStore::putReminder(const EKReminderData& data) {
     QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
                                                                : data.calendarItemIdentifier;
-    const ZoneCalendar local = calendar_.calendar();
+    const TimeZone local = currentZone_.zone();
     const auto& reminders = snapshot()->reminders;
     const auto entry = reminders.constFind(identifier);
     if (entry == reminders.cend()) {
@@ -280,7 +280,7 @@ QString InMemoryEventStore::putEvent(const EKEventData& data) {
     const auto& events = snapshot()->events;
     const auto entry = events.constFind(identifier);
     put(entry == events.cend() ? std::nullopt : std::optional(placeOf(*entry)), data.calendarIdentifier,
-        identifier, icalendar::makeEvent(identifier.toUtf8(), data, calendar_.calendar(), clock_.now()));
+        identifier, icalendar::makeEvent(identifier.toUtf8(), data, currentZone_.zone(), clock_.now()));
     return identifier;
 }
 

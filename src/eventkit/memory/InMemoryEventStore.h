@@ -23,7 +23,7 @@ class InMemoryEventStore : public items::ItemEventStore {
     enum class Operation { requestAccess, save, remove, revert, saveCalendar };
 
     /// Full access is granted from the start.
-    InMemoryEventStore(Scheduler& scheduler, const Clock& clock, const CurrentCalendar& calendar);
+    InMemoryEventStore(Scheduler& scheduler, const Clock& clock, const CurrentTimeZone& currentZone);
     ~InMemoryEventStore() override;
 
     void requestFullAccessToReminders(AccessCompletion completion) override;
@@ -90,7 +90,7 @@ class InMemoryEventStore : public items::ItemEventStore {
     void drop(const items::Place& place);
 
     const Clock& clock_;
-    const CurrentCalendar& calendar_;
+    const CurrentTimeZone& currentZone_;
     std::map<Operation, EKError> failures_;
     std::vector<TextPair> problems_;
     bool isAnswering_ = true;

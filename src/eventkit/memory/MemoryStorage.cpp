@@ -22,7 +22,7 @@ bool MemoryStorage::readsOnlyFilesNamed(const Changes& changes) const {
            });
 }
 
-bool MemoryStorage::update(Library& library, const Changes& changes, const ZoneCalendar& local) {
+bool MemoryStorage::update(Library& library, const Changes& changes, const TimeZone& local) {
     library.defaultForEvents = defaultForEvents_;
     const bool areKnown = std::all_of(changes.files.begin(), changes.files.end(), [&](const auto& named) {
         return library.collections.contains(named.first);

@@ -13,7 +13,7 @@ namespace kestrant::items {
 class MemoryStorage final : public ItemStorage {
   public:
     [[nodiscard]] std::optional<EKError> open() override { return std::nullopt; }
-    [[nodiscard]] bool update(Library& library, const Changes& changes, const ZoneCalendar& local) override;
+    [[nodiscard]] bool update(Library& library, const Changes& changes, const TimeZone& local) override;
     [[nodiscard]] bool readsOnlyFilesNamed(const Changes& changes) const override;
     [[nodiscard]] std::optional<ScheduledCheck> recheck() const override { return std::nullopt; }
     [[nodiscard]] tl::expected<std::optional<StoredText>, EKError> read(const Place& place) override;

@@ -22,7 +22,7 @@ struct EKEventData {
     CompactOptional<QString> location;
     CompactOptional<QString> url;
     bool isAllDay = false;
-    /// All-day: the start of the first day in the person's calendar. Never after endDate.
+    /// All-day: the start of the first day in the person's time zone. Never after endDate.
     Instant startDate;
     /// Excluded. All-day: the start of the day after the last one.
     Instant endDate;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "foundation/CompactOptional.h"
+#include "foundation/DateComponents.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
 
 #include <QByteArray>
 #include <QString>

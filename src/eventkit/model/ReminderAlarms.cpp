@@ -10,7 +10,7 @@ const std::optional<DateComponents>& AlarmDates::followedBy(const EKAlarm& alarm
     return due ? due : start;
 }
 
-std::optional<Instant> ringInstant(const EKAlarm& alarm, const AlarmDates& dates, const ZoneCalendar& local) {
+std::optional<Instant> ringInstant(const EKAlarm& alarm, const AlarmDates& dates, const TimeZone& local) {
     if (alarm.structuredLocation)
         return std::nullopt;
     if (!alarm.relativeOffset)
@@ -27,7 +27,7 @@ std::optional<Instant> ringInstant(const EKAlarm& alarm, const AlarmDates& dates
     return *instant + (*alarm.relativeOffset - std::chrono::days(alarm.relativeDays));
 }
 
-void placeAlarms(EKReminderData& reminder, const ZoneCalendar& local) {
+void placeAlarms(EKReminderData& reminder, const TimeZone& local) {
     for (EKAlarm& alarm : reminder.alarms) {
         if (alarm.relativeOffset)
             alarm.absoluteDate = ringInstant(alarm, AlarmDates::of(reminder), local);

@@ -21,9 +21,9 @@ struct AlarmDates {
 /// When an alarm rings: at its own instant, or at its distance from the date that it follows (RFC 5545,
 /// 3.8.6.3). Absent for an alarm at a place, for one without any date, and for an offset from nothing.
 [[nodiscard]] std::optional<Instant> ringInstant(const EKAlarm& alarm, const AlarmDates& dates,
-                                                 const ZoneCalendar& local);
+                                                 const TimeZone& local);
 
 /// Sets the absolute dates of the alarms that follow the reminder's dates.
-void placeAlarms(EKReminderData& reminder, const ZoneCalendar& local);
+void placeAlarms(EKReminderData& reminder, const TimeZone& local);
 
 }  // namespace kestrant

@@ -19,7 +19,7 @@ bool namesADay(const DateComponents& components) {
 }
 
 /// The same day as a date of the kind of `due`, which has a time or has none.
-DateComponents inKindOf(const DateComponents& due, const DateComponents& start, const ZoneCalendar& local) {
+DateComponents inKindOf(const DateComponents& due, const DateComponents& start, const TimeZone& local) {
     if (start.includesTime() == due.includesTime())
         return start;
     if (due.includesTime())
@@ -63,7 +63,7 @@ std::optional<EKError> invalidReason(const std::optional<EKReminderData>& before
 }
 
 EKReminderData preparedForSave(const std::optional<EKReminderData>& before, EKReminderData edited,
-                               Instant now, const ZoneCalendar& local) {
+                               Instant now, const TimeZone& local) {
     now = wholeSeconds(now);
     if (!edited.isCompleted)
         edited.completionDate.reset();
@@ -93,8 +93,7 @@ EKReminderData preparedForSave(const std::optional<EKReminderData>& before, EKRe
 
 std::optional<DateComponents> startFitting(const std::optional<DateComponents>& start,
                                            const std::optional<DateComponents>& dueBefore,
-                                           const std::optional<DateComponents>& due,
-                                           const ZoneCalendar& local) {
+                                           const std::optional<DateComponents>& due, const TimeZone& local) {
     if (!start || !due || start == due)
         return start;
     if (start == dueBefore)
@@ -120,7 +119,7 @@ bool saysTheSame(EKReminderData a, EKReminderData b) {
     return a == b;
 }
 
-bool matches(const EKPredicate& predicate, const EKReminderData& data, const ZoneCalendar& local) {
+bool matches(const EKPredicate& predicate, const EKReminderData& data, const TimeZone& local) {
     const bool wantsCompleted = predicate.kind == EKPredicate::Kind::completedReminders;
     if (data.isCompleted != wantsCompleted)
         return false;

@@ -26,22 +26,21 @@ struct EKPredicate;
 /// `edited` with what a save sets by itself: the completion date, the creation date of a new reminder, the
 /// date of the change, instants in whole seconds, and a start that fits the due date.
 [[nodiscard]] EKReminderData preparedForSave(const std::optional<EKReminderData>& before,
-                                             EKReminderData edited, Instant now, const ZoneCalendar& local);
+                                             EKReminderData edited, Instant now, const TimeZone& local);
 
 /// The start that goes with another due date: what was the due date itself follows it; any other keeps its
 /// day and, where the new due date has one too, its time, unless it would come after the due date, which it
-/// then becomes. `local` is the person's calendar.
+/// then becomes. `local` is the person's time zone.
 [[nodiscard]] std::optional<DateComponents> startFitting(const std::optional<DateComponents>& start,
                                                          const std::optional<DateComponents>& dueBefore,
                                                          const std::optional<DateComponents>& due,
-                                                         const ZoneCalendar& local);
+                                                         const TimeZone& local);
 
 /// Whether two states of a reminder differ in nothing but what programs note by themselves: identifiers,
 /// flags, dates of changes, and that an alarm was dealt with or snoozed.
 [[nodiscard]] bool saysTheSame(EKReminderData a, EKReminderData b);
 
-/// Whether an item with these values is found by the predicate; `local` is the person's own calendar.
-[[nodiscard]] bool matches(const EKPredicate& predicate, const EKReminderData& data,
-                           const ZoneCalendar& local);
+/// Whether an item with these values is found by the predicate; `local` is the person's time zone.
+[[nodiscard]] bool matches(const EKPredicate& predicate, const EKReminderData& data, const TimeZone& local);
 
 }  // namespace kestrant

@@ -17,26 +17,19 @@ constexpr qint64 countingSteps = 100'000;
 /// Zones are not asked about later years, where each answer takes long.
 constexpr int lastYearOfClocks = 2099;
 
-LocalTime localTimeAt(Instant instant, const ZoneCalendar& zone) {
+LocalTime localTimeAt(Instant instant, const TimeZone& zone) {
     return {zone.dayOf(instant), zone.timeOf(instant)};
 }
 
 /// The last second of the day before.
-Instant eveOf(QDate day, const ZoneCalendar& zone) {
+Instant eveOf(QDate day, const TimeZone& zone) {
     return zone.startOfDay(day) - std::chrono::seconds(1);
-}
-
-/// How far the clocks are ahead of UTC.
-Duration distanceAt(Instant instant, const ZoneCalendar& zone) {
-    const QDate day = zone.dayOf(instant);
-    const ZoneCalendar utc{TimeZone()};
-    return utc.instantAt(day, zone.timeOf(instant)) - utc.instantAt(utc.dayOf(instant), utc.timeOf(instant));
 }
 
 }  // namespace
 
 OccurrenceIterator::OccurrenceIterator(RecurrenceRule rule, LocalTime start, DateKind kind,
-                                       const ZoneCalendar& zone, Start meaning)
+                                       const TimeZone& zone, Start meaning)
     : rule_(std::move(rule))
     , periods_(rule_, start, kind)
     , start_(start)
@@ -45,7 +38,7 @@ OccurrenceIterator::OccurrenceIterator(RecurrenceRule rule, LocalTime start, Dat
     , meaning_(meaning) {
     if (rule_.until && rule_.until->form == UntilForm::utc) {
         const LocalTime& end = rule_.until->time;
-        untilLocal_ = localTimeAt(ZoneCalendar(TimeZone()).instantAt(end.day, end.time), zone_);
+        untilLocal_ = localTimeAt(TimeZone().instantAt(end.day, end.time), zone_);
     }
 }
 
@@ -189,8 +182,7 @@ bool OccurrenceIterator::isPastEnd(const LocalTime& candidate) const {
     const qint64 days = untilLocal_->day.daysTo(candidate.day);
     if (kind_ == DateKind::day || std::abs(days) > 2)
         return days > 0;
-    return zone_.instantAt(candidate.day, candidate.time) >
-           ZoneCalendar(TimeZone()).instantAt(end.day, end.time);
+    return zone_.instantAt(candidate.day, candidate.time) > TimeZone().instantAt(end.day, end.time);
 }
 
 /// Whether the pattern of the rule has this date, its end aside.
@@ -321,10 +313,10 @@ qint64 OccurrenceIterator::coincidencesOn(QDate day, const LocalTime& last) {
     if (after - before >= std::chrono::days(1))
         return 0;
     // The moment at which the clocks are set lies between the two.
-    const Duration offset = distanceAt(before, zone_);
+    const Duration offset = zone_.offsetAt(before);
     while (after - before > std::chrono::seconds(1)) {
         const Instant middle = before + (after - before) / 2;
-        (distanceAt(middle, zone_) == offset ? before : after) = middle;
+        (zone_.offsetAt(middle) == offset ? before : after) = middle;
     }
     const LocalTime first = localTimeAt(before, zone_);
     const LocalTime end = std::min(localTimeAt(after, zone_), last);

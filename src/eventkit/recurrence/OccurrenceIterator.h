@@ -2,7 +2,7 @@
 
 #include "eventkit/recurrence/RecurrenceRule.h"
 #include "eventkit/recurrence/RulePeriods.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <limits>
 #include <optional>
@@ -29,7 +29,7 @@ class OccurrenceIterator {
     };
 
     /// `zone` is the start's own.
-    OccurrenceIterator(RecurrenceRule rule, LocalTime start, DateKind kind, const ZoneCalendar& zone,
+    OccurrenceIterator(RecurrenceRule rule, LocalTime start, DateKind kind, const TimeZone& zone,
                        Start meaning = Start::isDate);
 
     /// The next date; absent at the end.
@@ -78,7 +78,7 @@ class OccurrenceIterator {
     RulePeriods periods_;
     LocalTime start_;
     DateKind kind_;
-    ZoneCalendar zone_;
+    TimeZone zone_;
     Start meaning_;
     /// A rule that ends at an instant: its local time, near which instants are compared.
     std::optional<LocalTime> untilLocal_;

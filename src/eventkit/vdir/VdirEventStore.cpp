@@ -10,9 +10,9 @@
 namespace kestrant {
 
 VdirEventStore::VdirEventStore(const QString& root, Scheduler& scheduler, const Clock& clock,
-                               const CurrentCalendar& calendar)
+                               const CurrentTimeZone& currentZone)
     : ItemEventStore(
-          scheduler, clock, calendar,
+          scheduler, clock, currentZone,
           [&](items::StorageObserver observer) {
               return std::make_unique<vdir::VdirStorage>(
                   QFile::encodeName(QDir::cleanPath(QDir(root).absolutePath())), std::move(observer.changed));

@@ -12,7 +12,7 @@ class VdirEventStore final : public items::ItemEventStore {
     /// Nothing is read before access is requested; the folder is then created
     /// where it is missing.
     VdirEventStore(const QString& root, Scheduler& scheduler, const Clock& clock,
-                   const CurrentCalendar& calendar);
+                   const CurrentTimeZone& currentZone);
 };
 
 }  // namespace kestrant

@@ -170,7 +170,7 @@ struct Reading {
 struct Readings {
     int folder;
     QByteArray collection;
-    const ZoneCalendar& local;
+    const TimeZone& local;
     const std::atomic<bool>& isEnding;
     std::vector<Reading> wanted;
 
@@ -208,7 +208,7 @@ struct Readings {
 /// One update of the library.
 class Update {
   public:
-    Update(Library& library, const QByteArray& root, const Changes& changes, const ZoneCalendar& local,
+    Update(Library& library, const QByteArray& root, const Changes& changes, const TimeZone& local,
            const std::atomic<bool>& isEnding)
         : library_(library)
         , root_(root)
@@ -228,7 +228,7 @@ class Update {
     Library& library_;
     const QByteArray& root_;
     const Changes& changes_;
-    const ZoneCalendar& local_;
+    const TimeZone& local_;
     const std::atomic<bool>& isEnding_;
     Updated result_;
 };
@@ -395,7 +395,7 @@ tl::expected<RootContents, int> readRoot(const QByteArray& root) {
 
 Updated updateLibrary(Library& library, const QByteArray& root,
                       const std::optional<tl::expected<RootContents, int>>& contents, const Changes& changes,
-                      const ZoneCalendar& local, const std::atomic<bool>& isEnding) {
+                      const TimeZone& local, const std::atomic<bool>& isEnding) {
     Update update(library, root, changes, local, isEnding);
     if (contents)
         update.updateRoot(*contents);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "eventkit/items/ItemLibrary.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <QByteArray>
 
@@ -51,7 +51,7 @@ struct Updated {
 /// off.
 [[nodiscard]] Updated updateLibrary(items::Library& library, const QByteArray& root,
                                     const std::optional<tl::expected<RootContents, int>>& contents,
-                                    const items::Changes& changes, const ZoneCalendar& local,
+                                    const items::Changes& changes, const TimeZone& local,
                                     const std::atomic<bool>& isEnding);
 
 struct OpenedFile {

@@ -129,7 +129,7 @@ std::optional<EKError> VdirStorage::open() {
     return std::nullopt;
 }
 
-bool VdirStorage::update(items::Library& library, const items::Changes& changes, const ZoneCalendar& local) {
+bool VdirStorage::update(items::Library& library, const items::Changes& changes, const TimeZone& local) {
     std::optional<tl::expected<RootContents, int>> contents;
     bool isSettled = true;
     if (changes.everything || changes.collections || library.problem) {

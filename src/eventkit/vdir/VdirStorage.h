@@ -31,7 +31,7 @@ class VdirStorage : public items::ItemStorage {
     /// Creates the folder where it is missing.
     [[nodiscard]] std::optional<EKError> open() override;
     [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
-                              const ZoneCalendar& local) override;
+                              const TimeZone& local) override;
     [[nodiscard]] bool readsOnlyFilesNamed(const items::Changes& changes) const override;
     [[nodiscard]] std::optional<ScheduledCheck> recheck() const override;
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>

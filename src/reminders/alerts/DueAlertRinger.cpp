@@ -36,7 +36,7 @@ DueAlertRinger::DueAlertRinger(const DueAlertServices& services, QObject* parent
     restoreMemory();
     storeObserver_ = services_.eventStore.observeChanges(
         [this] { refreshTask_ = services_.scheduler.after(refreshDelay, [this] { refresh(); }); });
-    zoneObserver_ = services_.calendar.observeChanges([this] { refresh(); });
+    zoneObserver_ = services_.currentZone.observeChanges([this] { refresh(); });
     answerObserver_ = services_.notifier.observeAnswers(
         [this](const QString& id, AlertAnswer given) { answer(id, given); });
     refresh();
@@ -89,7 +89,7 @@ void DueAlertRinger::refresh() {
 
 void DueAlertRinger::apply(const EKReminders& reminders) {
     const Instant now = services_.clock.now();
-    const ZoneCalendar calendar = services_.calendar.calendar();
+    const TimeZone zone = services_.currentZone.zone();
     Instant next = now + longestWait;
     QHash<QString, const EKReminderData*> open;
     for (const auto& reminder : reminders) {
@@ -97,13 +97,13 @@ void DueAlertRinger::apply(const EKReminders& reminders) {
         if (data.alarms.empty())
             continue;
         open.insert(data.calendarItemIdentifier, &data);
-        if (const auto instant = nextAlert(data, now, calendar))
+        if (const auto instant = nextAlert(data, now, zone))
             next = std::min(next, *instant);
     }
     withdrawWhatIsOver(open);
     std::vector<std::pair<Instant, const EKReminderData*>> due;
     for (const EKReminderData* data : std::as_const(open)) {
-        if (const auto instant = dueAlert(*data, rungUntil(data->calendarItemIdentifier), now, calendar))
+        if (const auto instant = dueAlert(*data, rungUntil(data->calendarItemIdentifier), now, zone))
             due.emplace_back(*instant, data);
     }
     std::sort(due.begin(), due.end());
@@ -113,11 +113,11 @@ void DueAlertRinger::apply(const EKReminders& reminders) {
 }
 
 void DueAlertRinger::withdrawWhatIsOver(const QHash<QString, const EKReminderData*>& open) {
-    const ZoneCalendar calendar = services_.calendar.calendar();
+    const TimeZone zone = services_.currentZone.zone();
     std::erase_if(showing_, [&](const auto& shown) {
         const auto& [id, instant] = shown;
         const auto reminder = open.constFind(id);
-        if (reminder != open.cend() && dueAlert(**reminder, instant - 1us, instant, calendar) == instant)
+        if (reminder != open.cend() && dueAlert(**reminder, instant - 1us, instant, zone) == instant)
             return false;
         services_.notifier.withdraw(id);
         return true;
@@ -125,13 +125,13 @@ void DueAlertRinger::withdrawWhatIsOver(const QHash<QString, const EKReminderDat
 }
 
 UserNotification DueAlertRinger::notificationFor(const EKReminderData& reminder) const {
-    const ZoneCalendar calendar = services_.calendar.calendar();
+    const TimeZone zone = services_.currentZone.zone();
     const Language language = services_.localization.language();
     UserNotification notification{.id = reminder.calendarItemIdentifier, .title = reminder.title};
-    const ReminderTask task = reminderTask(reminder, calendar, false);
+    const ReminderTask task = reminderTask(reminder, zone, false);
     QStringList parts;
     if (task.dueDate)
-        parts.append(reminderDueText(*task.dueDate, task.dueDateIncludesTime, services_.clock.now(), calendar,
+        parts.append(reminderDueText(*task.dueDate, task.dueDateIncludesTime, services_.clock.now(), zone,
                                      language, services_.localization.clockHours()));
     if (const auto list = services_.eventStore.calendarWithIdentifier(reminder.calendarIdentifier))
         parts.append(list->title);
@@ -180,16 +180,15 @@ void DueAlertRinger::answer(const QString& id, AlertAnswer given) {
         });
         return;
     }
-    const ZoneCalendar calendar = services_.calendar.calendar();
+    const TimeZone zone = services_.currentZone.zone();
     const Instant now = services_.clock.now();
-    if (const auto until = snoozedUntil(given, now, calendar)) {
+    if (const auto until = snoozedUntil(given, now, zone)) {
         const QByteArray identifier = QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
         write(
-            id, [&](EKReminderData& data) { snoozeAlert(data, *until, now, identifier, calendar); },
-            orShowAgain);
+            id, [&](EKReminderData& data) { snoozeAlert(data, *until, now, identifier, zone); }, orShowAgain);
         return;
     }
-    write(id, [&](EKReminderData& data) { acknowledgeAlerts(data, now, calendar); }, {});
+    write(id, [&](EKReminderData& data) { acknowledgeAlerts(data, now, zone); }, {});
     if (given == AlertAnswer::open)
         Q_EMIT openRequested(id);
 }

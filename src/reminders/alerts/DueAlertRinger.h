@@ -2,9 +2,9 @@
 
 #include "eventkit/model/EKEventStore.h"
 #include "eventkit/model/OpenReminders.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/Scheduler.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
 #include "reminders/alerts/UserNotifier.h"
 
 #include <QHash>
@@ -30,7 +30,7 @@ struct DueAlertServices {
     UserNotifier& notifier;
     Scheduler& scheduler;
     const Clock& clock;
-    CurrentCalendar& calendar;
+    CurrentTimeZone& currentZone;
     UserDefaults& defaults;
     Localization& localization;
 };

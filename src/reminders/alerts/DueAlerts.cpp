@@ -18,10 +18,10 @@ bool wasDealtWith(const EKAlarm& alarm, Instant rings) {
 
 /// Calls `visit(alarm, instant)` for each alarm that has an instant and was not dealt with.
 template <typename Reminder, typename Visit>
-void forEachOpenAlarm(Reminder& reminder, const ZoneCalendar& calendar, Visit visit) {
+void forEachOpenAlarm(Reminder& reminder, const TimeZone& zone, Visit visit) {
     const AlarmDates dates = AlarmDates::of(reminder);
     for (auto& alarm : reminder.alarms) {
-        const auto instant = ringInstant(alarm, dates, calendar);
+        const auto instant = ringInstant(alarm, dates, zone);
         if (instant && !wasDealtWith(alarm, *instant))
             visit(alarm, *instant);
     }
@@ -30,26 +30,26 @@ void forEachOpenAlarm(Reminder& reminder, const ZoneCalendar& calendar, Visit vi
 }  // namespace
 
 std::optional<Instant> dueAlert(const EKReminderData& reminder, Instant since, Instant now,
-                                const ZoneCalendar& calendar) {
+                                const TimeZone& zone) {
     std::optional<Instant> latest;
-    forEachOpenAlarm(reminder, calendar, [&](const EKAlarm&, Instant instant) {
+    forEachOpenAlarm(reminder, zone, [&](const EKAlarm&, Instant instant) {
         if (instant > since && instant <= now && (!latest || instant > *latest))
             latest = instant;
     });
     return latest;
 }
 
-std::optional<Instant> nextAlert(const EKReminderData& reminder, Instant now, const ZoneCalendar& calendar) {
+std::optional<Instant> nextAlert(const EKReminderData& reminder, Instant now, const TimeZone& zone) {
     std::optional<Instant> next;
-    forEachOpenAlarm(reminder, calendar, [&](const EKAlarm&, Instant instant) {
+    forEachOpenAlarm(reminder, zone, [&](const EKAlarm&, Instant instant) {
         if (instant > now && (!next || instant < *next))
             next = instant;
     });
     return next;
 }
 
-void acknowledgeAlerts(EKReminderData& reminder, Instant now, const ZoneCalendar& calendar) {
-    forEachOpenAlarm(reminder, calendar, [&](EKAlarm& alarm, Instant instant) {
+void acknowledgeAlerts(EKReminderData& reminder, Instant now, const TimeZone& zone) {
+    forEachOpenAlarm(reminder, zone, [&](EKAlarm& alarm, Instant instant) {
         if (instant <= now)
             alarm.acknowledgedDate = now;
     });
@@ -59,10 +59,10 @@ void acknowledgeAlerts(EKReminderData& reminder, Instant now, const ZoneCalendar
 }
 
 void snoozeAlert(EKReminderData& reminder, Instant until, Instant now, const QByteArray& newIdentifier,
-                 const ZoneCalendar& calendar) {
+                 const TimeZone& zone) {
     EKAlarm* rung = nullptr;
     std::optional<Instant> latest;
-    forEachOpenAlarm(reminder, calendar, [&](EKAlarm& alarm, Instant instant) {
+    forEachOpenAlarm(reminder, zone, [&](EKAlarm& alarm, Instant instant) {
         if (instant > now || (latest && instant < *latest))
             return;
         rung = &alarm;
@@ -77,18 +77,18 @@ void snoozeAlert(EKReminderData& reminder, Instant until, Instant now, const QBy
             rung->identifier = newIdentifier;
         again.snoozedAlarm = rung->identifier;
     }
-    acknowledgeAlerts(reminder, now, calendar);
+    acknowledgeAlerts(reminder, now, zone);
     reminder.alarms.push_back(std::move(again));
 }
 
-std::optional<Instant> snoozedUntil(AlertAnswer answer, Instant now, const ZoneCalendar& calendar) {
+std::optional<Instant> snoozedUntil(AlertAnswer answer, Instant now, const TimeZone& zone) {
     switch (answer) {
     case AlertAnswer::snoozeTenMinutes:
         return now + 10min;
     case AlertAnswer::snoozeOneHour:
         return now + 1h;
     case AlertAnswer::snoozeUntilTomorrow:
-        return calendar.instantAt(calendar.dayOf(now).addDays(1), morning, GapPolicy::nextExisting);
+        return zone.instantAt(zone.dayOf(now).addDays(1), morning, GapPolicy::nextExisting);
     case AlertAnswer::complete:
     case AlertAnswer::open:
     case AlertAnswer::dismiss:

@@ -24,29 +24,28 @@ bool coincide(const std::optional<Instant>& a, const std::optional<Instant>& b) 
 }
 
 /// The alarm that stands for the reminder's alert.
-const EKAlarm* shownAlarm(const std::vector<EKAlarm>& alarms, const AlarmDates& dates,
-                          const ZoneCalendar& calendar) {
+const EKAlarm* shownAlarm(const std::vector<EKAlarm>& alarms, const AlarmDates& dates, const TimeZone& zone) {
     const auto found = std::find_if(alarms.begin(), alarms.end(), [&](const EKAlarm& alarm) {
-        return alarm.snoozedAlarm.isEmpty() && ringInstant(alarm, dates, calendar);
+        return alarm.snoozedAlarm.isEmpty() && ringInstant(alarm, dates, zone);
     });
     return found == alarms.end() ? nullptr : &*found;
 }
 
 std::optional<Instant> instantOf(const RelativeToDueTime& schedule, const DateComponents& due,
-                                 const ZoneCalendar& calendar) {
-    const auto dueInstant = calendar.instantFrom(due);
+                                 const TimeZone& zone) {
+    const auto dueInstant = zone.instantFrom(due);
     if (!due.includesTime() || !dueInstant || !(std::abs(schedule.seconds) <= longestOffset))
         return std::nullopt;
     return *dueInstant + seconds(schedule.seconds);
 }
 
 std::optional<Instant> instantOf(const DayRelativeToDueDate& schedule, const DateComponents& due,
-                                 const ZoneCalendar& calendar) {
+                                 const TimeZone& zone) {
     const QTime time(schedule.hour, schedule.minute);
     if (due.includesTime() || !due.date().isValid() || !time.isValid() ||
         !reminderDateOnlyAlertDay(schedule.dayOffset))
         return std::nullopt;
-    return calendar.instantAt(due.date().addDays(schedule.dayOffset), time, GapPolicy::nextExisting);
+    return zone.instantAt(due.date().addDays(schedule.dayOffset), time, GapPolicy::nextExisting);
 }
 
 /// In the largest unit that it is a whole number of; below a minute it is rounded to minutes.
@@ -72,31 +71,31 @@ TextPair offsetInWords(double seconds) {
 
 /// The schedule that an alarm at this time stands for.
 std::optional<ReminderAlertSchedule> scheduleOf(Instant rings, const std::optional<DateComponents>& due,
-                                                const ZoneCalendar& calendar) {
-    const auto dueInstant = due ? calendar.instantFrom(*due) : std::nullopt;
+                                                const TimeZone& zone) {
+    const auto dueInstant = due ? zone.instantFrom(*due) : std::nullopt;
     if (!dueInstant)
         return std::nullopt;
     if (due->includesTime())
         return RelativeToDueTime{std::chrono::duration<double>(rings - *dueInstant).count()};
-    const QTime time = calendar.timeOf(rings);
-    const qint64 days = due->date().daysTo(calendar.dayOf(rings));
+    const QTime time = zone.timeOf(rings);
+    const qint64 days = due->date().daysTo(zone.dayOf(rings));
     return DayRelativeToDueDate{static_cast<int>(days), time.hour(), time.minute()};
 }
 
 class AlarmReplacement {
   public:
     AlarmReplacement(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
-                     const ZoneCalendar& calendar)
+                     const TimeZone& zone)
         : alarms_(reminder.alarms)
-        , calendar_(calendar)
+        , zone_(zone)
         , before_{reminder.startDateComponents, before.dueComponents}
-        , after_{startFitting(before_.start, before_.due, after.dueComponents, calendar), after.dueComponents}
+        , after_{startFitting(before_.start, before_.due, after.dueComponents, zone), after.dueComponents}
         , keepsDistance_(before.schedule && before.schedule == after.schedule)
-        , former_(alarmInstant(before, calendar))
-        , wanted_(alarmInstant(after, calendar)) {
-        const EKAlarm* shown = before.schedule ? shownAlarm(alarms_, before_, calendar) : nullptr;
-        const auto rang = shown ? ringInstant(*shown, before_, calendar) : std::nullopt;
-        if (!rang || scheduleOf(*rang, before_.due, calendar) != before.schedule)
+        , former_(alarmInstant(before, zone))
+        , wanted_(alarmInstant(after, zone)) {
+        const EKAlarm* shown = before.schedule ? shownAlarm(alarms_, before_, zone) : nullptr;
+        const auto rang = shown ? ringInstant(*shown, before_, zone) : std::nullopt;
+        if (!rang || scheduleOf(*rang, before_.due, zone) != before.schedule)
             return;
         shown_ = rang;
         if (const auto moved = keepsDistance_ ? movedAlong(*shown_, *after.schedule) : std::nullopt)
@@ -109,10 +108,10 @@ class AlarmReplacement {
         std::optional<std::size_t> place;
         alarms_.clear();
         for (const EKAlarm& alarm : former) {
-            const auto rang = ringInstant(alarm, before_, calendar_);
+            const auto rang = ringInstant(alarm, before_, zone_);
             if (!coincide(rang, former_) && !coincide(rang, shown_)) {
                 // One that followed a date that is gone has nothing left to follow.
-                if (!rang || ringInstant(alarm, after_, calendar_))
+                if (!rang || ringInstant(alarm, after_, zone_))
                     alarms_.push_back(alarm);
                 continue;
             }
@@ -121,7 +120,7 @@ class AlarmReplacement {
             replaced.push_back(alarm);
         }
         if (wanted_ && std::none_of(alarms_.begin(), alarms_.end(), [&](const EKAlarm& alarm) {
-                return coincide(ringInstant(alarm, after_, calendar_), wanted_);
+                return coincide(ringInstant(alarm, after_, zone_), wanted_);
             }))
             alarms_.insert(alarms_.begin() + static_cast<std::ptrdiff_t>(place.value_or(alarms_.size())),
                            successorOf(replaced));
@@ -136,8 +135,8 @@ class AlarmReplacement {
         const auto* day = std::get_if<DayRelativeToDueDate>(&schedule);
         if (!day || !after_.due || after_.due->includesTime() || !after_.due->date().isValid())
             return std::nullopt;
-        return calendar_.instantAt(after_.due->date().addDays(day->dayOffset), calendar_.timeOf(rang),
-                                   GapPolicy::nextExisting);
+        return zone_.instantAt(after_.due->date().addDays(day->dayOffset), zone_.timeOf(rang),
+                               GapPolicy::nextExisting);
     }
 
     /// Whether an alarm comes to ring at the wanted instant without being changed.
@@ -145,7 +144,7 @@ class AlarmReplacement {
         const bool keepsItsDistance = keepsDistance_ && alarm.relativeOffset &&
                                       before_.followedBy(alarm) == before_.due &&
                                       after_.followedBy(alarm) == after_.due;
-        return keepsItsDistance || coincide(ringInstant(alarm, after_, calendar_), wanted_);
+        return keepsItsDistance || coincide(ringInstant(alarm, after_, zone_), wanted_);
     }
 
     [[nodiscard]] EKAlarm successorOf(const std::vector<EKAlarm>& replaced) const {
@@ -165,7 +164,7 @@ class AlarmReplacement {
         const auto stillRings = [&](const EKAlarm& alarm) {
             return std::any_of(alarms_.begin(), alarms_.end(), [&](const EKAlarm& left) {
                 return left.identifier == alarm.identifier &&
-                       coincide(ringInstant(left, after_, calendar_), ringInstant(alarm, before_, calendar_));
+                       coincide(ringInstant(left, after_, zone_), ringInstant(alarm, before_, zone_));
             });
         };
         for (const EKAlarm& alarm : former) {
@@ -177,7 +176,7 @@ class AlarmReplacement {
     }
 
     std::vector<EKAlarm>& alarms_;
-    const ZoneCalendar& calendar_;
+    const TimeZone& zone_;
     const AlarmDates before_;
     const AlarmDates after_;
     /// The alert stays the same, and the due date moves.
@@ -276,27 +275,26 @@ TextPair label(const ReminderAlertSchedule& schedule, ClockHours hours) {
             QStringLiteral("%1 à %2").arg(words.french, time)};
 }
 
-std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert, const ZoneCalendar& calendar) {
+std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert, const TimeZone& zone) {
     if (!dueAlert.dueComponents || !dueAlert.schedule)
         return std::nullopt;
     return std::visit(
-        [&](const auto& schedule) { return instantOf(schedule, *dueAlert.dueComponents, calendar); },
+        [&](const auto& schedule) { return instantOf(schedule, *dueAlert.dueComponents, zone); },
         *dueAlert.schedule);
 }
 
 void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
-                  const ZoneCalendar& calendar) {
+                  const TimeZone& zone) {
     if (before == after)
         return;
-    AlarmReplacement(reminder, before, after, calendar).execute();
+    AlarmReplacement(reminder, before, after, zone).execute();
 }
 
-std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder,
-                                                   const ZoneCalendar& calendar) {
+std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder, const TimeZone& zone) {
     const AlarmDates dates = AlarmDates::of(reminder);
-    const EKAlarm* alarm = shownAlarm(reminder.alarms, dates, calendar);
-    const auto rings = alarm ? ringInstant(*alarm, dates, calendar) : std::nullopt;
-    return rings ? scheduleOf(*rings, dates.due, calendar) : std::nullopt;
+    const EKAlarm* alarm = shownAlarm(reminder.alarms, dates, zone);
+    const auto rings = alarm ? ringInstant(*alarm, dates, zone) : std::nullopt;
+    return rings ? scheduleOf(*rings, dates.due, zone) : std::nullopt;
 }
 
 }  // namespace kestrant

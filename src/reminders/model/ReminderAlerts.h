@@ -2,8 +2,9 @@
 
 #include "eventkit/model/EKReminder.h"
 #include "foundation/ClockText.h"
+#include "foundation/DateComponents.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "reminders/model/ReminderAlertSchedule.h"
 
 #include <array>
@@ -58,8 +59,7 @@ struct ReminderDueAlert {
 
 /// When the alert rings; absent when there is none, or when the schedule does not fit the due date. A time
 /// that the clock skips moves to the next existing one; of a repeated time the first occurrence is taken.
-[[nodiscard]] std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert,
-                                                  const ZoneCalendar& calendar);
+[[nodiscard]] std::optional<Instant> alarmInstant(const ReminderDueAlert& dueAlert, const TimeZone& zone);
 
 /// Puts the alarm that `after` wants in the place of the one that belongs to `before`: the alarm at the
 /// instant of `before` and, where alertSchedule() read `before` from one, that very alarm, within a second's
@@ -69,11 +69,11 @@ struct ReminderDueAlert {
 /// an alarm that rings at another time now, or not at all, goes with it. The reminder's own due date is not
 /// looked at.
 void replaceAlarm(EKReminderData& reminder, const ReminderDueAlert& before, const ReminderDueAlert& after,
-                  const ZoneCalendar& calendar);
+                  const TimeZone& zone);
 
 /// The schedule that the first alarm with a date and without a place stands for, repetitions of snoozed ones
 /// passed over; absent when there is none or the reminder has no due date.
 [[nodiscard]] std::optional<ReminderAlertSchedule> alertSchedule(const EKReminderData& reminder,
-                                                                 const ZoneCalendar& calendar);
+                                                                 const TimeZone& zone);
 
 }  // namespace kestrant

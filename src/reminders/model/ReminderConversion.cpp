@@ -7,8 +7,8 @@
 namespace kestrant {
 namespace {
 
-std::optional<Instant> dueInstant(const EKReminderData& reminder, const ZoneCalendar& calendar) {
-    return reminder.dueDateComponents ? calendar.instantFrom(*reminder.dueDateComponents) : std::nullopt;
+std::optional<Instant> dueInstant(const EKReminderData& reminder, const TimeZone& zone) {
+    return reminder.dueDateComponents ? zone.instantFrom(*reminder.dueDateComponents) : std::nullopt;
 }
 
 std::optional<EKCalendar> listWithID(const std::vector<EKCalendar>& lists, const std::optional<QString>& id) {
@@ -19,13 +19,13 @@ std::optional<EKCalendar> listWithID(const std::vector<EKCalendar>& lists, const
 
 }  // namespace
 
-ReminderTask reminderTask(const EKReminderData& reminder, const ZoneCalendar& calendar, bool isFlagged) {
+ReminderTask reminderTask(const EKReminderData& reminder, const TimeZone& zone, bool isFlagged) {
     ReminderTask task;
     task.id = reminder.calendarItemIdentifier;
     task.title = reminder.title;
-    task.dueDate = dueInstant(reminder, calendar);
+    task.dueDate = dueInstant(reminder, zone);
     task.dueDateIncludesTime = task.dueDate && reminder.dueDateComponents->includesTime();
-    task.dueAlertSchedule = alertSchedule(reminder, calendar);
+    task.dueAlertSchedule = alertSchedule(reminder, zone);
     task.creationDate = reminder.creationDate;
     task.priority = reminder.priority;
     task.listID = reminder.calendarIdentifier;
@@ -34,40 +34,40 @@ ReminderTask reminderTask(const EKReminderData& reminder, const ZoneCalendar& ca
     return task;
 }
 
-ReminderEditDetails reminderEditDetails(const EKReminderData& reminder, const ZoneCalendar& calendar) {
+ReminderEditDetails reminderEditDetails(const EKReminderData& reminder, const TimeZone& zone) {
     ReminderEditDetails details;
     details.title = reminder.title;
-    details.dueDate = dueInstant(reminder, calendar);
+    details.dueDate = dueInstant(reminder, zone);
     details.dueDateIncludesTime = details.dueDate && reminder.dueDateComponents->includesTime();
-    details.dueAlertSchedule = alertSchedule(reminder, calendar);
+    details.dueAlertSchedule = alertSchedule(reminder, zone);
     details.priority = reminder.priority;
     details.listID = reminder.calendarIdentifier;
     details.notes = reminder.notes.value_or(QString());
     return details;
 }
 
-DateComponents dueComponents(Instant dueDate, bool includesTime, const ZoneCalendar& calendar,
+DateComponents dueComponents(Instant dueDate, bool includesTime, const TimeZone& zone,
                              const std::optional<DateComponents>& previous) {
     if (!includesTime) {
-        const DateComponents day = DateComponents::fromDate(calendar.dayOf(dueDate));
+        const DateComponents day = DateComponents::fromDate(zone.dayOf(dueDate));
         const bool same = previous && !previous->includesTime() && previous->date() == day.date();
         return same ? *previous : day;
     }
-    if (previous && previous->includesTime() && calendar.instantFrom(*previous) == dueDate)
+    if (previous && previous->includesTime() && zone.instantFrom(*previous) == dueDate)
         return *previous;
-    const auto zone = previous && previous->includesTime() ? previous->timeZone : std::nullopt;
-    const ZoneCalendar teller = zone ? ZoneCalendar(*zone) : calendar;
+    const auto ownZone = previous && previous->includesTime() ? previous->timeZone : std::nullopt;
+    const TimeZone& shown = ownZone ? *ownZone : zone;
     DateComponents components =
-        DateComponents::fromDateTime(teller.dayOf(dueDate), teller.timeOf(dueDate), zone);
+        DateComponents::fromDateTime(shown.dayOf(dueDate), shown.timeOf(dueDate), ownZone);
     components.second.reset();
     return components;
 }
 
 void applyDueDate(EKReminderData& reminder, const std::optional<DateComponents>& due,
-                  const std::optional<ReminderAlertSchedule>& schedule, const ZoneCalendar& calendar) {
-    const ReminderDueAlert before{reminder.dueDateComponents, alertSchedule(reminder, calendar)};
+                  const std::optional<ReminderAlertSchedule>& schedule, const TimeZone& zone) {
+    const ReminderDueAlert before{reminder.dueDateComponents, alertSchedule(reminder, zone)};
     reminder.dueDateComponents = due;
-    replaceAlarm(reminder, before, {due, schedule}, calendar);
+    replaceAlarm(reminder, before, {due, schedule}, zone);
     if (!due && before.dueComponents)
         reminder.recurrenceRules.clear();
 }

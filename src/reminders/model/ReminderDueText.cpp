@@ -27,12 +27,12 @@ QString dateInWords(QDate day, QDate today, Language language) {
     return locale.toString(day, thisYear ? QStringLiteral("ddd d MMM") : QStringLiteral("ddd d MMM yyyy"));
 }
 
-QString reminderDueText(Instant dueDate, bool includesTime, Instant now, const ZoneCalendar& calendar,
+QString reminderDueText(Instant dueDate, bool includesTime, Instant now, const TimeZone& zone,
                         Language language, ClockHours hours) {
-    QString day = dayInWords(calendar.dayOf(dueDate), calendar.dayOf(now), language);
+    QString day = dayInWords(zone.dayOf(dueDate), zone.dayOf(now), language);
     if (!includesTime)
         return day;
-    return day + QLatin1Char(' ') + clockText(calendar.timeOf(dueDate), hours);
+    return day + QLatin1Char(' ') + clockText(zone.timeOf(dueDate), hours);
 }
 
 }  // namespace kestrant

@@ -4,9 +4,9 @@
 
 namespace kestrant {
 
-ReminderTimeContext ReminderTimeContext::at(Instant now, const ZoneCalendar& calendar) {
-    const QDate today = calendar.dayOf(now);
-    return {now, calendar.startOfDay(today), calendar.startOfDay(today.addDays(1))};
+ReminderTimeContext ReminderTimeContext::at(Instant now, const TimeZone& zone) {
+    const QDate today = zone.dayOf(now);
+    return {now, zone.startOfDay(today), zone.startOfDay(today.addDays(1))};
 }
 
 bool isDueToday(const ReminderTask& task, const ReminderTimeContext& present) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/TextCollation.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "reminders/model/ReminderTask.h"
 #include "reminders/model/ReminderTaskList.h"
 
@@ -16,7 +16,7 @@ struct ReminderTimeContext {
     Instant startOfToday;
     Instant startOfTomorrow;
 
-    [[nodiscard]] static ReminderTimeContext at(Instant now, const ZoneCalendar& calendar);
+    [[nodiscard]] static ReminderTimeContext at(Instant now, const TimeZone& zone);
 };
 
 /// Due at any time of the present day.

@@ -21,7 +21,7 @@ struct ReminderTask {
     /// The identifier in the database; the task's identity everywhere.
     QString id;
     QString title;
-    /// For a date-only reminder, the start of its day in the person's calendar.
+    /// For a date-only reminder, the start of its day in the person's time zone.
     std::optional<Instant> dueDate;
     bool dueDateIncludesTime = false;
     std::optional<ReminderAlertSchedule> dueAlertSchedule;
@@ -107,7 +107,7 @@ inline constexpr std::array allNewReminderPriorities{NewReminderPriority::high, 
 /// The content of a creation form.
 struct NewReminder {
     QString title;
-    /// For a date-only reminder, any instant of its day in the person's calendar.
+    /// For a date-only reminder, any instant of its day in the person's time zone.
     std::optional<Instant> dueDate;
     bool dueDateIncludesTime = false;
     std::optional<ReminderAlertSchedule> dueAlertSchedule;
@@ -123,7 +123,7 @@ struct NewReminder {
 /// The content of an edit form, shown and returned.
 struct ReminderEditDetails {
     QString title;
-    /// For a date-only reminder, any instant of its day in the person's calendar.
+    /// For a date-only reminder, any instant of its day in the person's time zone.
     std::optional<Instant> dueDate;
     bool dueDateIncludesTime = false;
     std::optional<ReminderAlertSchedule> dueAlertSchedule;

@@ -2,7 +2,7 @@
 
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "reminders/quickadd/QuickAddTokens.h"
 
 #include <QDate>
@@ -33,10 +33,10 @@ struct Phrase {
 
 struct Present {
     Instant now;
-    ZoneCalendar calendar;
+    TimeZone zone;
     Language language = Language::english;
 
-    [[nodiscard]] QDate today() const { return calendar.dayOf(now); }
+    [[nodiscard]] QDate today() const { return zone.dayOf(now); }
 };
 
 class Reading;

@@ -164,7 +164,7 @@ class Reader {
         std::optional<Phrase> clock;
         std::optional<Phrase> part;
         for (const Phrase& phrase :
-             quickadd::findPhrases(tokens, {context_.now, context_.calendar, context_.language})) {
+             quickadd::findPhrases(tokens, {context_.now, context_.zone, context_.language})) {
             if (!isFree(rangeOf(phrase), taken_))
                 continue;
             if (phrase.day)
@@ -198,8 +198,8 @@ class Reader {
         else if (day)
             moment.time = day->time;
         if (moment.time && !moment.day) {
-            const QDate today = context_.calendar.dayOf(context_.now);
-            const bool isOver = *moment.time <= context_.calendar.timeOf(context_.now);
+            const QDate today = context_.zone.dayOf(context_.now);
+            const bool isOver = *moment.time <= context_.zone.timeOf(context_.now);
             moment.day = today.addDays(isOver ? 1 : 0);
         }
         result_.day = moment.day;

@@ -2,7 +2,7 @@
 
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "reminders/model/ReminderTask.h"
 
 #include <QDate>
@@ -63,7 +63,7 @@ struct QuickAddLine {
 /// The present, zone, language and lists against which a line is read.
 struct QuickAddContext {
     Instant now;
-    ZoneCalendar calendar;
+    TimeZone zone;
     /// Both languages are understood; this one decides where they differ: whether 3/4 is in March or in
     /// April, and whether a lone exclamation mark is one.
     Language language = Language::english;

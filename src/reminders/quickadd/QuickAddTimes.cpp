@@ -60,7 +60,7 @@ class TimeFinder : private Reading {
             return found;
         if (!isEnd(at + 1) || *part == DayPart::night)
             return std::nullopt;
-        const bool isOver = present_.calendar.timeOf(present_.now) >= usualTime(*part);
+        const bool isOver = present_.zone.timeOf(present_.now) >= usualTime(*part);
         found.day = today_.addDays(isOver ? 1 : 0);
         return found;
     }
@@ -257,9 +257,8 @@ class TimeFinder : private Reading {
                                                         std::chrono::minutes::rep(amount.count) +
                                                     amount.minutes);
             const Instant then = std::chrono::ceil<std::chrono::minutes>(present_.now + count);
-            return Phrase{.end = amount.end,
-                          .day = present_.calendar.dayOf(then),
-                          .time = present_.calendar.timeOf(then)};
+            return Phrase{
+                .end = amount.end, .day = present_.zone.dayOf(then), .time = present_.zone.timeOf(then)};
         }
         case Unit::days:
             return Phrase{.end = amount.end, .day = today_.addDays(amount.count)};

@@ -13,12 +13,12 @@ constexpr Duration reconciliationDelay = std::chrono::milliseconds(150);
 }  // namespace
 
 CompletionReconciler::CompletionReconciler(EKEventStore& eventStore, Scheduler& scheduler, const Clock& clock,
-                                           const CurrentCalendar& calendar,
+                                           const CurrentTimeZone& currentZone,
                                            CompletionLedgerRepository& ledger)
     : eventStore_(eventStore)
     , scheduler_(scheduler)
     , clock_(clock)
-    , calendar_(calendar)
+    , currentZone_(currentZone)
     , ledger_(ledger)
     , records_(ledger.sortedRecords())
     , writeObserver_(ledger.observeWrites([this](const auto& failure) { writeEnded(!failure); })) {}
@@ -48,7 +48,7 @@ bool CompletionReconciler::isBusy() const {
 void CompletionReconciler::start() {
     const int generation = ++generation_;
     ++underWay_;
-    const Instant startOfYear = calendar_.calendar().yearContaining(clock_.now()).start;
+    const Instant startOfYear = currentZone_.zone().yearContaining(clock_.now()).start;
     eventStore_.fetchReminders(
         EKEventStore::predicateForCompletedReminders(startOfYear, std::nullopt, std::nullopt),
         [self = QPointer(this), generation](const EKReminders& completed) {

@@ -2,9 +2,9 @@
 
 #include "completion/CompletionLedgerRepository.h"
 #include "eventkit/model/EKEventStore.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/Scheduler.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
 
 #include <QObject>
 
@@ -21,7 +21,7 @@ class CompletionReconciler : public QObject {
   public:
     /// Everything given here outlives the reconciler.
     CompletionReconciler(EKEventStore& eventStore, Scheduler& scheduler, const Clock& clock,
-                         const CurrentCalendar& calendar, CompletionLedgerRepository& ledger);
+                         const CurrentTimeZone& currentZone, CompletionLedgerRepository& ledger);
 
     /// The ledger's records, oldest first.
     [[nodiscard]] const std::vector<CompletionRecord>& records() const { return records_; }
@@ -54,7 +54,7 @@ class CompletionReconciler : public QObject {
     EKEventStore& eventStore_;
     Scheduler& scheduler_;
     const Clock& clock_;
-    const CurrentCalendar& calendar_;
+    const CurrentTimeZone& currentZone_;
     CompletionLedgerRepository& ledger_;
 
     std::map<QString, ReminderCompletionState> states_;

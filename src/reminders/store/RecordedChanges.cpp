@@ -1,7 +1,7 @@
 #include "reminders/store/RecordedChanges.h"
 
 #include "eventkit/model/EKEventStore.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "preferences/Localization.h"
 #include "reminders/flags/ReminderFlagSync.h"
 #include "reminders/store/CompletionReconciler.h"
@@ -84,7 +84,7 @@ void RecordedChanges::end(const RecordedChangeRef& recorded,
             services_.history->setOutcome(
                 *recorded->entry,
                 completionOutcome(next->data.title,
-                                  dueInWords(next->data, services_.clock.now(), services_.calendar.calendar(),
+                                  dueInWords(next->data, services_.clock.now(), services_.currentZone.zone(),
                                              services_.localization.clockHours())));
         services_.history->confirm(*recorded->entry);
     } else if (recorded->action) {

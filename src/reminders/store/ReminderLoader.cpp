@@ -2,8 +2,8 @@
 
 #include "eventkit/model/EKEventStore.h"
 #include "foundation/NotificationCenter.h"
+#include "foundation/TimeZone.h"
 #include "foundation/UserDefaults.h"
-#include "foundation/ZoneCalendar.h"
 #include "preferences/PreferenceKeys.h"
 #include "reminders/store/ReminderStore.h"
 #include "reminders/store/ReminderWork.h"
@@ -57,7 +57,7 @@ ReminderLoader::ReminderLoader(const ReminderStoreServices& services, ReminderWo
     , eventObserver_(services.notifications.observe(
           QLatin1String(ReminderStore::calendarEventChangedNotification), [this] { scheduleReload(); }))
     // Date-only due dates are instants of the zone: they are read anew.
-    , zoneObserver_(services.calendar.observeChanges([this] { reloadTasks(); })) {}
+    , zoneObserver_(services.currentZone.observeChanges([this] { reloadTasks(); })) {}
 
 void ReminderLoader::setAccessState(ReminderAccessState state) {
     if (state == accessState_)

@@ -30,17 +30,17 @@ ReminderActionHistory::Outcome completionOutcome(const QString& title, const std
             outcomeText(text("“%1” is open again", "« %1 » est de nouveau ouvert"), title)};
 }
 
-std::optional<TextPair> dueInWords(const EKReminderData& reminder, Instant now, const ZoneCalendar& calendar,
+std::optional<TextPair> dueInWords(const EKReminderData& reminder, Instant now, const TimeZone& zone,
                                    ClockHours hours) {
-    const ReminderEditDetails details = reminderEditDetails(reminder, calendar);
+    const ReminderEditDetails details = reminderEditDetails(reminder, zone);
     if (!details.dueDate)
         return std::nullopt;
     const auto in = [&](Language language) {
-        QString day = dateInWords(calendar.dayOf(*details.dueDate), calendar.dayOf(now), language);
+        QString day = dateInWords(zone.dayOf(*details.dueDate), zone.dayOf(now), language);
         if (!details.dueDateIncludesTime)
             return day;
         const auto clock = language == Language::french ? ClockHours::twentyFour : hours;
-        return day + QLatin1Char(' ') + clockText(calendar.timeOf(*details.dueDate), clock);
+        return day + QLatin1Char(' ') + clockText(zone.timeOf(*details.dueDate), clock);
     };
     return TextPair{in(Language::english), in(Language::french)};
 }

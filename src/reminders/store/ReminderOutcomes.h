@@ -2,7 +2,7 @@
 
 #include "foundation/ClockText.h"
 #include "foundation/Text.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "reminders/store/ReminderActionHistory.h"
 
 #include <QString>
@@ -26,7 +26,7 @@ struct EKReminderData;
 
 /// When it is due: "Mon 23 Nov", "Mon 23 Nov 2027 09:00"; absent without a due date.
 [[nodiscard]] std::optional<TextPair> dueInWords(const EKReminderData& reminder, Instant now,
-                                                 const ZoneCalendar& calendar, ClockHours hours);
+                                                 const TimeZone& zone, ClockHours hours);
 
 /// Of a reminder whose due date was set, or removed.
 [[nodiscard]] TextPair reschedulingOutcome(const QString& title, const std::optional<TextPair>& due);

@@ -13,7 +13,7 @@ ReminderStore::ReminderStore(ReminderStoreServices services, QObject* parent)
     : QObject(parent)
     , services_(std::move(services))
     , flags_(services_.scheduler, services_.defaults, services_.flags)
-    , reconciler_(services_.eventStore, services_.scheduler, services_.clock, services_.calendar,
+    , reconciler_(services_.eventStore, services_.scheduler, services_.clock, services_.currentZone,
                   services_.ledger)
     , work_(services_.scheduler, [this] { return flags_.isBusy() || reconciler_.bringForward(); })
     , arrangement_(services_, references_)

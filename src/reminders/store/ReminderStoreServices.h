@@ -12,7 +12,7 @@ namespace kestrant {
 
 class Clock;
 class CompletionLedgerRepository;
-class CurrentCalendar;
+class CurrentTimeZone;
 class EKEventStore;
 class FlaggedReminderAutomation;
 class Localization;
@@ -29,7 +29,7 @@ struct ReminderStoreServices {
     OpenReminders& openReminders;
     Scheduler& scheduler;
     const Clock& clock;
-    CurrentCalendar& calendar;
+    CurrentTimeZone& currentZone;
     UserDefaults& defaults;
     /// The language of the first list, and the locale of titles' order and of search.
     Localization& localization;

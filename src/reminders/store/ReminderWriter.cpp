@@ -1,9 +1,10 @@
 #include "reminders/store/ReminderWriter.h"
 
 #include "eventkit/model/EKEventStore.h"
+#include "foundation/DateComponents.h"
 #include "foundation/Scheduler.h"
+#include "foundation/TimeZone.h"
 #include "foundation/UserDefaults.h"
-#include "foundation/ZoneCalendar.h"
 #include "preferences/Localization.h"
 #include "preferences/PreferenceKeys.h"
 #include "reminders/model/ReminderConversion.h"
@@ -117,14 +118,14 @@ void ReminderWriter::makeInitialList(const NewReminder& reminder, CreationComple
 void ReminderWriter::saveNew(const NewReminder& wanted, const EKCalendar& list,
                              CreationCompletion completion) {
     const auto reminder = std::make_shared<EKReminder>(services_.eventStore);
-    const ZoneCalendar calendar = services_.calendar.calendar();
+    const TimeZone zone = services_.currentZone.zone();
     reminder->data.title = wanted.title;
     reminder->data.priority = wanted.priority ? servicePriority(*wanted.priority) : 0;
     reminder->data.calendarIdentifier = list.calendarIdentifier;
     if (wanted.dueDate)
         applyDueDate(reminder->data,
-                     dueComponents(*wanted.dueDate, wanted.dueDateIncludesTime, calendar, std::nullopt),
-                     wanted.dueAlertSchedule, calendar);
+                     dueComponents(*wanted.dueDate, wanted.dueDateIncludesTime, zone, std::nullopt),
+                     wanted.dueAlertSchedule, zone);
     applyRepeat(reminder->data, wanted.repeat);
     const RecordedChangeRef recorded =
         recorder_.begin(RecordedChange::Kind::creation, text("Create reminder", "Créer le rappel"),
@@ -154,7 +155,7 @@ std::optional<ReminderEditDetails> ReminderWriter::editDetails(const QString& id
     const EKReminderRef reminder = services_.eventStore.calendarItem(id);
     if (!reminder)
         return std::nullopt;
-    return reminderEditDetails(reminder->data, services_.calendar.calendar());
+    return reminderEditDetails(reminder->data, services_.currentZone.zone());
 }
 
 std::vector<EKRecurrenceRule> ReminderWriter::recurrenceRules(const QString& id) const {
@@ -207,7 +208,7 @@ void ReminderWriter::edit(const QString& id, const ReminderEditDetails& details,
             if (details.listID != reminder.calendarIdentifier &&
                 !services_.eventStore.calendarWithIdentifier(details.listID))
                 return failure(Code::listUnavailable);
-            const ZoneCalendar calendar = services_.calendar.calendar();
+            const TimeZone zone = services_.currentZone.zone();
             reminder.title = *title;
             reminder.priority = details.priority;
             reminder.calendarIdentifier = details.listID;
@@ -215,9 +216,9 @@ void ReminderWriter::edit(const QString& id, const ReminderEditDetails& details,
                 reminder.notes = details.notes.isEmpty() ? std::nullopt : std::optional(details.notes);
             std::optional<DateComponents> due;
             if (details.dueDate)
-                due = dueComponents(*details.dueDate, details.dueDateIncludesTime, calendar,
+                due = dueComponents(*details.dueDate, details.dueDateIncludesTime, zone,
                                     reminder.dueDateComponents);
-            applyDueDate(reminder, due, details.dueAlertSchedule, calendar);
+            applyDueDate(reminder, due, details.dueAlertSchedule, zone);
             if (repeat && repeat != reminderRepeat(reminder.recurrenceRules))
                 applyRepeat(reminder, *repeat);
             return {};
@@ -244,15 +245,15 @@ void ReminderWriter::reschedule(const QString& id, Instant dueDate, bool include
         text("Reschedule reminder", "Reporter le rappel"), id,
         [this, dueDate, includesTime,
          &alert](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
-            const ZoneCalendar calendar = services_.calendar.calendar();
-            applyDueDate(reminder, dueComponents(dueDate, includesTime, calendar, reminder.dueDateComponents),
-                         alert, calendar);
+            const TimeZone zone = services_.currentZone.zone();
+            applyDueDate(reminder, dueComponents(dueDate, includesTime, zone, reminder.dueDateComponents),
+                         alert, zone);
             return {};
         },
         [this](const EKReminderData& edited) {
-            return reschedulingOutcome(edited.title, dueInWords(edited, services_.clock.now(),
-                                                                services_.calendar.calendar(),
-                                                                services_.localization.clockHours()));
+            return reschedulingOutcome(edited.title,
+                                       dueInWords(edited, services_.clock.now(), services_.currentZone.zone(),
+                                                  services_.localization.clockHours()));
         },
         std::move(completion));
 }
@@ -276,7 +277,7 @@ void ReminderWriter::removeFromCalendar(const QString& id, Completion completion
 
 ReminderWriter::Edit ReminderWriter::withoutDueDate() const {
     return [this](EKReminderData& reminder) -> tl::expected<void, ReminderStoreError> {
-        applyDueDate(reminder, std::nullopt, std::nullopt, services_.calendar.calendar());
+        applyDueDate(reminder, std::nullopt, std::nullopt, services_.currentZone.zone());
         return {};
     };
 }

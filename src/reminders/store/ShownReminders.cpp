@@ -20,7 +20,7 @@ ShownReminders::ShownReminders(const ReminderStoreServices& services, ReminderAr
     : services_(services)
     , arrangement_(arrangement)
     , flags_(flags)
-    , zoneObserver_(services.calendar.observeChanges([this] { presentDidChange(); }))
+    , zoneObserver_(services.currentZone.observeChanges([this] { presentDidChange(); }))
     , languageObserver_(services.localization.observeChanges([this] { languageChanged(); })) {
     ordering_.setManualOrder(arrangement_.manualOrderIDs());
     connect(&arrangement_, &ReminderArrangement::manualOrderIDsChanged, this,
@@ -31,28 +31,27 @@ ShownReminders::ShownReminders(const ReminderStoreServices& services, ReminderAr
 }
 
 void ShownReminders::show(const OpenReminders::Reminders& reminders, bool isOfOneList) {
-    const ZoneCalendar calendar = services_.calendar.calendar();
-    const bool isAsBefore = fetched_.reminders && fetched_.calendar == calendar &&
+    const TimeZone zone = services_.currentZone.zone();
+    const bool isAsBefore = fetched_.reminders && fetched_.zone == zone &&
                             fetchedTasks_->size() == reminders->size() &&
                             (fetched_.reminders == reminders || *fetched_.reminders == *reminders);
     if (!isAsBefore)
-        setFetchedTasks(tasksOf(*reminders, calendar));
-    fetched_ = {reminders, calendar};
+        setFetchedTasks(tasksOf(*reminders, zone));
+    fetched_ = {reminders, zone};
     updateManualOrder(isOfOneList);
 }
 
-std::vector<ReminderTask> ShownReminders::tasksOf(const EKReminders& reminders,
-                                                  const ZoneCalendar& calendar) const {
+std::vector<ReminderTask> ShownReminders::tasksOf(const EKReminders& reminders, const TimeZone& zone) const {
     const EKReminders none;
     const EKReminders& former = fetched_.reminders ? *fetched_.reminders : none;
-    const bool areKnown = fetched_.calendar == calendar && fetchedTasks_->size() == former.size();
+    const bool areKnown = fetched_.zone == zone && fetchedTasks_->size() == former.size();
     std::vector<ReminderTask> tasks;
     tasks.reserve(reminders.size());
     for (std::size_t i = 0; i < reminders.size(); ++i) {
         const auto& reminder = reminders[i];
         const bool isKnown = areKnown && i < former.size() && reminder == former[i];
         tasks.push_back(isKnown ? (*fetchedTasks_)[i]
-                                : reminderTask(*reminder, calendar,
+                                : reminderTask(*reminder, zone,
                                                flags_.index().isFlagged(reminder->calendarItemIdentifier)));
     }
     return tasks;
@@ -115,7 +114,7 @@ void ShownReminders::updateManualOrder(bool isOfOneList) {
 }
 
 ReminderTimeContext ShownReminders::present() const {
-    return ReminderTimeContext::at(services_.clock.now(), services_.calendar.calendar());
+    return ReminderTimeContext::at(services_.clock.now(), services_.currentZone.zone());
 }
 
 void ShownReminders::recompute() {

@@ -3,7 +3,7 @@
 #include "eventkit/model/OpenReminders.h"
 #include "foundation/Scheduler.h"
 #include "foundation/Subscription.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "reminders/model/ReminderFiltering.h"
 #include "reminders/model/ReminderOrdering.h"
 #include "reminders/model/ReminderTaskList.h"
@@ -56,8 +56,7 @@ class ShownReminders : public QObject {
 
   private:
     /// Those that were fetched before are taken over.
-    [[nodiscard]] std::vector<ReminderTask> tasksOf(const EKReminders& reminders,
-                                                    const ZoneCalendar& calendar) const;
+    [[nodiscard]] std::vector<ReminderTask> tasksOf(const EKReminders& reminders, const TimeZone& zone) const;
     void setFetchedTasks(std::vector<ReminderTask> tasks);
     void updateManualOrder(bool isOfOneList);
     void refreshFlags();
@@ -74,7 +73,7 @@ class ShownReminders : public QObject {
     /// The result of the last fetch, and the time zone in which it was read.
     struct Fetched {
         OpenReminders::Reminders reminders;
-        std::optional<ZoneCalendar> calendar;
+        std::optional<TimeZone> zone;
     };
     Fetched fetched_;
     /// The tasks of it, but for those that were removed since.

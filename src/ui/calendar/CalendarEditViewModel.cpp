@@ -9,12 +9,12 @@
 namespace kestrant {
 
 CalendarEditViewModel::CalendarEditViewModel(CalendarStore& store, const Clock& clock,
-                                             const CurrentCalendar& calendar, Localizer& localizer,
+                                             const CurrentTimeZone& currentZone, Localizer& localizer,
                                              QObject* parent)
     : FormViewModel(localizer, parent)
     , store_(store)
     , localizer_(localizer)
-    , times_(clock, calendar, localizer) {
+    , times_(clock, currentZone, localizer) {
     connect(&times_, &EventTimes::edited, this, &CalendarEditViewModel::edited);
 }
 

@@ -40,7 +40,7 @@ class CalendarEditViewModel : public kestrant::FormViewModel {
 
   public:
     /// Everything must outlive the view model.
-    CalendarEditViewModel(CalendarStore& store, const Clock& clock, const CurrentCalendar& calendar,
+    CalendarEditViewModel(CalendarStore& store, const Clock& clock, const CurrentTimeZone& currentZone,
                           Localizer& localizer, QObject* parent = nullptr);
 
     /// Shows the event behind a row; its details follow on a later turn, or errorText. What was kept of an

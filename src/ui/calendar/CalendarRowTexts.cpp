@@ -26,28 +26,27 @@ QString dash(const QString& start, const QString& end) {
 
 }  // namespace
 
-TimeStyle timeStyle(const ZoneCalendar& calendar, Language language, const QLocale& dates,
-                    const QLocale& personal) {
-    return {calendar, language, dates, clockHours(language, personal)};
+TimeStyle timeStyle(const TimeZone& zone, Language language, const QLocale& dates, const QLocale& personal) {
+    return {zone, language, dates, clockHours(language, personal)};
 }
 
 QString timeText(Instant instant, const TimeStyle& style) {
-    return timeText(style.calendar.timeOf(instant), style);
+    return timeText(style.zone.timeOf(instant), style);
 }
 
 RowTimeTexts rowTimeTexts(const CalendarEventItem& row, QDate day, const TimeStyle& style) {
     // The end is excluded, and an event without length has its start.
     const Instant lastInstant = std::max(row.startDate, row.endDate - Duration(1));
-    const QDate first = style.calendar.dayOf(row.startDate);
-    const QDate last = style.calendar.dayOf(lastInstant);
+    const QDate first = style.zone.dayOf(row.startDate);
+    const QDate last = style.zone.dayOf(lastInstant);
     const QString wholeDay = text("all day", "journée").in(style.language);
     if (row.isAllDay) {
         if (row.isReminder || day >= last)
             return {text("all day", "toute la journée").in(style.language), wholeDay};
         return {until(dayText(last, day, style), style), wholeDay};
     }
-    const QTime start = style.calendar.timeOf(row.startDate);
-    const QTime end = style.calendar.timeOf(row.endDate);
+    const QTime start = style.zone.timeOf(row.startDate);
+    const QTime end = style.zone.timeOf(row.endDate);
     if (first == last) {
         // A reminder is a moment: its length is only for its place among the rows.
         if (row.isReminder || row.endDate <= row.startDate)
@@ -59,7 +58,7 @@ RowTimeTexts rowTimeTexts(const CalendarEventItem& row, QDate day, const TimeSty
     }
     if (day <= first)
         return {dash(timeText(start, style),
-                     dayText(style.calendar.dayOf(row.endDate), day, style) + u' ' + timeText(end, style)),
+                     dayText(style.zone.dayOf(row.endDate), day, style) + u' ' + timeText(end, style)),
                 timeText(start, style)};
     if (day < last)
         return {until(dayText(last, day, style), style), wholeDay};

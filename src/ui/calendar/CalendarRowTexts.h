@@ -2,7 +2,7 @@
 
 #include "calendar/CalendarItems.h"
 #include "foundation/ClockText.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 #include <QLocale>
 
@@ -10,14 +10,14 @@ namespace kestrant {
 
 /// How a person reads days and times of day.
 struct TimeStyle {
-    ZoneCalendar calendar;
+    TimeZone zone;
     Language language = Language::english;
     /// Names days and months.
     QLocale dates;
     ClockHours hours = ClockHours::twentyFour;
 };
 
-[[nodiscard]] TimeStyle timeStyle(const ZoneCalendar& calendar, Language language, const QLocale& dates,
+[[nodiscard]] TimeStyle timeStyle(const TimeZone& zone, Language language, const QLocale& dates,
                                   const QLocale& personal);
 
 /// "14:00", or "2:00 PM".

@@ -63,18 +63,18 @@ QString dayName(QDate day, QDate today, const Localizer& localizer) {
 }  // namespace
 
 CalendarViewModel::CalendarViewModel(CalendarStore& store, const Clock& clock,
-                                     const CurrentCalendar& calendar, Localizer& localizer,
+                                     const CurrentTimeZone& currentZone, Localizer& localizer,
                                      PanelViewModel& panel, std::function<QLocale()> personalLocale,
                                      QObject* parent)
     : QObject(parent)
     , store_(store)
     , clock_(clock)
-    , calendar_(calendar)
+    , currentZone_(currentZone)
     , localizer_(localizer)
     , panel_(panel)
     , personalLocale_(std::move(personalLocale))
     , rows_([this](const CalendarDayGroup& group, int event) { return presented(group, event); })
-    , shownCalendar_(calendar.calendar()) {
+    , shownZone_(currentZone.zone()) {
     connect(&store, &CalendarStore::dayGroupsChanged, this, &CalendarViewModel::groupsChanged);
     connect(&store, &CalendarStore::accessStateChanged, this, &CalendarViewModel::updateContent);
     for (const auto signal : {&CalendarStore::isLoadingChanged, &CalendarStore::isLoadingMoreEventsChanged})
@@ -98,8 +98,8 @@ CalendarViewModel::CalendarViewModel(CalendarStore& store, const Clock& clock,
 }
 
 void CalendarViewModel::groupsChanged() {
-    const bool zoneDiffers = !(calendar_.calendar() == shownCalendar_);
-    shownCalendar_ = calendar_.calendar();
+    const bool zoneDiffers = !(currentZone_.zone() == shownZone_);
+    shownZone_ = currentZone_.zone();
     rows_.setGroups(store_.dayGroups());
     if (zoneDiffers)
         rows_.refreshTexts();
@@ -109,7 +109,7 @@ void CalendarViewModel::groupsChanged() {
 }
 
 TimeStyle CalendarViewModel::style() const {
-    return timeStyle(calendar_.calendar(), localizer_.language(), localizer_.locale(), personalLocale_());
+    return timeStyle(currentZone_.zone(), localizer_.language(), localizer_.locale(), personalLocale_());
 }
 
 CalendarRow CalendarViewModel::presented(const CalendarDayGroup& group, int event) const {
@@ -130,7 +130,7 @@ CalendarRow CalendarViewModel::presented(const CalendarDayGroup& group, int even
     const Instant now = clock_.now();
     const TimeStyle times = style();
     const RowTimeTexts texts = rowTimeTexts(item, group.day, times);
-    const bool hasPassed = item.isAllDay     ? group.day < times.calendar.dayOf(now)
+    const bool hasPassed = item.isAllDay     ? group.day < times.zone.dayOf(now)
                            : item.isReminder ? item.startDate < now
                                              : item.endDate <= now;
     row.id = item.id;
@@ -236,12 +236,12 @@ QString CalendarViewModel::failureText() const {
 }
 
 QString CalendarViewModel::today() const {
-    return calendar_.calendar().dayOf(clock_.now()).toString(Qt::ISODate);
+    return currentZone_.zone().dayOf(clock_.now()).toString(Qt::ISODate);
 }
 
 QVariantList CalendarViewModel::week() const {
-    const ZoneCalendar calendar = calendar_.calendar();
-    const CalendarPresent present{clock_.now(), calendar, localizer_.language(), {}};
+    const TimeZone zone = currentZone_.zone();
+    const CalendarPresent present{clock_.now(), zone, localizer_.language(), {}};
     const DayRange days = compactDays(present);
     const QList<CalendarDayGroup>& groups = store_.dayGroups();
     QVariantList week;

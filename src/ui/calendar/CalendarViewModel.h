@@ -1,7 +1,8 @@
 #pragma once
 
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/Scheduler.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 #include "ui/calendar/CalendarRowModel.h"
 #include "ui/calendar/CalendarRowTexts.h"
 #include "ui/panel/RestingViewModel.h"
@@ -52,7 +53,7 @@ class CalendarViewModel : public QObject {
 
   public:
     /// Everything must outlive the view model. `personalLocale` says whether the day has 12 or 24 hours.
-    CalendarViewModel(CalendarStore& store, const Clock& clock, const CurrentCalendar& calendar,
+    CalendarViewModel(CalendarStore& store, const Clock& clock, const CurrentTimeZone& currentZone,
                       Localizer& localizer, PanelViewModel& panel, std::function<QLocale()> personalLocale,
                       QObject* parent = nullptr);
 
@@ -99,14 +100,14 @@ class CalendarViewModel : public QObject {
 
     CalendarStore& store_;
     const Clock& clock_;
-    const CurrentCalendar& calendar_;
+    const CurrentTimeZone& currentZone_;
     Localizer& localizer_;
     PanelViewModel& panel_;
     std::function<QLocale()> personalLocale_;
     CalendarRowModel rows_;
     QString content_ = QStringLiteral("loading");
     /// The language and formats that the texts were made for.
-    ZoneCalendar shownCalendar_;
+    TimeZone shownZone_;
 };
 
 }  // namespace kestrant

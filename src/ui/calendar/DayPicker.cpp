@@ -19,18 +19,18 @@ QString capitalized(QString text) {
 
 }  // namespace
 
-DayPicker::DayPicker(const Clock& clock, const CurrentCalendar& calendar, const Localizer& localizer,
+DayPicker::DayPicker(const Clock& clock, const CurrentTimeZone& currentZone, const Localizer& localizer,
                      QObject* parent)
     : QObject(parent)
     , clock_(clock)
-    , calendar_(calendar)
+    , currentZone_(currentZone)
     , localizer_(localizer) {
     showMonthOfDay();
     connect(&localizer, &Localizer::languageChanged, this, &DayPicker::refresh);
 }
 
 QDate DayPicker::currentDay() const {
-    return calendar_.calendar().dayOf(clock_.now());
+    return currentZone_.zone().dayOf(clock_.now());
 }
 
 void DayPicker::refresh() {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/Scheduler.h"
-#include "foundation/ZoneCalendar.h"
 
 #include <QDate>
 #include <QObject>
@@ -39,7 +39,7 @@ class DayPicker : public QObject {
 
   public:
     /// Everything must outlive the picker.
-    DayPicker(const Clock& clock, const CurrentCalendar& calendar, const Localizer& localizer,
+    DayPicker(const Clock& clock, const CurrentTimeZone& currentZone, const Localizer& localizer,
               QObject* parent = nullptr);
 
     [[nodiscard]] QDate day() const { return day_; }
@@ -75,7 +75,7 @@ class DayPicker : public QObject {
     [[nodiscard]] QDate currentDay() const;
 
     const Clock& clock_;
-    const CurrentCalendar& calendar_;
+    const CurrentTimeZone& currentZone_;
     const Localizer& localizer_;
     QDate day_;
     QDate firstOfMonth_;

@@ -35,39 +35,39 @@ std::optional<QTime> EventTimes::Side::takeTyped() {
     return isSameMinute(*time, wall.time()) ? std::nullopt : time;
 }
 
-EventTimes::EventTimes(const Clock& clock, const CurrentCalendar& calendar, const Localizer& localizer,
+EventTimes::EventTimes(const Clock& clock, const CurrentTimeZone& currentZone, const Localizer& localizer,
                        QObject* parent)
     : QObject(parent)
     , clock_(clock)
-    , currentCalendar_(calendar)
+    , currentZone_(currentZone)
     , localizer_(localizer)
-    , calendar_(calendar.calendar())
-    , start_{.day = DayPicker(clock, calendar, localizer), .wall = {}, .original = {}, .typed = {}}
-    , end_{.day = DayPicker(clock, calendar, localizer), .wall = {}, .original = {}, .typed = {}} {
+    , zone_(currentZone.zone())
+    , start_{.day = DayPicker(clock, currentZone, localizer), .wall = {}, .original = {}, .typed = {}}
+    , end_{.day = DayPicker(clock, currentZone, localizer), .wall = {}, .original = {}, .typed = {}} {
     showNextHalfHour();
     connect(&start_.day, &DayPicker::dayChanged, this, [this] { pickDay(start_); });
     connect(&end_.day, &DayPicker::dayChanged, this, [this] { pickDay(end_); });
 }
 
 QDateTime EventTimes::wallTime(Instant instant) const {
-    return wallTimeAt(calendar_.dayOf(instant), calendar_.timeOf(instant));
+    return wallTimeAt(zone_.dayOf(instant), zone_.timeOf(instant));
 }
 
 void EventTimes::show(const Span& span) {
-    calendar_ = currentCalendar_.calendar();
+    zone_ = currentZone_.zone();
     given_ = span;
     isAllDay_ = span.isAllDay;
     if (!isAllDay_) {
         show(wallTime(span.start), wallTime(span.end));
         return;
     }
-    const QDate firstDay = calendar_.dayOf(span.start);
-    const QDate lastDay = std::max(firstDay, calendar_.dayOf(span.end - Duration(1)));
+    const QDate firstDay = zone_.dayOf(span.start);
+    const QDate lastDay = std::max(firstDay, zone_.dayOf(span.end - Duration(1)));
     show(wallTimeAt(firstDay, usualStart), wallTimeAt(lastDay, usualEnd));
 }
 
 void EventTimes::showNextHalfHour() {
-    calendar_ = currentCalendar_.calendar();
+    zone_ = currentZone_.zone();
     given_.reset();
     isAllDay_ = false;
     const QDateTime now = wallTime(clock_.now());
@@ -161,11 +161,11 @@ tl::expected<EventTimes::Span, TextPair> EventTimes::span() {
         return tl::unexpected(unreadableTimeText());
     Span span{.isAllDay = isAllDay_};
     if (isAllDay_) {
-        span.start = calendar_.startOfDay(start_.wall.date());
-        span.end = calendar_.startOfDay(end_.wall.date().addDays(1));
+        span.start = zone_.startOfDay(start_.wall.date());
+        span.end = zone_.startOfDay(end_.wall.date().addDays(1));
     } else {
-        span.start = calendar_.instantAt(start_.wall.date(), start_.wall.time());
-        span.end = calendar_.instantAt(end_.wall.date(), end_.wall.time());
+        span.start = zone_.instantAt(start_.wall.date(), start_.wall.time());
+        span.end = zone_.instantAt(end_.wall.date(), end_.wall.time());
     }
     if (isAsGiven(start_))
         span.start = given_->start;

@@ -41,7 +41,7 @@ class EventTimes : public QObject {
     };
 
     /// Everything must outlive the times.
-    EventTimes(const Clock& clock, const CurrentCalendar& calendar, const Localizer& localizer,
+    EventTimes(const Clock& clock, const CurrentTimeZone& currentZone, const Localizer& localizer,
                QObject* parent = nullptr);
 
     /// Shows an event's own times.
@@ -97,10 +97,10 @@ class EventTimes : public QObject {
     [[nodiscard]] bool isAsGiven(const Side& side) const;
 
     const Clock& clock_;
-    const CurrentCalendar& currentCalendar_;
+    const CurrentTimeZone& currentZone_;
     const Localizer& localizer_;
     /// The zone does not change under what is shown.
-    ZoneCalendar calendar_;
+    TimeZone zone_;
     std::optional<Span> given_;
     bool isAllDay_ = false;
     Side start_;

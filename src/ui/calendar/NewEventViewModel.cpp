@@ -9,11 +9,12 @@
 namespace kestrant {
 
 NewEventViewModel::NewEventViewModel(CalendarStore& store, const Clock& clock,
-                                     const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
+                                     const CurrentTimeZone& currentZone, Localizer& localizer,
+                                     QObject* parent)
     : FormViewModel(localizer, parent)
     , store_(store)
     , localizer_(localizer)
-    , times_(clock, calendar, localizer) {
+    , times_(clock, currentZone, localizer) {
     connect(&times_, &EventTimes::edited, this, &NewEventViewModel::edited);
     // Calendars come and go with what is loaded.
     connect(&store, &CalendarStore::isLoadingChanged, this, &NewEventViewModel::changed);

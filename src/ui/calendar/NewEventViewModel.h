@@ -32,7 +32,7 @@ class NewEventViewModel : public kestrant::FormViewModel {
 
   public:
     /// Everything must outlive the view model.
-    NewEventViewModel(CalendarStore& store, const Clock& clock, const CurrentCalendar& calendar,
+    NewEventViewModel(CalendarStore& store, const Clock& clock, const CurrentTimeZone& currentZone,
                       Localizer& localizer, QObject* parent = nullptr);
 
     /// Shows what was written and neither added nor discarded, or else an empty event at the next half hour.

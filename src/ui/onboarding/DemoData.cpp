@@ -152,14 +152,14 @@ std::vector<DemoEvent> demoEvents(QDate today) {
 /// Saves one thing after the other; owns itself through the completions it waits for.
 class DemoWriter : public std::enable_shared_from_this<DemoWriter> {
   public:
-    DemoWriter(EKEventStore& store, Instant now, const ZoneCalendar& calendar, Language language,
+    DemoWriter(EKEventStore& store, Instant now, const TimeZone& zone, Language language,
                std::function<void(std::optional<EKError>)> done)
         : store_(store)
         , now_(now)
-        , calendar_(calendar)
+        , zone_(zone)
         , language_(language)
         , done_(std::move(done))
-        , events_(demoEvents(calendar.dayOf(now))) {}
+        , events_(demoEvents(zone.dayOf(now))) {}
 
     void saveNextList() {
         if (listIDs_.size() == lists_.size()) {
@@ -167,12 +167,12 @@ class DemoWriter : public std::enable_shared_from_this<DemoWriter> {
             return;
         }
         const DemoList& list = lists_[listIDs_.size()];
-        EKCalendar calendar;
-        calendar.title = list.title.in(language_);
-        calendar.color = list.color;
-        calendar.allowsReminders = list.allowsReminders;
-        calendar.allowsEvents = true;
-        store_.saveCalendar(calendar,
+        EKCalendar zone;
+        zone.title = list.title.in(language_);
+        zone.color = list.color;
+        zone.allowsReminders = list.allowsReminders;
+        zone.allowsEvents = true;
+        store_.saveCalendar(zone,
                             [self = shared_from_this()](const tl::expected<EKCalendar, EKError>& saved) {
                                 if (!saved) {
                                     self->done_(saved.error());
@@ -220,15 +220,15 @@ class DemoWriter : public std::enable_shared_from_this<DemoWriter> {
         data.title = demo.title.in(language_);
         if (!demo.place.english.isEmpty())
             data.location = demo.place.in(language_);
-        const QDate day = calendar_.dayOf(now_).addDays(demo.day);
+        const QDate day = zone_.dayOf(now_).addDays(demo.day);
         data.isAllDay = !demo.start.isValid();
         if (data.isAllDay) {
-            data.startDate = calendar_.startOfDay(day);
-            data.endDate = calendar_.startOfDay(day.addDays(demo.length));
+            data.startDate = zone_.startOfDay(day);
+            data.endDate = zone_.startOfDay(day.addDays(demo.length));
         } else {
-            data.startDate = calendar_.instantAt(day, demo.start);
+            data.startDate = zone_.instantAt(day, demo.start);
             data.endDate = data.startDate + std::chrono::minutes(demo.length);
-            data.timeZone = calendar_.zone();
+            data.timeZone = zone_;
         }
         if (demo.recurrence)
             data.recurrenceRules = {EKRecurrenceRule::parse(QString::fromUtf8(demo.recurrence))};
@@ -243,11 +243,11 @@ class DemoWriter : public std::enable_shared_from_this<DemoWriter> {
         data.priority = demo.priority;
         data.isFlagged = demo.isFlagged;
         if (demo.day) {
-            const QDate day = calendar_.dayOf(now_).addDays(*demo.day);
+            const QDate day = zone_.dayOf(now_).addDays(*demo.day);
             data.dueDateComponents = demo.time.isValid() ? DateComponents::fromDateTime(day, demo.time)
                                                          : DateComponents::fromDate(day);
             if (demo.alertMinutesBefore)
-                data.alarms = {EKAlarm::at(calendar_.instantAt(day, demo.time) -
+                data.alarms = {EKAlarm::at(zone_.instantAt(day, demo.time) -
                                            std::chrono::minutes(*demo.alertMinutesBefore))};
         }
         if (demo.recurrence) {
@@ -259,7 +259,7 @@ class DemoWriter : public std::enable_shared_from_this<DemoWriter> {
 
     EKEventStore& store_;
     Instant now_;
-    ZoneCalendar calendar_;
+    TimeZone zone_;
     Language language_;
     std::function<void(std::optional<EKError>)> done_;
     std::vector<DemoList> lists_ = demoLists();
@@ -272,9 +272,9 @@ class DemoWriter : public std::enable_shared_from_this<DemoWriter> {
 
 }  // namespace
 
-void addDemoData(EKEventStore& store, Instant now, const ZoneCalendar& calendar, Language language,
+void addDemoData(EKEventStore& store, Instant now, const TimeZone& zone, Language language,
                  std::function<void(std::optional<EKError> error)> done) {
-    std::make_shared<DemoWriter>(store, now, calendar, language, std::move(done))->saveNextList();
+    std::make_shared<DemoWriter>(store, now, zone, language, std::move(done))->saveNextList();
 }
 
 }  // namespace kestrant

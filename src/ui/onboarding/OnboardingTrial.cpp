@@ -63,7 +63,7 @@ OnboardingTrial::OnboardingTrial(const Services& services, NotchInteractionModel
     , defaults_(services.preferences.defaults())
     , preferences_(defaults_, [] { return QLocale::system(); })
     , localization_(preferences_)
-    , database_(services.scheduler, services.clock, services.calendar)
+    , database_(services.scheduler, services.clock, services.currentZone)
     , ledger_({}, keepNothing)
     , geometry_(trialScreen)
     , composition_({
@@ -71,7 +71,7 @@ OnboardingTrial::OnboardingTrial(const Services& services, NotchInteractionModel
           .openReminders = openReminders_,
           .scheduler = services.scheduler,
           .clock = services.clock,
-          .calendar = services.calendar,
+          .currentZone = services.currentZone,
           .preferences = preferences_,
           .localization = localization_,
           .localizer = services.localizer,
@@ -107,7 +107,7 @@ void OnboardingTrial::reset() {
         for (const EKCalendar& calendar : database_.calendars(type))
             database_.dropCalendar(calendar.calendarIdentifier);
     }
-    addDemoData(database_, services_.clock.now(), services_.calendar.calendar(),
+    addDemoData(database_, services_.clock.now(), services_.currentZone.zone(),
                 services_.localizer.language(), [this](const std::optional<EKError>&) {
                     flagExamples();
                     // Only now, so that the empty database is never shown.

@@ -72,7 +72,7 @@ class OnboardingTrial : public QObject {
         Preferences& preferences;
         Scheduler& scheduler;
         Clock& clock;
-        CurrentCalendar& calendar;
+        CurrentTimeZone& currentZone;
         const SensoryFeedback& feedback;
     };
     OnboardingTrial(const Services& services, NotchInteractionModel& notch);

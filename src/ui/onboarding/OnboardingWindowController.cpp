@@ -70,7 +70,7 @@ void OnboardingWindowController::createTrial() {
     trial_ = std::make_unique<OnboardingTrial>(
         OnboardingTrial::Services{*window_, services_.engine, services_.localizer, services_.appearance,
                                   services_.preferences, services_.scheduler, services_.clock,
-                                  services_.calendar, services_.feedback},
+                                  services_.currentZone, services_.feedback},
         *model_->notch());
     const auto count = [this](void (OnboardingTrial::*done)(), Exercise exercise) {
         connect(trial_.get(), done, model_.get(), [this, exercise] { model_->noteTried(exercise); });

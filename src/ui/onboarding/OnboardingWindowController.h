@@ -1,7 +1,7 @@
 #pragma once
 
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/Scheduler.h"
-#include "foundation/ZoneCalendar.h"
 
 #include <QObject>
 
@@ -38,7 +38,7 @@ class OnboardingWindowController : public QObject {
         SettingsViewModel& settings;
         Scheduler& scheduler;
         Clock& clock;
-        CurrentCalendar& calendar;
+        CurrentTimeZone& currentZone;
         const SensoryFeedback& feedback;
         /// Whether what is scrolled follows the fingers on a touchpad; empty where that is not the way.
         std::function<bool()> touchpadsScrollNaturally = {};

@@ -1,7 +1,7 @@
 #include "ui/onboarding/YearRevealViewModel.h"
 
 #include "completion/CompletionLedgerRepository.h"
-#include "foundation/CurrentCalendars.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/Scheduler.h"
 #include "notch/NotchInteractionModel.h"
 #include "preferences/Preferences.h"
@@ -13,10 +13,10 @@
 namespace kestrant {
 
 std::array<int, 12> completionsByMonth(const std::vector<CompletionRecord>& records, int year,
-                                       const ZoneCalendar& calendar) {
+                                       const TimeZone& zone) {
     std::array<int, 12> counts{};
     for (const CompletionRecord& record : records) {
-        const QDate day = calendar.dayOf(record.completedAt);
+        const QDate day = zone.dayOf(record.completedAt);
         if (day.year() == year)
             ++counts[std::size_t(day.month() - 1)];
     }
@@ -25,14 +25,14 @@ std::array<int, 12> completionsByMonth(const std::vector<CompletionRecord>& reco
 
 YearRevealViewModel::YearRevealViewModel(NotchInteractionModel& interaction,
                                          CompletionLedgerRepository& ledger, Preferences& preferences,
-                                         const Clock& clock, const CurrentCalendar& calendar,
+                                         const Clock& clock, const CurrentTimeZone& currentZone,
                                          Localizer& localizer, QObject* parent)
     : QObject(parent)
     , interaction_(interaction)
     , ledger_(ledger)
     , preferences_(preferences)
     , clock_(clock)
-    , calendar_(calendar)
+    , currentZone_(currentZone)
     , localizer_(localizer)
     , subscription_(ledger.observeWrites([this](const auto&) {
         // Reminders may still be on their way in while the year is shown.
@@ -52,11 +52,11 @@ bool YearRevealViewModel::isShowing() const {
 }
 
 void YearRevealViewModel::count() {
-    const ZoneCalendar& calendar = calendar_.calendar();
-    const QDate today = calendar.dayOf(clock_.now());
+    const TimeZone& zone = currentZone_.zone();
+    const QDate today = zone.dayOf(clock_.now());
     year_ = today.year();
     currentMonth_ = today.month() - 1;
-    counts_ = completionsByMonth(ledger_.sortedRecords(), year_, calendar);
+    counts_ = completionsByMonth(ledger_.sortedRecords(), year_, zone);
     Q_EMIT changed();
 }
 

@@ -16,15 +16,15 @@ namespace kestrant {
 
 class Clock;
 class CompletionLedgerRepository;
-class CurrentCalendar;
+class CurrentTimeZone;
 class Localizer;
 class NotchInteractionModel;
 class Preferences;
-class ZoneCalendar;
+class TimeZone;
 
 /// How many reminders were completed in each month of a year, January first.
 [[nodiscard]] std::array<int, 12> completionsByMonth(const std::vector<CompletionRecord>& records, int year,
-                                                     const ZoneCalendar& calendar);
+                                                     const TimeZone& zone);
 
 /// The look at the year's completed reminders that plays once, when the panel first opens after the
 /// introduction. It holds the panel open until it ends or is skipped. Thread: main.
@@ -45,7 +45,7 @@ class YearRevealViewModel : public QObject {
   public:
     /// Everything must outlive the view model.
     YearRevealViewModel(NotchInteractionModel& interaction, CompletionLedgerRepository& ledger,
-                        Preferences& preferences, const Clock& clock, const CurrentCalendar& calendar,
+                        Preferences& preferences, const Clock& clock, const CurrentTimeZone& currentZone,
                         Localizer& localizer, QObject* parent = nullptr);
 
     [[nodiscard]] bool isShowing() const;
@@ -69,7 +69,7 @@ class YearRevealViewModel : public QObject {
     CompletionLedgerRepository& ledger_;
     Preferences& preferences_;
     const Clock& clock_;
-    const CurrentCalendar& calendar_;
+    const CurrentTimeZone& currentZone_;
     Localizer& localizer_;
     int year_ = 0;
     int currentMonth_ = 0;

@@ -12,7 +12,7 @@ PanelComposition::PanelComposition(const Services& services)
           .openReminders = services.openReminders,
           .scheduler = services.scheduler,
           .clock = services.clock,
-          .calendar = services.calendar,
+          .currentZone = services.currentZone,
           .defaults = services.preferences.defaults(),
           .localization = services.localization,
           .notifications = services.notifications,
@@ -26,7 +26,7 @@ PanelComposition::PanelComposition(const Services& services)
           .openReminders = services.openReminders,
           .scheduler = services.scheduler,
           .clock = services.clock,
-          .calendar = services.calendar,
+          .currentZone = services.currentZone,
           .preferences = services.preferences,
           .notifications = services.notifications,
           .executor = services.executor,
@@ -44,14 +44,14 @@ PanelComposition::PanelComposition(const Services& services)
       })
     , panel(services.interaction, services.geometry, reminderStore, services.preferences,
             services.notifications, services.feedback)
-    , reminders(reminderStore, services.clock, services.calendar, services.localizer)
-    , days(calendarStore, services.clock, services.calendar, services.localizer, panel, services.locale)
-    , quickAdd(reminderStore, services.clock, services.calendar, services.localizer)
-    , newEvent(calendarStore, services.clock, services.calendar, services.localizer)
-    , calendarEdit(calendarStore, services.clock, services.calendar, services.localizer)
-    , reminderEdit(reminderStore, services.clock, services.calendar, services.localizer)
+    , reminders(reminderStore, services.clock, services.currentZone, services.localizer)
+    , days(calendarStore, services.clock, services.currentZone, services.localizer, panel, services.locale)
+    , quickAdd(reminderStore, services.clock, services.currentZone, services.localizer)
+    , newEvent(calendarStore, services.clock, services.currentZone, services.localizer)
+    , calendarEdit(calendarStore, services.clock, services.currentZone, services.localizer)
+    , reminderEdit(reminderStore, services.clock, services.currentZone, services.localizer)
     , history(actions, services.notifications, services.localizer)
     , yearReveal(services.interaction, services.ledger, services.preferences, services.clock,
-                 services.calendar, services.localizer) {}
+                 services.currentZone, services.localizer) {}
 
 }  // namespace kestrant

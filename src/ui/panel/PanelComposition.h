@@ -42,7 +42,7 @@ struct PanelComposition {
         OpenReminders& openReminders;
         Scheduler& scheduler;
         Clock& clock;
-        CurrentCalendar& calendar;
+        CurrentTimeZone& currentZone;
         Preferences& preferences;
         Localization& localization;
         Localizer& localizer;

@@ -45,14 +45,15 @@ const QString& factOf(QuickAddPiece::Kind kind) {
 }  // namespace
 
 QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
-                                     const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
+                                     const CurrentTimeZone& currentZone, Localizer& localizer,
+                                     QObject* parent)
     : FormViewModel(localizer, parent)
     , store_(store)
     , clock_(clock)
-    , calendar_(calendar)
+    , currentZone_(currentZone)
     , localizer_(localizer)
     , alert_(localizer)
-    , dueDay_(clock, calendar, localizer) {
+    , dueDay_(clock, currentZone, localizer) {
     connect(this, &QuickAddViewModel::changed, this, &QuickAddViewModel::updateFacts);
     updateFacts();
     connect(&alert_, &AlertPicker::edited, this, &QuickAddViewModel::edited);
@@ -118,7 +119,7 @@ void QuickAddViewModel::submit() {
     const auto time = hasTime() ? timeOfDay(timeText_) : std::optional(QTime(0, 0));
     if (!time)
         return fail(unreadableTimeText());
-    const ZoneCalendar calendar = calendar_.calendar();
+    const TimeZone zone = currentZone_.zone();
     reminder.dueDateIncludesTime = hasTime();
     const auto alert = alert_.takeSchedule();
     if (!alert)
@@ -126,7 +127,7 @@ void QuickAddViewModel::submit() {
     reminder.dueAlertSchedule = *alert;
     reminder.repeat = repeat();
     if (const QDate day = dueDay_.day(); day.isValid())
-        reminder.dueDate = hasTime() ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
+        reminder.dueDate = hasTime() ? zone.instantAt(day, *time) : zone.startOfDay(day);
 
     startSaving();
     store_.create(reminder, [self = QPointer(this),
@@ -162,7 +163,7 @@ void QuickAddViewModel::understand() {
             refused.push_back({start, words.size()});
     const QuickAddLine before = std::exchange(
         line_,
-        parseQuickAdd(title_, {clock_.now(), calendar_.calendar(), localizer_.language(), store_.lists()},
+        parseQuickAdd(title_, {clock_.now(), currentZone_.zone(), localizer_.language(), store_.lists()},
                       refused));
     // A line that is nothing but a date is a title.
     if (line_.title.trimmed().isEmpty())
@@ -379,10 +380,10 @@ QString QuickAddViewModel::dueText() const {
     const QDate day = dueDay_.day();
     if (!day.isValid())
         return {};
-    const ZoneCalendar calendar = calendar_.calendar();
+    const TimeZone zone = currentZone_.zone();
     const auto time = timeOfDay(timeText_);
-    const Instant due = time ? calendar.instantAt(day, *time) : calendar.startOfDay(day);
-    return reminderDueText(due, time.has_value(), clock_.now(), calendar, localizer_.language(),
+    const Instant due = time ? zone.instantAt(day, *time) : zone.startOfDay(day);
+    return reminderDueText(due, time.has_value(), clock_.now(), zone, localizer_.language(),
                            localizer_.clockHours());
 }
 

@@ -66,7 +66,7 @@ class QuickAddViewModel : public kestrant::FormViewModel {
 
   public:
     /// Everything must outlive the view model.
-    QuickAddViewModel(ReminderStore& store, const Clock& clock, const CurrentCalendar& calendar,
+    QuickAddViewModel(ReminderStore& store, const Clock& clock, const CurrentTimeZone& currentZone,
                       Localizer& localizer, QObject* parent = nullptr);
 
     /// Shows what was written and neither added nor discarded, or else an empty reminder in the list that is
@@ -135,7 +135,7 @@ class QuickAddViewModel : public kestrant::FormViewModel {
 
     ReminderStore& store_;
     const Clock& clock_;
-    const CurrentCalendar& calendar_;
+    const CurrentTimeZone& currentZone_;
     Localizer& localizer_;
     QString type_ = QStringLiteral("reminder");
     QString title_;

@@ -51,14 +51,14 @@ bool differsInDueDateAlone(const ReminderEditDetails& details, ReminderEditDetai
 }  // namespace
 
 ReminderEditViewModel::ReminderEditViewModel(ReminderStore& store, const Clock& clock,
-                                             const CurrentCalendar& calendar, Localizer& localizer,
+                                             const CurrentTimeZone& currentZone, Localizer& localizer,
                                              QObject* parent)
     : FormViewModel(localizer, parent)
     , store_(store)
-    , currentCalendar_(calendar)
+    , currentZone_(currentZone)
     , localizer_(localizer)
-    , calendar_(calendar.calendar())
-    , dueDay_(clock, calendar, localizer)
+    , zone_(currentZone.zone())
+    , dueDay_(clock, currentZone, localizer)
     , alert_(localizer) {
     connect(&dueDay_, &DayPicker::dayChanged, this, [this] {
         if (!dueDay_.day().isValid())
@@ -71,7 +71,7 @@ ReminderEditViewModel::ReminderEditViewModel(ReminderStore& store, const Clock& 
 int ReminderEditViewModel::begin(const QString& reminderId) {
     beginForm();
     id_ = reminderId;
-    calendar_ = currentCalendar_.calendar();
+    zone_ = currentZone_.zone();
     loaded_ = store_.editDetails(id_);
     dueTimeIsWrong_ = false;
     const ReminderEditDetails details = loaded_.value_or(ReminderEditDetails{});
@@ -83,9 +83,9 @@ int ReminderEditViewModel::begin(const QString& reminderId) {
     repeat_.reset();
     const ReminderList* list = find(store_.lists(), details.listID);
     list_ = list ? *list : ReminderList{.id = details.listID};
-    dueDay_.setDay(details.dueDate ? calendar_.dayOf(*details.dueDate) : QDate());
+    dueDay_.setDay(details.dueDate ? zone_.dayOf(*details.dueDate) : QDate());
     dueTime_ = details.dueDateIncludesTime
-                   ? clockText(calendar_.timeOf(*details.dueDate), localizer_.clockHours())
+                   ? clockText(zone_.timeOf(*details.dueDate), localizer_.clockHours())
                    : QString();
     updateAlert();
     begun_ = fields();
@@ -194,14 +194,14 @@ bool ReminderEditViewModel::takeDueDate(ReminderEditDetails& details) {
     // A due date that still reads as it did stays to the second.
     const bool isUnchanged =
         details.dueDate.has_value() == day.isValid() && details.dueDateIncludesTime == hasTime &&
-        (!details.dueDate || (calendar_.dayOf(*details.dueDate) == day &&
-                              (!hasTime || isSameMinute(calendar_.timeOf(*details.dueDate), *time))));
+        (!details.dueDate || (zone_.dayOf(*details.dueDate) == day &&
+                              (!hasTime || isSameMinute(zone_.timeOf(*details.dueDate), *time))));
     if (isUnchanged)
         return true;
     details.dueDateIncludesTime = hasTime;
     details.dueDate.reset();
     if (day.isValid())
-        details.dueDate = hasTime ? calendar_.instantAt(day, *time) : calendar_.startOfDay(day);
+        details.dueDate = hasTime ? zone_.instantAt(day, *time) : zone_.startOfDay(day);
     return true;
 }
 

@@ -52,7 +52,7 @@ class ReminderEditViewModel : public kestrant::FormViewModel {
 
   public:
     /// Everything must outlive the view model.
-    ReminderEditViewModel(ReminderStore& store, const Clock& clock, const CurrentCalendar& calendar,
+    ReminderEditViewModel(ReminderStore& store, const Clock& clock, const CurrentTimeZone& currentZone,
                           Localizer& localizer, QObject* parent = nullptr);
 
     /// Shows a reminder, or in errorText that it is gone. Returns the form's number, for end().
@@ -131,13 +131,13 @@ class ReminderEditViewModel : public kestrant::FormViewModel {
     [[nodiscard]] bool takeDueDate(ReminderEditDetails& details);
 
     ReminderStore& store_;
-    const CurrentCalendar& currentCalendar_;
+    const CurrentTimeZone& currentZone_;
     Localizer& localizer_;
     QString id_;
     /// The values the form began with; absent when the reminder is gone.
     std::optional<ReminderEditDetails> loaded_;
     /// The zone does not change under what is shown.
-    ZoneCalendar calendar_;
+    TimeZone zone_;
     QString title_;
     DayPicker dueDay_;
     QString dueTime_;

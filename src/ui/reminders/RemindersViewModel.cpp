@@ -43,11 +43,12 @@ QString besideBell(const QString& alert, Language language) {
 }  // namespace
 
 RemindersViewModel::RemindersViewModel(ReminderStore& store, const Clock& clock,
-                                       const CurrentCalendar& calendar, Localizer& localizer, QObject* parent)
+                                       const CurrentTimeZone& currentZone, Localizer& localizer,
+                                       QObject* parent)
     : QObject(parent)
     , store_(store)
     , clock_(clock)
-    , calendar_(calendar)
+    , currentZone_(currentZone)
     , localizer_(localizer)
     , cards_([this](const ReminderTask& task, bool isPending) { return card(task, isPending); }) {
     const auto updateCards = [this] {
@@ -99,17 +100,17 @@ RemindersViewModel::RemindersViewModel(ReminderStore& store, const Clock& clock,
 ReminderCard RemindersViewModel::card(const ReminderTask& task, bool isPending) const {
     const Language language = localizer_.language();
     const Instant now = clock_.now();
-    const ZoneCalendar calendar = calendar_.calendar();
+    const TimeZone zone = currentZone_.zone();
     const ReminderList* list = find(store_.lists(), task.listID);
     ReminderCard card;
     card.id = task.id;
     card.title = task.title;
     if (task.dueDate)
-        card.dueText = reminderDueText(*task.dueDate, task.dueDateIncludesTime, now, calendar, language,
+        card.dueText = reminderDueText(*task.dueDate, task.dueDateIncludesTime, now, zone, language,
                                        localizer_.clockHours());
     if (task.dueDate && task.dueDateIncludesTime)
-        card.timeText = clockText(calendar.timeOf(*task.dueDate), localizer_.clockHours());
-    card.isOverdue = isOverdue(task, ReminderTimeContext::at(now, calendar));
+        card.timeText = clockText(zone.timeOf(*task.dueDate), localizer_.clockHours());
+    card.isOverdue = isOverdue(task, ReminderTimeContext::at(now, zone));
     card.priorityMarks = marksOf(task.priority);
     card.isFlagged = task.isFlagged;
     card.isRecurring = task.isRecurring();
@@ -337,9 +338,9 @@ bool RemindersViewModel::moveToDay(const QString& taskId, const QString& day) {
 }
 
 Instant RemindersViewModel::dueDateOn(const ReminderTask& task, QDate day) const {
-    const ZoneCalendar calendar = calendar_.calendar();
-    return task.dueDate && task.dueDateIncludesTime ? calendar.instantAt(day, calendar.timeOf(*task.dueDate))
-                                                    : calendar.startOfDay(day);
+    const TimeZone zone = currentZone_.zone();
+    return task.dueDate && task.dueDateIncludesTime ? zone.instantAt(day, zone.timeOf(*task.dueDate))
+                                                    : zone.startOfDay(day);
 }
 
 QString RemindersViewModel::dueTextOn(const QString& taskId, const QString& day) const {
@@ -348,11 +349,11 @@ QString RemindersViewModel::dueTextOn(const QString& taskId, const QString& day)
     if (!task || !date.isValid())
         return {};
     return reminderDueText(dueDateOn(*task, date), task->dueDate && task->dueDateIncludesTime, clock_.now(),
-                           calendar_.calendar(), localizer_.language(), localizer_.clockHours());
+                           currentZone_.zone(), localizer_.language(), localizer_.clockHours());
 }
 
 QString RemindersViewModel::dayNamed(const QString& name) const {
-    QDate day = calendar_.calendar().dayOf(clock_.now());
+    QDate day = currentZone_.zone().dayOf(clock_.now());
     if (name == QLatin1String("tomorrow"))
         day = day.addDays(1);
     else if (name == QLatin1String("nextWeek"))

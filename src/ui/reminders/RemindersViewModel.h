@@ -1,7 +1,7 @@
 #pragma once
 
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/Scheduler.h"
-#include "foundation/ZoneCalendar.h"
 #include "ui/reminders/ReminderCardModel.h"
 
 #include <QColor>
@@ -66,7 +66,7 @@ class RemindersViewModel : public QObject {
 
   public:
     /// Everything must outlive the view model.
-    RemindersViewModel(ReminderStore& store, const Clock& clock, const CurrentCalendar& calendar,
+    RemindersViewModel(ReminderStore& store, const Clock& clock, const CurrentTimeZone& currentZone,
                        Localizer& localizer, QObject* parent = nullptr);
 
     [[nodiscard]] ReminderCardModel* cards() { return &cards_; }
@@ -145,7 +145,7 @@ class RemindersViewModel : public QObject {
 
     ReminderStore& store_;
     const Clock& clock_;
-    const CurrentCalendar& calendar_;
+    const CurrentTimeZone& currentZone_;
     Localizer& localizer_;
     ReminderCardModel cards_;
     QString content_ = QStringLiteral("loading");

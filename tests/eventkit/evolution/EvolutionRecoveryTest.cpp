@@ -68,7 +68,7 @@ TEST_F(EvolutionRecovery, GoesOnWhenAProcessOfTheServiceWasKilled) {
 
 TEST_F(EvolutionRecovery, TakesTheFirstOfTwoStepsBackWhereTheSecondOneWasNotMade) {
     open();
-    EvolutionHouse::Other other(house.calendar.calendar());
+    EvolutionHouse::Other other(house.currentZone.zone());
     evolution::EvolutionStorage& storage = other.storage;
     const auto parsed = [](const QByteArray& text) { return *icalendar::Document::parse(text); };
     const items::Place changed{list.toUtf8(), identifier.toUtf8()};
@@ -99,7 +99,7 @@ TEST_F(EvolutionRecovery, TakesTheFirstOfTwoStepsBackWhereTheSecondOneWasNotMade
         }
         const items::Place made{changed.collection, "copy"};
         EXPECT_TRUE(!each.isCopyEdited || rewrite(made, "SUMMARY:copy", "SUMMARY:edited"));
-        (void)other.database.refresh({.files = {{changed.collection, {}}}}, house.calendar.calendar());
+        (void)other.database.refresh({.files = {{changed.collection, {}}}}, house.currentZone.zone());
         house.awaitThat([&] { return driver.openTitles() == each.left; });
         if (const auto left = *storage.read(made)) {
             EXPECT_FALSE(storage.remove(made, left->version)) << each.what;
@@ -154,7 +154,7 @@ TEST_F(EvolutionRecovery, WaitsNoTimeForAProcessThatHangs) {
          {"org.gnome.evolution.dataserver.Calendar", "org.gnome.evolution.dataserver.Sources"}) {
         const pid_t process = house.service.processOf(name);
         ASSERT_EQ(::kill(process, SIGSTOP), 0);
-        EvolutionEventStore store(house.scheduler, house.scheduler, house.calendar, 1h);
+        EvolutionEventStore store(house.scheduler, house.scheduler, house.currentZone, 1h);
         EventStoreDriver other(store, house.scheduler);
         const auto refused = other.requestAccess();
         const auto problems = refused ? std::vector<TextPair>{refused->message} : store.problems();
@@ -176,7 +176,7 @@ TEST_F(EvolutionRecovery, ReadsNoMoreThanIsWanted) {
     };
     for (const Case& each :
          {Case{{identifier}, {"bread"}}, Case{{}, {}}, Case{{identifier, "unknown"}, {"bread", "milk"}}}) {
-        EvolutionEventStore store(house.scheduler, house.scheduler, house.calendar,
+        EvolutionEventStore store(house.scheduler, house.scheduler, house.currentZone,
                                   EvolutionEventStore::longestCall, {.items = each.wanted});
         EventStoreDriver other(store, house.scheduler);
         ASSERT_EQ(other.requestAccess(), std::nullopt);
@@ -191,9 +191,9 @@ TEST_F(EvolutionRecovery, ReadsNoMoreThanIsWanted) {
 
 TEST_F(EvolutionRecovery, FollowsListsThatOthersMakeChangeDisableAndRemove) {
     open();
-    EvolutionHouse::Other other(house.calendar.calendar());
+    EvolutionHouse::Other other(house.currentZone.zone());
     const auto made = other.database.saveCalendar({.title = "Aardvarks", .color = Color{1, 2, 3}},
-                                                  house.calendar.calendar());
+                                                  house.currentZone.zone());
     ASSERT_TRUE(made.has_value());
     house.awaitThat([&] { return listTitles() == std::vector<QString>{"Aardvarks", "Groceries"}; });
     EXPECT_EQ(house.store.calendars(EKEntityType::reminder)[0].color, (Color{1, 2, 3}));

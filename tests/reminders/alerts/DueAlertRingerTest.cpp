@@ -25,7 +25,7 @@ class DueAlertRingerTest : public ReminderStoreTest {
                                         .notifier = notifier,
                                         .scheduler = scheduler,
                                         .clock = scheduler,
-                                        .calendar = calendar,
+                                        .currentZone = currentZone,
                                         .defaults = defaults,
                                         .localization = localization});
         QObject::connect(&*ringer, &DueAlertRinger::openRequested, &*ringer,
@@ -217,7 +217,7 @@ TEST_F(DueAlertRingerTest, AnotherZoneMovesWhatIsBoundToADayThere) {
     start();
     scheduler.advance(1h);
     EXPECT_THAT(notifier.rung, IsEmpty());
-    calendar.moveTo("Asia/Tokyo");
+    currentZone.moveTo("Asia/Tokyo");
     scheduler.runPosted();
     EXPECT_THAT(notifier.rung, ElementsAre("a")) << "it is nine in the evening there";
 }

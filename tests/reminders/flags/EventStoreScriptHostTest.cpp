@@ -4,8 +4,8 @@
 #include "eventkit/model/OpenReminders.h"
 #include "foundation/SerialWorker.h"
 #include "reminders/flags/FlaggedReminderAutomation.h"
-#include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
+#include "support/MovableTimeZone.h"
 #include "support/ReminderBuilders.h"
 
 #include <gmock/gmock.h>
@@ -122,9 +122,9 @@ class EventStoreScriptHostTest : public testing::Test {
     }
 
     ManualScheduler scheduler{Instant(std::chrono::hours(500000))};
-    FixedCalendar calendar{"Europe/Paris"};
+    MovableTimeZone currentZone;
     Gate gate{scheduler};
-    InMemoryEventStore database{gate, scheduler, calendar};
+    InMemoryEventStore database{gate, scheduler, currentZone};
     std::vector<QString> lists;
     OpenReminders openReminders{database, gate};
     EventStoreScriptHost host{database, openReminders, gate};

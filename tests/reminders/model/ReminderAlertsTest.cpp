@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 
 constexpr auto paris = "Europe/Paris";
-const ZoneCalendar calendar(*TimeZone::named(paris));
+const TimeZone zone(*TimeZone::named(paris));
 const DateComponents wholeDay = DateComponents::fromDate({2026, 3, 12});
 const DateComponents tenOClock = DateComponents::fromDateTime({2026, 3, 12}, {10, 0});
 
@@ -50,17 +50,17 @@ TEST(ReminderAlerts, TheAlarmRingsWhereTheScheduleFitsTheDueDate) {
          DayRelativeToDueDate{-1, 9, 0}, at("UTC", {2026, 3, 29}, {7, 0})},
     };
     for (const Case& param : cases)
-        EXPECT_EQ(alarmInstant({param.due, param.schedule}, calendar), param.expected) << param.what;
-    EXPECT_EQ(alarmInstant({std::nullopt, RelativeToDueTime{0}}, calendar), std::nullopt);
-    EXPECT_EQ(alarmInstant({tenOClock, std::nullopt}, calendar), std::nullopt);
-    EXPECT_EQ(alarmInstant({DateComponents{.year = 2026, .hour = 10}, RelativeToDueTime{0}}, calendar),
+        EXPECT_EQ(alarmInstant({param.due, param.schedule}, zone), param.expected) << param.what;
+    EXPECT_EQ(alarmInstant({std::nullopt, RelativeToDueTime{0}}, zone), std::nullopt);
+    EXPECT_EQ(alarmInstant({tenOClock, std::nullopt}, zone), std::nullopt);
+    EXPECT_EQ(alarmInstant({DateComponents{.year = 2026, .hour = 10}, RelativeToDueTime{0}}, zone),
               std::nullopt);
 }
 
 class ReplacingAnAlarm : public testing::Test {
   protected:
     void replace(const ReminderDueAlert& before, const ReminderDueAlert& after) {
-        replaceAlarm(reminder, before, after, calendar);
+        replaceAlarm(reminder, before, after, zone);
     }
     static EKAlarm alarmAtTen(Duration offset) {
         return EKAlarm::at(at(paris, {2026, 3, 12}, {10, 0}) + offset);
@@ -201,8 +201,7 @@ TEST(ReminderAlerts, WhatIsShownCanBeTakenAwayReplacedAndMoved) {
     for (const Case& each : cases) {
         SCOPED_TRACE(each.what);
         EKReminderData changed = each.reminder;
-        replaceAlarm(changed, {changed.dueDateComponents, alertSchedule(changed, calendar)}, each.wanted,
-                     calendar);
+        replaceAlarm(changed, {changed.dueDateComponents, alertSchedule(changed, zone)}, each.wanted, zone);
         EXPECT_EQ(changed.alarms, each.expected);
     }
 }
@@ -214,17 +213,17 @@ TEST(ReminderAlerts, ReadsTheFirstAlarmThatRingsByDate) {
     again.structuredLocation.reset();
     again.snoozedAlarm = "A";
     EKReminderData timed = aReminder("r").due({2026, 3, 12}, {10, 0});
-    EXPECT_EQ(alertSchedule(timed, calendar), std::nullopt);
+    EXPECT_EQ(alertSchedule(timed, zone), std::nullopt);
     timed.alarms = {place, again, EKAlarm{}, EKAlarm{.relativeOffset = -5min},
                     EKAlarm::at(at(paris, {2026, 3, 12}, {9, 59}))};
-    EXPECT_EQ(alertSchedule(timed, calendar), ReminderAlertSchedule(RelativeToDueTime{-300}));
+    EXPECT_EQ(alertSchedule(timed, zone), ReminderAlertSchedule(RelativeToDueTime{-300}));
     timed.alarms.erase(timed.alarms.begin() + 3);
-    EXPECT_EQ(alertSchedule(timed, calendar), ReminderAlertSchedule(RelativeToDueTime{-60}));
+    EXPECT_EQ(alertSchedule(timed, zone), ReminderAlertSchedule(RelativeToDueTime{-60}));
 
     EKReminderData wholeDays = aReminder("r").due({2026, 3, 30}).alarmAt(at(paris, {2026, 3, 28}, {18, 5}));
-    EXPECT_EQ(alertSchedule(wholeDays, calendar), ReminderAlertSchedule(DayRelativeToDueDate{-2, 18, 5}));
+    EXPECT_EQ(alertSchedule(wholeDays, zone), ReminderAlertSchedule(DayRelativeToDueDate{-2, 18, 5}));
     wholeDays.dueDateComponents.reset();
-    EXPECT_EQ(alertSchedule(wholeDays, calendar), std::nullopt);
+    EXPECT_EQ(alertSchedule(wholeDays, zone), std::nullopt);
 }
 
 TEST(ReminderAlerts, EveryScheduleIsToldInWords) {

@@ -54,19 +54,18 @@ TEST(ReminderFiltering, TodayAndOverdueFollowTheCalendarsDays) {
         {"the day before it", saoPaulo, {2018, 11, 4}, {1, 0}, {2018, 11, 3}, {}, false, true},
     };
     for (const Case& param : cases) {
-        const ZoneCalendar calendar(*TimeZone::named(param.zone));
-        const auto present = ReminderTimeContext::at(calendar.instantAt(param.day, param.now), calendar);
-        const ReminderTask task = param.dueTime
-                                      ? dueAt(calendar.instantAt(param.dueDay, *param.dueTime), true)
-                                      : dueAt(calendar.startOfDay(param.dueDay), false);
+        const TimeZone zone(*TimeZone::named(param.zone));
+        const auto present = ReminderTimeContext::at(zone.instantAt(param.day, param.now), zone);
+        const ReminderTask task = param.dueTime ? dueAt(zone.instantAt(param.dueDay, *param.dueTime), true)
+                                                : dueAt(zone.startOfDay(param.dueDay), false);
         EXPECT_EQ(isDueToday(task, present), param.today) << param.what;
         EXPECT_EQ(isOverdue(task, present), param.overdue) << param.what;
     }
 }
 
 TEST(ReminderFiltering, EveryFilterThatIsOnMustPassAndEachCountsByItself) {
-    const ZoneCalendar calendar(*TimeZone::named(paris));
-    const auto present = ReminderTimeContext::at(at(paris, {2026, 3, 27}, {12, 0}), calendar);
+    const TimeZone zone(*TimeZone::named(paris));
+    const auto present = ReminderTimeContext::at(at(paris, {2026, 3, 27}, {12, 0}), zone);
     ReminderTask todayOverdueFlagged = dueAt(at(paris, {2026, 3, 27}, {9, 0}), true);
     todayOverdueFlagged.isFlagged = true;
     const std::vector tasks{todayOverdueFlagged, dueAt(at(paris, {2026, 3, 27}), false),
@@ -102,16 +101,16 @@ TEST(ReminderFiltering, SearchTrimsTheQueryAndIgnoresLetterCase) {
 }
 
 TEST(ReminderFiltering, TheAnswersNextChangeWhenATaskFallsDueOrTheDayEnds) {
-    const ZoneCalendar calendar(*TimeZone::named(paris));
-    const auto present = ReminderTimeContext::at(at(paris, {2026, 3, 28}, {12, 0}), calendar);
+    const TimeZone zone(*TimeZone::named(paris));
+    const auto present = ReminderTimeContext::at(at(paris, {2026, 3, 28}, {12, 0}), zone);
     const Instant midnight = at(paris, {2026, 3, 29});
     EXPECT_EQ(nextFilterChange({}, present), midnight);
     const std::vector tasks{dueAt(at(paris, {2026, 3, 28}, {11, 0}), true),
                             dueAt(at(paris, {2026, 3, 28}, {18, 0}), true),
                             dueAt(at(paris, {2026, 3, 28}), false)};
     const Instant next = nextFilterChange(tasks, present);
-    EXPECT_TRUE(isOverdue(tasks[1], ReminderTimeContext::at(next, calendar)));
-    EXPECT_FALSE(isOverdue(tasks[1], ReminderTimeContext::at(next - 1us, calendar)));
+    EXPECT_TRUE(isOverdue(tasks[1], ReminderTimeContext::at(next, zone)));
+    EXPECT_FALSE(isOverdue(tasks[1], ReminderTimeContext::at(next - 1us, zone)));
 }
 
 TEST(ReminderDueText, SaysDaysInWordsInBothLanguages) {
@@ -133,15 +132,13 @@ TEST(ReminderDueText, SaysDaysInWordsInBothLanguages) {
         {{2026, 11, 7}, {}, "Sat 7 Nov", "Sam. 7 nov."},
         {{2027, 1, 1}, {}, "Fri 1 Jan 2027", "Ven. 1 janv. 2027"},
     };
-    const ZoneCalendar calendar(*TimeZone::named(paris));
+    const TimeZone zone(*TimeZone::named(paris));
     const Instant now = at(paris, {2026, 11, 21}, {14, 30});
     for (const Case& expected : cases) {
         const Instant due = at(paris, expected.day, expected.time.value_or(QTime(0, 0)));
         const bool timed = expected.time.has_value();
-        EXPECT_EQ(reminderDueText(due, timed, now, calendar, Language::english).toStdString(),
-                  expected.english);
-        EXPECT_EQ(reminderDueText(due, timed, now, calendar, Language::french).toStdString(),
-                  expected.french);
+        EXPECT_EQ(reminderDueText(due, timed, now, zone, Language::english).toStdString(), expected.english);
+        EXPECT_EQ(reminderDueText(due, timed, now, zone, Language::french).toStdString(), expected.french);
     }
 }
 

@@ -19,7 +19,7 @@ using testing::ElementsAre;
 /// Friday 27 March 2026, noon, in Paris.
 QuickAddContext context(Language language) {
     QuickAddContext result{.now = at("Europe/Paris", {2026, 3, 27}, {12, 0}),
-                           .calendar = ZoneCalendar(*TimeZone::named("Europe/Paris")),
+                           .zone = *TimeZone::named("Europe/Paris"),
                            .language = language};
     for (const char* title : {"Groceries", "Home", "Home office", "Été à la plage", "C++"})
         result.lists.push_back({.id = QString::fromUtf8(title).toLower(), .title = QString::fromUtf8(title)});

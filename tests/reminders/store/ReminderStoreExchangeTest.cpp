@@ -10,7 +10,7 @@ namespace {
 class ReminderStoreExchangeTest : public ReminderStoreTest {
   protected:
     std::unique_ptr<InMemoryEventStore> databaseWith(const char* id) {
-        auto made = std::make_unique<InMemoryEventStore>(scheduler, scheduler, calendar);
+        auto made = std::make_unique<InMemoryEventStore>(scheduler, scheduler, currentZone);
         made->putCalendar({.calendarIdentifier = QStringLiteral("list"), .title = QString::fromUtf8(id)});
         made->putReminder(aReminder(id));
         scheduler.advance(1s);

@@ -6,9 +6,9 @@
 #include "reminders/flags/EventStoreScriptHost.h"
 #include "reminders/flags/FlaggedReminderAutomation.h"
 #include "reminders/store/ReminderStore.h"
-#include "support/FixedCalendar.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
+#include "support/MovableTimeZone.h"
 #include "support/ReminderBuilders.h"
 
 #include <QDir>
@@ -75,13 +75,13 @@ class ReminderStoreFiles : public testing::Test {
     QTemporaryDir folder;
     QTemporaryDir ledgerFolder;
     ManualScheduler scheduler{at("Europe/Paris", {2026, 3, 27}, {12, 0})};
-    FixedCalendar calendar{"Europe/Paris"};
+    MovableTimeZone currentZone;
     MemoryUserDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedStates); }};
     Localization localization{preferences};
     NotificationCenter notifications;
     CompletionLedgerRepository ledger{ledgerFolder.filePath(QStringLiteral("ledger.json"))};
-    VdirEventStore database{folder.path(), scheduler, scheduler, calendar};
+    VdirEventStore database{folder.path(), scheduler, scheduler, currentZone};
     OpenReminders openReminders{database, scheduler};
     ReminderActionHistory history{scheduler, scheduler};
     EventStoreScriptHost host{database, openReminders, scheduler};
@@ -91,7 +91,7 @@ class ReminderStoreFiles : public testing::Test {
                          .openReminders = openReminders,
                          .scheduler = scheduler,
                          .clock = scheduler,
-                         .calendar = calendar,
+                         .currentZone = currentZone,
                          .defaults = defaults,
                          .localization = localization,
                          .notifications = notifications,

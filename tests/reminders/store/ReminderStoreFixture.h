@@ -8,7 +8,7 @@
 #include "reminders/store/ReminderStore.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
-#include "support/MovableCalendar.h"
+#include "support/MovableTimeZone.h"
 #include "support/ReminderBuilders.h"
 
 #include <QTemporaryDir>
@@ -80,7 +80,7 @@ class ReminderStoreTest : public testing::Test {
                                             .openReminders = *openReminders,
                                             .scheduler = scheduler,
                                             .clock = scheduler,
-                                            .calendar = calendar,
+                                            .currentZone = currentZone,
                                             .defaults = defaults,
                                             .localization = localization,
                                             .notifications = notifications,
@@ -128,7 +128,7 @@ class ReminderStoreTest : public testing::Test {
 
     QTemporaryDir folder;
     ManualScheduler scheduler{now()};
-    MovableCalendar calendar;
+    MovableTimeZone currentZone;
     MemoryUserDefaults defaults;
     Preferences preferences{defaults, [] { return QLocale(QLocale::English, QLocale::UnitedStates); }};
     Localization localization{preferences};
@@ -151,7 +151,7 @@ class ReminderStoreTest : public testing::Test {
             else
                 write();
         }};
-    InMemoryEventStore database{scheduler, scheduler, calendar};
+    InMemoryEventStore database{scheduler, scheduler, currentZone};
     std::optional<OpenReminders> openReminders;
     ReminderActionHistory history{scheduler, scheduler};
     FlaggedReminderAutomation* automation = nullptr;

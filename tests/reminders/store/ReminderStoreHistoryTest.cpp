@@ -231,7 +231,7 @@ TEST_F(ReminderStoreHistory, TheLedgerFollowsCompletionsThatAreTakenBack) {
 
 TEST_F(ReminderStoreHistory, TheLedgerIsNotMisledByAFetchThatBeganBeforeTheUndo) {
     put(aReminder("a").completedAt(now()));
-    CompletionReconciler reconciler(database, scheduler, scheduler, calendar, ledger);
+    CompletionReconciler reconciler(database, scheduler, scheduler, currentZone, ledger);
     reconciler.schedule();
     EXPECT_TRUE(reconciler.bringForward());
     put(aReminder("a"));

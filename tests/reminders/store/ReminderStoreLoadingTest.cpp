@@ -192,7 +192,7 @@ TEST_F(ReminderStoreLoading, AnotherTimeZoneMovesWholeDaysAndFloatingTimesWithIt
     put(aReminder("in Paris").due({2026, 3, 27}, {18, 0}, "Europe/Paris"));
     loadedStore().setShowsTodayOnly(true);
     EXPECT_THAT(visibleIDs(), ElementsAre("27th", "in Paris"));
-    calendar.moveTo("Pacific/Kiritimati");
+    currentZone.moveTo("Pacific/Kiritimati");
     scheduler.runPosted();
     EXPECT_THAT(visibleIDs(), ElementsAre("28th", "floating", "in Paris"));
     const ReminderTask* day = store->task(QStringLiteral("28th"));

@@ -13,7 +13,7 @@ const QLocale french(QLocale::French, QLocale::France);
 const QLocale british(QLocale::English, QLocale::UnitedKingdom);
 
 TimeStyle style(Language language = Language::english, const QLocale& personal = british) {
-    return timeStyle(ZoneCalendar(*TimeZone::named("Europe/Paris")), language,
+    return timeStyle(*TimeZone::named("Europe/Paris"), language,
                      language == Language::french ? french : english, personal);
 }
 

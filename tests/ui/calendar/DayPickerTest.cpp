@@ -11,7 +11,7 @@ namespace {
 
 TEST(DayPicker, ShowsMonthsFromTheLanguagesFirstDayOfTheWeek) {
     Program program;
-    DayPicker picker(program.time, program.calendar, program.localizer);
+    DayPicker picker(program.time, program.currentZone, program.localizer);
     const auto firstShown = [&picker] {
         return picker.days().first().toMap().value(QStringLiteral("iso")).toString();
     };
@@ -26,7 +26,7 @@ TEST(DayPicker, ShowsMonthsFromTheLanguagesFirstDayOfTheWeek) {
 
 TEST(DayPicker, NamesTheWeekendAndTheWeekThatAreToCome) {
     Program program;
-    DayPicker picker(program.time, program.calendar, program.localizer);
+    DayPicker picker(program.time, program.currentZone, program.localizer);
     struct Case {
         int daysLater;
         const char* weekend;
@@ -44,7 +44,7 @@ TEST(DayPicker, NamesTheWeekendAndTheWeekThatAreToCome) {
 
 TEST(DayPicker, MovesTheDayByKeyboardAndFollowsItWithTheMonth) {
     Program program;
-    DayPicker picker(program.time, program.calendar, program.localizer);
+    DayPicker picker(program.time, program.currentZone, program.localizer);
     picker.moveDay(-1, 0);
     EXPECT_EQ(picker.isoDay(), QStringLiteral("2026-11-20"));
     picker.moveDay(14, 0);
@@ -56,7 +56,7 @@ TEST(DayPicker, MovesTheDayByKeyboardAndFollowsItWithTheMonth) {
 
 TEST(DayPicker, NamesTheDayWithItsYearWhereThatIsAnother) {
     Program program;
-    DayPicker picker(program.time, program.calendar, program.localizer);
+    DayPicker picker(program.time, program.currentZone, program.localizer);
     EXPECT_EQ(picker.text(), QString());
     picker.setIsoDay(QStringLiteral("2026-11-24"));
     EXPECT_EQ(picker.text(), QStringLiteral("Tue 24 Nov"));

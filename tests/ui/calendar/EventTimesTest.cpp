@@ -12,10 +12,10 @@ using namespace kestrant::test;
 namespace {
 
 struct Form : Program {
-    EventTimes times{time, calendar, localizer};
+    EventTimes times{time, currentZone, localizer};
 
     [[nodiscard]] Instant paris(QDate day, QTime at = {0, 0}) const {
-        return calendar.calendar().instantAt(day, at);
+        return currentZone.zone().instantAt(day, at);
     }
     /// "2026-11-21 14:00 - 2026-11-21 15:00"
     [[nodiscard]] std::string shown() {

@@ -69,7 +69,7 @@ struct Introduction : PanelProgram {
                                            .settings = choices,
                                            .scheduler = time,
                                            .clock = time,
-                                           .calendar = calendar,
+                                           .currentZone = currentZone,
                                            .feedback = feedback,
                                            .touchpadsScrollNaturally = [this] { return naturalTouchpad; }},
                                           [this] { ++opened; }};

@@ -29,7 +29,7 @@ TEST(YearReveal, CountsEachMonthOfTheYearInTheCalendarsZone) {
     const std::vector records{record("2025-12-31T22:59:59Z"), record("2025-12-31T23:00:00Z"),
                               record("2026-01-15T12:00:00Z"), record("2026-03-31T21:59:59Z"),
                               record("2026-03-31T22:00:00Z"), record("2026-12-31T23:00:00Z")};
-    EXPECT_THAT(completionsByMonth(records, 2026, ZoneCalendar(*TimeZone::named("Europe/Paris"))),
+    EXPECT_THAT(completionsByMonth(records, 2026, *TimeZone::named("Europe/Paris")),
                 ElementsAre(2, 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0));
 }
 

@@ -64,7 +64,7 @@ struct Editing : WithCalendars<PanelProgram> {
     [[nodiscard]] std::optional<Instant> dueDate(const char* title) {
         for (const EKReminderData& data : database.reminders()) {
             if (data.title == QString::fromUtf8(title) && data.dueDateComponents)
-                return calendar.calendar().instantFrom(*data.dueDateComponents);
+                return currentZone.zone().instantFrom(*data.dueDateComponents);
         }
         return std::nullopt;
     }

@@ -1,14 +1,15 @@
 #pragma once
 
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/ObserverList.h"
-#include "foundation/ZoneCalendar.h"
+#include "foundation/TimeZone.h"
 
 namespace kestrant {
 
 /// A calendar whose zone a test can change; Paris at first.
-class MovableCalendar : public CurrentCalendar {
+class MovableTimeZone : public CurrentTimeZone {
   public:
-    [[nodiscard]] ZoneCalendar calendar() const override { return ZoneCalendar(zone_); }
+    [[nodiscard]] TimeZone zone() const override { return TimeZone(zone_); }
     [[nodiscard]] Subscription observeChanges(std::function<void()> observer) override {
         return observers_.add(std::move(observer));
     }
