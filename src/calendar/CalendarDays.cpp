@@ -2,6 +2,7 @@
 
 #include "calendar/CalendarStoreServices.h"
 #include "foundation/BackgroundExecutor.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/TimeZone.h"
 
 #include <algorithm>

@@ -5,6 +5,7 @@
 #include "calendar/CalendarStore.h"
 #include "calendar/CalendarStoreServices.h"
 #include "foundation/BackgroundExecutor.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/PreferenceKeys.h"
 #include "preferences/Preferences.h"

@@ -1,5 +1,6 @@
 #include "calendar/CalendarStore.h"
 
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/Scheduler.h"
 #include "foundation/TimeZone.h"
 

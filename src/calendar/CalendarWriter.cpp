@@ -5,6 +5,7 @@
 #include "calendar/CalendarStore.h"
 #include "calendar/CalendarStoreServices.h"
 #include "eventkit/model/EKErrors.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/NotificationCenter.h"
 
 #include <QPointer>

@@ -1,5 +1,6 @@
 #include "CalendarStoreFixture.h"
 #include "foundation/SerialWorker.h"
+#include "foundation/TimeZone.h"
 
 namespace kestrant {
 namespace {

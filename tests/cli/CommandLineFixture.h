@@ -5,6 +5,7 @@
 #include "eventkit/vdir/VdirEventStore.h"
 #include "foundation/AtomicFile.h"
 #include "foundation/Clocks.h"
+#include "foundation/CurrentTimeZone.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

@@ -1,4 +1,6 @@
 #include "EventStoreHouses.h"
+#include "foundation/DateComponents.h"
+#include "foundation/TimeZone.h"
 
 #include <gmock/gmock.h>
 

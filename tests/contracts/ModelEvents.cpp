@@ -1,5 +1,7 @@
 #include "ModelEvents.h"
 
+#include "foundation/TimeZone.h"
+
 #include <algorithm>
 #include <iterator>
 

@@ -4,6 +4,7 @@
 #include "eventkit/items/ItemDatabase.h"
 #include "eventkit/items/ItemEventStore.h"
 #include "eventkit/vdir/VdirStorage.h"
+#include "foundation/CurrentTimeZone.h"
 
 #include <QDirIterator>
 

@@ -1,5 +1,8 @@
 #include "ModelValues.h"
 
+#include "foundation/DateComponents.h"
+#include "foundation/TimeZone.h"
+
 #include <algorithm>
 #include <array>
 

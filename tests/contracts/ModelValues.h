@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ModelHouses.h"
+#include "foundation/TimeZone.h"
 
 #include <map>
 #include <optional>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/DateComponents.h"
 #include "pictures/MemoryGround.h"
 #include "support/ManualExecutor.h"
 #include "support/ManualScheduler.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/CurrentTimeZone.h"
 #include "pictures/Stage.h"
 
 #include <QString>

@@ -2,6 +2,7 @@
 
 #include "eventkit/evolution/EvolutionStorage.h"
 #include "eventkit/evolution/SourceQueues.h"
+#include "foundation/CurrentTimeZone.h"
 
 #include <utility>
 

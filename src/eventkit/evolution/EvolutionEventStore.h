@@ -2,6 +2,7 @@
 
 #include "eventkit/items/ItemEventStore.h"
 #include "eventkit/model/EventStoreLocation.h"
+#include "foundation/CurrentTimeZone.h"
 
 #include <chrono>
 

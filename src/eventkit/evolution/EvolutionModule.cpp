@@ -1,5 +1,6 @@
 #include "eventkit/evolution/EvolutionEventStore.h"
 #include "eventkit/model/EventStoreLocation.h"
+#include "foundation/CurrentTimeZone.h"
 
 extern "C" Q_DECL_EXPORT kestrant::EKEventStore*
 kestrantMakeEvolutionStore(kestrant::Scheduler& scheduler, const kestrant::Clock& clock,

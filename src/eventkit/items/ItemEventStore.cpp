@@ -1,5 +1,7 @@
 #include "eventkit/items/ItemEventStore.h"
 
+#include "foundation/CurrentTimeZone.h"
+
 #include <algorithm>
 #include <chrono>
 #include <utility>

@@ -3,6 +3,7 @@
 #include "eventkit/items/ItemDatabase.h"
 #include "eventkit/items/WorkQueues.h"
 #include "eventkit/model/EKEventStore.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/ObserverList.h"
 
 #include <functional>

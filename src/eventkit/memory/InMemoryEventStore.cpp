@@ -4,6 +4,7 @@
 #include "eventkit/items/EventFetch.h"
 #include "eventkit/memory/MemoryStorage.h"
 #include "eventkit/model/EKErrors.h"
+#include "foundation/CurrentTimeZone.h"
 
 #include <QFile>
 

@@ -1,6 +1,7 @@
 #include "eventkit/vdir/VdirEventStore.h"
 
 #include "eventkit/vdir/VdirStorage.h"
+#include "foundation/CurrentTimeZone.h"
 
 #include <QDir>
 #include <QFile>

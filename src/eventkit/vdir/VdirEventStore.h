@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/items/ItemEventStore.h"
+#include "foundation/CurrentTimeZone.h"
 
 namespace kestrant {
 

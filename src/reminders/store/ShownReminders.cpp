@@ -1,6 +1,7 @@
 #include "reminders/store/ShownReminders.h"
 
 #include "eventkit/model/EKReminder.h"
+#include "foundation/CurrentTimeZone.h"
 #include "foundation/TextCollation.h"
 #include "preferences/Localization.h"
 #include "reminders/flags/ReminderFlagSync.h"

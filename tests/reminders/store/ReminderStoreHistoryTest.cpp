@@ -1,4 +1,5 @@
 #include "ReminderStoreFixture.h"
+#include "foundation/DateComponents.h"
 
 namespace kestrant {
 namespace {

@@ -1,3 +1,4 @@
+#include "foundation/TimeZone.h"
 #include "notch/NotchPanelController.h"
 #include "ui/PanelProgram.h"
 #include "ui/onboarding/YearRevealViewModel.h"

@@ -1,3 +1,4 @@
+#include "foundation/CurrentTimeZone.h"
 #include "ui/PanelProgram.h"
 #include "ui/WithCalendars.h"
 

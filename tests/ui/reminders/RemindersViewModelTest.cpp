@@ -1,3 +1,4 @@
+#include "foundation/DateComponents.h"
 #include "ui/Program.h"
 
 #include <QSignalSpy>
