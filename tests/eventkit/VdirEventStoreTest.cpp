@@ -133,7 +133,7 @@ TEST(VdirEventStoreEndTest, FinishesAcceptedChangesAndAnswersNobody) {
     VdirFolder folder;
     folder.put("list/displayname", "List");
     ManualScheduler scheduler{at("UTC", {2026, 3, 27}, {12, 0})};
-    const FixedZone currentZone("Europe/Paris");
+    const MovableTimeZone currentZone;
     int answers = 0;
     {
         VdirEventStore store(folder.root(), scheduler, scheduler, currentZone);
