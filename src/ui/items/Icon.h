@@ -5,11 +5,12 @@
 
 namespace kestrant {
 
-/// One of the program's own line icons, drawn on a grid of 16 points and centred in the item.
+/// One of the program's own line icons, drawn on a grid of 16 points and centred in the item. Its file is
+/// SVG; colour and width of the lines are this item's.
 class Icon : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
-    /// One of those that Icon.cpp lists; nothing is drawn for any other.
+    /// A file in resources/icons/panel, without its ending; nothing is drawn for an empty one.
     Q_PROPERTY(QString name MEMBER name_ NOTIFY changed)
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)
     /// Points.
