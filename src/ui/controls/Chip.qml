@@ -2,7 +2,7 @@ import QtQuick
 import Kestrant
 
 // A round button with any of: a colour dot, an icon, a word, a count, a chevron, a cross that takes it back.
-FocusScope {
+Pressable {
     id: chip
 
     property string text
@@ -20,7 +20,6 @@ FocusScope {
     property bool showsCross: false
     property bool checkable: false
     property bool checked: false
-    property string spokenName: text
     property int maximumWidth: 1000
     property color color: Theme.control
     property color textColor: Theme.chipText
@@ -30,38 +29,34 @@ FocusScope {
     property bool outlined: false
     /// Drawn as a warning.
     property bool warns: false
-    signal clicked
     signal crossClicked
 
-    readonly property bool hovered: pointer.hovered
     readonly property int sidePadding: 10
     /// The chip's width with its full word, and with its icon instead.
     readonly property real fullWidth: Math.ceil(2 * sidePadding + measure.advanceWidth + label.besides)
     readonly property real compactWidth: 2 * sidePadding + 14 + label.besides
 
-    function isOnCross(place) {
+    function tap(place) {
         const x = cross.mapFromItem(chip, place).x
-        return cross.visible && x >= -5 && x <= cross.width + 5
+        if (cross.visible && x >= -5 && x <= cross.width + 5)
+            crossClicked()
+        else
+            clicked()
     }
 
+    spokenName: text
     height: 24
     implicitWidth: Math.min(maximumWidth, Math.ceil(row.implicitWidth) + 2 * sidePadding)
     width: implicitWidth
-    activeFocusOnTab: true
 
     Accessible.role: checkable ? Accessible.CheckBox : Accessible.Button
     Accessible.name: count >= 0 ? spokenName + ", " + count : spokenName
     Accessible.checkable: checkable
     Accessible.checked: checked
-    Accessible.focusable: enabled
-    Accessible.onPressAction: if (enabled) clicked()
     Accessible.onToggleAction: if (enabled) clicked()
 
     Keys.onPressed: event => {
-        if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
-            clicked()
-            event.accepted = true
-        } else if (showsCross && (event.key === Qt.Key_Delete || event.key === Qt.Key_Backspace)) {
+        if (showsCross && (event.key === Qt.Key_Delete || event.key === Qt.Key_Backspace)) {
             crossClicked()
             event.accepted = true
         }
@@ -169,10 +164,4 @@ FocusScope {
         font: label.font
         text: chip.text
     }
-    HoverHandler { id: pointer; enabled: chip.enabled }
-    // One tap has one effect.
-    TapHandler {
-        onTapped: eventPoint => chip.isOnCross(eventPoint.position) ? chip.crossClicked() : chip.clicked()
-    }
-    FocusRing { target: chip; radius: height / 2 }
 }

@@ -1,33 +1,19 @@
 import QtQuick
 import Kestrant
 
-FocusScope {
+Pressable {
     id: button
 
     required property string iconName
-    required property string spokenName
     property bool checked: false
     /// A mark on the button: there is something to look at behind it.
     property bool warns: false
     property string tip: spokenName
-    readonly property bool hovered: pointer.hovered
-    signal clicked
 
     width: 26
     height: 24
-    activeFocusOnTab: true
-
-    Accessible.role: Accessible.Button
-    Accessible.name: spokenName
-    Accessible.focusable: enabled
-    Accessible.onPressAction: if (enabled) clicked()
-
-    Keys.onPressed: event => {
-        if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
-            clicked()
-            event.accepted = true
-        }
-    }
+    ringRadius: 8
+    ringDistance: 1
 
     Rectangle {
         anchors.fill: parent
@@ -50,7 +36,4 @@ FocusScope {
         radius: 3
         color: Theme.flag
     }
-    HoverHandler { id: pointer; enabled: button.enabled }
-    TapHandler { onTapped: button.clicked() }
-    FocusRing { target: button; radius: 8; distance: 1 }
 }

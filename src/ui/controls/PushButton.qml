@@ -1,34 +1,22 @@
 import QtQuick
 import Kestrant
 
-FocusScope {
+Pressable {
     id: button
 
     required property string text
     property string spokenDescription
     property bool primary: false
     property bool destructive: false
-    readonly property bool hovered: pointer.hovered
-    signal clicked
 
+    spokenName: text
     implicitWidth: Math.max(60, Math.ceil(label.implicitWidth) + 28)
     width: implicitWidth
     height: 30
     opacity: enabled ? 1 : 0.45
-    activeFocusOnTab: enabled
+    ringRadius: 11
 
-    Accessible.role: Accessible.Button
-    Accessible.name: text
     Accessible.description: spokenDescription
-    Accessible.focusable: enabled
-    Accessible.onPressAction: if (enabled) clicked()
-
-    Keys.onPressed: event => {
-        if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
-            clicked()
-            event.accepted = true
-        }
-    }
 
     Rectangle {
         anchors.fill: parent
@@ -49,7 +37,4 @@ FocusScope {
         font.pixelSize: 13
         font.weight: Font.DemiBold
     }
-    HoverHandler { id: pointer; enabled: button.enabled }
-    TapHandler { onTapped: button.clicked() }
-    FocusRing { target: button; radius: 11 }
 }

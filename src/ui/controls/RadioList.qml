@@ -1,33 +1,23 @@
 import QtQuick
 import Kestrant
 
-// One of a few choices below each other: {rawValue, title} each.
-FocusScope {
+// Choices below each other, under a title.
+ChoiceGroup {
     id: list
 
     property string title
-    property var choices: []
-    property var value
     /// Details shown below a choice while it is selected.
     property var detailsOf: undefined
     property Component detailsComponent: null
     /// The details, while they are shown.
     property Item details: null
-    /// The keyboard is on the choices themselves, not on details.
-    readonly property bool hasKeyboard: activeFocus && !holder.activeFocus
-    signal chosen(var rawValue)
 
-    readonly property int currentIndex: choices.findIndex(choice => choice.rawValue === value)
-
+    isColumn: true
+    // Not on details.
+    hasKeyboard: activeFocus && !holder.activeFocus
+    spokenName: title
     implicitHeight: column.height
     height: implicitHeight
-    activeFocusOnTab: true
-
-    Accessible.role: Accessible.Grouping
-    Accessible.name: title
-
-    Keys.onUpPressed: if (hasKeyboard && currentIndex > 0) chosen(choices[currentIndex - 1].rawValue)
-    Keys.onDownPressed: if (hasKeyboard && currentIndex < choices.length - 1) chosen(choices[currentIndex + 1].rawValue)
 
     // Choices below the details move down for them.
     readonly property int detailsIndex: details ? currentIndex : choices.length
@@ -48,22 +38,12 @@ FocusScope {
         }
         Repeater {
             model: list.choices
-            delegate: Item {
+            delegate: ChoiceItem {
                 id: row
-                required property var modelData
-                required property int index
-                readonly property bool isChosen: list.currentIndex === index
+                group: list
                 width: column.width
                 y: 20 + index * 24 + (index > list.detailsIndex ? list.detailsHeight : 0)
                 height: 24
-
-                Accessible.role: Accessible.RadioButton
-                Accessible.name: modelData.title
-                Accessible.checkable: true
-                Accessible.checked: isChosen
-                Accessible.focusable: list.enabled
-                Accessible.focused: isChosen && list.hasKeyboard
-                Accessible.onPressAction: if (list.enabled) list.chosen(modelData.rawValue)
 
                 Rectangle {
                     id: circle
@@ -102,7 +82,6 @@ FocusScope {
                     border.color: Theme.accent
                     border.width: 2
                 }
-                TapHandler { onTapped: list.chosen(row.modelData.rawValue) }
             }
         }
     }

@@ -1,30 +1,17 @@
 import QtQuick
 import Kestrant
 
-// One of a few choices side by side: {rawValue, title} each.
-FocusScope {
+// Choices side by side.
+ChoiceGroup {
     id: segmented
 
-    property var choices: []
-    property var value
-    property string spokenName
     property real minimumCellWidth: 0
-    signal chosen(var rawValue)
-
-    readonly property int currentIndex: choices.findIndex(choice => choice.rawValue === value)
     readonly property real cellWidth: Math.max(minimumCellWidth, Math.ceil(widest) + 22)
     property real widest: 0
 
     implicitWidth: choices.length * cellWidth + 4
     width: implicitWidth
     height: 26
-    activeFocusOnTab: true
-
-    Accessible.role: Accessible.Grouping
-    Accessible.name: spokenName
-
-    Keys.onLeftPressed: if (currentIndex > 0) chosen(choices[currentIndex - 1].rawValue)
-    Keys.onRightPressed: if (currentIndex < choices.length - 1) chosen(choices[currentIndex + 1].rawValue)
 
     Rectangle {
         anchors.fill: parent
@@ -48,21 +35,11 @@ FocusScope {
         height: parent.height
         Repeater {
             model: segmented.choices
-            delegate: Item {
+            delegate: ChoiceItem {
                 id: cell
-                required property var modelData
-                required property int index
-                readonly property bool isChosen: segmented.currentIndex === index
+                group: segmented
                 width: segmented.cellWidth
                 height: segmented.height
-
-                Accessible.role: Accessible.RadioButton
-                Accessible.name: modelData.title
-                Accessible.checkable: true
-                Accessible.checked: isChosen
-                Accessible.focusable: segmented.enabled
-                Accessible.focused: isChosen && segmented.activeFocus
-                Accessible.onPressAction: if (segmented.enabled) segmented.chosen(modelData.rawValue)
 
                 PlainText {
                     anchors.centerIn: parent
@@ -73,7 +50,6 @@ FocusScope {
                     onImplicitWidthChanged: segmented.widest = Math.max(segmented.widest, implicitWidth)
                     Component.onCompleted: segmented.widest = Math.max(segmented.widest, implicitWidth)
                 }
-                TapHandler { onTapped: segmented.chosen(cell.modelData.rawValue) }
             }
         }
     }

@@ -1,25 +1,23 @@
 import QtQuick
 import Kestrant
 
-FocusScope {
+Pressable {
     id: toggle
 
     property bool checked: false
-    required property string spokenName
     signal toggled(bool checked)
 
     width: 34
     height: 20
-    activeFocusOnTab: true
+    // Enter is for the form that it stands in.
+    keys: [Qt.Key_Space]
+    ringRadius: 12
+    onClicked: toggled(!checked)
 
     Accessible.role: Accessible.CheckBox
-    Accessible.name: spokenName
     Accessible.checkable: true
     Accessible.checked: checked
-    Accessible.focusable: enabled
-    Accessible.onToggleAction: if (enabled) toggled(!checked)
-    Accessible.onPressAction: if (enabled) toggled(!checked)
-    Keys.onSpacePressed: toggled(!checked)
+    Accessible.onToggleAction: if (enabled) clicked()
 
     Rectangle {
         anchors.fill: parent
@@ -36,6 +34,4 @@ FocusScope {
         color: "white"
         Behavior on x { enabled: !Theme.still; NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic } }
     }
-    TapHandler { onTapped: toggle.toggled(!toggle.checked) }
-    FocusRing { target: toggle; radius: 12 }
 }

@@ -1,51 +1,31 @@
 import QtQuick
 import Kestrant
 
-// How two modules share the panel's width, as small pictures to choose from: {rawValue, title} each, a title such as "70/30".
-FocusScope {
+// How two modules share the panel's width, as small pictures to choose from; a title is such as "70/30".
+ChoiceGroup {
     id: root
-
-    required property string spokenName
-    property var choices: []
-    property string value
-    signal chosen(string rawValue)
-
-    readonly property int currentIndex: choices.findIndex(choice => choice.rawValue === value)
 
     width: choices.length * 36 - 6
     height: 26
-    activeFocusOnTab: true
-
-    Accessible.role: Accessible.Grouping
-    Accessible.name: spokenName
-
-    Keys.onLeftPressed: if (currentIndex > 0) chosen(choices[currentIndex - 1].rawValue)
-    Keys.onRightPressed: if (currentIndex < choices.length - 1) chosen(choices[currentIndex + 1].rawValue)
 
     Row {
         spacing: 6
         Repeater {
             model: root.choices
-            Rectangle {
+            ChoiceItem {
                 id: cell
-                required property var modelData
-                required property int index
-                readonly property bool isChosen: index === root.currentIndex
+                group: root
                 readonly property real share: parseInt(modelData.title) / 100
                 width: 30
                 height: 26
-                radius: 7
-                color: pointer.hovered ? Theme.controlHovered : Theme.control
-                border.color: isChosen ? Theme.accent : Theme.outline
-                border.width: isChosen ? 2 : Theme.contrast ? 1 : 0
 
-                Accessible.role: Accessible.RadioButton
-                Accessible.name: modelData.title
-                Accessible.checkable: true
-                Accessible.checked: isChosen
-                Accessible.focusable: root.enabled
-                Accessible.focused: isChosen && root.activeFocus
-                Accessible.onPressAction: if (root.enabled) root.chosen(modelData.rawValue)
+                Rectangle {
+                    anchors.fill: parent
+                    radius: 7
+                    color: cell.hovered ? Theme.controlHovered : Theme.control
+                    border.color: cell.isChosen ? Theme.accent : Theme.outline
+                    border.width: cell.isChosen ? 2 : Theme.contrast ? 1 : 0
+                }
 
                 Rectangle {
                     x: 5
@@ -63,8 +43,6 @@ FocusScope {
                     radius: 2
                     color: Theme.white(0.35)
                 }
-                HoverHandler { id: pointer }
-                TapHandler { onTapped: root.chosen(cell.modelData.rawValue) }
             }
         }
     }
