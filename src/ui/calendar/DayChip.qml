@@ -21,6 +21,7 @@ Chip {
     onClicked: {
         forceActiveFocus(Qt.OtherFocusReason)
         overlays.present("day", "DayPopover.qml", chip,
-                         { alignment: "right", picker: picker, spokenName: subject })
+                         { picker: picker, spokenName: subject,
+                           contentWidth: overlays.surface(overlays.topmost).contentWidth })
     }
 }

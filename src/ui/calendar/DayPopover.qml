@@ -1,16 +1,16 @@
 import QtQuick
 import Kestrant
 
-// A month to pick a day from. Enter and a click take it, Escape goes back to the day that was there.
+// A month to pick a day from, in the place of the form. Enter and a click take it, Escape goes back to the day that was
+// there.
 Popover {
     id: popover
 
     required property DayPicker picker
     property string before
 
-    contentWidth: month.implicitWidth
-    contentHeight: month.implicitHeight
-    padding: 12
+    isPage: true
+    contentHeight: heading.height + 8 + month.height
     focus: true
 
     Component.onCompleted: {
@@ -20,14 +20,20 @@ Popover {
         picker.showMonthOfDay()
         month.forceActiveFocus(Qt.PopupFocusReason)
     }
-    Keys.onEscapePressed: {
+    function leave() {
         picker.day = before
         close()
     }
 
+    PageHeading {
+        id: heading
+        page: popover
+        text: popover.spokenName
+    }
     MonthPicker {
         id: month
-        width: implicitWidth
+        y: heading.height + 8
+        width: parent.width
         height: implicitHeight
         focus: true
         picker: popover.picker

@@ -76,6 +76,9 @@ class OverlayHost::Layer : public QQuickItem {
 };
 
 struct OverlayHost::Overlay {
+    /// Stands in the place of the one beneath, which is hidden meanwhile.
+    [[nodiscard]] bool isPage() const { return layer->overlay->property("isPage").toBool(); }
+
     QString id;
     std::unique_ptr<Layer> layer;
     QPointer<QQuickItem> anchor;
@@ -145,6 +148,8 @@ void OverlayHost::present(const QString& id, const QString& file, QQuickItem* an
     connect(content, &QQuickItem::implicitHeightChanged, this, sized);
     if (overlays_.empty())
         focusBeneath_ = window_.contentItem()->scopedFocusItem();
+    if (index > 0)
+        overlays_.back()->layer->setOpacity(overlay->isPage() ? 0.0 : 1.0);
     overlays_.push_back(std::move(overlay));
     place(index);
     content->forceActiveFocus(Qt::PopupFocusReason);
@@ -186,8 +191,10 @@ void OverlayHost::place(std::size_t index) {
     double y = overlay.hook.y();
     if (index > 0) {
         const QRectF beneath = overlays_[index - 1]->layer->surface();
-        x = within(x, width, beneath.left(), beneath.right());
-        if (!content.property("dropsDown").toBool())
+        x = overlay.isPage() ? beneath.right() - width : within(x, width, beneath.left(), beneath.right());
+        if (overlay.isPage())
+            y = beneath.top();
+        else if (!content.property("dropsDown").toBool())
             y = within(y, height, beneath.top(), beneath.bottom());
         else if (y + height > roomHeight() && overlay.hookAbove >= height)
             y = overlay.hookAbove - height;
@@ -218,10 +225,12 @@ void OverlayHost::closeDownTo(std::size_t count) {
         interaction_.dismissOverlay(closing->id);
         fadeOut(std::move(closing->layer));
     }
-    if (!overlays_.empty())
+    if (!overlays_.empty()) {
+        overlays_.back()->layer->setOpacity(1.0);
         overlays_.back()->layer->overlay->forceActiveFocus(Qt::PopupFocusReason);
-    else if (focusBeneath_)
+    } else if (focusBeneath_) {
         focusBeneath_->forceActiveFocus(Qt::PopupFocusReason);
+    }
     Q_EMIT surfacesChanged();
     Q_EMIT overlaysChanged();
     if (overlays_.empty())
@@ -232,7 +241,8 @@ void OverlayHost::fadeOut(std::unique_ptr<Layer> layer) {
     // Its own code may be what closes it.
     Layer* leaving = layer.release();
     leaving->overlay->setFocus(false);
-    if (appearance_.reducedMotion() || !appearance_.compositing()) {
+    if (leaving->overlay->property("isPage").toBool() || appearance_.reducedMotion() ||
+        !appearance_.compositing()) {
         drop(*leaving);
         return;
     }
@@ -295,9 +305,11 @@ std::vector<PanelSurface> OverlayHost::surfaces() const {
         surfaces.push_back(
             {PanelSurface::Kind::gap, QRectF(toast_.left(), edge, toast_.width(), toast_.top() - edge), 0.0});
     }
-    for (const auto& overlay : overlays_)
-        surfaces.push_back({PanelSurface::Kind::popover, overlay->layer->surface(),
-                            overlay->layer->overlay->property("cornerRadius").toDouble()});
+    for (const auto& overlay : overlays_) {
+        if (overlay->layer->opacity() > 0.0)
+            surfaces.push_back({PanelSurface::Kind::popover, overlay->layer->surface(),
+                                overlay->layer->overlay->property("cornerRadius").toDouble()});
+    }
     return surfaces;
 }
 

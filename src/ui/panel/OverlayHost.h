@@ -24,9 +24,9 @@ class NotchInteractionModel;
 
 /// Shows popovers and menus in the panel's own scene, above everything else in it, and tells the interaction
 /// model of them so that the panel stays open beneath. An overlay has the keyboard and the pointer to itself:
-/// a press beside it closes it. One that opens from another lies wholly upon it, except a menu (`dropsDown`),
-/// which hangs below what it opened from, or above it where there is no room; closing one closes those upon
-/// it. Thread: main.
+/// a press beside it closes it. One that opens from another stands in its place (`isPage`), hangs below what
+/// it opened from or above it where there is no room (`dropsDown`), or else lies wholly upon it; closing one
+/// closes those upon it. Thread: main.
 class OverlayHost : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -68,7 +68,7 @@ class OverlayHost : public QObject {
     [[nodiscard]] Q_INVOKABLE bool isPresented(const QString& id) const;
     [[nodiscard]] QString topmost() const;
     /// The item of an open overlay, else null.
-    [[nodiscard]] QQuickItem* surface(const QString& id) const;
+    [[nodiscard]] Q_INVOKABLE QQuickItem* surface(const QString& id) const;
 
     [[nodiscard]] QRectF toast() const { return toast_; }
     void setToast(const QRectF& frame);

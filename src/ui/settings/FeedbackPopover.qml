@@ -10,7 +10,7 @@ Popover {
 
     contentWidth: 372
     contentHeight: form.didSend ? thanks.height : column.height
-    padding: 16
+    isPage: true
     spokenName: texts.title
     focus: true
 
@@ -41,11 +41,9 @@ Popover {
         width: parent.width
         spacing: 6
 
-        PlainText {
+        PageHeading {
+            page: feedback
             text: feedback.texts.title
-            color: Theme.text
-            font.pixelSize: 14
-            font.weight: Font.DemiBold
         }
         PlainText {
             width: parent.width

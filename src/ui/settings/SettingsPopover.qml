@@ -420,7 +420,7 @@ Popover {
                 spokenDescription: tip
                 onHoveredChanged: tooltip.follow(this)
                 onClicked: popover.overlays.present("feedback", "FeedbackPopover.qml", feedbackEntry,
-                                                    { form: popover.settings.feedback, alignment: "right" })
+                                                    { form: popover.settings.feedback })
             }
             PushButton {
                 text: Localizer.text("Quit Kestrant", "Quitter Kestrant")

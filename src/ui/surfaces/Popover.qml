@@ -11,6 +11,8 @@ FocusScope {
     property real contentHeight: 100
     property int padding: 16
     property string spokenName
+    /// Stands in the place of the surface that it opens from, which is there again when it closes.
+    property bool isPage: false
     default property alias content: body.data
 
     /// Popovers grow with the texts on them.
@@ -33,11 +35,11 @@ FocusScope {
     }
     Keys.onEscapePressed: leave()
 
-    property real shown: Theme.still ? 1 : 0
+    property real shown: Theme.still || isPage ? 1 : 0
     opacity: Theme.opacity(shown)
     transform: Translate { id: rise }
     ParallelAnimation {
-        running: !Theme.still
+        running: !Theme.still && !popover.isPage
         NumberAnimation { target: popover; property: "shown"; to: 1; duration: Theme.popoverDuration; easing.type: Easing.OutCubic }
         NumberAnimation {
             target: rise; property: "y"; from: 4; to: 0
@@ -70,6 +72,12 @@ FocusScope {
             y: popover.padding
             width: popover.contentWidth
             height: popover.contentHeight
+            NumberAnimation on opacity {
+                running: !Theme.still && popover.isPage
+                from: 0
+                to: 1
+                duration: 120
+            }
         }
     }
 }

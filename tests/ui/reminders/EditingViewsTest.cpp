@@ -148,6 +148,15 @@ TEST(EditingViews, PickADayByKeyboardAndGoBackToTheOldOneOnEscape) {
     program.tabTo("Starts, Sat 21 Nov");
     program.press(Qt::Key_Space, QStringLiteral(" "));
     ASSERT_TRUE(program.isOpen("day"));
+    const OverlayHost& overlays = program.view.overlays();
+    ASSERT_EQ(overlays.surfaces().size(), 1U) << "the month stands in the form's place";
+    const QQuickItem& form = *overlays.surface(QStringLiteral("edit"));
+    EXPECT_EQ(overlays.surfaces().front().frame.topLeft(), form.position());
+    EXPECT_EQ(overlays.surfaces().front().frame.width(), form.width());
+    program.click("Back");
+    EXPECT_FALSE(program.isOpen("day"));
+    EXPECT_TRUE(program.isOpen("edit"));
+    program.press(Qt::Key_Space, QStringLiteral(" "));
     program.press(Qt::Key_Right);
     program.press(Qt::Key_PageDown);
     program.press(Qt::Key_Escape);
