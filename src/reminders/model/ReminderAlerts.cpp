@@ -189,60 +189,55 @@ class AlarmReplacement {
 
 }  // namespace
 
+namespace {
+
+struct TimingChoice {
+    ReminderAlertTiming timing;
+    /// Seconds from the due instant.
+    double rawValue;
+    const char* english;
+    const char* french;
+    const char* shortEnglish;
+    const char* shortFrench;
+};
+
+constexpr std::array timingChoices{
+    TimingChoice{ReminderAlertTiming::atDueTime, 0, "at due time", "à l’heure choisie", "At due time",
+                 "À l’heure"},
+    TimingChoice{ReminderAlertTiming::fiveMinutesBefore, -300, "5 minutes before", "5 minutes avant",
+                 "5 min before", "5 min avant"},
+    TimingChoice{ReminderAlertTiming::fifteenMinutesBefore, -900, "15 minutes before", "15 minutes avant",
+                 "15 min before", "15 min avant"},
+    TimingChoice{ReminderAlertTiming::oneHourBefore, -3600, "1 hour before", "1 heure avant", "1 hr before",
+                 "1 h avant"},
+    TimingChoice{ReminderAlertTiming::oneDayBefore, -86400, "1 day before", "1 jour avant", "1 day before",
+                 "1 jour avant"},
+};
+
+const TimingChoice& choiceOf(ReminderAlertTiming timing) {
+    return timingChoices.at(std::size_t(timing));
+}
+
+}  // namespace
+
 double rawValue(ReminderAlertTiming timing) {
-    switch (timing) {
-    case ReminderAlertTiming::atDueTime:
-        return 0;
-    case ReminderAlertTiming::fiveMinutesBefore:
-        return -300;
-    case ReminderAlertTiming::fifteenMinutesBefore:
-        return -900;
-    case ReminderAlertTiming::oneHourBefore:
-        return -3600;
-    case ReminderAlertTiming::oneDayBefore:
-        return -86400;
-    }
-    return 0;
+    return choiceOf(timing).rawValue;
 }
 
 std::optional<ReminderAlertTiming> reminderAlertTiming(double raw) {
-    for (const ReminderAlertTiming timing : allReminderAlertTimings) {
-        if (rawValue(timing) == raw)
-            return timing;
+    for (const TimingChoice& choice : timingChoices) {
+        if (choice.rawValue == raw)
+            return choice.timing;
     }
     return std::nullopt;
 }
 
 TextPair label(ReminderAlertTiming timing) {
-    switch (timing) {
-    case ReminderAlertTiming::atDueTime:
-        return text("at due time", "à l’heure choisie");
-    case ReminderAlertTiming::fiveMinutesBefore:
-        return text("5 minutes before", "5 minutes avant");
-    case ReminderAlertTiming::fifteenMinutesBefore:
-        return text("15 minutes before", "15 minutes avant");
-    case ReminderAlertTiming::oneHourBefore:
-        return text("1 hour before", "1 heure avant");
-    case ReminderAlertTiming::oneDayBefore:
-        return text("1 day before", "1 jour avant");
-    }
-    return {};
+    return text(choiceOf(timing).english, choiceOf(timing).french);
 }
 
 TextPair shortLabel(ReminderAlertTiming timing) {
-    switch (timing) {
-    case ReminderAlertTiming::atDueTime:
-        return text("At due time", "À l’heure");
-    case ReminderAlertTiming::fiveMinutesBefore:
-        return text("5 min before", "5 min avant");
-    case ReminderAlertTiming::fifteenMinutesBefore:
-        return text("15 min before", "15 min avant");
-    case ReminderAlertTiming::oneHourBefore:
-        return text("1 hr before", "1 h avant");
-    case ReminderAlertTiming::oneDayBefore:
-        return text("1 day before", "1 jour avant");
-    }
-    return {};
+    return text(choiceOf(timing).shortEnglish, choiceOf(timing).shortFrench);
 }
 
 int rawValue(ReminderDateOnlyAlertDay day) {

@@ -13,20 +13,29 @@ namespace {
 
 using icalendar::RecurrenceRule;
 
-constexpr EKRecurrenceFrequency frequencyOf(ReminderRepeat repeat) {
-    switch (repeat) {
-    case ReminderRepeat::none:
-        break;
-    case ReminderRepeat::daily:
-        return EKRecurrenceFrequency::daily;
-    case ReminderRepeat::weekly:
-        return EKRecurrenceFrequency::weekly;
-    case ReminderRepeat::monthly:
-        return EKRecurrenceFrequency::monthly;
-    case ReminderRepeat::yearly:
-        return EKRecurrenceFrequency::yearly;
+struct RepeatChoice {
+    ReminderRepeat repeat;
+    QLatin1String rawValue;
+    /// `other` for none.
+    EKRecurrenceFrequency frequency;
+};
+
+/// In the order of the enumeration.
+constexpr std::array repeatChoices{
+    RepeatChoice{ReminderRepeat::none, QLatin1String("none"), EKRecurrenceFrequency::other},
+    RepeatChoice{ReminderRepeat::daily, QLatin1String("daily"), EKRecurrenceFrequency::daily},
+    RepeatChoice{ReminderRepeat::weekly, QLatin1String("weekly"), EKRecurrenceFrequency::weekly},
+    RepeatChoice{ReminderRepeat::monthly, QLatin1String("monthly"), EKRecurrenceFrequency::monthly},
+    RepeatChoice{ReminderRepeat::yearly, QLatin1String("yearly"), EKRecurrenceFrequency::yearly},
+};
+
+template <typename Field, typename Value>
+std::optional<ReminderRepeat> repeatWhere(Field RepeatChoice::*field, const Value& value) {
+    for (const RepeatChoice& choice : repeatChoices) {
+        if (choice.*field == value)
+            return choice.repeat;
     }
-    return EKRecurrenceFrequency::other;
+    return std::nullopt;
 }
 
 QLocale namesOf(Language language) {
@@ -131,42 +140,27 @@ QString endInWords(const RecurrenceRule& rule, Language language) {
 }  // namespace
 
 QString rawValue(ReminderRepeat repeat) {
-    switch (repeat) {
-    case ReminderRepeat::none:
-        return QStringLiteral("none");
-    case ReminderRepeat::daily:
-        return QStringLiteral("daily");
-    case ReminderRepeat::weekly:
-        return QStringLiteral("weekly");
-    case ReminderRepeat::monthly:
-        return QStringLiteral("monthly");
-    case ReminderRepeat::yearly:
-        return QStringLiteral("yearly");
-    }
-    return {};
+    return repeatChoices.at(std::size_t(repeat)).rawValue;
 }
 
 std::optional<ReminderRepeat> reminderRepeat(QStringView raw) {
-    const auto found = std::find_if(allReminderRepeats.begin(), allReminderRepeats.end(),
-                                    [&](ReminderRepeat repeat) { return rawValue(repeat) == raw; });
-    return found == allReminderRepeats.end() ? std::nullopt : std::optional(*found);
+    return repeatWhere(&RepeatChoice::rawValue, raw);
 }
 
 std::optional<ReminderRepeat> reminderRepeat(const std::vector<EKRecurrenceRule>& rules) {
     if (rules.empty())
         return ReminderRepeat::none;
-    if (rules.size() > 1 || !rules.front().isSimple || rules.front().interval != 1)
+    const EKRecurrenceRule& rule = rules.front();
+    if (rules.size() > 1 || !rule.isSimple || rule.interval != 1 ||
+        rule.frequency == EKRecurrenceFrequency::other)
         return std::nullopt;
-    const auto found =
-        std::find_if(allReminderRepeats.begin() + 1, allReminderRepeats.end(),
-                     [&](ReminderRepeat repeat) { return frequencyOf(repeat) == rules.front().frequency; });
-    return found == allReminderRepeats.end() ? std::nullopt : std::optional(*found);
+    return repeatWhere(&RepeatChoice::frequency, rule.frequency);
 }
 
 std::vector<EKRecurrenceRule> recurrenceRules(ReminderRepeat repeat) {
     if (repeat == ReminderRepeat::none)
         return {};
-    return {EKRecurrenceRule::every(frequencyOf(repeat))};
+    return {EKRecurrenceRule::every(repeatChoices.at(std::size_t(repeat)).frequency)};
 }
 
 QString repeatInWords(const std::vector<EKRecurrenceRule>& rules, Language language) {

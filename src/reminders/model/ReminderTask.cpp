@@ -1,69 +1,46 @@
 #include "reminders/model/ReminderTask.h"
 
+#include "foundation/Choice.h"
+
 namespace kestrant {
 
+template <>
+inline constexpr std::array choicesOf<ReminderSortMode>{
+    Choice{ReminderSortMode::manual, "manual", "Manual order", "Ordre manuel"},
+    Choice{ReminderSortMode::dueDate, "dueDate", "Due date", "Échéance"},
+    Choice{ReminderSortMode::priority, "priority", "Priority", "Priorité"},
+    Choice{ReminderSortMode::title, "title", "Title", "Titre"},
+    Choice{ReminderSortMode::creationOldestFirst, "creationOldestFirst", "Creation: oldest first",
+           "Création : plus ancien"},
+    Choice{ReminderSortMode::creationNewestFirst, "creationNewestFirst", "Creation: newest first",
+           "Création : plus récent"},
+};
+
+template <>
+inline constexpr std::array choicesOf<NewReminderPriority>{
+    Choice{NewReminderPriority::high, "high", "High", "Haute"},
+    Choice{NewReminderPriority::normal, "normal", "Medium", "Moyenne"},
+    Choice{NewReminderPriority::low, "low", "Low", "Basse"},
+};
+
 QString rawValue(ReminderSortMode mode) {
-    switch (mode) {
-    case ReminderSortMode::manual:
-        return QStringLiteral("manual");
-    case ReminderSortMode::dueDate:
-        return QStringLiteral("dueDate");
-    case ReminderSortMode::priority:
-        return QStringLiteral("priority");
-    case ReminderSortMode::title:
-        return QStringLiteral("title");
-    case ReminderSortMode::creationOldestFirst:
-        return QStringLiteral("creationOldestFirst");
-    case ReminderSortMode::creationNewestFirst:
-        return QStringLiteral("creationNewestFirst");
-    }
-    return {};
+    return rawValue<ReminderSortMode>(mode);
 }
 
 std::optional<ReminderSortMode> reminderSortMode(QStringView raw) {
-    for (const ReminderSortMode mode : allReminderSortModes) {
-        if (rawValue(mode) == raw)
-            return mode;
-    }
-    return std::nullopt;
+    return fromRawValue<ReminderSortMode>(raw);
 }
 
 TextPair title(ReminderSortMode mode) {
-    switch (mode) {
-    case ReminderSortMode::manual:
-        return text("Manual order", "Ordre manuel");
-    case ReminderSortMode::dueDate:
-        return text("Due date", "Échéance");
-    case ReminderSortMode::priority:
-        return text("Priority", "Priorité");
-    case ReminderSortMode::title:
-        return text("Title", "Titre");
-    case ReminderSortMode::creationOldestFirst:
-        return text("Creation: oldest first", "Création : plus ancien");
-    case ReminderSortMode::creationNewestFirst:
-        return text("Creation: newest first", "Création : plus récent");
-    }
-    return {};
+    return title<ReminderSortMode>(mode);
 }
 
 QString rawValue(NewReminderPriority priority) {
-    switch (priority) {
-    case NewReminderPriority::high:
-        return QStringLiteral("high");
-    case NewReminderPriority::normal:
-        return QStringLiteral("normal");
-    case NewReminderPriority::low:
-        return QStringLiteral("low");
-    }
-    return {};
+    return rawValue<NewReminderPriority>(priority);
 }
 
 std::optional<NewReminderPriority> newReminderPriority(QStringView raw) {
-    for (const NewReminderPriority priority : allNewReminderPriorities) {
-        if (rawValue(priority) == raw)
-            return priority;
-    }
-    return std::nullopt;
+    return fromRawValue<NewReminderPriority>(raw);
 }
 
 }  // namespace kestrant
