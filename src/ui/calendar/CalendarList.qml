@@ -268,11 +268,12 @@ FocusScope {
     Rectangle {
         readonly property var span: root.spanOf(root.dropDay, list.contentY)
         visible: root.dropDay !== ""
+        x: -4
         y: span.top
-        width: parent.width
+        width: parent.width + 8
         height: span.bottom - span.top
         radius: 12
-        color: Theme.targetFill
+        color: Theme.targetWash
         border.color: Theme.accent
         border.width: 1.5
     }

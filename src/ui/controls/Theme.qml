@@ -36,6 +36,8 @@ QtObject {
     /// The elapsed part, drawn over the fill.
     readonly property color nowElapsed: Qt.rgba(0.35, 0.78, 0.98, contrast ? 0.22 : 0.13)
     readonly property color targetFill: Qt.rgba(0.04, 0.52, 1, contrast ? 0.45 : 0.28)
+    /// The same over the rows of a whole day, which are read on it.
+    readonly property color targetWash: Qt.rgba(0.04, 0.52, 1, contrast ? 0.3 : 0.12)
     readonly property color separator: white(contrast ? 0.30 : 0.08)
     readonly property color popover: "#1a1b21"
     /// A group of rows on a popover.

@@ -73,7 +73,8 @@ OnboardingPage {
         objectName: "onboarding.store"
         visible: page.settings.dataStore.isOffered
         x: page.width - 308
-        y: -6
+        // Its title stands beside the first line; what is wrong with a folder takes the room above it.
+        y: Math.min(11, parent.height - height - 6)
         width: 308
         title: Localizer.text("Reminders and events are kept", "Rappels et événements sont conservés")
         choices: page.settings.dataStore.kinds

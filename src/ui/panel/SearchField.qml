@@ -66,7 +66,7 @@ FocusScope {
             verticalAlignment: TextInput.AlignVCenter
             text: search.query
             color: Theme.text
-            font.pixelSize: search.alwaysOpen ? 12 : 13
+            font.pixelSize: Theme.panelText(search.alwaysOpen ? 12 : 13)
             selectByMouse: true
             selectionColor: Theme.accent
             activeFocusOnTab: search.isOpen
