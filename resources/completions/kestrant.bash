@@ -67,7 +67,7 @@ _kestrant() {
             ! $split || return
             if [[ $cur == -* ]]; then
                 case $command in
-                    '') offered='--toggle --version' ;;
+                    '') offered='--toggle --new --search --version' ;;
                     list) offered='--sort --list --today --overdue --flagged --search' ;;
                     add) offered='--due --priority --list --alert --repeat --flagged --literal' ;;
                     edit) offered='--title --notes --due --list --priority --alert --repeat' ;;

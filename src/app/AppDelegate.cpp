@@ -410,16 +410,26 @@ void AppDelegate::createPanelController() {
     settingsProblems_ = defaults_.observeProblem([this] { Q_EMIT settings_->problemsChanged(); });
 }
 
-void AppDelegate::togglePanel() {
-    if (!preferences_.completedInitialOnboarding())
+void AppDelegate::perform(const InstanceRequest& request) {
+    using Action = InstanceRequest::Action;
+    const bool hasText = !request.text.isEmpty();
+    if (!preferences_.completedInitialOnboarding()) {
         onboardingController_->activate();
-    else
+    } else if (request.action == Action::newReminder) {
+        if (hasText)
+            panel_->quickAdd.append(request.text);
+        notifications_.post(notifications::newReminder);
+    } else if (request.action == Action::search) {
+        notifications_.post(notifications::findReminder);
+        if (hasText)
+            panel_->reminders.setSearchQuery(request.text);
+    } else if (request.action == Action::toggle || !interactionModel_.isExpanded()) {
         panelController_->toggle();
+    }
 }
 
 void AppDelegate::showPanel() {
-    if (!interactionModel_.isExpanded())
-        togglePanel();
+    perform({InstanceRequest::Action::show});
 }
 
 void AppDelegate::terminate() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/ChosenDatabase.h"
+#include "app/InstanceRequest.h"
 #include "app/Lifecycle.h"
 #include "completion/BackgroundLedgerWriter.h"
 #include "completion/CompletionLedgerRepository.h"
@@ -88,11 +89,8 @@ class AppDelegate : public QObject {
     /// waits for one.
     void applicationDidFinishLaunching();
 
-    /// Opens the panel or closes it, whatever the pointer does. Until the introduction was completed, brings
-    /// that up.
-    void togglePanel();
-    /// Opens the panel, or brings up the introduction.
-    void showPanel();
+    /// Does what a start or the desktop asks for; until the introduction was completed, brings that up.
+    void perform(const InstanceRequest& request);
 
     /// Commits what is pending and ends the event loop; at the latest after ten seconds.
     void terminate();
@@ -106,6 +104,8 @@ class AppDelegate : public QObject {
     /// The screen, the stores and the models over them. Built on first use.
     [[nodiscard]] PanelComposition& composition();
     void createPanelController();
+    /// Opens the panel, or brings up the introduction.
+    void showPanel();
     /// Built on first use.
     [[nodiscard]] FeedbackAPIClient& feedbackClient();
     /// Absent where nothing is counted.

@@ -16,7 +16,7 @@ namespace kestrant {
 class CommandSocket final : public QLocalServer {
   public:
     /// In bytes, the end of the line included.
-    static constexpr qint64 longestCommand = 256;
+    static constexpr qint64 longestCommand = 32 * 1024;
     static constexpr int mostConnections = 8;
 
     /// Carries out a command; false when there is none of that name.

@@ -9,11 +9,13 @@
 
 #include <QGuiApplication>
 
+#include <optional>
 #include <utility>
 
 namespace kestrant {
 
-tl::expected<int, TextPair> KestrantApp::run(int& argc, char** argv, AppDelegate::Options options) {
+tl::expected<int, TextPair> KestrantApp::run(int& argc, char** argv, AppDelegate::Options options,
+                                             const std::optional<InstanceRequest>& request) {
     useOneHeap();
     auto platform = preparePlatform();
     if (!platform)
@@ -30,15 +32,9 @@ tl::expected<int, TextPair> KestrantApp::run(int& argc, char** argv, AppDelegate
     AppDelegate delegate(std::move(options));
 
     SingleInstance instance;
-    const auto claim = instance.claim([&delegate](InstanceCommand command) {
-        if (command == InstanceCommand::toggle)
-            delegate.togglePanel();
-        else
-            delegate.showPanel();
-    });
+    const auto claim = instance.claim([&delegate](const InstanceRequest& asked) { delegate.perform(asked); });
     if (claim == SingleInstance::Claim::taken) {
-        // Starting the program again is asking for its panel.
-        if (SingleInstance::send(InstanceCommand::show))
+        if (SingleInstance::send(request.value_or(InstanceRequest{})))
             return 0;
         const TextPair silent =
             text("Another process holds %1, but does not answer. If it is Kestrant, end it and start again.",
@@ -49,7 +45,10 @@ tl::expected<int, TextPair> KestrantApp::run(int& argc, char** argv, AppDelegate
     }
 
     const TerminationSignals signals([&delegate] { delegate.terminate(); });
+    QObject::connect(&instance, &SingleInstance::takenOnBus, &delegate, &AppDelegate::terminate);
     delegate.applicationDidFinishLaunching();
+    if (request)
+        delegate.perform(*request);
     return QGuiApplication::exec();
 }
 

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "app/InstanceRequest.h"
 #include "foundation/Text.h"
 
 #include <tl/expected.hpp>
+
+#include <optional>
 
 namespace kestrant {
 
@@ -13,11 +16,12 @@ class KestrantApp {
   public:
     KestrantApp() = delete;
 
-    /// Runs the panel until it is ended and returns the exit status. Where the panel runs already, has that
-    /// one show itself and returns at once. Fails, with a sentence, where there is no display or another
-    /// process holds the lock without answering.
-    [[nodiscard]] static tl::expected<int, TextPair> run(int& argc, char** argv,
-                                                         AppDelegate::Options options);
+    /// Runs the panel until it is ended and returns the exit status; `request` is carried out when the panel
+    /// is there. Where the panel runs already, passes the request on, or has that panel show itself, and
+    /// returns at once. Fails, with a sentence, where there is no display or another process holds the lock
+    /// without answering.
+    [[nodiscard]] static tl::expected<int, TextPair> run(int& argc, char** argv, AppDelegate::Options options,
+                                                         const std::optional<InstanceRequest>& request);
 };
 
 }  // namespace kestrant

@@ -23,8 +23,18 @@ tl::expected<LaunchArguments, TextPair> parseLaunchArguments(const QStringList& 
             choose(LaunchArguments::Mode::help);
             return result;
         }
-        if (argument == QLatin1String("--toggle") && !hasMode) {
-            choose(LaunchArguments::Mode::toggle);
+        const auto asks = [&](const char* option) { return !hasMode && argument == QLatin1String(option); };
+        if (asks("--toggle")) {
+            choose(LaunchArguments::Mode::panel);
+            result.request = {InstanceRequest::Action::toggle};
+        } else if (asks("--new") || asks("--search")) {
+            // All that follows is text, so that it needs no quotes.
+            const QString text = QStringList(arguments.mid(index + 1)).join(QLatin1Char(' '));
+            if (text.size() > InstanceRequest::longestText)
+                return tl::unexpected(kestrant::text("The text is too long.", "Le texte est trop long."));
+            result.request = {
+                asks("--new") ? InstanceRequest::Action::newReminder : InstanceRequest::Action::search, text};
+            return result;
         } else if (argument == QLatin1String("--render") && !hasMode) {
             const auto folder = value();
             if (!folder || folder->isEmpty())
@@ -52,10 +62,14 @@ TextPair launchUsage() {
         "Usage: kestrant [--store vdir:PATH | evolution]  open the panel at the top of the screen\n"
         "         --configuration FILE                    with other deployment values than the built-in "
         "ones\n"
-        "       kestrant --toggle                         open or close the panel that is running\n",
+        "       kestrant --toggle                         open the panel, or close it\n"
+        "       kestrant --new [TEXT]                     open quick add, with TEXT in its line\n"
+        "       kestrant --search [TEXT]                  open the search field, with TEXT in it\n",
         "Utilisation : kestrant [--store vdir:CHEMIN | evolution]  ouvrir le panneau en haut de l’écran\n"
         "                --configuration FICHIER                   avec d’autres valeurs de déploiement\n"
-        "              kestrant --toggle                           ouvrir ou fermer le panneau en cours\n");
+        "              kestrant --toggle                           ouvrir ou fermer le panneau\n"
+        "              kestrant --new [TEXTE]                      ouvrir l’ajout rapide, TEXTE déjà saisi\n"
+        "              kestrant --search [TEXTE]                   ouvrir la recherche, TEXTE déjà saisi\n");
 }
 
 }  // namespace kestrant

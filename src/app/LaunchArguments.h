@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/InstanceRequest.h"
 #include "foundation/Text.h"
 
 #include <QString>
@@ -16,8 +17,6 @@ struct LaunchArguments {
     enum class Mode {
         /// The panel at the top of the screen.
         panel,
-        /// Tell a running panel to open or close.
-        toggle,
         /// Write pictures of every state into a folder.
         render,
         /// One command without a window, or --version; the command line reads its own arguments.
@@ -30,6 +29,8 @@ struct LaunchArguments {
     std::optional<QString> store;
     /// A file of deployment values that take the place of the built-in ones, where one was named.
     std::optional<QString> configurationFile;
+    /// What the panel is asked for; it is started where none is running.
+    std::optional<InstanceRequest> request;
     QString renderFolder;
 };
 

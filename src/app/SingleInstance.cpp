@@ -6,11 +6,14 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusContext>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDeadlineTimer>
 #include <QLocalSocket>
 #include <QThread>
 #include <QTimer>
+#include <QVariantMap>
 
 #include <unistd.h>
 
@@ -27,11 +30,7 @@ constexpr int retryMilliseconds = 20;
 constexpr int announcementMilliseconds = 150;
 const QString serviceName = QStringLiteral("com.Kestrant.notchapp");
 const QString objectPath = QStringLiteral("/com/Kestrant/notchapp");
-const QString interfaceName = QStringLiteral("com.Kestrant.notchapp");
-
-QString nameOf(InstanceCommand command) {
-    return command == InstanceCommand::toggle ? QStringLiteral("Toggle") : QStringLiteral("Show");
-}
+const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
 QString socketPath() {
     return runtimeFolder() + QStringLiteral("/com.Kestrant.notchapp-%1.socket").arg(::getuid());
@@ -47,39 +46,52 @@ bool isRunning() {
     return !lock && lock.error().errorNumber == EWOULDBLOCK;
 }
 
-bool sendOverBus(InstanceCommand command) {
+bool sendOverBus(const InstanceRequest& request) {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return false;
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName, nameOf(command));
+    QDBusMessage call = QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName,
+                                                       QStringLiteral("ActivateAction"));
+    const QVariantList parameter = request.text.isEmpty() ? QVariantList() : QVariantList{request.text};
+    call << nameOf(request.action) << parameter << QVariantMap();
     call.setAutoStartService(false);
     return bus.call(call, QDBus::Block, answerTimeoutMilliseconds).type() == QDBusMessage::ReplyMessage;
 }
 
-bool sendOverSocket(InstanceCommand command) {
+bool sendOverSocket(const InstanceRequest& request) {
     QLocalSocket socket;
     socket.connectToServer(socketPath());
     if (!socket.waitForConnected(answerTimeoutMilliseconds))
         return false;
-    socket.write(nameOf(command).toUtf8() + '\n');
+    socket.write(lineOf(request) + '\n');
     return socket.waitForReadyRead(answerTimeoutMilliseconds) && socket.readAll().startsWith("ok");
 }
 
-/// The object other starts call on the bus.
-class BusEndpoint : public QObject {
+/// The object that the desktop and other starts call on the bus.
+class BusEndpoint : public QObject, protected QDBusContext {
     Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "com.Kestrant.notchapp")
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
   public:
-    explicit BusEndpoint(std::function<void(InstanceCommand)> handler) : handler_(std::move(handler)) {}
+    explicit BusEndpoint(SingleInstance::Handler handler) : handler_(std::move(handler)) {}
 
   public Q_SLOTS:
-    void Show() { handler_(InstanceCommand::show); }
-    void Toggle() { handler_(InstanceCommand::toggle); }
+    void Activate(const QVariantMap&) { handler_({InstanceRequest::Action::show}); }
+    void Open(const QStringList&, const QVariantMap&) {
+        sendErrorReply(QDBusError::NotSupported, QStringLiteral("Kestrant opens no files."));
+    }
+    void ActivateAction(const QString& name, const QVariantList& parameter, const QVariantMap&) {
+        const auto action = actionNamed(name);
+        const QString text = parameter.value(0).toString();
+        if (!action || text.size() > InstanceRequest::longestText)
+            sendErrorReply(QDBusError::InvalidArgs, action ? QStringLiteral("The text is too long.")
+                                                           : QStringLiteral("There is no such action."));
+        else
+            handler_({*action, text});
+    }
 
   private:
-    std::function<void(InstanceCommand)> handler_;
+    SingleInstance::Handler handler_;
 };
 
 }  // namespace
@@ -102,7 +114,7 @@ SingleInstance::~SingleInstance() {
         QDBusConnection::sessionBus().unregisterService(serviceName);
 }
 
-SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)> handler) {
+SingleInstance::Claim SingleInstance::claim(Handler handler) {
     // The person's own folder may not be there yet.
     (void)createFolder(runtimeFolder());
     auto lock = takeLock();
@@ -110,8 +122,10 @@ SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)>
         d_->lock = std::move(*lock);
         // The lock is held; listening for commands can wait until the first frame.
         QTimer::singleShot(announcementMilliseconds, this, [this, handler = std::move(handler)] {
-            (void)claimOnBus(handler);
-            (void)listen(handler);
+            if (claimOnBus(handler) == Claim::taken)
+                Q_EMIT takenOnBus();
+            else
+                (void)listen(handler);
         });
         return Claim::first;
     }
@@ -123,7 +137,7 @@ SingleInstance::Claim SingleInstance::claim(std::function<void(InstanceCommand)>
     return onBus == Claim::unavailable && listen(handler) ? Claim::first : onBus;
 }
 
-SingleInstance::Claim SingleInstance::claimOnBus(const std::function<void(InstanceCommand)>& handler) {
+SingleInstance::Claim SingleInstance::claimOnBus(const Handler& handler) {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return Claim::unavailable;
@@ -137,15 +151,12 @@ SingleInstance::Claim SingleInstance::claimOnBus(const std::function<void(Instan
     return bus.interface()->isServiceRegistered(serviceName) ? Claim::taken : Claim::unavailable;
 }
 
-bool SingleInstance::listen(const std::function<void(InstanceCommand)>& handler) {
-    auto server = std::make_unique<CommandSocket>([handler](const QByteArray& name) {
-        for (const InstanceCommand command : {InstanceCommand::show, InstanceCommand::toggle}) {
-            if (name != nameOf(command).toUtf8())
-                continue;
-            handler(command);
-            return true;
-        }
-        return false;
+bool SingleInstance::listen(const Handler& handler) {
+    auto server = std::make_unique<CommandSocket>([handler](const QByteArray& line) {
+        const auto request = requestOf(line);
+        if (request)
+            handler(*request);
+        return request.has_value();
     });
     if (!server->listenAt(socketPath()))
         return false;
@@ -153,10 +164,10 @@ bool SingleInstance::listen(const std::function<void(InstanceCommand)>& handler)
     return true;
 }
 
-bool SingleInstance::send(InstanceCommand command) {
+bool SingleInstance::send(const InstanceRequest& request) {
     // One that has only just started holds the lock and cannot be reached yet.
     const QDeadlineTimer deadline(answerTimeoutMilliseconds);
-    while (!sendOverBus(command) && !sendOverSocket(command)) {
+    while (!sendOverBus(request) && !sendOverSocket(request)) {
         if (!isRunning() || deadline.hasExpired())
             return false;
         QThread::msleep(retryMilliseconds);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/InstanceRequest.h"
+
 #include <QObject>
 #include <QString>
 
@@ -8,21 +10,15 @@
 
 namespace kestrant {
 
-/// Commands that a second process may send to the running one.
-enum class InstanceCommand {
-    /// Bring the panel up (a second start).
-    show,
-    /// Open the panel, or close it when it is open.
-    toggle,
-};
-
-/// One running program per person and machine, told by a lock in the runtime folder (or the person's own).
-/// Other starts reach it by its name on the session bus, or by a local socket where they have no bus. Thread:
-/// main.
+/// The one panel per person and machine, which holds a lock in the runtime folder (or the person's own).
+/// Other starts and the desktop reach it by its name on the session bus as an org.freedesktop.Application
+/// (Desktop Entry Specification 1.5), or by a local socket where they have no bus. Thread: main.
 class SingleInstance : public QObject {
     Q_OBJECT
 
   public:
+    using Handler = std::function<void(const InstanceRequest&)>;
+
     enum class Claim {
         /// This process is the one; it now answers other starts.
         first,
@@ -35,20 +31,24 @@ class SingleInstance : public QObject {
     explicit SingleInstance(QObject* parent = nullptr);
     ~SingleInstance() override;
 
-    /// Tries to become the one; others can reach it a moment later. `handler` is called for each command
-    /// another start sends.
-    [[nodiscard]] Claim claim(std::function<void(InstanceCommand)> handler);
+    /// Tries to become the one; others can reach it a moment later. `handler` is called for each request.
+    [[nodiscard]] Claim claim(Handler handler);
 
-    /// Sends a command to the running program; false when none is running or it does not answer within two
+    /// Sends a request to the running program; false when none is running or it does not answer within two
     /// seconds. Blocks; for a process that has no window.
-    [[nodiscard]] static bool send(InstanceCommand command);
+    [[nodiscard]] static bool send(const InstanceRequest& request);
 
     /// The file that is locked by the running program, in the folder of the session.
     [[nodiscard]] static QString lockPath();
 
+  Q_SIGNALS:
+    /// After claim() has said `first`: a program with another runtime folder, in a sandbox for instance, has
+    /// the name on the bus.
+    void takenOnBus();
+
   private:
-    [[nodiscard]] Claim claimOnBus(const std::function<void(InstanceCommand)>& handler);
-    [[nodiscard]] bool listen(const std::function<void(InstanceCommand)>& handler);
+    [[nodiscard]] Claim claimOnBus(const Handler& handler);
+    [[nodiscard]] bool listen(const Handler& handler);
 
     struct Private;
     std::unique_ptr<Private> d_;

@@ -131,14 +131,15 @@ int render(const QString& folder) {
                 refused);
 }
 
-int toggleRunningPanel(int& argc, char** argv) {
+/// Whether a running panel has taken a request.
+bool hasTaken(const InstanceRequest& request, int& argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    if (SingleInstance::send(InstanceCommand::toggle))
-        return done;
-    return fail(text("Kestrant is not running.", "Kestrant n’est pas en cours d’exécution."), refused);
+    return SingleInstance::send(request);
 }
 
 int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
+    if (launch.request && hasTaken(*launch.request, argc, argv))
+        return done;
     std::optional<EventStoreLocation> store;
     if (launch.store) {
         const auto location = EventStoreLocation::parse(*launch.store);
@@ -157,7 +158,8 @@ int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
                                             .ledgerFile = completionLedgerPath(),
                                             .supportFolder = applicationSupportFolder(),
                                             .information = *information,
-                                        });
+                                        },
+                                        launch.request);
     return ended ? *ended : fail(ended.error(), refused);
 }
 
@@ -186,8 +188,6 @@ int main(int argc, char** argv) {
     switch (launch->mode) {
     case LaunchArguments::Mode::panel:
         return runPanel(argc, argv, *launch);
-    case LaunchArguments::Mode::toggle:
-        return toggleRunningPanel(argc, argv);
     case LaunchArguments::Mode::render:
         return render(launch->renderFolder);
     case LaunchArguments::Mode::help:

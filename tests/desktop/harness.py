@@ -15,7 +15,7 @@ sys.path.insert(0, str(SOURCES / "scripts"))
 
 from virtual_desktop import EventWindow, VirtualDesktop, bounds, stop, wait_until  # noqa: E402
 
-__all__ = ["DesktopTest", "EventWindow", "bounds", "stop", "wait_until"]
+__all__ = ["PROGRAM", "DesktopTest", "EventWindow", "bounds", "stop", "wait_until"]
 
 PROGRAM = os.environ.get("KESTRANT", str(SOURCES / "build/dev/src/app/kestrant"))
 IDENTIFIER = "com.Kestrant.notchapp"

@@ -1,9 +1,10 @@
 """The panel's phases under the pointer, and how it shares the screen with other programs."""
 
 import signal
+import subprocess
 import unittest
 
-from harness import EXPANDED, HOVERING, IDLE, WINDOW, DesktopTest, EventWindow, stop, wait_until
+from harness import EXPANDED, HOVERING, IDLE, PROGRAM, WINDOW, DesktopTest, EventWindow, stop, wait_until
 
 
 class PanelTest(DesktopTest):
@@ -146,10 +147,43 @@ class SessionTest(DesktopTest):
         self.assertEqual(self.kestrant("--toggle").returncode, 0)
         self.wait_for_panel(IDLE)
 
-    def test_toggle_says_so_when_nothing_is_running(self):
-        done = self.kestrant("--toggle")
-        self.assertEqual(done.returncode, 1)
-        self.assertNotEqual(done.stderr, "")
+    def test_what_other_starts_ask_for_is_done_by_the_one_that_runs_or_is_started(self):
+        self.set_preferences()
+        self.program = self.desktop.spawn([PROGRAM, "--new", "Buy", "milk"])
+        self.addCleanup(stop, self.program)
+        self.wait_for_panel(EXPANDED)
+        self.assertEqual(self.kestrant("--new", "and 100 % café").returncode, 0)
+        self.desktop.key("Return")
+        wait_until(lambda: [self.text(path) for path in self.list.glob("*.ics")], "the reminder is added")
+        self.assertIn("SUMMARY:Buy milk and 100 % café", self.text(next(self.list.glob("*.ics"))))
+
+    def test_the_desktop_finds_it_as_an_application(self):
+        self.add_reminder("Bread")
+        self.start()
+
+        def ask(method, *arguments):
+            done = subprocess.run(
+                ["gdbus", "call", "--session", "--dest", "com.Kestrant.notchapp", "--object-path", "/com/Kestrant/notchapp",
+                 "--method", f"org.freedesktop.Application.{method}", *arguments, "{}"],
+                env=self.desktop.environment, capture_output=True, timeout=60)
+            return done.returncode
+
+        def act(action, *parameter):
+            return ask("ActivateAction", action, f"[{', '.join(f'<{text!r}>' for text in parameter)}]")
+
+        # The name is taken a moment after the first frame.
+        wait_until(lambda: self.kestrant("--toggle").returncode == 0, "it answers")
+        self.wait_for_panel(EXPANDED)
+        self.assertEqual(act("toggle"), 0)
+        self.wait_for_panel(IDLE)
+        self.assertEqual(ask("Activate"), 0)
+        self.wait_for_panel(EXPANDED)
+        self.wait_for_circles(1)
+        self.assertEqual(act("search", "nothing is called that"), 0)
+        self.wait_for_circles(0)
+        for wrong in (["dance"], ["search", "x" * 3000]):
+            self.assertNotEqual(act(*wrong), 0)
+        self.assertIsNone(self.program.poll())
 
     def test_a_second_start_leaves_the_first_running_and_ends(self):
         self.start()

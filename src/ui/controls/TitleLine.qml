@@ -78,6 +78,8 @@ FocusScope {
                 }
                 if (flat !== line.text)
                     line.edited(flat)
+                else
+                    cursorPosition = length
             }
             onCursorRectangleChanged: view.follow(cursorRectangle)
             onWidthChanged: view.follow(cursorRectangle)

@@ -201,7 +201,8 @@ Item {
         }
         function onNewReminderRequested() {
             root.yearReveal.finish()
-            root.content.openQuickAdd()
+            if (!root.overlays.isPresented("quickAdd"))
+                root.content.openQuickAdd()
         }
         function onFindReminderRequested() {
             root.yearReveal.finish()

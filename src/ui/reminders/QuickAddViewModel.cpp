@@ -1,5 +1,6 @@
 #include "ui/reminders/QuickAddViewModel.h"
 
+#include "foundation/ControlCharacters.h"
 #include "reminders/model/ReminderDueText.h"
 #include "reminders/store/ReminderStore.h"
 #include "ui/calendar/ListColor.h"
@@ -79,6 +80,11 @@ void QuickAddViewModel::begin() {
     // The days that words such as "tomorrow" stand for may be others by now.
     understand();
     Q_EMIT changed();
+}
+
+void QuickAddViewModel::append(const QString& text) {
+    begin();
+    setTitle(QString(title_ + QLatin1Char(' ') + onOneLine(text)).trimmed());
 }
 
 void QuickAddViewModel::discard() {

@@ -72,6 +72,8 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     /// Shows what was written and neither added nor discarded, or else an empty reminder in the list that is
     /// preferred now.
     Q_INVOKABLE void begin();
+    /// Puts text behind what is written.
+    void append(const QString& text);
     /// Gives up what was written.
     Q_INVOKABLE void discard();
     /// Saves; ends with `added`, or with errorText set and everything left as it was written.
