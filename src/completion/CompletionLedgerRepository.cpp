@@ -9,6 +9,12 @@
 #include <utility>
 
 namespace kestrant {
+namespace {
+
+/// Of replacing a file that others change at the same time.
+constexpr int mostTries = 20;
+
+}  // namespace
 
 LedgerWriteResult writeLedgerFile(const QString& path, const LedgerChange& change) {
     if (auto folder = createFolder(QFileInfo(path).path()); !folder)
@@ -16,20 +22,26 @@ LedgerWriteResult writeLedgerFile(const QString& path, const LedgerChange& chang
     const auto lock = FileLock::besideFile(path);
     if (!lock)
         return tl::unexpected(lock.error());
-    const auto document = readFile(path);
-    if (!document && document.error().errorNumber != ENOENT && document.error().errorNumber != EACCES &&
-        document.error().errorNumber != EFBIG)
-        return tl::unexpected(document.error());
-    auto present = document ? decodeLedger(*document) : std::nullopt;
-    const bool isUnusable = !present && (document || document.error().errorNumber != ENOENT);
-    if (isUnusable) {
-        if (const auto aside = setFileAside(path); !aside)
-            return tl::unexpected(aside.error());
+    // Again where a program that does not lock it has changed the file meanwhile.
+    for (int tries = 1;; ++tries) {
+        const auto document = readFile(path);
+        if (!document && document.error().errorNumber != ENOENT && document.error().errorNumber != EACCES &&
+            document.error().errorNumber != EFBIG)
+            return tl::unexpected(document.error());
+        auto present = document ? decodeLedger(*document) : std::nullopt;
+        const bool isUnusable = !present && (document || document.error().errorNumber != ENOENT);
+        if (isUnusable) {
+            if (const auto aside = setFileAside(path); !aside)
+                return tl::unexpected(aside.error());
+        }
+        CompletionLedgerV1 ledger = present ? withChange(std::move(*present), change) : change.after;
+        const auto replaced = present ? std::optional(*document) : std::nullopt;
+        const auto written = replaceContent(path, replaced, encodeLedger(ledger));
+        if (written)
+            return ledger;
+        if (written.error().errorNumber != ESTALE || tries == mostTries)
+            return tl::unexpected(written.error());
     }
-    CompletionLedgerV1 ledger = present ? withChange(std::move(*present), change) : change.after;
-    if (const auto written = writeFileAtomically(path, encodeLedger(ledger)); !written)
-        return tl::unexpected(written.error());
-    return ledger;
 }
 
 QString completionLedgerPath() {

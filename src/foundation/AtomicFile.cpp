@@ -264,6 +264,17 @@ tl::expected<void, FileError> replaceFileIf(const QString& path, const QByteArra
     return {};
 }
 
+tl::expected<void, FileError> replaceContent(const QString& path, const std::optional<QByteArray>& present,
+                                             const QByteArray& content) {
+    if (present)
+        return replaceFileIf(path, content,
+                             [&](const QString& there) { return readFile(there) == *present; });
+    auto written = writeFileAtomically(path, content, FileMode::createNew);
+    if (!written && written.error().errorNumber == EEXIST)
+        return failure(path, ESTALE);
+    return written;
+}
+
 tl::expected<void, FileError> removeFileIf(const QString& path, const FileCheck& isExpected) {
     const std::string target = nativePath(path);
     if (!isExpected(path))

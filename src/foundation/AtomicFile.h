@@ -48,6 +48,10 @@ using FileCheck = std::function<bool(const QString& path)>;
 /// nothing, where the file fails the check or is gone.
 [[nodiscard]] tl::expected<void, FileError> replaceFileIf(const QString& path, const QByteArray& content,
                                                           const FileCheck& isExpected);
+/// Writes in the same way over a file that holds `present`, or, where that is absent, a file that is not
+/// there yet.
+[[nodiscard]] tl::expected<void, FileError>
+replaceContent(const QString& path, const std::optional<QByteArray>& present, const QByteArray& content);
 /// Removes a file in the same way.
 [[nodiscard]] tl::expected<void, FileError> removeFileIf(const QString& path, const FileCheck& isExpected);
 

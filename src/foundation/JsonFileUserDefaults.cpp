@@ -24,6 +24,9 @@ namespace {
 
 /// How long changes are gathered before they are written together.
 constexpr int gatheringMilliseconds = 100;
+/// A file that holds no JSON object is read again so often before it counts as damaged.
+constexpr int mostTries = 20;
+constexpr int retryMilliseconds = 25;
 
 std::optional<QJsonObject> parse(const QByteArray& document) {
     const QJsonDocument json = QJsonDocument::fromJson(document);
@@ -294,16 +297,26 @@ bool JsonFileUserDefaults::flush() {
         setProblem(lock.error().errorNumber == EWOULDBLOCK ? inUse(path_) : unwritable(lock.error()));
         return false;
     }
-    const auto document = readFile(path_);
-    if (!document && document.error().errorNumber != ENOENT) {
-        setProblem(unreadable(document.error()));
-        return false;
-    }
     QJsonObject values;
     std::optional<TextPair> problem;
-    if (document) {
-        if (const auto present = parse(*document)) {
+    bool isWritten = false;
+    for (int tries = 1; !isWritten; ++tries) {
+        auto document = readFile(path_);
+        if (!document && document.error().errorNumber != ENOENT) {
+            setProblem(unreadable(document.error()));
+            return false;
+        }
+        const auto present = document ? parse(*document) : QJsonObject();
+        if (!present && tries < mostTries) {
+            // It may be in the middle of being written.
+            (void)::poll(nullptr, 0, retryMilliseconds);
+            continue;
+        }
+        std::optional<QByteArray> replaced;
+        if (present) {
             values = *present;
+            if (document)
+                replaced = std::move(*document);
         } else {
             const auto aside = setFileAside(path_);
             if (!aside) {
@@ -313,14 +326,17 @@ bool JsonFileUserDefaults::flush() {
             values = known;
             problem = setAsideAs(*aside);
         }
-    }
-    for (auto change = changed.cbegin(); change != changed.cend(); ++change) {
-        const QString& key = change.key();
-        put(values, key, merged(change.value(), known.value(key), values.value(key)));
-    }
-    if (const auto written = writeFileAtomically(path_, QJsonDocument(values).toJson()); !written) {
-        setProblem(unwritable(written.error()));
-        return false;
+        for (auto change = changed.cbegin(); change != changed.cend(); ++change) {
+            const QString& key = change.key();
+            put(values, key, merged(change.value(), known.value(key), values.value(key)));
+        }
+        const auto written = replaceContent(path_, replaced, QJsonDocument(values).toJson());
+        isWritten = written.has_value();
+        // Another program that does not lock the file has changed it.
+        if (!isWritten && (written.error().errorNumber != ESTALE || tries >= 2 * mostTries)) {
+            setProblem(unwritable(written.error()));
+            return false;
+        }
     }
     {
         const std::lock_guard valuesLock(mutex_);

@@ -22,10 +22,11 @@ namespace kestrant {
 /// User defaults in a JSON file that several processes may share. Values are read from memory; changes are
 /// written by a thread of its own, several at a time, and at the latest when the store goes. Before writing,
 /// with other processes locked out, the file is read again and only the keys changed here are changed there
-/// (of an object, its members), so keys nobody here knows and changes by others survive. Changes by others
-/// are taken over when they happen.
+/// (of an object, its members), so keys nobody here knows and changes by others survive, also by programs
+/// that do not lock the file. Changes by others are taken over when they happen.
 ///
-/// A file that holds no JSON object is left as it is until something is to be written, and then set aside.
+/// A file that holds no JSON object is left as it is until something is to be written. It is set aside then
+/// unless it holds one within half a second.
 class JsonFileUserDefaults final : public UserDefaults {
   public:
     /// Reads the file; it and its folder need not exist. The scheduler is that of the calling thread and

@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -63,6 +64,29 @@ TEST_F(JsonFileUserDefaultsTest, OfTwoProcessesBothAddToTheSameObject) {
     const QJsonObject expected{{"a", false}, {"ours", true}, {"theirs", true}};
     EXPECT_EQ(fileValues().value(key).toObject(), expected);
     EXPECT_EQ(defaults->object(key).toObject(), expected);
+}
+
+TEST_F(JsonFileUserDefaultsTest, KeepWhatAProgramWritesThatDoesNotLockThem) {
+    putFile("{}");
+    open();
+    for (int round = 1; round <= 200; ++round) {
+        defaults->set(QStringLiteral("ours"), round);
+        std::thread flushing([this] { EXPECT_TRUE(defaults->flush()); });
+        // At another moment of the flush in each round; every other time in place, as some editors do.
+        std::this_thread::sleep_for(std::chrono::microseconds(round * 10));
+        QJsonObject values = fileValues();
+        values.insert(QStringLiteral("theirs"), round);
+        const QByteArray text = QJsonDocument(values).toJson();
+        if (round % 2 == 0) {
+            QFile file(path());
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        } else {
+            putFile(text);
+        }
+        flushing.join();
+        ASSERT_EQ(fileValues().value(QStringLiteral("theirs")), round);
+    }
+    EXPECT_FALSE(QFile::exists(path() + QStringLiteral(".damaged-1")));
 }
 
 TEST_F(JsonFileUserDefaultsTest, ThatAreOnlyReadAreNotWritten) {
