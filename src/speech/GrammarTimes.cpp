@@ -1,0 +1,367 @@
+#include "speech/Grammar.h"
+
+#include <array>
+#include <cstring>
+
+namespace kestrant::speech {
+namespace {
+
+using Gap = Token::Gap;
+using Kind = Token::Kind;
+using Need = Atom::Need;
+
+constexpr int noon = 720;
+
+/// Zones by letters that stand for one distance from UTC only, in minutes.
+struct Zone {
+    const char16_t* name;
+    int offset;
+};
+constexpr std::array zones{
+    Zone{u"UTC", 0},     Zone{u"GMT", 0},    Zone{u"WET", 0},    Zone{u"CET", 60},   Zone{u"CEST", 120},
+    Zone{u"EET", 120},   Zone{u"EEST", 180}, Zone{u"MSK", 180},  Zone{u"JST", 540},  Zone{u"KST", 540},
+    Zone{u"HKT", 480},   Zone{u"AWST", 480}, Zone{u"AEST", 600}, Zone{u"AEDT", 660}, Zone{u"ACST", 570},
+    Zone{u"NZST", 720},  Zone{u"NZDT", 780}, Zone{u"EST", -300}, Zone{u"EDT", -240}, Zone{u"CDT", -300},
+    Zone{u"MST", -420},  Zone{u"MDT", -360}, Zone{u"PST", -480}, Zone{u"PDT", -420}, Zone{u"AKST", -540},
+    Zone{u"AKDT", -480}, Zone{u"HST", -600}, Zone{u"WEST", 60},
+};
+
+bool isHour(int value) {
+    return value >= 0 && value <= 24;
+}
+
+}  // namespace
+
+Atom Grammar::hourAlone(int end, const Number& hour) const {
+    Atom atom{.end = end, .need = Need::help, .leads = leadsToTime, .helpedBy = isClear, .isBare = true};
+    atom.meaning.minute = hour.value * 60;
+    atom.meaning.isOfTwelve = hour.value >= 1 && hour.value <= 12;
+    atom.meaning.isVague = atom.meaning.isOfTwelve;
+    return atom;
+}
+
+/// Takes what may follow an hour: am and pm, "o'clock", "-ish".
+Atom Grammar::withMinutes(Atom atom, int hourEnd) const {
+    atom.end = hourEnd;
+    if (const Found* half = senses_.find(hourEnd, Sense::meridiem);
+        half && (!half->word.isShort || tokens_.isGlued(hourEnd)) && atom.meaning.minute < 13 * 60 &&
+        (atom.meaning.minute >= 60 || present_.hasTwelveHours || atom.meaning.isOfTwelve) &&
+        tokens_.ends(half->end) | tokens_.isKind(half->end, Kind::sign)) {
+        atom.meaning.minute = atom.meaning.minute % noon + (half->word.value == 1 ? noon : 0);
+        atom.meaning.isOfTwelve = atom.meaning.isVague = false;
+        atom.need = Need::nothing;
+        atom.isBare = false;
+        atom.end = half->end;
+        return atom;
+    }
+    if (const Found* clock = senses_.find(hourEnd, Sense::oclock)) {
+        atom.need = Need::nothing;
+        atom.isBare = false;
+        atom.end = clock->end;
+    }
+    const int at = tokens_.isSign(atom.end, u'-') && tokens_.isGlued(atom.end) ? atom.end + 1 : atom.end;
+    if (const Found* about = senses_.find(at, Sense::ish); about && tokens_.isGlued(at)) {
+        atom.need = Need::nothing;
+        atom.isBare = false;
+        atom.end = about->end;
+    }
+    return atom;
+}
+
+std::optional<Atom> Grammar::clockInDigits(int i) const {
+    if (!tokens_.isKind(i, Kind::number))
+        return std::nullopt;
+    const Token& token = tokens_[i];
+    Atom atom{.end = i + 1, .need = Need::nothing, .leads = leadsToTime};
+    Meaning& meaning = atom.meaning;
+    const auto minuteAt = [&](int at) {
+        return tokens_.isKind(at, Kind::number) && tokens_[at].digits == 2 && tokens_[at].number < 60
+                   ? tokens_[at].number
+                   : -1;
+    };
+    // "1430" and "930"
+    if (token.digits == 3 || token.digits == 4) {
+        const int hour = token.number / 100;
+        const int minute = token.number % 100;
+        if (token.number < 0 || hour > 23 || minute > 59)
+            return std::nullopt;
+        meaning.minute = hour * 60 + minute;
+        meaning.isOfTwelve = hour >= 1 && hour <= 12 && token.digits == 3;
+        meaning.isVague = meaning.isOfTwelve;
+        atom.need = Need::help;
+        atom.helpedBy = isClear;
+        atom.isBare = true;
+        if (senses_.has(i + 1, Sense::unit) && tokens_[i + 1].text == u"h" && tokens_.isGlued(i + 1)) {
+            atom.need = Need::nothing;
+            atom.end = i + 2;
+            return atom;
+        }
+        return withMinutes(atom, i + 1);
+    }
+    if (token.digits > 2 || !isHour(token.number))
+        return std::nullopt;
+    const int hour = token.number;
+    meaning.minute = hour * 60;
+    meaning.isOfTwelve = hour >= 1 && hour <= 12 && !(token.digits == 2 && hour < 10);
+    const bool isParted = tokens_.isGlued(i + 1) && tokens_.isGlued(i + 2);
+    if (isParted && tokens_.isSign(i + 1, u':') && minuteAt(i + 2) >= 0 && hour < 24) {
+        meaning.minute += minuteAt(i + 2);
+        meaning.isVague = meaning.isOfTwelve && present_.hasTwelveHours;
+        int end = i + 3;
+        if (tokens_.isSign(end, u':') && tokens_.isGlued(end) && tokens_.isGlued(end + 1) &&
+            minuteAt(end + 1) >= 0)
+            end += 2;
+        atom.need = Need::room;
+        if (!meaning.isOfTwelve || hour == 0)
+            atom.need = Need::nothing;
+        return withMinutes(atom, end);
+    }
+    if (isParted && tokens_.isSign(i + 1, u'.') && minuteAt(i + 2) >= 0 && hour < 24) {
+        meaning.minute += minuteAt(i + 2);
+        meaning.isVague = meaning.isOfTwelve && present_.hasTwelveHours;
+        atom.need = Need::help;
+        atom.helpedBy = isClear | leadsToTime;
+        return withMinutes(atom, i + 3);
+    }
+    // "18h30", "18 h 30", "9 heures et demie", "9h moins le quart"
+    const Found* unit = senses_.find(i + 1, Sense::unit);
+    if (unit && static_cast<Unit>(unit->word.value) == Unit::hour &&
+        (unit->word.language == Language::french || tokens_[i + 1].text == u"h")) {
+        int end = unit->end;
+        const bool isWord = tokens_[i + 1].text.size() > 1;
+        if (minuteAt(end) >= 0 && hour < 24 && !senses_.has(end + 1, Sense::unit)) {
+            meaning.minute += minuteAt(end);
+            ++end;
+        } else if (minuteAt(end) >= 0 && hour < 24 && tokens_[end + 1].text.startsWith(u'm')) {
+            meaning.minute += minuteAt(end);
+            end += 2;
+        } else if (const Found* mark = senses_.find(end, Sense::fractionMark)) {
+            meaning.minute += mark->word.value * 15;
+            end = mark->end;
+        } else if (const Found* minus = senses_.find(end, Sense::minus)) {
+            const int at = senses_.past(minus->end, Sense::the);
+            if (const Found* part = senses_.find(at, Sense::fraction)) {
+                meaning.minute -= part->word.value * 15;
+                end = part->end;
+            } else if (const auto minutes = number(at); minutes && minutes->value < 60) {
+                meaning.minute -= minutes->value;
+                end = minutes->end;
+            }
+        } else if (const auto minutes = isWord ? number(end) : std::nullopt;
+                   minutes && minutes->digits == 0 && minutes->value < 60 && minutes->value > 1 &&
+                   tokens_[end].gap == Gap::space && !senses_.has(minutes->end, Sense::unit)) {
+            meaning.minute += minutes->value;
+            end = minutes->end;
+        }
+        // Without a lead a small one is a length: "cuire 1h30", "dormir 9 heures".
+        const bool isLength = hour < 7 || isWord || hour == 24;
+        atom.need = isLength ? Need::help : Need::room;
+        atom.helpedBy = leadsToTime;
+        if (hour == 24)
+            meaning.minute = 1440;
+        return withMinutes(atom, end);
+    }
+    if (hour == 0 || hour > 24)
+        return std::nullopt;
+    const Number alone{hour, i + 1, token.digits};
+    return withMinutes(hourAlone(i + 1, alone), i + 1);
+}
+
+std::optional<Atom> Grammar::clockInWords(int i) const {
+    const auto spoken = [&](int end, int minute, bool isOfTwelve, Need need) {
+        Atom atom{.end = end, .need = need, .leads = leadsToTime, .helpedBy = isClear | leadsToTime};
+        atom.meaning.minute = (minute + 1440) % 1440;
+        atom.meaning.isOfTwelve = atom.meaning.isVague = isOfTwelve;
+        return withMinutes(atom, end);
+    };
+    // "half past five", "ten to five", "20 past 4pm"
+    int minutes = -1;
+    int at = i;
+    if (const Found* part = senses_.find(i, Sense::fraction); part && part->word.value <= 2) {
+        minutes = part->word.value * 15;
+        at = part->end;
+    } else if (const auto count = number(i); count && count->value < 60 && count->value > 0) {
+        minutes = count->value;
+        at = count->end;
+        const Found* unit = senses_.find(at, Sense::unit);
+        if (unit && unit->word.value == static_cast<int>(Unit::minute))
+            at = unit->end;
+    }
+    if (minutes > 0) {
+        const bool isPast = senses_.has(at, Sense::past);
+        const bool isTo = senses_.has(at, Sense::to);
+        if (isPast || isTo) {
+            const int from = senses_.past(at, isPast ? Sense::past : Sense::to);
+            if (const Found* clock = senses_.find(from, Sense::clock))
+                return spoken(clock->end, clock->word.value + (isPast ? minutes : -minutes), false,
+                              Need::nothing);
+            const auto hour = number(from);
+            const bool isFraction = senses_.has(i, Sense::fraction);
+            if (hour && hour->value >= 1 && hour->value <= 12 && (isFraction || minutes % 5 == 0) &&
+                (hour->digits <= 2) && tokens_.ends(hour->end) | senses_.has(hour->end, Sense::meridiem)) {
+                Atom atom = spoken(hour->end, hour->value * 60, true,
+                                   isFraction || isPast ? Need::nothing : Need::room);
+                atom.meaning.minute = (atom.meaning.minute + (isPast ? minutes : -minutes) + 1440) % 1440;
+                if (atom.meaning.minute == 0)
+                    atom.meaning.minute = 12 * 60;
+                return atom;
+            }
+        }
+    }
+    if (const Found* clock = senses_.find(i, Sense::clock)) {
+        int minute = clock->word.value;
+        int end = clock->end;
+        if (const Found* mark = senses_.find(end, Sense::fractionMark);
+            mark && mark->word.language == clock->word.language) {
+            minute += mark->word.value * 15;
+            end = mark->end;
+        } else if (const Found* minus = senses_.find(end, Sense::minus)) {
+            const int from = senses_.past(minus->end, Sense::the);
+            if (const Found* part = senses_.find(from, Sense::fraction)) {
+                minute -= part->word.value * 15;
+                end = part->end;
+            } else if (const auto count = number(from)) {
+                minute -= count->value;
+                end = count->end;
+            }
+        }
+        const Need need = end != clock->end ? Need::room : Need::opening;
+        Atom atom{.end = end, .need = need, .leads = leadsToTime, .helpedBy = leadsToTime};
+        atom.meaning.minute = minute == 1440 ? minute : minute % 1440;
+        return atom;
+    }
+    const auto hour = tokens_.isKind(i, Kind::word) ? number(i) : std::nullopt;
+    if (!hour || hour->value > 23)
+        return std::nullopt;
+    // "huit heures du soir", "dix-huit heures trente"
+    const Found* unit = senses_.find(hour->end, Sense::unit);
+    if (unit && unit->word.value == static_cast<int>(Unit::hour) && unit->word.language == Language::french) {
+        int end = unit->end;
+        int minute = hour->value * 60;
+        if (const Found* mark = senses_.find(end, Sense::fractionMark)) {
+            minute += mark->word.value * 15;
+            end = mark->end;
+        } else if (const Found* minus = senses_.find(end, Sense::minus)) {
+            const int from = senses_.past(minus->end, Sense::the);
+            if (const Found* part = senses_.find(from, Sense::fraction)) {
+                minute -= part->word.value * 15;
+                end = part->end;
+            } else if (const auto count = number(from)) {
+                minute -= count->value;
+                end = count->end;
+            }
+        } else if (const auto count = number(end);
+                   count && count->value < 60 && !senses_.has(count->end, Sense::unit)) {
+            minute += count->value;
+            end = count->end;
+        }
+        Atom atom = spoken(end, minute, hour->value >= 1 && hour->value <= 12, Need::help);
+        atom.helpedBy = leadsToTime;
+        return atom;
+    }
+    if (hour->value < 1 || hour->value > 12)
+        return std::nullopt;
+    // "five thirty"
+    if (const auto count = number(hour->end);
+        count && count->digits == 0 && count->value >= 10 && count->value < 60) {
+        const auto atom = spoken(count->end, hour->value * 60 + count->value, true, Need::help);
+        return atom;
+    }
+    return withMinutes(hourAlone(hour->end, *hour), hour->end);
+}
+
+std::optional<Atom> Grammar::clock(int i) const {
+    const auto digits = clockInDigits(i);
+    auto words = clockInWords(i);
+    return words && (!digits || words->end > digits->end) ? words : digits;
+}
+
+void Grammar::addTimes(int i, Atoms& result) const {
+    if (const auto found = clock(i))
+        result.push_back(*found);
+    if (const Found* end = senses_.find(i, Sense::dayEnd))
+        result.push_back({.end = end->end,
+                          .meaning = {.minute = end->word.value},
+                          .need = Need::room,
+                          .leads = leadsToTime | leadsToDay | leadsToSpan});
+    if (const Found* part = senses_.find(i, Sense::part)) {
+        result.push_back({.end = part->end,
+                          .meaning = {.part = static_cast<DayPart>(part->word.value + 1)},
+                          .need = Need::help,
+                          .leads = leadsToPart,
+                          .helpedBy = leadsToPart});
+    }
+    if (tokens_.isSign(i, u'@') && tokens_.begins(i)) {
+        if (auto found = clock(i + 1); found && (!found->isBare || tokens_.isStop(found->end))) {
+            found->need = Need::nothing;
+            found->isBare = false;
+            result.push_back(*found);
+        }
+    }
+}
+
+/// "2-4pm", "from 9 to 11", "14h-16h", "entre 9 et 11h".
+void Grammar::addTimeRanges(int i, Atoms& result) const {
+    const auto start = clock(i);
+    if (!start)
+        return;
+    const bool isSaid = senses_.endsWith(i, Sense::from);
+    const int at = joint(start->end, senses_.endsWith(i, Sense::between));
+    const bool isBetween = isSaid && senses_.has(start->end, Sense::and_);
+    const int from = isBetween ? senses_.past(start->end, Sense::and_) : at;
+    if (from == start->end)
+        return;
+    auto end = clock(from);
+    if (!end)
+        return;
+    // Two plain numbers are hours only behind "from" or beside a day.
+    const bool arePlain = start->isBare && end->isBare;
+    Atom atom{.end = end->end,
+              .meaning = start->meaning,
+              .until = end->meaning,
+              .need = Need::nothing,
+              .leads = leadsToTime};
+    atom.beginsBare = start->isBare && tokens_.isKind(i, Kind::number) && !isSaid;
+    // "salle 5 à 15h" is one time only.
+    const Found* word = senses_.find(start->end, Sense::range);
+    if (atom.beginsBare && word && word->word.language == Language::french && at == word->end)
+        return;
+    if (atom.beginsBare && !start->meaning.isOfTwelve && end->meaning.minute <= start->meaning.minute)
+        return;
+    if (arePlain && !isSaid) {
+        const bool isGlued = tokens_.isGlued(start->end) && tokens_.isGlued(from);
+        if (!isGlued)
+            return;
+        atom.need = Need::help;
+        atom.isBare = true;
+    }
+    if (arePlain && tokens_[i].digits > 2)
+        atom.need = isSaid ? Need::nothing : Need::help;
+    // Of "14 à 16h" the first hour is on the same clock as the second.
+    if (start->isBare && !end->isBare && !end->meaning.isVague && end->meaning.isOfTwelve)
+        atom.meaning.isVague = false;
+    result.push_back(atom);
+}
+
+/// "JST", "UTC+2" directly behind a time.
+void Grammar::addZone(int i, Atoms& result) const {
+    if (!tokens_.isKind(i, Kind::word) || !tokens_[i].isAllCapitals)
+        return;
+    for (const Zone& zone : zones) {
+        if (tokens_[i].text.compare(zone.name, Qt::CaseInsensitive) != 0)
+            continue;
+        Atom atom{.end = i + 1, .need = Need::help, .leads = 0, .isOfTime = true};
+        atom.meaning.hasZone = true;
+        atom.meaning.zone = zone.offset;
+        const bool isSigned = tokens_.isSign(i + 1, u'+') || tokens_.isSign(i + 1, u'-');
+        if (zone.offset == 0 && isSigned && tokens_.isGlued(i + 1) && tokens_.isGlued(i + 2) &&
+            tokens_.isKind(i + 2, Kind::number) && tokens_[i + 2].digits <= 2 &&
+            tokens_[i + 2].number <= 14) {
+            atom.meaning.zone = tokens_[i + 2].number * (tokens_.isSign(i + 1, u'+') ? 60 : -60);
+            atom.end = i + 3;
+        }
+        result.push_back(atom);
+    }
+}
+
+}  // namespace kestrant::speech

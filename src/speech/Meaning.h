@@ -1,0 +1,141 @@
+#pragma once
+
+#include "foundation/Instant.h"
+#include "foundation/Text.h"
+#include "foundation/TimeZone.h"
+
+#include <QDate>
+#include <QString>
+#include <QTime>
+
+#include <cstdint>
+#include <optional>
+
+namespace kestrant::speech {
+
+/// The order of day and month in "3/4".
+enum class DateOrder : std::uint8_t { dayFirst, monthFirst };
+
+/// The present and the customs against which a line is read.
+struct Present {
+    Instant now;
+    TimeZone zone;
+    /// All languages are understood; this one decides where a word is in two of them.
+    Language language = Language::english;
+    DateOrder order = DateOrder::dayFirst;
+    /// Times such as "5:30" are those of a twelve-hour clock.
+    bool hasTwelveHours = false;
+
+    [[nodiscard]] QDate today() const { return zone.dayOf(now); }
+};
+
+/// A length of time. Months and days are those of the calendar.
+struct Length {
+    int months = 0;
+    int days = 0;
+    qint64 minutes = 0;
+
+    [[nodiscard]] bool isNothing() const { return months == 0 && days == 0 && minutes == 0; }
+    Length& operator+=(const Length& other);
+    [[nodiscard]] QDate addedTo(QDate day, int sign = 1) const {
+        return day.addMonths(sign * months).addDays(sign * days);
+    }
+};
+
+enum class DayPart : std::uint8_t { none, morning, afternoon, evening, night };
+[[nodiscard]] QTime usualTime(DayPart part);
+
+/// A repetition, as far as a line can say it (RFC 5545, 3.3.10).
+struct Rule {
+    enum class Frequency : std::uint8_t { none, hourly, daily, weekly, monthly, yearly };
+    Frequency frequency = Frequency::none;
+    int interval = 1;
+    int count = 0;
+    /// Bits from Monday on.
+    std::uint8_t weekdays = 0;
+    /// Which of these weekdays in the month, from its end when negative; 0 for all.
+    int nth = 0;
+    /// Bits 1 to 31; bit 0 is the last day.
+    std::uint32_t monthDays = 0;
+    int month = 0;
+    QDate until;
+    /// How long it goes on from its first date: "for 3 weeks".
+    Length lasts;
+
+    /// Takes over what is said behind it: an end, days, days that are left out. False where it does not fit.
+    [[nodiscard]] bool extendWith(const Rule& tail);
+    /// The value of an RRULE.
+    [[nodiscard]] QString text() const;
+};
+
+/// What words say about a moment. Absent values are open; those of neighbours are joined, and a date is made
+/// of them at the end.
+struct Meaning {
+    /// From 1; 0 where nothing is said.
+    std::uint8_t weekday = 0;
+    std::uint8_t month = 0;
+    std::uint8_t monthDay = 0;
+    DayPart part = DayPart::none;
+    int year = 0;
+    /// A day by itself: "tomorrow", "in 3 days".
+    QDate date;
+    /// The days of a week, month or year; both ends included. By itself it means its first one.
+    QDate first;
+    QDate last;
+    /// Minutes of the day; up to 1440.
+    int minute = -1;
+    /// It may be twelve hours later as well; and nothing but custom tells which.
+    bool isOfTwelve = false;
+    bool isVague = false;
+    /// Minutes east of UTC of the zone that is named.
+    int zone = 0;
+    bool hasZone = false;
+    /// A moment by itself: "in 2 hours".
+    std::optional<Instant> moment;
+    /// "this friday" may be today; a weekday by its name alone may not.
+    bool mayBeToday = false;
+    /// The last moment that is meant, not the first: "by".
+    bool isDeadline = false;
+    /// Lies in the past, and so is nothing to do: "last friday".
+    bool isPast = false;
+    std::optional<Rule> rule;
+    /// Where the rule begins: "starting monday".
+    QDate start;
+
+    [[nodiscard]] bool hasDay() const {
+        return weekday != 0 || month != 0 || monthDay != 0 || year != 0 || date.isValid() ||
+               first.isValid() || moment;
+    }
+    [[nodiscard]] bool hasTime() const { return minute >= 0 || part != DayPart::none || moment; }
+
+    /// Both together; absent where they contradict each other.
+    [[nodiscard]] static std::optional<Meaning> joined(const Meaning& a, const Meaning& b,
+                                                       const Present& present);
+};
+
+/// A day, and perhaps a time on it.
+struct Moment {
+    QDate day;
+    std::optional<QTime> time;
+
+    bool operator==(const Moment&) const = default;
+};
+
+/// The next moment that has this meaning; absent for one that never comes. Of a repetition, its first date.
+[[nodiscard]] std::optional<Moment> resolved(const Meaning& meaning, const Present& present);
+
+/// The end of a span that begins at `start`, itself made of `startMeaning`. Both are adapted to each other:
+/// of "2-4pm" the start is at 14:00. Absent where there is none after it.
+[[nodiscard]] std::optional<Moment> resolvedEnd(const Meaning& end, const Meaning& startMeaning,
+                                                Moment& start, const Present& present);
+
+/// The rule with the days that were said beside it: "monthly on the 15th".
+[[nodiscard]] Rule completedRule(const Meaning& meaning);
+/// The next date with these parts from `from` on; 0 for what is open.
+[[nodiscard]] QDate nextDate(QDate from, int month, int monthDay, int weekday = 0);
+/// Which of the weekdays of a span of days; -1 the last one. Invalid where there is none.
+[[nodiscard]] QDate nthWeekday(QDate first, QDate last, int weekday, int nth);
+/// Feasts by the numbers of the language files, in a year.
+[[nodiscard]] QDate feast(int number, int year);
+
+}  // namespace kestrant::speech
