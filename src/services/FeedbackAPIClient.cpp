@@ -1,5 +1,6 @@
 #include "services/FeedbackAPIClient.h"
 
+#include "foundation/Choice.h"
 #include "network/ServiceUrl.h"
 
 #include <QJsonDocument>
@@ -48,32 +49,20 @@ tl::expected<void, FeedbackSubmissionError> outcome(const tl::expected<HttpReply
 
 }  // namespace
 
+template <>
+inline constexpr std::array choicesOf<FeedbackCategory>{
+    Choice{FeedbackCategory::suggestion, "suggestion", "Suggestion", "Suggestion"},
+    Choice{FeedbackCategory::problem, "problem", "Problem", "Problème"},
+    Choice{FeedbackCategory::question, "question", "Question", "Question"},
+    Choice{FeedbackCategory::other, "other", "Other", "Autre"},
+};
+
 QString wireValue(FeedbackCategory category) {
-    switch (category) {
-    case FeedbackCategory::suggestion:
-        return QStringLiteral("suggestion");
-    case FeedbackCategory::problem:
-        return QStringLiteral("problem");
-    case FeedbackCategory::question:
-        return QStringLiteral("question");
-    case FeedbackCategory::other:
-        break;
-    }
-    return QStringLiteral("other");
+    return rawValue(category);
 }
 
 TextPair label(FeedbackCategory category) {
-    switch (category) {
-    case FeedbackCategory::suggestion:
-        return text("Suggestion", "Suggestion");
-    case FeedbackCategory::problem:
-        return text("Problem", "Problème");
-    case FeedbackCategory::question:
-        return text("Question", "Question");
-    case FeedbackCategory::other:
-        break;
-    }
-    return text("Other", "Autre");
+    return title(category);
 }
 
 QByteArray FeedbackRequest::toJson() const {

@@ -15,10 +15,10 @@ Popover {
     focus: true
 
     Component.onCompleted: {
-        form.begin()
+        form.clear()
         message.forceActiveFocus(Qt.PopupFocusReason)
     }
-    Component.onDestruction: form.end()
+    Component.onDestruction: form.clear()
     Connections {
         target: feedback.form
         function onChanged() {

@@ -1,7 +1,6 @@
 #include "network/EventLoop.h"
 #include "network/HttpTestServer.h"
-#include "services/FeedbackForm.h"
-#include "support/ManualScheduler.h"
+#include "ui/Program.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -10,7 +9,8 @@
 
 #include <chrono>
 
-namespace kestrant {
+using namespace kestrant;
+using namespace kestrant::test;
 
 namespace {
 
@@ -18,15 +18,14 @@ using Kind = FeedbackSubmissionError::Kind;
 using Dictionary = InformationDictionary;
 
 /// A form whose messages go to a server that answers as told.
-class FeedbackTest : public ::testing::Test {
-  protected:
+struct FeedbackTest : ::testing::Test, Program {
     /// Sends and waits for the end; the error shown, in English, or nothing.
     QString send() {
         form.send();
         EXPECT_TRUE(form.isSending());
         EXPECT_FALSE(form.canSend()) << "one submission at a time";
         EXPECT_TRUE(turnUntil([this] { return !form.isSending(); }));
-        return form.errorMessage() ? form.errorMessage()->english : QString();
+        return form.errorText();
     }
     [[nodiscard]] QJsonObject lastBody() const {
         return QJsonDocument::fromJson(server.requests().back().body()).object();
@@ -34,18 +33,14 @@ class FeedbackTest : public ::testing::Test {
 
     Answer answer = Answer::status(200, "{\"ok\":true}");
     HttpTestServer server{[this](const auto&) { return answer; }};
-    ManualScheduler scheduler{Instant{}};
-    HttpSession session{scheduler};
     Dictionary information{
         {{Dictionary::feedbackBaseUrlKey, server.url() + "/api"}, {Dictionary::shortVersionKey, "1.2"}}};
     FeedbackAPIClient client{information, session};
-    FeedbackForm form{client};
+    FeedbackViewModel form{[this]() -> FeedbackAPIClient& { return client; }, localizer};
 };
 
-}  // namespace
-
 TEST_F(FeedbackTest, OneMessageIsOneRequestWithNothingElse) {
-    form.setCategory(FeedbackCategory::problem);
+    form.setCategory("problem");
     form.setMessage(QString::fromUtf8("  Ça ne “marche” pas \n"));
     form.setReplyEmail(" me@example.com ");
     EXPECT_EQ(send(), "");
@@ -65,7 +60,7 @@ TEST_F(FeedbackTest, OneMessageIsOneRequestWithNothingElse) {
 
 TEST_F(FeedbackTest, WhatIsAbsentHasNoKey) {
     FeedbackAPIClient bare(information.overlaidBy({{Dictionary::shortVersionKey, QJsonValue()}}), session);
-    FeedbackForm empty(bare);
+    FeedbackViewModel empty([&]() -> FeedbackAPIClient& { return bare; }, localizer);
     empty.setMessage("Hello");
     empty.setReplyEmail("  ");
     empty.send();
@@ -97,7 +92,7 @@ TEST_F(FeedbackTest, AnAddressIsEmptyOrLooksLikeOne) {
     for (const QString& valid : {QString(), QString("  \n"), QString("a@b.c"), QString(" a@b.c "),
                                  QString("first.last+tag@mail.example.org"), longest}) {
         form.setReplyEmail(valid);
-        EXPECT_FALSE(form.emailProblem()) << valid.toStdString();
+        EXPECT_EQ(form.emailProblem(), QString()) << valid.toStdString();
         EXPECT_TRUE(form.canSend());
     }
     for (const QString& invalid :
@@ -105,7 +100,7 @@ TEST_F(FeedbackTest, AnAddressIsEmptyOrLooksLikeOne) {
           QString("a@b c.d"), QString("a\u00a0@b.c"), QString("a@b@c.d"), QString("a@b.c\nd"),
           QString("x" + longest)}) {
         form.setReplyEmail(invalid);
-        EXPECT_EQ(form.emailProblem(), FeedbackForm::texts().invalidEmail) << invalid.toStdString();
+        EXPECT_EQ(form.emailProblem(), "Enter a valid email address.") << invalid.toStdString();
         EXPECT_FALSE(form.canSend());
     }
 }
@@ -151,9 +146,9 @@ TEST_F(FeedbackTest, NoAnswerWithinTwentySecondsIsNone) {
     form.setMessage("x");
     form.send();
     ASSERT_TRUE(turnUntil([this] { return !server.requests().empty(); }));
-    scheduler.advance(std::chrono::seconds(20));
+    time.advance(std::chrono::seconds(20));
     EXPECT_FALSE(form.isSending());
-    EXPECT_EQ(form.errorMessage(), FeedbackSubmissionError{Kind::unavailable}.description());
+    EXPECT_EQ(form.errorText(), FeedbackSubmissionError{Kind::unavailable}.description().english);
 }
 
 TEST_F(FeedbackTest, AMessageFollowsTheService) {
@@ -186,11 +181,11 @@ TEST_F(FeedbackTest, AnAddressThatIsOneIsUsedAndAnyOtherIsTheDefaultOne) {
     }
     FeedbackAPIClient unusable(Dictionary().overlaidBy({{Dictionary::feedbackBaseUrlKey, "ftp://127.0.0.1"}}),
                                session);
-    FeedbackForm nowhere(unusable);
+    FeedbackViewModel nowhere([&]() -> FeedbackAPIClient& { return unusable; }, localizer);
     nowhere.setMessage("x");
     nowhere.send();
     ASSERT_TRUE(turnUntil([&] { return !nowhere.isSending(); }));
-    EXPECT_EQ(nowhere.errorMessage(), FeedbackSubmissionError{Kind::unavailable}.description());
+    EXPECT_EQ(nowhere.errorText(), FeedbackSubmissionError{Kind::unavailable}.description().english);
 }
 
-}  // namespace kestrant
+}  // namespace
