@@ -23,9 +23,10 @@ namespace {
 constexpr QSizeF panelShadow(128, 96);
 constexpr QSizeF notchShadow(36, 24);
 
-/// Keys that move the focus rather than write.
-bool movesFocus(int key) {
-    switch (key) {
+/// Keys after which a person must see what has the focus: they move it, or act on what has it. Those that
+/// write into a text, stand for a command or close something do neither.
+bool concernsFocus(const QKeyEvent& event) {
+    switch (event.key()) {
     case Qt::Key_Tab:
     case Qt::Key_Backtab:
     case Qt::Key_Left:
@@ -37,9 +38,18 @@ bool movesFocus(int key) {
     case Qt::Key_PageUp:
     case Qt::Key_PageDown:
         return true;
-    default:
+    case Qt::Key_Escape:
         return false;
+    default:
+        break;
     }
+    if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        return false;
+    QInputMethodQueryEvent query(Qt::ImEnabled);
+    if (QObject* focused = QGuiApplication::focusObject())
+        QCoreApplication::sendEvent(focused, &query);
+    const bool isModifier = event.key() >= Qt::Key_Shift && event.key() <= Qt::Key_ScrollLock;
+    return !isModifier && !query.value(Qt::ImEnabled).toBool();
 }
 
 /// Notes whether the keyboard or the pointer was used last, in any of the program's windows.
@@ -52,7 +62,7 @@ class FocusWatch : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (!watched->isWindowType())
             return false;
-        if (event->type() == QEvent::KeyPress && movesFocus(static_cast<QKeyEvent*>(event)->key()))
+        if (event->type() == QEvent::KeyPress && concernsFocus(*static_cast<QKeyEvent*>(event)))
             appearance_.setShowsFocus(true);
         else if (event->type() == QEvent::MouseButtonPress)
             appearance_.setShowsFocus(false);

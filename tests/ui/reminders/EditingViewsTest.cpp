@@ -180,7 +180,12 @@ TEST(EditingViews, DeleteAnEventOnlyAfterAsking) {
     EXPECT_TRUE(program.shows("Delete event?"));
     EXPECT_TRUE(program.shows("This will delete the event from “Private”."));
     EXPECT_TRUE(program.shows("Piano"));
-    // The keyboard begins on Cancel.
+    // The keyboard begins on Cancel, which is seen as soon as a key may act on it.
+    program.appearance.setShowsFocus(false);
+    program.press(Qt::Key_Shift);
+    EXPECT_FALSE(program.appearance.showsFocus());
+    program.press(Qt::Key_F10);
+    EXPECT_TRUE(program.appearance.showsFocus());
     program.press(Qt::Key_Return);
     program.settle();
     EXPECT_FALSE(program.isOpen("confirm"));
