@@ -48,19 +48,19 @@ void CalendarEditViewModel::keep(int form) {
     if (form != this->form() || !loaded_ || isReadOnly_)
         return;
     const EventTimes::Span before{loaded_->startDate, loaded_->endDate, loaded_->isAllDay};
-    if (const auto written = details(times_.span().value_or(before)); written != *loaded_)
-        draft_ = Draft{row_.id, *loaded_, written};
+    draft_.keep(row_.id, *loaded_, details(times_.span().value_or(before)));
 }
 
 void CalendarEditViewModel::discard() {
-    draft_.reset();
+    draft_.discard();
     end(form());
 }
 
 void CalendarEditViewModel::show(const CalendarEventEditDetails& present) {
     loaded_ = present;
-    isRestored_ = draft_ && draft_->rowID == row_.id && draft_->before == present;
-    const CalendarEventEditDetails& details = isRestored_ ? draft_->written : present;
+    const auto written = draft_.writtenOver(row_.id, present);
+    isRestored_ = written.has_value();
+    const CalendarEventEditDetails details = written.value_or(present);
     title_ = details.title;
     location_ = details.location;
     notes_ = details.notes;
@@ -91,7 +91,7 @@ void CalendarEditViewModel::save() {
         return fail(span.error());
     const CalendarEventEditDetails written = details(*span);
     if (written == *loaded_) {
-        draft_.reset();
+        draft_.discard();
         Q_EMIT saved();
         return;
     }
@@ -118,7 +118,7 @@ void CalendarEditViewModel::finishSaving(int form, const CalendarEventEditDetail
                                          const tl::expected<void, CalendarError>& result) {
     if (!FormViewModel::finishSaving(form, result))
         return;
-    draft_.reset();
+    draft_.discard();
     loaded_ = written;
     Q_EMIT changed();
     Q_EMIT saved();

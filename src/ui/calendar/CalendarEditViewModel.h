@@ -3,6 +3,7 @@
 #include "calendar/CalendarEditing.h"
 #include "calendar/CalendarItems.h"
 #include "ui/calendar/EventTimes.h"
+#include "ui/controls/FormDraft.h"
 #include "ui/controls/FormViewModel.h"
 
 #include <QColor>
@@ -94,12 +95,6 @@ class CalendarEditViewModel : public kestrant::FormViewModel {
     void removalFailed(const QString& message);
 
   private:
-    struct Draft {
-        QString rowID;
-        CalendarEventEditDetails before;
-        CalendarEventEditDetails written;
-    };
-
     [[nodiscard]] CalendarEventEditDetails details(const EventTimes::Span& span) const;
     void show(const CalendarEventEditDetails& present);
     void finishSaving(int form, const CalendarEventEditDetails& written,
@@ -119,7 +114,7 @@ class CalendarEditViewModel : public kestrant::FormViewModel {
     QString location_;
     QString notes_;
     bool isReadOnly_ = false;
-    std::optional<Draft> draft_;
+    FormDraft<CalendarEventEditDetails> draft_;
     bool isRestored_ = false;
 };
 

@@ -98,37 +98,35 @@ int ReminderEditViewModel::begin(const QString& reminderId) {
 }
 
 ReminderEditViewModel::Fields ReminderEditViewModel::fields() const {
-    return {title_, dueDay_.day(), dueTime_, priority_, list_, notes_, alert_.value(), shownRules()};
+    return {title_, dueDay_.day(), dueTime_, priority_, list_, notes_, alert_.value(), rules_, repeat_};
 }
 
 void ReminderEditViewModel::restore() {
-    if (!loaded_ || !draft_ || draft_->id != id_ || draft_->before != begun_)
+    const auto written = loaded_ ? draft_.writtenOver(id_, begun_) : std::nullopt;
+    if (!written)
         return;
-    const Fields written = draft_->written;
-    title_ = written.title;
-    dueDay_.setDay(written.dueDay);
-    dueTime_ = written.dueTime;
-    priority_ = written.priority;
-    list_ = written.list;
-    notes_ = written.notes;
-    alert_.setValue(written.alert);
+    title_ = written->title;
+    dueDay_.setDay(written->dueDay);
+    dueTime_ = written->dueTime;
+    priority_ = written->priority;
+    list_ = written->list;
+    notes_ = written->notes;
+    alert_.setValue(written->alert);
     updateAlert();
-    repeat_ = draft_->repeat;
+    repeat_ = written->repeat;
     isRestored_ = true;
     Q_EMIT changed();
 }
 
 void ReminderEditViewModel::keep(int form) {
-    if (form != this->form() || !loaded_ || isReadOnly())
-        return;
-    if (const Fields written = fields(); written != begun_)
-        draft_ = Draft{id_, begun_, written, repeat_};
+    if (form == this->form() && loaded_ && !isReadOnly())
+        draft_.keep(id_, begun_, fields());
 }
 
 void ReminderEditViewModel::discard() {
     if (loaded_)
         begin(id_);
-    draft_.reset();
+    draft_.discard();
 }
 
 void ReminderEditViewModel::updateAlert() {
@@ -244,7 +242,7 @@ void ReminderEditViewModel::save() {
 void ReminderEditViewModel::finishSaving(int form, const tl::expected<void, ReminderStoreError>& result) {
     if (!FormViewModel::finishSaving(form, result))
         return;
-    draft_.reset();
+    draft_.discard();
     begun_ = fields();
     Q_EMIT changed();
     Q_EMIT saved();

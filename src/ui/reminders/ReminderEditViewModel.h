@@ -2,6 +2,7 @@
 
 #include "reminders/model/ReminderTask.h"
 #include "ui/calendar/DayPicker.h"
+#include "ui/controls/FormDraft.h"
 #include "ui/controls/FormViewModel.h"
 #include "ui/reminders/AlertPicker.h"
 
@@ -109,15 +110,11 @@ class ReminderEditViewModel : public kestrant::FormViewModel {
         ReminderList list;
         QString notes;
         AlertPicker::Value alert;
+        /// The repetition that the reminder came with, and the one chosen instead.
         std::vector<EKRecurrenceRule> rules;
+        std::optional<ReminderRepeat> repeat;
 
         bool operator==(const Fields&) const = default;
-    };
-    struct Draft {
-        QString id;
-        Fields before;
-        Fields written;
-        std::optional<ReminderRepeat> repeat;
     };
 
     [[nodiscard]] Fields fields() const;
@@ -150,7 +147,7 @@ class ReminderEditViewModel : public kestrant::FormViewModel {
     std::vector<EKRecurrenceRule> rules_;
     std::optional<ReminderRepeat> repeat_;
     Fields begun_;
-    std::optional<Draft> draft_;
+    FormDraft<Fields> draft_;
     bool isRestored_ = false;
 };
 
