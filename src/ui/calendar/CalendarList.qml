@@ -124,36 +124,19 @@ FocusScope {
     }
     function openMenu(index, x, y) {
         const item = list.itemAtIndex(index)
-        if (!item || item.row.isHeading)
-            return
-        // The rows may have changed by the time an entry is chosen.
-        const row = calendar.row(index)
-        const isReminder = item.row.isReminder
-        const entries = [
-            { title: Localizer.text("Edit details", "Modifier les détails"), iconName: "edit",
-              shortcut: Localizer.text("Enter", "Entrée") },
-            { title: isReminder ? Localizer.text("Remove reminder from calendar", "Retirer le rappel du calendrier")
-                                : Localizer.text("Delete event", "Supprimer l’événement"),
-              iconName: isReminder ? "calendarMinus" : "trash",
-              shortcut: Localizer.text("Del", "Suppr"), destructive: !isReminder, enabled: actions.canChangeRow(row) }
-        ]
-        const choices = [() => actions.editRow(row, item), () => actions.removeRow(row, item)]
-        if (isReminder) {
-            entries.unshift({ title: item.isCompleting ? Localizer.text("Do not complete", "Ne pas terminer")
-                                                       : Localizer.text("Complete", "Terminer"),
-                              iconName: "circle", shortcut: Localizer.text("Space", "Espace"),
-                              enabled: actions.canChangeRow(row) })
-            choices.unshift(() => actions.toggleRow(row))
-        }
-        overlays.present("calendarRow", "MenuPopover.qml", item, {
-            at: Qt.point(x, y), alignment: "left", spokenName: item.row.title,
-            entries: entries, choose: entry => choices[entry]()
-        })
+        if (item && !item.row.isHeading)
+            menu.open(item, calendar.row(index), Qt.point(x, y))
     }
     function toggle(index) {
         const row = calendar.row(index)
         if (row !== undefined)
             actions.toggleRow(row)
+    }
+
+    CalendarRowMenu {
+        id: menu
+        overlays: root.overlays
+        actions: root.actions
     }
 
     // The view stays where it is, whatever comes or goes above it.

@@ -1,6 +1,7 @@
 #include "ui/calendar/CalendarViewModel.h"
 
 #include "calendar/CalendarStore.h"
+#include "ui/calendar/Capitalized.h"
 #include "ui/panel/Localizer.h"
 #include "ui/panel/PanelViewModel.h"
 #include "ui/settings/Choices.h"
@@ -55,9 +56,7 @@ QString dayName(QDate day, QDate today, const Localizer& localizer) {
         return text("Today", "Aujourd’hui").in(language);
     if (day == today.addDays(1))
         return text("Tomorrow", "Demain").in(language);
-    QString name = localizer.locale().toString(day, QStringLiteral("dddd"));
-    name[0] = name.at(0).toUpper();
-    return name;
+    return capitalized(localizer.locale().toString(day, QStringLiteral("dddd")));
 }
 
 }  // namespace
@@ -121,7 +120,7 @@ CalendarRow CalendarViewModel::presented(const CalendarDayGroup& group, int even
         row.isHeading = true;
         row.title = group.headerTitle;
         if (store_.showsAllEvents())
-            row.monthText = localizer_.locale().toString(group.day, QStringLiteral("MMMM yyyy"));
+            row.monthText = capitalized(localizer_.locale().toString(group.day, QStringLiteral("MMMM yyyy")));
         row.spokenText = longDay;
         return row;
     }

@@ -1,5 +1,6 @@
 #include "ui/calendar/DayPicker.h"
 
+#include "ui/calendar/Capitalized.h"
 #include "ui/panel/Localizer.h"
 
 namespace kestrant {
@@ -9,12 +10,6 @@ constexpr int daysShown = 42;
 
 QString iso(QDate day) {
     return day.isValid() ? day.toString(Qt::ISODate) : QString();
-}
-
-QString capitalized(QString text) {
-    if (!text.isEmpty())
-        text[0] = text[0].toUpper();
-    return text;
 }
 
 }  // namespace

@@ -41,14 +41,11 @@ Column {
         }
     }
 
-    FormLine {
+    ToggleLine {
         width: lines.width
         label: Localizer.text("All day", "Journée entière")
-        Toggle {
-            spokenName: Localizer.text("All day", "Journée entière")
-            checked: lines.times.isAllDay
-            onToggled: checked => lines.times.isAllDay = checked
-        }
+        checked: lines.times.isAllDay
+        onToggled: checked => lines.times.isAllDay = checked
     }
     Side {
         label: Localizer.text("Starts", "Début")

@@ -10,7 +10,11 @@ OnboardingPage {
     explanation: Localizer.text("All of it can be changed later in the settings.",
                                 "Tout se change plus tard dans les réglages.")
 
-    component Line: FormLine {
+    component SwitchedLine: ToggleLine {
+        width: 308
+        height: 42
+    }
+    component SplitLine: SegmentedLine {
         width: 308
         height: 42
     }
@@ -22,40 +26,31 @@ OnboardingPage {
     function mayContinue() { return !store.details || store.details.settle() }
 
     Column {
-        Line {
+        SplitLine {
             label: Localizer.text("Opens", "S’ouvre")
-            Segmented {
-                objectName: "onboarding.opens"
-                spokenName: parent.parent.label
-                choices: [{ rawValue: false, title: Localizer.text("on hover", "au survol") },
-                          { rawValue: true, title: Localizer.text("on click", "au clic") }]
-                value: page.settings.requiresClick
-                onChosen: rawValue => page.settings.requiresClick = rawValue
-            }
+            controlName: "onboarding.opens"
+            choices: [{ rawValue: false, title: Localizer.text("on hover", "au survol") },
+                      { rawValue: true, title: Localizer.text("on click", "au clic") }]
+            value: page.settings.requiresClick
+            onChosen: rawValue => page.settings.requiresClick = rawValue
         }
-        Line {
+        SplitLine {
             label: Localizer.text("Sounds", "Sons")
             last: !page.settings.canLaunchAtLogin
-            Segmented {
-                objectName: "onboarding.sounds"
-                spokenName: parent.parent.label
-                choices: [{ rawValue: 0, title: Localizer.text("Off", "Aucun") },
-                          { rawValue: 2, title: Localizer.text("Soft", "Doux") },
-                          { rawValue: 1, title: Localizer.text("Full", "Complet") }]
-                value: page.settings.sounds
-                onChosen: rawValue => page.settings.sounds = rawValue
-            }
+            controlName: "onboarding.sounds"
+            choices: [{ rawValue: 0, title: Localizer.text("Off", "Aucun") },
+                      { rawValue: 2, title: Localizer.text("Soft", "Doux") },
+                      { rawValue: 1, title: Localizer.text("Full", "Complet") }]
+            value: page.settings.sounds
+            onChosen: rawValue => page.settings.sounds = rawValue
         }
-        Line {
+        SwitchedLine {
             visible: page.settings.canLaunchAtLogin
             label: Localizer.text("Start at login", "Lancer à l’ouverture de session")
             last: true
-            Toggle {
-                objectName: "onboarding.launchAtLogin"
-                spokenName: parent.parent.label
-                checked: page.settings.launchesAtLogin
-                onToggled: checked => page.settings.launchesAtLogin = checked
-            }
+            controlName: "onboarding.launchAtLogin"
+            checked: page.settings.launchesAtLogin
+            onToggled: checked => page.settings.launchesAtLogin = checked
         }
         PlainText {
             visible: text !== ""

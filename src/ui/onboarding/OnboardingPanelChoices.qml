@@ -11,58 +11,54 @@ OnboardingPage {
     explanation: Localizer.text("The picture above follows each of your choices.",
                                 "L’image ci\u2011dessus suit chacun de vos choix.")
 
+    component SwitchedLine: ToggleLine {
+        width: 308
+        height: 42
+    }
+    component SplitLine: SegmentedLine {
+        width: 308
+        height: 42
+    }
     component Line: FormLine {
         width: 308
         height: 42
     }
 
     Column {
-        Line {
+        SwitchedLine {
             label: Localizer.text("Reminders", "Rappels")
-            Toggle {
-                objectName: "onboarding.showReminders"
-                spokenName: parent.parent.label
-                checked: page.settings.showReminders
-                onToggled: checked => page.settings.showReminders = checked
-            }
+            controlName: "onboarding.showReminders"
+            checked: page.settings.showReminders
+            onToggled: checked => page.settings.showReminders = checked
         }
-        Line {
+        SwitchedLine {
             label: Localizer.text("Calendar", "Calendrier")
-            Toggle {
-                objectName: "onboarding.showCalendar"
-                spokenName: parent.parent.label
-                checked: page.settings.showCalendar
-                onToggled: checked => page.settings.showCalendar = checked
-            }
+            controlName: "onboarding.showCalendar"
+            checked: page.settings.showCalendar
+            onToggled: checked => page.settings.showCalendar = checked
         }
-        Line {
+        SwitchedLine {
             label: Localizer.text("Reminders in the calendar", "Rappels dans le calendrier")
             enabled: page.settings.showCalendar
             opacity: enabled ? 1 : 0.45
             last: true
-            Toggle {
-                objectName: "onboarding.showRemindersInCalendar"
-                spokenName: parent.parent.label
-                checked: page.settings.showRemindersInCalendar
-                onToggled: checked => page.settings.showRemindersInCalendar = checked
-            }
+            controlName: "onboarding.showRemindersInCalendar"
+            checked: page.settings.showRemindersInCalendar
+            onToggled: checked => page.settings.showRemindersInCalendar = checked
         }
     }
     Column {
         x: page.width - 308
-        Line {
+        SplitLine {
             label: Localizer.text("First", "D’abord")
             enabled: page.both
             opacity: enabled ? 1 : 0.45
-            Segmented {
-                objectName: "onboarding.order"
-                minimumCellWidth: 92
-                spokenName: parent.parent.label
-                choices: [{ rawValue: "remindersFirst", title: Localizer.text("Reminders", "Rappels") },
-                          { rawValue: "calendarFirst", title: Localizer.text("Calendar", "Calendrier") }]
-                value: page.settings.moduleOrder
-                onChosen: rawValue => page.settings.moduleOrder = rawValue
-            }
+            controlName: "onboarding.order"
+            minimumCellWidth: 92
+            choices: [{ rawValue: "remindersFirst", title: Localizer.text("Reminders", "Rappels") },
+                      { rawValue: "calendarFirst", title: Localizer.text("Calendar", "Calendrier") }]
+            value: page.settings.moduleOrder
+            onChosen: rawValue => page.settings.moduleOrder = rawValue
         }
         Line {
             label: Localizer.text("Share", "Partage")
@@ -76,18 +72,15 @@ OnboardingPage {
                 onChosen: rawValue => page.settings.layoutRatio = rawValue
             }
         }
-        Line {
+        SplitLine {
             label: Localizer.text("Material", "Matière")
             last: true
-            Segmented {
-                objectName: "onboarding.material"
-                minimumCellWidth: 92
-                spokenName: parent.parent.label
-                choices: [{ rawValue: "glass", title: Localizer.text("Glass", "Verre") },
-                          { rawValue: "black", title: Localizer.text("Black", "Noir") }]
-                value: page.settings.material
-                onChosen: rawValue => page.settings.material = rawValue
-            }
+            controlName: "onboarding.material"
+            minimumCellWidth: 92
+            choices: [{ rawValue: "glass", title: Localizer.text("Glass", "Verre") },
+                      { rawValue: "black", title: Localizer.text("Black", "Noir") }]
+            value: page.settings.material
+            onChosen: rawValue => page.settings.material = rawValue
         }
     }
 }

@@ -29,9 +29,6 @@ FocusScope {
     readonly property int arrivalTime: firstArrival + 2 * arrivalStep + arrivalDuration
     /// The day that the carried card would be let go on; empty for none.
     readonly property string dayBelow: drag.day === "another" ? "" : drag.day
-    /// The card whose menu was opened last.
-    property string menuCard
-    readonly property bool showsMenu: ["card", "card.list"].includes(overlays.topmost)
     signal leftUpwards
     signal escaped
 
@@ -81,15 +78,6 @@ FocusScope {
         grid.currentIndex = to
         bringIntoView()
     }
-    function chooseList(id, anchor, x, y) {
-        const lists = reminders.lists.filter(list => list.isWritable)
-        const present = reminders.cards.listIdOf(id)
-        overlays.present("card.list", "MenuPopover.qml", anchor, {
-            at: Qt.point(x, y), alignment: "left", title: Localizer.text("Move to list", "Déplacer vers la liste"),
-            entries: lists.map(list => ({ title: list.title, color: list.color, checked: list.id === present })),
-            choose: index => reminders.moveToList(id, lists[index].id)
-        })
-    }
     function editAt(index) {
         const item = grid.itemAtIndex(index)
         if (item)
@@ -103,51 +91,8 @@ FocusScope {
     }
     function openMenu(index, x, y) {
         const item = grid.itemAtIndex(index)
-        if (!item)
-            return
-        const id = item.card.id
-        const pending = item.card.isPending
-        menuCard = id
-        overlays.present("card", "MenuPopover.qml", item, {
-            at: Qt.point(x, y), alignment: "left", spokenName: item.card.title,
-            entries: [
-                { title: pending ? Localizer.text("Do not complete", "Ne pas terminer")
-                                 : Localizer.text("Complete", "Terminer"),
-                  iconName: "circle", shortcut: Localizer.text("Space", "Espace"), enabled: item.card.isWritable },
-                { title: Localizer.text("Edit…", "Modifier…"), iconName: "edit",
-                  shortcut: Localizer.text("Enter", "Entrée") },
-                { title: item.card.isFlagged ? Localizer.text("Remove flag", "Retirer le drapeau")
-                                             : Localizer.text("Flag", "Signaler"), iconName: "flag" },
-                { title: Localizer.text("Move to list…", "Déplacer vers la liste…"), iconName: "list",
-                  enabled: item.card.isWritable },
-                { title: item.card.dueText === "" ? Localizer.text("Add date…", "Ajouter une date…")
-                                                  : Localizer.text("Change date…", "Modifier la date…"),
-                  iconName: "calendar", shortcut: "D", enabled: item.card.isWritable, begins: true },
-                { title: Localizer.text("Move to today", "Reporter à aujourd’hui"), iconName: "today",
-                  enabled: item.card.isWritable },
-                { title: Localizer.text("Move to tomorrow", "Reporter à demain"), iconName: "arrowRight",
-                  enabled: item.card.isWritable },
-                { title: Localizer.text("Move to next week", "Reporter à la semaine prochaine"), iconName: "arrowsRight",
-                  enabled: item.card.isWritable },
-                { title: Localizer.text("Clear due date", "Effacer l’échéance"), iconName: "close",
-                  enabled: item.card.isWritable && item.card.dueText !== "" },
-                { title: Localizer.text("Delete", "Supprimer"), iconName: "trash",
-                  shortcut: Localizer.text("Del", "Suppr"), destructive: true, begins: true,
-                  enabled: item.card.isWritable }
-            ],
-            choose: entry => [
-                () => reminders.toggleCompletion(id),
-                () => actions.editReminder(id, item),
-                () => reminders.toggleFlag(id),
-                () => chooseList(id, item, x, y),
-                () => actions.editDueDate(id, item, item.belowDueDate),
-                () => reminders.moveToDay(id, reminders.dayNamed("today")),
-                () => reminders.moveToDay(id, reminders.dayNamed("tomorrow")),
-                () => reminders.moveToDay(id, reminders.dayNamed("nextWeek")),
-                () => reminders.clearDueDate(id),
-                () => reminders.remove(id)
-            ][entry]()
-        })
+        if (item)
+            menu.open(item, Qt.point(x, y))
     }
     function scrollTo(contentY) {
         scroll.stop()
@@ -187,6 +132,12 @@ FocusScope {
         bringIntoView()
     }
 
+    CardMenu {
+        id: menu
+        reminders: root.reminders
+        overlays: root.overlays
+        actions: root.actions
+    }
     Connections {
         target: root.reminders
         // Search results are shown from the first one.
@@ -262,7 +213,7 @@ FocusScope {
                                                * Math.floor((y - grid.contentY) / grid.cellHeight)) / root.arrivalDuration))
             transform: Translate { y: 6 * distance * distance * distance }
             isAway: root.drag.carried === card.id
-            isChosen: root.showsMenu && root.menuCard === card.id
+            isChosen: menu.shownFor === card.id
             // The empty place tells what the card will be where it is let go.
             dueText: isAway && root.dayBelow !== "" ? root.reminders.dueTextOn(card.id, root.dayBelow) : card.dueText
             onHoveredChanged: root.tooltip.follow(this)

@@ -1,11 +1,11 @@
 #include "ui/reminders/RepeatChoices.h"
 
+#include "ui/calendar/Capitalized.h"
+
 namespace kestrant {
 
 QString repeatTitle(const std::vector<EKRecurrenceRule>& rules, const Localizer& localizer) {
-    QString words = repeatInWords(rules, localizer.language());
-    words[0] = words[0].toUpper();
-    return words;
+    return capitalized(repeatInWords(rules, localizer.language()));
 }
 
 QVariantList repeatChoices(const std::vector<EKRecurrenceRule>& present, const Localizer& localizer) {

@@ -63,27 +63,18 @@ Popover {
         font.pixelSize: 11
         wrapMode: Text.Wrap
     }
-    // A value that opens the list of its choices.
-    component Choice: Chip {
-        id: choice
-        property string subject
-        property var choices: []
-        property var value
-        signal chosen(var rawValue)
-        height: 28
-        text: (choices.find(entry => entry.rawValue === value) ?? { title: "" }).title
-        spokenName: subject + ", " + text
-        showsChevron: true
-        maximumWidth: 200
-        Accessible.role: Accessible.ButtonMenu
-        onClicked: {
-            const offered = choices
-            popover.overlays.present("settings." + subject, "MenuPopover.qml", choice, {
-                alignment: "right", spokenName: subject,
-                entries: offered.map(entry => ({ title: entry.title, checked: entry.rawValue === value })),
-                choose: index => choice.chosen(offered[index].rawValue)
-            })
-        }
+    component SwitchedLine: ToggleLine {
+        width: popover.columnWidth - 28
+        height: visible ? 40 : 0
+    }
+    component SplitLine: SegmentedLine {
+        width: popover.columnWidth - 28
+        height: visible ? 40 : 0
+    }
+    component ListedLine: ChoiceLine {
+        overlays: popover.overlays
+        width: popover.columnWidth - 28
+        height: visible ? 40 : 0
     }
     function seconds(values, none) {
         return values.map(value => ({
@@ -158,111 +149,85 @@ Popover {
 
                 Group {
                     title: Localizer.text("Opening", "Ouverture")
-                    Line {
+                    SplitLine {
                         label: Localizer.text("Opens", "S’ouvre")
                         last: popover.settings.requiresClick
-                        Segmented {
-                            spokenName: Localizer.text("Opens", "S’ouvre")
-                            choices: [{ rawValue: false, title: Localizer.text("on hover", "au survol") },
-                                      { rawValue: true, title: Localizer.text("on click or swipe", "au clic ou geste") }]
-                            value: popover.settings.requiresClick
-                            onChosen: rawValue => popover.settings.requiresClick = rawValue
-                        }
+                        choices: [{ rawValue: false, title: Localizer.text("on hover", "au survol") },
+                                  { rawValue: true, title: Localizer.text("on click or swipe", "au clic ou geste") }]
+                        value: popover.settings.requiresClick
+                        onChosen: rawValue => popover.settings.requiresClick = rawValue
                     }
-                    Line {
+                    ListedLine {
                         visible: !popover.settings.requiresClick
                         label: Localizer.text("Wait before opening", "Attente avant l’ouverture")
-                        Choice {
-                            subject: Localizer.text("Wait before opening", "Attente avant l’ouverture")
-                            choices: popover.seconds(popover.withPresent([0, 0.15, 0.3, 0.6, 1], value),
-                                                     Localizer.text("none", "aucune"))
-                            value: popover.settings.hoverDelay
-                            onChosen: rawValue => popover.settings.hoverDelay = rawValue
-                        }
+                        choices: popover.seconds(popover.withPresent([0, 0.15, 0.3, 0.6, 1], value),
+                                                 Localizer.text("none", "aucune"))
+                        value: popover.settings.hoverDelay
+                        onChosen: rawValue => popover.settings.hoverDelay = rawValue
                     }
-                    Line {
+                    ListedLine {
                         label: Localizer.text("Wait before closing", "Attente avant la fermeture")
                         last: !popover.settings.canInvertSwipes
-                        Choice {
-                            subject: Localizer.text("Wait before closing", "Attente avant la fermeture")
-                            choices: popover.seconds(popover.withPresent([0, 0.2, 0.5, 1, 2], value),
-                                                     Localizer.text("none", "aucune"))
-                            value: popover.settings.autoCloseDelay
-                            onChosen: rawValue => popover.settings.autoCloseDelay = rawValue
-                        }
+                        choices: popover.seconds(popover.withPresent([0, 0.2, 0.5, 1, 2], value),
+                                                 Localizer.text("none", "aucune"))
+                        value: popover.settings.autoCloseDelay
+                        onChosen: rawValue => popover.settings.autoCloseDelay = rawValue
                     }
-                    Line {
+                    SwitchedLine {
                         visible: popover.settings.canInvertSwipes
                         label: Localizer.text("Turn the direction of swipes round", "Inverser le sens des gestes")
                         last: true
-                        Toggle {
-                            spokenName: Localizer.text("Turn the direction of swipes round", "Inverser le sens des gestes")
-                            checked: popover.settings.invertsSwipes
-                            onToggled: checked => popover.settings.invertsSwipes = checked
-                        }
+                        checked: popover.settings.invertsSwipes
+                        onToggled: checked => popover.settings.invertsSwipes = checked
                     }
                 }
                 Group {
                     title: Localizer.text("At rest", "Au repos")
-                    Line {
+                    ListedLine {
                         label: Localizer.text("Show", "Afficher")
-                        Choice {
-                            subject: Localizer.text("Show at rest", "Afficher au repos")
-                            choices: popover.settings.restingContents
-                            value: popover.settings.restingContent
-                            onChosen: rawValue => popover.settings.restingContent = rawValue
-                        }
+                        subject: Localizer.text("Show at rest", "Afficher au repos")
+                        choices: popover.settings.restingContents
+                        value: popover.settings.restingContent
+                        onChosen: rawValue => popover.settings.restingContent = rawValue
                     }
-                    Line {
+                    SwitchedLine {
                         label: Localizer.text("Pulse when something rings", "Onduler quand un rappel sonne")
                         last: true
-                        Toggle {
-                            spokenName: Localizer.text("Pulse when something rings", "Onduler quand un rappel sonne")
-                            checked: popover.settings.pulsesWhenRinging
-                            onToggled: checked => popover.settings.pulsesWhenRinging = checked
-                        }
+                        checked: popover.settings.pulsesWhenRinging
+                        onToggled: checked => popover.settings.pulsesWhenRinging = checked
                     }
                 }
                 Group {
                     title: Localizer.text("Look", "Aspect")
-                    Line {
+                    SplitLine {
                         label: Localizer.text("Material", "Matière")
                         last: true
-                        Segmented {
-                            spokenName: Localizer.text("Material", "Matière")
-                            choices: [{ rawValue: "glass", title: Localizer.text("Glass", "Verre") },
-                                      { rawValue: "black", title: Localizer.text("Black", "Noir") }]
-                            value: popover.settings.material
-                            onChosen: rawValue => popover.settings.material = rawValue
-                        }
+                        choices: [{ rawValue: "glass", title: Localizer.text("Glass", "Verre") },
+                                  { rawValue: "black", title: Localizer.text("Black", "Noir") }]
+                        value: popover.settings.material
+                        onChosen: rawValue => popover.settings.material = rawValue
                     }
                 }
                 Group {
                     title: Localizer.text("Sound and touch", "Son et toucher")
-                    Line {
+                    SplitLine {
                         label: Localizer.text("Sounds", "Sons")
                         last: !popover.settings.canBeFelt
-                        Segmented {
-                            spokenName: Localizer.text("Sounds", "Sons")
-                            choices: [{ rawValue: 0, title: popover.offTitle },
-                                      { rawValue: 2, title: Localizer.text("Soft", "Doux") },
-                                      { rawValue: 1, title: Localizer.text("Full", "Complet") }]
-                            value: popover.settings.sounds
-                            onChosen: rawValue => popover.settings.sounds = rawValue
-                        }
+                        choices: [{ rawValue: 0, title: popover.offTitle },
+                                  { rawValue: 2, title: Localizer.text("Soft", "Doux") },
+                                  { rawValue: 1, title: Localizer.text("Full", "Complet") }]
+                        value: popover.settings.sounds
+                        onChosen: rawValue => popover.settings.sounds = rawValue
                     }
-                    Line {
+                    SplitLine {
                         visible: popover.settings.canBeFelt
                         label: Localizer.text("Touch", "Toucher")
                         last: true
-                        Segmented {
-                            spokenName: Localizer.text("Touch", "Toucher")
-                            choices: [{ rawValue: 0, title: popover.offTitle },
-                                      { rawValue: 1, title: Localizer.text("Light", "Léger") },
-                                      { rawValue: 2, title: Localizer.text("Full", "Complet") }]
-                            value: popover.settings.haptics
-                            onChosen: rawValue => popover.settings.haptics = rawValue
-                        }
+                        choices: [{ rawValue: 0, title: popover.offTitle },
+                                  { rawValue: 1, title: Localizer.text("Light", "Léger") },
+                                  { rawValue: 2, title: Localizer.text("Full", "Complet") }]
+                        value: popover.settings.haptics
+                        onChosen: rawValue => popover.settings.haptics = rawValue
                     }
                 }
             }
@@ -274,42 +239,30 @@ Popover {
 
                 Group {
                     title: Localizer.text("Modules", "Modules")
-                    Line {
+                    SwitchedLine {
                         label: Localizer.text("Reminders", "Rappels")
-                        Toggle {
-                            spokenName: Localizer.text("Reminders", "Rappels")
-                            checked: popover.settings.showReminders
-                            onToggled: checked => popover.settings.showReminders = checked
-                        }
+                        checked: popover.settings.showReminders
+                        onToggled: checked => popover.settings.showReminders = checked
                     }
-                    Line {
+                    SwitchedLine {
                         label: Localizer.text("Calendar", "Calendrier")
                         last: !popover.settings.showCalendar
-                        Toggle {
-                            spokenName: Localizer.text("Calendar", "Calendrier")
-                            checked: popover.settings.showCalendar
-                            onToggled: checked => popover.settings.showCalendar = checked
-                        }
+                        checked: popover.settings.showCalendar
+                        onToggled: checked => popover.settings.showCalendar = checked
                     }
-                    Line {
+                    SwitchedLine {
                         visible: popover.settings.showCalendar
                         label: Localizer.text("Reminders in the calendar", "Rappels dans le calendrier")
                         last: !popover.showsBoth
-                        Toggle {
-                            spokenName: Localizer.text("Reminders in the calendar", "Rappels dans le calendrier")
-                            checked: popover.settings.showRemindersInCalendar
-                            onToggled: checked => popover.settings.showRemindersInCalendar = checked
-                        }
+                        checked: popover.settings.showRemindersInCalendar
+                        onToggled: checked => popover.settings.showRemindersInCalendar = checked
                     }
-                    Line {
+                    ListedLine {
                         visible: popover.showsBoth
                         label: Localizer.text("Order", "Ordre")
-                        Choice {
-                            subject: Localizer.text("Order", "Ordre")
-                            choices: popover.settings.moduleOrders
-                            value: popover.settings.moduleOrder
-                            onChosen: rawValue => popover.settings.moduleOrder = rawValue
-                        }
+                        choices: popover.settings.moduleOrders
+                        value: popover.settings.moduleOrder
+                        onChosen: rawValue => popover.settings.moduleOrder = rawValue
                     }
                     Line {
                         visible: popover.showsBoth
@@ -326,15 +279,12 @@ Popover {
                 Group {
                     visible: popover.settings.dataStore.isOffered
                     title: Localizer.text("Reminders and events", "Rappels et événements")
-                    Line {
+                    ListedLine {
                         label: Localizer.text("Kept in", "Conservés dans")
                         last: true
-                        Choice {
-                            subject: Localizer.text("Kept in", "Conservés dans")
-                            choices: popover.settings.dataStore.kinds
-                            value: popover.settings.dataStore.kind
-                            onChosen: rawValue => popover.settings.dataStore.kind = rawValue
-                        }
+                        choices: popover.settings.dataStore.kinds
+                        value: popover.settings.dataStore.kind
+                        onChosen: rawValue => popover.settings.dataStore.kind = rawValue
                     }
                     DataStoreFields {
                         width: popover.columnWidth - 28
@@ -344,16 +294,13 @@ Popover {
                 }
                 Group {
                     title: Localizer.text("Program", "Programme")
-                    Line {
+                    SwitchedLine {
                         visible: popover.settings.canLaunchAtLogin
                         label: Localizer.text("Start at login", "Lancer à l’ouverture de session")
                         last: !popover.settings.canCount
-                        Toggle {
-                            objectName: "settings.launchAtLogin"
-                            spokenName: Localizer.text("Start at login", "Lancer à l’ouverture de session")
-                            checked: popover.settings.launchesAtLogin
-                            onToggled: checked => popover.settings.launchesAtLogin = checked
-                        }
+                        controlName: "settings.launchAtLogin"
+                        checked: popover.settings.launchesAtLogin
+                        onToggled: checked => popover.settings.launchesAtLogin = checked
                     }
                     Explanation {
                         visible: text !== ""
@@ -363,15 +310,12 @@ Popover {
                         Accessible.role: Accessible.AlertMessage
                         Accessible.name: text
                     }
-                    Line {
+                    SwitchedLine {
                         visible: popover.settings.canCount
                         label: Localizer.text("Count completed reminders", "Compter les rappels terminés")
                         last: true
-                        Toggle {
-                            spokenName: Localizer.text("Count completed reminders", "Compter les rappels terminés")
-                            checked: popover.settings.counts
-                            onToggled: checked => popover.settings.counts = checked
-                        }
+                        checked: popover.settings.counts
+                        onToggled: checked => popover.settings.counts = checked
                     }
                     Explanation {
                         visible: popover.settings.canCount

@@ -1,5 +1,7 @@
 #include "ui/calendar/CalendarRowModel.h"
 
+#include "ui/controls/RowFollower.h"
+
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 
@@ -8,6 +10,7 @@
 #include <random>
 
 using namespace kestrant;
+using namespace kestrant::test;
 using testing::ElementsAre;
 
 namespace {
@@ -51,49 +54,11 @@ std::vector<QString> linesOf(const QList<CalendarDayGroup>& groups) {
     return lines;
 }
 
-/// Keeps the lines by nothing but what the model tells.
-class Follower : public QObject {
-  public:
-    explicit Follower(CalendarRowModel& model) : model_(model) {
-        connect(&model, &QAbstractItemModel::modelReset, this, [this] {
-            lines.clear();
-            for (int row = 0; row < model_.count(); ++row)
-                lines.push_back(read(row));
-        });
-        connect(&model, &QAbstractItemModel::rowsRemoved, this,
-                [this](const QModelIndex&, int first, int last) {
-                    lines.erase(lines.begin() + first, lines.begin() + last + 1);
-                });
-        connect(&model, &QAbstractItemModel::rowsInserted, this,
-                [this](const QModelIndex&, int first, int last) {
-                    for (int row = first; row <= last; ++row)
-                        lines.insert(lines.begin() + row, read(row));
-                });
-        connect(&model, &QAbstractItemModel::rowsMoved, this,
-                [this](const QModelIndex&, int from, int, const QModelIndex&, int to) {
-                    const QString moved = lines[from];
-                    lines.erase(lines.begin() + from);
-                    lines.insert(lines.begin() + (to > from ? to - 1 : to), moved);
-                });
-        connect(&model, &QAbstractItemModel::dataChanged, this,
-                [this](const QModelIndex& top, const QModelIndex& bottom) {
-                    for (int row = top.row(); row <= bottom.row(); ++row)
-                        lines[row] = read(row);
-                });
-    }
-    [[nodiscard]] QString read(int row) const { return line(model_.rowAt(row)); }
-
-    std::vector<QString> lines;
-
-  private:
-    CalendarRowModel& model_;
-};
-
 TEST(CalendarRowModel, TellsEveryChangeSoThatAFollowerHoldsTheSameLines) {
     std::mt19937 random(7);
     CalendarRowModel model(present);
     const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
-    Follower follower(model);
+    const RowFollower follower(model, [&](int row) { return line(model.rowAt(row)); });
     for (int round = 0; round < 200; ++round) {
         QList<CalendarDayGroup> groups;
         // Some rounds change too many days to be told one by one.
@@ -113,7 +78,7 @@ TEST(CalendarRowModel, TellsEveryChangeSoThatAFollowerHoldsTheSameLines) {
             groups.push_back(group(day, events));
         }
         model.setGroups(groups);
-        ASSERT_EQ(follower.lines, linesOf(groups)) << "round " << round;
+        ASSERT_EQ(follower.rows, linesOf(groups)) << "round " << round;
     }
 }
 

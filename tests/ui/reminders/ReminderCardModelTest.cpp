@@ -1,5 +1,7 @@
 #include "ui/reminders/ReminderCardModel.h"
 
+#include "ui/controls/RowFollower.h"
+
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 
@@ -10,6 +12,7 @@
 #include <random>
 
 using namespace kestrant;
+using namespace kestrant::test;
 using testing::ElementsAre;
 
 namespace {
@@ -35,52 +38,14 @@ ReminderCard present(const ReminderTask& task, bool isPending) {
     return card;
 }
 
-/// Keeps a list of its own by nothing but what the model tells.
-class Follower : public QObject {
-  public:
-    explicit Follower(ReminderCardModel& model) : model_(model) {
-        connect(&model, &QAbstractItemModel::modelReset, this, [this] {
-            cards.clear();
-            for (int row = 0; row < model_.count(); ++row)
-                cards.push_back(read(row));
-        });
-        connect(&model, &QAbstractItemModel::rowsRemoved, this,
-                [this](const QModelIndex&, int first, int last) {
-                    cards.erase(cards.begin() + first, cards.begin() + last + 1);
-                });
-        connect(&model, &QAbstractItemModel::rowsInserted, this,
-                [this](const QModelIndex&, int first, int last) {
-                    for (int row = first; row <= last; ++row)
-                        cards.insert(cards.begin() + row, read(row));
-                });
-        connect(&model, &QAbstractItemModel::rowsMoved, this,
-                [this](const QModelIndex&, int from, int, const QModelIndex&, int to) {
-                    const QString card = cards[from];
-                    cards.erase(cards.begin() + from);
-                    cards.insert(cards.begin() + (to > from ? to - 1 : to), card);
-                });
-        connect(&model, &QAbstractItemModel::dataChanged, this,
-                [this](const QModelIndex& top, const QModelIndex& bottom) {
-                    for (int row = top.row(); row <= bottom.row(); ++row)
-                        cards[row] = read(row);
-                });
-    }
-    [[nodiscard]] QString read(int row) const {
-        const auto card = model_.data(model_.index(row), ReminderCardModel::cardRole).value<ReminderCard>();
-        return card.id + QLatin1Char(' ') + card.title;
-    }
-
-    std::vector<QString> cards;
-
-  private:
-    ReminderCardModel& model_;
-};
-
 TEST(ReminderCardModel, TellsEveryChangeSoThatAFollowerHoldsTheSameCards) {
     std::mt19937 random(11);
     ReminderCardModel model(present);
     const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
-    Follower follower(model);
+    const RowFollower follower(model, [&](int row) {
+        const auto card = model.data(model.index(row), ReminderCardModel::cardRole).value<ReminderCard>();
+        return card.id + QLatin1Char(' ') + card.title;
+    });
     for (int round = 0; round < 200; ++round) {
         std::vector<ReminderTask> tasks;
         // Some rounds are too large to be told row by row.
@@ -95,7 +60,7 @@ TEST(ReminderCardModel, TellsEveryChangeSoThatAFollowerHoldsTheSameCards) {
         std::vector<QString> expected;
         for (const ReminderTask& wanted : tasks)
             expected.push_back(wanted.id + QLatin1Char(' ') + wanted.title);
-        ASSERT_EQ(follower.cards, expected) << "round " << round;
+        ASSERT_EQ(follower.rows, expected) << "round " << round;
         ASSERT_EQ(model.tasks(), listOf(tasks));
     }
 }

@@ -1,0 +1,32 @@
+import QtQuick
+import Kestrant
+
+// What can be done with a row of the calendar, as a menu.
+QtObject {
+    required property OverlayHost overlays
+    required property EditActions actions
+
+    /// Opens the menu of a row's item at a place in it. The rows may have changed by the time an entry is chosen.
+    function open(item, row, place) {
+        const isReminder = item.row.isReminder
+        const isWritable = actions.canChangeRow(row)
+        const entries = [
+            { title: Localizer.text("Edit details", "Modifier les détails"), iconName: "edit",
+              shortcut: Localizer.text("Enter", "Entrée"), act: () => actions.editRow(row, item) },
+            { title: isReminder ? Localizer.text("Remove reminder from calendar", "Retirer le rappel du calendrier")
+                                : Localizer.text("Delete event", "Supprimer l’événement"),
+              iconName: isReminder ? "calendarMinus" : "trash",
+              shortcut: Localizer.text("Del", "Suppr"), destructive: !isReminder, enabled: isWritable,
+              act: () => actions.removeRow(row, item) }
+        ]
+        if (isReminder)
+            entries.unshift({ title: item.isCompleting ? Localizer.text("Do not complete", "Ne pas terminer")
+                                                       : Localizer.text("Complete", "Terminer"),
+                              iconName: "circle", shortcut: Localizer.text("Space", "Espace"), enabled: isWritable,
+                              act: () => actions.toggleRow(row) })
+        overlays.present("calendarRow", "MenuPopover.qml", item, {
+            at: place, alignment: "left", spokenName: item.row.title,
+            entries: entries, choose: index => entries[index].act()
+        })
+    }
+}
