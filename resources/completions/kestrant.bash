@@ -22,7 +22,7 @@ _kestrant() {
     for ((index = 1; index < cword; index++)); do
         case ${words[index]} in
             --store | --now | --sort | --list | --search | --title | --notes | --due | --priority | --alert | --repeat | \
-                --start | --end | --calendar | --configuration)
+                --start | --end | --calendar | --configuration | --platform)
                 ((index++))
                 ;;
             -*) ;;
@@ -59,6 +59,7 @@ _kestrant() {
         --repeat) offered='none daily weekly monthly yearly' ;;
         --alert) offered='none 0 5m 15m 1h 1d 09:00 18:00' ;;
         --due) offered='none today tomorrow' ;;
+        --platform) offered='wayland xcb' ;;
         --list) offered=$(_kestrant_identifiers lists) ;;
         --calendar) offered=$(_kestrant_identifiers calendars) ;;
         --now | --search | --title | --notes | --start | --end) return ;;
@@ -67,7 +68,7 @@ _kestrant() {
             ! $split || return
             if [[ $cur == -* ]]; then
                 case $command in
-                    '') offered='--toggle --new --search --version' ;;
+                    '') offered='--platform --toggle --new --search --version' ;;
                     list) offered='--sort --list --today --overdue --flagged --search' ;;
                     add) offered='--due --priority --list --alert --repeat --flagged --literal' ;;
                     edit) offered='--title --notes --due --list --priority --alert --repeat' ;;

@@ -51,6 +51,7 @@ complete --command kestrant --condition 'not __kestrant_needs_command' --long-op
 complete --command kestrant --condition 'not __kestrant_needs_command' --long-option now --exclusive --description 'Take a fixed time for the present'
 complete --command kestrant --condition __kestrant_needs_command --long-option version --description 'Print the version'
 complete --command kestrant --condition __kestrant_needs_command --long-option toggle --description 'Open the panel, or close it'
+complete --command kestrant --condition __kestrant_needs_command --long-option platform --exclusive --arguments 'wayland xcb' --description 'In place of what the session offers'
 complete --command kestrant --condition __kestrant_needs_command --long-option new --description 'Open quick add'
 complete --command kestrant --condition __kestrant_needs_command --long-option search --description 'Open the search field'
 complete --command kestrant --long-option configuration --require-parameter --force-files --description 'Use other deployment values'

@@ -8,9 +8,7 @@
 #include "platform/linux/desktop/ProcessMemory.h"
 #include "platform/linux/desktop/TouchpadDirection.h"
 #include "platform/linux/desktop/WakeObserver.h"
-#include "platform/linux/x11/QtScreenProvider.h"
-#include "platform/linux/x11/X11PanelWindow.h"
-#include "platform/linux/x11/X11PointerProvider.h"
+#include "platform/linux/window/QtScreenProvider.h"
 #include "preferences/PreferenceKeys.h"
 #include "preferences/ProgramNames.h"
 #include "ui/onboarding/OnboardingWindowController.h"
@@ -186,7 +184,7 @@ void AppDelegate::createOnboarding() {
             .clock = clock_,
             .currentZone = currentZone_,
             .feedback = feedback_,
-            .touchpadsScrollNaturally = [this] { return panelWindow_->touchpadScrollsNaturally(); },
+            .touchpadsScrollNaturally = [this] { return nativePanel_.window->touchpadScrollsNaturally(); },
         },
         [this] { lifecycle_.onboardingCompleted(); });
     connect(onboardingController_.get(), &OnboardingWindowController::dismissed, this,
@@ -199,16 +197,16 @@ void AppDelegate::followSystem() {
         // Popovers close first, since an open one keeps the panel expanded.
         view_->overlays().dismissAll();
         // A panel that folds gives the focus back by itself; it stays under the pointer then.
-        if (panelWindow_->keyWasTakenAway())
+        if (nativePanel_.window->keyWasTakenAway())
             panelController_->applicationResignedActive();
     };
-    connect(panelWindow_.get(), &X11PanelWindow::keyTakenWhileAsking, this, resigned);
+    connect(nativePanel_.window.get(), &DesktopPanelWindow::keyTakenWhileAsking, this, resigned);
     observeApplicationState(this, [this, resigned](bool isActive) {
         if (isActive) {
             lifecycle_.becameActive();
             if (touchpadDirection_)
                 touchpadDirection_->refresh();
-        } else if (!panelWindow_->isAskingForKey()) {
+        } else if (!nativePanel_.window->isAskingForKey()) {
             resigned();
         }
     });
@@ -275,7 +273,7 @@ SettingsServices AppDelegate::settingsServices() {
         .problems = [this] { return problems(); },
         .showTutorial = [this] { notifications_.post(notifications::showTutorial); },
         .canBeFelt = [this] { return hapticPerformer_.isAvailable(); },
-        .canInvertSwipes = [this] { return panelWindow_->isXWayland(); },
+        .canInvertSwipes = [this] { return !nativePanel_.window->touchpadsTellDirection(); },
         .version = QCoreApplication::applicationVersion(),
     };
 }
@@ -300,11 +298,11 @@ std::optional<CollectionSwitch> AppDelegate::collectionSwitch() {
 }
 
 void AppDelegate::followTouchpad() {
-    if (!panelWindow_->isXWayland())
+    if (nativePanel_.window->touchpadsTellDirection())
         return;
     const auto follow = [this] {
         const bool isInverted = preferences_.invertsSwipes();
-        panelWindow_->setTouchpadDirection(touchpadDirection_->isNatural(), isInverted);
+        nativePanel_.window->setTouchpadDirection(touchpadDirection_->isNatural(), isInverted);
     };
     if (!touchpadDirection_) {
         touchpadDirection_ = std::make_unique<TouchpadDirection>();
@@ -361,13 +359,12 @@ void AppDelegate::startRinging() {
 
 void AppDelegate::createPanelController() {
     PanelView& view = *view_;
-    panelWindow_ = std::make_unique<X11PanelWindow>(view, scheduler_);
-    pointer_ = std::make_unique<X11PointerProvider>();
+    nativePanel_ = nativePanel(view, scheduler_);
     panelController_ = std::make_unique<NotchPanelController>(
         NotchPanelController::Environment{
-            .window = *panelWindow_,
+            .window = *nativePanel_.window,
             .screens = *screens_,
-            .pointer = *pointer_,
+            .pointer = *nativePanel_.pointer,
             .scheduler = scheduler_,
             .notifications = notifications_,
         },
@@ -377,7 +374,7 @@ void AppDelegate::createPanelController() {
 
     look_ = std::make_unique<DesktopLook>(DesktopLook::Services{
         .view = view,
-        .window = *panelWindow_,
+        .window = *nativePanel_.window,
         .panel = panel_->panel,
         .geometry = *geometry_,
         .appearance = *appearance_,
@@ -389,7 +386,7 @@ void AppDelegate::createPanelController() {
             [this, &overlays] { panelController_->setSurfaces(overlays.surfaces()); });
     connect(&overlays, &OverlayHost::allOverlaysClosed, this, [this] { panelController_->popoverClosed(); });
     const auto resize = [this, &view] {
-        panelWindow_->setExtent(view.extent());
+        nativePanel_.window->setExtent(view.extent());
         view.fillWindow();
     };
     connect(&view, &PanelView::extentChanged, this, resize);

@@ -3,6 +3,7 @@
 #include "app/ChosenDatabase.h"
 #include "app/InstanceRequest.h"
 #include "app/Lifecycle.h"
+#include "app/NativePanel.h"
 #include "completion/BackgroundLedgerWriter.h"
 #include "completion/CompletionLedgerRepository.h"
 #include "cues/SensoryFeedback.h"
@@ -58,8 +59,6 @@ class ReminderStore;
 class SettingsViewModel;
 class TouchpadDirection;
 class WakeObserver;
-class X11PanelWindow;
-class X11PointerProvider;
 struct PanelComposition;
 struct CollectionSwitch;
 struct SettingsServices;
@@ -174,8 +173,7 @@ class AppDelegate : public QObject {
     Subscription databaseChanges_;
     std::unique_ptr<TouchpadDirection> touchpadDirection_;
     std::unique_ptr<FolderDialog> folderDialog_;
-    std::unique_ptr<X11PointerProvider> pointer_;
-    std::unique_ptr<X11PanelWindow> panelWindow_;
+    NativePanel nativePanel_;
     std::unique_ptr<DesktopLook> look_;
     std::unique_ptr<NotchPanelController> panelController_;
     std::unique_ptr<OnboardingWindowController> onboardingController_;

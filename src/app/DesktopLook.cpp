@@ -1,7 +1,8 @@
 #include "app/DesktopLook.h"
 
+#include "app/NativePanel.h"
 #include "notch/NotchGeometry.h"
-#include "platform/linux/x11/X11PanelWindow.h"
+#include "platform/linux/window/DesktopPanelWindow.h"
 #include "ui/panel/Appearance.h"
 #include "ui/panel/PanelView.h"
 #include "ui/panel/PanelViewModel.h"
@@ -14,13 +15,16 @@ constexpr Duration openingTime = std::chrono::milliseconds(280);
 
 }  // namespace
 
-DesktopLook::DesktopLook(const Services& services) : services_(services), blur_(services.view) {
+DesktopLook::DesktopLook(const Services& services) : services_(services) {
+    if (isOnX11())
+        blur_.emplace(services.view);
     const auto followCompositor = [this] {
         services_.appearance.setCompositing(services_.window.isCompositing());
     };
-    connect(&services.window, &X11PanelWindow::isCompositingChanged, this, followCompositor);
+    connect(&services.window, &DesktopPanelWindow::isCompositingChanged, this, followCompositor);
     followCompositor();
-    connect(&blur_, &BackdropBlur::isOfferedChanged, this, &DesktopLook::followBlur);
+    if (blur_)
+        connect(&*blur_, &BackdropBlur::isOfferedChanged, this, &DesktopLook::followBlur);
     connect(&services.panel, &PanelViewModel::shapeChanged, this, &DesktopLook::followBlur);
     connect(&services.panel, &PanelViewModel::materialChanged, this, &DesktopLook::followBlur);
     connect(&services.appearance, &Appearance::highContrastChanged, this, &DesktopLook::followBlur);
@@ -38,15 +42,17 @@ void DesktopLook::followSettings() {
 }
 
 void DesktopLook::followBlur() {
-    services_.appearance.setBlurring(blur_.isOffered());
+    if (!blur_)
+        return;
+    services_.appearance.setBlurring(blur_->isOffered());
     blurring_ = {};
     const bool isGlass =
         services_.panel.material() == QLatin1String("glass") && !services_.appearance.highContrast();
     if (!services_.panel.isExpanded() || !isGlass)
-        return blur_.setShape(std::nullopt);
+        return blur_->setShape(std::nullopt);
     // Set once the outline has stopped growing, so that blur and outline never disagree.
     blurring_ = services_.scheduler.after(
-        openingTime, [this] { blur_.setShape(services_.geometry.shape(NotchPhase::expanded)); });
+        openingTime, [this] { blur_->setShape(services_.geometry.shape(NotchPhase::expanded)); });
 }
 
 }  // namespace kestrant

@@ -7,14 +7,15 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 
 namespace kestrant {
 
 class Appearance;
+class DesktopPanelWindow;
 class NotchGeometry;
 class PanelView;
 class PanelViewModel;
-class X11PanelWindow;
 
 /// Has the views look as the desktop asks and allows: motion, contrast and size of texts as its settings say,
 /// translucency with a compositor, and its blur behind the glass of the open panel. Thread: main.
@@ -25,7 +26,7 @@ class DesktopLook : public QObject {
     /// Everything must outlive this.
     struct Services {
         PanelView& view;
-        X11PanelWindow& window;
+        DesktopPanelWindow& window;
         PanelViewModel& panel;
         const NotchGeometry& geometry;
         Appearance& appearance;
@@ -40,7 +41,8 @@ class DesktopLook : public QObject {
     void followBlur();
 
     Services services_;
-    BackdropBlur blur_;
+    /// Absent where the window system is not X11.
+    std::optional<BackdropBlur> blur_;
     std::unique_ptr<DesktopAppearance> settings_;
     ScheduledTask blurring_;
 };

@@ -4,6 +4,7 @@
 #include "app/TerminationSignals.h"
 #include "foundation/StandardFolders.h"
 #include "platform/linux/desktop/ProcessMemory.h"
+#include "platform/linux/wayland/LayerShell.h"
 #include "platform/linux/x11/Platform.h"
 #include "ui/panel/PanelView.h"
 
@@ -15,15 +16,16 @@
 namespace kestrant {
 
 tl::expected<int, TextPair> KestrantApp::run(int& argc, char** argv, AppDelegate::Options options,
-                                             const std::optional<InstanceRequest>& request) {
+                                             const std::optional<InstanceRequest>& request,
+                                             const QString& platform) {
     useOneHeap();
-    auto platform = preparePlatform();
-    if (!platform)
-        return tl::unexpected(platform.error());
+    auto chosenPlatform = preparePlatform(platform.toLatin1(), &LayerShell::isOffered);
+    if (!chosenPlatform)
+        return tl::unexpected(chosenPlatform.error());
     PanelView::chooseRenderer();
     QGuiApplication application(argc, argv);
     {
-        const PlatformChoice chosen = std::move(*platform);  // given back to the environment here
+        const PlatformChoice chosen = std::move(*chosenPlatform);  // given back to the environment here
     }
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setDesktopFileName(bundleIdentifier);

@@ -17,11 +17,12 @@ class KestrantApp {
     KestrantApp() = delete;
 
     /// Runs the panel until it is ended and returns the exit status; `request` is carried out when the panel
-    /// is there. Where the panel runs already, passes the request on, or has that panel show itself, and
-    /// returns at once. Fails, with a sentence, where there is no display or another process holds the lock
-    /// without answering.
+    /// is there. `platform` forces "xcb" or "wayland"; empty for what the session has. Where the panel runs
+    /// already, passes the request on, or has that panel show itself, and returns at once. Fails, with a
+    /// sentence, where there is no display or another process holds the lock without answering.
     [[nodiscard]] static tl::expected<int, TextPair> run(int& argc, char** argv, AppDelegate::Options options,
-                                                         const std::optional<InstanceRequest>& request);
+                                                         const std::optional<InstanceRequest>& request,
+                                                         const QString& platform);
 };
 
 }  // namespace kestrant

@@ -43,6 +43,11 @@ tl::expected<LaunchArguments, TextPair> parseLaunchArguments(const QStringList& 
             result.renderFolder = *folder;
         } else if (argument == QLatin1String("--store") && index + 1 < arguments.size()) {
             result.store = value();
+        } else if (argument == QLatin1String("--platform") && !hasMode) {
+            result.platform = value().value_or(QString());
+            if (result.platform != QLatin1String("xcb") && result.platform != QLatin1String("wayland"))
+                return tl::unexpected(
+                    text("--platform needs xcb or wayland.", "--platform demande xcb ou wayland."));
         } else if (argument == QLatin1String("--configuration") && index + 1 < arguments.size()) {
             result.configurationFile = value();
         } else if (!hasMode && (argument == QLatin1String("--version") || namesCommand(arguments))) {
@@ -62,11 +67,13 @@ TextPair launchUsage() {
         "Usage: kestrant [--store vdir:PATH | evolution]  open the panel at the top of the screen\n"
         "         --configuration FILE                    with other deployment values than the built-in "
         "ones\n"
+        "         --platform xcb | wayland                in place of what the session offers\n"
         "       kestrant --toggle                         open the panel, or close it\n"
         "       kestrant --new [TEXT]                     open quick add, with TEXT in its line\n"
         "       kestrant --search [TEXT]                  open the search field, with TEXT in it\n",
         "Utilisation : kestrant [--store vdir:CHEMIN | evolution]  ouvrir le panneau en haut de l’écran\n"
         "                --configuration FICHIER                   avec d’autres valeurs de déploiement\n"
+        "                --platform xcb | wayland                  au lieu de ce que la session offre\n"
         "              kestrant --toggle                           ouvrir ou fermer le panneau\n"
         "              kestrant --new [TEXTE]                      ouvrir l’ajout rapide, TEXTE déjà saisi\n"
         "              kestrant --search [TEXTE]                   ouvrir la recherche, TEXTE déjà saisi\n");

@@ -31,6 +31,8 @@ struct LaunchArguments {
     std::optional<QString> configurationFile;
     /// What the panel is asked for; it is started where none is running.
     std::optional<InstanceRequest> request;
+    /// "xcb" or "wayland", where one was named.
+    QString platform;
     QString renderFolder;
 };
 

@@ -159,7 +159,7 @@ int runPanel(int& argc, char** argv, const LaunchArguments& launch) {
                                             .supportFolder = applicationSupportFolder(),
                                             .information = *information,
                                         },
-                                        launch.request);
+                                        launch.request, launch.platform);
     return ended ? *ended : fail(ended.error(), refused);
 }
 

@@ -1,7 +1,7 @@
 #include "notch/NotchGeometry.h"
 #include "platform/linux/desktop/DesktopSettings.h"
 #include "platform/linux/desktop/TouchpadDirection.h"
-#include "platform/linux/x11/CameraHousing.h"
+#include "platform/linux/window/CameraHousing.h"
 
 #include <gtest/gtest.h>
 

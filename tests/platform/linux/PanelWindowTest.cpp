@@ -3,7 +3,7 @@
 #include "platform/linux/desktop/ApplicationState.h"
 #include "platform/linux/x11/BackdropBlur.h"
 #include "platform/linux/x11/Platform.h"
-#include "platform/linux/x11/QtScreenProvider.h"
+#include "platform/linux/window/QtScreenProvider.h"
 #include "platform/linux/x11/SurfaceManagement.h"
 #include "platform/linux/x11/X11PanelWindow.h"
 #include "platform/linux/x11/X11PointerProvider.h"
@@ -59,7 +59,7 @@ class Handler : public PanelEventHandler {
 class PanelWindowTest : public ::testing::Test {
   protected:
     static void SetUpTestSuite() {
-        auto platform = preparePlatform();
+        auto platform = preparePlatform({}, [] { return false; });
         ASSERT_TRUE(platform.has_value()) << platform.error().english.toStdString();
         static int argc = 1;
         static char name[] = "panel_window_tests";

@@ -49,7 +49,7 @@ class PlatformTest : public ::testing::Test {
 TEST_F(PlatformTest, APlatformAskedForByNameNeedsNoDisplay) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qunsetenv("DISPLAY");
-    EXPECT_TRUE(preparePlatform().has_value());
+    EXPECT_TRUE(preparePlatform({}, [] { return false; }).has_value());
     EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), "offscreen");
 }
 
@@ -57,12 +57,12 @@ TEST_F(PlatformTest, WithoutAnXDisplayItSaysWhatIsMissing) {
     for (const char* platform : {"", "xcb", "wayland", "wayland;xcb"}) {
         qputenv("QT_QPA_PLATFORM", platform);
         qunsetenv("DISPLAY");
-        const auto unset = preparePlatform();
+        const auto unset = preparePlatform({}, [] { return false; });
         ASSERT_FALSE(unset.has_value()) << platform;
         EXPECT_TRUE(unset.error().english.contains("DISPLAY is not set"));
 
         qputenv("DISPLAY", ":nowhere");
-        const auto unreachable = preparePlatform();
+        const auto unreachable = preparePlatform({}, [] { return false; });
         ASSERT_FALSE(unreachable.has_value()) << platform;
         EXPECT_EQ(unreachable.error().english, "The X display “:nowhere” cannot be opened.");
         EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), platform) << "nothing was chosen";

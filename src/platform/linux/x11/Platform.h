@@ -7,6 +7,7 @@
 
 #include <tl/expected.hpp>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -39,10 +40,12 @@ class PlatformChoice {
     std::unique_ptr<QTemporaryDir> runtimeFolder_;
 };
 
-/// Chooses the X11 platform, in a Wayland session too, where XWayland carries it: only there may a window say
-/// where it wants to be. A platform that the environment asks for by name is respected unless it is Wayland.
-/// To be called before the application object is made. Fails, with a text for the person, when there is no X
-/// display.
-[[nodiscard]] tl::expected<PlatformChoice, TextPair> preparePlatform();
+/// Chooses Qt's platform: Wayland where the compositor has the layer shell and Qt its plug-in, X11 anywhere
+/// else, in other Wayland sessions too, where XWayland carries it: windows may not say elsewhere where they
+/// want to be. `wanted` ("wayland" or "xcb") forces either; a platform that the environment asks for by name
+/// is respected unless it is one of these two. To be called before the application object is made. Fails,
+/// with a text for the person, when there is no display.
+[[nodiscard]] tl::expected<PlatformChoice, TextPair>
+preparePlatform(const QByteArray& wanted, const std::function<bool()>& offersLayerShell);
 
 }  // namespace kestrant

@@ -1,12 +1,8 @@
 #include "platform/linux/x11/X11PanelWindow.h"
 
-#include "platform/linux/x11/ScreenCoordinates.h"
 #include "platform/linux/x11/SurfaceManagement.h"
 
 #include <QGuiApplication>
-#include <QInputMethodQueryEvent>
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QScreen>
 #include <QWheelEvent>
 #include <QWindow>
@@ -14,7 +10,6 @@
 #include <xcb/shape.h>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace kestrant {
@@ -23,21 +18,6 @@ namespace {
 
 /// As long as the focus may wander after it was asked for.
 constexpr Duration askingTime = std::chrono::milliseconds(300);
-
-/// Desktops under which touchpads scroll naturally unless told otherwise: the best guess until their settings
-/// are known.
-bool desktopScrollsNaturally() {
-    return qgetenv("XDG_CURRENT_DESKTOP").contains("GNOME");
-}
-
-bool isEditingText() {
-    QObject* focus = QGuiApplication::focusObject();
-    if (!focus)
-        return false;
-    QInputMethodQueryEvent query(Qt::ImEnabled);
-    QGuiApplication::sendEvent(focus, &query);
-    return query.value(Qt::ImEnabled).toBool();
-}
 
 std::vector<xcb_rectangle_t> toServer(const std::vector<QRect>& rectangles) {
     std::vector<xcb_rectangle_t> result;
@@ -61,22 +41,21 @@ void keepContentInPlace(const X11Connection& server, const QWindow& window) {
 }  // namespace
 
 X11PanelWindow::X11PanelWindow(QWindow& window, Scheduler& scheduler)
-    : window_(window)
+    : DesktopPanelWindow(window)
     , scheduler_(scheduler)
     , server_(X11Connection::ofApplication())
     , isXWayland_(server_.isXWayland())
     , scroll_(server_, desktopScrollsNaturally())
     , gestures_(scheduler,
-                [this](const ScrollEvent& event) { return handler_ && handler_->scrollWheel(event); }) {
-    configureSurface(window_);
-    keepContentInPlace(server_, window_);
-    window_.installEventFilter(this);
+                [this](const ScrollEvent& event) { return handler() && handler()->scrollWheel(event); }) {
+    configureSurface(window);
+    keepContentInPlace(server_, window);
     qGuiApp->installNativeEventFilter(this);
     connect(&compositor_, &CompositorWatcher::changed, this, [this] {
         applyShapes();
         Q_EMIT isCompositingChanged();
     });
-    connect(&window_, &QWindow::screenChanged, this, [this] { applyShapes(); });
+    connect(&window, &QWindow::screenChanged, this, [this] { applyShapes(); });
 }
 
 X11PanelWindow::~X11PanelWindow() {
@@ -89,16 +68,7 @@ void X11PanelWindow::setTouchpadDirection(std::optional<bool> isNatural, bool is
 }
 
 bool X11PanelWindow::isManaged() const {
-    return !window_.flags().testFlag(Qt::BypassWindowManagerHint);
-}
-
-QPointF X11PanelWindow::inPanel(QPointF inWindow) const {
-    return inWindow - QPointF((window_.width() - frame_.width()) / 2, 0);
-}
-
-void X11PanelWindow::setFrame(const QRectF& frame) {
-    frame_ = flipped(frame).toRect();
-    placeWindow();
+    return !window().flags().testFlag(Qt::BypassWindowManagerHint);
 }
 
 void X11PanelWindow::setExtent(QSizeF size) {
@@ -108,45 +78,25 @@ void X11PanelWindow::setExtent(QSizeF size) {
 }
 
 void X11PanelWindow::placeWindow() {
-    if (frame_.isEmpty())
+    if (frame().isEmpty())
         return;
-    const QSizeF size = extent_.isEmpty() ? frame_.size() : extent_;
-    // As much wider on either side, to the pixel.
-    const double beside = std::ceil((size.width() - frame_.width()) / 2);
-    window_.setGeometry(
-        QRectF(frame_.left() - beside, frame_.top(), frame_.width() + 2 * beside, std::ceil(size.height()))
-            .toRect());
-    applyShapes();
-}
-
-void X11PanelWindow::setShape(const NotchContainerShape& shape) {
-    shape_ = shape;
-    applyShapes();
-}
-
-void X11PanelWindow::setRestingArea(QSizeF size) {
-    restingArea_ = size;
-    applyShapes();
-}
-
-void X11PanelWindow::setSurfaces(const std::vector<PanelSurface>& surfaces) {
-    surfaces_ = surfaces;
+    window().setGeometry(placeOf(extent_));
     applyShapes();
 }
 
 void X11PanelWindow::applyShapes() {
-    const double scale = window_.devicePixelRatio();
-    std::vector<QRect> drawn = pixelRectangles(shape_, window_.width(), scale);
+    const double scale = window().devicePixelRatio();
+    std::vector<QRect> drawn = pixelRectangles(shape(), window().width(), scale);
     std::vector<QRect> reached = drawn;
-    for (const PanelSurface& surface : surfaces_) {
+    for (const PanelSurface& surface : surfaces()) {
         const QRectF frame = surface.frame.translated(-inPanel(QPointF()));
         const std::vector<QRect> pixels = roundedPixelRectangles(frame, surface.cornerRadius, scale);
         reached.insert(reached.end(), pixels.begin(), pixels.end());
         if (surface.kind != PanelSurface::Kind::gap)
             drawn.insert(drawn.end(), pixels.begin(), pixels.end());
     }
-    if (ignoresMouseEvents_)
-        reached = pixelRectangles(NotchContainerShape{restingArea_}, window_.width(), scale);
+    if (ignoresMouseEvents())
+        reached = pixelRectangles(NotchContainerShape{restingArea()}, window().width(), scale);
     if (compositor_.isCompositing())
         drawn.clear();
     // A compositor has work with every request, whether or not it changes something.
@@ -160,7 +110,7 @@ void X11PanelWindow::setRegion(xcb_shape_kind_t kind, std::vector<QRect> rectang
     if (present == rectangles)
         return;
     present = std::move(rectangles);
-    const auto id = static_cast<xcb_window_t>(window_.winId());
+    const auto id = static_cast<xcb_window_t>(window().winId());
     if (kind == XCB_SHAPE_SK_BOUNDING && present->empty()) {
         xcb_shape_mask(server_.get(), XCB_SHAPE_SO_SET, kind, id, 0, 0, XCB_PIXMAP_NONE);
         return;
@@ -172,25 +122,20 @@ void X11PanelWindow::setRegion(xcb_shape_kind_t kind, std::vector<QRect> rectang
 
 void X11PanelWindow::setPanelLevel() {
     constexpr uint32_t add = 1;
-    if (isManaged() && window_.isVisible())
-        server_.tellWindowManager(static_cast<xcb_window_t>(window_.winId()), "_NET_WM_STATE",
+    if (isManaged() && window().isVisible())
+        server_.tellWindowManager(static_cast<xcb_window_t>(window().winId()), "_NET_WM_STATE",
                                   {add, server_.atom("_NET_WM_STATE_ABOVE"), XCB_ATOM_NONE, 1});
 }
 
 void X11PanelWindow::orderFrontRegardless() {
-    if (!window_.isVisible())
-        window_.show();
-    window_.raise();
+    if (!window().isVisible())
+        window().show();
+    window().raise();
     applyShapes();
 }
 
 void X11PanelWindow::orderOut() {
-    window_.hide();
-}
-
-void X11PanelWindow::setIgnoresMouseEvents(bool ignores) {
-    ignoresMouseEvents_ = ignores;
-    applyShapes();
+    window().hide();
 }
 
 void X11PanelWindow::askForKey() {
@@ -198,74 +143,37 @@ void X11PanelWindow::askForKey() {
         if (keyWasTakenAway())
             Q_EMIT keyTakenWhileAsking();
     });
-    focus_.take(window_);
+    focus_.take(window());
 }
 
 void X11PanelWindow::makeKey() {
     isKey_ = true;
-    setAcceptsFocus(window_, true);
+    setAcceptsFocus(window(), true);
     askForKey();
 }
 
 void X11PanelWindow::resignKey() {
     isKey_ = false;
-    setAcceptsFocus(window_, false);
+    setAcceptsFocus(window(), false);
     focus_.giveBack();
 }
 
-bool X11PanelWindow::mousePressed(QEvent* event) {
-    const auto* press = static_cast<QMouseEvent*>(event);
+void X11PanelWindow::pressed() {
     // No window manager gives the focus to a window it does not manage when it is clicked.
     if (isKey_ && !focus_.isOurs())
         askForKey();
-    if (press->button() != Qt::LeftButton || !handler_)
-        return false;
-    const QPointF place = inPanel(press->position());
-    const bool isOnSurface = std::any_of(surfaces_.begin(), surfaces_.end(), [place](const auto& surface) {
-        return surface.frame.contains(place);
-    });
-    if (isOnSurface || !QRectF(QPointF(), frame_.size()).contains(place))
-        return false;
-    return handler_->leftMouseDown({place.x(), frame_.height() - place.y()});
-}
-
-bool X11PanelWindow::keyPressed(QEvent* event) {
-    const auto* press = static_cast<QKeyEvent*>(event);
-    if (!handler_ || press->key() < Qt::Key_Space || press->key() > Qt::Key_ydiaeresis)
-        return false;
-    return handler_->performKeyEquivalent(
-        {QString(QChar(press->key())), press->modifiers(), isEditingText()});
 }
 
 bool X11PanelWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != &window_)
-        return false;
-    switch (event->type()) {
-    case QEvent::MouseButtonPress:
-        pressConsumed_ = mousePressed(event);
-        return pressConsumed_;
-    case QEvent::MouseButtonDblClick:
-    case QEvent::MouseButtonRelease:
-        return pressConsumed_;
-    case QEvent::KeyPress:
-        return keyPressed(event);
-    case QEvent::Wheel:
-        return consumedScroll_ != 0 && static_cast<QWheelEvent*>(event)->timestamp() == consumedScroll_;
-    case QEvent::Enter:
-        scroll_.refresh();
-        return false;
-    case QEvent::Leave:
-        gestures_.endAll();
-        return false;
-    case QEvent::Close:
-        event->ignore();
-        return true;
-    case QEvent::Resize:
-        applyShapes();
-        return false;
-    default:
-        return false;
+    if (watched == &window()) {
+        if (event->type() == QEvent::Wheel)
+            return consumedScroll_ != 0 && static_cast<QWheelEvent*>(event)->timestamp() == consumedScroll_;
+        if (event->type() == QEvent::Enter)
+            scroll_.refresh();
+        else if (event->type() == QEvent::Leave)
+            gestures_.endAll();
     }
+    return DesktopPanelWindow::eventFilter(watched, event);
 }
 
 void X11PanelWindow::focusArrived(const xcb_focus_in_event_t& event) {
@@ -274,7 +182,7 @@ void X11PanelWindow::focusArrived(const xcb_focus_in_event_t& event) {
         return;
     focus_.arrived();
     // A request for the focus may be granted after the panel has folded.
-    if (!isKey_ && event.event == static_cast<xcb_window_t>(window_.winId()))
+    if (!isKey_ && event.event == static_cast<xcb_window_t>(window().winId()))
         focus_.giveBack();
 }
 
@@ -287,7 +195,7 @@ bool X11PanelWindow::nativeEventFilter(const QByteArray& eventType, void* messag
     if (scroll_.isHierarchyChange(event)) {
         scroll_.refresh();
     } else if (const auto* motion = scroll_.motionEvent(event);
-               motion && motion->event == static_cast<xcb_window_t>(window_.winId())) {
+               motion && motion->event == static_cast<xcb_window_t>(window().winId())) {
         if (const auto sample = scroll_.sample(*motion); sample && gestures_.add(*sample))
             consumedScroll_ = motion->time;
     }

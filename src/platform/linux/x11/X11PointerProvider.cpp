@@ -1,6 +1,6 @@
 #include "platform/linux/x11/X11PointerProvider.h"
 
-#include "platform/linux/x11/ScreenCoordinates.h"
+#include "platform/linux/window/ScreenCoordinates.h"
 
 #include <QGuiApplication>
 #include <QScreen>

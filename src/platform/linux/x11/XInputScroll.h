@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/x11/ScrollGestureRecogniser.h"
+#include "platform/linux/window/ScrollGestureRecogniser.h"
 #include "platform/linux/x11/X11Connection.h"
 
 #include <xcb/xinput.h>

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/CameraHousing.h"
+#include "platform/linux/window/CameraHousing.h"
 
 #include <QFile>
 #include <QRegularExpression>

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/ScrollGestureRecogniser.h"
+#include "platform/linux/window/ScrollGestureRecogniser.h"
 
 #include <cmath>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/ScreenCoordinates.h"
+#include "platform/linux/window/ScreenCoordinates.h"
 
 #include <QGuiApplication>
 #include <QScreen>

@@ -1,7 +1,7 @@
-#include "platform/linux/x11/QtScreenProvider.h"
+#include "platform/linux/window/QtScreenProvider.h"
 
-#include "platform/linux/x11/CameraHousing.h"
-#include "platform/linux/x11/ScreenCoordinates.h"
+#include "platform/linux/window/CameraHousing.h"
+#include "platform/linux/window/ScreenCoordinates.h"
 
 #include <QGuiApplication>
 #include <QScreen>
