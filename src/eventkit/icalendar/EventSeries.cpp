@@ -1,7 +1,6 @@
 #include "eventkit/icalendar/EventSeries.h"
 
 #include "eventkit/icalendar/DateValue.h"
-#include "eventkit/icalendar/EventSeriesWalk.h"
 
 #include <QTime>
 
@@ -20,6 +19,7 @@ using icalendar::EventTimes;
 using icalendar::LocalTime;
 using icalendar::OccurrenceIterator;
 using icalendar::RecurrenceRule;
+using icalendar::RecurrenceWalk;
 
 /// Room for the occurrences that one series has in an answer, on one side of the present.
 constexpr std::size_t mostBytes = 2'500'000;
@@ -28,12 +28,6 @@ constexpr Duration clockMargin = std::chrono::hours(48);
 /// No date is later.
 constexpr Instant lastInstant =
     std::chrono::sys_days(std::chrono::year(9999) / std::chrono::December / 31) + clockMargin;
-
-template <typename Value>
-void sortUnique(std::vector<Value>& values) {
-    std::sort(values.begin(), values.end());
-    values.erase(std::unique(values.begin(), values.end()), values.end());
-}
 
 /// `time` as far from `to` as it was from `from`, by the clock.
 LocalTime moved(const LocalTime& time, const LocalTime& from, const LocalTime& to) {
@@ -58,32 +52,34 @@ EventSeries::EventSeries(EventItem item, const QString& identifier, const QStrin
                          const TimeZone& local)
     : item_(std::move(item))
     , local_(local)
-    , length_(icalendar::lengthOf(item_.event.times, local))
-    , zone_(item_.event.times.start.timeZone.value_or(local)) {
+    , length_(icalendar::lengthOf(item_.event.times, local)) {
     item_.event.data.calendarItemIdentifier = identifier;
     item_.event.data.eventIdentifier = identifier;
     item_.event.data.calendarIdentifier = calendarIdentifier;
     const EventComponent& event = item_.event;
+    const DateComponents& start = event.times.start;
+    set_.start = icalendar::localTimeOf(start);
+    set_.kind = start.includesTime() ? icalendar::DateKind::time : icalendar::DateKind::day;
+    set_.zone = start.timeZone.value_or(local);
     if (!item_.recurs()) {
         if (!event.isCancelled)
-            addSingle(event, icalendar::localTimeOf(event.times.start), intervalOf(event.times, local),
-                      std::nullopt);
+            addSingle(event, set_.start, intervalOf(event.times, local), std::nullopt);
         return;
     }
     for (const DateComponents& date : item_.excludedDates) {
         if (date.includesTime())
-            excludedTimes_.push_back(icalendar::localTimeIn(event.times.start, date, local));
+            set_.excludedTimes.push_back(icalendar::localTimeIn(start, date, local));
         else
-            excludedDays_.push_back(date.date());
+            set_.excludedDays.push_back(date.date());
     }
     addChanges();
-    sortUnique(excludedTimes_);
-    sortUnique(excludedDays_);
-    if (event.isCancelled)
-        return;
-    addRules();
-    addExtraDates();
-    addBounds();
+    if (!event.isCancelled) {
+        addRules();
+        addExtraDates();
+    }
+    set_.sort();
+    if (!event.isCancelled)
+        addBounds();
 }
 
 void EventSeries::addSingle(const EventComponent& component, const LocalTime& time, DateInterval interval,
@@ -125,11 +121,12 @@ void EventSeries::addChanges() {
     }
     for (const auto& [time, index] : changes) {
         const EventComponent& change = item_.changes[index];
-        const bool isLeftOut =
-            change.isForLaterDates &&
-            (std::find(excludedTimes_.begin(), excludedTimes_.end(), time) != excludedTimes_.end() ||
-             std::find(excludedDays_.begin(), excludedDays_.end(), time.day) != excludedDays_.end());
-        excludedTimes_.push_back(time);
+        const bool isLeftOut = change.isForLaterDates &&
+                               (std::find(set_.excludedTimes.begin(), set_.excludedTimes.end(), time) !=
+                                    set_.excludedTimes.end() ||
+                                std::find(set_.excludedDays.begin(), set_.excludedDays.end(), time.day) !=
+                                    set_.excludedDays.end());
+        set_.excludedTimes.push_back(time);
         if (!change.isCancelled && !isLeftOut)
             addSingle(change, time, intervalOf(change.times, local_), index);
     }
@@ -142,7 +139,7 @@ void EventSeries::addRules() {
         if (!rule)
             return;
         if (rule->count) {
-            OccurrenceIterator dates = datesOf(*rule, meaning);
+            OccurrenceIterator dates = set_.datesOf(*rule, meaning);
             dates.limitSteps(mostSteps);
             const auto last = dates.lastByCount();
             rule->count.reset();
@@ -152,25 +149,22 @@ void EventSeries::addRules() {
         rules.push_back(std::move(*rule));
     };
     for (const EKRecurrenceRule& rule : item_.event.data.recurrenceRules)
-        add(rule.text.toUtf8(), OccurrenceIterator::Start::isDate, rules_);
-    if (rules_.empty()) {
-        const LocalTime start = icalendar::localTimeOf(item_.event.times.start);
-        rules_.push_back(
-            RecurrenceRule{.until = RecurrenceRule::Until{start, RecurrenceRule::UntilForm::local}});
-    }
+        add(rule.text.toUtf8(), OccurrenceIterator::Start::isDate, set_.rules);
+    if (set_.rules.empty())
+        set_.rules.push_back(
+            RecurrenceRule{.until = RecurrenceRule::Until{set_.start, RecurrenceRule::UntilForm::local}});
     for (const QByteArray& text : item_.exceptionRules)
-        add(text, OccurrenceIterator::Start::isDateIfItFits, exceptionRules_);
+        add(text, OccurrenceIterator::Start::isDateIfItFits, set_.exceptionRules);
 }
 
 void EventSeries::addExtraDates() {
-    const EventTimes& times = item_.event.times;
-    for (std::size_t i = 0; i < item_.extraDates.size(); ++i)
-        extras_.push_back({icalendar::localTimeIn(times.start, item_.extraDates[i].start, local_), i});
-    std::stable_sort(extras_.begin(), extras_.end());
-    // A date that is given twice is one date.
-    extras_.erase(std::unique(extras_.begin(), extras_.end(),
-                              [](const Extra& a, const Extra& b) { return a.time == b.time; }),
-                  extras_.end());
+    for (const EventTimes& given : item_.extraDates) {
+        const LocalTime time = icalendar::localTimeIn(item_.event.times.start, given.start, local_);
+        const bool hasLength = given.end || given.duration;
+        // A date that is given twice is one date, the first one.
+        if (lengths_.emplace(time, hasLength ? lengthOf(given, local_) : length_).second)
+            set_.extraDates.push_back(time);
+    }
 }
 
 void EventSeries::addBounds() {
@@ -180,80 +174,37 @@ void EventSeries::addBounds() {
         reachBack_ = std::max(reachBack_, start - interval.start);
         reachOn_ = std::max(reachOn_, interval.end - start);
     };
-    const LocalTime start = icalendar::localTimeOf(times.start);
-    reach(start, intervalOf(times, local_));
-    for (const Extra& extra : extras_) {
-        const EventTimes& given = item_.extraDates[extra.index];
-        if (given.end || given.duration)
-            reach(extra.time, intervalOf(times, extra.time, lengthOf(given, local_), local_));
-    }
+    reach(set_.start, intervalOf(times, local_));
+    for (const auto& [time, length] : lengths_)
+        reach(time, intervalOf(times, time, length, local_));
     for (const Range& range : ranges_)
         reach(range.from, intervalOf(item_.changes[range.change].times, local_));
     if (!ranges_.empty()) {
         reachBack_ += clockMargin;
         reachOn_ += clockMargin;
     }
-    const LocalTime first = extras_.empty() ? start : std::min(start, extras_.front().time);
-    recurring_ = Bounds{instantOf(first) - reachBack_, lastEnd()};
+    recurring_ = Bounds{instantOf(firstTime()) - reachBack_, lastEnd()};
 }
 
 std::optional<Instant> EventSeries::lastEnd() const {
-    LocalTime last = icalendar::localTimeOf(item_.event.times.start);
-    for (const RecurrenceRule& rule : rules_) {
+    LocalTime last = set_.start;
+    for (const RecurrenceRule& rule : set_.rules) {
         if (!rule.until)
             return std::nullopt;
         const bool isExact = rule.until->form == RecurrenceRule::UntilForm::local;
         last = std::max(last, isExact ? rule.until->time : LocalTime{rule.until->time.day.addDays(2)});
     }
-    if (!extras_.empty())
-        last = std::max(last, extras_.back().time);
+    if (!set_.extraDates.empty())
+        last = std::max(last, set_.extraDates.back());
     return instantOf(last) + reachOn_;
 }
 
-bool EventSeries::isListedAsExcluded(const LocalTime& time) const {
-    const auto isListed = [this](const LocalTime& each) {
-        return std::binary_search(excludedTimes_.begin(), excludedTimes_.end(), each) ||
-               std::binary_search(excludedDays_.begin(), excludedDays_.end(), each.day);
-    };
-    // What leaves out a time that the clocks skip may name the moment that is meant.
-    return isListed(time) || (!excludedTimes_.empty() && isListed(shownTime(time)));
-}
-
-OccurrenceIterator EventSeries::datesOf(const RecurrenceRule& rule, OccurrenceIterator::Start meaning) const {
-    const DateComponents& start = item_.event.times.start;
-    const auto kind = start.includesTime() ? icalendar::DateKind::time : icalendar::DateKind::day;
-    return {rule, icalendar::localTimeOf(start), kind, zone_, meaning};
-}
-
-std::vector<OccurrenceIterator> EventSeries::exceptions() const {
-    std::vector<OccurrenceIterator> result;
-    for (const RecurrenceRule& rule : exceptionRules_)
-        result.push_back(datesOf(rule, OccurrenceIterator::Start::isDateIfItFits));
-    return result;
-}
-
-const EventSeries::Extra* EventSeries::extraAt(const LocalTime& time) const {
-    const auto found = std::lower_bound(extras_.begin(), extras_.end(), Extra{time, 0});
-    return found != extras_.end() && found->time == time ? &*found : nullptr;
-}
-
-/// Whether a rule or an extra date gives this date.
-bool EventSeries::isGiven(const LocalTime& time) const {
-    return extraAt(time) || std::any_of(rules_.begin(), rules_.end(), [&](const RecurrenceRule& rule) {
-               return datesOf(rule).contains(time);
-           });
+LocalTime EventSeries::firstTime() const {
+    return set_.extraDates.empty() ? set_.start : std::min(set_.start, set_.extraDates.front());
 }
 
 Instant EventSeries::instantOf(const LocalTime& time) const {
     return intervalOf(item_.event.times, time, {}, local_).start;
-}
-
-/// The time that the clocks show at the moment that is meant.
-LocalTime EventSeries::shownTime(const LocalTime& time) const {
-    const Instant instant = instantOf(time);
-    if (!item_.event.times.start.includesTime())
-        return {zone_.dayOf(instant)};
-    return {zone_.dayOf(instant), zone_.timeOf(instant)};
 }
 
 std::optional<EventSeries::Date> EventSeries::placed(const LocalTime& time) const {
@@ -273,10 +224,8 @@ std::optional<EventSeries::Date> EventSeries::placed(const LocalTime& time) cons
             return std::nullopt;
         return Date{time, intervalOf(form, start, lengthOf(change.times, local_), local_), range->change};
     }
-    const Extra* extra = extras_.empty() ? nullptr : extraAt(time);
-    const EventTimes* given = extra ? &item_.extraDates[extra->index] : nullptr;
-    const bool hasLength = given && (given->end || given->duration);
-    return Date{time, intervalOf(times, time, hasLength ? lengthOf(*given, local_) : length_, local_),
+    const auto length = lengths_.find(time);
+    return Date{time, intervalOf(times, time, length == lengths_.end() ? length_ : length->second, local_),
                 std::nullopt};
 }
 
@@ -314,24 +263,24 @@ EventSeries::Cost EventSeries::forEachRecurring(const Span& span,
     if (!recurring_ || span.to < recurring_->start || (recurring_->end && span.from > *recurring_->end))
         return cost;
     const auto dayOf = [this](Instant instant) {
-        return zone_.dayOf(std::clamp(instant, recurring_->start, lastInstant));
+        return set_.zone.dayOf(std::clamp(instant, recurring_->start, lastInstant));
     };
     const Instant now = std::clamp(span.now, recurring_->start, lastInstant);
-    const LocalTime present{zone_.dayOf(now), zone_.timeOf(now)};
+    const LocalTime present{set_.zone.dayOf(now), set_.zone.timeOf(now)};
     const QDate first = dayOf(span.from - reachOn_ - clockMargin);
     const QDate last = dayOf(std::min(span.to, lastInstant) + reachBack_ + clockMargin);
     const std::size_t most = mostOccurrences();
-    for (const auto way : {Walk::Way::forward, Walk::Way::back}) {
-        if (way == Walk::Way::forward ? last < present.day : first > present.day)
+    for (const auto way : {RecurrenceWalk::Way::forward, RecurrenceWalk::Way::back}) {
+        if (way == RecurrenceWalk::Way::forward ? last < present.day : first > present.day)
             continue;
-        Walk walk(*this, way, present, first, last, steps);
+        RecurrenceWalk walk(set_, way, present, first, last, steps);
         std::size_t dates = 0;
         for (auto time = walk.next(); time; time = walk.next()) {
             const auto date = placed(*time);
             if (!date)
                 continue;
             const auto& [start, end] = date->interval;
-            const bool isBeyond = way == Walk::Way::forward ? start > span.to : end < span.from;
+            const bool isBeyond = way == RecurrenceWalk::Way::forward ? start > span.to : end < span.from;
             if (!isBeyond && dates++ == most) {
                 cost.isExceeded = true;
                 break;
@@ -354,21 +303,16 @@ EventSeries::occurrence(const std::optional<Instant>& occurrenceDate) const {
     if (!occurrenceDate || !recurring_ || *occurrenceDate > lastInstant)
         return std::nullopt;
     const auto timeAt = [&](Instant instant) {
-        return LocalTime{zone_.dayOf(instant), zone_.timeOf(instant)};
+        return LocalTime{set_.zone.dayOf(instant), set_.zone.timeOf(instant)};
     };
     // Besides the time that the clocks show then, the one that they would show had they not been set forward.
     const Instant before = *occurrenceDate - std::chrono::hours(25);
     LocalTime unset = timeAt(before);
     unset = moved(unset, {unset.day}, {unset.day.addDays(1), QTime(1, 0)});
     for (LocalTime time : {timeAt(*occurrenceDate), unset}) {
-        if (!item_.event.times.start.includesTime())
+        if (set_.kind == icalendar::DateKind::day)
             time.time = QTime(0, 0);
-        if (!isRepresentable(time) || instantOf(time) != *occurrenceDate || !isGiven(time) ||
-            isListedAsExcluded(time))
-            continue;
-        std::vector<OccurrenceIterator> rules = exceptions();
-        if (std::any_of(rules.begin(), rules.end(),
-                        [&](OccurrenceIterator& rule) { return rule.contains(time); }))
+        if (!isRepresentable(time) || instantOf(time) != *occurrenceDate || !set_.contains(time))
             continue;
         if (const auto date = placed(time))
             return occurrenceOn(*date);
@@ -384,10 +328,7 @@ std::optional<EventSeries::Occurrence> EventSeries::first() const {
     }
     if (!recurring_)
         return result;
-    LocalTime start = icalendar::localTimeOf(item_.event.times.start);
-    if (!extras_.empty())
-        start = std::min(start, extras_.front().time);
-    Walk walk(*this, Walk::Way::forward, start, {}, {}, mostSteps);
+    RecurrenceWalk walk(set_, RecurrenceWalk::Way::forward, firstTime(), {}, {}, mostSteps);
     for (auto time = walk.next(); time; time = walk.next()) {
         if (const auto date = placed(*time)) {
             if (!result || date->interval.start < result->data->startDate)

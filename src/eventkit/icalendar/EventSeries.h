@@ -2,10 +2,10 @@
 
 #include "eventkit/icalendar/Event.h"
 #include "eventkit/model/EKEvent.h"
-#include "eventkit/recurrence/OccurrenceIterator.h"
-#include "eventkit/recurrence/RecurrenceRule.h"
+#include "eventkit/recurrence/RecurrenceSet.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -83,12 +83,6 @@ class EventSeries {
     [[nodiscard]] std::optional<Occurrence> first() const;
 
   private:
-    class Walk;
-    struct Extra {
-        icalendar::LocalTime time;
-        std::size_t index;
-        bool operator<(const Extra& other) const { return time < other.time; }
-    };
     /// A change for all dates from a time on.
     struct Range {
         icalendar::LocalTime from;
@@ -102,15 +96,8 @@ class EventSeries {
     void addSingle(const icalendar::EventComponent& component, const icalendar::LocalTime& time,
                    DateInterval interval, std::optional<std::size_t> change);
     [[nodiscard]] std::optional<Instant> lastEnd() const;
-    [[nodiscard]] bool isListedAsExcluded(const icalendar::LocalTime& time) const;
-    [[nodiscard]] icalendar::OccurrenceIterator datesOf(
-        const icalendar::RecurrenceRule& rule,
-        icalendar::OccurrenceIterator::Start meaning = icalendar::OccurrenceIterator::Start::isDate) const;
-    [[nodiscard]] std::vector<icalendar::OccurrenceIterator> exceptions() const;
-    [[nodiscard]] bool isGiven(const icalendar::LocalTime& time) const;
-    [[nodiscard]] const Extra* extraAt(const icalendar::LocalTime& time) const;
+    [[nodiscard]] icalendar::LocalTime firstTime() const;
     [[nodiscard]] Instant instantOf(const icalendar::LocalTime& time) const;
-    [[nodiscard]] icalendar::LocalTime shownTime(const icalendar::LocalTime& time) const;
     /// Where a date of the series lies; absent where it is cancelled.
     [[nodiscard]] std::optional<Date> placed(const icalendar::LocalTime& time) const;
     [[nodiscard]] Occurrence occurrenceOn(const Date& date) const;
@@ -119,13 +106,10 @@ class EventSeries {
     icalendar::EventItem item_;
     TimeZone local_;
     icalendar::EventLength length_;
-    TimeZone zone_;
-    /// Without COUNT: it is an end.
-    std::vector<icalendar::RecurrenceRule> rules_;
-    std::vector<icalendar::RecurrenceRule> exceptionRules_;
-    std::vector<icalendar::LocalTime> excludedTimes_;
-    std::vector<QDate> excludedDays_;
-    std::vector<Extra> extras_;
+    /// Its rules have no COUNT: it is an end.
+    icalendar::RecurrenceSet set_;
+    /// Of the extra dates.
+    std::map<icalendar::LocalTime, icalendar::EventLength> lengths_;
     std::vector<Range> ranges_;
     std::vector<Occurrence> singles_;
     std::optional<Bounds> recurring_;

@@ -1,6 +1,7 @@
 #include "eventkit/icalendar/ReminderSeries.h"
 
 #include "eventkit/icalendar/DateValue.h"
+#include "eventkit/recurrence/RecurrenceSet.h"
 
 #include <QRegularExpression>
 
@@ -16,6 +17,8 @@ using icalendar::localTimeIn;
 using icalendar::localTimeOf;
 using icalendar::OccurrenceIterator;
 using icalendar::RecurrenceRule;
+using icalendar::RecurrenceSet;
+using icalendar::RecurrenceWalk;
 
 qint64 secondsBetween(const LocalTime& from, const LocalTime& to) {
     return from.day.daysTo(to.day) * 86'400 + from.time.secsTo(to.time);
@@ -37,56 +40,36 @@ constexpr qint64 mostSteps = 1'000'000;
 /// Largest cost of skipping one excluded date.
 constexpr qint64 stepsPerExclusion = 4;
 
-/// Where the rules of a series count from.
-struct Anchor {
-    LocalTime time;
-    DateKind kind;
-    TimeZone zone;
-    /// Times are of the person's zone, whichever that is.
-    bool isFloating;
-
-    [[nodiscard]] OccurrenceIterator
-    occurrencesOf(const RecurrenceRule& rule,
-                  OccurrenceIterator::Start meaning = OccurrenceIterator::Start::isDate) const {
-        OccurrenceIterator result(rule, time, kind, zone, meaning);
-        result.limitSteps(mostSteps);
-        return result;
+RecurrenceSet recurrenceOf(const EKReminderData& data, const SeriesDates& dates,
+                           const DateComponents& present, const TimeZone& local) {
+    RecurrenceSet result{.start = dates.anchor.value_or(localTimeOf(present)),
+                         .kind = present.includesTime() ? DateKind::time : DateKind::day,
+                         .zone = present.timeZone.value_or(local),
+                         .rules = {},
+                         .extraDates = dates.extraTimes,
+                         .excludedTimes = dates.excludedTimes,
+                         .excludedDays = dates.excludedDays,
+                         .exceptionRules = {}};
+    for (const QDate day : dates.extraDays)
+        result.extraDates.push_back({day, result.start.time});
+    const RecurrenceRule startAlone{.count = 1};
+    for (const EKRecurrenceRule& rule : data.recurrenceRules)
+        result.rules.push_back(RecurrenceRule::parse(rule.text.toUtf8()).value_or(startAlone));
+    if (result.rules.empty())
+        result.rules.push_back(startAlone);
+    for (const QByteArray& text : dates.exceptionRules) {
+        if (auto rule = RecurrenceRule::parse(text))
+            result.exceptionRules.push_back(*std::move(rule));
     }
-};
-
-Anchor anchorOf(const DateComponents& present, const SeriesDates& dates, const TimeZone& local) {
-    return {.time = dates.anchor.value_or(localTimeOf(present)),
-            .kind = present.includesTime() ? DateKind::time : DateKind::day,
-            .zone = present.timeZone.value_or(local),
-            .isFloating = !present.timeZone};
+    result.sort();
+    return result;
 }
 
-/// The dates that a series leaves out.
-class Exclusions {
-  public:
-    Exclusions(const SeriesDates& dates, const Anchor& anchor)
-        : times_(dates.excludedTimes)
-        , days_(dates.excludedDays) {
-        std::sort(times_.begin(), times_.end());
-        std::sort(days_.begin(), days_.end());
-        for (const QByteArray& text : dates.exceptionRules) {
-            if (const auto rule = RecurrenceRule::parse(text))
-                rules_.push_back(anchor.occurrencesOf(*rule, OccurrenceIterator::Start::isDateIfItFits));
-        }
-    }
-
-    [[nodiscard]] bool contain(const LocalTime& time) {
-        return std::binary_search(times_.begin(), times_.end(), time) ||
-               std::binary_search(days_.begin(), days_.end(), time.day) ||
-               std::any_of(rules_.begin(), rules_.end(),
-                           [&](OccurrenceIterator& rule) { return rule.contains(time); });
-    }
-
-  private:
-    std::vector<LocalTime> times_;
-    std::vector<QDate> days_;
-    std::vector<OccurrenceIterator> rules_;
-};
+OccurrenceIterator datesOf(const RecurrenceRule& rule, const RecurrenceSet& set) {
+    OccurrenceIterator result = set.datesOf(rule);
+    result.limitSteps(mostSteps);
+    return result;
+}
 
 /// How many dates of a rule with a COUNT are before `time`; absent where they are too many to be counted.
 std::optional<int> countBefore(const LocalTime& time, OccurrenceIterator dates) {
@@ -96,20 +79,21 @@ std::optional<int> countBefore(const LocalTime& time, OccurrenceIterator dates) 
     return dates.ranOut() ? std::nullopt : std::optional(count);
 }
 
-QString untilText(const LocalTime& last, const Anchor& anchor) {
-    if (anchor.kind == DateKind::day)
+QString untilText(const LocalTime& last, const RecurrenceSet& set, bool isFloating) {
+    if (set.kind == DateKind::day)
         return last.day.toString(QStringLiteral("'UNTIL='yyyyMMdd"));
-    if (anchor.isFloating)
+    if (isFloating)
         return last.day.toString(QStringLiteral("'UNTIL='yyyyMMdd")) +
                last.time.toString(QStringLiteral("'T'HHmmss"));
     return QStringLiteral("UNTIL=") +
-           QString::fromLatin1(icalendar::utcText(anchor.zone.instantAt(last.day, last.time)));
+           QString::fromLatin1(icalendar::utcText(set.zone.instantAt(last.day, last.time)));
 }
 
 /// The rules with what is left of their counts; a rule that has nothing left is dropped. Where its dates are
 /// too many to be counted, a rule gets its last date for the count, if that can be found.
 std::vector<EKRecurrenceRule> remainingRules(const std::vector<EKRecurrenceRule>& rules,
-                                             const SeriesDate& next, const Anchor& anchor) {
+                                             const SeriesDate& next, const RecurrenceSet& set,
+                                             bool isFloating) {
     std::vector<EKRecurrenceRule> result;
     for (std::size_t i = 0; i < rules.size(); ++i) {
         const auto parsed = RecurrenceRule::parse(rules[i].text.toUtf8());
@@ -120,8 +104,8 @@ std::vector<EKRecurrenceRule> remainingRules(const std::vector<EKRecurrenceRule>
                 continue;
             end = QStringLiteral("COUNT=%1").arg(left);
         } else if (parsed && parsed->count) {
-            if (const auto last = anchor.occurrencesOf(*parsed).lastByCount())
-                end = untilText(*last, anchor);
+            if (const auto last = datesOf(*parsed, set).lastByCount())
+                end = untilText(*last, set, isFloating);
         }
         static const QRegularExpression count(QStringLiteral("\\bCOUNT=\\d+"),
                                               QRegularExpression::CaseInsensitiveOption);
@@ -178,64 +162,20 @@ std::optional<SeriesDate> findSeriesDate(const EKReminderData& data, const Serie
     const auto present = seriesAnchor(data);
     if (!present)
         return std::nullopt;
-    const Anchor anchor = anchorOf(*present, dates, local);
-    Exclusions exclusions(dates, anchor);
-    const auto qualifies = [&](const LocalTime& time) {
-        return (searchFrom == SearchFrom::included ? !(time < from) : from < time) &&
-               !exclusions.contain(time);
-    };
-
-    std::optional<SeriesDate> best;
-    std::vector<LocalTime> extras = dates.extraTimes;
-    for (const QDate day : dates.extraDays)
-        extras.push_back({day, anchor.time.time});
-    for (const LocalTime& extra : extras) {
-        if ((!best || extra < best->time) && qualifies(extra))
-            best = SeriesDate{extra, true, {}};
+    const RecurrenceSet set = recurrenceOf(data, dates, *present, local);
+    const qint64 stepsOfRule = mostSteps + stepsPerExclusion * std::ssize(dates.excludedTimes);
+    RecurrenceWalk walk(set, RecurrenceWalk::Way::forward, from, {}, {}, stepsOfRule * std::ssize(set.rules));
+    auto time = walk.next();
+    if (time == from && searchFrom == SearchFrom::excluded)
+        time = walk.next();
+    if (!time)
+        return std::nullopt;
+    SeriesDate result{*time, !walk.isByRule(), {}};
+    for (std::size_t i = 0; i < set.rules.size(); ++i) {
+        const auto before = set.rules[i].count ? countBefore(from, datesOf(set.rules[i], set)) : 0;
+        result.spent.push_back(before ? std::optional(*before + walk.passed()[i]) : std::nullopt);
     }
-
-    const RecurrenceRule startAlone{.count = 1};
-    std::vector<OccurrenceIterator> rules;
-    std::vector<std::optional<int>> spent;
-    const auto add = [&](const RecurrenceRule& rule) {
-        rules.push_back(anchor.occurrencesOf(rule));
-        spent.push_back(rule.count ? countBefore(from, rules.back()) : 0);
-        rules.back().skipTo(from);
-        rules.back().limitSteps(mostSteps +
-                                stepsPerExclusion * static_cast<qint64>(dates.excludedTimes.size()));
-    };
-    for (const EKRecurrenceRule& rule : data.recurrenceRules)
-        add(RecurrenceRule::parse(rule.text.toUtf8()).value_or(startAlone));
-    if (rules.empty())
-        add(startAlone);
-    std::vector<std::optional<LocalTime>> heads;
-    heads.reserve(rules.size());
-    for (OccurrenceIterator& rule : rules)
-        heads.push_back(rule.next());
-    // The rules are walked side by side; a date that several of them give is one date.
-    while (true) {
-        std::optional<LocalTime> earliest;
-        for (const auto& head : heads) {
-            if (head && (!earliest || *head < *earliest))
-                earliest = head;
-        }
-        if (!earliest || (best && best->isExtra && best->time < *earliest))
-            break;
-        if (qualifies(*earliest)) {
-            best = SeriesDate{*earliest, false, {}};
-            break;
-        }
-        for (std::size_t i = 0; i < heads.size(); ++i) {
-            if (heads[i] == earliest) {
-                heads[i] = rules[i].next();
-                if (spent[i])
-                    ++*spent[i];
-            }
-        }
-    }
-    if (best)
-        best->spent = std::move(spent);
-    return best;
+    return result;
 }
 
 CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDates& dates, Instant now,
@@ -280,7 +220,8 @@ CompletedOccurrence completeOccurrence(EKReminderData completed, const SeriesDat
     }
     if (!result.keepsAnchor)
         series.recurrenceRules =
-            remainingRules(completed.recurrenceRules, *next, anchorOf(*present, dates, local));
+            remainingRules(completed.recurrenceRules, *next, recurrenceOf(completed, dates, *present, local),
+                           !present->timeZone);
     return result;
 }
 
