@@ -40,7 +40,8 @@ class InterruptedStore final : public items::ItemEventStore {
             : VdirStorage(std::move(root), std::move(observer))
             , store(owner) {}
 
-        tl::expected<std::optional<items::StoredText>, EKError> read(const items::Place& place) override {
+        tl::expected<std::optional<items::StoredText>, EKError>
+        read(const items::FileLocation& place) override {
             auto result = VdirStorage::read(place);
             if (const auto interrupt = std::exchange(store.interruption, nullptr))
                 interrupt();

@@ -384,7 +384,7 @@ TEST(EventSeriesTest, KnowsAnOccurrenceByTheStartThatItsSeriesGivesIt) {
                      : QString();
     };
     EXPECT_EQ(timeOf("Europe/Paris", {2026, 3, 28}, {2, 30}), "0328 02:30");
-    // The clock skips it on this day; the series says it all the same.
+    // A local time that the clock skips on this day is still a date of the series.
     EXPECT_EQ(timeOf("UTC", {2026, 3, 29}, {1, 30}), "0329 02:30");
     EXPECT_EQ(timeOf("UTC", {2026, 3, 30}, {0, 30}), "");
     EXPECT_EQ(timeOf("UTC", {2026, 3, 31}, {0, 30}), "0331 02:30 changed");

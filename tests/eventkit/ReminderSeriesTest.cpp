@@ -63,7 +63,7 @@ TEST(ReminderSeriesTest, MovesDatesInDifferentZonesByTheSameLocalTime) {
     data.startDateComponents =
         DateComponents::fromDateTime({2026, 3, 28}, {8, 0}, TimeZone::named("Europe/Paris"));
     const CompletedOccurrence step = completeOccurrence(data, {}, early, paris);
-    // Paris has gone an hour ahead meanwhile.
+    // Paris has changed to summer time in between.
     EXPECT_EQ(step.series.dueDateComponents,
               DateComponents::fromDateTime({2026, 3, 29}, {7, 0}, TimeZone::named("UTC")));
 }

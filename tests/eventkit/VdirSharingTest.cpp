@@ -80,7 +80,7 @@ TEST_F(VdirSharingTest, WhatEndedBetweenItsTwoStepsIsTakenBackByWhoeverReads) {
         }
         folder.put(note, each.note);
         {
-            // As long as the writer is there it is the writer's business.
+            // A journal whose writer is running is left to the writer.
             const auto writer = FileLock::ofFolder(folder.path("list"), FileLock::Waiting::none);
             ASSERT_TRUE(writer.has_value());
             ASSERT_FALSE(database.open(paris).has_value());
@@ -121,7 +121,7 @@ TEST_F(VdirSharingTest, WhatCannotBeReadIsNamedAndWhatIsKnownOfItStays) {
         refresh();
         EXPECT_THAT(titles(database), ElementsAre("a", "b", "c"));
         EXPECT_THAT(database.snapshot()->problems, IsEmpty()) << hidden;
-        // Now that it can be read, what has gone is gone.
+        // Once the folder can be read again, deleted files disappear.
         folder.put("list/d.ics", VdirFolder::reminder("d", "d"));
         refresh();
         EXPECT_EQ(titles(database).size(), 4U);
@@ -207,7 +207,7 @@ TEST_F(VdirSharingTest, ExchangingWhatChangedComesToTheSameAsReadingEverything) 
         const QByteArray list = below(2) == 0 ? "list" : "work";
         const QByteArray name = QByteArray::number(below(6)) + ".ics";
         const QString path = QString::fromLatin1(list + '/' + name);
-        // Mostly an identifier of its own; at times one that another file has too.
+        // Most files get a UID of their own, some the UID of another file.
         const QByteArray uid = below(40) == 0 ? QByteArray("shared") : list + name;
         const QByteArray title = QByteArray::number(step);
         const auto base = database.snapshot()->reminders.value(QString::fromLatin1(list + name)).data;

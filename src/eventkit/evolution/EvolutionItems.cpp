@@ -12,7 +12,7 @@
 namespace kestrant::evolution {
 
 using icalendar::Document;
-using items::Place;
+using items::FileLocation;
 using items::StoredText;
 using items::WriteError;
 
@@ -51,11 +51,11 @@ EKError serverFailed(const QString& list) {
 
 }  // namespace
 
-tl::expected<std::optional<StoredText>, EKError> EvolutionStorage::read(const Place& place) {
-    const auto client = openClient(place.collection);
+tl::expected<std::optional<StoredText>, EKError> EvolutionStorage::read(const FileLocation& location) {
+    const auto client = openClient(location.collection);
     if (!client)
         return tl::unexpected(client.error());
-    auto text = (*client)->read(place.file);
+    auto text = (*client)->read(location.file);
     if (!text) {
         const auto* const error = std::get_if<EKError>(&text.error());
         return tl::unexpected(error ? *error : itemNotFoundError());
@@ -63,13 +63,13 @@ tl::expected<std::optional<StoredText>, EKError> EvolutionStorage::read(const Pl
     return *text ? std::optional(stored(std::move(**text))) : std::nullopt;
 }
 
-std::optional<EKError> EvolutionStorage::writeRefusal(const Place&) {
+std::optional<EKError> EvolutionStorage::writeRefusal(const FileLocation&) {
     return std::nullopt;
 }
 
-tl::expected<StoredText, WriteError> EvolutionStorage::readToChange(const Place& place,
+tl::expected<StoredText, WriteError> EvolutionStorage::readToChange(const FileLocation& location,
                                                                     const items::Version& expected) {
-    auto present = read(place);
+    auto present = read(location);
     if (!present)
         return tl::unexpected(WriteError(std::move(present.error())));
     if (!*present || (*present)->version != expected)
@@ -77,10 +77,10 @@ tl::expected<StoredText, WriteError> EvolutionStorage::readToChange(const Place&
     return std::move(**present);
 }
 
-tl::expected<StoredText, WriteError> EvolutionStorage::readBack(const Place& place) {
-    auto text = read(place);
+tl::expected<StoredText, WriteError> EvolutionStorage::readBack(const FileLocation& location) {
+    auto text = read(location);
     if (!text && text.error().code == EKError::Code::storage)
-        text = readOnceItAnswers(place, text.error());
+        text = readOnceItAnswers(location, text.error());
     if (!text)
         return tl::unexpected(WriteError(std::move(text.error())));
     if (!*text)
@@ -88,10 +88,10 @@ tl::expected<StoredText, WriteError> EvolutionStorage::readBack(const Place& pla
     return std::move(**text);
 }
 
-tl::expected<std::optional<StoredText>, EKError> EvolutionStorage::readOnceItAnswers(const Place& place,
-                                                                                     const EKError& unknown) {
+tl::expected<std::optional<StoredText>, EKError>
+EvolutionStorage::readOnceItAnswers(const FileLocation& location, const EKError& unknown) {
     for (auto pause = firstPause; limit_.pause(pause); pause = std::min(2 * pause, longestPause)) {
-        auto present = read(place);
+        auto present = read(location);
         // Any other error than a silence is an answer.
         if (present || present.error().code != EKError::Code::storage)
             return present;
@@ -100,61 +100,61 @@ tl::expected<std::optional<StoredText>, EKError> EvolutionStorage::readOnceItAns
 }
 
 tl::expected<std::optional<StoredText>, EKError>
-EvolutionStorage::readOutcome(EvolutionClient& client, const Place& place,
+EvolutionStorage::readOutcome(EvolutionClient& client, const FileLocation& location,
                               const std::optional<items::Version>& before, const EKError& unknown) {
     if (client.isLost())
-        return readOnceItAnswers(place, unknown);
+        return readOnceItAnswers(location, unknown);
     for (auto pause = firstPause; pause <= lastLook; pause *= 2) {
         client.refresh();
         if (!limit_.pause(pause))
             break;
-        auto present = read(place);
+        auto present = read(location);
         if (!present)
-            return readOnceItAnswers(place, unknown);
+            return readOnceItAnswers(location, unknown);
         if ((*present ? std::optional((*present)->version) : std::nullopt) != before)
             return present;
     }
     return tl::unexpected(serverFailed(client.title()));
 }
 
-tl::expected<StoredText, WriteError> EvolutionStorage::replace(const Place& place, const Document& before,
-                                                               const Document& after,
+tl::expected<StoredText, WriteError> EvolutionStorage::replace(const FileLocation& location,
+                                                               const Document& before, const Document& after,
                                                                const items::Version& expected) {
-    if (const auto present = readToChange(place, expected); !present)
+    if (const auto present = readToChange(location, expected); !present)
         return tl::unexpected(present.error());
-    const auto client = openClient(place.collection);
+    const auto client = openClient(location.collection);
     if (!client)
         return tl::unexpected(WriteError(client.error()));
     const QByteArrayView name = (*client)->componentName();
-    auto error = (*client)->write(place.file, changeBetween(before, after, name), titleIn(before, name));
+    auto error = (*client)->write(location.file, changeBetween(before, after, name), titleIn(before, name));
     const auto steps = TwoSteps::current();
     if (!error) {
         if (steps)
-            steps->noteChanged(place);
-        auto stored = readBack(place);
+            steps->noteChanged(location);
+        auto stored = readBack(location);
         if (stored)
-            noteSending(place, before.text(), &stored->text);
+            noteSending(location, before.text(), &stored->text);
         return stored;
     }
     const EKError* const unknown = whereUnknown(*error);
     if (!unknown)
         return tl::unexpected(std::move(*error));
-    auto present = readOutcome(**client, place, expected, *unknown);
+    auto present = readOutcome(**client, location, expected, *unknown);
     if (!present)
         return tl::unexpected(WriteError(std::move(present.error())));
     // The item was as expected a moment before, so a different text now is the one that was written.
     if (!*present || (*present)->version == expected)
         return tl::unexpected(WriteError(items::ChangedMeanwhile{}));
     if (steps)
-        steps->noteChanged(place);
+        steps->noteChanged(location);
     return std::move(**present);
 }
 
 std::vector<tl::expected<std::optional<StoredText>, EKError>>
-EvolutionStorage::readAll(const std::vector<Place>& places) {
+EvolutionStorage::readAll(const std::vector<FileLocation>& locations) {
     std::map<QByteArray, std::size_t> counts;
-    for (const Place& place : places)
-        ++counts[place.collection];
+    for (const FileLocation& location : locations)
+        ++counts[location.collection];
     std::map<QByteArray, std::optional<std::map<QByteArray, QByteArray>>> whole;
     for (const auto& [collection, count] : counts) {
         if (count <= mostReadAlone)
@@ -163,29 +163,29 @@ EvolutionStorage::readAll(const std::vector<Place>& places) {
             whole[collection] = (*client)->readAll();
     }
     std::vector<tl::expected<std::optional<StoredText>, EKError>> results;
-    results.reserve(places.size());
-    for (const Place& place : places) {
-        const auto list = whole.find(place.collection);
+    results.reserve(locations.size());
+    for (const FileLocation& location : locations) {
+        const auto list = whole.find(location.collection);
         if (list == whole.end() || !list->second) {
-            results.push_back(read(place));
+            results.push_back(read(location));
             continue;
         }
-        const auto text = list->second->find(place.file);
+        const auto text = list->second->find(location.file);
         results.push_back(text == list->second->end() ? std::nullopt : std::optional(stored(text->second)));
     }
     return results;
 }
 
 std::set<std::size_t> EvolutionStorage::writeTogether(const std::vector<Replacement>& replacements) {
-    std::vector<Place> places;
-    places.reserve(replacements.size());
+    std::vector<FileLocation> locations;
+    locations.reserve(replacements.size());
     for (const Replacement& wanted : replacements)
-        places.push_back(wanted.place);
-    const auto present = readAll(places);
+        locations.push_back(wanted.location);
+    const auto present = readAll(locations);
     std::map<QByteArray, std::vector<std::size_t>> lists;
     for (std::size_t i = 0; i < replacements.size(); ++i) {
         if (present[i] && *present[i] && (*present[i])->version == replacements[i].expected)
-            lists[replacements[i].place.collection].push_back(i);
+            lists[replacements[i].location.collection].push_back(i);
     }
     std::set<std::size_t> result;
     for (const auto& [collection, indices] : lists) {
@@ -206,23 +206,23 @@ std::vector<tl::expected<StoredText, WriteError>>
 EvolutionStorage::replaceAll(const std::vector<Replacement>& replacements) {
     const std::set<std::size_t> together =
         replacements.size() > 1 ? writeTogether(replacements) : std::set<std::size_t>();
-    std::vector<Place> places;
-    places.reserve(together.size());
+    std::vector<FileLocation> locations;
+    locations.reserve(together.size());
     for (const std::size_t i : together)
-        places.push_back(replacements[i].place);
-    auto kept = readAll(places);
+        locations.push_back(replacements[i].location);
+    auto kept = readAll(locations);
     auto next = kept.begin();
     std::vector<tl::expected<StoredText, WriteError>> results;
     results.reserve(replacements.size());
     for (std::size_t i = 0; i < replacements.size(); ++i) {
         const Replacement& wanted = replacements[i];
         if (!together.contains(i)) {
-            results.push_back(replace(wanted.place, wanted.before, wanted.after, wanted.expected));
+            results.push_back(replace(wanted.location, wanted.before, wanted.after, wanted.expected));
             continue;
         }
         auto& text = *next++;
         if (text && *text) {
-            noteSending(wanted.place, wanted.before.text(), &(*text)->text);
+            noteSending(wanted.location, wanted.before.text(), &(*text)->text);
             results.emplace_back(std::move(**text));
         } else
             results.push_back(
@@ -231,33 +231,34 @@ EvolutionStorage::replaceAll(const std::vector<Replacement>& replacements) {
     return results;
 }
 
-std::optional<WriteError> EvolutionStorage::remove(const Place& place, const items::Version& expected) {
-    const auto present = readToChange(place, expected);
+std::optional<WriteError> EvolutionStorage::remove(const FileLocation& location,
+                                                   const items::Version& expected) {
+    const auto present = readToChange(location, expected);
     if (!present)
         return present.error();
-    const auto client = openClient(place.collection);
+    const auto client = openClient(location.collection);
     if (!client)
         return client.error();
     const auto document = Document::parse(present->text);
-    auto error =
-        (*client)->remove(place.file, document ? titleIn(*document, (*client)->componentName()) : QString());
+    auto error = (*client)->remove(location.file,
+                                   document ? titleIn(*document, (*client)->componentName()) : QString());
     const auto steps = TwoSteps::current();
     if (!error) {
         if (steps)
-            steps->noteRemoved(place);
-        noteSending(place, present->text, nullptr);
+            steps->noteRemoved(location);
+        noteSending(location, present->text, nullptr);
         return std::nullopt;
     }
     const EKError* const unknown = whereUnknown(*error);
     if (!unknown)
         return error;
-    const auto left = readOutcome(**client, place, expected, *unknown);
+    const auto left = readOutcome(**client, location, expected, *unknown);
     if (!left)
         return left.error();
     if (*left)
         return items::ChangedMeanwhile{};
     if (steps)
-        steps->noteRemoved(place);
+        steps->noteRemoved(location);
     return std::nullopt;
 }
 
@@ -273,24 +274,24 @@ tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const 
     if (!client)
         return tl::unexpected(client.error());
     const QByteArrayView name = (*client)->componentName();
-    const Place wanted{collection, uid};
+    const FileLocation wanted{collection, uid};
     const auto steps = TwoSteps::current();
     if (steps)
         steps->noteMade(wanted);
     auto created =
         (*client)->create(uid, changeBetween(Document::make(), document, name), titleIn(document, name));
     if (created) {
-        const Place place{collection, *created};
-        auto text = readBack(place);
+        const FileLocation location{collection, *created};
+        auto text = readBack(location);
         if (!text)
             return failed(std::move(text.error()));
         if (steps) {
-            if (place != wanted)
+            if (location != wanted)
                 steps->noteRemoved(wanted);
-            steps->noteMade(place, text->text);
+            steps->noteMade(location, text->text);
         }
-        noteSending(place, {}, &text->text);
-        return Created{place, *created, std::move(*text)};
+        noteSending(location, {}, &text->text);
+        return Created{location, *created, std::move(*text)};
     }
     const EKError* const unknown = whereUnknown(created.error());
     if (!unknown) {

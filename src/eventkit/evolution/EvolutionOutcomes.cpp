@@ -12,11 +12,11 @@
 
 namespace kestrant::evolution {
 
+using items::FileLocation;
 using items::Journal;
-using items::Place;
 using namespace std::chrono_literals;
 
-items::StorageHold EvolutionStorage::beginTwoSteps(const Place& changed, const QByteArray& text,
+items::StorageHold EvolutionStorage::beginTwoSteps(const FileLocation& changed, const QByteArray& text,
                                                    items::SecondStep step) {
     return TwoSteps::begin(Journal{.made = {},
                                    .changed = changed,
@@ -44,21 +44,22 @@ bool EvolutionStorage::takeBack(const Journal& journal) {
     if (journal.isDone(*present ? std::optional(withoutServerVersion((*present)->text)) : std::nullopt))
         return true;
     return std::all_of(journal.made.begin(), journal.made.end(), [this, &journal](const Journal::Made& made) {
-        const auto item = read(made.place);
+        const auto item = read(made.location);
         // One that somebody has changed meanwhile is theirs.
         if (!item || !*item || (!made.digest.isEmpty() && made.digest != contentDigest((*item)->text)))
             return item.has_value() || item.error().code == EKError::Code::calendarNotFound;
-        if (remove(made.place, (*item)->version))
+        if (remove(made.location, (*item)->version))
             return false;
-        if (made.place.collection != journal.changed.collection)
-            tellChanged({.files = {{made.place.collection, {made.place.file}}}});
+        if (made.location.collection != journal.changed.collection)
+            tellChanged({.files = {{made.location.collection, {made.location.file}}}});
         return true;
     });
 }
 
-void EvolutionStorage::noteSending(const Place& place, const QByteArray& before, const QByteArray* after) {
+void EvolutionStorage::noteSending(const FileLocation& location, const QByteArray& before,
+                                   const QByteArray* after) {
     const auto lists = lists_.enabled();
-    const auto list = lists.find(place.collection);
+    const auto list = lists.find(location.collection);
     if (list == lists.end() || !list->second.isOnServer() ||
         (after && serverVersionIn(*after) != serverVersionIn(before)))
         return;
@@ -67,7 +68,7 @@ void EvolutionStorage::noteSending(const Place& place, const QByteArray& before,
         if (list->second.isConnected() || !limit_.pause(pause))
             return;
     }
-    if (unsent_.insert_or_assign(place.collection, list->second.title()).second)
+    if (unsent_.insert_or_assign(location.collection, list->second.title()).second)
         tellOfUnsent();
 }
 

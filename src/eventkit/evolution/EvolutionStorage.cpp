@@ -230,10 +230,10 @@ void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const 
     if (wanted_) {
         // Lists without wanted items are not waited for.
         for (const auto& [uid, list] : lists) {
-            const auto [place, isNew] = library.collections.try_emplace(uid);
-            (void)list.describe(place->second);
+            const auto [location, isNew] = library.collections.try_emplace(uid);
+            (void)list.describe(location->second);
             if (isNew)
-                place->second.isWritable = list.isWrittenMostly();
+                location->second.isWritable = list.isWrittenMostly();
         }
         if (wanted_->empty())
             return;
@@ -347,8 +347,8 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const S
     if (!lists_.enabled().contains(uid))
         return library.collections.erase(uid) > 0;
     // A list is there once what is in it is known.
-    const auto [place, isNew] = library.collections.try_emplace(uid);
-    Collection& collection = place->second;
+    const auto [location, isNew] = library.collections.try_emplace(uid);
+    Collection& collection = location->second;
     const bool isUntold = late_.erase(uid) > 0;
     bool changed = list.describe(collection) || isNew || isUntold;
     const items::ItemReader reader(uid, local);

@@ -39,18 +39,18 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] bool isPartlyRead() const override { return wanted_.has_value(); }
     [[nodiscard]] std::optional<ScheduledCheck> recheck() const override;
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
-    read(const items::Place& place) override;
-    [[nodiscard]] std::optional<EKError> writeRefusal(const items::Place& place) override;
+    read(const items::FileLocation& location) override;
+    [[nodiscard]] std::optional<EKError> writeRefusal(const items::FileLocation& location) override;
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
-    replace(const items::Place& place, const icalendar::Document& before, const icalendar::Document& after,
-            const items::Version& expected) override;
+    replace(const items::FileLocation& location, const icalendar::Document& before,
+            const icalendar::Document& after, const items::Version& expected) override;
     [[nodiscard]] std::vector<tl::expected<std::optional<items::StoredText>, EKError>>
-    readAll(const std::vector<items::Place>& places) override;
+    readAll(const std::vector<items::FileLocation>& locations) override;
     [[nodiscard]] std::vector<tl::expected<items::StoredText, items::WriteError>>
     replaceAll(const std::vector<Replacement>& replacements) override;
-    [[nodiscard]] std::optional<items::WriteError> remove(const items::Place& place,
+    [[nodiscard]] std::optional<items::WriteError> remove(const items::FileLocation& location,
                                                           const items::Version& expected) override;
-    [[nodiscard]] items::StorageHold beginTwoSteps(const items::Place& changed, const QByteArray& text,
+    [[nodiscard]] items::StorageHold beginTwoSteps(const items::FileLocation& changed, const QByteArray& text,
                                                    items::SecondStep step) override;
     [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
                                                         const QByteArray& preferredName,
@@ -92,30 +92,31 @@ class EvolutionStorage final : public items::ItemStorage {
     void noteSilence(items::Collection& collection, const QByteArray& uid, const TextPair& reason);
     [[nodiscard]] tl::expected<std::shared_ptr<EvolutionClient>, EKError>
     openClient(const QByteArray& collection);
-    [[nodiscard]] tl::expected<items::StoredText, items::WriteError> readBack(const items::Place& place);
+    [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
+    readBack(const items::FileLocation& location);
     /// What became of an item that was being written when a connection was lost. Of that to the service it
     /// waits for the list to answer again, and fails when the program ends before. Of that to the server it
     /// has the service look there, and fails where the item remains as it was `before` (absent if it was not
     /// there) for a while.
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
-    readOutcome(EvolutionClient& client, const items::Place& place,
+    readOutcome(EvolutionClient& client, const items::FileLocation& location,
                 const std::optional<items::Version>& before, const EKError& unknown);
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
-    readOnceItAnswers(const items::Place& place, const EKError& unknown);
+    readOnceItAnswers(const items::FileLocation& location, const EKError& unknown);
     /// Takes the first step of changes in this list back whose second one was never made.
     void settleUnfinished(const QByteArray& list);
     [[nodiscard]] bool takeBack(const items::Journal& journal);
     /// Says so where the service only keeps what was written, to send it later: then the item has still the
     /// version on the server that it had before, and the service no connection. `after` is null for an item
     /// that is gone.
-    void noteSending(const items::Place& place, const QByteArray& before, const QByteArray* after);
+    void noteSending(const items::FileLocation& location, const QByteArray& before, const QByteArray* after);
     void tellOfUnsent();
     void tellChanged(const items::Changes& changes);
     /// Which of `replacements` were written in one call for each list.
     [[nodiscard]] std::set<std::size_t> writeTogether(const std::vector<Replacement>& replacements);
     /// The item as it is to be changed. Why nothing may be written, where it is gone or is not what it was.
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
-    readToChange(const items::Place& place, const items::Version& expected);
+    readToChange(const items::FileLocation& location, const items::Version& expected);
 
     /// Told of changes until the end. Thread: any.
     class Listener;

@@ -11,8 +11,8 @@
 
 namespace kestrant::evolution {
 
+using items::FileLocation;
 using items::Journal;
-using items::Place;
 
 namespace {
 
@@ -50,21 +50,21 @@ std::shared_ptr<TwoSteps> TwoSteps::current() {
     return underWay.lock();
 }
 
-void TwoSteps::noteMade(const Place& place, const QByteArray& text) {
-    std::erase_if(journal_.made, [&](const Journal::Made& made) { return made.place == place; });
-    journal_.made.push_back({place, text.isEmpty() ? QByteArray() : contentDigest(text)});
+void TwoSteps::noteMade(const FileLocation& location, const QByteArray& text) {
+    std::erase_if(journal_.made, [&](const Journal::Made& made) { return made.location == location; });
+    journal_.made.push_back({location, text.isEmpty() ? QByteArray() : contentDigest(text)});
     // Without a place for the note the change is made all the same.
     if (createFolder(folderOfNotes()))
         (void)writeFileAtomically(path_, journal_.text());
 }
 
-void TwoSteps::noteChanged(const Place& place) {
-    isDone_ = isDone_ || place == journal_.changed;
+void TwoSteps::noteChanged(const FileLocation& location) {
+    isDone_ = isDone_ || location == journal_.changed;
 }
 
-void TwoSteps::noteRemoved(const Place& place) {
-    noteChanged(place);
-    std::erase_if(journal_.made, [&](const Journal::Made& made) { return made.place == place; });
+void TwoSteps::noteRemoved(const FileLocation& location) {
+    noteChanged(location);
+    std::erase_if(journal_.made, [&](const Journal::Made& made) { return made.location == location; });
 }
 
 std::vector<std::pair<QString, Journal>> unfinishedChanges(const std::set<QString>& own) {

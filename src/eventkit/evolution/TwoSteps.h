@@ -30,11 +30,11 @@ class TwoSteps {
     [[nodiscard]] static std::shared_ptr<TwoSteps> current();
 
     /// An item is about to be made (without text), or was made.
-    void noteMade(const items::Place& place, const QByteArray& text = {});
+    void noteMade(const items::FileLocation& location, const QByteArray& text = {});
     /// An item was rewritten or removed.
-    void noteChanged(const items::Place& place);
+    void noteChanged(const items::FileLocation& location);
     /// An item is gone, or was not made.
-    void noteRemoved(const items::Place& place);
+    void noteRemoved(const items::FileLocation& location);
 
   private:
     items::Journal journal_;

@@ -1,5 +1,5 @@
 #include "eventkit/icalendar/TimeZoneText.h"
-#include "eventkit/items/OpenItem.h"
+#include "eventkit/items/OpenFile.h"
 #include "eventkit/model/EKErrors.h"
 #include "eventkit/model/EventChanges.h"
 
@@ -63,7 +63,7 @@ tl::expected<ItemDatabase::OpenEvent, EKError> ItemDatabase::openEvent(const EKE
     if (!opened)
         return tl::unexpected(opened.error());
     auto& [file, item] = *opened;
-    const EventSeries series(item, identifier, QFile::decodeName(file.place.collection), local);
+    const EventSeries series(item, identifier, QFile::decodeName(file.location.collection), local);
     auto occurrence = series.occurrence(base.occurrenceDate);
     if (!occurrence)
         return tl::unexpected(itemNotFoundError());
@@ -115,10 +115,10 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventD
     if (!opened)
         return tl::unexpected(WriteError(opened.error()));
     const EKEventData& current = opened->current();
-    auto wish = wanted(opened->place, base, edited, current);
+    auto wish = wanted(opened->location, base, edited, current);
     if (!wish || !*wish) {
         // The written text becomes the known one.
-        (void)refresh({.files = {{opened->place.collection, {opened->place.file}}}}, local);
+        (void)refresh({.files = {{opened->location.collection, {opened->location.file}}}}, local);
         if (!wish)
             return tl::unexpected(WriteError(std::move(wish.error())));
         return EKSaveResult{base.calendarItemIdentifier, std::nullopt, nullptr};
@@ -128,15 +128,15 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::tryEventSave(const EKEventD
     if (!written)
         return tl::unexpected(written.error());
     rebuildSnapshot();
-    const bool moved = written->place.collection != opened->place.collection;
-    const QString identifier =
-        moved ? identifierIn(snapshot_->events, written->place, written->key) : base.calendarItemIdentifier;
+    const bool moved = written->location.collection != opened->location.collection;
+    const QString identifier = moved ? identifierIn(snapshot_->events, written->location, written->key)
+                                     : base.calendarItemIdentifier;
     const ItemState present = opened->stateAfter(*written);
     if (!moved || !opened->isOfSeries())
         return resultOf(EKEntityType::event, {{identifier, opened->state(), present}});
     ItemState rest = opened->state();
     rest.text = opened->withoutOccurrence(now).text();
-    if (const auto file = openFile(opened->place); file && *file)
+    if (const auto file = openFile(opened->location); file && *file)
         rest.text = (*file)->document.text();
     return resultOf(EKEntityType::event, {{identifier, std::nullopt, present},
                                           {base.calendarItemIdentifier, opened->state(), rest}});
@@ -151,7 +151,7 @@ ItemDatabase::writeOccurrence(const OpenEvent& opened, const EKEventData& after,
             ? Component(document.components("VEVENT")[static_cast<std::size_t>(opened.index())].lines())
             : icalendar::makeChange(opened.item, opened.occurrence.time, opened.occurrence.source, document);
     icalendar::writeEvent(component, opened.component().times, opened.current(), after, document, local, now);
-    if (target != opened.place.collection && opened.isOfSeries()) {
+    if (target != opened.location.collection && opened.isOfSeries()) {
         const QByteArray uid = newUid();
         document = icalendar::makeSeparateEvent(uid, std::move(component), std::move(document));
         defineZones(document, Document::make(), after, local);
@@ -176,7 +176,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::removeEvent(const EKEventData&
         const auto opened = openEvent(base, local);
         if (!opened)
             return tl::unexpected(WriteError(opened.error()));
-        if (auto error = writeRefusal(opened->place))
+        if (auto error = writeRefusal(opened->location))
             return tl::unexpected(WriteError(std::move(*error)));
         std::optional<ItemState> rest;
         if (opened->isOfSeries()) {

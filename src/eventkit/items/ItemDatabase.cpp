@@ -1,5 +1,5 @@
 #include "eventkit/items/EventFetch.h"
-#include "eventkit/items/OpenItem.h"
+#include "eventkit/items/OpenFile.h"
 #include "eventkit/model/EKErrors.h"
 #include "eventkit/model/ReminderChanges.h"
 
@@ -52,12 +52,12 @@ bool ItemDatabase::canBeReadStill(const Changes& changes) const {
            });
 }
 
-void ItemDatabase::noteBefore(const Place& place) {
-    const auto collection = library_.collections.find(place.collection);
+void ItemDatabase::noteBefore(const FileLocation& location) {
+    const auto collection = library_.collections.find(location.collection);
     if (!changedFiles_ || collection == library_.collections.end())
         return;
-    const auto file = collection->second.files.find(place.file);
-    changedFiles_->try_emplace(place, file == collection->second.files.end() ? ItemFile() : file->second);
+    const auto file = collection->second.files.find(location.file);
+    changedFiles_->try_emplace(location, file == collection->second.files.end() ? ItemFile() : file->second);
 }
 
 bool ItemDatabase::adopt(const TimeZone& local) {
@@ -104,7 +104,7 @@ EKEvents ItemDatabase::events(const EKEventPredicate& predicate, Instant now) {
         const auto entry = snapshot_->events.constFind(series->identifier());
         if (entry == snapshot_->events.cend())
             continue;
-        const auto [collection, file] = placeOf(*entry);
+        const auto [collection, file] = locationOf(*entry);
         ItemFile& items = library_.collections[collection].files[file];
         if (items.warning)
             continue;

@@ -74,7 +74,7 @@ class ItemDatabase {
 
   private:
     struct OpenFile;
-    struct OpenItem;
+    struct OpenReminder;
     struct OpenEvent;
     struct Revision;
     struct WrittenRevision;
@@ -83,7 +83,7 @@ class ItemDatabase {
     using Created = ItemStorage::Created;
     /// Where an item is written.
     struct WrittenItem {
-        Place place;
+        FileLocation location;
         QByteArray key;
         /// All of the file.
         QByteArray text;
@@ -96,41 +96,42 @@ class ItemDatabase {
     /// The snapshot with nothing but the changed files exchanged; null where that does not do.
     [[nodiscard]] std::shared_ptr<const Snapshot> withChangedFiles() const;
     /// Remembers what is known of a file that is about to change.
-    void noteBefore(const Place& place);
+    void noteBefore(const FileLocation& location);
     /// The same for all of the files, if nothing else is going to change; whether that is so.
     [[nodiscard]] bool noteFiles(const Changes& changes);
     [[nodiscard]] bool canBeReadStill(const Changes& changes) const;
     bool placeEvents(const TimeZone& local);
     /// Whether none had to be renamed for the sake of another one.
-    static bool addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items);
-    bool addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const;
+    static bool addReminders(Snapshot& snapshot, const FileLocation& location, const ItemFile& items);
+    bool addEvents(Snapshot& snapshot, const FileLocation& location, const ItemFile& items) const;
     /// The identifier of the first item with this key in a file; empty when there is none.
     template <typename Entries>
-    [[nodiscard]] static QString identifierIn(const Entries& entries, const Place& place,
+    [[nodiscard]] static QString identifierIn(const Entries& entries, const FileLocation& location,
                                               const QByteArray& key) {
         const QString alone = QString::fromUtf8(key);
-        for (const QString& identifier : {alone, identifierByPlace(alone, place, 0)}) {
+        for (const QString& identifier : {alone, identifierByPlace(alone, location, 0)}) {
             if (const auto entry = entries.constFind(identifier);
-                entry != entries.cend() && placeOf(*entry) == place)
+                entry != entries.cend() && locationOf(*entry) == location)
                 return identifier;
         }
         return {};
     }
 
     /// Opens a file; absent when there is none.
-    [[nodiscard]] tl::expected<std::optional<OpenFile>, EKError> openFile(const Place& place) const;
+    [[nodiscard]] tl::expected<std::optional<OpenFile>, EKError> openFile(const FileLocation& location) const;
     /// The parsed file at a place.
     [[nodiscard]] static tl::expected<std::optional<OpenFile>, EKError>
-    opened(const Place& place, tl::expected<std::optional<StoredText>, EKError> stored);
+    opened(const FileLocation& location, tl::expected<std::optional<StoredText>, EKError> stored);
     template <typename Item>
     [[nodiscard]] static std::optional<std::pair<OpenFile, Item>>
     findIn(std::optional<OpenFile> file, const QString& identifier, const TimeZone& local);
     template <typename Item>
     [[nodiscard]] tl::expected<std::pair<OpenFile, Item>, EKError> openWith(const QString& identifier,
                                                                             const TimeZone& local);
-    [[nodiscard]] tl::expected<OpenItem, EKError> openItem(const QString& identifier, const TimeZone& local);
+    [[nodiscard]] tl::expected<OpenReminder, EKError> openItem(const QString& identifier,
+                                                               const TimeZone& local);
     [[nodiscard]] tl::expected<OpenEvent, EKError> openEvent(const EKEventData& base, const TimeZone& local);
-    [[nodiscard]] std::optional<EKError> writeRefusal(const Place& place) const;
+    [[nodiscard]] std::optional<EKError> writeRefusal(const FileLocation& location) const;
     [[nodiscard]] tl::expected<QByteArray, EKError> writableCollection(const QString& identifier) const;
 
     /// Carries a write out that begins with reading, with the collections of these identifiers locked; and
@@ -144,12 +145,12 @@ class ItemDatabase {
     /// The values to save where the item at a place is edited; absent where nothing is.
     template <typename Data>
     [[nodiscard]] tl::expected<std::optional<Wanted<Data>>, EKError>
-    wanted(const Place& place, const Data& base, const Data& edited, const Data& current) const;
+    wanted(const FileLocation& location, const Data& base, const Data& edited, const Data& current) const;
     /// To be asked once the snapshot shows what was written.
-    [[nodiscard]] EKSaveResult saved(const OpenItem& opened, const WrittenRevision& written) const;
-    [[nodiscard]] static Revision revised(const OpenItem& opened, EKReminderData wanted, Instant now,
+    [[nodiscard]] EKSaveResult saved(const OpenReminder& opened, const WrittenRevision& written) const;
+    [[nodiscard]] static Revision revised(const OpenReminder& opened, EKReminderData wanted, Instant now,
                                           const TimeZone& local);
-    [[nodiscard]] tl::expected<WrittenRevision, WriteError> writeRevision(const OpenItem& opened,
+    [[nodiscard]] tl::expected<WrittenRevision, WriteError> writeRevision(const OpenReminder& opened,
                                                                           const QByteArray& target,
                                                                           const Revision& revision,
                                                                           const TimeZone& local);
@@ -158,7 +159,7 @@ class ItemDatabase {
     /// The result is the text that is then kept.
     [[nodiscard]] tl::expected<QByteArray, WriteError>
     replaceFile(const OpenFile& file, const icalendar::Document& document, const TimeZone& local);
-    [[nodiscard]] std::optional<WriteError> removeFile(const Place& place, const Version& expected);
+    [[nodiscard]] std::optional<WriteError> removeFile(const FileLocation& location, const Version& expected);
     /// Takes an item, whose components have this name, out of its file.
     [[nodiscard]] std::optional<WriteError> removeFromFile(const OpenFile& file, QByteArrayView name,
                                                            const icalendar::ItemComponents& item,
@@ -210,8 +211,8 @@ class ItemDatabase {
     /// The collection that holds an item once a change of it is taken back; `present` is where it is now.
     /// Fails where others have moved it, or where it may not be written.
     [[nodiscard]] tl::expected<QByteArray, WriteError>
-    collectionBefore(const ItemChange& change, const Place& present, const QString& title) const;
-    void noteWritten(const Place& place, const StoredText& stored, const TimeZone& local);
+    collectionBefore(const ItemChange& change, const FileLocation& present, const QString& title) const;
+    void noteWritten(const FileLocation& location, const StoredText& stored, const TimeZone& local);
 
     ItemStorage& storage_;
     bool isOpen_ = false;
@@ -228,7 +229,7 @@ class ItemDatabase {
     /// Whether items of the snapshot have identifiers with their place in them.
     bool hasNamesakes_ = false;
     /// The files changed since the snapshot was made, as they were then; absent where that is not known.
-    std::optional<std::map<Place, ItemFile>> changedFiles_;
+    std::optional<std::map<FileLocation, ItemFile>> changedFiles_;
 };
 
 }  // namespace kestrant::items

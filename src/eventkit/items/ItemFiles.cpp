@@ -1,4 +1,4 @@
-#include "eventkit/items/OpenItem.h"
+#include "eventkit/items/OpenFile.h"
 #include "eventkit/model/EKErrors.h"
 
 #include <QFile>
@@ -20,12 +20,12 @@ int firstZoneYear(int year) {
 }
 
 tl::expected<std::optional<ItemDatabase::OpenFile>, EKError>
-ItemDatabase::openFile(const Place& place) const {
-    return opened(place, storage_.read(place));
+ItemDatabase::openFile(const FileLocation& location) const {
+    return opened(location, storage_.read(location));
 }
 
 tl::expected<std::optional<ItemDatabase::OpenFile>, EKError>
-ItemDatabase::opened(const Place& place, tl::expected<std::optional<StoredText>, EKError> stored) {
+ItemDatabase::opened(const FileLocation& location, tl::expected<std::optional<StoredText>, EKError> stored) {
     if (!stored)
         return tl::unexpected(std::move(stored.error()));
     if (!*stored)
@@ -33,8 +33,8 @@ ItemDatabase::opened(const Place& place, tl::expected<std::optional<StoredText>,
     auto document = Document::parse((*stored)->text);
     if (!document)
         return tl::unexpected(
-            storageError(QFile::decodeName(place.collection + '/' + place.file), document.error()));
-    return OpenFile{place, (*stored)->version, std::move(*document)};
+            storageError(QFile::decodeName(location.collection + '/' + location.file), document.error()));
+    return OpenFile{location, (*stored)->version, std::move(*document)};
 }
 
 tl::expected<QByteArray, EKError> ItemDatabase::writableCollection(const QString& identifier) const {
@@ -48,40 +48,41 @@ tl::expected<QByteArray, EKError> ItemDatabase::writableCollection(const QString
     return name;
 }
 
-std::optional<EKError> ItemDatabase::writeRefusal(const Place& place) const {
-    if (auto collection = writableCollection(QFile::decodeName(place.collection)); !collection)
+std::optional<EKError> ItemDatabase::writeRefusal(const FileLocation& location) const {
+    if (auto collection = writableCollection(QFile::decodeName(location.collection)); !collection)
         return collection.error();
-    return storage_.writeRefusal(place);
+    return storage_.writeRefusal(location);
 }
 
-void ItemDatabase::noteWritten(const Place& place, const StoredText& stored, const TimeZone& local) {
+void ItemDatabase::noteWritten(const FileLocation& location, const StoredText& stored,
+                               const TimeZone& local) {
     placeEvents(local);
-    const auto collection = library_.collections.find(place.collection);
+    const auto collection = library_.collections.find(location.collection);
     // The item may have been removed meanwhile.
     if (collection == library_.collections.end())
         return;
-    ItemFile items = ItemReader(place.collection, local).read(stored.text, place.file);
+    ItemFile items = ItemReader(location.collection, local).read(stored.text, location.file);
     items.version = stored.version;
-    noteBefore(place);
-    collection->second.files.insert_or_assign(place.file, std::move(items));
+    noteBefore(location);
+    collection->second.files.insert_or_assign(location.file, std::move(items));
 }
 
 tl::expected<QByteArray, WriteError> ItemDatabase::replaceFile(const OpenFile& file, const Document& document,
                                                                const TimeZone& local) {
-    auto stored = storage_.replace(file.place, file.document, document, file.version);
+    auto stored = storage_.replace(file.location, file.document, document, file.version);
     if (!stored)
         return tl::unexpected(std::move(stored.error()));
-    noteWritten(file.place, *stored, local);
+    noteWritten(file.location, *stored, local);
     return std::move(stored->text);
 }
 
-std::optional<WriteError> ItemDatabase::removeFile(const Place& place, const Version& expected) {
-    if (auto error = storage_.remove(place, expected))
+std::optional<WriteError> ItemDatabase::removeFile(const FileLocation& location, const Version& expected) {
+    if (auto error = storage_.remove(location, expected))
         return error;
-    noteBefore(place);
-    if (const auto collection = library_.collections.find(place.collection);
+    noteBefore(location);
+    if (const auto collection = library_.collections.find(location.collection);
         collection != library_.collections.end())
-        collection->second.files.erase(place.file);
+        collection->second.files.erase(location.file);
     return std::nullopt;
 }
 
@@ -90,19 +91,19 @@ ItemDatabase::createFile(const QByteArray& collection, const QByteArray& uid, co
                          const Document& document, const TimeZone& local) {
     auto created = storage_.create(collection, uid, preferredName, document);
     if (created)
-        noteWritten(created->place, created->stored, local);
+        noteWritten(created->location, created->stored, local);
     return created;
 }
 
 void ItemDatabase::takeBack(const Created& created) {
-    (void)removeFile(created.place, created.stored.version);
+    (void)removeFile(created.location, created.stored.version);
 }
 
 std::optional<WriteError> ItemDatabase::removeFromFile(const OpenFile& file, QByteArrayView name,
                                                        const icalendar::ItemComponents& item,
                                                        const TimeZone& local) {
     if (file.isAlone)
-        return removeFile(file.place, file.version);
+        return removeFile(file.location, file.version);
     Document rest = file.document;
     icalendar::removeItem(rest, name, item);
     return failureOf(replaceFile(file, rest, local));
@@ -112,8 +113,8 @@ tl::expected<ItemDatabase::WrittenItem, WriteError>
 ItemDatabase::move(const OpenFile& from, SecondStep step, const QByteArray& target, const QByteArray& uid,
                    const Document& document, const std::function<std::optional<WriteError>()>& leave,
                    const TimeZone& local) {
-    const StorageHold steps = storage_.beginTwoSteps(from.place, from.document.text(), step);
-    auto created = createFile(target, uid, step == SecondStep::removes ? from.place.file : QByteArray(),
+    const StorageHold steps = storage_.beginTwoSteps(from.location, from.document.text(), step);
+    auto created = createFile(target, uid, step == SecondStep::removes ? from.location.file : QByteArray(),
                               document, local);
     if (!created)
         return tl::unexpected(WriteError(std::move(created.error())));
@@ -121,7 +122,8 @@ ItemDatabase::move(const OpenFile& from, SecondStep step, const QByteArray& targ
         takeBack(*created);
         return tl::unexpected(std::move(*error));
     }
-    return WrittenItem{std::move(created->place), std::move(created->uid), std::move(created->stored.text)};
+    return WrittenItem{std::move(created->location), std::move(created->uid),
+                       std::move(created->stored.text)};
 }
 
 }  // namespace kestrant::items

@@ -71,11 +71,11 @@ struct Changes {
 };
 
 /// Where a file is.
-struct Place {
+struct FileLocation {
     QByteArray collection;
     QByteArray file;
-    bool operator==(const Place&) const = default;
-    bool operator<(const Place& other) const {
+    bool operator==(const FileLocation&) const = default;
+    bool operator<(const FileLocation& other) const {
         return std::tie(collection, file) < std::tie(other.collection, other.file);
     }
 };

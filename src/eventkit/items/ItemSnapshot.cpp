@@ -7,17 +7,17 @@
 
 namespace kestrant::items {
 
-Place placeOf(const Entry& entry) {
+FileLocation locationOf(const Entry& entry) {
     return {QFile::encodeName(entry.data->calendarIdentifier), entry.file};
 }
 
-Place placeOf(const EventEntry& entry) {
+FileLocation locationOf(const EventEntry& entry) {
     return {QFile::encodeName(entry.event.calendarIdentifier()), entry.file};
 }
 
-QString identifierByPlace(const QString& identifier, const Place& place, int ordinal) {
-    QString result = identifier + QLatin1Char('#') + QFile::decodeName(place.collection) + QLatin1Char('/') +
-                     QFile::decodeName(place.file);
+QString identifierByPlace(const QString& identifier, const FileLocation& location, int ordinal) {
+    QString result = identifier + QLatin1Char('#') + QFile::decodeName(location.collection) +
+                     QLatin1Char('/') + QFile::decodeName(location.file);
     result.replace(QLatin1Char('%'), QLatin1String("%25")).replace(QLatin1Char('/'), QLatin1String("%2F"));
     if (ordinal > 0)
         result += QStringLiteral("#%1").arg(ordinal + 1);

@@ -24,12 +24,12 @@ struct EventEntry {
 };
 
 /// Where an item is.
-[[nodiscard]] Place placeOf(const Entry& entry);
-[[nodiscard]] Place placeOf(const EventEntry& entry);
+[[nodiscard]] FileLocation locationOf(const Entry& entry);
+[[nodiscard]] FileLocation locationOf(const EventEntry& entry);
 
 /// What an item is called where another one has its identifier: by its place, and by how many of the same
 /// identifier are before it in its file.
-[[nodiscard]] QString identifierByPlace(const QString& identifier, const Place& place, int ordinal);
+[[nodiscard]] QString identifierByPlace(const QString& identifier, const FileLocation& location, int ordinal);
 
 /// The whole database at one moment. Never changes, so any thread may read it.
 struct Snapshot {

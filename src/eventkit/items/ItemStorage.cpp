@@ -9,11 +9,11 @@ QByteArray newUid() {
 }
 
 std::vector<tl::expected<std::optional<StoredText>, EKError>>
-ItemStorage::readAll(const std::vector<Place>& places) {
+ItemStorage::readAll(const std::vector<FileLocation>& locations) {
     std::vector<tl::expected<std::optional<StoredText>, EKError>> results;
-    results.reserve(places.size());
-    for (const Place& place : places)
-        results.push_back(read(place));
+    results.reserve(locations.size());
+    for (const FileLocation& location : locations)
+        results.push_back(read(location));
     return results;
 }
 
@@ -22,7 +22,7 @@ ItemStorage::replaceAll(const std::vector<Replacement>& replacements) {
     std::vector<tl::expected<StoredText, WriteError>> results;
     results.reserve(replacements.size());
     for (const Replacement& wanted : replacements)
-        results.push_back(replace(wanted.place, wanted.before, wanted.after, wanted.expected));
+        results.push_back(replace(wanted.location, wanted.before, wanted.after, wanted.expected));
     return results;
 }
 

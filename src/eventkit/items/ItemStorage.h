@@ -81,20 +81,21 @@ class ItemStorage {
     [[nodiscard]] virtual std::optional<ScheduledCheck> recheck() const = 0;
 
     /// Absent when there is no such file.
-    [[nodiscard]] virtual tl::expected<std::optional<StoredText>, EKError> read(const Place& place) = 0;
+    [[nodiscard]] virtual tl::expected<std::optional<StoredText>, EKError>
+    read(const FileLocation& location) = 0;
     /// Why a file in a collection that may be changed may not be changed.
-    [[nodiscard]] virtual std::optional<EKError> writeRefusal(const Place& place) = 0;
+    [[nodiscard]] virtual std::optional<EKError> writeRefusal(const FileLocation& location) = 0;
 
     /// Writes a file whose text is `before` in the version `expected`, if it
     /// still is, and gives what is then kept, which may say the same in another
     /// way.
-    [[nodiscard]] virtual tl::expected<StoredText, WriteError> replace(const Place& place,
+    [[nodiscard]] virtual tl::expected<StoredText, WriteError> replace(const FileLocation& location,
                                                                        const icalendar::Document& before,
                                                                        const icalendar::Document& after,
                                                                        const Version& expected) = 0;
     /// A file that is to be written as by replace().
     struct Replacement {
-        Place place;
+        FileLocation location;
         icalendar::Document before;
         icalendar::Document after;
         Version expected{};
@@ -102,14 +103,15 @@ class ItemStorage {
     /// The same for many files, no two of them in one place, each by itself; the
     /// results are in their order.
     [[nodiscard]] virtual std::vector<tl::expected<std::optional<StoredText>, EKError>>
-    readAll(const std::vector<Place>& places);
+    readAll(const std::vector<FileLocation>& locations);
     [[nodiscard]] virtual std::vector<tl::expected<StoredText, WriteError>>
     replaceAll(const std::vector<Replacement>& replacements);
 
-    [[nodiscard]] virtual std::optional<WriteError> remove(const Place& place, const Version& expected) = 0;
+    [[nodiscard]] virtual std::optional<WriteError> remove(const FileLocation& location,
+                                                           const Version& expected) = 0;
 
     struct Created {
-        Place place;
+        FileLocation location;
         /// The UID that the item has now.
         QByteArray uid;
         StoredText stored;
@@ -131,8 +133,8 @@ class ItemStorage {
     /// rewritten or removed. Should the process end before the second step, whoever reads next takes the
     /// first one back; so does the end of the result where the second step has failed. Within another such
     /// change it is part of that.
-    [[nodiscard]] virtual StorageHold beginTwoSteps(const Place& /*changed*/, const QByteArray& /*text*/,
-                                                    SecondStep /*step*/) {
+    [[nodiscard]] virtual StorageHold beginTwoSteps(const FileLocation& /*changed*/,
+                                                    const QByteArray& /*text*/, SecondStep /*step*/) {
         return {};
     }
 

@@ -35,15 +35,15 @@ QByteArray decoded(const QJsonValue& name) {
     return QByteArray::fromPercentEncoding(name.toString().toLatin1());
 }
 
-QJsonObject toJson(const Place& place) {
-    return {{listKey, encoded(place.collection)}, {fileKey, encoded(place.file)}};
+QJsonObject toJson(const FileLocation& location) {
+    return {{listKey, encoded(location.collection)}, {fileKey, encoded(location.file)}};
 }
 
-std::optional<Place> placeFrom(const QJsonObject& json) {
-    Place place{decoded(json.value(listKey)), decoded(json.value(fileKey))};
-    if (place.collection.isEmpty() || place.file.isEmpty())
+std::optional<FileLocation> locationFrom(const QJsonObject& json) {
+    FileLocation location{decoded(json.value(listKey)), decoded(json.value(fileKey))};
+    if (location.collection.isEmpty() || location.file.isEmpty())
         return std::nullopt;
-    return place;
+    return location;
 }
 
 }  // namespace
@@ -51,7 +51,7 @@ std::optional<Place> placeFrom(const QJsonObject& json) {
 QByteArray Journal::text() const {
     QJsonArray files;
     for (const Made& file : made) {
-        QJsonObject json = toJson(file.place);
+        QJsonObject json = toJson(file.location);
         json.insert(digestKey, QString::fromLatin1(file.digest));
         files.append(json);
     }
@@ -64,7 +64,7 @@ QByteArray Journal::text() const {
 
 std::optional<Journal> Journal::parse(QByteArrayView text) {
     const QJsonObject json = QJsonDocument::fromJson(text.toByteArray()).object();
-    const auto changed = placeFrom(json.value(changedKey).toObject());
+    const auto changed = locationFrom(json.value(changedKey).toObject());
     if (!changed)
         return std::nullopt;
     Journal result{.made = {},
@@ -72,10 +72,10 @@ std::optional<Journal> Journal::parse(QByteArrayView text) {
                    .before = json.value(beforeKey).toString().toLatin1(),
                    .isRemoved = json.value(isRemovedKey).toBool()};
     for (const QJsonValue file : json.value(madeKey).toArray()) {
-        const auto place = placeFrom(file.toObject());
-        if (!place)
+        const auto location = locationFrom(file.toObject());
+        if (!location)
             return std::nullopt;
-        result.made.push_back({*place, file.toObject().value(digestKey).toString().toLatin1()});
+        result.made.push_back({*location, file.toObject().value(digestKey).toString().toLatin1()});
     }
     return result;
 }
@@ -83,7 +83,7 @@ std::optional<Journal> Journal::parse(QByteArrayView text) {
 std::vector<QByteArray> Journal::collections() const {
     std::vector<QByteArray> result{changed.collection};
     for (const Made& file : made)
-        result.push_back(file.place.collection);
+        result.push_back(file.location.collection);
     return result;
 }
 

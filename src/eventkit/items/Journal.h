@@ -15,13 +15,13 @@ namespace kestrant::items {
 /// after the process was killed can take the first step back.
 struct Journal {
     struct Made {
-        Place place;
+        FileLocation location;
         /// digestOf() its text; empty while that is not known.
         QByteArray digest;
     };
 
     std::vector<Made> made;
-    Place changed;
+    FileLocation changed;
     /// digestOf() the text that the changed file had.
     QByteArray before;
     /// Whether the second step removes the file.

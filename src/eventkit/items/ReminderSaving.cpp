@@ -1,6 +1,6 @@
 #include "eventkit/icalendar/ItemWriting.h"
 #include "eventkit/icalendar/TimeZoneText.h"
-#include "eventkit/items/OpenItem.h"
+#include "eventkit/items/OpenFile.h"
 #include "eventkit/model/EKErrors.h"
 #include "eventkit/model/ReminderChanges.h"
 
@@ -35,12 +35,12 @@ void defineZones(Document& document, const Document& before, const EKReminderDat
 
 }  // namespace
 
-tl::expected<ItemDatabase::OpenItem, EKError> ItemDatabase::openItem(const QString& identifier,
-                                                                     const TimeZone& local) {
+tl::expected<ItemDatabase::OpenReminder, EKError> ItemDatabase::openItem(const QString& identifier,
+                                                                         const TimeZone& local) {
     auto opened = openWith<TodoItem>(identifier, local);
     if (!opened)
         return tl::unexpected(opened.error());
-    return OpenItem::of(std::move(*opened), identifier);
+    return OpenReminder::of(std::move(*opened), identifier);
 }
 
 tl::expected<EKSaveResult, EKError> ItemDatabase::save(const std::shared_ptr<const EKReminderData>& base,
@@ -76,10 +76,10 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::trySave(const EKReminderDat
     auto opened = openItem(base.calendarItemIdentifier, local);
     if (!opened)
         return tl::unexpected(WriteError(opened.error()));
-    auto wish = wanted(opened->place, base, edited, opened->current);
+    auto wish = wanted(opened->location, base, edited, opened->current);
     if (!wish || !*wish) {
         // The written text becomes the known one.
-        (void)refresh({.files = {{opened->place.collection, {opened->place.file}}}}, local);
+        (void)refresh({.files = {{opened->location.collection, {opened->location.file}}}}, local);
         if (!wish)
             return tl::unexpected(WriteError(std::move(wish.error())));
         return EKSaveResult{base.calendarItemIdentifier, std::nullopt};
@@ -92,14 +92,14 @@ tl::expected<EKSaveResult, WriteError> ItemDatabase::trySave(const EKReminderDat
     return saved(*opened, *written);
 }
 
-EKSaveResult ItemDatabase::saved(const OpenItem& opened, const WrittenRevision& written) const {
+EKSaveResult ItemDatabase::saved(const OpenReminder& opened, const WrittenRevision& written) const {
     QString identifier = opened.current.calendarItemIdentifier;
-    if (written.place.collection != opened.place.collection)
-        identifier = identifierIn(snapshot_->reminders, written.place, written.key);
+    if (written.location.collection != opened.location.collection)
+        identifier = identifierIn(snapshot_->reminders, written.location, written.key);
     std::vector<ItemChange> changes{{identifier, opened.state(), opened.stateAfter(written)}};
     std::optional<QString> copyIdentifier;
     if (const auto& copy = written.copy) {
-        copyIdentifier = identifierIn(snapshot_->reminders, copy->place, copy->uid);
+        copyIdentifier = identifierIn(snapshot_->reminders, copy->location, copy->uid);
         changes.push_back({*copyIdentifier, std::nullopt, stateOf(*copy)});
     }
     EKSaveResult result = resultOf(EKEntityType::reminder, std::move(changes));
@@ -107,7 +107,7 @@ EKSaveResult ItemDatabase::saved(const OpenItem& opened, const WrittenRevision& 
     return result;
 }
 
-ItemDatabase::Revision ItemDatabase::revised(const OpenItem& opened, EKReminderData wanted, Instant now,
+ItemDatabase::Revision ItemDatabase::revised(const OpenReminder& opened, EKReminderData wanted, Instant now,
                                              const TimeZone& local) {
     wanted = preparedForSave(opened.current, std::move(wanted), now, local);
     Revision result{.document = opened.document};
@@ -129,17 +129,16 @@ ItemDatabase::Revision ItemDatabase::revised(const OpenItem& opened, EKReminderD
     return result;
 }
 
-tl::expected<ItemDatabase::WrittenRevision, WriteError> ItemDatabase::writeRevision(const OpenItem& opened,
-                                                                                    const QByteArray& target,
-                                                                                    const Revision& revision,
-                                                                                    const TimeZone& local) {
+tl::expected<ItemDatabase::WrittenRevision, WriteError>
+ItemDatabase::writeRevision(const OpenReminder& opened, const QByteArray& target, const Revision& revision,
+                            const TimeZone& local) {
     WrittenRevision result;
     // The finished occurrence is stored before the series moves on, and does not
     // stay if that fails.
     StorageHold steps;
     if (revision.copy) {
-        const bool leaves = target != opened.place.collection;
-        steps = storage_.beginTwoSteps(opened.place, opened.document.text(),
+        const bool leaves = target != opened.location.collection;
+        steps = storage_.beginTwoSteps(opened.location, opened.document.text(),
                                        leaves && opened.isAlone ? SecondStep::removes : SecondStep::rewrites);
         const auto created = createFile(target, revision.copyUid, {}, *revision.copy, local);
         if (!created)
@@ -163,7 +162,7 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifi
         const auto opened = openItem(identifier, local);
         if (!opened)
             return tl::unexpected(WriteError(opened.error()));
-        if (auto error = writeRefusal(opened->place))
+        if (auto error = writeRefusal(opened->location))
             return tl::unexpected(WriteError(std::move(*error)));
         if (auto error = removeFromFile(*opened, "VTODO", opened->item, local))
             return tl::unexpected(std::move(*error));

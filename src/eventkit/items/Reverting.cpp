@@ -1,6 +1,6 @@
 #include "eventkit/icalendar/Reverting.h"
 
-#include "eventkit/items/OpenItem.h"
+#include "eventkit/items/OpenFile.h"
 #include "eventkit/model/EKErrors.h"
 #include "eventkit/model/EventChanges.h"
 #include "eventkit/model/ReminderChanges.h"
@@ -184,13 +184,13 @@ tl::expected<ItemChange, EKError> ItemDatabase::revertItem(const ItemChange& cha
         if (!opened)
             return tl::unexpected(WriteError(opened.error()));
         const auto& [file, item] = *opened;
-        if (auto error = writeRefusal(file.place))
+        if (auto error = writeRefusal(file.location))
             return tl::unexpected(WriteError(std::move(*error)));
         auto done = change.before ? restore(change, identifier, file, item, now, local)
                                   : takeAway(change, identifier, file, item, local);
         // The written text becomes the known one.
         if (!done && std::holds_alternative<EKError>(done.error()))
-            (void)refresh({.files = {{file.place.collection, {file.place.file}}}}, local);
+            (void)refresh({.files = {{file.location.collection, {file.location.file}}}}, local);
         return done;
     };
     std::vector<QString> collections{QFile::decodeName(change.after->collection)};
@@ -220,7 +220,7 @@ tl::expected<ItemChange, WriteError>
 ItemDatabase::restore(const ItemChange& change, const QString& identifier, const OpenFile& opened,
                       const Item& item, Instant now, const TimeZone& local) {
     using Kind = ItemKind<Item>;
-    const auto target = collectionBefore(change, opened.place, Kind::title(item));
+    const auto target = collectionBefore(change, opened.location, Kind::title(item));
     if (!target)
         return tl::unexpected(target.error());
     const auto before = knownItem<Item>(*change.before, local);
@@ -237,9 +237,9 @@ ItemDatabase::restore(const ItemChange& change, const QString& identifier, const
         return tl::unexpected(written.error());
     rebuildSnapshot();
     // The item may have come back under another UID.
-    const bool isSame = written->place.collection == opened.place.collection;
+    const bool isSame = written->location.collection == opened.location.collection;
     return ItemChange{isSame ? identifier
-                             : identifierIn((*snapshot_).*Kind::entries, written->place, written->key),
+                             : identifierIn((*snapshot_).*Kind::entries, written->location, written->key),
                       opened.state(), opened.stateAfter(*written)};
 }
 
@@ -248,7 +248,7 @@ tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& ch
                                                             const QString& identifier, const OpenFile& opened,
                                                             const Item& item, const TimeZone& local) {
     const auto made = knownItem<Item>(*change.after, local);
-    if (!made || opened.place.collection != change.after->collection ||
+    if (!made || opened.location.collection != change.after->collection ||
         !isAsItWas(*made, opened.document, item))
         return tl::unexpected(WriteError(conflictError(ItemKind<Item>::title(item))));
     if (auto error = removeFromFile(opened, ItemKind<Item>::component, item, local))
@@ -257,8 +257,9 @@ tl::expected<ItemChange, WriteError> ItemDatabase::takeAway(const ItemChange& ch
     return ItemChange{identifier, opened.state(), std::nullopt};
 }
 
-tl::expected<QByteArray, WriteError>
-ItemDatabase::collectionBefore(const ItemChange& change, const Place& present, const QString& title) const {
+tl::expected<QByteArray, WriteError> ItemDatabase::collectionBefore(const ItemChange& change,
+                                                                    const FileLocation& present,
+                                                                    const QString& title) const {
     const QByteArray& before = change.before->collection;
     const QByteArray& after = change.after->collection;
     QByteArray result = present.collection;

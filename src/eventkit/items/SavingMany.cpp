@@ -1,4 +1,4 @@
-#include "eventkit/items/OpenItem.h"
+#include "eventkit/items/OpenFile.h"
 #include "eventkit/model/EKErrors.h"
 
 #include <set>
@@ -10,37 +10,37 @@ namespace kestrant::items {
 std::vector<tl::expected<EKSaveResult, EKError>> ItemDatabase::saveAll(const std::vector<ReminderEdit>& edits,
                                                                        Instant now, const TimeZone& local) {
     std::vector<std::size_t> candidates;
-    std::vector<Place> places;
-    std::set<Place> taken;
+    std::vector<FileLocation> locations;
+    std::set<FileLocation> taken;
     for (std::size_t i = 0; isOpen_ && i < edits.size(); ++i) {
         if (!edits[i].base)
             continue;
         const auto entry = snapshot_->reminders.constFind(edits[i].base->calendarItemIdentifier);
-        if (entry == snapshot_->reminders.cend() || !taken.insert(placeOf(*entry)).second)
+        if (entry == snapshot_->reminders.cend() || !taken.insert(locationOf(*entry)).second)
             continue;
         candidates.push_back(i);
-        places.push_back(placeOf(*entry));
+        locations.push_back(locationOf(*entry));
     }
 
-    auto texts = storage_.readAll(places);
+    auto texts = storage_.readAll(locations);
     std::vector<std::size_t> indices;
-    std::vector<OpenItem> items;
+    std::vector<OpenReminder> items;
     std::vector<ItemStorage::Replacement> replacements;
     for (std::size_t k = 0; k < candidates.size(); ++k) {
         const auto& [base, edited] = edits[candidates[k]];
-        auto file = opened(places[k], std::move(texts[k]));
+        auto file = opened(locations[k], std::move(texts[k]));
         auto found = file ? findIn<icalendar::TodoItem>(std::move(*file), base->calendarItemIdentifier, local)
                           : std::nullopt;
         if (!found)
             continue;
-        OpenItem item = OpenItem::of(std::move(*found), base->calendarItemIdentifier);
-        auto wish = wanted(item.place, *base, edited, item.current);
-        if (!wish || !*wish || (*wish)->target != item.place.collection)
+        OpenReminder item = OpenReminder::of(std::move(*found), base->calendarItemIdentifier);
+        auto wish = wanted(item.location, *base, edited, item.current);
+        if (!wish || !*wish || (*wish)->target != item.location.collection)
             continue;
         Revision revision = revised(item, std::move((*wish)->data), now, local);
         if (revision.copy)
             continue;
-        replacements.push_back({item.place, item.document, std::move(revision.document), item.version});
+        replacements.push_back({item.location, item.document, std::move(revision.document), item.version});
         indices.push_back(candidates[k]);
         items.push_back(std::move(item));
     }
@@ -53,9 +53,9 @@ std::vector<tl::expected<EKSaveResult, EKError>> ItemDatabase::saveAll(const std
                 results[indices[k]] = tl::unexpected(*error);
             continue;
         }
-        noteWritten(items[k].place, *written[k], local);
-        results[indices[k]] =
-            saved(items[k], {{items[k].place, items[k].item.key, std::move(written[k]->text)}, std::nullopt});
+        noteWritten(items[k].location, *written[k], local);
+        results[indices[k]] = saved(
+            items[k], {{items[k].location, items[k].item.key, std::move(written[k]->text)}, std::nullopt});
     }
     if (!written.empty())
         rebuildSnapshot();

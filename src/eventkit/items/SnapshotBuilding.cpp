@@ -91,8 +91,9 @@ std::vector<int> ordinalsOf(const Items& items, Identifier identifier) {
 
 /// The identifier of an item: its own, where none of `entries` has it, else one with its place.
 template <typename Entries>
-QString identifierFor(const QString& alone, const Place& place, int ordinal, const Entries& entries) {
-    return !alone.isEmpty() && !entries.contains(alone) ? alone : identifierByPlace(alone, place, ordinal);
+QString identifierFor(const QString& alone, const FileLocation& location, int ordinal,
+                      const Entries& entries) {
+    return !alone.isEmpty() && !entries.contains(alone) ? alone : identifierByPlace(alone, location, ordinal);
 }
 
 }  // namespace
@@ -146,7 +147,7 @@ std::shared_ptr<const Snapshot> ItemDatabase::withChangedFiles() const {
     std::set<QByteArray> collections;
     std::set<const void*> former;
     bool hasEvents = false;
-    for (const auto& [place, before] : *changedFiles_) {
+    for (const auto& [location, before] : *changedFiles_) {
         // Problems are told in the order of the files.
         if (before.problem || before.warning)
             return nullptr;
@@ -158,17 +159,17 @@ std::shared_ptr<const Snapshot> ItemDatabase::withChangedFiles() const {
             former.insert(event.series().get());
         }
         hasEvents = hasEvents || !before.events.empty();
-        collections.insert(place.collection);
+        collections.insert(location.collection);
     }
     snapshot->singleEvents.removeIf([&](const auto& single) { return former.contains(single.get()); });
     snapshot->ruledEvents.removeIf([&](const auto& series) { return former.contains(series.get()); });
-    for (const auto& [place, before] : *changedFiles_) {
-        const auto& files = library_.collections.at(place.collection).files;
-        const auto now = files.find(place.file);
+    for (const auto& [location, before] : *changedFiles_) {
+        const auto& files = library_.collections.at(location.collection).files;
+        const auto now = files.find(location.file);
         if (now == files.end())
             continue;
-        if (now->second.problem || now->second.warning || !addReminders(*snapshot, place, now->second) ||
-            !addEvents(*snapshot, place, now->second))
+        if (now->second.problem || now->second.warning || !addReminders(*snapshot, location, now->second) ||
+            !addEvents(*snapshot, location, now->second))
             return nullptr;
         hasEvents = hasEvents || !now->second.events.empty();
     }
@@ -185,16 +186,16 @@ std::shared_ptr<const Snapshot> ItemDatabase::withChangedFiles() const {
     return snapshot;
 }
 
-bool ItemDatabase::addReminders(Snapshot& snapshot, const Place& place, const ItemFile& items) {
+bool ItemDatabase::addReminders(Snapshot& snapshot, const FileLocation& location, const ItemFile& items) {
     const auto identifierOf = [](const auto& reminder) -> const QString& {
         return reminder->calendarItemIdentifier;
     };
     bool areAlone = true;
     const std::vector<int> ordinals = ordinalsOf(items.reminders, identifierOf);
     for (std::size_t i = 0; i < items.reminders.size(); ++i) {
-        Entry entry{place.file, items.reminders[i]};
+        Entry entry{location.file, items.reminders[i]};
         const QString& alone = identifierOf(entry.data);
-        const QString identifier = identifierFor(alone, place, ordinals[i], snapshot.reminders);
+        const QString identifier = identifierFor(alone, location, ordinals[i], snapshot.reminders);
         if (identifier != alone) {
             areAlone = false;
             EKReminderData renamed = *entry.data;
@@ -206,14 +207,14 @@ bool ItemDatabase::addReminders(Snapshot& snapshot, const Place& place, const It
     return areAlone;
 }
 
-bool ItemDatabase::addEvents(Snapshot& snapshot, const Place& place, const ItemFile& items) const {
+bool ItemDatabase::addEvents(Snapshot& snapshot, const FileLocation& location, const ItemFile& items) const {
     const auto identifierOf = [](const CompactEvent& event) -> const QString& { return event.identifier(); };
     bool areAlone = true;
     const std::vector<int> ordinals = ordinalsOf(items.events, identifierOf);
     for (std::size_t i = 0; i < items.events.size(); ++i) {
-        EventEntry entry{place.file, items.events[i]};
+        EventEntry entry{location.file, items.events[i]};
         const QString& alone = identifierOf(entry.event);
-        const QString identifier = identifierFor(alone, place, ordinals[i], snapshot.events);
+        const QString identifier = identifierFor(alone, location, ordinals[i], snapshot.events);
         if (identifier != alone) {
             areAlone = false;
             entry.event = entry.event.called(identifier, *local_);

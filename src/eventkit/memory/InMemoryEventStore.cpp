@@ -15,7 +15,7 @@
 namespace kestrant {
 
 using icalendar::Document;
-using items::Place;
+using items::FileLocation;
 
 namespace {
 
@@ -229,22 +229,22 @@ void InMemoryEventStore::dropCalendar(const QString& identifier) {
     readNow({.collections = true});
 }
 
-void InMemoryEventStore::put(const std::optional<Place>& former, const QString& calendar,
+void InMemoryEventStore::put(const std::optional<FileLocation>& former, const QString& calendar,
                              const QString& identifier, const Document& document) {
-    const Place place{QFile::encodeName(calendar),
-                      former ? former->file : identifier.toUtf8().replace('/', '_') + ".ics"};
-    files().put(place, document.text());
-    items::Changes changes{.files = {{place.collection, {place.file}}}};
-    if (former && *former != place) {
+    const FileLocation location{QFile::encodeName(calendar),
+                                former ? former->file : identifier.toUtf8().replace('/', '_') + ".ics"};
+    files().put(location, document.text());
+    items::Changes changes{.files = {{location.collection, {location.file}}}};
+    if (former && *former != location) {
         files().drop(*former);
         changes.files[former->collection].insert(former->file);
     }
     readNow(changes);
 }
 
-void InMemoryEventStore::drop(const Place& place) {
-    files().drop(place);
-    readNow({.files = {{place.collection, {place.file}}}});
+void InMemoryEventStore::drop(const FileLocation& location) {
+    files().drop(location);
+    readNow({.files = {{location.collection, {location.file}}}});
 }
 
 QString InMemoryEventStore::putReminder(const EKReminderData& data) {
@@ -258,21 +258,21 @@ QString InMemoryEventStore::putReminder(const EKReminderData& data) {
             icalendar::makeTodo(identifier.toUtf8(), data, local, clock_.now()));
         return identifier;
     }
-    const Place place = placeOf(*entry);
-    const auto stored = files().read(place);
+    const FileLocation location = locationOf(*entry);
+    const auto stored = files().read(location);
     Document document = *Document::parse((*stored)->text);
     const icalendar::TodoItem item = icalendar::readTodos(document, local).front();
     icalendar::Component todo(document.components("VTODO")[static_cast<std::size_t>(item.index)].lines());
     icalendar::writeTodo(todo, item, data, document, local, clock_.now());
     document.replace(item.index, todo);
-    put(place, data.calendarIdentifier, identifier, document);
+    put(location, data.calendarIdentifier, identifier, document);
     return identifier;
 }
 
 void InMemoryEventStore::dropReminder(const QString& identifier) {
     const auto& reminders = snapshot()->reminders;
     if (const auto entry = reminders.constFind(identifier); entry != reminders.cend())
-        drop(placeOf(*entry));
+        drop(locationOf(*entry));
 }
 
 QString InMemoryEventStore::putEvent(const EKEventData& data) {
@@ -280,7 +280,7 @@ QString InMemoryEventStore::putEvent(const EKEventData& data) {
                                                                : data.calendarItemIdentifier;
     const auto& events = snapshot()->events;
     const auto entry = events.constFind(identifier);
-    put(entry == events.cend() ? std::nullopt : std::optional(placeOf(*entry)), data.calendarIdentifier,
+    put(entry == events.cend() ? std::nullopt : std::optional(locationOf(*entry)), data.calendarIdentifier,
         identifier, icalendar::makeEvent(identifier.toUtf8(), data, currentZone_.zone(), clock_.now()));
     return identifier;
 }
@@ -288,7 +288,7 @@ QString InMemoryEventStore::putEvent(const EKEventData& data) {
 void InMemoryEventStore::dropEvent(const QString& identifier) {
     const auto& events = snapshot()->events;
     if (const auto entry = events.constFind(identifier); entry != events.cend())
-        drop(placeOf(*entry));
+        drop(locationOf(*entry));
 }
 
 std::shared_ptr<const EKReminderData> InMemoryEventStore::reminder(const QString& identifier) const {

@@ -86,9 +86,9 @@ class InMemoryEventStore : public items::ItemEventStore {
     void requestAccess(AccessCompletion completion);
     [[nodiscard]] items::MemoryStorage& files();
     /// Puts a file into a list, instead of the one that the item was in.
-    void put(const std::optional<items::Place>& former, const QString& calendar, const QString& identifier,
-             const icalendar::Document& document);
-    void drop(const items::Place& place);
+    void put(const std::optional<items::FileLocation>& former, const QString& calendar,
+             const QString& identifier, const icalendar::Document& document);
+    void drop(const items::FileLocation& location);
 
     const Clock& clock_;
     const CurrentTimeZone& currentZone_;

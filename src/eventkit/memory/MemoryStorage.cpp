@@ -7,11 +7,11 @@
 
 namespace kestrant::items {
 
-StoredText* MemoryStorage::find(const Place& place) {
-    const auto folder = folders_.find(place.collection);
+StoredText* MemoryStorage::find(const FileLocation& location) {
+    const auto folder = folders_.find(location.collection);
     if (folder == folders_.end())
         return nullptr;
-    const auto file = folder->second.files.find(place.file);
+    const auto file = folder->second.files.find(location.file);
     return file == folder->second.files.end() ? nullptr : &file->second;
 }
 
@@ -61,26 +61,27 @@ bool MemoryStorage::update(Library& library, const Changes& changes, const TimeZ
     return true;
 }
 
-tl::expected<std::optional<StoredText>, EKError> MemoryStorage::read(const Place& place) {
-    const StoredText* stored = find(place);
+tl::expected<std::optional<StoredText>, EKError> MemoryStorage::read(const FileLocation& location) {
+    const StoredText* stored = find(location);
     return stored ? std::optional(*stored) : std::nullopt;
 }
 
-tl::expected<StoredText, WriteError> MemoryStorage::replace(const Place& place, const icalendar::Document&,
+tl::expected<StoredText, WriteError> MemoryStorage::replace(const FileLocation& location,
+                                                            const icalendar::Document&,
                                                             const icalendar::Document& after,
                                                             const Version& expected) {
-    StoredText* present = find(place);
+    StoredText* present = find(location);
     if (!present || present->version != expected)
         return tl::unexpected(ChangedMeanwhile());
     *present = stored(after.text());
     return *present;
 }
 
-std::optional<WriteError> MemoryStorage::remove(const Place& place, const Version& expected) {
-    const StoredText* present = find(place);
+std::optional<WriteError> MemoryStorage::remove(const FileLocation& location, const Version& expected) {
+    const StoredText* present = find(location);
     if (!present || present->version != expected)
         return ChangedMeanwhile();
-    drop(place);
+    drop(location);
     return std::nullopt;
 }
 
@@ -89,13 +90,13 @@ tl::expected<ItemStorage::Created, EKError> MemoryStorage::create(const QByteArr
                                                                   const QByteArray& preferredName,
                                                                   const icalendar::Document& document) {
     const QByteArray kept = keepsUids_ ? uid : newUid();
-    Place place{collection, preferredName.isEmpty() || !keepsUids_ ? kept + ".ics" : preferredName};
-    while (find(place))
-        place.file.prepend('_');
+    FileLocation location{collection, preferredName.isEmpty() || !keepsUids_ ? kept + ".ics" : preferredName};
+    while (find(location))
+        location.file.prepend('_');
     QByteArray text = document.text();
     text.replace("UID:" + uid, "UID:" + kept);
-    put(place, text);
-    return Created{place, kept, *find(place)};
+    put(location, text);
+    return Created{location, kept, *find(location)};
 }
 
 tl::expected<QByteArray, EKError> MemoryStorage::saveCollection(const Library& library,
@@ -123,13 +124,13 @@ QByteArray MemoryStorage::putCollection(const EKCalendar& calendar) {
     return name;
 }
 
-void MemoryStorage::put(const Place& place, const QByteArray& text) {
-    folders_[place.collection].files[place.file] = stored(text);
+void MemoryStorage::put(const FileLocation& location, const QByteArray& text) {
+    folders_[location.collection].files[location.file] = stored(text);
 }
 
-void MemoryStorage::drop(const Place& place) {
-    if (const auto folder = folders_.find(place.collection); folder != folders_.end())
-        folder->second.files.erase(place.file);
+void MemoryStorage::drop(const FileLocation& location) {
+    if (const auto folder = folders_.find(location.collection); folder != folders_.end())
+        folder->second.files.erase(location.file);
 }
 
 }  // namespace kestrant::items

@@ -16,13 +16,15 @@ class MemoryStorage final : public ItemStorage {
     [[nodiscard]] bool update(Library& library, const Changes& changes, const TimeZone& local) override;
     [[nodiscard]] bool readsOnlyFilesNamed(const Changes& changes) const override;
     [[nodiscard]] std::optional<ScheduledCheck> recheck() const override { return std::nullopt; }
-    [[nodiscard]] tl::expected<std::optional<StoredText>, EKError> read(const Place& place) override;
-    [[nodiscard]] std::optional<EKError> writeRefusal(const Place&) override { return std::nullopt; }
-    [[nodiscard]] tl::expected<StoredText, WriteError> replace(const Place& place,
+    [[nodiscard]] tl::expected<std::optional<StoredText>, EKError>
+    read(const FileLocation& location) override;
+    [[nodiscard]] std::optional<EKError> writeRefusal(const FileLocation&) override { return std::nullopt; }
+    [[nodiscard]] tl::expected<StoredText, WriteError> replace(const FileLocation& location,
                                                                const icalendar::Document& before,
                                                                const icalendar::Document& after,
                                                                const Version& expected) override;
-    [[nodiscard]] std::optional<WriteError> remove(const Place& place, const Version& expected) override;
+    [[nodiscard]] std::optional<WriteError> remove(const FileLocation& location,
+                                                   const Version& expected) override;
     [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
                                                         const QByteArray& preferredName,
                                                         const icalendar::Document& document) override;
@@ -39,8 +41,8 @@ class MemoryStorage final : public ItemStorage {
     /// Whether what is created keeps its UID; some services give one of their own.
     void setKeepsUids(bool keeps) { keepsUids_ = keeps; }
     /// Adds or replaces a file; the collection comes into being with it.
-    void put(const Place& place, const QByteArray& text);
-    void drop(const Place& place);
+    void put(const FileLocation& location, const QByteArray& text);
+    void drop(const FileLocation& location);
 
   private:
     struct Folder {
@@ -49,7 +51,7 @@ class MemoryStorage final : public ItemStorage {
         std::map<QByteArray, StoredText> files;
     };
 
-    [[nodiscard]] StoredText* find(const Place& place);
+    [[nodiscard]] StoredText* find(const FileLocation& location);
     [[nodiscard]] StoredText stored(const QByteArray& text) { return {{++lastVersion_}, text}; }
 
     std::map<QByteArray, Folder> folders_;

@@ -10,18 +10,18 @@
 
 namespace kestrant::vdir {
 
+using items::FileLocation;
 using items::Journal;
-using items::Place;
 
 namespace {
 
-bool isWithinFolder(const Place& place) {
-    return !place.collection.startsWith('.') && !place.collection.contains('/') &&
-           !place.file.contains('/') && isItemName(place.file);
+bool isWithinFolder(const FileLocation& location) {
+    return !location.collection.startsWith('.') && !location.collection.contains('/') &&
+           !location.file.contains('/') && isItemName(location.file);
 }
 
-QByteArray pathOf(const QByteArray& root, const Place& place) {
-    return root + '/' + place.collection + '/' + place.file;
+QByteArray pathOf(const QByteArray& root, const FileLocation& location) {
+    return root + '/' + location.collection + '/' + location.file;
 }
 
 }  // namespace
@@ -29,7 +29,7 @@ QByteArray pathOf(const QByteArray& root, const Place& place) {
 bool staysInFolder(const Journal& journal) {
     return isWithinFolder(journal.changed) &&
            std::all_of(journal.made.begin(), journal.made.end(),
-                       [](const Journal::Made& file) { return isWithinFolder(file.place); });
+                       [](const Journal::Made& file) { return isWithinFolder(file.location); });
 }
 
 bool settle(const Journal& journal, const QByteArray& root) {
@@ -46,7 +46,7 @@ bool settle(const Journal& journal, const QByteArray& root) {
             isKnown = isKnown && (opened || opened.error() == ENOENT);
             return opened && items::digestOf(opened->text) == file.digest;
         };
-        const auto removed = removeFileIf(QFile::decodeName(pathOf(root, file.place)), isAsMade);
+        const auto removed = removeFileIf(QFile::decodeName(pathOf(root, file.location)), isAsMade);
         return removed || (isKnown && removed.error().errorNumber == ESTALE);
     });
 }

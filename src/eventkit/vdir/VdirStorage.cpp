@@ -22,8 +22,8 @@ namespace kestrant::vdir {
 using icalendar::Document;
 using items::ChangedMeanwhile;
 using items::digestOf;
+using items::FileLocation;
 using items::Journal;
-using items::Place;
 using items::StoredText;
 using items::WriteError;
 using Coverage = FolderWatcher::Coverage;
@@ -100,8 +100,8 @@ class VdirStorage::TwoSteps {
     }
 
     [[nodiscard]] const QByteArray& name() const { return name_; }
-    std::optional<EKError> note(const Place& place, const QByteArray& text) {
-        journal_.made.push_back({place, digestOf(text)});
+    std::optional<EKError> note(const FileLocation& location, const QByteArray& text) {
+        journal_.made.push_back({location, digestOf(text)});
         const auto written = writeFileAtomically(QFile::decodeName(path()), journal_.text());
         isNoted_ = isNoted_ || written.has_value();
         // Without a place for the note the change is made all the same.
@@ -203,7 +203,7 @@ tl::expected<items::StorageHold, EKError> VdirStorage::lock(const std::vector<QB
     return items::StorageHold(std::move(*locks));
 }
 
-items::StorageHold VdirStorage::beginTwoSteps(const Place& changed, const QByteArray& text,
+items::StorageHold VdirStorage::beginTwoSteps(const FileLocation& changed, const QByteArray& text,
                                               items::SecondStep step) {
     auto steps = twoSteps_.lock();
     if (!steps) {
@@ -243,12 +243,12 @@ bool VdirStorage::settle(const QByteArray& journalName) {
     return vdir::settle(*journal, root_) && ::unlink(path.constData()) == 0;
 }
 
-QByteArray VdirStorage::pathOf(const Place& place) const {
-    return root_ + '/' + place.collection + '/' + place.file;
+QByteArray VdirStorage::pathOf(const FileLocation& location) const {
+    return root_ + '/' + location.collection + '/' + location.file;
 }
 
-tl::expected<std::optional<StoredText>, EKError> VdirStorage::read(const Place& place) {
-    const QByteArray path = pathOf(place);
+tl::expected<std::optional<StoredText>, EKError> VdirStorage::read(const FileLocation& location) {
+    const QByteArray path = pathOf(location);
     auto opened = openFile(path);
     if (!opened && opened.error() == ENOENT)
         return std::nullopt;
@@ -258,36 +258,36 @@ tl::expected<std::optional<StoredText>, EKError> VdirStorage::read(const Place& 
     return StoredText{opened->stamp.toVersion(), std::move(opened->text)};
 }
 
-std::optional<EKError> VdirStorage::writeRefusal(const Place& place) {
-    const QByteArray path = pathOf(place);
+std::optional<EKError> VdirStorage::writeRefusal(const FileLocation& location) {
+    const QByteArray path = pathOf(location);
     if (::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) != 0 && errno != ENOENT)
-        return readOnlyError(QFile::decodeName(place.file));
+        return readOnlyError(QFile::decodeName(location.file));
     return std::nullopt;
 }
 
-StoredText VdirStorage::storedAt(const Place& place, QByteArray text) const {
-    return {stampOf(pathOf(place)).value_or(FileStamp{}).toVersion(), std::move(text)};
+StoredText VdirStorage::storedAt(const FileLocation& location, QByteArray text) const {
+    return {stampOf(pathOf(location)).value_or(FileStamp{}).toVersion(), std::move(text)};
 }
 
-tl::expected<StoredText, WriteError> VdirStorage::replace(const Place& place, const Document& before,
-                                                          const Document& after,
+tl::expected<StoredText, WriteError> VdirStorage::replace(const FileLocation& location,
+                                                          const Document& before, const Document& after,
                                                           const items::Version& expected) {
-    const auto locked = lock({place.collection});
+    const auto locked = lock({location.collection});
     if (!locked)
         return tl::unexpected(WriteError(locked.error()));
     QByteArray text = after.text();
     const auto written =
-        replaceFileIf(QFile::decodeName(pathOf(place)), text, fileIs(expected, before.text()));
+        replaceFileIf(QFile::decodeName(pathOf(location)), text, fileIs(expected, before.text()));
     if (!written)
         return tl::unexpected(failed(written.error()));
-    return storedAt(place, std::move(text));
+    return storedAt(location, std::move(text));
 }
 
-std::optional<WriteError> VdirStorage::remove(const Place& place, const items::Version& expected) {
-    const auto locked = lock({place.collection});
+std::optional<WriteError> VdirStorage::remove(const FileLocation& location, const items::Version& expected) {
+    const auto locked = lock({location.collection});
     if (!locked)
         return WriteError(locked.error());
-    const auto removed = removeFileIf(QFile::decodeName(pathOf(place)), fileIs(expected, std::nullopt));
+    const auto removed = removeFileIf(QFile::decodeName(pathOf(location)), fileIs(expected, std::nullopt));
     return removed ? std::nullopt : std::optional(failed(removed.error()));
 }
 
@@ -307,14 +307,15 @@ tl::expected<VdirStorage::Created, EKError> VdirStorage::create(const QByteArray
     QByteArray text = document.text();
     QByteArray wanted = preferredName.isEmpty() ? fileNameFor(uid) : preferredName;
     while (true) {
-        const Place place{collection, freeName(collection, std::exchange(wanted, {}))};
+        const FileLocation location{collection, freeName(collection, std::exchange(wanted, {}))};
         if (const auto steps = twoSteps_.lock()) {
-            if (auto error = steps->note(place, text))
+            if (auto error = steps->note(location, text))
                 return tl::unexpected(std::move(*error));
         }
-        const auto written = writeFileAtomically(QFile::decodeName(pathOf(place)), text, FileMode::createNew);
+        const auto written =
+            writeFileAtomically(QFile::decodeName(pathOf(location)), text, FileMode::createNew);
         if (written)
-            return Created{place, uid, storedAt(place, std::move(text))};
+            return Created{location, uid, storedAt(location, std::move(text))};
         if (written.error().errorNumber == ENOENT)
             return tl::unexpected(calendarNotFoundError());
         if (written.error().errorNumber != EEXIST)

@@ -35,19 +35,19 @@ class VdirStorage : public items::ItemStorage {
     [[nodiscard]] bool readsOnlyFilesNamed(const items::Changes& changes) const override;
     [[nodiscard]] std::optional<ScheduledCheck> recheck() const override;
     [[nodiscard]] tl::expected<std::optional<items::StoredText>, EKError>
-    read(const items::Place& place) override;
-    [[nodiscard]] std::optional<EKError> writeRefusal(const items::Place& place) override;
+    read(const items::FileLocation& location) override;
+    [[nodiscard]] std::optional<EKError> writeRefusal(const items::FileLocation& location) override;
     [[nodiscard]] tl::expected<items::StoredText, items::WriteError>
-    replace(const items::Place& place, const icalendar::Document& before, const icalendar::Document& after,
-            const items::Version& expected) override;
-    [[nodiscard]] std::optional<items::WriteError> remove(const items::Place& place,
+    replace(const items::FileLocation& location, const icalendar::Document& before,
+            const icalendar::Document& after, const items::Version& expected) override;
+    [[nodiscard]] std::optional<items::WriteError> remove(const items::FileLocation& location,
                                                           const items::Version& expected) override;
     [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
                                                         const QByteArray& preferredName,
                                                         const icalendar::Document& document) override;
     [[nodiscard]] tl::expected<items::StorageHold, EKError>
     lock(const std::vector<QByteArray>& collections) override;
-    [[nodiscard]] items::StorageHold beginTwoSteps(const items::Place& changed, const QByteArray& text,
+    [[nodiscard]] items::StorageHold beginTwoSteps(const items::FileLocation& changed, const QByteArray& text,
                                                    items::SecondStep step) override;
     [[nodiscard]] tl::expected<QByteArray, EKError> saveCollection(const items::Library& library,
                                                                    const EKCalendar& calendar) override;
@@ -55,8 +55,8 @@ class VdirStorage : public items::ItemStorage {
   private:
     class TwoSteps;
 
-    [[nodiscard]] QByteArray pathOf(const items::Place& place) const;
-    [[nodiscard]] items::StoredText storedAt(const items::Place& place, QByteArray text) const;
+    [[nodiscard]] QByteArray pathOf(const items::FileLocation& location) const;
+    [[nodiscard]] items::StoredText storedAt(const items::FileLocation& location, QByteArray text) const;
     [[nodiscard]] tl::expected<QByteArray, EKError> makeCollection(const QString& title,
                                                                    const Color& color) const;
     /// The name for a new file, which none has now.

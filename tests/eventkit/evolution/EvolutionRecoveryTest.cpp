@@ -71,10 +71,10 @@ TEST_F(EvolutionRecovery, TakesTheFirstOfTwoStepsBackWhereTheSecondOneWasNotMade
     EvolutionHouse::Other other(house.currentZone.zone());
     evolution::EvolutionStorage& storage = other.storage;
     const auto parsed = [](const QByteArray& text) { return *icalendar::Document::parse(text); };
-    const items::Place changed{list.toUtf8(), identifier.toUtf8()};
+    const items::FileLocation changed{list.toUtf8(), identifier.toUtf8()};
     const QByteArray copy = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VTODO\r\nUID:copy\r\n"
                             "DTSTAMP:20260101T000000Z\r\nSUMMARY:copy\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
-    const auto rewrite = [&](const items::Place& place, const char* from, const char* to) {
+    const auto rewrite = [&](const items::FileLocation& place, const char* from, const char* to) {
         const items::StoredText present = **storage.read(place);
         return storage
             .replace(place, parsed(present.text), parsed(QByteArray(present.text).replace(from, to)),
@@ -97,7 +97,7 @@ TEST_F(EvolutionRecovery, TakesTheFirstOfTwoStepsBackWhereTheSecondOneWasNotMade
             ASSERT_TRUE(storage.create(changed.collection, "copy", {}, parsed(copy)).has_value());
             EXPECT_TRUE(!each.isSecondMade || rewrite(changed, "SUMMARY:bread", "SUMMARY:rye"));
         }
-        const items::Place made{changed.collection, "copy"};
+        const items::FileLocation made{changed.collection, "copy"};
         EXPECT_TRUE(!each.isCopyEdited || rewrite(made, "SUMMARY:copy", "SUMMARY:edited"));
         (void)other.database.refresh({.files = {{changed.collection, {}}}}, house.currentZone.zone());
         house.awaitThat([&] { return driver.openTitles() == each.left; });

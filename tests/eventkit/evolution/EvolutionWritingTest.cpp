@@ -114,7 +114,7 @@ TEST_F(EvolutionWriting, TakesBackWhatItWroteAndKeepsWhatOthersWrote) {
     item->data.notes = "notes";
     const auto noted = driver.save(item);
     ASSERT_TRUE(noted.has_value());
-    // Nobody has written alarms since; what the service notes in them by itself does not count.
+    // Marks that the service itself adds to alarms are no change by somebody else.
     other.replace(changed.replace("SUMMARY;", "DESCRIPTION:notes\r\nSUMMARY;").replace("GEO:1;2", "GEO:3;4"));
     const auto present = other.linesOf("rich");
     ASSERT_TRUE(driver.revert(*noted).has_value());
@@ -233,7 +233,7 @@ TEST_F(EvolutionWriting, ChangesSingleDatesOfASeriesAndNothingElse) {
                             }),
               1);
 
-    // Left out: as others write it, with the zone of the series.
+    // An excluded date as other programs write it, with the zone of the series.
     for (const int day : {28, 30}) {
         ASSERT_TRUE(driver.remove(eventOn({2026, 3, day})).has_value());
         EXPECT_EQ(eventOn({2026, 3, day}), nullptr);

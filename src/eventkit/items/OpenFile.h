@@ -42,7 +42,7 @@ struct ItemKind<icalendar::EventItem> {
 /// A file that is to be changed, as it is at this moment, for the sake of one
 /// item in it.
 struct ItemDatabase::OpenFile {
-    Place place;
+    FileLocation location;
     Version version{};
     icalendar::Document document;
     /// The item's key, and which of the items with that key it is.
@@ -52,33 +52,33 @@ struct ItemDatabase::OpenFile {
     bool isAlone = true;
 
     [[nodiscard]] ItemState state() const {
-        return {place.collection, place.file, key, document.text(), ordinal, isAlone};
+        return {location.collection, location.file, key, document.text(), ordinal, isAlone};
     }
     /// The state of an item of this file after it was written there or in another collection.
     [[nodiscard]] ItemState stateAfter(const WrittenItem& written) const {
-        const bool isSame = written.place.collection == place.collection;
-        return {written.place.collection, written.place.file, written.key, written.text,
-                isSame ? ordinal : 0,     !isSame || isAlone};
+        const bool isSame = written.location.collection == location.collection;
+        return {written.location.collection, written.location.file, written.key, written.text,
+                isSame ? ordinal : 0,        !isSame || isAlone};
     }
     /// Whether nobody has changed anything in the file since the change, so that its text before it will do.
     [[nodiscard]] bool isUntouchedSince(const ItemChange& change) const {
         const ItemState& after = *change.after;
-        return place.collection == after.collection && place.file == after.file &&
+        return location.collection == after.collection && location.file == after.file &&
                document.text() == after.text && change.before->isAlone == after.isAlone;
     }
 };
 
-struct ItemDatabase::OpenItem : OpenFile {
+struct ItemDatabase::OpenReminder : OpenFile {
     icalendar::TodoItem item;
     /// The values with their identifiers.
     EKReminderData current;
 
-    [[nodiscard]] static OpenItem of(std::pair<OpenFile, icalendar::TodoItem> found,
-                                     const QString& identifier) {
-        OpenItem result{std::move(found.first), std::move(found.second), {}};
+    [[nodiscard]] static OpenReminder of(std::pair<OpenFile, icalendar::TodoItem> found,
+                                         const QString& identifier) {
+        OpenReminder result{std::move(found.first), std::move(found.second), {}};
         result.current = result.item.data;
         result.current.calendarItemIdentifier = identifier;
-        result.current.calendarIdentifier = QFile::decodeName(result.place.collection);
+        result.current.calendarIdentifier = QFile::decodeName(result.location.collection);
         return result;
     }
 };
@@ -111,7 +111,7 @@ template <typename Written>
 
 /// The state of a file that was made for one item.
 [[nodiscard]] inline ItemState stateOf(const ItemStorage::Created& created) {
-    return {created.place.collection, created.place.file, created.uid, created.stored.text};
+    return {created.location.collection, created.location.file, created.uid, created.stored.text};
 }
 
 /// What a change of items of one kind has done, of which the first is the item itself.
@@ -160,7 +160,7 @@ ItemDatabase::findIn(std::optional<OpenFile> file, const QString& identifier, co
         const QString alone = QString::fromUtf8(item.key);
         const int ordinal = seen[alone]++;
         if ((identifier != alone || ordinal > 0) &&
-            identifier != identifierByPlace(alone, file->place, ordinal))
+            identifier != identifierByPlace(alone, file->location, ordinal))
             continue;
         file->key = item.key;
         file->ordinal = ordinal;
@@ -181,26 +181,27 @@ ItemDatabase::openWith(const QString& identifier, const TimeZone& local) {
         const auto entry = ((*snapshot_).*entries).constFind(identifier);
         if (entry == ((*snapshot_).*entries).cend())
             break;
-        const Place place = placeOf(*entry);
-        auto file = openFile(place);
+        const FileLocation location = locationOf(*entry);
+        auto file = openFile(location);
         if (!file)
             return tl::unexpected(file.error());
         if (auto found = findIn<Item>(std::move(*file), identifier, local))
             return std::move(*found);
-        refresh({.everything = true, .files = {{place.collection, {place.file}}}}, local);
+        refresh({.everything = true, .files = {{location.collection, {location.file}}}}, local);
     }
     return tl::unexpected(itemNotFoundError());
 }
 
 template <typename Data>
 tl::expected<std::optional<ItemDatabase::Wanted<Data>>, EKError>
-ItemDatabase::wanted(const Place& place, const Data& base, const Data& edited, const Data& current) const {
+ItemDatabase::wanted(const FileLocation& location, const Data& base, const Data& edited,
+                     const Data& current) const {
     auto merge = mergeEdits(base, edited, current);
     if (merge.conflict)
         return tl::unexpected(conflictError(current.title));
     if (merge.merged == current)
         return std::nullopt;
-    if (auto error = writeRefusal(place))
+    if (auto error = writeRefusal(location))
         return tl::unexpected(std::move(*error));
     auto target = writableCollection(merge.merged.calendarIdentifier);
     if (!target)
@@ -218,7 +219,7 @@ ItemDatabase::createItem(const QByteArray& collection, const QByteArray& key, co
     if (!created)
         return tl::unexpected(created.error());
     rebuildSnapshot();
-    return ItemChange{identifierIn((*snapshot_).*ItemKind<Item>::entries, created->place, created->uid),
+    return ItemChange{identifierIn((*snapshot_).*ItemKind<Item>::entries, created->location, created->uid),
                       std::nullopt, stateOf(*created)};
 }
 
@@ -227,9 +228,9 @@ tl::expected<ItemDatabase::WrittenItem, WriteError>
 ItemDatabase::storeItem(const OpenFile& opened, const Item& item, icalendar::Document document,
                         const Item& inDocument, const QByteArray& target, const TimeZone& local) {
     constexpr QByteArrayView component = ItemKind<Item>::component;
-    if (target == opened.place.collection)
+    if (target == opened.location.collection)
         return replaceFile(opened, document, local).map([&](QByteArray text) {
-            return WrittenItem{opened.place, item.key, std::move(text)};
+            return WrittenItem{opened.location, item.key, std::move(text)};
         });
     if (!opened.isAlone)
         icalendar::keepOnlyItem(document, component, inDocument);
