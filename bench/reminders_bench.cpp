@@ -88,7 +88,7 @@ LoadedStore& hundredThousand() {
 }
 
 ReminderSortMode modeOf(const benchmark::State& state) {
-    return allReminderSortModes.at(static_cast<std::size_t>(state.range(0)));
+    return choicesOf<ReminderSortMode>.at(static_cast<std::size_t>(state.range(0))).value;
 }
 
 void recomputeVisibleList(benchmark::State& state) {

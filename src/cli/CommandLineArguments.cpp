@@ -104,11 +104,11 @@ tl::expected<void, TextPair> takeDue(const QString& name, const QString& value,
     return {};
 }
 
-template <typename Values>
-QString rawValues(const Values& values) {
+template <HasChoices Value>
+QString rawValues() {
     QStringList texts;
-    for (const auto value : values)
-        texts.append(rawValue(value));
+    for (const auto& choice : choicesOf<Value>)
+        texts.append(rawValue(choice.value));
     return texts.join(QStringLiteral(", "));
 }
 
@@ -201,18 +201,18 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
         arguments.calendarID = value;
         break;
     case Option::sort:
-        arguments.sort = reminderSortMode(value);
+        arguments.sort = fromRawValue<ReminderSortMode>(value);
         if (!arguments.sort)
             return failure("--sort must be one of: %1.", "--sort doit être l’un de : %1.",
-                           rawValues(allReminderSortModes));
+                           rawValues<ReminderSortMode>());
         break;
     case Option::priority: {
         // A new reminder always has one.
         const bool mayBeNone = arguments.command == Command::edit;
-        const std::optional<NewReminderPriority> priority = newReminderPriority(value);
+        const auto priority = fromRawValue<NewReminderPriority>(value);
         if (!priority && !(mayBeNone && value == none))
             return failure("--priority must be one of: %1.", "--priority doit être l’un de : %1.",
-                           rawValues(allNewReminderPriorities) +
+                           rawValues<NewReminderPriority>() +
                                (mayBeNone ? QStringLiteral(", none") : QString()));
         arguments.priority = priority;
         break;
@@ -230,10 +230,10 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
         break;
     }
     case Option::repeat:
-        arguments.repeat = reminderRepeat(value);
+        arguments.repeat = fromRawValue<ReminderRepeat>(value);
         if (!arguments.repeat)
             return failure("--repeat must be one of: %1.", "--repeat doit être l’un de : %1.",
-                           rawValues(allReminderRepeats));
+                           rawValues<ReminderRepeat>());
         break;
     }
     return {};

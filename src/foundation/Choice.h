@@ -3,6 +3,7 @@
 #include "foundation/Text.h"
 
 #include <QString>
+#include <QStringView>
 
 #include <cstddef>
 #include <optional>
@@ -10,11 +11,11 @@
 
 namespace kestrant {
 
-/// One value of a closed set: how it is stored, and what a person reads. UTF-8.
-template <typename Value>
+/// One value of a closed set: its stored form, a text (UTF-8) or a number, and its title.
+template <typename Value, typename Raw = const char*>
 struct Choice {
     Value value;
-    const char* rawValue;
+    Raw rawValue;
     const char* english;
     const char* french;
 };
@@ -27,8 +28,8 @@ template <typename Value>
 concept HasChoices = !std::is_same_v<std::remove_cv_t<decltype(choicesOf<Value>)>, std::nullptr_t>;
 
 template <HasChoices Value>
-[[nodiscard]] const Choice<Value>& choiceOf(Value value) {
-    for (const Choice<Value>& choice : choicesOf<Value>) {
+[[nodiscard]] const auto& choiceOf(Value value) {
+    for (const auto& choice : choicesOf<Value>) {
         if (choice.value == value)
             return choice;
     }
@@ -36,8 +37,12 @@ template <HasChoices Value>
 }
 
 template <HasChoices Value>
-[[nodiscard]] QString rawValue(Value value) {
-    return QString::fromUtf8(choiceOf(value).rawValue);
+[[nodiscard]] auto rawValue(Value value) {
+    const auto raw = choiceOf(value).rawValue;
+    if constexpr (std::is_same_v<decltype(raw), const char* const>)
+        return QString::fromUtf8(raw);
+    else
+        return raw;
 }
 
 template <HasChoices Value>
@@ -45,11 +50,16 @@ template <HasChoices Value>
     return text(choiceOf(value).english, choiceOf(value).french);
 }
 
-/// Absent for a text that stands for no value of the set.
+/// A text as it is compared with stored ones, or the number.
 template <HasChoices Value>
-[[nodiscard]] std::optional<Value> fromRawValue(QStringView raw) {
-    for (const Choice<Value>& choice : choicesOf<Value>) {
-        if (raw == QString::fromUtf8(choice.rawValue))
+using RawView = std::conditional_t<std::is_same_v<decltype(rawValue(Value())), QString>, QStringView,
+                                   decltype(rawValue(Value()))>;
+
+/// Absent for a text or number that stands for no value of the set.
+template <HasChoices Value>
+[[nodiscard]] std::optional<Value> fromRawValue(RawView<Value> raw) {
+    for (const auto& choice : choicesOf<Value>) {
+        if (raw == rawValue(choice.value))
             return choice.value;
     }
     return {};

@@ -49,22 +49,6 @@ tl::expected<void, FeedbackSubmissionError> outcome(const tl::expected<HttpReply
 
 }  // namespace
 
-template <>
-inline constexpr std::array choicesOf<FeedbackCategory>{
-    Choice{FeedbackCategory::suggestion, "suggestion", "Suggestion", "Suggestion"},
-    Choice{FeedbackCategory::problem, "problem", "Problem", "Problème"},
-    Choice{FeedbackCategory::question, "question", "Question", "Question"},
-    Choice{FeedbackCategory::other, "other", "Other", "Autre"},
-};
-
-QString wireValue(FeedbackCategory category) {
-    return rawValue(category);
-}
-
-TextPair label(FeedbackCategory category) {
-    return title(category);
-}
-
 QByteArray FeedbackRequest::toJson() const {
     QJsonObject object{{QStringLiteral("category"), category}, {QStringLiteral("message"), message}};
     if (replyEmail)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/Choice.h"
 #include "foundation/InformationDictionary.h"
 #include "foundation/Text.h"
 #include "network/HttpSession.h"
@@ -19,11 +20,14 @@ namespace kestrant {
 
 /// The subject of a message.
 enum class FeedbackCategory { suggestion, problem, question, other };
-inline constexpr std::array feedbackCategories{FeedbackCategory::suggestion, FeedbackCategory::problem,
-                                               FeedbackCategory::question, FeedbackCategory::other};
-/// The name the service knows it by.
-[[nodiscard]] QString wireValue(FeedbackCategory category);
-[[nodiscard]] TextPair label(FeedbackCategory category);
+/// With the names by which the service knows them.
+template <>
+inline constexpr auto choicesOf<FeedbackCategory> = std::to_array<Choice<FeedbackCategory>>({
+    {FeedbackCategory::suggestion, "suggestion", "Suggestion", "Suggestion"},
+    {FeedbackCategory::problem, "problem", "Problem", "Problème"},
+    {FeedbackCategory::question, "question", "Question", "Question"},
+    {FeedbackCategory::other, "other", "Other", "Autre"},
+});
 
 /// The message as sent; nothing else is sent.
 struct FeedbackRequest {

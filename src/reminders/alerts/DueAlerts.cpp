@@ -82,18 +82,12 @@ void snoozeAlert(EKReminderData& reminder, Instant until, Instant now, const QBy
 }
 
 std::optional<Instant> snoozedUntil(AlertAnswer answer, Instant now, const TimeZone& zone) {
-    switch (answer) {
-    case AlertAnswer::snoozeTenMinutes:
+    if (answer == AlertAnswer::snoozeTenMinutes)
         return now + 10min;
-    case AlertAnswer::snoozeOneHour:
+    if (answer == AlertAnswer::snoozeOneHour)
         return now + 1h;
-    case AlertAnswer::snoozeUntilTomorrow:
+    if (answer == AlertAnswer::snoozeUntilTomorrow)
         return zone.instantAt(zone.dayOf(now).addDays(1), morning, GapPolicy::nextExisting);
-    case AlertAnswer::complete:
-    case AlertAnswer::open:
-    case AlertAnswer::dismiss:
-        return std::nullopt;
-    }
     return std::nullopt;
 }
 

@@ -189,82 +189,14 @@ class AlarmReplacement {
 
 }  // namespace
 
-namespace {
-
-struct TimingChoice {
-    ReminderAlertTiming timing;
-    /// Seconds from the due instant.
-    double rawValue;
-    const char* english;
-    const char* french;
-    const char* shortEnglish;
-    const char* shortFrench;
-};
-
-constexpr std::array timingChoices{
-    TimingChoice{ReminderAlertTiming::atDueTime, 0, "at due time", "à l’heure choisie", "At due time",
-                 "À l’heure"},
-    TimingChoice{ReminderAlertTiming::fiveMinutesBefore, -300, "5 minutes before", "5 minutes avant",
-                 "5 min before", "5 min avant"},
-    TimingChoice{ReminderAlertTiming::fifteenMinutesBefore, -900, "15 minutes before", "15 minutes avant",
-                 "15 min before", "15 min avant"},
-    TimingChoice{ReminderAlertTiming::oneHourBefore, -3600, "1 hour before", "1 heure avant", "1 hr before",
-                 "1 h avant"},
-    TimingChoice{ReminderAlertTiming::oneDayBefore, -86400, "1 day before", "1 jour avant", "1 day before",
-                 "1 jour avant"},
-};
-
-const TimingChoice& choiceOf(ReminderAlertTiming timing) {
-    return timingChoices.at(std::size_t(timing));
-}
-
-}  // namespace
-
-double rawValue(ReminderAlertTiming timing) {
-    return choiceOf(timing).rawValue;
-}
-
-std::optional<ReminderAlertTiming> reminderAlertTiming(double raw) {
-    for (const TimingChoice& choice : timingChoices) {
-        if (choice.rawValue == raw)
-            return choice.timing;
-    }
-    return std::nullopt;
-}
-
-TextPair label(ReminderAlertTiming timing) {
-    return text(choiceOf(timing).english, choiceOf(timing).french);
-}
-
-TextPair shortLabel(ReminderAlertTiming timing) {
-    return text(choiceOf(timing).shortEnglish, choiceOf(timing).shortFrench);
-}
-
-int rawValue(ReminderDateOnlyAlertDay day) {
-    return day == ReminderDateOnlyAlertDay::dayBefore ? -1 : 0;
-}
-
-std::optional<ReminderDateOnlyAlertDay> reminderDateOnlyAlertDay(int raw) {
-    for (const ReminderDateOnlyAlertDay day : allReminderDateOnlyAlertDays) {
-        if (rawValue(day) == raw)
-            return day;
-    }
-    return std::nullopt;
-}
-
-TextPair label(ReminderDateOnlyAlertDay day) {
-    return day == ReminderDateOnlyAlertDay::dayBefore ? text("Day before", "La veille")
-                                                      : text("On day of event", "Le jour même");
-}
-
 TextPair label(const ReminderAlertSchedule& schedule, ClockHours hours) {
     if (const auto* relative = std::get_if<RelativeToDueTime>(&schedule)) {
-        const auto timing = reminderAlertTiming(relative->seconds);
-        return timing ? shortLabel(*timing) : offsetInWords(relative->seconds);
+        const auto timing = fromRawValue<ReminderAlertTiming>(relative->seconds);
+        return timing ? title(*timing) : offsetInWords(relative->seconds);
     }
     const auto& day = std::get<DayRelativeToDueDate>(schedule);
-    const auto offered = reminderDateOnlyAlertDay(day.dayOffset);
-    const TextPair words = offered ? label(*offered) : offsetInWords(86400.0 * day.dayOffset);
+    const auto offered = fromRawValue<ReminderDateOnlyAlertDay>(day.dayOffset);
+    const TextPair words = offered ? title(*offered) : offsetInWords(86400.0 * day.dayOffset);
     const QString time = clockText(QTime(day.hour, day.minute), hours);
     return {QStringLiteral("%1 at %2").arg(words.english, time),
             QStringLiteral("%1 à %2").arg(words.french, time)};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "eventkit/model/EKReminder.h"
+#include "foundation/Choice.h"
 #include "foundation/ClockText.h"
 #include "foundation/DateComponents.h"
 #include "foundation/Text.h"
@@ -21,29 +22,26 @@ enum class ReminderAlertTiming {
     oneDayBefore
 };
 
-inline constexpr std::array allReminderAlertTimings{
-    ReminderAlertTiming::atDueTime, ReminderAlertTiming::fiveMinutesBefore,
-    ReminderAlertTiming::fifteenMinutesBefore, ReminderAlertTiming::oneHourBefore,
-    ReminderAlertTiming::oneDayBefore};
-
-/// Seconds from the due instant: 0, -300, -900, -3600 or -86400.
-[[nodiscard]] double rawValue(ReminderAlertTiming timing);
-[[nodiscard]] std::optional<ReminderAlertTiming> reminderAlertTiming(double rawValue);
-/// For use inside a sentence.
-[[nodiscard]] TextPair label(ReminderAlertTiming timing);
-/// For the compact picker.
-[[nodiscard]] TextPair shortLabel(ReminderAlertTiming timing);
+/// The raw value is the number of seconds from the due instant.
+template <>
+inline constexpr auto choicesOf<ReminderAlertTiming> = std::to_array<Choice<ReminderAlertTiming, double>>({
+    {ReminderAlertTiming::atDueTime, 0, "At due time", "À l’heure"},
+    {ReminderAlertTiming::fiveMinutesBefore, -300, "5 min before", "5 min avant"},
+    {ReminderAlertTiming::fifteenMinutesBefore, -900, "15 min before", "15 min avant"},
+    {ReminderAlertTiming::oneHourBefore, -3600, "1 hr before", "1 h avant"},
+    {ReminderAlertTiming::oneDayBefore, -86400, "1 day before", "1 jour avant"},
+});
 
 /// The choices of an alert's day for a date-only reminder.
 enum class ReminderDateOnlyAlertDay { sameDay, dayBefore };
 
-inline constexpr std::array allReminderDateOnlyAlertDays{ReminderDateOnlyAlertDay::sameDay,
-                                                         ReminderDateOnlyAlertDay::dayBefore};
-
-/// Days from the due day: 0 or -1.
-[[nodiscard]] int rawValue(ReminderDateOnlyAlertDay day);
-[[nodiscard]] std::optional<ReminderDateOnlyAlertDay> reminderDateOnlyAlertDay(int rawValue);
-[[nodiscard]] TextPair label(ReminderDateOnlyAlertDay day);
+/// The raw value is the number of days from the due day.
+template <>
+inline constexpr auto
+    choicesOf<ReminderDateOnlyAlertDay> = std::to_array<Choice<ReminderDateOnlyAlertDay, int>>({
+        {ReminderDateOnlyAlertDay::sameDay, 0, "On day of event", "Le jour même"},
+        {ReminderDateOnlyAlertDay::dayBefore, -1, "Day before", "La veille"},
+    });
 
 /// Any schedule in words, one that no picker offers included: "15 min before", "Day before at 09:00",
 /// "3 days before at 18:30".

@@ -13,29 +13,31 @@ namespace {
 
 using icalendar::RecurrenceRule;
 
-struct RepeatChoice {
+/// The simple rules that forms offer.
+struct SimpleRepeat {
     ReminderRepeat repeat;
-    QLatin1String rawValue;
-    /// `other` for none.
     EKRecurrenceFrequency frequency;
+    /// With the interval in the place of %1.
+    const char* english;
+    const char* french;
+    /// The French adjective, half as long as the words.
+    const char* shortFrench;
 };
+constexpr auto simpleRepeats = std::to_array<SimpleRepeat>({
+    {ReminderRepeat::daily, EKRecurrenceFrequency::daily, "every %1 days", "tous les %1 jours", "quotidien"},
+    {ReminderRepeat::weekly, EKRecurrenceFrequency::weekly, "every %1 weeks", "toutes les %1 semaines",
+     "hebdo"},
+    {ReminderRepeat::monthly, EKRecurrenceFrequency::monthly, "every %1 months", "tous les %1 mois",
+     "mensuel"},
+    {ReminderRepeat::yearly, EKRecurrenceFrequency::yearly, "every %1 years", "tous les %1 ans", "annuel"},
+});
 
-/// In the order of the enumeration.
-constexpr std::array repeatChoices{
-    RepeatChoice{ReminderRepeat::none, QLatin1String("none"), EKRecurrenceFrequency::other},
-    RepeatChoice{ReminderRepeat::daily, QLatin1String("daily"), EKRecurrenceFrequency::daily},
-    RepeatChoice{ReminderRepeat::weekly, QLatin1String("weekly"), EKRecurrenceFrequency::weekly},
-    RepeatChoice{ReminderRepeat::monthly, QLatin1String("monthly"), EKRecurrenceFrequency::monthly},
-    RepeatChoice{ReminderRepeat::yearly, QLatin1String("yearly"), EKRecurrenceFrequency::yearly},
-};
-
-template <typename Field, typename Value>
-std::optional<ReminderRepeat> repeatWhere(Field RepeatChoice::*field, const Value& value) {
-    for (const RepeatChoice& choice : repeatChoices) {
-        if (choice.*field == value)
-            return choice.repeat;
+const SimpleRepeat* simpleRepeat(EKRecurrenceFrequency frequency) {
+    for (const SimpleRepeat& each : simpleRepeats) {
+        if (each.frequency == frequency)
+            return &each;
     }
-    return std::nullopt;
+    return nullptr;
 }
 
 QLocale namesOf(Language language) {
@@ -44,23 +46,11 @@ QLocale namesOf(Language language) {
 }
 
 QString howOften(EKRecurrenceFrequency frequency, int interval, Language language) {
-    const bool each = interval == 1;
-    const auto words = [&](const TextPair& one, const TextPair& several) {
-        return each ? one.in(language) : several.in(language).arg(interval);
-    };
-    switch (frequency) {
-    case EKRecurrenceFrequency::daily:
-        return words(text("daily", "tous les jours"), text("every %1 days", "tous les %1 jours"));
-    case EKRecurrenceFrequency::weekly:
-        return words(text("weekly", "toutes les semaines"), text("every %1 weeks", "toutes les %1 semaines"));
-    case EKRecurrenceFrequency::monthly:
-        return words(text("monthly", "tous les mois"), text("every %1 months", "tous les %1 mois"));
-    case EKRecurrenceFrequency::yearly:
-        return words(text("yearly", "tous les ans"), text("every %1 years", "tous les %1 ans"));
-    case EKRecurrenceFrequency::other:
-        break;
-    }
-    return {};
+    const SimpleRepeat* repeat = simpleRepeat(frequency);
+    if (!repeat)
+        return {};
+    return interval == 1 ? title(repeat->repeat).in(language)
+                         : text(repeat->english, repeat->french).in(language).arg(interval);
 }
 
 std::optional<TextPair> ordinalInWords(int ordinal) {
@@ -139,33 +129,26 @@ QString endInWords(const RecurrenceRule& rule, Language language) {
 
 }  // namespace
 
-QString rawValue(ReminderRepeat repeat) {
-    return repeatChoices.at(std::size_t(repeat)).rawValue;
-}
-
-std::optional<ReminderRepeat> reminderRepeat(QStringView raw) {
-    return repeatWhere(&RepeatChoice::rawValue, raw);
-}
-
 std::optional<ReminderRepeat> reminderRepeat(const std::vector<EKRecurrenceRule>& rules) {
     if (rules.empty())
         return ReminderRepeat::none;
-    const EKRecurrenceRule& rule = rules.front();
-    if (rules.size() > 1 || !rule.isSimple || rule.interval != 1 ||
-        rule.frequency == EKRecurrenceFrequency::other)
+    if (rules.size() > 1 || !rules.front().isSimple || rules.front().interval != 1)
         return std::nullopt;
-    return repeatWhere(&RepeatChoice::frequency, rule.frequency);
+    const SimpleRepeat* found = simpleRepeat(rules.front().frequency);
+    return found ? std::optional(found->repeat) : std::nullopt;
 }
 
 std::vector<EKRecurrenceRule> recurrenceRules(ReminderRepeat repeat) {
-    if (repeat == ReminderRepeat::none)
-        return {};
-    return {EKRecurrenceRule::every(repeatChoices.at(std::size_t(repeat)).frequency)};
+    for (const SimpleRepeat& each : simpleRepeats) {
+        if (each.repeat == repeat)
+            return {EKRecurrenceRule::every(each.frequency)};
+    }
+    return {};
 }
 
 QString repeatInWords(const std::vector<EKRecurrenceRule>& rules, Language language) {
     if (rules.empty())
-        return text("never", "jamais").in(language);
+        return title(ReminderRepeat::none).in(language);
     const auto rule = rules.size() == 1 ? RecurrenceRule::parse(rules.front().text.toUtf8()) : std::nullopt;
     const QString often =
         rule ? howOften(rules.front().frequency, rules.front().interval, language) : QString();
@@ -182,21 +165,9 @@ QString shortRepeatText(const std::vector<EKRecurrenceRule>& rules, Language lan
     if (rules.size() != 1)
         return {};
     const EKRecurrenceRule& rule = rules.front();
-    // The adjectives are half as long.
-    if (language == Language::french && rule.interval == 1) {
-        switch (rule.frequency) {
-        case EKRecurrenceFrequency::daily:
-            return QStringLiteral("quotidien");
-        case EKRecurrenceFrequency::weekly:
-            return QStringLiteral("hebdo");
-        case EKRecurrenceFrequency::monthly:
-            return QStringLiteral("mensuel");
-        case EKRecurrenceFrequency::yearly:
-            return QStringLiteral("annuel");
-        case EKRecurrenceFrequency::other:
-            return {};
-        }
-    }
+    const SimpleRepeat* simple = simpleRepeat(rule.frequency);
+    if (simple && language == Language::french && rule.interval == 1)
+        return QString::fromUtf8(simple->shortFrench);
     return howOften(rule.frequency, rule.interval, language);
 }
 

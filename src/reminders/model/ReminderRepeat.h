@@ -1,10 +1,10 @@
 #pragma once
 
 #include "eventkit/model/EKTypes.h"
+#include "foundation/Choice.h"
 #include "foundation/Text.h"
 
 #include <QString>
-#include <QStringView>
 
 #include <array>
 #include <optional>
@@ -16,13 +16,14 @@ namespace kestrant {
 /// words.
 enum class ReminderRepeat { none, daily, weekly, monthly, yearly };
 
-inline constexpr std::array allReminderRepeats{ReminderRepeat::none, ReminderRepeat::daily,
-                                               ReminderRepeat::weekly, ReminderRepeat::monthly,
-                                               ReminderRepeat::yearly};
-
-/// "none", "daily", "weekly", "monthly" or "yearly".
-[[nodiscard]] QString rawValue(ReminderRepeat repeat);
-[[nodiscard]] std::optional<ReminderRepeat> reminderRepeat(QStringView rawValue);
+template <>
+inline constexpr auto choicesOf<ReminderRepeat> = std::to_array<Choice<ReminderRepeat>>({
+    {ReminderRepeat::none, "none", "never", "jamais"},
+    {ReminderRepeat::daily, "daily", "daily", "tous les jours"},
+    {ReminderRepeat::weekly, "weekly", "weekly", "toutes les semaines"},
+    {ReminderRepeat::monthly, "monthly", "monthly", "tous les mois"},
+    {ReminderRepeat::yearly, "yearly", "yearly", "tous les ans"},
+});
 
 /// Which of the choices these rules are; absent when they are something else.
 [[nodiscard]] std::optional<ReminderRepeat> reminderRepeat(const std::vector<EKRecurrenceRule>& rules);

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "eventkit/model/EKTypes.h"
+#include "foundation/Choice.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "reminders/model/ReminderAlertSchedule.h"
 #include "reminders/model/ReminderRepeat.h"
 
 #include <QString>
-#include <QStringView>
 #include <QUuid>
 
 #include <array>
@@ -77,28 +77,29 @@ struct ReminderAccessState {
 
 enum class ReminderSortMode { manual, dueDate, priority, title, creationOldestFirst, creationNewestFirst };
 
-/// Every mode, in the order of the menu.
-inline constexpr std::array allReminderSortModes{ReminderSortMode::manual,
-                                                 ReminderSortMode::dueDate,
-                                                 ReminderSortMode::priority,
-                                                 ReminderSortMode::title,
-                                                 ReminderSortMode::creationOldestFirst,
-                                                 ReminderSortMode::creationNewestFirst};
-
-/// The text that preferences and the command line hold, such as "creationNewestFirst".
-[[nodiscard]] QString rawValue(ReminderSortMode mode);
-[[nodiscard]] std::optional<ReminderSortMode> reminderSortMode(QStringView rawValue);
-[[nodiscard]] TextPair title(ReminderSortMode mode);
+/// As preferences and the command line hold them, in the order of the menu.
+template <>
+inline constexpr auto choicesOf<ReminderSortMode> = std::to_array<Choice<ReminderSortMode>>({
+    {ReminderSortMode::manual, "manual", "Manual order", "Ordre manuel"},
+    {ReminderSortMode::dueDate, "dueDate", "Due date", "Échéance"},
+    {ReminderSortMode::priority, "priority", "Priority", "Priorité"},
+    {ReminderSortMode::title, "title", "Title", "Titre"},
+    {ReminderSortMode::creationOldestFirst, "creationOldestFirst", "Creation: oldest first",
+     "Création : plus ancien"},
+    {ReminderSortMode::creationNewestFirst, "creationNewestFirst", "Creation: newest first",
+     "Création : plus récent"},
+});
 
 /// The priority chosen when creating.
 enum class NewReminderPriority { high, normal, low };
 
-inline constexpr std::array allNewReminderPriorities{NewReminderPriority::high, NewReminderPriority::normal,
-                                                     NewReminderPriority::low};
+template <>
+inline constexpr auto choicesOf<NewReminderPriority> = std::to_array<Choice<NewReminderPriority>>({
+    {NewReminderPriority::high, "high", "High", "Haute"},
+    {NewReminderPriority::normal, "normal", "Medium", "Moyenne"},
+    {NewReminderPriority::low, "low", "Low", "Basse"},
+});
 
-/// "high", "normal" or "low".
-[[nodiscard]] QString rawValue(NewReminderPriority priority);
-[[nodiscard]] std::optional<NewReminderPriority> newReminderPriority(QStringView rawValue);
 /// The database's number: 1, 5 or 9.
 [[nodiscard]] constexpr int servicePriority(NewReminderPriority priority) {
     return 1 + 4 * static_cast<int>(priority);

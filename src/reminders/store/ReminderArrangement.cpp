@@ -27,7 +27,7 @@ ReminderArrangement::ReminderArrangement(const ReminderStoreServices& services, 
     , order_(storedOrder(services.defaults)) {
     order_.removeDuplicates();
     if (const auto stored = services.defaults.string(preferenceKeys::reminderSortMode))
-        sortMode_ = reminderSortMode(*stored).value_or(sortMode_);
+        sortMode_ = fromRawValue<ReminderSortMode>(*stored).value_or(sortMode_);
 }
 
 void ReminderArrangement::setSortMode(ReminderSortMode mode) {

@@ -18,11 +18,11 @@ const QTime usualTime(9, 0);
 std::vector<Schedule> offered(AlertPicker::Due due) {
     std::vector<Schedule> schedules;
     if (due == AlertPicker::Due::time) {
-        for (const ReminderAlertTiming timing : allReminderAlertTimings)
-            schedules.emplace_back(RelativeToDueTime{rawValue(timing)});
+        for (const auto& timing : choicesOf<ReminderAlertTiming>)
+            schedules.emplace_back(RelativeToDueTime{timing.rawValue});
     } else if (due == AlertPicker::Due::day) {
-        for (const ReminderDateOnlyAlertDay day : allReminderDateOnlyAlertDays)
-            schedules.emplace_back(DayRelativeToDueDate{rawValue(day), usualTime.hour(), usualTime.minute()});
+        for (const auto& day : choicesOf<ReminderDateOnlyAlertDay>)
+            schedules.emplace_back(DayRelativeToDueDate{day.rawValue, usualTime.hour(), usualTime.minute()});
     }
     return schedules;
 }
@@ -30,7 +30,7 @@ std::vector<Schedule> offered(AlertPicker::Due due) {
 /// A choice of a day, whatever the time.
 std::optional<ReminderDateOnlyAlertDay> offeredDay(const Schedule& schedule) {
     const auto* day = std::get_if<DayRelativeToDueDate>(&schedule);
-    return day ? reminderDateOnlyAlertDay(day->dayOffset) : std::nullopt;
+    return day ? fromRawValue<ReminderDateOnlyAlertDay>(day->dayOffset) : std::nullopt;
 }
 
 QString idOf(const Schedule& schedule) {
@@ -136,7 +136,7 @@ QString AlertPicker::titleOf(const std::optional<Schedule>& schedule) const {
     if (!schedule)
         return localizer_(text("No alert", "Aucune alerte"));
     const auto day = offeredDay(*schedule);
-    return localizer_(day ? label(*day) : label(*schedule, localizer_.clockHours()));
+    return localizer_(day ? kestrant::title(*day) : label(*schedule, localizer_.clockHours()));
 }
 
 QString AlertPicker::timeTextOf(const std::optional<Schedule>& schedule) const {

@@ -280,7 +280,7 @@ ReminderRepeat QuickAddViewModel::repeat() const {
 }
 
 void QuickAddViewModel::setRepeatId(const QString& id) {
-    repeat_ = reminderRepeat(id).value_or(ReminderRepeat::none);
+    repeat_ = fromRawValue<ReminderRepeat>(id).value_or(ReminderRepeat::none);
     edited();
 }
 
@@ -297,7 +297,7 @@ QString QuickAddViewModel::priority() const {
 }
 
 void QuickAddViewModel::setPriority(const QString& raw) {
-    const auto priority = newReminderPriority(raw);
+    const auto priority = fromRawValue<NewReminderPriority>(raw);
     if ((!priority && raw != noPriority) || priority == priority_)
         return;
     priority_ = priority;
@@ -313,15 +313,14 @@ QString QuickAddViewModel::priorityTitle() const {
 }
 
 QVariantList QuickAddViewModel::priorities() const {
-    const auto entry = [this](NewReminderPriority priority, const TextPair& title) {
+    const auto entry = [this](NewReminderPriority priority) {
         return QVariantMap{{QStringLiteral("id"), rawValue(priority)},
-                           {QStringLiteral("title"), localizer_(title)}};
+                           {QStringLiteral("title"), localizer_(kestrant::title(priority))}};
     };
     return {QVariantMap{{QStringLiteral("id"), noPriority},
                         {QStringLiteral("title"), localizer_(text("None", "Aucune"))}},
-            entry(NewReminderPriority::low, text("Low", "Basse")),
-            entry(NewReminderPriority::normal, text("Medium", "Moyenne")),
-            entry(NewReminderPriority::high, text("High", "Haute"))};
+            entry(NewReminderPriority::low), entry(NewReminderPriority::normal),
+            entry(NewReminderPriority::high)};
 }
 
 std::optional<QString> QuickAddViewModel::preferredListID() const {

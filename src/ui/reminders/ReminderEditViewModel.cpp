@@ -23,13 +23,12 @@ struct PriorityChoice {
 
 /// In the order of the form.
 std::array<PriorityChoice, 4> priorityChoices() {
-    const auto choice = [](NewReminderPriority priority, const TextPair& title) {
-        return PriorityChoice{rawValue(priority), title, servicePriority(priority)};
+    const auto choice = [](NewReminderPriority priority) {
+        return PriorityChoice{rawValue(priority), title(priority), servicePriority(priority)};
     };
     return {PriorityChoice{QStringLiteral("none"), text("None", "Aucune"), 0},
-            choice(NewReminderPriority::low, text("Low", "Basse")),
-            choice(NewReminderPriority::normal, text("Medium", "Moyenne")),
-            choice(NewReminderPriority::high, text("High", "Haute"))};
+            choice(NewReminderPriority::low), choice(NewReminderPriority::normal),
+            choice(NewReminderPriority::high)};
 }
 
 /// Which of the choices a number from 0 to 9 reads as.
@@ -260,7 +259,7 @@ QString ReminderEditViewModel::repeatId() const {
 void ReminderEditViewModel::setRepeatId(const QString& id) {
     if (id == repeatId())
         return;
-    const auto repeat = reminderRepeat(id);
+    const auto repeat = fromRawValue<ReminderRepeat>(id);
     // Unchanged rules are kept to the letter.
     repeat_ = repeat == reminderRepeat(rules_) ? std::nullopt : repeat;
     edited();

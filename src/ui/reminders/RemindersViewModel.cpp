@@ -28,7 +28,7 @@ QString alertText(const ReminderTask& task, Language language, ClockHours hours)
     if (!task.dueAlertSchedule || task.dueAlertSchedule == ReminderAlertSchedule(RelativeToDueTime{0}))
         return {};
     const auto* day = std::get_if<DayRelativeToDueDate>(&*task.dueAlertSchedule);
-    if (!day || !reminderDateOnlyAlertDay(day->dayOffset))
+    if (!day || !fromRawValue<ReminderDateOnlyAlertDay>(day->dayOffset))
         return label(*task.dueAlertSchedule, hours).in(language);
     const QString time = clockText(QTime(day->hour, day->minute), hours);
     return day->dayOffset == 0 ? time : text("day before %1", "veille %1").in(language).arg(time);
@@ -260,7 +260,7 @@ QString RemindersViewModel::flagFilterError() const {
 
 QVariantList RemindersViewModel::sortModes() const {
     QVariantList modes;
-    for (const ReminderSortMode mode : allReminderSortModes)
+    for (const auto& [mode, raw, english, french] : choicesOf<ReminderSortMode>)
         modes.append(QVariantMap{{QStringLiteral("rawValue"), rawValue(mode)},
                                  {QStringLiteral("title"), localizer_(title(mode))}});
     return modes;
@@ -271,7 +271,7 @@ QString RemindersViewModel::sortMode() const {
 }
 
 void RemindersViewModel::setSortMode(const QString& raw) {
-    if (const auto mode = reminderSortMode(raw))
+    if (const auto mode = fromRawValue<ReminderSortMode>(raw))
         store_.setSortMode(*mode);
 }
 

@@ -14,8 +14,8 @@ QVariantList repeatChoices(const std::vector<EKRecurrenceRule>& present, const L
         choices.append(QVariantMap{{QStringLiteral("id"), id},
                                    {QStringLiteral("title"), repeatTitle(rules, localizer)}});
     };
-    for (const ReminderRepeat repeat : allReminderRepeats)
-        offer(rawValue(repeat), recurrenceRules(repeat));
+    for (const auto& repeat : choicesOf<ReminderRepeat>)
+        offer(rawValue(repeat.value), recurrenceRules(repeat.value));
     if (!reminderRepeat(present))
         offer({}, present);
     return choices;

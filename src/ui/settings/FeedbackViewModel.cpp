@@ -46,9 +46,9 @@ void FeedbackViewModel::clear() {
 
 QVariantList FeedbackViewModel::categories() const {
     QVariantList result;
-    for (const FeedbackCategory category : feedbackCategories)
-        result.append(QVariantMap{{QStringLiteral("rawValue"), wireValue(category)},
-                                  {QStringLiteral("title"), localizer_(label(category))}});
+    for (const auto& [category, raw, english, french] : choicesOf<FeedbackCategory>)
+        result.append(QVariantMap{{QStringLiteral("rawValue"), QString::fromUtf8(raw)},
+                                  {QStringLiteral("title"), localizer_(title(category))}});
     return result;
 }
 
@@ -88,9 +88,8 @@ QString FeedbackViewModel::entryHelp() const {
 }
 
 void FeedbackViewModel::setCategory(const QString& rawValue) {
-    for (const FeedbackCategory category : feedbackCategories)
-        if (wireValue(category) == rawValue)
-            entry_.category = category;
+    if (const auto category = fromRawValue<FeedbackCategory>(rawValue))
+        entry_.category = *category;
     Q_EMIT changed();
 }
 

@@ -88,8 +88,8 @@ TEST(ReminderOrdering, KnowledgeLentByAnEarlierOrderingIsDroppedWithItsLocale) {
     EXPECT_THAT(german.ordered(ReminderSortMode::title, all), ElementsAre(2U, 0U, 1U));
     EXPECT_THAT(swedish.ordered(ReminderSortMode::title, all), ElementsAre(2U, 1U, 0U));
     const auto notFirst = [](std::uint32_t index) { return index != 0; };
-    for (const ReminderSortMode mode : allReminderSortModes)
-        EXPECT_THAT(swedish.ordered(mode, notFirst), ElementsAre(2U, 1U)) << rawValue(mode).toStdString();
+    for (const auto& [mode, raw, english, french] : choicesOf<ReminderSortMode>)
+        EXPECT_THAT(swedish.ordered(mode, notFirst), ElementsAre(2U, 1U)) << raw;
 }
 
 TEST(ReminderOrdering, IsTheSameWhateverWasKnownBefore) {
@@ -141,7 +141,7 @@ TEST(ReminderOrdering, IsTheSameWhateverWasKnownBefore) {
     }
 }
 
-// The rules once more, one pair at a time and as they are told, to hold the prepared numbers against.
+/// The reference: the rules applied to one pair of tasks at a time, without prepared keys.
 class PairwiseOrder {
   public:
     PairwiseOrder(ReminderSortMode mode, QStringList manualOrder)
@@ -232,7 +232,7 @@ TEST(ReminderOrdering, EqualsTheRulesAppliedPairByPairOnRandomTasks) {
             tasks.push_back(made);
         }
         std::shuffle(manualOrder.begin(), manualOrder.end(), random);
-        for (const ReminderSortMode mode : allReminderSortModes) {
+        for (const auto& [mode, raw, english, french] : choicesOf<ReminderSortMode>) {
             auto expected = tasks;
             std::sort(expected.begin(), expected.end(), PairwiseOrder(mode, manualOrder));
             std::vector<std::string> ids;
@@ -240,7 +240,7 @@ TEST(ReminderOrdering, EqualsTheRulesAppliedPairByPairOnRandomTasks) {
             for (const ReminderTask& sorted : expected)
                 ids.push_back(sorted.id.toStdString());
             EXPECT_THAT(idsInOrder(tasks, mode, manualOrder), ElementsAreArray(ids))
-                << "seed " << seed << ", " << rawValue(mode).toStdString();
+                << "seed " << seed << ", " << raw;
         }
     }
 }
