@@ -20,7 +20,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// Longer than any test takes, for tests that are not about it.
+/// A time-out for tests that are not about time-outs, longer than any of them takes.
 constexpr auto ages = std::chrono::hours(1);
 
 class CommandSocketTest : public ::testing::Test {

@@ -140,26 +140,5 @@ TEST(EventBehindARow, IsRecognisedByItsStartUnlessItIsTheOnlyOne) {
     EXPECT_EQ(searchIntervalFor(row), (DateInterval{start - 2min, start + 62min}));
 }
 
-TEST(CalendarErrorMessage, IsTheSentenceForThePerson) {
-    struct Case {
-        Code code;
-        const char* english;
-        const char* french;
-    };
-    for (const Case& param : {
-             Case{Code::notAuthorized, "Calendar access is not authorized.",
-                  "L’accès au calendrier n’est pas autorisé."},
-             Case{Code::emptyTitle, "Event title cannot be empty.",
-                  "Le titre de l’événement ne peut pas être vide."},
-             Case{Code::itemNotFound, "This event is no longer available.",
-                  "Cet événement n’est plus disponible."},
-             Case{Code::invalidDateRange, "The end must be after the start.",
-                  "La fin doit être après le début."},
-             Case{Code::calendarUnavailable, "This calendar is no longer available.",
-                  "Ce calendrier n’est plus disponible."},
-         })
-        EXPECT_EQ(CalendarError{param.code}.message(), text(param.english, param.french));
-}
-
 }  // namespace
 }  // namespace kestrant

@@ -117,7 +117,7 @@ TEST_F(LedgerRepository, KeepsWhatOthersHaveRecordedAndTakesItOver) {
         EXPECT_THAT(recorded, testing::ElementsAre("b", "c", "d"));
     }
 
-    // One that has gone is written anew, whole.
+    // A ledger file that was deleted is written again in full.
     ASSERT_TRUE(QFile::remove(path()));
     EXPECT_EQ(first.reconcile({}, observed("e"), now), true);
     EXPECT_EQ(CompletionLedgerRepository(path()).sortedRecords().size(), 4U);

@@ -82,7 +82,7 @@ void CalDavServer::start() {
     while (!said.contains("Radicale server ready") && ::read(output[0], &character, 1) == 1)
         said.append(character);
     EXPECT_TRUE(said.contains("Radicale server ready")) << said.constData();
-    // What it says from here on goes nowhere.
+    // Later answers are dropped.
     ::close(output[0]);
 }
 

@@ -57,10 +57,10 @@ TEST_F(CalDavSilence, HoldsUpNoOtherList) {
 
 TEST_F(CalDavSilence, BeginsWithoutAListThatIsLate) {
     const QString local = driver.addList("Local");
-    // Whoever knows what it wants does not wait for it any longer.
+    // A store that was told which lists it needs does not wait for the silent one.
     for (const auto& wanted : {std::optional<QStringList>(), std::optional(QStringList{"bread"})}) {
         server.pause();
-        // Whoever opens the account now has to wait for the server.
+        // Opening the account from here on waits for the server.
         house.service.kill("org.gnome.evolution.dataserver.Calendar");
         EvolutionEventStore store(house.scheduler, house.scheduler, house.currentZone, 10s,
                                   {.items = wanted});
@@ -181,7 +181,7 @@ TEST_F(CalDavSilence, TellsWhatBecameOfAChangeOverWhichTheServerWentAway) {
                              house.store.awaitOutcome("bread", [&](const auto& outcome) { known = outcome; });
                      });
     house.awaitThat([&] { return !house.store.problems().empty(); });
-    // It may get at the request before it ends, or not.
+    // Either outcome is right: the process may read the request before it ends.
     server.stop();
     server.start();
     house.awaitThat([&] { return known.has_value(); });

@@ -55,7 +55,7 @@ std::vector<std::string> everythingIn(const QString& folder) {
     return rows;
 }
 
-/// Gives up the rights of root, who may write everything, until it goes.
+/// Drops the rights of root, who may write everything, while it lives.
 class AsNobody {
   public:
     AsNobody() : wasRoot_(::geteuid() == 0) { set(wasRoot_, 65534); }

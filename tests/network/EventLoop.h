@@ -7,11 +7,10 @@ namespace kestrant {
 /// Makes the application object that Qt's event loop needs, for the rest of the process.
 void ensureApplication();
 
-/// Turns the event loop of this thread until `done` holds. False when it still does not after twenty seconds,
-/// which is a failure of whoever should have.
+/// Runs the event loop of this thread until `done` holds; false when it does not hold after twenty seconds.
 [[nodiscard]] bool turnUntil(const std::function<bool()>& done);
 
-/// Has turnUntil() on the main thread look again. Thread: any.
+/// Makes turnUntil() on the main thread check its condition again. Thread: any.
 void wakeLoop();
 
 }  // namespace kestrant

@@ -283,7 +283,7 @@ TEST(HttpSession, ATrickleEndsAfterTheTotalTimeout) {
     client.post(server.url());
     ASSERT_TRUE(turnUntil([&] { return server.paddingWritten() == 1; }));
     client.scheduler.advance(19s);
-    // The byte that has arrived meanwhile starts the idle time anew.
+    // Each byte that arrives restarts the idle time.
     ASSERT_TRUE(turnUntil([&] { return client.scheduler.pendingCount() == 2; }));
     client.scheduler.advance(11s);
     ASSERT_TRUE(client.result);

@@ -61,7 +61,7 @@ TEST(RecapShareLink, IsReadAsItWasMadeAndNotWithoutItsEnd) {
         for (qsizetype cut = 0; cut < fragment.size(); cut += 1 + fragment.size() / 20)
             ASSERT_EQ(readRecapFragment(fragment.first(cut)), std::nullopt) << cut;
         ASSERT_EQ(readRecapFragment(fragment + 'A'), std::nullopt);
-        // Whatever else is read is a recap that has this very text.
+        // Every other text that can be read is the text of exactly one recap.
         QByteArray other = fragment;
         other[qsizetype(random() % unsigned(other.size()))] = "AZaz09-_=%\0"[random() % 11];
         const auto read = readRecapFragment(other);

@@ -29,8 +29,8 @@ class ManualScheduler : public Scheduler, public Clock {
     void jumpWall(Duration duration);
     /// Runs what was posted (and what that posts) without moving time.
     void runPosted();
-    /// Runs posted work until `done` holds, waiting for other threads to post. False when nothing was posted
-    /// for a minute, which is a failure of whoever should have.
+    /// Runs posted work until `done` holds, waiting for other threads to post; false when nothing was posted
+    /// for a minute.
     [[nodiscard]] bool runUntil(const std::function<bool()>& done);
 
     /// Timers that have not run or been cancelled.

@@ -22,7 +22,7 @@ using testing::UnorderedElementsAre;
 using Read = tl::expected<QSet<QString>, FlaggedReminderAutomation::AutomationError>;
 using Set = tl::expected<void, FlaggedReminderAutomation::AutomationError>;
 
-/// Keeps back what is posted, but for the first so many, until it is opened.
+/// A scheduler that holds posted work back, except the first few items, until it is opened.
 class Gate : public Scheduler {
   public:
     explicit Gate(Scheduler& scheduler) : scheduler_(scheduler) {}

@@ -21,7 +21,7 @@ NewReminder newReminder(const char* title) {
 
 class ReminderStoreChanges : public ReminderStoreTest {
   protected:
-    /// How an operation ended, once everything that follows from it is over.
+    /// The result of an operation, after all of its consequences.
     template <typename Change>
     std::optional<Code> outcome(Change change) {
         ended = {};

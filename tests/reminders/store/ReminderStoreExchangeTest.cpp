@@ -51,7 +51,7 @@ TEST_F(ReminderStoreExchangeTest, LateAnswersOfTheFormerDatabaseAreDropped) {
     first->setAuthorizationStatus(EKAuthorizationStatus::denied);
     EventStoreSwitch eventStore(QStringLiteral("first"), giving(std::move(first)));
     makeStoreOn(eventStore).requestAccess();
-    // Its refusal is on the way when another one takes its place.
+    // The database is exchanged before its refusal has arrived.
     exchange(eventStore, databaseWith("second"));
     scheduler.advance(1s);
     EXPECT_EQ(store->accessState().kind, ReminderAccessState::Kind::authorized);

@@ -13,7 +13,7 @@ using Code = ReminderStoreError::Code;
 const QString a = QStringLiteral("a");
 const QString b = QStringLiteral("b");
 
-/// Knows the flags as the Reminders application has them, and what it was asked.
+/// A script host with the flags of the reminders application; records the scripts it was given.
 class ScriptedHost : public ScriptHost {
   public:
     tl::expected<QStringList, ScriptError> execute(const ReminderScript& script) override {

@@ -15,7 +15,7 @@ constexpr std::optional<Code> done = std::nullopt;
 
 class ReminderStoreHistory : public ReminderStoreTest {
   protected:
-    /// How a replay ended, once everything that follows from it is over.
+    /// The result of a replay, after all of its consequences.
     std::optional<Code> undo() { return replay(&ReminderActionHistory::undo); }
     std::optional<Code> redo() { return replay(&ReminderActionHistory::redo); }
     std::optional<Code> replay(void (ReminderActionHistory::*direction)(ReminderActionHistory::Done,
