@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
 namespace kestrant {
 namespace {
 
@@ -15,13 +17,8 @@ using Command = CommandLineArguments::Command;
 const CommandLineContext paris{parseIso8601(u"2026-03-27T11:00:00Z").value(),
                                *TimeZone::named("Europe/Paris")};
 
-struct WrongCase {
-    QStringList arguments;
-    const char* message;
-};
-
 TEST(CommandLineArguments, ThatAreWrongAreRefusedWithTheReason) {
-    const WrongCase cases[] = {
+    const std::pair<QStringList, const char*> cases[] = {
         {{}, "A command is missing."},
         {{"--json"}, "A command is missing."},
         {{"events"}, "There is no command events."},
@@ -87,10 +84,10 @@ TEST(CommandLineArguments, ThatAreWrongAreRefusedWithTheReason) {
         {{"delete-event"}, "delete-event needs the identifier of a row of the agenda."},
         {{"list", "--now", "noon"}, "--now: “noon” is no time; write it like 2026-03-27T14:30:00Z."},
     };
-    for (const WrongCase& testCase : cases) {
-        const auto parsed = parseCommandLine(testCase.arguments, paris);
-        ASSERT_FALSE(parsed.has_value()) << testCase.message;
-        EXPECT_EQ(parsed.error().english, QString::fromUtf8(testCase.message));
+    for (const auto& [arguments, message] : cases) {
+        const auto parsed = parseCommandLine(arguments, paris);
+        ASSERT_FALSE(parsed.has_value()) << message;
+        EXPECT_EQ(parsed.error().english, QString::fromUtf8(message));
         EXPECT_NE(parsed.error().french, parsed.error().english);
         EXPECT_FALSE(parsed.error().french.contains(u'%'));
     }

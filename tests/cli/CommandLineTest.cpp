@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include <algorithm>
+#include <utility>
 
 namespace kestrant {
 namespace {
@@ -50,13 +51,8 @@ TEST_F(CommandLineTest, ListPrintsTheOpenRemindersAsJson) {
     EXPECT_FALSE(QFile::exists(path("ledger.json"))) << "reading leaves no trace";
 }
 
-struct ListCase {
-    QStringList options;
-    QStringList ids;
-};
-
 TEST_F(CommandLineTest, ListTakesFiltersSearchAndOrder) {
-    const ListCase cases[] = {
+    const std::pair<QStringList, QStringList> cases[] = {
         {{}, {"taxes", "milk", "report"}},
         {{"--sort", "title"}, {"report", "milk", "taxes"}},
         {{"--sort", "creationNewestFirst"}, {"report", "taxes", "milk"}},
@@ -72,10 +68,10 @@ TEST_F(CommandLineTest, ListTakesFiltersSearchAndOrder) {
         {{"--search", "il", "--sort", "title"}, {"milk", "taxes"}},
         {{"--list", "home", "--today", "--search", "taxes"}, {}},
     };
-    for (const ListCase& testCase : cases) {
-        const Result result = run(QStringList{"list", "--json"} + testCase.options);
+    for (const auto& [options, ids] : cases) {
+        const Result result = run(QStringList{"list", "--json"} + options);
         EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.ids(), testCase.ids) << testCase.options.join(u' ').toStdString();
+        EXPECT_EQ(result.ids(), ids) << options.join(u' ').toStdString();
     }
 }
 

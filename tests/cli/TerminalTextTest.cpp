@@ -5,17 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <utility>
 
 namespace kestrant {
 namespace {
 
-struct WidthCase {
-    const char* text;
-    int columns;
-};
-
 TEST(TerminalText, TakesTheColumnsThatATerminalGivesItWhateverTheLocale) {
-    const WidthCase cases[] = {
+    const std::pair<const char*, int> cases[] = {
         {"", 0},
         {"milk", 4},
         {"Ärger", 5},
@@ -44,9 +40,8 @@ TEST(TerminalText, TakesTheColumnsThatATerminalGivesItWhateverTheLocale) {
     };
     for (const char* locale : {"C", "POSIX", "C.UTF-8", ""}) {
         std::setlocale(LC_ALL, locale);
-        for (const WidthCase& testCase : cases)
-            EXPECT_EQ(columnsOf(QString::fromUtf8(testCase.text)), testCase.columns)
-                << testCase.text << " in " << locale;
+        for (const auto& [text, columns] : cases)
+            EXPECT_EQ(columnsOf(QString::fromUtf8(text)), columns) << text << " in " << locale;
     }
 }
 

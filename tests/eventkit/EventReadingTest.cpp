@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
 namespace kestrant {
 namespace {
 
@@ -351,23 +353,19 @@ TEST(EventSeriesTest, FindsOccurrencesFarFromTheStartAtOnce) {
 }
 
 TEST(EventSeriesTest, BoundsWhatARuleCanGive) {
-    struct Case {
-        const char* rule;
-        std::optional<Instant> end;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::optional<Instant>> cases[] = {
         {"FREQ=DAILY", std::nullopt},
         {"FREQ=DAILY;COUNT=3", at("UTC", {2026, 3, 29}, {10, 0})},
         {"FREQ=SECONDLY;COUNT=2000000000",
          at("UTC", {2026, 3, 27}, {10, 0}) + std::chrono::seconds(1'999'999'999)},
         {"FREQ=MONTHLY;COUNT=2000000000", std::nullopt},
     };
-    for (const Case& each : cases) {
+    for (const auto& [rule, end] : cases) {
         const auto series =
-            seriesIn(event("DTSTART:20260327T090000Z\nDURATION:PT1H\nRRULE:" + QByteArray(each.rule) + "\n"));
-        ASSERT_TRUE(series.at(0).recurring().has_value()) << each.rule;
-        EXPECT_EQ(series[0].recurring()->start, at("UTC", {2026, 3, 27}, {9, 0})) << each.rule;
-        EXPECT_EQ(series[0].recurring()->end, each.end) << each.rule;
+            seriesIn(event("DTSTART:20260327T090000Z\nDURATION:PT1H\nRRULE:" + QByteArray(rule) + "\n"));
+        ASSERT_TRUE(series.at(0).recurring().has_value()) << rule;
+        EXPECT_EQ(series[0].recurring()->start, at("UTC", {2026, 3, 27}, {9, 0})) << rule;
+        EXPECT_EQ(series[0].recurring()->end, end) << rule;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <utility>
 
 namespace kestrant {
 namespace {
@@ -13,13 +14,8 @@ Instant microsecondsAfter1970(qint64 value) {
     return Instant(Duration(value));
 }
 
-struct Iso8601Case {
-    const char* text;
-    qint64 microseconds;
-};
-
 TEST(Iso8601, ReadsADateTimeWithItsDistanceFromUtc) {
-    const Iso8601Case cases[] = {
+    const std::pair<const char*, qint64> cases[] = {
         {"2026-03-27T13:30:00Z", 1'774'618'200'000'000},
         {"2026-03-27T14:30:00+01:00", 1'774'618'200'000'000},
         {"2026-03-27T08:00:00-0530", 1'774'618'200'000'000},
@@ -32,10 +28,8 @@ TEST(Iso8601, ReadsADateTimeWithItsDistanceFromUtc) {
         {"0001-01-01T00:00:00Z", -62'135'596'800'000'000},
         {"9999-12-31T23:59:59Z", 253'402'300'799'000'000},
     };
-    for (const Iso8601Case& testCase : cases)
-        EXPECT_EQ(parseIso8601(QLatin1String(testCase.text).toString()),
-                  microsecondsAfter1970(testCase.microseconds))
-            << testCase.text;
+    for (const auto& [text, microseconds] : cases)
+        EXPECT_EQ(parseIso8601(QLatin1String(text).toString()), microsecondsAfter1970(microseconds)) << text;
 }
 
 TEST(Iso8601, RefusesEverythingElse) {

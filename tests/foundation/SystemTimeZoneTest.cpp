@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
 namespace kestrant {
 namespace {
 
@@ -18,11 +20,7 @@ constexpr std::chrono::sys_days firstDay = std::chrono::year(1975) / 1 / 1;
 constexpr std::chrono::sys_days lastDay = std::chrono::year(2060) / 1 / 1;
 
 TEST(TheZoneOfTheProcess, IsWhatTheCLibraryTakesTZFor) {
-    struct Case {
-        QByteArray text;
-        const char* id;
-    };
-    const Case cases[] = {
+    const std::pair<QByteArray, const char*> cases[] = {
         {"Europe/Paris", "Europe/Paris"},
         {":Europe/Paris", "Europe/Paris"},
         {"US/Pacific", "US/Pacific"},
@@ -52,15 +50,15 @@ TEST(TheZoneOfTheProcess, IsWhatTheCLibraryTakesTZFor) {
         {"CEST", "UTC"},
         {"3", "UTC"},
     };
-    for (const Case& each : cases) {
-        const ProcessZone process(each.text);
+    for (const auto& [text, id] : cases) {
+        const ProcessZone process(text);
         const TimeZone zone = systemTimeZone(QStringLiteral("/etc"));
-        EXPECT_EQ(zone.id(), each.id) << each.text.toStdString();
+        EXPECT_EQ(zone.id(), id) << text.toStdString();
         for (Instant instant = firstDay; instant < lastDay; instant += 101h) {
             ASSERT_EQ(zone.offsetAt(instant).count(),
                       ProcessZone::offsetAt(
                           std::chrono::floor<std::chrono::seconds>(instant).time_since_epoch().count()))
-                << each.text.toStdString() << ' ' << toIso8601(instant).toStdString();
+                << text.toStdString() << ' ' << toIso8601(instant).toStdString();
         }
     }
 }

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <optional>
+#include <utility>
 
 namespace kestrant {
 namespace {
@@ -97,13 +98,8 @@ TEST(Preferences, AreKeptUnderTheirNames) {
     EXPECT_EQ(preferences.announcementPresentedCount(), 3);
 }
 
-struct MigrationCase {
-    const char* before;
-    const char* after;
-};
-
 TEST(HoverDelayMigration, TurnsOnlyTheMarkerIntoTheSettingOfItsOwn) {
-    const MigrationCase cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {R"({"hoverExpandDelay": -1.0})",
          R"({"hoverExpandDelay": 0.3, "requiresClickOrSwipeToExpand": true})"},
         {R"({"hoverExpandDelay": -0.5})", R"({"hoverExpandDelay": -0.5})"},
@@ -112,11 +108,10 @@ TEST(HoverDelayMigration, TurnsOnlyTheMarkerIntoTheSettingOfItsOwn) {
          R"({"hoverExpandDelay": 0.3, "requiresClickOrSwipeToExpand": false})"},
         {"{}", "{}"},
     };
-    for (const MigrationCase& testCase : cases) {
-        Stored stored(testCase.before);
+    for (const auto& [before, after] : cases) {
+        Stored stored(before);
         stored.preferences.migrateHoverExpandDelay();
-        EXPECT_EQ(stored.defaults.values(), QJsonDocument::fromJson(testCase.after).object())
-            << testCase.before;
+        EXPECT_EQ(stored.defaults.values(), QJsonDocument::fromJson(after).object()) << before;
     }
 }
 

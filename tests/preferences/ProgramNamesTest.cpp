@@ -2,18 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 using namespace kestrant;
 
 namespace {
 
 TEST(ProgramNames, PutIntoTheSentencesGiveTheirFixedWordingAndTrueNamesHere) {
-    struct Case {
-        TextPair actual;
-        TextPair expected;
-    };
     const ProgramNames& home = homePlatformNames();
     const QString work = QStringLiteral("Agenda %1");
-    const Case cases[] = {
+    const std::pair<TextPair, TextPair> cases[] = {
         {programTexts::connectingToCalendar(home),
          text("Connecting to Apple Calendar…", "Connexion à Apple Calendrier…")},
         {programTexts::deletesEvent(work, home),
@@ -44,8 +42,8 @@ TEST(ProgramNames, PutIntoTheSentencesGiveTheirFixedWordingAndTrueNamesHere) {
               "L’échéance sera effacée dans vos rappels. Le rappel restera dans sa liste.")},
         {programTexts::openSystemSettings(), {}},
     };
-    for (const Case& one : cases)
-        EXPECT_EQ(one.actual, one.expected) << qPrintable(one.actual.english);
+    for (const auto& [actual, expected] : cases)
+        EXPECT_EQ(actual, expected) << qPrintable(actual.english);
 }
 
 }  // namespace

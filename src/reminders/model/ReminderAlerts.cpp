@@ -43,7 +43,7 @@ std::optional<Instant> instantOf(const DayRelativeToDueDate& schedule, const Dat
                                  const TimeZone& zone) {
     const QTime time(schedule.hour, schedule.minute);
     if (due.includesTime() || !due.date().isValid() || !time.isValid() ||
-        !reminderDateOnlyAlertDay(schedule.dayOffset))
+        !fromRawValue<ReminderDateOnlyAlertDay>(schedule.dayOffset))
         return std::nullopt;
     return zone.instantAt(due.date().addDays(schedule.dayOffset), time, GapPolicy::nextExisting);
 }

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 using namespace kestrant;
 
 namespace {
@@ -84,11 +86,7 @@ TEST(TouchpadDirection, IsAskedOfTheDesktopThatRuns) {
 }
 
 TEST(TouchpadDirection, IsReadFromEachDesktopsAnswer) {
-    struct Case {
-        const char* answer;
-        std::optional<bool> expected;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::optional<bool>> cases[] = {
         {"true\n", true},
         {"false\n", false},
         {"", {}},
@@ -102,8 +100,8 @@ TEST(TouchpadDirection, IsReadFromEachDesktopsAnswer) {
         {R"([{"type": "touchpad"}])", {}},
         {R"([{"type": "keyboard"}])", {}},
     };
-    for (const Case& one : cases)
-        EXPECT_EQ(touchpadAnswer(one.answer), one.expected) << one.answer;
+    for (const auto& [answer, expected] : cases)
+        EXPECT_EQ(touchpadAnswer(answer), expected) << answer;
 }
 
 }  // namespace

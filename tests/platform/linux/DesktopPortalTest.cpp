@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <utility>
 
 using namespace kestrant;
 
@@ -85,11 +86,7 @@ TEST(DesktopAppearance, UnderstandsWhatVariousDesktopsSay) {
     const auto setting = [](const char* group, const char* key, const QVariant& value) {
         return Groups{{QString::fromUtf8(group), {{QString::fromUtf8(key), value}}}};
     };
-    struct Case {
-        Groups settings;
-        AppearanceSettings wishes;
-    };
-    const Case cases[] = {
+    const std::pair<Groups, AppearanceSettings> cases[] = {
         {{}, {}},
         {setting("org.gnome.desktop.interface", "enable-animations", false), {.reducedMotion = true}},
         {setting("org.gnome.desktop.interface", "enable-animations", true), {}},
@@ -104,9 +101,9 @@ TEST(DesktopAppearance, UnderstandsWhatVariousDesktopsSay) {
         {setting("org.gnome.desktop.interface", "text-scaling-factor", 40.0), {.textScale = 3.0}},
         {setting("org.gnome.desktop.interface", "text-scaling-factor", "large"), {}},
     };
-    for (const Case& one : cases)
-        EXPECT_EQ(readAppearance(one.settings), one.wishes)
-            << (one.settings.isEmpty() ? "nothing" : qPrintable(one.settings.first().firstKey()));
+    for (const auto& [settings, wishes] : cases)
+        EXPECT_EQ(readAppearance(settings), wishes)
+            << (settings.isEmpty() ? "nothing" : qPrintable(settings.first().firstKey()));
 }
 
 TEST(DesktopAppearance, TakesOverWhatThePortalSaysAndFollowsIt) {

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <limits>
+#include <utility>
 
 namespace kestrant {
 namespace {
@@ -227,11 +228,7 @@ TEST(ReminderAlerts, ReadsTheFirstAlarmThatRingsByDate) {
 }
 
 TEST(ReminderAlerts, EveryScheduleIsToldInWords) {
-    struct Case {
-        ReminderAlertSchedule schedule;
-        TextPair expected;
-    };
-    const Case cases[] = {
+    const std::pair<ReminderAlertSchedule, TextPair> cases[] = {
         {RelativeToDueTime{0}, text("At due time", "À l’heure")},
         {RelativeToDueTime{-900}, text("15 min before", "15 min avant")},
         {RelativeToDueTime{-5400}, text("90 min before", "90 min avant")},
@@ -244,8 +241,8 @@ TEST(ReminderAlerts, EveryScheduleIsToldInWords) {
         {DayRelativeToDueDate{-2, 9, 5}, text("2 days before at 09:05", "2 jours avant à 09:05")},
         {DayRelativeToDueDate{1, 9, 0}, text("1 day after at 09:00", "1 jour après à 09:00")},
     };
-    for (const Case& each : cases)
-        EXPECT_EQ(label(each.schedule), each.expected) << each.expected.english.toStdString();
+    for (const auto& [schedule, expected] : cases)
+        EXPECT_EQ(label(schedule), expected) << expected.english.toStdString();
 }
 
 }  // namespace
