@@ -68,7 +68,7 @@ class FeedbackViewModel : public QObject {
     [[nodiscard]] QVariantList categories() const;
     [[nodiscard]] QVariantMap texts() const;
     [[nodiscard]] QString entryHelp() const;
-    [[nodiscard]] QString category() const { return wireValue(entry_.category); }
+    [[nodiscard]] QString category() const { return rawValue(entry_.category); }
     void setCategory(const QString& rawValue);
     [[nodiscard]] const QString& message() const { return entry_.message; }
     void setMessage(const QString& message);
