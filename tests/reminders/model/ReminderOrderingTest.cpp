@@ -88,8 +88,8 @@ TEST(ReminderOrdering, KnowledgeLentByAnEarlierOrderingIsDroppedWithItsLocale) {
     EXPECT_THAT(german.ordered(ReminderSortMode::title, all), ElementsAre(2U, 0U, 1U));
     EXPECT_THAT(swedish.ordered(ReminderSortMode::title, all), ElementsAre(2U, 1U, 0U));
     const auto notFirst = [](std::uint32_t index) { return index != 0; };
-    for (const auto& [mode, raw, english, french] : choicesOf<ReminderSortMode>)
-        EXPECT_THAT(swedish.ordered(mode, notFirst), ElementsAre(2U, 1U)) << raw;
+    for (const auto& choice : choicesOf<ReminderSortMode>)
+        EXPECT_THAT(swedish.ordered(choice.value, notFirst), ElementsAre(2U, 1U)) << choice.rawValue;
 }
 
 TEST(ReminderOrdering, IsTheSameWhateverWasKnownBefore) {
@@ -232,15 +232,15 @@ TEST(ReminderOrdering, EqualsTheRulesAppliedPairByPairOnRandomTasks) {
             tasks.push_back(made);
         }
         std::shuffle(manualOrder.begin(), manualOrder.end(), random);
-        for (const auto& [mode, raw, english, french] : choicesOf<ReminderSortMode>) {
+        for (const auto& choice : choicesOf<ReminderSortMode>) {
             auto expected = tasks;
-            std::sort(expected.begin(), expected.end(), PairwiseOrder(mode, manualOrder));
+            std::sort(expected.begin(), expected.end(), PairwiseOrder(choice.value, manualOrder));
             std::vector<std::string> ids;
             ids.reserve(expected.size());
             for (const ReminderTask& sorted : expected)
                 ids.push_back(sorted.id.toStdString());
-            EXPECT_THAT(idsInOrder(tasks, mode, manualOrder), ElementsAreArray(ids))
-                << "seed " << seed << ", " << raw;
+            EXPECT_THAT(idsInOrder(tasks, choice.value, manualOrder), ElementsAreArray(ids))
+                << "seed " << seed << ", " << choice.rawValue;
         }
     }
 }
