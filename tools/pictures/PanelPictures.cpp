@@ -239,7 +239,7 @@ std::vector<Picture> panelPictures() {
              stage.press(Qt::Key_Down);
          })},
         {named("drag"), expanded([](Stage& stage) {
-             stage.drag({360, 70}, {780, 150});
+             stage.drag({360, 70}, {744, 124});
          })},
         {named("drag-full-calendar"), expanded([](Stage& stage) {
              stage.showFullCalendar();

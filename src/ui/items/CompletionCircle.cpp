@@ -13,7 +13,7 @@ double lightness(const QColor& color) {
 
 }  // namespace
 
-CompletionCircle::CompletionCircle(QQuickItem* parent) : QQuickPaintedItem(parent) {
+CompletionCircle::CompletionCircle(QQuickItem* parent) : PaintedItem(parent) {
     setAntialiasing(true);
     connect(this, &CompletionCircle::changed, this, [this] { update(); });
 }

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "ui/items/PaintedItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 
 namespace kestrant {
 
 /// The circle of a card: a ring in its list's colour that fills, with a check mark, as `progress` goes from 0
 /// to 1.
-class CompletionCircle : public QQuickPaintedItem {
+class CompletionCircle : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)

@@ -12,7 +12,7 @@ constexpr int degree = 16;
 
 }  // namespace
 
-CountdownRing::CountdownRing(QQuickItem* parent) : QQuickPaintedItem(parent) {
+CountdownRing::CountdownRing(QQuickItem* parent) : PaintedItem(parent) {
     setAntialiasing(true);
     connect(this, &CountdownRing::changed, this, [this] { update(); });
 }

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "ui/items/PaintedItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 
 namespace kestrant {
 
 /// A ring that empties clockwise as `remaining` goes from 1 to 0.
-class CountdownRing : public QQuickPaintedItem {
+class CountdownRing : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)

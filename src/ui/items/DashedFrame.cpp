@@ -11,7 +11,7 @@ const QList<qreal> pattern{4.0, 3.5};
 
 }  // namespace
 
-DashedFrame::DashedFrame(QQuickItem* parent) : QQuickPaintedItem(parent) {
+DashedFrame::DashedFrame(QQuickItem* parent) : PaintedItem(parent) {
     setAntialiasing(true);
     connect(this, &DashedFrame::changed, this, [this] { update(); });
 }

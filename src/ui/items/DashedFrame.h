@@ -1,12 +1,13 @@
 #pragma once
 
+#include "ui/items/PaintedItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 
 namespace kestrant {
 
 /// A dashed line around an empty place, with rounded corners. Thread: main.
-class DashedFrame : public QQuickPaintedItem {
+class DashedFrame : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)

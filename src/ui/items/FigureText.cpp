@@ -39,7 +39,7 @@ double layOut(const QString& text, const QFont& font,
 
 }  // namespace
 
-FigureText::FigureText(QQuickItem* parent) : QQuickPaintedItem(parent) {
+FigureText::FigureText(QQuickItem* parent) : PaintedItem(parent) {
     connect(this, &FigureText::changed, this, &FigureText::measure);
     measure();
 }

@@ -1,15 +1,16 @@
 #pragma once
 
+#include "ui/items/PaintedItem.h"
+
 #include <QColor>
 #include <QFont>
-#include <QQuickPaintedItem>
 #include <QString>
 
 namespace kestrant {
 
 /// A short text, such as a time, whose figures all take the same width, so that times stand below each other
 /// digit by digit. On one line, its own height and width.
-class FigureText : public QQuickPaintedItem {
+class FigureText : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString text MEMBER text_ NOTIFY changed)

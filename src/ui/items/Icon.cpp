@@ -28,7 +28,7 @@ const LineDrawing& drawingOf(const QString& name) {
 
 }  // namespace
 
-Icon::Icon(QQuickItem* parent) : QQuickPaintedItem(parent) {
+Icon::Icon(QQuickItem* parent) : PaintedItem(parent) {
     setImplicitSize(16, 16);
     setAntialiasing(true);
     connect(this, &Icon::changed, this, [this] { update(); });

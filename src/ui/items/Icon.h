@@ -1,13 +1,14 @@
 #pragma once
 
+#include "ui/items/PaintedItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 
 namespace kestrant {
 
 /// One of the program's own line icons, drawn on a grid of 16 points and centred in the item. Its file is
 /// SVG; colour and width of the lines are this item's.
-class Icon : public QQuickPaintedItem {
+class Icon : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     /// A file in resources/icons/panel, without its ending; nothing is drawn for an empty one.

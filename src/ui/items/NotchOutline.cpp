@@ -35,7 +35,7 @@ QPainterPath outlinePath(const NotchContainerShape& shape, double areaWidth) {
     return path;
 }
 
-NotchOutline::NotchOutline(QQuickItem* parent) : QQuickPaintedItem(parent) {
+NotchOutline::NotchOutline(QQuickItem* parent) : PaintedItem(parent) {
     setAntialiasing(true);
     connect(this, &NotchOutline::shapeChanged, this, [this] { update(); });
     connect(this, &NotchOutline::rimChanged, this, [this] { update(); });

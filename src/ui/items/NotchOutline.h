@@ -1,10 +1,10 @@
 #pragma once
 
 #include "ui/items/Glass.h"
+#include "ui/items/PaintedItem.h"
 
 #include <QColor>
 #include <QPainterPath>
-#include <QQuickPaintedItem>
 
 namespace kestrant {
 
@@ -15,7 +15,7 @@ struct NotchContainerShape;
 
 /// The panel's body, joined to the top edge of the item and centred in it. What the item covers is kept
 /// in memory as pixels: let it be no higher than the shape.
-class NotchOutline : public QQuickPaintedItem {
+class NotchOutline : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(double shapeWidth MEMBER shapeWidth_ NOTIFY shapeChanged)

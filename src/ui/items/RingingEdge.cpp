@@ -15,7 +15,7 @@ constexpr double lag = 0.35;
 
 }  // namespace
 
-RingingEdge::RingingEdge(QQuickItem* parent) : QQuickPaintedItem(parent) {
+RingingEdge::RingingEdge(QQuickItem* parent) : PaintedItem(parent) {
     setAntialiasing(true);
     connect(this, &RingingEdge::changed, this, [this] { update(); });
 }

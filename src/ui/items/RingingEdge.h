@@ -1,13 +1,14 @@
 #pragma once
 
+#include "ui/items/PaintedItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 
 namespace kestrant {
 
 /// The edge of the resting notch while something rings, and two waves that go out from it. The item covers
 /// the notch and `reach` points beside and below it. Thread: main.
-class RingingEdge : public QQuickPaintedItem {
+class RingingEdge : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(double reach MEMBER reach_ NOTIFY changed)

@@ -106,7 +106,7 @@ void drawSign(QPainter& painter, const QString& kind, const QColor& color) {
 
 }  // namespace
 
-StateArt::StateArt(QQuickItem* parent) : QQuickPaintedItem(parent) {
+StateArt::StateArt(QQuickItem* parent) : PaintedItem(parent) {
     setImplicitSize(132, 84);
     setAntialiasing(true);
     connect(this, &StateArt::kindChanged, this, [this] { update(); });

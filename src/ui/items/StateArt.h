@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QQuickPaintedItem>
+#include "ui/items/PaintedItem.h"
 
 namespace kestrant {
 
 /// The picture above the words of an empty or failed module: two cards, or two sheets of a calendar, with a
 /// badge that says what is the matter.
-class StateArt : public QQuickPaintedItem {
+class StateArt : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     /// "empty", "new", "allDone", "nothingFound", "off", "denied" or "failed".

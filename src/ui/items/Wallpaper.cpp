@@ -30,7 +30,7 @@ QPainterPath hill(QSizeF size, const std::array<double, 7>& heights) {
 
 }  // namespace
 
-Wallpaper::Wallpaper(QQuickItem* parent) : QQuickPaintedItem(parent) {
+Wallpaper::Wallpaper(QQuickItem* parent) : PaintedItem(parent) {
     setAntialiasing(true);
     connect(this, &Wallpaper::radiusChanged, this, [this] { update(); });
     connect(this, &Wallpaper::warmChanged, this, [this] { update(); });

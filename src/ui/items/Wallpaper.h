@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QQuickPaintedItem>
+#include "ui/items/PaintedItem.h"
 
 namespace kestrant {
 
 /// A drawn desktop picture, hills below a sky, with rounded upper corners.
-class Wallpaper : public QQuickPaintedItem {
+class Wallpaper : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     /// Points; 0 for square corners.
