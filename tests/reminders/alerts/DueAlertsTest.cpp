@@ -66,6 +66,15 @@ TEST_F(DealingWithAlerts, SnoozesByAnAlarmThatRefersToTheOneThatRang) {
     EXPECT_EQ(reminder.alarms.size(), 2U);
 }
 
+TEST_F(DealingWithAlerts, SnoozesTheLatestInWhateverOrderTheyStand) {
+    for (const std::size_t latest : {1U, 0U}) {
+        EKReminderData snoozed = reminder;
+        snoozeAlert(snoozed, ten + 3h, ten + 2h, "NEW", zone);
+        EXPECT_EQ(snoozed.alarms[latest].identifier, "NEW");
+        std::swap(reminder.alarms[0], reminder.alarms[1]);
+    }
+}
+
 TEST_F(DealingWithAlerts, ThereIsNothingToSnoozeBeforeItRings) {
     const auto before = reminder;
     snooze(ten - 1s, ten + 10min);

@@ -57,6 +57,7 @@ TEST(ReminderRepeat, AnyRulesAreToldInWords) {
          "daily, until 3 May 2027",
          "tous les jours, jusqu’au 3 mai 2027",
          "daily"},
+        {{"FREQ=MONTHLY;BYDAY=FR;BYMONTHDAY=13"}, "custom", "personnalisée", "monthly"},
         {{"FREQ=MONTHLY;BYDAY=MO,TU;BYSETPOS=1"}, "custom", "personnalisée", "monthly"},
         {{"FREQ=YEARLY;BYMONTH=3"}, "custom", "personnalisée", "yearly"},
         {{"FREQ=HOURLY"}, "custom", "personnalisée", ""},
