@@ -34,7 +34,7 @@ clock 1440: midnight
 dayEnd 1080: eod|cob|end of day|the end of the day|end of the day|close of business
 meridiem 0: am, pm
 meridiem~ 0: a, p
-oclock 0: o clock|oclock|hours
+oclock 0: o clock|oclock
 ish 0: ish
 past 0: past|after
 to 0: to|before|till|of
@@ -78,7 +78,8 @@ or 0: or
 range 0: to|till|until|til|thru|through|up to
 until 0: until|till|til|up to|ending|ending on|ending in|through|thru
 duration 0: for|lasting|during
-hedge 0: about|around|approximately|roughly|exactly|sharp|or so
+hedge 0: about|around|approximately|roughly|exactly
+hedge 1: sharp|or so|at the latest|latest
 every 0: every|each|every single
 other 2: other|second|2nd, third|3rd, fourth|4th
 frequency 3: daily, weekly, biweekly|bi weekly|fortnightly, monthly, yearly|annually, _, quarterly

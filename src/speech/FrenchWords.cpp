@@ -61,7 +61,7 @@ lead DC: ce|dans la journee de
 lead DA: le|pour le|des le|a partir du|a compter du|au|en date du
 lead DTSPBA: avant le|d ici le|au plus tard le|d ici au|echeance le
 lead S: de la|du|de l|de|d|en|au mois de|au mois d|courant|au|sur|pour le mois de|pour la|la|le|l|en plein mois de|dans le courant de|dans le courant du
-lead P: dans la|dans l|le|la|l|en|au|en fin de|au cours de la|dans le courant de l|du|de l|de la|pendant la|pour le|pour la
+lead P: dans la|dans l|en|au|en fin de|au cours de la|dans le courant de l|du|de l|de la|pendant la|pour le|pour la
 from 0: de|du|entre|entre le|d
 of 0: de|du|d|de la|de l|des|du mois de|du mois d|au
 the 0: le|la|les|l
@@ -70,7 +70,8 @@ or 0: ou
 range 0: a|au|jusqu a|jusqu au|jusqu a la|jusqu|aux
 until 0: jusqu a|jusqu au|jusqu en|jusqu a la|jusqu a fin|jusque
 duration 0: pendant|durant|pour|d une duree de|duree
-hedge 0: environ|vers|pile|a peu pres|exactement|max|maximum|dernier delai|au plus tard
+hedge 0: vers|a peu pres|exactement
+hedge 1: environ|pile|max|maximum|dernier delai|au plus tard
 every 0: chaque|tous les|toutes les|tout les|toute les|chacun des|chaque premier
 outOf 0: sur
 other 2: deux

@@ -110,7 +110,8 @@ void Grammar::addRules(int i, Atoms& result) const {
     if (senses_.has(i, Sense::weekdays)) {
         int end = i;
         const std::uint8_t days = weekdayList(i, end, Sense::weekdays);
-        add(end, {.frequency = Frequency::weekly, .weekdays = days}, Need::help);
+        const bool isLast = tokens_.isStop(end) && i > 0;
+        add(end, {.frequency = Frequency::weekly, .weekdays = days}, isLast ? Need::room : Need::help);
         result.back().helpedBy = leadsToDay;
     }
     // "once a week", "deux fois par mois" is left, since it names no days.

@@ -328,15 +328,15 @@ void Grammar::addTimeRanges(int i, Atoms& result) const {
         return;
     if (atom.beginsBare && !start->meaning.isOfTwelve && end->meaning.minute <= start->meaning.minute)
         return;
+    atom.isBare = arePlain;
+    if (arePlain && isSaid)
+        atom.need = Need::room;
     if (arePlain && !isSaid) {
         const bool isGlued = tokens_.isGlued(start->end) && tokens_.isGlued(from);
         if (!isGlued)
             return;
         atom.need = Need::help;
-        atom.isBare = true;
     }
-    if (arePlain && tokens_[i].digits > 2)
-        atom.need = isSaid ? Need::nothing : Need::help;
     // Of "14 à 16h" the first hour is on the same clock as the second.
     if (start->isBare && !end->isBare && !end->meaning.isVague && end->meaning.isOfTwelve)
         atom.meaning.isVague = false;

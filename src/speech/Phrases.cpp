@@ -26,6 +26,8 @@ struct Chain {
     bool hasLead = false;
     bool isLed = false;
     bool hasFrom = false;
+    /// Begins with "de", which makes a time a part of the title unless it is a span.
+    bool isGenitive = false;
     bool isAmbiguous = false;
     /// The last words are a time, behind which a zone may stand.
     bool endsWithTime = false;
@@ -67,6 +69,12 @@ class PhraseFinder {
         // Where a phrase ends of which words stay unread; what follows it is no surer.
         int unsureEnd = 0;
         for (int i = 0; i < tokens_.size();) {
+            // "tue/thu"
+            if (senses_.has(i, Sense::weekday) && tokens_.isSign(i + 1, u'/') && tokens_.isGlued(i + 1) &&
+                senses_.has(i + 2, Sense::weekday)) {
+                i = lastEnd = unsureEnd = i + 3;
+                continue;
+            }
             std::optional<Chain> found;
             if (tokens_.begins(i) && mayBegin(i))
                 found = longest(i);
@@ -77,7 +85,7 @@ class PhraseFinder {
             const Chain& chain = *found;
             if (const int joined = endOfAlternatives(chain); joined != 0) {
                 result.push_back({.begin = chain.begin, .end = joined, .meaning = chain.meaning});
-                i = lastEnd = joined;
+                i = lastEnd = unsureEnd = joined;
                 continue;
             }
             Phrase phrase{.begin = chain.begin,
@@ -136,6 +144,7 @@ class PhraseFinder {
         if (const Found* from = senses_.find(i, Sense::from)) {
             Chain led = chain;
             led.hasFrom = true;
+            led.isGenitive = isGenitive(i, from->end);
             led.hasLead = led.isLed = true;
             grow(led, from->end, true);
         }
@@ -147,7 +156,11 @@ class PhraseFinder {
         if (!tokens_.ends(chain.end))
             return;
         // "from" leads to a span, or to a time of day.
-        if (chain.hasFrom && !chain.until && (chain.meaning.hasDay() || chain.isBareTime))
+        // "le train de 8h12 demain" has a time; "le film de minuit" has none.
+        const bool isTimeOfDay = chain.isGenitive && chain.meaning.hasDay() && chain.meaning.minute >= 0;
+        const bool needsSpan =
+            chain.isGenitive || chain.meaning.hasDay() || chain.meaning.rule || chain.isBareTime;
+        if (chain.hasFrom && !chain.until && needsSpan && !isTimeOfDay)
             return;
         if (chain.isLoose)
             return;
@@ -161,10 +174,18 @@ class PhraseFinder {
             best_ = chain;
     }
 
+    /// "of", "de": what they lead to belongs to the word before.
+    [[nodiscard]] bool isGenitive(int i, int end) const {
+        const QStringView word = tokens_[i].text;
+        return word == u"of" || word == u"de" || word == u"du" || (word == u"d" && end == i + 1);
+    }
+
     std::vector<Passage> passages(int at, bool isFirst) const {
         std::vector<Passage> result{{at, 0, false}};
         const auto addLeads = [&](int from, int extra) {
             for (const Found* found = senses_.begin(from); found != senses_.end(from); ++found) {
+                if (found->word.sense == Sense::lead && isFirst && isGenitive(from, found->end))
+                    continue;
                 if (found->word.sense == Sense::lead)
                     result.push_back({found->end, found->word.value | extra, true});
                 else if (found->word.sense == Sense::hedge && !isFirst)
@@ -226,6 +247,13 @@ class PhraseFinder {
         if (isMarked(refused_, chain.begin, chain.end))
             return;
         consider(chain);
+        // "9h pile", "friday at the latest"
+        if (const Found* hedge = senses_.find(chain.end, Sense::hedge); hedge && hedge->word.value == 1) {
+            Chain hedged = chain;
+            hedged.end = hedge->end;
+            hedged.parts.back().end = hedge->end;
+            consider(hedged);
+        }
         tryUntil(chain);
         grow(chain, chain.end, false);
     }
@@ -319,7 +347,7 @@ class PhraseFinder {
         if (!isFirst && atom.need == Need::help && !chain.isClear && !chain.hasRoomWord &&
             chain.meaning.rule && atom.meaning.hasTime())
             next.hasRoomWord = true;
-        next.isBareTime |= atom.isBare && isFirst && !atom.until && atom.meaning.minute >= 0;
+        next.isBareTime |= atom.isBare && isFirst && atom.meaning.minute >= 0;
         next.isBareDay |= atom.isBare && isFirst && atom.meaning.monthDay != 0;
         next.endsWithTime = atom.meaning.minute >= 0;
         next.endsWithNumber = tokens_.isKind(atom.end - 1, Kind::number);
@@ -431,9 +459,9 @@ class PhraseFinder {
         const bool isJoined = senses_.has(chain.end, Sense::and_) || senses_.has(chain.end, Sense::or_) ||
                               tokens_.isSign(chain.end, u'&') ||
                               (tokens_.isSign(chain.end, u'/') && tokens_.isGlued(chain.end));
-        if (!isJoined || chain.end + 1 >= tokens_.size())
+        if (!isJoined || senses_.past(chain.end + 1, Sense::the) >= tokens_.size())
             return 0;
-        for (const Atom& atom : atomsAt(chain.end + 1)) {
+        for (const Atom& atom : atomsAt(senses_.past(chain.end + 1, Sense::the))) {
             const bool isSameKind =
                 (chain.meaning.hasDay() && atom.meaning.hasDay() && !atom.isBare &&
                  !chain.meaning.hasTime()) ||
