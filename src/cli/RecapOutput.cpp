@@ -61,7 +61,8 @@ std::vector<std::pair<QString, int>> barsOf(const Recap& recap, const OutputCont
 
 QStringList summary(const Recap& recap, const OutputContext& context) {
     return {recapTitle(recap.period, today(context), context.language, context.dates),
-            QString::number(recap.completed), recapSentence(recap, context.language, context.dates)};
+            QString::number(recap.completed),
+            recapSentence(recap, today(context), context.language, context.dates)};
 }
 
 /// The recap of a period. Dates are local days; "days" has one number for each of the period's.

@@ -163,8 +163,8 @@ TEST(RecapTexts, SayOneThingAndNeverReproach) {
         const QLocale english(QLocale::English, QLocale::UnitedKingdom);
         const QLocale french(QLocale::French, QLocale::France);
         EXPECT_EQ(recapTitle(told.period, today, Language::english, english).toStdString(), each.title);
-        EXPECT_EQ(recapSentence(told, Language::english, english).toStdString(), each.english);
-        EXPECT_EQ(recapSentence(told, Language::french, french).toStdString(), each.french);
+        EXPECT_EQ(recapSentence(told, today, Language::english, english).toStdString(), each.english);
+        EXPECT_EQ(recapSentence(told, today, Language::french, french).toStdString(), each.french);
     }
 }
 
