@@ -27,6 +27,7 @@ def furnish(desktop, reminders, events=0, evolution=False, **preferences):
     configuration.mkdir(parents=True)
     preferences = {
         "kestrantCompletedInitialOnboarding": True,
+        "featureAnnouncement.disabled": True,
         "kestrantEventStore": "evolution" if evolution else "vdir",
         **preferences,
     }

@@ -94,6 +94,8 @@ PanelComposition& AppDelegate::composition() {
         .interaction = interactionModel_,
         .geometry = *geometry_,
         .completionsCommitted = [this](int count) { reporter_.recordCompletions(count); },
+        .recapShareBaseUrl =
+            information_.string(InformationDictionary::recapShareBaseUrlKey).value_or(QString()),
         .flags = &flagAutomation_,
     });
     return *panel_;
@@ -153,6 +155,7 @@ Lifecycle::Actions AppDelegate::lifecycleActions() {
                     followTouchpad();
                     hapticPerformer_.watch();
                     reporter_.runDueCheck();
+                    panel_->announcement.noteStart();
                 });
             },
     };

@@ -86,6 +86,11 @@ inline const PreferenceKey aggregateMetricsCollectionEpoch{
 /// {"count", "epoch"}: what could not be stored when the program ended.
 inline const PreferenceKey aggregateMetricsUnsaved{QStringLiteral("kestrantAggregateMetricsUnsaved")};
 
+/// A moment of joy when the last reminder of a day is completed, and the like.
+inline const Preference<bool> celebrates{{QStringLiteral("kestrantCelebrates")}, true};
+/// {"day", "week", "roundNumber"}: what was celebrated last.
+inline const PreferenceKey celebrated{QStringLiteral("kestrantCelebrated")};
+
 /// Stored objects.
 inline const PreferenceKey recapShareLinks{QStringLiteral("kestrant.recap.share-links.v1")};
 inline const PreferenceKey reminderFlagNativeIDs{QStringLiteral("reminderFlagIndex.nativeIDs")};

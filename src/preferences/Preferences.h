@@ -84,6 +84,8 @@ class Preferences {
     Setting<bool> announcementDisabled{defaults_, preferenceKeys::announcementDisabled};
     Setting<bool> initialCommandNTipPending{defaults_, preferenceKeys::initialCommandNTipPending};
 
+    Setting<bool> celebrates{defaults_, preferenceKeys::celebrates};
+
     Setting<bool> aggregateMetricsEnabled{defaults_, preferenceKeys::aggregateMetricsEnabled};
 
   private:

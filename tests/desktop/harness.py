@@ -87,7 +87,8 @@ class DesktopTest(unittest.TestCase):
         path.parent.mkdir(parents=True, exist_ok=True)
         present = json.loads(path.read_text()) if path.exists() else {}
         settled = {"kestrantCompletedInitialOnboarding": True, "kestrantCompletedInitialYearReveal": True,
-                   "kestrantStartedInitialYearReveal": True, "kestrantLanguage": "en"}
+                   "kestrantStartedInitialYearReveal": True, "kestrantLanguage": "en",
+                   "featureAnnouncement.disabled": True}
         path.write_text(json.dumps({**settled, **present, **preferences}))
 
     def ledger(self):

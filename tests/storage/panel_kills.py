@@ -26,7 +26,8 @@ from virtual_desktop import VirtualDesktop, stop, wait_until  # noqa: E402
 PROGRAM = os.environ.get("KESTRANT", str(SOURCES / "build/dev/src/app/kestrant"))
 IDENTIFIER = "com.Kestrant.notchapp"
 SETTINGS = {"kestrantCompletedInitialOnboarding": True, "kestrantCompletedInitialYearReveal": True,
-            "kestrantStartedInitialYearReveal": True, "kestrantEventStore": "vdir", "reminderSortMode": "manual"}
+            "kestrantStartedInitialYearReveal": True, "featureAnnouncement.disabled": True,
+            "kestrantEventStore": "vdir", "reminderSortMode": "manual"}
 COUNTING = {"KestrantAggregateMetricsBaseURL": "http://127.0.0.1:9/", "KestrantAggregateMetricsPrivacyReady": True,
             "KestrantAggregateMetricsUploadEnabled": True}
 

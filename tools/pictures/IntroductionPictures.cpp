@@ -28,26 +28,6 @@ std::vector<Picture> introductionPictures() {
              stage.press(Qt::Key_Backtab);
              QCoreApplication::processEvents();
          })},
-        {named("year-reveal"),
-         [](Stage& stage) {
-             stage.addReminders();
-             stage.load();
-             completeReminders(stage);
-             stage.interaction.setInitialYearRevealIsArmed(true);
-             stage.expand();
-         }},
-        {named("year-reveal-black"),
-         [](Stage& stage) {
-             stage.preferences.notchMaterial.set(QStringLiteral("black"));
-             completeReminders(stage);
-             stage.interaction.setInitialYearRevealIsArmed(true);
-             stage.expand();
-         }},
-        {named("year-reveal-empty"),
-         [](Stage& stage) {
-             stage.interaction.setInitialYearRevealIsArmed(true);
-             stage.expand();
-         }},
         {named("first-tip"),
          expanded([](Stage& stage) { stage.preferences.initialCommandNTipPending.set(true); })},
         {named("onboarding-welcome"),

@@ -64,7 +64,8 @@ struct MemoryGround {
         .locale = [] { return QLocale(QLocale::English, QLocale::UnitedKingdom); },
         .feedback = feedback,
         .interaction = interaction,
-        .geometry = geometry};
+        .geometry = geometry,
+        .recapShareBaseUrl = QStringLiteral("https://recap.example.org/r")};
 };
 
 }  // namespace kestrant

@@ -5,9 +5,7 @@
 
 #include <QString>
 
-#include <array>
 #include <functional>
-#include <map>
 #include <vector>
 
 namespace kestrant {
@@ -29,27 +27,17 @@ struct Picture {
     };
 }
 
-/// A year in which reminders were completed.
-inline void completeReminders(Stage& stage) {
-    const std::array counts{9, 14, 11, 21, 17, 26, 12, 8, 23, 31, 19};
-    std::map<QString, ReminderCompletionState> states;
-    for (std::size_t month = 0; month < counts.size(); ++month) {
-        for (int number = 0; number < counts[month]; ++number) {
-            const QDate day(2026, int(month) + 1, 1 + number % 20);
-            states.emplace(
-                QStringLiteral("%1-%2").arg(month).arg(number),
-                ReminderCompletionState::completed(stage.currentZone.zone().instantAt(day, QTime(12, 0))));
-        }
-    }
-    if (!stage.ledger.reconcile(states, {}, stage.time.now()))
-        qWarning("cannot write the record of completions");
-}
+/// Has completed reminders on most days of this year and the one before, more on some days of the week, and a
+/// few today whose titles are known.
+void completeReminders(Stage& stage);
 
 /// The panel at rest and open, its modules, menus and forms.
 [[nodiscard]] std::vector<Picture> panelPictures();
+/// The recap of a year, the year that follows the introduction, and what is celebrated.
+[[nodiscard]] std::vector<Picture> recapPictures();
 /// Pictures of a reminder's actions, forms and failures.
 [[nodiscard]] std::vector<Picture> reminderPictures();
-/// The introduction, the year that follows it, and the settings.
+/// The introduction and the settings.
 [[nodiscard]] std::vector<Picture> introductionPictures();
 
 }  // namespace kestrant

@@ -99,6 +99,7 @@ bool renderPictures(const QString& directory) {
     std::vector<Picture> pictures = panelPictures();
     std::ranges::move(reminderPictures(), std::back_inserter(pictures));
     std::ranges::move(introductionPictures(), std::back_inserter(pictures));
+    std::ranges::move(recapPictures(), std::back_inserter(pictures));
     bool complete = true;
     for (const Language language : {Language::english, Language::french}) {
         const QString code = language == Language::french ? QStringLiteral("fr") : QStringLiteral("en");

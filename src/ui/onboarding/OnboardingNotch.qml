@@ -65,6 +65,9 @@ Item {
             calendarEdit: scene.trial.calendarEdit
             reminderEdit: scene.trial.reminderEdit
             history: scene.trial.history
+            recap: scene.trial.recap
+            celebration: scene.trial.celebration
+            announcement: scene.trial.announcement
             yearReveal: scene.trial.yearReveal
             overlays: scene.trial.overlays
         }

@@ -85,6 +85,8 @@ OnboardingTrial::OnboardingTrial(const Services& services, NotchInteractionModel
           .completionsCommitted = [this](int) { Q_EMIT completed(); },
       })
     , overlays_(services.window, services.engine, notch, services.appearance) {
+    // What is tried out is no achievement.
+    preferences_.celebrates.set(false);
     overlays_.setRoomHeight(roomHeight);
     connect(&notch, &NotchInteractionModel::activeReminderDragsChanged, this,
             &OnboardingTrial::isCarryingChanged);

@@ -55,6 +55,9 @@ class OnboardingTrial : public QObject {
     Q_PROPERTY(kestrant::CalendarEditViewModel* calendarEdit READ calendarEdit CONSTANT)
     Q_PROPERTY(kestrant::ReminderEditViewModel* reminderEdit READ reminderEdit CONSTANT)
     Q_PROPERTY(kestrant::HistoryViewModel* history READ history CONSTANT)
+    Q_PROPERTY(kestrant::RecapViewModel* recap READ recap CONSTANT)
+    Q_PROPERTY(kestrant::CelebrationViewModel* celebration READ celebration CONSTANT)
+    Q_PROPERTY(kestrant::AnnouncementViewModel* announcement READ announcement CONSTANT)
     Q_PROPERTY(kestrant::YearRevealViewModel* yearReveal READ yearReveal CONSTANT)
     Q_PROPERTY(kestrant::OverlayHost* overlays READ overlays CONSTANT)
     /// A card is being carried.
@@ -88,6 +91,9 @@ class OnboardingTrial : public QObject {
     [[nodiscard]] CalendarEditViewModel* calendarEdit() { return &composition_.calendarEdit; }
     [[nodiscard]] ReminderEditViewModel* reminderEdit() { return &composition_.reminderEdit; }
     [[nodiscard]] HistoryViewModel* history() { return &composition_.history; }
+    [[nodiscard]] RecapViewModel* recap() { return &composition_.recap; }
+    [[nodiscard]] CelebrationViewModel* celebration() { return &composition_.celebration; }
+    [[nodiscard]] AnnouncementViewModel* announcement() { return &composition_.announcement; }
     [[nodiscard]] YearRevealViewModel* yearReveal() { return &composition_.yearReveal; }
     [[nodiscard]] OverlayHost* overlays() { return &overlays_; }
     [[nodiscard]] bool isCarrying() const;

@@ -14,6 +14,9 @@ FocusScope {
     required property CalendarEditViewModel calendarEdit
     required property ReminderEditViewModel reminderEdit
     required property HistoryViewModel history
+    required property RecapViewModel recap
+    required property CelebrationViewModel celebration
+    required property AnnouncementViewModel announcement
     required property OverlayHost overlays
     /// Whether something else is shown in its place.
     property bool isCovered: false
@@ -22,6 +25,7 @@ FocusScope {
     /// Why not all flagged reminders may be on show, while only those are.
     readonly property string flagProblem: reminders.showsFlaggedOnly ? reminders.flagFilterError : ""
     onFlagProblemChanged: if (flagProblem !== "") toast.show(flagProblem)
+    readonly property bool showsRecap: recap.isOpen
     readonly property bool showsCards: panel.showReminders && reminders.content === "cards"
 
     // The width is parted where the line between the modules stands.
@@ -42,11 +46,15 @@ FocusScope {
     function scrollsDownAt(x, y) {
         const at = module => module.visible && x >= module.x && x < module.x + module.width
                              && y >= module.y && y < module.y + module.height
+        if (showsRecap)
+            return false
         return (at(grid) && grid.canScrollDown) || (at(calendarModule) && calendarModule.canScrollDown)
     }
     /// Gives the keyboard to the first module that has something for it.
     function focusFirst() {
-        if (grid.visible)
+        if (recapView.item)
+            recapView.item.focusBody()
+        else if (grid.visible)
             grid.forceActiveFocus(Qt.OtherFocusReason)
         else if (calendarModule.visible)
             calendarModule.forceActiveFocus(Qt.OtherFocusReason)
@@ -63,6 +71,8 @@ FocusScope {
     function openQuickAdd() { toolbar.openQuickAdd() }
     function openSettings() { toolbar.openSettings() }
     function openSearch() { toolbar.openSearch() }
+    function toggleRecap() { recap.isOpen ? recap.close() : recap.open() }
+    function openRecapShare() { recapView.item.openShare() }
     function openLists() { toolbar.openLists() }
     function openSort() { toolbar.openSort() }
     function openCardMenu(index, x, y) { grid.openMenu(index, x, y) }
@@ -86,6 +96,21 @@ FocusScope {
         duration: grid.arrivalTime
     }
     Keys.onEscapePressed: leave()
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_R && event.modifiers === Qt.ControlModifier && !isCovered) {
+            event.accepted = true
+            toggleRecap()
+        }
+    }
+    onShowsRecapChanged: {
+        if (showsRecap)
+            recapView.setSource("Recap.qml", { recap: recap, overlays: overlays, tooltip: tooltip,
+                                               sideMargin: sideMargin, hasCamera: panel.hasCamera })
+        else
+            recapView.source = ""
+        if (isOpen && !isCovered)
+            focusFirst()
+    }
 
     EditActions {
         id: editActions
@@ -97,12 +122,14 @@ FocusScope {
     Toolbar {
         id: toolbar
         x: content.sideMargin
+        visible: !content.showsRecap
         // Its tip lies upon the modules.
         z: showsTip ? 1 : 0
         width: parent.width - 2 * x
         cardsEnd: content.remindersX + content.remindersWidth - content.sideMargin
         calendarStart: calendarModule.x - content.sideMargin
-        isCovered: content.isCovered
+        isCovered: content.isCovered || content.showsRecap
+        recap: content.recap
         panel: content.panel
         reminders: content.reminders
         calendar: content.calendar
@@ -115,7 +142,7 @@ FocusScope {
     }
     ReminderGrid {
         id: grid
-        visible: content.showsCards
+        visible: content.showsCards && !content.showsRecap
         focus: true
         x: content.remindersX
         y: Theme.toolbarHeight
@@ -130,7 +157,7 @@ FocusScope {
         onEscaped: content.leave()
     }
     Loader {
-        active: !grid.visible && (content.panel.showReminders || !content.panel.showCalendar)
+        active: !content.showsCards && !content.showsRecap && (content.panel.showReminders || !content.panel.showCalendar)
         x: content.remindersX
         y: Theme.toolbarHeight
         width: content.remindersWidth
@@ -143,7 +170,7 @@ FocusScope {
         }
     }
     Rectangle {
-        visible: content.showsBoth
+        visible: content.showsBoth && !content.showsRecap
         x: content.sideMargin + content.firstWidth
         y: Theme.toolbarHeight + 8
         width: 1
@@ -152,7 +179,7 @@ FocusScope {
     }
     CalendarModule {
         id: calendarModule
-        visible: content.panel.showCalendar
+        visible: content.panel.showCalendar && !content.showsRecap
         x: content.moduleX(content.panel.calendarFirst)
         y: Theme.toolbarHeight
         width: content.moduleWidth(content.panel.calendarFirst)
@@ -165,6 +192,37 @@ FocusScope {
         isTarget: drag.active && drag.canReschedule
         onLeftUpwards: toolbar.nextItemInFocusChain(true).forceActiveFocus(Qt.BacktabFocusReason)
         onEscaped: content.leave()
+    }
+    // Read when it is first opened.
+    Loader {
+        id: recapView
+        anchors.fill: parent
+        opacity: Theme.opacity(shown)
+        property real shown: content.showsRecap ? 1 : 0
+        Behavior on shown {
+            enabled: !Theme.still && content.showsRecap
+            NumberAnimation { duration: Theme.popoverDuration; easing.type: Easing.OutCubic }
+        }
+    }
+    Loader {
+        active: content.announcement.isShowing && !content.showsRecap
+        x: content.sideMargin
+        y: Theme.toolbarHeight - 2
+        width: parent.width - 2 * x
+        sourceComponent: Item {
+            AnnouncementCard {
+                announcement: content.announcement
+                buttonX: toolbar.recapButtonX
+            }
+        }
+    }
+    Loader {
+        active: content.celebration.isShowing
+        x: content.panel.earRadius
+        y: Theme.toolbarHeight
+        width: parent.width - 2 * x
+        height: parent.height - y
+        sourceComponent: CelebrationView { celebration: content.celebration }
     }
     CardDrag {
         id: drag

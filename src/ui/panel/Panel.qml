@@ -14,6 +14,9 @@ Item {
     required property CalendarEditViewModel calendarEdit
     required property ReminderEditViewModel reminderEdit
     required property HistoryViewModel history
+    required property RecapViewModel recap
+    required property CelebrationViewModel celebration
+    required property AnnouncementViewModel announcement
     required property YearRevealViewModel yearReveal
     required property OverlayHost overlays
     required property bool loadInBackground
@@ -163,6 +166,7 @@ Item {
             visible: root.openness === 1
             sourceComponent: YearReveal {
                 year: root.yearReveal
+                sideMargin: root.panel.earRadius + Theme.margin
             }
             onLoaded: item.forceActiveFocus(Qt.OtherFocusReason)
             onItemChanged: if (!item && root.content && root.panel.isExpanded) root.content.focusFirst()
@@ -201,11 +205,13 @@ Item {
         }
         function onNewReminderRequested() {
             root.yearReveal.finish()
+            root.recap.close()
             if (!root.overlays.isPresented("quickAdd"))
                 root.content.openQuickAdd()
         }
         function onFindReminderRequested() {
             root.yearReveal.finish()
+            root.recap.close()
             root.content.openSearch()
         }
     }

@@ -17,7 +17,12 @@ PanelComposition::PanelComposition(const Services& services)
           .localization = services.localization,
           .notifications = services.notifications,
           .ledger = services.ledger,
-          .completionsCommitted = services.completionsCommitted,
+          .completionsCommitted =
+              [this, report = services.completionsCommitted](int count) {
+                  celebration.noteCompleted(count);
+                  if (report)
+                      report(count);
+              },
           .history = &actions,
           .flags = services.flags,
       })
@@ -51,7 +56,29 @@ PanelComposition::PanelComposition(const Services& services)
     , calendarEdit(calendarStore, services.clock, services.currentZone, services.localizer)
     , reminderEdit(reminderStore, services.clock, services.currentZone, services.localizer)
     , history(actions, services.notifications, services.localizer)
+    , recap({.eventStore = services.eventStore,
+             .reminders = reminderStore,
+             .scheduler = services.scheduler,
+             .clock = services.clock,
+             .currentZone = services.currentZone,
+             .localizer = services.localizer,
+             .interaction = services.interaction,
+             .executor = services.executor,
+             .locale = services.locale,
+             .defaults = services.preferences.defaults(),
+             .shareBaseUrl = services.recapShareBaseUrl})
+    , celebration({.eventStore = services.eventStore,
+                   .reminders = reminderStore,
+                   .preferences = services.preferences,
+                   .scheduler = services.scheduler,
+                   .clock = services.clock,
+                   .currentZone = services.currentZone,
+                   .localizer = services.localizer,
+                   .interaction = services.interaction,
+                   .feedback = services.feedback,
+                   .locale = services.locale})
+    , announcement(services.preferences, services.clock, services.scheduler, services.interaction, recap)
     , yearReveal(services.interaction, services.ledger, services.preferences, services.clock,
-                 services.currentZone, services.localizer) {}
+                 services.currentZone, services.localizer, services.locale) {}
 
 }  // namespace kestrant

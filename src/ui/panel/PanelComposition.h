@@ -7,9 +7,12 @@
 #include "ui/calendar/CalendarEditViewModel.h"
 #include "ui/calendar/CalendarViewModel.h"
 #include "ui/calendar/NewEventViewModel.h"
-#include "ui/onboarding/YearRevealViewModel.h"
 #include "ui/panel/HistoryViewModel.h"
 #include "ui/panel/PanelViewModel.h"
+#include "ui/recap/AnnouncementViewModel.h"
+#include "ui/recap/CelebrationViewModel.h"
+#include "ui/recap/RecapViewModel.h"
+#include "ui/recap/YearRevealViewModel.h"
 #include "ui/reminders/QuickAddViewModel.h"
 #include "ui/reminders/ReminderEditViewModel.h"
 #include "ui/reminders/RemindersViewModel.h"
@@ -48,7 +51,7 @@ struct PanelComposition {
         Localizer& localizer;
         NotificationCenter& notifications;
         CompletionLedgerRepository& ledger;
-        /// Where rows of the calendar are made.
+        /// Where rows of the calendar are made and pictures written.
         BackgroundExecutor& executor;
         /// The locale of the calendar's rows, asked anew for each load.
         std::function<QLocale()> locale;
@@ -57,6 +60,8 @@ struct PanelComposition {
         NotchGeometry& geometry;
         /// Told the number of completions that were just committed from here; may be empty.
         std::function<void(int count)> completionsCommitted = {};
+        /// Of the page that shows shared recaps; empty for none.
+        QString recapShareBaseUrl = {};
         /// May be null: then flags are kept by this program alone.
         FlaggedReminderAutomation* flags = nullptr;
     };
@@ -74,6 +79,9 @@ struct PanelComposition {
     CalendarEditViewModel calendarEdit;
     ReminderEditViewModel reminderEdit;
     HistoryViewModel history;
+    RecapViewModel recap;
+    CelebrationViewModel celebration;
+    AnnouncementViewModel announcement;
     YearRevealViewModel yearReveal;
 };
 

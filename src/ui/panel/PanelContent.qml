@@ -19,6 +19,9 @@ Loader {
         calendarEdit: loader.host.calendarEdit
         reminderEdit: loader.host.reminderEdit
         history: loader.host.history
+        recap: loader.host.recap
+        celebration: loader.host.celebration
+        announcement: loader.host.announcement
         overlays: loader.host.overlays
         isCovered: loader.host.yearReveal.isShowing
     }

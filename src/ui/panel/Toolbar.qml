@@ -11,6 +11,7 @@ FocusScope {
     required property QuickAddViewModel quickAdd
     required property NewEventViewModel newEvent
     required property SettingsViewModel settings
+    required property RecapViewModel recap
     required property OverlayHost overlays
     /// The tooltip for whatever the pointer rests on.
     required property Tooltip tooltip
@@ -60,6 +61,9 @@ FocusScope {
                 return { x: places, firstWidth: listWidth, saysAll: isShort && saysAll, iconCount: iconCount }
         }
     }
+
+    /// The middle of the button that opens the recap.
+    readonly property real recapButtonX: right.x + recapButton.x + recapButton.width / 2
 
     height: Theme.toolbarHeight
 
@@ -212,6 +216,16 @@ FocusScope {
                                 : Localizer.text("Show your full calendar", "Afficher tout le calendrier")
             checked: toolbar.calendar.showsAllEvents
             onClicked: toolbar.calendar.showsAllEvents = !checked
+            onHoveredChanged: toolbar.tooltip.follow(this)
+            Keys.onDownPressed: toolbar.modulesWanted()
+        }
+        IconButton {
+            id: recapButton
+            anchors.verticalCenter: parent.verticalCenter
+            iconName: "recap"
+            spokenName: Localizer.text("Recap", "Bilan")
+            tip: Localizer.text("Recap  Ctrl R", "Bilan  Ctrl R")
+            onClicked: toolbar.recap.open()
             onHoveredChanged: toolbar.tooltip.follow(this)
             Keys.onDownPressed: toolbar.modulesWanted()
         }

@@ -212,7 +212,6 @@ Popover {
                     title: Localizer.text("Sound and touch", "Son et toucher")
                     SplitLine {
                         label: Localizer.text("Sounds", "Sons")
-                        last: !popover.settings.canBeFelt
                         choices: [{ rawValue: 0, title: popover.offTitle },
                                   { rawValue: 2, title: Localizer.text("Soft", "Doux") },
                                   { rawValue: 1, title: Localizer.text("Full", "Complet") }]
@@ -222,12 +221,17 @@ Popover {
                     SplitLine {
                         visible: popover.settings.canBeFelt
                         label: Localizer.text("Touch", "Toucher")
-                        last: true
                         choices: [{ rawValue: 0, title: popover.offTitle },
                                   { rawValue: 1, title: Localizer.text("Light", "Léger") },
                                   { rawValue: 2, title: Localizer.text("Full", "Complet") }]
                         value: popover.settings.haptics
                         onChosen: rawValue => popover.settings.haptics = rawValue
+                    }
+                    SwitchedLine {
+                        label: Localizer.text("Celebrate what is done", "Fêter ce qui est fait")
+                        last: true
+                        checked: popover.settings.celebrates
+                        onToggled: checked => popover.settings.celebrates = checked
                     }
                 }
             }

@@ -66,6 +66,7 @@ class SettingsViewModel : public QObject {
     /// {rawValue, title} each.
     Q_PROPERTY(QVariantList restingContents READ restingContents NOTIFY changed)
     Q_PROPERTY(bool pulsesWhenRinging MEMBER pulsesWhenRinging_ NOTIFY changed)
+    Q_PROPERTY(bool celebrates MEMBER celebrates_ NOTIFY changed)
     /// 0 off, 1 full, 2 soft.
     Q_PROPERTY(int sounds READ sounds WRITE setSounds NOTIFY changed)
     /// 0 off, 1 light, 2 full.
@@ -155,6 +156,7 @@ class SettingsViewModel : public QObject {
     Setting<QString>& material_{preferences_.notchMaterial};
     Setting<RestingContent>& restingContent_{preferences_.restingContent};
     Setting<bool>& pulsesWhenRinging_{preferences_.pulsesWhenRinging};
+    Setting<bool>& celebrates_{preferences_.celebrates};
     Setting<bool>& showReminders_{preferences_.showReminders};
     Setting<bool>& showCalendar_{preferences_.showCalendar};
     Setting<bool>& showRemindersInCalendar_{preferences_.showRemindersInCalendar};

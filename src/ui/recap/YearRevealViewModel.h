@@ -1,16 +1,14 @@
 #pragma once
 
-#include "completion/CompletionLedger.h"
-#include "foundation/Instant.h"
 #include "foundation/Subscription.h"
+#include "ui/recap/RecapCard.h"
 
+#include <QLocale>
 #include <QObject>
 #include <QQmlEngine>
 #include <QString>
-#include <QVariantList>
 
-#include <array>
-#include <vector>
+#include <functional>
 
 namespace kestrant {
 
@@ -20,42 +18,40 @@ class CurrentTimeZone;
 class Localizer;
 class NotchInteractionModel;
 class Preferences;
-class TimeZone;
-
-/// How many reminders were completed in each month of a year, January first.
-[[nodiscard]] std::array<int, 12> completionsByMonth(const std::vector<CompletionRecord>& records, int year,
-                                                     const TimeZone& zone);
 
 /// The look at the year's completed reminders that plays once, when the panel first opens after the
-/// introduction. It holds the panel open until it ends or is skipped. Thread: main.
+/// introduction. It holds the panel open until it is dismissed; once it has played to its end, it is not
+/// shown again, however it goes. Thread: main.
 class YearRevealViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(bool isShowing READ isShowing NOTIFY isShowingChanged)
+    /// The year, with its map.
+    Q_PROPERTY(kestrant::RecapCard card READ card NOTIFY changed)
     Q_PROPERTY(int total READ total NOTIFY changed)
     /// Above and below the total; without completions a greeting.
     Q_PROPERTY(QString heading READ heading NOTIFY changed)
     Q_PROPERTY(QString caption READ caption NOTIFY changed)
     /// All of it in one sentence, for screen readers.
     Q_PROPERTY(QString summary READ summary NOTIFY changed)
-    /// {initial, count, share, isCurrent} each, January first; the share is of the fullest month's count.
-    Q_PROPERTY(QVariantList months READ months NOTIFY changed)
 
   public:
     /// Everything must outlive the view model.
     YearRevealViewModel(NotchInteractionModel& interaction, CompletionLedgerRepository& ledger,
                         Preferences& preferences, const Clock& clock, const CurrentTimeZone& currentZone,
-                        Localizer& localizer, QObject* parent = nullptr);
+                        Localizer& localizer, std::function<QLocale()> locale, QObject* parent = nullptr);
 
     [[nodiscard]] bool isShowing() const;
-    [[nodiscard]] int total() const;
+    [[nodiscard]] const RecapCard& card() const { return card_; }
+    [[nodiscard]] int total() const { return card_.count(); }
     [[nodiscard]] QString heading() const;
     [[nodiscard]] QString caption() const;
     [[nodiscard]] QString summary() const;
-    [[nodiscard]] QVariantList months() const;
 
-    /// The end of the reveal, or its being skipped; it is not shown again.
+    /// It has played to its end.
+    Q_INVOKABLE void noteSeen();
+    /// It was dismissed, or skipped; it is not shown again.
     Q_INVOKABLE void finish();
 
   Q_SIGNALS:
@@ -71,9 +67,9 @@ class YearRevealViewModel : public QObject {
     const Clock& clock_;
     const CurrentTimeZone& currentZone_;
     Localizer& localizer_;
-    int year_ = 0;
-    int currentMonth_ = 0;
-    std::array<int, 12> counts_{};
+    /// Says on which day weeks begin.
+    std::function<QLocale()> locale_;
+    RecapCard card_;
     Subscription subscription_;
 };
 
