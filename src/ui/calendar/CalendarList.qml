@@ -241,9 +241,12 @@ FocusScope {
         headingShift = next ? Math.min(0, next.y - list.contentY - Theme.headingHeight) : 0
     }
 
-    // The list would give the focus back to the button that has it within the list.
-    function returnToRows(button) {
+    // The list would give the focus back to the button that has had it within the list, whoever comes back to it.
+    function leaveButton(button) {
         button.focus = false
+    }
+    function returnToRows(button) {
+        leaveButton(button)
         list.forceActiveFocus(Qt.BacktabFocusReason)
     }
 
@@ -318,6 +321,7 @@ FocusScope {
                 text: Localizer.text("Load earlier dates", "Charger les dates précédentes")
                 onClicked: root.calendar.loadMore(true)
                 Keys.onBacktabPressed: root.returnToRows(this)
+                onActiveFocusChanged: if (!activeFocus) root.leaveButton(this)
             }
         }
         footer: Item {
@@ -343,6 +347,7 @@ FocusScope {
                         root.calendar.showsAllEvents = true
                 }
                 Keys.onBacktabPressed: root.returnToRows(this)
+                onActiveFocusChanged: if (!activeFocus) root.leaveButton(this)
             }
         }
 
