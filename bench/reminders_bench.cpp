@@ -1,10 +1,12 @@
 // How long it takes to bring 100,000 reminders into order, beside the bare sorting of numbers that stand for
-// the same order, and to answer a keystroke in the search over 10,000.
+// the same order, to answer a keystroke in the search over 10,000, and to read a
+// line of quick add.
 
 #include "eventkit/memory/InMemoryEventStore.h"
 #include "eventkit/model/OpenReminders.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Localization.h"
+#include "reminders/quickadd/QuickAddParser.h"
 #include "reminders/store/ReminderStore.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
@@ -181,6 +183,46 @@ void applyFetch(benchmark::State& state) {
     }
 }
 
+QuickAddContext quickAddContext() {
+    return {.now = Instant(std::chrono::hours(24 * 20500)), .zone = *TimeZone::named("Europe/Paris")};
+}
+
+/// A line of quick add as it is typed, one reading for each letter.
+void quickAddKeystroke(benchmark::State& state) {
+    QString line = QStringLiteral(
+        "Call the plumber about the kitchen tap tomorrow morning at 9 or monday evening #home ");
+    while (line.size() < 200)
+        line += QStringLiteral("and then every 2 weeks on mon and thu until june ");
+    line.truncate(200);
+    const QuickAddContext context = quickAddContext();
+    int length = 0;
+    for (auto _ : state) {
+        length = length % static_cast<int>(line.size()) + 1;
+        benchmark::DoNotOptimize(parseQuickAdd(line.left(length), context).title.size());
+    }
+}
+
+void quickAddPhrase(benchmark::State& state) {
+    const std::array lines{
+        QStringLiteral("Gym at 7 tomorrow morning"), QStringLiteral("loyer le 5 de chaque mois"),
+        QStringLiteral("Dinner with Maren friday 7pm-9pm"), QStringLiteral("buy mars bars")};
+    const QuickAddContext context = quickAddContext();
+    std::size_t next = 0;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(parseQuickAdd(lines.at(next++ % lines.size()), context).title.size());
+}
+
+/// Time grows with the length of the line, whatever stands in it.
+void quickAddNumbers(benchmark::State& state) {
+    const QString line = QStringLiteral("12 5 2026 ").repeated(state.range(0) / 10);
+    const QuickAddContext context = quickAddContext();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(parseQuickAdd(line, context).title.size());
+}
+
+BENCHMARK(quickAddPhrase)->Unit(benchmark::kMicrosecond);
+BENCHMARK(quickAddKeystroke)->Unit(benchmark::kMicrosecond);
+BENCHMARK(quickAddNumbers)->Arg(1000)->Arg(32000)->Unit(benchmark::kMillisecond);
 BENCHMARK(sortPreparedKeys)->DenseRange(0, 5)->Unit(benchmark::kMillisecond);
 BENCHMARK(recomputeVisibleList)->DenseRange(0, 5)->Unit(benchmark::kMillisecond);
 BENCHMARK(searchKeystroke)->Unit(benchmark::kMillisecond);

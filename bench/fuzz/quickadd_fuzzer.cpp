@@ -31,7 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         refused.push_back(piece.range);
     }
     const QuickAddLine whole = parseQuickAdd(line, context, {{0, line.size()}});
-    KESTRANT_REQUIRE(whole.pieces.empty() && !whole.day && !whole.priority && !whole.listID);
+    KESTRANT_REQUIRE(whole.pieces.empty() && !whole.day && !whole.priority && !whole.listID && !whole.rule);
+    KESTRANT_REQUIRE(!read.rule || read.day);
     KESTRANT_REQUIRE(whole.title.simplified() == line.simplified());
     for (const QuickAddPiece& piece : parseQuickAdd(line, context, refused).pieces) {
         for (const TextRange& range : refused)

@@ -70,7 +70,7 @@ _kestrant() {
                 case $command in
                     '') offered='--platform --toggle --new --search --version' ;;
                     list) offered='--sort --list --today --overdue --flagged --search' ;;
-                    add) offered='--due --priority --list --alert --repeat --flagged --literal' ;;
+                    add) offered='--due --priority --list --alert --repeat --flagged --literal --make-list' ;;
                     edit) offered='--title --notes --due --list --priority --alert --repeat' ;;
                     recap) offered='--day --week --month --year' ;;
                     agenda) offered='--all --reminders --no-reminders' ;;

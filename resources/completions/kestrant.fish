@@ -104,6 +104,7 @@ complete --command kestrant --condition '__kestrant_in recap' --long-option year
 complete --command kestrant --condition '__kestrant_in agenda' --long-option all --description 'The past and the coming year'
 complete --command kestrant --condition '__kestrant_in agenda' --long-option reminders --description 'With the reminders that are due'
 complete --command kestrant --condition '__kestrant_in agenda' --long-option no-reminders --description 'Events alone'
+complete --command kestrant --condition '__kestrant_in add' --long-option make-list --description 'Make a list that is named and does not exist'
 complete --command kestrant --condition '__kestrant_in add-event' --long-option start --exclusive --description 'When it begins'
 complete --command kestrant --condition '__kestrant_in add-event' --long-option end --exclusive --description 'When it ends'
 complete --command kestrant --condition '__kestrant_in add-event' --long-option all-day --description 'It takes whole days'

@@ -21,7 +21,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <optional>
+#include <string>
 
 using namespace kestrant;
 
@@ -68,6 +70,14 @@ int statusAfterPrinting(int status) {
     return status == done ? failed : status;
 }
 
+/// The next line of the standard input; absent at its end.
+std::optional<QString> nextInputLine() {
+    std::string line;
+    if (!std::getline(std::cin, line))
+        return {};
+    return QString::fromStdString(line);
+}
+
 /// Columns of the terminal behind the standard output, if there is one.
 std::optional<int> terminalWidth() {
     winsize size{};
@@ -108,6 +118,7 @@ int runCommand(int& argc, char** argv, const QStringList& arguments) {
                        .clock = clock,
                        .out = [](const QString& text) { std::fputs(qUtf8Printable(text), stdout); },
                        .err = [](const QString& text) { std::fputs(qUtf8Printable(text), stderr); },
+                       .readLine = nextInputLine,
                        .lineWidth = terminalWidth(),
                        .useConfiguration = [&](const QString& file) -> tl::expected<void, TextPair> {
                            configurationFile = file;

@@ -38,6 +38,18 @@ tl::expected<EKEventData, CalendarError> newEventData(const NewCalendarEvent& ev
         data.endDate = std::max(event.endDate, event.startDate + shortestNewEvent);
         data.timeZone = zone;
     }
+    const auto orNone = [](const QString& text) {
+        return text.isEmpty() ? CompactOptional<QString>() : CompactOptional<QString>(text);
+    };
+    data.location = orNone(event.location.trimmed());
+    data.notes = orNone(event.notes.trimmed());
+    data.url = orNone(event.url);
+    if (event.rule)
+        data.recurrenceRules = {*event.rule};
+    if (event.alert)
+        data.alarms = {EKAlarm{.absoluteDate = data.startDate - *event.alert,
+                               .relativeOffset = -*event.alert,
+                               .followsStart = true}};
     return data;
 }
 

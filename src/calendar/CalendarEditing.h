@@ -22,6 +22,14 @@ struct NewCalendarEvent {
     bool isAllDay = false;
     /// The calendar chosen in the form; absent leaves the choice to the database.
     std::optional<QString> calendarID;
+    /// Empty for none.
+    QString location = {};
+    QString notes = {};
+    QString url = {};
+    /// The event is its first date.
+    std::optional<EKRecurrenceRule> rule = {};
+    /// Rings so long before the start.
+    std::optional<Duration> alert = {};
 };
 
 /// The content of an edit form, shown and returned.

@@ -2,12 +2,16 @@
 
 #include "calendar/CalendarEditing.h"
 #include "calendar/CalendarRows.h"
+#include "calendar/SpokenEvent.h"
 #include "cli/CalendarOutput.h"
+#include "reminders/quickadd/QuickAddParser.h"
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace kestrant {
 
@@ -118,9 +122,12 @@ bool CalendarCommands::isEventCalendar(const QString& identifier) const {
 
 void CalendarCommands::addEvent() {
     const CommandLineArguments& arguments = run_.arguments;
+    if (!arguments.start) {
+        lines_ = run_.linesToAdd();
+        addNextLine();
+        return;
+    }
     const TimeZone& zone = run_.environment.zone;
-    const auto refuse = [this](const CalendarError& error) { run_.refuse(error.message()); };
-
     NewCalendarEvent event{.title = arguments.subjects.first(),
                            .startDate = arguments.start->instant,
                            .endDate = arguments.start->instant,
@@ -129,28 +136,72 @@ void CalendarCommands::addEvent() {
         event.endDate = arguments.end->instant;
         if (arguments.isAllDay)
             event.endDate = zone.startOfDay(zone.dayOf(event.endDate).addDays(1));
-        if (event.endDate <= event.startDate && !arguments.end->isAfter(*arguments.start))
-            return refuse({ErrorCode::invalidDateRange, {}});
+        if (event.endDate <= event.startDate && !arguments.end->isAfter(*arguments.start)) {
+            run_.refuse(CalendarError{ErrorCode::invalidDateRange, {}}.message());
+            return;
+        }
     }
-    auto data = newEventData(event, zone);
+    save(event, [this](bool isSaved) { run_.finish(isSaved ? done : refused); });
+}
+
+void CalendarCommands::addNextLine() {
+    if (lines_.isEmpty()) {
+        run_.finish(hasFailed_ ? refused : done);
+        return;
+    }
+    const QString typed = lines_.takeFirst();
+    std::vector<EKCalendar> calendars = run_.eventStore.calendars(EKEntityType::event);
+    std::erase_if(calendars, [](const EKCalendar& calendar) { return !calendar.allowsContentModifications; });
+    const speech::Present present = presentFor({.now = run_.clock.now(),
+                                                .zone = run_.environment.zone,
+                                                .language = run_.localization.language(),
+                                                .lists = {},
+                                                .locale = run_.environment.systemLocale});
+    const SpokenEvent spoken = readEvent(typed, present, calendars);
+    const auto goOn = [this](bool isSaved) {
+        hasFailed_ = hasFailed_ || !isSaved;
+        addNextLine();
+    };
+    if (!spoken.event) {
+        const TextPair message =
+            spoken.line.title.isEmpty()
+                ? text("“%1”: an event needs a title beside its time.",
+                       "« %1 » : un événement demande un titre avec son heure.")
+                : text("“%1” does not say when; write a day or a time in it, or --start.",
+                       "« %1 » ne dit pas quand ; écrivez-y un jour ou une heure, ou --start.");
+        run_.printError({message.english.arg(typed), message.french.arg(typed)});
+        return goOn(false);
+    }
+    if (!spoken.unknownCalendar.isEmpty())
+        run_.printError(CommandRun::unknownList(spoken.unknownCalendar));
+    if (!run_.arguments.json)
+        run_.environment.err(eventAsTable(*spoken.event, calendars, run_.outputContext()));
+    save(*spoken.event, goOn);
+}
+
+void CalendarCommands::save(const NewCalendarEvent& event, const std::function<void(bool isSaved)>& done) {
+    const auto refuse = [this, done](const TextPair& reason) {
+        run_.printError(reason);
+        done(false);
+    };
+    auto data = newEventData(event, run_.environment.zone);
     if (!data)
-        return refuse(data.error());
-    if (arguments.calendarID) {
-        if (!isEventCalendar(*arguments.calendarID))
-            return refuse({ErrorCode::calendarUnavailable, {}});
-        data->calendarIdentifier = *arguments.calendarID;
+        return refuse(data.error().message());
+    if (const auto& calendar = run_.arguments.calendarID ? run_.arguments.calendarID : event.calendarID) {
+        if (!isEventCalendar(*calendar))
+            return refuse(CalendarError{ErrorCode::calendarUnavailable, {}}.message());
+        data->calendarIdentifier = *calendar;
     }
     const auto created = std::make_shared<EKEvent>();
     created->data = std::move(*data);
-    run_.eventStore.save(
-        created, EKSpan::thisEvent, [this, created](const tl::expected<EKSaveResult, EKError>& result) {
-            if (!result) {
-                run_.refuse(result.error().message);
-                return;
-            }
-            run_.printIdentifier(eventRowID(result->calendarItemIdentifier, created->data.startDate));
-            run_.finish();
-        });
+    run_.eventStore.save(created, EKSpan::thisEvent,
+                         [this, created, refuse, done](const tl::expected<EKSaveResult, EKError>& result) {
+                             if (!result)
+                                 return refuse(result.error().message);
+                             run_.printIdentifier(
+                                 eventRowID(result->calendarItemIdentifier, created->data.startDate));
+                             done(true);
+                         });
 }
 
 void CalendarCommands::deleteEvent() {

@@ -2,8 +2,13 @@
 
 #include "foundation/ClockText.h"
 #include "foundation/ControlCharacters.h"
+#include "reminders/model/ReminderAlerts.h"
+#include "reminders/model/ReminderDueText.h"
+#include "reminders/model/ReminderRepeat.h"
 
 #include <QJsonObject>
+
+#include <chrono>
 
 namespace kestrant {
 
@@ -92,6 +97,41 @@ QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, CalendarMode mode
             result += indent + *line++ + u'\n';
     }
     return result;
+}
+
+QString eventAsTable(const NewCalendarEvent& event, const std::vector<EKCalendar>& calendars,
+                     const OutputContext& context) {
+    TextRows rows;
+    const auto add = [&](const char* english, const char* french, const QString& value) {
+        if (!value.isEmpty())
+            rows.push_back({text(english, french).in(context.language), onOneLine(value)});
+    };
+    const auto moment = [&](Instant instant) {
+        return reminderDueText(instant, !event.isAllDay, context.now, context.zone, context.language,
+                               context.hours);
+    };
+    add("Title", "Titre", event.title);
+    add("Start", "Début", moment(event.startDate));
+    // The last day of whole days is the one before their end.
+    const QDate lastDay = context.zone.dayOf(event.endDate).addDays(-1);
+    if (!event.isAllDay)
+        add("End", "Fin", moment(event.endDate));
+    else if (lastDay != context.zone.dayOf(event.startDate))
+        add("Last day", "Dernier jour", moment(context.zone.startOfDay(lastDay)));
+    if (event.rule)
+        add("Repeats", "Répétition", repeatInWords({*event.rule}, context.language));
+    if (event.alert)
+        add("Alert", "Alerte",
+            label(RelativeToDueTime{-std::chrono::duration<double>(*event.alert).count()}, context.hours)
+                .in(context.language));
+    add("Location", "Lieu", event.location);
+    for (const EKCalendar& calendar : calendars) {
+        if (event.calendarID == calendar.calendarIdentifier)
+            add("Calendar", "Calendrier", calendar.title);
+    }
+    add("Link", "Lien", event.url);
+    add("Notes", "Notes", event.notes);
+    return alignedText(rows);
 }
 
 }  // namespace kestrant

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "calendar/CalendarEditing.h"
 #include "calendar/CalendarGrouping.h"
 #include "cli/CommandLineOutput.h"
 
 #include <QJsonArray>
 #include <QList>
 #include <QString>
+
+#include <vector>
 
 namespace kestrant {
 
@@ -16,5 +19,9 @@ namespace kestrant {
 /// aligned throughout. A time that lies on another day is told by three dots.
 [[nodiscard]] QString dayGroupsAsText(const QList<CalendarDayGroup>& groups, CalendarMode mode,
                                       const OutputContext& context);
+
+/// What was understood of a line that is added.
+[[nodiscard]] QString eventAsTable(const NewCalendarEvent& event, const std::vector<EKCalendar>& calendars,
+                                   const OutputContext& context);
 
 }  // namespace kestrant

@@ -42,6 +42,8 @@ struct CommandLineEnvironment {
     /// Take text for the standard output and for the standard error.
     std::function<void(const QString& text)> out;
     std::function<void(const QString& text)> err;
+    /// The next line of the standard input; absent at its end. May be empty where there is none.
+    std::function<std::optional<QString>()> readLine = {};
     /// Columns of the terminal that the standard output goes to; absent when it goes elsewhere.
     std::optional<int> lineWidth = {};
     /// Takes the deployment values of a file that the arguments name; fails where it has none. May be empty.

@@ -144,6 +144,9 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
     case Option::literal:
         arguments.isLiteral = true;
         break;
+    case Option::makeList:
+        arguments.makesLists = true;
+        break;
     case Option::title:
         arguments.title = value;
         break;
@@ -241,8 +244,12 @@ tl::expected<void, TextPair> apply(const GivenOption& given, const CommandLineCo
 
 /// Checks of a new event that concern several options together.
 tl::expected<void, TextPair> checkEventDates(const CommandLineArguments& arguments) {
-    if (!arguments.start)
-        return failure("add-event needs --start.", "add-event demande --start.");
+    if (!arguments.start) {
+        // The line itself says when.
+        if (!arguments.end && !arguments.isAllDay)
+            return {};
+        return failure("--end and --all-day need --start.", "--end et --all-day demandent --start.");
+    }
     const bool hasTime = arguments.start->includesTime || (arguments.end && arguments.end->includesTime);
     const bool hasDay = !arguments.start->includesTime || (arguments.end && !arguments.end->includesTime);
     if (arguments.isAllDay && hasTime)

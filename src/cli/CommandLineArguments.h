@@ -1,11 +1,11 @@
 #pragma once
 
 #include "cli/TypedDate.h"
-#include "recap/Recap.h"
 #include "eventkit/model/EventStoreLocation.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "foundation/TimeZone.h"
+#include "recap/Recap.h"
 #include "reminders/model/ReminderAlertSchedule.h"
 #include "reminders/model/ReminderTask.h"
 
@@ -47,8 +47,8 @@ struct CommandLineArguments {
     };
 
     Command command = Command::help;
-    /// The title to add, the row of the agenda, or the identifiers of reminders; these may be cut short as
-    /// long as they fit one reminder only.
+    /// The title to add ("-" for those of the standard input), the row of the agenda, or the identifiers of
+    /// reminders; these may be cut short as long as they fit one reminder only.
     QStringList subjects;
     bool json = false;
     /// Where one was named.
@@ -69,6 +69,8 @@ struct CommandLineArguments {
 
     /// The title to add is nothing but a title, whatever its words look like.
     bool isLiteral = false;
+    /// A list that the title names is made where there is none.
+    bool makesLists = false;
     std::optional<QString> title;
     /// Empty clears them.
     std::optional<QString> notes;

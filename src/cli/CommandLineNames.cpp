@@ -63,6 +63,7 @@ const std::vector<OptionName>& optionNames() {
         {Option::flagged, "--flagged", false, CommandSet(Command::list, Command::add)},
         {Option::search, "--search", true, CommandSet(Command::list)},
         {Option::literal, "--literal", false, CommandSet(Command::add)},
+        {Option::makeList, "--make-list", false, CommandSet(Command::add)},
         {Option::title, "--title", true, CommandSet(Command::edit)},
         {Option::notes, "--notes", true, CommandSet(Command::edit)},
         {Option::due, "--due", true, CommandSet(Command::add, Command::edit)},

@@ -39,6 +39,7 @@ enum class CommandOption {
     flagged,
     search,
     literal,
+    makeList,
     title,
     notes,
     due,

@@ -67,6 +67,24 @@ void CommandRun::printJson(const QJsonObject& json) const {
     print(terminalJson(QString::fromUtf8(QJsonDocument(json).toJson())));
 }
 
+QStringList CommandRun::linesToAdd() const {
+    if (arguments.subjects.first() != u"-" || !environment.readLine)
+        return {arguments.subjects.first()};
+    QStringList lines;
+    while (const auto line = environment.readLine()) {
+        if (!line->trimmed().isEmpty())
+            lines.append(line->trimmed());
+    }
+    return lines;
+}
+
+TextPair CommandRun::unknownList(const QString& name) {
+    const TextPair message =
+        text("There is no list “%1” that could be written to; its name stays in the title.",
+             "Il n’y a pas de liste « %1 » où écrire ; son nom reste dans le titre.");
+    return {message.english.arg(name), message.french.arg(name)};
+}
+
 void CommandRun::printIdentifier(const QString& identifier) const {
     if (arguments.json)
         printJson(QJsonObject{{QStringLiteral("id"), identifier}});

@@ -52,6 +52,10 @@ class CommandRun {
     void print(const QString& text) const { environment.out(text); }
     void printJson(const QJsonArray& json) const;
     void printJson(const QJsonObject& json) const;
+    /// The lines that a command is to add: its argument, or those of the standard input that are not blank.
+    [[nodiscard]] QStringList linesToAdd() const;
+    /// Says that a named list or calendar does not exist, and that its name stays in the title.
+    [[nodiscard]] static TextPair unknownList(const QString& name);
     /// Prints the identifier of what a command has made or changed: alone in its line, or as {"id": …}.
     void printIdentifier(const QString& identifier) const;
     /// As JSON.

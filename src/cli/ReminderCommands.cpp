@@ -156,6 +156,7 @@ void ReminderCommands::execute() {
         store_.whenIdle([this] { printRecap(run_, ledger_.sortedRecords()); });
         return;
     case Command::add:
+        lines_ = run_.linesToAdd();
         add();
         return;
     default:
@@ -247,37 +248,60 @@ void ReminderCommands::show() {
     run_.finishReading();
 }
 
+std::vector<ReminderList> ReminderCommands::knownLists() const {
+    std::vector<ReminderList> lists = store_.lists();
+    // One that was made for a line before is not among those that are shown yet.
+    for (const EKCalendar& calendar : run_.eventStore.calendars(EKEntityType::reminder)) {
+        const auto isIt = [&](const ReminderList& list) { return list.id == calendar.calendarIdentifier; };
+        if (std::none_of(lists.begin(), lists.end(), isIt))
+            lists.push_back({.id = calendar.calendarIdentifier, .title = calendar.title});
+    }
+    return lists;
+}
+
 void ReminderCommands::add() {
-    const CommandLineArguments& arguments = run_.arguments;
-    const QuickAddLine line = readLineToAdd(
-        arguments, {run_.clock.now(), run_.environment.zone, run_.localization.language(), store_.lists()});
-    const auto reminder = reminderToAdd(line, arguments, listID_, run_.environment.zone);
-    if (!reminder) {
-        run_.refuse(reminder.error());
+    if (lines_.isEmpty()) {
+        run_.finish(hasFailed_ ? refused : done);
         return;
     }
-    store_.create(*reminder, [this, line](const tl::expected<QString, ReminderStoreError>& result) {
-        if (!result) {
-            run_.refuse(result.error().message());
-            return;
-        }
-        // The identifier alone goes to the output, where scripts read it.
-        if (!line.pieces.empty() && !run_.arguments.json)
-            run_.environment.err(understoodAsTable(line, store_.lists(), run_.outputContext()));
-        if (run_.arguments.isFlagged)
-            setFlagged({*result}, true, [this, identifier = *result] { added(identifier); });
+    const CommandLineArguments& arguments = run_.arguments;
+    const QuickAddContext context{.now = run_.clock.now(),
+                                  .zone = run_.environment.zone,
+                                  .language = run_.localization.language(),
+                                  .lists = knownLists(),
+                                  .locale = run_.environment.systemLocale};
+    const QuickAddLine line = readLineToAdd(lines_.takeFirst(), arguments, context);
+    const auto goOn = [this](const TextPair& error) {
+        run_.printError(error);
+        hasFailed_ = true;
+        add();
+    };
+    const auto reminder = reminderToAdd(line, arguments, listID_, run_.environment.zone);
+    if (!reminder)
+        return goOn(reminder.error());
+    store_.create(*reminder, [this, line, goOn](const tl::expected<QString, ReminderStoreError>& result) {
+        if (!result)
+            return goOn(result.error().message());
+        if (run_.arguments.isFlagged || line.isFlagged)
+            setFlagged({*result}, true, [this, line, identifier = *result] { added(line, identifier); });
         else
-            added(*result);
+            added(line, *result);
     });
 }
 
-void ReminderCommands::added(const QString& identifier) {
+void ReminderCommands::added(const QuickAddLine& line, const QString& identifier) {
+    if (!line.newListTitle.isEmpty() && !run_.arguments.makesLists)
+        run_.printError(CommandRun::unknownList(line.newListTitle));
+    // The identifier alone goes to the output, where scripts read it.
+    if (!line.pieces.empty() && !run_.arguments.json)
+        run_.environment.err(
+            understoodAsTable(line, knownLists(), run_.arguments.makesLists, run_.outputContext()));
     const EKReminderRef reminder = run_.eventStore.calendarItem(identifier);
     if (run_.arguments.json && reminder)
         run_.printJson(reminderAsJson(taskOf(reminder->data, run_), reminder->data, run_.environment.zone));
     else
         run_.printIdentifier(identifier);
-    run_.finish(hasFailed_ ? refused : done);
+    add();
 }
 
 void ReminderCommands::edit() {

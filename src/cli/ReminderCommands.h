@@ -42,8 +42,10 @@ class ReminderCommands {
     void foundReminders();
     [[nodiscard]] TextPair notFound() const;
     void show();
+    [[nodiscard]] std::vector<ReminderList> knownLists() const;
+    /// Adds the next of the lines.
     void add();
-    void added(const QString& identifier);
+    void added(const QuickAddLine& line, const QString& identifier);
     void edit();
     void reschedule();
     void move();
@@ -68,6 +70,8 @@ class ReminderCommands {
     std::optional<QString> listID_;
     /// The identifiers of the reminders that the command is about.
     QStringList identifiers_;
+    /// Those that are still to be added.
+    QStringList lines_;
     bool hasBegun_ = false;
     bool hasFailed_ = false;
 };

@@ -121,7 +121,7 @@ QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& remin
     return result;
 }
 
-QString understoodAsTable(const QuickAddLine& line, const std::vector<ReminderList>& lists,
+QString understoodAsTable(const QuickAddLine& line, const std::vector<ReminderList>& lists, bool makesLists,
                           const OutputContext& context) {
     TextRows rows;
     const auto add = [&](const char* english, const char* french, const QString& value) {
@@ -134,8 +134,20 @@ QString understoodAsTable(const QuickAddLine& line, const std::vector<ReminderLi
                             context.hours));
     if (line.priority)
         add("Priority", "Priorité", priorityWord(*line.priority).in(context.language));
+    if (line.rule)
+        add("Repeats", "Répétition", repeatInWords({*line.rule}, context.language));
+    if (line.alert)
+        add("Alert", "Alerte", label(*line.alert, context.hours).in(context.language));
+    if (line.isFlagged)
+        add("Flag", "Drapeau", QStringLiteral("⚑"));
     if (line.listID)
         add("List", "Liste", listTitle(*line.listID, lists));
+    else if (makesLists && !line.newListTitle.isEmpty())
+        add("New list", "Nouvelle liste", line.newListTitle);
+    if (!line.url.isEmpty())
+        add("Link", "Lien", line.url);
+    if (!line.notes.isEmpty())
+        add("Notes", "Notes", line.notes);
     return alignedText(rows);
 }
 

@@ -21,7 +21,7 @@ namespace kestrant {
 
 /// The title that is left of a line, and what was understood of it.
 [[nodiscard]] QString understoodAsTable(const QuickAddLine& line, const std::vector<ReminderList>& lists,
-                                        const OutputContext& context);
+                                        bool makesLists, const OutputContext& context);
 
 /// The task with what else the database holds of the reminder.
 [[nodiscard]] QJsonObject reminderAsJson(const ReminderTask& task, const EKReminderData& reminder,

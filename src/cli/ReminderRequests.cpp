@@ -35,6 +35,15 @@ bool isSaidByOption(Kind kind, const CommandLineArguments& arguments) {
         return arguments.priority.has_value();
     case Kind::list:
         return arguments.list.has_value();
+    case Kind::repeat:
+        return arguments.repeat || arguments.due;
+    case Kind::alert:
+        return arguments.alert || arguments.due;
+    case Kind::flag:
+    case Kind::link:
+    case Kind::note:
+    case Kind::place:
+        break;
     }
     return false;
 }
@@ -102,22 +111,33 @@ TextPair about(const QString& identifier, const TextPair& message) {
             identifier + QStringLiteral(" : ") + message.french};
 }
 
-QuickAddLine readLineToAdd(const CommandLineArguments& arguments, const QuickAddContext& context) {
-    QuickAddLine literal{.title = arguments.subjects.first()};
+QuickAddLine readLineToAdd(const QString& typed, const CommandLineArguments& arguments,
+                           const QuickAddContext& context) {
+    QuickAddLine literal{.title = typed};
     if (arguments.isLiteral)
         return literal;
     // Words that are refused may uncover others of the same kind.
     std::vector<TextRange> refused;
+    QString unknownList;
     while (true) {
-        QuickAddLine line = parseQuickAdd(arguments.subjects.first(), context, refused);
+        QuickAddLine line = parseQuickAdd(typed, context, refused);
         const std::size_t before = refused.size();
+        // A list that does not exist is not made unasked.
+        const bool isUnknown = !line.newListTitle.isEmpty() && !arguments.makesLists && !arguments.list;
+        if (isUnknown)
+            unknownList = line.newListTitle;
         for (const QuickAddPiece& piece : line.pieces) {
-            if (isSaidByOption(piece.kind, arguments))
+            if ((isUnknown && piece.kind == Kind::list) || isSaidByOption(piece.kind, arguments))
                 refused.push_back(piece.range);
         }
+        if (refused.size() != before)
+            continue;
         // A line that is nothing but a date is a title.
-        if (refused.size() == before)
-            return line.title.isEmpty() ? literal : line;
+        if (line.title.isEmpty())
+            return literal;
+        if (!unknownList.isEmpty())
+            line.newListTitle = unknownList;
+        return line;
     }
 }
 
@@ -132,8 +152,14 @@ tl::expected<NewReminder, TextPair> reminderToAdd(const QuickAddLine& line,
     }
     const auto priority = arguments.priority ? *arguments.priority : line.priority;
     reminder.priority = priority.value_or(NewReminderPriority::normal);
-    reminder.dueAlertSchedule = arguments.alert.value_or(std::nullopt);
+    reminder.dueAlertSchedule = arguments.alert.value_or(line.alert);
     reminder.repeat = arguments.repeat.value_or(ReminderRepeat::none);
+    if (!arguments.repeat && !arguments.due)
+        reminder.rule = line.rule;
+    if (arguments.makesLists)
+        reminder.newListTitle = line.newListTitle;
+    reminder.url = line.url;
+    reminder.notes = line.notes;
     if (const auto fits =
             checkAlert(reminder.dueAlertSchedule, reminder.dueDate, reminder.dueDateIncludesTime);
         !fits)

@@ -31,9 +31,10 @@ remindersMeant(const QStringList& typed, const QStringList& known, const TextPai
 /// A message that says which reminder it is about.
 [[nodiscard]] TextPair about(const QString& identifier, const TextPair& message);
 
-/// The title to add with what it says of day, time, priority and list. Words about what an option says are
-/// left in the title.
-[[nodiscard]] QuickAddLine readLineToAdd(const CommandLineArguments& arguments,
+/// The title to add with what it says of day, time, priority, list and more. Words about what an option says
+/// are left in the title, and so is a list that does not exist, unless lists are to be made: newListTitle
+/// names it in any case.
+[[nodiscard]] QuickAddLine readLineToAdd(const QString& typed, const CommandLineArguments& arguments,
                                          const QuickAddContext& context);
 
 /// `listID` is the list that an option names. Fails when the alert does not fit the due date.

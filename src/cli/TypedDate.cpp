@@ -1,5 +1,7 @@
 #include "cli/TypedDate.h"
 
+#include <algorithm>
+
 namespace kestrant {
 
 std::optional<TypedDate> readTypedDate(const QString& typed, const TimeZone& zone) {
@@ -26,7 +28,12 @@ std::optional<TypedDate> readDateInWords(const QString& typed, const QuickAddCon
     if (const auto date = readTypedDate(typed, context.zone))
         return date;
     const QuickAddLine line = parseQuickAdd(typed, context);
-    return line.title.isEmpty() && !line.priority ? dateOf(line, context.zone) : std::nullopt;
+    const bool isDate =
+        line.title.isEmpty() &&
+        std::all_of(line.pieces.begin(), line.pieces.end(), [](const QuickAddPiece& piece) {
+            return piece.kind == QuickAddPiece::Kind::day || piece.kind == QuickAddPiece::Kind::time;
+        });
+    return isDate ? dateOf(line, context.zone) : std::nullopt;
 }
 
 std::optional<TypedDate> dateOf(const QuickAddLine& line, const TimeZone& zone) {

@@ -175,6 +175,37 @@ TEST_F(CalendarCommandsTest, AddEventWritesTheTimesThatWereAskedForAndPrintsTheR
     EXPECT_EQ(rows().value("Review")["id"], added["id"]);
 }
 
+TEST_F(CalendarCommandsTest, AddEventUnderstandsALine) {
+    struct Case {
+        const char* line;
+        const char* understood;
+    };
+    const Case cases[] = {
+        {"Dinner with Maren friday 7pm-9pm at Cafe Luz, 30 min before", "Title     Dinner with Maren\n"
+                                                                        "Start     Fri 3 Apr 19:00\n"
+                                                                        "End       Fri 3 Apr 21:00\n"
+                                                                        "Alert     30 min before\n"
+                                                                        "Location  Cafe Luz\n"},
+        {"vacances du 12 au 15 juin", "Title     vacances\nStart     Fri 12 Jun\nLast day  Mon 15 Jun\n"},
+        {"Gym every monday 6-7am #Office // shoes", "Title     Gym\n"
+                                                    "Start     Mon 30 Mar 06:00\n"
+                                                    "End       Mon 30 Mar 07:00\n"
+                                                    "Repeats   every Mon\n"
+                                                    "Calendar  Office\n"
+                                                    "Notes     shoes\n"},
+    };
+    for (const Case& each : cases) {
+        const Result added = run({"add-event", QString::fromUtf8(each.line)});
+        EXPECT_EQ(added.status, 0) << added.err.toStdString();
+        EXPECT_EQ(added.err.toStdString(), each.understood);
+    }
+    input = {QStringLiteral("Lunch tomorrow noon"), QStringLiteral("no date"),
+             QStringLiteral("Tea sunday 4pm")};
+    const Result added = run({"add-event", "-"});
+    EXPECT_EQ(added.status, 1);
+    EXPECT_EQ(added.out.count(u'\n'), 2);
+}
+
 TEST_F(CalendarCommandsTest, AddEventMakesTheFolderAndTheFirstCalendarOfANewStore) {
     const QString store = "vdir:" + path("new/store");
     EXPECT_EQ(run({"agenda", "--store", store}).status, 1);
@@ -243,7 +274,7 @@ TEST_F(CalendarCommandsTest, WhatIsRefusedIsExplainedAndChangesNothing) {
          reversed},
         {{"add-event", "x", "--all-day", "--start", "2026-03-28", "--end", "2026-03-27"}, 1, reversed},
         {{"agenda", "--store", "vdir:/no/such"}, 1, "There is no folder /no/such.\n"},
-        {{"add-event", "x"}, 2, "add-event needs --start. See kestrant --help.\n"},
+        {{"add-event", "x"}, 1, "“x” does not say when; write a day or a time in it, or --start.\n"},
     };
     const auto files = [this] {
         QStringList result;

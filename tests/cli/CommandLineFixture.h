@@ -81,6 +81,9 @@ class CommandLineFixture : public testing::Test {
             .clock = clock,
             .out = [&](const QString& text) { result.out += text; },
             .err = [&](const QString& text) { result.err += text; },
+            .readLine = [lines = input]() mutable -> std::optional<QString> {
+                return lines.isEmpty() ? std::nullopt : std::optional(lines.takeFirst());
+            },
             .lineWidth = lineWidth,
             .useConfiguration = [&](const QString& name) -> tl::expected<void, TextPair> {
                 result.configuration = name;
@@ -101,6 +104,8 @@ class CommandLineFixture : public testing::Test {
     QTemporaryDir root;
     QLocale locale{QLocale::English, QLocale::UnitedKingdom};
     std::optional<int> lineWidth;
+    /// The lines of the standard input.
+    QStringList input;
     FixedClock clock{parseIso8601(u"2026-03-27T11:00:00Z").value()};
 };
 

@@ -98,6 +98,43 @@ TEST_F(ReminderChangesTest, AddTellsWhatItUnderstoodBesideTheIdentifier) {
     EXPECT_EQ(run({"add", "Nothing to understand"}).err, "");
 }
 
+TEST_F(ReminderChangesTest, AddWritesEverythingThatTheLineSays) {
+    const Result added =
+        run({"add", "Water every monday at 8am, 10 min before #Garden !flag https://example.org // two cans",
+             "--make-list"});
+    EXPECT_EQ(added.err, "Title     Water\n"
+                         "Due       Mon 30 Mar 08:00\n"
+                         "Repeats   every Mon\n"
+                         "Alert     10 min before\n"
+                         "Flag      ⚑\n"
+                         "New list  Garden\n"
+                         "Link      https://example.org\n"
+                         "Notes     two cans\n");
+    const QJsonObject reminder = shown(added.out.trimmed());
+    EXPECT_EQ(reminder["recurrenceRules"].toArray().first(), "FREQ=WEEKLY;BYDAY=MO");
+    EXPECT_EQ(reminder["url"], "https://example.org");
+    EXPECT_EQ(reminder["notes"], "two cans");
+    EXPECT_EQ(reminder["isFlagged"], true);
+    EXPECT_EQ(run({"add", "sweep #Garden tomorrow", "--json"}).json().object()["listID"], reminder["listID"]);
+
+    const Result unknown = run({"add", "sweep #Cellar tomorrow"});
+    EXPECT_EQ(shown(unknown.out.trimmed())["title"], "sweep #Cellar");
+    EXPECT_EQ(unknown.err.section(u'\n', 0, 0),
+              "There is no list “Cellar” that could be written to; its name stays in the title.");
+}
+
+TEST_F(ReminderChangesTest, AddTakesALineEachFromTheStandardInput) {
+    input = {QStringLiteral("milk tomorrow"), QString(), QStringLiteral("bread x"),
+             QStringLiteral("tea at 4")};
+    const Result added = run({"add", "-"});
+    EXPECT_EQ(added.status, 0);
+    const QStringList identifiers = added.out.split(u'\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(identifiers.size(), 3);
+    EXPECT_EQ(shown(identifiers[0])["title"], "milk");
+    EXPECT_EQ(shown(identifiers[1])["title"], "bread x");
+    EXPECT_EQ(shown(identifiers[2])["title"], "tea");
+}
+
 TEST_F(ReminderChangesTest, AddTakesAnAlertAndAFlag) {
     const QJsonObject added =
         run({"add", "Call at 15:00", "--alert", "15m", "--flagged", "--json"}).json().object();

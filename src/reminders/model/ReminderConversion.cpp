@@ -72,9 +72,9 @@ void applyDueDate(EKReminderData& reminder, const std::optional<DateComponents>&
         reminder.recurrenceRules.clear();
 }
 
-void applyRepeat(EKReminderData& reminder, ReminderRepeat repeat) {
-    reminder.recurrenceRules = recurrenceRules(repeat);
-    if (repeat != ReminderRepeat::none && !reminder.startDateComponents)
+void applyRules(EKReminderData& reminder, std::vector<EKRecurrenceRule> rules) {
+    reminder.recurrenceRules = std::move(rules);
+    if (!reminder.recurrenceRules.empty() && !reminder.startDateComponents)
         reminder.startDateComponents = reminder.dueDateComponents;
 }
 

@@ -29,7 +29,7 @@ void applyDueDate(EKReminderData& reminder, const std::optional<DateComponents>&
 
 /// Has the reminder repeat from its due date on, in place of the rules it has. One without a start gets its
 /// due date as one too, because other programs count from the start alone.
-void applyRepeat(EKReminderData& reminder, ReminderRepeat repeat);
+void applyRules(EKReminderData& reminder, std::vector<EKRecurrenceRule> rules);
 
 /// The list a new reminder goes to: the chosen one, else the preferred one, each when it still exists; else
 /// the database's default, else the first, each when it may be changed. Absent when there is none.

@@ -116,9 +116,16 @@ struct NewReminder {
     std::optional<NewReminderPriority> priority = NewReminderPriority::normal;
     /// The list chosen in the form; absent leaves the choice to the store.
     std::optional<QString> listID;
+    /// Names a list to be made for it, in place of listID; empty for none.
+    QString newListTitle;
     bool isFlagged = false;
     /// Anything but `none` needs a due date.
     ReminderRepeat repeat = ReminderRepeat::none;
+    /// In place of `repeat`, with its first date for the due date.
+    std::optional<EKRecurrenceRule> rule;
+    /// Empty for none.
+    QString url;
+    QString notes;
 };
 
 /// The content of an edit form, shown and returned.

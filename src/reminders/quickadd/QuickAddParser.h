@@ -1,11 +1,15 @@
 #pragma once
 
+#include "eventkit/model/EKTypes.h"
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "foundation/TimeZone.h"
+#include "reminders/model/ReminderAlertSchedule.h"
 #include "reminders/model/ReminderTask.h"
+#include "speech/Line.h"
 
 #include <QDate>
+#include <QLocale>
 #include <QString>
 #include <QTime>
 
@@ -14,74 +18,56 @@
 
 namespace kestrant {
 
-/// A part of a text, counted in UTF-16 units.
-struct TextRange {
-    qsizetype start = 0;
-    qsizetype length = 0;
+using TextRange = speech::TextRange;
+using QuickAddPiece = speech::Piece;
 
-    [[nodiscard]] qsizetype end() const { return start + length; }
-    [[nodiscard]] bool overlaps(const TextRange& other) const {
-        return start < other.end() && other.start < end();
-    }
-    bool operator==(const TextRange&) const = default;
-};
-
-/// Words of a quick-add line that mean something.
-struct QuickAddPiece {
-    enum class Kind {
-        /// A day, or a day and a time ("tomorrow", "tonight", "in 2 hours").
-        day,
-        /// A time of day ("9am", "noon", "morning").
-        time,
-        /// "!", "!!", "!!!", "!high".
-        priority,
-        /// "#Groceries".
-        list,
-    };
-
-    Kind kind = Kind::day;
-    /// With the words that lead to it: "by friday".
-    TextRange range;
-
-    bool operator==(const QuickAddPiece&) const = default;
-};
-
-/// The meaning of a quick-add line.
+/// The meaning of a quick-add line for a reminder.
 struct QuickAddLine {
     /// The line without what was understood.
     QString title;
     std::optional<QDate> day;
     /// Only with a day.
     std::optional<QTime> time;
+    /// The line has an end as well, and so may be meant as an event.
+    bool hasEnd = false;
+    /// The day is its first date.
+    std::optional<EKRecurrenceRule> rule;
     std::optional<NewReminderPriority> priority;
     /// The identifier of the list.
     std::optional<QString> listID;
+    /// A list that is named and does not exist.
+    QString newListTitle;
+    bool isFlagged = false;
+    QString url;
+    QString notes;
+    /// Only with a day.
+    std::optional<ReminderAlertSchedule> alert;
     /// The pieces that were understood, in the order of the line.
     std::vector<QuickAddPiece> pieces;
+    /// Words that may say when, left in the title until they are accepted.
+    std::vector<speech::Line::Offer> offers;
 };
 
-/// The present, zone, language and lists against which a line is read.
+/// The present, zone, customs and lists against which a line is read.
 struct QuickAddContext {
     Instant now;
     TimeZone zone;
-    /// Both languages are understood; this one decides where they differ: whether 3/4 is in March or in
-    /// April, and whether a lone exclamation mark is one.
+    /// Both languages are understood; this one decides where they differ, for instance whether a lone
+    /// exclamation mark is one.
     Language language = Language::english;
     /// The lists that can be named.
     std::vector<ReminderList> lists;
+    /// Decides whether 3/4 is in March or in April, and whether 5:30 may be in the afternoon; absent leaves
+    /// that to the language.
+    std::optional<QLocale> locale = {};
 };
 
-/// Reads a line as people type it: a title with a day, a time, a priority and a list in it. Words that could
-/// as well belong to the title are left there: "may", "mars", "read 1984", "Sunday’s paper", anything in
-/// quotation marks, anything that repeats ("every monday"). Of several days (or times) the last one counts.
-///
-/// A day without a year is the next one, today included; a weekday by its name alone is never today; a time
-/// without a day is the next one. Weeks begin on Monday; "next week" and "next month" mean their first day.
-/// An hour of a twelve-hour clock without am and pm is that of the day (1 to 7 are in the afternoon), unless
-/// words like "morning" say otherwise.
-///
-/// Text in the ranges that the person has `refused` stays in the title.
+/// The customs of a place as a line is read by them.
+[[nodiscard]] speech::Present presentFor(const QuickAddContext& context);
+
+/// Reads a line as people type it; see speech::readLine().
 [[nodiscard]] QuickAddLine parseQuickAdd(const QString& line, const QuickAddContext& context,
-                                         const std::vector<TextRange>& refused = {});
+                                         const std::vector<TextRange>& refused = {},
+                                         const std::vector<TextRange>& accepted = {});
 
 }  // namespace kestrant

@@ -22,6 +22,8 @@ namespace {
 
 using Code = ReminderStoreError::Code;
 
+constexpr Color initialListColor{0x0a, 0x84, 0xff};
+
 tl::unexpected<ReminderStoreError> failure(Code code) {
     return tl::unexpected(ReminderStoreError{code, {}});
 }
@@ -72,8 +74,10 @@ void ReminderWriter::create(const NewReminder& reminder, CreationCompletion comp
         return refuse(Code::emptyTitle);
     if (asksForMissingDueDate(wanted.dueDate, wanted.dueDateIncludesTime, wanted.dueAlertSchedule))
         return refuse(Code::dueDateRequired);
-    if (!wanted.dueDate && wanted.repeat != ReminderRepeat::none)
+    if (!wanted.dueDate && (wanted.rule || wanted.repeat != ReminderRepeat::none))
         return refuse(Code::repeatRequiresDueDate);
+    if (!wanted.newListTitle.isEmpty())
+        return makeNamedList(wanted, std::move(completion));
     const auto& selected = loader_.selectedListID();
     const bool selectedExists = selected && services_.eventStore.calendarWithIdentifier(*selected);
     const auto preferred =
@@ -85,6 +89,26 @@ void ReminderWriter::create(const NewReminder& reminder, CreationCompletion comp
         saveNew(wanted, *list, std::move(completion));
     else
         makeInitialList(wanted, std::move(completion));
+}
+
+void ReminderWriter::makeNamedList(const NewReminder& reminder, CreationCompletion completion) {
+    EKCalendar list;
+    list.title = reminder.newListTitle;
+    list.color = initialListColor;
+    work_.begin();
+    services_.eventStore.saveCalendar(
+        list, [self = QPointer(this), reminder,
+               completion = std::move(completion)](const tl::expected<EKCalendar, EKError>& made) {
+            if (!self)
+                return;
+            if (made)
+                self->saveNew(reminder, *made, completion);
+            else if (completion)
+                completion(tl::unexpected(
+                    ReminderStoreError{Code::unableToCreateInitialList, made.error().message}));
+            if (self)
+                self->work_.end();
+        });
 }
 
 void ReminderWriter::makeInitialList(const NewReminder& reminder, CreationCompletion completion) {
@@ -100,7 +124,7 @@ void ReminderWriter::makeInitialList(const NewReminder& reminder, CreationComple
         return;
     EKCalendar list;
     list.title = text("Reminders", "Rappels").in(services_.localization.language());
-    list.color = Color{0x0a, 0x84, 0xff};
+    list.color = initialListColor;
     work_.begin();
     services_.eventStore.saveCalendar(
         list, [self = QPointer(this)](const tl::expected<EKCalendar, EKError>& made) {
@@ -126,7 +150,12 @@ void ReminderWriter::saveNew(const NewReminder& wanted, const EKCalendar& list,
         applyDueDate(reminder->data,
                      dueComponents(*wanted.dueDate, wanted.dueDateIncludesTime, zone, std::nullopt),
                      wanted.dueAlertSchedule, zone);
-    applyRepeat(reminder->data, wanted.repeat);
+    applyRules(reminder->data,
+               wanted.rule ? std::vector{*wanted.rule} : kestrant::recurrenceRules(wanted.repeat));
+    if (!wanted.url.isEmpty())
+        reminder->data.url = wanted.url;
+    if (!wanted.notes.isEmpty())
+        reminder->data.notes = wanted.notes;
     const RecordedChangeRef recorded =
         recorder_.begin(RecordedChange::Kind::creation, text("Create reminder", "Créer le rappel"),
                         outcomeText(text("“%1” added", "« %1 » ajouté"), wanted.title), QString());
@@ -220,7 +249,7 @@ void ReminderWriter::edit(const QString& id, const ReminderEditDetails& details,
                                     reminder.dueDateComponents);
             applyDueDate(reminder, due, details.dueAlertSchedule, zone);
             if (repeat && repeat != reminderRepeat(reminder.recurrenceRules))
-                applyRepeat(reminder, *repeat);
+                applyRules(reminder, kestrant::recurrenceRules(*repeat));
             return {};
         },
         editOutcome, std::move(completion));

@@ -65,6 +65,7 @@ class ReminderWriter : public QObject {
                                                      Completion completion);
     [[nodiscard]] Edit withoutDueDate() const;
     void saveNew(const NewReminder& reminder, const EKCalendar& list, CreationCompletion completion);
+    void makeNamedList(const NewReminder& reminder, CreationCompletion completion);
     void makeInitialList(const NewReminder& reminder, CreationCompletion completion);
 
     const ReminderStoreServices& services_;

@@ -9,6 +9,29 @@ Column {
     required property OverlayHost overlays
     signal accepted
 
+    // What the line says and no field shows; the cross gives the words back.
+    Flow {
+        visible: fields.form.facts.length > 0
+        width: parent.width
+        spacing: 8
+        bottomPadding: 10
+        Repeater {
+            model: fields.form.facts
+            delegate: Chip {
+                required property var modelData
+                height: 28
+                maximumWidth: 220
+                text: modelData.title
+                iconName: ({ place: "pin", repeat: "repeat", alert: "bell" })[modelData.kind] ?? ""
+                showsIcon: iconName !== ""
+                color: Qt.alpha(textColor, 0.14)
+                textColor: Theme.understood(modelData.kind)
+                showsCross: true
+                onClicked: fields.form.takeBack(modelData.kind)
+                onCrossClicked: fields.form.takeBack(modelData.kind)
+            }
+        }
+    }
     EventTimesLines {
         width: parent.width
         times: fields.form.times

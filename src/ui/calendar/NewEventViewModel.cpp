@@ -1,19 +1,59 @@
 #include "ui/calendar/NewEventViewModel.h"
 
 #include "calendar/CalendarStore.h"
+#include "reminders/model/ReminderAlerts.h"
+#include "reminders/quickadd/QuickAddParser.h"
 #include "ui/panel/Localizer.h"
+#include "ui/reminders/RepeatChoices.h"
 #include "ui/settings/Choices.h"
 
 #include <QPointer>
 
+#include <chrono>
+#include <utility>
+#include <vector>
+
 namespace kestrant {
+namespace {
+
+using PieceKind = speech::Piece::Kind;
+
+QString kindOf(PieceKind kind) {
+    switch (kind) {
+    case PieceKind::day:
+    case PieceKind::time:
+        return QStringLiteral("due");
+    case PieceKind::repeat:
+        return QStringLiteral("repeat");
+    case PieceKind::priority:
+        return QStringLiteral("priority");
+    case PieceKind::list:
+        return QStringLiteral("list");
+    case PieceKind::flag:
+        return QStringLiteral("flag");
+    case PieceKind::link:
+        return QStringLiteral("link");
+    case PieceKind::note:
+        return QStringLiteral("notes");
+    case PieceKind::place:
+        return QStringLiteral("place");
+    case PieceKind::alert:
+        return QStringLiteral("alert");
+    }
+    return {};
+}
+
+}  // namespace
 
 NewEventViewModel::NewEventViewModel(CalendarStore& store, const Clock& clock,
                                      const CurrentTimeZone& currentZone, Localizer& localizer,
-                                     QObject* parent)
+                                     std::function<QLocale()> locale, QObject* parent)
     : FormViewModel(localizer, parent)
     , store_(store)
+    , clock_(clock)
+    , currentZone_(currentZone)
     , localizer_(localizer)
+    , locale_(std::move(locale))
     , times_(clock, currentZone, localizer) {
     connect(&times_, &EventTimes::edited, this, &NewEventViewModel::edited);
     // Calendars come and go with what is loaded.
@@ -32,8 +72,93 @@ void NewEventViewModel::discard() {
         return;
     clearError();
     title_.clear();
+    spoken_ = {};
+    refused_.clear();
     times_.showNextHalfHour();
     Q_EMIT changed();
+}
+
+void NewEventViewModel::setTitle(const QString& title) {
+    if (title == title_)
+        return;
+    title_ = title;
+    // Words typed anew may be meant otherwise.
+    refused_.removeIf([this](const QString& words) { return !title_.contains(words); });
+    understand();
+    edited();
+}
+
+void NewEventViewModel::understand() {
+    std::vector<speech::TextRange> refused;
+    for (const QString& words : refused_)
+        if (const qsizetype start = title_.indexOf(words); start >= 0)
+            refused.push_back({start, words.size()});
+    const std::vector<EKCalendar> calendars = store_.writableCalendars();
+    const speech::Present present = presentFor({.now = clock_.now(),
+                                                .zone = currentZone_.zone(),
+                                                .language = localizer_.language(),
+                                                .lists = {},
+                                                .locale = locale_()});
+    const SpokenEvent before = std::exchange(spoken_, readEvent(title_, present, calendars, refused));
+    const auto spanOf = [](const SpokenEvent& spoken) {
+        return spoken.event ? std::optional(EventTimes::Span{spoken.event->startDate, spoken.event->endDate,
+                                                             spoken.event->isAllDay})
+                            : std::nullopt;
+    };
+    const auto span = spanOf(spoken_);
+    if (span != spanOf(before)) {
+        if (span)
+            times_.show(*span);
+        else
+            times_.showNextHalfHour();
+    }
+    const auto calendarOf = [](const SpokenEvent& spoken) {
+        return spoken.event ? spoken.event->calendarID.value_or(QString()) : QString();
+    };
+    if (calendarOf(spoken_) != calendarOf(before))
+        chosenCalendarID_ = calendarOf(spoken_);
+}
+
+QVariantList NewEventViewModel::pieces() const {
+    QVariantList result;
+    // A line that is not an event yet is a title.
+    if (!spoken_.event)
+        return result;
+    for (const speech::Piece& piece : spoken_.line.pieces)
+        result.append(QVariantMap{{QStringLiteral("kind"), kindOf(piece.kind)},
+                                  {QStringLiteral("start"), piece.range.start},
+                                  {QStringLiteral("length"), piece.range.length}});
+    return result;
+}
+
+QVariantList NewEventViewModel::facts() const {
+    QVariantList result;
+    if (!spoken_.event)
+        return result;
+    const NewCalendarEvent& event = *spoken_.event;
+    const auto add = [&](PieceKind kind, const QString& title) {
+        if (!title.isEmpty())
+            result.append(
+                QVariantMap{{QStringLiteral("kind"), kindOf(kind)}, {QStringLiteral("title"), title}});
+    };
+    add(PieceKind::place, event.location);
+    if (event.rule)
+        add(PieceKind::repeat, repeatTitle({*event.rule}, localizer_));
+    if (event.alert) {
+        const RelativeToDueTime before{-std::chrono::duration<double>(*event.alert).count()};
+        add(PieceKind::alert, localizer_(label(before, localizer_.clockHours())));
+    }
+    add(PieceKind::link, event.url);
+    add(PieceKind::note, event.notes);
+    return result;
+}
+
+void NewEventViewModel::takeBack(const QString& kind) {
+    for (const speech::Piece& piece : spoken_.line.pieces)
+        if (kindOf(piece.kind) == kind)
+            refused_.append(title_.mid(piece.range.start, piece.range.length));
+    understand();
+    edited();
 }
 
 void NewEventViewModel::submit() {
@@ -42,8 +167,10 @@ void NewEventViewModel::submit() {
     const auto span = times_.span();
     if (!span)
         return fail(span.error());
-    NewCalendarEvent event{
-        .title = title_, .startDate = span->start, .endDate = span->end, .isAllDay = span->isAllDay};
+    NewCalendarEvent event = spoken_.event.value_or(NewCalendarEvent{.title = title_});
+    event.startDate = span->start;
+    event.endDate = span->end;
+    event.isAllDay = span->isAllDay;
     if (const auto shown = calendar())
         event.calendarID = shown->calendarIdentifier;
     startSaving();

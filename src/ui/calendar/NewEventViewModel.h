@@ -1,13 +1,17 @@
 #pragma once
 
+#include "calendar/SpokenEvent.h"
 #include "ui/calendar/EventTimes.h"
 #include "ui/controls/FormViewModel.h"
 
 #include <QColor>
+#include <QLocale>
 #include <QQmlEngine>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
 
+#include <functional>
 #include <optional>
 
 namespace kestrant {
@@ -22,7 +26,14 @@ class NewEventViewModel : public kestrant::FormViewModel {
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
 
+    /// The line as typed. What it says of time, place, calendar, repetition and alert is understood and is no
+    /// part of the event's title; times and calendar that are chosen by hand afterwards win.
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
+    /// The words that were understood, {kind, start, length} each, counted in UTF-16 units.
+    Q_PROPERTY(QVariantList pieces READ pieces NOTIFY changed)
+    /// What was understood and has no field of its own, {kind, title} each: "place", "repeat", "alert",
+    /// "link" and "notes".
+    Q_PROPERTY(QVariantList facts READ facts NOTIFY changed)
     Q_PROPERTY(kestrant::EventTimes* times READ times CONSTANT)
     /// The calendar chosen last, else the database's default; empty when one is yet to be made.
     Q_PROPERTY(QString calendarId READ calendarId WRITE setCalendarId NOTIFY changed)
@@ -33,7 +44,7 @@ class NewEventViewModel : public kestrant::FormViewModel {
   public:
     /// Everything must outlive the view model.
     NewEventViewModel(CalendarStore& store, const Clock& clock, const CurrentTimeZone& currentZone,
-                      Localizer& localizer, QObject* parent = nullptr);
+                      Localizer& localizer, std::function<QLocale()> locale, QObject* parent = nullptr);
 
     /// Shows what was written and neither added nor discarded, or else an empty event at the next half hour.
     Q_INVOKABLE void begin();
@@ -41,11 +52,15 @@ class NewEventViewModel : public kestrant::FormViewModel {
     Q_INVOKABLE void discard();
     /// Saves; ends with `added`, or with errorText set and everything left as it was written.
     Q_INVOKABLE void submit();
+    /// Words that say a fact mean nothing but themselves from now on.
+    Q_INVOKABLE void takeBack(const QString& kind);
     /// The calendars that take events, {id, title, color} each.
     Q_INVOKABLE [[nodiscard]] QVariantList calendars() const;
 
     [[nodiscard]] const QString& title() const { return title_; }
-    void setTitle(const QString& title) { set(title_, title); }
+    void setTitle(const QString& title);
+    [[nodiscard]] QVariantList pieces() const;
+    [[nodiscard]] QVariantList facts() const;
     [[nodiscard]] EventTimes* times() { return &times_; }
     [[nodiscard]] QString calendarId() const;
     void setCalendarId(const QString& id);
@@ -58,11 +73,20 @@ class NewEventViewModel : public kestrant::FormViewModel {
 
   private:
     [[nodiscard]] std::optional<EKCalendar> calendar() const;
+    /// Reads the line, and takes over what it says now and did not say before.
+    void understand();
 
     CalendarStore& store_;
+    const Clock& clock_;
+    const CurrentTimeZone& currentZone_;
     Localizer& localizer_;
+    /// The person's own, for the order of numeric dates.
+    std::function<QLocale()> locale_;
     EventTimes times_;
     QString title_;
+    SpokenEvent spoken_;
+    /// Words that were refused.
+    QStringList refused_;
     QString chosenCalendarID_;
 };
 

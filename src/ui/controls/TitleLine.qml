@@ -10,6 +10,8 @@ FocusScope {
     property var words: []
     property string placeholder
     property string spokenName: placeholder
+    /// What Tab adds at the end; empty for nothing.
+    property string completion
     signal edited(string text)
     signal accepted
     /// Ctrl and Enter.
@@ -87,7 +89,12 @@ FocusScope {
             Accessible.role: Accessible.EditableText
             Accessible.name: line.spokenName
 
-            Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+            Keys.onTabPressed: {
+                if (line.completion !== "" && cursorPosition === length)
+                    insert(length, line.completion)
+                else
+                    nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+            }
             Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
             Keys.onUpPressed: cursorPosition = 0
             Keys.onDownPressed: cursorPosition = length
@@ -112,6 +119,15 @@ FocusScope {
                 font: input.font
                 Accessible.ignored: true
             }
+        }
+        PlainText {
+            visible: line.completion !== "" && input.activeFocus && input.cursorPosition === input.length
+            x: input.cursorRectangle.x + 1
+            y: input.cursorRectangle.y
+            text: line.completion
+            color: Theme.secondaryText
+            font: input.font
+            Accessible.ignored: true
         }
         WordColors {
             textDocument: input.textDocument

@@ -9,6 +9,8 @@ Column {
     required property OverlayHost overlays
     /// A day is to be picked.
     signal dayWanted
+    /// The line is to become an event.
+    signal eventWanted
     signal accepted
     /// The keyboard has nothing left to act on here.
     signal titleWanted
@@ -19,7 +21,9 @@ Column {
         priority: Localizer.text("Priority", "Priorité"),
         flag: Localizer.text("Flag", "Signaler"),
         alert: Localizer.text("Alert", "Alerte"),
-        repeat: Localizer.text("Repeat", "Répétition")
+        repeat: Localizer.text("Repeat", "Répétition"),
+        link: Localizer.text("Link", "Lien"),
+        notes: Localizer.text("Notes", "Notes")
     })
     readonly property var values: ({
         list: form.listTitle,
@@ -27,13 +31,17 @@ Column {
         priority: form.priorityTitle,
         flag: Localizer.text("Flagged", "Marqué"),
         alert: form.alert.title,
-        repeat: form.repeatTitle
+        repeat: form.repeatTitle,
+        link: form.linkText,
+        notes: form.notesText
     })
     readonly property var icons: ({ due: "calendar", priority: "priority", flag: "flag", alert: "bell", repeat: "repeat" })
 
     spacing: 8
 
     function act(kind, chip) {
+        if (kind === "link" || kind === "notes")
+            return titleWanted()
         if (kind === "due") {
             dayWanted()
         } else if (kind === "flag") {
@@ -64,6 +72,10 @@ Column {
                 }
             })
         }
+    }
+    function acceptOffer(words) {
+        form.accept(words)
+        titleWanted()
     }
     function takeBack(kind) {
         form.takeBack(kind)
@@ -100,7 +112,7 @@ Column {
         outlined: !isSaid
         color: isUnderstood ? Qt.alpha(hue, 0.14) : Theme.control
         textColor: isSaid ? hue : Theme.chipText
-        showsChevron: isSaid && !showsCross
+        showsChevron: isSaid && !showsCross && kind !== "link" && kind !== "notes"
         showsCross: isSaid && facts.form.canTakeBack(kind)
         spokenName: kind === "flag" ? facts.names.flag : facts.names[kind] + ", " + facts.values[kind]
         Accessible.description: kind === "list" ? facts.form.listReason : ""
@@ -117,6 +129,33 @@ Column {
             id: saidChips
             model: facts.form.said
             delegate: Fact { isSaid: true }
+        }
+        Repeater {
+            // What may be meant, to be accepted.
+            model: facts.form.offers
+            delegate: Chip {
+                required property var modelData
+                height: 28
+                maximumWidth: 220
+                outlined: true
+                iconName: facts.icons.due
+                showsIcon: true
+                text: modelData.title + " ?"
+                textColor: Theme.understood("due")
+                spokenName: Localizer.text("Due", "Échéance") + ", " + modelData.title + "?"
+                Accessible.description: modelData.words
+                onClicked: facts.acceptOffer(modelData.words)
+            }
+        }
+        Chip {
+            // A line with a start and an end may be one.
+            visible: facts.form.mayBeEvent
+            height: 28
+            outlined: true
+            iconName: facts.icons.due
+            showsIcon: true
+            text: Localizer.text("Make it an event", "En faire un événement")
+            onClicked: facts.eventWanted()
         }
         PlainText {
             // Why it is this list, while nothing else is said.

@@ -129,8 +129,9 @@ Popover {
             width: parent.width
             focus: true
             text: quickAdd.current.title
-            words: quickAdd.addsEvent ? [] : quickAdd.form.pieces.map(piece => ({
+            words: quickAdd.current.pieces.map(piece => ({
                 start: piece.start, length: piece.length, color: Theme.understood(piece.kind) }))
+            completion: quickAdd.addsEvent ? "" : quickAdd.form.completion
             placeholder: quickAdd.addsEvent ? Localizer.text("Event title", "Titre de l’événement")
                                             : Localizer.text("What to remember?", "Que faut-il retenir ?")
             spokenName: Localizer.text("Title", "Titre")
@@ -144,6 +145,7 @@ Popover {
             form: quickAdd.form
             overlays: quickAdd.overlays
             onDayWanted: quickAdd.pickDay()
+            onEventWanted: quickAdd.choose("event")
             onAccepted: quickAdd.submit(false)
             onTitleWanted: titleLine.forceActiveFocus(Qt.OtherFocusReason)
         }

@@ -27,7 +27,9 @@ const QString priority = QStringLiteral("priority");
 const QString flag = QStringLiteral("flag");
 const QString alert = QStringLiteral("alert");
 const QString repeat = QStringLiteral("repeat");
-const QStringList all{list, due, priority, flag, alert, repeat};
+const QString link = QStringLiteral("link");
+const QString notes = QStringLiteral("notes");
+const QStringList all{list, due, priority, flag, alert, repeat, link, notes};
 }  // namespace fact
 
 const QString& factOf(QuickAddPiece::Kind kind) {
@@ -35,9 +37,20 @@ const QString& factOf(QuickAddPiece::Kind kind) {
     case QuickAddPiece::Kind::day:
     case QuickAddPiece::Kind::time:
         return fact::due;
+    case QuickAddPiece::Kind::repeat:
+        return fact::repeat;
     case QuickAddPiece::Kind::priority:
         return fact::priority;
+    case QuickAddPiece::Kind::flag:
+        return fact::flag;
+    case QuickAddPiece::Kind::alert:
+        return fact::alert;
+    case QuickAddPiece::Kind::link:
+        return fact::link;
+    case QuickAddPiece::Kind::note:
+        return fact::notes;
     case QuickAddPiece::Kind::list:
+    case QuickAddPiece::Kind::place:
         break;
     }
     return fact::list;
@@ -47,12 +60,13 @@ const QString& factOf(QuickAddPiece::Kind kind) {
 
 QuickAddViewModel::QuickAddViewModel(ReminderStore& store, const Clock& clock,
                                      const CurrentTimeZone& currentZone, Localizer& localizer,
-                                     QObject* parent)
+                                     std::function<QLocale()> locale, QObject* parent)
     : FormViewModel(localizer, parent)
     , store_(store)
     , clock_(clock)
     , currentZone_(currentZone)
     , localizer_(localizer)
+    , locale_(std::move(locale))
     , alert_(localizer)
     , dueDay_(clock, currentZone, localizer) {
     connect(this, &QuickAddViewModel::changed, this, &QuickAddViewModel::updateFacts);
@@ -94,11 +108,13 @@ void QuickAddViewModel::discard() {
     title_.clear();
     line_ = {};
     refused_.clear();
+    accepted_.clear();
     isFlagged_ = false;
     alert_.setSchedule(std::nullopt);
-    repeat_ = ReminderRepeat::none;
+    rules_.clear();
     priority_.reset();
     listID_.reset();
+    newListTitle_.clear();
     dueDay_.setDay({});
     dueDay_.showMonthOfDay();
     timeText_.clear();
@@ -120,7 +136,9 @@ void QuickAddViewModel::submit() {
     if (isSaving())
         return;
     NewReminder reminder{.title = line_.title, .priority = priority_, .isFlagged = isFlagged_};
-    if (const ReminderList* chosen = list())
+    if (!newListTitle_.isEmpty())
+        reminder.newListTitle = newListTitle_;
+    else if (const ReminderList* chosen = list())
         reminder.listID = chosen->id;
     const auto time = hasTime() ? timeOfDay(timeText_) : std::optional(QTime(0, 0));
     if (!time)
@@ -131,7 +149,10 @@ void QuickAddViewModel::submit() {
     if (!alert)
         return fail(alert.error());
     reminder.dueAlertSchedule = *alert;
-    reminder.repeat = repeat();
+    if (const auto repeating = rules(); !repeating.empty())
+        reminder.rule = repeating.front();
+    reminder.url = line_.url;
+    reminder.notes = line_.notes;
     if (const QDate day = dueDay_.day(); day.isValid())
         reminder.dueDate = hasTime() ? zone.instantAt(day, *time) : zone.startOfDay(day);
 
@@ -157,20 +178,27 @@ void QuickAddViewModel::setTitle(const QString& title) {
         return;
     title_ = title;
     // Words typed anew may be meant otherwise.
-    refused_.removeIf([this](const QString& words) { return !title_.contains(words); });
+    for (QStringList* words : {&refused_, &accepted_})
+        words->removeIf([this](const QString& each) { return !title_.contains(each); });
     understand();
     edited();
 }
 
 void QuickAddViewModel::understand() {
-    std::vector<TextRange> refused;
-    for (const QString& words : refused_)
-        if (const qsizetype start = title_.indexOf(words); start >= 0)
-            refused.push_back({start, words.size()});
-    const QuickAddLine before = std::exchange(
-        line_,
-        parseQuickAdd(title_, {clock_.now(), currentZone_.zone(), localizer_.language(), store_.lists()},
-                      refused));
+    const auto rangesOf = [this](const QStringList& all) {
+        std::vector<TextRange> ranges;
+        for (const QString& words : all)
+            if (const qsizetype start = title_.indexOf(words); start >= 0)
+                ranges.push_back({start, words.size()});
+        return ranges;
+    };
+    const QuickAddContext context{.now = clock_.now(),
+                                  .zone = currentZone_.zone(),
+                                  .language = localizer_.language(),
+                                  .lists = store_.lists(),
+                                  .locale = locale_()};
+    const QuickAddLine before =
+        std::exchange(line_, parseQuickAdd(title_, context, rangesOf(refused_), rangesOf(accepted_)));
     // A line that is nothing but a date is a title.
     if (line_.title.trimmed().isEmpty())
         line_ = QuickAddLine{.title = title_};
@@ -182,16 +210,30 @@ void QuickAddViewModel::understand() {
         priority_ = line_.priority;
     if (line_.listID != before.listID)
         listID_ = line_.listID;
+    if (line_.newListTitle != before.newListTitle)
+        newListTitle_ = line_.newListTitle;
+    if (line_.isFlagged != before.isFlagged)
+        isFlagged_ = line_.isFlagged;
+    if (line_.rule != before.rule)
+        rules_ = line_.rule ? std::vector{*line_.rule} : std::vector<EKRecurrenceRule>();
+    if (line_.alert != before.alert) {
+        updateAlert();
+        alert_.setSchedule(line_.alert);
+    }
 }
 
 void QuickAddViewModel::takeBack(const QString& fact) {
+    // Without a due date there is no repetition either.
+    const bool takesRule = fact == fact::due && line_.rule;
     for (const QuickAddPiece& piece : line_.pieces)
-        if (factOf(piece.kind) == fact)
+        if (factOf(piece.kind) == fact || (takesRule && piece.kind == QuickAddPiece::Kind::repeat))
             refused_.append(title_.mid(piece.range.start, piece.range.length));
     understand();
-    if (fact == fact::list)
+    if (fact == fact::list) {
         listID_.reset();
-    else if (fact == fact::due)
+        newListTitle_.clear();
+    }
+    if (fact == fact::due)
         dueDay_.setDay({});
     else if (fact == fact::priority)
         priority_.reset();
@@ -200,12 +242,12 @@ void QuickAddViewModel::takeBack(const QString& fact) {
     else if (fact == fact::alert)
         alert_.setId({});
     else if (fact == fact::repeat)
-        repeat_ = ReminderRepeat::none;
+        rules_.clear();
     edited();
 }
 
 bool QuickAddViewModel::canTakeBack(const QString& fact) const {
-    return fact == fact::list ? listID_.has_value() : holds(fact);
+    return fact == fact::list ? listID_.has_value() || !newListTitle_.isEmpty() : holds(fact);
 }
 
 bool QuickAddViewModel::holds(const QString& fact) const {
@@ -214,7 +256,9 @@ bool QuickAddViewModel::holds(const QString& fact) const {
            : fact == fact::priority ? priority_.has_value()
            : fact == fact::flag     ? isFlagged_
            : fact == fact::alert    ? !alert_.id().isEmpty()
-                                    : repeat() != ReminderRepeat::none;
+           : fact == fact::link     ? !line_.url.isEmpty()
+           : fact == fact::notes    ? !line_.notes.isEmpty()
+                                    : !rules().empty();
 }
 
 void QuickAddViewModel::updateFacts() {
@@ -228,7 +272,8 @@ void QuickAddViewModel::updateFacts() {
     for (const QString& fact : std::as_const(order)) {
         if (holds(fact))
             said.append(fact);
-        else if (dueDay_.day().isValid() || (fact != fact::alert && fact != fact::repeat))
+        else if (fact != fact::link && fact != fact::notes &&
+                 (dueDay_.day().isValid() || (fact != fact::alert && fact != fact::repeat)))
             addable.append(fact);
     }
     if (said == said_ && addable == addable_)
@@ -275,21 +320,68 @@ void QuickAddViewModel::setFlagged(bool flagged) {
     edited();
 }
 
-ReminderRepeat QuickAddViewModel::repeat() const {
-    return dueDay_.day().isValid() ? repeat_ : ReminderRepeat::none;
+std::vector<EKRecurrenceRule> QuickAddViewModel::rules() const {
+    return dueDay_.day().isValid() ? rules_ : std::vector<EKRecurrenceRule>();
 }
 
 void QuickAddViewModel::setRepeatId(const QString& id) {
-    repeat_ = fromRawValue<ReminderRepeat>(id).value_or(ReminderRepeat::none);
+    if (const auto chosen = fromRawValue<ReminderRepeat>(id))
+        rules_ = recurrenceRules(*chosen);
     edited();
 }
 
 QString QuickAddViewModel::repeatTitle() const {
-    return kestrant::repeatTitle(recurrenceRules(repeat()), localizer_);
+    return kestrant::repeatTitle(rules(), localizer_);
 }
 
 QVariantList QuickAddViewModel::repeats() const {
-    return repeatChoices({}, localizer_);
+    return repeatChoices(rules(), localizer_);
+}
+
+QString QuickAddViewModel::repeatId() const {
+    const auto choice = reminderRepeat(rules());
+    return choice ? rawValue(*choice) : QString();
+}
+
+QVariantList QuickAddViewModel::offers() const {
+    QVariantList result;
+    for (const auto& offer : line_.offers) {
+        const TimeZone zone = currentZone_.zone();
+        const Instant due = offer.time ? zone.instantAt(offer.day, *offer.time) : zone.startOfDay(offer.day);
+        result.append(QVariantMap{
+            {QStringLiteral("words"), title_.mid(offer.range.start, offer.range.length)},
+            {QStringLiteral("title"), reminderDueText(due, offer.time.has_value(), clock_.now(), zone,
+                                                      localizer_.language(), localizer_.clockHours())}});
+    }
+    return result;
+}
+
+void QuickAddViewModel::accept(const QString& words) {
+    accepted_.append(words);
+    understand();
+    edited();
+}
+
+QString QuickAddViewModel::completion() const {
+    constexpr qsizetype fewestLetters = 3;
+    const qsizetype mark = title_.lastIndexOf(u'#');
+    if (mark < 0 && title_.size() >= fewestLetters && line_.pieces.empty()) {
+        for (const ReminderTask& task : store_.tasks()) {
+            if (task.title.size() > title_.size() && task.title.startsWith(title_, Qt::CaseInsensitive))
+                return onOneLine(task.title).mid(title_.size());
+        }
+    }
+    if (mark < 0 || (mark > 0 && !title_[mark - 1].isSpace()))
+        return {};
+    const QString begun = title_.mid(mark + 1);
+    if (begun.isEmpty() || begun.endsWith(u' '))
+        return {};
+    for (const ReminderList& list : store_.lists()) {
+        if (list.allowsContentModifications && list.title.size() > begun.size() &&
+            list.title.startsWith(begun, Qt::CaseInsensitive))
+            return list.title.mid(begun.size());
+    }
+    return {};
 }
 
 QString QuickAddViewModel::priority() const {
@@ -349,10 +441,15 @@ QString QuickAddViewModel::listId() const {
 
 void QuickAddViewModel::setListId(const QString& id) {
     listID_ = id.isEmpty() ? std::nullopt : std::optional(id);
+    newListTitle_.clear();
     edited();
 }
 
 QString QuickAddViewModel::listTitle() const {
+    if (!newListTitle_.isEmpty()) {
+        const QString words = localizer_(text("New list “%1”", "Nouvelle liste « %1 »"));
+        return words.arg(newListTitle_);
+    }
     return list() ? list()->title : localizer_(text("New list", "Nouvelle liste"));
 }
 
@@ -362,7 +459,7 @@ QColor QuickAddViewModel::listColor() const {
 
 QString QuickAddViewModel::listReason() const {
     const ReminderList* shown = list();
-    if (!shown || listID_)
+    if (!shown || listID_ || !newListTitle_.isEmpty())
         return {};
     return localizer_(
         store_.selectedListID() == shown->id  ? text("the list you are looking at", "la liste affichée")

@@ -7,12 +7,15 @@
 #include "ui/reminders/AlertPicker.h"
 
 #include <QColor>
+#include <QLocale>
 #include <QQmlEngine>
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
 
+#include <functional>
 #include <optional>
+#include <vector>
 
 namespace kestrant {
 
@@ -31,7 +34,8 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     /// reminder's title; what is chosen by hand afterwards wins.
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
     /// The words that were understood, {kind, start, length} each, counted in UTF-16 units. The kind is one
-    /// of the facts that a reminder has: "list", "due", "priority", "flag", "alert" and "repeat".
+    /// of the facts that a reminder has: "list", "due", "priority", "flag", "alert", "repeat", "link" and
+    /// "notes".
     Q_PROPERTY(QVariantList pieces READ pieces NOTIFY changed)
     /// The kinds among the pieces.
     Q_PROPERTY(QStringList understood READ understood NOTIFY changed)
@@ -60,6 +64,15 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     /// See RepeatChoices; "none" without a due date.
     Q_PROPERTY(QString repeatId READ repeatId WRITE setRepeatId NOTIFY changed)
     Q_PROPERTY(QString repeatTitle READ repeatTitle NOTIFY changed)
+    /// Words that may say when but were left in the title, {words, title} each.
+    Q_PROPERTY(QVariantList offers READ offers NOTIFY changed)
+    /// The line has an end, too: it may be meant as an event.
+    Q_PROPERTY(bool mayBeEvent READ mayBeEvent NOTIFY changed)
+    Q_PROPERTY(QString linkText READ linkText NOTIFY changed)
+    Q_PROPERTY(QString notesText READ notesText NOTIFY changed)
+    /// What Tab adds to the end of the line: the rest of a list's name, or of a title that is known; empty
+    /// for nothing.
+    Q_PROPERTY(QString completion READ completion NOTIFY changed)
     /// Day and time in words; empty without a due date.
     Q_PROPERTY(QString dueText READ dueText NOTIFY changed)
     Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY changed)
@@ -67,7 +80,7 @@ class QuickAddViewModel : public kestrant::FormViewModel {
   public:
     /// Everything must outlive the view model.
     QuickAddViewModel(ReminderStore& store, const Clock& clock, const CurrentTimeZone& currentZone,
-                      Localizer& localizer, QObject* parent = nullptr);
+                      Localizer& localizer, std::function<QLocale()> locale, QObject* parent = nullptr);
 
     /// Shows what was written and neither added nor discarded, or else an empty reminder in the list that is
     /// preferred now.
@@ -84,6 +97,13 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     Q_INVOKABLE [[nodiscard]] bool canTakeBack(const QString& fact) const;
     /// {id, title} each.
     Q_INVOKABLE [[nodiscard]] QVariantList repeats() const;
+    /// Takes the words of an offer for what they may say.
+    Q_INVOKABLE void accept(const QString& words);
+    [[nodiscard]] QVariantList offers() const;
+    [[nodiscard]] bool mayBeEvent() const { return line_.hasEnd; }
+    [[nodiscard]] const QString& linkText() const { return line_.url; }
+    [[nodiscard]] const QString& notesText() const { return line_.notes; }
+    [[nodiscard]] QString completion() const;
 
     [[nodiscard]] const QString& type() const { return type_; }
     void setType(const QString& type);
@@ -96,7 +116,8 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     [[nodiscard]] bool isFlagged() const { return isFlagged_; }
     void setFlagged(bool flagged);
     [[nodiscard]] AlertPicker* alert() { return &alert_; }
-    [[nodiscard]] QString repeatId() const { return rawValue(repeat()); }
+    /// Empty for a repetition that is none of the choices.
+    [[nodiscard]] QString repeatId() const;
     void setRepeatId(const QString& id);
     [[nodiscard]] QString repeatTitle() const;
     [[nodiscard]] QString priority() const;
@@ -131,7 +152,7 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     [[nodiscard]] bool hasTime() const { return !timeText_.trimmed().isEmpty(); }
     /// Tells the alert what there is to ring for.
     void updateAlert();
-    [[nodiscard]] ReminderRepeat repeat() const;
+    [[nodiscard]] std::vector<EKRecurrenceRule> rules() const;
     [[nodiscard]] const ReminderList* list() const;
     [[nodiscard]] std::optional<QString> preferredListID() const;
 
@@ -139,17 +160,21 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     const Clock& clock_;
     const CurrentTimeZone& currentZone_;
     Localizer& localizer_;
+    /// The person's own, for the order of numeric dates.
+    std::function<QLocale()> locale_;
     QString type_ = QStringLiteral("reminder");
     QString title_;
     QuickAddLine line_;
     /// Words that were refused.
     QStringList refused_;
+    QStringList accepted_;
     bool isFlagged_ = false;
     AlertPicker alert_;
-    ReminderRepeat repeat_ = ReminderRepeat::none;
+    std::vector<EKRecurrenceRule> rules_;
     /// A priority that nobody has chosen is none.
     std::optional<NewReminderPriority> priority_;
     std::optional<QString> listID_;
+    QString newListTitle_;
     QStringList said_;
     QStringList addable_;
     DayPicker dueDay_;

@@ -45,6 +45,31 @@ TEST(NewEventViewModel, AddsWhatItShows) {
     EXPECT_EQ(test.form.times()->startTime(), QStringLiteral("15:00"));
 }
 
+TEST(NewEventViewModel, UnderstandsTheLineAndGivesItsWordsBack) {
+    const auto write = [](Writing& test) {
+        test.form.setTitle(QStringLiteral("Dinner with Maren friday 7pm-9pm at Cafe Luz, 30 min before"));
+    };
+    Writing test;
+    write(test);
+    EXPECT_EQ(test.form.times()->startTime(), QStringLiteral("19:00"));
+    EXPECT_EQ(test.form.times()->endTime(), QStringLiteral("21:00"));
+    EXPECT_EQ(test.form.facts().size(), 2);
+    test.submit();
+    const EKEventData saved = test.onlyEvent();
+    EXPECT_EQ(saved.title, QStringLiteral("Dinner with Maren"));
+    EXPECT_EQ(saved.location.value_or(QString()), QStringLiteral("Cafe Luz"));
+    EXPECT_EQ(saved.alarms.size(), 1u);
+    EXPECT_EQ(saved.endDate - saved.startDate, std::chrono::hours(2));
+
+    write(test);
+    test.form.takeBack(QStringLiteral("place"));
+    EXPECT_EQ(test.form.facts().size(), 1);
+    test.form.setTitle(QStringLiteral("Dinner"));
+    EXPECT_TRUE(test.form.pieces().isEmpty());
+    EXPECT_EQ(test.form.times()->startTime(), QStringLiteral("15:00"))
+        << "what the line no longer says is forgotten";
+}
+
 TEST(NewEventViewModel, AddsWholeDays) {
     Writing test;
     test.form.setTitle(QStringLiteral("Holiday"));

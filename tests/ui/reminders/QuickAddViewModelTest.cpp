@@ -187,4 +187,59 @@ TEST(QuickAddViewModel, TakesALineOfNothingButADateForATitle) {
     EXPECT_EQ(program.quickAdd.dueText(), QString()) << "what the line no longer says is forgotten";
 }
 
+TEST(QuickAddViewModel, SavesWhateverTheLineSays) {
+    Program program;
+    program.load();
+    QuickAddViewModel& form = program.quickAdd;
+    form.begin();
+    form.setTitle(QStringLiteral(
+        "Water every 3 days at 8am, 10 min before !flag #Garden https://example.org // two cans"));
+    EXPECT_EQ(form.said().join(u' '), QStringLiteral("repeat due alert flag list link notes"));
+    EXPECT_EQ(form.repeatTitle(), QStringLiteral("Every 3 days"));
+    EXPECT_EQ(form.repeatId(), QString()) << "none of the choices";
+    EXPECT_EQ(form.listTitle(), QStringLiteral("New list “Garden”"));
+    form.submit();
+    program.settle();
+    ASSERT_EQ(program.database.reminders().size(), 1u);
+    const EKReminderData saved = program.database.reminders().front();
+    EXPECT_EQ(saved.title, QStringLiteral("Water"));
+    ASSERT_EQ(saved.recurrenceRules.size(), 1u);
+    EXPECT_EQ(saved.recurrenceRules[0].text, QStringLiteral("FREQ=DAILY;INTERVAL=3"));
+    EXPECT_EQ(saved.alarms.size(), 1u);
+    EXPECT_EQ(saved.url.value_or(QString()), QStringLiteral("https://example.org"));
+    EXPECT_EQ(saved.notes.value_or(QString()), QStringLiteral("two cans"));
+    EXPECT_EQ(program.database.calendarWithIdentifier(saved.calendarIdentifier)->title,
+              QStringLiteral("Garden"));
+}
+
+TEST(QuickAddViewModel, GivesTheWordsOfARepetitionBack) {
+    Program program;
+    program.load();
+    QuickAddViewModel& form = program.quickAdd;
+    form.setTitle(QStringLiteral("Water every monday at 8am"));
+    form.takeBack(QStringLiteral("repeat"));
+    EXPECT_EQ(form.repeatId(), QStringLiteral("none"));
+    EXPECT_NE(form.dueText(), QString()) << "the time is still said";
+    form.setTitle(QStringLiteral("Water plants every monday at 8am"));
+    form.takeBack(QStringLiteral("due"));
+    EXPECT_EQ(form.pieces().size(), 0);
+}
+
+TEST(QuickAddViewModel, OffersWhatMayBeMeantAndCompletesNames) {
+    Program program;
+    program.load();
+    QuickAddViewModel& form = program.quickAdd;
+    form.setTitle(QStringLiteral("notes from Monday"));
+    EXPECT_EQ(form.dueText(), QString());
+    ASSERT_EQ(form.offers().size(), 1);
+    form.accept(form.offers()[0].toMap()[QStringLiteral("words")].toString());
+    EXPECT_NE(form.dueText(), QString());
+    EXPECT_TRUE(form.offers().isEmpty());
+    form.setTitle(QStringLiteral("call #wo"));
+    EXPECT_EQ(form.completion(), QStringLiteral("rk"));
+    form.setTitle(QStringLiteral("meeting 2-4pm"));
+    EXPECT_TRUE(form.mayBeEvent());
+    EXPECT_EQ(form.completion(), QString());
+}
+
 }  // namespace
