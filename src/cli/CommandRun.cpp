@@ -27,11 +27,11 @@ bool needsOnlyItsSubjects(Command command) {
 
 /// The items that a command needs.
 EventStoreUse useOf(const CommandLineArguments& arguments) {
-    EventStoreUse use;
+    EventStoreUse use{.reminders = {}, .observesChanges = false};
     if (arguments.command == Command::add || arguments.command == Command::addEvent)
-        use.items = QStringList();
+        use.reminders = QStringList();
     else if (needsOnlyItsSubjects(arguments.command))
-        use.items = arguments.subjects;
+        use.reminders = arguments.subjects;
     return use;
 }
 

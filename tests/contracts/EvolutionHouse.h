@@ -3,6 +3,7 @@
 #include "eventkit/evolution/EvolutionEventStore.h"
 #include "eventkit/evolution/EvolutionStorage.h"
 #include "eventkit/items/ItemDatabase.h"
+#include "foundation/Text.h"
 #include "support/AwaitState.h"
 #include "support/EvolutionService.h"
 #include "support/ManualScheduler.h"
@@ -47,7 +48,13 @@ struct EvolutionHouse {
         service.makeReadOnly(list);
         awaitThat([&] { return !used->calendarWithIdentifier(list)->allowsContentModifications; });
     }
-    void awaitThat(const std::function<bool()>& holds) { kestrant::awaitThat(scheduler, holds); }
+    void awaitThat(const std::function<bool()>& holds) {
+        kestrant::awaitThat(scheduler, holds);
+        if (!::testing::Test::HasFatalFailure())
+            return;
+        for (const TextPair& problem : used->problems())
+            ADD_FAILURE() << "the database says: " << problem.english.toStdString();
+    }
 
     /// Another program that uses the service.
     struct Other {

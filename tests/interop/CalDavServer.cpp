@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <utility>
 #include <vector>
 
 namespace kestrant {
@@ -138,13 +139,21 @@ QByteArray CalDavServer::text(const QString& collection, const QString& name) co
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QByteArray CalDavServer::textWith(const QString& collection, const QByteArray& part) const {
+std::vector<QByteArray> CalDavServer::texts(const QString& collection) const {
+    std::vector<QByteArray> result;
     const QDir folder(folder_.path() + "/collection-root/someone/" + collection);
     for (const QString& name : folder.entryList({QStringLiteral("*.ics")})) {
         QFile file(folder.filePath(name));
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        if (QByteArray text = file.readAll(); text.contains(part))
-            return text;
+        result.push_back(file.readAll());
+    }
+    return result;
+}
+
+QByteArray CalDavServer::textWith(const QString& collection, const QByteArray& part) const {
+    for (QByteArray& text : texts(collection)) {
+        if (text.contains(part))
+            return std::move(text);
     }
     return {};
 }

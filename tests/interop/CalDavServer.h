@@ -38,6 +38,8 @@ class CalDavServer {
     void remove(const QString& collection, const QString& name);
     /// Empty where there is no such item.
     [[nodiscard]] QByteArray text(const QString& collection, const QString& name) const;
+    /// Those of all items, in no particular order.
+    [[nodiscard]] std::vector<QByteArray> texts(const QString& collection) const;
     /// The item in which this text is.
     [[nodiscard]] QByteArray textWith(const QString& collection, const QByteArray& part) const;
 

@@ -63,7 +63,7 @@ TEST_F(CalDavSilence, BeginsWithoutAListThatIsLate) {
         // Opening the account from here on waits for the server.
         house.service.kill("org.gnome.evolution.dataserver.Calendar");
         EvolutionEventStore store(house.scheduler, house.scheduler, house.currentZone, 10s,
-                                  {.items = wanted});
+                                  {.reminders = wanted});
         EventStoreDriver fresh(store, house.scheduler);
         ASSERT_EQ(fresh.requestAccess(), std::nullopt);
         EXPECT_FALSE(store.calendarWithIdentifier(list)->isAnswering);

@@ -106,11 +106,12 @@ EvolutionStorage::EvolutionStorage(items::StorageObserver observer, std::chrono:
            .overdue = [listener = listener_](const QByteArray& queue,
                                              const QString& list) { listener->tellOfOverdue(queue, list); }})
     , queues_(queues)
-    , lists_(limit_, [listener = listener_] { listener->tell({.collections = true}); }) {
-    if (!use.items)
+    , lists_(limit_, [listener = listener_] { listener->tell({.collections = true}); })
+    , observesChanges_(use.observesChanges) {
+    if (!use.reminders)
         return;
     wanted_.emplace();
-    for (const QString& identifier : *use.items)
+    for (const QString& identifier : *use.reminders)
         wanted_->insert(identifier.toUtf8());
 }
 
@@ -150,8 +151,7 @@ std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& u
                                            [listener = listener_, uid] {
                                                listener->tell({.files = {{uid, {}}}});
                                            }};
-    // A process that needs single items is short-lived.
-    if (!wanted_)
+    if (observesChanges_)
         observer.itemsChanged = [listener = listener_, uid](std::set<QByteArray> items) {
             listener->tell({.files = {{uid, std::move(items)}}});
         };
@@ -245,14 +245,17 @@ void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const 
     }
     const auto reading = std::make_shared<Reading>();
     for (const auto& [uid, list] : lists) {
+        if (wanted_ && list.type != EKEntityType::reminder)
+            continue;
         reading->awaited.insert(uid);
         if (list.isLocal())
             reading->local.insert(uid);
     }
     if (wanted_)
         reading->missing = *wanted_;
-    for (const auto& [uid, list] : lists) {
-        queues_->run(uid, [this, &library, uid = uid, local, reading, wanted = wanted_] {
+    const auto queued = reading->awaited;
+    for (const QByteArray& uid : queued) {
+        queues_->run(uid, [this, &library, uid, local, reading, wanted = wanted_] {
             const auto present = lists_.enabled();
             if (const auto found = present.find(uid); found != present.end())
                 readList(library, uid, found->second, wanted ? &*wanted : nullptr, local);
@@ -282,12 +285,14 @@ void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const 
 std::set<QByteArray> EvolutionStorage::awaitReading(Reading& reading) {
     const SourceQueues::Away away;
     std::unique_lock lock(reading.mutex);
+    // Another list may have an item of the same name, so the others have the time to say so.
     const auto isFound = [&] { return wanted_ && reading.missing.empty(); };
-    const auto isEnough = [&] { return reading.awaited.empty() || isFound(); };
+    const auto isEnough = [&] { return reading.awaited.empty(); };
     const auto isWorthWaiting = [&] {
-        return !reading.hasAnswer ||
-               std::any_of(reading.awaited.begin(), reading.awaited.end(),
-                           [&](const QByteArray& list) { return reading.local.contains(list); });
+        return !isFound() &&
+               (!reading.hasAnswer ||
+                std::any_of(reading.awaited.begin(), reading.awaited.end(),
+                            [&](const QByteArray& list) { return reading.local.contains(list); }));
     };
     // Each ends with the limit by itself, but for what cannot be cancelled.
     const auto end = std::chrono::steady_clock::now() + limit_.longest() + grace;
@@ -379,6 +384,11 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const S
         return std::tuple(collection.isWritable, collection.isAnswering, collection.problem);
     };
     const auto before = state();
+    // The service takes no changes of a list that it has never seen on its server.
+    if (!isWritable.value_or(true) && collection.files.empty() && list.isOnServer() && !list.isConnected()) {
+        isSilent = true;
+        reason = text("its server has not been reached yet", "son serveur n’a pas encore été joint");
+    }
     if (isSilent) {
         noteSilence(collection, uid, reason);
     } else {

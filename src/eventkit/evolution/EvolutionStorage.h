@@ -125,6 +125,7 @@ class EvolutionStorage final : public items::ItemStorage {
     CallTimeout limit_;
     SourceQueues* queues_;
     EvolutionLists lists_;
+    bool observesChanges_;
     std::map<QByteArray, std::shared_ptr<EvolutionClient>> clients_;
     /// Lists that did not answer, and how often in a row.
     std::map<QByteArray, int> silent_;

@@ -47,9 +47,11 @@ struct EventStoreLocation {
 
 /// The part of a database that a caller needs, so that opening it can skip the rest.
 struct EventStoreUse {
-    /// Identifiers of all the items that are needed; absent where that is anything. Where it is none, lists
-    /// are opened when something is written to them.
-    std::optional<QStringList> items;
+    /// Identifiers of all the reminders that are needed; absent where anything may be. Where it is none,
+    /// lists are opened when something is written to them.
+    std::optional<QStringList> reminders;
+    /// Whether changes by others are reported. A process that ends soon need not subscribe to every list.
+    bool observesChanges = true;
 };
 
 }  // namespace kestrant

@@ -33,8 +33,8 @@ class EvolutionRecovery : public ::testing::Test {
             result.push_back(calendar.title);
         return result;
     }
-    void addElsewhere(const QByteArray& uid) {
-        ForeignList(list, E_CAL_CLIENT_SOURCE_TYPE_TASKS)
+    void addElsewhere(const QByteArray& uid, const QString& where = {}) {
+        ForeignList(where.isEmpty() ? list : where, E_CAL_CLIENT_SOURCE_TYPE_TASKS)
             .add("BEGIN:VTODO\r\nUID:" + uid + "\r\nDTSTAMP:20260101T000000Z\r\nSUMMARY:" + uid +
                  "\r\nEND:VTODO\r\n");
     }
@@ -177,7 +177,7 @@ TEST_F(EvolutionRecovery, ReadsNoMoreThanIsWanted) {
     for (const Case& each :
          {Case{{identifier}, {"bread"}}, Case{{}, {}}, Case{{identifier, "unknown"}, {"bread", "milk"}}}) {
         EvolutionEventStore store(house.scheduler, house.scheduler, house.currentZone,
-                                  EvolutionEventStore::longestCall, {.items = each.wanted});
+                                  EvolutionEventStore::longestCall, {.reminders = each.wanted});
         EventStoreDriver other(store, house.scheduler);
         ASSERT_EQ(other.requestAccess(), std::nullopt);
         EXPECT_EQ(other.openTitles(), each.known);
@@ -186,6 +186,28 @@ TEST_F(EvolutionRecovery, ReadsNoMoreThanIsWanted) {
         (void)other.fetch(completed);
         EXPECT_THAT(other.openTitles(), ElementsAre("bread", "milk", "rice"));
         ASSERT_TRUE(other.remove(added).has_value());
+    }
+}
+
+TEST_F(EvolutionRecovery, FindsAWantedReminderAmongItemsOfTheSameName) {
+    open();
+    const QString other = driver.addList("Other");
+    const auto calendar =
+        driver.saveCalendar({.title = "Work", .allowsReminders = false, .allowsEvents = true});
+    ASSERT_TRUE(calendar.has_value());
+    ForeignList(calendar->calendarIdentifier, E_CAL_CLIENT_SOURCE_TYPE_EVENTS)
+        .add("BEGIN:VEVENT\r\nUID:" + identifier.toUtf8() + "\r\nDTSTART:20260327T090000Z\r\nEND:VEVENT\r\n");
+    addElsewhere(identifier.toUtf8(), other);
+    house.awaitThat([&] { return driver.openTitles().size() == 2; });
+    const EKReminderRef whole = house.store.calendarItem(identifier);
+    for (int i = 0; i < 8; ++i) {
+        EvolutionEventStore store(house.scheduler, house.scheduler, house.currentZone,
+                                  EvolutionEventStore::longestCall, {.reminders = QStringList{identifier}});
+        EventStoreDriver partial(store, house.scheduler);
+        ASSERT_EQ(partial.requestAccess(), std::nullopt);
+        const EKReminderRef found = store.calendarItem(identifier);
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->data, whole->data) << "the same one that is known by that name among all";
     }
 }
 
