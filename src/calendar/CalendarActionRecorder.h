@@ -12,7 +12,8 @@ namespace kestrant {
 /// A change of the calendar that has happened and can be taken back.
 struct CalendarAction {
     using Done = std::function<void(tl::expected<void, EKError>)>;
-    /// Calls its argument exactly once, within the call or later, when the operation has ended.
+    /// Calls its argument exactly once, within the call or later, when the operation has ended; with
+    /// outcomeUnknown first where that is not known for long.
     using Operation = std::function<void(Done)>;
 
     /// A short verb phrase: "Delete event".

@@ -8,6 +8,13 @@
 #include <utility>
 
 namespace kestrant {
+namespace {
+
+bool isUnknown(const tl::expected<EKSaveResult, EKError>& result) {
+    return !result && result.error().code == EKError::Code::outcomeUnknown;
+}
+
+}  // namespace
 
 RecordedEventChangeRef RecordedEventChanges::begin(const TextPair& title, const TextPair& outcome) {
     auto recorded = std::make_shared<RecordedEventChange>();
@@ -22,14 +29,14 @@ void RecordedEventChanges::end(const RecordedEventChangeRef& recorded, const QSt
                                const tl::expected<EKSaveResult, EKError>& result) {
     if (!recorded->action)
         return;
-    if (!result && result.error().code == EKError::Code::outcomeUnknown && !identifier.isEmpty()) {
-        services_.eventStore.awaitOutcome(identifier, [self = QPointer(this), recorded, identifier](
-                                                          const tl::expected<EKSaveResult, EKError>& known) {
-            if (!self)
-                return;
-            self->end(recorded, identifier, known);
-            Q_EMIT self->outdated();
-        });
+    if (isUnknown(result) && !identifier.isEmpty()) {
+        services_.eventStore.awaitOutcome(identifier,
+                                          [self = QPointer(this), recorded, identifier](const Result& known) {
+                                              if (!self)
+                                                  return;
+                                              self->end(recorded, identifier, known);
+                                              Q_EMIT self->outdated();
+                                          });
         return;
     }
     if (result && result->change) {
@@ -46,23 +53,33 @@ void RecordedEventChanges::end(const RecordedEventChangeRef& recorded, const QSt
     services_.actions->end(*std::exchange(recorded->action, std::nullopt), result.has_value());
 }
 
-void RecordedEventChanges::replay(const RecordedEventChangeRef& recorded,
-                                  const std::function<void(tl::expected<void, EKError>)>& done) {
-    services_.eventStore.revert(
-        recorded->change, recorded->item->identifier,
-        [self = QPointer(this), recorded, done](const tl::expected<EKSaveResult, EKError>& result) {
-            if (!self)
-                return;
-            if (!result) {
-                Q_EMIT self->outdated();
-                done(tl::unexpected(result.error()));
-                return;
-            }
-            recorded->change = result->change;
-            self->references_.follow(recorded->item, result->calendarItemIdentifier);
-            Q_EMIT self->replayed();
-            done({});
-        });
+void RecordedEventChanges::replay(const RecordedEventChangeRef& recorded, const CalendarAction::Done& done) {
+    const QString identifier = recorded->item->identifier;
+    services_.eventStore.revert(recorded->change, identifier,
+                                [self = QPointer(this), recorded, identifier, done](const Result& result) {
+                                    if (!self)
+                                        return;
+                                    if (isUnknown(result))
+                                        self->services_.eventStore.awaitOutcome(
+                                            identifier, [self, recorded, done](const Result& known) {
+                                                if (self)
+                                                    self->endReplay(*recorded, known, done);
+                                            });
+                                    self->endReplay(*recorded, result, done);
+                                });
+}
+
+void RecordedEventChanges::endReplay(RecordedEventChange& recorded, const Result& result,
+                                     const CalendarAction::Done& done) {
+    if (!result) {
+        Q_EMIT outdated();
+        done(tl::unexpected(result.error()));
+        return;
+    }
+    recorded.change = result->change;
+    references_.follow(recorded.item, result->calendarItemIdentifier);
+    Q_EMIT replayed();
+    done({});
 }
 
 }  // namespace kestrant

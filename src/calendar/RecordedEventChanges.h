@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calendar/CalendarActionRecorder.h"
 #include "eventkit/model/EKEventStore.h"
 #include "eventkit/model/HistoryReferences.h"
 #include "foundation/Text.h"
@@ -51,8 +52,9 @@ class RecordedEventChanges : public QObject {
     void outdated();
 
   private:
-    void replay(const RecordedEventChangeRef& recorded,
-                const std::function<void(tl::expected<void, EKError>)>& done);
+    using Result = tl::expected<EKSaveResult, EKError>;
+    void replay(const RecordedEventChangeRef& recorded, const CalendarAction::Done& done);
+    void endReplay(RecordedEventChange& recorded, const Result& result, const CalendarAction::Done& done);
 
     const CalendarStoreServices& services_;
     HistoryReferences references_;

@@ -185,9 +185,10 @@ void InMemoryEventStore::remove(const EKReminderRef& reminder, SaveCompletion co
 
 void InMemoryEventStore::revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                                 SaveCompletion completion) {
-    attempt(Operation::revert, {}, completion, [this, change, identifier](const SaveCompletion& told) {
-        ItemEventStore::revert(change, identifier, told);
-    });
+    attempt(Operation::revert, identifier, completion,
+            [this, change, identifier](const SaveCompletion& told) {
+                ItemEventStore::revert(change, identifier, told);
+            });
 }
 
 void InMemoryEventStore::save(const EKEventRef& event, EKSpan span, SaveCompletion completion) {

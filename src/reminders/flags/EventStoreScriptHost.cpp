@@ -69,7 +69,7 @@ class FlagSetting : public std::enable_shared_from_this<FlagSetting> {
         store_.save(reminder, [self = shared_from_this()](const tl::expected<EKSaveResult, EKError>& saved) {
             if (saved)
                 self->answer_(QStringList{});
-            else if (!self->found_.empty())
+            else if (!self->found_.empty() && saved.error().code != EKError::Code::outcomeUnknown)
                 self->setNext();
             else
                 self->answer_(failure(saved.error().code == EKError::Code::accessDenied

@@ -19,6 +19,8 @@ ReminderStoreError ReminderStoreError::from(const EKError& error) {
         return {Code::listUnavailable, {}};
     case EKError::Code::conflict:
         return {Code::changedElsewhere, error.message};
+    case EKError::Code::outcomeUnknown:
+        return {Code::outcomeUnknown, error.message};
     default:
         return {Code::database, error.message};
     }
@@ -45,6 +47,7 @@ TextPair ReminderStoreError::message() const {
     case Code::flagNotUpdated:
         return text("The flag could not be updated.", "Le drapeau n’a pas pu être modifié.");
     case Code::changedElsewhere:
+    case Code::outcomeUnknown:
     case Code::database:
         return detail;
     }

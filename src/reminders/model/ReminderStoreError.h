@@ -7,7 +7,7 @@
 
 namespace kestrant {
 
-/// Why a change to the reminders did not happen. Nothing was written.
+/// Why a change to the reminders did not happen. Nothing was written, but for outcomeUnknown.
 struct ReminderStoreError {
     enum class Code {
         /// There is no list to put the reminder into and none could be made; `underlying` says why.
@@ -26,6 +26,8 @@ struct ReminderStoreError {
         flagNotUpdated,
         /// Somebody else has changed the same meanwhile; `underlying` is the database's own text.
         changedElsewhere,
+        /// The database has not said in time whether it made the change; `underlying` is its own text.
+        outcomeUnknown,
         /// The database refused; `underlying` is its own text.
         database,
     };

@@ -98,7 +98,19 @@ RecordedChangeRef PendingCompletions::record(const QString& id) {
             if (recorded->change)
                 return self->recorder_.replay(recorded, done);
             self->setPending(recorded->reminder->identifier, true);
-            self->commit(recorded->reminder->identifier, done, recorded);
+            self->commit(
+                recorded->reminder->identifier,
+                [recorded, done](const ReminderActionHistory::Result& result) {
+                    if (recorded->unknown)
+                        recorded->waiting.push_back({[recorded, done] {
+                                                         done(recorded->change
+                                                                  ? ReminderActionHistory::Result()
+                                                                  : tl::unexpected(ReminderStoreError{}));
+                                                     },
+                                                     {}});
+                    done(result);
+                },
+                recorded);
         };
     };
     return recorder_.beginPending(id, undo, redo);
@@ -152,6 +164,7 @@ void PendingCompletions::saved(const QString& id, const EKReminderRef& reminder,
     // The card stays as it is until it is known what became of it.
     const bool isUnknown = !result && result.error().code == EKError::Code::outcomeUnknown;
     if (isUnknown) {
+        recorder_.leaveOpen(recorded, result.error());
         services_.eventStore.awaitOutcome(
             id, [self = QPointer(this), id, reminder, recorded](const Result& known) {
                 if (!self)

@@ -18,6 +18,14 @@ namespace kestrant {
 using Kind = RecordedChange::Kind;
 using Done = ReminderActionHistory::Done;
 
+namespace {
+
+bool isUnknown(const tl::expected<EKSaveResult, EKError>& result) {
+    return !result && result.error().code == EKError::Code::outcomeUnknown;
+}
+
+}  // namespace
+
 RecordedChanges::RecordedChanges(const ReminderStoreServices& services, HistoryReferences& references,
                                  ReminderArrangement& arrangement, ReminderFlagSync& flags,
                                  CompletionReconciler& reconciler, ReminderWork& work)
@@ -67,8 +75,7 @@ ReminderActionHistory::Operation RecordedChanges::replayOf(const RecordedChangeR
     };
 }
 
-void RecordedChanges::end(const RecordedChangeRef& recorded,
-                          const tl::expected<EKSaveResult, EKError>& result) {
+void RecordedChanges::end(const RecordedChangeRef& recorded, const Result& result) {
     recorded->isUnderWay = false;
     if (result) {
         recorded->change = result->change;
@@ -90,8 +97,9 @@ void RecordedChanges::end(const RecordedChangeRef& recorded,
     } else if (recorded->action) {
         services_.history->record(recorded->title, replayOf(recorded), replayOf(recorded), recorded->outcome);
     }
-    for (const auto& waiting : std::exchange(recorded->waiting, {}))
-        waiting();
+    recorded->unknown.reset();
+    for (const RecordedChange::Waiter& waiter : std::exchange(recorded->waiting, {}))
+        waiter.ended();
     using End = ReminderActionHistory::ActionEnd;
     if (const auto action = std::exchange(recorded->action, std::nullopt))
         services_.history->endAction(*action, result ? End::succeeded : End::failed);
@@ -99,7 +107,7 @@ void RecordedChanges::end(const RecordedChangeRef& recorded,
 
 void RecordedChanges::endOnceKnown(const RecordedChangeRef& recorded, const QString& id,
                                    const tl::expected<EKSaveResult, EKError>& result) {
-    if (result || result.error().code != EKError::Code::outcomeUnknown)
+    if (!isUnknown(result))
         return end(recorded, result);
     services_.eventStore.awaitOutcome(
         id, [self = QPointer(this), recorded](const tl::expected<EKSaveResult, EKError>& known) {
@@ -112,6 +120,15 @@ void RecordedChanges::endOnceKnown(const RecordedChangeRef& recorded, const QStr
         });
 }
 
+void RecordedChanges::leaveOpen(const RecordedChangeRef& recorded, const EKError& unknown) {
+    recorded->unknown = ReminderStoreError::from(unknown);
+    const auto waiting = recorded->waiting;
+    for (const RecordedChange::Waiter& waiter : waiting) {
+        if (waiter.told)
+            waiter.told(tl::unexpected(*recorded->unknown));
+    }
+}
+
 void RecordedChanges::withdraw(const RecordedChangeRef& recorded) {
     if (services_.history && recorded->entry)
         services_.history->remove(*std::exchange(recorded->entry, std::nullopt));
@@ -119,27 +136,35 @@ void RecordedChanges::withdraw(const RecordedChangeRef& recorded) {
 
 void RecordedChanges::replay(const RecordedChangeRef& recorded, const Done& done) {
     if (recorded->isUnderWay) {
-        recorded->waiting.push_back([operation = replayOf(recorded), done] { operation(done); });
+        recorded->waiting.push_back({[operation = replayOf(recorded), done] { operation(done); }, done});
+        if (recorded->unknown)
+            done(tl::unexpected(*recorded->unknown));
         return;
     }
     if (!recorded->change)
         return done({});
     work_.begin();
+    const QString id = recorded->reminder->identifier;
     services_.eventStore.revert(
-        recorded->change, recorded->reminder->identifier,
-        [self = QPointer(this), recorded, done](const tl::expected<EKSaveResult, EKError>& result) {
+        recorded->change, id, [self = QPointer(this), recorded, id, done](const Result& result) {
             if (!self)
                 return;
-            if (result)
-                self->replayed(*recorded, *result);
-            Q_EMIT self->changed();
-            if (result)
-                done({});
-            else
-                done(tl::unexpected(ReminderStoreError::from(result.error())));
+            if (isUnknown(result))
+                self->services_.eventStore.awaitOutcome(id, [self, recorded, done](const Result& known) {
+                    if (self)
+                        self->endReplay(recorded, known, done);
+                });
+            self->endReplay(recorded, result, done);
             if (self)
                 self->work_.end();
         });
+}
+
+void RecordedChanges::endReplay(const RecordedChangeRef& recorded, const Result& result, const Done& done) {
+    if (result)
+        replayed(*recorded, *result);
+    Q_EMIT changed();
+    done(result ? ReminderActionHistory::Result() : tl::unexpected(ReminderStoreError::from(result.error())));
 }
 
 void RecordedChanges::replayed(RecordedChange& recorded, const EKSaveResult& result) {

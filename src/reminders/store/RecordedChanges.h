@@ -40,7 +40,14 @@ struct RecordedChange {
     std::optional<QUuid> entry;
     /// A completion that is being written for the first time; replays wait for the end.
     bool isUnderWay = false;
-    std::vector<std::function<void()>> waiting;
+    /// The sentence, once nobody knows what becomes of it.
+    std::optional<ReminderStoreError> unknown;
+    struct Waiter {
+        std::function<void()> ended;
+        /// Told that the outcome is unknown; may be empty.
+        ReminderActionHistory::Done told;
+    };
+    std::vector<Waiter> waiting;
     /// The change that the next replay reverts; null when nothing was written.
     std::shared_ptr<const EKItemChange> change;
     bool isTakenBack = false;
@@ -75,6 +82,8 @@ class RecordedChanges : public QObject {
     /// Ends it at once, or when it is known what became of the change.
     void endOnceKnown(const RecordedChangeRef& recorded, const QString& id,
                       const tl::expected<EKSaveResult, EKError>& result);
+    /// Nobody knows yet what becomes of it.
+    void leaveOpen(const RecordedChangeRef& recorded, const EKError& unknown);
     /// The change did not happen after all.
     void withdraw(const RecordedChangeRef& recorded);
 
@@ -88,8 +97,11 @@ class RecordedChanges : public QObject {
     void cameBack(const QString& id);
 
   private:
+    using Result = tl::expected<EKSaveResult, EKError>;
     [[nodiscard]] RecordedChangeRef make(RecordedChange::Kind kind, const QString& id) const;
     [[nodiscard]] ReminderActionHistory::Operation replayOf(const RecordedChangeRef& recorded);
+    void endReplay(const RecordedChangeRef& recorded, const Result& result,
+                   const ReminderActionHistory::Done& done);
     void replayed(RecordedChange& recorded, const EKSaveResult& result);
     /// Carries everything stored under the reminder's identifier over to a new one.
     void follow(const RecordedChange& recorded, const QString& id);

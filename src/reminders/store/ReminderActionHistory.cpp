@@ -70,7 +70,7 @@ std::optional<QUuid> ReminderActionHistory::add(Entry entry) {
         return std::nullopt;
     removeExpired();
     if (!entry.isPending)
-        redoEntries_.clear();
+        forfeitRedo();
     undoEntries_.push_back(std::move(entry));
     const QUuid id = undoEntries_.back().id;
     trim();
@@ -86,10 +86,16 @@ void ReminderActionHistory::confirm(const QUuid& id) {
     if (entry == undoEntries_.end())
         return;
     entry->isPending = false;
-    redoEntries_.clear();
+    forfeitRedo();
     trim();
     scheduleExpiry();
     Q_EMIT entriesChanged();
+}
+
+void ReminderActionHistory::forfeitRedo() {
+    redoEntries_.clear();
+    for (Entry& entry : unsettledEntries_)
+        entry.isForfeited = true;
 }
 
 void ReminderActionHistory::setOutcome(const QUuid& id, const Outcome& outcome) {
@@ -138,7 +144,9 @@ void ReminderActionHistory::endAction(int action, ActionEnd end) {
 
 void ReminderActionHistory::remove(const QUuid& id) {
     const auto isIt = [&](const Entry& entry) { return entry.id == id; };
-    if (std::erase_if(undoEntries_, isIt) + std::erase_if(redoEntries_, isIt) == 0)
+    if (std::erase_if(undoEntries_, isIt) + std::erase_if(redoEntries_, isIt) +
+            std::erase_if(unsettledEntries_, isIt) ==
+        0)
         return;
     scheduleExpiry();
     Q_EMIT entriesChanged();
@@ -147,6 +155,7 @@ void ReminderActionHistory::remove(const QUuid& id) {
 void ReminderActionHistory::clear() {
     undoEntries_.clear();
     redoEntries_.clear();
+    unsettledEntries_.clear();
     scheduleExpiry();
     Q_EMIT entriesChanged();
 }
@@ -221,34 +230,42 @@ void ReminderActionHistory::begin(Replay replay) {
     const QUuid id = entries.back().id;
     const Operation operation = entries.back().*replay.operation;
     isReplaying_ = true;
-    operation([self = QPointer(this), replay = std::move(replay),
-               id](const tl::expected<void, ReminderStoreError>& result) {
+    const auto begun = std::make_shared<Replay>(std::move(replay));
+    operation([self = QPointer(this), begun, id](const Result& result) {
         if (self)
-            self->end(replay, id, result);
+            self->end(*begun, id, result);
     });
 }
 
-void ReminderActionHistory::end(const Replay& replay, const QUuid& id,
-                                const tl::expected<void, ReminderStoreError>& result) {
+void ReminderActionHistory::end(Replay& replay, const QUuid& id, const Result& result) {
     const QPointer self(this);
-    Entries& from = this->*replay.from;
+    const bool isSettled = replay.isUnsettled;
+    replay.isUnsettled = !result && result.error().code == ReminderStoreError::Code::outcomeUnknown;
+    Entries& present = isSettled ? unsettledEntries_ : this->*replay.from;
     // The entry may have expired or been withdrawn meanwhile.
-    const auto entry =
-        std::find_if(from.begin(), from.end(), [&](const Entry& candidate) { return candidate.id == id; });
-    const bool moves = result && entry != from.end();
+    const auto entry = std::find_if(present.begin(), present.end(),
+                                    [&](const Entry& candidate) { return candidate.id == id; });
+    const bool isThere = entry != present.end();
+    const bool moves = isThere && (result || isSettled || replay.isUnsettled);
     bool isDropped = false;
     if (moves) {
-        entry->isPending = false;
-        entry->isBlocked = false;
-        (this->*replay.to).push_back(std::move(*entry));
-        from.erase(entry);
+        Entries& next = replay.isUnsettled ? unsettledEntries_ : this->*(result ? replay.to : replay.from);
+        Entry moved = std::move(*entry);
+        present.erase(entry);
+        moved.isPending = moved.isPending && !result;
+        moved.isBlocked = !result && isOutOfReach(result.error());
+        if (&next == &undoEntries_)
+            moved.isForfeited = false;
+        if (!moved.isForfeited || &next == &unsettledEntries_)
+            next.push_back(std::move(moved));
         trim();
-    } else if (!result && isOutOfReach(result.error()) && entry != from.end()) {
+    } else if (isThere && isOutOfReach(result.error())) {
         isDropped = std::exchange(entry->isBlocked, true);
         if (isDropped)
-            from.erase(entry);
+            present.erase(entry);
     }
-    isReplaying_ = false;
+    if (!isSettled)
+        isReplaying_ = false;
     scheduleExpiry();
     if (moves || isDropped)
         Q_EMIT entriesChanged();

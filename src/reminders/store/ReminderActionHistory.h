@@ -25,8 +25,10 @@ class ReminderActionHistory : public QObject {
     Q_OBJECT
 
   public:
-    using Done = std::function<void(tl::expected<void, ReminderStoreError>)>;
-    /// Calls its argument exactly once, within the call or later, when the operation has ended.
+    using Result = tl::expected<void, ReminderStoreError>;
+    using Done = std::function<void(Result)>;
+    /// Calls its argument exactly once, within the call or later, when the operation has ended. Where it is
+    /// not known for long whether it has, the argument is called with outcomeUnknown first.
     using Operation = std::function<void(Done)>;
 
     /// The sentences about an action: after it was done, and after it was undone. Empty where
@@ -47,6 +49,8 @@ class ReminderActionHistory : public QObject {
         bool isPending = false;
         /// The person has been told that somebody else has changed what it would replay.
         bool isBlocked = false;
+        /// A new action was performed while the outcome of its replay was unknown: it cannot be redone.
+        bool isForfeited = false;
         Outcome outcome = {};
     };
     enum class ActionEnd { succeeded, failed };
@@ -86,8 +90,9 @@ class ReminderActionHistory : public QObject {
 
     /// Takes the last action back, or does the last undone one again; nothing happens when there is none. On
     /// failure the entry stays where it was. One that fails again because somebody else has changed or
-    /// removed what it would replay is dropped, and the one below it is replayed instead. `done` may be
-    /// empty, and may be called within the call. With `only`, nothing happens unless that entry is the one.
+    /// removed what it would replay is dropped, and the one below it is replayed instead. While the outcome
+    /// of one is unknown, its entry is set aside and others can be replayed. `done` may be empty, and is
+    /// called as an operation's argument is. With `only`, nothing happens unless that entry is the one.
     void undo(Done done = {}, const std::optional<QUuid>& only = {});
     void redo(Done done = {}, const std::optional<QUuid>& only = {});
 
@@ -115,6 +120,8 @@ class ReminderActionHistory : public QObject {
         std::optional<QUuid> only;
         /// The last action begun before it was asked for.
         int behind = 0;
+        /// Its outcome is unknown, and its entry set aside.
+        bool isUnsettled = false;
     };
 
     std::optional<QUuid> add(Entry entry);
@@ -127,12 +134,17 @@ class ReminderActionHistory : public QObject {
     void scheduleExpiry();
     void replayNext();
     void begin(Replay replay);
-    void end(const Replay& replay, const QUuid& id, const tl::expected<void, ReminderStoreError>& result);
+    /// The answer to a replay: that its outcome is unknown, or its end.
+    void end(Replay& replay, const QUuid& id, const Result& result);
+    /// What was undone can no longer be redone.
+    void forfeitRedo();
 
     Scheduler& scheduler_;
     const Clock& clock_;
     Entries undoEntries_;
     Entries redoEntries_;
+    /// Entries whose replay has no known outcome yet.
+    Entries unsettledEntries_;
     bool isReplaying_ = false;
     std::deque<Replay> waiting_;
     /// Numbers of the actions under way.

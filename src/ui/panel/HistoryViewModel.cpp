@@ -68,7 +68,7 @@ void HistoryViewModel::redoOffered(const QUuid& action) {
 
 void HistoryViewModel::finishUndo(const Result& result) {
     if (!result)
-        return fail();
+        return fail(result.error());
     Q_EMIT replayed();
     if (history_.redoEntries().empty())
         return;
@@ -82,12 +82,14 @@ void HistoryViewModel::finishRedo(const Result& result) {
     if (result)
         Q_EMIT replayed();
     else
-        fail();
+        fail(result.error());
 }
 
-void HistoryViewModel::fail() {
-    Q_EMIT failed(localizer_(ReminderActionHistory::failureTitle()),
-                  localizer_(ReminderActionHistory::failureText()));
+void HistoryViewModel::fail(const ReminderStoreError& error) {
+    const bool isUnknown = error.code == ReminderStoreError::Code::outcomeUnknown;
+    Q_EMIT failed(localizer_(isUnknown ? text("No answer yet", "Pas encore de réponse")
+                                       : ReminderActionHistory::failureTitle()),
+                  localizer_(isUnknown ? error.message() : ReminderActionHistory::failureText()));
 }
 
 void HistoryViewModel::followEntries() {

@@ -57,7 +57,7 @@ class HistoryViewModel : public QObject {
     void takenBack(const QString& sentence, const QUuid& action);
     /// The last action has been taken back, or made again.
     void replayed();
-    /// Undo or redo was not possible.
+    /// Undo or redo was not possible, or nobody knows yet whether it was made.
     void failed(const QString& title, const QString& message);
 
   private:
@@ -65,7 +65,7 @@ class HistoryViewModel : public QObject {
     using Result = tl::expected<void, ReminderStoreError>;
     void finishUndo(const Result& result);
     void finishRedo(const Result& result);
-    void fail();
+    void fail(const ReminderStoreError& error);
 
     ReminderActionHistory& history_;
     Localizer& localizer_;

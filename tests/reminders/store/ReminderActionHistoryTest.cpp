@@ -177,6 +177,44 @@ TEST_F(ReminderActionHistoryTest, NothingIsRecordedWhileAnEntryIsReplayed) {
     EXPECT_TRUE(record("c").has_value());
 }
 
+TEST_F(ReminderActionHistoryTest, AnEntryWhoseOutcomeIsUnknownIsSetAsideUntilItIsKnown) {
+    const tl::expected<void, ReminderStoreError> failed = tl::unexpected(
+        ReminderStoreError{ReminderStoreError::Code::changedElsewhere, text("refused", "refusé")});
+    const struct {
+        bool isUndone;
+        bool isMade;
+        bool actsMeanwhile;
+        const char* entries;
+    } cases[] = {{false, true, false, "a|b"},  {false, false, false, "ab|"}, {false, true, true, "ac|"},
+                 {false, false, true, "acb|"}, {true, true, false, "ab|"},   {true, false, false, "a|b"},
+                 {true, true, true, "acb|"},   {true, false, true, "ac|"}};
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.entries);
+        history.clear();
+        answers.clear();
+        record("a");
+        record("b");
+        if (each.isUndone)
+            history.undo();
+        held.emplace();
+        if (each.isUndone)
+            history.redo(answer());
+        else
+            history.undo(answer());
+        const Done late = held->front();
+        held.reset();
+        late(tl::unexpected(ReminderStoreError{ReminderStoreError::Code::outcomeUnknown,
+                                               text("no answer", "pas de réponse")}));
+        EXPECT_EQ(entries(), "a|");
+        EXPECT_FALSE(history.isReplaying());
+        if (each.actsMeanwhile)
+            record("c");
+        late(each.isMade ? tl::expected<void, ReminderStoreError>() : failed);
+        EXPECT_EQ(entries(), each.entries);
+        EXPECT_THAT(answers, ElementsAre("no answer", each.isMade ? "done" : "refused"));
+    }
+}
+
 TEST_F(ReminderActionHistoryTest, ReplaysAreCarriedOutOneAfterTheOther) {
     record("a");
     record("b");

@@ -162,6 +162,45 @@ TEST_F(ReminderStoreCompletion, StaysPendingUntilItIsKnownWhatBecameOfTheWrite) 
     EXPECT_THAT(recorded(), IsEmpty()) << "the one that was made was taken back, the other never was there";
 }
 
+TEST_F(ReminderStoreCompletion, AnUndoWhoseOutcomeIsUnknownIsRecordedOnceItIsKnown) {
+    loadedStore().completeNow(a, nullptr);
+    scheduler.advance(1s);
+    std::vector<bool> told;
+    const auto note = [&](const ReminderActionHistory::Result& result) {
+        told.push_back(result.has_value());
+    };
+    for (const bool isRedo : {false, true}) {
+        SCOPED_TRACE(isRedo);
+        const auto before = recordIDs();
+        database.setAnswering(false);
+        if (isRedo)
+            history.redo(note);
+        else
+            history.undo(note);
+        scheduler.advance(1min);
+        EXPECT_THAT(told, ElementsAre(false));
+        EXPECT_FALSE(history.canUndo() || history.canRedo() || history.isReplaying());
+        EXPECT_EQ(recordIDs(), before);
+        database.setAnswering(true);
+        scheduler.advance(1s);
+        EXPECT_THAT(std::exchange(told, {}), ElementsAre(false, true));
+        EXPECT_EQ(history.canUndo(), isRedo);
+        EXPECT_EQ(history.canRedo(), !isRedo);
+        EXPECT_EQ(recordIDs().empty(), !isRedo);
+    }
+    // The change itself has no answer yet when it is taken back.
+    database.setAnswering(false);
+    store->completeNow(b, nullptr);
+    scheduler.advance(1min);
+    history.undo(note);
+    EXPECT_THAT(told, ElementsAre(false));
+    database.setAnswering(true);
+    scheduler.advance(1s);
+    EXPECT_THAT(told, ElementsAre(false, true));
+    EXPECT_THAT(recordIDs(), ElementsAre("a"));
+    EXPECT_THAT(visibleIDs(), ElementsAre("b"));
+}
+
 TEST_F(ReminderStoreCompletion, AFetchThatBeganBeforeTheWriteDoesNotBringTheCardBack) {
     loadedStore();
     std::vector<std::size_t> shown;
