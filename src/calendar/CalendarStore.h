@@ -96,6 +96,10 @@ class CalendarStore : public QObject {
 
     // Changes
 
+    /// The event calendar with this identifier, if there is one.
+    [[nodiscard]] std::optional<EKCalendar> calendar(const QString& identifier) const {
+        return writer_.calendar(identifier);
+    }
     /// The event calendars that take changes, for the calendar picker.
     [[nodiscard]] std::vector<EKCalendar> writableCalendars() const { return writer_.writableCalendars(); }
     /// Whether the calendar (or list of reminders) of a row takes changes.

@@ -118,6 +118,10 @@ void CalendarWriter::rowRemoved(const CalendarEventItem& row, const Completion& 
     changed(CalendarStore::eventChangedNotification, completion);
 }
 
+std::optional<EKCalendar> CalendarWriter::calendar(const QString& identifier) const {
+    return eventCalendar(services_.eventStore, identifier);
+}
+
 std::vector<EKCalendar> CalendarWriter::writableCalendars() const {
     std::vector<EKCalendar> calendars = services_.eventStore.calendars(EKEntityType::event);
     std::erase_if(calendars, [](const EKCalendar& calendar) { return !calendar.allowsContentModifications; });

@@ -33,6 +33,7 @@ class CalendarWriter : public QObject {
     CalendarWriter(const CalendarStoreServices& services, const CalendarLoader& loader,
                    RecordedEventChanges& recorder);
 
+    [[nodiscard]] std::optional<EKCalendar> calendar(const QString& identifier) const;
     [[nodiscard]] std::vector<EKCalendar> writableCalendars() const;
     [[nodiscard]] bool isWritable(const CalendarEventItem& row) const;
     [[nodiscard]] std::optional<EKCalendar> defaultCalendar() const;

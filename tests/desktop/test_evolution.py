@@ -229,9 +229,19 @@ class UndoOnServerTest(DesktopWithServer):
         def delete():
             with_card("Delete")
 
+        def edit():
+            with_card("Return", "ctrl+a")
+            self.desktop.type("Buy rye")
+            self.desktop.key("Return")
+
+        def move():
+            with_card("Menu", "m", "Return", "e", "Return")
+
         for change, is_made in ((complete, lambda lines: "STATUS:COMPLETED" in lines),
                                 (flag, lambda lines: "X-PINNED:true" in lines),
-                                (delete, lambda lines: not lines)):
+                                (delete, lambda lines: not lines),
+                                (edit, lambda lines: not lines),
+                                (move, lambda lines: not lines)):
             change()
             made = self.wait_for(self.lines, is_made, f"{change.__name__}: the server has it")
             self.desktop.key("ctrl+z")

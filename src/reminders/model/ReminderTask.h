@@ -45,6 +45,8 @@ struct ReminderList {
     std::optional<Color> color;
     /// False for a list that takes no new or changed reminders.
     bool allowsContentModifications = true;
+    /// False while it cannot be reached; then it takes no changes either.
+    bool isAnswering = true;
 
     bool operator==(const ReminderList&) const = default;
 };

@@ -147,7 +147,7 @@ void ReminderLoader::reloadLists() {
     std::vector<ReminderList> lists;
     for (const EKCalendar& calendar : services_.eventStore.calendars(EKEntityType::reminder))
         lists.push_back({calendar.calendarIdentifier, calendar.title, calendar.color,
-                         calendar.allowsContentModifications});
+                         calendar.allowsContentModifications, calendar.isAnswering});
     if (lists == lists_)
         return;
     lists_ = std::move(lists);

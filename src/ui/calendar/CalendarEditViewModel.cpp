@@ -44,6 +44,15 @@ int CalendarEditViewModel::begin(const QVariant& row) {
     return form();
 }
 
+QString CalendarEditViewModel::lockReason() const {
+    if (!isReadOnly_)
+        return {};
+    return localizer_(isAnswering_
+                          ? text("This calendar is read-only.", "Ce calendrier est en lecture seule.")
+                          : text("This calendar does not answer at the moment.",
+                                 "Ce calendrier ne répond pas pour le moment."));
+}
+
 void CalendarEditViewModel::keep(int form) {
     if (form != this->form() || !loaded_ || isReadOnly_)
         return;
@@ -65,7 +74,9 @@ void CalendarEditViewModel::show(const CalendarEventEditDetails& present) {
     location_ = details.location;
     notes_ = details.notes;
     calendarID_ = present.calendarID;
-    isReadOnly_ = !find(store_.writableCalendars(), present.calendarID);
+    const auto calendar = store_.calendar(present.calendarID);
+    isReadOnly_ = !calendar || !calendar->allowsContentModifications;
+    isAnswering_ = !calendar || calendar->isAnswering;
     times_.show({details.startDate, details.endDate, details.isAllDay});
     if (details.calendarID != present.calendarID)
         setCalendarId(details.calendarID);

@@ -33,8 +33,6 @@ class CalendarEditViewModel : public kestrant::FormViewModel {
     Q_PROPERTY(QColor calendarColor READ calendarColor NOTIFY changed)
     Q_PROPERTY(QString location READ location WRITE setLocation NOTIFY changed)
     Q_PROPERTY(QString notes READ notes WRITE setNotes NOTIFY changed)
-    /// The event's calendar takes no changes.
-    Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
     /// The form shows entries kept from an earlier, unsaved one.
     Q_PROPERTY(bool isRestored READ isRestored NOTIFY changed)
     Q_PROPERTY(bool canSave READ canSave NOTIFY changed)
@@ -85,9 +83,9 @@ class CalendarEditViewModel : public kestrant::FormViewModel {
     void setLocation(const QString& location) { set(location_, location); }
     [[nodiscard]] const QString& notes() const { return notes_; }
     void setNotes(const QString& notes) { set(notes_, notes); }
-    [[nodiscard]] bool isReadOnly() const { return isReadOnly_; }
+    [[nodiscard]] QString lockReason() const override;
     [[nodiscard]] bool isRestored() const { return isRestored_; }
-    [[nodiscard]] bool canSave() const { return loaded_ && !isReadOnly_ && !isSaving(); }
+    [[nodiscard]] bool canSave() const { return loaded_ && canEdit(); }
 
   Q_SIGNALS:
     void saved();
@@ -113,7 +111,9 @@ class CalendarEditViewModel : public kestrant::FormViewModel {
     QColor calendarColor_;
     QString location_;
     QString notes_;
+    /// The event's calendar takes no changes, or cannot be reached.
     bool isReadOnly_ = false;
+    bool isAnswering_ = true;
     FormDraft<CalendarEventEditDetails> draft_;
     bool isRestored_ = false;
 };

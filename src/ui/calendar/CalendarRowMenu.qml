@@ -11,7 +11,8 @@ QtObject {
         const isReminder = item.row.isReminder
         const isWritable = actions.canChangeRow(row)
         const entries = [
-            { title: Localizer.text("Edit details", "Modifier les détails"), iconName: "edit",
+            { title: isWritable ? Localizer.text("Edit details", "Modifier les détails")
+                                : Localizer.text("Show details", "Afficher les détails"), iconName: "edit",
               shortcut: Localizer.text("Enter", "Entrée"), act: () => actions.editRow(row, item) },
             { title: isReminder ? Localizer.text("Remove reminder from calendar", "Retirer le rappel du calendrier")
                                 : Localizer.text("Delete event", "Supprimer l’événement"),

@@ -44,7 +44,8 @@ Popover {
 
         PlainText {
             id: heading
-            text: Localizer.text("Edit event", "Modifier l’événement")
+            text: popover.form.lockReason !== "" ? Localizer.text("Event", "Événement")
+                                                 : Localizer.text("Edit event", "Modifier l’événement")
             color: Theme.text
             font.pixelSize: 14
             font.weight: Font.DemiBold
@@ -56,6 +57,7 @@ Popover {
             focus: true
             pixelSize: 14
             text: popover.form.title
+            readOnly: !popover.form.canEdit
             placeholder: Localizer.text("Event title", "Titre de l’événement")
             onEdited: text => popover.form.title = text
             onAccepted: popover.save()
@@ -65,6 +67,7 @@ Popover {
             EventTimesLines {
                 width: parent.width
                 times: popover.form.times
+                readOnly: !popover.form.canEdit
                 overlays: popover.overlays
                 onAccepted: popover.save()
             }
@@ -86,6 +89,7 @@ Popover {
         TextBox {
             width: parent.width
             text: popover.form.location
+            readOnly: !popover.form.canEdit
             placeholder: Localizer.text("Location", "Lieu")
             onEdited: text => popover.form.location = text
             onAccepted: popover.save()
@@ -94,6 +98,7 @@ Popover {
             id: notes
             width: parent.width
             text: popover.form.notes
+            readOnly: !popover.form.canEdit
             placeholder: Localizer.text("Notes", "Notes")
             onEdited: text => popover.form.notes = text
             onAccepted: popover.save()
@@ -101,7 +106,7 @@ Popover {
         FormFooter {
             width: parent.width
             topPadding: 2
-            hint: popover.form.isReadOnly ? Localizer.text("This calendar is read-only.", "Ce calendrier est en lecture seule.")
+            hint: popover.form.lockReason !== "" ? popover.form.lockReason
                 : popover.form.isRestored ? Localizer.text("Unsaved changes restored", "Modifications restaurées")
                 : notes.isUsed ? Localizer.text("Ctrl Enter saves · Esc closes", "Ctrl Entrée enregistre · Échap ferme")
                                : Localizer.text("Enter saves · Esc closes", "Entrée enregistre · Échap ferme")

@@ -7,6 +7,7 @@ Column {
 
     required property EventTimes times
     required property OverlayHost overlays
+    property bool readOnly: false
     /// Enter was pressed while writing a time.
     signal accepted
 
@@ -30,6 +31,7 @@ Column {
                 width: Localizer.hasTwelveHours ? 86 : 62
                 height: 26
                 text: side.time
+                readOnly: lines.readOnly
                 isWrong: side.isWrong
                 selectsOnFocus: true
                 horizontalAlignment: TextInput.AlignHCenter

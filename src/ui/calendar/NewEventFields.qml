@@ -35,6 +35,7 @@ Column {
     EventTimesLines {
         width: parent.width
         times: fields.form.times
+        readOnly: !fields.form.canEdit
         overlays: fields.overlays
         onAccepted: fields.accepted()
     }

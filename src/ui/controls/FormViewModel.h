@@ -20,6 +20,10 @@ class FormViewModel : public QObject {
     Q_OBJECT
     QML_ANONYMOUS
     Q_PROPERTY(bool isSaving READ isSaving NOTIFY changed)
+    /// Whether texts can be edited: not while they are being saved, and not where nothing can be.
+    Q_PROPERTY(bool canEdit READ canEdit NOTIFY changed)
+    /// Why nothing of what is shown can be saved at all; empty where it can.
+    Q_PROPERTY(QString lockReason READ lockReason NOTIFY changed)
     /// Why what the form is about could not be loaded or saved; empty when nothing is wrong.
     Q_PROPERTY(QString errorText READ errorText NOTIFY changed)
 
@@ -29,6 +33,8 @@ class FormViewModel : public QObject {
     Q_INVOKABLE void end(int form);
 
     [[nodiscard]] bool isSaving() const { return isSaving_; }
+    [[nodiscard]] bool canEdit() const { return !isSaving_ && lockReason().isEmpty(); }
+    [[nodiscard]] virtual QString lockReason() const { return {}; }
     [[nodiscard]] QString errorText() const;
 
   Q_SIGNALS:

@@ -12,6 +12,7 @@ FocusScope {
     property bool isWrong: false
     /// For short texts that are rather replaced than edited: focusing selects all.
     property bool selectsOnFocus: false
+    property alias readOnly: input.readOnly
     property alias horizontalAlignment: input.horizontalAlignment
     signal edited(string text)
     signal accepted

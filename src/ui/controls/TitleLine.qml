@@ -12,6 +12,7 @@ FocusScope {
     property string spokenName: placeholder
     /// What Tab adds at the end; empty for nothing.
     property string completion
+    property alias readOnly: input.readOnly
     signal edited(string text)
     signal accepted
     /// Ctrl and Enter.

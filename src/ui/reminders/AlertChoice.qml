@@ -8,6 +8,7 @@ Row {
     required property AlertPicker picker
     required property OverlayHost overlays
     property bool showsIcon: false
+    property alias readOnly: time.readOnly
     /// Enter was pressed while writing the time.
     signal accepted
 
@@ -25,6 +26,7 @@ Row {
         onChosen: id => alert.picker.id = id
     }
     TextBox {
+        id: time
         visible: alert.picker.hasTime
         width: Localizer.hasTwelveHours ? 86 : 62
         height: 26

@@ -22,7 +22,8 @@ QtObject {
                                          : Localizer.text("Complete", "Terminer"),
               iconName: "circle", shortcut: Localizer.text("Space", "Espace"), enabled: isWritable,
               act: () => reminders.toggleCompletion(id) },
-            { title: Localizer.text("Edit…", "Modifier…"), iconName: "edit",
+            { title: isWritable ? Localizer.text("Edit…", "Modifier…")
+                                : Localizer.text("Show details", "Afficher les détails"), iconName: "edit",
               shortcut: Localizer.text("Enter", "Entrée"), act: () => actions.editReminder(id, item) },
             { title: item.card.isFlagged ? Localizer.text("Remove flag", "Retirer le drapeau")
                                          : Localizer.text("Flag", "Signaler"),

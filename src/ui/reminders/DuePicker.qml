@@ -8,6 +8,7 @@ Row {
     required property DayPicker picker
     property string timeText
     property bool timeIsWrong: false
+    property alias readOnly: time.readOnly
     /// Offers to have no due date at all.
     property bool canBeNone: false
     signal timeEdited(string text)
@@ -55,6 +56,7 @@ Row {
             Accessible.ignored: true
         }
         TextBox {
+            id: time
             width: 96
             height: 28
             enabled: due.picker.day !== ""

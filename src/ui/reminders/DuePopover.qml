@@ -52,6 +52,7 @@ Popover {
             picker: popover.form.dueDay
             timeText: popover.form.dueTime
             timeIsWrong: popover.form.dueTimeIsWrong
+            readOnly: !popover.form.canEdit
             canBeNone: true
             onTimeEdited: text => popover.form.dueTime = text
             onAccepted: popover.save()
@@ -64,6 +65,7 @@ Popover {
             AlertChoice {
                 picker: popover.form.alert
                 overlays: popover.overlays
+                readOnly: !popover.form.canEdit
                 onAccepted: popover.save()
             }
         }

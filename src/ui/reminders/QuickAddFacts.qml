@@ -172,6 +172,7 @@ Column {
             width: Localizer.hasTwelveHours ? 86 : 62
             height: 28
             text: facts.form.alert.time
+            readOnly: !facts.form.canEdit
             isWrong: facts.form.alert.timeIsWrong
             selectsOnFocus: true
             horizontalAlignment: TextInput.AlignHCenter

@@ -129,6 +129,7 @@ Popover {
             width: parent.width
             focus: true
             text: quickAdd.current.title
+            readOnly: !quickAdd.current.canEdit
             words: quickAdd.current.pieces.map(piece => ({
                 start: piece.start, length: piece.length, color: Theme.understood(piece.kind) }))
             completion: quickAdd.addsEvent ? "" : quickAdd.form.completion

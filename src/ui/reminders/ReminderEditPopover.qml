@@ -44,7 +44,8 @@ Popover {
 
         PlainText {
             id: heading
-            text: Localizer.text("Edit reminder", "Modifier le rappel")
+            text: popover.form.lockReason !== "" ? Localizer.text("Reminder", "Rappel")
+                                                 : Localizer.text("Edit reminder", "Modifier le rappel")
             color: Theme.text
             font.pixelSize: 14
             font.weight: Font.DemiBold
@@ -56,6 +57,7 @@ Popover {
             focus: true
             pixelSize: 14
             text: popover.form.title
+            readOnly: !popover.form.canEdit
             placeholder: Localizer.text("Reminder title", "Titre du rappel")
             onEdited: text => popover.form.title = text
             onAccepted: popover.save()
@@ -81,6 +83,7 @@ Popover {
                         width: Localizer.hasTwelveHours ? 86 : 76
                         height: 26
                         text: popover.form.dueTime
+                        readOnly: !popover.form.canEdit
                         isWrong: popover.form.dueTimeIsWrong
                         selectsOnFocus: true
                         horizontalAlignment: TextInput.AlignHCenter
@@ -98,6 +101,7 @@ Popover {
                 AlertChoice {
                     picker: popover.form.alert
                     overlays: popover.overlays
+                    readOnly: !popover.form.canEdit
                     onAccepted: popover.save()
                 }
             }
@@ -147,6 +151,7 @@ Popover {
             id: notes
             width: parent.width
             text: popover.form.notes
+            readOnly: !popover.form.canEdit
             placeholder: Localizer.text("Notes", "Notes")
             onEdited: text => popover.form.notes = text
             onAccepted: popover.save()
@@ -154,7 +159,7 @@ Popover {
         FormFooter {
             width: parent.width
             topPadding: 2
-            hint: popover.form.isReadOnly ? Localizer.text("This list is read-only.", "Cette liste est en lecture seule.")
+            hint: popover.form.lockReason !== "" ? popover.form.lockReason
                 : popover.form.isRestored ? Localizer.text("Unsaved changes restored", "Modifications restaurées")
                 : notes.isUsed ? Localizer.text("Ctrl Enter saves · Esc closes", "Ctrl Entrée enregistre · Échap ferme")
                                : Localizer.text("Enter saves · Esc closes", "Entrée enregistre · Échap ferme")

@@ -100,6 +100,14 @@ ReminderEditViewModel::Fields ReminderEditViewModel::fields() const {
     return {title_, dueDay_.day(), dueTime_, priority_, list_, notes_, alert_.value(), rules_, repeat_};
 }
 
+QString ReminderEditViewModel::lockReason() const {
+    if (list_.allowsContentModifications)
+        return {};
+    return localizer_(list_.isAnswering ? text("This list is read-only.", "Cette liste est en lecture seule.")
+                                        : text("This list does not answer at the moment.",
+                                               "Cette liste ne répond pas pour le moment."));
+}
+
 void ReminderEditViewModel::restore() {
     const auto written = loaded_ ? draft_.writtenOver(id_, begun_) : std::nullopt;
     if (!written)
@@ -118,7 +126,7 @@ void ReminderEditViewModel::restore() {
 }
 
 void ReminderEditViewModel::keep(int form) {
-    if (form == this->form() && loaded_ && !isReadOnly())
+    if (form == this->form() && loaded_ && list_.allowsContentModifications)
         draft_.keep(id_, begun_, fields());
 }
 

@@ -45,8 +45,6 @@ class ReminderEditViewModel : public kestrant::FormViewModel {
     Q_PROPERTY(QString repeatId READ repeatId WRITE setRepeatId NOTIFY changed)
     Q_PROPERTY(QString repeatTitle READ repeatTitle NOTIFY changed)
     Q_PROPERTY(QString notes READ notes WRITE setNotes NOTIFY changed)
-    /// The reminder's list takes no changes.
-    Q_PROPERTY(bool isReadOnly READ isReadOnly NOTIFY changed)
     /// The form shows entries kept from an earlier, unsaved one.
     Q_PROPERTY(bool isRestored READ isRestored NOTIFY changed)
     Q_PROPERTY(bool canSave READ canSave NOTIFY changed)
@@ -93,9 +91,9 @@ class ReminderEditViewModel : public kestrant::FormViewModel {
     [[nodiscard]] QString repeatTitle() const;
     [[nodiscard]] const QString& notes() const { return notes_; }
     void setNotes(const QString& notes) { set(notes_, notes); }
-    [[nodiscard]] bool isReadOnly() const { return !list_.allowsContentModifications; }
+    [[nodiscard]] QString lockReason() const override;
     [[nodiscard]] bool isRestored() const { return isRestored_; }
-    [[nodiscard]] bool canSave() const { return loaded_ && !isReadOnly() && !isSaving(); }
+    [[nodiscard]] bool canSave() const { return loaded_ && canEdit(); }
 
   Q_SIGNALS:
     void saved();

@@ -178,7 +178,7 @@ TEST(CalendarEditViewModel, OnlyShowsAnEventOfAReadOnlyCalendar) {
     test.form.begin(test.shown("Piano"));
     test.settle();
     EXPECT_EQ(test.form.calendarTitle(), QStringLiteral("Holidays"));
-    EXPECT_TRUE(test.form.isReadOnly());
+    EXPECT_EQ(test.form.lockReason(), "This calendar is read-only.");
     EXPECT_FALSE(test.form.canSave());
 }
 

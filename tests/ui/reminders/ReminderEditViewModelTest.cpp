@@ -212,14 +212,18 @@ TEST(ReminderEditViewModel, SaysWhenTheReminderToEditIsGone) {
 
 TEST(ReminderEditViewModel, OnlyShowsAReminderOfAReadOnlyList) {
     Editing test;
-    test.database.putCalendar({.calendarIdentifier = test.home,
-                               .title = QStringLiteral("Home"),
-                               .allowsContentModifications = false});
-    test.settle();
-    test.form.begin(test.id);
-    EXPECT_EQ(test.form.title(), QStringLiteral("Dentist"));
-    EXPECT_TRUE(test.form.isReadOnly());
-    EXPECT_FALSE(test.form.canSave());
+    for (const bool answers : {true, false}) {
+        test.database.putCalendar({.calendarIdentifier = test.home,
+                                   .title = QStringLiteral("Home"),
+                                   .allowsContentModifications = false,
+                                   .isAnswering = answers});
+        test.settle();
+        test.form.begin(test.id);
+        EXPECT_EQ(test.form.title(), QStringLiteral("Dentist"));
+        EXPECT_EQ(test.form.lockReason(),
+                  answers ? "This list is read-only." : "This list does not answer at the moment.");
+        EXPECT_FALSE(test.form.canSave() || test.form.canEdit());
+    }
 }
 
 TEST(ReminderEditViewModel, KeepsWhatWasWrittenUntilItIsSavedOrGivenUp) {
