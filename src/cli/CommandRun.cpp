@@ -113,9 +113,9 @@ void CommandRun::printError(const TextPair& message) const {
 
 void CommandRun::printProblems() {
     for (const TextPair& problem : eventStore.problems()) {
-        if (std::find(problemsTold_.begin(), problemsTold_.end(), problem) != problemsTold_.end())
+        if (std::find(told_.begin(), told_.end(), problem) != told_.end())
             continue;
-        problemsTold_.push_back(problem);
+        told_.push_back(problem);
         printError(problem);
     }
 }
@@ -161,7 +161,8 @@ void CommandRun::finishReading() {
     finish();
 }
 
-void CommandRun::refuse(const TextPair& reason) const {
+void CommandRun::refuse(const TextPair& reason) {
+    told_.push_back(reason);
     printError(reason);
     QCoreApplication::exit(refused);
 }

@@ -74,10 +74,11 @@ class CommandRun {
     /// Ends a command that has changed nothing.
     void finishReading();
     /// Ends without having done what was asked.
-    void refuse(const TextPair& reason) const;
+    void refuse(const TextPair& reason);
 
   private:
-    std::vector<TextPair> problemsTold_;
+    /// Refusals and problems that have been printed.
+    std::vector<TextPair> told_;
 };
 
 }  // namespace kestrant
