@@ -1,6 +1,7 @@
 #include "eventkit/evolution/EvolutionStorage.h"
 #include "eventkit/evolution/ServiceText.h"
 #include "eventkit/evolution/TwoSteps.h"
+#include "eventkit/icalendar/ItemReading.h"
 #include "eventkit/model/EKErrors.h"
 
 #include <algorithm>
@@ -28,8 +29,8 @@ StoredText stored(QByteArray text) {
 /// The title of an item, for a sentence about it.
 QString titleIn(const Document& document, QByteArrayView name) {
     const auto components = document.components(name);
-    const auto title = components.empty() ? std::nullopt : components.front().property("SUMMARY");
-    return title ? QString::fromUtf8(title->value) : QString();
+    return components.empty() ? QString()
+                              : icalendar::readText(components.front(), "SUMMARY").value_or(QString());
 }
 
 /// The error where nobody knows whether something was written.

@@ -1,3 +1,5 @@
+#include "eventkit/icalendar/Document.h"
+#include "eventkit/icalendar/ItemReading.h"
 #include "eventkit/items/ItemEventStore.h"
 #include "eventkit/model/EKErrors.h"
 
@@ -13,6 +15,18 @@ namespace {
 
 using SaveAnswer = tl::expected<EKSaveResult, EKError>;
 using SaveAnswers = std::vector<SaveAnswer>;
+
+/// The title of an item that is not there any more.
+QString titleIn(const ItemState& state, bool isEvent) {
+    const auto document = icalendar::Document::parse(state.text);
+    if (!document)
+        return {};
+    for (const icalendar::ComponentView& component : document->components(isEvent ? "VEVENT" : "VTODO")) {
+        if (auto title = icalendar::readText(component, "SUMMARY"))
+            return *std::move(title);
+    }
+    return {};
+}
 
 }  // namespace
 
@@ -260,7 +274,7 @@ void ItemEventStore::revert(const std::shared_ptr<const EKItemChange>& change, c
     const auto listOf = [](const std::optional<ItemState>& state) {
         return state ? QString::fromUtf8(state->collection) : QString();
     };
-    QString title = identifier;
+    QString title = titleIn(item.before ? *item.before : *item.after, isEvent);
     if (const auto reminder = isEvent ? nullptr : storedReminder(identifier))
         title = reminder->title;
     else if (const auto event = isEvent ? snapshot_->firstEvent(identifier) : nullptr)
