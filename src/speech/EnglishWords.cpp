@@ -30,6 +30,7 @@ unit~ 0: m, h, d, w, _, mo|mos, y
 part 0: morning|mornings, afternoon|afternoons, evening|evenings, night|nights
 part 0: am, pm
 clock 720: noon|midday|noontime|noonish|lunchtime|lunch time
+clock 540: first thing|first thing in the morning
 clock 1440: midnight
 dayEnd 1080: eod|cob|end of day|the end of the day|end of the day|close of business
 meridiem 0: am, pm
@@ -63,6 +64,7 @@ lead DC: on|this|for
 lead TC: at|about|around|approximately|roughly|exactly|at about|at around|at approximately|at exactly|from about|at roughly
 lead DTSPBC: by|on or before|due by|due|no later than|not later than|at the latest by|at the latest|before|until the latest|latest by|deadline
 lead DTS: for|due on
+lead DSP: sometime|some time|any time|sometime on
 lead DTC: starting|starting on|starting from|starting at|beginning|beginning on
 lead DA: on the|due on the|the
 lead DTSPBA: by the|before the|due by the|due the|no later than the

@@ -26,6 +26,7 @@ unit 0: minute|minutes|min|mn, heure|heures|h, jour|jours, semaine|semaines|sem,
 unit~ 2: j
 part 0: matin|matins, apres midi|apres midis|aprem|aprems, soir|soirs, nuit|nuits
 clock 720: midi
+clock 540: a la premiere heure|premiere heure|des la premiere heure
 clock 1440: minuit
 dayEnd 1080: fin de journee|la fin de la journee|fin de la journee|la fin de journee|fin d apres midi
 oclock 0: heures pile|pile|h pile
