@@ -16,7 +16,7 @@ HOME_COLOUR = (0xB0, 0xFF, 0x00)
 # carried, two columns and four rows of tiles to let it go on.
 CALENDAR = (16, 44, 444, 276)
 # In the toolbar.
-CALENDAR_BUTTON = (406, 17)
+CALENDAR_BUTTON = (379, 17)
 
 
 class CalendarTest(DesktopTest):
