@@ -308,6 +308,13 @@ TEST_F(CommandLineTest, ADamagedFileIsNamedAndHidesNothingElse) {
     EXPECT_EQ(result.ids(), (QStringList{"taxes", "milk", "report"}));
     EXPECT_TRUE(result.err.contains("broken.ics")) << result.err.toStdString();
     EXPECT_EQ(result.err.count(u'\n'), 1);
+
+    // A store of which nothing could be read has not said that there are no reminders.
+    put("other/list/broken.ics", "nothing");
+    const Result silent = run({"list", "--store", "vdir:" + path("other")});
+    EXPECT_EQ(silent.status, 1);
+    EXPECT_TRUE(silent.err.contains(QLatin1String("broken.ics")));
+    EXPECT_EQ(silent.out, QString());
 }
 
 TEST_F(CommandLineTest, DamagedPreferencesAndLedgerStandInNobodysWayAndAreNotLost) {
