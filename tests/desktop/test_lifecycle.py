@@ -73,7 +73,9 @@ class LifecycleTest(DesktopTest):
         self.set_preferences()
         self.program = self.desktop.spawn([PROGRAM])
         self.addCleanup(stop, self.program)
-        wait_until(lambda: self.kestrant("--toggle").returncode == 0, "it runs without a screen")
+        # It runs without a screen.
+        self.desktop.output("gdbus", "wait", "--session", "--timeout", "60", "com.Kestrant.notchapp")
+        self.assertEqual(self.kestrant("--toggle").returncode, 0)
         switch(True)
         self.wait_for_panel(EXPANDED)
         self.assertEqual(self.kestrant("--toggle").returncode, 0)
