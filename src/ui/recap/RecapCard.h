@@ -7,6 +7,7 @@
 #include <QLocale>
 #include <QMetaType>
 #include <QObject>
+#include <QQmlEngine>
 #include <QString>
 
 #include <array>
@@ -16,6 +17,7 @@ namespace kestrant {
 /// Everything that one card of the recap shows. A value.
 struct RecapCard {
     Q_GADGET
+    QML_VALUE_TYPE(recapCard)
     Q_PROPERTY(QString kind READ kind CONSTANT)
     Q_PROPERTY(QString title MEMBER title CONSTANT)
     Q_PROPERTY(QString label MEMBER label CONSTANT)
