@@ -76,12 +76,12 @@ QString CelebrationViewModel::detail() const {
     const auto counted = [this](int count, const TextPair& one, const TextPair& several) {
         return services_.localizer(count == 1 ? one : several).arg(count);
     };
-    const QString days = celebration_->streak < 2 ? QString()
-                                                  : counted(celebration_->streak, {},
-                                                            text("%1 days in a row", "%1 jours de suite"));
+    QString days = celebration_->streak < 2
+                       ? QString()
+                       : counted(celebration_->streak, {}, text("%1 days in a row", "%1 jours de suite"));
     if (celebration_->reason == CelebrationReason::roundNumber)
         return days;
-    const QString completed =
+    QString completed =
         counted(celebration_->count, text("%1 completed", "%1 terminé"), text("%1 completed", "%1 terminés"));
     if (days.isEmpty() || celebration_->reason == CelebrationReason::weekKept)
         return completed;

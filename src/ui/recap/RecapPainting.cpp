@@ -109,10 +109,11 @@ constexpr int weeksOfMonth = 6;
 QRectF monthFrame(const QRectF& area, const RecapCard& card, bool isCompact, int day) {
     const double top = isCompact ? 0 : weekdayNameHeight;
     const int place = weekdayOffset(card, card.recap.period.first) + day;
+    const int column = place % daysOfWeek;
+    const int row = place / daysOfWeek;
     const double width = area.width() / daysOfWeek;
     const double height = (area.height() - top) / weeksOfMonth;
-    return {area.x() + place % daysOfWeek * width, area.y() + top + place / daysOfWeek * height, width,
-            height};
+    return {area.x() + column * width, area.y() + top + row * height, width, height};
 }
 
 void paintMonth(QPainter& painter, const QRectF& area, const RecapCard& card, const RecapChartLook& look) {

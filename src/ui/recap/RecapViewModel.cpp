@@ -170,7 +170,8 @@ RecapCard RecapViewModel::makeCard(const RecapPeriod& period) const {
         const TimeZone zone = services_.currentZone.zone();
         for (const CompletionRecord* record : recordsOf(period.first)) {
             const QTime time = zone.timeOf(record->completedAt);
-            ++card.halfHours[std::size_t(time.hour() * 2 + time.minute() / 30)];
+            const int halfHour = time.hour() * 2 + time.minute() / 30;
+            ++card.halfHours[std::size_t(halfHour)];
         }
     }
     return card;
