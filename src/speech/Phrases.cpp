@@ -335,7 +335,7 @@ class PhraseFinder {
                 (passage.leads & (isClear | hasArticle)) != 0 || (atom.need == Need::opening && isHelped);
             // "le lundi" is every Monday.
             if (isFirst && (passage.leads & hasArticle) != 0 && (passage.leads & isClear) == 0 &&
-                atom.meaning.weekday != 0 && isFirst && atom.meaning.monthDay == 0)
+                atom.meaning.weekday != 0 && atom.meaning.monthDay == 0)
                 next.hasRoomWord = next.isClear = false;
         }
         next.isAmbiguous |= atom.isAmbiguous && isFirst && atom.need == Need::room && !passage.isLead &&
