@@ -314,6 +314,7 @@ TEST_F(NotchPanelControllerTest, KeyboardCommandsArePostedAsNotifications) {
                                    "kestrant.undoReminderAction", "kestrant.redoReminderAction"}));
     model.presentOverlay("edit");
     EXPECT_FALSE(controller->panel().onKeyboardCommand("n")) << "an open popover has the keyboard to itself";
+    EXPECT_TRUE(controller->panel().onKeyboardCommand("z")) << "what it is saving may be taken back";
 }
 
 TEST_F(NotchPanelControllerTest, ResigningFoldsThePanelUnlessSomethingIsOpen) {

@@ -87,6 +87,7 @@ class ReminderActionHistory : public QObject {
     [[nodiscard]] int beginAction();
     /// To be called once, after the action was recorded.
     void endAction(int action, ActionEnd end);
+    [[nodiscard]] bool hasActionsUnderWay() const { return !actions_.empty(); }
 
     /// Takes the last action back, or does the last undone one again; nothing happens when there is none. On
     /// failure the entry stays where it was. One that fails again because somebody else has changed or

@@ -1,6 +1,7 @@
 #include "ui/panel/HistoryViewModel.h"
 
 #include "foundation/NotificationCenter.h"
+#include "notch/NotchInteractionModel.h"
 #include "notch/NotchPanelController.h"
 #include "reminders/store/ReminderActionHistory.h"
 #include "ui/panel/Localizer.h"
@@ -9,14 +10,17 @@
 
 namespace kestrant {
 
-HistoryViewModel::HistoryViewModel(ReminderActionHistory& history, NotificationCenter& notifications,
-                                   Localizer& localizer, QObject* parent)
+HistoryViewModel::HistoryViewModel(ReminderActionHistory& history, const NotchInteractionModel& interaction,
+                                   NotificationCenter& notifications, Localizer& localizer, QObject* parent)
     : QObject(parent)
     , history_(history)
     , localizer_(localizer) {
     connect(&history, &ReminderActionHistory::entriesChanged, this, &HistoryViewModel::followEntries);
     connect(&localizer, &Localizer::languageChanged, this, &HistoryViewModel::changed);
-    subscriptions_.push_back(notifications.observe(notifications::undoReminderAction, [this] { undo(); }));
+    subscriptions_.push_back(notifications.observe(notifications::undoReminderAction, [this, &interaction] {
+        if (interaction.presentedOverlayIDs().isEmpty() || history_.hasActionsUnderWay())
+            undo();
+    }));
     subscriptions_.push_back(notifications.observe(notifications::redoReminderAction, [this] { redo(); }));
 }
 

@@ -17,6 +17,7 @@ namespace kestrant {
 class Localizer;
 class NotificationCenter;
 class ReminderActionHistory;
+class NotchInteractionModel;
 struct ReminderStoreError;
 
 /// Taking back the last action and making it again. Thread: main.
@@ -31,9 +32,10 @@ class HistoryViewModel : public QObject {
     Q_PROPERTY(QString redoText READ redoText NOTIFY changed)
 
   public:
-    /// Also follows the commands that are posted as notifications. Everything must outlive the view model.
-    HistoryViewModel(ReminderActionHistory& history, NotificationCenter& notifications, Localizer& localizer,
-                     QObject* parent = nullptr);
+    /// Also follows the commands that are posted as notifications; while a popover is open, only that to take
+    /// back what is being saved. Everything must outlive the view model.
+    HistoryViewModel(ReminderActionHistory& history, const NotchInteractionModel& interaction,
+                     NotificationCenter& notifications, Localizer& localizer, QObject* parent = nullptr);
 
     [[nodiscard]] bool canUndo() const;
     [[nodiscard]] bool canRedo() const;

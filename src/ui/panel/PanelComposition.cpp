@@ -55,7 +55,7 @@ PanelComposition::PanelComposition(const Services& services)
     , newEvent(calendarStore, services.clock, services.currentZone, services.localizer, services.locale)
     , calendarEdit(calendarStore, services.clock, services.currentZone, services.localizer)
     , reminderEdit(reminderStore, services.clock, services.currentZone, services.localizer)
-    , history(actions, services.notifications, services.localizer)
+    , history(actions, services.interaction, services.notifications, services.localizer)
     , recap({.eventStore = services.eventStore,
              .reminders = reminderStore,
              .scheduler = services.scheduler,
