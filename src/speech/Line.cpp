@@ -232,6 +232,7 @@ class LineReader {
             std::sort(pieces.begin(), pieces.end(),
                       [](const Piece& a, const Piece& b) { return a.range.start < b.range.start; });
             std::vector<TextRange> ranges;
+            ranges.reserve(pieces.size());
             for (const Piece& piece : pieces)
                 ranges.push_back(piece.range);
             result_.title = withoutRanges(line_, ranges);

@@ -131,6 +131,11 @@ Tokens::Tokens(const QString& line) {
                     folded_.append(foldedLetter(line[end]));
                 ++end;
             }
+            // Marks without a letter are no word.
+            if (folded_.size() == begin) {
+                add({.kind = Kind::opaque}, end);
+                continue;
+            }
             // "a.m.", "p.m." are one word.
             if (end == at + 1 && (folded_.back() == u'a' || folded_.back() == u'p') &&
                 end + 1 < line.size() && line[end] == u'.' && line[end + 1].toLower() == u'm' &&

@@ -170,7 +170,7 @@ TEST(SpokenLine, KeepsItsWordWhateverIsTyped) {
             "jours next prochain # #home ! !! !!! , . - ( ) \" ’ @ @5 27/3 2026-04-01 the le of du 🎉 é "
             "end fin eod noon midi morning soir sun may half past quarter to and et every tous les until "
             "from "
-            "de entre + // p1 JST before la veille 99999999 \x01")
+            "de entre + // p1 JST before la veille 99999999 \x01 \u0301")
             .split(QLatin1Char(' '));
     std::mt19937 random(1);
     for (int n = 0; n < 3000; ++n) {

@@ -225,12 +225,13 @@ void OverlayHost::closeDownTo(std::size_t count) {
         interaction_.dismissOverlay(closing->id);
         fadeOut(std::move(closing->layer));
     }
+    QQuickItem* next = focusBeneath_;
     if (!overlays_.empty()) {
         overlays_.back()->layer->setOpacity(1.0);
-        overlays_.back()->layer->overlay->forceActiveFocus(Qt::PopupFocusReason);
-    } else if (focusBeneath_) {
-        focusBeneath_->forceActiveFocus(Qt::PopupFocusReason);
+        next = overlays_.back()->layer->overlay;
     }
+    if (next)
+        next->forceActiveFocus(Qt::PopupFocusReason);
     Q_EMIT surfacesChanged();
     Q_EMIT overlaysChanged();
     if (overlays_.empty())
