@@ -208,6 +208,21 @@ std::optional<Atom> Grammar::clockInWords(int i) const {
             }
         }
     }
+    // "moins le quart", "moins dix"
+    const auto subtract = [this](int& minute, int& end) {
+        const Found* minus = senses_.find(end, Sense::minus);
+        if (!minus)
+            return false;
+        const int from = senses_.past(minus->end, Sense::the);
+        if (const Found* part = senses_.find(from, Sense::fraction)) {
+            minute -= part->word.value * 15;
+            end = part->end;
+        } else if (const auto count = number(from)) {
+            minute -= count->value;
+            end = count->end;
+        }
+        return true;
+    };
     if (const Found* clock = senses_.find(i, Sense::clock)) {
         int minute = clock->word.value;
         int end = clock->end;
@@ -215,15 +230,8 @@ std::optional<Atom> Grammar::clockInWords(int i) const {
             mark && mark->word.language == clock->word.language) {
             minute += mark->word.value * 15;
             end = mark->end;
-        } else if (const Found* minus = senses_.find(end, Sense::minus)) {
-            const int from = senses_.past(minus->end, Sense::the);
-            if (const Found* part = senses_.find(from, Sense::fraction)) {
-                minute -= part->word.value * 15;
-                end = part->end;
-            } else if (const auto count = number(from)) {
-                minute -= count->value;
-                end = count->end;
-            }
+        } else {
+            (void)subtract(minute, end);
         }
         const Need need = end != clock->end ? Need::room : Need::opening;
         Atom atom{.end = end, .need = need, .leads = leadsToTime, .helpedBy = leadsToTime};
@@ -241,16 +249,7 @@ std::optional<Atom> Grammar::clockInWords(int i) const {
         if (const Found* mark = senses_.find(end, Sense::fractionMark)) {
             minute += mark->word.value * 15;
             end = mark->end;
-        } else if (const Found* minus = senses_.find(end, Sense::minus)) {
-            const int from = senses_.past(minus->end, Sense::the);
-            if (const Found* part = senses_.find(from, Sense::fraction)) {
-                minute -= part->word.value * 15;
-                end = part->end;
-            } else if (const auto count = number(from)) {
-                minute -= count->value;
-                end = count->end;
-            }
-        } else if (const auto count = number(end);
+        } else if (const auto count = subtract(minute, end) ? std::nullopt : number(end);
                    count && count->value < 60 && !senses_.has(count->end, Sense::unit)) {
             minute += count->value;
             end = count->end;
