@@ -1,5 +1,7 @@
 #include "speech/Phrases.h"
 
+#include "speech/PhraseJudge.h"
+
 #include <algorithm>
 
 namespace kestrant::speech {
@@ -12,31 +14,6 @@ using Need = Atom::Need;
 /// The most words of one kind in a row, and the most combinations that are tried at one place.
 constexpr int mostAtoms = 7;
 constexpr int mostTries = 160;
-
-struct Chain {
-    int begin = 0;
-    int end = 0;
-    Meaning meaning;
-    std::optional<Meaning> until;
-    QVarLengthArray<PhrasePart, 8> parts;
-    int atoms = 0;
-    bool isClear = false;
-    bool hasRoomWord = false;
-    bool hasOpening = false;
-    bool hasLead = false;
-    bool isLed = false;
-    bool hasFrom = false;
-    /// Begins with "de", which makes a time a part of the title unless it is a span.
-    bool isGenitive = false;
-    bool isAmbiguous = false;
-    /// The last words are a time, behind which a zone may stand.
-    bool endsWithTime = false;
-    bool endsWithNumber = false;
-    bool isBareTime = false;
-    bool isBareDay = false;
-    /// Begins with a number that is nothing by itself.
-    bool isLoose = false;
-};
 
 /// A way from the end of one atom to the next.
 struct Passage {
@@ -55,6 +32,7 @@ class PhraseFinder {
         , senses_(grammar.senses())
         , refused_(refused)
         , accepted_(accepted)
+        , judge_(tokens_, senses_, refused)
         , atoms_(static_cast<std::size_t>(tokens_.size()) + 1)
         , isName_(static_cast<std::size_t>(tokens_.size()) + 1, false) {
         for (int i = 0; i < tokens_.size(); ++i) {
@@ -100,9 +78,9 @@ class PhraseFinder {
                 chain.begin > 0 && lastEnd == chain.begin && !result.empty() && result.back().isTaken;
             if (isPossible) {
                 const bool isRest = chain.begin > 0 && unsureEnd == chain.begin;
-                const bool isUnsure = leavesTimeWords(chain);
-                phrase.isTaken =
-                    isAccepted || (isReal(chain, follows) && !isForbidden(chain) && !isUnsure && !isRest);
+                const bool isUnsure = judge_.leavesTimeWords(chain);
+                phrase.isTaken = isAccepted || (judge_.isReal(chain, follows) && !judge_.isForbidden(chain) &&
+                                                !isUnsure && !isRest);
                 if (!phrase.isTaken && (isUnsure || isRest))
                     unsureEnd = chain.end;
                 phrase.isOffered = !phrase.isTaken && !chain.isBareDay && !chain.isBareTime;
@@ -472,130 +450,12 @@ class PhraseFinder {
         return 0;
     }
 
-    [[nodiscard]] bool isAtBegin(int i, bool follows) const {
-        for (int k = i - 1; k >= 0; --k) {
-            if (refused_[index(k)])
-                continue;
-            if (!tokens_.isKind(k, Kind::sign) || tokens_.isSign(k, u'#') || tokens_.isSign(k, u'\'') ||
-                tokens_.isSign(k, u'’'))
-                return follows;
-        }
-        return true;
-    }
-
-    [[nodiscard]] bool isReal(const Chain& chain, bool follows) const {
-        const bool isAtBeginning = isAtBegin(chain.begin, follows);
-        const bool hasEnd = tokens_.isStop(chain.end) || refused_[index(chain.end)];
-        const bool hasRoomBehind =
-            hasEnd || (senses_.has(chain.end, Sense::connector) && !isBlockedBy(chain));
-        if (isBlockedBy(chain) && chain.atoms == 1 && !chain.hasLead && chain.begin > 0)
-            return false;
-        if (chain.isClear) {
-            const bool isWeakDay = chain.isAmbiguous && !hasRoomBehind;
-            return !isWeakDay;
-        }
-        if (chain.hasRoomWord) {
-            if (chain.isAmbiguous)
-                return hasRoomBehind;
-            if (chain.isBareTime && chain.atoms == 1)
-                return hasRoomBehind || isAtBeginning;
-            if ((chain.meaning.monthDay != 0 && chain.meaning.month == 0))
-                return hasRoomBehind;
-            if (chain.meaning.minute >= 0 && !chain.meaning.hasDay())
-                return hasRoomBehind || chain.isLed || (isAtBeginning && chain.meaning.minute >= 0);
-            return isAtBeginning || hasRoomBehind || chain.isLed;
-        }
-        return isAtBeginning || chain.isLed || (chain.atoms > 1);
-    }
-    /// "Today by ..." is a title.
-    [[nodiscard]] bool isBlockedBy(const Chain& chain) const {
-        const int next = chain.end;
-        return tokens_.isKind(next, Kind::word) && tokens_[next].text == u"by";
-    }
-
-    /// Whether the word before makes the phrase a part of the title.
-    [[nodiscard]] bool isForbidden(const Chain& chain) const {
-        const int i = chain.begin;
-        if (i == 0 || !tokens_.isKind(i - 1, Kind::word) || tokens_[i].gap == Gap::none)
-            return isBehindOther(chain);
-        const bool isTime = !chain.meaning.hasDay() && !chain.meaning.rule;
-        if (isTime)
-            return !chain.hasLead && (senses_.endsWith(i, Sense::forbidsClock) || isVerse(chain));
-        if (chain.meaning.rule)
-            return false;
-        if (senses_.endsWith(i, Sense::ordinalEnding))
-            return true;
-        if (chain.hasLead)
-            return senses_.endsWith(i, Sense::after) || senses_.endsWith(i, Sense::until);
-        if (senses_.endsWith(i, Sense::forbidsDay))
-            return true;
-        if (tokens_.isKind(i, Kind::number) && chain.atoms == 1 && senses_.endsWith(i, Sense::forbidsClock))
-            return true;
-        return senses_.endsWith(i, Sense::determiner) && !chain.meaning.moment;
-    }
-    /// "John 3:16"
-    [[nodiscard]] bool isVerse(const Chain& chain) const {
-        return senses_.endsWith(chain.begin, Sense::verse) && tokens_.isSign(chain.begin + 1, u':') &&
-               chain.end == chain.begin + 3;
-    }
-    [[nodiscard]] bool isBehindOther(const Chain& chain) const {
-        return chain.begin > 0 && tokens_.isSign(chain.begin - 1, u'#') && tokens_.isGlued(chain.begin);
-    }
-
-    /// Whether a word about time that touches the phrase stays unread: then it may be read wrongly.
-    [[nodiscard]] bool leavesTimeWords(const Chain& chain) const {
-        const int next = chain.end;
-        if (next < tokens_.size() && tokens_.isKind(next, Kind::word) && !refused_[index(next)]) {
-            for (const Found* found = senses_.begin(next); found != senses_.end(next); ++found) {
-                switch (found->word.sense) {
-                case Sense::weekday:
-                case Sense::month:
-                    if (!found->word.isShort ||
-                        (found->word.sense == Sense::weekday && chain.meaning.weekday != 0))
-                        return true;
-                    break;
-                case Sense::unit:
-                    if (chain.endsWithNumber)
-                        return true;
-                    break;
-                case Sense::meridiem:
-                case Sense::afterNext:
-                    if (!found->word.isShort)
-                        return true;
-                    break;
-                case Sense::ago:
-                case Sense::former:
-                    return true;
-                case Sense::part:
-                case Sense::today:
-                case Sense::todayPart:
-                    if (chain.meaning.part != DayPart::none || chain.meaning.hasDay())
-                        return true;
-                    break;
-                default:
-                    break;
-                }
-            }
-        }
-        const int before = chain.begin - 1;
-        if (before >= 0 && tokens_.isKind(before, Kind::word) && !refused_[index(before)]) {
-            for (const Found* found = senses_.begin(before); found != senses_.end(before); ++found) {
-                const Sense sense = found->word.sense;
-                if (found->end == chain.begin &&
-                    ((sense == Sense::weekday && !found->word.isShort) ||
-                     (sense == Sense::month && !found->word.isShort) || sense == Sense::today ||
-                     (sense == Sense::next && !chain.hasLead)))
-                    return !isAtBegin(before, false) || sense != Sense::next;
-            }
-        }
-        return false;
-    }
-
     const Grammar& grammar_;
     const Tokens& tokens_;
     const Senses& senses_;
     const std::vector<bool>& refused_;
     const std::vector<bool>& accepted_;
+    PhraseJudge judge_;
     std::vector<std::optional<std::vector<Atom>>> atoms_;
     std::vector<bool> isName_;
     std::optional<Chain> best_;
