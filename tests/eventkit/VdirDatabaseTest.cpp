@@ -1,7 +1,7 @@
 #include "eventkit/vdir/VdirDatabase.h"
 
 #include "VdirFolder.h"
-#include "eventkit/vdir/VdirLibrary.h"
+#include "eventkit/vdir/VdirFiles.h"
 #include "support/DiskLimit.h"
 #include "support/ReminderBuilders.h"
 

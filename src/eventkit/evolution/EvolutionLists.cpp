@@ -133,12 +133,12 @@ std::map<QByteArray, ServiceList> EvolutionLists::enabled() const {
     return result;
 }
 
-bool EvolutionLists::updateDefaults(items::Library& library) const {
+bool EvolutionLists::updateDefaults(items::StorageContents& contents) const {
     const auto uidOf = [](ESource* source) {
         const Ref<ESource> owned(source);
         return source ? QByteArray(e_source_get_uid(source)) : QByteArray();
     };
-    auto present = std::tie(library.defaultForReminders, library.defaultForEvents);
+    auto present = std::tie(contents.defaultForReminders, contents.defaultForEvents);
     const std::tuple now(uidOf(e_source_registry_ref_default_task_list(registry_.get())),
                          uidOf(e_source_registry_ref_default_calendar(registry_.get())));
     if (present == now)

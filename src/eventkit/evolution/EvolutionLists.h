@@ -2,7 +2,7 @@
 
 #include "eventkit/evolution/CallTimeout.h"
 #include "eventkit/evolution/Glib.h"
-#include "eventkit/items/ItemLibrary.h"
+#include "eventkit/items/StorageContents.h"
 #include "eventkit/model/EKTypes.h"
 
 #include <libedataserver/libedataserver.h>
@@ -53,7 +53,7 @@ class EvolutionLists {
     /// Those that the person sees on the desktop, by UID; none while this is not open.
     [[nodiscard]] std::map<QByteArray, ServiceList> enabled() const;
     /// Which of them are for what is new; whether that is anything else.
-    bool updateDefaults(items::Library& library) const;
+    bool updateDefaults(items::StorageContents& contents) const;
 
     /// Makes a local list; its UID. The process that keeps the items hears of it a moment later.
     [[nodiscard]] tl::expected<QByteArray, EKError> make(const EKCalendar& wanted, const Color& color);

@@ -14,7 +14,7 @@ namespace kestrant::evolution {
 
 using items::Collection;
 using items::ItemFile;
-using items::Library;
+using items::StorageContents;
 
 namespace {
 
@@ -36,11 +36,11 @@ TextPair silentList(const QString& title, bool isShown, const TextPair& reason) 
 
 }  // namespace
 
-void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const TimeZone& local) {
+void EvolutionStorage::readAllLists(StorageContents& contents, const Lists& lists, const TimeZone& local) {
     if (wanted_) {
         // Lists without wanted items are not waited for.
         for (const auto& [uid, list] : lists) {
-            const auto [location, isNew] = library.collections.try_emplace(uid);
+            const auto [location, isNew] = contents.collections.try_emplace(uid);
             (void)list.describe(location->second);
             if (isNew)
                 location->second.isWritable = list.isWrittenMostly();
@@ -50,7 +50,7 @@ void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const 
     }
     if (!queues_) {
         for (const auto& [uid, list] : lists)
-            readList(library, uid, list, wanted_ ? &*wanted_ : nullptr, local);
+            readList(contents, uid, list, wanted_ ? &*wanted_ : nullptr, local);
         return;
     }
     const auto reading = std::make_shared<Reading>();
@@ -65,13 +65,13 @@ void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const 
         reading->missing = *wanted_;
     const auto queued = reading->awaited;
     for (const QByteArray& uid : queued) {
-        queues_->run(uid, [this, &library, uid, local, reading, wanted = wanted_] {
+        queues_->run(uid, [this, &contents, uid, local, reading, wanted = wanted_] {
             const auto present = lists_.enabled();
             if (const auto found = present.find(uid); found != present.end())
-                readList(library, uid, found->second, wanted ? &*wanted : nullptr, local);
-            const auto read = library.collections.find(uid);
+                readList(contents, uid, found->second, wanted ? &*wanted : nullptr, local);
+            const auto read = contents.collections.find(uid);
             const std::lock_guard lock(reading->mutex);
-            if (read != library.collections.end()) {
+            if (read != contents.collections.end()) {
                 reading->hasAnswer = reading->hasAnswer || read->second.isAnswering;
                 std::erase_if(reading->missing,
                               [&](const QByteArray& item) { return read->second.files.contains(item); });
@@ -86,7 +86,7 @@ void EvolutionStorage::readAllLists(Library& library, const Lists& lists, const 
         });
     }
     for (const QByteArray& uid : awaitReading(*reading)) {
-        Collection& collection = library.collections[uid];
+        Collection& collection = contents.collections[uid];
         (void)lists.at(uid).describe(collection);
         noteSilence(collection, uid, noAnswerInTime());
     }
@@ -134,7 +134,7 @@ bool EvolutionStorage::needsAll(const QByteArray& uid, const std::set<QByteArray
            client->second->isLost() || silent_.contains(uid);
 }
 
-bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const ServiceList& list,
+bool EvolutionStorage::readList(StorageContents& contents, const QByteArray& uid, const ServiceList& list,
                                 const std::set<QByteArray>* named, const TimeZone& local) {
     TextPair reason = noAnswerInTime();
     const auto client = clientFor(uid, list, reason);
@@ -164,9 +164,9 @@ bool EvolutionStorage::readList(Library& library, const QByteArray& uid, const S
     }
     // The item may have been removed meanwhile.
     if (!lists_.enabled().contains(uid))
-        return library.collections.erase(uid) > 0;
+        return contents.collections.erase(uid) > 0;
     // A list is there once what is in it is known.
-    const auto [location, isNew] = library.collections.try_emplace(uid);
+    const auto [location, isNew] = contents.collections.try_emplace(uid);
     Collection& collection = location->second;
     const bool isUntold = late_.erase(uid) > 0;
     bool changed = list.describe(collection) || isNew || isUntold;

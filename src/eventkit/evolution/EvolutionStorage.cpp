@@ -9,7 +9,7 @@
 namespace kestrant::evolution {
 
 using items::Changes;
-using items::Library;
+using items::StorageContents;
 
 namespace {
 
@@ -145,18 +145,18 @@ std::shared_ptr<EvolutionClient> EvolutionStorage::clientFor(const QByteArray& u
     return client;
 }
 
-bool EvolutionStorage::update(Library& library, const Changes& changes, const TimeZone& local) {
+bool EvolutionStorage::update(StorageContents& contents, const Changes& changes, const TimeZone& local) {
     if (!lists_.isOpen())
         return false;
     const auto lists = lists_.enabled();
-    bool changed = updateLists(library, lists);
+    bool changed = updateLists(contents, lists);
     const bool readsAll = changes.everything && (!queues_ || !hasRead_ || wanted_);
     if (readsAll) {
         if (hasRead_)
             wanted_.reset();
-        readAllLists(library, lists, local);
+        readAllLists(contents, lists, local);
         const auto isFound = [&](const QByteArray& item) {
-            return std::any_of(library.collections.begin(), library.collections.end(),
+            return std::any_of(contents.collections.begin(), contents.collections.end(),
                                [&](const auto& list) { return list.second.files.contains(item); });
         };
         if (wanted_ && !std::all_of(wanted_->begin(), wanted_->end(), isFound)) {
@@ -164,7 +164,7 @@ bool EvolutionStorage::update(Library& library, const Changes& changes, const Ti
             // Each caller waits for a list once.
             auto answering = lists_.enabled();
             std::erase_if(answering, [&](const auto& list) { return silent_.contains(list.first); });
-            readAllLists(library, answering, local);
+            readAllLists(contents, answering, local);
         }
         hasRead_ = true;
         changed = true;
@@ -172,14 +172,14 @@ bool EvolutionStorage::update(Library& library, const Changes& changes, const Ti
     for (const auto& [uid, list] : lists) {
         const auto named = changes.files.find(uid);
         if (named != changes.files.end() && !readsAll)
-            changed = readList(library, uid, list, needsAll(uid, named->second) ? nullptr : &named->second,
+            changed = readList(contents, uid, list, needsAll(uid, named->second) ? nullptr : &named->second,
                                local) ||
                       changed;
         else if (!readsAll && (changes.everything || (!clients_.contains(uid) && !silent_.contains(uid))))
             // Deferred, since it would block the queue that this runs in.
             listener_->tell({.files = {{uid, {}}}});
     }
-    return lists_.updateDefaults(library) || changed;
+    return lists_.updateDefaults(contents) || changed;
 }
 
 void EvolutionStorage::tellOfUnsent() {
@@ -193,16 +193,16 @@ void EvolutionStorage::tellChanged(const Changes& changes) {
     listener_->tell(changes);
 }
 
-bool EvolutionStorage::updateLists(Library& library, const Lists& lists) {
+bool EvolutionStorage::updateLists(StorageContents& contents, const Lists& lists) {
     const auto isGone = [&](const auto& entry) { return !lists.contains(entry.first); };
-    bool changed = std::erase_if(library.collections, isGone) > 0;
+    bool changed = std::erase_if(contents.collections, isGone) > 0;
     std::erase_if(clients_, isGone);
     std::erase_if(silent_, isGone);
     if (std::erase_if(unsent_, [&](const auto& list) {
             return isGone(list) || lists.at(list.first).isConnected();
         }) > 0)
         tellOfUnsent();
-    for (auto& [uid, collection] : library.collections)
+    for (auto& [uid, collection] : contents.collections)
         changed = lists.at(uid).describe(collection) || changed;
     return changed;
 }
@@ -233,10 +233,10 @@ EvolutionStorage::openClient(const QByteArray& collection) {
     return client;
 }
 
-tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const Library& library,
+tl::expected<QByteArray, EKError> EvolutionStorage::saveCollection(const StorageContents& contents,
                                                                    const EKCalendar& calendar) {
     if (calendar.calendarIdentifier.isEmpty()) {
-        auto uid = lists_.make(calendar, calendar.color.value_or(items::unusedColor(library)));
+        auto uid = lists_.make(calendar, calendar.color.value_or(items::unusedColor(contents)));
         // The service does not announce when the list can be opened.
         for (auto pause = 5ms; uid && !openClient(*uid) && pause < 1s; pause *= 2)
             (void)limit_.pause(pause);

@@ -34,7 +34,7 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] std::optional<EKError> open() override;
     void prepareToClose() override;
     void close() override;
-    [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
+    [[nodiscard]] bool update(items::StorageContents& contents, const items::Changes& changes,
                               const TimeZone& local) override;
     [[nodiscard]] bool isPartlyRead() const override { return wanted_.has_value(); }
     [[nodiscard]] std::optional<ScheduledCheck> recheck() const override;
@@ -55,7 +55,7 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
                                                         const QByteArray& preferredName,
                                                         const icalendar::Document& document) override;
-    [[nodiscard]] tl::expected<QByteArray, EKError> saveCollection(const items::Library& library,
+    [[nodiscard]] tl::expected<QByteArray, EKError> saveCollection(const items::StorageContents& contents,
                                                                    const EKCalendar& calendar) override;
 
   private:
@@ -66,7 +66,7 @@ class EvolutionStorage final : public items::ItemStorage {
     [[nodiscard]] std::shared_ptr<EvolutionClient> clientFor(const QByteArray& uid, const ServiceList& list,
                                                              TextPair& reason);
     /// Takes lists away that are gone, and sees what the others are called.
-    bool updateLists(items::Library& library, const Lists& lists);
+    bool updateLists(items::StorageContents& contents, const Lists& lists);
     /// All lists being read at the same time.
     struct Reading {
         std::mutex mutex;
@@ -82,9 +82,9 @@ class EvolutionStorage final : public items::ItemStorage {
     /// The result is the lists that did not answer in time.
     [[nodiscard]] std::set<QByteArray> awaitReading(Reading& reading);
     /// Reads all lists, at the same time where there are queues.
-    void readAllLists(items::Library& library, const Lists& lists, const TimeZone& local);
+    void readAllLists(items::StorageContents& contents, const Lists& lists, const TimeZone& local);
     /// The items of a list: all of them where `named` is null.
-    bool readList(items::Library& library, const QByteArray& uid, const ServiceList& list,
+    bool readList(items::StorageContents& contents, const QByteArray& uid, const ServiceList& list,
                   const std::set<QByteArray>* named, const TimeZone& local);
     /// Many are read faster with all the others, and after a silence anything may have changed.
     [[nodiscard]] bool needsAll(const QByteArray& uid, const std::set<QByteArray>& named) const;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "eventkit/icalendar/Document.h"
-#include "eventkit/items/ItemLibrary.h"
+#include "eventkit/items/StorageContents.h"
 
 #include <QByteArray>
 

@@ -303,7 +303,7 @@ void Document::insertAfter(qsizetype index, const Component& component) {
     findParts();
 }
 
-void Document::add(const Component& component, Place place) {
+void Document::add(const Component& component, Position at) {
     std::size_t begin = 0;
     std::size_t end = 0;
     forEachComponent(lines_, [&](std::size_t from, std::size_t to) {
@@ -313,7 +313,7 @@ void Document::add(const Component& component, Place place) {
         }
     });
     std::size_t position = end - 1;
-    if (place == Place::first) {
+    if (at == Position::first) {
         position = begin + 1;
         while (position + 1 < end && !lines_[position].isBegin())
             ++position;

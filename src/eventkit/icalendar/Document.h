@@ -91,8 +91,8 @@ class Document {
     /// Puts a component behind the index-th one of its name.
     void insertAfter(qsizetype index, const Component& component);
     /// Adds a component at the end of the last calendar, or before its first component.
-    enum class Place { first, last };
-    void add(const Component& component, Place place = Place::last);
+    enum class Position { first, last };
+    void add(const Component& component, Position at = Position::last);
 
   private:
     /// A component directly within a calendar, from its first line to before `end`.

@@ -98,7 +98,7 @@ void addMissingTimeZones(Document& document, const Document& before, int year,
         const auto given = std::find_if(known.begin(), known.end(),
                                         [&](const auto& zone) { return zone && zone->id() == name; });
         if (const auto zone = given != known.end() ? *given : TimeZone::named(name))
-            document.add(timeZoneDefinition(*zone, year, document.lineEnd()), Document::Place::first);
+            document.add(timeZoneDefinition(*zone, year, document.lineEnd()), Document::Position::first);
     }
 }
 

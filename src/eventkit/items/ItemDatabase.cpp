@@ -16,18 +16,18 @@ std::optional<EKError> ItemDatabase::open(const TimeZone& local) {
     if (auto error = storage_.open())
         return error;
     refresh({.everything = true}, local);
-    if (library_.problem)
-        return EKError{EKError::Code::storage, *library_.problem};
+    if (contents_.problem)
+        return EKError{EKError::Code::storage, *contents_.problem};
     isOpen_ = true;
     return std::nullopt;
 }
 
 bool ItemDatabase::refresh(const Changes& changes, const TimeZone& local) {
     const bool isTargeted = noteFiles(changes);
-    const auto notice = library_.notice;
-    const bool changed = storage_.update(library_, changes, local);
+    const auto notice = contents_.notice;
+    const bool changed = storage_.update(contents_, changes, local);
     const bool isElsewhere = placeEvents(local);
-    if (changed && !(isTargeted && canBeReadStill(changes) && library_.notice == notice))
+    if (changed && !(isTargeted && canBeReadStill(changes) && contents_.notice == notice))
         changedFiles_.reset();
     if (changed || isElsewhere)
         rebuildSnapshot();
@@ -45,16 +45,16 @@ bool ItemDatabase::noteFiles(const Changes& changes) {
 }
 
 bool ItemDatabase::canBeReadStill(const Changes& changes) const {
-    return !library_.problem &&
+    return !contents_.problem &&
            std::all_of(changes.files.begin(), changes.files.end(), [&](const auto& named) {
-               const auto found = library_.collections.find(named.first);
-               return found != library_.collections.end() && !found->second.problem;
+               const auto found = contents_.collections.find(named.first);
+               return found != contents_.collections.end() && !found->second.problem;
            });
 }
 
 void ItemDatabase::noteBefore(const FileLocation& location) {
-    const auto collection = library_.collections.find(location.collection);
-    if (!changedFiles_ || collection == library_.collections.end())
+    const auto collection = contents_.collections.find(location.collection);
+    if (!changedFiles_ || collection == contents_.collections.end())
         return;
     const auto file = collection->second.files.find(location.file);
     changedFiles_->try_emplace(location, file == collection->second.files.end() ? ItemFile() : file->second);
@@ -72,7 +72,7 @@ bool ItemDatabase::placeEvents(const TimeZone& local) {
     if (!before || *before == local)
         return false;
     changedFiles_.reset();
-    for (auto& [name, collection] : library_.collections) {
+    for (auto& [name, collection] : contents_.collections) {
         for (auto& [file, items] : collection.files) {
             for (CompactEvent& event : items.events)
                 event = event.placedIn(local, *before);
@@ -105,7 +105,7 @@ EKEvents ItemDatabase::events(const EKEventPredicate& predicate, Instant now) {
         if (entry == snapshot_->events.cend())
             continue;
         const auto [collection, file] = locationOf(*entry);
-        ItemFile& items = library_.collections[collection].files[file];
+        ItemFile& items = contents_.collections[collection].files[file];
         if (items.warning)
             continue;
         items.warning = std::make_shared<const TextPair>(
@@ -131,7 +131,7 @@ tl::expected<EKCalendar, EKError> ItemDatabase::saveCalendar(const EKCalendar& c
         if (const auto found = writableCollection(calendar.calendarIdentifier); !found)
             return tl::unexpected(found.error());
     }
-    const auto name = storage_.saveCollection(library_, wanted);
+    const auto name = storage_.saveCollection(contents_, wanted);
     if (!name)
         return tl::unexpected(name.error());
     refresh({.files = {{*name, {}}}}, local);

@@ -89,7 +89,7 @@ class ItemDatabase {
         QByteArray text;
     };
 
-    /// Makes the snapshot say what the library does. What that costs depends on the files that changed, as
+    /// Brings the snapshot up to the contents. What that costs depends on the files that changed, as
     /// long as they are few and known.
     void rebuildSnapshot();
     [[nodiscard]] std::shared_ptr<const Snapshot> wholeSnapshot();
@@ -109,7 +109,7 @@ class ItemDatabase {
     [[nodiscard]] static QString identifierIn(const Entries& entries, const FileLocation& location,
                                               const QByteArray& key) {
         const QString alone = QString::fromUtf8(key);
-        for (const QString& identifier : {alone, identifierByPlace(alone, location, 0)}) {
+        for (const QString& identifier : {alone, identifierByLocation(alone, location, 0)}) {
             if (const auto entry = entries.constFind(identifier);
                 entry != entries.cend() && locationOf(*entry) == location)
                 return identifier;
@@ -217,7 +217,7 @@ class ItemDatabase {
     ItemStorage& storage_;
     bool isOpen_ = false;
     std::optional<TimeZone> local_;
-    Library library_;
+    StorageContents contents_;
     std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
     /// The reminders of a snapshot, open and completed ones apart, since most questions are about either.
     struct Parted {

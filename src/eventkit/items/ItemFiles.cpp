@@ -39,8 +39,8 @@ ItemDatabase::opened(const FileLocation& location, tl::expected<std::optional<St
 
 tl::expected<QByteArray, EKError> ItemDatabase::writableCollection(const QString& identifier) const {
     const QByteArray name = QFile::encodeName(identifier);
-    const auto found = library_.collections.find(name);
-    if (found == library_.collections.end())
+    const auto found = contents_.collections.find(name);
+    if (found == contents_.collections.end())
         return tl::unexpected(calendarNotFoundError());
     if (!found->second.isWritable)
         return tl::unexpected(found->second.problem ? EKError{EKError::Code::storage, *found->second.problem}
@@ -57,9 +57,9 @@ std::optional<EKError> ItemDatabase::writeRefusal(const FileLocation& location) 
 void ItemDatabase::noteWritten(const FileLocation& location, const StoredText& stored,
                                const TimeZone& local) {
     placeEvents(local);
-    const auto collection = library_.collections.find(location.collection);
+    const auto collection = contents_.collections.find(location.collection);
     // The item may have been removed meanwhile.
-    if (collection == library_.collections.end())
+    if (collection == contents_.collections.end())
         return;
     ItemFile items = ItemReader(location.collection, local).read(stored.text, location.file);
     items.version = stored.version;
@@ -80,8 +80,8 @@ std::optional<WriteError> ItemDatabase::removeFile(const FileLocation& location,
     if (auto error = storage_.remove(location, expected))
         return error;
     noteBefore(location);
-    if (const auto collection = library_.collections.find(location.collection);
-        collection != library_.collections.end())
+    if (const auto collection = contents_.collections.find(location.collection);
+        collection != contents_.collections.end())
         collection->second.files.erase(location.file);
     return std::nullopt;
 }

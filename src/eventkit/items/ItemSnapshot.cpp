@@ -15,7 +15,7 @@ FileLocation locationOf(const EventEntry& entry) {
     return {QFile::encodeName(entry.event.calendarIdentifier()), entry.file};
 }
 
-QString identifierByPlace(const QString& identifier, const FileLocation& location, int ordinal) {
+QString identifierByLocation(const QString& identifier, const FileLocation& location, int ordinal) {
     QString result = identifier + QLatin1Char('#') + QFile::decodeName(location.collection) +
                      QLatin1Char('/') + QFile::decodeName(location.file);
     result.replace(QLatin1Char('%'), QLatin1String("%25")).replace(QLatin1Char('/'), QLatin1String("%2F"));

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "eventkit/items/IntervalIndex.h"
-#include "eventkit/items/ItemLibrary.h"
+#include "eventkit/items/StorageContents.h"
 #include "eventkit/model/EKEventStore.h"
 
 #include <QHash>
@@ -27,9 +27,10 @@ struct EventEntry {
 [[nodiscard]] FileLocation locationOf(const Entry& entry);
 [[nodiscard]] FileLocation locationOf(const EventEntry& entry);
 
-/// What an item is called where another one has its identifier: by its place, and by how many of the same
+/// What an item is called where another one has its identifier: by its location, and by how many of the same
 /// identifier are before it in its file.
-[[nodiscard]] QString identifierByPlace(const QString& identifier, const FileLocation& location, int ordinal);
+[[nodiscard]] QString identifierByLocation(const QString& identifier, const FileLocation& location,
+                                           int ordinal);
 
 /// The whole database at one moment. Never changes, so any thread may read it.
 struct Snapshot {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "eventkit/icalendar/Document.h"
-#include "eventkit/items/ItemLibrary.h"
+#include "eventkit/items/StorageContents.h"
 #include "foundation/Instant.h"
 
 #include <tl/expected.hpp>
@@ -62,10 +62,11 @@ class ItemStorage {
     /// The end of all use.
     virtual void close() {}
 
-    /// Brings the library up to date. True when anything came out differently.
-    [[nodiscard]] virtual bool update(Library& library, const Changes& changes, const TimeZone& local) = 0;
+    /// Brings the contents up to date. True when anything came out differently.
+    [[nodiscard]] virtual bool update(StorageContents& contents, const Changes& changes,
+                                      const TimeZone& local) = 0;
 
-    /// Whether there may be items that the library does not know, because nobody has wanted them so far; an
+    /// Whether there may be items that the contents do not hold, because nobody has wanted them so far; an
     /// update of everything reads those, too.
     [[nodiscard]] virtual bool isPartlyRead() const { return false; }
 
@@ -141,8 +142,8 @@ class ItemStorage {
     /// Makes a collection (empty identifier), or gives the one with this name,
     /// which may be changed, another title or colour; an absent colour is the
     /// storage's to choose. `calendar` has a title. The result is the
-    /// collection's name; the library is brought up to date afterwards.
-    [[nodiscard]] virtual tl::expected<QByteArray, EKError> saveCollection(const Library& library,
+    /// collection's name; the contents are brought up to date afterwards.
+    [[nodiscard]] virtual tl::expected<QByteArray, EKError> saveCollection(const StorageContents& contents,
                                                                            const EKCalendar& calendar) = 0;
 };
 

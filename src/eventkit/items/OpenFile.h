@@ -160,7 +160,7 @@ ItemDatabase::findIn(std::optional<OpenFile> file, const QString& identifier, co
         const QString alone = QString::fromUtf8(item.key);
         const int ordinal = seen[alone]++;
         if ((identifier != alone || ordinal > 0) &&
-            identifier != identifierByPlace(alone, file->location, ordinal))
+            identifier != identifierByLocation(alone, file->location, ordinal))
             continue;
         file->key = item.key;
         file->ordinal = ordinal;

@@ -37,10 +37,10 @@ EKCalendar calendarFrom(const QByteArray& name, const Collection& collection) {
             .isAnswering = collection.isAnswering && !isSilent};
 }
 
-std::vector<EKCalendar> orderedCalendars(const Library& library) {
+std::vector<EKCalendar> orderedCalendars(const StorageContents& contents) {
     using Named = std::pair<QByteArray, const Collection*>;
     std::vector<Named> named;
-    for (const auto& [name, collection] : library.collections)
+    for (const auto& [name, collection] : contents.collections)
         named.emplace_back(name, &collection);
     std::stable_sort(named.begin(), named.end(), [](const Named& a, const Named& b) {
         const auto rank = [](const Collection& c) { return std::pair(!c.order, c.order.value_or(0)); };
@@ -71,11 +71,11 @@ QString standardOf(const std::vector<EKCalendar>& calendars, const QByteArray& c
     return result;
 }
 
-void chooseStandards(Snapshot& snapshot, const Library& library) {
+void chooseStandards(Snapshot& snapshot, const StorageContents& contents) {
     snapshot.defaultForReminders =
-        standardOf(snapshot.calendars, library.defaultForReminders, &EKCalendar::allowsReminders);
+        standardOf(snapshot.calendars, contents.defaultForReminders, &EKCalendar::allowsReminders);
     snapshot.defaultForEvents =
-        standardOf(snapshot.calendars, library.defaultForEvents, &EKCalendar::allowsEvents);
+        standardOf(snapshot.calendars, contents.defaultForEvents, &EKCalendar::allowsEvents);
 }
 
 /// How many of the file's items before each of them have the same identifier.
@@ -93,7 +93,8 @@ std::vector<int> ordinalsOf(const Items& items, Identifier identifier) {
 template <typename Entries>
 QString identifierFor(const QString& alone, const FileLocation& location, int ordinal,
                       const Entries& entries) {
-    return !alone.isEmpty() && !entries.contains(alone) ? alone : identifierByPlace(alone, location, ordinal);
+    return !alone.isEmpty() && !entries.contains(alone) ? alone
+                                                        : identifierByLocation(alone, location, ordinal);
 }
 
 }  // namespace
@@ -106,16 +107,16 @@ void ItemDatabase::rebuildSnapshot() {
 
 std::shared_ptr<const Snapshot> ItemDatabase::wholeSnapshot() {
     auto snapshot = std::make_shared<Snapshot>();
-    snapshot->calendars = orderedCalendars(library_);
-    chooseStandards(*snapshot, library_);
+    snapshot->calendars = orderedCalendars(contents_);
+    chooseStandards(*snapshot, contents_);
     hasNamesakes_ = false;
-    for (const auto& problem : {library_.problem, library_.notice}) {
+    for (const auto& problem : {contents_.problem, contents_.notice}) {
         if (problem)
             snapshot->problems.push_back(*problem);
     }
     qsizetype reminders = 0;
     qsizetype events = 0;
-    for (const auto& [name, collection] : library_.collections) {
+    for (const auto& [name, collection] : contents_.collections) {
         for (const auto& [file, items] : collection.files) {
             reminders += std::ssize(items.reminders);
             events += std::ssize(items.events);
@@ -123,7 +124,7 @@ std::shared_ptr<const Snapshot> ItemDatabase::wholeSnapshot() {
     }
     snapshot->reminders.reserve(reminders);
     snapshot->events.reserve(events);
-    for (const auto& [name, collection] : library_.collections) {
+    for (const auto& [name, collection] : contents_.collections) {
         if (collection.problem)
             snapshot->problems.push_back(*collection.problem);
         for (const auto& [file, items] : collection.files) {
@@ -164,7 +165,7 @@ std::shared_ptr<const Snapshot> ItemDatabase::withChangedFiles() const {
     snapshot->singleEvents.removeIf([&](const auto& single) { return former.contains(single.get()); });
     snapshot->ruledEvents.removeIf([&](const auto& series) { return former.contains(series.get()); });
     for (const auto& [location, before] : *changedFiles_) {
-        const auto& files = library_.collections.at(location.collection).files;
+        const auto& files = contents_.collections.at(location.collection).files;
         const auto now = files.find(location.file);
         if (now == files.end())
             continue;
@@ -180,9 +181,9 @@ std::shared_ptr<const Snapshot> ItemDatabase::withChangedFiles() const {
     for (EKCalendar& calendar : snapshot->calendars) {
         const QByteArray name = QFile::encodeName(calendar.calendarIdentifier);
         if (collections.contains(name))
-            calendar = calendarFrom(name, library_.collections.at(name));
+            calendar = calendarFrom(name, contents_.collections.at(name));
     }
-    chooseStandards(*snapshot, library_);
+    chooseStandards(*snapshot, contents_);
     return snapshot;
 }
 

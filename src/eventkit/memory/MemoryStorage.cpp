@@ -22,14 +22,14 @@ bool MemoryStorage::readsOnlyFilesNamed(const Changes& changes) const {
            });
 }
 
-bool MemoryStorage::update(Library& library, const Changes& changes, const TimeZone& local) {
-    library.defaultForEvents = defaultForEvents_;
+bool MemoryStorage::update(StorageContents& contents, const Changes& changes, const TimeZone& local) {
+    contents.defaultForEvents = defaultForEvents_;
     const bool areKnown = std::all_of(changes.files.begin(), changes.files.end(), [&](const auto& named) {
-        return library.collections.contains(named.first);
+        return contents.collections.contains(named.first);
     });
     if (areKnown && readsOnlyFilesNamed(changes)) {
         for (const auto& [name, files] : changes.files) {
-            auto& known = library.collections.at(name).files;
+            auto& known = contents.collections.at(name).files;
             const ItemReader reader(name, local);
             for (const QByteArray& file : files) {
                 const StoredText* stored = find({name, file});
@@ -43,9 +43,9 @@ bool MemoryStorage::update(Library& library, const Changes& changes, const TimeZ
         }
         return true;
     }
-    auto former = std::exchange(library.collections, {});
+    auto former = std::exchange(contents.collections, {});
     for (const auto& [name, folder] : folders_) {
-        Collection& collection = library.collections[name];
+        Collection& collection = contents.collections[name];
         collection = folder.properties;
         auto& known = former[name].files;
         const ItemReader reader(name, local);
@@ -99,11 +99,11 @@ tl::expected<ItemStorage::Created, EKError> MemoryStorage::create(const QByteArr
     return Created{location, kept, *find(location)};
 }
 
-tl::expected<QByteArray, EKError> MemoryStorage::saveCollection(const Library& library,
+tl::expected<QByteArray, EKError> MemoryStorage::saveCollection(const StorageContents& contents,
                                                                 const EKCalendar& calendar) {
     EKCalendar wanted = calendar;
     if (!wanted.color)
-        wanted.color = unusedColor(library);
+        wanted.color = unusedColor(contents);
     return putCollection(wanted);
 }
 

@@ -13,7 +13,8 @@ namespace kestrant::items {
 class MemoryStorage final : public ItemStorage {
   public:
     [[nodiscard]] std::optional<EKError> open() override { return std::nullopt; }
-    [[nodiscard]] bool update(Library& library, const Changes& changes, const TimeZone& local) override;
+    [[nodiscard]] bool update(StorageContents& contents, const Changes& changes,
+                              const TimeZone& local) override;
     [[nodiscard]] bool readsOnlyFilesNamed(const Changes& changes) const override;
     [[nodiscard]] std::optional<ScheduledCheck> recheck() const override { return std::nullopt; }
     [[nodiscard]] tl::expected<std::optional<StoredText>, EKError>
@@ -28,7 +29,7 @@ class MemoryStorage final : public ItemStorage {
     [[nodiscard]] tl::expected<Created, EKError> create(const QByteArray& collection, const QByteArray& uid,
                                                         const QByteArray& preferredName,
                                                         const icalendar::Document& document) override;
-    [[nodiscard]] tl::expected<QByteArray, EKError> saveCollection(const Library& library,
+    [[nodiscard]] tl::expected<QByteArray, EKError> saveCollection(const StorageContents& contents,
                                                                    const EKCalendar& calendar) override;
 
     /// Adds or replaces a collection; an empty identifier is filled in. Collections keep the order in which

@@ -1,7 +1,7 @@
 #include "eventkit/vdir/FolderWatcher.h"
 
 #include "eventkit/items/Journal.h"
-#include "eventkit/vdir/VdirLibrary.h"
+#include "eventkit/vdir/VdirFiles.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventkit/items/ItemLibrary.h"
+#include "eventkit/items/StorageContents.h"
 
 #include <QByteArray>
 

@@ -1,6 +1,6 @@
 #include "eventkit/vdir/JournalSettling.h"
 
-#include "eventkit/vdir/VdirLibrary.h"
+#include "eventkit/vdir/VdirFiles.h"
 #include "foundation/AtomicFile.h"
 
 #include <QFile>

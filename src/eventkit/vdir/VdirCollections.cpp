@@ -10,7 +10,7 @@
 
 namespace kestrant::vdir {
 
-using items::Library;
+using items::StorageContents;
 
 namespace {
 
@@ -60,16 +60,16 @@ tl::expected<QByteArray, EKError> VdirStorage::makeCollection(const QString& tit
     }
 }
 
-tl::expected<QByteArray, EKError> VdirStorage::saveCollection(const Library& library,
+tl::expected<QByteArray, EKError> VdirStorage::saveCollection(const StorageContents& contents,
                                                               const EKCalendar& calendar) {
     if (calendar.calendarIdentifier.isEmpty())
-        return makeCollection(calendar.title, calendar.color.value_or(items::unusedColor(library)));
+        return makeCollection(calendar.title, calendar.color.value_or(items::unusedColor(contents)));
     const QByteArray name = QFile::encodeName(calendar.calendarIdentifier);
     const auto locked = lock({name});
     if (!locked)
         return tl::unexpected(locked.error());
     const QByteArray folder = root_ + '/' + name;
-    const auto& present = library.collections.find(name)->second;
+    const auto& present = contents.collections.find(name)->second;
     std::optional<EKError> error;
     if (present.title != calendar.title)
         error = writeMetadata(folder, "displayname", calendar.title);

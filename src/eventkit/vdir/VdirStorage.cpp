@@ -2,7 +2,7 @@
 
 #include "eventkit/model/EKErrors.h"
 #include "eventkit/vdir/JournalSettling.h"
-#include "eventkit/vdir/VdirLibrary.h"
+#include "eventkit/vdir/VdirReading.h"
 #include "foundation/AtomicFile.h"
 
 #include <QFile>
@@ -129,27 +129,28 @@ std::optional<EKError> VdirStorage::open() {
     return std::nullopt;
 }
 
-bool VdirStorage::update(items::Library& library, const items::Changes& changes, const TimeZone& local) {
-    std::optional<tl::expected<RootContents, int>> contents;
+bool VdirStorage::update(items::StorageContents& contents, const items::Changes& changes,
+                         const TimeZone& local) {
+    std::optional<tl::expected<RootFolder, int>> rootFolder;
     bool isSettled = true;
-    if (changes.everything || changes.collections || library.problem) {
-        contents = readRoot(root_);
+    if (changes.everything || changes.collections || contents.problem) {
+        rootFolder = readRoot(root_);
         // Before anything is read, so that nothing that is taken back is seen.
-        if (*contents && !(**contents).journals.empty())
-            isSettled = settle((**contents).journals);
+        if (*rootFolder && !(**rootFolder).journals.empty())
+            isSettled = settle((**rootFolder).journals);
         // While it cannot be listed, what was watched goes on to be.
-        const bool isKnown = *contents || contents->error() == ENOENT || contents->error() == ENOTDIR;
+        const bool isKnown = *rootFolder || rootFolder->error() == ENOENT || rootFolder->error() == ENOTDIR;
         if (watcher_ && (isKnown || !wasRead_))
-            coverage_ = watcher_->watch(*contents ? (**contents).collections : std::vector<QByteArray>());
+            coverage_ = watcher_->watch(*rootFolder ? (**rootFolder).collections : std::vector<QByteArray>());
     }
-    Updated updated = updateLibrary(library, root_, contents, changes, local, isEnding_);
+    Updated updated = updateContents(contents, root_, rootFolder, changes, local, isEnding_);
     unread_ = std::move(updated.unread);
     unread_.collections = unread_.collections || !isSettled;
     // The observer may be gone before the folder is compared.
     const auto notice =
         wasRead_ && coverage_ == Coverage::limited ? std::optional(unwatchedNotice()) : std::nullopt;
     wasRead_ = true;
-    return std::exchange(library.notice, notice) != notice || updated.changed;
+    return std::exchange(contents.notice, notice) != notice || updated.changed;
 }
 
 bool VdirStorage::readsOnlyFilesNamed(const items::Changes& changes) const {

@@ -3,7 +3,6 @@
 #include "eventkit/items/ItemStorage.h"
 #include "eventkit/items/Journal.h"
 #include "eventkit/vdir/FolderWatcher.h"
-#include "eventkit/vdir/VdirLibrary.h"
 #include "foundation/FileLock.h"
 
 #include <sys/types.h>
@@ -30,7 +29,7 @@ class VdirStorage : public items::ItemStorage {
 
     /// Creates the folder where it is missing.
     [[nodiscard]] std::optional<EKError> open() override;
-    [[nodiscard]] bool update(items::Library& library, const items::Changes& changes,
+    [[nodiscard]] bool update(items::StorageContents& contents, const items::Changes& changes,
                               const TimeZone& local) override;
     [[nodiscard]] bool readsOnlyFilesNamed(const items::Changes& changes) const override;
     [[nodiscard]] std::optional<ScheduledCheck> recheck() const override;
@@ -49,7 +48,7 @@ class VdirStorage : public items::ItemStorage {
     lock(const std::vector<QByteArray>& collections) override;
     [[nodiscard]] items::StorageHold beginTwoSteps(const items::FileLocation& changed, const QByteArray& text,
                                                    items::SecondStep step) override;
-    [[nodiscard]] tl::expected<QByteArray, EKError> saveCollection(const items::Library& library,
+    [[nodiscard]] tl::expected<QByteArray, EKError> saveCollection(const items::StorageContents& contents,
                                                                    const EKCalendar& calendar) override;
 
   private:

@@ -1,4 +1,4 @@
-#include "eventkit/items/ItemLibrary.h"
+#include "eventkit/items/StorageContents.h"
 
 #include "eventkit/icalendar/Todo.h"
 
@@ -25,13 +25,13 @@ constexpr std::array<Color, 10> palette{{{0x4C, 0x9F, 0xFF},
 
 }  // namespace
 
-Color unusedColor(const Library& library) {
+Color unusedColor(const StorageContents& contents) {
     const auto isUsed = [&](const Color& color) {
-        return std::any_of(library.collections.begin(), library.collections.end(),
+        return std::any_of(contents.collections.begin(), contents.collections.end(),
                            [&](const auto& collection) { return collection.second.color == color; });
     };
     const auto found = std::find_if_not(palette.begin(), palette.end(), isUsed);
-    return found != palette.end() ? *found : palette[library.collections.size() % palette.size()];
+    return found != palette.end() ? *found : palette[contents.collections.size() % palette.size()];
 }
 
 void Changes::add(const Changes& other) {

@@ -1,21 +1,15 @@
-#include "eventkit/vdir/VdirLibrary.h"
+#include "eventkit/vdir/VdirReading.h"
 
-#include "eventkit/items/Journal.h"
-#include "foundation/AtomicFile.h"
 #include "foundation/FileDescriptor.h"
 
 #include <QFile>
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <future>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -24,94 +18,16 @@ namespace kestrant::vdir {
 using items::Changes;
 using items::Collection;
 using items::ItemFile;
-using items::Library;
+using items::StorageContents;
 using items::unreadable;
 
 namespace {
 
-/// A larger file holds no single reminder or event.
-constexpr qint64 sizeLimit = 10LL * 1024 * 1024;
 /// Below this many files a second thread costs more than it saves.
 constexpr std::size_t filesPerThread = 200;
 
 /// More files than this are not read to the end when the program ends.
 constexpr std::size_t filesReadAtTheEnd = 200;
-
-FileDescriptor openFolder(const QByteArray& path) {
-    return FileDescriptor(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-}
-
-FileStamp stampFrom(const struct stat& status) {
-    return {status.st_mtim.tv_sec * 1'000'000'000LL + status.st_mtim.tv_nsec, status.st_ino, status.st_size};
-}
-
-std::optional<FileStamp> stampAt(int folder, const QByteArray& name) {
-    struct stat status {};
-    if (::fstatat(folder, name.constData(), &status, 0) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    return stampFrom(status);
-}
-
-tl::expected<OpenedFile, int> openFileAt(int folder, const QByteArray& name) {
-    // Opened without blocking, because the name may be a pipe's.
-    const FileDescriptor descriptor(::openat(folder, name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat status {};
-    if (!descriptor.isOpen() || ::fstat(descriptor.get(), &status) != 0)
-        return tl::unexpected(errno);
-    if (!S_ISREG(status.st_mode))
-        return tl::unexpected(EISDIR);
-    if (status.st_size > sizeLimit)
-        return tl::unexpected(EFBIG);
-    OpenedFile result{stampFrom(status), QByteArray(status.st_size, Qt::Uninitialized)};
-    qsizetype filled = 0;
-    while (filled < result.text.size()) {
-        const ssize_t count = ::read(descriptor.get(), result.text.data() + filled,
-                                     static_cast<std::size_t>(result.text.size() - filled));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return tl::unexpected(errno);
-        if (count == 0)
-            break;
-        filled += count;
-    }
-    result.text.truncate(filled);
-    return result;
-}
-
-TextPair systemReason(int errorNumber) {
-    if (errorNumber == EFBIG)
-        return text("it is too large", "il est trop volumineux");
-    if (errorNumber == EACCES)
-        return text("permission denied", "permission refusée");
-    const QString description = QString::fromStdString(std::generic_category().message(errorNumber));
-    return {description, description};
-}
-
-/// The names in a folder, without those of temporary files; what killed writers have left is removed.
-tl::expected<std::vector<QByteArray>, int> entriesOf(int folder, const QByteArray& path) {
-    FileDescriptor copy(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const std::unique_ptr<DIR, int (*)(DIR*)> stream(copy.isOpen() ? ::fdopendir(copy.get()) : nullptr,
-                                                     ::closedir);
-    if (!stream)
-        return tl::unexpected(errno);
-    (void)copy.release();
-    std::vector<QByteArray> result;
-    while (true) {
-        errno = 0;
-        const dirent* entry = ::readdir(stream.get());  // NOLINT(concurrency-mt-unsafe): the stream is
-                                                        // this call's own
-        if (!entry && errno != 0)
-            return tl::unexpected(errno);
-        if (!entry)
-            return result;
-        QByteArray name(entry->d_name);
-        if (isTemporaryName(name))
-            removeIfAbandoned(QFile::decodeName(path + '/' + name));
-        else
-            result.push_back(std::move(name));
-    }
-}
 
 /// Whether an error may pass by itself. Others are told when they do, or need the file to be changed.
 bool mayPass(int errorNumber) {
@@ -205,18 +121,18 @@ struct Readings {
     }
 };
 
-/// One update of the library.
+/// One update of what is known from the disk.
 class Update {
   public:
-    Update(Library& library, const QByteArray& root, const Changes& changes, const TimeZone& local,
+    Update(StorageContents& contents, const QByteArray& root, const Changes& changes, const TimeZone& local,
            const std::atomic<bool>& isEnding)
-        : library_(library)
+        : contents_(contents)
         , root_(root)
         , changes_(changes)
         , local_(local)
         , isEnding_(isEnding) {}
 
-    void updateRoot(const tl::expected<RootContents, int>& contents);
+    void updateRoot(const tl::expected<RootFolder, int>& rootFolder);
     void updateCollections();
     [[nodiscard]] Updated result() && { return std::move(result_); }
 
@@ -225,7 +141,7 @@ class Update {
     void updateFiles(Collection& collection, Readings& readings, const std::vector<QByteArray>* present);
     void keepUnread(Collection& collection, const QByteArray& name, int errorNumber);
 
-    Library& library_;
+    StorageContents& contents_;
     const QByteArray& root_;
     const Changes& changes_;
     const TimeZone& local_;
@@ -233,26 +149,26 @@ class Update {
     Updated result_;
 };
 
-void Update::updateRoot(const tl::expected<RootContents, int>& contents) {
-    if (!contents) {
-        const TextPair problem = unreadable(QFile::decodeName(root_), systemReason(contents.error()));
-        result_.changed = library_.problem != problem;
-        library_.problem = problem;
-        if (contents.error() == ENOENT || contents.error() == ENOTDIR) {
+void Update::updateRoot(const tl::expected<RootFolder, int>& rootFolder) {
+    if (!rootFolder) {
+        const TextPair problem = unreadable(QFile::decodeName(root_), systemReason(rootFolder.error()));
+        result_.changed = contents_.problem != problem;
+        contents_.problem = problem;
+        if (rootFolder.error() == ENOENT || rootFolder.error() == ENOTDIR) {
             // A folder that does not exist has no items.
-            result_.changed = result_.changed || !library_.collections.empty();
-            library_.collections.clear();
-        } else if (mayPass(contents.error())) {
+            result_.changed = result_.changed || !contents_.collections.empty();
+            contents_.collections.clear();
+        } else if (mayPass(rootFolder.error())) {
             result_.unread.everything = true;
         }
         return;
     }
-    result_.changed = std::exchange(library_.problem, std::nullopt).has_value();
-    const std::set<QByteArray> names(contents->collections.begin(), contents->collections.end());
+    result_.changed = std::exchange(contents_.problem, std::nullopt).has_value();
+    const std::set<QByteArray> names(rootFolder->collections.begin(), rootFolder->collections.end());
     const auto isGone = [&](const auto& collection) { return !names.contains(collection.first); };
-    result_.changed = std::erase_if(library_.collections, isGone) > 0 || result_.changed;
+    result_.changed = std::erase_if(contents_.collections, isGone) > 0 || result_.changed;
     for (const QByteArray& name : names) {
-        if (!library_.collections.contains(name)) {
+        if (!contents_.collections.contains(name)) {
             updateCollection(name, {}, true);
             result_.changed = true;
         } else if (changes_.everything) {
@@ -265,15 +181,15 @@ void Update::updateRoot(const tl::expected<RootContents, int>& contents) {
 
 void Update::updateCollections() {
     for (const auto& [name, named] : changes_.files) {
-        const bool isNew = !library_.collections.contains(name);
+        const bool isNew = !contents_.collections.contains(name);
         updateCollection(name, named, isNew || named.empty() || named.contains(QByteArray()));
-        result_.changed = result_.changed || isNew == library_.collections.contains(name);
+        result_.changed = result_.changed || isNew == contents_.collections.contains(name);
     }
 }
 
 void Update::keepUnread(Collection& collection, const QByteArray& name, int errorNumber) {
     if (errorNumber == ENOENT || errorNumber == ENOTDIR) {
-        library_.collections.erase(name);
+        contents_.collections.erase(name);
         return;
     }
     if (collection.title.isEmpty())
@@ -288,7 +204,7 @@ void Update::keepUnread(Collection& collection, const QByteArray& name, int erro
 }
 
 void Update::updateCollection(const QByteArray& name, const std::set<QByteArray>& named, bool isListed) {
-    Collection& collection = library_.collections[name];
+    Collection& collection = contents_.collections[name];
     const QByteArray path = root_ + '/' + name;
     const FileDescriptor folder = openFolder(path);
     if (!folder.isOpen())
@@ -359,57 +275,15 @@ void Update::updateFiles(Collection& collection, Readings& readings, const std::
 
 }  // namespace
 
-bool isItemName(const QByteArray& name) {
-    return name.endsWith(".ics") && !name.startsWith('.') && name.size() > 4;
-}
-
-bool isMetadataName(const QByteArray& name) {
-    return name == "displayname" || name == "color" || name == "order";
-}
-
-tl::expected<RootContents, int> readRoot(const QByteArray& root) {
-    const FileDescriptor folder = openFolder(root);
-    if (!folder.isOpen())
-        return tl::unexpected(errno);
-    auto entries = entriesOf(folder.get(), root);
-    if (!entries)
-        return tl::unexpected(entries.error());
-    RootContents result;
-    for (QByteArray& name : *entries) {
-        if (items::isJournalName(name)) {
-            result.journals.push_back(std::move(name));
-            continue;
-        }
-        if (name.startsWith('.') || name.isEmpty())
-            continue;
-        struct stat status {};
-        if (::fstatat(folder.get(), name.constData(), &status, 0) != 0) {
-            if (errno != ENOENT && errno != ELOOP)
-                return tl::unexpected(errno);
-        } else if (S_ISDIR(status.st_mode)) {
-            result.collections.push_back(std::move(name));
-        }
-    }
-    return result;
-}
-
-Updated updateLibrary(Library& library, const QByteArray& root,
-                      const std::optional<tl::expected<RootContents, int>>& contents, const Changes& changes,
-                      const TimeZone& local, const std::atomic<bool>& isEnding) {
-    Update update(library, root, changes, local, isEnding);
-    if (contents)
-        update.updateRoot(*contents);
+Updated updateContents(StorageContents& contents, const QByteArray& root,
+                       const std::optional<tl::expected<RootFolder, int>>& rootFolder, const Changes& changes,
+                       const TimeZone& local, const std::atomic<bool>& isEnding) {
+    Update update(contents, root, changes, local, isEnding);
+    if (rootFolder)
+        update.updateRoot(*rootFolder);
     if (!changes.everything)
         update.updateCollections();
     return std::move(update).result();
-}
-
-tl::expected<OpenedFile, int> openFile(const QByteArray& path) {
-    return openFileAt(AT_FDCWD, path);
-}
-
-std::optional<FileStamp> stampOf(const QByteArray& path) {
-    return stampAt(AT_FDCWD, path);
 }
 
 }  // namespace kestrant::vdir

@@ -47,8 +47,8 @@ struct Collection {
     std::map<QByteArray, ItemFile> files;
 };
 
-/// Everything that is kept. Names are the storage's own.
-struct Library {
+/// What a storage holds, as it was read last. Names are the storage's own.
+struct StorageContents {
     std::map<QByteArray, Collection> collections;
     /// The collections for what is new; where there is none, the first one that
     /// can be changed.
@@ -94,7 +94,7 @@ class ItemReader {
 };
 
 /// A colour for a new collection: one that none of the others has, as long as there are any.
-[[nodiscard]] Color unusedColor(const Library& library);
+[[nodiscard]] Color unusedColor(const StorageContents& contents);
 
 /// Whether two states of a file show the same.
 [[nodiscard]] bool sameContent(const ItemFile& a, const ItemFile& b);
