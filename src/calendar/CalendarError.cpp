@@ -2,6 +2,11 @@
 
 namespace kestrant {
 
+CalendarError CalendarError::from(const EKError& error) {
+    const bool isUnknown = error.code == EKError::Code::outcomeUnknown;
+    return {isUnknown ? Code::outcomeUnknown : Code::database, error.message};
+}
+
 TextPair CalendarError::message() const {
     switch (code) {
     case Code::notAuthorized:
@@ -14,6 +19,7 @@ TextPair CalendarError::message() const {
         return text("The end must be after the start.", "La fin doit être après le début.");
     case Code::calendarUnavailable:
         return text("This calendar is no longer available.", "Ce calendrier n’est plus disponible.");
+    case Code::outcomeUnknown:
     case Code::database:
         break;
     }

@@ -7,7 +7,7 @@
 
 namespace kestrant {
 
-/// Why a change to the calendar did not happen. Nothing was written.
+/// Why a change to the calendar did not happen. Nothing was written, but for outcomeUnknown.
 struct CalendarError {
     enum class Code {
         /// The calendars may not be read or written (yet).
@@ -20,6 +20,8 @@ struct CalendarError {
         invalidDateRange,
         /// The chosen calendar was deleted, here or elsewhere.
         calendarUnavailable,
+        /// The database has not said in time whether it made the change; `underlying` is its own text.
+        outcomeUnknown,
         /// The database refused; `underlying` is its own text.
         database,
     };
@@ -27,7 +29,7 @@ struct CalendarError {
     Code code = Code::database;
     std::optional<TextPair> underlying;
 
-    [[nodiscard]] static CalendarError from(const EKError& error) { return {Code::database, error.message}; }
+    [[nodiscard]] static CalendarError from(const EKError& error);
 
     /// The sentence for the person.
     [[nodiscard]] TextPair message() const;

@@ -107,8 +107,10 @@ class CalendarStore : public QObject {
     /// The one of the calendars that the database puts new events into, else the first; absent when there is
     /// none.
     [[nodiscard]] std::optional<EKCalendar> defaultCalendar() const { return writer_.defaultCalendar(); }
-    void createEvent(const NewCalendarEvent& event, const Completion& completion) {
-        writer_.createEvent(event, completion);
+    /// `known` is called after a creation whose outcome was unknown at its completion, once it is known.
+    void createEvent(const NewCalendarEvent& event, const Completion& completion,
+                     const Completion& known = {}) {
+        writer_.createEvent(event, completion, known);
     }
     /// The initial content of an edit form.
     void loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion) {

@@ -76,18 +76,22 @@ void CalendarWriter::findEvent(const CalendarEventItem& row, Found done) {
 }
 
 void CalendarWriter::save(const EKEventRef& event, const char* notification,
-                          const RecordedEventChangeRef& recorded, const Completion& completion) {
-    services_.eventStore.save(event, EKSpan::thisEvent,
-                              [self = QPointer(this), notification, completion, recorded,
-                               identifier = event->data.calendarItemIdentifier](const Result& result) {
-                                  if (!self)
-                                      return;
-                                  self->recorder_.end(recorded, identifier, result);
-                                  if (result)
-                                      self->changed(notification, completion);
-                                  else if (completion)
-                                      completion(tl::unexpected(CalendarError::from(result.error())));
-                              });
+                          const RecordedEventChangeRef& recorded, const Completion& completion,
+                          const Completion& known) {
+    const auto tell = [self = QPointer(this), notification](const Completion& told, const Result& result) {
+        if (self && result)
+            self->changed(notification, told);
+        else if (self && told)
+            told(tl::unexpected(CalendarError::from(result.error())));
+    };
+    services_.eventStore.save(
+        event, EKSpan::thisEvent,
+        [self = QPointer(this), recorded, completion, known, tell](const Result& result) {
+            if (!self)
+                return;
+            self->recorder_.end(recorded, result, [tell, known](const Result& late) { tell(known, late); });
+            tell(completion, result);
+        });
 }
 
 void CalendarWriter::fail(const Completion& completion, const CalendarError& error) {
@@ -106,7 +110,7 @@ void CalendarWriter::changed(const char* notification, const Completion& complet
 
 void CalendarWriter::endRemoval(const CalendarEventItem& row, const RecordedEventChangeRef& recorded,
                                 const Completion& completion, const Result& result) {
-    recorder_.end(recorded, row.itemIdentifier, result);
+    recorder_.end(recorded, result);
     if (result || result.error().code == EKError::Code::itemNotFound)
         rowRemoved(row, completion);
     else if (completion)
@@ -149,7 +153,8 @@ std::optional<EKCalendar> CalendarWriter::defaultCalendar() const {
     return calendars.empty() ? std::nullopt : std::optional(calendars.front());
 }
 
-void CalendarWriter::createEvent(const NewCalendarEvent& event, const Completion& completion) {
+void CalendarWriter::createEvent(const NewCalendarEvent& event, const Completion& completion,
+                                 const Completion& known) {
     if (!loader_.isAuthorized())
         return fail(completion, {ErrorCode::notAuthorized});
     auto data = newEventData(event, services_.currentZone.zone());
@@ -166,7 +171,7 @@ void CalendarWriter::createEvent(const NewCalendarEvent& event, const Completion
     const auto recorded =
         recorder_.begin(text("Create event", "Créer l’événement"),
                         outcomeOf(text("“%1” added", "« %1 » ajouté"), created->data.title));
-    save(created, CalendarStore::eventCreatedNotification, recorded, completion);
+    save(created, CalendarStore::eventCreatedNotification, recorded, completion, known);
 }
 
 void CalendarWriter::loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion) {
@@ -195,7 +200,7 @@ void CalendarWriter::updateEvent(const CalendarEventItem& row, const CalendarEve
                         outcomeOf(text("“%1” changed", "« %1 » modifié"), valid->title, row));
     findEvent(row, [this, zone, valid = std::move(*valid), recorded, completion](const EKEventRef& event) {
         if (!event) {
-            recorder_.end(recorded, {}, tl::unexpected(itemNotFoundError()));
+            recorder_.end(recorded, tl::unexpected(itemNotFoundError()));
             fail(completion, {ErrorCode::itemNotFound});
             return;
         }

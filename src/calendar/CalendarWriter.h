@@ -37,7 +37,9 @@ class CalendarWriter : public QObject {
     [[nodiscard]] std::vector<EKCalendar> writableCalendars() const;
     [[nodiscard]] bool isWritable(const CalendarEventItem& row) const;
     [[nodiscard]] std::optional<EKCalendar> defaultCalendar() const;
-    void createEvent(const NewCalendarEvent& event, const Completion& completion);
+    /// `known` is called after a creation whose outcome was unknown at its completion, once it is known.
+    void createEvent(const NewCalendarEvent& event, const Completion& completion,
+                     const Completion& known = {});
     void loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion);
     void updateEvent(const CalendarEventItem& row, const CalendarEventEditDetails& details,
                      const Completion& completion);
@@ -55,7 +57,7 @@ class CalendarWriter : public QObject {
     /// Hands over the event behind a row on a later turn; null when there is none.
     void findEvent(const CalendarEventItem& row, Found done);
     void save(const EKEventRef& event, const char* notification, const RecordedEventChangeRef& recorded,
-              const Completion& completion);
+              const Completion& completion, const Completion& known = {});
     /// The end of every successful change.
     void changed(const char* notification, const Completion& completion);
     /// The end of a removal; one of an item that is gone already has succeeded.

@@ -25,20 +25,24 @@ RecordedEventChangeRef RecordedEventChanges::begin(const TextPair& title, const 
     return recorded;
 }
 
-void RecordedEventChanges::end(const RecordedEventChangeRef& recorded, const QString& identifier,
-                               const tl::expected<EKSaveResult, EKError>& result) {
-    if (!recorded->action)
-        return;
-    if (isUnknown(result) && !identifier.isEmpty()) {
-        services_.eventStore.awaitOutcome(identifier,
-                                          [self = QPointer(this), recorded, identifier](const Result& known) {
-                                              if (!self)
-                                                  return;
-                                              self->end(recorded, identifier, known);
-                                              Q_EMIT self->outdated();
-                                          });
+void RecordedEventChanges::end(const RecordedEventChangeRef& recorded, const Result& result,
+                               std::function<void(const Result& known)> whenKnown) {
+    if (isUnknown(result)) {
+        services_.eventStore.awaitOutcome(
+            result.error(),
+            [self = QPointer(this), recorded, whenKnown = std::move(whenKnown)](const Result& known) {
+                if (!self)
+                    return;
+                self->end(recorded, known);
+                if (whenKnown)
+                    whenKnown(known);
+                if (self)
+                    Q_EMIT self->outdated();
+            });
         return;
     }
+    if (!recorded->action)
+        return;
     if (result && result->change) {
         recorded->change = result->change;
         recorded->item = references_.to(result->calendarItemIdentifier);
@@ -54,14 +58,13 @@ void RecordedEventChanges::end(const RecordedEventChangeRef& recorded, const QSt
 }
 
 void RecordedEventChanges::replay(const RecordedEventChangeRef& recorded, const CalendarAction::Done& done) {
-    const QString identifier = recorded->item->identifier;
-    services_.eventStore.revert(recorded->change, identifier,
-                                [self = QPointer(this), recorded, identifier, done](const Result& result) {
+    services_.eventStore.revert(recorded->change, recorded->item->identifier,
+                                [self = QPointer(this), recorded, done](const Result& result) {
                                     if (!self)
                                         return;
                                     if (isUnknown(result))
                                         self->services_.eventStore.awaitOutcome(
-                                            identifier, [self, recorded, done](const Result& known) {
+                                            result.error(), [self, recorded, done](const Result& known) {
                                                 if (self)
                                                     self->endReplay(*recorded, known, done);
                                             });

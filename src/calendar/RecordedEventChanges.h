@@ -41,9 +41,11 @@ class RecordedEventChanges : public QObject {
 
     /// For a change that is about to be written.
     [[nodiscard]] RecordedEventChangeRef begin(const TextPair& title, const TextPair& outcome);
-    /// Records it, if it was written. `identifier` is the one it was asked for with.
-    void end(const RecordedEventChangeRef& recorded, const QString& identifier,
-             const tl::expected<EKSaveResult, EKError>& result);
+    using Result = tl::expected<EKSaveResult, EKError>;
+    /// Records it if it was written, at once or when that is known; `whenKnown`, which may be empty, is
+    /// called in the latter case.
+    void end(const RecordedEventChangeRef& recorded, const Result& result,
+             std::function<void(const Result& known)> whenKnown = {});
 
   Q_SIGNALS:
     /// A replay has changed the calendar.
@@ -52,7 +54,6 @@ class RecordedEventChanges : public QObject {
     void outdated();
 
   private:
-    using Result = tl::expected<EKSaveResult, EKError>;
     void replay(const RecordedEventChangeRef& recorded, const CalendarAction::Done& done);
     void endReplay(RecordedEventChange& recorded, const Result& result, const CalendarAction::Done& done);
 

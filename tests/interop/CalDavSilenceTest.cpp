@@ -91,15 +91,15 @@ TEST_F(CalDavSilence, LeavesOpenWhatBecomesOfAChangeUntilTheServerAnswers) {
 
     std::map<std::string, EKError::Code> told;
     std::map<std::string, EventStoreDriver::SaveAnswer> ended;
-    const auto tell = [&](const std::string& name, const QString& identifier) {
-        return [&, name, identifier](const EventStoreDriver::SaveAnswer& answer) {
+    const auto tell = [&](const std::string& name) {
+        return [&, name](const EventStoreDriver::SaveAnswer& answer) {
             ASSERT_FALSE(answer.has_value()) << name;
             told[name] = answer.error().code;
-            house.store.awaitOutcome(identifier, [&, name](const auto& known) { ended[name] = known; });
+            house.store.awaitOutcome(answer.error(), [&, name](const auto& known) { ended[name] = known; });
         };
     };
     const auto save = [&](const EKReminderRef& reminder, const std::string& name) {
-        house.store.save(reminder, tell(name, reminder->calendarItemIdentifier()));
+        house.store.save(reminder, tell(name));
     };
     server.pause();
     save(edited("edited", titled), "edit");
@@ -107,13 +107,13 @@ TEST_F(CalDavSilence, LeavesOpenWhatBecomesOfAChangeUntilTheServerAnswers) {
     save(edited("away", [&](EKReminderData& data) { data.calendarIdentifier = local; }), "move away");
     there->data.calendarIdentifier = target;
     save(there, "move there");
-    house.store.remove(house.store.calendarItem("removed"), tell("remove", "removed"));
+    house.store.remove(house.store.calendarItem("removed"), tell("remove"));
     const EKReminderRef made = std::make_shared<EKReminder>(house.store);
     made->data = aReminder("").titled("new").in(created);
     made->data.calendarItemIdentifier.clear();
     save(made, "create");
     house.store.saveAll({edited("flagged", flagged)},
-                        [&](const auto& answers) { tell("flag", "flagged")(answers.front()); });
+                        [&](const auto& answers) { tell("flag")(answers.front()); });
     house.awaitThat([&] { return told.size() == 7; });
     for (const auto& [name, code] : told)
         EXPECT_EQ(code, EKError::Code::outcomeUnknown) << name;
@@ -178,7 +178,8 @@ TEST_F(CalDavSilence, TellsWhatBecameOfAChangeOverWhichTheServerWentAway) {
                          if (answer || answer.error().code != EKError::Code::outcomeUnknown)
                              known = answer;
                          else
-                             house.store.awaitOutcome("bread", [&](const auto& outcome) { known = outcome; });
+                             house.store.awaitOutcome(answer.error(),
+                                                      [&](const auto& outcome) { known = outcome; });
                      });
     house.awaitThat([&] { return !house.store.problems().empty(); });
     // Either outcome is right: the process may read the request before it ends.

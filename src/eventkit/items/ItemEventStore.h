@@ -38,7 +38,7 @@ class ItemEventStore : public EKEventStore {
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
     void revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                 SaveCompletion completion) override;
-    void awaitOutcome(const QString& identifier, SaveCompletion completion) override;
+    void awaitOutcome(const EKError& unknown, SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;
     [[nodiscard]] EKEventRef event(const QString& withIdentifier) override;
     void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) override;
@@ -70,6 +70,8 @@ class ItemEventStore : public EKEventStore {
     struct Subject {
         QString identifier;
         QString title;
+        /// The number of the change.
+        std::uint64_t change = 0;
     };
     /// The queue for changes that concern these lists.
     [[nodiscard]] QByteArray queueFor(const std::vector<Subject>& subjects, const QString& from,
@@ -102,6 +104,7 @@ class ItemEventStore : public EKEventStore {
     /// The reason why changes have not reached a server yet.
     std::optional<TextPair> unsent_;
     std::vector<std::shared_ptr<Operation>> operations_;
+    std::uint64_t lastChange_ = 0;
     Changes pendingChanges_;
     ScheduledTask readTask_;
     ScheduledTask recheckTask_;

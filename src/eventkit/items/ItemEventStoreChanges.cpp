@@ -39,14 +39,14 @@ struct ItemEventStore::Operation {
 
     // On the main thread.
 
-    /// Ends it for whoever asked, with an error made of each title.
-    std::function<void(const std::function<EKError(const QString& title)>& error)> fail;
+    /// Ends it for whoever asked, with an error for each subject.
+    std::function<void(const std::function<EKError(const Subject& subject)>& error)> fail;
     /// The sentence, once whoever asked has been told that nobody knows what becomes of it; and the title of
     /// the list that does not answer.
     std::optional<TextPair> unknown;
     QString silentList;
     struct Waiter {
-        QString identifier;
+        std::uint64_t change;
         SaveCompletion completion;
     };
     std::vector<Waiter> waiters;
@@ -57,22 +57,24 @@ struct ItemEventStore::Operation {
         return state.compare_exchange_strong(expected, next);
     }
     [[nodiscard]] bool isAbout(const QString& identifier) const {
-        return std::any_of(subjects.begin(), subjects.end(),
-                           [&](const Subject& subject) { return subject.identifier == identifier; });
+        return std::ranges::find(subjects, identifier, &Subject::identifier) != subjects.end();
+    }
+    [[nodiscard]] bool has(std::uint64_t change) const {
+        return std::ranges::find(subjects, change, &Subject::change) != subjects.end();
     }
 
     // The answers that operations have, and those for one of their subjects.
 
     static void failWith(SaveAnswer& answer, const std::vector<Subject>& subjects, const auto& error) {
-        answer = tl::unexpected(error(subjects.front().title));
+        answer = tl::unexpected(error(subjects.front()));
     }
     static void failWith(tl::expected<EKCalendar, EKError>& answer, const std::vector<Subject>& subjects,
                          const auto& error) {
-        answer = tl::unexpected(error(subjects.front().title));
+        answer = tl::unexpected(error(subjects.front()));
     }
     static void failWith(SaveAnswers& answers, const std::vector<Subject>& subjects, const auto& error) {
         for (const Subject& subject : subjects)
-            answers.push_back(tl::unexpected(error(subject.title)));
+            answers.push_back(tl::unexpected(error(subject)));
     }
     void tellWaiters(const SaveAnswer& answer) {
         for (const Waiter& waiter : std::exchange(waiters, {}))
@@ -82,7 +84,7 @@ struct ItemEventStore::Operation {
     void tellWaiters(const SaveAnswers& answers) {
         for (const Waiter& waiter : std::exchange(waiters, {})) {
             for (std::size_t i = 0; i < answers.size(); ++i) {
-                if (subjects[i].identifier == waiter.identifier) {
+                if (subjects[i].change == waiter.change) {
                     waiter.completion(answers[i]);
                     break;
                 }
@@ -112,6 +114,8 @@ void ItemEventStore::execute(const QByteArray& queue, std::vector<Subject> subje
     const auto operation = std::make_shared<Operation>();
     operation->queue = queue;
     operation->subjects = std::move(subjects);
+    for (Subject& subject : operation->subjects)
+        subject.change = ++lastChange_;
     operation->fail = [weak = std::weak_ptr(operation), completion](const auto& error) {
         Result answer;
         Operation::failWith(answer, weak.lock()->subjects, error);
@@ -121,7 +125,7 @@ void ItemEventStore::execute(const QByteArray& queue, std::vector<Subject> subje
     if (const auto stuck = std::find_if(operations_.begin(), operations_.end(), isStuck);
         stuck != operations_.end()) {
         onMain([operation, list = (*stuck)->silentList] {
-            operation->fail([&](const QString&) { return noAnswerError(list); });
+            operation->fail([&](const Subject&) { return noAnswerError(list); });
         });
         return;
     }
@@ -155,25 +159,29 @@ void ItemEventStore::operationsOverdue(const QByteArray& queue, const QString& l
             continue;
         if (operation->becomes(Operation::State::dropped)) {
             std::erase(operations_, operation);
-            operation->fail([&](const QString&) { return noAnswerError(list); });
+            operation->fail([&](const Subject&) { return noAnswerError(list); });
             continue;
         }
-        const auto unknown = [&](const QString& title) { return outcomeUnknownError(title, list); };
-        operation->unknown = unknown(operation->subjects.front().title).message;
+        const auto unknown = [&](const Subject& subject) {
+            EKError error = outcomeUnknownError(subject.title, list);
+            error.change = subject.change;
+            return error;
+        };
+        operation->unknown = unknown(operation->subjects.front()).message;
         operation->silentList = list;
         operation->fail(unknown);
     }
     observers_.notify();
 }
 
-void ItemEventStore::awaitOutcome(const QString& identifier, SaveCompletion completion) {
+void ItemEventStore::awaitOutcome(const EKError& unknown, SaveCompletion completion) {
     const auto found = std::find_if(operations_.begin(), operations_.end(), [&](const auto& operation) {
-        return operation->unknown && operation->isAbout(identifier);
+        return operation->unknown && operation->has(unknown.change);
     });
     if (found == operations_.end())
         onMain([completion = std::move(completion)] { completion(tl::unexpected(itemNotFoundError())); });
     else
-        (*found)->waiters.push_back({identifier, std::move(completion)});
+        (*found)->waiters.push_back({unknown.change, std::move(completion)});
 }
 
 std::vector<TextPair> ItemEventStore::problems() const {

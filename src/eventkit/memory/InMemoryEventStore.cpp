@@ -112,14 +112,14 @@ std::optional<EKError> InMemoryEventStore::failure(Operation operation) const {
     return std::nullopt;
 }
 
-void InMemoryEventStore::attempt(Operation operation, const QString& reminder,
-                                 const SaveCompletion& completion, const Operate& change) {
-    if (!isAnswering_ && !reminder.isEmpty()) {
-        const auto present = this->reminder(reminder);
-        const EKError unknown = outcomeUnknownError(present ? present->title : reminder, {});
-        undecided_.push_back({reminder, [this, operation, reminder, change](const SaveCompletion& told) {
-                                  attempt(operation, reminder, told, change);
-                              }});
+void InMemoryEventStore::attempt(Operation operation, const QString& title, const SaveCompletion& completion,
+                                 const Operate& change) {
+    if (!isAnswering_) {
+        EKError unknown = outcomeUnknownError(title, {});
+        unknown.change = ++lastChange_;
+        undecided_[unknown.change].change = [this, operation, title, change](const SaveCompletion& told) {
+            attempt(operation, title, told, change);
+        };
         onMain([completion, unknown] { completion(tl::unexpected(unknown)); });
     } else if (const auto error = failure(operation)) {
         onMain([completion, error] { completion(tl::unexpected(*error)); });
@@ -132,15 +132,10 @@ void InMemoryEventStore::setAnswering(bool answers) {
     isAnswering_ = answers;
     if (!answers)
         return;
-    for (const Undecided& each : std::exchange(undecided_, {})) {
-        each.change([this, identifier = each.identifier](const auto& result) {
-            const auto waiters = std::exchange(outcomeWaiters_, {});
-            for (const auto& waiter : waiters) {
-                if (waiter.first == identifier)
-                    waiter.second(result);
-                else
-                    outcomeWaiters_.push_back(waiter);
-            }
+    for (const auto& [number, undecided] : std::exchange(undecided_, {})) {
+        undecided.change([waiters = undecided.waiters](const auto& result) {
+            for (const SaveCompletion& waiter : waiters)
+                waiter(result);
         });
     }
 }
@@ -149,8 +144,9 @@ void InMemoryEventStore::setKeepsIdentifiers(bool keeps) {
     files().setKeepsUids(keeps);
 }
 
-void InMemoryEventStore::awaitOutcome(const QString& identifier, SaveCompletion completion) {
-    outcomeWaiters_.emplace_back(identifier, std::move(completion));
+void InMemoryEventStore::awaitOutcome(const EKError& unknown, SaveCompletion completion) {
+    if (const auto undecided = undecided_.find(unknown.change); undecided != undecided_.end())
+        undecided->second.waiters.push_back(std::move(completion));
 }
 
 void InMemoryEventStore::saveAll(const std::vector<EKReminderRef>& reminders, SaveAllCompletion completion) {
@@ -166,7 +162,7 @@ void InMemoryEventStore::saveAll(const std::vector<EKReminderRef>& reminders, Sa
                   std::move(completion)});
     for (std::size_t i = 0; i < reminders.size(); ++i) {
         attempt(
-            Operation::save, reminders[i]->calendarItemIdentifier(),
+            Operation::save, reminders[i]->data.title,
             [gathering, i](auto result) {
                 gathering->results[i] = std::move(result);
                 if (--gathering->missing == 0)
@@ -179,25 +175,26 @@ void InMemoryEventStore::saveAll(const std::vector<EKReminderRef>& reminders, Sa
 }
 
 void InMemoryEventStore::remove(const EKReminderRef& reminder, SaveCompletion completion) {
-    attempt(Operation::remove, reminder->calendarItemIdentifier(), completion,
+    attempt(Operation::remove, reminder->data.title, completion,
             [this, reminder](const SaveCompletion& told) { ItemEventStore::remove(reminder, told); });
 }
 
 void InMemoryEventStore::revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                                 SaveCompletion completion) {
-    attempt(Operation::revert, identifier, completion,
+    const auto present = reminder(identifier);
+    attempt(Operation::revert, present ? present->title : identifier, completion,
             [this, change, identifier](const SaveCompletion& told) {
                 ItemEventStore::revert(change, identifier, told);
             });
 }
 
 void InMemoryEventStore::save(const EKEventRef& event, EKSpan span, SaveCompletion completion) {
-    attempt(Operation::save, {}, completion,
+    attempt(Operation::save, event->data.title, completion,
             [this, event, span](const SaveCompletion& told) { ItemEventStore::save(event, span, told); });
 }
 
 void InMemoryEventStore::remove(const EKEventRef& event, EKSpan span, SaveCompletion completion) {
-    attempt(Operation::remove, {}, completion,
+    attempt(Operation::remove, event->data.title, completion,
             [this, event, span](const SaveCompletion& told) { ItemEventStore::remove(event, span, told); });
 }
 

@@ -34,7 +34,7 @@ class InMemoryEventStore : public items::ItemEventStore {
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
     void revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                 SaveCompletion completion) override;
-    void awaitOutcome(const QString& identifier, SaveCompletion completion) override;
+    void awaitOutcome(const EKError& unknown, SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;
     void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) override;
     using ItemEventStore::save;
@@ -49,7 +49,7 @@ class InMemoryEventStore : public items::ItemEventStore {
     void setAuthorizationStatus(EKAuthorizationStatus status);
     /// Every later operation of this kind fails with the error, until it is set to nothing.
     void setFailure(Operation operation, std::optional<EKError> error);
-    /// While the database does not answer, changes of reminders end with outcomeUnknown; they are carried out
+    /// While the database does not answer, changes of items end with outcomeUnknown; they are carried out
     /// when it answers again.
     void setAnswering(bool answers);
     /// Whether items that come back keep their identifiers, as files do; some services give new ones.
@@ -80,8 +80,8 @@ class InMemoryEventStore : public items::ItemEventStore {
   private:
     using Operate = std::function<void(const SaveCompletion& completion)>;
     [[nodiscard]] std::optional<EKError> failure(Operation operation) const;
-    /// Carries a change out, unless it is to fail or, for a reminder's, the database does not answer.
-    void attempt(Operation operation, const QString& reminder, const SaveCompletion& completion,
+    /// Carries a change out, unless it is to fail or the database does not answer.
+    void attempt(Operation operation, const QString& title, const SaveCompletion& completion,
                  const Operate& change);
     void requestAccess(AccessCompletion completion);
     [[nodiscard]] items::MemoryStorage& files();
@@ -96,12 +96,12 @@ class InMemoryEventStore : public items::ItemEventStore {
     std::vector<TextPair> problems_;
     bool isAnswering_ = true;
     struct Undecided {
-        QString identifier;
         Operate change;
+        std::vector<SaveCompletion> waiters;
     };
-    /// Changes that nobody knows the outcome of, and who waits for it.
-    std::vector<Undecided> undecided_;
-    std::vector<std::pair<QString, SaveCompletion>> outcomeWaiters_;
+    /// Changes that nobody knows the outcome of, by their numbers.
+    std::map<std::uint64_t, Undecided> undecided_;
+    std::uint64_t lastChange_ = 0;
 };
 
 }  // namespace kestrant

@@ -142,10 +142,9 @@ class EKEventStore {
     virtual void revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                         SaveCompletion completion) = 0;
 
-    /// After a change of the reminder that ended with outcomeUnknown, to be asked in its completion: answers
-    /// as that change would have, once it is known what became of it. That takes until the source answers
-    /// again.
-    virtual void awaitOutcome(const QString& identifier, SaveCompletion completion) = 0;
+    /// To be asked in the completion of a change that ended with outcomeUnknown, with that error: answers as
+    /// the change would have, once it is known what became of it. That takes until the source answers again.
+    virtual void awaitOutcome(const EKError& unknown, SaveCompletion completion) = 0;
 
     [[nodiscard]] static EKEventPredicate predicateForEvents(Instant start, Instant end,
                                                              std::optional<std::vector<QString>> calendars);

@@ -56,6 +56,8 @@ struct EKError {
     Code code = Code::storage;
     /// The database's own sentence for the person, in both languages, detail included.
     TextPair message;
+    /// With outcomeUnknown, the number of the change.
+    std::uint64_t change = 0;
 };
 
 struct EKStructuredLocation {

@@ -76,8 +76,8 @@ void EventStoreSwitch::revert(const std::shared_ptr<const EKItemChange>& change,
     store_->revert(change, identifier, std::move(completion));
 }
 
-void EventStoreSwitch::awaitOutcome(const QString& identifier, SaveCompletion completion) {
-    store_->awaitOutcome(identifier, std::move(completion));
+void EventStoreSwitch::awaitOutcome(const EKError& unknown, SaveCompletion completion) {
+    store_->awaitOutcome(unknown, std::move(completion));
 }
 
 void EventStoreSwitch::events(const EKEventPredicate& matching, EventsCompletion completion) {

@@ -40,7 +40,7 @@ class EventStoreSwitch final : public EKEventStore {
     void remove(const EKReminderRef& reminder, SaveCompletion completion) override;
     void revert(const std::shared_ptr<const EKItemChange>& change, const QString& identifier,
                 SaveCompletion completion) override;
-    void awaitOutcome(const QString& identifier, SaveCompletion completion) override;
+    void awaitOutcome(const EKError& unknown, SaveCompletion completion) override;
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;
     [[nodiscard]] EKEventRef event(const QString& withIdentifier) override;
     void save(const EKEventRef& event, EKSpan span, SaveCompletion completion) override;

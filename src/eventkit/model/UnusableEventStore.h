@@ -40,7 +40,7 @@ class UnusableEventStore final : public EKEventStore {
                 SaveCompletion completion) override {
         refuse(std::move(completion));
     }
-    void awaitOutcome(const QString&, SaveCompletion completion) override { refuse(std::move(completion)); }
+    void awaitOutcome(const EKError&, SaveCompletion completion) override { refuse(std::move(completion)); }
     void events(const EKEventPredicate& matching, EventsCompletion completion) override;
     [[nodiscard]] EKEventRef event(const QString&) override { return nullptr; }
     void save(const EKEventRef&, EKSpan, SaveCompletion completion) override {

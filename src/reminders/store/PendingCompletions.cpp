@@ -166,7 +166,7 @@ void PendingCompletions::saved(const QString& id, const EKReminderRef& reminder,
     if (isUnknown) {
         recorder_.leaveOpen(recorded, result.error());
         services_.eventStore.awaitOutcome(
-            id, [self = QPointer(this), id, reminder, recorded](const Result& known) {
+            result.error(), [self = QPointer(this), id, reminder, recorded](const Result& known) {
                 if (!self)
                     return;
                 self->work_.begin();

@@ -105,19 +105,17 @@ void RecordedChanges::end(const RecordedChangeRef& recorded, const Result& resul
         services_.history->endAction(*action, result ? End::succeeded : End::failed);
 }
 
-void RecordedChanges::endOnceKnown(const RecordedChangeRef& recorded, const QString& id,
-                                   const tl::expected<EKSaveResult, EKError>& result) {
+void RecordedChanges::whenKnown(const Result& result, std::function<void(const Result& known)> end) {
     if (!isUnknown(result))
-        return end(recorded, result);
-    services_.eventStore.awaitOutcome(
-        id, [self = QPointer(this), recorded](const tl::expected<EKSaveResult, EKError>& known) {
-            if (!self)
-                return;
-            self->end(recorded, known);
-            if (known && recorded->kind == Kind::removal)
-                self->reconciler_.note(known->calendarItemIdentifier, ReminderCompletionState::deleted());
-            Q_EMIT self->changed();
-        });
+        return end(result);
+    services_.eventStore.awaitOutcome(result.error(),
+                                      [self = QPointer(this), end = std::move(end)](const Result& known) {
+                                          if (!self)
+                                              return;
+                                          end(known);
+                                          if (self)
+                                              Q_EMIT self->changed();
+                                      });
 }
 
 void RecordedChanges::leaveOpen(const RecordedChangeRef& recorded, const EKError& unknown) {
@@ -144,20 +142,19 @@ void RecordedChanges::replay(const RecordedChangeRef& recorded, const Done& done
     if (!recorded->change)
         return done({});
     work_.begin();
-    const QString id = recorded->reminder->identifier;
-    services_.eventStore.revert(
-        recorded->change, id, [self = QPointer(this), recorded, id, done](const Result& result) {
-            if (!self)
-                return;
-            if (isUnknown(result))
-                self->services_.eventStore.awaitOutcome(id, [self, recorded, done](const Result& known) {
-                    if (self)
-                        self->endReplay(recorded, known, done);
-                });
-            self->endReplay(recorded, result, done);
-            if (self)
-                self->work_.end();
-        });
+    services_.eventStore.revert(recorded->change, recorded->reminder->identifier,
+                                [self = QPointer(this), recorded, done](const Result& result) {
+                                    if (!self)
+                                        return;
+                                    const auto end = [self, recorded, done](const Result& known) {
+                                        self->endReplay(recorded, known, done);
+                                    };
+                                    if (isUnknown(result))
+                                        end(result);
+                                    self->whenKnown(result, end);
+                                    if (self)
+                                        self->work_.end();
+                                });
 }
 
 void RecordedChanges::endReplay(const RecordedChangeRef& recorded, const Result& result, const Done& done) {

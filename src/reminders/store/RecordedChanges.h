@@ -79,9 +79,10 @@ class RecordedChanges : public QObject {
                                                  const OperationOf& redo);
     /// The change that was written, or the reason why none was.
     void end(const RecordedChangeRef& recorded, const tl::expected<EKSaveResult, EKError>& result);
-    /// Ends it at once, or when it is known what became of the change.
-    void endOnceKnown(const RecordedChangeRef& recorded, const QString& id,
-                      const tl::expected<EKSaveResult, EKError>& result);
+    using Result = tl::expected<EKSaveResult, EKError>;
+    /// Calls `end` at once with the result of a change, or where that is unknown when it is known what became
+    /// of it. Then changed() follows.
+    void whenKnown(const Result& result, std::function<void(const Result& known)> end);
     /// Nobody knows yet what becomes of it.
     void leaveOpen(const RecordedChangeRef& recorded, const EKError& unknown);
     /// The change did not happen after all.
@@ -97,7 +98,6 @@ class RecordedChanges : public QObject {
     void cameBack(const QString& id);
 
   private:
-    using Result = tl::expected<EKSaveResult, EKError>;
     [[nodiscard]] RecordedChangeRef make(RecordedChange::Kind kind, const QString& id) const;
     [[nodiscard]] ReminderActionHistory::Operation replayOf(const RecordedChangeRef& recorded);
     void endReplay(const RecordedChangeRef& recorded, const Result& result,

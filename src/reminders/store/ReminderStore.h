@@ -132,9 +132,10 @@ class ReminderStore : public QObject {
 
     // Changes
 
-    /// On success the completion is given the new reminder's id, and the card is revealed.
-    void create(const NewReminder& reminder, CreationCompletion completion) {
-        writer_.create(reminder, std::move(completion));
+    /// On success the completion is given the new reminder's id, and the card is revealed. `known` is called
+    /// after a creation whose outcome was unknown at its completion, once it is known.
+    void create(const NewReminder& reminder, CreationCompletion completion, CreationCompletion known = {}) {
+        writer_.create(reminder, std::move(completion), std::move(known));
     }
     /// The initial content of an edit form; absent when the reminder is gone.
     [[nodiscard]] std::optional<ReminderEditDetails> editDetails(const QString& id) const {

@@ -34,6 +34,14 @@ tl::expected<void, ReminderStoreError> outcome(const tl::expected<EKSaveResult, 
     return {};
 }
 
+void tell(const ReminderWriter::CreationCompletion& completion,
+          const tl::expected<EKSaveResult, EKError>& result) {
+    if (completion && result)
+        completion(result->calendarItemIdentifier);
+    else if (completion)
+        completion(tl::unexpected(ReminderStoreError::from(result.error())));
+}
+
 /// The title that an edit writes: trimmed, unless it is unchanged.
 tl::expected<QString, ReminderStoreError> titleToWrite(const QString& wanted, const QString& present) {
     if (wanted.trimmed().isEmpty())
@@ -61,7 +69,8 @@ ReminderWriter::ReminderWriter(const ReminderStoreServices& services, ReminderLo
     , reconciler_(reconciler)
     , work_(work) {}
 
-void ReminderWriter::create(const NewReminder& reminder, CreationCompletion completion) {
+void ReminderWriter::create(const NewReminder& reminder, CreationCompletion completion,
+                            CreationCompletion known) {
     const auto refuse = [&](Code code) {
         services_.scheduler.post([self = QPointer(this), completion = std::move(completion), code] {
             if (self && completion)
@@ -77,7 +86,7 @@ void ReminderWriter::create(const NewReminder& reminder, CreationCompletion comp
     if (!wanted.dueDate && (wanted.rule || wanted.repeat != ReminderRepeat::none))
         return refuse(Code::repeatRequiresDueDate);
     if (!wanted.newListTitle.isEmpty())
-        return makeNamedList(wanted, std::move(completion));
+        return makeNamedList(wanted, {std::move(completion), std::move(known)});
     const auto& selected = loader_.selectedListID();
     const bool selectedExists = selected && services_.eventStore.calendarWithIdentifier(*selected);
     const auto preferred =
@@ -86,40 +95,39 @@ void ReminderWriter::create(const NewReminder& reminder, CreationCompletion comp
         listForNewReminder(wanted.listID, preferred, services_.eventStore.defaultCalendarForNewReminders(),
                            services_.eventStore.calendars(EKEntityType::reminder));
     if (list)
-        saveNew(wanted, *list, std::move(completion));
+        saveNew(wanted, *list, {std::move(completion), std::move(known)});
     else
-        makeInitialList(wanted, std::move(completion));
+        makeInitialList(wanted, {std::move(completion), std::move(known)});
 }
 
-void ReminderWriter::makeNamedList(const NewReminder& reminder, CreationCompletion completion) {
+void ReminderWriter::makeNamedList(const NewReminder& reminder, CreationEnd end) {
     EKCalendar list;
     list.title = reminder.newListTitle;
     list.color = initialListColor;
     work_.begin();
-    services_.eventStore.saveCalendar(
-        list, [self = QPointer(this), reminder,
-               completion = std::move(completion)](const tl::expected<EKCalendar, EKError>& made) {
-            if (!self)
-                return;
-            if (made)
-                self->saveNew(reminder, *made, completion);
-            else if (completion)
-                completion(tl::unexpected(
-                    ReminderStoreError{Code::unableToCreateInitialList, made.error().message}));
-            if (self)
-                self->work_.end();
-        });
+    services_.eventStore.saveCalendar(list, [self = QPointer(this), reminder, end = std::move(end)](
+                                                const tl::expected<EKCalendar, EKError>& made) {
+        if (!self)
+            return;
+        if (made)
+            self->saveNew(reminder, *made, end);
+        else if (end.completion)
+            end.completion(
+                tl::unexpected(ReminderStoreError{Code::unableToCreateInitialList, made.error().message}));
+        if (self)
+            self->work_.end();
+    });
 }
 
-void ReminderWriter::makeInitialList(const NewReminder& reminder, CreationCompletion completion) {
-    waitingForInitialList_.push_back(
-        [this, reminder, completion = std::move(completion)](const tl::expected<EKCalendar, EKError>& list) {
-            if (list)
-                saveNew(reminder, *list, completion);
-            else if (completion)
-                completion(tl::unexpected(
-                    ReminderStoreError{Code::unableToCreateInitialList, list.error().message}));
-        });
+void ReminderWriter::makeInitialList(const NewReminder& reminder, CreationEnd end) {
+    waitingForInitialList_.push_back([this, reminder,
+                                      end = std::move(end)](const tl::expected<EKCalendar, EKError>& list) {
+        if (list)
+            saveNew(reminder, *list, end);
+        else if (end.completion)
+            end.completion(
+                tl::unexpected(ReminderStoreError{Code::unableToCreateInitialList, list.error().message}));
+    });
     if (waitingForInitialList_.size() > 1)
         return;
     EKCalendar list;
@@ -139,8 +147,7 @@ void ReminderWriter::makeInitialList(const NewReminder& reminder, CreationComple
         });
 }
 
-void ReminderWriter::saveNew(const NewReminder& wanted, const EKCalendar& list,
-                             CreationCompletion completion) {
+void ReminderWriter::saveNew(const NewReminder& wanted, const EKCalendar& list, CreationEnd end) {
     const auto reminder = std::make_shared<EKReminder>(services_.eventStore);
     const TimeZone zone = services_.currentZone.zone();
     reminder->data.title = wanted.title;
@@ -160,24 +167,25 @@ void ReminderWriter::saveNew(const NewReminder& wanted, const EKCalendar& list,
         recorder_.begin(RecordedChange::Kind::creation, text("Create reminder", "Créer le rappel"),
                         outcomeText(text("“%1” added", "« %1 » ajouté"), wanted.title), QString());
     work_.begin();
-    services_.eventStore.save(
-        reminder, [self = QPointer(this), recorded, isFlagged = wanted.isFlagged,
-                   completion = std::move(completion)](const tl::expected<EKSaveResult, EKError>& result) {
-            if (!self)
-                return;
-            self->recorder_.end(recorded, result);
-            if (result)
-                Q_EMIT self->created(result->calendarItemIdentifier, isFlagged);
+    services_.eventStore.save(reminder, [self = QPointer(this), recorded, isFlagged = wanted.isFlagged,
+                                         end = std::move(end)](
+                                            const tl::expected<EKSaveResult, EKError>& result) {
+        if (!self)
+            return;
+        const bool isUnknown = !result && result.error().code == EKError::Code::outcomeUnknown;
+        if (isUnknown)
+            tell(end.completion, result);
+        self->recorder_.whenKnown(result, [self, recorded, isFlagged,
+                                           told = isUnknown ? end.known : end.completion](const auto& known) {
+            self->recorder_.end(recorded, known);
+            if (known)
+                Q_EMIT self->created(known->calendarItemIdentifier, isFlagged);
             self->loader_.reload();
-            if (completion) {
-                if (result)
-                    completion(result->calendarItemIdentifier);
-                else
-                    completion(tl::unexpected(ReminderStoreError::from(result.error())));
-            }
-            if (self)
-                self->work_.end();
+            tell(told, known);
         });
+        if (self)
+            self->work_.end();
+    });
 }
 
 std::optional<ReminderEditDetails> ReminderWriter::editDetails(const QString& id) const {
@@ -211,9 +219,11 @@ EKEventStore::SaveCompletion ReminderWriter::endOf(const RecordedChangeRef& reco
             completion = std::move(completion)](const tl::expected<EKSaveResult, EKError>& result) {
         if (!self)
             return;
-        self->recorder_.endOnceKnown(recorded, id, result);
-        if (result && recorded->kind == RecordedChange::Kind::removal)
-            self->reconciler_.note(id, ReminderCompletionState::deleted());
+        self->recorder_.whenKnown(result, [self, recorded, id](const auto& known) {
+            self->recorder_.end(recorded, known);
+            if (known && recorded->kind == RecordedChange::Kind::removal)
+                self->reconciler_.note(id, ReminderCompletionState::deleted());
+        });
         self->loader_.reload();
         if (completion)
             completion(outcome(result));

@@ -35,7 +35,8 @@ class ReminderWriter : public QObject {
     ReminderWriter(const ReminderStoreServices& services, ReminderLoader& loader, RecordedChanges& recorder,
                    CompletionReconciler& reconciler, ReminderWork& work);
 
-    void create(const NewReminder& reminder, CreationCompletion completion);
+    /// `known` is called after a creation whose outcome was unknown at its completion, once it is known.
+    void create(const NewReminder& reminder, CreationCompletion completion, CreationCompletion known = {});
     [[nodiscard]] std::optional<ReminderEditDetails> editDetails(const QString& id) const;
     [[nodiscard]] std::vector<EKRecurrenceRule> recurrenceRules(const QString& id) const;
     void edit(const QString& id, const ReminderEditDetails& details, std::optional<ReminderRepeat> repeat,
@@ -64,9 +65,13 @@ class ReminderWriter : public QObject {
     [[nodiscard]] EKEventStore::SaveCompletion endOf(const RecordedChangeRef& recorded, const QString& id,
                                                      Completion completion);
     [[nodiscard]] Edit withoutDueDate() const;
-    void saveNew(const NewReminder& reminder, const EKCalendar& list, CreationCompletion completion);
-    void makeNamedList(const NewReminder& reminder, CreationCompletion completion);
-    void makeInitialList(const NewReminder& reminder, CreationCompletion completion);
+    struct CreationEnd {
+        CreationCompletion completion;
+        CreationCompletion known;
+    };
+    void saveNew(const NewReminder& reminder, const EKCalendar& list, CreationEnd end);
+    void makeNamedList(const NewReminder& reminder, CreationEnd end);
+    void makeInitialList(const NewReminder& reminder, CreationEnd end);
 
     const ReminderStoreServices& services_;
     ReminderLoader& loader_;

@@ -68,7 +68,7 @@ void NewEventViewModel::begin() {
 }
 
 void NewEventViewModel::discard() {
-    if (isSaving())
+    if (!leaveForm())
         return;
     clearError();
     title_.clear();
@@ -174,13 +174,20 @@ void NewEventViewModel::submit() {
     if (const auto shown = calendar())
         event.calendarID = shown->calendarIdentifier;
     startSaving();
-    store_.createEvent(
-        event, [self = QPointer(this), form = form()](const tl::expected<void, CalendarError>& result) {
-            if (!self || !self->finishSaving(form, result))
-                return;
+    const auto end = [self = QPointer(this), form = form(),
+                      line = title_](const tl::expected<void, CalendarError>& result) {
+        if (!self)
+            return;
+        if (self->finishCreation(form, result)) {
             self->discard();
             Q_EMIT self->added();
-        });
+        } else if (!result && !isUnknown(result) && self->title_.isEmpty()) {
+            // The form was given up before this was known.
+            self->setTitle(line);
+            self->fail(result.error().message());
+        }
+    };
+    store_.createEvent(event, end, end);
 }
 
 std::optional<EKCalendar> NewEventViewModel::calendar() const {

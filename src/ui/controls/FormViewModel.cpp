@@ -23,6 +23,14 @@ void FormViewModel::beginForm() {
     isSaving_ = false;
 }
 
+bool FormViewModel::leaveForm() {
+    if (isSaving_ && !isUnknown_)
+        return false;
+    if (isSaving_)
+        beginForm();
+    return true;
+}
+
 void FormViewModel::edited() {
     error_.reset();
     Q_EMIT changed();
@@ -42,6 +50,7 @@ void FormViewModel::fail(const TextPair& reason) {
 
 void FormViewModel::startSaving() {
     isSaving_ = true;
+    isUnknown_ = false;
     edited();
 }
 

@@ -7,6 +7,8 @@
 #include <QQmlEngine>
 #include <QString>
 
+#include <tl/expected.hpp>
+
 #include <optional>
 
 namespace kestrant {
@@ -56,6 +58,9 @@ class FormViewModel : public QObject {
     void fail(const TextPair& reason);
     void clearError() { error_.reset(); }
     void startSaving();
+    /// Gives up a form of which it is not known whether it was saved, so that another one can begin. False
+    /// while it is being saved.
+    [[nodiscard]] bool leaveForm();
     /// Ends saving with the result of a form; false when the form is gone or it failed, which is told then.
     template <typename Result>
     [[nodiscard]] bool finishSaving(int form, const Result& result) {
@@ -69,6 +74,19 @@ class FormViewModel : public QObject {
             fail(result.error().message());
         return result.has_value();
     }
+    /// The same of something new. While its outcome is unknown the form goes on saving, and says so.
+    template <typename Value, typename Error>
+    [[nodiscard]] bool finishCreation(int form, const tl::expected<Value, Error>& result) {
+        if (form != form_ || !isUnknown(result))
+            return finishSaving(form, result);
+        isUnknown_ = true;
+        fail(result.error().message());
+        return false;
+    }
+    template <typename Value, typename Error>
+    [[nodiscard]] static bool isUnknown(const tl::expected<Value, Error>& result) {
+        return !result && result.error().code == Error::Code::outcomeUnknown;
+    }
 
   private:
     void tellFailure(const TextPair& reason);
@@ -76,6 +94,7 @@ class FormViewModel : public QObject {
     Localizer& localizer_;
     std::optional<TextPair> error_;
     bool isSaving_ = false;
+    bool isUnknown_ = false;
     int form_ = 0;
 };
 

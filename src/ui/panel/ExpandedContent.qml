@@ -280,4 +280,12 @@ FocusScope {
         target: content.reminderEdit
         function onChangeFailed(message) { toast.show(message) }
     }
+    Connections {
+        target: content.quickAdd
+        function onChangeFailed(message) { toast.show(message) }
+    }
+    Connections {
+        target: content.newEvent
+        function onChangeFailed(message) { toast.show(message) }
+    }
 }

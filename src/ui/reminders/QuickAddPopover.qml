@@ -74,11 +74,17 @@ Popover {
     }
     Connections {
         target: quickAdd.form
-        function onAdded() { quickAdd.added() }
+        function onAdded() {
+            if (!quickAdd.addsEvent)
+                quickAdd.added()
+        }
     }
     Connections {
         target: quickAdd.newEvent
-        function onAdded() { quickAdd.added() }
+        function onAdded() {
+            if (quickAdd.addsEvent)
+                quickAdd.added()
+        }
     }
 
     Column {

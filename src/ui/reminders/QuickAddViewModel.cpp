@@ -102,7 +102,7 @@ void QuickAddViewModel::append(const QString& text) {
 }
 
 void QuickAddViewModel::discard() {
-    if (isSaving())
+    if (!leaveForm())
         return;
     clearError();
     title_.clear();
@@ -157,13 +157,20 @@ void QuickAddViewModel::submit() {
         reminder.dueDate = hasTime() ? zone.instantAt(day, *time) : zone.startOfDay(day);
 
     startSaving();
-    store_.create(reminder, [self = QPointer(this),
-                             form = form()](const tl::expected<QString, ReminderStoreError>& result) {
-        if (!self || !self->finishSaving(form, result))
+    const auto end = [self = QPointer(this), form = form(),
+                      line = title_](const tl::expected<QString, ReminderStoreError>& result) {
+        if (!self)
             return;
-        self->discard();
-        Q_EMIT self->added();
-    });
+        if (self->finishCreation(form, result)) {
+            self->discard();
+            Q_EMIT self->added();
+        } else if (!result && !isUnknown(result) && self->title_.isEmpty()) {
+            // The form was given up before this was known.
+            self->setTitle(line);
+            self->fail(result.error().message());
+        }
+    };
+    store_.create(reminder, end, end);
 }
 
 void QuickAddViewModel::setType(const QString& type) {

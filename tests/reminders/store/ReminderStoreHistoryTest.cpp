@@ -262,6 +262,33 @@ TEST_F(ReminderStoreHistory, AnUndoWaitsForTheWriteItTakesBack) {
     EXPECT_TRUE(idle) << "the end of the program waits for it";
 }
 
+TEST_F(ReminderStoreHistory, ACreationIsRecordedOnceItIsKnownToHaveBeenMade) {
+    makeStore().requestAccess();
+    scheduler.advance(1s);
+    for (const bool isMade : {true, false}) {
+        SCOPED_TRACE(isMade);
+        database.setAnswering(false);
+        Outcome first;
+        Outcome known;
+        store->create({.title = isMade ? a : b, .isFlagged = true}, first.creation(), known.creation());
+        scheduler.advance(1min);
+        EXPECT_TRUE(first.failedWith(Code::outcomeUnknown));
+        EXPECT_EQ(known.calls, 0);
+        if (!isMade)
+            database.setFailure(Operation::save, diskFull());
+        database.setAnswering(true);
+        scheduler.advance(1s);
+        EXPECT_EQ(first.calls, 1);
+        EXPECT_EQ(known.succeeded(), isMade);
+        EXPECT_THAT(recorded(), ElementsAre("Create reminder"));
+        database.setFailure(Operation::save, std::nullopt);
+    }
+    ASSERT_EQ(store->visibleTasks().size(), 1U);
+    EXPECT_TRUE(store->visibleTasks()[0].isFlagged);
+    EXPECT_EQ(undo(), done);
+    EXPECT_THAT(database.reminders(), IsEmpty());
+}
+
 TEST_F(ReminderStoreHistory, WhatDidNotHappenIsWithdrawn) {
     put(aReminder("a"));
     loadedStore();

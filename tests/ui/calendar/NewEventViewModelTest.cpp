@@ -101,6 +101,44 @@ TEST(NewEventViewModel, KeepsWhatWasWrittenWhenItCannotBeSaved) {
     EXPECT_EQ(test.onlyEvent().startDate, test.today(QTime(19, 30)));
 }
 
+template <typename Form>
+void keepsWhatWasWritten(Writing& test, Form& form, bool isGivenUp, bool isMade) {
+    QSignalSpy added(&form, &Form::added);
+    const QString line = QStringLiteral("Dinner at 19:30");
+    test.database.setAnswering(false);
+    form.setTitle(line);
+    form.submit();
+    test.settle();
+    EXPECT_TRUE(form.isSaving() && form.title() == line && !form.errorText().isEmpty());
+    if (isGivenUp) {
+        form.discard();
+        EXPECT_TRUE(!form.isSaving() && form.title().isEmpty() && form.errorText().isEmpty());
+    }
+    if (!isMade)
+        test.fillDisk();
+    test.database.setAnswering(true);
+    test.settle();
+    EXPECT_FALSE(form.isSaving());
+    EXPECT_EQ(form.title(), isMade ? QString() : line);
+    EXPECT_EQ(form.errorText(), isMade ? QString() : QStringLiteral("Disk full."));
+    EXPECT_EQ(added.count(), isMade && !isGivenUp ? 1 : 0);
+    test.clearDisk();
+    form.discard();
+}
+
+TEST(NewEventViewModel, KeepsWhatWasWrittenUntilItIsKnownToBeSaved) {
+    Writing test;
+    for (const bool isGivenUp : {false, true}) {
+        for (const bool isMade : {false, true}) {
+            SCOPED_TRACE(testing::Message() << isGivenUp << isMade);
+            keepsWhatWasWritten(test, test.form, isGivenUp, isMade);
+            keepsWhatWasWritten(test, test.quickAdd, isGivenUp, isMade);
+        }
+    }
+    EXPECT_EQ(test.database.reminders().size(), 2u);
+    EXPECT_EQ(test.database.allEvents().size(), 2u);
+}
+
 TEST(NewEventViewModel, RefusesAnEndBeforeTheStart) {
     Writing test;
     test.form.setTitle(QStringLiteral("Dinner"));
