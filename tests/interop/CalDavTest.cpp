@@ -266,15 +266,19 @@ TEST_F(CalDav, SaysThatChangesAreKeptUntilTheServerCanBeReached) {
         // The list may look well before the end of its process is known; a change is refused then.
         bool isMade = false;
         house.awaitThat([&] { return isMade = isMade || change(); });
-        const auto isTold = [&] {
-            const auto problems = house.store.problems();
+        const auto isToldBy = [](const EKEventStore& store) {
+            const auto problems = store.problems();
             return problems.size() == 1 &&
-                   problems.front().english.contains("server of “Home” cannot be reached");
+                   problems.front().english.contains("Changes to “Home” have not been sent");
         };
+        const auto isTold = [&] { return isToldBy(house.store); };
         house.awaitThat(isTold);
-        // What is kept outlives the process that keeps it.
+        // What is kept outlives the process that keeps it, and those that wrote it.
         house.service.kill("org.gnome.evolution.dataserver.Calendar");
         house.awaitThat(isTold);
+        EvolutionEventStore next(house.scheduler, house.scheduler, house.currentZone);
+        ASSERT_EQ(EventStoreDriver(next, house.scheduler).requestAccess(), std::nullopt);
+        house.awaitThat([&] { return isToldBy(next); });
         server.start();
         house.awaitThat([&] { return house.store.problems().empty(); });
         ASSERT_FALSE(HasFatalFailure());

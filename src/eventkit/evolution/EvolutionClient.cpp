@@ -2,6 +2,7 @@
 
 #include "eventkit/evolution/ServiceBus.h"
 #include "eventkit/evolution/ServiceErrors.h"
+#include "eventkit/evolution/UnsentChanges.h"
 
 #include <algorithm>
 #include <utility>
@@ -46,6 +47,11 @@ std::shared_ptr<EvolutionClient> EvolutionClient::connect(ESource* source, EKEnt
     }
     auto result = std::shared_ptr<EvolutionClient>(
         new EvolutionClient(std::move(client), type, limit, std::move(observer)));
+    // The client library has it by now.
+    char* folder = nullptr;
+    if (e_client_get_backend_property_sync(result->client_.get(), CLIENT_BACKEND_PROPERTY_CACHE_DIR, &folder,
+                                           call.cancellable(), nullptr))
+        result->cacheFolder_ = Text(folder).get();
     result->reader_ = ServiceReader::open(type, e_source_get_uid(source), call.cancellable());
     result->observe(call.cancellable());
     if (result->isLost()) {
@@ -80,6 +86,10 @@ std::optional<bool> EvolutionClient::readWritability() {
     else
         state_->isLost = true;
     return answer;
+}
+
+std::optional<bool> EvolutionClient::hasUnsent() const {
+    return hasUnsentChanges(cacheFolder_);
 }
 
 void EvolutionClient::listen(gpointer object, const char* signal, GCallback handler) {

@@ -47,6 +47,8 @@ class EvolutionClient {
     /// Whether its items may be written now. Absent when the service did not answer.
     [[nodiscard]] std::optional<bool> readWritability();
     [[nodiscard]] QByteArrayView componentName() const { return componentName_; }
+    /// As hasUnsentChanges() of its cache.
+    [[nodiscard]] std::optional<bool> hasUnsent() const;
 
     /// Every item as a file, by UID. Absent when the service did not answer.
     [[nodiscard]] std::optional<std::map<QByteArray, QByteArray>> readAll();
@@ -109,6 +111,7 @@ class EvolutionClient {
     Ref<ECalClientView> view_;
     std::vector<std::pair<GObject*, gulong>> handlers_;
     std::map<QByteArray, QByteArray> zones_;
+    QByteArray cacheFolder_;
 };
 
 }  // namespace kestrant::evolution

@@ -132,10 +132,8 @@ tl::expected<StoredText, WriteError> EvolutionStorage::replace(const FileLocatio
     if (!error) {
         if (steps)
             steps->noteChanged(location);
-        auto stored = readBack(location);
-        if (stored)
-            noteSending(location, before.text(), &stored->text);
-        return stored;
+        noteSending(location.collection, **client);
+        return readBack(location);
     }
     const EKError* const unknown = whereUnknown(*error);
     if (!unknown)
@@ -199,6 +197,7 @@ std::set<std::size_t> EvolutionStorage::writeTogether(const std::vector<Replacem
                 changeBetween(replacements[i].before, replacements[i].after, (*client)->componentName()));
         if ((*client)->writeAll(changes))
             result.insert(indices.begin(), indices.end());
+        noteSending(collection, **client);
     }
     return result;
 }
@@ -222,10 +221,9 @@ EvolutionStorage::replaceAll(const std::vector<Replacement>& replacements) {
             continue;
         }
         auto& text = *next++;
-        if (text && *text) {
-            noteSending(wanted.location, wanted.before.text(), &(*text)->text);
+        if (text && *text)
             results.emplace_back(std::move(**text));
-        } else
+        else
             results.push_back(
                 tl::unexpected(WriteError(text ? itemNotFoundError() : std::move(text.error()))));
     }
@@ -247,7 +245,7 @@ std::optional<WriteError> EvolutionStorage::remove(const FileLocation& location,
     if (!error) {
         if (steps)
             steps->noteRemoved(location);
-        noteSending(location, present->text, nullptr);
+        noteSending(location.collection, **client);
         return std::nullopt;
     }
     const EKError* const unknown = whereUnknown(*error);
@@ -291,7 +289,7 @@ tl::expected<EvolutionStorage::Created, EKError> EvolutionStorage::create(const 
                 steps->noteRemoved(wanted);
             steps->noteMade(location, text->text);
         }
-        noteSending(location, {}, &text->text);
+        noteSending(collection, **client);
         return Created{location, *created, std::move(*text)};
     }
     const EKError* const unknown = whereUnknown(created.error());

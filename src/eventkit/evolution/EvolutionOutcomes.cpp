@@ -56,19 +56,13 @@ bool EvolutionStorage::takeBack(const Journal& journal) {
     });
 }
 
-void EvolutionStorage::noteSending(const FileLocation& location, const QByteArray& before,
-                                   const QByteArray* after) {
-    const auto lists = lists_.enabled();
-    const auto list = lists.find(location.collection);
-    if (list == lists.end() || !list->second.isOnServer() ||
-        (after && serverVersionIn(*after) != serverVersionIn(before)))
+void EvolutionStorage::noteSending(const QByteArray& list, const EvolutionClient& client) {
+    const auto hasUnsent = client.hasUnsent();
+    if (!hasUnsent)
         return;
-    // That there is a connection is told by another process, which may be late.
-    for (auto pause = 25ms; pause <= 400ms; pause *= 2) {
-        if (list->second.isConnected() || !limit_.pause(pause))
-            return;
-    }
-    if (unsent_.insert_or_assign(location.collection, list->second.title()).second)
+    const bool isNews =
+        *hasUnsent ? unsent_.insert_or_assign(list, client.title()).second : unsent_.erase(list) > 0;
+    if (isNews)
         tellOfUnsent();
 }
 

@@ -143,8 +143,8 @@ bool EvolutionStorage::readList(StorageContents& contents, const QByteArray& uid
     bool isSilent = !client;
     if (client && !named) {
         settleUnfinished(uid);
-        // The service connects again, and sends what it has kept.
-        if (unsent_.contains(uid))
+        // The service connects to the server again, and sends what it has kept.
+        if (unsent_.contains(uid) || silent_.contains(uid))
             client->refresh();
         all = client->readAll();
         isSilent = !all;
@@ -181,6 +181,8 @@ bool EvolutionStorage::readList(StorageContents& contents, const QByteArray& uid
         file.version = version;
         changed = true;
     };
+    if (!isSilent && (all || unsent_.contains(uid)))
+        noteSending(uid, *client);
     if (all) {
         changed = std::erase_if(collection.files,
                                 [&](const auto& file) { return !all->contains(file.first); }) > 0 ||

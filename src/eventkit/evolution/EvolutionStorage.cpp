@@ -29,10 +29,10 @@ TextPair slowAnswer(const std::set<QString>& lists) {
 
 TextPair keptForLater(const QStringList& lists) {
     const TextPair pair = text(
-        "The server of %1 cannot be reached. The desktop’s calendar service keeps changes and sends them "
-        "later.",
-        "Le serveur de %1 est injoignable. Le service d’agenda du bureau garde les changements et les "
-        "enverra plus tard.");
+        "Changes to %1 have not been sent yet. The desktop’s calendar service keeps them and sends them when "
+        "the server can be reached.",
+        "Des changements de %1 ne sont pas encore envoyés. Le service d’agenda du bureau les garde et les "
+        "enverra quand le serveur sera joignable.");
     const auto quoted = [&](const char* quotes) {
         QStringList result;
         for (const QString& list : lists)
@@ -198,9 +198,7 @@ bool EvolutionStorage::updateLists(StorageContents& contents, const Lists& lists
     bool changed = std::erase_if(contents.collections, isGone) > 0;
     std::erase_if(clients_, isGone);
     std::erase_if(silent_, isGone);
-    if (std::erase_if(unsent_, [&](const auto& list) {
-            return isGone(list) || lists.at(list.first).isConnected();
-        }) > 0)
+    if (std::erase_if(unsent_, isGone) > 0)
         tellOfUnsent();
     for (auto& [uid, collection] : contents.collections)
         changed = lists.at(uid).describe(collection) || changed;

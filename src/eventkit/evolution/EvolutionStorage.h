@@ -106,10 +106,8 @@ class EvolutionStorage final : public items::ItemStorage {
     /// Takes the first step of changes in this list back whose second one was never made.
     void settleUnfinished(const QByteArray& list);
     [[nodiscard]] bool takeBack(const items::Journal& journal);
-    /// Says so where the service only keeps what was written, to send it later: then the item has still the
-    /// version on the server that it had before, and the service no connection. `after` is null for an item
-    /// that is gone.
-    void noteSending(const items::FileLocation& location, const QByteArray& before, const QByteArray* after);
+    /// Says so where the service keeps changes of a list to send them later, and where it does no longer.
+    void noteSending(const QByteArray& list, const EvolutionClient& client);
     void tellOfUnsent();
     void tellChanged(const items::Changes& changes);
     /// Which of `replacements` were written in one call for each list.

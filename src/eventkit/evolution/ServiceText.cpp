@@ -99,10 +99,6 @@ QByteArray withServerVersionOf(const QByteArray& present, const QByteArray& comp
     return result->view().text();
 }
 
-QByteArray serverVersionIn(const QByteArray& text) {
-    return serverVersionAfter(text, 0).toByteArray();
-}
-
 QByteArray withoutServerVersion(const QByteArray& text) {
     QByteArray result;
     qsizetype from = 0;

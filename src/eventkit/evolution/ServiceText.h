@@ -32,9 +32,7 @@ struct ServicePart {
 /// `component` with the version on the server that the service has noted in `present`.
 [[nodiscard]] QByteArray withServerVersionOf(const QByteArray& present, const QByteArray& component);
 
-/// The version on the server that the service has noted in the text of an item; empty where there is none.
-[[nodiscard]] QByteArray serverVersionIn(const QByteArray& text);
-/// The text of an item without such notes.
+/// The text of an item without the versions on the server that the service has noted in it.
 [[nodiscard]] QByteArray withoutServerVersion(const QByteArray& text);
 
 /// A birthday or an anniversary as it is meant: of those on 29 February the service says that they are on the
