@@ -2,6 +2,7 @@
 the service ends in between or a server does not answer.
 """
 
+import datetime
 import json
 import os
 import pathlib
@@ -140,6 +141,8 @@ class OthersTest(DesktopWithService):
 
 
 class DesktopWithServer(DesktopWithService):
+    STARTS = True
+
     def setUp(self):
         if not shutil.which("radicale"):
             self.skipTest("radicale is not installed; scripts/install-dependencies installs it")
@@ -154,19 +157,39 @@ class DesktopWithServer(DesktopWithService):
         with socket.socket() as free:
             free.bind(("127.0.0.1", 0))
             port = free.getsockname()[1]
-        self.server = self.desktop.spawn([
+        self.command = [
             "radicale", "--config=", f"--server-hosts=127.0.0.1:{port}", f"--storage-filesystem-folder={folder}",
-            "--auth-type=none", "--rights-type=from_file", f"--rights-file={folder}/rights"])
+            "--auth-type=none", "--rights-type=from_file", f"--rights-file={folder}/rights"]
+        self.port = port
+        if self.STARTS:
+            self.start_server()
+        self.add_list("Home", "caldav",
+                      f"[Authentication]\nHost=127.0.0.1\nPort={port}\nMethod=none\n\n[Security]\nMethod=none\n\n"
+                      "[WebDAV Backend]\nResourcePath=/someone/tasks/\n\n[Offline]\nStaySynchronized=true\n")
+
+    def start_server(self):
+        self.server = self.desktop.spawn(self.command)
         self.addCleanup(stop, self.server)
         self.addCleanup(os.kill, self.server.pid, signal.SIGCONT)
 
         def answers():
             with socket.socket() as attempt:
-                return attempt.connect_ex(("127.0.0.1", port)) == 0
+                return attempt.connect_ex(("127.0.0.1", self.port)) == 0
         wait_until(answers, "the server answers")
-        self.add_list("Home", "caldav",
-                      f"[Authentication]\nHost=127.0.0.1\nPort={port}\nMethod=none\n\n[Security]\nMethod=none\n\n"
-                      "[WebDAV Backend]\nResourcePath=/someone/tasks/\n\n[Offline]\nStaySynchronized=true\n")
+
+
+class NeverReachedTest(DesktopWithServer):
+    STARTS = False
+
+    def test_a_list_whose_server_was_never_reached_is_said_not_to_answer(self):
+        self.add("Call Theo")
+        self.start()
+        self.expand()
+        self.wait_for_circles(1)
+        self.wait_for(self.warns, bool, "the panel says that a list does not answer")
+        self.start_server()
+        self.wait_for_circles(2)
+        self.wait_for(self.warns, lambda warns: not warns, "all is well")
 
 
 class ServerTest(DesktopWithServer):
@@ -253,6 +276,56 @@ class UndoOnServerTest(DesktopWithServer):
             self.desktop.key("ctrl+z")
             self.wait_for(self.lines, lambda lines: lines and not is_made(lines), f"{change.__name__}: taken back again")
             self.wait_for_circles(1)
+
+
+class BirthdaysTest(DesktopWithService):
+    COLOUR = (0xB0, 0xFF, 0x00)
+
+    def setUp(self):
+        super().setUp()
+        sources = pathlib.Path(self.desktop.environment["XDG_CONFIG_HOME"]) / "evolution/sources"
+        (sources / "birthdays.source").write_text(
+            "[Data Source]\nDisplayName=Birthdays\nEnabled=true\nParent=contacts-stub\n\n"
+            "[Calendar]\nBackendName=contacts\nColor=#%02X%02X%02X\nSelected=true\n" % self.COLOUR)
+
+    def call(self, place, method, *arguments):
+        """Calls the service of address books."""
+        name = "org.gnome.evolution.dataserver.AddressBook10"
+        path = place if place.startswith("/") else f"/org/gnome/evolution/dataserver/{place}"
+        done = subprocess.run(
+            ["gdbus", "call", "--session", "--dest", name, "--object-path", path,
+             "--method", f"org.gnome.evolution.dataserver.{method}", *arguments],
+            env=self.desktop.environment, capture_output=True, text=True)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return done.stdout
+
+    def rows(self):
+        """The bars of the birthdays on show, or their squares, from the top."""
+        return sorted((y0, x0) for x0, y0, x1, y1 in self.patches(self.COLOUR))
+
+    def add_contact(self, name, birthday):
+        # The book stays open as long as the panel shows what is in it.
+        book = self.call("AddressBookFactory", "AddressBookFactory.OpenAddressBook", "system-address-book").split("'")[1]
+        lines = ("BEGIN:VCARD", "VERSION:3.0", f"UID:{name}", f"FN:{name}", f"N:;{name};;;", f"BDAY:{birthday}", "END:VCARD")
+        self.call(book, "AddressBook.CreateContacts", "['" + "".join(line + "\\r\\n" for line in lines) + "']", "uint32 0")
+
+    def test_a_birthday_can_be_looked_at_and_not_changed(self):
+        self.start(kestrantModuleOrder="remindersFirst", kestrantLayoutRatio="50/50")
+        self.expand()
+        self.wait_for(self.rows, lambda rows: not rows, "there is no birthday yet")
+        self.add_contact("Ada", (datetime.date.today() + datetime.timedelta(2)).replace(year=1992))
+        (y, x), = self.wait_for(self.rows, bool, "the birthday is shown")
+        self.desktop.click(x + 60, y + 3)
+        # Only what shows it is offered by its menu.
+        self.desktop.key("Delete")
+        self.after(lambda: self.desktop.key("Menu"))
+        self.desktop.key("Down")
+        self.after(lambda: self.desktop.key("Return"))
+        self.desktop.type("Grace")
+        # From the title to the switch for whole days, were it one to be pressed.
+        self.desktop.key("Return", "Tab", "space", "Return", "Escape")
+        self.wait_for(self.rows, lambda rows: rows == [(y, x)], "the birthday is where it was")
+        self.assertIn("All day  Birthday: Ada ", self.kestrant("agenda").stdout)
 
 
 class ExchangeTest(DesktopWithService):

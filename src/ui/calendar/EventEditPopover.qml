@@ -64,6 +64,7 @@ Popover {
         }
         Column {
             width: parent.width
+            enabled: popover.form.lockReason === ""
             EventTimesLines {
                 width: parent.width
                 times: popover.form.times

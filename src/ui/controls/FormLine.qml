@@ -24,6 +24,7 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         width: childrenRect.width
         height: childrenRect.height
+        opacity: enabled ? 1 : 0.45
     }
     Rectangle {
         visible: !line.last

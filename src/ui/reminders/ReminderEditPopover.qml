@@ -64,6 +64,7 @@ Popover {
         }
         Column {
             width: parent.width
+            enabled: popover.form.lockReason === ""
             FormLine {
                 width: parent.width
                 label: Localizer.text("Due", "Échéance")
