@@ -27,6 +27,8 @@ class KeyFocus : public QObject {
     [[nodiscard]] bool wasTakenAway() const;
     /// To be called when one of our surfaces is told that it has the focus.
     void arrived() { hasArrived_ = true; }
+    /// What was asked for with take() will not come.
+    void wasRefused() { hasArrived_ = false; }
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

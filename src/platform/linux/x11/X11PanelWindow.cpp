@@ -18,6 +18,7 @@ namespace {
 
 /// As long as the focus may wander after it was asked for.
 constexpr Duration askingTime = std::chrono::milliseconds(300);
+constexpr Duration pointerLookDelay = std::chrono::milliseconds(50);
 
 std::vector<xcb_rectangle_t> toServer(const std::vector<QRect>& rectangles) {
     std::vector<xcb_rectangle_t> result;
@@ -48,6 +49,8 @@ X11PanelWindow::X11PanelWindow(QWindow& window, Scheduler& scheduler)
     , scroll_(server_, desktopScrollsNaturally())
     , gestures_(scheduler,
                 [this](const ScrollEvent& event) { return handler() && handler()->scrollWheel(event); }) {
+    if (isXWayland_)
+        scrim_.emplace();
     configureSurface(window);
     keepContentInPlace(server_, window);
     qGuiApp->installNativeEventFilter(this);
@@ -140,7 +143,13 @@ void X11PanelWindow::orderOut() {
 
 void X11PanelWindow::askForKey() {
     asking_ = scheduler_.after(askingTime, [this] {
-        if (keyWasTakenAway())
+        if (!keyWasTakenAway())
+            return;
+        // Some compositors never let X clients have the keyboard of their own accord; the pointer still
+        // works.
+        if (isXWayland_)
+            focus_.wasRefused();
+        else
             Q_EMIT keyTakenWhileAsking();
     });
     focus_.take(window());
@@ -168,12 +177,19 @@ bool X11PanelWindow::eventFilter(QObject* watched, QEvent* event) {
     if (watched == &window()) {
         if (event->type() == QEvent::Wheel)
             return consumedScroll_ != 0 && static_cast<QWheelEvent*>(event)->timestamp() == consumedScroll_;
-        if (event->type() == QEvent::Enter)
+        if (event->type() == QEvent::Enter) {
             scroll_.refresh();
-        else if (event->type() == QEvent::Leave)
+            watchPointerLeave();
+        } else if (event->type() == QEvent::Leave) {
             gestures_.endAll();
+        }
     }
     return DesktopPanelWindow::eventFilter(watched, event);
+}
+
+void X11PanelWindow::watchPointerLeave() {
+    if (scrim_ && !isManaged())
+        scrim_->spreadBelow(static_cast<xcb_window_t>(window().winId()));
 }
 
 void X11PanelWindow::focusArrived(const xcb_focus_in_event_t& event) {
@@ -192,6 +208,14 @@ bool X11PanelWindow::nativeEventFilter(const QByteArray& eventType, void* messag
     const auto& event = *static_cast<const xcb_generic_event_t*>(message);
     if ((event.response_type & ~0x80) == XCB_FOCUS_IN)
         focusArrived(reinterpret_cast<const xcb_focus_in_event_t&>(event));
+    if (scrim_ && scrim_->handle(event))
+        // While the panel changes its size the pointer may be beside it for a moment.
+        pointerLook_ = scheduler_.after(pointerLookDelay, [this] {
+            const XcbReply<xcb_query_pointer_reply_t> pointer(xcb_query_pointer_reply(
+                server_.get(), xcb_query_pointer(server_.get(), server_.root()), nullptr));
+            if (pointer && pointer->child == static_cast<xcb_window_t>(window().winId()))
+                watchPointerLeave();
+        });
     if (scroll_.isHierarchyChange(event)) {
         scroll_.refresh();
     } else if (const auto* motion = scroll_.motionEvent(event);

@@ -5,6 +5,7 @@
 #include "platform/linux/window/ScrollGestureRecogniser.h"
 #include "platform/linux/x11/CompositorWatcher.h"
 #include "platform/linux/x11/KeyFocus.h"
+#include "platform/linux/x11/PointerScrim.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/XInputScroll.h"
 
@@ -61,6 +62,8 @@ class X11PanelWindow : public DesktopPanelWindow, public QAbstractNativeEventFil
     void setRegion(xcb_shape_kind_t kind, std::vector<QRect> rectangles,
                    std::optional<std::vector<QRect>>& present);
     void askForKey();
+    /// Sees to it that the pointer's leaving is noticed in a Wayland session.
+    void watchPointerLeave();
     void focusArrived(const xcb_focus_in_event_t& event);
 
     Scheduler& scheduler_;
@@ -68,6 +71,8 @@ class X11PanelWindow : public DesktopPanelWindow, public QAbstractNativeEventFil
     bool isXWayland_;
     KeyFocus focus_;
     CompositorWatcher compositor_;
+    /// In a Wayland session only.
+    std::optional<PointerScrim> scrim_;
     XInputScroll scroll_;
     ScrollGestureRecogniser gestures_;
 
@@ -78,6 +83,7 @@ class X11PanelWindow : public DesktopPanelWindow, public QAbstractNativeEventFil
     std::optional<std::vector<QRect>> input_;
     bool isKey_ = false;
     ScheduledTask asking_;
+    ScheduledTask pointerLook_;
     /// The server's time of the last scrolling that was consumed; Qt's wheel event for it has the same time.
     xcb_timestamp_t consumedScroll_ = 0;
 };
