@@ -12,6 +12,8 @@ void tryOut(Stage& stage, std::initializer_list<Exercise> done) {
     for (const Exercise exercise : done)
         stage.onboarding.model()->noteTried(exercise);
     QCoreApplication::processEvents();
+    // Drawing is what lays out the cards: the pointer must not come upon them before.
+    stage.onboarding.window()->grabWindow();
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QLinearGradient>
 #include <QPainter>
+#include <QStyleHints>
 
 #include <algorithm>
 #include <iterator>
@@ -96,6 +97,7 @@ bool renderPictures(const QString& directory) {
         return false;
     }
     PanelView::chooseTypeface();
+    QGuiApplication::styleHints()->setCursorFlashTime(0);
     std::vector<Picture> pictures = panelPictures();
     std::ranges::move(reminderPictures(), std::back_inserter(pictures));
     std::ranges::move(introductionPictures(), std::back_inserter(pictures));

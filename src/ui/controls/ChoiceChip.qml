@@ -1,7 +1,7 @@
 import QtQuick
 import Kestrant
 
-// One of {id, title, color} each, such as a list or a calendar, and the menu to choose another one.
+// One of {id, title, color} each, such as a list or a calendar; another one is chosen in the form's place.
 Chip {
     id: chip
 
@@ -9,7 +9,7 @@ Chip {
     /// The property that is chosen, such as "List".
     required property string subject
     required property string chosenId
-    /// Asked for when the menu opens.
+    /// Asked for when they are shown.
     required property var choices
     signal chosen(string id)
 
@@ -22,7 +22,7 @@ Chip {
         const offered = choices()
         forceActiveFocus(Qt.OtherFocusReason)
         overlays.present("choice", "MenuPopover.qml", chip, {
-            alignment: "right", spokenName: subject,
+            isPage: true, spokenName: subject, contentWidth: overlays.surface(overlays.topmost).contentWidth,
             entries: offered.map(entry => ({ title: entry.title, color: entry.color,
                                              checked: entry.id === chosenId })),
             choose: index => chip.chosen(offered[index].id)

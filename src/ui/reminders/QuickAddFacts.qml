@@ -56,7 +56,7 @@ Column {
                          : kind === "alert" ? form.alert.id : form.repeatId
             chip.forceActiveFocus(Qt.OtherFocusReason)
             overlays.present("choice", "MenuPopover.qml", chip, {
-                alignment: "left", spokenName: names[kind],
+                isPage: true, spokenName: names[kind], contentWidth: overlays.surface(overlays.topmost).contentWidth,
                 entries: offered.map(entry => ({ title: entry.title, color: entry.color, checked: entry.id === chosen })),
                 choose: index => {
                     const id = offered[index].id

@@ -2,7 +2,7 @@ import QtQuick
 import Kestrant
 
 // A list to choose one entry of: {title, checked, color, iconName, shortcut, destructive, enabled, begins} each; one
-// that begins a group has a line above it.
+// that begins a group has a line above it. As a page it has a way back and the width it is given.
 Popover {
     id: menu
 
@@ -13,9 +13,9 @@ Popover {
     /// Where the pointer was when the menu appeared below it: until it moves it has chosen nothing.
     property var restingPoint: null
 
-    padding: 6
+    padding: isPage ? 16 : 6
     contentWidth: Math.min(360, Math.max(148, widest))
-    contentHeight: Math.min(rows.height, 428, Math.max(180, overlays.roomHeight() / zoom - 120))
+    contentHeight: scroll.y + Math.min(rows.height, 428, Math.max(180, overlays.roomHeight() / zoom - 120))
     spokenName: title
     property real widest: 0
 
@@ -93,9 +93,16 @@ Popover {
         }
     }
 
+    Loader {
+        id: back
+        active: menu.isPage
+        width: parent.width
+        sourceComponent: PageHeading { page: menu; text: menu.spokenName }
+    }
     ScrollArea {
         id: scroll
         anchors.fill: parent
+        anchors.topMargin: menu.isPage ? back.height + 8 : 0
         contentHeight: rows.height
         Column {
             id: rows

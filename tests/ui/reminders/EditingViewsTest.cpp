@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
 using namespace kestrant;
 using namespace kestrant::test;
 using testing::ElementsAre;
@@ -142,20 +144,29 @@ TEST(EditingViews, ShowAFailureInThePopoverThatStaysOpenAndGrowsForIt) {
     EXPECT_TRUE(program.shows("Cet événement n’est plus disponible."));
 }
 
+TEST(EditingViews, ShowWhatCanBeChosenInTheFormsPlace) {
+    Editing program;
+    program.edit("Piano");
+    const OverlayHost& overlays = program.view.overlays();
+    const QQuickItem& form = *overlays.surface(QStringLiteral("edit"));
+    for (const auto& [opener, page] :
+         {std::pair("Starts, Sat 21 Nov", "day"), std::pair("Calendar, Private", "choice")}) {
+        program.tabTo(opener);
+        program.press(Qt::Key_Space, QStringLiteral(" "));
+        ASSERT_TRUE(program.isOpen(page));
+        ASSERT_EQ(overlays.surfaces().size(), 1U) << page;
+        EXPECT_EQ(overlays.surfaces().front().frame.topLeft(), form.position()) << page;
+        EXPECT_EQ(overlays.surfaces().front().frame.width(), form.width()) << page;
+        program.click("Back");
+        EXPECT_FALSE(program.isOpen(page));
+        EXPECT_TRUE(program.isOpen("edit"));
+    }
+}
+
 TEST(EditingViews, PickADayByKeyboardAndGoBackToTheOldOneOnEscape) {
     Editing program;
     program.edit("Piano");
     program.tabTo("Starts, Sat 21 Nov");
-    program.press(Qt::Key_Space, QStringLiteral(" "));
-    ASSERT_TRUE(program.isOpen("day"));
-    const OverlayHost& overlays = program.view.overlays();
-    ASSERT_EQ(overlays.surfaces().size(), 1U) << "the month stands in the form's place";
-    const QQuickItem& form = *overlays.surface(QStringLiteral("edit"));
-    EXPECT_EQ(overlays.surfaces().front().frame.topLeft(), form.position());
-    EXPECT_EQ(overlays.surfaces().front().frame.width(), form.width());
-    program.click("Back");
-    EXPECT_FALSE(program.isOpen("day"));
-    EXPECT_TRUE(program.isOpen("edit"));
     program.press(Qt::Key_Space, QStringLiteral(" "));
     program.press(Qt::Key_Right);
     program.press(Qt::Key_PageDown);
