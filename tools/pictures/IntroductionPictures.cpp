@@ -12,7 +12,7 @@ void tryOut(Stage& stage, std::initializer_list<Exercise> done) {
     for (const Exercise exercise : done)
         stage.onboarding.model()->noteTried(exercise);
     QCoreApplication::processEvents();
-    // Drawing is what lays out the cards: the pointer must not come upon them before.
+    // Drawing is what lays out the cards.
     stage.onboarding.window()->grabWindow();
 }
 

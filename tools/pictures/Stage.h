@@ -106,11 +106,16 @@ struct Stage : StageGround, PanelComposition {
         onboarding.window()->grabWindow();
     }
     void clickInIntroduction(QPointF place, Qt::MouseButton button) {
+        sendToIntroduction(QEvent::MouseMove, place, Qt::NoButton, Qt::NoButton);
         sendToIntroduction(QEvent::MouseButtonPress, place, button, button);
         sendToIntroduction(QEvent::MouseButtonRelease, place, button, Qt::NoButton);
+        // What opened takes the pointer from what it was on; without a move that happens with some later
+        // frame.
+        sendToIntroduction(QEvent::MouseMove, place, Qt::NoButton, Qt::NoButton);
     }
     /// Without letting go.
     void dragInIntroduction(QPointF from, QPointF to) {
+        sendToIntroduction(QEvent::MouseMove, from, Qt::NoButton, Qt::NoButton);
         sendToIntroduction(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
         for (int step = 1; step <= 4; ++step)
             sendToIntroduction(QEvent::MouseMove, from + (to - from) * step / 4, Qt::NoButton,
