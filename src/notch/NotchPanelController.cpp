@@ -32,11 +32,7 @@ NotchPanelController::NotchPanelController(const Environment& environment, Notch
     };
     panel_.onSwipeDown = [this] { return swipeDown(); };
     panel_.onSwipeUp = [this] { return swipeUp(); };
-    // An open popover has the keyboard to itself, but for taking back what it is saving.
-    panel_.onKeyboardCommand = [this](const QString& command) {
-        return (model_.presentedOverlayIDs().isEmpty() || command == QLatin1String("z")) &&
-               keyboardCommand(command);
-    };
+    panel_.onKeyboardCommand = [this](const QString& command) { return keyboardCommand(command); };
     panel_.window().setIgnoresMouseEvents(true);
 
     model_.setPointerPresenceProvider([this] { return pointerIsInside(); });

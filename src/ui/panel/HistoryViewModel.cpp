@@ -17,11 +17,15 @@ HistoryViewModel::HistoryViewModel(ReminderActionHistory& history, const NotchIn
     , localizer_(localizer) {
     connect(&history, &ReminderActionHistory::entriesChanged, this, &HistoryViewModel::followEntries);
     connect(&localizer, &Localizer::languageChanged, this, &HistoryViewModel::changed);
+    // Beneath an open popover nothing changes, but what it is saving may be taken back.
     subscriptions_.push_back(notifications.observe(notifications::undoReminderAction, [this, &interaction] {
         if (interaction.presentedOverlayIDs().isEmpty() || history_.hasActionsUnderWay())
             undo();
     }));
-    subscriptions_.push_back(notifications.observe(notifications::redoReminderAction, [this] { redo(); }));
+    subscriptions_.push_back(notifications.observe(notifications::redoReminderAction, [this, &interaction] {
+        if (interaction.presentedOverlayIDs().isEmpty())
+            redo();
+    }));
 }
 
 bool HistoryViewModel::canUndo() const {

@@ -212,6 +212,7 @@ Item {
         function onFindReminderRequested() {
             root.yearReveal.finish()
             root.recap.close()
+            root.overlays.dismissAll()
             root.content.openSearch()
         }
     }

@@ -75,8 +75,10 @@ TEST(Views, LeaveRemindersOfAReadOnlyListAlone) {
 
 TEST(Views, SearchWhileTypingAndLeaveTheSearchStepByStep) {
     ThreeCards program;
+    program.call("openSort");
     program.notifications.post(notifications::findReminder);
     QCoreApplication::processEvents();
+    EXPECT_FALSE(program.isOpen("sort"));
     EXPECT_TRUE(program.interaction.searchIsFocused());
     program.press(Qt::Key_B, QStringLiteral("b"));
     EXPECT_THAT(program.titles(), ElementsAre(QStringLiteral("b")));
