@@ -105,7 +105,7 @@ void measureSaving() {
     (void)database.open(local);
     std::vector<double> times;
     for (int run = 0; run < runs; ++run) {
-        const auto base = database.snapshot()->reminders.begin()->data;
+        const auto base = (*database.snapshot()->reminders.begin()).data;
         EKReminderData edited = *base;
         edited.title += QStringLiteral("!");
         times.push_back(milliseconds([&] { (void)database.save(base, edited, Instant(), local); }));

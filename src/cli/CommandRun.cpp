@@ -107,16 +107,15 @@ void CommandRun::printCalendars(EKEntityType type) const {
         print(calendarsAsTable(calendars, type, outputContext()));
 }
 
-void CommandRun::printError(const TextPair& message) const {
+void CommandRun::printError(const TextPair& message) {
+    told_.push_back(message);
     environment.err(onOneLine(localization(message)) + u'\n');
 }
 
 void CommandRun::printProblems() {
     for (const TextPair& problem : eventStore.problems()) {
-        if (std::find(told_.begin(), told_.end(), problem) != told_.end())
-            continue;
-        told_.push_back(problem);
-        printError(problem);
+        if (std::find(told_.begin(), told_.end(), problem) == told_.end())
+            printError(problem);
     }
 }
 
@@ -162,7 +161,6 @@ void CommandRun::finishReading() {
 }
 
 void CommandRun::refuse(const TextPair& reason) {
-    told_.push_back(reason);
     printError(reason);
     QCoreApplication::exit(refused);
 }

@@ -62,7 +62,7 @@ class CommandRun {
     void printIdentifiers(const QStringList& identifiers) const;
     /// The lists of reminders or the calendars of events.
     void printCalendars(EKEntityType type) const;
-    void printError(const TextPair& message) const;
+    void printError(const TextPair& message);
     /// The files that could not be read, and the lists that do not answer; each once.
     void printProblems();
     /// Whether any list of reminders (or calendar of events) could be asked: any at all, or the one named.

@@ -8,7 +8,6 @@ namespace kestrant {
 namespace {
 
 using items::ChangeRecord;
-using ::testing::IsEmpty;
 using vdir::VdirDatabase;
 using Result = tl::expected<EKSaveResult, EKError>;
 
@@ -221,7 +220,7 @@ TEST_F(VdirRevertingTest, TakesAwayWhatWasMadeOnlyWhileItSaysTheSame) {
     const auto noted = files();
     const Result taken = revert(made);
     ASSERT_TRUE(taken.has_value()) << "a flag and an acknowledgement are no changes";
-    EXPECT_THAT(database.snapshot()->reminders, IsEmpty());
+    EXPECT_EQ(database.snapshot()->reminders.size(), 0);
     ASSERT_TRUE(revert(taken).has_value());
     EXPECT_EQ(files(), noted);
     ASSERT_TRUE(edit(id, rename).has_value());

@@ -177,8 +177,8 @@ std::vector<QString> shown(VdirDatabase& database) {
     for (const items::Entry& entry : snapshot.reminders)
         result.push_back(entry.data->calendarItemIdentifier + '|' + entry.data->title + '|' +
                          QString::fromLatin1(entry.file) + '|' + entry.data->calendarIdentifier);
-    for (auto entry = snapshot.events.cbegin(); entry != snapshot.events.cend(); ++entry)
-        result.push_back(entry.key() + '|' + QString::fromLatin1(entry->file));
+    for (const items::EventEntry& entry : snapshot.events)
+        result.push_back(entry.event.identifier() + '|' + QString::fromLatin1(entry.file));
     const auto found =
         database.events({now - std::chrono::hours(24 * 30), now + std::chrono::hours(24 * 30), {}}, now);
     for (const auto& event : found.events)

@@ -4,63 +4,122 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
+#include <memory>
 #include <utility>
 #include <vector>
 
 namespace kestrant {
 
-/// Finds what touches a span of time without looking at everything: values in the order of their starts, each
-/// with the latest end up to it.
+/// Finds what touches a span of time without looking at everything: values in the order of their starts, in
+/// blocks with the latest end in each. Copies share the blocks, so that a change costs what the values of one
+/// block do.
 template <typename Value>
 class IntervalIndex {
   public:
-    void add(Instant start, Instant end, Value value) {
-        entries_.push_back({start, end, end, std::move(value)});
-    }
-    /// Takes out the values for which the predicate holds.
-    template <typename Predicate>
-    void removeIf(Predicate isDoomed) {
-        const auto isEntryDoomed = [&](const Entry& entry) { return isDoomed(entry.value); };
-        const auto sorted = entries_.begin() + sortedCount_;
-        sortedCount_ -= std::count_if(entries_.begin(), sorted, isEntryDoomed);
-        std::erase_if(entries_, isEntryDoomed);
+    void add(Instant start, Instant end, Value value) { added_.push_back({start, end, std::move(value)}); }
+    /// Takes a value out that was added with this start.
+    void remove(Instant start, const Value& value) {
+        const auto isIt = [&](const Entry& entry) { return entry.value == value; };
+        std::erase_if(added_, isIt);
+        // It may be in several blocks' range, since many values may have one start.
+        for (auto block = firstReaching(start);
+             block != blocks_.end() && (**block).entries.front().start <= start; ++block) {
+            const auto& entries = (**block).entries;
+            const auto found = std::find_if(entries.begin(), entries.end(), isIt);
+            if (found == entries.end())
+                continue;
+            std::vector<Entry> rest(entries.begin(), found);
+            rest.insert(rest.end(), std::next(found), entries.end());
+            if (rest.empty())
+                blocks_.erase(block);
+            else
+                *block = blockOf(std::move(rest));
+            return;
+        }
     }
 
-    /// To be called after the last change and before the first forEachTouching(). Sorts what was added since
-    /// the last time only.
+    /// To be called after the last change and before the first forEachTouching().
     void prepare() {
         const auto startsEarlier = [](const Entry& a, const Entry& b) { return a.start < b.start; };
-        const auto sorted = entries_.begin() + sortedCount_;
-        std::stable_sort(sorted, entries_.end(), startsEarlier);
-        std::inplace_merge(entries_.begin(), sorted, entries_.end(), startsEarlier);
-        sortedCount_ = std::ssize(entries_);
-        Instant latest = Instant::min();
-        for (Entry& entry : entries_)
-            entry.latestEnd = latest = std::max(latest, entry.end);
+        std::vector<Entry> added = std::exchange(added_, {});
+        std::stable_sort(added.begin(), added.end(), startsEarlier);
+        if (blocks_.empty()) {
+            append(blocks_, std::move(added));
+            return;
+        }
+        for (Entry& entry : added) {
+            auto block = firstReaching(entry.start);
+            if (block == blocks_.end())
+                --block;
+            std::vector<Entry> entries = (**block).entries;
+            entries.insert(std::upper_bound(entries.begin(), entries.end(), entry, startsEarlier),
+                           std::move(entry));
+            Blocks parts;
+            append(parts, std::move(entries));
+            block = blocks_.erase(block);
+            blocks_.insert(block, parts.begin(), parts.end());
+        }
     }
 
-    /// Calls `visit` for each value that starts at or before `to`, and some that end before `from`, but none
-    /// of those before all that reach `from`.
+    /// Calls `visit` for each value that starts at or before `to` and ends at or after `from`.
     template <typename Visit>
     void forEachTouching(Instant from, Instant to, Visit visit) const {
-        auto entry = std::partition_point(entries_.begin(), entries_.end(),
-                                          [&](const Entry& e) { return e.latestEnd < from; });
-        for (; entry != entries_.end() && entry->start <= to; ++entry)
-            visit(entry->value);
+        for (const auto& block : blocks_) {
+            if (block->entries.front().start > to)
+                return;
+            if (block->latestEnd < from)
+                continue;
+            for (const Entry& entry : block->entries) {
+                if (entry.start <= to && entry.end >= from)
+                    visit(entry.value);
+            }
+        }
     }
 
   private:
+    static constexpr std::size_t mostInBlock = 512;
+
     struct Entry {
         Instant start;
         Instant end;
-        /// The latest one of the ends up to it.
-        Instant latestEnd;
         Value value;
     };
+    struct Block {
+        /// In the order of their starts; never empty.
+        std::vector<Entry> entries;
+        Instant latestEnd;
+    };
+    using Blocks = std::vector<std::shared_ptr<const Block>>;
 
-    std::vector<Entry> entries_;
-    std::ptrdiff_t sortedCount_ = 0;
+    static std::shared_ptr<const Block> blockOf(std::vector<Entry> entries) {
+        Instant latest = Instant::min();
+        for (const Entry& entry : entries)
+            latest = std::max(latest, entry.end);
+        return std::make_shared<const Block>(Block{std::move(entries), latest});
+    }
+    /// Appends sorted values, in as many blocks as they need.
+    static void append(Blocks& blocks, std::vector<Entry> entries) {
+        if (entries.size() <= mostInBlock) {
+            if (!entries.empty())
+                blocks.push_back(blockOf(std::move(entries)));
+            return;
+        }
+        // Half full, so that there is room for what is added between them.
+        constexpr std::size_t many = mostInBlock / 2;
+        for (std::size_t begin = 0; begin < entries.size(); begin += many) {
+            const auto first = std::make_move_iterator(entries.begin() + std::ptrdiff_t(begin));
+            const auto count = std::ptrdiff_t(std::min(many, entries.size() - begin));
+            blocks.push_back(blockOf(std::vector<Entry>(first, first + count)));
+        }
+    }
+    /// The first block that ends with a start at or after this one.
+    typename Blocks::iterator firstReaching(Instant start) {
+        return std::partition_point(blocks_.begin(), blocks_.end(),
+                                    [&](const auto& block) { return block->entries.back().start < start; });
+    }
+
+    Blocks blocks_;
+    std::vector<Entry> added_;
 };
 
 }  // namespace kestrant

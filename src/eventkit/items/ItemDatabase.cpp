@@ -84,7 +84,7 @@ bool ItemDatabase::placeEvents(const TimeZone& local) {
 EKReminders ItemDatabase::reminders(const EKPredicate& predicate, const TimeZone& local) {
     if (!parted_.of.isSharedWith(snapshot_->reminders)) {
         parted_ = {.of = snapshot_->reminders, .open = {}, .completed = {}};
-        for (const Entry& entry : std::as_const(parted_.of))
+        for (const Entry& entry : parted_.of)
             (entry.data->isCompleted ? parted_.completed : parted_.open).push_back(entry.data);
     }
     const bool wantsCompleted = predicate.kind == EKPredicate::Kind::completedReminders;
@@ -101,8 +101,8 @@ EKEvents ItemDatabase::events(const EKEventPredicate& predicate, Instant now) {
     EventsFound result = fetchEvents(*snapshot_, predicate, now);
     bool isNews = false;
     for (const auto& series : result.costly) {
-        const auto entry = snapshot_->events.constFind(series->identifier());
-        if (entry == snapshot_->events.cend())
+        const EventEntry* const entry = snapshot_->events.find(series->identifier());
+        if (!entry)
             continue;
         const auto [collection, file] = locationOf(*entry);
         ItemFile& items = contents_.collections[collection].files[file];

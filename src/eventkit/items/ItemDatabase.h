@@ -21,6 +21,23 @@ struct ReminderEdit {
     EKReminderData edited;
 };
 
+/// How many files of a collection hold items of each kind, and how many cannot be shown.
+struct Holdings {
+    int withReminders = 0;
+    int withEvents = 0;
+    int withProblems = 0;
+
+    void add(const ItemFile& file) { count(file, 1); }
+    void remove(const ItemFile& file) { count(file, -1); }
+
+  private:
+    void count(const ItemFile& file, int times) {
+        withReminders += file.reminders.empty() ? 0 : times;
+        withEvents += file.holdsEvents ? times : 0;
+        withProblems += file.problem ? times : 0;
+    }
+};
+
 /// A database of iCalendar texts, read and written at once. Every write begins
 /// with a look at what is stored: what was changed there meanwhile is kept, or
 /// the write is refused where both sides changed the same. Thread: any one at a
@@ -94,7 +111,7 @@ class ItemDatabase {
     void rebuildSnapshot();
     [[nodiscard]] std::shared_ptr<const Snapshot> wholeSnapshot();
     /// The snapshot with nothing but the changed files exchanged; null where that does not do.
-    [[nodiscard]] std::shared_ptr<const Snapshot> withChangedFiles() const;
+    [[nodiscard]] std::shared_ptr<const Snapshot> withChangedFiles();
     /// Remembers what is known of a file that is about to change.
     void noteBefore(const FileLocation& location);
     /// The same for all of the files, if nothing else is going to change; whether that is so.
@@ -110,8 +127,7 @@ class ItemDatabase {
                                               const QByteArray& key) {
         const QString alone = QString::fromUtf8(key);
         for (const QString& identifier : {alone, identifierByLocation(alone, location, 0)}) {
-            if (const auto entry = entries.constFind(identifier);
-                entry != entries.cend() && locationOf(*entry) == location)
+            if (const auto* const entry = entries.find(identifier); entry && locationOf(*entry) == location)
                 return identifier;
         }
         return {};
@@ -221,13 +237,15 @@ class ItemDatabase {
     std::shared_ptr<const Snapshot> snapshot_ = std::make_shared<const Snapshot>();
     /// The reminders of a snapshot, open and completed ones apart, since most questions are about either.
     struct Parted {
-        QHash<QString, Entry> of;
+        SharedMap<Entry> of;
         EKReminders open;
         EKReminders completed;
     };
     Parted parted_;
     /// Whether items of the snapshot have identifiers with their place in them.
     bool hasNamesakes_ = false;
+    /// Of the snapshot, by collection.
+    std::map<QByteArray, Holdings> holdings_;
     /// The files changed since the snapshot was made, as they were then; absent where that is not known.
     std::optional<std::map<FileLocation, ItemFile>> changedFiles_;
 };

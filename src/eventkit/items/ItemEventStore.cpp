@@ -194,10 +194,8 @@ EKReminderRef ItemEventStore::calendarItem(const QString& withIdentifier) {
 }
 
 std::shared_ptr<const EKReminderData> ItemEventStore::storedReminder(const QString& identifier) const {
-    const auto found = snapshot_->reminders.constFind(identifier);
-    if (status_ != EKAuthorizationStatus::fullAccess || found == snapshot_->reminders.cend())
-        return nullptr;
-    return found->data;
+    const Entry* const found = snapshot_->reminders.find(identifier);
+    return status_ == EKAuthorizationStatus::fullAccess && found ? found->data : nullptr;
 }
 
 void ItemEventStore::events(const EKEventPredicate& matching, EventsCompletion completion) {

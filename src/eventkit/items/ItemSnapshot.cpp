@@ -26,13 +26,13 @@ QString identifierByLocation(const QString& identifier, const FileLocation& loca
 
 std::shared_ptr<const EKEventData> Snapshot::event(const QString& identifier,
                                                    const std::optional<Instant>& occurrenceDate) const {
-    const auto entry = events.constFind(identifier);
-    return entry == events.cend() ? nullptr : entry->event.occurrence(occurrenceDate);
+    const EventEntry* const entry = events.find(identifier);
+    return entry ? entry->event.occurrence(occurrenceDate) : nullptr;
 }
 
 std::shared_ptr<const EKEventData> Snapshot::firstEvent(const QString& identifier) const {
-    const auto entry = events.constFind(identifier);
-    return entry == events.cend() ? nullptr : entry->event.first();
+    const EventEntry* const entry = events.find(identifier);
+    return entry ? entry->event.first() : nullptr;
 }
 
 std::optional<EKCalendar> Snapshot::calendar(const QString& identifier) const {

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "eventkit/items/IntervalIndex.h"
+#include "eventkit/items/SharedMap.h"
 #include "eventkit/items/StorageContents.h"
 #include "eventkit/model/EKEventStore.h"
-
-#include <QHash>
 
 #include <memory>
 #include <optional>
@@ -42,8 +41,8 @@ struct Snapshot {
     /// By calendarItemIdentifier: the UID; where several files claim one, all but
     /// the first (by collection and file name) get an identifier with their place
     /// in it, and so does an item without UID.
-    QHash<QString, Entry> reminders;
-    QHash<QString, EventEntry> events;
+    SharedMap<Entry> reminders;
+    SharedMap<EventEntry> events;
     std::vector<TextPair> problems;
 
     /// The occurrence of an event with this occurrenceDate; null when there is none.

@@ -9,7 +9,6 @@
 #include "eventkit/model/ReminderChanges.h"
 
 #include <QFile>
-#include <QHash>
 
 #include <functional>
 #include <optional>
@@ -178,8 +177,8 @@ tl::expected<std::pair<ItemDatabase::OpenFile, Item>, EKError>
 ItemDatabase::openWith(const QString& identifier, const TimeZone& local) {
     constexpr auto entries = ItemKind<Item>::entries;
     for (int attempt = 0; attempt < 2; ++attempt) {
-        const auto entry = ((*snapshot_).*entries).constFind(identifier);
-        if (entry == ((*snapshot_).*entries).cend())
+        const auto* const entry = ((*snapshot_).*entries).find(identifier);
+        if (!entry)
             break;
         const FileLocation location = locationOf(*entry);
         auto file = openFile(location);

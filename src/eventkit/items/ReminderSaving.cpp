@@ -169,8 +169,8 @@ tl::expected<EKSaveResult, EKError> ItemDatabase::remove(const QString& identifi
         rebuildSnapshot();
         return resultOf(EKEntityType::reminder, {{identifier, opened->state(), std::nullopt}});
     };
-    const auto entry = snapshot_->reminders.constFind(identifier);
-    if (entry == snapshot_->reminders.cend())
+    const Entry* const entry = snapshot_->reminders.find(identifier);
+    if (!entry)
         return tl::unexpected(itemNotFoundError());
     return persist<EKSaveResult>(entry->data->title, {entry->data->calendarIdentifier}, attempt);
 }

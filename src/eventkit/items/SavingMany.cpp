@@ -15,8 +15,8 @@ std::vector<tl::expected<EKSaveResult, EKError>> ItemDatabase::saveAll(const std
     for (std::size_t i = 0; isOpen_ && i < edits.size(); ++i) {
         if (!edits[i].base)
             continue;
-        const auto entry = snapshot_->reminders.constFind(edits[i].base->calendarItemIdentifier);
-        if (entry == snapshot_->reminders.cend() || !taken.insert(locationOf(*entry)).second)
+        const Entry* const entry = snapshot_->reminders.find(edits[i].base->calendarItemIdentifier);
+        if (!entry || !taken.insert(locationOf(*entry)).second)
             continue;
         candidates.push_back(i);
         locations.push_back(locationOf(*entry));

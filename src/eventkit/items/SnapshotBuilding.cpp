@@ -15,17 +15,11 @@ namespace {
 /// More changed files than this are not exchanged one by one.
 constexpr std::size_t mostFilesExchanged = 200;
 
-EKCalendar calendarFrom(const QByteArray& name, const Collection& collection) {
-    bool holdsReminders = false;
-    bool holdsEvents = false;
-    bool holdsProblems = false;
-    for (const auto& [file, items] : collection.files) {
-        holdsReminders = holdsReminders || !items.reminders.empty();
-        holdsEvents = holdsEvents || items.holdsEvents;
-        holdsProblems = holdsProblems || items.problem;
-    }
+EKCalendar calendarFrom(const QByteArray& name, const Collection& collection, const Holdings& holdings) {
+    const bool holdsReminders = holdings.withReminders > 0;
+    const bool holdsEvents = holdings.withEvents > 0;
     // One of which nothing could be read has said nothing.
-    const bool isSilent = holdsProblems && !holdsReminders && !holdsEvents;
+    const bool isSilent = holdings.withProblems > 0 && !holdsReminders && !holdsEvents;
     return {.calendarIdentifier = QFile::decodeName(name),
             .title = collection.title,
             .color = collection.color,
@@ -37,7 +31,8 @@ EKCalendar calendarFrom(const QByteArray& name, const Collection& collection) {
             .isAnswering = collection.isAnswering && !isSilent};
 }
 
-std::vector<EKCalendar> orderedCalendars(const StorageContents& contents) {
+std::vector<EKCalendar> orderedCalendars(const StorageContents& contents,
+                                         const std::map<QByteArray, Holdings>& holdings) {
     using Named = std::pair<QByteArray, const Collection*>;
     std::vector<Named> named;
     for (const auto& [name, collection] : contents.collections)
@@ -51,7 +46,7 @@ std::vector<EKCalendar> orderedCalendars(const StorageContents& contents) {
     std::vector<EKCalendar> result;
     result.reserve(named.size());
     for (const auto& [name, collection] : named)
-        result.push_back(calendarFrom(name, *collection));
+        result.push_back(calendarFrom(name, *collection, holdings.at(name)));
     return result;
 }
 
@@ -107,8 +102,6 @@ void ItemDatabase::rebuildSnapshot() {
 
 std::shared_ptr<const Snapshot> ItemDatabase::wholeSnapshot() {
     auto snapshot = std::make_shared<Snapshot>();
-    snapshot->calendars = orderedCalendars(contents_);
-    chooseStandards(*snapshot, contents_);
     hasNamesakes_ = false;
     for (const auto& problem : {contents_.problem, contents_.notice}) {
         if (problem)
@@ -116,12 +109,17 @@ std::shared_ptr<const Snapshot> ItemDatabase::wholeSnapshot() {
     }
     qsizetype reminders = 0;
     qsizetype events = 0;
+    holdings_.clear();
     for (const auto& [name, collection] : contents_.collections) {
+        Holdings& holdings = holdings_[name];
         for (const auto& [file, items] : collection.files) {
+            holdings.add(items);
             reminders += std::ssize(items.reminders);
             events += std::ssize(items.events);
         }
     }
+    snapshot->calendars = orderedCalendars(contents_, holdings_);
+    chooseStandards(*snapshot, contents_);
     snapshot->reminders.reserve(reminders);
     snapshot->events.reserve(events);
     for (const auto& [name, collection] : contents_.collections) {
@@ -141,13 +139,11 @@ std::shared_ptr<const Snapshot> ItemDatabase::wholeSnapshot() {
     return snapshot;
 }
 
-std::shared_ptr<const Snapshot> ItemDatabase::withChangedFiles() const {
+std::shared_ptr<const Snapshot> ItemDatabase::withChangedFiles() {
     if (!changedFiles_ || changedFiles_->size() > mostFilesExchanged || hasNamesakes_)
         return nullptr;
     auto snapshot = std::make_shared<Snapshot>(*snapshot_);
     std::set<QByteArray> collections;
-    std::set<const void*> former;
-    bool hasEvents = false;
     for (const auto& [location, before] : *changedFiles_) {
         // Problems are told in the order of the files.
         if (before.problem || before.warning)
@@ -156,32 +152,30 @@ std::shared_ptr<const Snapshot> ItemDatabase::withChangedFiles() const {
             snapshot->reminders.remove(reminder->calendarItemIdentifier);
         for (const CompactEvent& event : before.events) {
             snapshot->events.remove(event.identifier());
-            event.forEachSingle([&](const auto& single) { former.insert(single.get()); });
-            former.insert(event.series().get());
+            event.forEachSingle(
+                [&](const auto& single) { snapshot->singleEvents.remove(single->startDate, single); });
+            if (const auto bounds = event.series() ? event.series()->recurring() : std::nullopt)
+                snapshot->ruledEvents.remove(bounds->start, event.series());
         }
-        hasEvents = hasEvents || !before.events.empty();
+        holdings_[location.collection].remove(before);
         collections.insert(location.collection);
     }
-    snapshot->singleEvents.removeIf([&](const auto& single) { return former.contains(single.get()); });
-    snapshot->ruledEvents.removeIf([&](const auto& series) { return former.contains(series.get()); });
     for (const auto& [location, before] : *changedFiles_) {
         const auto& files = contents_.collections.at(location.collection).files;
         const auto now = files.find(location.file);
         if (now == files.end())
             continue;
+        holdings_[location.collection].add(now->second);
         if (now->second.problem || now->second.warning || !addReminders(*snapshot, location, now->second) ||
             !addEvents(*snapshot, location, now->second))
             return nullptr;
-        hasEvents = hasEvents || !now->second.events.empty();
     }
-    if (hasEvents) {
-        snapshot->singleEvents.prepare();
-        snapshot->ruledEvents.prepare();
-    }
+    snapshot->singleEvents.prepare();
+    snapshot->ruledEvents.prepare();
     for (EKCalendar& calendar : snapshot->calendars) {
         const QByteArray name = QFile::encodeName(calendar.calendarIdentifier);
         if (collections.contains(name))
-            calendar = calendarFrom(name, contents_.collections.at(name));
+            calendar = calendarFrom(name, contents_.collections.at(name), holdings_[name]);
     }
     chooseStandards(*snapshot, contents_);
     return snapshot;

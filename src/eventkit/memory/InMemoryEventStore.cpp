@@ -250,8 +250,8 @@ QString InMemoryEventStore::putReminder(const EKReminderData& data) {
                                                                : data.calendarItemIdentifier;
     const TimeZone local = currentZone_.zone();
     const auto& reminders = snapshot()->reminders;
-    const auto entry = reminders.constFind(identifier);
-    if (entry == reminders.cend()) {
+    const auto* const entry = reminders.find(identifier);
+    if (!entry) {
         put(std::nullopt, data.calendarIdentifier, identifier,
             icalendar::makeTodo(identifier.toUtf8(), data, local, clock_.now()));
         return identifier;
@@ -268,24 +268,21 @@ QString InMemoryEventStore::putReminder(const EKReminderData& data) {
 }
 
 void InMemoryEventStore::dropReminder(const QString& identifier) {
-    const auto& reminders = snapshot()->reminders;
-    if (const auto entry = reminders.constFind(identifier); entry != reminders.cend())
+    if (const auto* const entry = snapshot()->reminders.find(identifier))
         drop(locationOf(*entry));
 }
 
 QString InMemoryEventStore::putEvent(const EKEventData& data) {
     QString identifier = data.calendarItemIdentifier.isEmpty() ? QString::fromUtf8(items::newUid())
                                                                : data.calendarItemIdentifier;
-    const auto& events = snapshot()->events;
-    const auto entry = events.constFind(identifier);
-    put(entry == events.cend() ? std::nullopt : std::optional(locationOf(*entry)), data.calendarIdentifier,
-        identifier, icalendar::makeEvent(identifier.toUtf8(), data, currentZone_.zone(), clock_.now()));
+    const auto* const entry = snapshot()->events.find(identifier);
+    put(entry ? std::optional(locationOf(*entry)) : std::nullopt, data.calendarIdentifier, identifier,
+        icalendar::makeEvent(identifier.toUtf8(), data, currentZone_.zone(), clock_.now()));
     return identifier;
 }
 
 void InMemoryEventStore::dropEvent(const QString& identifier) {
-    const auto& events = snapshot()->events;
-    if (const auto entry = events.constFind(identifier); entry != events.cend())
+    if (const auto* const entry = snapshot()->events.find(identifier))
         drop(locationOf(*entry));
 }
 
