@@ -4,10 +4,17 @@
 #include "speech/Tokens.h"
 #include "speech/Vocabulary.h"
 
+#include <cstdint>
 #include <optional>
 #include <vector>
 
 namespace kestrant::speech {
+
+/// For the fields of a meaning, which are bytes.
+template <typename Number>
+std::uint8_t small(Number value) {
+    return static_cast<std::uint8_t>(value);
+}
 
 /// Words that belong together and say one thing about a moment.
 struct Atom {

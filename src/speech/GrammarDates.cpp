@@ -10,45 +10,7 @@ using Gap = Token::Gap;
 using Kind = Token::Kind;
 using Need = Atom::Need;
 
-template <typename Number>
-std::uint8_t small(Number value) {
-    return static_cast<std::uint8_t>(value);
-}
-
 }  // namespace
-
-std::optional<Grammar::Number> Grammar::ordinal(int i) const {
-    if (tokens_.isKind(i, Kind::number) && tokens_[i].digits <= 2) {
-        if (tokens_.isGlued(i + 1) && senses_.has(i + 1, Sense::ordinalEnding) &&
-            (!tokens_.isGlued(i + 2) || tokens_.isKind(i + 2, Kind::sign)))
-            return Number{tokens_[i].number, i + 2, tokens_[i].digits};
-        return std::nullopt;
-    }
-    if (const Found* found = senses_.find(i, Sense::ordinal))
-        return Number{found->word.value, found->end, 0};
-    return std::nullopt;
-}
-
-/// A day of the month as a number or an ordinal; `digits` is 0 for an ordinal.
-std::optional<Grammar::Number> Grammar::dayOfMonth(int i) const {
-    std::optional<Number> result = ordinal(i);
-    if (result)
-        result->digits = 0;
-    else
-        result = number(i);
-    const bool isOne = result && result->digits == 0 && result->value == 1 && senses_.has(i, Sense::number);
-    if (!result || isOne || result->value < 1 || result->value > 31 || result->digits > 2)
-        return std::nullopt;
-    return result;
-}
-
-std::optional<Grammar::Number> Grammar::year(int i) const {
-    int at = tokens_.isSign(i, u',') ? i + 1 : i;
-    if (tokens_.isKind(at, Kind::number) && tokens_[at].digits == 4 && tokens_[at].gap != Gap::none &&
-        tokens_[at].number >= 2000 && tokens_[at].number <= 2199 && tokens_.ends(at + 1))
-        return Number{tokens_[at].number, at + 1, 4};
-    return std::nullopt;
-}
 
 /// "27 march", "27th of March 2027", "1er mai", "march 27", "May 5th, 2027".
 void Grammar::addDates(int i, Atoms& result) const {

@@ -1,3 +1,4 @@
+#include "speech/Dates.h"
 #include "speech/Grammar.h"
 
 #include <algorithm>
@@ -9,11 +10,6 @@ namespace {
 using Gap = Token::Gap;
 using Kind = Token::Kind;
 using Need = Atom::Need;
-
-template <typename Number>
-std::uint8_t small(Number value) {
-    return static_cast<std::uint8_t>(value);
-}
 
 }  // namespace
 

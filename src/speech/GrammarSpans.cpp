@@ -1,3 +1,4 @@
+#include "speech/Dates.h"
 #include "speech/Grammar.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 #include "speech/Meaning.h"
 
 #include "eventkit/recurrence/OccurrenceIterator.h"
+#include "speech/Dates.h"
 
 #include <QStringList>
 
@@ -17,16 +18,6 @@ constexpr int wholeDay = 1440;
 
 QTime timeOf(int minute) {
     return QTime(0, 0).addSecs(minute % wholeDay * 60);
-}
-
-/// The Sunday of Easter (Meeus, Jones, Butcher).
-QDate easter(int year) {
-    const int a = year % 19, b = year / 100, c = year % 100;
-    const int d = b / 4, e = b % 4, f = (b + 8) / 25, g = (b - f + 1) / 3;
-    const int h = (19 * a + b - d - g + 15) % 30, i = c / 4, k = c % 4;
-    const int l = (32 + 2 * e + 2 * i - h - k) % 7, m = (a + 11 * h + 22 * l) / 451;
-    const int n = h + l - 7 * m + 114;
-    return {year, n / 31, n % 31 + 1};
 }
 
 /// The day that the parts about days mean.
@@ -137,84 +128,9 @@ std::optional<Moment> firstOf(const Meaning& meaning, const Rule& rule, const Pr
 
 }  // namespace
 
-Length& Length::operator+=(const Length& other) {
-    months += other.months;
-    days += other.days;
-    minutes += other.minutes;
-    return *this;
-}
-
 QTime usualTime(DayPart part) {
     constexpr std::array hours{0, 9, 15, 19, 21};
     return {hours.at(static_cast<std::size_t>(part)), 0};
-}
-
-bool Rule::extendWith(const Rule& tail) {
-    constexpr std::uint8_t everyDay = 0b1111111;
-    if (tail.count > 0 || tail.until.isValid() || !tail.lasts.isNothing()) {
-        if (count > 0 || until.isValid() || !lasts.isNothing())
-            return false;
-        count = tail.count;
-        until = tail.until;
-        lasts = tail.lasts;
-        return true;
-    }
-    if (tail.frequency == Frequency::none && tail.weekdays != 0) {
-        const bool isDaily =
-            (frequency == Frequency::daily && interval == 1) || frequency == Frequency::weekly;
-        const auto left = static_cast<std::uint8_t>((weekdays != 0 ? weekdays : everyDay) & ~tail.weekdays);
-        if (!isDaily || left == 0)
-            return false;
-        frequency = Frequency::weekly;
-        weekdays = left;
-        return true;
-    }
-    if (tail.frequency == Frequency::none)
-        return true;
-    if (weekdays != 0 || monthDays != 0)
-        return false;
-    if (tail.frequency == Frequency::weekly &&
-        (frequency == Frequency::weekly || frequency == Frequency::daily))
-        frequency = Frequency::weekly;
-    else if (tail.frequency != Frequency::monthly || frequency != Frequency::monthly)
-        return false;
-    weekdays = tail.weekdays;
-    nth = tail.nth;
-    monthDays = tail.monthDays;
-    return true;
-}
-
-QString Rule::text() const {
-    constexpr std::array names{"", "HOURLY", "DAILY", "WEEKLY", "MONTHLY", "YEARLY"};
-    constexpr std::array days{"MO", "TU", "WE", "TH", "FR", "SA", "SU"};
-    QString result = QStringLiteral("FREQ=") + QLatin1String(names.at(static_cast<std::size_t>(frequency)));
-    if (interval > 1)
-        result += QStringLiteral(";INTERVAL=%1").arg(interval);
-    if (month != 0)
-        result += QStringLiteral(";BYMONTH=%1").arg(month);
-    if (monthDays != 0) {
-        QStringList numbers;
-        for (int day = 1; day <= 31; ++day) {
-            if ((monthDays >> day & 1) != 0)
-                numbers.append(QString::number(day));
-        }
-        if ((monthDays & 1) != 0)
-            numbers.append(QStringLiteral("-1"));
-        result += QStringLiteral(";BYMONTHDAY=") + numbers.join(u',');
-    }
-    if (weekdays != 0) {
-        QStringList list;
-        for (std::size_t day = 0; day < days.size(); ++day) {
-            if ((weekdays >> day & 1) != 0)
-                list.append((nth != 0 ? QString::number(nth) : QString()) + QLatin1String(days.at(day)));
-        }
-        result += QStringLiteral(";BYDAY=") + list.join(u',');
-    }
-    if (count > 0)
-        result += QStringLiteral(";COUNT=%1").arg(count);
-    else if (until.isValid())
-        result += QStringLiteral(";UNTIL=") + until.toString(QStringLiteral("yyyyMMdd"));
-    return result;
 }
 
 std::optional<Meaning> Meaning::joined(const Meaning& a, const Meaning& b, const Present& present) {
@@ -297,64 +213,6 @@ Rule completedRule(const Meaning& meaning) {
         rule.frequency = Frequency::yearly;
     }
     return rule;
-}
-
-QDate nextDate(QDate from, int month, int monthDay, int weekday) {
-    const int months = weekday != 0 ? 12 * 28 : 12 * 8;
-    for (int ahead = 0; ahead <= months; ++ahead) {
-        const QDate first = QDate(from.year(), from.month(), 1).addMonths(ahead);
-        const QDate date(first.year(), first.month(), monthDay);
-        if (date.isValid() && date >= from && (month == 0 || first.month() == month) &&
-            (weekday == 0 || date.dayOfWeek() == weekday))
-            return date;
-    }
-    return {};
-}
-
-QDate nthWeekday(QDate first, QDate last, int weekday, int nth) {
-    const QDate earliest = first.addDays((weekday - first.dayOfWeek() + 7) % 7);
-    const QDate latest = last.addDays(-((last.dayOfWeek() - weekday + 7) % 7));
-    const QDate day = nth > 0 ? earliest.addDays(7 * (nth - 1)) : latest.addDays(7 * (nth + 1));
-    return day >= first && day <= last ? day : QDate();
-}
-
-QDate feast(int number, int year) {
-    switch (number) {
-    case 1:
-        return {year, 12, 24};
-    case 2:
-        return {year, 12, 25};
-    case 3:
-        return {year, 12, 26};
-    case 4:
-        return {year, 12, 31};
-    case 5:
-        return {year, 1, 1};
-    case 6:
-        return {year, 10, 31};
-    case 7:
-        return {year, 2, 14};
-    case 8:
-        return easter(year);
-    case 9:
-        return easter(year).addDays(1);
-    case 10:
-        return {year, 3, 17};
-    case 11:
-        return nthWeekday({year, 11, 1}, {year, 11, 30}, Qt::Thursday, 4);
-    case 12:
-        return easter(year).addDays(39);
-    case 13:
-        return easter(year).addDays(50);
-    case 14:
-        return easter(year).addDays(49);
-    case 15:
-        return {year, 11, 1};
-    case 16:
-        return {year, 11, 11};
-    default:
-        return {};
-    }
 }
 
 std::optional<Moment> resolved(const Meaning& meaning, const Present& present) {

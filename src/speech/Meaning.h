@@ -3,6 +3,7 @@
 #include "foundation/Instant.h"
 #include "foundation/Text.h"
 #include "foundation/TimeZone.h"
+#include "speech/Rule.h"
 
 #include <QDate>
 #include <QString>
@@ -29,44 +30,8 @@ struct Present {
     [[nodiscard]] QDate today() const { return zone.dayOf(now); }
 };
 
-/// A length of time. Months and days are those of the calendar.
-struct Length {
-    int months = 0;
-    int days = 0;
-    qint64 minutes = 0;
-
-    [[nodiscard]] bool isNothing() const { return months == 0 && days == 0 && minutes == 0; }
-    Length& operator+=(const Length& other);
-    [[nodiscard]] QDate addedTo(QDate day, int sign = 1) const {
-        return day.addMonths(sign * months).addDays(sign * days);
-    }
-};
-
 enum class DayPart : std::uint8_t { none, morning, afternoon, evening, night };
 [[nodiscard]] QTime usualTime(DayPart part);
-
-/// A repetition, as far as a line can say it (RFC 5545, 3.3.10).
-struct Rule {
-    enum class Frequency : std::uint8_t { none, hourly, daily, weekly, monthly, yearly };
-    Frequency frequency = Frequency::none;
-    int interval = 1;
-    int count = 0;
-    /// Bits from Monday on.
-    std::uint8_t weekdays = 0;
-    /// Which of these weekdays in the month, from its end when negative; 0 for all.
-    int nth = 0;
-    /// Bits 1 to 31; bit 0 is the last day.
-    std::uint32_t monthDays = 0;
-    int month = 0;
-    QDate until;
-    /// How long it goes on from its first date: "for 3 weeks".
-    Length lasts;
-
-    /// Takes over what is said behind it: an end, days, days that are left out. False where it does not fit.
-    [[nodiscard]] bool extendWith(const Rule& tail);
-    /// The value of an RRULE.
-    [[nodiscard]] QString text() const;
-};
 
 /// What words say about a moment. Absent values are open; those of neighbours are joined, and a date is made
 /// of them at the end.
@@ -131,11 +96,5 @@ struct Moment {
 
 /// The rule with the days that were said beside it: "monthly on the 15th".
 [[nodiscard]] Rule completedRule(const Meaning& meaning);
-/// The next date with these parts from `from` on; 0 for what is open.
-[[nodiscard]] QDate nextDate(QDate from, int month, int monthDay, int weekday = 0);
-/// Which of the weekdays of a span of days; -1 the last one. Invalid where there is none.
-[[nodiscard]] QDate nthWeekday(QDate first, QDate last, int weekday, int nth);
-/// Feasts by the numbers of the language files, in a year.
-[[nodiscard]] QDate feast(int number, int year);
 
 }  // namespace kestrant::speech

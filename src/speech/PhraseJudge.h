@@ -1,40 +1,10 @@
 #pragma once
 
-#include "speech/Grammar.h"
-#include "speech/Phrases.h"
+#include "speech/Chains.h"
 
-#include <QVarLengthArray>
-
-#include <optional>
 #include <vector>
 
 namespace kestrant::speech {
-
-/// Neighbouring atoms that agree, and what is known of how sure they are.
-struct Chain {
-    int begin = 0;
-    int end = 0;
-    Meaning meaning;
-    std::optional<Meaning> until;
-    QVarLengthArray<PhrasePart, 8> parts;
-    int atoms = 0;
-    bool isClear = false;
-    bool hasRoomWord = false;
-    bool hasOpening = false;
-    bool hasLead = false;
-    bool isLed = false;
-    bool hasFrom = false;
-    /// Begins with "de", which makes a time a part of the title unless it is a span.
-    bool isGenitive = false;
-    bool isAmbiguous = false;
-    /// The last words are a time, behind which a zone may stand.
-    bool endsWithTime = false;
-    bool endsWithNumber = false;
-    bool isBareTime = false;
-    bool isBareDay = false;
-    /// Begins with a number that is nothing by itself.
-    bool isLoose = false;
-};
 
 /// Decides whether a chain of words that could say when does so where it stands in its line. Everything must
 /// outlive it.

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QDate>
+
+namespace kestrant::speech {
+
+/// The next date with these parts from `from` on; 0 for what is open.
+[[nodiscard]] QDate nextDate(QDate from, int month, int monthDay, int weekday = 0);
+/// Which of the weekdays of a span of days; -1 the last one. Invalid where there is none.
+[[nodiscard]] QDate nthWeekday(QDate first, QDate last, int weekday, int nth);
+/// Feasts by the numbers of the language files, in a year.
+[[nodiscard]] QDate feast(int number, int year);
+
+}  // namespace kestrant::speech
