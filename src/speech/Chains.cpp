@@ -90,15 +90,17 @@ void ChainReader::consider(const Chain& chain) {
 
 /// "of", "de": what they lead to belongs to the word before.
 bool ChainReader::isGenitive(int i, int end) const {
-    const QStringView word = tokens_[i].text;
-    return word == u"of" || word == u"de" || word == u"du" || (word == u"d" && end == i + 1);
+    return std::any_of(senses_.begin(i), senses_.end(i), [&](const Found& found) {
+        return found.word.sense == Sense::genitive && found.end == end;
+    });
 }
 
 std::vector<ChainReader::Passage> ChainReader::passages(int at, bool isFirst) const {
     std::vector<Passage> result{{at, 0, false}};
     const auto addLeads = [&](int from, int extra) {
         for (const Found* found = senses_.begin(from); found != senses_.end(from); ++found) {
-            if (found->word.sense == Sense::lead && isFirst && isGenitive(from, found->end))
+            const bool isWithinWord = found->end < tokens_.size() && tokens_[found->end].gap == Gap::hyphen;
+            if (isWithinWord || (found->word.sense == Sense::lead && isFirst && isGenitive(from, found->end)))
                 continue;
             if (found->word.sense == Sense::lead)
                 result.push_back({found->end, found->word.value | extra, true});
@@ -112,8 +114,10 @@ std::vector<ChainReader::Passage> ChainReader::passages(int at, bool isFirst) co
         // "on or about": a hedge behind a lead; "by the", "for the" hold their article already.
         const Passage passage = result[k];
         for (const Found* found = senses_.begin(passage.at); found != senses_.end(passage.at); ++found) {
-            if (found->word.sense == Sense::hedge ||
-                (found->word.sense == Sense::lead && found->word.value != 0 && passage.isLead))
+            constexpr int kinds = leadsToDay | leadsToTime | leadsToSpan | leadsToPart;
+            if (found->word.sense == Sense::hedge && passage.isLead)
+                result.push_back({found->end, passage.leads, true});
+            else if (found->word.sense == Sense::lead && (found->word.value & passage.leads & kinds) != 0)
                 result.push_back(
                     {found->end, found->word.value | (passage.leads & (isDeadline | isClear)), true});
         }
@@ -151,8 +155,15 @@ void ChainReader::grow(const Chain& chain, int at, bool isFirst) {
         for (const Atom& atom : atomsAt(passage.at)) {
             if (++tries_ > mostTries)
                 return;
-            if (const auto next = joined(chain, atom, passage))
-                advance(*next);
+            auto next = joined(chain, atom, passage);
+            if (!next)
+                continue;
+            // "3pm (UTC)"
+            if (!isFirst && tokens_.isSign(passage.at - 1, u'(') && tokens_.isSign(next->end, u')')) {
+                ++next->end;
+                next->parts.back().end = next->end;
+            }
+            advance(*next);
         }
     }
 }
@@ -190,11 +201,17 @@ std::optional<Chain> ChainReader::joined(const Chain& chain, const Atom& atom, c
     using Part = PhrasePart::Kind;
     next.parts.push_back({atom.meaning.rule       ? Part::repeat
                           : atom.meaning.hasDay() ? Part::day
+                          : atom.meaning.zone     ? Part::zone
                                                   : Part::time,
                           atom.end});
     if (atom.isOfRule) {
-        if (!next.meaning.rule->extendWith(*atom.meaning.rule))
+        // Times of a day are at the same minute of their hours.
+        const bool areTimes = atom.meaning.rule->hours != 0;
+        if ((areTimes &&
+             (next.meaning.minute < 0 || (next.meaning.minute - atom.meaning.minute) % 60 != 0)) ||
+            !next.meaning.rule->extendWith(*atom.meaning.rule))
             return std::nullopt;
+        next.isClear = true;
         if (atom.meaning.start.isValid())
             next.meaning.start = atom.meaning.start;
         return next;

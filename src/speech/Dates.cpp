@@ -34,6 +34,11 @@ QDate nthWeekday(QDate first, QDate last, int weekday, int nth) {
     return day >= first && day <= last ? day : QDate();
 }
 
+bool isFixedFeast(int number) {
+    return feast(number, 2026).addYears(1) == feast(number, 2027) &&
+           feast(number, 2027).addYears(1) == feast(number, 2028);
+}
+
 QDate feast(int number, int year) {
     switch (number) {
     case 1:

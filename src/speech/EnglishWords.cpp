@@ -25,6 +25,21 @@ month 1: january, february, _, april, _, june, july, august, september, october,
 month 2: feb, _, apr, _, jun, jul, aug, _, oct, nov, dec
 month 1: jan, _, _, _, _, _, _, _, sep|sept
 month~ 3: march|mar, _, may
+genitive 0: of|of the
+author 0: by
+otherWord 0: sat|sun|wed
+otherWord 1: mon
+company 0: with|about
+priorityName 0: priority|prio
+negation 0: not|never|isn t|don t
+work 0: watch|rewatch|read|reread|listen to|play|see|stream
+zeroMinute 0: oh|o
+per 0: a|an|per
+on 0: on
+region 0: eastern time|us eastern|eastern standard time|eastern daylight time, central time|us central, mountain time|us mountain, pacific time|us pacific|pacific standard time|pacific daylight time
+region~ 0: eastern, central, mountain, pacific
+zoneTime 0: time|local time
+allDay 0: all day|all day long|the whole day|whole day
 unit 0: minute|minutes|min|mins, hour|hours|hr|hrs, day|days, week|weeks|wk|wks, fortnight|fortnights, month|months|mth|mths, year|years|yr|yrs, weekend|weekends|week end|week ends, quarter|quarters, workday|workdays|working day|working days|business day|business days
 unit~ 0: m, h, d, w, _, mo|mos, y
 part 0: morning|mornings, afternoon|afternoons, evening|evenings, night|nights
@@ -48,10 +63,12 @@ next 0: next|the next|the following|following
 afterNext 0: after next
 last 0: last|past|previous
 ago 0: ago
-begin 0: beginning of|the beginning of|start of|the start of|begin of|early|early in
+begin 0: beginning of|the beginning of|start of|the start of|begin of|early in
+begin 1: early
 middle 0: middle of|the middle of|mid
-end 0: end of|the end of|late|late in|end
-in 0: in|within|in the next|within the next|in under|in about|in around|in exactly|after
+end 0: end of|the end of|end
+end 1: late|late in
+in 0: in|within|in the next|within the next|within about|in under|in about|in around|in exactly|in approximately|in roughly|in just|in just under|in at most|in less than|after
 fromNow 0: from now|later|hence|from today|out
 inTime 0: time|s time
 before 0: before|prior to|ahead of
@@ -61,8 +78,9 @@ eve 0: the day before|day before|the eve of|eve of
 morrow 0: the day after|day after
 at 0: at|by|around|about|approximately
 lead DC: on|this|for
+lead T: after|any time after|anytime after|sometime after|not before
 lead TC: at|about|around|approximately|roughly|exactly|at about|at around|at approximately|at exactly|from about|at roughly
-lead DTSPBC: by|on or before|due by|due|no later than|not later than|at the latest by|at the latest|before|until the latest|latest by|deadline
+lead DTSPBC: by|on or before|due by|due|due date|no later than|not later than|at the latest by|at the latest|before|until the latest|latest by|deadline
 lead DTS: for|due on
 lead DSP: sometime|some time|any time|sometime on
 lead DTC: starting|starting on|starting from|starting at|beginning|beginning on
@@ -82,16 +100,14 @@ until 0: until|till|til|up to|ending|ending on|ending in|through|thru
 duration 0: for|lasting|during
 hedge 0: about|around|approximately|roughly|exactly
 hedge 1: sharp|or so|at the latest|latest
-every 0: every|each|every single
+every 0: every|each|every single|ev
 other 2: other|second|2nd, third|3rd, fourth|4th
-frequency 3: daily, weekly, biweekly|bi weekly|fortnightly, monthly, yearly|annually, _, quarterly
-frequency~ 9: bimonthly
+frequency 3: daily, weekly, biweekly|bi weekly|fortnightly, monthly, yearly|annually, _, quarterly, semi annually|half yearly, morning and evening|morning and night
 workdays~ 0: weekday|workday|working day|week day|business day
-workdays 0: weekdays|workdays|working days|week days|business days
+workdays 0: weekdays|workdays|working days|week days|business days, weekends
 times 0: times|x
-once 0: once
-once 2: twice
-except 0: except|except on|but not|but not on|excluding|apart from
+once 1: once|one time, twice|two times, three times|thrice
+except 0: except|except for|except on|but|but not|but not on|excluding|apart from
 starting 0: starting|starting on|starting from|beginning|beginning on|from
 spanEnd 3: eow|end of week, _, eom|end of month, eoy|end of year
 feast 1: christmas eve|xmas eve, christmas day, boxing day, new year s eve|new years eve|nye, new year s day|new years day, halloween, valentine s day|valentines day|valentines, easter sunday, easter monday, st patrick s day|st patricks day|saint patrick s day
@@ -99,7 +115,7 @@ feast~ 2: christmas|xmas
 feast~ 5: new year|new year s
 feast~ 8: easter
 feast~ 11: thanksgiving, _, _, pentecost
-connector 0: at|with|for|to|and|about|from|on|before|after|in|re|because|when|if|until|till|near|via|the|my|our|per|while|so
+connector 0: at|with|unless|if|as|per|against|regarding|concerning|for|to|and|about|from|on|before|after|in|re|because|when|if|until|till|near|via|the|my|our|per|while|so
 forbidsDay 0: last|since|until|till|through|past|all|any|black|good|cyber|casual|freaky|palm|ash|fat|shrove|maundy|holy|blue|bloody|super|ruby|usa|first|second|third|fourth|after|previous|every|each|from|of|than|called|said|whose|and|or
 verse 0: john|matthew|mark|luke|genesis|romans|psalm|psalms|acts|exodus|isaiah|proverbs|corinthians
 forbidsClock 0: for|during|win|run|ran|chapter|verse|page|room|level|lasting|of|ratio|score|than|every|step|part|episode|season|version|number|no|size|track|issue|grade|scene|act|top
@@ -110,7 +126,7 @@ priority 1: p1, p2, p3
 priorityWord 0: high|highest|top, medium|normal, low|lowest
 flag 0: flag|flagged
 alert 0: alert|alarm|remind me|reminder|notify me|with an alert|with alert|with a reminder|with reminder|alert me|ping me|and alert me|and remind me
-place 0: at|in
+place 0: at, in
 dayBefore 0: the day before|day before|the evening before|the night before
 )";
 

@@ -15,8 +15,9 @@ Grammar::Grammar(const Tokens& tokens, const Senses& senses, const Present& pres
 
 std::vector<Atom> Grammar::atoms(int i) const {
     Atoms result;
-    if (i >= tokens_.size() || (senses_.begin(i) == senses_.end(i) && !tokens_.isKind(i, Kind::number) &&
-                                !tokens_.isKind(i, Kind::sign) && !tokens_[i].isAllCapitals))
+    if (i >= tokens_.size() ||
+        (senses_.begin(i) == senses_.end(i) && !tokens_.isKind(i, Kind::number) &&
+         !tokens_.isKind(i, Kind::sign) && !tokens_[i].isCapital && !tokens_.isGlued(i)))
         return result;
     addZone(i, result);
     if (tokens_.isGlued(i) && tokens_.isKind(i - 1, Kind::number))

@@ -16,6 +16,9 @@ std::uint8_t small(Number value) {
     return static_cast<std::uint8_t>(value);
 }
 
+/// Monday to Friday.
+inline constexpr std::uint8_t workingDays = 0b0011111;
+
 /// Words that belong together and say one thing about a moment.
 struct Atom {
     /// What makes of the words more than a part of the title.
@@ -87,6 +90,20 @@ class Grammar {
         Unit unit = Unit::month;
         bool isCurrent = false;
     };
+    /// "first and third Monday", "last working day", "15th".
+    struct NthDays {
+        /// Bits from the first on; bit 0 is the last one.
+        std::uint32_t nths = 0;
+        /// Of which days of the week; of all days where there are none.
+        std::uint8_t weekdays = 0;
+        /// Of weeks, weekends or fortnights instead.
+        std::optional<Unit> span;
+        /// A day is named, not only a number.
+        bool isNamed = false;
+        int end = 0;
+
+        [[nodiscard]] Rule rule() const;
+    };
     using Atoms = std::vector<Atom>;
 
     void addDays(int i, Atoms& result) const;
@@ -99,11 +116,17 @@ class Grammar {
     void addMonths(int i, Atoms& result) const;
     void addDayRanges(int i, Atoms& result) const;
     void addLengths(int i, Atoms& result) const;
+    void addAroundDays(int i, Atoms& result) const;
     void addFeasts(int i, Atoms& result) const;
     void addTimes(int i, Atoms& result) const;
     void addTimeRanges(int i, Atoms& result) const;
+    void addPartEdges(int i, Atoms& result) const;
     void addZone(int i, Atoms& result) const;
     void addRules(int i, Atoms& result) const;
+    void addAdverbs(int i, Atoms& result) const;
+    void addEvery(int i, Atoms& result) const;
+    void addNthOfEvery(int i, Atoms& result) const;
+    void addListedDays(int i, Atoms& result) const;
     void addRuleTails(int i, Atoms& result) const;
 
     [[nodiscard]] std::optional<Number> amountInQuarters(int i) const;
@@ -112,11 +135,17 @@ class Grammar {
     [[nodiscard]] std::optional<Number> year(int i) const;
     [[nodiscard]] std::optional<Atom> clockInDigits(int i) const;
     [[nodiscard]] std::optional<Atom> clockInWords(int i) const;
+    [[nodiscard]] std::optional<Atom> withSpokenMinutes(const Number& hour) const;
+    [[nodiscard]] const Found* hourAt(int i) const;
+    [[nodiscard]] int endOfHours(int i) const;
     [[nodiscard]] Atom hourAlone(int end, const Number& hour) const;
     [[nodiscard]] Atom withMinutes(Atom atom, int hourEnd) const;
     [[nodiscard]] const Found* unitAt(int i) const;
+    [[nodiscard]] int daysOfUnit(int i) const;
     [[nodiscard]] std::optional<Span> span(int i) const;
     [[nodiscard]] Span spanOf(Unit unit, int ahead, int end) const;
+    [[nodiscard]] std::optional<NthDays> nthDays(int i) const;
+    [[nodiscard]] Meaning placeIn(const Span& span, const NthDays& nth) const;
     [[nodiscard]] std::optional<Atom> dayAt(int i) const;
     [[nodiscard]] Meaning after(const SpokenLength& length, QDate day, int sign = 1) const;
     [[nodiscard]] Meaning fromNow(const SpokenLength& length) const;

@@ -30,10 +30,9 @@ void Grammar::addNamedDays(int i, Atoms& result) const {
         Meaning meaning{.date = today_.addDays(day->word.value), .isPast = day->word.value < 0};
         int end = day->end;
         // "tomorrow week"
-        if (const Found* unit = senses_.find(end, Sense::unit);
-            unit && tokens_[end].text == u"week" && day->word.value >= 0) {
-            meaning.date = meaning.date.addDays(7);
-            end = unit->end;
+        if (const int days = daysOfUnit(end); days != 0 && day->word.value >= 0) {
+            meaning.date = meaning.date.addDays(days);
+            end = senses_.past(end, Sense::unit);
         }
         result.push_back({.end = end, .meaning = meaning});
     }
@@ -100,18 +99,15 @@ void Grammar::addWeekdays(int i, Atoms& result) const {
         .end = end, .meaning = {.weekday = small(day->word.value)}, .need = Need::room, .helpedBy = isClear};
     if (day->word.isShort) {
         // Names and words of every day: "sam", "sun". At the end of a line a capital tells the day from them.
-        const QStringView name = tokens_[i].text;
+        const Found* other = senses_.find(i, Sense::otherWord);
         const bool isLast = end >= tokens_.size() && i > 0 && tokens_[i].isCapital;
-        const bool isName = name == u"sam" || name == u"mar" || name == u"jeu" || name == u"mon";
-        const bool isWord =
-            name == u"sat" || name == u"sun" || name == u"wed" || name == u"mer" || name == u"dim" || isName;
-        if (isName && tokens_[i].isCapital && i > 0 && !hasStop && name == u"sam")
+        if (other && other->word.value == 2 && tokens_[i].isCapital && i > 0 && !hasStop)
             return;
-        atom.need = !isWord || (isLast && !isName && !senses_.endsWith(i, Sense::determiner)) ? Need::room
-                                                                                              : Need::help;
+        const bool isSaid = isLast && !senses_.endsWith(i, Sense::determiner);
+        atom.need = !other || (isSaid && other->word.value == 0) ? Need::room : Need::help;
     }
     result.push_back(atom);
-    const QDate next = today_.addDays((day->word.value - today_.dayOfWeek() + 6) % 7 + 1);
+    const QDate next = nextWeekday(today_, day->word.value);
     const auto on = [&](int behind, QDate date, bool isPast = false) {
         result.push_back({.end = behind, .meaning = {.date = date, .isPast = isPast}});
     };
@@ -123,23 +119,28 @@ void Grammar::addWeekdays(int i, Atoms& result) const {
         on(found->end, today_.addDays(-1), true);
     if (const Found* found = senses_.find(end, Sense::weekOut); found && found->word.value > 1)
         on(found->end, next.addDays(found->word.value));
-    // "jeudi en 8"
-    if (tokens_.isKind(end, Kind::word) && tokens_[end].text == u"en" &&
-        tokens_.isKind(end + 1, Kind::number) &&
-        (tokens_[end + 1].number == 8 || tokens_[end + 1].number == 15))
-        on(end + 2, next.addDays(tokens_[end + 1].number == 8 ? 7 : 14));
     // "friday week"
-    if (const Found* unit = senses_.find(end, Sense::unit);
-        unit && unit->word.language == Language::english &&
-        (tokens_[end].text == u"week" || tokens_[end].text == u"fortnight"))
-        on(unit->end, next.addDays(tokens_[end].text == u"week" ? 7 : 14));
+    if (const int days = daysOfUnit(end); days != 0)
+        on(senses_.past(end, Sense::unit), next.addDays(days));
     // "vendredi dans deux semaines", "friday in two weeks": that day of the week.
     if (const Found* in = senses_.find(end, Sense::in)) {
-        if (const auto spoken = length(in->end); spoken && spoken->isWeeks && spoken->length.minutes == 0) {
-            const QDate monday = today_.addDays(1 - today_.dayOfWeek() + spoken->length.days);
-            on(spoken->end, monday.addDays(day->word.value - 1));
-        }
+        const auto spoken = length(in->end);
+        // Of 8 and 15 days the first and the last one are the same weekday.
+        const int days = spoken ? spoken->length.days - spoken->length.days % 7 : 0;
+        const bool isCounted = spoken && (spoken->length.days == 8 || spoken->length.days == 15);
+        if (spoken && (spoken->isWeeks || isCounted) && spoken->length.minutes == 0)
+            on(spoken->end, today_.addDays(day->word.value - today_.dayOfWeek() + days));
     }
+}
+
+/// "week" or "fortnight" behind an English day; 0 without.
+int Grammar::daysOfUnit(int i) const {
+    const Found* unit = senses_.find(i, Sense::unit);
+    if (!unit || unit->word.language != Language::english || unit->word.isShort ||
+        tokens_[i].text.endsWith(u's'))
+        return 0;
+    const auto kind = static_cast<Unit>(unit->word.value);
+    return kind == Unit::week ? 7 : kind == Unit::fortnight ? 14 : 0;
 }
 
 void Grammar::addFeasts(int i, Atoms& result) const {

@@ -1,3 +1,4 @@
+#include "speech/Dates.h"
 #include "speech/Grammar.h"
 
 #include <chrono>
@@ -107,6 +108,31 @@ Meaning Grammar::fromNow(const SpokenLength& length) const {
     return meaning;
 }
 
+/// "the Monday after Easter", "le vendredi avant Noël", "the week before Christmas".
+void Grammar::addAroundDays(int i, Atoms& result) const {
+    const Found* weekday = senses_.find(i, Sense::weekday);
+    const Found* week = weekday ? nullptr : senses_.find(i, Sense::unit);
+    const bool isWeek = week && !week->word.isShort && week->word.value == static_cast<int>(Unit::week);
+    if (!weekday && !(isWeek && (i == 0 || senses_.endsWith(i, Sense::the))))
+        return;
+    const int end = weekday ? weekday->end : week->end;
+    for (const auto& [sense, sign] : {std::pair(Sense::before, -1), std::pair(Sense::after, 1)}) {
+        const Found* found = senses_.find(end, sense);
+        const auto day = found ? dayAt(senses_.past(found->end, Sense::the)) : std::nullopt;
+        // Of a plain weekday no other one is counted: "friday before monday".
+        const bool isDate = day && (day->meaning.date.isValid() || day->meaning.monthDay != 0);
+        const auto moment = isDate ? resolved(day->meaning, present_) : std::nullopt;
+        if (!moment)
+            continue;
+        QDate date = moment->day.addDays(7 * sign);
+        if (weekday)
+            date = sign > 0 ? nextWeekday(moment->day, weekday->word.value)
+                            : nextWeekday(moment->day.addDays(-8), weekday->word.value);
+        if (date >= today_)
+            result.push_back({.end = day->end, .meaning = {.date = date}});
+    }
+}
+
 void Grammar::addLengths(int i, Atoms& result) const {
     const bool isPlus = tokens_.isSign(i, u'+');
     const auto relative = [&](int end, const SpokenLength& spoken) {
@@ -146,9 +172,22 @@ void Grammar::addLengths(int i, Atoms& result) const {
             if (tokens_.isSign(end, u'\'') || tokens_.isSign(end, u'’'))
                 ++end;
             const int behind = senses_.past(end, Sense::inTime);
-            relative(behind != end ? behind : spoken->end, whole);
+            relative(behind != end ? behind : senses_.past(spoken->end, Sense::fromNow), whole);
         }
     }
+    // "in 3 fridays", "3 fridays from now"
+    const Found* in = senses_.find(i, Sense::in);
+    const auto times = number(in ? in->end : i);
+    if (const Found* weekday = times ? senses_.find(times->end, Sense::weekdays) : nullptr;
+        weekday && times->value >= 1 && times->value <= 53) {
+        const int behind = senses_.past(weekday->end, Sense::fromNow);
+        if (in || behind != weekday->end)
+            result.push_back(
+                {.end = behind,
+                 .meaning = {.date =
+                                 nextWeekday(today_, weekday->word.value).addDays(7 * (times->value - 1))}});
+    }
+    addAroundDays(i, result);
     for (const auto& [sense, sign] : {std::pair(Sense::eve, -1), std::pair(Sense::morrow, 1)}) {
         if (const Found* found = senses_.find(i, sense)) {
             if (const auto day = dayAt(found->end)) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 
 namespace kestrant::speech {
 namespace {
@@ -12,7 +13,6 @@ using Kind = Token::Kind;
 using Need = Atom::Need;
 
 constexpr std::uint8_t monday = 1;
-constexpr std::uint8_t workingDays = 0b0011111;
 constexpr std::uint8_t weekend = 0b1100000;
 
 std::optional<Rule> everyUnit(Unit unit, int count) {
@@ -65,120 +65,187 @@ std::uint8_t Grammar::weekdayList(int i, int& end, Sense sense) const {
         const Found* day = senses_.find(at, sense);
         if (!day)
             day = senses_.find(at, sense == Sense::weekday ? Sense::weekdays : Sense::weekday);
-        if (!day)
+        if (!day || (count > 0 && tokens_[at].gap == Token::Gap::hyphen))
             break;
-        days |= static_cast<std::uint8_t>(monday << (day->word.value - 1));
+        days |= small(monday << (day->word.value - 1));
         end = day->end;
         at = day->end;
-        if (tokens_.isSign(at, u'.') && day->word.isShort)
+        if (tokens_.isSign(at, u'.') && day->word.isShort) {
             ++at;
+            end = tokens_.isGlued(at - 1) ? at : end;
+        }
         if (tokens_.isSign(at, u',') || tokens_.isSign(at, u'/') || tokens_.isSign(at, u'&') ||
             tokens_.isSign(at, u'+'))
             ++at;
         at = senses_.past(at, Sense::and_);
-        at = senses_.past(at, Sense::the);
+        for (const Sense filler : {Sense::every, Sense::on, Sense::the})
+            at = senses_.past(at, filler);
     }
     return days;
 }
 
-/// "every 2 weeks", "tous les lundis", "weekdays", "un mardi sur deux", "le dernier vendredi de chaque mois".
 void Grammar::addRules(int i, Atoms& result) const {
-    const auto add = [&](int end, const Rule& rule, Need need = Need::nothing, Meaning meaning = {}) {
-        meaning.rule = rule;
-        result.push_back({.end = end, .meaning = meaning, .need = need, .leads = leadsToDay | leadsToSpan});
-    };
+    addAdverbs(i, result);
+    addListedDays(i, result);
+    addNthOfEvery(i, result);
+    addEvery(i, result);
+}
+
+namespace {
+
+Atom repeating(int end, const Rule& rule, Need need = Need::nothing, Meaning meaning = {}) {
+    meaning.rule = rule;
+    return {.end = end, .meaning = meaning, .need = need, .leads = leadsToDay | leadsToSpan};
+}
+
+/// Several times a day, at the usual times of its parts.
+std::optional<Rule> timesOfDay(int times, Meaning& meaning) {
+    constexpr std::array parts{DayPart::morning, DayPart::evening, DayPart::afternoon};
+    if (times < 2 || times > static_cast<int>(parts.size()))
+        return std::nullopt;
+    Rule rule{.frequency = Frequency::daily};
+    for (int k = 0; k < times; ++k)
+        rule.hours |= std::uint32_t{1} << usualTime(parts.at(static_cast<std::size_t>(k))).hour();
+    meaning.minute = usualTime(parts.front()).hour() * 60;
+    return rule;
+}
+
+}  // namespace
+
+/// "daily", "weekdays", "mondays", "once a week", "un mardi sur deux".
+void Grammar::addAdverbs(int i, Atoms& result) const {
     if (const Found* often = senses_.find(i, Sense::frequency)) {
-        // From "daily" on: daily, weekly, fortnightly, monthly, yearly, -, quarterly.
-        constexpr std::array units{Unit::day,  Unit::week, Unit::fortnight,  Unit::month,
-                                   Unit::year, Unit::year, Unit::quarterYear};
+        // From "daily" on: daily, weekly, fortnightly, monthly, yearly, -, quarterly, half-yearly, twice a
+        // day.
+        constexpr std::array units{Unit::day,  Unit::week, Unit::fortnight,   Unit::month,
+                                   Unit::year, Unit::year, Unit::quarterYear, Unit::quarterYear};
+        constexpr std::size_t halfYearly = 7;
+        constexpr std::size_t twiceDaily = 8;
         const auto place = static_cast<std::size_t>(often->word.value - 3);
-        if (place < units.size()) {
-            const bool isAdverb = !often->word.isShort && often->word.language == Language::french;
-            add(often->end, *everyUnit(units.at(place), 1), isAdverb ? Need::nothing : Need::help);
-            result.back().helpedBy = 0;
-            // At the end of the line an adverb says how often; before a word it says of what kind.
-            if (tokens_.isStop(often->end) && i > 0 && !often->word.isShort)
-                result.back().need = Need::nothing;
-        }
+        const bool isAdverb = !often->word.isShort && often->word.language == Language::french;
+        // At the end of the line an adverb says how often; before a word it says of what kind.
+        const bool isLast = tokens_.isStop(often->end) && i > 0 && !often->word.isShort;
+        const Need need = isAdverb || isLast ? Need::nothing : Need::help;
+        Meaning meaning;
+        const auto rule = place == twiceDaily ? timesOfDay(2, meaning)
+                                              : everyUnit(units.at(place), place == halfYearly ? 2 : 1);
+        result.push_back(repeating(often->end, *rule, need, meaning));
     }
-    if (const Found* days = senses_.find(i, Sense::workdays)) {
-        const Rule rule{.frequency = Frequency::weekly, .weekdays = workingDays};
-        if (!days->word.isShort) {
-            add(days->end, rule, Need::help);
-            result.back().helpedBy = leadsToDay;
-        }
+    if (const Found* days = senses_.find(i, Sense::workdays); days && !days->word.isShort) {
+        result.push_back(repeating(
+            days->end,
+            {.frequency = Frequency::weekly, .weekdays = days->word.value == 0 ? workingDays : weekend},
+            Need::help));
+        result.back().helpedBy = leadsToDay;
     }
     if (senses_.has(i, Sense::weekdays)) {
         int end = i;
         const std::uint8_t days = weekdayList(i, end, Sense::weekdays);
         const bool isLast = tokens_.isStop(end) && i > 0;
-        add(end, {.frequency = Frequency::weekly, .weekdays = days}, isLast ? Need::room : Need::help);
+        result.push_back(repeating(end, {.frequency = Frequency::weekly, .weekdays = days},
+                                   isLast ? Need::room : Need::help));
         result.back().helpedBy = leadsToDay;
     }
-    // "once a week", "deux fois par mois" is left, since it names no days.
-    if (const Found* once = senses_.find(i, Sense::once); once && once->word.value == 0) {
-        const int at = tokens_.isKind(once->end, Kind::word) && tokens_[once->end].text == u"par"
-                           ? once->end + 1
-                           : senses_.past(once->end, Sense::article);
+    // "three times a week" names no days.
+    if (const Found* once = senses_.find(i, Sense::once)) {
+        const int at = std::max(senses_.past(once->end, Sense::per), senses_.past(once->end, Sense::article));
         if (const Found* unit = unitAt(at); unit && at != once->end) {
-            if (const auto rule = everyUnit(static_cast<Unit>(unit->word.value), 1))
-                add(unit->end, *rule);
+            const auto kind = static_cast<Unit>(unit->word.value);
+            Meaning meaning;
+            const auto rule = once->word.value == 1 ? everyUnit(kind, 1)
+                              : kind == Unit::day   ? timesOfDay(once->word.value, meaning)
+                                                    : std::nullopt;
+            if (rule)
+                result.push_back(repeating(unit->end, *rule, Need::nothing, meaning));
         }
     }
-    // "un mardi sur deux", "une semaine sur deux"
     if (const auto one = number(i); one && one->value == 1) {
         const Found* weekday = senses_.find(one->end, Sense::weekday);
         const Found* unit = unitAt(one->end);
         const int end = weekday ? weekday->end : unit ? unit->end : 0;
-        if (const Found* outOf = end != 0 ? senses_.find(end, Sense::outOf) : nullptr) {
-            if (const auto count = number(outOf->end); count && count->value >= 2 && count->value <= 12) {
-                if (weekday)
-                    add(count->end,
-                        {.frequency = Frequency::weekly,
-                         .interval = count->value,
-                         .weekdays = static_cast<std::uint8_t>(monday << (weekday->word.value - 1))});
-                else if (auto rule = everyUnit(static_cast<Unit>(unit->word.value), count->value))
-                    add(count->end, *rule);
-            }
+        const Found* outOf = end != 0 ? senses_.find(end, Sense::outOf) : nullptr;
+        const auto count = outOf ? number(outOf->end) : std::nullopt;
+        if (count && count->value >= 2 && count->value <= 12) {
+            const auto rule =
+                weekday ? Rule{.frequency = Frequency::weekly,
+                               .interval = count->value,
+                               .weekdays = small(monday << (weekday->word.value - 1))}
+                        : everyUnit(static_cast<Unit>(unit->word.value), count->value).value_or(Rule{});
+            if (rule.frequency != Frequency::none)
+                result.push_back(repeating(count->end, rule));
         }
     }
-    // "the last friday of every month", "le 15 de chaque mois"
-    {
-        int nth = 0;
-        int at = i;
-        if (const auto count = dayOfMonth(i)) {
-            nth = count->value;
-            at = count->end;
-        } else if (const Found* last = senses_.find(i, Sense::last)) {
-            nth = -1;
-            at = last->end;
-        }
-        if (nth != 0) {
-            const Found* weekday = senses_.find(at, Sense::weekday);
-            const Found* unit = unitAt(at);
-            const bool isDay = unit && unit->word.value == static_cast<int>(Unit::day);
-            const int behind = weekday ? weekday->end : isDay ? unit->end : at;
-            for (const int of : {behind, senses_.past(behind, Sense::of)}) {
-                const Found* every = senses_.find(of, Sense::every);
-                const Found* month = every ? unitAt(every->end) : nullptr;
-                if (!month || month->word.value != static_cast<int>(Unit::month))
-                    continue;
-                Rule rule{.frequency = Frequency::monthly};
-                if (weekday) {
-                    rule.weekdays = static_cast<std::uint8_t>(monday << (weekday->word.value - 1));
-                    rule.nth = nth;
-                } else {
-                    rule.monthDays = nth > 0 ? std::uint32_t{1} << nth : 1;
-                }
-                add(month->end, rule);
-                break;
-            }
+}
+
+/// "mon wed fri", "lundi et mercredi": those days, once each. "mon-fri" is a list only where it has a time.
+void Grammar::addListedDays(int i, Atoms& result) const {
+    const Found* first = senses_.find(i, Sense::weekday);
+    const Found* other = senses_.find(i, Sense::otherWord);
+    // "with Sam friday"
+    if (!first || (other && other->word.value == 2 && tokens_[i].isCapital))
+        return;
+    const auto add = [&](int end, std::uint8_t days, QDate start, Need need) {
+        Rule rule{.frequency = Frequency::weekly, .weekdays = days};
+        rule.count = std::popcount(days);
+        rule.isList = true;
+        result.push_back(repeating(end, rule, need, {.start = start}));
+        result.back().helpedBy = isClear;
+    };
+    int end = i;
+    const std::uint8_t days = weekdayList(i, end, Sense::weekday);
+    if (std::popcount(days) > 1) {
+        // "sat", "sun" and the like need a clearer word among them.
+        bool isSure = false;
+        for (int at = i; at < end; ++at)
+            isSure |= senses_.has(at, Sense::weekday) && !senses_.has(at, Sense::otherWord);
+        add(end, days, {}, isSure && tokens_.isStop(end) && i > 0 ? Need::room : Need::help);
+    }
+    const int at = tokens_[std::min(first->end, tokens_.size() - 1)].gap == Token::Gap::hyphen
+                       ? first->end
+                       : joint(first->end, false);
+    const Found* last = senses_.find(senses_.past(at, Sense::the), Sense::weekday);
+    if (last && (at != first->end || last != senses_.find(i, Sense::weekday)) &&
+        first->end < tokens_.size() && last->word.value > first->word.value &&
+        (at != first->end || tokens_[first->end].gap == Token::Gap::hyphen)) {
+        std::uint8_t range = 0;
+        for (int day = first->word.value; day <= last->word.value; ++day)
+            range |= small(monday << (day - 1));
+        add(last->end, range, nextWeekday(today_, first->word.value), Need::help);
+    }
+}
+
+/// "the last friday of every month", "le 15 de chaque mois", "first and third Monday of each month".
+void Grammar::addNthOfEvery(int i, Atoms& result) const {
+    std::optional<NthDays> nth = nthDays(i);
+    if (!nth) {
+        if (const auto day = dayOfMonth(i))
+            nth = NthDays{.nths = std::uint32_t{1} << day->value, .end = day->end};
+    }
+    if (!nth || nth->span)
+        return;
+    for (const int of : {nth->end, senses_.past(nth->end, Sense::of)}) {
+        const Found* every = senses_.find(of, Sense::every);
+        const Found* month = every ? unitAt(every->end) : nullptr;
+        if (month && month->word.value == static_cast<int>(Unit::month)) {
+            result.push_back(repeating(month->end, nth->rule()));
+            return;
         }
     }
-    const Found* every = senses_.find(i, Sense::every);
+}
+
+/// "every 2 weeks", "tous les lundis", "chaque 1er du mois", "every 1st and 15th".
+void Grammar::addEvery(int i, Atoms& result) const {
+    // "once every 3 months"
+    const Found* once = senses_.find(i, Sense::once);
+    const Found* every = senses_.find(once && once->word.value == 1 ? once->end : i, Sense::every);
     if (!every)
         return;
+    const auto add = [&](int end, const Rule& rule, Meaning meaning = {}) {
+        result.push_back(repeating(end, rule, Need::nothing, meaning));
+    };
     int at = every->end;
+    if (tokens_.isSign(at, u'!') && tokens_.isGlued(at))
+        ++at;
     int count = 1;
     if (const Found* other = senses_.find(at, Sense::other);
         other && other->word.language == Language::english &&
@@ -192,10 +259,8 @@ void Grammar::addRules(int i, Atoms& result) const {
             return;
         count = given->value;
         at = given->end;
-    }
-    // "every 2nd week"
-    if (const auto nth = ordinal(at);
-        nth && count == 1 && nth->value >= 2 && nth->digits > 0 && unitAt(nth->end)) {
+    } else if (const auto nth = ordinal(at); nth && nth->value >= 2 && nth->digits > 0 && unitAt(nth->end)) {
+        // "every 2nd week"
         count = nth->value;
         at = nth->end;
     }
@@ -204,93 +269,59 @@ void Grammar::addRules(int i, Atoms& result) const {
             add(unit->end, *rule);
     }
     if (const Found* days = senses_.find(at, Sense::workdays))
-        add(days->end, {.frequency = Frequency::weekly, .interval = count, .weekdays = workingDays});
+        add(days->end, {.frequency = Frequency::weekly,
+                        .interval = count,
+                        .weekdays = days->word.value == 0 ? workingDays : weekend});
     if (senses_.has(at, Sense::weekday) || senses_.has(at, Sense::weekdays)) {
         int end = at;
         const std::uint8_t days = weekdayList(at, end, Sense::weekday);
         add(end, {.frequency = Frequency::weekly, .interval = count, .weekdays = days});
     }
     if (const Found* part = senses_.find(at, Sense::part))
-        add(part->end, {.frequency = Frequency::daily, .interval = count}, Need::nothing,
+        add(part->end, {.frequency = Frequency::daily, .interval = count},
             {.part = static_cast<DayPart>(part->word.value + 1)});
     if (const Found* month = senses_.find(at, Sense::month)) {
-        Rule rule{.frequency = Frequency::yearly};
-        rule.month = month->word.value;
-        int end = month->end;
-        if (const auto day = dayOfMonth(end)) {
-            rule.monthDays = std::uint32_t{1} << day->value;
-            end = day->end;
-        } else {
-            rule.monthDays = 2;
-        }
-        add(end, rule);
+        const auto day = dayOfMonth(month->end);
+        add(day ? day->end : month->end, {.frequency = Frequency::yearly,
+                                          .monthDays = std::uint32_t{1} << (day ? day->value : 1),
+                                          .month = month->word.value});
     }
-    if (const Found* noonAt = senses_.find(at, Sense::clock)) {
-        Meaning meaning;
-        meaning.minute = noonAt->word.value;
-        add(noonAt->end, {.frequency = Frequency::daily}, Need::nothing, meaning);
-    }
-    if (const Found* found = senses_.find(at, Sense::feast)) {
+    if (const Found* noonAt = senses_.find(at, Sense::clock))
+        add(noonAt->end, {.frequency = Frequency::daily}, {.minute = noonAt->word.value});
+    if (const Found* found = senses_.find(at, Sense::feast); found && isFixedFeast(found->word.value)) {
         const QDate day = feast(found->word.value, today_.year());
-        const int number = found->word.value;
-        if (number < 8 || number == 10 || number > 14)
-            add(found->end, {.frequency = Frequency::yearly,
-                             .monthDays = std::uint32_t{1} << day.day(),
-                             .month = day.month()});
+        add(found->end, {.frequency = Frequency::yearly,
+                         .monthDays = std::uint32_t{1} << day.day(),
+                         .month = day.month()});
     }
-    // "every 15th", "every last friday", "chaque 1er du mois", "every 1st and 15th"
-    int nth = 0;
-    int end = at;
-    if (const auto day = dayOfMonth(at);
-        day && (ordinal(at) || senses_.has(day->end, Sense::month) || senses_.has(day->end, Sense::of))) {
-        nth = day->value;
-        end = day->end;
-    } else if (const Found* last = senses_.find(at, Sense::last)) {
-        nth = -1;
-        end = last->end;
+    std::optional<NthDays> nth = count == 1 ? nthDays(at) : std::nullopt;
+    if (!nth && count == 1) {
+        // "chaque 13 janvier", "tous les 20 du mois"
+        const auto day = dayOfMonth(at);
+        if (day && (senses_.has(day->end, Sense::month) || senses_.has(day->end, Sense::of)))
+            nth = NthDays{.nths = std::uint32_t{1} << day->value, .end = day->end};
     }
-    if (nth == 0)
+    if (!nth || nth->span)
         return;
-    Rule rule{.frequency = Frequency::monthly};
-    if (senses_.has(end, Sense::weekday) || senses_.has(end, Sense::weekdays)) {
-        int listEnd = end;
-        rule.weekdays = weekdayList(end, listEnd, Sense::weekday);
-        rule.nth = nth;
-        end = listEnd;
-    } else {
-        rule.monthDays = nth > 0 ? std::uint32_t{1} << nth : 1;
-        if (const Found* unit = unitAt(end); unit && unit->word.value == static_cast<int>(Unit::day))
+    Rule rule = nth->rule();
+    int end = nth->end;
+    const auto inMonth = [&](int from) {
+        if (const Found* unit = unitAt(from); unit && unit->word.value == static_cast<int>(Unit::month)) {
             end = unit->end;
-        else if (nth < 0)
-            return;
-        for (int more = 0; more < 6; ++more) {
-            const int from = senses_.past(senses_.past(end, Sense::and_), Sense::the);
-            const auto also = from != end ? ordinal(from) : std::nullopt;
-            if (!also || also->value > 31)
-                break;
-            rule.monthDays |= std::uint32_t{1} << also->value;
-            end = also->end;
+            return true;
         }
-    }
-    for (const Found* of = senses_.begin(end); of != senses_.end(end); ++of) {
-        if (of->word.sense != Sense::of)
-            continue;
-        const int from = senses_.past(senses_.past(of->end, Sense::the), Sense::every);
-        if (const Found* month = unitAt(from); month && month->word.value == static_cast<int>(Unit::month)) {
-            end = month->end;
-            break;
-        }
-        if (const Found* month = senses_.find(from, Sense::month)) {
-            rule.frequency = Frequency::yearly;
-            rule.month = month->word.value;
-            end = month->end;
-            break;
-        }
-    }
-    if (const Found* month = senses_.find(end, Sense::month); month && rule.weekdays == 0) {
+        const Found* month = senses_.find(from, Sense::month);
+        if (!month)
+            return false;
         rule.frequency = Frequency::yearly;
         rule.month = month->word.value;
         end = month->end;
+        return true;
+    };
+    bool isInMonth = inMonth(end);
+    for (const Found* of = senses_.begin(nth->end); !isInMonth && of != senses_.end(nth->end); ++of) {
+        if (of->word.sense == Sense::of)
+            isInMonth = inMonth(senses_.past(senses_.past(of->end, Sense::the), Sense::every));
     }
     add(end, rule);
 }
@@ -330,6 +361,26 @@ void Grammar::addRuleTails(int i, Atoms& result) const {
                        unit && unit->word.value == static_cast<int>(Unit::weekend)) {
                 add(unit->end, {.frequency = Frequency::none, .weekdays = weekend});
             }
+        } else if (until->word.sense == Sense::and_) {
+            // "at 8am and 8pm"
+            const auto also = clock(senses_.past(until->end, Sense::at));
+            if (also && (!also->isBare || tokens_.isStop(also->end))) {
+                Meaning meaning = also->meaning;
+                const int minute = minuteOfDay(meaning);
+                add(also->end, {.hours = std::uint32_t{1} << minute / 60});
+                result.back().meaning.minute = minute;
+            }
+        } else if (until->word.sense == Sense::from) {
+            // "from May 10 to May 20"
+            const auto first = dayAt(senses_.past(until->end, Sense::the));
+            const int at = first ? joint(first->end, false) : 0;
+            const auto last = first && at != first->end ? dayAt(senses_.past(at, Sense::the)) : std::nullopt;
+            const auto start = last ? resolved(first->meaning, present_) : std::nullopt;
+            Moment begin = start.value_or(Moment{});
+            const auto stop =
+                start ? resolvedEnd(last->meaning, first->meaning, begin, present_) : std::nullopt;
+            if (stop)
+                add(last->end, {.until = stop->day}, start->day);
         } else if (until->word.sense == Sense::starting) {
             if (const auto day = dayAt(senses_.past(until->end, Sense::the))) {
                 if (const auto moment = resolved(day->meaning, present_))
@@ -355,32 +406,14 @@ void Grammar::addRuleTails(int i, Atoms& result) const {
         }
     }
     // "on the first monday" beside "every month"
-    int nth = 0;
-    int at = i;
-    if (const auto count = ordinal(i); count && count->value <= 5) {
-        nth = count->value;
-        at = count->end;
-    } else if (const Found* last = senses_.find(i, Sense::last)) {
-        nth = -1;
-        at = last->end;
-    }
-    if (nth != 0) {
-        if (const Found* weekday = senses_.find(at, Sense::weekday)) {
-            Rule rule{.weekdays = static_cast<std::uint8_t>(monday << (weekday->word.value - 1)), .nth = nth};
-            rule.frequency = Frequency::monthly;
-            int end = weekday->end;
-            const Found* of = senses_.find(end, Sense::of);
-            const Found* month = of ? unitAt(senses_.past(of->end, Sense::the)) : nullptr;
-            if (month && month->word.value == static_cast<int>(Unit::month))
-                end = month->end;
-            add(end, rule);
-        } else if (const Found* unit = unitAt(at);
-                   nth < 0 && unit && unit->word.value == static_cast<int>(Unit::day)) {
-            Rule rule{.monthDays = 1};
-            rule.frequency = Frequency::monthly;
-            add(unit->end, rule);
-        }
-    }
+    const auto nth = nthDays(i);
+    if (!nth || !nth->isNamed || nth->span)
+        return;
+    add(nth->end, nth->rule());
+    const Found* of = senses_.find(nth->end, Sense::of);
+    const Found* month = of ? unitAt(senses_.past(of->end, Sense::the)) : nullptr;
+    if (month && month->word.value == static_cast<int>(Unit::month))
+        add(month->end, nth->rule());
 }
 
 }  // namespace kestrant::speech

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 
 namespace kestrant::speech {
 namespace {
@@ -54,6 +55,10 @@ std::optional<Grammar::Span> Grammar::span(int i) const {
                value == Unit::quarterYear;
     };
     int at = senses_.past(i, Sense::the);
+    if (const Found* unit = senses_.find(at, Sense::unit);
+        unit && unit->word.value == static_cast<int>(Unit::month) && senses_.has(unit->end, Sense::of) &&
+        senses_.has(senses_.past(unit->end, Sense::of), Sense::month))
+        at = senses_.past(unit->end, Sense::of);
     for (const auto& [sense, ahead] :
          {std::pair(Sense::next, 1), std::pair(Sense::coming, 1), std::pair(Sense::thisOne, 0)}) {
         const Found* lead = senses_.find(at, sense);
@@ -78,7 +83,7 @@ std::optional<Grammar::Span> Grammar::span(int i) const {
             return spanOf(kind, 0, unit->end);
         return std::nullopt;
     }
-    // "le mois d'avril"
+    // "april 2027", "mois d'avril"
     if (const Found* month = senses_.find(at, Sense::month)) {
         int end = month->end;
         int ofYear = 0;
@@ -96,6 +101,16 @@ std::optional<Grammar::Span> Grammar::span(int i) const {
 }
 
 void Grammar::addSpans(int i, Atoms& result) const {
+    // "by 2028"
+    if (const auto inYear = year(i); inYear && tokens_.isKind(i, Kind::number) && inYear->value <= 2099) {
+        const QDate first(inYear->value, 1, 1);
+        if (first > today_)
+            result.push_back({.end = inYear->end,
+                              .meaning = {.first = first, .last = first.addYears(1).addDays(-1)},
+                              .need = Need::help,
+                              .leads = leadsToSpan,
+                              .helpedBy = leadsToSpan});
+    }
     if (!senses_.has(i, Sense::next) && !senses_.has(i, Sense::coming) && !senses_.has(i, Sense::thisOne) &&
         !senses_.has(i, Sense::unit) && !senses_.has(i, Sense::the))
         return;
@@ -139,7 +154,7 @@ void Grammar::addPlacesInSpans(int i, Atoms& result) const {
                 day = day.addDays(isWeek ? 2 : found->unit == Unit::year ? 181 : 14);
             else if (sense == Sense::end)
                 day = isWeek ? day.addDays(4) : found->last;
-            if (tokens_[i].text == u"late" && !isWeek)
+            if (place->word.value == 1 && sense == Sense::end && found->unit == Unit::month)
                 day = found->first.addDays(24);
             if (found->isCurrent && day < today_) {
                 if (sense == Sense::end)
@@ -158,48 +173,117 @@ void Grammar::addPlacesInSpans(int i, Atoms& result) const {
                           .meaning = {.date = unit == Unit::week ? std::max(today_, found.first.addDays(4))
                                                                  : found.last}});
     }
-    int nth = 0;
-    int at = i;
-    if (const auto count = ordinal(i)) {
-        nth = count->value;
-        at = count->end;
-    } else if (const Found* last = senses_.find(i, Sense::last)) {
-        nth = -1;
-        at = last->end;
-    }
-    if (nth == 0)
+    const auto nth = nthDays(i);
+    if (!nth || (nth->nths & (nth->nths - 1)) != 0)
         return;
-    const Found* weekday = senses_.find(at, Sense::weekday);
-    const Found* unit = unitAt(at);
-    const bool isDay = unit && static_cast<Unit>(unit->word.value) == Unit::day;
-    int behind = weekday ? weekday->end : isDay ? unit->end : at;
-    const Found* of = senses_.find(behind, Sense::of);
-    if (!of)
-        return;
+    const auto add = [&](const Span& found, bool isOfYear) {
+        Meaning meaning = placeIn(found, *nth);
+        const QDate day = meaning.date.isValid() ? meaning.date : meaning.last;
+        // "on the 5th of the month" may be one of the next month.
+        if (day.isValid() && day < today_ && found.isCurrent && found.unit == Unit::month)
+            meaning = placeIn(spanOf(Unit::month, isOfYear ? 12 : 1, found.end), *nth);
+        const QDate place = meaning.date.isValid() ? meaning.date : meaning.last;
+        if (place.isValid() && place >= today_)
+            result.push_back({.end = found.end, .meaning = meaning, .leads = leadsToDay | leadsToSpan});
+    };
+    // "last working day" is one of this month.
+    const bool isOfWork = (nth->weekdays & (nth->weekdays - 1)) != 0;
+    if (isOfWork)
+        add(spanOf(Unit::month, 0, nth->end), false);
     // "of the month" holds its article or leaves it to the span.
-    for (const Found* each = senses_.begin(behind); each != senses_.end(behind); ++each) {
-        if (each->word.sense != Sense::of)
+    for (const Found* of = senses_.begin(nth->end); of != senses_.end(nth->end); ++of) {
+        const bool isMonth = of->word.sense == Sense::month && nth->isNamed && !of->word.isShort;
+        if (of->word.sense != Sense::of && !isMonth)
             continue;
-        const auto found = span(each->end);
-        if (!found)
-            continue;
-        QDate day;
-        if (weekday)
-            day = nthWeekday(found->first, found->last, weekday->word.value, nth);
-        else if (isDay)
-            day = nth > 0 ? found->first.addDays(nth - 1) : found->last;
-        else if (nth > 0 && !senses_.has(each->end, Sense::month))
-            day = found->first.addDays(nth - 1);
-        if (day.isValid() && day < today_ && found->isCurrent && found->unit == Unit::month) {
-            const Span next = spanOf(Unit::month, senses_.has(each->end, Sense::month) ? 12 : 1, found->end);
-            day = weekday   ? nthWeekday(next.first, next.last, weekday->word.value, nth)
-                  : nth > 0 ? next.first.addDays(nth - 1)
-                            : next.last;
-        }
-        if (day.isValid() && day <= found->last.addYears(1) && day >= today_)
-            result.push_back(
-                {.end = found->end, .meaning = {.date = day}, .leads = leadsToDay | leadsToSpan});
+        const int at = isMonth ? nth->end : of->end;
+        const bool isNamedMonth = senses_.has(at, Sense::month);
+        // "the 5th of May" is a date.
+        if (const auto found = span(at); found && (nth->isNamed || !isNamedMonth))
+            add(*found, isNamedMonth);
     }
+}
+
+std::optional<Grammar::NthDays> Grammar::nthDays(int i) const {
+    NthDays result;
+    for (int at = i, count = 0; count < 6; ++count) {
+        const Found* last = senses_.find(at, Sense::last);
+        auto nth = ordinal(at);
+        if (!nth && !last && count > 0)
+            nth = dayOfMonth(at);
+        if ((!nth && !last) || (nth && nth->value > 31))
+            break;
+        result.nths |= std::uint32_t{1} << (nth ? nth->value : 0);
+        result.end = nth ? nth->end : last->end;
+        at = senses_.past(tokens_.isSign(result.end, u',') ? result.end + 1 : result.end, Sense::and_);
+        if (at == result.end)
+            break;
+        at = senses_.past(at, Sense::the);
+    }
+    if (result.nths == 0)
+        return std::nullopt;
+    const int at = result.end;
+    const Found* unit = unitAt(at);
+    const Found* workdays = senses_.find(at, Sense::workdays);
+    const auto kind = unit ? static_cast<Unit>(unit->word.value) : Unit::minute;
+    result.isNamed = true;
+    if (senses_.has(at, Sense::weekday) || senses_.has(at, Sense::weekdays)) {
+        result.weekdays = weekdayList(at, result.end, Sense::weekday);
+    } else if (kind == Unit::workday || (workdays && workdays->word.value == 0)) {
+        result.weekdays = workingDays;
+        result.end = std::max(unit && kind == Unit::workday ? unit->end : 0, workdays ? workdays->end : 0);
+    } else if (kind == Unit::day) {
+        result.end = unit->end;
+    } else if (kind == Unit::week || kind == Unit::weekend || kind == Unit::fortnight) {
+        result.span = kind;
+        result.end = unit->end;
+    } else {
+        result.isNamed = false;
+        if ((result.nths & 1) != 0)
+            return std::nullopt;
+    }
+    constexpr std::uint32_t upToFifth = 0b111111;
+    if ((result.weekdays != 0 || result.span) && (result.nths & ~upToFifth) != 0)
+        return std::nullopt;
+    return result;
+}
+
+Rule Grammar::NthDays::rule() const {
+    Rule rule{.frequency = Rule::Frequency::monthly, .weekdays = weekdays};
+    if (weekdays != 0)
+        rule.nths = small(nths);
+    else
+        rule.monthDays = nths;
+    return rule;
+}
+
+/// Its day, or its days, in a month, week, quarter or year. Nothing where it has none.
+Meaning Grammar::placeIn(const Span& span, const NthDays& nth) const {
+    const int place = static_cast<int>(std::countr_zero(nth.nths));
+    Meaning result;
+    const auto within = [&](QDate day) { return day >= span.first && day <= span.last ? day : QDate(); };
+    if (nth.span == Unit::weekend) {
+        result.first = nthWeekday(span.first, span.last, Qt::Saturday, place == 0 ? -1 : place);
+        result.last = result.first.addDays(1);
+    } else if (nth.span) {
+        const int days = *nth.span == Unit::week ? 7 : 15;
+        result.first =
+            within(place == 0 ? span.last.addDays(1 - days) : span.first.addDays(days * (place - 1)));
+        result.last = std::min(result.first.addDays(days - 1), span.last);
+    } else if ((nth.weekdays & (nth.weekdays - 1)) != 0) {
+        const int step = place == 0 ? -1 : 1;
+        QDate day = place == 0 ? span.last : span.first;
+        for (int left = std::max(place, 1); day.isValid(); day = within(day.addDays(step))) {
+            if ((nth.weekdays >> (day.dayOfWeek() - 1) & 1) != 0 && --left == 0)
+                break;
+        }
+        result.date = day;
+    } else if (nth.weekdays != 0) {
+        result.date =
+            nthWeekday(span.first, span.last, std::countr_zero(nth.weekdays) + 1, place == 0 ? -1 : place);
+    } else {
+        result.date = place == 0 ? span.last : within(span.first.addDays(place - 1));
+    }
+    return result;
 }
 
 }  // namespace kestrant::speech

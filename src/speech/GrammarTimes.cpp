@@ -1,7 +1,7 @@
 #include "speech/Grammar.h"
+#include "speech/Zones.h"
 
-#include <array>
-#include <cstring>
+#include <utility>
 
 namespace kestrant::speech {
 namespace {
@@ -12,19 +12,10 @@ using Need = Atom::Need;
 
 constexpr int noon = 720;
 
-/// Zones by letters that stand for one distance from UTC only, in minutes.
-struct Zone {
-    const char16_t* name;
-    int offset;
-};
-constexpr std::array zones{
-    Zone{u"UTC", 0},     Zone{u"GMT", 0},    Zone{u"WET", 0},    Zone{u"CET", 60},   Zone{u"CEST", 120},
-    Zone{u"EET", 120},   Zone{u"EEST", 180}, Zone{u"MSK", 180},  Zone{u"JST", 540},  Zone{u"KST", 540},
-    Zone{u"HKT", 480},   Zone{u"AWST", 480}, Zone{u"AEST", 600}, Zone{u"AEDT", 660}, Zone{u"ACST", 570},
-    Zone{u"NZST", 720},  Zone{u"NZDT", 780}, Zone{u"EST", -300}, Zone{u"EDT", -240}, Zone{u"CDT", -300},
-    Zone{u"MST", -420},  Zone{u"MDT", -360}, Zone{u"PST", -480}, Zone{u"PDT", -420}, Zone{u"AKST", -540},
-    Zone{u"AKDT", -480}, Zone{u"HST", -600}, Zone{u"WEST", 60},
-};
+/// Whether the person may mean twelve hours later, since people are awake then.
+bool isOfAfternoon(int hour) {
+    return hour >= 1 && hour <= 7;
+}
 
 bool isHour(int value) {
     return value >= 0 && value <= 24;
@@ -36,7 +27,7 @@ Atom Grammar::hourAlone(int end, const Number& hour) const {
     Atom atom{.end = end, .need = Need::help, .leads = leadsToTime, .helpedBy = isClear, .isBare = true};
     atom.meaning.minute = hour.value * 60;
     atom.meaning.isOfTwelve = hour.value >= 1 && hour.value <= 12;
-    atom.meaning.isVague = atom.meaning.isOfTwelve;
+    atom.meaning.isVague = isOfAfternoon(hour.value);
     return atom;
 }
 
@@ -87,13 +78,15 @@ std::optional<Atom> Grammar::clockInDigits(int i) const {
             return std::nullopt;
         meaning.minute = hour * 60 + minute;
         meaning.isOfTwelve = hour >= 1 && hour <= 12 && token.digits == 3;
-        meaning.isVague = meaning.isOfTwelve;
+        meaning.isVague = meaning.isOfTwelve && isOfAfternoon(hour);
         atom.need = Need::help;
         atom.helpedBy = isClear;
         atom.isBare = true;
-        if (senses_.has(i + 1, Sense::unit) && tokens_[i + 1].text == u"h" && tokens_.isGlued(i + 1)) {
+        // "1600 hours", "1145h"
+        if (const int end = token.digits == 4 ? endOfHours(i + 1) : 0; end != 0) {
             atom.need = Need::nothing;
-            atom.end = i + 2;
+            atom.isBare = false;
+            atom.end = end;
             return atom;
         }
         return withMinutes(atom, i + 1);
@@ -104,9 +97,10 @@ std::optional<Atom> Grammar::clockInDigits(int i) const {
     meaning.minute = hour * 60;
     meaning.isOfTwelve = hour >= 1 && hour <= 12 && !(token.digits == 2 && hour < 10);
     const bool isParted = tokens_.isGlued(i + 1) && tokens_.isGlued(i + 2);
-    if (isParted && tokens_.isSign(i + 1, u':') && minuteAt(i + 2) >= 0 && hour < 24) {
+    if (isParted && tokens_.isSign(i + 1, u':') && minuteAt(i + 2) >= 0 &&
+        (hour < 24 || tokens_[i + 2].number == 0)) {
         meaning.minute += minuteAt(i + 2);
-        meaning.isVague = meaning.isOfTwelve && present_.hasTwelveHours;
+        meaning.isVague = isOfAfternoon(hour) && meaning.isOfTwelve && present_.hasTwelveHours;
         int end = i + 3;
         if (tokens_.isSign(end, u':') && tokens_.isGlued(end) && tokens_.isGlued(end + 1) &&
             minuteAt(end + 1) >= 0)
@@ -114,27 +108,31 @@ std::optional<Atom> Grammar::clockInDigits(int i) const {
         atom.need = Need::room;
         if (!meaning.isOfTwelve || hour == 0)
             atom.need = Need::nothing;
+        if (const int hours = endOfHours(end); hours != 0) {
+            atom.need = Need::nothing;
+            end = hours;
+        }
         return withMinutes(atom, end);
     }
     if (isParted && tokens_.isSign(i + 1, u'.') && minuteAt(i + 2) >= 0 && hour < 24) {
         meaning.minute += minuteAt(i + 2);
-        meaning.isVague = meaning.isOfTwelve && present_.hasTwelveHours;
+        meaning.isVague = isOfAfternoon(hour) && meaning.isOfTwelve && present_.hasTwelveHours;
         atom.need = Need::help;
         atom.helpedBy = isClear | leadsToTime;
         return withMinutes(atom, i + 3);
     }
     // "18h30", "18 h 30", "9 heures et demie", "9h moins le quart"
-    const Found* unit = senses_.find(i + 1, Sense::unit);
-    if (unit && static_cast<Unit>(unit->word.value) == Unit::hour &&
-        (unit->word.language == Language::french || tokens_[i + 1].text == u"h")) {
+    if (const Found* unit = hourAt(i + 1)) {
         int end = unit->end;
         const bool isWord = tokens_[i + 1].text.size() > 1;
         if (minuteAt(end) >= 0 && hour < 24 && !senses_.has(end + 1, Sense::unit)) {
             meaning.minute += minuteAt(end);
             ++end;
-        } else if (minuteAt(end) >= 0 && hour < 24 && tokens_[end + 1].text.startsWith(u'm')) {
+        } else if (const Found* minuteUnit = senses_.find(end + 1, Sense::unit);
+                   minuteUnit && minuteAt(end) >= 0 && hour < 24 &&
+                   minuteUnit->word.value == static_cast<int>(Unit::minute)) {
             meaning.minute += minuteAt(end);
-            end += 2;
+            end = minuteUnit->end;
         } else if (const Found* mark = senses_.find(end, Sense::fractionMark)) {
             meaning.minute += mark->word.value * 15;
             end = mark->end;
@@ -153,8 +151,11 @@ std::optional<Atom> Grammar::clockInDigits(int i) const {
             meaning.minute += minutes->value;
             end = minutes->end;
         }
-        // Without a lead a small one is a length: "cuire 1h30", "dormir 9 heures".
-        const bool isLength = hour < 7 || isWord || hour == 24;
+        // Without a lead a small one is a length: "cuire 1h30", "dormir 9 heures". A length has no "6h05",
+        // and no "16 heures 30".
+        const int rest = meaning.minute % 60;
+        const bool isLength = (hour < 7 && (rest % 10 != 5 || rest == 15 || rest == 45)) ||
+                              (isWord && (rest == 0 || hour < 7)) || hour == 24;
         atom.need = isLength ? Need::help : Need::room;
         atom.helpedBy = leadsToTime;
         if (hour == 24)
@@ -163,16 +164,62 @@ std::optional<Atom> Grammar::clockInDigits(int i) const {
     }
     if (hour == 0 || hour > 24)
         return std::nullopt;
+    // "3 thirty", "12 noon"
+    if (const Found* clock = senses_.find(i + 1, Sense::clock);
+        clock && hour == 12 && clock->word.value % noon == 0) {
+        meaning.minute = clock->word.value;
+        meaning.isOfTwelve = false;
+        atom.end = clock->end;
+        return atom;
+    }
     const Number alone{hour, i + 1, token.digits};
+    if (auto spoken = withSpokenMinutes(alone))
+        return spoken;
     return withMinutes(hourAlone(i + 1, alone), i + 1);
 }
 
+/// The French word for hours at the i-th token.
+const Found* Grammar::hourAt(int i) const {
+    for (const Found* found = senses_.begin(i); found != senses_.end(i); ++found) {
+        if (found->word.sense == Sense::unit && found->word.value == static_cast<int>(Unit::hour) &&
+            found->word.language == Language::french)
+            return found;
+    }
+    return nullptr;
+}
+
+/// Behind "h", "hrs" or "hours", which may follow a whole time; 0 without.
+int Grammar::endOfHours(int i) const {
+    const Found* unit = senses_.find(i, Sense::unit);
+    const bool isHours = unit && unit->word.value == static_cast<int>(Unit::hour) && tokens_.ends(unit->end);
+    return isHours && (!unit->word.isShort || tokens_.isGlued(i)) ? unit->end : 0;
+}
+
+/// "five thirty", "nine oh five".
+std::optional<Atom> Grammar::withSpokenMinutes(const Number& hour) const {
+    if (hour.value < 1 || hour.value > 12)
+        return std::nullopt;
+    const int from = senses_.past(hour.end, Sense::zeroMinute);
+    const auto minutes = number(from);
+    const bool isSmall = from != hour.end;
+    if (!minutes || minutes->digits != 0 || minutes->value >= (isSmall ? 10 : 60) ||
+        minutes->value < (isSmall ? 1 : 10) || unitAt(minutes->end))
+        return std::nullopt;
+    Atom atom = hourAlone(minutes->end, hour);
+    atom.meaning.minute += minutes->value;
+    atom.isBare = false;
+    atom.helpedBy = isClear | leadsToTime;
+    return withMinutes(atom, minutes->end);
+}
+
 std::optional<Atom> Grammar::clockInWords(int i) const {
-    const auto spoken = [&](int end, int minute, bool isOfTwelve, Need need) {
+    // `hour` is the one that is named; 0 for one that is not of twelve.
+    const auto spoken = [&](int end, int minute, int hour, Need need) {
         Atom atom{.end = end, .need = need, .leads = leadsToTime, .helpedBy = isClear | leadsToTime};
         atom.meaning.minute = (minute + 1440) % 1440;
-        atom.meaning.isOfTwelve = atom.meaning.isVague = isOfTwelve;
-        return withMinutes(atom, end);
+        atom.meaning.isOfTwelve = hour >= 1 && hour <= 12;
+        atom.meaning.isVague = isOfAfternoon(hour);
+        return atom;
     };
     // "half past five", "ten to five", "20 past 4pm"
     int minutes = -1;
@@ -193,20 +240,24 @@ std::optional<Atom> Grammar::clockInWords(int i) const {
         if (isPast || isTo) {
             const int from = senses_.past(at, isPast ? Sense::past : Sense::to);
             if (const Found* clock = senses_.find(from, Sense::clock))
-                return spoken(clock->end, clock->word.value + (isPast ? minutes : -minutes), false,
+                return spoken(clock->end, clock->word.value + (isPast ? minutes : -minutes), 0,
                               Need::nothing);
             const auto hour = number(from);
             const bool isFraction = senses_.has(i, Sense::fraction);
             if (hour && hour->value >= 1 && hour->value <= 12 && (isFraction || minutes % 5 == 0) &&
                 (hour->digits <= 2) && tokens_.ends(hour->end) | senses_.has(hour->end, Sense::meridiem)) {
-                Atom atom = spoken(hour->end, hour->value * 60, true,
-                                   isFraction || isPast ? Need::nothing : Need::room);
-                atom.meaning.minute = (atom.meaning.minute + (isPast ? minutes : -minutes) + 1440) % 1440;
-                if (atom.meaning.minute == 0)
-                    atom.meaning.minute = 12 * 60;
-                return atom;
+                return withMinutes(spoken(hour->end, hour->value * 60 + (isPast ? minutes : -minutes),
+                                          hour->value, isFraction || isPast ? Need::nothing : Need::room),
+                                   hour->end);
             }
         }
+        // "half five" is half past five
+        const Found* half = senses_.find(i, Sense::fraction);
+        const auto hour = half && half->word.value == 2 && half->word.language == Language::english
+                              ? number(half->end)
+                              : std::nullopt;
+        if (hour && hour->value >= 1 && hour->value <= 12 && tokens_.ends(hour->end))
+            return spoken(hour->end, hour->value * 60 + 30, hour->value, Need::help);
     }
     // "moins le quart", "moins dix"
     const auto subtract = [this](int& minute, int& end) {
@@ -254,18 +305,14 @@ std::optional<Atom> Grammar::clockInWords(int i) const {
             minute += count->value;
             end = count->end;
         }
-        Atom atom = spoken(end, minute, hour->value >= 1 && hour->value <= 12, Need::help);
+        Atom atom = withMinutes(spoken(end, minute, hour->value, Need::help), end);
         atom.helpedBy = leadsToTime;
         return atom;
     }
     if (hour->value < 1 || hour->value > 12)
         return std::nullopt;
-    // "five thirty"
-    if (const auto count = number(hour->end);
-        count && count->digits == 0 && count->value >= 10 && count->value < 60) {
-        const auto atom = spoken(count->end, hour->value * 60 + count->value, true, Need::help);
+    if (auto atom = withSpokenMinutes(*hour))
         return atom;
-    }
     return withMinutes(hourAlone(hour->end, *hour), hour->end);
 }
 
@@ -290,11 +337,48 @@ void Grammar::addTimes(int i, Atoms& result) const {
                           .leads = leadsToPart,
                           .helpedBy = leadsToPart});
     }
+    addPartEdges(i, result);
+    // "15 min before 6pm", "une heure avant midi"
+    if (const auto spoken = length(i);
+        spoken && spoken->length.minutes > 0 && spoken->length.days == 0 && spoken->length.months == 0) {
+        const bool isBefore = senses_.has(spoken->end, Sense::before);
+        const int at = senses_.past(spoken->end, isBefore ? Sense::before : Sense::after);
+        if (auto moved = at != spoken->end ? clock(at) : std::nullopt; moved && !moved->isBare) {
+            const int minutes = static_cast<int>(spoken->length.minutes % 1440);
+            const int minute = minuteOfDay(moved->meaning) + (isBefore ? -minutes : minutes);
+            result.push_back({.end = moved->end,
+                              .meaning = {.minute = (minute + 1440) % 1440},
+                              .need = Need::room,
+                              .leads = leadsToTime});
+        }
+    }
     if (tokens_.isSign(i, u'@') && tokens_.begins(i)) {
         if (auto found = clock(i + 1); found && (!found->isBare || tokens_.isStop(found->end))) {
             found->need = Need::nothing;
             found->isBare = false;
             result.push_back(*found);
+        }
+    }
+}
+
+/// "late afternoon", "en fin de matinée"; "early" and "late" beside a day.
+void Grammar::addPartEdges(int i, Atoms& result) const {
+    for (const auto& [sense, edge] :
+         {std::pair(Sense::begin, PartEdge::early), std::pair(Sense::middle, PartEdge::middle),
+          std::pair(Sense::end, PartEdge::late)}) {
+        for (const Found* found = senses_.begin(i); found != senses_.end(i); ++found) {
+            if (found->word.sense != sense)
+                continue;
+            if (const Found* part = senses_.find(found->end, Sense::part))
+                result.push_back(
+                    {.end = part->end,
+                     .meaning = {.part = static_cast<DayPart>(part->word.value + 1), .edge = edge},
+                     .need = Need::opening,
+                     .leads = leadsToPart | leadsToTime,
+                     .helpedBy = leadsToPart});
+            if (found->word.value == 1)
+                result.push_back(
+                    {.end = found->end, .meaning = {.edge = edge}, .need = Need::help, .leads = 0});
         }
     }
 }
@@ -312,6 +396,10 @@ void Grammar::addTimeRanges(int i, Atoms& result) const {
         return;
     auto end = clock(from);
     if (!end)
+        return;
+    // "9h au 14 rue Haute"
+    const bool hasRoom = tokens_.isStop(end->end) || senses_.begin(end->end) != senses_.end(end->end);
+    if (end->isBare && !start->isBare && !hasRoom)
         return;
     // Two plain numbers are hours only behind "from" or beside a day.
     const bool arePlain = start->isBare && end->isBare;
@@ -337,30 +425,19 @@ void Grammar::addTimeRanges(int i, Atoms& result) const {
         atom.need = Need::help;
     }
     // Of "14 à 16h" the first hour is on the same clock as the second.
-    if (start->isBare && !end->isBare && !end->meaning.isVague && end->meaning.isOfTwelve)
+    if (start->isBare && !end->isBare && !present_.hasTwelveHours && end->meaning.isOfTwelve)
         atom.meaning.isVague = false;
     result.push_back(atom);
 }
 
-/// "JST", "UTC+2" directly behind a time.
+/// "JST", "UTC+2", "London time", "(UTC)" behind a time.
 void Grammar::addZone(int i, Atoms& result) const {
-    if (!tokens_.isKind(i, Kind::word) || !tokens_[i].isAllCapitals)
+    const auto found = zoneAt(tokens_, senses_, i);
+    if (!found)
         return;
-    for (const Zone& zone : zones) {
-        if (tokens_[i].text.compare(zone.name, Qt::CaseInsensitive) != 0)
-            continue;
-        Atom atom{.end = i + 1, .need = Need::help, .leads = 0, .isOfTime = true};
-        atom.meaning.hasZone = true;
-        atom.meaning.zone = zone.offset;
-        const bool isSigned = tokens_.isSign(i + 1, u'+') || tokens_.isSign(i + 1, u'-');
-        if (zone.offset == 0 && isSigned && tokens_.isGlued(i + 1) && tokens_.isGlued(i + 2) &&
-            tokens_.isKind(i + 2, Kind::number) && tokens_[i + 2].digits <= 2 &&
-            tokens_[i + 2].number <= 14) {
-            atom.meaning.zone = tokens_[i + 2].number * (tokens_.isSign(i + 1, u'+') ? 60 : -60);
-            atom.end = i + 3;
-        }
-        result.push_back(atom);
-    }
+    Atom atom{.end = found->end, .need = Need::help, .leads = 0, .isOfTime = true};
+    atom.meaning.zone = found->zone;
+    result.push_back(atom);
 }
 
 }  // namespace kestrant::speech

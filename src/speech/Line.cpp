@@ -42,7 +42,7 @@ class LineReader {
             result_.offers.clear();
             std::erase_if(result_.pieces, [](const Piece& piece) {
                 return piece.kind == PieceKind::day || piece.kind == PieceKind::time ||
-                       piece.kind == PieceKind::repeat;
+                       piece.kind == PieceKind::repeat || piece.kind == PieceKind::zone;
             });
             forgetMoment();
             readPhrases();
@@ -81,6 +81,7 @@ class LineReader {
         result_.time.reset();
         result_.endDay.reset();
         result_.endTime.reset();
+        result_.timeInZone.reset();
         result_.rule.clear();
     }
     /// Words such as "30 min before" are about the moment only where they touch it, or say what they are.
@@ -103,7 +104,9 @@ class LineReader {
             if (!moment)
                 continue;
             if (phrase.isOffered) {
-                result_.offers.push_back({rangeOf(phrase.begin, phrase.end), moment->day, moment->time});
+                const QString rule = phrase.meaning.rule ? ruleText(phrase.meaning, *moment) : QString();
+                result_.offers.push_back(
+                    {rangeOf(phrase.begin, phrase.end), moment->day, moment->time, rule});
             } else if (!best || weight(phrase) >= weight(*best)) {
                 best = &phrase;
                 start = moment;
@@ -133,7 +136,23 @@ class LineReader {
                 until = phrase.until;
             addParts(phrase);
         }
+        if (meaning.rule && meaning.rule->isList)
+            offerRepetition(*best, meaning);
         setMoment(meaning, until, *start);
+    }
+
+    /// "mon and thu" are the next ones; that they go on every week is offered.
+    void offerRepetition(const Phrase& phrase, Meaning& meaning) {
+        Meaning endless = meaning;
+        endless.rule->count = 0;
+        const auto first = resolved(endless, context_.present);
+        const auto isAccepted =
+            std::find(accepted_.begin() + phrase.begin, accepted_.begin() + phrase.end, true);
+        if (isAccepted != accepted_.begin() + phrase.end)
+            meaning = endless;
+        else if (first)
+            result_.offers.push_back(
+                {rangeOf(phrase.begin, phrase.end), first->day, first->time, ruleText(endless, *first)});
     }
 
     void addParts(const Phrase& phrase) {
@@ -143,7 +162,7 @@ class LineReader {
             const bool goesOn = k + 1 < phrase.parts.size() && phrase.parts[k + 1].kind == part.kind;
             if (goesOn || part.end <= begin)
                 continue;
-            constexpr std::array kinds{PieceKind::day, PieceKind::time, PieceKind::repeat};
+            constexpr std::array kinds{PieceKind::day, PieceKind::time, PieceKind::repeat, PieceKind::zone};
             add(kinds.at(static_cast<std::size_t>(part.kind)), begin, part.end);
             begin = part.end;
         }
@@ -151,7 +170,9 @@ class LineReader {
 
     void setMoment(const Meaning& meaning, const std::optional<Meaning>& until, Moment start) {
         std::optional<Moment> end;
-        if (until)
+        if (meaning.zone)
+            end = readZone(meaning, until, start);
+        else if (until)
             end = resolvedEnd(*until, meaning, start, context_.present);
         // The time of a span may have moved with its end, and so may the day that is next.
         if (end && !meaning.hasDay() && !meaning.rule && start.time) {
@@ -174,6 +195,20 @@ class LineReader {
         }
         if (meaning.rule)
             result_.rule = ruleText(meaning, start);
+    }
+
+    /// Both ends of a span are times of the same zone.
+    std::optional<Moment> readZone(const Meaning& meaning, const std::optional<Meaning>& until,
+                                   const Moment& start) {
+        const TimeZone& own = context_.present.zone;
+        const Instant instant = own.instantAt(start.day, *start.time);
+        result_.timeInZone = meaning.zone->timeOf(instant);
+        Moment typed{meaning.zone->dayOf(instant), result_.timeInZone};
+        const auto end = until ? resolvedEnd(*until, meaning, typed, context_.present) : std::nullopt;
+        if (!end || !end->time)
+            return std::nullopt;
+        const Instant last = meaning.zone->instantAt(end->day, *end->time);
+        return Moment{own.dayOf(last), own.timeOf(last)};
     }
 
     [[nodiscard]] QString ruleText(const Meaning& meaning, const Moment& first) const {
@@ -209,20 +244,23 @@ class LineReader {
                 break;
             }
         }
+        for (int i = 0; i < tokens_.size() && result_.day && !result_.time; ++i) {
+            const Found* words = senses_.find(i, Sense::allDay);
+            if (words && !taken_[static_cast<std::size_t>(i)] && tokens_.begins(i))
+                add(PieceKind::day, i, words->end);
+        }
         int phraseEnd = 0;
         for (const Piece& piece : result_.pieces) {
             if (piece.kind != PieceKind::day && piece.kind != PieceKind::time &&
-                piece.kind != PieceKind::repeat)
+                piece.kind != PieceKind::repeat && piece.kind != PieceKind::zone)
                 continue;
             for (int i = phraseEnd; i < tokens_.size() && tokens_[i].start < piece.range.end(); ++i)
                 phraseEnd = i + 1;
         }
         if (const auto place = findPlace(tokens_, senses_, taken_, phraseEnd)) {
-            const bool isWord =
-                tokens_.isKind(place->first, Token::Kind::word) && tokens_[place->first].text == u"chez";
-            const qsizetype start = tokens_[isWord ? place->first : place->first + 1].start;
-            result_.place = line_.mid(start, tokens_[place->second - 1].end - start);
-            add(PieceKind::place, place->first, place->second);
+            const qsizetype start = tokens_[place->name].start;
+            result_.place = line_.mid(start, tokens_[place->end - 1].end - start);
+            add(PieceKind::place, place->begin, place->end);
         }
     }
 

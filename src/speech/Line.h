@@ -34,6 +34,8 @@ struct Piece {
         time,
         /// "every monday", "until June".
         repeat,
+        /// "JST", "London time".
+        zone,
         priority,
         /// "#Groceries".
         list,
@@ -77,6 +79,8 @@ struct Line {
     std::optional<QDate> endDay;
     /// Only with a time.
     std::optional<QTime> endTime;
+    /// The time as it is typed, in the zone that is named beside it; `time` is the person's own.
+    std::optional<QTime> timeInZone;
     /// The value of an RRULE; empty for none. The day is its first date.
     QString rule;
     /// 1 high, 5 normal, 9 low.
@@ -92,11 +96,13 @@ struct Line {
     std::optional<Alert> alert;
     /// What was understood, in the order of the line.
     std::vector<Piece> pieces;
-    /// What may be meant and was left in the title: to be read with these words accepted.
+    /// What may be meant: to be read with these words accepted. They were left in the title; with a rule
+    /// they were understood as dates that do not go on.
     struct Offer {
         TextRange range;
         QDate day;
         std::optional<QTime> time;
+        QString rule;
     };
     std::vector<Offer> offers;
 };

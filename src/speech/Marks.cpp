@@ -183,8 +183,7 @@ class MarkReader {
         // "high priority", "prio haute"
         if (!tokens_.isKind(i, Kind::word))
             return;
-        const QStringView word = tokens_[i].text;
-        if (word != u"priority" && word != u"prio" && word != u"priorite")
+        if (!senses_.has(i, Sense::priorityName))
             return;
         if (const Found* value = senses_.find(i + 1, Sense::priorityWord);
             value && tokens_.ends(value->end)) {
@@ -229,10 +228,12 @@ std::optional<SpokenAlert> findAlert(const Grammar& grammar, const std::vector<b
             const bool isEnd =
                 before && (tokens.isStop(before->end) ||
                            taken[static_cast<std::size_t>(std::min(before->end, tokens.size() - 1))]);
-            if (isEnd && length->length.months == 0) {
+            // "alert 15 minutes"
+            const bool isSaid = !before && named && tokens.isStop(length->end);
+            if ((isEnd || isSaid) && length->length.months == 0) {
                 result.alert.minutesBefore =
                     static_cast<int>(length->length.minutes + length->length.days * 1440LL);
-                result.end = before->end;
+                result.end = isEnd ? before->end : length->end;
                 return result;
             }
         }
@@ -244,9 +245,7 @@ std::optional<SpokenAlert> findAlert(const Grammar& grammar, const std::vector<b
                 continue;
             result.end = clock ? clock->end : eve->end;
             result.alert.daysBefore = 1;
-            int minute = clock ? clock->meaning.minute : 9 * 60;
-            if (clock && clock->meaning.isVague && minute < 8 * 60)
-                minute += 12 * 60;
+            const int minute = clock ? minuteOfDay(clock->meaning) : 9 * 60;
             result.alert.time = QTime(0, 0).addSecs(minute % 1440 * 60);
             return result;
         }
@@ -254,8 +253,10 @@ std::optional<SpokenAlert> findAlert(const Grammar& grammar, const std::vector<b
     return std::nullopt;
 }
 
-std::optional<std::pair<int, int>> findPlace(const Tokens& tokens, const Senses& senses,
-                                             const std::vector<bool>& taken, int phraseEnd) {
+std::optional<SpokenPlace> findPlace(const Tokens& tokens, const Senses& senses,
+                                     const std::vector<bool>& taken, int phraseEnd) {
+    // The values of the language files.
+    enum { onlyOfNames, behindTheTime, partOfTheName };
     for (int i = tokens.size() - 2; i >= 1; --i) {
         const bool isSign = tokens.isSign(i, u'@') && tokens.begins(i);
         const Found* word = senses.find(i, Sense::place);
@@ -268,17 +269,16 @@ std::optional<std::pair<int, int>> findPlace(const Tokens& tokens, const Senses&
         while (named + 1 < tokens.size() &&
                (senses.has(named, Sense::the) || senses.has(named, Sense::determiner)))
             ++named;
-        const bool isAt = tokens.isKind(i, Kind::word) && tokens[i].text == u"at";
-        const bool isProper = isAt && (tokens[named].isCapital || tokens.isKind(named, Kind::number));
+        const int kind = isSign ? partOfTheName : word->word.value;
+        const bool isProper =
+            kind == onlyOfNames && (tokens[named].isCapital || tokens.isKind(named, Kind::number));
         const bool isBehind = phraseEnd > 0 && i >= phraseEnd;
-        const bool isHome = tokens.isKind(i, Kind::word) && tokens[i].text == u"chez";
-        if (!isSign && !isProper && !isBehind && !isHome)
+        if (kind != partOfTheName && !isProper && !isBehind)
             continue;
         int end = at;
         while (end < tokens.size() && !taken[static_cast<std::size_t>(end)]) {
             const bool isCompany =
-                tokens.isKind(end, Kind::word) && tokens[end].gap == Gap::space && end > at &&
-                (tokens[end].text == u"with" || tokens[end].text == u"avec" || tokens[end].text == u"about");
+                tokens[end].gap == Gap::space && end > at && senses.has(end, Sense::company);
             if (isCompany || (tokens.isSign(end, u';') && tokens.ends(end)))
                 break;
             ++end;
@@ -287,7 +287,7 @@ std::optional<std::pair<int, int>> findPlace(const Tokens& tokens, const Senses&
                !tokens.isSign(end - 1, u')'))
             --end;
         if (end > at)
-            return std::pair(i, end);
+            return SpokenPlace{.begin = i, .name = kind == partOfTheName && !isSign ? i : at, .end = end};
     }
     return std::nullopt;
 }
@@ -320,6 +320,15 @@ QString withoutRanges(const QString& line, const std::vector<TextRange>& ranges)
             while (!result.isEmpty() && result.back().isSpace())
                 result.chop(1);
             part = part.trimmed();
+        }
+        // One mark stays where there was one on either side: "a - friday - b", "a, friday, b".
+        if (!part.isEmpty() && part.size() > 1 && isHanging(part.front()) && isHanging(result.back())) {
+            while (!result.isEmpty() && isHanging(result.back()))
+                result.chop(1);
+            if (isParted)
+                result += u' ';
+            result += part;
+            return;
         }
         const bool isNothing =
             std::all_of(part.begin(), part.end(), [&](QChar c) { return isHanging(c) || c == u'.'; });

@@ -24,10 +24,15 @@ struct SpokenAlert {
 };
 [[nodiscard]] std::optional<SpokenAlert> findAlert(const Grammar& grammar, const std::vector<bool>& taken);
 
-/// The place of an event, in what is not taken. `phraseEnd` is behind the last words that say when; 0
-/// without.
-[[nodiscard]] std::optional<std::pair<int, int>> findPlace(const Tokens& tokens, const Senses& senses,
-                                                           const std::vector<bool>& taken, int phraseEnd);
+/// The place of an event as a range of tokens: with its lead from `begin`, its own words from `name`.
+struct SpokenPlace {
+    int begin = 0;
+    int name = 0;
+    int end = 0;
+};
+/// Looks in what is not taken. `phraseEnd` is behind the last words that say when; 0 without.
+[[nodiscard]] std::optional<SpokenPlace> findPlace(const Tokens& tokens, const Senses& senses,
+                                                   const std::vector<bool>& taken, int phraseEnd);
 
 /// The text of a line without these ranges, which are in order, and without the punctuation that hung on
 /// them. Empty when nothing but punctuation is left.

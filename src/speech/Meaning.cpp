@@ -29,8 +29,11 @@ QDate dayOf(const Meaning& meaning, const Present& present) {
         if (meaning.weekday != 0)
             return nthWeekday(meaning.first, meaning.last, meaning.weekday, 1);
         if (meaning.monthDay != 0 || meaning.month != 0) {
-            const QDate found = nextDate(meaning.first, meaning.month, std::max<int>(1, meaning.monthDay));
-            return found <= meaning.last ? found : QDate();
+            // "the 5th of the month" is over on the 16th; the next one is meant.
+            const bool isRunning = meaning.first <= today && today <= meaning.last && meaning.month == 0;
+            const QDate found = nextDate(isRunning ? today : meaning.first, meaning.month,
+                                         std::max<int>(1, meaning.monthDay));
+            return found <= meaning.last || isRunning ? found : QDate();
         }
         return meaning.first;
     }
@@ -62,7 +65,7 @@ Placed placed(const Meaning& meaning) {
     if (minute >= wholeDay)
         return {minute - wholeDay, 1};
     if (meaning.part == DayPart::none || !meaning.isOfTwelve) {
-        const bool isAfternoon = meaning.isVague && minute >= 60 && minute < 8 * 60;
+        const bool isAfternoon = meaning.isVague && minute < noon;
         if (meaning.part >= DayPart::evening && minute < 5 * 60 && !meaning.isOfTwelve)
             return {minute, 1};
         return {isAfternoon ? minute + noon : minute, 0};
@@ -81,10 +84,7 @@ Placed placed(const Meaning& meaning) {
 }
 
 Moment inZone(const Moment& moment, const Meaning& meaning, const Present& present) {
-    const auto local =
-        std::chrono::sys_days(std::chrono::year(moment.day.year()) / moment.day.month() / moment.day.day()) +
-        std::chrono::milliseconds(moment.time->msecsSinceStartOfDay());
-    const Instant instant = Instant(local) - std::chrono::minutes(meaning.zone);
+    const Instant instant = meaning.zone->instantAt(moment.day, *moment.time);
     return {present.zone.dayOf(instant), present.zone.timeOf(instant)};
 }
 
@@ -96,21 +96,48 @@ std::optional<Moment> firstOf(const Meaning& meaning, const Rule& rule, const Pr
     if (!from.isValid() && meaning.first.isValid())
         from = meaning.first;
     const bool isGiven = from.isValid();
+    if (meaning.zone) {
+        // Where the day of the week would be another one there is no rule for it.
+        Meaning single = meaning;
+        single.rule.reset();
+        const auto own = resolved(single, present);
+        single.zone.reset();
+        const auto theirs = resolved(single, present);
+        if (!own || !theirs || (own->day != theirs->day && meaning.hasDay()))
+            return std::nullopt;
+        single = meaning;
+        single.zone.reset();
+        single.minute = own->time->hour() * 60 + own->time->minute();
+        single.isOfTwelve = single.isVague = false;
+        return firstOf(single, rule, present);
+    }
     if (!isGiven)
         from = present.today();
     std::optional<QTime> time;
     if (meaning.minute >= 0)
         time = timeOf(placed(meaning).minute);
-    else if (meaning.part != DayPart::none)
-        time = usualTime(meaning.part);
+    else if (meaning.part != DayPart::none || meaning.edge != PartEdge::none)
+        time = usualTime(meaning.part, meaning.edge);
     if (rule.frequency == Rule::Frequency::hourly) {
         const QTime now = present.zone.timeOf(present.now);
         return Moment{from, time.value_or(QTime(std::min(now.hour() + 1, 23), 0))};
+    }
+    if (rule.hours != 0) {
+        // The first of the times, of today the first that is still to come.
+        const QTime now = present.zone.timeOf(present.now);
+        std::optional<QTime> next;
+        for (int hour = 23; hour >= 0; --hour) {
+            const QTime each(hour, time->minute());
+            if ((rule.hours >> hour & 1) != 0 && (isGiven || each > now || !next || *next <= now))
+                next = each;
+        }
+        time = next;
     }
     if (!isGiven && time && *time <= present.zone.timeOf(present.now))
         from = from.addDays(1);
     Rule plain = rule;
     plain.interval = 1;
+    plain.hours = 0;
     plain.count = 0;
     plain.until = {};
     // Without days of its own it begins at once.
@@ -128,9 +155,14 @@ std::optional<Moment> firstOf(const Meaning& meaning, const Rule& rule, const Pr
 
 }  // namespace
 
-QTime usualTime(DayPart part) {
-    constexpr std::array hours{0, 9, 15, 19, 21};
-    return {hours.at(static_cast<std::size_t>(part)), 0};
+QTime usualTime(DayPart part, PartEdge edge) {
+    constexpr std::array<std::array<int, 4>, 5> hours{
+        {{0, 8, 12, 20}, {9, 8, 10, 11}, {15, 14, 15, 17}, {19, 18, 19, 21}, {21, 21, 22, 23}}};
+    return {hours.at(static_cast<std::size_t>(part)).at(static_cast<std::size_t>(edge)), 0};
+}
+
+int minuteOfDay(const Meaning& meaning) {
+    return placed(meaning).minute;
 }
 
 std::optional<Meaning> Meaning::joined(const Meaning& a, const Meaning& b, const Present& present) {
@@ -144,8 +176,9 @@ std::optional<Meaning> Meaning::joined(const Meaning& a, const Meaning& b, const
         return agrees;
     };
     if (!take(result.weekday, b.weekday) || !take(result.month, b.month) ||
-        !take(result.monthDay, b.monthDay) || !take(result.part, b.part) || !take(result.year, b.year) ||
-        !take(result.date, b.date) || !take(result.first, b.first) || !take(result.last, b.last))
+        !take(result.monthDay, b.monthDay) || !take(result.part, b.part) || !take(result.edge, b.edge) ||
+        !take(result.year, b.year) || !take(result.date, b.date) || !take(result.first, b.first) ||
+        !take(result.last, b.last))
         return std::nullopt;
     if (b.minute >= 0) {
         if (result.minute >= 0)
@@ -154,10 +187,9 @@ std::optional<Meaning> Meaning::joined(const Meaning& a, const Meaning& b, const
         result.isOfTwelve = b.isOfTwelve;
         result.isVague = b.isVague;
     }
-    if (b.hasZone) {
-        if (result.hasZone || result.minute < 0)
+    if (b.zone) {
+        if (result.zone || result.minute < 0)
             return std::nullopt;
-        result.hasZone = true;
         result.zone = b.zone;
     }
     if (b.moment || b.rule) {
@@ -206,6 +238,8 @@ Rule completedRule(const Meaning& meaning) {
             rule.frequency = Frequency::weekly;
         rule.weekdays |= static_cast<std::uint8_t>(1 << (meaning.weekday - 1));
     }
+    if (rule.hours != 0)
+        rule.hours |= std::uint32_t{1} << minuteOfDay(meaning) / 60;
     if (meaning.monthDay != 0 && meaning.year == 0)
         rule.monthDays |= std::uint32_t{1} << meaning.monthDay;
     if (meaning.month != 0 && meaning.year == 0) {
@@ -231,12 +265,12 @@ std::optional<Moment> resolved(const Meaning& meaning, const Present& present) {
         const Placed at = placed(meaning);
         result.time = timeOf(at.minute);
         dayOffset = at.dayOffset;
-    } else if (meaning.part != DayPart::none) {
-        result.time = usualTime(meaning.part);
+    } else if (meaning.part != DayPart::none || meaning.edge != PartEdge::none) {
+        result.time = usualTime(meaning.part, meaning.edge);
     }
     if (!result.day.isValid() && !result.time)
         return std::nullopt;
-    if (meaning.hasZone) {
+    if (meaning.zone) {
         const bool hasDay = result.day.isValid();
         Moment moment = inZone({hasDay ? result.day : present.today(), result.time}, meaning, present);
         if (!hasDay && present.zone.instantAt(moment.day, *moment.time) <= present.now)
@@ -274,8 +308,8 @@ std::optional<Moment> resolvedEnd(const Meaning& end, const Meaning& startMeanin
             return std::nullopt;
     }
     if (end.minute < 0) {
-        if (end.part != DayPart::none)
-            result.time = usualTime(end.part);
+        if (end.part != DayPart::none || end.edge != PartEdge::none)
+            result.time = usualTime(end.part, end.edge);
         return result;
     }
     if (!start.time)

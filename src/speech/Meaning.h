@@ -31,7 +31,9 @@ struct Present {
 };
 
 enum class DayPart : std::uint8_t { none, morning, afternoon, evening, night };
-[[nodiscard]] QTime usualTime(DayPart part);
+/// Where in a part of the day: "early", "mid", "late".
+enum class PartEdge : std::uint8_t { none, early, middle, late };
+[[nodiscard]] QTime usualTime(DayPart part, PartEdge edge = PartEdge::none);
 
 /// What words say about a moment. Absent values are open; those of neighbours are joined, and a date is made
 /// of them at the end.
@@ -41,6 +43,7 @@ struct Meaning {
     std::uint8_t month = 0;
     std::uint8_t monthDay = 0;
     DayPart part = DayPart::none;
+    PartEdge edge = PartEdge::none;
     int year = 0;
     /// A day by itself: "tomorrow", "in 3 days".
     QDate date;
@@ -52,9 +55,8 @@ struct Meaning {
     /// It may be twelve hours later as well; and nothing but custom tells which.
     bool isOfTwelve = false;
     bool isVague = false;
-    /// Minutes east of UTC of the zone that is named.
-    int zone = 0;
-    bool hasZone = false;
+    /// The zone that is named.
+    std::optional<TimeZone> zone;
     /// A moment by itself: "in 2 hours".
     std::optional<Instant> moment;
     /// "this friday" may be today; a weekday by its name alone may not.
@@ -71,7 +73,9 @@ struct Meaning {
         return weekday != 0 || month != 0 || monthDay != 0 || year != 0 || date.isValid() ||
                first.isValid() || moment;
     }
-    [[nodiscard]] bool hasTime() const { return minute >= 0 || part != DayPart::none || moment; }
+    [[nodiscard]] bool hasTime() const {
+        return minute >= 0 || part != DayPart::none || edge != PartEdge::none || moment;
+    }
 
     /// Both together; absent where they contradict each other.
     [[nodiscard]] static std::optional<Meaning> joined(const Meaning& a, const Meaning& b,
@@ -86,6 +90,8 @@ struct Moment {
     bool operator==(const Moment&) const = default;
 };
 
+/// The minute of the day that is most likely meant.
+[[nodiscard]] int minuteOfDay(const Meaning& meaning);
 /// The next moment that has this meaning; absent for one that never comes. Of a repetition, its first date.
 [[nodiscard]] std::optional<Moment> resolved(const Meaning& meaning, const Present& present);
 

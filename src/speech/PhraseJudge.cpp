@@ -21,7 +21,8 @@ bool PhraseJudge::isAtBegin(int i, bool follows) const {
 
 bool PhraseJudge::isReal(const Chain& chain, bool follows) const {
     const bool isAtBeginning = isAtBegin(chain.begin, follows);
-    const bool hasEnd = tokens_.isStop(chain.end) || isRefused(chain.end);
+    const bool hasEnd = tokens_.isStop(chain.end) || isRefused(chain.end) ||
+                        (tokens_.isSign(chain.end, u'@') && tokens_.begins(chain.end));
     const bool hasRoomBehind = hasEnd || (senses_.has(chain.end, Sense::connector) && !isBlockedBy(chain));
     if (isBlockedBy(chain) && chain.atoms == 1 && !chain.hasLead && chain.begin > 0)
         return false;
@@ -45,8 +46,7 @@ bool PhraseJudge::isReal(const Chain& chain, bool follows) const {
 
 /// "Today by ..." is a title.
 bool PhraseJudge::isBlockedBy(const Chain& chain) const {
-    const int next = chain.end;
-    return tokens_.isKind(next, Kind::word) && tokens_[next].text == u"by";
+    return senses_.has(chain.end, Sense::author);
 }
 
 bool PhraseJudge::isForbidden(const Chain& chain) const {
@@ -56,7 +56,9 @@ bool PhraseJudge::isForbidden(const Chain& chain) const {
     const bool isTime = !chain.meaning.hasDay() && !chain.meaning.rule;
     if (isTime)
         return !chain.hasLead && (senses_.endsWith(i, Sense::forbidsClock) || isVerse(chain));
-    if (chain.meaning.rule)
+    if (senses_.endsWith(i, Sense::negation) || isPartOfWork(chain))
+        return true;
+    if (chain.meaning.rule && !chain.meaning.rule->isList)
         return false;
     if (senses_.endsWith(i, Sense::ordinalEnding))
         return true;
@@ -79,49 +81,122 @@ bool PhraseJudge::isBehindOther(const Chain& chain) const {
     return chain.begin > 0 && tokens_.isSign(chain.begin - 1, u'#') && tokens_.isGlued(chain.begin);
 }
 
+/// "Watch The Day After Tomorrow": in the title of a film, a book or a song each word has a capital.
+bool PhraseJudge::isPartOfWork(const Chain& chain) const {
+    const Found* verb = senses_.find(0, Sense::work);
+    if (!verb || verb->end >= chain.begin || chain.meaning.minute >= 0 || !tokens_[chain.begin].isCapital)
+        return false;
+    int capitals = 0;
+    for (int k = verb->end; k < chain.begin; ++k) {
+        if (!tokens_.isKind(k, Kind::word))
+            return false;
+        capitals += tokens_[k].isCapital ? 1 : 0;
+    }
+    return tokens_[chain.begin - 1].isCapital && (capitals > 1 || senses_.has(verb->end, Sense::determiner));
+}
+
 bool PhraseJudge::leavesTimeWords(const Chain& chain) const {
-    const int next = chain.end;
-    if (next < tokens_.size() && tokens_.isKind(next, Kind::word) && !isRefused(next)) {
-        for (const Found* found = senses_.begin(next); found != senses_.end(next); ++found) {
-            switch (found->word.sense) {
-            case Sense::weekday:
-            case Sense::month:
-                if (!found->word.isShort ||
-                    (found->word.sense == Sense::weekday && chain.meaning.weekday != 0))
-                    return true;
-                break;
-            case Sense::unit:
-                if (chain.endsWithNumber)
-                    return true;
-                break;
-            case Sense::meridiem:
-            case Sense::afterNext:
-                if (!found->word.isShort)
-                    return true;
-                break;
-            case Sense::ago:
-            case Sense::former:
+    return leavesBehind(chain) || leavesBefore(chain);
+}
+
+bool PhraseJudge::leavesBehind(const Chain& chain) const {
+    int next = chain.end;
+    // "8am and 8pm", "an hour or two"
+    const bool isJoined = senses_.has(next, Sense::and_) || senses_.has(next, Sense::or_);
+    if (isJoined)
+        next =
+            senses_.has(next, Sense::and_) ? senses_.past(next, Sense::and_) : senses_.past(next, Sense::or_);
+    if (next >= tokens_.size() || isRefused(next))
+        return false;
+    if (isJoined && (senses_.has(next, Sense::number) ||
+                     (tokens_.isKind(next, Kind::number) && tokens_.isStop(next + 1))))
+        return true;
+    if (!tokens_.isKind(next, Kind::word))
+        return false;
+    for (const Found* found = senses_.begin(next); found != senses_.end(next); ++found) {
+        switch (found->word.sense) {
+        case Sense::weekday:
+        case Sense::month:
+            if (!found->word.isShort || (found->word.sense == Sense::weekday && chain.meaning.weekday != 0 &&
+                                         !senses_.has(next, Sense::otherWord)))
                 return true;
-            case Sense::part:
-            case Sense::today:
-            case Sense::todayPart:
-                if (chain.meaning.part != DayPart::none || chain.meaning.hasDay())
-                    return true;
-                break;
-            default:
-                break;
-            }
+            break;
+        case Sense::unit:
+            if (chain.endsWithNumber)
+                return true;
+            break;
+        case Sense::meridiem:
+        case Sense::afterNext:
+            if (!found->word.isShort)
+                return true;
+            break;
+        case Sense::ago:
+        case Sense::former:
+        case Sense::except:
+        case Sense::zoneTime:
+        case Sense::timeOf:
+            return true;
+        case Sense::region:
+            if (chain.endsWithTime)
+                return true;
+            break;
+        case Sense::to:
+        case Sense::past:
+            // "at five to"
+            if (chain.endsWithTime && tokens_.isStop(found->end))
+                return true;
+            break;
+        case Sense::part:
+        case Sense::today:
+        case Sense::todayPart:
+            if (chain.meaning.part != DayPart::none || chain.meaning.hasDay())
+                return true;
+            break;
+        default:
+            break;
         }
     }
+    return false;
+}
+
+bool PhraseJudge::leavesBefore(const Chain& chain) const {
     const int before = chain.begin - 1;
-    if (before >= 0 && tokens_.isKind(before, Kind::word) && !isRefused(before)) {
-        for (const Found* found = senses_.begin(before); found != senses_.end(before); ++found) {
-            const Sense sense = found->word.sense;
-            if (found->end == chain.begin &&
-                ((sense == Sense::weekday && !found->word.isShort) ||
-                 (sense == Sense::month && !found->word.isShort) || sense == Sense::today ||
-                 (sense == Sense::next && !chain.hasLead)))
-                return !isAtBegin(before, false) || sense != Sense::next;
+    if (before < 0 || !tokens_.isKind(before, Kind::word) || isRefused(before))
+        return false;
+    // "until 5pm", "deux lundis"
+    if (senses_.endsWith(chain.begin, Sense::until))
+        return true;
+    if (chain.meaning.rule && (senses_.has(before, Sense::number) || senses_.has(before, Sense::ordinal)))
+        return true;
+    for (const Found* found = senses_.begin(before); found != senses_.end(before); ++found) {
+        if (found->end != chain.begin)
+            continue;
+        switch (found->word.sense) {
+        case Sense::weekday:
+        case Sense::month:
+            if (!found->word.isShort ||
+                (found->word.sense == Sense::weekday && !senses_.has(before, Sense::otherWord)))
+                return true;
+            break;
+        case Sense::today:
+            return true;
+        case Sense::unit:
+            // "the week before Christmas"
+            if (!found->word.isShort && chain.hasLead && senses_.has(chain.begin, Sense::before))
+                return true;
+            break;
+        case Sense::next:
+            if (!chain.hasLead && !isAtBegin(before, false))
+                return true;
+            break;
+        case Sense::begin:
+        case Sense::middle:
+        case Sense::end:
+            if (found->word.value == 1 || found->end > before + 1)
+                return true;
+            break;
+        default:
+            break;
         }
     }
     return false;

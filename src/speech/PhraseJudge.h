@@ -27,6 +27,9 @@ class PhraseJudge {
     [[nodiscard]] bool isAtBegin(int i, bool follows) const;
     [[nodiscard]] bool isBlockedBy(const Chain& chain) const;
     [[nodiscard]] bool isVerse(const Chain& chain) const;
+    [[nodiscard]] bool isPartOfWork(const Chain& chain) const;
+    [[nodiscard]] bool leavesBehind(const Chain& chain) const;
+    [[nodiscard]] bool leavesBefore(const Chain& chain) const;
     [[nodiscard]] bool isBehindOther(const Chain& chain) const;
     [[nodiscard]] bool isRefused(int i) const { return refused_[static_cast<std::size_t>(i)]; }
 

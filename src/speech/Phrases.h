@@ -12,7 +12,7 @@ namespace kestrant::speech {
 
 /// Words within a phrase that say one kind of thing.
 struct PhrasePart {
-    enum class Kind : std::uint8_t { day, time, repeat };
+    enum class Kind : std::uint8_t { day, time, repeat, zone };
     Kind kind = Kind::day;
     /// Behind its last token.
     int end = 0;

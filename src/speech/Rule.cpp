@@ -23,6 +23,12 @@ bool Rule::extendWith(const Rule& tail) {
         lasts = tail.lasts;
         return true;
     }
+    if (tail.hours != 0) {
+        const bool isOfDays = frequency != Frequency::none && frequency != Frequency::hourly;
+        if (isOfDays)
+            hours |= tail.hours;
+        return isOfDays;
+    }
     if (tail.frequency == Frequency::none && tail.weekdays != 0) {
         const bool isDaily =
             (frequency == Frequency::daily && interval == 1) || frequency == Frequency::weekly;
@@ -43,7 +49,7 @@ bool Rule::extendWith(const Rule& tail) {
     else if (tail.frequency != Frequency::monthly || frequency != Frequency::monthly)
         return false;
     weekdays = tail.weekdays;
-    nth = tail.nth;
+    nths = tail.nths;
     monthDays = tail.monthDays;
     return true;
 }
@@ -67,12 +73,34 @@ QString Rule::text() const {
         result += QStringLiteral(";BYMONTHDAY=") + numbers.join(u',');
     }
     if (weekdays != 0) {
+        // Of Monday to Friday one day is counted, of one weekday that weekday.
+        const bool isOfAll = (weekdays & (weekdays - 1)) != 0;
+        QStringList places;
+        for (int nth = 1; nth <= 6; ++nth) {
+            if ((nths >> nth % 6 & 1) != 0)
+                places.append(QString::number(nth < 6 ? nth : -1));
+        }
         QStringList list;
         for (std::size_t day = 0; day < days.size(); ++day) {
-            if ((weekdays >> day & 1) != 0)
-                list.append((nth != 0 ? QString::number(nth) : QString()) + QLatin1String(days.at(day)));
+            if ((weekdays >> day & 1) == 0)
+                continue;
+            if (places.isEmpty() || isOfAll)
+                list.append(QLatin1String(days.at(day)));
+            else
+                for (const QString& place : places)
+                    list.append(place + QLatin1String(days.at(day)));
         }
         result += QStringLiteral(";BYDAY=") + list.join(u',');
+        if (isOfAll && !places.isEmpty())
+            result += QStringLiteral(";BYSETPOS=") + places.join(u',');
+    }
+    if (hours != 0) {
+        QStringList list;
+        for (int hour = 0; hour < 24; ++hour) {
+            if ((hours >> hour & 1) != 0)
+                list.append(QString::number(hour));
+        }
+        result += QStringLiteral(";BYHOUR=") + list.join(u',');
     }
     if (count > 0)
         result += QStringLiteral(";COUNT=%1").arg(count);

@@ -28,12 +28,16 @@ struct Rule {
     int count = 0;
     /// Bits from Monday on.
     std::uint8_t weekdays = 0;
-    /// Which of these weekdays in the month, from its end when negative; 0 for all.
-    int nth = 0;
+    /// Which of these weekdays in the month, as bits 1 to 5; bit 0 is the last one. None for all.
+    std::uint8_t nths = 0;
     /// Bits 1 to 31; bit 0 is the last day.
     std::uint32_t monthDays = 0;
     int month = 0;
     QDate until;
+    /// The hours of the day, as bits, where there are several.
+    std::uint32_t hours = 0;
+    /// Days that are named once each, without a word for repetition: "mon and thu".
+    bool isList = false;
     /// How long it goes on from its first date: "for 3 weeks".
     Length lasts;
 

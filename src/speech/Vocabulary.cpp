@@ -12,25 +12,28 @@ namespace kestrant::speech {
 namespace {
 
 constexpr std::array<const char*, static_cast<std::size_t>(Sense::count)> senseNames{
-    "number",       "article",      "ordinal",   "ordinalEnding",
-    "fraction",     "fractionMark", "weekday",   "weekdays",
-    "month",        "unit",         "part",      "clock",
-    "dayEnd",       "meridiem",     "oclock",    "ish",
-    "past",         "to",           "minus",     "today",
-    "todayPart",    "this",         "coming",    "next",
-    "afterNext",    "last",         "former",    "ago",
-    "begin",        "middle",       "end",       "in",
-    "fromNow",      "inTime",       "before",    "after",
-    "eve",          "morrow",       "at",        "lead",
-    "from",         "between",      "of",        "the",
-    "and",          "or",           "range",     "until",
-    "duration",     "hedge",        "every",     "other",
-    "outOf",        "frequency",    "workdays",  "times",
-    "once",         "except",       "starting",  "spanEnd",
-    "feast",        "weekOut",      "connector", "forbidsDay",
-    "forbidsClock", "determiner",   "name",      "priority",
-    "priorityWord", "flag",         "alert",     "place",
-    "dayBefore",    "verse"};
+    "number",       "article",      "ordinal",      "ordinalEnding",
+    "fraction",     "fractionMark", "weekday",      "weekdays",
+    "month",        "unit",         "part",         "clock",
+    "dayEnd",       "meridiem",     "oclock",       "ish",
+    "past",         "to",           "minus",        "today",
+    "todayPart",    "this",         "coming",       "next",
+    "afterNext",    "last",         "former",       "ago",
+    "begin",        "middle",       "end",          "in",
+    "fromNow",      "inTime",       "before",       "after",
+    "eve",          "morrow",       "at",           "lead",
+    "from",         "between",      "of",           "the",
+    "and",          "or",           "range",        "until",
+    "duration",     "hedge",        "every",        "other",
+    "outOf",        "frequency",    "workdays",     "times",
+    "once",         "except",       "starting",     "spanEnd",
+    "feast",        "weekOut",      "connector",    "forbidsDay",
+    "forbidsClock", "determiner",   "name",         "priority",
+    "priorityWord", "flag",         "alert",        "place",
+    "dayBefore",    "verse",        "genitive",     "author",
+    "otherWord",    "company",      "priorityName", "negation",
+    "work",         "zeroMinute",   "allDay",       "per",
+    "on",           "region",       "zoneTime",     "timeOf"};
 
 struct Hash {
     std::size_t operator()(QStringView text) const { return qHash(text); }

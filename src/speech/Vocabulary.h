@@ -89,6 +89,20 @@ enum class Sense : std::uint8_t {
     place,
     dayBefore,
     verse,
+    genitive,
+    author,
+    otherWord,
+    company,
+    priorityName,
+    negation,
+    work,
+    zeroMinute,
+    allDay,
+    per,
+    on,
+    region,
+    zoneTime,
+    timeOf,
     count
 };
 

@@ -70,10 +70,11 @@ TEST(SpokenLine, UnderstandsTheListedLinesAndLeavesWhatMayBeMeantOtherwise) {
                 continue;
             }
             const QStringList wanted = row.split(u'\t');
-            EXPECT_EQ(columns(readLine(wanted[0], present)),
-                      (QStringList{wanted.value(1, wanted[0]), wanted.value(2), wanted.value(3),
-                                   wanted.value(4), wanted.value(5)}))
-                << row.toStdString();
+            QString read = columns(readLine(wanted[0], present)).join(u'\t');
+            while (read.endsWith(u'\t'))
+                read.chop(1);
+            const QString said = wanted.size() > 1 ? row.section(u'\t', 1) : row;
+            EXPECT_EQ(read.toStdString(), said.toStdString()) << row.toStdString();
         }
     }
 }
