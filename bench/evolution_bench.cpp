@@ -60,7 +60,7 @@ QString makeList(EKEntityType type) {
     evolution::EvolutionStorage storage({}, std::chrono::minutes(5));
     items::ItemDatabase database(storage);
     (void)database.open(local);
-    const auto currentZone = database.saveCalendar(
+    const auto calendar = database.saveCalendar(
         {.title = QStringLiteral("Many"), .allowsReminders = isTasks, .allowsEvents = !isTasks}, local);
     ForeignList list(calendar->calendarIdentifier,
                      isTasks ? E_CAL_CLIENT_SOURCE_TYPE_TASKS : E_CAL_CLIENT_SOURCE_TYPE_EVENTS);

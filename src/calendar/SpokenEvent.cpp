@@ -18,12 +18,13 @@ Duration alertBefore(const speech::Alert& alert, Instant start, QDate day, const
 }  // namespace
 
 SpokenEvent readEvent(const QString& line, const speech::Present& present,
-                      const std::vector<EKCalendar>& calendars,
-                      const std::vector<speech::TextRange>& refused) {
+                      const std::vector<EKCalendar>& calendars, const std::vector<speech::TextRange>& refused,
+                      const std::vector<speech::TextRange>& accepted) {
     speech::Context context{.present = present, .purpose = speech::Purpose::event};
     for (const EKCalendar& calendar : calendars)
         context.lists.append(calendar.title);
-    SpokenEvent result{.event = {}, .line = speech::readLine(line, context, refused), .unknownCalendar = {}};
+    SpokenEvent result{
+        .event = {}, .line = speech::readLine(line, context, refused, accepted), .unknownCalendar = {}};
     if (!result.line.newList.isEmpty()) {
         std::vector<speech::TextRange> more = refused;
         for (const speech::Piece& piece : result.line.pieces) {
@@ -31,7 +32,7 @@ SpokenEvent readEvent(const QString& line, const speech::Present& present,
                 more.push_back(piece.range);
         }
         result.unknownCalendar = result.line.newList;
-        result.line = speech::readLine(line, context, more);
+        result.line = speech::readLine(line, context, more, accepted);
     }
     const speech::Line& read = result.line;
     if (!read.day || read.title.isEmpty())

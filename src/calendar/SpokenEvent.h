@@ -25,6 +25,7 @@ struct SpokenEvent {
 /// title.
 [[nodiscard]] SpokenEvent readEvent(const QString& line, const speech::Present& present,
                                     const std::vector<EKCalendar>& calendars,
-                                    const std::vector<speech::TextRange>& refused = {});
+                                    const std::vector<speech::TextRange>& refused = {},
+                                    const std::vector<speech::TextRange>& accepted = {});
 
 }  // namespace kestrant

@@ -30,6 +30,7 @@ bool isSaidByOption(Kind kind, const CommandLineArguments& arguments) {
     switch (kind) {
     case Kind::day:
     case Kind::time:
+    case Kind::zone:
         return arguments.due.has_value();
     case Kind::priority:
         return arguments.priority.has_value();

@@ -31,7 +31,8 @@ std::optional<TypedDate> readDateInWords(const QString& typed, const QuickAddCon
     const bool isDate =
         line.title.isEmpty() &&
         std::all_of(line.pieces.begin(), line.pieces.end(), [](const QuickAddPiece& piece) {
-            return piece.kind == QuickAddPiece::Kind::day || piece.kind == QuickAddPiece::Kind::time;
+            using Kind = QuickAddPiece::Kind;
+            return piece.kind == Kind::day || piece.kind == Kind::time || piece.kind == Kind::zone;
         });
     return isDate ? dateOf(line, context.zone) : std::nullopt;
 }

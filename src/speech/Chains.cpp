@@ -72,17 +72,19 @@ void ChainReader::consider(const Chain& chain) {
     // "from" leads to a span, or to a time of day.
     // "le train de 8h12 demain" has a time; "le film de minuit" has none.
     const bool isTimeOfDay = chain.isGenitive && chain.meaning.hasDay() && chain.meaning.minute >= 0;
+    const bool isList = chain.meaning.rule && chain.meaning.rule->isList;
     const bool needsSpan =
-        chain.isGenitive || chain.meaning.hasDay() || chain.meaning.rule || chain.isBareTime;
+        !isList && (chain.isGenitive || chain.meaning.hasDay() || chain.meaning.rule || chain.isBareTime);
     if (chain.hasFrom && !chain.until && needsSpan && !isTimeOfDay)
         return;
-    if (chain.isLoose)
+    if (chain.isLoose || (chain.meaning.rule && chain.meaning.isPast))
         return;
     // "9 tomorrow morning", but not "buy 9 tomorrow"
     if (chain.isBareTime && !chain.hasLead && !chain.until && chain.meaning.part == DayPart::none)
         return;
     const auto weight = [](const Chain& each) {
-        return each.end * 4 + (each.isClear || each.hasRoomWord || each.hasOpening ? 2 : 0);
+        return each.end * 4 + (each.isClear || each.hasRoomWord || each.hasOpening ? 2 : 0) +
+               (each.hasRulePart ? 1 : 0);
     };
     if (!best_ || weight(chain) > weight(*best_))
         best_ = chain;
@@ -109,6 +111,8 @@ std::vector<ChainReader::Passage> ChainReader::passages(int at, bool isFirst) co
         }
     };
     addLeads(at, 0);
+    if (tokens_.isSign(at, u'~'))
+        result.push_back({at + 1, leadsToTime | leadsToDay, true});
     const std::size_t direct = result.size();
     for (std::size_t k = 1; k < direct; ++k) {
         // "on or about": a hedge behind a lead; "by the", "for the" hold their article already.
@@ -190,8 +194,8 @@ std::optional<Chain> ChainReader::joined(const Chain& chain, const Atom& atom, c
     if ((atom.isOfRule && !chain.meaning.rule) || (atom.isOfTime && !chain.endsWithTime))
         return std::nullopt;
     // "soirée samedi" is an evening that has a name.
-    if (isFirst && !passage.isLead && atom.meaning.part != DayPart::none && !atom.meaning.hasDay() &&
-        !atom.meaning.rule)
+    if (isFirst && !passage.isLead && atom.meaning.part != DayPart::none &&
+        atom.meaning.edge == PartEdge::none && !atom.meaning.hasDay() && !atom.meaning.rule)
         return std::nullopt;
     if (passage.isFrom && (!atom.until || !atom.meaning.hasTime()))
         return std::nullopt;
@@ -211,7 +215,7 @@ std::optional<Chain> ChainReader::joined(const Chain& chain, const Atom& atom, c
              (next.meaning.minute < 0 || (next.meaning.minute - atom.meaning.minute) % 60 != 0)) ||
             !next.meaning.rule->extendWith(*atom.meaning.rule))
             return std::nullopt;
-        next.isClear = true;
+        next.isClear = next.hasRulePart = true;
         if (atom.meaning.start.isValid())
             next.meaning.start = atom.meaning.start;
         return next;
@@ -220,7 +224,8 @@ std::optional<Chain> ChainReader::joined(const Chain& chain, const Atom& atom, c
         (chain.until || (chain.meaning.hasTime() && atom.meaning.hasTime())))
         return std::nullopt;
     // "second tuesday" is no day.
-    if (chain.atoms == 1 && chain.isBareDay && !chain.hasRoomWord && atom.meaning.weekday != 0)
+    if (chain.atoms == 1 && chain.isBareDay && atom.meaning.weekday != 0 &&
+        (!chain.hasRoomWord || passage.at == chain.end))
         return std::nullopt;
     // A bare number is the hour of nothing but a day, and the day of nothing but a week, month or
     // weekday.
@@ -277,11 +282,23 @@ std::optional<Chain> ChainReader::joined(const Chain& chain, const Atom& atom, c
     if (!isFirst && atom.need == Need::help && !chain.isClear && !chain.hasRoomWord && chain.meaning.rule &&
         atom.meaning.hasTime())
         next.hasRoomWord = true;
+    // "le jeudi 17"
+    if (!isFirst && atom.isBare && atom.meaning.monthDay != 0 && chain.meaning.weekday != 0 && chain.hasLead)
+        next.hasRoomWord = true;
+    // "sat 11"
+    if (atom.isBare && chain.atoms == 1 && chain.meaning.weekday != 0 && tokens_.isStop(atom.end) &&
+        chain.begin > 0 && (atom.meaning.monthDay != 0 || isEnglish(chain.begin, Sense::weekday)))
+        next.hasRoomWord = true;
     next.isBareTime |= atom.isBare && isFirst && atom.meaning.minute >= 0;
     next.isBareDay |= atom.isBare && isFirst && atom.meaning.monthDay != 0;
     next.endsWithTime = atom.meaning.minute >= 0;
     next.endsWithNumber = tokens_.isKind(atom.end - 1, Kind::number);
     return next;
+}
+
+bool ChainReader::isEnglish(int i, Sense sense) const {
+    const Found* found = senses_.find(i, sense);
+    return found && found->word.language == Language::english;
 }
 
 bool ChainReader::mayTakeNumber(const Chain& chain, const Atom& atom) const {
@@ -304,7 +321,8 @@ bool ChainReader::mayTakeNumber(const Chain& chain, const Atom& atom) const {
 bool ChainReader::hasMatchSoon(int weekday, int monthDay) const {
     const QDate today = grammar_.present().today();
     const QDate found = nextDate(today, 0, monthDay, weekday);
-    return found.isValid() && (found <= today.addDays(31) || (monthDay > 12 && found <= today.addDays(190)));
+    return found.isValid() && (found <= today.addDays(grammar_.present().hasTwelveHours ? 7 : 31) ||
+                               (monthDay > 12 && found <= today.addDays(190)));
 }
 
 /// "monday to wednesday", "du vendredi 18h au dimanche 12h".
@@ -331,6 +349,7 @@ void ChainReader::tryUntil(const Chain& chain) {
         Meaning meaning;
         int end;
         bool isClear;
+        bool isBare;
     };
     std::vector<End> ends;
     const auto addEnd = [&](const Meaning& meaning, const Atom& atom) {
@@ -338,7 +357,7 @@ void ChainReader::tryUntil(const Chain& chain) {
             atom.need == Need::nothing || atom.need == Need::room || atom.need == Need::opening;
         if (!meaning.isPast && !meaning.rule && !meaning.moment && !atom.until && !atom.isOfRule &&
             !atom.isOfTime)
-            ends.push_back({meaning, atom.end, isClear && !atom.isBare});
+            ends.push_back({meaning, atom.end, isClear && !atom.isBare, atom.isBare});
     };
     if (at >= tokens_.size() || refused_[index(at)])
         return;
@@ -349,8 +368,10 @@ void ChainReader::tryUntil(const Chain& chain) {
             if (passage.at >= tokens_.size())
                 continue;
             for (const Atom& atom : atomsAt(passage.at)) {
+                // "samedi 19"
+                const bool isDay = atom.meaning.monthDay != 0 && ends[k].meaning.weekday != 0;
                 if (++tries_ > mostTries || (passage.isLead && (atom.leads & passage.leads) == 0) ||
-                    atom.isBare)
+                    (atom.isBare && !isDay))
                     continue;
                 if (const auto both = Meaning::joined(ends[k].meaning, atom.meaning, grammar_.present()))
                     addEnd(*both, atom);
@@ -358,12 +379,16 @@ void ChainReader::tryUntil(const Chain& chain) {
         }
     }
     for (const End& end : ends) {
-        const bool areDays = chain.meaning.hasDay() && end.meaning.hasDay() && (end.isClear || chain.hasFrom);
+        const bool areWeekdays = isSign && chain.meaning.weekday != 0 && end.meaning.weekday != 0;
+        const bool areDays =
+            chain.meaning.hasDay() && end.meaning.hasDay() && (end.isClear || chain.hasFrom || areWeekdays);
         const bool areTimes = chain.meaning.minute >= 0 && end.meaning.minute >= 0 && !end.meaning.hasDay() &&
                               (!isSign || end.isClear);
         const bool isDayTime =
             areDays && chain.meaning.hasTime() != end.meaning.hasTime() && end.meaning.minute < 0;
-        if ((!areDays && !areTimes) || isDayTime || !tokens_.ends(end.end))
+        // "9h au 14 rue Haute"
+        const bool hasRoom = tokens_.isStop(end.end) || senses_.begin(end.end) != senses_.end(end.end);
+        if ((!areDays && !areTimes) || isDayTime || !tokens_.ends(end.end) || (end.isBare && !hasRoom))
             continue;
         if (areDays && isSign && !tokens_.isGlued(chain.end) && chain.meaning.weekday == 0 &&
             chain.meaning.month == 0)

@@ -24,6 +24,8 @@ struct Chain {
     bool hasLead = false;
     bool isLed = false;
     bool hasFrom = false;
+    /// A repetition with its end, its days or its times behind it.
+    bool hasRulePart = false;
     /// Begins with "de", which makes a time a part of the title unless it is a span.
     bool isGenitive = false;
     bool isAmbiguous = false;
@@ -68,6 +70,7 @@ class ChainReader {
     void advance(const Chain& chain);
     [[nodiscard]] std::optional<Chain> joined(const Chain& chain, const Atom& atom,
                                               const Passage& passage) const;
+    [[nodiscard]] bool isEnglish(int i, Sense sense) const;
     [[nodiscard]] bool mayTakeNumber(const Chain& chain, const Atom& atom) const;
     [[nodiscard]] bool hasMatchSoon(int weekday, int monthDay) const;
     void tryUntil(const Chain& chain);

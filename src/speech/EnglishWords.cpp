@@ -47,14 +47,14 @@ part 0: am, pm
 clock 720: noon|midday|noontime|noonish|lunchtime|lunch time
 clock 540: first thing|first thing in the morning
 clock 1440: midnight
-dayEnd 1080: eod|cob|end of day|the end of the day|end of the day|close of business
+dayEnd 1080: eod|cob|end of day|the end of the day|end of the day|close of business|end of business|the end of business|eob
 meridiem 0: am, pm
 meridiem~ 0: a, p
 oclock 0: o clock|oclock
 ish 0: ish
 past 0: past|after
 to 0: to|before|till|of
-today 0: today|tdy, tomorrow|tmrw|tmr|tmw|tomorow|tommorow|tommorrow|2moro|2morrow, day after tomorrow|the day after tomorrow|overmorrow
+today 0: today|tdy|tod, tomorrow|tmrw|tmr|tmw|tomorow|tommorow|tommorrow|2moro|2morrow, day after tomorrow|the day after tomorrow|overmorrow
 today -1: yesterday
 todayPart 2: tonight|tonite|this evening
 this 0: this|the current|current
@@ -68,7 +68,7 @@ begin 1: early
 middle 0: middle of|the middle of|mid
 end 0: end of|the end of|end
 end 1: late|late in
-in 0: in|within|in the next|within the next|within about|in under|in about|in around|in exactly|in approximately|in roughly|in just|in just under|in at most|in less than|after
+in 0: in|within|in the next|within the next|within about|in about|in around|in exactly|in approximately|in roughly|in just|in at most|after
 fromNow 0: from now|later|hence|from today|out
 inTime 0: time|s time
 before 0: before|prior to|ahead of
@@ -82,8 +82,8 @@ lead T: after|any time after|anytime after|sometime after|not before
 lead TC: at|about|around|approximately|roughly|exactly|at about|at around|at approximately|at exactly|from about|at roughly
 lead DTSPBC: by|on or before|due by|due|due date|no later than|not later than|at the latest by|at the latest|before|until the latest|latest by|deadline
 lead DTS: for|due on
-lead DSP: sometime|some time|any time|sometime on
-lead DTC: starting|starting on|starting from|starting at|beginning|beginning on
+lead DSP: sometime|some time|any time|anytime|sometime on|some time on|any time on|anytime on|at some point|at some point on|later
+lead DTC: as of|as from|starting|starting on|starting from|starting at|beginning|beginning on
 lead DA: on the|due on the|the
 lead DTSPBA: by the|before the|due by the|due the|no later than the
 lead DA: for the
@@ -102,7 +102,7 @@ hedge 0: about|around|approximately|roughly|exactly
 hedge 1: sharp|or so|at the latest|latest
 every 0: every|each|every single|ev
 other 2: other|second|2nd, third|3rd, fourth|4th
-frequency 3: daily, weekly, biweekly|bi weekly|fortnightly, monthly, yearly|annually, _, quarterly, semi annually|half yearly, morning and evening|morning and night
+frequency 3: daily|everyday, weekly, biweekly|bi weekly|fortnightly, monthly, yearly|annually, _, quarterly, semi annually|half yearly, morning and evening|morning and night
 workdays~ 0: weekday|workday|working day|week day|business day
 workdays 0: weekdays|workdays|working days|week days|business days, weekends
 times 0: times|x

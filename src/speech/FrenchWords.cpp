@@ -69,13 +69,14 @@ weekOut 7: en huit|en 8
 weekOut 14: en quinze|en 15
 lead T: a|pour|des|apres|a partir de|pas avant
 lead TC: vers|aux environs de|aux alentours de|a environ|environ|sur les|vers les|sur le coup de|aux alentours d|aux environs d
-lead D: a partir de|au|sur|a compter de|a|pour
+lead D: plus tard|a partir de|au|sur|a compter de|a|pour
 lead DTSP: pour|des
 lead DTSPB: avant|d ici|d ici a|au plus tard|au plus tard a|echeance|date limite|d ici l|au plus tard d ici|max|avant la|d ici la
 lead DC: ce|dans la journee de|dans la journee du|courant
-lead DA: le|les|pour le|des le|a partir du|a compter du|au|en date du
-lead DTSPBA: avant le|av le|date limite le|d ici le|au plus tard le|d ici au|echeance le
-lead S: de la|du|de l|de|d|en|au mois de|au mois d|courant|au|sur|pour le mois de|pour la|la|le|l|en plein mois de|dans le courant de|dans le courant du
+lead D: les
+lead DA: le|pour le|des le|a partir du|a compter du|au|en date du
+lead DTSPBA: avant le|date limite le|d ici le|au plus tard le|d ici au|echeance le
+lead S: a la|pendant le|pendant la|durant le|durant la|au cours du|de la|du|de l|de|d|en|au mois de|au mois d|courant|au|sur|pour le mois de|pour la|la|le|l|en plein mois de|dans le courant de|dans le courant du
 lead P: ds la|dans la|dans l|en|au|en fin de|au cours de la|dans le courant de l|du|de l|de la|pendant la|pour le|pour la
 from 0: de|du|entre|entre le|d
 of 0: de|du|d|de la|de l|des|du mois de|du mois d|au

@@ -129,6 +129,7 @@ class Grammar {
     void addListedDays(int i, Atoms& result) const;
     void addRuleTails(int i, Atoms& result) const;
 
+    [[nodiscard]] std::optional<SpokenLength> lengthInDigits(int i) const;
     [[nodiscard]] std::optional<Number> amountInQuarters(int i) const;
     [[nodiscard]] std::optional<Number> dayOfMonth(int i) const;
     [[nodiscard]] std::optional<Number> ordinal(int i) const;

@@ -65,7 +65,8 @@ void Grammar::addDates(int i, Atoms& result) const {
     }
     if (const Found* month = senses_.find(i, Sense::month)) {
         int at = month->end;
-        if (tokens_.isSign(at, u'.') && tokens_.isGlued(at))
+        if ((tokens_.isSign(at, u'.') && tokens_.isGlued(at)) ||
+            (tokens_.isSign(at, u'-') && tokens_.isGlued(at) && tokens_.isGlued(at + 1)))
             ++at;
         at = senses_.past(at, Sense::the);
         if (const auto day = dayOfMonth(at); day && (tokens_.isKind(at, Kind::number) || day->digits == 0))
@@ -106,7 +107,9 @@ void Grammar::addNumericDates(int i, Atoms& result) const {
     if (count < 2 || (separator != u'/' && separator != u'-' && separator != u'.'))
         return;
     const bool isCut = tokens_.isKind(at - 1, Kind::sign);
-    if (isCut || !(tokens_.ends(at) || (at < tokens_.size() && tokens_.isSign(at, u'T')) ||
+    // "10/3-10/5"
+    const bool isSpan = separator == u'/' && tokens_.isSign(at, u'-') && tokens_.isKind(at + 1, Kind::number);
+    if (isCut || !(tokens_.ends(at) || isSpan || (at < tokens_.size() && tokens_.isSign(at, u'T')) ||
                    (tokens_.isKind(at, Kind::word) && tokens_[at].text == u"t")))
         return;
     Atom atom{.end = at, .need = Need::nothing, .helpedBy = leadsToDay};
@@ -157,6 +160,8 @@ void Grammar::addNumericDates(int i, Atoms& result) const {
     atom.need = isSaying || separator == u'.' ? Need::help : isFraction ? Need::opening : Need::room;
     if (isFraction && i == 0)
         atom.need = Need::help;
+    if (a == 9 && b == 11 && present_.order == DateOrder::monthFirst)
+        atom.helpedBy = 0;
     if (separator == u'.' && (parts[1].digits != 2))
         return;
     const bool monthFirst = separator == u'/' && present_.order == DateOrder::monthFirst;
@@ -182,6 +187,15 @@ void Grammar::addMonths(int i, Atoms& result) const {
                               .meaning = {.month = small(named->word.value), .year = today_.year() + ahead},
                               .need = named->word.isShort ? Need::room : Need::nothing});
         }
+    }
+    for (const Sense lead : {Sense::thisOne, Sense::coming}) {
+        const Found* found = senses_.find(i, lead);
+        const Found* named = found ? senses_.find(found->end, Sense::month) : nullptr;
+        if (named && named->word.value != today_.month())
+            result.push_back({.end = named->end,
+                              .meaning = {.month = small(named->word.value)},
+                              .need = named->word.isShort ? Need::room : Need::nothing,
+                              .leads = leadsToSpan});
     }
     const Found* month = senses_.find(i, Sense::month);
     if (!month)

@@ -115,6 +115,9 @@ void Grammar::addWeekdays(int i, Atoms& result) const {
         on(found->end, next);
     if (const Found* found = senses_.find(end, Sense::coming))
         on(found->end, next);
+    if (const Found* found = senses_.find(end, Sense::afterNext);
+        found && found->word.language == Language::english)
+        on(found->end, next.addDays(7));
     if (const Found* found = senses_.find(end, Sense::former))
         on(found->end, today_.addDays(-1), true);
     if (const Found* found = senses_.find(end, Sense::weekOut); found && found->word.value > 1)

@@ -44,6 +44,11 @@ std::optional<SpokenLength> Grammar::length(int i) const {
                 (tokens_.isGlued(end) || tokens_.ends(minutes->end))) {
                 result.length.minutes += minutes->value;
                 end = minutes->end;
+            } else if (minutes && minutes->digits == 0 && found->word.language == Language::french &&
+                       minutes->value % 5 == 0 && minutes->value < 60 && tokens_.isStop(minutes->end)) {
+                // "une heure dix"
+                result.length.minutes += minutes->value;
+                end = minutes->end;
             }
             break;
         }
@@ -82,6 +87,17 @@ std::optional<SpokenLength> Grammar::length(int i) const {
     return result;
 }
 
+/// "1:45"
+std::optional<SpokenLength> Grammar::lengthInDigits(int i) const {
+    const bool isParted = tokens_.isSign(i + 1, u':') && tokens_.isGlued(i + 1) && tokens_.isGlued(i + 2);
+    if (!isParted || !tokens_.isKind(i, Token::Kind::number) || !tokens_.isKind(i + 2, Token::Kind::number) ||
+        tokens_[i].digits > 2 || tokens_[i + 2].digits != 2 || tokens_[i + 2].number > 59)
+        return std::nullopt;
+    SpokenLength result{.end = i + 3};
+    result.length.minutes = tokens_[i].number * 60 + tokens_[i + 2].number;
+    return result.length.isNothing() ? std::nullopt : std::optional(result);
+}
+
 Meaning Grammar::after(const SpokenLength& length, QDate day, int sign) const {
     Meaning meaning;
     if (length.isWorkdays) {
@@ -111,9 +127,11 @@ Meaning Grammar::fromNow(const SpokenLength& length) const {
 /// "the Monday after Easter", "le vendredi avant Noël", "the week before Christmas".
 void Grammar::addAroundDays(int i, Atoms& result) const {
     const Found* weekday = senses_.find(i, Sense::weekday);
-    const Found* week = weekday ? nullptr : senses_.find(i, Sense::unit);
+    // "week before" needs its article.
+    const int from = senses_.past(i, Sense::the);
+    const Found* week = weekday || (from == i && i > 0) ? nullptr : senses_.find(from, Sense::unit);
     const bool isWeek = week && !week->word.isShort && week->word.value == static_cast<int>(Unit::week);
-    if (!weekday && !(isWeek && (i == 0 || senses_.endsWith(i, Sense::the))))
+    if (!weekday && !isWeek)
         return;
     const int end = weekday ? weekday->end : week->end;
     for (const auto& [sense, sign] : {std::pair(Sense::before, -1), std::pair(Sense::after, 1)}) {
@@ -153,7 +171,9 @@ void Grammar::addLengths(int i, Atoms& result) const {
     for (const Found* lead = senses_.begin(i); lead != senses_.end(i); ++lead) {
         if (lead->word.sense == Sense::in ||
             (lead->word.sense == Sense::ago && lead->word.language == Language::french)) {
-            const auto spoken = length(lead->end);
+            const auto spoken = lead->word.sense == Sense::in && !length(lead->end)
+                                    ? lengthInDigits(lead->end)
+                                    : length(lead->end);
             if (!spoken)
                 continue;
             if (lead->word.sense == Sense::ago) {

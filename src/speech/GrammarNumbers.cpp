@@ -1,5 +1,7 @@
 #include "speech/Grammar.h"
 
+#include <algorithm>
+
 namespace kestrant::speech {
 
 using Gap = Token::Gap;
@@ -73,14 +75,16 @@ std::optional<Grammar::Number> Grammar::amountInQuarters(int i) const {
 }
 
 const Found* Grammar::unitAt(int i) const {
-    const Found* unit = senses_.find(i, Sense::unit);
-    if (!unit)
+    if (!senses_.has(i, Sense::unit))
         return nullptr;
     // Letters are units only in one piece with their number.
     const bool isInOnePiece = tokens_.isGlued(i) && tokens_.isKind(i - 1, Kind::number);
     if (tokens_[i].gap == Gap::none && !isInOnePiece)
         return nullptr;
-    return unit->word.isShort && !isInOnePiece ? nullptr : unit;
+    const Found* unit = std::find_if(senses_.begin(i), senses_.end(i), [&](const Found& found) {
+        return found.word.sense == Sense::unit && (isInOnePiece || !found.word.isShort);
+    });
+    return unit == senses_.end(i) ? nullptr : unit;
 }
 
 std::optional<Grammar::Number> Grammar::ordinal(int i) const {

@@ -194,10 +194,10 @@ void Grammar::addListedDays(int i, Atoms& result) const {
     int end = i;
     const std::uint8_t days = weekdayList(i, end, Sense::weekday);
     if (std::popcount(days) > 1) {
-        // "sat", "sun" and the like need a clearer word among them.
+        // "sat", "sun" and the like need a clearer word or a joint among them.
         bool isSure = false;
         for (int at = i; at < end; ++at)
-            isSure |= senses_.has(at, Sense::weekday) && !senses_.has(at, Sense::otherWord);
+            isSure |= !senses_.has(at, Sense::otherWord) && !tokens_.isSign(at, u'.');
         add(end, days, {}, isSure && tokens_.isStop(end) && i > 0 ? Need::room : Need::help);
     }
     const int at = tokens_[std::min(first->end, tokens_.size() - 1)].gap == Token::Gap::hyphen
@@ -223,9 +223,12 @@ void Grammar::addNthOfEvery(int i, Atoms& result) const {
     }
     if (!nth || nth->span)
         return;
+    const bool areSeveral = (nth->nths & (nth->nths - 1)) != 0;
     for (const int of : {nth->end, senses_.past(nth->end, Sense::of)}) {
         const Found* every = senses_.find(of, Sense::every);
-        const Found* month = every ? unitAt(every->end) : nullptr;
+        const Found* month = every        ? unitAt(every->end)
+                             : areSeveral ? unitAt(senses_.past(of, Sense::the))
+                                          : nullptr;
         if (month && month->word.value == static_cast<int>(Unit::month)) {
             result.push_back(repeating(month->end, nth->rule()));
             return;
@@ -399,7 +402,7 @@ void Grammar::addRuleTails(int i, Atoms& result) const {
     if (senses_.has(i, Sense::weekday) || senses_.has(i, Sense::weekdays)) {
         int end = i;
         const std::uint8_t days = weekdayList(i, end, Sense::weekday);
-        if (days != 0 && (days & (days - 1)) != 0) {
+        if (days != 0 && ((days & (days - 1)) != 0 || senses_.has(i, Sense::weekdays))) {
             Rule rule{.weekdays = days};
             rule.frequency = Frequency::weekly;
             add(end, rule);

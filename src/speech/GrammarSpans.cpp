@@ -265,10 +265,15 @@ Meaning Grammar::placeIn(const Span& span, const NthDays& nth) const {
         result.first = nthWeekday(span.first, span.last, Qt::Saturday, place == 0 ? -1 : place);
         result.last = result.first.addDays(1);
     } else if (nth.span) {
-        const int days = *nth.span == Unit::week ? 7 : 15;
-        result.first =
-            within(place == 0 ? span.last.addDays(1 - days) : span.first.addDays(days * (place - 1)));
-        result.last = std::min(result.first.addDays(days - 1), span.last);
+        const bool isWeek = *nth.span == Unit::week;
+        const QDate fifteenth = span.first.addDays(place == 1 ? 0 : 15);
+        // Weeks begin on Monday, the first one with the month.
+        const QDate monday = place == 0   ? span.last.addDays(1 - span.last.dayOfWeek())
+                             : place == 1 ? span.first
+                                          : span.first.addDays(1 - span.first.dayOfWeek() + 7 * (place - 1));
+        result.first = within(isWeek ? monday : fifteenth);
+        result.last = std::min(
+            isWeek ? result.first.addDays(7 - result.first.dayOfWeek()) : fifteenth.addDays(14), span.last);
     } else if ((nth.weekdays & (nth.weekdays - 1)) != 0) {
         const int step = place == 0 ? -1 : 1;
         QDate day = place == 0 ? span.last : span.first;

@@ -89,6 +89,11 @@ std::optional<Atom> Grammar::clockInDigits(int i) const {
             atom.end = end;
             return atom;
         }
+        // "0640"
+        if (token.digits == 4 && token.text.startsWith(u'0')) {
+            atom.need = Need::room;
+            atom.isBare = false;
+        }
         return withMinutes(atom, i + 1);
     }
     if (token.digits > 2 || !isHour(token.number))
@@ -281,8 +286,13 @@ std::optional<Atom> Grammar::clockInWords(int i) const {
             mark && mark->word.language == clock->word.language) {
             minute += mark->word.value * 15;
             end = mark->end;
-        } else {
-            (void)subtract(minute, end);
+        } else if (!subtract(minute, end) && clock->word.language == Language::french) {
+            // "midi dix"
+            const auto rest = number(end);
+            if (rest && rest->digits == 0 && rest->value < 60 && rest->value % 5 == 0) {
+                minute += rest->value;
+                end = rest->end;
+            }
         }
         const Need need = end != clock->end ? Need::room : Need::opening;
         Atom atom{.end = end, .need = need, .leads = leadsToTime, .helpedBy = leadsToTime};
@@ -305,7 +315,9 @@ std::optional<Atom> Grammar::clockInWords(int i) const {
             minute += count->value;
             end = count->end;
         }
-        Atom atom = withMinutes(spoken(end, minute, hour->value, Need::help), end);
+        // Without a lead a small one is a length.
+        const Need need = hour->value >= 7 && minute % 60 != 0 ? Need::room : Need::help;
+        Atom atom = withMinutes(spoken(end, minute, hour->value, need), end);
         atom.helpedBy = leadsToTime;
         return atom;
     }
@@ -338,6 +350,20 @@ void Grammar::addTimes(int i, Atoms& result) const {
                           .helpedBy = leadsToPart});
     }
     addPartEdges(i, result);
+    // "the morning of the 3rd", "le soir du 12 mai"
+    if (const Found* part = senses_.find(i, Sense::part)) {
+        for (const Found* of = senses_.begin(part->end); of != senses_.end(part->end); ++of) {
+            const auto day = of->word.sense == Sense::of ? dayAt(of->end) : std::nullopt;
+            const auto bare = of->word.sense == Sense::of && !day ? dayOfMonth(of->end) : std::nullopt;
+            Meaning meaning = day ? day->meaning : Meaning{.monthDay = small(bare ? bare->value : 0)};
+            meaning.part = static_cast<DayPart>(part->word.value + 1);
+            if (day || bare)
+                result.push_back({.end = day ? day->end : bare->end,
+                                  .meaning = meaning,
+                                  .need = Need::room,
+                                  .leads = leadsToDay | leadsToPart});
+        }
+    }
     // "15 min before 6pm", "une heure avant midi"
     if (const auto spoken = length(i);
         spoken && spoken->length.minutes > 0 && spoken->length.days == 0 && spoken->length.months == 0) {
@@ -373,7 +399,7 @@ void Grammar::addPartEdges(int i, Atoms& result) const {
                 result.push_back(
                     {.end = part->end,
                      .meaning = {.part = static_cast<DayPart>(part->word.value + 1), .edge = edge},
-                     .need = Need::opening,
+                     .need = Need::room,
                      .leads = leadsToPart | leadsToTime,
                      .helpedBy = leadsToPart});
             if (found->word.value == 1)
@@ -411,6 +437,10 @@ void Grammar::addTimeRanges(int i, Atoms& result) const {
     atom.beginsBare = start->isBare && tokens_.isKind(i, Kind::number) && !isSaid;
     // "salle 5 à 15h" is one time only.
     const Found* word = senses_.find(start->end, Sense::range);
+    // "le four à dix heures"
+    if (word && start->isBare && tokens_.isKind(i, Kind::word) && senses_.has(i, Sense::number) &&
+        senses_.find(i, Sense::number)->word.language != word->word.language)
+        return;
     if (atom.beginsBare && word && word->word.language == Language::french && at == word->end)
         return;
     if (atom.beginsBare && !start->meaning.isOfTwelve && end->meaning.minute <= start->meaning.minute)

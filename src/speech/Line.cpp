@@ -50,6 +50,7 @@ class LineReader {
             add(PieceKind::alert, alert->begin, alert->end);
             result_.alert = alert->alert;
         }
+        readAllDay();
         if (context_.purpose == Purpose::event)
             readEvent();
         finish();
@@ -226,6 +227,15 @@ class LineReader {
         return text;
     }
 
+    /// "all day" beside a day.
+    void readAllDay() {
+        for (int i = 0; i < tokens_.size() && result_.day && !result_.time; ++i) {
+            const Found* words = senses_.find(i, Sense::allDay);
+            if (words && !taken_[static_cast<std::size_t>(i)] && tokens_.begins(i))
+                add(PieceKind::day, i, words->end);
+        }
+    }
+
     /// The length of an event and its place.
     void readEvent() {
         if (result_.time && !result_.endTime) {
@@ -243,11 +253,6 @@ class LineReader {
                 add(PieceKind::time, i, length->end);
                 break;
             }
-        }
-        for (int i = 0; i < tokens_.size() && result_.day && !result_.time; ++i) {
-            const Found* words = senses_.find(i, Sense::allDay);
-            if (words && !taken_[static_cast<std::size_t>(i)] && tokens_.begins(i))
-                add(PieceKind::day, i, words->end);
         }
         int phraseEnd = 0;
         for (const Piece& piece : result_.pieces) {

@@ -1,5 +1,7 @@
 #include "speech/PhraseJudge.h"
 
+#include <algorithm>
+
 namespace kestrant::speech {
 namespace {
 
@@ -21,8 +23,8 @@ bool PhraseJudge::isAtBegin(int i, bool follows) const {
 
 bool PhraseJudge::isReal(const Chain& chain, bool follows) const {
     const bool isAtBeginning = isAtBegin(chain.begin, follows);
-    const bool hasEnd = tokens_.isStop(chain.end) || isRefused(chain.end) ||
-                        (tokens_.isSign(chain.end, u'@') && tokens_.begins(chain.end));
+    const bool hasEnd =
+        tokens_.isStop(chain.end) || isRefused(chain.end) || senses_.has(chain.end, Sense::allDay);
     const bool hasRoomBehind = hasEnd || (senses_.has(chain.end, Sense::connector) && !isBlockedBy(chain));
     if (isBlockedBy(chain) && chain.atoms == 1 && !chain.hasLead && chain.begin > 0)
         return false;
@@ -35,8 +37,10 @@ bool PhraseJudge::isReal(const Chain& chain, bool follows) const {
             return hasRoomBehind;
         if (chain.isBareTime && chain.atoms == 1)
             return hasRoomBehind || isAtBeginning;
-        if ((chain.meaning.monthDay != 0 && chain.meaning.month == 0))
-            return hasRoomBehind;
+        // "le 22 laver les rideaux"
+        if (chain.meaning.monthDay != 0 && chain.meaning.month == 0 && chain.meaning.weekday == 0)
+            return hasRoomBehind ||
+                   (isAtBeginning && chain.hasLead && tokens_.isKind(chain.end - 1, Kind::number));
         if (chain.meaning.minute >= 0 && !chain.meaning.hasDay())
             return hasRoomBehind || chain.isLed || (isAtBeginning && chain.meaning.minute >= 0);
         return isAtBeginning || hasRoomBehind || chain.isLed;
@@ -56,7 +60,7 @@ bool PhraseJudge::isForbidden(const Chain& chain) const {
     const bool isTime = !chain.meaning.hasDay() && !chain.meaning.rule;
     if (isTime)
         return !chain.hasLead && (senses_.endsWith(i, Sense::forbidsClock) || isVerse(chain));
-    if (senses_.endsWith(i, Sense::negation) || isPartOfWork(chain))
+    if (senses_.endsWith(i, Sense::negation) || senses_.endsWith(i, Sense::except) || isPartOfWork(chain))
         return true;
     if (chain.meaning.rule && !chain.meaning.rule->isList)
         return false;
@@ -84,7 +88,15 @@ bool PhraseJudge::isBehindOther(const Chain& chain) const {
 /// "Watch The Day After Tomorrow": in the title of a film, a book or a song each word has a capital.
 bool PhraseJudge::isPartOfWork(const Chain& chain) const {
     const Found* verb = senses_.find(0, Sense::work);
-    if (!verb || verb->end >= chain.begin || chain.meaning.minute >= 0 || !tokens_[chain.begin].isCapital)
+    if (!verb || verb->end > chain.begin || chain.meaning.minute >= 0)
+        return false;
+    if (verb->end == chain.begin) {
+        const bool areCapitals =
+            std::all_of(&tokens_[chain.begin], &tokens_[chain.end - 1] + 1,
+                        [](const Token& token) { return token.isCapital || token.kind != Kind::word; });
+        return areCapitals && (chain.end > chain.begin + 1 || verb->word.language == Language::french);
+    }
+    if (!tokens_[chain.begin].isCapital)
         return false;
     int capitals = 0;
     for (int k = verb->end; k < chain.begin; ++k) {
@@ -166,6 +178,11 @@ bool PhraseJudge::leavesBefore(const Chain& chain) const {
     // "until 5pm", "deux lundis"
     if (senses_.endsWith(chain.begin, Sense::until))
         return true;
+    for (const Sense edge : {Sense::begin, Sense::middle, Sense::end}) {
+        const bool isShort = senses_.has(before, edge) && senses_.find(before, edge)->word.value == 0;
+        if (senses_.endsWith(chain.begin, edge) && !isShort)
+            return true;
+    }
     if (chain.meaning.rule && (senses_.has(before, Sense::number) || senses_.has(before, Sense::ordinal)))
         return true;
     for (const Found* found = senses_.begin(before); found != senses_.end(before); ++found) {
@@ -174,12 +191,26 @@ bool PhraseJudge::leavesBefore(const Chain& chain) const {
         switch (found->word.sense) {
         case Sense::weekday:
         case Sense::month:
+            // In French a capital makes a name of it.
+            if (before > 0 && tokens_[before].isCapital && found->word.language == Language::french)
+                break;
             if (!found->word.isShort ||
                 (found->word.sense == Sense::weekday && !senses_.has(before, Sense::otherWord)))
                 return true;
             break;
         case Sense::today:
             return true;
+        case Sense::ordinal:
+        case Sense::last:
+            // "the first Monday after Easter"
+            if (chain.meaning.weekday != 0)
+                return true;
+            break;
+        case Sense::of:
+            // "the morning of the 3rd"
+            if (before > 0 && senses_.has(before - 1, Sense::part))
+                return true;
+            break;
         case Sense::unit:
             // "the week before Christmas"
             if (!found->word.isShort && chain.hasLead && senses_.has(chain.begin, Sense::before))
@@ -187,12 +218,6 @@ bool PhraseJudge::leavesBefore(const Chain& chain) const {
             break;
         case Sense::next:
             if (!chain.hasLead && !isAtBegin(before, false))
-                return true;
-            break;
-        case Sense::begin:
-        case Sense::middle:
-        case Sense::end:
-            if (found->word.value == 1 || found->end > before + 1)
                 return true;
             break;
         default:

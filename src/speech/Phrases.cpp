@@ -23,12 +23,6 @@ class PhraseFinder {
         // Where a phrase ends of which words stay unread; what follows it is no surer.
         int unsureEnd = 0;
         for (int i = 0; i < tokens_.size();) {
-            // "tue/thu"
-            if (senses_.has(i, Sense::weekday) && tokens_.isSign(i + 1, u'/') && tokens_.isGlued(i + 1) &&
-                senses_.has(i + 2, Sense::weekday)) {
-                i = lastEnd = unsureEnd = i + 3;
-                continue;
-            }
             std::optional<Chain> found;
             if (tokens_.begins(i) && chains_.mayBegin(i))
                 found = chains_.longest(i);

@@ -186,7 +186,7 @@ bool Tokens::ends(int i) const {
 
 bool Tokens::isStop(int i) const {
     return i >= size() ||
-           (ends(i) && isKind(i, Kind::sign) && isOneOf((*this)[i].sign, u",;:.!?()[]{}…–—-|#/"));
+           (ends(i) && isKind(i, Kind::sign) && isOneOf((*this)[i].sign, u",;:.!?()[]{}…–—-|#/@"));
 }
 
 }  // namespace kestrant::speech

@@ -125,7 +125,8 @@ std::optional<SpokenZone> zoneAt(const Tokens& tokens, const Senses& senses, int
     if (!tokens.isKind(i, Kind::word))
         return std::nullopt;
     if (const Found* region = senses.find(i, Sense::region);
-        region && (!region->word.isShort || senses.has(region->end, Sense::zoneTime)))
+        region &&
+        (!region->word.isShort || tokens.isStop(region->end) || senses.has(region->end, Sense::zoneTime)))
         return zoneOf(regions.at(static_cast<std::size_t>(region->word.value)),
                       senses.past(region->end, Sense::zoneTime));
     if (const Found* of = senses.find(i, Sense::timeOf))

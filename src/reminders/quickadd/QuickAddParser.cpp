@@ -57,6 +57,7 @@ QuickAddLine parseQuickAdd(const QString& line, const QuickAddContext& context,
         spoken.lists.append(list.title);
     speech::Line read = speech::readLine(line, spoken, refused, accepted);
     QuickAddLine result{.title = std::move(read.title), .day = read.day, .time = read.time};
+    result.timeInZone = read.timeInZone;
     result.hasEnd = read.endDay.has_value();
     if (!read.rule.isEmpty())
         result.rule = EKRecurrenceRule::parse(read.rule);

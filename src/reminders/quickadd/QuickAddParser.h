@@ -28,6 +28,8 @@ struct QuickAddLine {
     std::optional<QDate> day;
     /// Only with a day.
     std::optional<QTime> time;
+    /// The time as it is typed, where a zone is named beside it.
+    std::optional<QTime> timeInZone;
     /// The line has an end as well, and so may be meant as an event.
     bool hasEnd = false;
     /// The day is its first date.
@@ -44,7 +46,8 @@ struct QuickAddLine {
     std::optional<ReminderAlertSchedule> alert;
     /// The pieces that were understood, in the order of the line.
     std::vector<QuickAddPiece> pieces;
-    /// Words that may say when, left in the title until they are accepted.
+    /// Words that may say when, left in the title until they are accepted; weekdays that may be meant
+    /// every week.
     std::vector<speech::Line::Offer> offers;
 };
 

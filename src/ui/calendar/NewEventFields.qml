@@ -11,7 +11,7 @@ Column {
 
     // What the line says and no field shows; the cross gives the words back.
     Flow {
-        visible: fields.form.facts.length > 0
+        visible: fields.form.facts.length > 0 || fields.form.offers.length > 0
         width: parent.width
         spacing: 8
         bottomPadding: 10
@@ -29,6 +29,21 @@ Column {
                 showsCross: true
                 onClicked: fields.form.takeBack(modelData.kind)
                 onCrossClicked: fields.form.takeBack(modelData.kind)
+            }
+        }
+        Repeater {
+            // What may be meant, to be accepted.
+            model: fields.form.offers
+            delegate: Chip {
+                required property var modelData
+                height: 28
+                maximumWidth: 220
+                outlined: true
+                text: modelData.title + " ?"
+                iconName: "repeat"
+                showsIcon: true
+                textColor: Theme.understood(modelData.kind)
+                onClicked: fields.form.accept(modelData.words)
             }
         }
     }

@@ -5,6 +5,7 @@
 #include "reminders/quickadd/QuickAddParser.h"
 #include "ui/panel/Localizer.h"
 #include "ui/reminders/RepeatChoices.h"
+#include "ui/reminders/SpokenWords.h"
 #include "ui/settings/Choices.h"
 
 #include <QPointer>
@@ -17,31 +18,6 @@ namespace kestrant {
 namespace {
 
 using PieceKind = speech::Piece::Kind;
-
-QString kindOf(PieceKind kind) {
-    switch (kind) {
-    case PieceKind::day:
-    case PieceKind::time:
-        return QStringLiteral("due");
-    case PieceKind::repeat:
-        return QStringLiteral("repeat");
-    case PieceKind::priority:
-        return QStringLiteral("priority");
-    case PieceKind::list:
-        return QStringLiteral("list");
-    case PieceKind::flag:
-        return QStringLiteral("flag");
-    case PieceKind::link:
-        return QStringLiteral("link");
-    case PieceKind::note:
-        return QStringLiteral("notes");
-    case PieceKind::place:
-        return QStringLiteral("place");
-    case PieceKind::alert:
-        return QStringLiteral("alert");
-    }
-    return {};
-}
 
 }  // namespace
 
@@ -74,6 +50,7 @@ void NewEventViewModel::discard() {
     title_.clear();
     spoken_ = {};
     refused_.clear();
+    accepted_.clear();
     times_.showNextHalfHour();
     Q_EMIT changed();
 }
@@ -83,23 +60,22 @@ void NewEventViewModel::setTitle(const QString& title) {
         return;
     title_ = title;
     // Words typed anew may be meant otherwise.
-    refused_.removeIf([this](const QString& words) { return !title_.contains(words); });
+    for (QStringList* words : {&refused_, &accepted_})
+        words->removeIf([this](const QString& each) { return !title_.contains(each); });
     understand();
     edited();
 }
 
 void NewEventViewModel::understand() {
-    std::vector<speech::TextRange> refused;
-    for (const QString& words : refused_)
-        if (const qsizetype start = title_.indexOf(words); start >= 0)
-            refused.push_back({start, words.size()});
     const std::vector<EKCalendar> calendars = store_.writableCalendars();
     const speech::Present present = presentFor({.now = clock_.now(),
                                                 .zone = currentZone_.zone(),
                                                 .language = localizer_.language(),
                                                 .lists = {},
                                                 .locale = locale_()});
-    const SpokenEvent before = std::exchange(spoken_, readEvent(title_, present, calendars, refused));
+    const SpokenEvent before =
+        std::exchange(spoken_, readEvent(title_, present, calendars, rangesOf(refused_, title_),
+                                         rangesOf(accepted_, title_)));
     const auto spanOf = [](const SpokenEvent& spoken) {
         return spoken.event ? std::optional(EventTimes::Span{spoken.event->startDate, spoken.event->endDate,
                                                              spoken.event->isAllDay})
@@ -120,15 +96,39 @@ void NewEventViewModel::understand() {
 }
 
 QVariantList NewEventViewModel::pieces() const {
-    QVariantList result;
     // A line that is not an event yet is a title.
-    if (!spoken_.event)
-        return result;
-    for (const speech::Piece& piece : spoken_.line.pieces)
-        result.append(QVariantMap{{QStringLiteral("kind"), kindOf(piece.kind)},
-                                  {QStringLiteral("start"), piece.range.start},
-                                  {QStringLiteral("length"), piece.range.length}});
+    return spoken_.event ? coloredWords(title_, spoken_.line.pieces) : QVariantList();
+}
+
+QVariantList NewEventViewModel::offers() const {
+    QVariantList result;
+    for (const auto& offer : spoken_.line.offers)
+        if (!offer.rule.isEmpty())
+            result.append(QVariantMap{
+                {QStringLiteral("kind"), kindOf(PieceKind::repeat)},
+                {QStringLiteral("words"), title_.mid(offer.range.start, offer.range.length)},
+                {QStringLiteral("title"), repeatTitle({EKRecurrenceRule::parse(offer.rule)}, localizer_)}});
     return result;
+}
+
+void NewEventViewModel::accept(const QString& words) {
+    accepted_.append(words);
+    understand();
+    edited();
+}
+
+QString NewEventViewModel::completion() const {
+    if (const QString begun = begunTitle(title_, spoken_.line.pieces); !begun.isEmpty()) {
+        for (const CalendarDayGroup& day : store_.dayGroups())
+            for (const CalendarEventItem& item : day.events)
+                if (const QString rest = restOf(item.title, begun); !rest.isEmpty())
+                    return rest;
+    }
+    const QString begun = begunList(title_);
+    for (const EKCalendar& calendar : store_.writableCalendars())
+        if (const QString rest = restOf(calendar.title, begun); !rest.isEmpty())
+            return rest;
+    return {};
 }
 
 QVariantList NewEventViewModel::facts() const {
@@ -141,6 +141,7 @@ QVariantList NewEventViewModel::facts() const {
             result.append(
                 QVariantMap{{QStringLiteral("kind"), kindOf(kind)}, {QStringLiteral("title"), title}});
     };
+    add(PieceKind::zone, zoneText(title_, spoken_.line.pieces, spoken_.line.timeInZone, localizer_));
     add(PieceKind::place, event.location);
     if (event.rule)
         add(PieceKind::repeat, repeatTitle({*event.rule}, localizer_));

@@ -31,9 +31,14 @@ class NewEventViewModel : public kestrant::FormViewModel {
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
     /// The words that were understood, {kind, start, length} each, counted in UTF-16 units.
     Q_PROPERTY(QVariantList pieces READ pieces NOTIFY changed)
-    /// What was understood and has no field of its own, {kind, title} each: "place", "repeat", "alert",
-    /// "link" and "notes".
+    /// What was understood and has no field of its own, {kind, title} each: "zone", "place", "repeat",
+    /// "alert", "link" and "notes".
     Q_PROPERTY(QVariantList facts READ facts NOTIFY changed)
+    /// Weekdays that may be meant every week, {kind, words, title} each.
+    Q_PROPERTY(QVariantList offers READ offers NOTIFY changed)
+    /// What Tab adds to the end of the line: the rest of a calendar's name, or of a title that is known;
+    /// empty for nothing.
+    Q_PROPERTY(QString completion READ completion NOTIFY changed)
     Q_PROPERTY(kestrant::EventTimes* times READ times CONSTANT)
     /// The calendar chosen last, else the database's default; empty when one is yet to be made.
     Q_PROPERTY(QString calendarId READ calendarId WRITE setCalendarId NOTIFY changed)
@@ -54,6 +59,8 @@ class NewEventViewModel : public kestrant::FormViewModel {
     Q_INVOKABLE void submit();
     /// Words that say a fact mean nothing but themselves from now on.
     Q_INVOKABLE void takeBack(const QString& kind);
+    /// Takes the words of an offer for what they may say.
+    Q_INVOKABLE void accept(const QString& words);
     /// The calendars that take events, {id, title, color} each.
     Q_INVOKABLE [[nodiscard]] QVariantList calendars() const;
 
@@ -61,6 +68,8 @@ class NewEventViewModel : public kestrant::FormViewModel {
     void setTitle(const QString& title);
     [[nodiscard]] QVariantList pieces() const;
     [[nodiscard]] QVariantList facts() const;
+    [[nodiscard]] QVariantList offers() const;
+    [[nodiscard]] QString completion() const;
     [[nodiscard]] EventTimes* times() { return &times_; }
     [[nodiscard]] QString calendarId() const;
     void setCalendarId(const QString& id);
@@ -87,6 +96,7 @@ class NewEventViewModel : public kestrant::FormViewModel {
     SpokenEvent spoken_;
     /// Words that were refused.
     QStringList refused_;
+    QStringList accepted_;
     QString chosenCalendarID_;
 };
 

@@ -18,6 +18,7 @@ Column {
     readonly property var names: ({
         list: Localizer.text("List", "Liste"),
         due: Localizer.text("Due date", "Échéance"),
+        zone: Localizer.text("Time elsewhere", "Heure d’ailleurs"),
         priority: Localizer.text("Priority", "Priorité"),
         flag: Localizer.text("Flag", "Signaler"),
         alert: Localizer.text("Alert", "Alerte"),
@@ -28,6 +29,7 @@ Column {
     readonly property var values: ({
         list: form.listTitle,
         due: form.dueText,
+        zone: form.zoneText,
         priority: form.priorityTitle,
         flag: Localizer.text("Flagged", "Marqué"),
         alert: form.alert.title,
@@ -40,7 +42,7 @@ Column {
     spacing: 8
 
     function act(kind, chip) {
-        if (kind === "link" || kind === "notes")
+        if (kind === "link" || kind === "notes" || kind === "zone")
             return titleWanted()
         if (kind === "due") {
             dayWanted()
@@ -112,7 +114,7 @@ Column {
         outlined: !isSaid
         color: isUnderstood ? Qt.alpha(hue, 0.14) : Theme.control
         textColor: isSaid ? hue : Theme.chipText
-        showsChevron: isSaid && !showsCross && kind !== "link" && kind !== "notes"
+        showsChevron: isSaid && !showsCross && kind !== "link" && kind !== "notes" && kind !== "zone"
         showsCross: isSaid && facts.form.canTakeBack(kind)
         spokenName: kind === "flag" ? facts.names.flag : facts.names[kind] + ", " + facts.values[kind]
         Accessible.description: kind === "list" ? facts.form.listReason : ""
@@ -138,11 +140,11 @@ Column {
                 height: 28
                 maximumWidth: 220
                 outlined: true
-                iconName: facts.icons.due
+                iconName: facts.icons[modelData.kind]
                 showsIcon: true
                 text: modelData.title + " ?"
-                textColor: Theme.understood("due")
-                spokenName: Localizer.text("Due", "Échéance") + ", " + modelData.title + "?"
+                textColor: Theme.understood(modelData.kind)
+                spokenName: facts.names[modelData.kind] + ", " + modelData.title + "?"
                 Accessible.description: modelData.words
                 onClicked: facts.acceptOffer(modelData.words)
             }

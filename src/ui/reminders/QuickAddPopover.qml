@@ -138,7 +138,7 @@ Popover {
             readOnly: !quickAdd.current.canEdit
             words: quickAdd.current.pieces.map(piece => ({
                 start: piece.start, length: piece.length, color: Theme.understood(piece.kind) }))
-            completion: quickAdd.addsEvent ? "" : quickAdd.form.completion
+            completion: quickAdd.current.completion
             placeholder: quickAdd.addsEvent ? Localizer.text("Event title", "Titre de l’événement")
                                             : Localizer.text("What to remember?", "Que faut-il retenir ?")
             spokenName: Localizer.text("Title", "Titre")

@@ -7,6 +7,7 @@
 #include "ui/calendar/TimeOfDay.h"
 #include "ui/panel/Localizer.h"
 #include "ui/reminders/RepeatChoices.h"
+#include "ui/reminders/SpokenWords.h"
 #include "ui/settings/Choices.h"
 
 #include <QPointer>
@@ -29,32 +30,9 @@ const QString alert = QStringLiteral("alert");
 const QString repeat = QStringLiteral("repeat");
 const QString link = QStringLiteral("link");
 const QString notes = QStringLiteral("notes");
-const QStringList all{list, due, priority, flag, alert, repeat, link, notes};
+const QString zone = QStringLiteral("zone");
+const QStringList all{list, due, zone, priority, flag, alert, repeat, link, notes};
 }  // namespace fact
-
-const QString& factOf(QuickAddPiece::Kind kind) {
-    switch (kind) {
-    case QuickAddPiece::Kind::day:
-    case QuickAddPiece::Kind::time:
-        return fact::due;
-    case QuickAddPiece::Kind::repeat:
-        return fact::repeat;
-    case QuickAddPiece::Kind::priority:
-        return fact::priority;
-    case QuickAddPiece::Kind::flag:
-        return fact::flag;
-    case QuickAddPiece::Kind::alert:
-        return fact::alert;
-    case QuickAddPiece::Kind::link:
-        return fact::link;
-    case QuickAddPiece::Kind::note:
-        return fact::notes;
-    case QuickAddPiece::Kind::list:
-    case QuickAddPiece::Kind::place:
-        break;
-    }
-    return fact::list;
-}
 
 }  // namespace
 
@@ -192,20 +170,13 @@ void QuickAddViewModel::setTitle(const QString& title) {
 }
 
 void QuickAddViewModel::understand() {
-    const auto rangesOf = [this](const QStringList& all) {
-        std::vector<TextRange> ranges;
-        for (const QString& words : all)
-            if (const qsizetype start = title_.indexOf(words); start >= 0)
-                ranges.push_back({start, words.size()});
-        return ranges;
-    };
     const QuickAddContext context{.now = clock_.now(),
                                   .zone = currentZone_.zone(),
                                   .language = localizer_.language(),
                                   .lists = store_.lists(),
                                   .locale = locale_()};
-    const QuickAddLine before =
-        std::exchange(line_, parseQuickAdd(title_, context, rangesOf(refused_), rangesOf(accepted_)));
+    const QuickAddLine before = std::exchange(
+        line_, parseQuickAdd(title_, context, rangesOf(refused_, title_), rangesOf(accepted_, title_)));
     // A line that is nothing but a date is a title.
     if (line_.title.trimmed().isEmpty())
         line_ = QuickAddLine{.title = title_};
@@ -233,7 +204,7 @@ void QuickAddViewModel::takeBack(const QString& fact) {
     // Without a due date there is no repetition either.
     const bool takesRule = fact == fact::due && line_.rule;
     for (const QuickAddPiece& piece : line_.pieces)
-        if (factOf(piece.kind) == fact || (takesRule && piece.kind == QuickAddPiece::Kind::repeat))
+        if (kindOf(piece.kind) == fact || (takesRule && piece.kind == QuickAddPiece::Kind::repeat))
             refused_.append(title_.mid(piece.range.start, piece.range.length));
     understand();
     if (fact == fact::list) {
@@ -260,6 +231,7 @@ bool QuickAddViewModel::canTakeBack(const QString& fact) const {
 bool QuickAddViewModel::holds(const QString& fact) const {
     return fact == fact::list       ? true
            : fact == fact::due      ? dueDay_.day().isValid()
+           : fact == fact::zone     ? line_.timeInZone.has_value()
            : fact == fact::priority ? priority_.has_value()
            : fact == fact::flag     ? isFlagged_
            : fact == fact::alert    ? !alert_.id().isEmpty()
@@ -279,7 +251,7 @@ void QuickAddViewModel::updateFacts() {
     for (const QString& fact : std::as_const(order)) {
         if (holds(fact))
             said.append(fact);
-        else if (fact != fact::link && fact != fact::notes &&
+        else if (fact != fact::link && fact != fact::notes && fact != fact::zone &&
                  (dueDay_.day().isValid() || (fact != fact::alert && fact != fact::repeat)))
             addable.append(fact);
     }
@@ -291,31 +263,17 @@ void QuickAddViewModel::updateFacts() {
 }
 
 QVariantList QuickAddViewModel::pieces() const {
-    const auto isBlank = [this](qsizetype from, qsizetype to) {
-        return QStringView(title_).mid(from, to - from).trimmed().isEmpty();
-    };
-    std::vector<std::pair<QString, TextRange>> words;
-    for (const QuickAddPiece& piece : line_.pieces) {
-        const QString& fact = factOf(piece.kind);
-        // Words that state one property together are coloured together.
-        if (!words.empty() && words.back().first == fact &&
-            isBlank(words.back().second.end(), piece.range.start))
-            words.back().second.length = piece.range.end() - words.back().second.start;
-        else
-            words.emplace_back(fact, piece.range);
-    }
-    QVariantList result;
-    for (const auto& [fact, range] : words)
-        result.append(QVariantMap{{QStringLiteral("kind"), fact},
-                                  {QStringLiteral("start"), range.start},
-                                  {QStringLiteral("length"), range.length}});
-    return result;
+    return coloredWords(title_, line_.pieces);
+}
+
+QString QuickAddViewModel::zoneText() const {
+    return kestrant::zoneText(title_, line_.pieces, line_.timeInZone, localizer_);
 }
 
 QStringList QuickAddViewModel::understood() const {
     QStringList facts;
     for (const QuickAddPiece& piece : line_.pieces)
-        if (const QString fact = factOf(piece.kind); !facts.contains(fact))
+        if (const QString fact = kindOf(piece.kind); !facts.contains(fact))
             facts.append(fact);
     return facts;
 }
@@ -355,10 +313,14 @@ QVariantList QuickAddViewModel::offers() const {
     for (const auto& offer : line_.offers) {
         const TimeZone zone = currentZone_.zone();
         const Instant due = offer.time ? zone.instantAt(offer.day, *offer.time) : zone.startOfDay(offer.day);
-        result.append(QVariantMap{
-            {QStringLiteral("words"), title_.mid(offer.range.start, offer.range.length)},
-            {QStringLiteral("title"), reminderDueText(due, offer.time.has_value(), clock_.now(), zone,
-                                                      localizer_.language(), localizer_.clockHours())}});
+        const bool repeats = !offer.rule.isEmpty();
+        result.append(
+            QVariantMap{{QStringLiteral("kind"), repeats ? fact::repeat : fact::due},
+                        {QStringLiteral("words"), title_.mid(offer.range.start, offer.range.length)},
+                        {QStringLiteral("title"),
+                         repeats ? kestrant::repeatTitle({EKRecurrenceRule::parse(offer.rule)}, localizer_)
+                                 : reminderDueText(due, offer.time.has_value(), clock_.now(), zone,
+                                                   localizer_.language(), localizer_.clockHours())}});
     }
     return result;
 }
@@ -370,24 +332,16 @@ void QuickAddViewModel::accept(const QString& words) {
 }
 
 QString QuickAddViewModel::completion() const {
-    constexpr qsizetype fewestLetters = 3;
-    const qsizetype mark = title_.lastIndexOf(u'#');
-    if (mark < 0 && title_.size() >= fewestLetters && line_.pieces.empty()) {
-        for (const ReminderTask& task : store_.tasks()) {
-            if (task.title.size() > title_.size() && task.title.startsWith(title_, Qt::CaseInsensitive))
-                return onOneLine(task.title).mid(title_.size());
-        }
+    if (const QString begun = begunTitle(title_, line_.pieces); !begun.isEmpty()) {
+        for (const ReminderTask& task : store_.tasks())
+            if (const QString rest = restOf(task.title, begun); !rest.isEmpty())
+                return rest;
     }
-    if (mark < 0 || (mark > 0 && !title_[mark - 1].isSpace()))
-        return {};
-    const QString begun = title_.mid(mark + 1);
-    if (begun.isEmpty() || begun.endsWith(u' '))
-        return {};
-    for (const ReminderList& list : store_.lists()) {
-        if (list.allowsContentModifications && list.title.size() > begun.size() &&
-            list.title.startsWith(begun, Qt::CaseInsensitive))
-            return list.title.mid(begun.size());
-    }
+    const QString begun = begunList(title_);
+    for (const ReminderList& list : store_.lists())
+        if (const QString rest = restOf(list.title, begun);
+            list.allowsContentModifications && !rest.isEmpty())
+            return rest;
     return {};
 }
 

@@ -34,8 +34,8 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     /// reminder's title; what is chosen by hand afterwards wins.
     Q_PROPERTY(QString title READ title WRITE setTitle NOTIFY changed)
     /// The words that were understood, {kind, start, length} each, counted in UTF-16 units. The kind is one
-    /// of the facts that a reminder has: "list", "due", "priority", "flag", "alert", "repeat", "link" and
-    /// "notes".
+    /// of the facts that a reminder has: "list", "due", "zone", "priority", "flag", "alert", "repeat", "link"
+    /// and "notes".
     Q_PROPERTY(QVariantList pieces READ pieces NOTIFY changed)
     /// The kinds among the pieces.
     Q_PROPERTY(QStringList understood READ understood NOTIFY changed)
@@ -64,10 +64,13 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     /// See RepeatChoices; "none" without a due date.
     Q_PROPERTY(QString repeatId READ repeatId WRITE setRepeatId NOTIFY changed)
     Q_PROPERTY(QString repeatTitle READ repeatTitle NOTIFY changed)
-    /// Words that may say when but were left in the title, {words, title} each.
+    /// Words that may say when but were left in the title, and weekdays that may be meant every week:
+    /// {kind, words, title} each.
     Q_PROPERTY(QVariantList offers READ offers NOTIFY changed)
     /// The line has an end, too: it may be meant as an event.
     Q_PROPERTY(bool mayBeEvent READ mayBeEvent NOTIFY changed)
+    /// The time in the zone that the line names; empty without one.
+    Q_PROPERTY(QString zoneText READ zoneText NOTIFY changed)
     Q_PROPERTY(QString linkText READ linkText NOTIFY changed)
     Q_PROPERTY(QString notesText READ notesText NOTIFY changed)
     /// What Tab adds to the end of the line: the rest of a list's name, or of a title that is known; empty
@@ -101,6 +104,7 @@ class QuickAddViewModel : public kestrant::FormViewModel {
     Q_INVOKABLE void accept(const QString& words);
     [[nodiscard]] QVariantList offers() const;
     [[nodiscard]] bool mayBeEvent() const { return line_.hasEnd; }
+    [[nodiscard]] QString zoneText() const;
     [[nodiscard]] const QString& linkText() const { return line_.url; }
     [[nodiscard]] const QString& notesText() const { return line_.notes; }
     [[nodiscard]] QString completion() const;
