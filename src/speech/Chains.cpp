@@ -193,6 +193,8 @@ std::optional<Chain> ChainReader::joined(const Chain& chain, const Atom& atom, c
         return std::nullopt;
     if ((atom.isOfRule && !chain.meaning.rule) || (atom.isOfTime && !chain.endsWithTime))
         return std::nullopt;
+    if (atom.isOfLead && !isFirst && !passage.isLead)
+        return std::nullopt;
     // "soirée samedi" is an evening that has a name.
     if (isFirst && !passage.isLead && atom.meaning.part != DayPart::none &&
         atom.meaning.edge == PartEdge::none && !atom.meaning.hasDay() && !atom.meaning.rule)
@@ -266,8 +268,10 @@ std::optional<Chain> ChainReader::joined(const Chain& chain, const Atom& atom, c
     }
     if (passage.isLead) {
         next.hasLead |= isFirst;
-        next.isLed |=
-            (passage.leads & (isClear | hasArticle)) != 0 || (atom.need == Need::opening && isHelped);
+        // "the Christmas lights" have an article, too.
+        next.isLed |= (passage.leads & isClear) != 0 ||
+                      ((passage.leads & hasArticle) != 0 && (atom.need != Need::help || atom.isBare)) ||
+                      (atom.need == Need::opening && isHelped);
         // "le lundi" is every Monday.
         if (isFirst && (passage.leads & hasArticle) != 0 && (passage.leads & isClear) == 0 &&
             atom.meaning.weekday != 0 && atom.meaning.monthDay == 0)

@@ -43,6 +43,8 @@ struct Atom {
     /// Only beside a repetition, or only directly behind a time.
     bool isOfRule = false;
     bool isOfTime = false;
+    /// Within a phrase only behind a lead.
+    bool isOfLead = false;
     /// A number alone; a span that begins with one.
     bool isBare = false;
     bool beginsBare = false;

@@ -104,7 +104,8 @@ void Grammar::addWeekdays(int i, Atoms& result) const {
         if (other && other->word.value == 2 && tokens_[i].isCapital && i > 0 && !hasStop)
             return;
         const bool isSaid = isLast && !senses_.endsWith(i, Sense::determiner);
-        atom.need = !other || (isSaid && other->word.value == 0) ? Need::room : Need::help;
+        atom.need =
+            !other || (isSaid && other->word.value == 0) || (hasStop && i == 0) ? Need::room : Need::help;
     }
     result.push_back(atom);
     const QDate next = nextWeekday(today_, day->word.value);

@@ -114,7 +114,8 @@ void Grammar::addSpans(int i, Atoms& result) const {
     if (!senses_.has(i, Sense::next) && !senses_.has(i, Sense::coming) && !senses_.has(i, Sense::thisOne) &&
         !senses_.has(i, Sense::unit) && !senses_.has(i, Sense::the))
         return;
-    const auto found = span(i);
+    // A month by its name is read with its days.
+    const auto found = senses_.has(senses_.past(i, Sense::the), Sense::month) ? std::nullopt : span(i);
     if (!found)
         return;
     Atom atom{.end = found->end,

@@ -37,7 +37,8 @@ Atom Grammar::withMinutes(Atom atom, int hourEnd) const {
     if (const Found* half = senses_.find(hourEnd, Sense::meridiem);
         half && (!half->word.isShort || tokens_.isGlued(hourEnd)) && atom.meaning.minute < 13 * 60 &&
         (atom.meaning.minute >= 60 || present_.hasTwelveHours || atom.meaning.isOfTwelve) &&
-        tokens_.ends(half->end) | tokens_.isKind(half->end, Kind::sign)) {
+        (tokens_.ends(half->end) || tokens_.isKind(half->end, Kind::sign) ||
+         tokens_[half->end].gap == Gap::hyphen)) {
         atom.meaning.minute = atom.meaning.minute % noon + (half->word.value == 1 ? noon : 0);
         atom.meaning.isOfTwelve = atom.meaning.isVague = false;
         atom.need = Need::nothing;
@@ -251,9 +252,13 @@ std::optional<Atom> Grammar::clockInWords(int i) const {
             const bool isFraction = senses_.has(i, Sense::fraction);
             if (hour && hour->value >= 1 && hour->value <= 12 && (isFraction || minutes % 5 == 0) &&
                 (hour->digits <= 2) && tokens_.ends(hour->end) | senses_.has(hour->end, Sense::meridiem)) {
-                return withMinutes(spoken(hour->end, hour->value * 60 + (isPast ? minutes : -minutes),
-                                          hour->value, isFraction || isPast ? Need::nothing : Need::room),
-                                   hour->end);
+                auto atom =
+                    withMinutes(spoken(hour->end, hour->value * 60 + (isPast ? minutes : -minutes),
+                                       hour->value, isFraction || isPast ? Need::nothing : Need::room),
+                                hour->end);
+                // "thursday 10 to 12" is a span.
+                atom.isOfLead = isTo && tokens_.isKind(i, Kind::number) && tokens_.isKind(from, Kind::number);
+                return atom;
             }
         }
         // "half five" is half past five
@@ -323,6 +328,9 @@ std::optional<Atom> Grammar::clockInWords(int i) const {
     }
     if (hour->value < 1 || hour->value > 12)
         return std::nullopt;
+    if (const Found* clock = senses_.find(hour->end, Sense::clock);
+        clock && hour->value == 12 && clock->word.value % noon == 0)
+        return spoken(clock->end, clock->word.value, 0, Need::room);
     if (auto atom = withSpokenMinutes(*hour))
         return atom;
     return withMinutes(hourAlone(hour->end, *hour), hour->end);
@@ -450,7 +458,7 @@ void Grammar::addTimeRanges(int i, Atoms& result) const {
         atom.need = Need::room;
     if (arePlain && !isSaid) {
         const bool isGlued = tokens_.isGlued(start->end) && tokens_.isGlued(from);
-        if (!isGlued)
+        if (!isGlued && !(word && word->word.language == Language::english))
             return;
         atom.need = Need::help;
     }

@@ -37,10 +37,12 @@ bool PhraseJudge::isReal(const Chain& chain, bool follows) const {
             return hasRoomBehind;
         if (chain.isBareTime && chain.atoms == 1)
             return hasRoomBehind || isAtBeginning;
-        // "le 22 laver les rideaux"
+        // "le 22 laver les rideaux", but not "the 9 to 5 grind"
+        const Found* lead = senses_.find(chain.begin, Sense::lead);
+        const bool isFrenchLead = lead && lead->word.language == Language::french;
         if (chain.meaning.monthDay != 0 && chain.meaning.month == 0 && chain.meaning.weekday == 0)
             return hasRoomBehind ||
-                   (isAtBeginning && chain.hasLead && tokens_.isKind(chain.end - 1, Kind::number));
+                   (isAtBeginning && isFrenchLead && tokens_.isKind(chain.end - 1, Kind::number));
         if (chain.meaning.minute >= 0 && !chain.meaning.hasDay())
             return hasRoomBehind || chain.isLed || (isAtBeginning && chain.meaning.minute >= 0);
         return isAtBeginning || hasRoomBehind || chain.isLed;
@@ -58,9 +60,15 @@ bool PhraseJudge::isForbidden(const Chain& chain) const {
     if (i == 0 || !tokens_.isKind(i - 1, Kind::word) || tokens_[i].gap == Gap::none)
         return isBehindOther(chain);
     const bool isTime = !chain.meaning.hasDay() && !chain.meaning.rule;
-    if (isTime)
-        return !chain.hasLead && (senses_.endsWith(i, Sense::forbidsClock) || isVerse(chain));
-    if (senses_.endsWith(i, Sense::negation) || senses_.endsWith(i, Sense::except) || isPartOfWork(chain))
+    if (isPartOfWork(chain))
+        return true;
+    if (isTime) {
+        // "the 5am club"
+        const bool isName = senses_.endsWith(i, Sense::determiner) && tokens_.isKind(chain.end, Kind::word) &&
+                            senses_.begin(chain.end) == senses_.end(chain.end);
+        return !chain.hasLead && (senses_.endsWith(i, Sense::forbidsClock) || isName || isVerse(chain));
+    }
+    if (senses_.endsWith(i, Sense::negation) || senses_.endsWith(i, Sense::except))
         return true;
     if (chain.meaning.rule && !chain.meaning.rule->isList)
         return false;
@@ -88,13 +96,17 @@ bool PhraseJudge::isBehindOther(const Chain& chain) const {
 /// "Watch The Day After Tomorrow": in the title of a film, a book or a song each word has a capital.
 bool PhraseJudge::isPartOfWork(const Chain& chain) const {
     const Found* verb = senses_.find(0, Sense::work);
-    if (!verb || verb->end > chain.begin || chain.meaning.minute >= 0)
+    const bool hasNumber = std::any_of(&tokens_[chain.begin], &tokens_[chain.end - 1] + 1,
+                                       [](const Token& token) { return token.kind == Kind::number; });
+    if (!verb || verb->end > chain.begin || (chain.meaning.minute >= 0 && hasNumber))
         return false;
     if (verb->end == chain.begin) {
+        if (verb->word.language == Language::french && tokens_[chain.begin].isCapital)
+            return true;
         const bool areCapitals =
             std::all_of(&tokens_[chain.begin], &tokens_[chain.end - 1] + 1,
                         [](const Token& token) { return token.isCapital || token.kind != Kind::word; });
-        return areCapitals && (chain.end > chain.begin + 1 || verb->word.language == Language::french);
+        return areCapitals && chain.end > chain.begin + 1;
     }
     if (!tokens_[chain.begin].isCapital)
         return false;
@@ -150,6 +162,11 @@ bool PhraseJudge::leavesBehind(const Chain& chain) const {
             return true;
         case Sense::region:
             if (chain.endsWithTime)
+                return true;
+            break;
+        case Sense::range:
+            // "the 9 to 5 grind"
+            if (chain.endsWithNumber && tokens_.isKind(found->end, Kind::number))
                 return true;
             break;
         case Sense::to:
