@@ -115,7 +115,7 @@ void Grammar::addNumericDates(int i, Atoms& result) const {
     Atom atom{.end = at, .need = Need::nothing, .helpedBy = leadsToDay};
     if (tokens_.isKind(at, Kind::word) && tokens_[at].text == u"t" && tokens_.isGlued(at)) {
         const auto time = clockInDigits(at + 1);
-        if (!time)
+        if (!time || time->meaning.minute >= 1440)
             return;
         atom.end = time->end;
         atom.meaning.minute = time->meaning.minute;
