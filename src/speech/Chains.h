@@ -62,6 +62,8 @@ class ChainReader {
         bool isFrom = false;
     };
 
+    /// Combinations are limited at each place, so that a line is read in linear time.
+    [[nodiscard]] bool mayTry() { return ++tries_ <= 160; }
     const std::vector<Atom>& atomsAt(int i);
     void consider(const Chain& chain);
     [[nodiscard]] bool isGenitive(int i, int end) const;

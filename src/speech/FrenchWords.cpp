@@ -84,7 +84,7 @@ the 0: le|la|les|l
 and 0: et|puis
 or 0: ou
 range 0: a|au|jusqu a|jusqu au|jusqu a la|jusqu|aux
-until 0: jusqu a|jusqu au|jusqu en|jusqu a la|jusqu a fin|jusque
+until 0: jusqu a|jusqu au|jusqu en|jusqu a la|jusque
 duration 0: pendant|durant|pour|d une duree de|duree
 hedge 0: vers|a peu pres|exactement
 hedge 1: environ|pile|precises|precise|dans la journee|max|maximum|dernier delai|au plus tard

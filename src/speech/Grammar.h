@@ -16,8 +16,9 @@ std::uint8_t small(Number value) {
     return static_cast<std::uint8_t>(value);
 }
 
-/// Monday to Friday.
+/// Days of the week as bits from Monday on.
 inline constexpr std::uint8_t workingDays = 0b0011111;
+inline constexpr std::uint8_t weekend = 0b1100000;
 
 /// Words that belong together and say one thing about a moment.
 struct Atom {
