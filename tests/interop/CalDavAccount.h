@@ -24,7 +24,15 @@ class CalDav : public ::testing::Test {
         list = server.addAccount("tasks", "Home", E_CAL_CLIENT_SOURCE_TYPE_TASKS);
         calendar = server.addAccount("events", "Work", E_CAL_CLIENT_SOURCE_TYPE_EVENTS);
         ASSERT_EQ(driver.requestAccess(), std::nullopt);
-        house.awaitThat([&] { return driver.openTitles().size() == 1 && eventTitles().size() == 1; });
+        // What is in a list may be known before it can be written.
+        house.awaitThat([&] {
+            return driver.openTitles().size() == 1 && eventTitles().size() == 1 && isWritable(list) &&
+                   isWritable(calendar);
+        });
+    }
+    bool isWritable(const QString& identifier) {
+        const auto found = house.store.calendarWithIdentifier(identifier);
+        return found && found->allowsContentModifications;
     }
     static QByteArray task(const QByteArray& uid, const QByteArray& title, const QByteArray& more = {}) {
         return item("VTODO", uid, title, "DUE;VALUE=DATE:20260330\r\nX-THEIRS:kept\r\n" + more);
