@@ -88,7 +88,8 @@ std::optional<bool> EvolutionClient::readWritability() {
     return answer;
 }
 
-std::optional<bool> EvolutionClient::hasUnsent() const {
+std::optional<bool> EvolutionClient::hasUnsent() {
+    const auto waiting = call();
     return hasUnsentChanges(cacheFolder_);
 }
 

@@ -48,7 +48,7 @@ class EvolutionClient {
     [[nodiscard]] std::optional<bool> readWritability();
     [[nodiscard]] QByteArrayView componentName() const { return componentName_; }
     /// As hasUnsentChanges() of its cache.
-    [[nodiscard]] std::optional<bool> hasUnsent() const;
+    [[nodiscard]] std::optional<bool> hasUnsent();
 
     /// Every item as a file, by UID. Absent when the service did not answer.
     [[nodiscard]] std::optional<std::map<QByteArray, QByteArray>> readAll();

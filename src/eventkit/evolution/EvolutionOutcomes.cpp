@@ -56,7 +56,7 @@ bool EvolutionStorage::takeBack(const Journal& journal) {
     });
 }
 
-void EvolutionStorage::noteSending(const QByteArray& list, const EvolutionClient& client) {
+void EvolutionStorage::noteSending(const QByteArray& list, EvolutionClient& client) {
     const auto hasUnsent = client.hasUnsent();
     if (!hasUnsent)
         return;

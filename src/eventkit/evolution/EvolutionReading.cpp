@@ -162,6 +162,8 @@ bool EvolutionStorage::readList(StorageContents& contents, const QByteArray& uid
         isSilent = !answer;
         isWritable = answer && *answer;
     }
+    if (!isSilent && (all || unsent_.contains(uid)))
+        noteSending(uid, *client);
     // The item may have been removed meanwhile.
     if (!lists_.enabled().contains(uid))
         return contents.collections.erase(uid) > 0;
@@ -181,8 +183,6 @@ bool EvolutionStorage::readList(StorageContents& contents, const QByteArray& uid
         file.version = version;
         changed = true;
     };
-    if (!isSilent && (all || unsent_.contains(uid)))
-        noteSending(uid, *client);
     if (all) {
         changed = std::erase_if(collection.files,
                                 [&](const auto& file) { return !all->contains(file.first); }) > 0 ||

@@ -107,7 +107,7 @@ class EvolutionStorage final : public items::ItemStorage {
     void settleUnfinished(const QByteArray& list);
     [[nodiscard]] bool takeBack(const items::Journal& journal);
     /// Says so where the service keeps changes of a list to send them later, and where it does no longer.
-    void noteSending(const QByteArray& list, const EvolutionClient& client);
+    void noteSending(const QByteArray& list, EvolutionClient& client);
     void tellOfUnsent();
     void tellChanged(const items::Changes& changes);
     /// Which of `replacements` were written in one call for each list.

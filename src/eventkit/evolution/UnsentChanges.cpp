@@ -9,7 +9,7 @@ namespace kestrant::evolution {
 std::optional<bool> hasUnsentChanges(const QByteArray& cacheFolder) {
     if (cacheFolder.isEmpty())
         return std::nullopt;
-    constexpr int patienceInMilliseconds = 200;
+    constexpr int patienceInMilliseconds = 2'000;
     sqlite3* opened = nullptr;
     const int status = sqlite3_open_v2((cacheFolder + "/cache.db").constData(), &opened,
                                        SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
