@@ -330,5 +330,8 @@ class EventWindow:
         """The names of the keys pressed while this window had the focus."""
         return re.findall(r"KeyPress event.*?keysym 0x[0-9a-f]+, (\w+)\)", self._log.read_text(), re.S)
 
+    def set_full_screen(self, is_full):
+        self._desktop.output("wmctrl", "-i", "-r", str(self.window), "-b", f"{'add' if is_full else 'remove'},fullscreen")
+
     def close(self):
         stop(self.process)

@@ -3,7 +3,6 @@
 #include "app/DesktopLook.h"
 #include "platform/linux/audio/ModuleAudioOutput.h"
 #include "platform/linux/desktop/ApplicationState.h"
-#include "platform/linux/desktop/DesktopSettings.h"
 #include "platform/linux/desktop/FolderDialog.h"
 #include "platform/linux/desktop/ProcessMemory.h"
 #include "platform/linux/desktop/TouchpadDirection.h"
@@ -22,6 +21,7 @@
 #include <QCoreApplication>
 #include <QLocale>
 
+#include <cmath>
 #include <utility>
 
 namespace kestrant {
@@ -74,7 +74,9 @@ PanelComposition& AppDelegate::composition() {
         return *panel_;
     screens_ = std::make_unique<QtScreenProvider>(
         [this] { return defaults_.string(preferenceKeys::cameraHousing).value_or(QString()); });
-    geometry_ = std::make_unique<NotchGeometry>(NotchGeometry::chooseScreen(*screens_).value_or(Screen()));
+    geometry_ = std::make_unique<NotchGeometry>(
+        NotchGeometry::chooseScreen(*screens_, placement()).value_or(Screen()));
+    geometry_->setPlacement(placement());
     localizer_ = std::make_unique<Localizer>(localization_);
     appearance_ = std::make_unique<Appearance>(nullptr);
     panel_ = std::make_unique<PanelComposition>(PanelComposition::Services{
@@ -225,11 +227,25 @@ void AppDelegate::followPreferences() {
             screens_->cameraHousingChanged();
         else if (key == preferenceKeys::invertsSwipes.name)
             followTouchpad();
+        else if (key == preferenceKeys::panelScreen.name || key == preferenceKeys::panelPlace.name ||
+                 key == preferenceKeys::panelEdge.name || key == preferenceKeys::restingLook.name ||
+                 key == preferenceKeys::yieldsToFullScreen.name)
+            place();
         else if ((key == preferenceKeys::soundEffectsProfile.name ||
                   key == preferenceKeys::soundEffectsEnabled.name) &&
                  preferences_.soundProfile() != SoundProfile::off)
             cuePlayer_.prepare();
     });
+}
+
+PanelPlacement AppDelegate::placement() const {
+    return preferences_.panelPlacement(barIsBusy_);
+}
+
+void AppDelegate::place() {
+    nativePanel_.window->setIsBelowBars(placement().isBelowBar);
+    nativePanel_.window->setYieldsToFullScreen(preferences_.yieldsToFullScreen());
+    panelController_->setPlacement(placement());
 }
 
 void AppDelegate::keepMemorySmall() {
@@ -274,6 +290,15 @@ SettingsServices AppDelegate::settingsServices() {
                       .pickFolder = [this](const QString& start,
                                            auto done) { pickFolder(start, std::move(done)); }},
         .problems = [this] { return problems(); },
+        .screenNames =
+            [this] {
+                QStringList names;
+                for (const Screen& screen : screens_->screens())
+                    names.append(screen.name);
+                return names;
+            },
+        .canFollowPointer = isOnX11(),
+        .barIsBusy = barIsBusy_,
         .showTutorial = [this] { notifications_.post(notifications::showTutorial); },
         .canBeFelt = [this] { return hapticPerformer_.isAvailable(); },
         .canInvertSwipes = [this] { return !nativePanel_.window->touchpadsTellDirection(); },
@@ -374,6 +399,10 @@ void AppDelegate::createPanelController() {
         interactionModel_, *geometry_);
     panelController_->setContentScrollsUpQuery(
         [&view](QPointF location) { return view.contentScrollsUp(location); });
+
+    panelController_->setMovedHandler(
+        [this](double offset) { preferences_.panelPlace.set(QString::number(std::lround(offset))); });
+    place();
 
     look_ = std::make_unique<DesktopLook>(DesktopLook::Services{
         .view = view,

@@ -24,6 +24,7 @@
 #include "notch/NotchPanelController.h"
 #include "platform/linux/desktop/AutostartEntry.h"
 #include "platform/linux/desktop/DesktopNotifier.h"
+#include "platform/linux/desktop/DesktopSettings.h"
 #include "platform/linux/desktop/FeedbackdHapticPerformer.h"
 #include "preferences/Localization.h"
 #include "preferences/Preferences.h"
@@ -103,6 +104,9 @@ class AppDelegate : public QObject {
     /// The screen, the stores and the models over them. Built on first use.
     [[nodiscard]] PanelComposition& composition();
     void createPanelController();
+    [[nodiscard]] PanelPlacement placement() const;
+    /// Has the panel be where the settings say.
+    void place();
     /// Opens the panel, or brings up the introduction.
     void showPanel();
     /// Built on first use.
@@ -160,6 +164,8 @@ class AppDelegate : public QObject {
     AppUpdater appUpdater_{updates_};
     std::unique_ptr<QtScreenProvider> screens_;
     std::unique_ptr<NotchGeometry> geometry_;
+    /// The desktop's bar has something in its middle, which the panel is not to cover unasked.
+    const bool barIsBusy_ = hasBusyBar(qgetenv("XDG_CURRENT_DESKTOP"));
     std::unique_ptr<Localizer> localizer_;
     std::unique_ptr<Appearance> appearance_;
     std::unique_ptr<PanelComposition> panel_;

@@ -14,6 +14,8 @@ constexpr double highestNotch = 45.0;
 /// Extra width of the resting panel beside the camera housing: one ear on either side.
 constexpr double restingMargin = 11.0;
 constexpr double pointerMargin = 2.0;
+/// Height of what is left of a notch that is a strip at rest.
+constexpr double stripHeight = 4.0;
 
 /// Written so that a value that is not a number fails.
 bool isWithin(double value, double low, double high) {
@@ -33,21 +35,22 @@ bool hasHousing(const Screen& screen) {
     return screen.auxiliaryTopLeftArea || screen.auxiliaryTopRightArea || screen.topSafeAreaInset > 0.0;
 }
 
-/// A rectangle of the given size that hangs from the middle of the screen's top edge. With y upwards,
-/// QRectF's "bottom" is the larger y.
-QRectF hangingFromTop(const Screen& screen, QSizeF size) {
-    return {QPointF(screen.frame.center().x() - size.width() / 2, screen.frame.bottom() - size.height()),
-            size};
-}
-
 }  // namespace
 
 NotchGeometry::NotchGeometry(const Screen& screen, QObject* parent) : QObject(parent) {
     update(screen);
 }
 
-std::optional<Screen> NotchGeometry::chooseScreen(const ScreenProvider& provider) {
+std::optional<Screen> NotchGeometry::chooseScreen(const ScreenProvider& provider,
+                                                  const PanelPlacement& placement,
+                                                  const std::optional<QPointF>& pointer) {
     const std::vector<Screen> screens = provider.screens();
+    const auto isWanted = [&](const Screen& screen) {
+        return placement.followsPointer ? pointer && screen.frame.contains(*pointer)
+                                        : !screen.name.isEmpty() && screen.name == placement.screenName;
+    };
+    if (const auto wanted = std::find_if(screens.begin(), screens.end(), isWanted); wanted != screens.end())
+        return *wanted;
     if (const auto notched = std::find_if(screens.begin(), screens.end(), hasHousing);
         notched != screens.end())
         return *notched;
@@ -68,6 +71,25 @@ void NotchGeometry::update(const Screen& screen) {
     Q_EMIT changed();
 }
 
+void NotchGeometry::setPlacement(const PanelPlacement& placement) {
+    if (placement == placement_)
+        return;
+    placement_ = placement;
+    Q_EMIT changed();
+}
+
+double NotchGeometry::offset() const {
+    const double room = std::max((screen_.frame.width() - expandedSize_.width()) / 2, 0.0);
+    return std::clamp(placement_.offset, -room, room);
+}
+
+/// A rectangle of the given size where the panel hangs. With y upwards, QRectF's "bottom" is the larger y.
+QRectF NotchGeometry::hanging(QSizeF size) const {
+    const bool isBelowBar = placement_.isBelowBar && !screen_.visibleFrame.isNull();
+    const double top = isBelowBar ? screen_.visibleFrame.bottom() : screen_.frame.bottom();
+    return {QPointF(screen_.frame.center().x() + offset() - size.width() / 2, top - size.height()), size};
+}
+
 void NotchGeometry::setRestsWide(bool wide) {
     if (wide == restsWide_)
         return;
@@ -78,6 +100,10 @@ void NotchGeometry::setRestsWide(bool wide) {
 QSizeF NotchGeometry::footprint(NotchPhase phase) const {
     switch (phase) {
     case NotchPhase::idle:
+        if (placement_.restingLook == RestingLook::hidden)
+            return {0.0, 0.0};
+        if (placement_.restingLook == RestingLook::strip)
+            return {idleSize_.width(), stripHeight};
         return restsWide_ ? hoverSize_ : idleSize_;
     case NotchPhase::hovering:
         return hoverSize_;
@@ -90,6 +116,8 @@ QSizeF NotchGeometry::footprint(NotchPhase phase) const {
 NotchContainerShape NotchGeometry::shape(NotchPhase phase) const {
     switch (phase) {
     case NotchPhase::idle:
+        if (placement_.restingLook != RestingLook::notch)
+            return {footprint(phase), 0.0, stripHeight / 2};
         // The ears take just the margin, so that the body coincides with a real camera housing.
         if (!restsWide_)
             return {idleSize_, restingMargin / 2, 11.0};
@@ -103,13 +131,13 @@ NotchContainerShape NotchGeometry::shape(NotchPhase phase) const {
 }
 
 QRectF NotchGeometry::panelFrame() const {
-    return hangingFromTop(screen_, expandedSize_);
+    return hanging(expandedSize_);
 }
 
 QRectF NotchGeometry::interactiveRect(NotchPhase phase) const {
     if (phase == NotchPhase::expanded)
         return panelFrame().adjusted(-pointerMargin, -pointerMargin, pointerMargin, pointerMargin);
-    return hangingFromTop(screen_, footprint(phase)).adjusted(0.0, 0.0, 0.0, pointerMargin);
+    return hanging(footprint(phase)).adjusted(0.0, 0.0, 0.0, pointerMargin);
 }
 
 bool NotchGeometry::isInteractive(QPointF location, NotchPhase phase) const {

@@ -3,6 +3,7 @@
 #include "notch/NotchContainerShape.h"
 #include "notch/NotchPhase.h"
 #include "notch/ScreenProvider.h"
+#include "preferences/PanelPlacement.h"
 
 #include <QObject>
 #include <QPointF>
@@ -26,11 +27,18 @@ class NotchGeometry : public QObject {
   public:
     explicit NotchGeometry(const Screen& screen, QObject* parent = nullptr);
 
-    /// The display for the panel: the first with a camera housing, else the main one, else the first. Absent
-    /// only while there is no display at all.
-    [[nodiscard]] static std::optional<Screen> chooseScreen(const ScreenProvider& provider);
+    /// The display for the panel: the one that has the pointer, where that is wanted and known; the one of
+    /// the wanted name; the first with a camera housing; the main one; the first. Absent only while there is
+    /// no display at all.
+    [[nodiscard]] static std::optional<Screen>
+    chooseScreen(const ScreenProvider& provider, const PanelPlacement& placement = {},
+                 const std::optional<QPointF>& pointer = std::nullopt);
 
     void update(const Screen& screen);
+    void setPlacement(const PanelPlacement& placement);
+    [[nodiscard]] const PanelPlacement& placement() const { return placement_; }
+    /// The placement's offset, limited to the screen.
+    [[nodiscard]] double offset() const;
     /// At rest it is as wide as while hovering, with room for a few words.
     void setRestsWide(bool wide);
 
@@ -46,7 +54,8 @@ class NotchGeometry : public QObject {
     /// The size that is shown in a phase.
     [[nodiscard]] QSizeF footprint(NotchPhase phase) const;
     [[nodiscard]] NotchContainerShape shape(NotchPhase phase) const;
-    /// The window's frame: the expanded size, its top edge on the screen's, centred.
+    /// The window's frame: the expanded size, its top edge on the screen's, centred; elsewhere where the
+    /// placement says so.
     [[nodiscard]] QRectF panelFrame() const;
     /// Where the pointer counts as inside. Reaches 2 points above the top of the screen, so that a pointer
     /// pressed against the edge is inside.
@@ -58,7 +67,10 @@ class NotchGeometry : public QObject {
     void changed();
 
   private:
+    [[nodiscard]] QRectF hanging(QSizeF size) const;
+
     Screen screen_;
+    PanelPlacement placement_;
     QSizeF hardwareNotchSize_{194.0, 32.25};
     QSizeF idleSize_{194.0, 32.25};
     QSizeF hoverSize_{250.0, 32.25};

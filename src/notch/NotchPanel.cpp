@@ -55,6 +55,11 @@ bool NotchPanel::leftMouseDown(QPointF locationInWindow) {
     return onPrimaryClick && onPrimaryClick(locationInWindow, frame_);
 }
 
+void NotchPanel::dragged(double points, bool ended) {
+    if (onDrag)
+        onDrag(points, ended);
+}
+
 bool NotchPanel::performKeyEquivalent(const KeyEquivalent& key) {
     const bool withShift = key.modifiers == (Qt::ControlModifier | Qt::ShiftModifier);
     if (!withShift && key.modifiers != Qt::ControlModifier)

@@ -27,11 +27,14 @@ class NotchPanel : public PanelEventHandler {
     std::function<bool(QPointF locationInWindow, const QRectF& frame)> onPrimaryClick;
     std::function<bool()> onSwipeDown;
     std::function<bool()> onSwipeUp;
+    /// Gets the distance from where the drag began.
+    std::function<void(double points, bool ended)> onDrag;
     /// Gets "n", "f", "z" or "redo".
     std::function<bool(const QString& command)> onKeyboardCommand;
 
     bool scrollWheel(const ScrollEvent& event) override;
     bool leftMouseDown(QPointF locationInWindow) override;
+    void dragged(double points, bool ended) override;
     bool performKeyEquivalent(const KeyEquivalent& key) override;
 
   private:

@@ -15,6 +15,8 @@ constexpr Duration pollInterval = std::chrono::microseconds(1'000'000 / 60);
 /// As long as a press on the notch may be meant for what was there before the panel opened or folded under
 /// it: a pointer that comes to click has opened the panel on its way, and a double click presses twice.
 constexpr Duration aimingTime = std::chrono::milliseconds(400);
+/// Points within which a panel that is carried along snaps to the middle.
+constexpr double snapDistance = 12.0;
 /// Keeps a panel open that was opened without the pointer.
 const QString openedByCommandRoute = QStringLiteral("panel.opened-by-command");
 
@@ -32,6 +34,7 @@ NotchPanelController::NotchPanelController(const Environment& environment, Notch
     };
     panel_.onSwipeDown = [this] { return swipeDown(); };
     panel_.onSwipeUp = [this] { return swipeUp(); };
+    panel_.onDrag = [this](double points, bool ended) { drag(points, ended); };
     panel_.onKeyboardCommand = [this](const QString& command) { return keyboardCommand(command); };
     panel_.window().setIgnoresMouseEvents(true);
 
@@ -96,6 +99,7 @@ bool NotchPanelController::pointerIsInside() const {
 void NotchPanelController::evaluatePointer() {
     if (!isPresented_)
         return;
+    followPointer();
     const bool inside = pointerIsInside();
     updateIgnoresMouseEvents(inside);
     if (inside) {
@@ -134,7 +138,7 @@ void NotchPanelController::phaseChanged() {
 }
 
 void NotchPanelController::screenParametersChanged() {
-    const std::optional<Screen> screen = NotchGeometry::chooseScreen(environment_.screens);
+    const std::optional<Screen> screen = chosenScreen();
     hasScreen_ = screen.has_value();
     if (!screen)
         return;
@@ -144,6 +148,45 @@ void NotchPanelController::screenParametersChanged() {
     else
         placePanel();
     evaluatePointer();
+}
+
+std::optional<Screen> NotchPanelController::chosenScreen() const {
+    const PanelPlacement& placement = geometry_.placement();
+    return NotchGeometry::chooseScreen(environment_.screens, placement,
+                                       placement.followsPointer ? environment_.pointer.location()
+                                                                : std::nullopt);
+}
+
+void NotchPanelController::setPlacement(const PanelPlacement& placement) {
+    if (placement == geometry_.placement())
+        return;
+    geometry_.setPlacement(placement);
+    screenParametersChanged();
+}
+
+void NotchPanelController::followPointer() {
+    if (!geometry_.placement().followsPointer || model_.phase() != NotchPhase::idle)
+        return;
+    const std::optional<QPointF> pointer = environment_.pointer.location();
+    if (pointer && hasScreen_ && !geometry_.screen().frame.contains(*pointer)) {
+        if (const auto screen = chosenScreen(); screen && *screen != geometry_.screen())
+            geometry_.update(*screen);
+    }
+}
+
+void NotchPanelController::drag(double points, bool ended) {
+    if (!dragStart_)
+        dragStart_ = geometry_.offset();
+    PanelPlacement placement = geometry_.placement();
+    placement.offset = *dragStart_ + points;
+    if (std::abs(placement.offset) < snapDistance)
+        placement.offset = 0.0;
+    geometry_.setPlacement(placement);
+    if (!ended)
+        return;
+    dragStart_.reset();
+    if (moved_)
+        moved_(geometry_.offset());
 }
 
 void NotchPanelController::applicationResignedActive() {

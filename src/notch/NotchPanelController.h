@@ -13,6 +13,8 @@
 #include <QObject>
 
 #include <functional>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace kestrant {
@@ -53,6 +55,12 @@ class NotchPanelController {
     /// application resigns; closes it when it is open.
     void toggle();
 
+    /// Where the panel is to be. It moves there at once, but follows the pointer to another screen only while
+    /// it is folded.
+    void setPlacement(const PanelPlacement& placement);
+    /// Called when the panel has been carried to another place along its edge, with the new offset.
+    void setMovedHandler(std::function<void(double offset)> handler) { moved_ = std::move(handler); }
+
     /// Asks the content whether it can still scroll when the fingers move up at a location in the window
     /// (points, origin lower left). Where it can, a swipe up scrolls; elsewhere it folds the panel.
     void setContentScrollsUpQuery(std::function<bool(QPointF locationInWindow)> query);
@@ -79,6 +87,9 @@ class NotchPanelController {
     void updateIgnoresMouseEvents(bool pointerInside);
     void phaseChanged();
     void screenParametersChanged();
+    [[nodiscard]] std::optional<Screen> chosenScreen() const;
+    void followPointer();
+    void drag(double points, bool ended);
     [[nodiscard]] bool pointerIsInside() const;
     [[nodiscard]] bool primaryClick(QPointF locationInWindow, const QRectF& frame);
     /// Expands a panel that is not expanded, if it may.
@@ -98,6 +109,9 @@ class NotchPanelController {
     ScheduledTask aiming_;
     std::function<bool(QPointF)> contentScrollsUp_;
     std::function<void()> locked_;
+    std::function<void(double)> moved_;
+    /// The offset at which the panel was taken up.
+    std::optional<double> dragStart_;
     std::vector<PanelSurface> surfaces_;
     bool hasScreen_;
     bool isPresented_ = false;

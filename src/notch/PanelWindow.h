@@ -44,6 +44,8 @@ class PanelEventHandler {
     /// The primary button went down on the panel itself. The location is in the panel's frame, in points,
     /// origin at its lower left corner.
     virtual bool leftMouseDown(QPointF locationInWindow) = 0;
+    /// The panel is carried along the edge: by so many points to the right since the button went down.
+    virtual void dragged(double points, bool ended) = 0;
     virtual bool performKeyEquivalent(const KeyEquivalent& key) = 0;
 };
 

@@ -16,6 +16,8 @@ namespace kestrant {
 struct Screen {
     QString name;
     QRectF frame;
+    /// The frame without the desktop's bars; null where those are not known.
+    QRectF visibleFrame;
     /// The areas left and right of a camera housing in the top edge; absent on a display without one.
     std::optional<QRectF> auxiliaryTopLeftArea;
     std::optional<QRectF> auxiliaryTopRightArea;

@@ -44,6 +44,19 @@ inline const Preference<QString> restingContent{{QStringLiteral("kestrantResting
 /// The resting notch shows what rings, with waves around it.
 inline const Preference<bool> pulsesWhenRinging{{QStringLiteral("kestrantPulsesWhenRinging")}, false};
 
+/// Name of a screen; empty for the one with a camera housing, else the main one; "pointer:" for the one that
+/// has the pointer.
+inline const Preference<QString> panelScreen{{QStringLiteral("kestrantPanelScreen")}, QString()};
+/// "middle", "left", "right", or points from the middle to the right.
+inline const Preference<QString> panelPlace{{QStringLiteral("kestrantPanelPlace")}, QStringLiteral("middle")};
+/// Raw value of PanelEdge.
+inline const Preference<QString> panelEdge{{QStringLiteral("kestrantPanelEdge")},
+                                           QStringLiteral("automatic")};
+/// Raw value of RestingLook.
+inline const Preference<QString> restingLook{{QStringLiteral("kestrantRestingLook")},
+                                             QStringLiteral("notch")};
+inline const Preference<bool> yieldsToFullScreen{{QStringLiteral("kestrantYieldsToFullScreen")}, false};
+
 /// 0 to 2; absent falls back to the older switch.
 inline const Preference<int> hapticFeedbackProfile{{QStringLiteral("hapticFeedbackProfile")}, 2};
 /// Bool; of an older version, only read.

@@ -3,6 +3,8 @@
 #include "preferences/PreferenceKeys.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace kestrant {
 
@@ -55,6 +57,27 @@ SoundProfile Preferences::soundProfile() const {
 
 void Preferences::setSoundProfile(SoundProfile profile) {
     defaults_.set(keys::soundEffectsProfile, static_cast<int>(profile));
+}
+
+double PanelPlacement::offsetFrom(const QString& place) {
+    if (place == QLatin1String("left"))
+        return -std::numeric_limits<double>::infinity();
+    if (place == QLatin1String("right"))
+        return std::numeric_limits<double>::infinity();
+    bool isNumber = false;
+    const double points = place.toDouble(&isNumber);
+    return isNumber && std::isfinite(points) ? points : 0.0;
+}
+
+PanelPlacement Preferences::panelPlacement(bool barIsBusy) const {
+    const QString screen = panelScreen();
+    const bool followsPointer = screen == screenOfPointer;
+    return {.screenName = followsPointer ? QString() : screen,
+            .followsPointer = followsPointer,
+            .offset = PanelPlacement::offsetFrom(panelPlace()),
+            .isBelowBar =
+                panelEdge() == PanelEdge::belowBar || (panelEdge() == PanelEdge::automatic && barIsBusy),
+            .restingLook = restingLook()};
 }
 
 void Preferences::migrateHoverExpandDelay() {

@@ -5,6 +5,7 @@
 #include "foundation/Text.h"
 #include "foundation/UserDefaults.h"
 #include "preferences/Layout.h"
+#include "preferences/PanelPlacement.h"
 #include "preferences/PreferenceKeys.h"
 #include "preferences/Setting.h"
 
@@ -42,6 +43,9 @@ class Preferences {
     [[nodiscard]] SoundProfile soundProfile() const;
     void setSoundProfile(SoundProfile profile);
 
+    /// Where the panel is to be; `barIsBusy` where the desktop's bar has something in its middle.
+    [[nodiscard]] PanelPlacement panelPlacement(bool barIsBusy) const;
+
     /// Turns the marker -1 of an older version, "never open on hover", into the setting of its own. Once per
     /// launch.
     void migrateHoverExpandDelay();
@@ -69,6 +73,12 @@ class Preferences {
     /// "glass" or "black".
     Setting<QString> notchMaterial{defaults_, preferenceKeys::notchMaterial};
     Setting<RestingContent> restingContent{defaults_, preferenceKeys::restingContent};
+    Setting<QString> panelScreen{defaults_, preferenceKeys::panelScreen};
+    Setting<QString> panelPlace{defaults_, preferenceKeys::panelPlace};
+    Setting<PanelEdge> panelEdge{defaults_, preferenceKeys::panelEdge};
+    Setting<RestingLook> restingLook{defaults_, preferenceKeys::restingLook};
+    /// Windows in full screen cover the panel.
+    Setting<bool> yieldsToFullScreen{defaults_, preferenceKeys::yieldsToFullScreen};
     Setting<bool> pulsesWhenRinging{defaults_, preferenceKeys::pulsesWhenRinging};
 
     Setting<bool> showReminders{defaults_, preferenceKeys::showReminders};

@@ -98,11 +98,14 @@ class DesktopTest(unittest.TestCase):
 
     # The program
 
-    def start(self, *arguments, **preferences):
-        """Starts Kestrant and waits until its panel rests at the top of the screen."""
+    def launch(self, *arguments, **preferences):
         self.set_preferences(**preferences)
         self.program = self.desktop.spawn([PROGRAM, *arguments])
         self.addCleanup(stop, self.program)
+
+    def start(self, *arguments, **preferences):
+        """Starts Kestrant and waits until its panel rests at the top of the screen."""
+        self.launch(*arguments, **preferences)
         self.wait_for_panel(IDLE)
 
     def kestrant(self, *arguments):

@@ -112,7 +112,7 @@ class PanelTest(DesktopTest):
         self.expand()
         self.wait_for_circles(1)
         still = self.desktop.steady_picture()
-        below = (self.middle - 460, 295, self.middle + 460, 700)
+        below = (self.middle - 460, 295, self.middle + 460, self.desktop.height)
         self.desktop.click(self.middle + 436, 20)
         self.wait_for(lambda: self.desktop.picture().differing(self.other_colour, below), bool, "it hangs below the panel")
         # Where its shadow would be, with a compositor, is the other window.
@@ -123,7 +123,7 @@ class PanelTest(DesktopTest):
         self.wait_for(lambda: self.desktop.picture().differing(self.other_colour, below), bool, "it hangs below the panel")
         left, _, _, bottom = self.desktop.steady_picture().differing(self.other_colour, below)
         before = len(self.other.clicks())
-        self.desktop.click(left + 40, bottom + 20)
+        self.desktop.click(left - 12, bottom - 40)
         wait_until(lambda: len(self.other.clicks()) > before, "the click arrives below")
         self.wait_for(lambda: self.desktop.picture().differing(self.other_colour, below), lambda seen: not seen, "it has closed")
         self.collapse()
@@ -137,6 +137,46 @@ class PanelTest(DesktopTest):
         self.expand()
         self.desktop.key("ctrl+f")
         self.collapse()
+
+    def is_there(self, x, y=3):
+        return self.desktop.picture().pixel(x, y) != self.other_colour
+
+    def test_a_hidden_panel_comes_by_command_only_and_a_strip_like_the_notch(self):
+        self.launch(kestrantRestingLook="hidden")
+        self.desktop.move(self.middle, 0)
+        self.kestrant("--toggle")
+        self.wait_for_panel(EXPANDED)
+        self.desktop.move(self.middle, 100)
+        self.point_away()
+        wait_until(lambda: not self.is_there(self.middle), "nothing is left")
+        stop(self.program)
+        self.launch(kestrantRestingLook="strip")
+        wait_until(lambda: self.panel_size()[1] == 4, "a strip is there")
+        self.desktop.move(self.middle, 1)
+        self.wait_for_panel(EXPANDED)
+
+    def test_is_carried_along_the_edge_with_alt(self):
+        self.start(requiresClickOrSwipeToExpand=True)
+        self.desktop.move(self.middle, 10)
+        self.desktop.output("xdotool", "keydown", "Alt_L", "mousedown", "1")
+        for x in range(self.middle, self.middle + 151, 50):
+            self.desktop.move(x, 10)
+            wait_until(lambda: self.is_there(x), "it follows the pointer")
+        self.desktop.output("xdotool", "mouseup", "1", "keyup", "Alt_L")
+        self.point_away()
+        wait_until(lambda: self.is_there(self.middle + 150 + IDLE[0] // 2 - 3) and
+                   not self.is_there(self.middle + 150 - IDLE[0] // 2 - 5), "it rests where it was carried")
+
+    def test_yields_to_a_window_in_full_screen_where_that_is_wanted(self):
+        self.start(kestrantYieldsToFullScreen=True)
+        self.other.set_full_screen(True)
+        wait_until(lambda: not self.is_there(self.middle), "it is covered")
+        self.kestrant("--toggle")
+        self.wait_for_panel(EXPANDED)
+        self.kestrant("--toggle")
+        wait_until(lambda: not self.is_there(self.middle), "it is covered again")
+        self.other.set_full_screen(False)
+        self.wait_for_panel(IDLE)
 
 
 class SessionTest(DesktopTest):

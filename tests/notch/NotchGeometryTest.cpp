@@ -61,6 +61,52 @@ TEST(NotchGeometryTest, ANotchedScreenIsChosenBeforeTheMainOne) {
     EXPECT_EQ(NotchGeometry::chooseScreen(ScriptedScreens({})), std::nullopt);
 }
 
+TEST(NotchGeometryTest, TheWantedScreenIsChosenWhileItIsThere) {
+    const auto named = [](const char* name, const QRectF& frame) {
+        Screen result = plainScreen(frame);
+        result.name = QString::fromLatin1(name);
+        return result;
+    };
+    const Screen main = named("eDP-1", {0, 0, 1600, 900});
+    const Screen other = named("DP-2", {1600, 0, 1920, 1080});
+    const ScriptedScreens screens({main, other});
+    const PanelPlacement byName{.screenName = QStringLiteral("DP-2")};
+    const PanelPlacement byPointer{.followsPointer = true};
+    EXPECT_EQ(NotchGeometry::chooseScreen(screens, byName), other);
+    EXPECT_EQ(NotchGeometry::chooseScreen(ScriptedScreens({main}), byName), main) << "it is away";
+    EXPECT_EQ(NotchGeometry::chooseScreen(screens, byPointer, QPointF(2000, 500)), other);
+    EXPECT_EQ(NotchGeometry::chooseScreen(screens, byPointer), main) << "the pointer is nowhere";
+    EXPECT_EQ(NotchGeometry::chooseScreen(ScriptedScreens({plainScreen({})}), {}), plainScreen({}))
+        << "a screen without a name is not the one without a wish";
+}
+
+TEST(NotchGeometryTest, ItHangsWhereItIsPlaced) {
+    Screen screen = plainScreen({100, 0, 1600, 900});
+    screen.visibleFrame = QRectF(100, 40, 1600, 830);
+    const double infinity = std::numeric_limits<double>::infinity();
+    struct Case {
+        const char* what;
+        PanelPlacement placement;
+        QRectF panel, resting;
+    };
+    const Case cases[] = {
+        {"a little to the right", {.offset = 50}, {480, 608, 940, 292}, {847.5, 867.25, 205, 34.75}},
+        {"left", {.offset = -infinity}, {100, 608, 940, 292}, {467.5, 867.25, 205, 34.75}},
+        {"beyond the right", {.offset = 900}, {760, 608, 940, 292}, {1127.5, 867.25, 205, 34.75}},
+        {"below the bar", {.isBelowBar = true}, {430, 578, 940, 292}, {797.5, 837.25, 205, 34.75}},
+        {"a strip", {.restingLook = RestingLook::strip}, {430, 608, 940, 292}, {797.5, 896, 205, 6}},
+    };
+    NotchGeometry geometry(screen);
+    for (const Case& c : cases) {
+        geometry.setPlacement(c.placement);
+        EXPECT_EQ(geometry.panelFrame(), c.panel) << c.what;
+        EXPECT_EQ(geometry.interactiveRect(NotchPhase::idle), c.resting) << c.what;
+    }
+    geometry.setPlacement({.restingLook = RestingLook::hidden});
+    EXPECT_FALSE(geometry.isInteractive({900, 900}, NotchPhase::idle)) << "there is nothing to point at";
+    EXPECT_TRUE(geometry.isInteractive({900, 900}, NotchPhase::expanded));
+}
+
 TEST(NotchGeometryTest, AreasHangFromTheTopCentreOfAScreenAnywhere) {
     // A screen left of and above the main one: its top edge is at y = 1980.
     const NotchGeometry geometry(plainScreen({-1600, 1080, 1600, 900}));

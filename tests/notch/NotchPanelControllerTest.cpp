@@ -398,6 +398,38 @@ TEST_F(NotchPanelControllerTest, AToggledPanelStaysOpenUntilThePointerHasVisited
     EXPECT_TRUE(model.presentedRouteIDs().isEmpty());
 }
 
+TEST_F(NotchPanelControllerTest, ItIsCarriedAlongTheEdgeAndSnapsToTheMiddle) {
+    std::vector<double> moved;
+    controller->setMovedHandler([&](double offset) { moved.push_back(offset); });
+    controller->present();
+    window.handler->dragged(40, false);
+    EXPECT_EQ(window.frame.center().x(), 840);
+    window.handler->dragged(60, true);
+    window.handler->dragged(-55, true);
+    EXPECT_EQ(window.frame.center().x(), 800) << "5 points from the middle";
+    window.handler->dragged(-5000, true);
+    EXPECT_EQ(window.frame.left(), 0) << "no farther than the screen";
+    EXPECT_EQ(moved, (std::vector<double>{60, 0, -330}));
+}
+
+TEST_F(NotchPanelControllerTest, ItFollowsThePointerToAnotherScreenWhileItIsFolded) {
+    const Screen beside = plainScreen({1600, 0, 1600, 900});
+    screens.change({screen, beside});
+    controller->setPlacement({.followsPointer = true});
+    controller->present();
+    moveTo(QPointF(2400, 300));
+    EXPECT_EQ(window.frame.center().x(), 2400);
+    moveTo(std::nullopt);
+    EXPECT_EQ(window.frame.center().x(), 2400) << "where the pointer is, is not known";
+    moveTo(QPointF(2400, 895));
+    ASSERT_EQ(model.phase(), NotchPhase::expanded);
+    pointer.at = farAway;
+    scheduler.advance(seconds(1.0 / 60));
+    EXPECT_EQ(window.frame.center().x(), 2400) << "not while it is open";
+    scheduler.advance(seconds(2));
+    EXPECT_EQ(window.frame.center().x(), 800);
+}
+
 TEST_F(NotchPanelControllerTest, PollingEndsWithTheController) {
     controller->present();
     controller.reset();

@@ -35,6 +35,15 @@ OnboardingPage {
             onChosen: rawValue => page.settings.requiresClick = rawValue
         }
         SplitLine {
+            visible: page.settings.barIsBusy
+            label: Localizer.text("Hangs", "Accrochée")
+            controlName: "onboarding.edge"
+            choices: [{ rawValue: "belowBar", title: Localizer.text("below the bar", "sous la barre") },
+                      { rawValue: "screen", title: Localizer.text("over it", "par-dessus") }]
+            value: page.settings.panelEdge === "screen" ? "screen" : "belowBar"
+            onChosen: rawValue => page.settings.panelEdge = rawValue
+        }
+        SplitLine {
             label: Localizer.text("Sounds", "Sons")
             last: !page.settings.canLaunchAtLogin
             controlName: "onboarding.sounds"

@@ -182,8 +182,50 @@ Popover {
                     }
                 }
                 Group {
+                    title: Localizer.text("Place", "Place")
+                    ListedLine {
+                        visible: choices.length > 1
+                        label: Localizer.text("Screen", "Écran")
+                        choices: popover.settings.panelScreens
+                        value: popover.settings.panelScreen
+                        onChosen: rawValue => popover.settings.panelScreen = rawValue
+                    }
+                    SplitLine {
+                        label: Localizer.text("Position", "Position")
+                        choices: [{ rawValue: "left", title: Localizer.text("left", "à gauche") },
+                                  { rawValue: "middle", title: Localizer.text("middle", "au milieu") },
+                                  { rawValue: "right", title: Localizer.text("right", "à droite") }]
+                        value: popover.settings.panelPlace
+                        onChosen: rawValue => popover.settings.panelPlace = rawValue
+                    }
+                    Explanation {
+                        bottomPadding: 8
+                        text: Localizer.text("Alt and a drag carry the notch along the edge.",
+                                             "Alt et glisser déplacent l’encoche le long du bord.")
+                    }
+                    ListedLine {
+                        label: Localizer.text("Hangs", "Accrochée")
+                        choices: popover.settings.panelEdges
+                        value: popover.settings.panelEdge
+                        onChosen: rawValue => popover.settings.panelEdge = rawValue
+                    }
+                    SwitchedLine {
+                        label: Localizer.text("Below windows in full screen", "Sous les fenêtres en plein écran")
+                        last: true
+                        checked: popover.settings.yieldsToFullScreen
+                        onToggled: checked => popover.settings.yieldsToFullScreen = checked
+                    }
+                }
+                Group {
                     title: Localizer.text("At rest", "Au repos")
                     ListedLine {
+                        label: Localizer.text("What is left", "Ce qui reste")
+                        choices: popover.settings.restingLooks
+                        value: popover.settings.restingLook
+                        onChosen: rawValue => popover.settings.restingLook = rawValue
+                    }
+                    ListedLine {
+                        visible: popover.settings.restingLook === "notch"
                         label: Localizer.text("Show", "Afficher")
                         subject: Localizer.text("Show at rest", "Afficher au repos")
                         choices: popover.settings.restingContents
@@ -206,32 +248,6 @@ Popover {
                                   { rawValue: "black", title: Localizer.text("Black", "Noir") }]
                         value: popover.settings.material
                         onChosen: rawValue => popover.settings.material = rawValue
-                    }
-                }
-                Group {
-                    title: Localizer.text("Sound and touch", "Son et toucher")
-                    SplitLine {
-                        label: Localizer.text("Sounds", "Sons")
-                        choices: [{ rawValue: 0, title: popover.offTitle },
-                                  { rawValue: 2, title: Localizer.text("Soft", "Doux") },
-                                  { rawValue: 1, title: Localizer.text("Full", "Complet") }]
-                        value: popover.settings.sounds
-                        onChosen: rawValue => popover.settings.sounds = rawValue
-                    }
-                    SplitLine {
-                        visible: popover.settings.canBeFelt
-                        label: Localizer.text("Touch", "Toucher")
-                        choices: [{ rawValue: 0, title: popover.offTitle },
-                                  { rawValue: 1, title: Localizer.text("Light", "Léger") },
-                                  { rawValue: 2, title: Localizer.text("Full", "Complet") }]
-                        value: popover.settings.haptics
-                        onChosen: rawValue => popover.settings.haptics = rawValue
-                    }
-                    SwitchedLine {
-                        label: Localizer.text("Celebrate what is done", "Fêter ce qui est fait")
-                        last: true
-                        checked: popover.settings.celebrates
-                        onToggled: checked => popover.settings.celebrates = checked
                     }
                 }
             }
@@ -278,6 +294,32 @@ Popover {
                             value: popover.settings.layoutRatio
                             onChosen: rawValue => popover.settings.layoutRatio = rawValue
                         }
+                    }
+                }
+                Group {
+                    title: Localizer.text("Sound and touch", "Son et toucher")
+                    SplitLine {
+                        label: Localizer.text("Sounds", "Sons")
+                        choices: [{ rawValue: 0, title: popover.offTitle },
+                                  { rawValue: 2, title: Localizer.text("Soft", "Doux") },
+                                  { rawValue: 1, title: Localizer.text("Full", "Complet") }]
+                        value: popover.settings.sounds
+                        onChosen: rawValue => popover.settings.sounds = rawValue
+                    }
+                    SplitLine {
+                        visible: popover.settings.canBeFelt
+                        label: Localizer.text("Touch", "Toucher")
+                        choices: [{ rawValue: 0, title: popover.offTitle },
+                                  { rawValue: 1, title: Localizer.text("Light", "Léger") },
+                                  { rawValue: 2, title: Localizer.text("Full", "Complet") }]
+                        value: popover.settings.haptics
+                        onChosen: rawValue => popover.settings.haptics = rawValue
+                    }
+                    SwitchedLine {
+                        label: Localizer.text("Celebrate what is done", "Fêter ce qui est fait")
+                        last: true
+                        checked: popover.settings.celebrates
+                        onToggled: checked => popover.settings.celebrates = checked
                     }
                 }
                 Group {

@@ -66,6 +66,34 @@ QVariantList SettingsViewModel::restingContents() const {
     return choices<RestingContent>(localizer_);
 }
 
+QVariantList SettingsViewModel::panelEdges() const {
+    return choices<PanelEdge>(localizer_);
+}
+
+QVariantList SettingsViewModel::restingLooks() const {
+    return choices<RestingLook>(localizer_);
+}
+
+QVariantList SettingsViewModel::panelScreens() const {
+    QVariantList result;
+    const auto add = [&result](const QString& rawValue, const QString& title) {
+        result.append(QVariantMap{{QStringLiteral("rawValue"), rawValue}, {QStringLiteral("title"), title}});
+    };
+    add({}, localizer_(text("the main screen", "l’écran principal")));
+    if (services_.canFollowPointer)
+        add(screenOfPointer, localizer_(text("the one with the pointer", "celui du pointeur")));
+    QStringList names = services_.screenNames ? services_.screenNames() : QStringList();
+    // One that is away at present stays chosen.
+    const QString chosen = preferences_.panelScreen();
+    if (!chosen.isEmpty() && chosen != screenOfPointer && !names.contains(chosen))
+        names.append(chosen);
+    if (names.size() > 1 || !chosen.isEmpty()) {
+        for (const QString& name : std::as_const(names))
+            add(name, name);
+    }
+    return result;
+}
+
 QVariantList SettingsViewModel::moduleOrders() const {
     return choices<KestrantModuleOrder>(localizer_);
 }

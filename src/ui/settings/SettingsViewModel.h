@@ -35,6 +35,12 @@ struct SettingsServices {
     DataStoreServices dataStore;
     /// Problems with reading or saving, one sentence each.
     std::function<std::vector<TextPair>()> problems;
+    /// The screens that there are.
+    std::function<QStringList()> screenNames;
+    /// Whether the pointer is known on every screen.
+    bool canFollowPointer = false;
+    /// The desktop's bar has something in its middle.
+    bool barIsBusy = false;
     /// Opens the introduction at its tutorial.
     std::function<void()> showTutorial;
     /// Whether touch feedback can be felt on this machine.
@@ -65,6 +71,18 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(QString restingContent MEMBER restingContent_ NOTIFY changed)
     /// {rawValue, title} each.
     Q_PROPERTY(QVariantList restingContents READ restingContents NOTIFY changed)
+    /// Raw values of where the panel is; see PanelPlacement.
+    Q_PROPERTY(QString panelScreen MEMBER panelScreen_ NOTIFY changed)
+    Q_PROPERTY(QString panelPlace MEMBER panelPlace_ NOTIFY changed)
+    Q_PROPERTY(QString panelEdge MEMBER panelEdge_ NOTIFY changed)
+    Q_PROPERTY(QString restingLook MEMBER restingLook_ NOTIFY changed)
+    Q_PROPERTY(bool yieldsToFullScreen MEMBER yieldsToFullScreen_ NOTIFY changed)
+    /// {rawValue, title} each.
+    Q_PROPERTY(QVariantList panelScreens READ panelScreens NOTIFY changed)
+    Q_PROPERTY(QVariantList panelEdges READ panelEdges NOTIFY changed)
+    Q_PROPERTY(QVariantList restingLooks READ restingLooks NOTIFY changed)
+    /// Whether the desktop's bar has something in its middle that the panel would cover.
+    Q_PROPERTY(bool barIsBusy READ barIsBusy CONSTANT)
     Q_PROPERTY(bool pulsesWhenRinging MEMBER pulsesWhenRinging_ NOTIFY changed)
     Q_PROPERTY(bool celebrates MEMBER celebrates_ NOTIFY changed)
     /// 0 off, 1 full, 2 soft.
@@ -108,6 +126,10 @@ class SettingsViewModel : public QObject {
         return services_.canInvertSwipes && services_.canInvertSwipes();
     }
     [[nodiscard]] QVariantList restingContents() const;
+    [[nodiscard]] QVariantList panelScreens() const;
+    [[nodiscard]] QVariantList panelEdges() const;
+    [[nodiscard]] QVariantList restingLooks() const;
+    [[nodiscard]] bool barIsBusy() const { return services_.barIsBusy; }
     [[nodiscard]] int sounds() const;
     void setSounds(int profile);
     [[nodiscard]] int haptics() const;
@@ -155,6 +177,11 @@ class SettingsViewModel : public QObject {
     Setting<bool>& invertsSwipes_{preferences_.invertsSwipes};
     Setting<QString>& material_{preferences_.notchMaterial};
     Setting<RestingContent>& restingContent_{preferences_.restingContent};
+    Setting<QString>& panelScreen_{preferences_.panelScreen};
+    Setting<QString>& panelPlace_{preferences_.panelPlace};
+    Setting<PanelEdge>& panelEdge_{preferences_.panelEdge};
+    Setting<RestingLook>& restingLook_{preferences_.restingLook};
+    Setting<bool>& yieldsToFullScreen_{preferences_.yieldsToFullScreen};
     Setting<bool>& pulsesWhenRinging_{preferences_.pulsesWhenRinging};
     Setting<bool>& celebrates_{preferences_.celebrates};
     Setting<bool>& showReminders_{preferences_.showReminders};

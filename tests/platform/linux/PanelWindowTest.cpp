@@ -48,6 +48,7 @@ class Handler : public PanelEventHandler {
         clicks.push_back(location);
         return true;
     }
+    void dragged(double, bool) override {}
     bool performKeyEquivalent(const KeyEquivalent& key) override {
         keys << key.charactersIgnoringModifiers;
         return key.modifiers == Qt::ControlModifier;

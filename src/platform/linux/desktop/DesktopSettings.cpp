@@ -55,6 +55,11 @@ std::optional<DesktopSettingsPage> desktopSettingsPage() {
                                [](const QString& name) { return QStandardPaths::findExecutable(name); });
 }
 
+bool hasBusyBar(const QByteArray& currentDesktop) {
+    const QList<QByteArray> names = currentDesktop.split(':');
+    return names.contains("GNOME") || names.contains("Pantheon") || names.contains("Budgie");
+}
+
 bool open(const DesktopSettingsPage& page) {
     return QProcess::startDetached(page.executable, page.arguments);
 }

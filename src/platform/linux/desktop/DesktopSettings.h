@@ -28,6 +28,10 @@ desktopSettingsPage(const QByteArray& currentDesktop, const std::function<QStrin
 /// Of the desktop that this process runs on. Looks at the disk.
 [[nodiscard]] std::optional<DesktopSettingsPage> desktopSettingsPage();
 
+/// Whether the desktop's bar, at the top of the screen, has something in its middle by default, such as a
+/// clock. For the desktops that XDG_CURRENT_DESKTOP names.
+[[nodiscard]] bool hasBusyBar(const QByteArray& currentDesktop);
+
 /// Starts the program, which goes on by itself. False when that fails.
 bool open(const DesktopSettingsPage& page);
 

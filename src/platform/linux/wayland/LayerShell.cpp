@@ -58,6 +58,14 @@ bool LayerShell::isOffered() {
     return isAnswered && globals.shell;
 }
 
+namespace {
+
+layer_shell::Layer layerOf(const LayerShell::Place& place) {
+    return place.isBelowFullScreen ? layer_shell::Layer::top : layer_shell::Layer::overlay;
+}
+
+}  // namespace
+
 struct LayerShell::Private {
     wl_display* display = nullptr;
     /// Of the shell, so that nothing of Qt's is dispatched while it is waited for.
@@ -102,7 +110,7 @@ struct LayerShell::Surface::Private {
 };
 
 LayerShell::Surface::Surface(LayerShell& shell, QWindow& window, QScreen* screen, QSize size,
-                             std::function<void()> closed)
+                             const Place& place, std::function<void()> closed)
     : d_(std::make_unique<Private>()) {
     using namespace layer_shell;
     d_->closed = std::move(closed);
@@ -111,7 +119,7 @@ LayerShell::Surface::Surface(LayerShell& shell, QWindow& window, QScreen* screen
         screen ? static_cast<wl_output*>(
                      QGuiApplication::platformNativeInterface()->nativeResourceForScreen("output", screen))
                : nullptr;
-    d_->role = getLayerSurface(shell.d_->globals.shell, d_->surface, output, Layer::overlay, "kestrant");
+    d_->role = getLayerSurface(shell.d_->globals.shell, d_->surface, output, layerOf(place), "kestrant");
     static constexpr SurfaceListener listener{
         [](void*, wl_proxy* role, std::uint32_t serial, std::uint32_t, std::uint32_t) {
             acknowledgeConfigure(role, serial);
@@ -120,8 +128,7 @@ LayerShell::Surface::Surface(LayerShell& shell, QWindow& window, QScreen* screen
     };
     addListener(d_->role, listener, d_.get());
     setSize(size);
-    setAnchor(d_->role, Edge::top);
-    setExclusiveZone(d_->role, ignoresOthers);
+    setPlace(place);
     setKeyboardInteractivity(d_->role, Keyboard::none);
     wl_surface_commit(d_->surface);
     // Qt's first buffer must come after the first configure was acknowledged.
@@ -136,6 +143,14 @@ LayerShell::Surface::~Surface() {
 
 void LayerShell::Surface::setSize(QSize size) {
     layer_shell::setSize(d_->role, std::uint32_t(size.width()), std::uint32_t(size.height()));
+}
+
+void LayerShell::Surface::setPlace(const Place& place) {
+    using namespace layer_shell;
+    setLayer(d_->role, layerOf(place));
+    setAnchor(d_->role, std::uint32_t(Edge::top) | (place.left ? std::uint32_t(Edge::left) : 0));
+    setLeftMargin(d_->role, place.left.value_or(0));
+    setExclusiveZone(d_->role, place.isBelowBars ? 0 : ignoresOthers);
 }
 
 void LayerShell::Surface::setWantsKeyboard(bool wants) {

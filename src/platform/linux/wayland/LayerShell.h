@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QScreen;
 class QWindow;
@@ -29,14 +30,22 @@ class LayerShell {
     /// role (KWin 5.27).
     [[nodiscard]] bool keepsKeyboard() const;
 
-    /// The role of a window's surface, which makes it hang from the middle of a screen's top edge, above
-    /// everything else and over what other panels reserve.
+    struct Place {
+        /// Points from the screen's left edge; absent for the middle.
+        std::optional<int> left;
+        /// Below the bars of the desktop, rather than over them.
+        bool isBelowBars = false;
+        /// Below windows in full screen, rather than above everything.
+        bool isBelowFullScreen = false;
+    };
+
+    /// The role of a window's surface, which makes it hang from a screen's top edge.
     class Surface {
       public:
         /// To be called for a window that has a native surface without a role; returns when the compositor
         /// has accepted it. `closed` is called, later, when the compositor takes the surface away, as with
         /// its screen; the role is useless then. The window and the shell must outlive the role.
-        Surface(LayerShell& shell, QWindow& window, QScreen* screen, QSize size,
+        Surface(LayerShell& shell, QWindow& window, QScreen* screen, QSize size, const Place& place,
                 std::function<void()> closed);
         Surface(const Surface&) = delete;
         Surface& operator=(const Surface&) = delete;
@@ -44,6 +53,8 @@ class LayerShell {
 
         /// Takes effect with the window's next frame. Points.
         void setSize(QSize size);
+        /// Takes effect in the same way.
+        void setPlace(const Place& place);
         /// Whether the surface wants the keyboard; at once.
         void setWantsKeyboard(bool wants);
 

@@ -20,6 +20,7 @@ enum SurfaceRequest : std::uint32_t {
     setLayerRequest,
 };
 constexpr std::uint32_t destroyShellSince = 3;
+constexpr std::uint32_t setLayerSince = 2;
 
 extern const wl_interface surfaceInterface;
 
@@ -83,8 +84,17 @@ void setSize(wl_proxy* role, std::uint32_t width, std::uint32_t height) {
     send(role, setSizeRequest, width, height);
 }
 
-void setAnchor(wl_proxy* role, Edge edge) {
-    send(role, setAnchorRequest, std::uint32_t(edge));
+void setAnchor(wl_proxy* role, std::uint32_t edges) {
+    send(role, setAnchorRequest, edges);
+}
+
+void setLeftMargin(wl_proxy* role, std::int32_t points) {
+    send(role, setMarginRequest, std::int32_t(0), std::int32_t(0), std::int32_t(0), points);
+}
+
+void setLayer(wl_proxy* role, Layer layer) {
+    if (wl_proxy_get_version(role) >= setLayerSince)
+        send(role, setLayerRequest, std::uint32_t(layer));
 }
 
 void setExclusiveZone(wl_proxy* role, std::int32_t zone) {

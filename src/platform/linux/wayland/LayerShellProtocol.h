@@ -39,7 +39,12 @@ struct SurfaceListener {
                                         const char* nameSpace);
 void addListener(wl_proxy* role, const SurfaceListener& listener, void* data);
 void setSize(wl_proxy* role, std::uint32_t width, std::uint32_t height);
-void setAnchor(wl_proxy* role, Edge edge);
+/// `edges` are values of Edge, combined.
+void setAnchor(wl_proxy* role, std::uint32_t edges);
+/// The margin from the left edge, where the surface is anchored to that.
+void setLeftMargin(wl_proxy* role, std::int32_t points);
+/// Later than with the role; from version 2 on, before that nothing.
+void setLayer(wl_proxy* role, Layer layer);
 void setExclusiveZone(wl_proxy* role, std::int32_t zone);
 void setKeyboardInteractivity(wl_proxy* role, Keyboard keyboard);
 void acknowledgeConfigure(wl_proxy* role, std::uint32_t serial);

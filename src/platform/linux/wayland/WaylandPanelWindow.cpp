@@ -11,6 +11,7 @@
 #include <QWheelEvent>
 #include <QWindow>
 
+#include <cmath>
 #include <utility>
 
 namespace kestrant {
@@ -74,6 +75,25 @@ QScreen* WaylandPanelWindow::screen() const {
     return below && !below->name().isEmpty() ? below : nullptr;
 }
 
+void WaylandPanelWindow::reappear() {
+    disappear();
+    appear();
+}
+
+void WaylandPanelWindow::setIsBelowBars(bool isBelow) {
+    place_.isBelowBars = isBelow;
+    if (role_)
+        role_->setPlace(place_);
+    window().requestUpdate();
+}
+
+void WaylandPanelWindow::setYieldsToFullScreen(bool yields) {
+    place_.isBelowFullScreen = yields;
+    if (role_)
+        role_->setPlace(place_);
+    window().requestUpdate();
+}
+
 void WaylandPanelWindow::setExtent(QSizeF size) {
     extent_ = size;
     placeWindow();
@@ -86,6 +106,16 @@ void WaylandPanelWindow::placeWindow() {
     const QSize size(std::max(size_.width(), wanted.width()), wanted.height());
     if (screen() != roleScreen_)
         disappear();
+    // The shell hangs it from the middle by itself.
+    if (const QScreen* below = screen()) {
+        const double fromMiddle = frame().center().x() - QRectF(below->geometry()).center().x();
+        place_.left = std::abs(fromMiddle) < 1
+                          ? std::nullopt
+                          : std::optional(static_cast<int>(frame().center().x() - below->geometry().left() -
+                                                           size.width() / 2.0));
+    }
+    if (role_)
+        role_->setPlace(place_);
     if (size != size_) {
         size_ = size;
         if (role_)
@@ -126,11 +156,8 @@ void WaylandPanelWindow::appear() {
     if (!roleScreen_ || !shell_.isBound())
         return;
     window().create();
-    role_ = std::make_unique<LayerShell::Surface>(shell_, window(), roleScreen_, size_, [this] {
-        appearing_ = scheduler_.after(appearingDelay, [this] {
-            disappear();
-            appear();
-        });
+    role_ = std::make_unique<LayerShell::Surface>(shell_, window(), roleScreen_, size_, place_, [this] {
+        appearing_ = scheduler_.after(appearingDelay, [this] { reappear(); });
     });
     if (isKey_)
         role_->setWantsKeyboard(true);
@@ -177,8 +204,7 @@ void WaylandPanelWindow::resignKey() {
     if (!shell_.keepsKeyboard()) {
         role_->setWantsKeyboard(false);
     } else if (window().isActive()) {
-        disappear();
-        appear();
+        reappear();
     }
 }
 

@@ -36,6 +36,8 @@ class WaylandPanelWindow : public DesktopPanelWindow, public PointerProvider {
 
     [[nodiscard]] std::optional<QPointF> location() const override;
 
+    void setIsBelowBars(bool isBelow) override;
+    void setYieldsToFullScreen(bool yields) override;
     void setExtent(QSizeF size) override;
     void setPanelLevel() override {}
     void orderFrontRegardless() override;
@@ -48,6 +50,9 @@ class WaylandPanelWindow : public DesktopPanelWindow, public PointerProvider {
   private:
     void placeWindow() override;
     void applyShapes() override;
+    [[nodiscard]] bool knowsPlaces() const override { return false; }
+    /// Makes the surface anew.
+    void reappear();
     /// The screen below the frame; null while there is none.
     [[nodiscard]] QScreen* screen() const;
     /// Gives the window its surface and its role and shows it, once there is a screen.
@@ -61,6 +66,7 @@ class WaylandPanelWindow : public DesktopPanelWindow, public PointerProvider {
     QScreen* roleScreen_ = nullptr;
     QSizeF extent_;
     QSize size_;
+    LayerShell::Place place_;
     /// In the window; absent while the pointer is elsewhere.
     std::optional<QPointF> pointer_;
     bool isWanted_ = false;

@@ -81,7 +81,22 @@ bool DesktopPanelWindow::mousePressed(QEvent* event) {
     });
     if (isOnSurface || !QRectF(QPointF(), frame_.size()).contains(place))
         return false;
+    if (press->modifiers() == Qt::AltModifier) {
+        dragStart_ = press->globalPosition().x();
+        return true;
+    }
     return handler_->leftMouseDown({place.x(), frame_.height() - place.y()});
+}
+
+void DesktopPanelWindow::mouseDragged(QEvent* event) {
+    if (!dragStart_ || !handler_)
+        return;
+    const bool ended = event->type() == QEvent::MouseButtonRelease;
+    const double points = static_cast<QMouseEvent*>(event)->globalPosition().x() - *dragStart_;
+    if (ended)
+        dragStart_.reset();
+    if (ended || knowsPlaces())
+        handler_->dragged(points, ended);
 }
 
 bool DesktopPanelWindow::keyPressed(QEvent* event) {
@@ -99,8 +114,13 @@ bool DesktopPanelWindow::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::MouseButtonPress:
         pressConsumed_ = mousePressed(event);
         return pressConsumed_;
-    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseMove:
+        mouseDragged(event);
+        return dragStart_.has_value();
     case QEvent::MouseButtonRelease:
+        mouseDragged(event);
+        return pressConsumed_;
+    case QEvent::MouseButtonDblClick:
         return pressConsumed_;
     case QEvent::KeyPress:
         return keyPressed(event);

@@ -40,6 +40,12 @@ class DesktopPanelWindow : public QObject, public PanelWindow {
     /// the other way round.
     virtual void setTouchpadDirection(std::optional<bool> isNatural, bool isInverted) = 0;
 
+    /// Whether the panel lies below the desktop's bars; to be told before it is shown. Only where those know
+    /// of it by themselves: elsewhere its frame says so.
+    virtual void setIsBelowBars(bool isBelow) { Q_UNUSED(isBelow) }
+    /// Whether windows in full screen cover the folded panel.
+    virtual void setYieldsToFullScreen(bool yields) = 0;
+
     void setEventHandler(PanelEventHandler* handler) override { handler_ = handler; }
     void setFrame(const QRectF& frame) override;
     void setShape(const NotchContainerShape& shape) override;
@@ -62,6 +68,8 @@ class DesktopPanelWindow : public QObject, public PanelWindow {
     virtual void applyShapes() = 0;
     /// A button has been pressed in the window.
     virtual void pressed() {}
+    /// Whether the place of events on the desktop is known, so that the window can follow the pointer.
+    [[nodiscard]] virtual bool knowsPlaces() const = 0;
 
     /// The same place counted from the panel's frame. Points, y downwards.
     [[nodiscard]] QPointF inPanel(QPointF inWindow) const;
@@ -80,6 +88,7 @@ class DesktopPanelWindow : public QObject, public PanelWindow {
 
   private:
     [[nodiscard]] bool mousePressed(QEvent* event);
+    void mouseDragged(QEvent* event);
     [[nodiscard]] bool keyPressed(QEvent* event);
 
     QWindow& window_;
@@ -90,6 +99,8 @@ class DesktopPanelWindow : public QObject, public PanelWindow {
     QSizeF restingArea_;
     bool ignoresMouseEvents_ = false;
     bool pressConsumed_ = false;
+    /// Where the panel was taken up to be carried along the edge.
+    std::optional<double> dragStart_;
 };
 
 }  // namespace kestrant

@@ -34,6 +34,7 @@ Screen QtScreenProvider::describe(const QScreen& screen) const {
     Screen result;
     result.name = screen.name();
     result.frame = flipped(QRectF(screen.geometry()));
+    result.visibleFrame = flipped(QRectF(screen.availableGeometry()));
     if (!mayHaveHousing(screen))
         return result;
     const CameraHousings housings{cameraHousing_ ? cameraHousing_() : QString(), compatible_};
@@ -56,6 +57,7 @@ QtScreenProvider::QtScreenProvider(std::function<QString()> cameraHousing)
 
 void QtScreenProvider::watch(QScreen* screen) {
     connect(screen, &QScreen::geometryChanged, this, [this] { changed(); });
+    connect(screen, &QScreen::availableGeometryChanged, this, [this] { changed(); });
     connect(screen, &QScreen::logicalDotsPerInchChanged, this, [this] { changed(); });
 }
 

@@ -18,12 +18,6 @@ constexpr char activeWindowMessage[] = "_NET_ACTIVE_WINDOW";
 /// The source of a request that a pager would make: granted without weighing who was active last.
 constexpr uint32_t sourcePager = 2;
 
-bool isOwnWindow(xcb_window_t id) {
-    const auto windows = QGuiApplication::allWindows();
-    return std::any_of(windows.begin(), windows.end(),
-                       [id](QWindow* window) { return window->handle() && window->winId() == id; });
-}
-
 }  // namespace
 
 KeyFocus::KeyFocus() : server_(X11Connection::ofApplication()), isXWayland_(server_.isXWayland()) {}

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/X11Connection.h"
 
 #include <QGuiApplication>
+#include <QWindow>
 
 #include <xcb/randr.h>
 
@@ -134,6 +135,12 @@ bool X11Connection::isViewable(xcb_window_t window) const {
     const XcbReply<xcb_get_window_attributes_reply_t> reply(xcb_get_window_attributes_reply(
         connection_, xcb_get_window_attributes(connection_, window), nullptr));
     return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+bool isOwnWindow(xcb_window_t id) {
+    const auto windows = QGuiApplication::allWindows();
+    return std::any_of(windows.begin(), windows.end(),
+                       [id](QWindow* window) { return window->handle() && window->winId() == id; });
 }
 
 }  // namespace kestrant

@@ -59,4 +59,7 @@ class X11Connection {
     mutable std::map<std::string, xcb_atom_t> atoms_;
 };
 
+/// Whether a window is one of the application's.
+[[nodiscard]] bool isOwnWindow(xcb_window_t id);
+
 }  // namespace kestrant

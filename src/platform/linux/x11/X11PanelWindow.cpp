@@ -102,6 +102,8 @@ void X11PanelWindow::applyShapes() {
         reached = pixelRectangles(NotchContainerShape{restingArea()}, window().width(), scale);
     if (compositor_.isCompositing())
         drawn.clear();
+    else if (drawn.empty())
+        drawn.emplace_back(-1, -1, 1, 1);
     // A compositor has work with every request, whether or not it changes something.
     setRegion(XCB_SHAPE_SK_BOUNDING, std::move(drawn), bounding_);
     setRegion(XCB_SHAPE_SK_INPUT, std::move(reached), input_);
@@ -131,6 +133,9 @@ void X11PanelWindow::setPanelLevel() {
 }
 
 void X11PanelWindow::orderFrontRegardless() {
+    isWanted_ = true;
+    if (isCovered())
+        return;
     if (!window().isVisible())
         window().show();
     window().raise();
@@ -138,7 +143,31 @@ void X11PanelWindow::orderFrontRegardless() {
 }
 
 void X11PanelWindow::orderOut() {
+    isWanted_ = false;
     window().hide();
+}
+
+void X11PanelWindow::setYieldsToFullScreen(bool yields) {
+    if (yields == fullScreen_.has_value())
+        return;
+    if (yields)
+        fullScreen_.emplace();
+    else
+        fullScreen_.reset();
+    followFullScreen();
+}
+
+bool X11PanelWindow::isCovered() const {
+    return fullScreen_ && !isKey_ && fullScreen_->covers(static_cast<xcb_window_t>(window().winId()));
+}
+
+void X11PanelWindow::followFullScreen() {
+    if (!isWanted_)
+        return;
+    if (isCovered())
+        window().hide();
+    else
+        orderFrontRegardless();
 }
 
 void X11PanelWindow::askForKey() {
@@ -157,6 +186,8 @@ void X11PanelWindow::askForKey() {
 
 void X11PanelWindow::makeKey() {
     isKey_ = true;
+    if (fullScreen_)
+        followFullScreen();
     setAcceptsFocus(window(), true);
     askForKey();
 }
@@ -165,6 +196,8 @@ void X11PanelWindow::resignKey() {
     isKey_ = false;
     setAcceptsFocus(window(), false);
     focus_.giveBack();
+    if (fullScreen_)
+        followFullScreen();
 }
 
 void X11PanelWindow::pressed() {
@@ -208,6 +241,8 @@ bool X11PanelWindow::nativeEventFilter(const QByteArray& eventType, void* messag
     const auto& event = *static_cast<const xcb_generic_event_t*>(message);
     if ((event.response_type & ~0x80) == XCB_FOCUS_IN)
         focusArrived(reinterpret_cast<const xcb_focus_in_event_t&>(event));
+    if (fullScreen_ && fullScreen_->handle(event))
+        fullScreenLook_ = scheduler_.after(Duration::zero(), [this] { followFullScreen(); });
     if (scrim_ && scrim_->handle(event))
         // While the panel changes its size the pointer may be beside it for a moment.
         pointerLook_ = scheduler_.after(pointerLookDelay, [this] {

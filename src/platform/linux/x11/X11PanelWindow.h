@@ -4,6 +4,7 @@
 #include "platform/linux/window/DesktopPanelWindow.h"
 #include "platform/linux/window/ScrollGestureRecogniser.h"
 #include "platform/linux/x11/CompositorWatcher.h"
+#include "platform/linux/x11/FullScreenWatcher.h"
 #include "platform/linux/x11/KeyFocus.h"
 #include "platform/linux/x11/PointerScrim.h"
 #include "platform/linux/x11/X11Connection.h"
@@ -44,6 +45,7 @@ class X11PanelWindow : public DesktopPanelWindow, public QAbstractNativeEventFil
     [[nodiscard]] bool touchpadsTellDirection() const override { return !isXWayland_; }
     void setTouchpadDirection(std::optional<bool> isNatural, bool isInverted) override;
 
+    void setYieldsToFullScreen(bool yields) override;
     void setExtent(QSizeF size) override;
     void setPanelLevel() override;
     void orderFrontRegardless() override;
@@ -58,6 +60,10 @@ class X11PanelWindow : public DesktopPanelWindow, public QAbstractNativeEventFil
     void placeWindow() override;
     void applyShapes() override;
     void pressed() override;
+    [[nodiscard]] bool knowsPlaces() const override { return true; }
+    /// By a window in full screen, which it yields to.
+    [[nodiscard]] bool isCovered() const;
+    void followFullScreen();
     [[nodiscard]] bool isManaged() const;
     void setRegion(xcb_shape_kind_t kind, std::vector<QRect> rectangles,
                    std::optional<std::vector<QRect>>& present);
@@ -82,8 +88,12 @@ class X11PanelWindow : public DesktopPanelWindow, public QAbstractNativeEventFil
     std::optional<std::vector<QRect>> bounding_;
     std::optional<std::vector<QRect>> input_;
     bool isKey_ = false;
+    bool isWanted_ = false;
+    /// Absent where windows in full screen stay below.
+    std::optional<FullScreenWatcher> fullScreen_;
     ScheduledTask asking_;
     ScheduledTask pointerLook_;
+    ScheduledTask fullScreenLook_;
     /// The server's time of the last scrolling that was consumed; Qt's wheel event for it has the same time.
     xcb_timestamp_t consumedScroll_ = 0;
 };
