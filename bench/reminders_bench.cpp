@@ -10,6 +10,7 @@
 #include "reminders/store/ReminderStore.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryUserDefaults.h"
+#include "support/MovableTimeZone.h"
 
 #include <QTemporaryDir>
 

@@ -1,6 +1,7 @@
 #include "cli/ReminderOutput.h"
 
 #include "cli/TypedDate.h"
+#include "foundation/ClockText.h"
 #include "foundation/ControlCharacters.h"
 #include "reminders/model/ReminderAlerts.h"
 #include "reminders/model/ReminderDueText.h"
@@ -132,6 +133,9 @@ QString understoodAsTable(const QuickAddLine& line, const std::vector<ReminderLi
         add("Due", "Échéance",
             reminderDueText(due->instant, due->includesTime, context.now, context.zone, context.language,
                             context.hours));
+    if (line.timeInZone)
+        add("Elsewhere", "Ailleurs",
+            clockText(*line.timeInZone, context.hours) + QLatin1Char(' ') + line.zone);
     if (line.priority)
         add("Priority", "Priorité", priorityWord(*line.priority).in(context.language));
     if (line.rule)

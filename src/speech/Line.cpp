@@ -83,6 +83,7 @@ class LineReader {
         result_.endDay.reset();
         result_.endTime.reset();
         result_.timeInZone.reset();
+        result_.zone.clear();
         result_.rule.clear();
     }
     /// Words such as "30 min before" are about the moment only where they touch it, or say what they are.
@@ -165,6 +166,10 @@ class LineReader {
                 continue;
             constexpr std::array kinds{PieceKind::day, PieceKind::time, PieceKind::repeat, PieceKind::zone};
             add(kinds.at(static_cast<std::size_t>(part.kind)), begin, part.end);
+            if (part.kind == PhrasePart::Kind::zone) {
+                const TextRange words = result_.pieces.back().range;
+                result_.zone = line_.mid(words.start, words.length).remove(u'(').remove(u')').trimmed();
+            }
             begin = part.end;
         }
     }

@@ -81,6 +81,8 @@ struct Line {
     std::optional<QTime> endTime;
     /// The time as it is typed, in the zone that is named beside it; `time` is the person's own.
     std::optional<QTime> timeInZone;
+    /// The words for that zone: "JST".
+    QString zone;
     /// The value of an RRULE; empty for none. The day is its first date.
     QString rule;
     /// 1 high, 5 normal, 9 low.

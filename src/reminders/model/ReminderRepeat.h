@@ -31,7 +31,7 @@ inline constexpr auto choicesOf<ReminderRepeat> = std::to_array<Choice<ReminderR
 [[nodiscard]] std::vector<EKRecurrenceRule> recurrenceRules(ReminderRepeat repeat);
 
 /// Any rules in words, for use inside a sentence: "never", "yearly", "every Mon, Thu",
-/// "monthly on the last Friday, until 3 May 2027", "custom".
+/// "monthly on the last Friday, until 3 May 2027", "twice a day", "custom" for what takes more words.
 [[nodiscard]] QString repeatInWords(const std::vector<EKRecurrenceRule>& rules, Language language);
 /// How often alone, for where there is little room: "every 2 weeks". Empty where that cannot be said.
 [[nodiscard]] QString shortRepeatText(const std::vector<EKRecurrenceRule>& rules, Language language);

@@ -58,6 +58,7 @@ QuickAddLine parseQuickAdd(const QString& line, const QuickAddContext& context,
     speech::Line read = speech::readLine(line, spoken, refused, accepted);
     QuickAddLine result{.title = std::move(read.title), .day = read.day, .time = read.time};
     result.timeInZone = read.timeInZone;
+    result.zone = std::move(read.zone);
     result.hasEnd = read.endDay.has_value();
     if (!read.rule.isEmpty())
         result.rule = EKRecurrenceRule::parse(read.rule);

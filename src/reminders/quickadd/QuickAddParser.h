@@ -30,6 +30,7 @@ struct QuickAddLine {
     std::optional<QTime> time;
     /// The time as it is typed, where a zone is named beside it.
     std::optional<QTime> timeInZone;
+    QString zone;
     /// The line has an end as well, and so may be meant as an event.
     bool hasEnd = false;
     /// The day is its first date.

@@ -141,7 +141,7 @@ QVariantList NewEventViewModel::facts() const {
             result.append(
                 QVariantMap{{QStringLiteral("kind"), kindOf(kind)}, {QStringLiteral("title"), title}});
     };
-    add(PieceKind::zone, zoneText(title_, spoken_.line.pieces, spoken_.line.timeInZone, localizer_));
+    add(PieceKind::zone, zoneText(spoken_.line.timeInZone, spoken_.line.zone, localizer_));
     add(PieceKind::place, event.location);
     if (event.rule)
         add(PieceKind::repeat, repeatTitle({*event.rule}, localizer_));

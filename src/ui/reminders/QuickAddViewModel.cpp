@@ -267,7 +267,7 @@ QVariantList QuickAddViewModel::pieces() const {
 }
 
 QString QuickAddViewModel::zoneText() const {
-    return kestrant::zoneText(title_, line_.pieces, line_.timeInZone, localizer_);
+    return kestrant::zoneText(line_.timeInZone, line_.zone, localizer_);
 }
 
 QStringList QuickAddViewModel::understood() const {

@@ -3,8 +3,6 @@
 #include "foundation/ClockText.h"
 #include "foundation/ControlCharacters.h"
 
-#include <algorithm>
-#include <array>
 #include <utility>
 
 namespace kestrant {
@@ -78,15 +76,8 @@ std::vector<speech::TextRange> rangesOf(const QStringList& words, const QString&
     return ranges;
 }
 
-QString zoneText(const QString& line, const std::vector<speech::Piece>& pieces,
-                 const std::optional<QTime>& time, const Localizer& localizer) {
-    const auto zone = std::find_if(pieces.begin(), pieces.end(),
-                                   [](const speech::Piece& piece) { return piece.kind == PieceKind::zone; });
-    if (zone == pieces.end() || !time)
-        return {};
-    QString words = line.mid(zone->range.start, zone->range.length);
-    words.remove(u'(').remove(u')');
-    return clockText(*time, localizer.clockHours()) + QLatin1Char(' ') + words.trimmed();
+QString zoneText(const std::optional<QTime>& time, const QString& zone, const Localizer& localizer) {
+    return time ? clockText(*time, localizer.clockHours()) + QLatin1Char(' ') + zone : QString();
 }
 
 QString begunList(const QString& line) {

@@ -23,8 +23,8 @@ namespace kestrant {
 [[nodiscard]] std::vector<speech::TextRange> rangesOf(const QStringList& words, const QString& line);
 
 /// The time in the zone that a line names, as it is typed: "9:00 AM JST". Empty without one.
-[[nodiscard]] QString zoneText(const QString& line, const std::vector<speech::Piece>& pieces,
-                               const std::optional<QTime>& time, const Localizer& localizer);
+[[nodiscard]] QString zoneText(const std::optional<QTime>& time, const QString& zone,
+                               const Localizer& localizer);
 
 /// The first letters of a list's name at the end of a line, behind "#"; empty for none.
 [[nodiscard]] QString begunList(const QString& line);

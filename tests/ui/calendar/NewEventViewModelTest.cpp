@@ -61,6 +61,16 @@ TEST(NewEventViewModel, UnderstandsTheLineAndGivesItsWordsBack) {
     EXPECT_EQ(saved.alarms.size(), 1u);
     EXPECT_EQ(saved.endDate - saved.startDate, std::chrono::hours(2));
 
+    // Tab completes what was typed before, and the names of calendars.
+    test.form.setTitle(QStringLiteral("dinn"));
+    EXPECT_EQ(test.form.completion(), QStringLiteral("er with Maren"));
+    test.form.setTitle(QStringLiteral("Lunch tomorrow #priv"));
+    EXPECT_EQ(test.form.completion(), QStringLiteral("ate"));
+    test.form.setTitle(QStringLiteral("Swim mon and thu 7am JST"));
+    ASSERT_EQ(test.form.offers().size(), 1);
+    test.form.accept(test.form.offers()[0].toMap()[QStringLiteral("words")].toString());
+    EXPECT_TRUE(test.form.offers().isEmpty());
+
     write(test);
     test.form.takeBack(QStringLiteral("place"));
     EXPECT_EQ(test.form.facts().size(), 1);

@@ -225,6 +225,20 @@ TEST(QuickAddViewModel, GivesTheWordsOfARepetitionBack) {
     EXPECT_EQ(form.pieces().size(), 0);
 }
 
+TEST(QuickAddViewModel, ShowsTheZoneOfATimeAndGivesItBack) {
+    Program program;
+    program.load();
+    QuickAddViewModel& form = program.quickAdd;
+    form.setTitle(QStringLiteral("Call 9:00 JST tomorrow"));
+    const QString converted = form.timeText();
+    EXPECT_EQ(form.said().join(u' '), QStringLiteral("list due zone"));
+    EXPECT_EQ(form.zoneText(), QStringLiteral("09:00 JST"));
+    form.takeBack(QStringLiteral("zone"));
+    EXPECT_EQ(form.zoneText(), QString());
+    EXPECT_EQ(form.timeText(), QStringLiteral("09:00"));
+    EXPECT_NE(form.timeText(), converted);
+}
+
 TEST(QuickAddViewModel, OffersWhatMayBeMeantAndCompletesNames) {
     Program program;
     program.load();
@@ -235,6 +249,11 @@ TEST(QuickAddViewModel, OffersWhatMayBeMeantAndCompletesNames) {
     form.accept(form.offers()[0].toMap()[QStringLiteral("words")].toString());
     EXPECT_NE(form.dueText(), QString());
     EXPECT_TRUE(form.offers().isEmpty());
+    form.setTitle(QStringLiteral("Swim mon and thu 7am"));
+    EXPECT_EQ(form.repeatTitle(), QStringLiteral("Every Mon, Thu, 2 times"));
+    ASSERT_EQ(form.offers().size(), 1);
+    form.accept(form.offers()[0].toMap()[QStringLiteral("words")].toString());
+    EXPECT_EQ(form.repeatTitle(), QStringLiteral("Every Mon, Thu"));
     form.setTitle(QStringLiteral("call #wo"));
     EXPECT_EQ(form.completion(), QStringLiteral("rk"));
     form.setTitle(QStringLiteral("meeting 2-4pm"));
