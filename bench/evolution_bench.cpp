@@ -87,9 +87,9 @@ void compareListing(const QString& list) {
             e_cal_client_get_object_list_sync(foreign.client(), "#t", &found, nullptr, nullptr);
             g_slist_free_full(found, g_object_unref);
         });
-        items::Library library;
+        items::StorageContents contents;
         const double whole =
-            milliseconds([&] { (void)storage.update(library, {.everything = true}, local); });
+            milliseconds([&] { (void)storage.update(contents, {.everything = true}, local); });
         if (run > 0) {
             bare.push_back(call);
             ours.push_back(whole);

@@ -24,7 +24,8 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         width: childrenRect.width
         height: childrenRect.height
-        opacity: enabled ? 1 : 0.45
+        // It is still to be read.
+        opacity: enabled ? 1 : 0.7
     }
     Rectangle {
         visible: !line.last
