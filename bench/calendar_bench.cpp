@@ -5,6 +5,7 @@
 #include "calendar/CalendarGrouping.h"
 #include "calendar/CalendarStore.h"
 #include "eventkit/memory/InMemoryEventStore.h"
+#include "eventkit/model/OpenReminders.h"
 #include "foundation/NotificationCenter.h"
 #include "preferences/Preferences.h"
 #include "support/ManualExecutor.h"
@@ -121,7 +122,9 @@ void showPage(benchmark::State& state) {
     database.putCalendar({.calendarIdentifier = QStringLiteral("calendar"), .allowsEvents = true});
     for (EKEventData& event : someEvents(static_cast<int>(state.range(0))))
         database.putEvent(std::move(event));
+    OpenReminders openReminders(database, scheduler);
     CalendarStore store({.eventStore = database,
+                         .openReminders = openReminders,
                          .scheduler = scheduler,
                          .clock = scheduler,
                          .currentZone = currentZone,
