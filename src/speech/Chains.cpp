@@ -79,7 +79,8 @@ void ChainReader::consider(const Chain& chain) {
     if (chain.isLoose || (chain.meaning.rule && chain.meaning.isPast))
         return;
     // "9 tomorrow morning", but not "buy 9 tomorrow"
-    if (chain.isBareTime && !chain.hasLead && !chain.until && chain.meaning.part == DayPart::none)
+    if (chain.isBareTime && !chain.hasLead && !chain.until &&
+        (chain.meaning.part == DayPart::none || tokens_.isKind(chain.begin, Kind::word)))
         return;
     const auto weight = [](const Chain& each) {
         return each.end * 4 + (each.isClear || each.hasRoomWord || each.hasOpening ? 2 : 0) +

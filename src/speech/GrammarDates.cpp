@@ -1,3 +1,4 @@
+#include "speech/Dates.h"
 #include "speech/Grammar.h"
 
 #include <algorithm>
@@ -63,13 +64,20 @@ void Grammar::addDates(int i, Atoms& result) const {
                 result.push_back(alone);
         }
     }
+    // "mar 22" is a Tuesday where a Tuesday soon is the 22nd.
+    const auto isWeekdaySoon = [&](int day) {
+        const Found* weekday = senses_.find(i, Sense::weekday);
+        const QDate found = weekday ? nextDate(today_, 0, day, weekday->word.value) : QDate();
+        return found.isValid() && found <= today_.addDays(31);
+    };
     if (const Found* month = senses_.find(i, Sense::month)) {
         int at = month->end;
         if ((tokens_.isSign(at, u'.') && tokens_.isGlued(at)) ||
             (tokens_.isSign(at, u'-') && tokens_.isGlued(at) && tokens_.isGlued(at + 1)))
             ++at;
         at = senses_.past(at, Sense::the);
-        if (const auto day = dayOfMonth(at); day && (tokens_.isKind(at, Kind::number) || day->digits == 0))
+        if (const auto day = dayOfMonth(at);
+            day && (tokens_.isKind(at, Kind::number) || day->digits == 0) && !isWeekdaySoon(day->value))
             add(*month, day->value, day->end, day->digits == 0);
     }
 }

@@ -162,7 +162,9 @@ void Grammar::addAdverbs(int i, Atoms& result) const {
         const Found* weekday = senses_.find(one->end, Sense::weekday);
         const Found* unit = unitAt(one->end);
         const int end = weekday ? weekday->end : unit ? unit->end : 0;
-        const Found* outOf = end != 0 ? senses_.find(end, Sense::outOf) : nullptr;
+        // "un mercredi soir sur deux"
+        const Found* part = weekday ? senses_.find(end, Sense::part) : nullptr;
+        const Found* outOf = end != 0 ? senses_.find(part ? part->end : end, Sense::outOf) : nullptr;
         const auto count = outOf ? number(outOf->end) : std::nullopt;
         if (count && count->value >= 2 && count->value <= 12) {
             const auto rule =
@@ -170,8 +172,9 @@ void Grammar::addAdverbs(int i, Atoms& result) const {
                                .interval = count->value,
                                .weekdays = small(monday << (weekday->word.value - 1))}
                         : everyUnit(static_cast<Unit>(unit->word.value), count->value).value_or(Rule{});
+            const Meaning meaning{.part = part ? static_cast<DayPart>(part->word.value + 1) : DayPart::none};
             if (rule.frequency != Frequency::none)
-                result.push_back(repeating(count->end, rule));
+                result.push_back(repeating(count->end, rule, Need::nothing, meaning));
         }
     }
 }

@@ -72,7 +72,7 @@ bool PhraseJudge::isForbidden(const Chain& chain) const {
         return true;
     if (chain.meaning.rule && !chain.meaning.rule->isList)
         return false;
-    if (senses_.endsWith(i, Sense::ordinalEnding))
+    if (!chain.hasLead && senses_.endsWith(i, Sense::ordinalEnding))
         return true;
     if (chain.hasLead)
         return senses_.endsWith(i, Sense::after) || senses_.endsWith(i, Sense::until);
@@ -156,6 +156,7 @@ bool PhraseJudge::leavesBehind(const Chain& chain) const {
             break;
         case Sense::ago:
         case Sense::former:
+        case Sense::outOf:
         case Sense::except:
         case Sense::zoneTime:
         case Sense::timeOf:
