@@ -52,6 +52,11 @@ std::vector<Picture> reminderPictures() {
                  text("Call the plumber tomorrow 9am !! #home", "Appeler le plombier demain 9h !! #maison")));
              stage.quickAdd.setRepeatId(QStringLiteral("weekly"));
          })},
+        {named("quick-add-offered"), expanded([](Stage& stage) {
+             stage.call("openQuickAdd");
+             stage.type(stage.localizer(text("Class with Kenji mon and thu at 8am Tokyo time",
+                                             "Cours avec Kenji lundi et jeudi à 8h heure de Tokyo")));
+         })},
         {named("edit-repeating"), expanded([](Stage& stage) {
              EKReminderRef reminder = stage.database.calendarItem(idOf(stage, slides));
              reminder->data.recurrenceRules = {
