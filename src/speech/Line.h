@@ -129,6 +129,7 @@ struct Context {
 ///
 /// A day without a year is the next one, today included; a weekday by its name alone is never today; a time
 /// without a day is the next one. Weeks begin on Monday; "next week" and "next month" mean their first day.
+/// Several weekdays without a word for repetition are the next one of each, and going on is offered.
 /// A bare hour is that of the day (1 to 7 are in the afternoon), unless words like "morning" say otherwise.
 ///
 /// Words in the ranges that the person has `refused` stay in the title; those of an offer that are `accepted`

@@ -106,7 +106,7 @@ Column {
         readonly property color hue: isUnderstood ? Theme.understood(kind) : kind === "flag" || kind === "priority" ? Theme.flag : Theme.text
 
         height: 28
-        maximumWidth: 190
+        maximumWidth: kind === "repeat" ? 260 : 190
         text: isSaid ? facts.values[kind] : facts.names[kind]
         iconName: facts.icons[kind] ?? ""
         showsIcon: iconName !== ""
