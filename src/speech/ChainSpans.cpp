@@ -98,7 +98,8 @@ int ChainReader::endOfAlternatives(const Chain& chain) {
         return 0;
     for (const Atom& atom : atomsAt(senses_.past(chain.end + 1, Sense::the))) {
         const bool isSameKind =
-            (chain.meaning.hasDay() && atom.meaning.hasDay() && !atom.isBare && !chain.meaning.hasTime()) ||
+            (chain.meaning.hasDay() && atom.meaning.hasDay() &&
+             (!atom.isBare || (atom.meaning.monthDay != 0 && chain.isBareDay)) && !chain.meaning.hasTime()) ||
             (chain.meaning.minute >= 0 && atom.meaning.minute >= 0 && !chain.meaning.hasDay());
         if (isSameKind && !atom.isOfRule && tokens_.ends(atom.end))
             return atom.end;

@@ -100,10 +100,12 @@ std::optional<Moment> firstOf(const Meaning& meaning, const Rule& rule, const Pr
         // Where the day of the week would be another one there is no rule for it.
         Meaning single = meaning;
         single.rule.reset();
+        if (!single.hasDay())
+            single.date = present.today();
         const auto own = resolved(single, present);
         single.zone.reset();
         const auto theirs = resolved(single, present);
-        if (!own || !theirs || (own->day != theirs->day && meaning.hasDay()))
+        if (!own || !theirs || (own->day != theirs->day && rule.frequency != Rule::Frequency::daily))
             return std::nullopt;
         single = meaning;
         single.zone.reset();
