@@ -35,7 +35,7 @@ double slowingDown(double part) {
 
 }  // namespace
 
-CelebrationArt::CelebrationArt(QQuickItem* parent) : QQuickPaintedItem(parent) {
+CelebrationArt::CelebrationArt(QQuickItem* parent) : PaintedItem(parent) {
     connect(this, &CelebrationArt::changed, this, [this] { update(); });
 }
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QQuickPaintedItem>
+#include "ui/items/PaintedItem.h"
 
 namespace kestrant {
 
 /// A wave, a ring that closes around a tick, and paper that rises and falls about it: 26 pieces. The ring
 /// stands in the middle of the upper part of the item.
-class CelebrationArt : public QQuickPaintedItem {
+class CelebrationArt : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     /// Of the whole, 0 to 1.

@@ -14,7 +14,7 @@ constexpr int quietZone = 4;
 
 }  // namespace
 
-QrCodePicture::QrCodePicture(QQuickItem* parent) : QQuickPaintedItem(parent) {
+QrCodePicture::QrCodePicture(QQuickItem* parent) : PaintedItem(parent) {
     connect(this, &QrCodePicture::changed, this, [this] { update(); });
 }
 

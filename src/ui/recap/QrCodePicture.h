@@ -1,8 +1,8 @@
 #pragma once
 
 #include "recap/QrCode.h"
+#include "ui/items/PaintedItem.h"
 
-#include <QQuickPaintedItem>
 #include <QString>
 
 #include <optional>
@@ -10,7 +10,7 @@
 namespace kestrant {
 
 /// A text as a QR code, dark on white with its quiet zone, in whole pixels as large as the item allows.
-class QrCodePicture : public QQuickPaintedItem {
+class QrCodePicture : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString text READ text WRITE setText NOTIFY changed)

@@ -33,7 +33,8 @@ FocusScope {
         focusBody()
     }
     function openShare() {
-        overlays.present("recapShare", "RecapSharePopover.qml", shareButton, { alignment: "right", recap: recap })
+        overlays.present("recapShare", "RecapSharePopover.qml", shareButton, { alignment: "right", sharing: recap.sharing,
+                                                                         card: recap.card })
     }
 
     Keys.onEscapePressed: leave()

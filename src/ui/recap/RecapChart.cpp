@@ -7,7 +7,7 @@
 
 namespace kestrant {
 
-RecapChart::RecapChart(QQuickItem* parent) : QQuickPaintedItem(parent) {
+RecapChart::RecapChart(QQuickItem* parent) : PaintedItem(parent) {
     connect(this, &RecapChart::changed, this, [this] { update(); });
 }
 
@@ -33,7 +33,7 @@ void RecapChart::paint(QPainter* painter) {
                      .textScale = textScale_});
 }
 
-RecapPicture::RecapPicture(QQuickItem* parent) : QQuickPaintedItem(parent) {
+RecapPicture::RecapPicture(QQuickItem* parent) : PaintedItem(parent) {
     setImplicitSize(recapPictureSize.width(), recapPictureSize.height());
     connect(this, &RecapPicture::changed, this, [this] { update(); });
 }

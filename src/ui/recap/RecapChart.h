@@ -1,8 +1,8 @@
 #pragma once
 
+#include "ui/items/PaintedItem.h"
 #include "ui/recap/RecapCard.h"
 
-#include <QQuickPaintedItem>
 #include <QRectF>
 
 namespace kestrant {
@@ -10,7 +10,7 @@ namespace kestrant {
 struct RecapChartLook;
 
 /// The chart of a card of the recap: see paintRecapChart().
-class RecapChart : public QQuickPaintedItem {
+class RecapChart : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(kestrant::RecapCard card READ card WRITE setCard NOTIFY changed)
@@ -45,7 +45,7 @@ class RecapChart : public QQuickPaintedItem {
 };
 
 /// A card as it is passed on as a picture, in the item's size.
-class RecapPicture : public QQuickPaintedItem {
+class RecapPicture : public kestrant::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(kestrant::RecapCard card READ card WRITE setCard NOTIFY changed)

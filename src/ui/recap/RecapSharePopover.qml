@@ -6,9 +6,9 @@ import Kestrant
 Popover {
     id: popover
 
-    required property RecapViewModel recap
-    readonly property var card: recap.card
-    readonly property bool hasLink: recap.shareLink !== ""
+    required property RecapSharing sharing
+    required property var card
+    readonly property bool hasLink: sharing.link !== ""
     property bool showsLinks: false
 
     contentWidth: hasLink ? 592 : 420
@@ -18,7 +18,7 @@ Popover {
     focus: true
 
     Component.onCompleted: {
-        recap.share()
+        sharing.begin(card)
         first.forceActiveFocus(Qt.PopupFocusReason)
     }
     readonly property Item first: hasLink ? copyLinkButton : saveButton
@@ -81,7 +81,7 @@ Popover {
             x: 204
             width: 176
             height: 176
-            text: popover.recap.shareLink
+            text: popover.sharing.link
             Accessible.role: Accessible.Graphic
             Accessible.name: Localizer.text("QR code of the link", "Code QR du lien")
         }
@@ -113,11 +113,11 @@ Popover {
                     anchors.leftMargin: 10
                     anchors.rightMargin: 10
                     verticalAlignment: Text.AlignVCenter
-                    text: popover.recap.shareLink.replace(/^https?:\/\//, "")
+                    text: popover.sharing.link.replace(/^https?:\/\//, "")
                     elide: Text.ElideRight
                     color: Theme.link
                     font.pixelSize: 12
-                    Accessible.name: popover.recap.shareLink
+                    Accessible.name: popover.sharing.link
                 }
             }
             PushButton {
@@ -125,7 +125,7 @@ Popover {
                 width: parent.width
                 primary: true
                 text: Localizer.text("Copy link", "Copier le lien")
-                onClicked: popover.recap.copyLink()
+                onClicked: popover.sharing.copyLink()
             }
             PlainText {
                 topPadding: 4
@@ -135,7 +135,7 @@ Popover {
                 font.weight: Font.DemiBold
             }
             Repeater {
-                model: [{ holds: true, words: popover.recap.shareContent },
+                model: [{ holds: true, words: popover.sharing.contentText },
                         { holds: false, words: Localizer.text("No titles, no lists, no names, no times",
                                                               "Ni titres, ni listes, ni noms, ni heures") },
                         { holds: false, words: Localizer.text("Nothing is uploaded: the link itself is all there is",
@@ -184,19 +184,19 @@ Popover {
                 id: saveButton
                 primary: !popover.hasLink
                 text: Localizer.text("Save picture", "Enregistrer l’image")
-                onClicked: popover.recap.savePicture()
+                onClicked: popover.sharing.savePicture()
             }
             PushButton {
                 text: Localizer.text("Copy picture", "Copier l’image")
-                onClicked: popover.recap.copyPicture()
+                onClicked: popover.sharing.copyPicture()
             }
             PushButton {
                 text: Localizer.text("Copy text", "Copier le texte")
-                onClicked: popover.recap.copyText()
+                onClicked: popover.sharing.copyText()
             }
             PushButton {
-                visible: popover.recap.madeLinks.length > 0
-                text: Localizer.text("Links made (%1)", "Liens créés (%1)").arg(popover.recap.madeLinks.length)
+                visible: popover.sharing.madeLinks.length > 0
+                text: Localizer.text("Links made (%1)", "Liens créés (%1)").arg(popover.sharing.madeLinks.length)
                 onClicked: {
                     popover.showsLinks = true
                     forgetAll.forceActiveFocus(Qt.TabFocusReason)
@@ -207,11 +207,11 @@ Popover {
             x: popover.hasLink ? 400 : 208
             y: popover.hasLink ? 194 : actions.y + actions.height + 8
             width: parent.width - x
-            text: popover.recap.message
+            text: popover.sharing.message
             wrapMode: Text.Wrap
             maximumLineCount: 3
             elide: Text.ElideRight
-            color: popover.recap.hasFailed ? Theme.destructiveText : Theme.text
+            color: popover.sharing.hasFailed ? Theme.destructiveText : Theme.text
             font.pixelSize: 12
             Accessible.role: Accessible.AlertMessage
             Accessible.name: text
@@ -233,7 +233,7 @@ Popover {
                 id: rows
                 width: parent.width
                 Repeater {
-                    model: popover.showsLinks ? popover.recap.madeLinks : []
+                    model: popover.showsLinks ? popover.sharing.madeLinks : []
                     Item {
                         id: row
                         required property var modelData
@@ -265,7 +265,7 @@ Popover {
                             spokenDescription: row.modelData.title
                             onClicked: {
                                 forgetAll.forceActiveFocus(Qt.OtherFocusReason)
-                                popover.recap.forgetLink(row.modelData.link)
+                                popover.sharing.forgetLink(row.modelData.link)
                             }
                         }
                     }
@@ -273,7 +273,7 @@ Popover {
             }
         }
         PlainText {
-            visible: popover.recap.madeLinks.length === 0
+            visible: popover.sharing.madeLinks.length === 0
             anchors.centerIn: links
             text: Localizer.text("No link is remembered.", "Aucun lien n’est mémorisé.")
             color: Theme.secondaryText
@@ -283,8 +283,8 @@ Popover {
             id: forgetAll
             y: parent.height - height
             text: Localizer.text("Forget all", "Tout oublier")
-            enabled: popover.recap.madeLinks.length > 0
-            onClicked: popover.recap.forgetAllLinks()
+            enabled: popover.sharing.madeLinks.length > 0
+            onClicked: popover.sharing.forgetAllLinks()
         }
     }
 }

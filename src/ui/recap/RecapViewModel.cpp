@@ -1,21 +1,14 @@
 #include "ui/recap/RecapViewModel.h"
 
 #include "eventkit/model/EKEventStore.h"
-#include "foundation/BackgroundExecutor.h"
 #include "foundation/ClockText.h"
 #include "foundation/CurrentTimeZone.h"
 #include "foundation/Scheduler.h"
 #include "notch/NotchInteractionModel.h"
-#include "recap/RecapShareLink.h"
 #include "recap/RecapTexts.h"
 #include "reminders/store/ReminderStore.h"
 #include "ui/panel/Localizer.h"
-#include "ui/recap/RecapFiles.h"
 
-#include <QClipboard>
-#include <QDir>
-#include <QGuiApplication>
-#include <QMimeData>
 #include <QPointer>
 #include <QVariantMap>
 
@@ -45,7 +38,13 @@ std::optional<RecapKind> kindNamed(const QString& name) {
 RecapViewModel::RecapViewModel(const Services& services, QObject* parent)
     : QObject(parent)
     , services_(services)
-    , links_(services.defaults) {
+    , sharing_({.scheduler = services.scheduler,
+                .clock = services.clock,
+                .currentZone = services.currentZone,
+                .localizer = services.localizer,
+                .executor = services.executor,
+                .defaults = services.defaults,
+                .baseUrl = services.shareBaseUrl}) {
     const auto follow = [this] {
         if (isOpen_)
             refresh();
@@ -149,7 +148,6 @@ void RecapViewModel::show(std::optional<RecapKind> kind, QDate day) {
     kind_ = kind;
     // The present period stays the present one when the day ends.
     day_ = kind && day.isValid() && periodOf(*kind, day) != periodOf(*kind, today()) ? day : QDate();
-    tell({});
     makeCards();
     Q_EMIT viewChanged();
     Q_EMIT changed();
@@ -294,127 +292,6 @@ QVariantMap RecapViewModel::dayHint(int index) const {
             {QStringLiteral("counted"), counted},
             {QStringLiteral("spokenText"), title + QStringLiteral(": ") + counted +
                                                (list.isEmpty() ? QString() : QStringLiteral(". ") + list)}};
-}
-
-QString RecapViewModel::fileName() const {
-    const RecapPeriod& period = card_.recap.period;
-    const QString name = QStringLiteral("Kestrant ");
-    switch (period.kind) {
-    case RecapKind::day:
-        return name + period.first.toString(Qt::ISODate);
-    case RecapKind::week: {
-        const WeekNumber number = weekNumberOf(period.first, firstDayOfWeek());
-        return name + QStringLiteral("%1-W%2").arg(number.year).arg(number.week, 2, 10, QLatin1Char('0'));
-    }
-    case RecapKind::month:
-        return name + period.first.toString(QStringLiteral("yyyy-MM"));
-    case RecapKind::year:
-        break;
-    }
-    return name + QString::number(period.first.year());
-}
-
-void RecapViewModel::savePicture() {
-    const QString folder = pictureFolder_.isEmpty() ? pictureFolder() : pictureFolder_;
-    services_.executor.run(
-        [self = QPointer(this), &scheduler = services_.scheduler, folder, name = fileName(), card = card_] {
-            const auto saved = saveRecapPicture(card, folder, name);
-            scheduler.post([self, folder, saved] {
-                if (!self)
-                    return;
-                if (saved)
-                    self->tell(self->services_.localizer(text("Saved as %1", "Enregistré : %1")).arg(*saved));
-                else
-                    self->tell(self->services_
-                                   .localizer(text("The picture could not be saved in %1.",
-                                                   "L’image n’a pas pu être enregistrée dans %1."))
-                                   .arg(folder),
-                               true);
-            });
-        });
-}
-
-void RecapViewModel::share() {
-    tell({});
-    const auto link = recapShareLink(services_.shareBaseUrl, sharedRecap(card_.recap, card_.firstDayOfWeek));
-    shareLink_ = link.value_or(QUrl());
-    if (link)
-        links_.remember(*link, services_.clock.now());
-    Q_EMIT linksChanged();
-}
-
-QString RecapViewModel::shareContent() const {
-    const SharedRecap shared = sharedRecap(card_.recap, card_.firstDayOfWeek);
-    QStringList numbers;
-    for (const int count : shared.days)
-        numbers.append(QString::number(count));
-    switch (card_.recap.period.kind) {
-    case RecapKind::day:
-        return services_.localizer(text("The day and one number: %1", "Le jour et un nombre : %1"))
-            .arg(numbers.join(u' '));
-    case RecapKind::week:
-        return services_
-            .localizer(
-                text("The week and a number for each day: %1", "La semaine et un nombre par jour : %1"))
-            .arg(numbers.join(u' '));
-    case RecapKind::month:
-        return services_.localizer(
-            text("The month and a number for each day", "Le mois et un nombre par jour"));
-    case RecapKind::year:
-        break;
-    }
-    return services_.localizer(text("The year and a number for each day", "L’année et un nombre par jour"));
-}
-
-QVariantList RecapViewModel::madeLinks() const {
-    const TimeZone zone = services_.currentZone.zone();
-    const QLocale dates = services_.localizer.locale();
-    QVariantList made;
-    for (const MadeShareLink& each : links_.links()) {
-        const auto shared = readRecapFragment(each.link.fragment(QUrl::FullyEncoded).toLatin1());
-        const QDate day = zone.dayOf(each.made);
-        made.append(QVariantMap{
-            {QStringLiteral("link"), each.link.toString()},
-            {QStringLiteral("title"),
-             shared ? recapLabel(shared->period, card_.today, services_.localizer.language(), dates)
-                    : each.link.toDisplayString()},
-            {QStringLiteral("made"), services_.localizer(text("made on %1", "créé le %1"))
-                                         .arg(recapLabel({RecapKind::day, day, day}, card_.today,
-                                                         services_.localizer.language(), dates))},
-        });
-    }
-    return made;
-}
-
-void RecapViewModel::copyLink() {
-    QGuiApplication::clipboard()->setText(shareLink());
-    tell(services_.localizer(text("Link copied", "Lien copié")));
-}
-
-void RecapViewModel::forgetLink(const QString& link) {
-    links_.forget(QUrl(link));
-    Q_EMIT linksChanged();
-}
-
-void RecapViewModel::forgetAllLinks() {
-    links_.forgetAll();
-    Q_EMIT linksChanged();
-}
-
-void RecapViewModel::copyPicture() {
-    QGuiApplication::clipboard()->setImage(recapPicture(card_));
-    tell(services_.localizer(text("Picture copied", "Image copiée")));
-}
-
-void RecapViewModel::copyText() {
-    QGuiApplication::clipboard()->setText(card_.plainText());
-    tell(services_.localizer(text("Text copied", "Texte copié")));
-}
-
-void RecapViewModel::tell(const QString& message, bool hasFailed) {
-    message_ = message;
-    hasFailed_ = hasFailed;
-    Q_EMIT messageChanged();
 }
 
 }  // namespace kestrant

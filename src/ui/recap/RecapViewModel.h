@@ -3,15 +3,14 @@
 #include "foundation/Instant.h"
 #include "foundation/Subscription.h"
 #include "recap/Recap.h"
-#include "recap/RecapShareLinks.h"
 #include "ui/recap/RecapCard.h"
+#include "ui/recap/RecapSharing.h"
 
 #include <QColor>
 #include <QHash>
 #include <QObject>
 #include <QQmlEngine>
 #include <QString>
-#include <QUrl>
 #include <QVariantList>
 
 #include <functional>
@@ -55,15 +54,8 @@ class RecapViewModel : public QObject {
     Q_PROPERTY(QVariantList rows READ rows NOTIFY changed)
     /// Of today: reminders that are still open.
     Q_PROPERTY(QString openText READ openText NOTIFY changed)
-    /// What became of a picture or text that was to be passed on; empty for nothing yet.
-    Q_PROPERTY(QString message READ message NOTIFY messageChanged)
-    /// The link that holds the card, once that is to be shared; empty where no page for it is configured.
-    Q_PROPERTY(QString shareLink READ shareLink NOTIFY linksChanged)
-    /// What the link tells, in words.
-    Q_PROPERTY(QString shareContent READ shareContent NOTIFY linksChanged)
-    /// Links that were made here, the newest first: {link, title, made} each.
-    Q_PROPERTY(QVariantList madeLinks READ madeLinks NOTIFY linksChanged)
-    Q_PROPERTY(bool hasFailed READ hasFailed NOTIFY messageChanged)
+    /// Passes on the card.
+    Q_PROPERTY(kestrant::RecapSharing* sharing READ sharing CONSTANT)
 
   public:
     struct Services {
@@ -101,8 +93,7 @@ class RecapViewModel : public QObject {
     [[nodiscard]] bool hasNext() const;
     [[nodiscard]] QVariantList rows() const;
     [[nodiscard]] QString openText() const;
-    [[nodiscard]] const QString& message() const { return message_; }
-    [[nodiscard]] bool hasFailed() const { return hasFailed_; }
+    [[nodiscard]] RecapSharing* sharing() { return &sharing_; }
 
     Q_INVOKABLE void showPrevious();
     Q_INVOKABLE void showNext();
@@ -111,27 +102,10 @@ class RecapViewModel : public QObject {
     /// Of a day of the card's period: {title, number, names, spokenText}.
     Q_INVOKABLE [[nodiscard]] QVariantMap dayHint(int index) const;
 
-    /// Writes the card as a picture into the folder for pictures, under a name that is not in use.
-    Q_INVOKABLE void savePicture();
-    /// Makes the link of the card and remembers it.
-    Q_INVOKABLE void share();
-    [[nodiscard]] QString shareLink() const { return shareLink_.toString(); }
-    [[nodiscard]] QString shareContent() const;
-    [[nodiscard]] QVariantList madeLinks() const;
-    Q_INVOKABLE void copyLink();
-    Q_INVOKABLE void forgetLink(const QString& link);
-    Q_INVOKABLE void forgetAllLinks();
-    Q_INVOKABLE void copyPicture();
-    Q_INVOKABLE void copyText();
-    /// Replaces the person's own folder for pictures.
-    void setPictureFolder(const QString& folder) { pictureFolder_ = folder; }
-
   Q_SIGNALS:
     void isOpenChanged();
     void viewChanged();
     void changed();
-    void messageChanged();
-    void linksChanged();
 
   private:
     struct Item {
@@ -144,7 +118,6 @@ class RecapViewModel : public QObject {
     [[nodiscard]] QDate today() const;
     [[nodiscard]] RecapPeriod periodOf(RecapKind kind, QDate day) const;
     [[nodiscard]] RecapCard makeCard(const RecapPeriod& period) const;
-    [[nodiscard]] QString fileName() const;
     /// The records of a day, in order.
     [[nodiscard]] std::vector<const CompletionRecord*> recordsOf(QDate day) const;
     void show(std::optional<RecapKind> kind, QDate day);
@@ -152,7 +125,6 @@ class RecapViewModel : public QObject {
     void refresh();
     void makeCards();
     void fetchTitles();
-    void tell(const QString& message, bool hasFailed = false);
 
     Services services_;
     bool isOpen_ = false;
@@ -167,11 +139,7 @@ class RecapViewModel : public QObject {
     QHash<QString, Item> items_;
     RecapPeriod fetched_;
     int fetchGeneration_ = 0;
-    RecapShareLinks links_;
-    QUrl shareLink_;
-    QString message_;
-    bool hasFailed_ = false;
-    QString pictureFolder_;
+    RecapSharing sharing_;
     Subscription zoneChanges_;
     Subscription databaseChanges_;
 };

@@ -148,10 +148,12 @@ TEST(Recap, NamesWhatWasCompletedAsFarAsTheDatabaseKnows) {
 TEST(Recap, SavesAndCopiesACard) {
     LivedProgram program;
     program.openRecap();
+    RecapSharing& sharing = *program.recap.sharing();
+    sharing.begin(program.recap.card());
     QTemporaryDir folder;
-    program.recap.setPictureFolder(folder.path());
+    sharing.setPictureFolder(folder.path());
     const auto save = [&] {
-        program.recap.savePicture();
+        sharing.savePicture();
         program.settle();
     };
     save();
@@ -161,17 +163,17 @@ TEST(Recap, SavesAndCopiesACard) {
         (QStringList{QStringLiteral("Kestrant 2026-W47 (2).png"), QStringLiteral("Kestrant 2026-W47.png")}));
     const QImage picture(folder.filePath(QStringLiteral("Kestrant 2026-W47.png")));
     EXPECT_EQ(picture.size(), QSize(720, 900)) << "two pixels a point";
-    EXPECT_FALSE(program.recap.hasFailed());
+    EXPECT_FALSE(sharing.hasFailed());
 
     QFile inTheWay(folder.filePath(QStringLiteral("file")));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
-    program.recap.setPictureFolder(inTheWay.fileName() + QStringLiteral("/below"));
+    sharing.setPictureFolder(inTheWay.fileName() + QStringLiteral("/below"));
     save();
-    EXPECT_TRUE(program.recap.hasFailed());
+    EXPECT_TRUE(sharing.hasFailed());
 
-    program.recap.copyPicture();
+    sharing.copyPicture();
     EXPECT_EQ(QGuiApplication::clipboard()->image().size(), picture.size());
-    program.recap.copyText();
+    sharing.copyText();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), program.recap.card().plainText());
 }
 
@@ -180,7 +182,7 @@ TEST(Recap, SharesALinkThatCanBeForgotten) {
     program.openRecap();
     program.click("Share this card");
     EXPECT_TRUE(program.isOpen("recapShare"));
-    const QUrl link(program.recap.shareLink());
+    const QUrl link(program.recap.sharing()->link());
     EXPECT_EQ(link.host(), QStringLiteral("recap.example.org"));
     const auto shared = readRecapFragment(link.fragment().toLatin1());
     ASSERT_TRUE(shared);
@@ -189,10 +191,11 @@ TEST(Recap, SharesALinkThatCanBeForgotten) {
     EXPECT_EQ(QGuiApplication::clipboard()->text(), link.toString());
     program.press(Qt::Key_Escape);
     program.click("Share this card");
-    ASSERT_EQ(program.recap.madeLinks().size(), 1) << "one link is remembered once";
-    EXPECT_EQ(program.recap.madeLinks()[0].toMap()[QStringLiteral("title")], QStringLiteral("16 – 22 Nov"));
-    program.recap.forgetLink(link.toString());
-    EXPECT_TRUE(program.recap.madeLinks().isEmpty());
+    ASSERT_EQ(program.recap.sharing()->madeLinks().size(), 1) << "one link is remembered once";
+    EXPECT_EQ(program.recap.sharing()->madeLinks()[0].toMap()[QStringLiteral("title")],
+              QStringLiteral("16 – 22 Nov"));
+    program.recap.sharing()->forgetLink(link.toString());
+    EXPECT_TRUE(program.recap.sharing()->madeLinks().isEmpty());
 }
 
 TEST(Recap, BeginsWithAnEmptyYear) {
