@@ -19,6 +19,7 @@
 #include "ui/settings/SettingsViewModel.h"
 
 #include <QCoreApplication>
+#include <QDesktopServices>
 #include <QLocale>
 
 #include <cmath>
@@ -423,6 +424,8 @@ void AppDelegate::createPanelController() {
     };
     connect(&view, &PanelView::extentChanged, this, resize);
     resize();
+    connect(&panel_->eventDetails, &EventDetailsViewModel::linkRequested, this,
+            [](const QUrl& link) { QDesktopServices::openUrl(link); });
     if (const auto page = desktopSettingsPage()) {
         ProgramNames names = linuxNames();
         names.systemSettings = page->program;

@@ -33,6 +33,8 @@ struct CalendarEventItem {
     /// Absent for reminders.
     std::optional<QString> location;
     std::optional<QString> notes;
+    /// The address at which the event takes place on the network; empty for none.
+    QString meetingLink;
     /// Only timed events in today's group.
     bool isHappeningNow = false;
     bool isReminder = false;

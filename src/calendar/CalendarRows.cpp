@@ -1,5 +1,7 @@
 #include "calendar/CalendarRows.h"
 
+#include "calendar/EventLinks.h"
+
 #include <QCollatorSortKey>
 
 #include <algorithm>
@@ -11,6 +13,7 @@ namespace {
 
 constexpr QLatin1String reminderPrefix("reminder_");
 constexpr Duration reminderLength = std::chrono::minutes(30);
+constexpr Duration joinedBefore = std::chrono::minutes(10);
 
 QString titleOr(const QString& title, const TextPair& untitled, Language language) {
     return title.trimmed().isEmpty() ? untitled.in(language) : title;
@@ -39,6 +42,11 @@ bool isHappening(const CalendarEventItem& event, Instant now) {
     return !event.isReminder && !event.isAllDay && event.startDate <= now && event.endDate > now;
 }
 
+bool canBeJoined(const CalendarEventItem& event, Instant now) {
+    return !event.meetingLink.isEmpty() && !event.isAllDay && event.startDate - joinedBefore <= now &&
+           event.endDate > now;
+}
+
 std::optional<Instant> reminderDueDate(const EKReminderData& reminder, const TimeZone& zone) {
     return reminder.dueDateComponents ? zone.instantFrom(*reminder.dueDateComponents) : std::nullopt;
 }
@@ -57,6 +65,7 @@ CalendarEventItem eventRow(const EKEventData& event, const CalendarAppearance* a
     row.calendarColor = appearance ? appearance->color.value_or(defaultEventColor) : defaultEventColor;
     row.location = event.location;
     row.notes = event.notes;
+    row.meetingLink = meetingLink(event);
     row.isRecurring = !event.recurrenceRules.empty() || event.occurrenceDate.has_value();
     return row;
 }

@@ -32,6 +32,9 @@ inline constexpr Color defaultReminderColor{0xff, 0x9f, 0x0a};
 /// Whether a timed event has begun and is not over.
 [[nodiscard]] bool isHappening(const CalendarEventItem& event, Instant now);
 
+/// Whether the meeting of an event is of use: from ten minutes before until its end.
+[[nodiscard]] bool canBeJoined(const CalendarEventItem& event, Instant now);
+
 /// When a reminder is due: at its time, or at the start of its day when it has none. Absent when it names no
 /// day.
 [[nodiscard]] std::optional<Instant> reminderDueDate(const EKReminderData& reminder, const TimeZone& zone);

@@ -34,6 +34,7 @@ class CalendarStore : public QObject {
   public:
     using Completion = CalendarWriter::Completion;
     using DetailsCompletion = CalendarWriter::DetailsCompletion;
+    using EventCompletion = CalendarWriter::EventCompletion;
 
     /// Posted after a new event has been saved.
     static constexpr auto eventCreatedNotification = "kestrantCalendarEventCreated";
@@ -115,6 +116,10 @@ class CalendarStore : public QObject {
     /// The initial content of an edit form.
     void loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion) {
         writer_.loadEditDetails(row, completion);
+    }
+    /// Everything that the event behind a row says.
+    void loadEvent(const CalendarEventItem& row, const EventCompletion& completion) {
+        writer_.loadEvent(row, completion);
     }
     void updateEvent(const CalendarEventItem& row, const CalendarEventEditDetails& details,
                      const Completion& completion) {

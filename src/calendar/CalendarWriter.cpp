@@ -174,15 +174,20 @@ void CalendarWriter::createEvent(const NewCalendarEvent& event, const Completion
     save(created, CalendarStore::eventCreatedNotification, recorded, completion, known);
 }
 
-void CalendarWriter::loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion) {
+void CalendarWriter::loadEvent(const CalendarEventItem& row, const EventCompletion& completion) {
     if (!completion)
         return;
     findEvent(row, [completion](const EKEventRef& event) {
         if (event)
-            completion(editDetails(event->data));
+            completion(event->data);
         else
             completion(tl::unexpected(CalendarError{ErrorCode::itemNotFound}));
     });
+}
+
+void CalendarWriter::loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion) {
+    if (completion)
+        loadEvent(row, [completion](const auto& event) { completion(event.map(editDetails)); });
 }
 
 void CalendarWriter::updateEvent(const CalendarEventItem& row, const CalendarEventEditDetails& details,

@@ -27,6 +27,7 @@ class CalendarWriter : public QObject {
 
   public:
     using Completion = std::function<void(tl::expected<void, CalendarError>)>;
+    using EventCompletion = std::function<void(const tl::expected<EKEventData, CalendarError>&)>;
     using DetailsCompletion = std::function<void(tl::expected<CalendarEventEditDetails, CalendarError>)>;
 
     /// Everything given here outlives this object.
@@ -40,6 +41,7 @@ class CalendarWriter : public QObject {
     /// `known` is called after a creation whose outcome was unknown at its completion, once it is known.
     void createEvent(const NewCalendarEvent& event, const Completion& completion,
                      const Completion& known = {});
+    void loadEvent(const CalendarEventItem& row, const EventCompletion& completion);
     void loadEditDetails(const CalendarEventItem& row, const DetailsCompletion& completion);
     void updateEvent(const CalendarEventItem& row, const CalendarEventEditDetails& details,
                      const Completion& completion);

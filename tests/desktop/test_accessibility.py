@@ -266,10 +266,18 @@ class AccessibilityTest(DesktopTest):
         self.check_menu("the menu of a card")
         self.escape()
         self.tab_to("list item", "Meeting")
+        self.desktop.key("space")
+        self.opens("dialog", "Meeting")
+        self.check_surface("what an event says")
+        self.escape()
         self.desktop.key("Return")
         self.opens("dialog", "Edit")
         self.check_surface("the form of an event")
         self.escape()
+
+        self.press_on("push button", "Recap")
+        self.wait_to_find("radio button", "Overview")
+        self.check_surface("the recap")
         self.assertEqual(stop(self.program), 0)
 
     def test_the_introduction_is_gone_through_by_the_keyboard(self):

@@ -174,8 +174,8 @@ class CalendarTest(DesktopTest):
         rows = self.wait_for(self.rows, lambda rows: len(rows) > 2, "days to come are shown")
         self.assertEqual({name for name, _ in rows}, {"work"})
         x, y = rows[0][1]
-        self.desktop.click(x + 60, y)
-        self.desktop.key("Up")
+        self.after(lambda: self.desktop.click(x + 60, y))
+        self.desktop.key("Escape", "Up")
         self.wait_for(self.rows, lambda rows: rows and rows[0][1][1] > y, "the first of them has made room")
         self.desktop.click(self.middle + CALENDAR_BUTTON[0], CALENDAR_BUTTON[1])
         self.wait_for_rows()

@@ -172,6 +172,22 @@ TEST(EventReadingTest, ReadsTheOtherProperties) {
     EXPECT_FALSE(data.alarms[1].followsStart);
 }
 
+TEST(EventReading, TakesTheConferenceForTheAddressOfAnEventWithoutOne) {
+    const QByteArray when = "DTSTART:20260327T090000Z\n";
+    const QByteArray audio = "CONFERENCE;VALUE=URI;FEATURE=AUDIO:https://a.example\n";
+    const QByteArray video = "CONFERENCE;VALUE=URI;FEATURE=AUDIO,VIDEO;LABEL=Join:https://v.example\n";
+    const QByteArray phone = "CONFERENCE;VALUE=URI;FEATURE=PHONE:tel:+33123456789\n";
+    const QByteArray other = "X-GOOGLE-CONFERENCE:https://g.example\n";
+    for (const auto& [lines, url] : {
+             std::pair(audio + video, "https://v.example"),
+             std::pair(phone + audio + other, "https://a.example"),
+             std::pair(phone + other, "https://g.example"),
+             std::pair(video + "URL:https://u.example\n", "https://u.example"),
+         })
+        EXPECT_EQ(dataOf(when + lines).url, url) << lines.constData();
+    EXPECT_EQ(dataOf(when + phone).url, std::nullopt);
+}
+
 TEST(EventReadingTest, TellsTheEventsOfAFileApart) {
     const auto series = seriesIn("BEGIN:VEVENT\nUID:a\nDTSTART:20260327T090000Z\nEND:VEVENT\n"
                                  "BEGIN:VEVENT\nUID:b\nSUMMARY:no start\nEND:VEVENT\n"

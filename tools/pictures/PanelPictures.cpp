@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 #include <QMetaObject>
 
+#include <chrono>
+
 namespace kestrant {
 namespace {
 
@@ -27,6 +29,20 @@ void chooseForRow(Stage& stage, const TextPair& title, int entry) {
     QCoreApplication::processEvents();
 }
 
+/// Lets an event say everything that an event can say.
+void fillIn(Stage& stage, const QString& identifier) {
+    const EKEventRef event = stage.database.event(identifier);
+    EKEventData& data = event->data;
+    data.url = QStringLiteral("https://meet.example.org/piano-lesson");
+    data.location = stage.localizer(text("8 Mill Lane", "8, rue du Moulin"));
+    data.notes = stage.localizer(
+        text("Bring the second book. The scores are at https://scores.example.org/spring",
+             "Apporter le second cahier. Les partitions : https://scores.example.org/printemps"));
+    data.alarms = {EKAlarm::at(data.startDate - std::chrono::minutes(15))};
+    stage.database.save(event, EKSpan::thisEvent, [](const auto&) {});
+    stage.time.advance(std::chrono::milliseconds(400));
+}
+
 void fillDisk(Stage& stage, InMemoryEventStore::Operation operation) {
     stage.database.setFailure(
         operation, EKError{EKError::Code::storage, text("The disk is full; nothing was written.",
@@ -48,6 +64,7 @@ std::vector<Picture> panelPictures() {
     const TextPair visit = text("Dinner at Tomas’s", "Dîner chez Tomas");
     const TextPair slides =
         text("Review slides for Tuesday’s planning", "Relire les diapos de la réunion de mardi");
+    const TextPair lesson = text("Piano lesson", "Cours de piano");
     const TextPair dinner = text("Dinner with Maren", "Dîner avec Maren");
     return {
         {named("resting"),
@@ -245,6 +262,13 @@ std::vector<Picture> panelPictures() {
              stage.showFullCalendar();
              stage.drag({360, 70}, {780, 190});
          })},
+        {named("event-details"), expanded([lesson](Stage& stage) {
+             for (const EKEventData& event : stage.database.allEvents()) {
+                 if (event.title == stage.localizer(lesson))
+                     fillIn(stage, event.eventIdentifier);
+             }
+             chooseForRow(stage, lesson, 2);
+         })},
         {named("edit-event"), expanded([visit](Stage& stage) {
              chooseForRow(stage, visit, 1);
              stage.calendarEdit.setLocation(stage.localizer(text("8 Mill Lane", "8, rue du Moulin")));
@@ -272,9 +296,9 @@ std::vector<Picture> panelPictures() {
              stage.reminderEdit.setNotes(stage.localizer(
                  text("They are in the shared folder.", "Elles sont dans le dossier partagé.")));
          })},
-        {named("delete-event"), expanded([visit](Stage& stage) { chooseForRow(stage, visit, 2); })},
+        {named("delete-event"), expanded([visit](Stage& stage) { chooseForRow(stage, visit, 3); })},
         {named("delete-event-failed"), expanded([visit](Stage& stage) {
-             chooseForRow(stage, visit, 2);
+             chooseForRow(stage, visit, 3);
              fillDisk(stage, InMemoryEventStore::Operation::remove);
              stage.press(Qt::Key_Tab);
              stage.press(Qt::Key_Return);

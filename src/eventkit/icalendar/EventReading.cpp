@@ -6,6 +6,25 @@
 namespace kestrant::icalendar {
 namespace {
 
+/// Where a conference takes place: CONFERENCE (RFC 7986, 5.11), one with video before others, or the property
+/// that a widespread service writes instead.
+std::optional<QString> readConference(ComponentView event) {
+    std::optional<QString> found;
+    for (const Property& conference : event.properties("CONFERENCE")) {
+        if (!conference.value.toLower().startsWith("http"))
+            continue;
+        const bool hasVideo =
+            conference.parameter("FEATURE").value_or(QByteArray()).toUpper().contains("VIDEO");
+        if (!found || hasVideo)
+            found = QString::fromUtf8(conference.value);
+        if (hasVideo)
+            return found;
+    }
+    if (const auto other = event.property("X-GOOGLE-CONFERENCE"); !found && other && !other->value.isEmpty())
+        found = QString::fromUtf8(other->value);
+    return found;
+}
+
 std::optional<EventComponent> readEvent(ComponentView event, const Document& document,
                                         const TimeZone& local) {
     EventComponent result;
@@ -32,6 +51,9 @@ std::optional<EventComponent> readEvent(ComponentView event, const Document& doc
     }
     EKEventData& data = result.data;
     readProperties(data, event, document, local);
+    // Forms do not change the address, so that the conference is never written as one.
+    if (!data.url)
+        data.url = readConference(event);
     data.isAllDay = !result.times.start.includesTime();
     data.timeZone = result.times.start.timeZone;
     data.alarms = readAlarms(event, document, local);

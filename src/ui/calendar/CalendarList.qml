@@ -116,6 +116,12 @@ FocusScope {
         if (item && row !== undefined)
             actions.editRow(row, item)
     }
+    function showDetails(index) {
+        const item = list.itemAtIndex(index)
+        const row = calendar.row(index)
+        if (item && row !== undefined)
+            actions.showDetails(row, item)
+    }
     function askToRemove(index) {
         const item = list.itemAtIndex(index)
         const row = calendar.row(index)
@@ -127,10 +133,15 @@ FocusScope {
         if (item && !item.row.isHeading)
             menu.open(item, calendar.row(index), Qt.point(x, y))
     }
+    /// Completes a reminder; shows what an event says.
     function toggle(index) {
         const row = calendar.row(index)
-        if (row !== undefined)
+        if (row === undefined)
+            return
+        if (actions.calendarEdit.isReminder(row))
             actions.toggleRow(row)
+        else
+            showDetails(index)
     }
 
     CalendarRowMenu {
@@ -295,6 +306,11 @@ FocusScope {
             // Only while the focus is in the rows, not on a button above or below.
             isCurrent: ListView.isCurrentItem && (activeFocus || list.Window.activeFocusItem === list)
             onPressed: root.makeCurrent(index, Qt.MouseFocusReason)
+            onDetailsWanted: {
+                root.makeCurrent(index, Qt.MouseFocusReason)
+                root.showDetails(index)
+            }
+            onJoinWanted: root.actions.join(root.calendar.row(index))
             onOpened: {
                 root.makeCurrent(index, Qt.MouseFocusReason)
                 root.edit(index)

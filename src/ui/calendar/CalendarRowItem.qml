@@ -13,6 +13,9 @@ Item {
     readonly property string tip: row.isHeading || !title.truncated ? "" : row.title
     signal pressed
     signal opened
+    /// A click on an event.
+    signal detailsWanted
+    signal joinWanted
     signal menuWanted(real x, real y)
     /// The ring of a reminder was clicked.
     signal toggled
@@ -32,7 +35,7 @@ Item {
     Accessible.name: row.spokenText + (isCompleting ? ", " + Localizer.text("completed", "terminé") : "")
     Accessible.focusable: !row.isHeading
     Accessible.focused: isCurrent
-    Accessible.onPressAction: if (!row.isHeading) opened()
+    Accessible.onPressAction: if (!row.isHeading) row.isReminder ? opened() : detailsWanted()
 
     DayHeading {
         visible: root.row.isHeading
@@ -149,9 +152,50 @@ Item {
             font.pixelSize: Theme.panelText(11)
             Accessible.ignored: true
         }
+        // Where the name would become too short, the sign alone.
+        Rectangle {
+            id: join
+            readonly property bool wordFits: parent.width - title.x - joinWord.implicitWidth - 44 >= 96
+            visible: root.row.canBeJoined
+            x: parent.width - width - 4
+            anchors.verticalCenter: parent.verticalCenter
+            width: visible ? (wordFits ? joinWord.implicitWidth + 32 : 26) : 0
+            height: 20
+            radius: 7
+            color: joinPointer.hovered ? Qt.lighter(Theme.primaryFill, 1.08) : Theme.primaryFill
+            Icon {
+                x: 6
+                anchors.verticalCenter: parent.verticalCenter
+                width: 14
+                height: 14
+                strokeWidth: 1.4
+                name: "video"
+                color: Theme.text
+            }
+            PlainText {
+                id: joinWord
+                visible: join.wordFits
+                x: 23
+                height: parent.height
+                verticalAlignment: Text.AlignVCenter
+                text: Localizer.text("Join", "Rejoindre")
+                color: Theme.text
+                font.pixelSize: Theme.panelText(11)
+                font.weight: Font.DemiBold
+                Accessible.role: Accessible.Button
+                Accessible.name: text + ", " + root.row.title
+                Accessible.onPressAction: root.joinWanted()
+            }
+            HoverHandler { id: joinPointer; enabled: join.visible }
+            TapHandler {
+                enabled: join.visible
+                gesturePolicy: TapHandler.ReleaseWithinBounds
+                onTapped: root.joinWanted()
+            }
+        }
         Row {
             id: signs
-            x: parent.width - width - 7
+            x: parent.width - width - 7 - (join.visible ? join.width : 0)
             height: parent.height
             spacing: 5
             Icon {
@@ -210,8 +254,14 @@ Item {
     TapHandler {
         enabled: !root.row.isHeading
         acceptedButtons: Qt.LeftButton
-        onTapped: if (!ringPointer.hovered) root.pressed()
-        onDoubleTapped: if (!ringPointer.hovered) root.opened()
+        onTapped: {
+            if (ringPointer.hovered || joinPointer.hovered)
+                return
+            root.pressed()
+            if (!root.row.isReminder)
+                root.detailsWanted()
+        }
+        onDoubleTapped: if (root.row.isReminder && !ringPointer.hovered) root.opened()
     }
     TapHandler {
         enabled: !root.row.isHeading

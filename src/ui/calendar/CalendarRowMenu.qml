@@ -11,15 +11,22 @@ QtObject {
         const isReminder = item.row.isReminder
         const isWritable = actions.canChangeRow(row)
         const entries = [
-            { title: isWritable ? Localizer.text("Edit details", "Modifier les détails")
-                                : Localizer.text("Show details", "Afficher les détails"), iconName: "edit",
-              shortcut: Localizer.text("Enter", "Entrée"), act: () => actions.editRow(row, item) },
+            { title: isWritable || !isReminder ? Localizer.text("Edit details", "Modifier les détails")
+                                               : Localizer.text("Show details", "Afficher les détails"), iconName: "edit",
+              shortcut: Localizer.text("Enter", "Entrée"), enabled: isWritable || isReminder, act: () => actions.editRow(row, item) },
             { title: isReminder ? Localizer.text("Remove reminder from calendar", "Retirer le rappel du calendrier")
                                 : Localizer.text("Delete event", "Supprimer l’événement"),
               iconName: isReminder ? "calendarMinus" : "trash",
               shortcut: Localizer.text("Del", "Suppr"), destructive: !isReminder, enabled: isWritable,
               act: () => actions.removeRow(row, item) }
         ]
+        if (!isReminder)
+            entries.splice(1, 0, { title: Localizer.text("Show details", "Afficher les détails"), iconName: "eye",
+                                   shortcut: Localizer.text("Space", "Espace"),
+                                   act: () => actions.showDetails(row, item) })
+        if (item.row.canBeJoined)
+            entries.push({ title: Localizer.text("Join", "Rejoindre"), iconName: "video", begins: true,
+                           act: () => actions.join(row) })
         if (isReminder)
             entries.unshift({ title: item.isCompleting ? Localizer.text("Do not complete", "Ne pas terminer")
                                                        : Localizer.text("Complete", "Terminer"),

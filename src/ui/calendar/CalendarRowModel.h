@@ -38,6 +38,7 @@ struct CalendarRow {
     Q_PROPERTY(QString nowText MEMBER nowText CONSTANT)
     Q_PROPERTY(bool isRecurring MEMBER isRecurring CONSTANT)
     Q_PROPERTY(bool hasNotes MEMBER hasNotes CONSTANT)
+    Q_PROPERTY(bool canBeJoined MEMBER canBeJoined CONSTANT)
     Q_PROPERTY(QString spokenText MEMBER spokenText CONSTANT)
 
   public:
@@ -75,6 +76,8 @@ struct CalendarRow {
     /// One date of several.
     bool isRecurring = false;
     bool hasNotes = false;
+    /// Its meeting is of use now.
+    bool canBeJoined = false;
     /// Everything above in words, for assistive technology.
     QString spokenText;
 };

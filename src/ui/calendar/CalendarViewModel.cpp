@@ -1,5 +1,6 @@
 #include "ui/calendar/CalendarViewModel.h"
 
+#include "calendar/CalendarRows.h"
 #include "calendar/CalendarStore.h"
 #include "ui/calendar/Capitalized.h"
 #include "ui/panel/Localizer.h"
@@ -146,6 +147,7 @@ CalendarRow CalendarViewModel::presented(const CalendarDayGroup& group, int even
     row.isRecurring = item.isRecurring;
     row.hasNotes = item.notes && !item.notes->trimmed().isEmpty();
     row.isOver = !item.isReminder && hasPassed;
+    row.canBeJoined = canBeJoined(item, now);
     if (row.isNow) {
         const auto length = std::chrono::duration<double>(item.endDate - item.startDate);
         row.progress = std::clamp(std::chrono::duration<double>(now - item.startDate) / length, 0.0, 1.0);
@@ -169,6 +171,7 @@ CalendarRow CalendarViewModel::presented(const CalendarDayGroup& group, int even
     say(true, row.spanText);
     say(row.isNow, text("now", "en cours").in(language));
     say(row.isOver, text("over", "terminé").in(language));
+    say(row.canBeJoined, text("can be joined", "à rejoindre").in(language));
     say(row.isRecurring, text("repeats", "se répète").in(language));
     say(row.isOverdue, text("overdue", "en retard").in(language));
     say(true, row.place);

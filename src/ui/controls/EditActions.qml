@@ -6,6 +6,7 @@ QtObject {
     id: actions
 
     required property CalendarEditViewModel calendarEdit
+    required property EventDetailsViewModel eventDetails
     required property ReminderEditViewModel reminderEdit
     required property RemindersViewModel reminders
     required property OverlayHost overlays
@@ -23,6 +24,17 @@ QtObject {
             editReminder(calendarEdit.reminderId(row), anchor)
         else
             overlays.present("edit", "EventEditPopover.qml", anchor, { form: calendarEdit, row: row })
+    }
+    /// What an event says; of a reminder, its form.
+    function showDetails(row, anchor) {
+        if (calendarEdit.isReminder(row))
+            editReminder(calendarEdit.reminderId(row), anchor)
+        else
+            overlays.present("details", "EventDetailsPopover.qml", anchor,
+                             { details: eventDetails, actions: actions, row: row, anchor: anchor })
+    }
+    function join(row) {
+        eventDetails.join(row)
     }
     function canChangeRow(row) {
         return calendarEdit.isWritable(row)

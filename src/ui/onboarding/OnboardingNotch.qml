@@ -63,6 +63,7 @@ Item {
             settings: scene.settings
             newEvent: scene.trial.newEvent
             calendarEdit: scene.trial.calendarEdit
+            eventDetails: scene.trial.eventDetails
             reminderEdit: scene.trial.reminderEdit
             history: scene.trial.history
             recap: scene.trial.recap

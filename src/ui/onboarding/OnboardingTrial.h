@@ -53,6 +53,7 @@ class OnboardingTrial : public QObject {
     Q_PROPERTY(kestrant::QuickAddViewModel* quickAdd READ quickAdd CONSTANT)
     Q_PROPERTY(kestrant::NewEventViewModel* newEvent READ newEvent CONSTANT)
     Q_PROPERTY(kestrant::CalendarEditViewModel* calendarEdit READ calendarEdit CONSTANT)
+    Q_PROPERTY(kestrant::EventDetailsViewModel* eventDetails READ eventDetails CONSTANT)
     Q_PROPERTY(kestrant::ReminderEditViewModel* reminderEdit READ reminderEdit CONSTANT)
     Q_PROPERTY(kestrant::HistoryViewModel* history READ history CONSTANT)
     Q_PROPERTY(kestrant::RecapViewModel* recap READ recap CONSTANT)
@@ -89,6 +90,7 @@ class OnboardingTrial : public QObject {
     [[nodiscard]] QuickAddViewModel* quickAdd() { return &composition_.quickAdd; }
     [[nodiscard]] NewEventViewModel* newEvent() { return &composition_.newEvent; }
     [[nodiscard]] CalendarEditViewModel* calendarEdit() { return &composition_.calendarEdit; }
+    [[nodiscard]] EventDetailsViewModel* eventDetails() { return &composition_.eventDetails; }
     [[nodiscard]] ReminderEditViewModel* reminderEdit() { return &composition_.reminderEdit; }
     [[nodiscard]] HistoryViewModel* history() { return &composition_.history; }
     [[nodiscard]] RecapViewModel* recap() { return &composition_.recap; }

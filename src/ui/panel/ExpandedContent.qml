@@ -12,6 +12,7 @@ FocusScope {
     required property SettingsViewModel settings
     required property NewEventViewModel newEvent
     required property CalendarEditViewModel calendarEdit
+    required property EventDetailsViewModel eventDetails
     required property ReminderEditViewModel reminderEdit
     required property HistoryViewModel history
     required property RecapViewModel recap
@@ -81,6 +82,7 @@ FocusScope {
     function editDueDate(index) { grid.editDueDateAt(index) }
     function editRow(row) { editActions.editRow(row, grid) }
     function removeRow(row) { editActions.removeRow(row, grid) }
+    function showDetails(row) { editActions.showDetails(row, calendarModule) }
     function makeCurrent(index) { grid.makeCurrent(index, Qt.TabFocusReason) }
     function showMessage(message) { toast.show(message) }
 
@@ -115,6 +117,7 @@ FocusScope {
     EditActions {
         id: editActions
         calendarEdit: content.calendarEdit
+        eventDetails: content.eventDetails
         reminderEdit: content.reminderEdit
         reminders: content.reminders
         overlays: content.overlays

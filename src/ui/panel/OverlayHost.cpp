@@ -3,6 +3,7 @@
 #include "notch/NotchInteractionModel.h"
 #include "ui/panel/Appearance.h"
 
+#include <QGuiApplication>
 #include <QHoverEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -10,6 +11,7 @@
 #include <QPropertyAnimation>
 #include <QQmlComponent>
 #include <QScreen>
+#include <QStyleHints>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -358,6 +360,17 @@ void OverlayHost::keepPressInside(QPointerEvent& event) const {
     }
 }
 
+bool OverlayHost::isSecondOfTwo(const QPointerEvent& press) {
+    const QPointF place = press.points().constFirst().position();
+    const auto* hints = QGuiApplication::styleHints();
+    const bool isSecond = press.timestamp() - lastPress_ < quint64(hints->mouseDoubleClickInterval()) &&
+                          (place - lastPlace_).manhattanLength() < hints->mouseDoubleClickDistance();
+    lastPress_ = press.timestamp();
+    lastPlace_ = place;
+    return isSecond && !overlays_.empty() &&
+           overlays_.back()->layer->overlay->property("opensByClick").toBool();
+}
+
 bool OverlayHost::keepFocusInside(bool forward) {
     const QQuickItem& overlay = *overlays_.back()->layer->overlay;
     QQuickItem* focused = window_.activeFocusItem();
@@ -384,7 +397,7 @@ bool OverlayHost::keepFocusInside(bool forward) {
 bool OverlayHost::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::TouchBegin) {
         const auto& pointer = *static_cast<const QPointerEvent*>(event);
-        pressIsSpent_ = press(pointer.points().constFirst().position());
+        pressIsSpent_ = isSecondOfTwo(pointer) || press(pointer.points().constFirst().position());
         return pressIsSpent_;
     }
     if (event->type() == QEvent::MouseButtonDblClick)

@@ -24,9 +24,10 @@ class NotchInteractionModel;
 
 /// Shows popovers and menus in the panel's own scene, above everything else in it, and tells the interaction
 /// model of them so that the panel stays open beneath. An overlay has the keyboard and the pointer to itself:
-/// a press beside it closes it. One that opens from another stands in its place (`isPage`), hangs below what
-/// it opened from or above it where there is no room (`dropsDown`), or else lies wholly upon it; closing one
-/// closes those upon it. Thread: main.
+/// a press beside it closes it, but not the second one of the double click that opened it (`opensByClick`).
+/// One that opens from another stands in its place (`isPage`), hangs below what it opened from or above it
+/// where there is no room (`dropsDown`), or else lies wholly upon it; closing one closes those upon it.
+/// Thread: main.
 class OverlayHost : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -97,6 +98,9 @@ class OverlayHost : public QObject {
     void fadeOut(std::unique_ptr<Layer> layer);
     static void drop(QQuickItem& layer);
     void place(std::size_t index);
+    /// The second press of a double click on what opened the uppermost overlay, for which one click would
+    /// have done.
+    [[nodiscard]] bool isSecondOfTwo(const QPointerEvent& press);
     /// Whether a press at a place in the window is the overlays' alone.
     [[nodiscard]] bool press(QPointF inWindow);
     [[nodiscard]] bool isOnControls(QPointF place) const;
@@ -116,6 +120,9 @@ class OverlayHost : public QObject {
     QPointer<QQuickItem> focusBeneath_;
     /// The last press closed something and has no other effect, nor has what follows of it.
     bool pressIsSpent_ = false;
+    /// Milliseconds, and a place in the window.
+    quint64 lastPress_ = 0;
+    QPointF lastPlace_;
     double roomHeight_ = 0.0;
     QRectF toast_;
     std::vector<std::unique_ptr<Overlay>> overlays_;

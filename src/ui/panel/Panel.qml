@@ -12,6 +12,7 @@ Item {
     required property SettingsViewModel settings
     required property NewEventViewModel newEvent
     required property CalendarEditViewModel calendarEdit
+    required property EventDetailsViewModel eventDetails
     required property ReminderEditViewModel reminderEdit
     required property HistoryViewModel history
     required property RecapViewModel recap

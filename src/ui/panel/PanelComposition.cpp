@@ -54,6 +54,7 @@ PanelComposition::PanelComposition(const Services& services)
     , quickAdd(reminderStore, services.clock, services.currentZone, services.localizer, services.locale)
     , newEvent(calendarStore, services.clock, services.currentZone, services.localizer, services.locale)
     , calendarEdit(calendarStore, services.clock, services.currentZone, services.localizer)
+    , eventDetails(calendarStore, services.clock, services.currentZone, services.localizer, services.locale)
     , reminderEdit(reminderStore, services.clock, services.currentZone, services.localizer)
     , history(actions, services.interaction, services.notifications, services.localizer)
     , recap({.eventStore = services.eventStore,

@@ -6,6 +6,7 @@
 #include "ui/calendar/CalendarActionHistory.h"
 #include "ui/calendar/CalendarEditViewModel.h"
 #include "ui/calendar/CalendarViewModel.h"
+#include "ui/calendar/EventDetailsViewModel.h"
 #include "ui/calendar/NewEventViewModel.h"
 #include "ui/panel/HistoryViewModel.h"
 #include "ui/panel/PanelViewModel.h"
@@ -77,6 +78,7 @@ struct PanelComposition {
     QuickAddViewModel quickAdd;
     NewEventViewModel newEvent;
     CalendarEditViewModel calendarEdit;
+    EventDetailsViewModel eventDetails;
     ReminderEditViewModel reminderEdit;
     HistoryViewModel history;
     RecapViewModel recap;

@@ -17,6 +17,7 @@ Loader {
         settings: loader.host.settings
         newEvent: loader.host.newEvent
         calendarEdit: loader.host.calendarEdit
+        eventDetails: loader.host.eventDetails
         reminderEdit: loader.host.reminderEdit
         history: loader.host.history
         recap: loader.host.recap

@@ -119,6 +119,7 @@ PanelView::PanelView(const Models& models, Loading loading, std::unique_ptr<QQml
         {QStringLiteral("settings"), QVariant::fromValue(&models.settings)},
         {QStringLiteral("newEvent"), QVariant::fromValue(&models.panel.newEvent)},
         {QStringLiteral("calendarEdit"), QVariant::fromValue(&models.panel.calendarEdit)},
+        {QStringLiteral("eventDetails"), QVariant::fromValue(&models.panel.eventDetails)},
         {QStringLiteral("reminderEdit"), QVariant::fromValue(&models.panel.reminderEdit)},
         {QStringLiteral("history"), QVariant::fromValue(&models.panel.history)},
         {QStringLiteral("recap"), QVariant::fromValue(&models.panel.recap)},

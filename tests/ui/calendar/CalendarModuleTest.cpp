@@ -193,7 +193,7 @@ TEST(CalendarModule, OffersForARowWhatCanBeDoneToIt) {
         program.press(Qt::Key_Escape);
         return titles.join(QStringLiteral(", "));
     };
-    EXPECT_EQ(entries(), QStringLiteral("Edit details, Delete event"));
+    EXPECT_EQ(entries(), QStringLiteral("Edit details, Show details, Delete event"));
     program.press(Qt::Key_Down);
     EXPECT_EQ(entries(), QStringLiteral("Complete, Edit details, Remove reminder from calendar"));
     program.preferences.setLanguage(Language::french);

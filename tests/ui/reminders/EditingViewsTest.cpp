@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <utility>
 
 using namespace kestrant;
@@ -97,6 +98,44 @@ TEST(EditingViews, EditAnEventByKeyboardAlone) {
     EXPECT_FALSE(program.isOpen("edit"));
     EXPECT_EQ(program.onlyEvent().title, QStringLiteral("Piano lesson"));
     EXPECT_EQ(program.onlyEvent().location, QStringLiteral("Paris"));
+}
+
+TEST(EditingViews, ShowWhatAnEventSaysAndOpenItsLinksAlone) {
+    Editing program;
+    EKEventData lesson = anEvent("Lesson")
+                             .in(qPrintable(program.personal))
+                             .lasting(program.today({14, 45}), program.today({15, 45}));
+    lesson.notes = QStringLiteral("<b>Join</b> https://meet.example.org/x or javascript:alert(1)");
+    lesson.location = QStringLiteral("8 Mill Lane");
+    lesson.alarms = {EKAlarm::at(lesson.startDate - std::chrono::minutes(10))};
+    program.database.putEvent(lesson);
+    program.settle();
+    QStringList opened;
+    QObject::connect(&program.eventDetails, &EventDetailsViewModel::linkRequested, &program.view,
+                     [&](const QUrl& link) { opened.append(link.toString()); });
+
+    program.act("showDetails", program.shown("Lesson"));
+    ASSERT_TRUE(program.isOpen("details"));
+    for (const char* words :
+         {"Lesson", "Today 14:45 – 15:45", "8 Mill Lane", "10 min before", "Private", "meet.example.org/x",
+          "<b>Join</b> https://meet.example.org/x or javascript:alert(1)"})
+        EXPECT_TRUE(program.shows(words)) << words;
+    EXPECT_FALSE(program.row("Lesson").canBeJoined) << "a quarter of an hour before";
+    EXPECT_EQ(program.eventDetails.joinLink(), QString());
+    program.click("https://meet.example.org/x");
+    program.eventDetails.open(QStringLiteral("javascript:alert(1)"));
+    EXPECT_THAT(opened, ElementsAre(QStringLiteral("https://meet.example.org/x")));
+
+    program.time.advance(std::chrono::minutes(5));
+    program.days.refreshPresent();
+    program.eventDetails.refreshPresent();
+    EXPECT_TRUE(program.row("Lesson").canBeJoined);
+    EXPECT_TRUE(program.shows("in 10 min"));
+    program.click("Join the meeting");
+    EXPECT_EQ(opened.size(), 2);
+    program.click("Edit");
+    EXPECT_FALSE(program.isOpen("details"));
+    EXPECT_TRUE(program.isOpen("edit"));
 }
 
 TEST(EditingViews, ReachEveryControlOfTheEventByTab) {
