@@ -55,7 +55,7 @@ class LoadedFolder {
     void write(int number) {
         const QByteArray uid = QByteArray::number(number).rightJustified(32, '0');
         const QDateTime start(today.addDays(oneOf(4 * 365) - 2 * 365), QTime(oneOf(24), 15 * oneOf(4)),
-                              Qt::UTC);
+                              QTimeZone::utc());
         const auto time = [](const char* name, const QDateTime& value) {
             return QByteArray(name) + value.toString(QStringLiteral(":yyyyMMddTHHmmssZ\r\n")).toLatin1();
         };

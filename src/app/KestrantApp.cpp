@@ -28,7 +28,7 @@ tl::expected<int, TextPair> KestrantApp::run(int& argc, char** argv, AppDelegate
         const PlatformChoice chosen = std::move(*chosenPlatform);  // given back to the environment here
     }
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    QGuiApplication::setDesktopFileName(bundleIdentifier);
+    QGuiApplication::setDesktopFileName(desktopIdentifier);
     PanelView::chooseTypeface();
 
     AppDelegate delegate(std::move(options));

@@ -28,12 +28,11 @@ namespace {
 constexpr int answerTimeoutMilliseconds = 2000;
 constexpr int retryMilliseconds = 20;
 constexpr int announcementMilliseconds = 150;
-const QString serviceName = QStringLiteral("com.Kestrant.notchapp");
-const QString objectPath = QStringLiteral("/com/Kestrant/notchapp");
+const QString objectPath = QStringLiteral("/com/kestrant/notchapp");
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
 QString socketPath() {
-    return runtimeFolder() + QStringLiteral("/com.Kestrant.notchapp-%1.socket").arg(::getuid());
+    return runtimeFolder() + QStringLiteral("/com.kestrant.notchapp-%1.socket").arg(::getuid());
 }
 
 /// The error of taking the lock: EWOULDBLOCK where another process holds it.
@@ -50,7 +49,7 @@ bool sendOverBus(const InstanceRequest& request) {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return false;
-    QDBusMessage call = QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName,
+    QDBusMessage call = QDBusMessage::createMethodCall(desktopIdentifier, objectPath, interfaceName,
                                                        QStringLiteral("ActivateAction"));
     const QVariantList parameter = request.text.isEmpty() ? QVariantList() : QVariantList{request.text};
     call << nameOf(request.action) << parameter << QVariantMap();
@@ -111,7 +110,7 @@ SingleInstance::SingleInstance(QObject* parent) : QObject(parent), d_(std::make_
 
 SingleInstance::~SingleInstance() {
     if (d_->endpoint)
-        QDBusConnection::sessionBus().unregisterService(serviceName);
+        QDBusConnection::sessionBus().unregisterService(desktopIdentifier);
 }
 
 SingleInstance::Claim SingleInstance::claim(Handler handler) {
@@ -144,11 +143,11 @@ SingleInstance::Claim SingleInstance::claimOnBus(const Handler& handler) {
     // The object is there before the name is, so that whoever sees the name gets an answer.
     d_->endpoint = std::make_unique<BusEndpoint>(handler);
     bus.registerObject(objectPath, d_->endpoint.get(), QDBusConnection::ExportAllSlots);
-    if (bus.registerService(serviceName))
+    if (bus.registerService(desktopIdentifier))
         return Claim::first;
     bus.unregisterObject(objectPath);
     d_->endpoint.reset();
-    return bus.interface()->isServiceRegistered(serviceName) ? Claim::taken : Claim::unavailable;
+    return bus.interface()->isServiceRegistered(desktopIdentifier) ? Claim::taken : Claim::unavailable;
 }
 
 bool SingleInstance::listen(const Handler& handler) {

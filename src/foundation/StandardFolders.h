@@ -10,6 +10,9 @@ namespace kestrant {
 
 /// Names this application's own folders.
 inline const QString bundleIdentifier = QStringLiteral("com.Kestrant.notchapp");
+/// By this the desktop knows the application: its entry, its icon, its name on the bus, its description and
+/// every sandbox. The domain is in small letters, as AppStream asks.
+inline const QString desktopIdentifier = QStringLiteral("com.kestrant.notchapp");
 
 /// The folder of what the application keeps for the person: $XDG_DATA_HOME (or ~/.local/share), then the
 /// bundle identifier. It need not exist.

@@ -24,6 +24,8 @@ class Compositor:
 
     needs = ()
     settings = {}
+    # Height of the bar below which the panel hangs.
+    bar = 0
 
     @classmethod
     def is_installed(cls):
@@ -126,6 +128,7 @@ class GnomeShell(Compositor):
     needs = ("gnome-shell", "dbus-run-session", "gdbus", "convert")
     settings = {"WAYLAND_DISPLAY": "wayland-0", "XDG_CURRENT_DESKTOP": "GNOME", "XDG_SESSION_TYPE": "wayland",
                 "GSETTINGS_BACKEND": "memory", "LIBGL_ALWAYS_SOFTWARE": "1"}
+    bar = 32
     control_key, return_key = 0xFFE3, 0xFF0D
 
     def write_settings(self):
@@ -142,7 +145,7 @@ class GnomeShell(Compositor):
     def start(self):
         self.spawn("dbus-run-session", "bash", self.folder / "session", leads=True)
         log = self.folder / "log"
-        wait_until(lambda: log.exists() and "GNOME Shell started" in log.read_text(), "the shell runs")
+        wait_until(lambda: log.exists() and "GNOME Shell started" in log.read_text(), "the shell runs", seconds=180)
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = (self.runtime / "bus").read_text().strip()
         self.environment["DISPLAY"] = log.read_text().split("public X11 display ")[1].split(",")[0]
         self.environment["XAUTHORITY"] = str(next(self.runtime.glob(".mutter-Xwaylandauth.*")))

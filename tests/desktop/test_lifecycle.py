@@ -74,7 +74,7 @@ class LifecycleTest(DesktopTest):
         self.program = self.desktop.spawn([PROGRAM])
         self.addCleanup(stop, self.program)
         # It runs without a screen.
-        self.desktop.output("gdbus", "wait", "--session", "--timeout", "60", "com.Kestrant.notchapp")
+        self.desktop.output("gdbus", "wait", "--session", "--timeout", "60", "com.kestrant.notchapp")
         self.assertEqual(self.kestrant("--toggle").returncode, 0)
         switch(True)
         self.wait_for_panel(EXPANDED)

@@ -203,7 +203,7 @@ class SessionTest(DesktopTest):
 
         def ask(method, *arguments):
             done = subprocess.run(
-                ["gdbus", "call", "--session", "--dest", "com.Kestrant.notchapp", "--object-path", "/com/Kestrant/notchapp",
+                ["gdbus", "call", "--session", "--dest", "com.kestrant.notchapp", "--object-path", "/com/kestrant/notchapp",
                  "--method", f"org.freedesktop.Application.{method}", *arguments, "{}"],
                 env=self.desktop.environment, capture_output=True, timeout=60)
             return done.returncode

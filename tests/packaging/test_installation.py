@@ -10,7 +10,7 @@ import tempfile
 import unittest
 
 BUILD = os.environ.get("BUILD", str(pathlib.Path(__file__).resolve().parents[2] / "build/dev"))
-NAME = "com.Kestrant.notchapp"
+NAME = "com.kestrant.notchapp"
 
 
 def needs(program):

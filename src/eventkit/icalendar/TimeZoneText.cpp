@@ -1,6 +1,7 @@
 #include "eventkit/icalendar/TimeZoneText.h"
 
 #include <QDateTime>
+#include <QTimeZone>
 
 #include <algorithm>
 #include <array>
@@ -70,14 +71,14 @@ Component timeZoneDefinition(const TimeZone& zone, int year, QByteArrayView line
     ZoneChange present = zone.presentAt(startOf(year) - std::chrono::seconds(1));
     for (const ZoneChange& change : changes) {
         // An onset is given in the local time that was in use before it.
-        const QDateTime onset = QDateTime::fromSecsSinceEpoch(change.at + present.offset, Qt::UTC);
+        const QDateTime onset = QDateTime::fromSecsSinceEpoch(change.at + present.offset, QTimeZone::utc());
         const QByteArray rule = changes.size() == 2 ? yearlyRule(onset.date()) : QByteArray();
         result.append(observance(change, onset, present.offset, rule, lineEnd));
         present = change;
     }
     if (changes.empty())
-        result.append(observance(present, QDateTime(QDate(1970, 1, 1), QTime(0, 0), Qt::UTC), present.offset,
-                                 {}, lineEnd));
+        result.append(observance(present, QDateTime(QDate(1970, 1, 1), QTime(0, 0), QTimeZone::utc()),
+                                 present.offset, {}, lineEnd));
     return result;
 }
 

@@ -4,6 +4,8 @@
 #include "ui/calendar/TimeOfDay.h"
 #include "ui/panel/Localizer.h"
 
+#include <QTimeZone>
+
 #include <algorithm>
 
 namespace kestrant {
@@ -14,7 +16,7 @@ const QTime usualStart(9, 0);
 const QTime usualEnd(10, 0);
 
 QDateTime wallTimeAt(QDate day, QTime time) {
-    return {day, time, Qt::UTC};
+    return {day, time, QTimeZone::utc()};
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ TEST_F(AutostartEntryTest, IsWrittenIntoAFolderThatWasMissingAndHiddenAgain) {
     EXPECT_FALSE(item.isEnabled());
     ASSERT_TRUE(item.setEnabled(true));
     EXPECT_TRUE(item.isEnabled());
-    EXPECT_EQ(text(), "[Desktop Entry]\nType=Application\nName=Kestrant\nIcon=com.Kestrant.notchapp\n"
+    EXPECT_EQ(text(), "[Desktop Entry]\nType=Application\nName=Kestrant\nIcon=com.kestrant.notchapp\n"
                       "Exec=\"/usr/bin/kestrant\"\nTryExec=/usr/bin/kestrant\nTerminal=false\n");
     ASSERT_TRUE(item.setEnabled(false));
     EXPECT_FALSE(item.isEnabled());

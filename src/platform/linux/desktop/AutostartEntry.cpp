@@ -116,7 +116,7 @@ AutostartEntry AutostartEntry::ofThisProgram() {
     for (QString& folder : folders)
         folder += QStringLiteral("/autostart");
     const QString own = folders.isEmpty() ? QString() : folders.takeFirst();
-    return {bundleIdentifier + QStringLiteral(".desktop"), own, folders,
+    return {desktopIdentifier + QStringLiteral(".desktop"), own, folders,
             QCoreApplication::applicationFilePath()};
 }
 
@@ -125,7 +125,7 @@ QString AutostartEntry::path() const {
 }
 
 QByteArray AutostartEntry::newEntry() const {
-    return mainGroup + "\nType=Application\nName=Kestrant\nIcon=" + bundleIdentifier.toUtf8() +
+    return mainGroup + "\nType=Application\nName=Kestrant\nIcon=" + desktopIdentifier.toUtf8() +
            "\nExec=" + asArgument(program_) + "\nTryExec=" + asValue(program_.toUtf8()) +
            "\nTerminal=false\n";
 }

@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/DesktopNotifier.h"
 
 #include "foundation/ControlCharacters.h"
+#include "foundation/StandardFolders.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -17,7 +18,6 @@ namespace {
 const QString serviceName = QStringLiteral("org.freedesktop.Notifications");
 const QString objectPath = QStringLiteral("/org/freedesktop/Notifications");
 const QString applicationName = QStringLiteral("Kestrant");
-const QString desktopEntry = QStringLiteral("com.Kestrant.notchapp");
 
 constexpr int answerTimeoutMilliseconds = 5000;
 constexpr int neverExpires = 0;
@@ -91,7 +91,7 @@ void DesktopNotifier::notify(const UserNotification& notification, bool readsMar
     for (const UserNotification::Action& action : notification.actions)
         actions << keyOf(action.answer) << action.label;
     const QVariantMap hints{
-        {QStringLiteral("desktop-entry"), desktopEntry},
+        {QStringLiteral("desktop-entry"), desktopIdentifier},
         {QStringLiteral("category"), QStringLiteral("x-kestrant.reminder")},
         {QStringLiteral("sound-name"), QStringLiteral("alarm-clock-elapsed")},
     };
@@ -100,7 +100,7 @@ void DesktopNotifier::notify(const UserNotification& notification, bool readsMar
     const QString plainBody = withoutControlCharacters(notification.body);
     const QString body = readsMarkup ? plainBody.toHtmlEscaped() : plainBody;
     call(QStringLiteral("Notify"),
-         {applicationName, replaced, desktopEntry, title, body, actions, hints, neverExpires},
+         {applicationName, replaced, desktopIdentifier, title, body, actions, hints, neverExpires},
          [this, id = notification.id, generation,
           shown = std::move(shown)](const QDBusPendingCallWatcher& watcher) {
              const QDBusPendingReply<uint> reply = watcher;

@@ -57,7 +57,7 @@ void FeedbackdHapticPerformer::perform(HapticPattern pattern, HapticProfile stre
     message.setAutoStartService(false);
     // The quiet profile is felt and not heard.
     const QVariantMap hints{{QStringLiteral("profile"), QStringLiteral("quiet")}};
-    message << bundleIdentifier << eventOf(pattern, strength) << hints << onceEach;
+    message << desktopIdentifier << eventOf(pattern, strength) << hints << onceEach;
     bus().send(message);
 }
 

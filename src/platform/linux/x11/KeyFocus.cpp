@@ -42,6 +42,7 @@ bool KeyFocus::asksWindowManager(const QWindow& surface) const {
 }
 
 void KeyFocus::take(QWindow& surface) {
+    handOverWindow_.reset();
     const xcb_window_t focus = server_.inputFocus();
     if (!isOwnWindow(focus)) {
         hasArrived_ = false;
@@ -56,6 +57,16 @@ void KeyFocus::take(QWindow& surface) {
         xcb_set_input_focus(server_.get(), XCB_INPUT_FOCUS_PARENT, id, XCB_CURRENT_TIME);
     else
         server_.tellWindowManager(id, activeWindowMessage, {sourcePager, XCB_CURRENT_TIME, XCB_WINDOW_NONE});
+    server_.flush();
+}
+
+void KeyFocus::confirm(QWindow& surface) {
+    if (!isOurs())
+        return;
+    // A focus that does not change is no news to anybody.
+    xcb_set_input_focus(server_.get(), XCB_INPUT_FOCUS_NONE, XCB_INPUT_FOCUS_NONE, XCB_CURRENT_TIME);
+    xcb_set_input_focus(server_.get(), XCB_INPUT_FOCUS_PARENT, static_cast<xcb_window_t>(surface.winId()),
+                        XCB_CURRENT_TIME);
     server_.flush();
 }
 

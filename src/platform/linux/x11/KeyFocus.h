@@ -18,6 +18,9 @@ class KeyFocus : public QObject {
 
     /// Gives the focus to one of our visible surfaces, remembering its holder when that was none of them.
     void take(QWindow& surface);
+    /// Takes the focus once more, so that a compositor notices which did not know the surface yet when it was
+    /// taken. Nothing where it is not ours.
+    void confirm(QWindow& surface);
     /// Gives the focus back unless it has left our surfaces already.
     void giveBack();
     /// Whether one of the application's windows has the focus, as the server sees it.

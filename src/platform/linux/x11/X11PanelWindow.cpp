@@ -16,8 +16,11 @@ namespace kestrant {
 
 namespace {
 
-/// As long as the focus may wander after it was asked for.
+/// As long as the focus may wander after it was asked for; longer where a compositor and the server have to
+/// agree on it.
 constexpr Duration askingTime = std::chrono::milliseconds(300);
+constexpr Duration xwaylandAskingTime = std::chrono::milliseconds(1000);
+constexpr Duration confirmingDelay = std::chrono::milliseconds(150);
 constexpr Duration pointerLookDelay = std::chrono::milliseconds(50);
 
 std::vector<xcb_rectangle_t> toServer(const std::vector<QRect>& rectangles) {
@@ -170,18 +173,25 @@ void X11PanelWindow::followFullScreen() {
         orderFrontRegardless();
 }
 
-void X11PanelWindow::askForKey() {
-    asking_ = scheduler_.after(askingTime, [this] {
+void X11PanelWindow::askForKey(Attempt attempt) {
+    asking_ = scheduler_.after(isXWayland_ ? xwaylandAskingTime : askingTime, [this, attempt] {
         if (!keyWasTakenAway())
             return;
-        // Some compositors never let X clients have the keyboard of their own accord; the pointer still
-        // works.
-        if (isXWayland_)
-            focus_.wasRefused();
-        else
+        // A compositor may return the focus to a window of its own that had it before the panel was opened
+        // again. Some never let X clients have it of their own accord; the pointer still works then.
+        if (!isXWayland_)
             Q_EMIT keyTakenWhileAsking();
+        else if (attempt == Attempt::first)
+            askForKey(Attempt::last);
+        else
+            focus_.wasRefused();
     });
     focus_.take(window());
+    if (isXWayland_ && !isManaged())
+        confirming_ = scheduler_.after(confirmingDelay, [this] {
+            if (isKey_)
+                focus_.confirm(window());
+        });
 }
 
 void X11PanelWindow::makeKey() {

@@ -67,7 +67,8 @@ class X11PanelWindow : public DesktopPanelWindow, public QAbstractNativeEventFil
     [[nodiscard]] bool isManaged() const;
     void setRegion(xcb_shape_kind_t kind, std::vector<QRect> rectangles,
                    std::optional<std::vector<QRect>>& present);
-    void askForKey();
+    enum class Attempt { first, last };
+    void askForKey(Attempt attempt = Attempt::first);
     /// Sees to it that the pointer's leaving is noticed in a Wayland session.
     void watchPointerLeave();
     void focusArrived(const xcb_focus_in_event_t& event);
@@ -92,6 +93,7 @@ class X11PanelWindow : public DesktopPanelWindow, public QAbstractNativeEventFil
     /// Absent where windows in full screen stay below.
     std::optional<FullScreenWatcher> fullScreen_;
     ScheduledTask asking_;
+    ScheduledTask confirming_;
     ScheduledTask pointerLook_;
     ScheduledTask fullScreenLook_;
     /// The server's time of the last scrolling that was consumed; Qt's wheel event for it has the same time.
