@@ -166,6 +166,10 @@ void Grammar::addNumericDates(int i, Atoms& result) const {
     const bool isSaying = (b == 7 && (a == 24 || a == 7)) || (a == 9 && b == 11) || (a == 24 && b == 24) ||
                           (a == b && a > 12) || (a == 5 && b == 7);
     atom.need = isSaying || separator == u'.' ? Need::help : isFraction ? Need::opening : Need::room;
+    // "3/4 of the bill" is a share.
+    if (const Found* of = senses_.find(at, Sense::genitive);
+        isFraction && of && !tokens_.isKind(of->end, Kind::number))
+        return;
     if (isFraction && i == 0)
         atom.need = Need::help;
     if (a == 9 && b == 11 && present_.order == DateOrder::monthFirst)
