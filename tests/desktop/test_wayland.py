@@ -91,6 +91,8 @@ class SwayTest(Session, unittest.TestCase):
 
 
 class GnomeTest(Session, unittest.TestCase):
+    """Run by hand: the shell is large, and on a busy machine it may pass the first keys to the window below."""
+
     compositor = GnomeShell
 
 
