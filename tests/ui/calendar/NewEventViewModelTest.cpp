@@ -66,7 +66,7 @@ TEST(NewEventViewModel, UnderstandsTheLineAndGivesItsWordsBack) {
     EXPECT_EQ(test.form.completion(), QStringLiteral("er with Maren"));
     test.form.setTitle(QStringLiteral("Lunch tomorrow #priv"));
     EXPECT_EQ(test.form.completion(), QStringLiteral("ate"));
-    test.form.setTitle(QStringLiteral("Swim mon and thu 7am JST"));
+    test.form.setTitle(QStringLiteral("Swim mon and thu 7pm JST"));
     ASSERT_EQ(test.form.offers().size(), 1);
     test.form.accept(test.form.offers()[0].toMap()[QStringLiteral("words")].toString());
     EXPECT_TRUE(test.form.offers().isEmpty());
