@@ -10,13 +10,16 @@ OnboardingPage {
     explanation: Localizer.text("All of it can be changed later in the settings.",
                                 "Tout se change plus tard dans les réglages.")
 
+    /// Four lines take the room of three where the desktop's bar asks for one more.
+    readonly property int lineHeight: settings.barIsBusy ? 32 : 42
+
     component SwitchedLine: ToggleLine {
         width: 308
-        height: 42
+        height: page.lineHeight
     }
     component SplitLine: SegmentedLine {
         width: 308
-        height: 42
+        height: page.lineHeight
     }
 
     Component.onCompleted: settings.refresh()
