@@ -101,7 +101,7 @@ QString meetingLink(const EKEventData& event) {
     const std::array<std::pair<const QString*, bool>, 5> places{
         {{&url, true}, {&location, true}, {&notes, true}, {&url, false}, {&location, false}}};
     for (const auto& [text, mustSpeakOfMeeting] : places) {
-        if (const QString link = firstWebLink(*text, mustSpeakOfMeeting); !link.isEmpty())
+        if (QString link = firstWebLink(*text, mustSpeakOfMeeting); !link.isEmpty())
             return link;
     }
     return {};
