@@ -38,15 +38,16 @@ std::optional<SpokenLength> Grammar::length(int i) const {
             break;
         case Unit::hour: {
             result.length.minutes += quarters * 15;
-            // "1 h 30"
             const auto minutes = number(end);
-            if (minutes && minutes->digits > 0 && minutes->value < 60 && !unitAt(minutes->end) &&
-                (tokens_.isGlued(end) || tokens_.ends(minutes->end))) {
-                result.length.minutes += minutes->value;
-                end = minutes->end;
-            } else if (minutes && minutes->digits == 0 && found->word.language == Language::french &&
-                       minutes->value % 5 == 0 && minutes->value < 60 && tokens_.isStop(minutes->end)) {
-                // "une heure dix"
+            if (!minutes || minutes->value >= 60)
+                break;
+            // "1 h 30"
+            const bool inDigits = minutes->digits > 0 && !unitAt(minutes->end) &&
+                                  (tokens_.isGlued(end) || tokens_.ends(minutes->end));
+            // "une heure dix"
+            const bool inWords = minutes->digits == 0 && found->word.language == Language::french &&
+                                 minutes->value % 5 == 0 && tokens_.isStop(minutes->end);
+            if (inDigits || inWords) {
                 result.length.minutes += minutes->value;
                 end = minutes->end;
             }

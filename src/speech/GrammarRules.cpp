@@ -245,7 +245,7 @@ void Grammar::addEvery(int i, Atoms& result) const {
     const Found* every = senses_.find(once && once->word.value == 1 ? once->end : i, Sense::every);
     if (!every)
         return;
-    const auto add = [&](int end, const Rule& rule, Meaning meaning = {}) {
+    const auto add = [&](int end, const Rule& rule, const Meaning& meaning = {}) {
         result.push_back(repeating(end, rule, Need::nothing, meaning));
     };
     int at = every->end;

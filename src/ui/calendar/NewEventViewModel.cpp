@@ -121,12 +121,12 @@ QString NewEventViewModel::completion() const {
     if (const QString begun = begunTitle(title_, spoken_.line.pieces); !begun.isEmpty()) {
         for (const CalendarDayGroup& day : store_.dayGroups())
             for (const CalendarEventItem& item : day.events)
-                if (const QString rest = restOf(item.title, begun); !rest.isEmpty())
+                if (QString rest = restOf(item.title, begun); !rest.isEmpty())
                     return rest;
     }
     const QString begun = begunList(title_);
     for (const EKCalendar& calendar : store_.writableCalendars())
-        if (const QString rest = restOf(calendar.title, begun); !rest.isEmpty())
+        if (QString rest = restOf(calendar.title, begun); !rest.isEmpty())
             return rest;
     return {};
 }

@@ -334,13 +334,12 @@ void QuickAddViewModel::accept(const QString& words) {
 QString QuickAddViewModel::completion() const {
     if (const QString begun = begunTitle(title_, line_.pieces); !begun.isEmpty()) {
         for (const ReminderTask& task : store_.tasks())
-            if (const QString rest = restOf(task.title, begun); !rest.isEmpty())
+            if (QString rest = restOf(task.title, begun); !rest.isEmpty())
                 return rest;
     }
     const QString begun = begunList(title_);
     for (const ReminderList& list : store_.lists())
-        if (const QString rest = restOf(list.title, begun);
-            list.allowsContentModifications && !rest.isEmpty())
+        if (QString rest = restOf(list.title, begun); list.allowsContentModifications && !rest.isEmpty())
             return rest;
     return {};
 }
