@@ -121,7 +121,7 @@ QByteArray ComponentView::text() const {
     return result;
 }
 
-Component::Component(QByteArrayView name, QByteArray lineEnd) {
+Component::Component(QByteArrayView name, const QByteArray& lineEnd) {
     lines_.push_back(Line::make("BEGIN:" + name.toByteArray(), lineEnd));
     lines_.push_back(Line::make("END:" + name.toByteArray(), lineEnd));
 }

@@ -39,7 +39,7 @@ class Component {
   public:
     explicit Component(std::span<const Line> lines) : lines_(lines.begin(), lines.end()) {}
     /// A new component without properties.
-    Component(QByteArrayView name, QByteArray lineEnd);
+    Component(QByteArrayView name, const QByteArray& lineEnd);
     /// Reads one component from its text; absent when it is not exactly one. Its line ends become `lineEnd`.
     [[nodiscard]] static std::optional<Component> parse(QByteArrayView text, QByteArrayView lineEnd);
 
